@@ -1,0 +1,21 @@
+# What every target of this project is compiled with: the language, the warnings, the sanitizers.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_CXX_SCAN_FOR_MODULES OFF)
+
+add_library(tarnwick_options INTERFACE)
+target_include_directories(tarnwick_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(tarnwick_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+target_compile_definitions(tarnwick_options INTERFACE _FILE_OFFSET_BITS=64)
+
+if(TARNWICK_SANITIZE MATCHES "thread")
+    # ThreadSanitizer does not understand fences; what Asio guards by them it guards by mutexes as well.
+    target_compile_definitions(tarnwick_options INTERFACE ASIO_DISABLE_FENCED_BLOCK)
+endif()
+if(TARNWICK_SANITIZE)
+    target_compile_options(tarnwick_options INTERFACE
+        -fsanitize=${TARNWICK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(tarnwick_options INTERFACE -fsanitize=${TARNWICK_SANITIZE})
+endif()

@@ -1,0 +1,100 @@
+// Decides when the connection is down and when it is up, when the pinger is restarted, and what is announced.
+#pragma once
+
+#include "core/PingError.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+/// Why the connection is down.
+struct DownReason {
+    enum class Kind { socketError, hostNotFound, noNetwork, noReplies };
+
+    Kind kind;
+    std::string text = {}; ///< the system's words, for `socketError` only
+
+    /// A missing network path explains everything else, so it wins.
+    [[nodiscard]] static DownReason from(const std::optional<PingError>& startError, bool pathSatisfied);
+
+    friend bool operator==(const DownReason&, const DownReason&) = default;
+};
+
+/// A state machine without timers, clock or input and output: it is told what happens, with the monotonic
+/// time, and returns what its owner shall do, in this order. All times in seconds.
+class ConnectionWatchdog {
+public:
+    struct Config {
+        double replyTimeout;       ///< silence after pinging started that means down
+        double maxSilence;         ///< silence that means down even when pinging never started
+        double grace;              ///< for so long after a reset or network change, a failed start is retried
+        double retryDelay;         ///< before such a retry
+        double minRestartInterval; ///< least time between two restarts
+        double maxRestartInterval; ///< ceiling of the back-off
+        double resolutionTimeout;  ///< longest a restart may stay unresolved
+
+        /// From the user's settings.
+        [[nodiscard]] static Config original(double timeout, double pingInterval);
+
+        friend bool operator==(const Config&, const Config&) = default;
+    };
+
+    enum class Status { starting, up, down };
+
+    enum class Action {
+        restartPinger, ///< stop and start it; then report `pingingStarted` or `startFailed`
+        startTimedOut, ///< stop the stalled pinger; it already counts as a failed start
+        announceDown,
+        announceUp,
+    };
+    using Actions = std::vector<Action>;
+
+    /// Begins an episode at `now`; nothing is due before the first `reset`.
+    ConnectionWatchdog(const Config& config, double now);
+
+    /// Begins a new episode. The pinger is restarted `restartAfter` later; a new host owes no announcement.
+    [[nodiscard]] Actions reset(double now, double restartAfter, bool newHost);
+    void pingingStarted(double now);
+    [[nodiscard]] Actions startFailed(double now);
+    [[nodiscard]] Actions replyReceived(double now);
+    [[nodiscard]] Actions networkChanged(double now);
+    [[nodiscard]] Actions tick(double now);
+
+    void setConfig(const Config& config) { config_ = config; }
+
+    /// Whether announcements may be made. Switching it on announces nothing that lies in the past.
+    void setAlertsEnabled(bool enabled) { alertsEnabled_ = enabled; }
+
+    [[nodiscard]] Status status() const { return status_; }
+
+    [[nodiscard]] bool isResolving() const { return isResolving_; }
+
+    [[nodiscard]] const Config& config() const { return config_; }
+
+    friend bool operator==(const ConnectionWatchdog&, const ConnectionWatchdog&) = default;
+
+private:
+    void goDown(Actions& actions);
+    void scheduleRestartNoLaterThan(double time);
+    [[nodiscard]] bool isTooSilent(double now) const;
+    void giveUpStalledStart(double now, Actions& actions);
+    void restartIfDue(double now, bool isRecovery, Actions& actions);
+
+    Config config_;
+    bool alertsEnabled_ = false;
+    Status status_ = Status::starting;
+    bool isResolving_ = false; ///< a restart was asked for; the pinger has neither started nor failed yet
+    std::optional<double> lastReplyAt_;
+    double episodeStart_;
+    std::optional<double> pingingSince_; ///< the first start of pinging in this episode
+    double graceUntil_;
+    bool confirmed_ = false;     ///< this host has answered at least once
+    bool downAnnounced_ = false; ///< an `announceUp` is owed
+    std::optional<double> restartDue_;
+    std::optional<double> lastRestart_; ///< last restart asked for, start of pinging or failed start
+    double restartBackoff_;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,61 @@
+// The short text beside the signal bars: latest round-trip time and, when wanted, the loss. Never wider than
+// needed.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarnwick::MenuBarTitle {
+
+/// When the loss is shown beside the latency.
+enum class LossMode { off, whenLossy, always };
+
+inline constexpr std::array allLossModes{LossMode::off, LossMode::whenLossy, LossMode::always};
+
+/// The stored text of a mode and back; nothing for any other text, case included.
+[[nodiscard]] std::string_view rawValue(LossMode mode);
+[[nodiscard]] std::optional<LossMode> lossMode(std::string_view text);
+
+inline constexpr std::string_view waiting = "…";     ///< no latency is known yet
+inline constexpr std::string_view failed = "Failed"; ///< the connection is down
+
+/// "42ms" up to 99 ms, then tenths of a second up to "9.9s": at most four characters.
+[[nodiscard]] std::string ping(double ms);
+/// The whole percentage that is shown: 0 to 99, so never more than two digits.
+[[nodiscard]] int displayedLoss(double percent);
+/// " (3%)"
+[[nodiscard]] std::string lossSuffix(double percent);
+[[nodiscard]] std::string title(double pingMs, std::optional<double> lossPercent);
+[[nodiscard]] bool showsLoss(LossMode mode, bool gateOpen);
+/// Texts at least one of which is as wide as any title with so many digits of loss (none: no loss text).
+[[nodiscard]] std::vector<std::string> widestCandidates(std::optional<int> lossDigits);
+
+/// Opens at once, and closes only when its cause has been gone for `holdSeconds`. Times are monotonic
+/// seconds.
+class HoldGate {
+public:
+    explicit HoldGate(double holdSeconds) : holdSeconds_(holdSeconds) {}
+
+    /// Keeps the loss shown for a while after loss has ended.
+    [[nodiscard]] static HoldGate lossSuffix() { return HoldGate(10); }
+
+    /// Keeps room for a second digit of loss for a while after it was needed.
+    [[nodiscard]] static HoldGate twoDigitLoss() { return HoldGate(30); }
+
+    /// Returns whether the gate is open now.
+    bool update(bool active, double now);
+
+    [[nodiscard]] bool isOpen() const { return isOpen_; }
+
+    [[nodiscard]] double holdSeconds() const { return holdSeconds_; }
+
+private:
+    double holdSeconds_;
+    bool isOpen_ = false;
+    std::optional<double> lastActiveAt_;
+};
+
+} // namespace tarnwick::MenuBarTitle

@@ -1,0 +1,28 @@
+// The bytes on the wire: 24-byte echo requests and what counts as an answer to one. Knows no socket.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace tarnwick {
+
+inline constexpr std::size_t echoMessageSize = 24;
+using EchoMessage = std::array<std::uint8_t, echoMessageSize>;
+
+/// Marks this program's own echo traffic, at offset 8 of every message.
+inline constexpr std::array<std::uint8_t, 8> echoMagic{'T', 'A', 'R', 'N', 'W', 'I', 'C', 'K'};
+
+/// An echo request for AF_INET, else an ICMPv6 one, whose checksum is left to the system.
+[[nodiscard]] EchoMessage echoRequest(std::uint64_t id, std::uint16_t identifier, std::int32_t family);
+
+/// The Internet checksum: one's complement of the one's complement sum of big-endian 16-bit words.
+[[nodiscard]] std::uint16_t checksum(std::span<const std::uint8_t> bytes);
+
+/// The ping id in an echo reply to a request made with this identifier; nothing for any other datagram. An
+/// IPv4 header in front of the message is skipped. Neither sender nor checksum is examined.
+[[nodiscard]] std::optional<std::uint64_t> parseReply(
+    std::span<const std::uint8_t> datagram, std::int32_t family, std::uint16_t identifier);
+
+} // namespace tarnwick

@@ -1,0 +1,66 @@
+// The seam between the pinger and the network: the system's resolver and sockets behind it, or a simulated
+// net.
+#pragma once
+
+#include "core/PingError.h"
+#include "core/ResolvedAddress.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace tarnwick {
+
+using Resolution = std::variant<std::vector<ResolvedAddress>, PingError>;
+
+/// Why a socket can't be had, in the system's words.
+struct SocketError {
+    std::string text;
+};
+
+struct ReceivedDatagram {
+    std::size_t size;
+    double at; ///< monotonic seconds of its arrival
+};
+
+/// An open datagram ICMP socket of one address family, closed by its destruction. Main thread.
+class EchoSocket {
+public:
+    EchoSocket() = default;
+    EchoSocket(const EchoSocket&) = delete;
+    EchoSocket& operator=(const EchoSocket&) = delete;
+    virtual ~EchoSocket() = default;
+
+    /// The identifier that requests from this socket must carry for their replies to come back to it.
+    [[nodiscard]] virtual std::uint16_t identifier() const = 0;
+    /// True when the whole message was handed over. Never waits.
+    virtual bool send(std::span<const std::uint8_t> message, const ResolvedAddress& to) = 0;
+    /// The next waiting datagram, cut to the buffer; nothing when none waits, or on an error. Never waits.
+    virtual std::optional<ReceivedDatagram> receive(std::span<std::uint8_t> buffer) = 0;
+};
+
+/// Main thread. Outlives every pinger and socket made from it.
+class PingNetwork {
+public:
+    using ResolveDone = std::function<void(const Resolution&)>;
+    using OpenResult = std::variant<std::unique_ptr<EchoSocket>, SocketError>;
+
+    PingNetwork() = default;
+    PingNetwork(const PingNetwork&) = delete;
+    PingNetwork& operator=(const PingNetwork&) = delete;
+    virtual ~PingNetwork() = default;
+
+    /// Calls `done` later on the main thread, never from inside this call; perhaps after minutes, perhaps
+    /// never.
+    virtual void resolve(const std::string& host, ResolveDone done) = 0;
+    /// `onReadable` is called while datagrams wait, until the socket is destroyed.
+    [[nodiscard]] virtual OpenResult open(
+        std::int32_t family, std::uint16_t wantedIdentifier, std::function<void()> onReadable) = 0;
+};
+
+} // namespace tarnwick

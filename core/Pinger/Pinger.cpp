@@ -1,0 +1,155 @@
+#include "core/Pinger/Pinger.h"
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+/// With rising ids the oldest are forgotten first.
+constexpr std::size_t mostRememberedPings = 64;
+constexpr std::size_t receiveBufferSize = 2048;
+/// A flood shall not starve the rest of the program: what is left makes the socket readable again.
+constexpr int mostDatagramsAtOnce = 256;
+
+} // namespace
+
+Pinger::Pinger(
+    RunLoop& loop, PingNetwork& network, std::string hostName, std::uint16_t identifier,
+    double responseDeadline)
+    : loop_(loop),
+      network_(network),
+      hostName_(std::move(hostName)),
+      identifier_(identifier),
+      responseDeadline_(responseDeadline) {
+}
+
+void Pinger::start() {
+    stop();
+    const int run = ++generation_;
+    network_.resolve(hostName_, [weakSelf = std::weak_ptr(self_), run](const Resolution& resolution) {
+        const auto self = weakSelf.lock();
+        if (!self || (*self)->generation_ != run) {
+            return;
+        }
+        if (const auto* error = std::get_if<PingError>(&resolution)) {
+            (*self)->emit(Failed{*error});
+        } else {
+            (*self)->open(std::get<std::vector<ResolvedAddress>>(resolution));
+        }
+    });
+}
+
+void Pinger::stop() {
+    ++generation_;
+    sockets_.clear();
+    addresses_.clear();
+    sentTo_.clear();
+    selector_ = {};
+}
+
+const ResolvedAddress* Pinger::address() const {
+    const auto index = static_cast<std::size_t>(selector_.index);
+    return index < addresses_.size() ? &addresses_[index] : nullptr;
+}
+
+void Pinger::open(const std::vector<ResolvedAddress>& resolved) {
+    std::string failure = "no usable address";
+    std::set<std::int32_t> families;
+    for (const ResolvedAddress& candidate : resolved) {
+        families.insert(candidate.family);
+    }
+    for (const std::int32_t family : families) {
+        auto opened = network_.open(family, identifier_, [this, family] { readAvailable(family); });
+        if (auto* error = std::get_if<SocketError>(&opened)) {
+            failure = std::move(error->text);
+        } else {
+            sockets_.emplace(family, std::move(std::get<std::unique_ptr<EchoSocket>>(opened)));
+        }
+    }
+    std::ranges::copy_if(resolved, std::back_inserter(addresses_), [this](const ResolvedAddress& candidate) {
+        return sockets_.contains(candidate.family);
+    });
+    selector_ = {.count = static_cast<int>(addresses_.size()), .deadline = responseDeadline_};
+    if (addresses_.empty()) {
+        emit(Failed{PingError::socket(failure)});
+    } else {
+        emit(Started{addresses_.front()});
+    }
+}
+
+bool Pinger::send(std::uint64_t id) {
+    const ResolvedAddress* to = address();
+    if (to == nullptr) {
+        return false;
+    }
+    const auto socket = sockets_.find(to->family);
+    if (socket == sockets_.end()) {
+        return false;
+    }
+    const bool sent = socket->second->send(echoRequest(id, socket->second->identifier(), to->family), *to);
+    rememberAddressOf(id);
+    if (sent ? selector_.sent(loop_.now()) : selector_.sendFailed()) {
+        reportSwitch();
+    }
+    return sent;
+}
+
+void Pinger::rememberAddressOf(std::uint64_t id) {
+    sentTo_[id] = selector_.index;
+    if (sentTo_.size() > mostRememberedPings) {
+        sentTo_.erase(sentTo_.begin());
+    }
+}
+
+void Pinger::readAvailable(std::int32_t family) {
+    std::array<std::uint8_t, receiveBufferSize> buffer{};
+    const std::weak_ptr weakSelf(self_);
+    const int run = generation_;
+    for (int count = 0; count < mostDatagramsAtOnce; ++count) {
+        EchoSocket& socket = *sockets_.at(family);
+        const std::optional<ReceivedDatagram> received = socket.receive(buffer);
+        if (!received) {
+            return;
+        }
+        const auto datagram = std::span<const std::uint8_t>(buffer).first(received->size);
+        if (const auto id = parseReply(datagram, family, socket.identifier())) {
+            receivedReply(*id, received->at);
+        }
+        // The owner may have ended this run, or the pinger itself.
+        if (weakSelf.expired() || generation_ != run) {
+            return;
+        }
+    }
+}
+
+void Pinger::receivedReply(std::uint64_t id, double at) {
+    const std::weak_ptr weakSelf(self_);
+    const int run = generation_;
+    if (const auto sent = sentTo_.find(id); sent != sentTo_.end()) {
+        const int from = sent->second;
+        sentTo_.erase(sent);
+        if (selector_.replied(from)) {
+            reportSwitch();
+        }
+    }
+    if (!weakSelf.expired() && generation_ == run) {
+        emit(Reply{id, at});
+    }
+}
+
+void Pinger::reportSwitch() {
+    emit(Switched{addresses_[static_cast<std::size_t>(selector_.index)]});
+}
+
+void Pinger::emit(const Event& event) const {
+    // Copied: the callback lives as long as the call, though the owner may destroy this object in it.
+    if (const auto callback = onEvent) {
+        callback(event);
+    }
+}
+
+} // namespace tarnwick

@@ -1,0 +1,95 @@
+// Pings one host: resolves it, opens the sockets, sends when asked, matches answers, fails over between
+// addresses.
+#pragma once
+
+#include "core/AddressSelector.h"
+#include "core/Pinger/EchoMessage.h"
+#include "core/Pinger/PingNetwork.h"
+#include "core/RunLoop.h"
+
+#include <map>
+
+namespace tarnwick {
+
+/// Keeps no statistics and no timers: its owner decides when to send, with ids of its own, and judges the
+/// answers. Never retries by itself. Main thread. An event may make the owner stop, restart or destroy the
+/// pinger.
+class Pinger {
+public:
+    static constexpr std::span<const std::uint8_t, 8> magic = echoMagic;
+
+    /// The sockets are open; this is the first address.
+    struct Started {
+        ResolvedAddress address;
+    };
+
+    /// Another address is the current one now.
+    struct Switched {
+        ResolvedAddress address;
+    };
+
+    /// Resolution failed, or no socket could be opened; nothing more happens until the next `start`.
+    struct Failed {
+        PingError error;
+    };
+
+    /// An answer to ping `id` arrived at monotonic second `at`.
+    struct Reply {
+        std::uint64_t id;
+        double at;
+    };
+
+    using Event = std::variant<Started, Switched, Failed, Reply>;
+
+    /// `responseDeadline`: seconds that an address may stay silent before the next one is tried.
+    Pinger(
+        RunLoop& loop, PingNetwork& network, std::string hostName, std::uint16_t identifier,
+        double responseDeadline);
+
+    Pinger(const Pinger&) = delete;
+    Pinger& operator=(const Pinger&) = delete;
+
+    /// Begins anew; the outcome comes later as `Started` or `Failed`.
+    void start();
+    /// Closes the sockets; no event of this run comes after it.
+    void stop();
+    /// Sends one echo request to the current address; true when the socket took all of it.
+    bool send(std::uint64_t id);
+
+    [[nodiscard]] bool isRunning() const { return !sockets_.empty(); }
+
+    /// The current address; nothing while there is none.
+    [[nodiscard]] const ResolvedAddress* address() const;
+
+    [[nodiscard]] const std::vector<ResolvedAddress>& addresses() const { return addresses_; }
+
+    [[nodiscard]] const std::string& hostName() const { return hostName_; }
+
+    [[nodiscard]] std::uint16_t identifier() const { return identifier_; }
+
+    /// Unset, events are dropped.
+    std::function<void(const Event&)> onEvent;
+
+private:
+    void open(const std::vector<ResolvedAddress>& resolved);
+    void readAvailable(std::int32_t family);
+    void receivedReply(std::uint64_t id, double at);
+    void rememberAddressOf(std::uint64_t id);
+    void reportSwitch();
+    void emit(const Event& event) const;
+
+    RunLoop& loop_;
+    PingNetwork& network_;
+    std::string hostName_;
+    std::uint16_t identifier_;
+    double responseDeadline_;
+    std::vector<ResolvedAddress> addresses_;
+    AddressSelector selector_;
+    std::map<std::uint64_t, int> sentTo_; ///< index in `addresses_` by ping id
+    std::map<std::int32_t, std::unique_ptr<EchoSocket>> sockets_;
+    int generation_ = 0; ///< counts runs, so that what belongs to an earlier one is dropped
+    /// What outlives this object holds it weakly.
+    std::shared_ptr<Pinger*> self_ = std::make_shared<Pinger*>(this);
+};
+
+} // namespace tarnwick

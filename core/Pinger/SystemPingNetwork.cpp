@@ -1,0 +1,105 @@
+#include "core/Pinger/SystemPingNetwork.h"
+
+#include "core/Pinger/IcmpSocket.h"
+#include "core/Pinger/Resolve.h"
+
+#include <arpa/inet.h>
+#include <array>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+class SystemEchoSocket final : public EchoSocket {
+public:
+    SystemEchoSocket(RunLoop& loop, IcmpSocket socket, std::function<void()> onReadable)
+        : socket_(std::move(socket)),
+          wallAhead_(wallAheadOfMonotonic()),
+          watch_(loop.watchReadable(socket_.descriptor.get(), std::move(onReadable))) {}
+
+    [[nodiscard]] bool isWatched() const { return watch_ != nullptr; }
+
+    [[nodiscard]] std::uint16_t identifier() const override { return socket_.identifier; }
+
+    bool send(std::span<const std::uint8_t> message, const ResolvedAddress& to) override {
+        wallAhead_ = wallAheadOfMonotonic();
+        const auto* address = reinterpret_cast<const sockaddr*>(to.sockaddr.data());
+        const ssize_t sent = ::sendto(
+            socket_.descriptor.get(), message.data(), message.size(), 0, address,
+            static_cast<socklen_t>(to.sockaddr.size()));
+        return sent == static_cast<ssize_t>(message.size());
+    }
+
+    std::optional<ReceivedDatagram> receive(std::span<std::uint8_t> buffer) override {
+        return receiveDatagram(socket_.descriptor.get(), buffer, wallAhead_);
+    }
+
+private:
+    IcmpSocket socket_;
+    double wallAhead_;
+    RunLoop::Handle watch_; // the last member: ends before the descriptor is closed
+};
+
+bool isNumericAddress(const std::string& host) {
+    std::array<std::uint8_t, sizeof(in6_addr)> address{};
+    return ::inet_pton(AF_INET, host.c_str(), address.data()) == 1
+           || ::inet_pton(AF_INET6, host.c_str(), address.data()) == 1;
+}
+
+} // namespace
+
+SystemPingNetwork::SystemPingNetwork(RunLoop& loop)
+    : SystemPingNetwork(loop, [](const std::string& host) { return tarnwick::resolve(host); }) {
+}
+
+SystemPingNetwork::SystemPingNetwork(RunLoop& loop, BlockingResolver resolver)
+    : loop_(loop), resolver_(std::move(resolver)) {
+}
+
+void SystemPingNetwork::resolve(const std::string& host, ResolveDone done) {
+    const auto [entry, isNew] = waiting_->try_emplace(host);
+    entry->second.push_back(std::move(done));
+    if (!isNew) {
+        return;
+    }
+    const auto answer = [host, weakWaiting = std::weak_ptr(waiting_)](const Resolution& resolution) {
+        const auto waiting = weakWaiting.lock();
+        if (!waiting) {
+            return;
+        }
+        const auto answered = waiting->extract(host);
+        for (const ResolveDone& tell : answered.mapped()) {
+            tell(resolution);
+        }
+    };
+    if (isNumericAddress(host)) {
+        // No name server is asked, so nothing can hang: not worth a thread.
+        loop_.post([answer, resolution = resolver_(host)] { answer(resolution); });
+        return;
+    }
+    const bool started = loop_.detach([resolver = resolver_, host, answer]() -> RunLoop::Task {
+        return [answer, resolution = resolver(host)] { answer(resolution); };
+    });
+    if (!started) {
+        loop_.post([answer] { answer(PingError::resolution("no thread for the lookup")); });
+    }
+}
+
+PingNetwork::OpenResult SystemPingNetwork::open(
+    std::int32_t family, std::uint16_t wantedIdentifier, std::function<void()> onReadable) {
+    auto opened = openIcmpSocket(family, wantedIdentifier);
+    if (auto* error = std::get_if<SocketError>(&opened)) {
+        return std::move(*error);
+    }
+    auto socket = std::make_unique<SystemEchoSocket>(
+        loop_, std::move(std::get<IcmpSocket>(opened)), std::move(onReadable));
+    if (!socket->isWatched()) {
+        return SocketError{"the system can't watch it"};
+    }
+    return socket;
+}
+
+} // namespace tarnwick

@@ -1,0 +1,55 @@
+// Turns the pings of a recent window into a quality score, a loss percentage and the pings just found lost.
+#pragma once
+
+#include "core/PendingPing.h"
+
+#include <optional>
+#include <vector>
+
+namespace tarnwick {
+
+/// All times in seconds.
+struct ScoringConfig {
+    double lowThreshold;  ///< a round trip up to here scores a perfect 1.0
+    double highThreshold; ///< here the score of a ping reaches 0.0
+    double timeout;       ///< no answer for longer than this is a loss
+    double averageOver;   ///< length of the window
+
+    static constexpr double minimumWindow = 30.0;
+    static constexpr double minimumPingsInWindow = 10.0;
+
+    /// Long enough for ten pings and for thirty seconds.
+    [[nodiscard]] static double averagingWindow(double pingInterval);
+    /// From the user's settings: `slowPingThresholdMs` in milliseconds, the others in seconds.
+    [[nodiscard]] static ScoringConfig original(
+        double slowPingThresholdMs, double timeout, double pingInterval);
+
+    friend bool operator==(const ScoringConfig&, const ScoringConfig&) = default;
+};
+
+struct Evaluation {
+    std::optional<double> score;        ///< -2.5 to 1.0; absent when no ping could be scored
+    double lossPercent = 0;             ///< 0 to 100, of all pings in the window
+    std::vector<PendingPing> newlyLost; ///< found lost now and not before
+
+    friend bool operator==(const Evaluation&, const Evaluation&) = default;
+};
+
+namespace QualityScorer {
+
+/// The score of a lost ping, and the floor of every ping's score.
+inline constexpr double lostScore = -2.5;
+/// By this factor each later ping outweighs the one before it.
+inline constexpr double recencyWeight = 1.2;
+
+/// Judges `pings` (oldest first) at monotonic time `now`. Drops those that have left the window and marks the
+/// lost.
+[[nodiscard]] Evaluation evaluate(std::vector<PendingPing>& pings, double now, const ScoringConfig& config);
+
+/// Lit bars for a score: 1 to `levels`. Showing none is the caller's decision. A score that is not a number
+/// is a programming error.
+[[nodiscard]] int bars(double score, int levels);
+
+} // namespace QualityScorer
+
+} // namespace tarnwick

@@ -1,0 +1,28 @@
+// Counts of pings sent, answered and lost, with the mean and the extremes of the round-trip times.
+#pragma once
+
+#include <cstdint>
+
+namespace tarnwick {
+
+struct StatCounter {
+    std::int64_t sent = 0;
+    std::int64_t replied = 0;
+    std::int64_t lost = 0;
+    double averageMs = 0; ///< running mean over the replies
+    double fastestMs = 0; ///< 0: no reply yet
+    double slowestMs = 0; ///< 0: no reply yet
+
+    void addPingSent();
+    void addPingResponse(double ms);
+    void addPingTimeout();
+
+    /// 0 to 100. Capped: a ping can be counted lost and answered later, and old figures need not be
+    /// consistent.
+    [[nodiscard]] double lossPercent() const;
+    [[nodiscard]] bool isEmpty() const;
+
+    friend bool operator==(const StatCounter&, const StatCounter&) = default;
+};
+
+} // namespace tarnwick
