@@ -1,0 +1,39 @@
+// The user's stored settings by key, with registered defaults below them.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <variant>
+
+namespace tarnwick {
+
+/// Values keep their type: a boolean is no number, and a number is no text. A stored value of another type
+/// than the one asked for reads as if it were absent. Main thread.
+class UserDefaults {
+public:
+    using Value = std::variant<bool, double, std::string>;
+    using Table = std::map<std::string, Value>;
+
+    UserDefaults() = default;
+    UserDefaults(const UserDefaults&) = delete;
+    UserDefaults& operator=(const UserDefaults&) = delete;
+    virtual ~UserDefaults() = default;
+
+    /// What is read for a key that is not stored. Never stored itself.
+    virtual void registerDefaults(const Table& defaults) = 0;
+
+    [[nodiscard]] virtual std::optional<bool> boolean(const std::string& key) const = 0;
+    [[nodiscard]] virtual std::optional<double> number(const std::string& key) const = 0;
+    [[nodiscard]] virtual std::optional<std::string> text(const std::string& key) const = 0;
+
+    /// Stored at once; a failure to store is not reported, and the value holds for this run.
+    virtual void set(const std::string& key, const Value& value) = 0;
+    virtual void remove(const std::string& key) = 0;
+
+    /// Runs `changes`, whose sets and removals belong together and may be stored all at once, at its end.
+    virtual void edit(const std::function<void()>& changes) { changes(); }
+};
+
+} // namespace tarnwick

@@ -1,0 +1,21 @@
+// Whether this process may open datagram ICMP sockets, and what to change when it may not.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarnwick::PingPermission {
+
+/// The command that lets this user's processes ping, or nothing when they may already, or when it can't be
+/// told.
+[[nodiscard]] std::optional<std::string> missingSetting();
+
+/// The same, decided from the text of the kernel's setting ("LOWEST HIGHEST" group) and the process's groups,
+/// of which the first is its own.
+[[nodiscard]] std::optional<std::string> missingSetting(
+    std::string_view pingGroupRange, const std::vector<std::uint32_t>& groups);
+
+} // namespace tarnwick::PingPermission

@@ -1,0 +1,34 @@
+#include "platform/linux/SignalWatch.h"
+
+#include <csignal>
+#include <sys/signalfd.h>
+#include <unistd.h>
+#include <utility>
+
+namespace tarnwick {
+
+SignalWatch::SignalWatch(RunLoop& loop, std::initializer_list<int> signals, std::function<void(int)> onSignal)
+    : onSignal_(std::move(onSignal)) {
+    sigset_t set{};
+    sigemptyset(&set);
+    for (const int signal : signals) {
+        sigaddset(&set, signal);
+    }
+    pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    descriptor_ = FileDescriptor(signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
+    if (descriptor_.isOpen()) {
+        watch_ = loop.watchReadable(descriptor_.get(), [this] { readAvailable(); });
+    }
+    if (!watch_) {
+        pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+    }
+}
+
+void SignalWatch::readAvailable() {
+    signalfd_siginfo info{};
+    if (::read(descriptor_.get(), &info, sizeof info) == sizeof info) {
+        onSignal_(static_cast<int>(info.ssi_signo));
+    }
+}
+
+} // namespace tarnwick
