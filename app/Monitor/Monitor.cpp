@@ -1,0 +1,168 @@
+#include "app/Monitor/Monitor.h"
+
+#include <algorithm>
+#include <random>
+
+namespace tarnwick {
+
+namespace {
+
+constexpr double housekeepingInterval = 1.0;
+/// The tick comes about a millisecond before each ping: it can wait that long and share the wake-up.
+constexpr double housekeepingTolerance = 0.01;
+constexpr auto chartSpan = std::chrono::seconds(300);
+
+template<class... Visitors>
+struct Overloaded : Visitors... {
+    using Visitors::operator()...;
+};
+
+template<class... Visitors>
+Overloaded(Visitors...) -> Overloaded<Visitors...>;
+
+std::uint64_t randomBelow(std::uint64_t bound) {
+    std::random_device source;
+    return std::uniform_int_distribution<std::uint64_t>(0, bound - 1)(source);
+}
+
+ConnectionWatchdog::Config watchdogConfig(const Preferences& prefs) {
+    return ConnectionWatchdog::Config::original(prefs.pingTimeout(), prefs.pingInterval());
+}
+
+} // namespace
+
+Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
+    : prefs_(prefs),
+      loop_(environment.loop),
+      network_(environment.network),
+      pathMonitor_(environment.path),
+      sleepMonitor_(environment.sleep),
+      notifications_(environment.notifications),
+      recorder_(environment.store),
+      watchdog_(watchdogConfig(prefs), environment.loop.now()),
+      identifier_(static_cast<std::uint16_t>(randomBelow(std::uint64_t{1} << 16))),
+      nextPingId_(randomBelow(std::uint64_t{1} << 32)),
+      evaluatedAt_(environment.loop.now()) {
+}
+
+void Monitor::start() {
+    recorder_.load();
+    recording_.set(recorder_.state());
+    ledger_.mutate([this](PingLedger& ledger) {
+        ledger.resetSite(recorder_.figures(prefs_.hostname()));
+        return true;
+    });
+    housekeepingTimer_ = loop_.everyRoughly(
+        loop_.now() + housekeepingInterval, housekeepingInterval, housekeepingTolerance, [this] { tick(); });
+    observeSystemEvents();
+    refreshWatchdogConfig();
+    drive([](ConnectionWatchdog& watchdog, double now) { return watchdog.reset(now, 0, true); });
+}
+
+void Monitor::saveStats(FileStore::Durability durability) {
+    const auto saved = recorder_.save(prefs_.hostname(), ledger_.get().site(), durability);
+    if (saved == StatsRecorder::Saved::tookOver) {
+        ledger_.mutate([this](PingLedger& ledger) {
+            ledger.resetSite(recorder_.figures(prefs_.hostname()));
+            return true;
+        });
+    }
+    recording_.set(recorder_.state());
+}
+
+void Monitor::refreshWatchdogConfig() {
+    watchdog_.setConfig(watchdogConfig(prefs_));
+}
+
+void Monitor::restartPinger() {
+    stopPinging();
+    pinger_ = std::make_unique<Pinger>(loop_, network_, prefs_.hostname(), identifier_, prefs_.pingTimeout());
+    pinger_->onEvent = [this](const Pinger::Event& event) { handle(event); };
+    pinger_->start();
+}
+
+void Monitor::stopPinging() {
+    pingTimer_.reset();
+    pinger_.reset();
+}
+
+void Monitor::schedulePingTimer() {
+    const double interval = prefs_.pingInterval();
+    const double now = loop_.now();
+    const double firstFire = lastPingSent_ ? std::max(now, *lastPingSent_ + interval) : now + interval;
+    pingTimer_ = loop_.every(firstFire, interval, [this] { sendPing(); });
+}
+
+Monitor::Sample* Monitor::sampleOf(Samples& samples, std::uint64_t id) {
+    for (std::size_t at = samples.size(); at-- > 0;) {
+        if (samples[at].id == id) {
+            return &samples[at];
+        }
+    }
+    return nullptr;
+}
+
+void Monitor::sendPing() {
+    if (!pinger_) {
+        return;
+    }
+    const std::uint64_t id = nextPingId_++;
+    const RunLoop::WallTime date = loop_.wallNow();
+    lastPingSent_ = loop_.now();
+    pinger_->send(id);
+    pending_.push_back({.id = id, .sent = loop_.now()});
+    samples_.mutate([&](Samples& samples) {
+        samples.push_back({.id = id, .date = date});
+        std::erase_if(samples, [&](const Sample& sample) { return date - sample.date > chartSpan; });
+        return true;
+    });
+    const bool counted = status_.get() != Status::down;
+    ledger_.mutate([&](PingLedger& ledger) { return ledger.sent(id, counted); });
+}
+
+void Monitor::handle(const Pinger::Event& event) {
+    const Overloaded visitor{
+        [this](const Pinger::Started& started) { pingingStarted(started.address); },
+        [this](const Pinger::Switched& switched) { resolvedAddress_.set(switched.address.display); },
+        [this](const Pinger::Failed& failed) {
+            startError_.set(failed.error);
+            drive([](ConnectionWatchdog& watchdog, double now) { return watchdog.startFailed(now); });
+        },
+        [this](const Pinger::Reply& reply) { receivedReply(reply.id, reply.at); },
+    };
+    std::visit(visitor, event);
+}
+
+void Monitor::pingingStarted(const ResolvedAddress& address) {
+    resolvedAddress_.set(address.display);
+    startError_.set(std::nullopt);
+    watchdog_.pingingStarted(loop_.now());
+    sendPing();
+    schedulePingTimer();
+}
+
+void Monitor::receivedReply(std::uint64_t id, double at) {
+    const auto ping = std::ranges::find(pending_, id, &PendingPing::id);
+    if (ping == pending_.end() || ping->reply) {
+        return;
+    }
+    // On the same machine the answer is there before the sending call returns.
+    const double arrival = std::max(at, ping->sent);
+    ping->reply = arrival;
+    const double rttMs = (arrival - ping->sent) * 1000;
+    samples_.mutate([&](Samples& samples) {
+        Sample* sample = sampleOf(samples, id);
+        if (sample == nullptr) {
+            return false;
+        }
+        sample->rttMs = rttMs;
+        return true;
+    });
+    drive(
+        [arrival](ConnectionWatchdog& watchdog, double /*now*/) { return watchdog.replyReceived(arrival); });
+    latestPingMs_.set(rttMs);
+    const bool withinTimeout = rttMs <= prefs_.pingTimeout() * 1000;
+    ledger_.mutate([&](PingLedger& ledger) { return ledger.replied(id, rttMs, withinTimeout); });
+}
+
+} // namespace tarnwick

@@ -1,0 +1,197 @@
+// The model at the heart of both programs: it pings, judges, counts, and publishes what there is to show.
+#pragma once
+
+#include "app/Monitor/StatsRecorder.h"
+#include "app/Observation/Observation.h"
+#include "app/Preferences/Preferences.h"
+#include "core/ConnectionWatchdog.h"
+#include "core/PendingPing.h"
+#include "core/PingLedger.h"
+#include "core/Pinger/Pinger.h"
+#include "core/RunLoop.h"
+#include "platform/NotificationCenter.h"
+#include "platform/PathMonitor.h"
+#include "platform/SleepMonitor.h"
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+/// What the monitor needs from outside. All of it outlives the monitor.
+struct MonitorEnvironment {
+    RunLoop& loop;
+    PingNetwork& network;
+    PathMonitor& path;
+    SleepMonitor& sleep;
+    NotificationCenter& notifications;
+    StatsStore store;
+};
+
+/// Observable: each published value wakes its observers only when it really changes. Main thread.
+class Monitor {
+public:
+    using Status = ConnectionWatchdog::Status;
+
+    /// Signal bars in every front end.
+    static constexpr int barLevels = 5;
+
+    /// One point of the latency chart.
+    struct Sample {
+        std::uint64_t id = 0;
+        RunLoop::WallTime date{}; ///< when it was sent
+        std::optional<double> rttMs = std::nullopt;
+        bool lost = false;
+
+        friend bool operator==(const Sample&, const Sample&) = default;
+    };
+
+    using Samples = std::deque<Sample>;
+
+    enum class QualityTone { neutral, good, middle, bad };
+
+    /// `prefs` outlives the monitor.
+    Monitor(Preferences& prefs, const MonitorEnvironment& environment);
+
+    Monitor(const Monitor&) = delete;
+    Monitor& operator=(const Monitor&) = delete;
+
+    /// Called once.
+    void start();
+    /// Stores the all-time figures, if this process is the one that writes them. Failures are ignored. What
+    /// is not made to outlive a power cut never waits for the disk.
+    void saveStats(FileStore::Durability durability = FileStore::Durability::powerCut);
+
+    /// White space around the text is dropped; an empty or unchanged host is ignored.
+    void setHostname(const std::string& text);
+    /// To be called after the ping interval has been set. Keeps the gap since the last ping.
+    void pingIntervalChanged();
+    void restoreDefaults();
+    void resetSessionStats();
+    /// Of the current host; stored at once.
+    void resetAllTimeStats();
+
+    [[nodiscard]] Preferences& prefs() const { return prefs_; }
+
+    // Published values.
+
+    [[nodiscard]] Status status() const { return status_.get(); }
+
+    [[nodiscard]] std::optional<double> score() const { return score_.get(); }
+
+    [[nodiscard]] std::optional<double> latestPingMs() const { return latestPingMs_.get(); }
+
+    [[nodiscard]] double lossPercent() const { return lossPercent_.get(); }
+
+    [[nodiscard]] bool lossIsKnown() const { return lossIsKnown_.get(); }
+
+    [[nodiscard]] const std::optional<std::string>& resolvedAddress() const { return resolvedAddress_.get(); }
+
+    [[nodiscard]] const std::optional<std::string>& lastError() const { return lastError_.get(); }
+
+    [[nodiscard]] const std::optional<PingError>& startError() const { return startError_.get(); }
+
+    [[nodiscard]] bool pathSatisfied() const { return pathSatisfied_.get(); }
+
+    [[nodiscard]] const Samples& samples() const { return samples_.get(); }
+
+    [[nodiscard]] const PingLedger& ledger() const { return ledger_.get(); }
+
+    [[nodiscard]] StatsRecorder::State recording() const { return recording_.get(); }
+
+    // Values for display, derived from the published ones.
+
+    /// Lit bars of five; none without a score and while down.
+    [[nodiscard]] int bars() const;
+    /// Absent unless down.
+    [[nodiscard]] std::optional<DownReason> downReason() const;
+    /// The text of the status item.
+    [[nodiscard]] std::string menuTitle(bool showsLoss) const;
+    [[nodiscard]] std::string tooltip() const;
+    [[nodiscard]] bool showsLoss() const;
+    [[nodiscard]] std::string qualityTitle() const;
+    [[nodiscard]] QualityTone qualityTone() const;
+    [[nodiscard]] std::string downReasonText() const;
+    /// For assistive technology.
+    [[nodiscard]] std::string accessibilitySummary() const;
+
+    /// The monotonic time that the latest evaluation used, or that of the creation before the first one.
+    [[nodiscard]] double evaluatedAt() const { return evaluatedAt_; }
+
+    /// Called at the end of every tick.
+    std::function<void()> onTick;
+
+private:
+    using Step = std::function<ConnectionWatchdog::Actions(ConnectionWatchdog&, double now)>;
+
+    // The ping loop.
+    void restartPinger();
+    void stopPinging();
+    void schedulePingTimer();
+    void sendPing();
+    void handle(const Pinger::Event& event);
+    void pingingStarted(const ResolvedAddress& address);
+    void receivedReply(std::uint64_t id, double at);
+    /// Looked for from the newest on; null when it has left the chart.
+    [[nodiscard]] static Sample* sampleOf(Samples& samples, std::uint64_t id);
+
+    // The judging.
+    void tick();
+    void drive(const Step& step);
+    void carryOut(ConnectionWatchdog::Action action);
+    void evaluate(double now);
+    void markLost(std::uint64_t id);
+    void forgetSettledBookings();
+    [[nodiscard]] bool isConnecting() const;
+
+    // What happens around it.
+    void observeSystemEvents();
+    void hostChanged();
+    void refreshWatchdogConfig();
+    void willSleep();
+    void didWake();
+    void pathUpdated(const NetworkPath& path);
+    void pathChanged(const std::string& key);
+
+    Preferences& prefs_;
+    RunLoop& loop_;
+    PingNetwork& network_;
+    PathMonitor& pathMonitor_;
+    SleepMonitor& sleepMonitor_;
+    NotificationCenter& notifications_;
+
+    Observed<Status> status_{Status::starting};
+    Observed<std::optional<double>> score_;
+    Observed<std::optional<double>> latestPingMs_;
+    Observed<double> lossPercent_{0};
+    Observed<bool> lossIsKnown_{false};
+    Observed<std::optional<std::string>> resolvedAddress_;
+    Observed<std::optional<std::string>> lastError_;
+    Observed<std::optional<PingError>> startError_;
+    Observed<bool> pathSatisfied_{true};
+    Observed<Samples> samples_; ///< of the last 300 s, oldest first
+    Observed<PingLedger> ledger_;
+    Observed<StatsRecorder::State> recording_{StatsRecorder::State::records};
+
+    StatsRecorder recorder_;
+    std::vector<PendingPing> pending_; ///< in the scoring window, oldest first
+    std::unique_ptr<Pinger> pinger_;
+    RunLoop::Handle pingTimer_; ///< only while a pinger has reported that it started
+    RunLoop::Handle housekeepingTimer_;
+    ConnectionWatchdog watchdog_;
+    std::uint16_t identifier_;
+    std::optional<double> lastPingSent_; ///< monotonic: setting the wall clock shall not hold up pinging
+    std::uint64_t nextPingId_;
+    int tickCount_ = 0; ///< since the last periodic save
+    double evaluatedAt_;
+    bool asleep_ = false;
+    std::optional<std::string> lastPathKey_;
+    RunLoop::Handle pathWork_; ///< the reaction to a path change, while it waits for the next change
+    std::shared_ptr<Monitor*> self_ = std::make_shared<Monitor*>(this); ///< ports hold it weakly
+};
+
+} // namespace tarnwick

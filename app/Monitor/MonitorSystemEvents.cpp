@@ -1,0 +1,137 @@
+// How the monitor reacts to a new host or interval, to sleep and wake, and to changes of the network path.
+#include "app/Monitor/Monitor.h"
+
+#include "core/Text.h"
+
+namespace tarnwick {
+
+namespace {
+
+/// Interfaces come and go in bursts: the reaction waits until it has been quiet for so long.
+constexpr double pathDebounce = 1.0;
+/// Gives the network time to come back after a sleep.
+constexpr double restartAfterWake = 2.0;
+
+std::string pathKey(const NetworkPath& path) {
+    std::string key = path.satisfied ? "satisfied|" : "unsatisfied|";
+    for (const std::string& interface : path.interfaces) {
+        if (key.back() != '|') {
+            key += ',';
+        }
+        key += interface;
+    }
+    return key;
+}
+
+} // namespace
+
+void Monitor::setHostname(const std::string& text) {
+    const std::string_view host = Text::trimmed(text);
+    if (host.empty() || host == prefs_.hostname()) {
+        return;
+    }
+    saveStats();
+    prefs_.setHostname(std::string(host));
+    hostChanged();
+}
+
+void Monitor::hostChanged() {
+    ledger_.mutate([this](PingLedger& ledger) {
+        ledger.resetSite(recorder_.figures(prefs_.hostname()));
+        ledger.resetSession();
+        return true;
+    });
+    samples_.set({});
+    score_.set(std::nullopt);
+    latestPingMs_.set(std::nullopt);
+    lossPercent_.set(0);
+    lossIsKnown_.set(false);
+    resolvedAddress_.set(std::nullopt);
+    startError_.set(std::nullopt);
+    stopPinging();
+    pending_.clear();
+    refreshWatchdogConfig();
+    drive([](ConnectionWatchdog& watchdog, double now) { return watchdog.reset(now, 0, true); });
+}
+
+void Monitor::pingIntervalChanged() {
+    refreshWatchdogConfig();
+    if (pingTimer_) {
+        schedulePingTimer();
+    }
+}
+
+void Monitor::restoreDefaults() {
+    const std::string before = prefs_.hostname();
+    saveStats();
+    prefs_.restoreDefaults();
+    if (prefs_.hostname() != before) {
+        hostChanged();
+    }
+    pingIntervalChanged();
+}
+
+void Monitor::resetSessionStats() {
+    ledger_.mutate([](PingLedger& ledger) {
+        ledger.resetSession();
+        return true;
+    });
+}
+
+void Monitor::resetAllTimeStats() {
+    saveStats(); // taking over from another writer would bring its figures back
+    ledger_.mutate([](PingLedger& ledger) {
+        ledger.resetSite({});
+        return true;
+    });
+    saveStats();
+}
+
+void Monitor::observeSystemEvents() {
+    const auto whileAlive = [weakSelf = std::weak_ptr(self_)](auto&& action) {
+        if (const auto self = weakSelf.lock()) {
+            action(**self);
+        }
+    };
+    sleepMonitor_.start({
+        .willSleep = [whileAlive] { whileAlive([](Monitor& monitor) { monitor.willSleep(); }); },
+        .didWake = [whileAlive] { whileAlive([](Monitor& monitor) { monitor.didWake(); }); },
+    });
+    pathMonitor_.start([whileAlive](const NetworkPath& path) {
+        whileAlive([&path](Monitor& monitor) { monitor.pathUpdated(path); });
+    });
+}
+
+void Monitor::willSleep() {
+    asleep_ = true;
+    pathWork_.reset();
+    stopPinging();
+    pending_.clear();
+}
+
+void Monitor::didWake() {
+    asleep_ = false;
+    refreshWatchdogConfig();
+    drive([](ConnectionWatchdog& watchdog, double now) {
+        return watchdog.reset(now, restartAfterWake, false);
+    });
+}
+
+void Monitor::pathUpdated(const NetworkPath& path) {
+    pathSatisfied_.set(path.satisfied);
+    pathChanged(pathKey(path));
+}
+
+void Monitor::pathChanged(const std::string& key) {
+    // The first update only tells how things are.
+    if (lastPathKey_ && *lastPathKey_ != key && !asleep_) {
+        pathWork_ = loop_.after(pathDebounce, [this] {
+            if (!asleep_) {
+                drive([](ConnectionWatchdog& watchdog, double now) { return watchdog.networkChanged(now); });
+            }
+        });
+    }
+    lastPathKey_ = key;
+}
+
+} // namespace tarnwick

@@ -1,0 +1,85 @@
+#include "app/Monitor/StatsRecorder.h"
+
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+StatsRecorder::State stateAfter(StatsLock::Attempt attempt) {
+    switch (attempt) {
+    case StatsLock::Attempt::taken:
+    case StatsLock::Attempt::held:
+        return StatsRecorder::State::records;
+    case StatsLock::Attempt::heldByOther:
+        return StatsRecorder::State::otherRecords;
+    case StatsLock::Attempt::impossible:
+        break;
+    }
+    return StatsRecorder::State::cannotRecord;
+}
+
+} // namespace
+
+StatsRecorder::StatsRecorder(StatsStore store) : store_(std::move(store)), lock_(store_.url) {
+}
+
+void StatsRecorder::load() {
+    // The lock first: what is read under it can't be overwritten by another process's last save.
+    state_ = stateAfter(lock_.acquire());
+    onDisk_ = store_.load();
+    allTimeStats_ = onDisk_;
+}
+
+StatCounter StatsRecorder::figures(const std::string& host) const {
+    const auto found = allTimeStats_.find(host);
+    return found != allTimeStats_.end() ? found->second : StatCounter{};
+}
+
+StatsRecorder::Saved StatsRecorder::save(
+    const std::string& host, const StatCounter& counter, FileStore::Durability durability) {
+    const StatsLock::Attempt attempt = lock_.acquire();
+    const State before = std::exchange(state_, stateAfter(attempt));
+    if (attempt == StatsLock::Attempt::taken && hasOthersFigures(before)) {
+        return Saved::tookOver;
+    }
+    allTimeStats_[host] = counter;
+    if (state_ == State::records) {
+        write(durability);
+    }
+    return Saved::asTold;
+}
+
+bool StatsRecorder::hasOthersFigures(State before) {
+    StatsByHost present = store_.load();
+    // Where nobody else has written, what was counted here still goes on from what is on disk. Nor are
+    // figures that are gone anybody's.
+    const bool isOthers = before == State::otherRecords || (!present.empty() && present != onDisk_);
+    if (isOthers) {
+        onDisk_ = present;
+        allTimeStats_ = std::move(present);
+    }
+    return isOthers;
+}
+
+void StatsRecorder::write(FileStore::Durability durability) {
+    StatsByHost figures = allTimeStats_;
+    std::erase_if(figures, [](const auto& entry) { return entry.second.isEmpty(); });
+    const bool isAsDurable = durability <= lastDurability_;
+    if (hasWritten_ && figures == onDisk_ && isAsDurable) {
+        return; // nothing has been counted since
+    }
+    // Once: while saving fails, the file stays as it is.
+    if (!hasKeptAside_ && store_.keepAsideIfUnreadable()) {
+        return;
+    }
+    hasKeptAside_ = true;
+    if (store_.save(figures, durability)) {
+        return;
+    }
+    hasWritten_ = true;
+    lastDurability_ = durability;
+    onDisk_ = std::move(figures);
+}
+
+} // namespace tarnwick

@@ -1,0 +1,54 @@
+// The all-time figures of every host, and this process's right, or not, to write them.
+#pragma once
+
+#include "core/StatsLock.h"
+#include "core/StatsStore.h"
+
+#include <string>
+
+namespace tarnwick {
+
+/// Only one process writes the statistics file: the one that holds the lock beside it. Another one loads the
+/// figures, counts on in memory, and takes over at a later save once the lock is free: from the figures on
+/// disk, never over them.
+class StatsRecorder {
+public:
+    enum class State {
+        records,      ///< this process writes
+        otherRecords, ///< another one does; nothing is written here
+        cannotRecord, ///< nothing can be written in that folder
+    };
+
+    enum class Saved {
+        asTold,   ///< the counter stands, written or not
+        tookOver, ///< this process has just become the writer: the figures on disk replace those told
+    };
+
+    explicit StatsRecorder(StatsStore store);
+
+    /// Takes the lock if it is free, then reads the figures.
+    void load();
+    /// The counter of a host, empty when it has none.
+    [[nodiscard]] StatCounter figures(const std::string& host) const;
+    /// Remembers the host's counter and writes all that are not empty. A failure to write is ignored: the old
+    /// file stands, and the next save tries again.
+    Saved save(const std::string& host, const StatCounter& counter, FileStore::Durability durability);
+
+    [[nodiscard]] State state() const { return state_; }
+
+private:
+    /// Takes over what another process has written since this one last knew the file.
+    [[nodiscard]] bool hasOthersFigures(State before);
+    void write(FileStore::Durability durability);
+
+    StatsStore store_;
+    StatsLock lock_;
+    State state_ = State::cannotRecord;
+    StatsByHost allTimeStats_;
+    StatsByHost onDisk_;        ///< as last read or written here
+    bool hasKeptAside_ = false; ///< what can't be understood has a second name, or all was understood
+    bool hasWritten_ = false;
+    FileStore::Durability lastDurability_ = FileStore::Durability::crash;
+};
+
+} // namespace tarnwick
