@@ -1,0 +1,17 @@
+// Everything that the monitor publishes, as one line of JSON.
+#pragma once
+
+#include "app/Monitor/Monitor.h"
+
+#include <string>
+
+namespace tarnwick {
+
+/// `menuTitle` is what the status item shows at this moment. Ends with a line break.
+[[nodiscard]] std::string jsonLine(
+    const Monitor& monitor, RunLoop::WallTime time, const std::string& menuTitle);
+
+/// RFC 3339 in UTC with milliseconds.
+[[nodiscard]] std::string timestamp(RunLoop::WallTime time);
+
+} // namespace tarnwick

@@ -1,0 +1,50 @@
+#include "app/Watch/LineWriter.h"
+
+#include <cerrno>
+#include <climits>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tarnwick {
+
+namespace {
+
+/// A pipe that polls as writable takes so much without waiting, and no more for certain.
+bool mayWait(int descriptor, std::size_t size) {
+    struct stat info {};
+
+    return size > PIPE_BUF && ::fstat(descriptor, &info) == 0 && !S_ISREG(info.st_mode);
+}
+
+} // namespace
+
+LineWriter::Written LineWriter::write(std::string_view line) {
+    pollfd output{.fd = descriptor_, .events = POLLOUT, .revents = 0};
+    if (::poll(&output, 1, 0) != 1) {
+        return Written::leftOut;
+    }
+    // The far end of a pipe has gone, whether or not there is room in it.
+    if ((output.revents & POLLERR) != 0 || (output.revents & POLLOUT) == 0) {
+        return Written::closed;
+    }
+    if (mayWait(descriptor_, line.size())) {
+        return Written::leftOut;
+    }
+    while (!line.empty()) {
+        const ssize_t count = ::write(descriptor_, line.data(), line.size());
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0 && errno == EAGAIN) {
+            return Written::leftOut;
+        }
+        if (count < 0) {
+            return errno == EPIPE ? Written::closed : Written::failed;
+        }
+        line.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return Written::whole;
+}
+
+} // namespace tarnwick

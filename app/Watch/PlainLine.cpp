@@ -1,0 +1,50 @@
+#include "app/Watch/PlainLine.h"
+
+#include "app/StatusMenuView/HeaderText.h"
+#include "core/Text.h"
+
+#include <array>
+#include <ctime>
+
+namespace tarnwick {
+
+namespace {
+
+constexpr std::size_t qualityWidth = 15;
+constexpr std::size_t latencyWidth = 9;
+constexpr std::size_t lossWidth = 10;
+
+std::string localTime(RunLoop::WallTime time) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+    std::tm parts{};
+    localtime_r(&seconds, &parts);
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
+    return text.data();
+}
+
+std::size_t characters(const std::string& text) {
+    std::size_t count = 0;
+    for (const char byte : text) {
+        // Every byte but the continuations of a UTF-8 sequence begins a character.
+        count += (static_cast<unsigned char>(byte) & 0xC0) != 0x80 ? 1 : 0;
+    }
+    return count;
+}
+
+std::string padded(std::string text, std::size_t width, bool rightAligned) {
+    const std::size_t length = characters(text);
+    text.insert(rightAligned ? 0 : text.size(), width > length ? width - length : 0, ' ');
+    return text;
+}
+
+} // namespace
+
+std::string plainLine(const Monitor& monitor, RunLoop::WallTime time) {
+    return localTime(time) + "  " + padded(monitor.qualityTitle(), qualityWidth, false)
+           + padded(HeaderText::latency(monitor), latencyWidth, true)
+           + padded(HeaderText::loss(monitor).value_or(""), lossWidth, true) + "  "
+           + Text::printable(HeaderText::hostLine(monitor)) + "\n";
+}
+
+} // namespace tarnwick

@@ -1,0 +1,128 @@
+#include "app/Watch/Presentation.h"
+
+#include "app/Watch/JsonLine.h"
+#include "app/Watch/PlainLine.h"
+#include "app/Watch/ScreenLayout.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+void quitUnlessWritten(LineWriter::Written written, const Presentation::Quit& quit) {
+    switch (written) {
+    case LineWriter::Written::whole:
+    case LineWriter::Written::leftOut:
+        break;
+    case LineWriter::Written::closed:
+        quit({});
+        break;
+    case LineWriter::Written::failed:
+        quit("can't write the output: " + std::generic_category().message(errno));
+        break;
+    }
+}
+
+} // namespace
+
+void NoteLines::set(const std::vector<std::string>& notes) {
+    for (const std::string& note : notes) {
+        if (std::ranges::find(told_, note) == told_.end()) {
+            LineWriter(STDERR_FILENO).write("tarnwick-watch: " + note + "\n");
+        }
+    }
+    told_ = notes;
+}
+
+JsonPresentation::JsonPresentation(RunLoop& loop, const Monitor& monitor, Quit quit)
+    : loop_(loop), monitor_(monitor), quit_(std::move(quit)), output_(STDOUT_FILENO) {
+}
+
+void JsonPresentation::show() {
+    const auto loss = monitor_.lossIsKnown() ? std::optional(monitor_.lossPercent()) : std::nullopt;
+    const auto digits = gates_.update(loss, monitor_.prefs().lossTextMode(), loop_.now());
+    const std::string line = jsonLine(monitor_, loop_.wallNow(), monitor_.menuTitle(digits.has_value()));
+    quitUnlessWritten(output_.write(line), quit_);
+}
+
+void JsonPresentation::setNotes(const std::vector<std::string>& notes) {
+    noteLines_.set(notes);
+}
+
+PlainPresentation::PlainPresentation(RunLoop& loop, const Monitor& monitor, Quit quit)
+    : loop_(loop), monitor_(monitor), quit_(std::move(quit)), output_(STDOUT_FILENO) {
+}
+
+void PlainPresentation::show() {
+    quitUnlessWritten(output_.write(plainLine(monitor_, loop_.wallNow())), quit_);
+}
+
+void PlainPresentation::setNotes(const std::vector<std::string>& notes) {
+    noteLines_.set(notes);
+}
+
+ScreenPresentation::ScreenPresentation(
+    RunLoop& loop, const Monitor& monitor, std::unique_ptr<Terminal> terminal, Quit quit)
+    : loop_(loop), monitor_(monitor), terminal_(std::move(terminal)), quit_(std::move(quit)) {
+    if (::isatty(STDIN_FILENO) != 0) {
+        keyboard_ = loop.watchReadable(STDIN_FILENO, [this] { readKeys(); });
+    }
+}
+
+void ScreenPresentation::show() {
+    if (renderLoop_) {
+        draw();
+        return;
+    }
+    renderLoop_ = std::make_unique<RenderLoop>(loop_, [this] {
+        // A verdict or an answer is shown at once; all else has time until the next tick.
+        static_cast<void>(monitor_.status());
+        static_cast<void>(monitor_.latestPingMs());
+        withoutTracking([this] { draw(); });
+    });
+}
+
+void ScreenPresentation::draw() {
+    const ScreenContent content = screenContent(monitor_, loop_.wallNow(), grouping_, notes_);
+    terminal_->draw(drawScreen(content, terminal_->size(), terminal_->isAscii()));
+}
+
+void ScreenPresentation::setNotes(const std::vector<std::string>& notes) {
+    notes_ = notes;
+    show();
+}
+
+void ScreenPresentation::windowResized() {
+    terminal_->resize();
+    show();
+}
+
+void ScreenPresentation::readKeys() {
+    constexpr int controlL = 'L' & 0x1F;
+    const int key = terminal_->readKey();
+    switch (key) {
+    case 0:
+        if (terminal_->hasHungUp()) {
+            keyboard_.reset();
+            quit_({});
+        }
+        break;
+    case 'q':
+    case 'Q':
+        quit_({});
+        break;
+    case controlL:
+        terminal_->repaint();
+        show();
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace tarnwick

@@ -1,0 +1,310 @@
+#include "app/Watch/ScreenLayout.h"
+
+#include "app/StatusMenuView/HeaderText.h"
+#include "core/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+using LatencyChart::BarTone;
+using LatencyChart::Bucket;
+
+constexpr int margin = 1;
+constexpr int barLevels = Monitor::barLevels;
+constexpr int headerIndent = barLevels + 2;
+constexpr int headerRows = 2;
+constexpr int gridRows = 1 + static_cast<int>(StatsGrid::rowCount);
+constexpr int fewestChartRows = 2;
+constexpr int mostChartRows = 20;
+constexpr int gridLabelWidth = 14;
+constexpr int gridValueWidth = 12;
+
+/// Which part of the screen gets how many rows. Rows that stay empty set the parts apart.
+struct Plan {
+    bool topBlank = false;
+    bool gaps = false;
+    int noteRows = 0;
+    int chartRows = 0;
+    bool caption = false;
+    bool grid = false;
+};
+
+/// Hands out rows by importance: header, notes, a small chart, its caption, the grid, air, a larger chart.
+Plan planRows(int rows, int wantedNoteRows) {
+    Plan plan;
+    int left = rows - headerRows;
+    plan.noteRows = std::clamp(left, 0, wantedNoteRows);
+    left -= plan.noteRows;
+    plan.chartRows = std::clamp(left, 0, fewestChartRows);
+    left -= plan.chartRows;
+    plan.caption = left >= 1;
+    left -= plan.caption ? 1 : 0;
+    const int gapRows = plan.noteRows > 0 ? 3 : 2;
+    plan.grid = left >= gridRows;
+    left -= plan.grid ? gridRows : 0;
+    plan.gaps = plan.grid && left >= gapRows;
+    left -= plan.gaps ? gapRows : 0;
+    plan.topBlank = plan.gaps && left >= 1;
+    left -= plan.topBlank ? 1 : 0;
+    plan.chartRows += std::clamp(left, 0, mostChartRows - plan.chartRows);
+    return plan;
+}
+
+Ink inkOf(Monitor::QualityTone tone) {
+    switch (tone) {
+    case Monitor::QualityTone::neutral:
+        return Ink::secondary;
+    case Monitor::QualityTone::good:
+        return Ink::good;
+    case Monitor::QualityTone::middle:
+        return Ink::warn;
+    case Monitor::QualityTone::bad:
+        break;
+    }
+    return Ink::bad;
+}
+
+Ink inkOf(BarTone tone) {
+    switch (tone) {
+    case BarTone::good:
+        return Ink::good;
+    case BarTone::warn:
+        return Ink::warn;
+    case BarTone::bad:
+    case BarTone::outage:
+        return Ink::bad;
+    case BarTone::none:
+        break;
+    }
+    return Ink::secondary;
+}
+
+/// A cell filled from below to so many eighths.
+char32_t block(int eighths, bool ascii) {
+    if (ascii) {
+        return U"..:::###"[std::clamp(eighths, 1, 8) - 1];
+    }
+    return U"▁▂▃▄▅▆▇█"[std::clamp(eighths, 1, 8) - 1];
+}
+
+/// An unlit bar is a mark on the ground: its shape tells, also where the terminal has neither color nor dim
+/// text.
+char32_t signalBar(int bar, bool isLit, bool ascii) {
+    static constexpr std::array heights{2, 3, 5, 6, 8};
+    if (ascii) {
+        return isLit ? U'#' : U'.';
+    }
+    return block(isLit ? heights.at(static_cast<std::size_t>(bar)) : 1, false);
+}
+
+void drawSignalBars(Canvas& canvas, int row, const ScreenContent& content) {
+    for (int bar = 0; bar < barLevels; ++bar) {
+        const bool isLit = bar < content.bars;
+        const Ink ink = isLit ? inkOf(content.tone) : Ink::secondary;
+        canvas.put(row, margin + bar, signalBar(bar, isLit, canvas.isAscii()), ink);
+    }
+}
+
+void drawHeader(Canvas& canvas, int row, const ScreenContent& content) {
+    const int width = canvas.size().columns - 2 * margin - headerIndent;
+    const int latencyWidth = std::min(canvas.widthOf(content.latency), width);
+    drawSignalBars(canvas, row, content);
+    canvas.text(row, margin + headerIndent, width - latencyWidth - 1, content.quality, Ink::strong);
+    canvas.textRight(
+        row, margin + headerIndent, width, content.latency, content.isDown ? Ink::strongBad : Ink::strong);
+    const std::string loss = content.loss.value_or("");
+    const int lossWidth = loss.empty() ? 0 : canvas.widthOf(loss) + 1;
+    canvas.text(row + 1, margin + headerIndent, width - lossWidth, content.hostLine, Ink::secondary);
+    canvas.textRight(
+        row + 1, margin + headerIndent, width, loss, content.isLossy ? Ink::warn : Ink::secondary);
+}
+
+/// Where the chart lies, and its scale.
+struct ChartFrame {
+    int top;
+    int rows;
+    int columnsPerBucket;
+    double scaleMax;
+
+    [[nodiscard]] int eighths(double ms) const {
+        const auto full = static_cast<double>(rows * 8);
+        // A stored threshold of zero or less can make a scale without extent.
+        return scaleMax > 0 ? static_cast<int>(std::clamp(std::round(ms / scaleMax * full), 1.0, full)) : 1;
+    }
+};
+
+void drawThresholdLine(Canvas& canvas, const ChartFrame& frame, double thresholdMs, int columns) {
+    if (thresholdMs > frame.scaleMax) {
+        return;
+    }
+    const int row = frame.top + frame.rows - 1 - (frame.eighths(thresholdMs) - 1) / 8;
+    for (int column = 0; column < columns; ++column) {
+        canvas.put(row, margin + column, canvas.isAscii() ? U'-' : U'╌', Ink::secondary);
+    }
+}
+
+void drawColumn(Canvas& canvas, const ChartFrame& frame, int column, const Bucket& bucket, BarTone tone) {
+    const bool isOutage = tone == BarTone::outage;
+    const bool isClipped = !isOutage && *bucket.worstRtt > frame.scaleMax;
+    int eighths = isOutage ? frame.rows * 8 : frame.eighths(*bucket.worstRtt);
+    for (int row = frame.top + frame.rows - 1; eighths > 0; --row, eighths -= 8) {
+        char32_t glyph = block(std::min(eighths, 8), canvas.isAscii());
+        if (isOutage) {
+            glyph = canvas.isAscii() ? U'x' : U'▒';
+        } else if (isClipped && row == frame.top) {
+            glyph = canvas.isAscii() ? U'^' : U'▲';
+        }
+        canvas.put(row, column, glyph, inkOf(tone));
+    }
+}
+
+void drawScale(Canvas& canvas, const ChartFrame& frame, int chartColumns) {
+    const int column = margin + chartColumns + 1;
+    const int room = canvas.size().columns - margin - column;
+    const std::string withUnit = Format::wholeMs(frame.scaleMax);
+    const std::string top = canvas.widthOf(withUnit) <= room ? withUnit : Text::whole(frame.scaleMax);
+    if (canvas.widthOf(top) <= room && frame.rows > 1) {
+        canvas.text(frame.top, column, room, top, Ink::secondary);
+        canvas.text(frame.top + frame.rows - 1, column, room, "0", Ink::secondary);
+    }
+}
+
+void drawChart(Canvas& canvas, int top, int rows, const ScreenContent& content) {
+    const int count = static_cast<int>(content.buckets.size());
+    const int width = canvas.size().columns - 2 * margin;
+    if (rows < 1 || count < 1 || width < 1) {
+        return;
+    }
+    const ChartFrame frame{
+        .top = top,
+        .rows = rows,
+        .columnsPerBucket = std::max(width / count, 1),
+        .scaleMax = LatencyChart::scaleMax(LatencyChart::replyTimes(content.buckets), content.lowThresholdMs),
+    };
+    const int chartColumns = std::min(frame.columnsPerBucket * count, width);
+    drawThresholdLine(canvas, frame, content.lowThresholdMs, chartColumns);
+    drawScale(canvas, frame, chartColumns);
+    // Too narrow for all: the newest are shown.
+    const int skipped = std::max(count - width, 0);
+    // From three columns on, one of them is air between the bars.
+    const int barColumns = frame.columnsPerBucket >= 3 ? frame.columnsPerBucket - 1 : frame.columnsPerBucket;
+    for (int index = skipped; index < count; ++index) {
+        const Bucket& bucket = content.buckets[static_cast<std::size_t>(index)];
+        const BarTone tone = LatencyChart::tone(bucket, content.lowThresholdMs, content.highThresholdMs);
+        if (tone == BarTone::none) {
+            continue;
+        }
+        const int left = margin + (index - skipped) * frame.columnsPerBucket;
+        for (int column = left; column < left + barColumns; ++column) {
+            drawColumn(canvas, frame, column, bucket, tone);
+        }
+    }
+}
+
+void drawCaption(Canvas& canvas, int row, const ScreenContent& content) {
+    const int width = canvas.size().columns - 2 * margin;
+    canvas.text(row, margin, width, "Last 5 minutes", Ink::secondary);
+    const std::string threshold = "slow above " + Format::wholeMs(content.lowThresholdMs);
+    if (canvas.widthOf(threshold) + 18 <= width) {
+        const int textWidth = canvas.widthOf(threshold);
+        for (int dash = 0; dash < 2; ++dash) {
+            canvas.put(
+                row, margin + width - textWidth - 3 + dash, canvas.isAscii() ? U'-' : U'╌', Ink::secondary);
+        }
+        canvas.textRight(row, margin, width, threshold, Ink::secondary);
+    }
+}
+
+void drawGrid(Canvas& canvas, int row, const ScreenContent& content) {
+    const int session = margin + gridLabelWidth;
+    const int allTime = session + gridValueWidth;
+    canvas.textRight(row, session, gridValueWidth, StatsGrid::sessionTitle, Ink::strong);
+    canvas.textRight(row, allTime, gridValueWidth, StatsGrid::allTimeTitle, Ink::strong);
+    for (const StatsGrid::Row& line : content.stats) {
+        ++row;
+        canvas.text(row, margin, gridLabelWidth, line.label, Ink::secondary);
+        canvas.textRight(row, session, gridValueWidth, line.session, Ink::plain);
+        canvas.textRight(row, allTime, gridValueWidth, line.allTime, Ink::plain);
+    }
+}
+
+/// Breaks texts at blanks into lines of at most `width` columns.
+std::vector<std::string> wrapped(const Canvas& canvas, const std::vector<std::string>& texts, int width) {
+    std::vector<std::string> lines;
+    for (const std::string& text : texts) {
+        std::string line;
+        for (std::size_t at = 0; at < text.size();) {
+            const std::size_t end = std::min(text.find(' ', at), text.size());
+            const std::string word = text.substr(at, end - at);
+            std::string longer = line;
+            longer += line.empty() ? "" : " ";
+            longer += word;
+            if (!line.empty() && canvas.widthOf(longer) > width) {
+                lines.push_back(std::exchange(line, word));
+            } else {
+                line = longer;
+            }
+            at = end + 1;
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+} // namespace
+
+ScreenContent screenContent(
+    const Monitor& monitor, RunLoop::WallTime now, const Format::Grouping& grouping,
+    std::vector<std::string> notes) {
+    const Preferences& prefs = monitor.prefs();
+    const ScoringConfig scoring = prefs.scoringConfig();
+    return {
+        .bars = monitor.bars(),
+        .tone = monitor.qualityTone(),
+        .quality = monitor.qualityTitle(),
+        .hostLine = HeaderText::hostLine(monitor),
+        .latency = HeaderText::latency(monitor),
+        .isDown = monitor.status() == Monitor::Status::down,
+        .loss = HeaderText::loss(monitor),
+        .isLossy = monitor.lossPercent() > 0,
+        .buckets = LatencyChart::buckets(monitor.samples(), now, prefs.pingInterval()),
+        .lowThresholdMs = scoring.lowThreshold * 1000,
+        .highThresholdMs = scoring.highThreshold * 1000,
+        .stats = StatsGrid::rows(monitor.ledger().session(), monitor.ledger().site(), grouping),
+        .notes = std::move(notes),
+    };
+}
+
+Canvas drawScreen(const ScreenContent& content, ScreenSize size, bool ascii) {
+    Canvas canvas(size, ascii);
+    const int width = canvas.size().columns - 2 * margin;
+    const std::vector<std::string> notes = wrapped(canvas, content.notes, width);
+    const Plan plan = planRows(canvas.size().rows, static_cast<int>(notes.size()));
+    int row = plan.topBlank ? 1 : 0;
+    drawHeader(canvas, row, content);
+    row += headerRows;
+    for (int note = 0; note < plan.noteRows; ++note, ++row) {
+        if (note == 0 && plan.gaps) {
+            ++row;
+        }
+        canvas.text(row, margin, width, notes[static_cast<std::size_t>(note)], Ink::warn);
+    }
+    row += plan.gaps ? 1 : 0;
+    drawChart(canvas, row, plan.chartRows, content);
+    row += plan.chartRows;
+    if (plan.caption) {
+        drawCaption(canvas, row, content);
+        ++row;
+    }
+    if (plan.grid) {
+        drawGrid(canvas, row + (plan.gaps ? 1 : 0), content);
+    }
+    return canvas;
+}
+
+} // namespace tarnwick

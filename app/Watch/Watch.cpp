@@ -1,0 +1,58 @@
+#include "app/Watch/Watch.h"
+
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+std::optional<std::string> recordingNote(StatsRecorder::State state) {
+    switch (state) {
+    case StatsRecorder::State::records:
+        return std::nullopt;
+    case StatsRecorder::State::otherRecords:
+        return "Another Tarnwick records the statistics; this one records nothing.";
+    case StatsRecorder::State::cannotRecord:
+        break;
+    }
+    return "The statistics are not stored: their folder can’t be written or locked.";
+}
+
+} // namespace
+
+Watch::Watch(Needs needs, std::unique_ptr<Presentation> presentation)
+    : needs_(std::move(needs)), presentation_(std::move(presentation)) {
+}
+
+Watch::~Watch() {
+    needs_.monitor.onTick = nullptr;
+}
+
+void Watch::start() {
+    needs_.monitor.onTick = [this] { presentation_->show(); };
+    needs_.monitor.start();
+    presentation_->show();
+    noteLoop_ = std::make_unique<RenderLoop>(needs_.loop, [this] { updateNotes(); });
+}
+
+void Watch::updateNotes() {
+    std::vector<std::string> notes;
+    const std::optional<PingError>& error = needs_.monitor.startError();
+    if (error && error->kind == PingError::Kind::socket) {
+        if (const auto permission = needs_.missingPingPermission()) {
+            notes.push_back("This user may not ping yet. Allow it with: " + *permission);
+        } else {
+            notes.push_back(error->message());
+        }
+    }
+    if (const auto note = recordingNote(needs_.monitor.recording())) {
+        notes.push_back(*note);
+    }
+    if (notes != notes_) {
+        notes_ = notes;
+        // What the presentation reads while it shows them is its own affair.
+        withoutTracking([this] { presentation_->setNotes(notes_); });
+    }
+}
+
+} // namespace tarnwick

@@ -1,0 +1,43 @@
+// The terminal program around the model: what it shows when, what it tells beside that, when it ends.
+#pragma once
+
+#include "app/Watch/Presentation.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+class Watch {
+public:
+    struct Needs {
+        RunLoop& loop;
+        Monitor& monitor;
+        /// What must be changed before this user may ping; nothing when that is not the obstacle.
+        std::function<std::optional<std::string>()> missingPingPermission;
+    };
+
+    Watch(Needs needs, std::unique_ptr<Presentation> presentation);
+
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+    ~Watch();
+
+    /// Starts the monitor and shows it from now on.
+    void start();
+
+    void windowResized() { presentation_->windowResized(); }
+
+private:
+    void updateNotes();
+
+    Needs needs_;
+    std::unique_ptr<Presentation> presentation_;
+    std::vector<std::string> notes_;
+    std::unique_ptr<RenderLoop> noteLoop_;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,147 @@
+// tarnwick-watch: the connection's quality in a terminal.
+#include "app/Watch/Options.h"
+#include "app/Watch/Watch.h"
+#include "core/Pinger/SystemPingNetwork.h"
+#include "platform/asio/AsioRunLoop.h"
+#include "platform/linux/PingPermission.h"
+#include "platform/linux/SignalWatch.h"
+#include "platform/null/AbsentServices.h"
+#include "platform/posix/SettingsFile.h"
+
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace tarnwick;
+
+constexpr int usageFailure = 2;
+
+/// A machine that was never told a language still shows UTF-8 in its terminals.
+void takeCharacterSet() {
+    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        if (const char* value = std::getenv(variable); value != nullptr && *value != '\0') {
+            std::setlocale(LC_CTYPE, "");
+            return;
+        }
+    }
+    std::setlocale(LC_CTYPE, "C.UTF-8");
+}
+
+/// Started without one of the standard descriptors, the next file opened would take its place, and be written
+/// to.
+void openStandardDescriptors() {
+    int descriptor = 0;
+    do {
+        descriptor = ::open("/dev/null", O_RDWR);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    ::close(descriptor);
+}
+
+std::unique_ptr<Presentation> makePresentation(
+    const WatchOptions& options, RunLoop& loop, const Monitor& monitor, Presentation::Quit quit) {
+    if (options.json) {
+        return std::make_unique<JsonPresentation>(loop, monitor, std::move(quit));
+    }
+    if (auto terminal = Terminal::open()) {
+        return std::make_unique<ScreenPresentation>(loop, monitor, std::move(terminal), std::move(quit));
+    }
+    return std::make_unique<PlainPresentation>(loop, monitor, std::move(quit));
+}
+
+/// Returns what went wrong, or an empty text.
+std::string run(const WatchOptions& options) {
+    AsioRunLoop loop;
+    SettingsFile settings(SettingsFile::defaultPath());
+    for (const auto& [key, value] : options.settings) {
+        settings.setVolatile(key, value);
+    }
+    Preferences prefs(settings);
+    SystemPingNetwork network(loop);
+    AbsentPathMonitor path;
+    AbsentSleepMonitor sleep;
+    AbsentNotificationCenter notifications;
+    Monitor monitor(
+        prefs, {
+                   .loop = loop,
+                   .network = network,
+                   .path = path,
+                   .sleep = sleep,
+                   .notifications = notifications,
+                   .store = StatsStore::defaultStore(),
+               });
+    std::string problem;
+    const auto quit = [&](const std::string& why) {
+        problem = why;
+        loop.stop();
+    };
+    Watch* shown = nullptr;
+    const SignalWatch signals(loop, {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGWINCH}, [&](int signal) {
+        if (signal != SIGWINCH) {
+            quit({});
+        } else if (shown != nullptr) {
+            shown->windowResized();
+        }
+    });
+    Watch watch(
+        {
+            .loop = loop,
+            .monitor = monitor,
+            .missingPingPermission = [] { return PingPermission::missingSetting(); },
+        },
+        makePresentation(options, loop, monitor, quit));
+    shown = &watch;
+    watch.start();
+    const RunLoop::Handle end =
+        options.forSeconds ? loop.after(*options.forSeconds, [&quit] { quit({}); }) : nullptr;
+    loop.run();
+    monitor.saveStats();
+    return problem;
+}
+
+int start(const std::vector<std::string>& arguments) {
+    openStandardDescriptors();
+    // A reader that goes away, or a file that may not grow, is noticed where something is written.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    takeCharacterSet();
+    const auto parsed = parseWatchOptions(arguments);
+    if (const auto* error = std::get_if<UsageError>(&parsed)) {
+        std::fprintf(stderr, "tarnwick-watch: %s\n", error->text.c_str());
+        return usageFailure;
+    }
+    const auto& options = std::get<WatchOptions>(parsed);
+    if (options.help) {
+        std::fputs(WatchOptions::usage(), stdout);
+        return EXIT_SUCCESS;
+    }
+    if (options.version) {
+        std::puts("tarnwick-watch " TARNWICK_VERSION);
+        return EXIT_SUCCESS;
+    }
+    // Complained about once the terminal is itself again.
+    const std::string problem = run(options);
+    if (!problem.empty()) {
+        std::fprintf(stderr, "tarnwick-watch: %s\n", problem.c_str());
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    // Nothing is expected to throw; memory may run out all the same, and the terminal is given back on the
+    // way here.
+    try {
+        return start({argv + 1, argv + argc});
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tarnwick-watch: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+}
