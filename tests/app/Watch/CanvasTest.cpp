@@ -1,0 +1,278 @@
+// The grid of character cells.
+#include "app/Watch/Canvas.h"
+
+#include <clocale>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
+#include <rapidcheck.h>
+
+namespace tarnwick {
+
+namespace {
+
+/// Texts are measured by the character set of the locale.
+class CanvasTest : public testing::Test {
+protected:
+    CanvasTest() { std::setlocale(LC_CTYPE, "C.UTF-8"); }
+
+    ~CanvasTest() override { std::setlocale(LC_CTYPE, "C"); }
+
+    /// One row with `text` on it.
+    static std::string row(std::string_view text, int width = 40, bool ascii = false) {
+        Canvas canvas({1, 40}, ascii);
+        canvas.text(0, 0, width, text, Ink::plain);
+        return canvas.rowText(0);
+    }
+};
+
+/// Every cell of a canvas with its position.
+void forEachCell(const Canvas& canvas, const std::function<void(int row, int column, const Cell&)>& visit) {
+    for (int row = 0; row < canvas.size().rows; ++row) {
+        for (int column = 0; column < canvas.size().columns; ++column) {
+            visit(row, column, canvas.at(row, column));
+        }
+    }
+}
+
+bool isBlank(const Canvas& canvas) {
+    bool blank = true;
+    forEachCell(canvas, [&](int, int, const Cell& cell) { blank = blank && cell == Cell{}; });
+    return blank;
+}
+
+} // namespace
+
+TEST_F(CanvasTest, StartsBlank) {
+    const Canvas canvas({3, 5}, false);
+
+    EXPECT_EQ(canvas.size().rows, 3);
+    EXPECT_EQ(canvas.size().columns, 5);
+    EXPECT_TRUE(isBlank(canvas));
+}
+
+TEST_F(CanvasTest, ACharacterHasItsPlaceAndInk) {
+    Canvas canvas({3, 5}, false);
+
+    canvas.put(2, 4, U'x', Ink::good);
+
+    EXPECT_EQ(canvas.at(2, 4), (Cell{U'x', Ink::good}));
+}
+
+TEST_F(CanvasTest, WhatLiesOutsideIsCutOff) {
+    constexpr int farOut = std::numeric_limits<int>::max();
+    Canvas canvas({2, 3}, false);
+
+    for (const auto& [row, column] :
+         {std::pair(-1, 0), {2, 0}, {0, -1}, {0, 3}, {farOut, 0}, {0, farOut}, {-farOut, -farOut}}) {
+        canvas.put(row, column, U'x', Ink::plain);
+    }
+    canvas.text(-1, 0, 3, "abc", Ink::plain);
+    canvas.text(2, 0, 3, "abc", Ink::plain);
+
+    EXPECT_TRUE(isBlank(canvas));
+}
+
+TEST_F(CanvasTest, ATextOverTheEdgeLosesWhatIsOutside) {
+    Canvas canvas({1, 5}, false);
+
+    canvas.text(0, -2, 10, "abcdefghij", Ink::plain);
+
+    EXPECT_EQ(canvas.rowText(0), "cdefg");
+}
+
+TEST_F(CanvasTest, AScreenWithoutRowsOrColumnsTakesEverythingSilently) {
+    for (const ScreenSize size :
+         {ScreenSize{0, 0}, ScreenSize{0, 10}, ScreenSize{10, 0}, ScreenSize{-3, -3}}) {
+        Canvas canvas(size, false);
+        canvas.put(0, 0, U'x', Ink::plain);
+        canvas.text(0, 0, 10, "text", Ink::plain);
+        canvas.textRight(0, 0, 10, "text", Ink::plain);
+        EXPECT_TRUE(isBlank(canvas));
+    }
+}
+
+// Widths.
+
+TEST_F(CanvasTest, ATextThatFitsExactlyIsWrittenInFull) {
+    EXPECT_EQ(row("12345", 5), "12345");
+}
+
+TEST_F(CanvasTest, ALongerTextEndsInAnEllipsis) {
+    EXPECT_EQ(row("123456", 5), "1234…");
+    EXPECT_EQ(row("123456", 1), "…");
+}
+
+TEST_F(CanvasTest, ATextWithoutRoomIsLeftOut) {
+    EXPECT_EQ(row("123456", 0), "");
+    EXPECT_EQ(row("123456", -5), "");
+}
+
+TEST_F(CanvasTest, ATextMayEndAtItsRightEdge) {
+    Canvas canvas({1, 10}, false);
+
+    canvas.textRight(0, 2, 6, "abc", Ink::plain);
+
+    EXPECT_EQ(canvas.rowText(0), "     abc");
+}
+
+TEST_F(CanvasTest, ALongerTextAtTheRightEdgeEndsInAnEllipsisToo) {
+    Canvas canvas({1, 10}, false);
+
+    canvas.textRight(0, 2, 4, "abcdefgh", Ink::plain);
+
+    EXPECT_EQ(canvas.rowText(0), "  abc…");
+}
+
+TEST_F(CanvasTest, AWideCharacterTakesTwoColumns) {
+    Canvas canvas({1, 6}, false);
+
+    canvas.text(0, 0, 6, "日本x", Ink::strong);
+
+    EXPECT_EQ(canvas.widthOf("日本x"), 5);
+    EXPECT_EQ(canvas.at(0, 0), (Cell{U'日', Ink::strong}));
+    EXPECT_EQ(canvas.at(0, 1), (Cell{0, Ink::strong}));
+    EXPECT_EQ(canvas.at(0, 4), (Cell{U'x', Ink::strong}));
+    EXPECT_EQ(canvas.rowText(0), "日本x");
+}
+
+TEST_F(CanvasTest, AWideCharacterThatDoesNotFitBeforeTheEllipsisIsLeftOut) {
+    EXPECT_EQ(row("日本語", 4), "日…");
+    EXPECT_EQ(row("日本語", 5), "日本…");
+}
+
+TEST_F(CanvasTest, NoHalfOfAWideCharacterIsShownAtTheEdge) {
+    Canvas right({1, 3}, false);
+    right.text(0, 0, 10, "日本", Ink::plain);
+    EXPECT_EQ(right.rowText(0), "日");
+    EXPECT_EQ(right.at(0, 2).glyph, U' ');
+
+    Canvas left({1, 3}, false);
+    left.text(0, -1, 10, "日x", Ink::plain);
+    EXPECT_EQ(left.at(0, 0).glyph, U' ');
+    EXPECT_EQ(left.at(0, 1).glyph, U'x');
+}
+
+TEST_F(CanvasTest, MarksThatJoinTheCharacterBeforeThemTakeNoColumn) {
+    const Canvas canvas({1, 6}, false);
+
+    EXPECT_EQ(canvas.widthOf("e\u0301x"), 2);
+    EXPECT_EQ(row("e\u0301x"), "ex");
+}
+
+// Texts that a terminal could misread.
+
+struct Dangerous {
+    std::string name;
+    std::string text;
+    std::string shown;
+};
+
+class CanvasText : public CanvasTest, public testing::WithParamInterface<Dangerous> {};
+
+TEST_P(CanvasText, IsShownWithMarksForWhatATerminalCouldMisread) {
+    EXPECT_EQ(row(GetParam().text), GetParam().shown);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ControlCharacters, CanvasText,
+    testing::Values(
+        Dangerous{"Escape", "a\x1B[2Jb", "a\uFFFD[2Jb"}, Dangerous{"LineBreak", "a\nb", "a\uFFFDb"},
+        Dangerous{"Tabulator", "a\tb", "a\uFFFDb"}, Dangerous{"Null", std::string("a\0b", 3), "a\uFFFDb"},
+        Dangerous{
+            "Delete",
+            "a\x7F"
+            "b",
+            "a\uFFFDb"},
+        Dangerous{"ControlSequenceIntroducer", "a\u009B2Jb", "a\uFFFD2Jb"}),
+    [](const auto& test) { return test.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    BrokenUtf8, CanvasText,
+    testing::Values(
+        Dangerous{
+            "LoneContinuation",
+            "a\x80"
+            "b",
+            "a\uFFFDb"},
+        Dangerous{
+            "ByteThatBeginsNothing",
+            "a\xFF"
+            "b",
+            "a\uFFFDb"},
+        Dangerous{"Latin1", "caf\xE9", "caf\uFFFD"}, Dangerous{"CutShort", "a\xE6\x97", "a\uFFFD\uFFFD"},
+        Dangerous{
+            "CutShortByALetter",
+            "\xC3"
+            "A",
+            "\uFFFD"
+            "A"},
+        Dangerous{"OverlongOfTwoBytes", "a\xC1\x81", "a\uFFFD\uFFFD"},
+        Dangerous{"ValidOfEachLength", "aä€😀", "aä€😀"}),
+    [](const auto& test) { return test.param.name; });
+
+class MalformedSequence : public CanvasTest,
+                          public testing::WithParamInterface<std::pair<std::string, std::string>> {};
+
+TEST_P(MalformedSequence, IsReplacedByMarksOnly) {
+    std::string shown = row(GetParam().second);
+
+    for (std::size_t mark = 0; (mark = shown.find("\uFFFD")) != std::string::npos;) {
+        shown.erase(mark, 3);
+    }
+    EXPECT_EQ(shown, "");
+    EXPECT_NE(row(GetParam().second), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Canvas, MalformedSequence,
+    testing::Values(
+        std::pair("OverlongOfThreeBytes", "\xE0\x81\x81"),
+        std::pair("OverlongOfFourBytes", "\xF0\x80\x81\x81"), std::pair("OverlongEscape", "\xE0\x80\x9B"),
+        std::pair("Surrogate", "\xED\xA0\x80"), std::pair("BeyondTheLastCharacter", "\xF4\x90\x80\x80")),
+    [](const auto& test) { return test.param.first; });
+
+TEST_F(CanvasTest, NoTextWritesAControlCharacterOrLeavesItsPlace) {
+    EXPECT_TRUE(rc::check("any bytes stay harmless and in their width", [](const std::string& bytes) {
+        const int width = *rc::gen::inRange(-1, 12);
+        const int column = *rc::gen::inRange(0, 8);
+        Canvas canvas({3, 20}, *rc::gen::arbitrary<bool>());
+        canvas.text(1, column, width, bytes, Ink::plain);
+        forEachCell(canvas, [&](int row, int at, const Cell& cell) {
+            RC_ASSERT(cell.glyph == 0 || cell.glyph >= U' ');
+            RC_ASSERT(cell.glyph < 0x7F || cell.glyph >= 0xA0);
+            const bool isInside = row == 1 && at >= column && at < column + width;
+            RC_ASSERT(isInside || cell == Cell{});
+        });
+    }));
+}
+
+// Terminals without UTF-8.
+
+TEST_F(CanvasTest, WhereOnlyAsciiIsShownEachCharacterHasARelative) {
+    EXPECT_EQ(
+        row("Can’t find “host” – Connecting… 1.1.1.1 · x\u00A0y", 60, true),
+        "Can't find \"host\" - Connecting. 1.1.1.1");
+    EXPECT_EQ(row("a · b\u202F1", 40, true), "a - b 1");
+    EXPECT_EQ(row("日ä", 40, true), "??");
+}
+
+TEST_F(CanvasTest, WhereOnlyAsciiIsShownACutTextEndsInAFullStop) {
+    EXPECT_EQ(row("123456", 5, true), "1234.");
+}
+
+TEST_F(CanvasTest, WhereOnlyAsciiIsShownNoTextWritesAnythingElse) {
+    EXPECT_TRUE(rc::check("only printable ASCII is written", [](const std::string& bytes) {
+        for (const char letter : row(bytes, 30, true)) {
+            RC_ASSERT(letter >= ' ' && letter < 0x7F);
+        }
+    }));
+}
+
+TEST_F(CanvasTest, ARowIsReadWithoutTheBlanksAtItsEnd) {
+    EXPECT_EQ(row("  a b  "), "  a b");
+    EXPECT_EQ(row("   "), "");
+}
+
+} // namespace tarnwick

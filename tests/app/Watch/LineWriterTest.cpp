@@ -1,0 +1,138 @@
+// Whole lines to a pipe or file, never waiting for a slow reader.
+#include "app/Watch/LineWriter.h"
+
+#include "tests/app/Watch/OutputPipe.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <cerrno>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+namespace {
+
+using Written = LineWriter::Written;
+
+class LineWriterTest : public testing::Test {
+protected:
+    /// Writes lines of a hundred bytes until one is left out; their number.
+    int fill() {
+        int whole = 0;
+        while (whole < 100'000 && writer_.write(line_) == Written::whole) {
+            ++whole;
+        }
+        return whole;
+    }
+
+    OutputPipe pipe_;
+    LineWriter writer_{pipe_.writingEnd()};
+    std::string line_ = std::string(99, 'x') + "\n";
+};
+
+} // namespace
+
+TEST_F(LineWriterTest, ALineIsWrittenAtOnce) {
+    EXPECT_EQ(writer_.write("a line\n"), Written::whole);
+
+    EXPECT_EQ(pipe_.read(), "a line\n");
+}
+
+TEST_F(LineWriterTest, LinesKeepTheirOrder) {
+    writer_.write("first\n");
+    writer_.write("second\n");
+
+    EXPECT_EQ(pipe_.read(), "first\nsecond\n");
+}
+
+TEST_F(LineWriterTest, ALineIsLeftOutWhenTheReaderIsFarBehindAndNobodyWaits) {
+    fill();
+
+    EXPECT_EQ(writer_.write(line_), Written::leftOut);
+}
+
+TEST_F(LineWriterTest, WhatASlowReaderFindsIsWholeLines) {
+    const int whole = fill();
+    ASSERT_GT(whole, 100);
+
+    std::string expected;
+    for (int line = 0; line < whole; ++line) {
+        expected += line_;
+    }
+    EXPECT_EQ(pipe_.read(), expected);
+}
+
+TEST_F(LineWriterTest, ANonBlockingPipeIsFilledWithWholeLinesToo) {
+    pipe_.makeNonBlocking();
+    const auto whole = static_cast<std::size_t>(fill());
+
+    EXPECT_EQ(pipe_.read().size(), whole * line_.size());
+}
+
+TEST_F(LineWriterTest, ALongLineIsWrittenAsAWholeOrNotAtAll) {
+    pipe_.makeNonBlocking();
+    pipe_.write(std::string(pipe_.capacity() - 5000, '.'));
+    const std::string longLine = std::string(9999, 'x') + "\n";
+
+    const Written written = writer_.write(longLine);
+
+    std::string text = pipe_.read();
+    std::erase(text, '.');
+    EXPECT_EQ(text, written == Written::whole ? longLine : "");
+}
+
+TEST_F(LineWriterTest, GoesOnWhenTheReaderHasCaughtUp) {
+    fill();
+    static_cast<void>(pipe_.read());
+
+    EXPECT_EQ(writer_.write("again\n"), Written::whole);
+    EXPECT_EQ(pipe_.read(), "again\n");
+}
+
+TEST_F(LineWriterTest, TellsWhenNobodyReadsAnyMore) {
+    pipe_.closeReader();
+
+    EXPECT_EQ(writer_.write(line_), Written::closed);
+}
+
+TEST_F(LineWriterTest, TellsItForALongLineToo) {
+    pipe_.closeReader();
+
+    EXPECT_EQ(writer_.write(std::string(9999, 'x') + "\n"), Written::closed);
+}
+
+TEST_F(LineWriterTest, TellsWhenTheReaderOfAFullPipeHasGone) {
+    fill();
+    pipe_.closeReader();
+
+    EXPECT_EQ(writer_.write(line_), Written::closed);
+}
+
+TEST(LineWriter, ADescriptorThatIsNotOpenCountsAsClosed) {
+    EXPECT_EQ(LineWriter(1'000'000).write("x\n"), Written::closed);
+}
+
+TEST(LineWriter, AFileTakesEveryLineHoweverLong) {
+    const test::TemporaryFolder folder;
+    const auto path = folder.path() / "log";
+    const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    LineWriter writer(file.get());
+
+    EXPECT_EQ(writer.write("first\n"), Written::whole);
+    EXPECT_EQ(writer.write(std::string(99'999, 'x') + "\n"), Written::whole);
+
+    EXPECT_EQ(test::contentOf(path), "first\n" + std::string(99'999, 'x') + "\n");
+}
+
+TEST(LineWriter, AFullDiskIsAFailureThatErrnoTells) {
+    const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+    if (!full.isOpen()) {
+        GTEST_SKIP() << "this system has no /dev/full";
+    }
+
+    EXPECT_EQ(LineWriter(full.get()).write("x\n"), Written::failed);
+    EXPECT_EQ(errno, ENOSPC);
+}
+
+} // namespace tarnwick

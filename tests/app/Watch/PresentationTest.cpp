@@ -1,0 +1,216 @@
+// The ways in which the terminal program writes lines on its standard output.
+#include "app/Watch/Presentation.h"
+
+#include "tests/app/Watch/OutputPipe.h"
+#include "tests/app/WatchedMonitor.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+namespace tarnwick {
+
+namespace {
+
+/// Puts another descriptor in the place of standard output, or of standard error, for a while.
+class Redirection {
+public:
+    explicit Redirection(int target, int standard = STDOUT_FILENO) : standard_(standard) {
+        std::fflush(stdout);
+        before_ = FileDescriptor(::dup(standard));
+        ::dup2(target, standard);
+    }
+
+    Redirection(const Redirection&) = delete;
+    Redirection& operator=(const Redirection&) = delete;
+
+    ~Redirection() { ::dup2(before_.get(), standard_); }
+
+private:
+    int standard_;
+    FileDescriptor before_;
+};
+
+class PresentationTest : public testing::Test, protected WatchedMonitor {
+protected:
+    /// What `presentation` writes when it is shown.
+    template<class Shown>
+    [[nodiscard]] std::string written(Shown& presentation) const {
+        {
+            const Redirection redirection(pipe_.writingEnd());
+            presentation.show();
+        }
+        return pipe_.read();
+    }
+
+    /// The menu title that is written each second, for so many seconds.
+    [[nodiscard]] std::vector<std::string> titles(JsonPresentation& presentation, int seconds) {
+        std::vector<std::string> titles;
+        for (int second = 0; second < seconds; ++second) {
+            loop.advance(1);
+            titles.push_back(nlohmann::json::parse(written(presentation))["menuTitle"]);
+        }
+        return titles;
+    }
+
+    [[nodiscard]] Presentation::Quit quit() {
+        return [this](const std::string& problem) { problems_.push_back(problem); };
+    }
+
+    /// One ping of the first twenty seconds is lost.
+    void loseOnePing() {
+        network.setBehavior(
+            [this](const auto&) { return simulation::Answer{.copies = ++sent_ == 15 ? 0 : 1}; });
+    }
+
+    OutputPipe pipe_;
+    std::vector<std::string> problems_; ///< with which the end was asked for; empty texts for none
+    int sent_ = 0;
+};
+
+const std::string noLossSuffix = "20ms";
+const std::string heldSuffix = "20ms (0%)";
+
+} // namespace
+
+TEST_F(PresentationTest, JsonIsOneObjectALine) {
+    JsonPresentation presentation(loop, monitor, quit());
+    watchFor(3.5);
+
+    const std::string lines = written(presentation) + written(presentation);
+
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 2);
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) {
+        EXPECT_TRUE(nlohmann::json::parse(line).is_object());
+    }
+}
+
+TEST_F(PresentationTest, JsonHasTheTitleWithoutLossWhileThereIsNone) {
+    JsonPresentation presentation(loop, monitor, quit());
+    monitor.start();
+
+    EXPECT_THAT(titles(presentation, 30), testing::Each(noLossSuffix));
+}
+
+TEST_F(PresentationTest, JsonHoldsTheLossInTheTitleForTenSecondsAfterItHasEnded) {
+    loseOnePing();
+    JsonPresentation presentation(loop, monitor, quit());
+    monitor.start();
+
+    const auto shown = titles(presentation, 90);
+
+    // The update in which the tenth second is over shows the loss no more.
+    EXPECT_EQ(std::ranges::count(shown, heldSuffix), 9);
+    const auto isLossy = [](const std::string& title) {
+        return title != noLossSuffix && title != heldSuffix;
+    };
+    EXPECT_GE(std::ranges::count_if(shown, isLossy), 20);
+    EXPECT_EQ(shown.front(), noLossSuffix);
+    EXPECT_EQ(shown.back(), noLossSuffix);
+}
+
+TEST_F(PresentationTest, JsonAlwaysHasTheLossInTheTitleWhenThatIsWanted) {
+    prefs.setLossTextMode(MenuBarTitle::LossMode::always);
+    JsonPresentation presentation(loop, monitor, quit());
+    monitor.start();
+
+    EXPECT_THAT(titles(presentation, 10), testing::Each(heldSuffix));
+}
+
+TEST_F(PresentationTest, JsonNeverHasTheLossInTheTitleWhenItIsSwitchedOff) {
+    prefs.setLossTextMode(MenuBarTitle::LossMode::off);
+    loseOnePing();
+    JsonPresentation presentation(loop, monitor, quit());
+    monitor.start();
+
+    EXPECT_THAT(titles(presentation, 60), testing::Each(noLossSuffix));
+}
+
+TEST_F(PresentationTest, PlainIsOneLineAShowing) {
+    PlainPresentation presentation(loop, monitor, quit());
+    watchFor(3.5);
+
+    const std::string line = written(presentation);
+
+    EXPECT_THAT(line, testing::HasSubstr("Excellent"));
+    EXPECT_EQ(line.find('\n'), line.size() - 1);
+}
+
+TEST_F(PresentationTest, AClosedPipeEndsTheProgramWithoutAComplaint) {
+    JsonPresentation json(loop, monitor, quit());
+    PlainPresentation plain(loop, monitor, quit());
+    pipe_.closeReader();
+
+    static_cast<void>(written(json));
+    EXPECT_THAT(problems_, testing::ElementsAre(""));
+    static_cast<void>(written(plain));
+    EXPECT_THAT(problems_, testing::ElementsAre("", ""));
+}
+
+TEST_F(PresentationTest, ASlowReaderEndsNothing) {
+    JsonPresentation presentation(loop, monitor, quit());
+    pipe_.makeNonBlocking();
+    pipe_.write(std::string(pipe_.capacity(), '.'));
+    {
+        const Redirection redirection(pipe_.writingEnd());
+        presentation.show();
+    }
+
+    EXPECT_THAT(problems_, testing::IsEmpty());
+    EXPECT_EQ(pipe_.read(), std::string(pipe_.capacity(), '.'));
+}
+
+TEST_F(PresentationTest, OutputThatCannotBeWrittenEndsTheProgramWithTheReason) {
+    const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+    if (!full.isOpen()) {
+        GTEST_SKIP() << "this system has no /dev/full";
+    }
+    PlainPresentation presentation(loop, monitor, quit());
+    {
+        const Redirection redirection(full.get());
+        presentation.show();
+    }
+
+    EXPECT_THAT(problems_, testing::ElementsAre(testing::HasSubstr("No space left on device")));
+}
+
+// Notes beside the lines.
+
+class NotesTest : public PresentationTest {
+protected:
+    /// What is written on standard error for these notes.
+    [[nodiscard]] std::string told(const std::vector<std::string>& notes) {
+        {
+            const Redirection redirection(pipe_.writingEnd(), STDERR_FILENO);
+            presentation_.setNotes(notes);
+        }
+        return pipe_.read();
+    }
+
+private:
+    JsonPresentation presentation_{loop, monitor, quit()};
+};
+
+TEST_F(NotesTest, EachIsALineOnStandardError) {
+    EXPECT_EQ(told({"first", "second"}), "tarnwick-watch: first\ntarnwick-watch: second\n");
+}
+
+TEST_F(NotesTest, ANoteThatStillHoldsIsNotToldAgain) {
+    static_cast<void>(told({"first"}));
+
+    EXPECT_EQ(told({"first", "second"}), "tarnwick-watch: second\n");
+    EXPECT_EQ(told({"second"}), "");
+}
+
+TEST_F(NotesTest, ANoteThatHoldsAgainIsToldAgain) {
+    static_cast<void>(told({"first"}));
+    EXPECT_EQ(told({}), "");
+
+    EXPECT_EQ(told({"first"}), "tarnwick-watch: first\n");
+}
+
+} // namespace tarnwick

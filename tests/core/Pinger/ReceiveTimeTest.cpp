@@ -1,0 +1,60 @@
+// When a datagram counts as arrived, given the clocks and the kernel's stamp.
+#include "core/Pinger/ReceiveTime.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+namespace {
+
+constexpr double monotonic = 5'000;
+constexpr double wallAhead = 1'700'000'000;
+constexpr double wall = monotonic + wallAhead;
+// The wall clock's seconds leave some tenths of a microsecond to a double.
+constexpr double tolerance = 1e-6;
+
+TEST(ReceiveTime, WithoutAStampIsTheMonotonicReading) {
+    EXPECT_EQ(receiveTime({.monotonic = monotonic, .wall = wall, .stamp = {}}, wallAhead), monotonic);
+}
+
+TEST(ReceiveTime, OfAnIdleThreadIsTheMonotonicReading) {
+    EXPECT_EQ(
+        receiveTime({.monotonic = monotonic, .wall = wall, .stamp = wall - 4e-6}, wallAhead), monotonic);
+}
+
+TEST(ReceiveTime, OfABusyThreadIsTheTimeOfTheStamp) {
+    EXPECT_NEAR(
+        receiveTime({.monotonic = monotonic, .wall = wall, .stamp = wall - 0.02}, wallAhead),
+        monotonic - 0.02, tolerance);
+}
+
+TEST(ReceiveTime, OfAThreadThatWasStoppedForSecondsIsTheTimeOfTheStamp) {
+    EXPECT_NEAR(
+        receiveTime({.monotonic = monotonic, .wall = wall, .stamp = wall - 30}, wallAhead), monotonic - 30,
+        tolerance);
+}
+
+TEST(ReceiveTime, DoesNotTrustTheStampOnceTheWallClockWasSetForward) {
+    const double later = wall + 3600;
+    EXPECT_EQ(
+        receiveTime({.monotonic = monotonic, .wall = later, .stamp = wall - 0.02}, wallAhead), monotonic);
+}
+
+TEST(ReceiveTime, DoesNotTrustTheStampOnceTheWallClockWasSetBack) {
+    const double earlier = wall - 3600;
+    EXPECT_EQ(
+        receiveTime({.monotonic = monotonic, .wall = earlier, .stamp = earlier - 0.02}, wallAhead),
+        monotonic);
+}
+
+TEST(ReceiveTime, TakesTheStampOfAWallClockThatIsOnlySlewed) {
+    EXPECT_NEAR(
+        receiveTime({.monotonic = monotonic, .wall = wall + 0.001, .stamp = wall + 0.001 - 0.02}, wallAhead),
+        monotonic - 0.02, tolerance);
+}
+
+TEST(ReceiveTime, IsNeverAfterTheMonotonicReading) {
+    EXPECT_EQ(receiveTime({.monotonic = monotonic, .wall = wall, .stamp = wall + 5}, wallAhead), monotonic);
+}
+
+} // namespace
+} // namespace tarnwick

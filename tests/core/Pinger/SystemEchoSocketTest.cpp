@@ -1,0 +1,172 @@
+// Requests that the kernel answers on the loopback interface, through the network that the program uses.
+#include "core/Pinger/EchoMessage.h"
+#include "core/Pinger/SystemPingNetwork.h"
+#include "platform/asio/AsioRunLoop.h"
+#include "tests/core/Pinger/PingSockets.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+namespace {
+
+using namespace test;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class SystemEchoSocketTest : public testing::TestWithParam<Loopback> {
+protected:
+    void SetUp() override { TARNWICK_NEED_PING_SOCKETS(GetParam()); }
+
+    [[nodiscard]] std::unique_ptr<EchoSocket> open(std::function<void()> onReadable) {
+        auto result = network.open(GetParam().family, identifierOfOurOwn(), std::move(onReadable));
+        if (const auto* error = std::get_if<SocketError>(&result)) {
+            ADD_FAILURE() << error->text;
+            return nullptr;
+        }
+        return std::move(std::get<std::unique_ptr<EchoSocket>>(result));
+    }
+
+    [[nodiscard]] static bool send(EchoSocket& socket, std::uint64_t id) {
+        return socket.send(echoRequest(id, socket.identifier(), GetParam().family), addressOf(GetParam()));
+    }
+
+    /// All that waits in the socket, as ping ids.
+    static void drain(EchoSocket& socket, std::vector<std::uint64_t>& ids) {
+        std::array<std::uint8_t, 2048> buffer{};
+        while (const std::optional<ReceivedDatagram> datagram = socket.receive(buffer)) {
+            const auto bytes = std::span(buffer).first(datagram->size);
+            ids.push_back(parseReply(bytes, GetParam().family, socket.identifier()).value_or(0));
+        }
+    }
+
+    /// False when `isDone` has not become true within five seconds.
+    [[nodiscard]] bool runUntil(const std::function<bool()>& isDone) {
+        const double deadline = loop.now() + 5;
+        while (!isDone() && loop.now() < deadline) {
+            loop.runOne(0.1);
+        }
+        return isDone();
+    }
+
+    AsioRunLoop loop;
+    SystemPingNetwork network{loop};
+    std::vector<std::uint64_t> received;
+    std::unique_ptr<EchoSocket> socket;
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Loopback, SystemEchoSocketTest, testing::Values(ipv4Loopback, ipv6Loopback),
+    [](const auto& tested) { return tested.param.name; });
+
+TEST_P(SystemEchoSocketTest, ReceivesTheKernelsReplyToItsRequest) {
+    socket = open([this] { drain(*socket, received); });
+    ASSERT_TRUE(send(*socket, 0x1122334455667788));
+    EXPECT_TRUE(runUntil([this] { return !received.empty(); }));
+    EXPECT_THAT(received, ElementsAre(0x1122334455667788));
+}
+
+TEST_P(SystemEchoSocketTest, ReceivesTheRepliesToABurstInTheirOrder) {
+    socket = open([this] { drain(*socket, received); });
+    for (std::uint64_t id = 1; id <= 5; ++id) {
+        ASSERT_TRUE(send(*socket, id));
+    }
+    EXPECT_TRUE(runUntil([this] { return received.size() >= 5; }));
+    EXPECT_THAT(received, ElementsAre(1, 2, 3, 4, 5));
+}
+
+TEST_P(SystemEchoSocketTest, IsCalledAgainWhileDatagramsWait) {
+    int calls = 0;
+    socket = open([&calls] { ++calls; });
+    ASSERT_TRUE(send(*socket, 1));
+    EXPECT_TRUE(runUntil([&calls] { return calls >= 3; }));
+}
+
+TEST_P(SystemEchoSocketTest, IsNotCalledAgainOnceItsDatagramsAreRead) {
+    int calls = 0;
+    socket = open([this, &calls] {
+        ++calls;
+        drain(*socket, received);
+    });
+    ASSERT_TRUE(send(*socket, 1));
+    ASSERT_TRUE(runUntil([this] { return !received.empty(); }));
+    const int callsForTheReply = calls;
+    EXPECT_FALSE(loop.runOne(0.05));
+    EXPECT_EQ(calls, callsForTheReply);
+}
+
+TEST_P(SystemEchoSocketTest, IsNotCalledAfterItsEnd) {
+    bool isCalled = false;
+    std::unique_ptr<EchoSocket> doomed = open([&isCalled] { isCalled = true; });
+    socket = open([this] { drain(*socket, received); });
+    ASSERT_TRUE(send(*doomed, 1));
+    doomed.reset();
+
+    ASSERT_TRUE(send(*socket, 2));
+    EXPECT_TRUE(runUntil([this] { return !received.empty(); }));
+    EXPECT_FALSE(isCalled);
+}
+
+TEST_P(SystemEchoSocketTest, MayBeEndedByItsOwnCall) {
+    bool isCalled = false;
+    socket = open([this, &isCalled] {
+        isCalled = true;
+        socket.reset();
+    });
+    ASSERT_TRUE(send(*socket, 1));
+    EXPECT_TRUE(runUntil([&isCalled] { return isCalled; }));
+    EXPECT_EQ(socket, nullptr);
+}
+
+TEST_P(SystemEchoSocketTest, TellsThatAMessageIsTooLongToBeSent) {
+    socket = open([] {});
+    const std::vector<std::uint8_t> tooLong(70'000);
+    EXPECT_FALSE(socket->send(tooLong, addressOf(GetParam())));
+}
+
+TEST_P(SystemEchoSocketTest, TellsThatAnAddressCannotBeSentTo) {
+    socket = open([] {});
+    ResolvedAddress cut = addressOf(GetParam());
+    cut.sockaddr.resize(4);
+    EXPECT_FALSE(socket->send(echoRequest(1, socket->identifier(), GetParam().family), cut));
+}
+
+TEST_P(SystemEchoSocketTest, StillSendsAfterASendHasFailed) {
+    socket = open([this] { drain(*socket, received); });
+    const std::vector<std::uint8_t> tooLong(70'000);
+    static_cast<void>(socket->send(tooLong, addressOf(GetParam())));
+    ASSERT_TRUE(send(*socket, 2));
+    EXPECT_TRUE(runUntil([this] { return !received.empty(); }));
+    EXPECT_THAT(received, ElementsAre(2));
+}
+
+TEST_P(SystemEchoSocketTest, HasNothingToReceiveBeforeARequest) {
+    socket = open([] {});
+    drain(*socket, received);
+    EXPECT_THAT(received, IsEmpty());
+}
+
+TEST_P(SystemEchoSocketTest, ReachesTheAddressThatTheSystemsResolverGives) {
+    std::optional<Resolution> resolution;
+    network.resolve(GetParam().address, [&resolution](const Resolution& found) { resolution = found; });
+    ASSERT_TRUE(runUntil([&resolution] { return resolution.has_value(); }));
+    const auto* addresses = std::get_if<std::vector<ResolvedAddress>>(&*resolution);
+    ASSERT_NE(addresses, nullptr);
+
+    socket = open([this] { drain(*socket, received); });
+    ASSERT_TRUE(socket->send(echoRequest(3, socket->identifier(), GetParam().family), addresses->front()));
+    EXPECT_TRUE(runUntil([this] { return !received.empty(); }));
+    EXPECT_THAT(received, ElementsAre(3));
+}
+
+TEST(SystemPingNetwork, SaysInTheSystemsWordsThatASocketCannotBeOpened) {
+    AsioRunLoop loop;
+    SystemPingNetwork network(loop);
+    const auto result = network.open(AF_UNIX, 1, [] {});
+    const auto* error = std::get_if<SocketError>(&result);
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->text, std::strerror(EPROTONOSUPPORT));
+}
+
+} // namespace
+} // namespace tarnwick

@@ -1,0 +1,61 @@
+// Who may ping, read from the kernel's setting, and the command that changes it.
+#include "platform/linux/PingPermission.h"
+
+#include "core/FileDescriptor.h"
+
+#include <cerrno>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+namespace tarnwick {
+
+namespace {
+
+struct Permission {
+    std::string name;
+    std::string range;
+    std::vector<std::uint32_t> groups;
+    std::optional<std::string> newRange; ///< that the command sets; none when nothing is missing
+};
+
+class PingPermissionTest : public testing::TestWithParam<Permission> {};
+
+} // namespace
+
+TEST_P(PingPermissionTest, AsksForNoMoreThanThisUserNeeds) {
+    const Permission& given = GetParam();
+
+    const auto command = PingPermission::missingSetting(given.range, given.groups);
+
+    const auto expected =
+        given.newRange ? std::optional("sudo sysctl -w net.ipv4.ping_group_range=\"" + *given.newRange + "\"")
+                       : std::nullopt;
+    EXPECT_EQ(command, expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Settings, PingPermissionTest,
+    testing::Values(
+        Permission{"ClosedIsOpenedForTheOwnGroup", "1\t0\n", {1000}, "1000 1000"},
+        Permission{"ClosedIsOpenedForRootsGroup", "1\t0\n", {0}, "0 0"},
+        Permission{"OpenToEverybodyMissesNothing", "0\t2147483647\n", {1000}, std::nullopt},
+        Permission{"TheLowestGroupIsInside", "1000\t2000\n", {1000}, std::nullopt},
+        Permission{"TheHighestGroupIsInside", "1000\t2000\n", {2000}, std::nullopt},
+        Permission{"AnotherGroupOfTheProcessIsEnough", "27\t27\n", {1000, 24, 27}, std::nullopt},
+        Permission{"WidenedDownward", "1000\t2000\n", {999}, "999 2000"},
+        Permission{"WidenedUpward", "1000\t2000\n", {2001, 5}, "1000 2001"},
+        Permission{"AnUnreadableSettingTellsNothing", "", {1000}, std::nullopt},
+        Permission{"HalfASettingTellsNothing", "1000\n", {1000}, std::nullopt},
+        Permission{"WordsTellNothing", "nobody at all", {1000}, std::nullopt}),
+    [](const auto& test) { return test.param.name; });
+
+TEST(PingPermission, OfThisProcessAgreesWithTheKernel) {
+    const FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_ICMP));
+    const bool isRefused = !socket.isOpen() && errno == EACCES;
+
+    EXPECT_EQ(PingPermission::missingSetting().has_value(), isRefused);
+}
+
+} // namespace tarnwick
