@@ -1,0 +1,416 @@
+"""The program's command line and its output: JSON Lines, plain lines, timing, settings, and what it refuses."""
+
+from __future__ import annotations
+
+import contextlib
+import datetime
+import fcntl
+import json
+import os
+import signal
+import subprocess
+import time
+import unittest
+from collections.abc import Iterator
+
+from lab import Behavior, Lab
+
+from .concurrently import ConcurrentTestCase
+from .waiting import eventually
+from .watch import PATIENCE_SECONDS, PROGRAM, Watch, new_home, run, settings
+
+NUMBER = (int, float)
+NOTHING = type(None)
+# Every key with the types of its values, in the order in which it is printed.
+KEYS: dict[str, tuple[type, ...]] = {
+    "time": (str,),
+    "monotonic": NUMBER,
+    "host": (str,),
+    "resolvedAddress": (str, NOTHING),
+    "status": (str,),
+    "score": (*NUMBER, NOTHING),
+    "bars": (int,),
+    "latestPingMs": (*NUMBER, NOTHING),
+    "lossPercent": NUMBER,
+    "lossIsKnown": (bool,),
+    "menuTitle": (str,),
+    "tooltip": (str,),
+    "qualityTitle": (str,),
+    "qualityTone": (str,),
+    "downReason": (str, NOTHING),
+    "downReasonText": (str, NOTHING),
+    "lastError": (str, NOTHING),
+    "startError": (str, NOTHING),
+    "accessibilitySummary": (str,),
+    "session": (dict,),
+    "site": (dict,),
+    "samples": (int,),
+}
+COUNTER_KEYS = {"sent", "replied", "lost", "averageMs", "fastestMs", "slowestMs"}
+DEFAULT_HOST = "1.1.1.1"
+F_SETPIPE_SZ = 1031
+
+lab: Lab
+
+
+def setUpModule() -> None:
+    global lab
+    lab = Lab()
+    unittest.addModuleCleanup(lab.close)
+
+
+@contextlib.contextmanager
+def full_pipe() -> Iterator[int]:
+    """The writing end of the smallest pipe there is, filled, with a reader that never reads."""
+    reader, writer = os.pipe()
+    try:
+        os.write(writer, bytes(fcntl.fcntl(writer, F_SETPIPE_SZ, 4096)))
+        yield writer
+    finally:
+        os.close(reader)
+        os.close(writer)
+
+
+class Json(ConcurrentTestCase):
+    def test_every_object_has_exactly_the_keys_in_order_with_their_types(self) -> None:
+        lab.behave("10.77.0.10", Behavior(delay_ms=10))
+        with (
+            new_home() as home,
+            new_home() as other_home,
+            Watch(home, "10.77.0.10") as watch,
+            Watch(other_home, "10.77.0.99") as silent,
+        ):
+            for values in [line.values for line in watch.wait_for_lines(3) + silent.wait_for_lines(3)]:
+                self.assertEqual(list(values), list(KEYS))
+                for key, types in KEYS.items():
+                    self.assertIsInstance(values[key], types, key)
+                    if bool not in types:
+                        self.assertNotIsInstance(values[key], bool, key)
+                for counter in ("session", "site"):
+                    self.assertEqual(set(values[counter]), COUNTER_KEYS)
+                    for key in ("sent", "replied", "lost"):
+                        self.assertIs(type(values[counter][key]), int)
+
+    def test_the_first_object_comes_at_once_and_knows_nothing_yet(self) -> None:
+        lab.behave("10.77.0.11", Behavior(delay_ms=500))
+        with new_home() as home, Watch(home, "10.77.0.11") as watch:
+            line = watch.wait_for_lines(1)[0]
+
+            self.assertLess(line.at - watch.started_at, 0.5)
+            values = line.values
+            self.assertEqual((values["status"], values["host"]), ("starting", "10.77.0.11"))
+            self.assertEqual((values["qualityTitle"], values["qualityTone"]), ("Connecting…", "neutral"))
+            self.assertEqual((values["menuTitle"], values["bars"]), ("…", 0))
+            self.assertEqual(values["tooltip"], "Latest Ping Time: –\nRecent Packet Loss: –")
+            self.assertEqual(values["accessibilitySummary"], "Connecting")
+            self.assertEqual((values["score"], values["latestPingMs"]), (None, None))
+            self.assertEqual((values["lossIsKnown"], values["lossPercent"]), (False, 0))
+
+    def test_an_object_follows_every_second_without_drift(self) -> None:
+        lab.behave("10.77.0.12", Behavior(delay_ms=10))
+        with new_home() as home, Watch(home, "10.77.0.12") as watch:
+            lines = watch.wait_for_lines(12)[1:]
+
+            times = [line.values["monotonic"] for line in lines]
+            self.assertAlmostEqual(times[-1] - times[0], len(times) - 1, delta=0.03)
+            for earlier, later in zip(times, times[1:]):
+                self.assertAlmostEqual(later - earlier, 1, delta=0.2)
+            for line in lines:
+                self.assertLess(line.at - line.values["monotonic"], 0.2)
+
+    def test_the_time_is_now_in_universal_time_with_milliseconds(self) -> None:
+        lab.behave("10.77.0.13", Behavior())
+        with new_home() as home, Watch(home, "10.77.0.13", environment={"TZ": "Asia/Kathmandu"}) as watch:
+            watch.wait_for_lines(2)
+            text = watch.latest["time"]
+
+            self.assertRegex(text, r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z$")
+            shown = datetime.datetime.fromisoformat(text)
+            now = datetime.datetime.now(datetime.timezone.utc)
+            self.assertLess(abs((now - shown).total_seconds()), 2)
+
+    def test_it_stops_by_itself_after_the_seconds_asked_for(self) -> None:
+        lab.behave("10.77.0.14", Behavior())
+        with new_home() as home:
+            started = time.monotonic()
+            done = run(home, "--json", "--for", "3", "10.77.0.14")
+            elapsed = time.monotonic() - started
+
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            self.assertAlmostEqual(elapsed, 3, delta=0.8)
+            self.assertIn(len(done.stdout.splitlines()), (3, 4))
+            self.assertIn(home.stats()["10.77.0.14"]["sent"], (3, 4))
+
+    def test_the_sample_count_follows_the_pings(self) -> None:
+        lab.behave("10.77.0.15", Behavior())
+        with new_home() as home, Watch(home, "10.77.0.15") as watch:
+            watch.wait_for_lines(5)
+            for values in watch.values():
+                self.assertEqual(values["samples"], values["session"]["sent"])
+            self.assertGreaterEqual(watch.latest["samples"], 4)
+
+
+class Timing(ConcurrentTestCase):
+    def test_pings_keep_their_interval_without_drift(self) -> None:
+        address, intervals = "10.77.0.20", 11
+        lab.behave(address, Behavior(delay_ms=40))
+        with new_home() as home, Watch(home, address):
+            requests = eventually(
+                lambda: len(lab.requests(address)) > intervals + 1 and lab.requests(address),
+                intervals + PATIENCE_SECONDS,
+                "the pings",
+            )
+        # The first ping is left out: many programs start at the same moment here, the responder with them.
+        times = [request.at for request in requests[1 : intervals + 2]]
+
+        self.assertAlmostEqual(times[-1] - times[0], intervals, delta=0.02)
+        for earlier, later in zip(times, times[1:]):
+            self.assertAlmostEqual(later - earlier, 1, delta=0.2)
+
+    def test_a_longer_interval_is_kept(self) -> None:
+        address = "10.77.0.21"
+        lab.behave(address, Behavior())
+        with new_home() as home, Watch(home, *settings(PingInterval=3), address):
+            requests = eventually(
+                lambda: len(lab.requests(address)) >= 4 and lab.requests(address), 9 + PATIENCE_SECONDS, "pings"
+            )
+        self.assertAlmostEqual(requests[3].at - requests[0].at, 9, delta=0.1)
+
+    def test_the_first_ping_goes_out_at_once(self) -> None:
+        address = "10.77.0.22"
+        lab.behave(address, Behavior())
+        with new_home() as home, Watch(home, address) as watch:
+            requests = eventually(lambda: lab.requests(address), PATIENCE_SECONDS, "the first ping")
+            self.assertLess(requests[0].at - watch.started_at, 0.5)
+
+    def test_a_reader_of_json_that_stalls_does_not_stop_the_pings(self) -> None:
+        self.stalls("10.77.0.23", "--json")
+
+    def test_a_reader_of_plain_lines_that_stalls_does_not_stop_the_pings(self) -> None:
+        self.stalls("10.77.0.24")
+
+    def stalls(self, address: str, *options: str) -> None:
+        lab.behave(address, Behavior(delay_ms=5))
+        with new_home() as home, full_pipe() as pipe:
+            process = subprocess.Popen(
+                [PROGRAM, *options, "--for", "60", address], env=home.environment(), stdout=pipe
+            )
+            try:
+                requests = eventually(
+                    lambda: len(lab.requests(address)) >= 8 and lab.requests(address), 8 + PATIENCE_SECONDS, "pings"
+                )
+                times = [request.at for request in requests]
+                self.assertLess(max(later - earlier for earlier, later in zip(times, times[1:])), 1.5)
+
+                process.send_signal(signal.SIGTERM)
+
+                self.assertEqual(process.wait(timeout=3), 0)
+                self.assertGreaterEqual(home.stats()[address]["sent"], 8)
+            finally:
+                process.kill()
+                process.wait()
+
+
+class PlainLines(ConcurrentTestCase):
+    def test_one_line_a_tick_says_the_quality_the_host_and_the_latency(self) -> None:
+        lab.behave("10.77.0.30", Behavior(delay_ms=43))
+        with new_home() as home, Watch(home, "10.77.0.30", as_json=False) as watch:
+            lines = watch.wait_for_lines(5)
+
+            for earlier, later in zip(lines[1:], lines[2:]):
+                self.assertAlmostEqual(later.at - earlier.at, 1, delta=0.3)
+            text = lines[-1].text
+            for part in ("Excellent", "10.77.0.30"):
+                self.assertIn(part, text)
+            self.assertRegex(text, r"\b\d\d ?ms")
+            for line in lines:
+                self.assertNotRegex(line.text, r"[\x00-\x1f\x7f]")
+            self.assertEqual(watch.finish(), 0)
+            self.assertEqual(watch.errors(), "")
+
+
+class HelpAndVersion(unittest.TestCase):
+    def test_help_names_every_option_and_touches_nothing(self) -> None:
+        with new_home() as home:
+            done = run(home, "--help")
+
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            for word in ("--json", "--for", "--set", "--help", "--version", "HOST"):
+                self.assertIn(word, done.stdout)
+            self.assertEqual(home.files(), [])
+
+    def test_version_is_one_line(self) -> None:
+        with new_home() as home:
+            done = run(home, "--version")
+
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            self.assertRegex(done.stdout, r"\A[^\n]*\d+\.\d+[^\n]*\n\Z")
+            self.assertEqual(home.files(), [])
+
+
+class WrongArguments(unittest.TestCase):
+    REFUSED = (
+        ["--bogus"],
+        ["-x"],
+        ["--json=yes"],
+        ["--for"],
+        ["--for", ""],
+        ["--for", "soon"],
+        ["--for", "-1"],
+        ["--for", "3x"],
+        ["--set"],
+        ["--set", "PingTimeout"],
+        ["--set", "=4"],
+        ["--set", "Bogus=1"],
+        ["--set", "hostname=127.0.0.1"],
+        ["--set", "PingTimeout="],
+        ["--set", "PingTimeout=abc"],
+        ["--set", "PingTimeout=4s"],
+        ["--set", "PingTimeout=true"],
+        ["--set", "PingTimeout=nan"],
+        ["--set", "PingInterval=1,5"],
+        ["--set", "SlowPingLowThreshold=fast"],
+        ["--set", "ShowIcon=1"],
+        ["--set", "ShowText=yes"],
+        ["--set", "ShowNotifications=TRUE "],
+        ["--set", "ShowPacketLossText=2"],
+        ["--set", "PacketLossTextMode=sometimes"],
+        ["--set", "PacketLossTextMode=WhenLossy"],
+        ["--set", "PingTimeout=2", "--set", "PingTimeout=x"],
+        ["127.0.0.1", "::1"],
+    )
+
+    def test_each_is_refused_with_status_two_one_line_and_nothing_on_disk(self) -> None:
+        for arguments in self.REFUSED:
+            with self.subTest(arguments), new_home() as home:
+                done = run(home, *arguments, within=5)
+
+                self.assertEqual(done.returncode, 2)
+                self.assertEqual(done.stdout, "")
+                self.assertRegex(done.stderr, r"\A[^\n]+\n\Z")
+                self.assertEqual(home.files(), [])
+
+    def test_the_line_names_what_was_wrong(self) -> None:
+        for arguments, word in (
+            (["--bogus"], "--bogus"),
+            (["--set", "Bogus=1"], "Bogus"),
+            (["--set", "PingTimeout=abc"], "PingTimeout"),
+            (["--for", "soon"], "--for"),
+        ):
+            with self.subTest(arguments), new_home() as home:
+                self.assertIn(word, run(home, *arguments, within=5).stderr)
+
+    def test_a_wrong_argument_leaves_stored_settings_and_statistics_alone(self) -> None:
+        with new_home() as home:
+            home.write_settings('{"Hostname": "10.77.0.40"}')
+            home.write_stats("{}")
+
+            done = run(home, "--set", "Hostname=10.77.0.41", "--set", "ShowIcon=1")
+
+            self.assertEqual(done.returncode, 2)
+            self.assertEqual(home.settings_file.read_text(), '{"Hostname": "10.77.0.40"}')
+            self.assertEqual(home.stats_file.read_text(), "{}")
+            self.assertEqual(len(home.files()), 2)
+
+
+class Settings(ConcurrentTestCase):
+    def test_the_default_host_is_pinged_when_nothing_is_set(self) -> None:
+        lab.behave(DEFAULT_HOST, Behavior(delay_ms=10))
+        with new_home() as home, Watch(home) as watch:
+            now = watch.wait_for(lambda now: now["session"]["replied"] >= 1, 2, "a reply")
+            self.assertEqual((now["host"], now["resolvedAddress"]), (DEFAULT_HOST, DEFAULT_HOST))
+
+    def test_every_key_is_taken_for_this_run_and_nothing_of_it_is_written(self) -> None:
+        lab.behave("10.77.0.50", Behavior(delay_ms=33))
+        everything = settings(
+            Hostname="10.77.0.50",
+            PingTimeout=2.5,
+            PingInterval=2,
+            SlowPingLowThreshold="1e2",
+            ShowIcon="true",
+            ShowText="false",
+            ShowNotifications="true",
+            PacketLossTextMode="always",
+            ShowPacketLossText="false",
+        )
+        for stored in (None, '{\n "Hostname":"10.77.0.51", "Unknown": [1]}\n'):
+            with new_home() as home:
+                if stored:
+                    home.write_settings(stored)
+                with Watch(home, *everything) as watch:
+                    now = watch.wait_for(lambda now: now["session"]["replied"] >= 1, 3, "a reply")
+                    self.assertEqual(now["host"], "10.77.0.50")
+                    self.assertRegex(now["menuTitle"], r"^\d\dms \(0%\)$")
+                    self.assertEqual(watch.finish(), 0)
+                if stored:
+                    self.assertEqual(home.settings_file.read_text(), stored)
+                else:
+                    self.assertFalse(home.settings_file.exists())
+
+    def test_a_host_argument_counts_for_this_run_only_and_wins(self) -> None:
+        stored = '{"Hostname": "10.77.0.52"}'
+        with new_home() as home:
+            home.write_settings(stored)
+            with Watch(home, *settings(Hostname="10.77.0.53"), "10.77.0.54") as watch:
+                watch.wait_for_lines(1)
+                self.assertEqual(watch.latest["host"], "10.77.0.54")
+                self.assertEqual(watch.finish(), 0)
+            self.assertEqual(home.settings_file.read_text(), stored)
+            with Watch(home) as watch:
+                watch.wait_for_lines(1)
+                self.assertEqual(watch.latest["host"], "10.77.0.52")
+
+    def test_stored_settings_are_used(self) -> None:
+        lab.behave("10.77.0.55", Behavior(delay_ms=550))
+        with new_home() as home:
+            home.write_settings(
+                json.dumps({"Hostname": "10.77.0.55", "SlowPingLowThreshold": 800, "PacketLossTextMode": "always"})
+            )
+            with Watch(home) as watch:
+                now = watch.wait_for(lambda now: now["session"]["replied"] >= 2, 4, "two replies")
+                self.assertEqual(now["qualityTitle"], "Excellent")
+                self.assertEqual(now["menuTitle"], "0.6s (0%)")
+
+    def test_the_older_loss_setting_is_understood(self) -> None:
+        for stored, shown in ((True, True), (False, False), (1, False)):
+            lab.behave("10.77.0.56", Behavior(delay_ms=10))
+            with new_home() as home:
+                home.write_settings(json.dumps({"Hostname": "10.77.0.56", "ShowPacketLossText": stored}))
+                with Watch(home) as watch:
+                    now = watch.wait_for(lambda now: now["session"]["replied"] >= 1, 2, "a reply")
+                    self.assertEqual(now["menuTitle"].endswith("(0%)"), shown, stored)
+
+    def test_a_file_that_cannot_be_parsed_means_defaults_and_is_not_touched(self) -> None:
+        for text in ("", '{"Hostname": "10.77.0.5', "[]", "null", "\udcff\0".encode("utf-8", "surrogateescape")):
+            with new_home() as home:
+                home.write_settings("")
+                content = text if isinstance(text, bytes) else text.encode()
+                home.settings_file.write_bytes(content)
+                with Watch(home) as watch:
+                    watch.wait_for_lines(1)
+                    self.assertEqual(watch.latest["host"], DEFAULT_HOST, text)
+                    self.assertEqual(watch.finish(), 0)
+                self.assertEqual(home.settings_file.read_bytes(), content)
+                self.assertEqual([file for file in home.files() if file.startswith("config")],
+                                 ["config/Tarnwick/settings.json"])  # fmt: skip
+
+    def test_a_file_that_cannot_be_read_means_defaults(self) -> None:
+        with new_home() as home:
+            home.settings_file.mkdir(parents=True)
+            with Watch(home) as watch:
+                watch.wait_for_lines(1)
+                self.assertEqual(watch.latest["host"], DEFAULT_HOST)
+                self.assertEqual(watch.finish(), 0)
+
+    def test_one_wrong_type_costs_only_its_own_setting(self) -> None:
+        lab.behave("10.77.0.57", Behavior(delay_ms=13))
+        with new_home() as home:
+            home.write_settings('{"Hostname": "10.77.0.57", "PingTimeout": true, "PacketLossTextMode": 3}')
+            with Watch(home) as watch:
+                now = watch.wait_for(lambda now: now["status"] == "up", 2, "up")
+                self.assertEqual(now["host"], "10.77.0.57")
+                self.assertRegex(now["menuTitle"], r"^\d\dms$")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,202 @@
+"""The laboratory itself: a TUN device whose other end is a scripted responder, all inside our own network namespace."""
+
+from __future__ import annotations
+
+import collections
+import dataclasses
+import fcntl
+import heapq
+import ipaddress
+import itertools
+import os
+import random
+import select
+import struct
+import subprocess
+import sys
+import threading
+import time
+
+from . import packets
+from .behavior import SILENT, Behavior, Request
+
+DEVICE = "lab0"
+# The machine's own addresses; every other address of the two networks is the responder's.
+OWN_IPV4 = "10.77.0.1"
+OWN_IPV6 = "fd77::1"
+ROUTER = {4: "10.77.0.254", 6: "fd77::fe"}
+# A name server that takes queries and never answers.
+DEAD_NAME_SERVER = "10.77.0.53"
+
+NAMESPACE_VARIABLE = "TARNWICK_LAB_NAMESPACE"
+
+_TUNSETIFF = 0x400454CA
+_IFF_TUN = 0x0001
+_IFF_NO_PI = 0x1000
+_DNS_PORT = 53
+
+
+class LabError(Exception):
+    """The laboratory cannot be set up here; the message says why."""
+
+
+def open_tun(name: str) -> int:
+    """Makes a TUN device that lives as long as the descriptor returned."""
+    try:
+        descriptor = os.open("/dev/net/tun", os.O_RDWR | os.O_CLOEXEC | os.O_NONBLOCK)
+    except OSError as error:
+        raise LabError(f"/dev/net/tun cannot be opened: {error.strerror}") from error
+    try:
+        request = struct.pack("16sH22x", name.encode(), _IFF_TUN | _IFF_NO_PI)
+        fcntl.ioctl(descriptor, _TUNSETIFF, request)
+    except OSError as error:
+        os.close(descriptor)
+        raise LabError(f"no TUN device can be made: {error.strerror}") from error
+    return descriptor
+
+
+def ip(*arguments: str) -> None:
+    """Runs the `ip` command and raises LabError when it fails."""
+    command = ["ip", *arguments]
+    try:
+        subprocess.run(command, check=True, capture_output=True, text=True, timeout=10)
+    except FileNotFoundError as error:
+        raise LabError("the ip command (iproute2) is missing") from error
+    except subprocess.CalledProcessError as error:
+        raise LabError(f"{' '.join(command)}: {error.stderr.strip()}") from error
+
+
+class Lab:
+    """A network with scripted delay, loss and silence. Use it as a context manager, inside tests/lab/run.
+
+    All methods may be called from any thread. One thread of its own answers the packets; an address without a
+    behavior is silent, but its requests are recorded all the same.
+    """
+
+    def __init__(self, seed: int = 1) -> None:
+        if os.environ.get(NAMESPACE_VARIABLE) != os.readlink("/proc/self/ns/net"):
+            raise LabError("this is no laboratory namespace: start the command with tests/lab/run")
+        self._chance = random.Random(seed)
+        self._lock = threading.Lock()
+        self._behaviors: dict[str, Behavior] = {}
+        self._indexes: collections.Counter[str] = collections.Counter()
+        self._requests: dict[str, list[Request]] = collections.defaultdict(list)
+        self._queries: collections.Counter[str] = collections.Counter()
+        self._due: list[tuple[float, int, bytes]] = []
+        self._order = itertools.count()
+        self._stopping = False
+        # The responder shares the interpreter with the test's threads: let it in quickly, so that delays stay true.
+        sys.setswitchinterval(0.0005)
+        self._tun = open_tun(DEVICE)
+        try:
+            self._bring_up()
+        except LabError:
+            os.close(self._tun)
+            raise
+        self._wake_reader, self._wake_writer = os.pipe()
+        self._thread = threading.Thread(target=self._respond, name="responder", daemon=True)
+        self._thread.start()
+
+    def __enter__(self) -> Lab:
+        return self
+
+    def __exit__(self, *_: object) -> None:
+        self.close()
+
+    def close(self) -> None:
+        """Stops the responder and takes the network down. Bounded: answers still due are dropped."""
+        if self._stopping:
+            return
+        self._stopping = True
+        os.write(self._wake_writer, b"x")
+        self._thread.join(timeout=5)
+        for descriptor in (self._tun, self._wake_reader, self._wake_writer):
+            os.close(descriptor)
+
+    def behave(self, address: str, behavior: Behavior) -> None:
+        """Gives an address a behavior, from the next request on; answers under way are still sent."""
+        with self._lock:
+            self._behaviors[_canonical(address)] = behavior
+            self._indexes[_canonical(address)] = 0
+
+    def change(self, address: str, **fields: object) -> None:
+        """Changes single fields of the behavior that an address has now."""
+        with self._lock:
+            now = self._behaviors.get(_canonical(address), Behavior())
+            self._behaviors[_canonical(address)] = dataclasses.replace(now, **fields)
+            self._indexes[_canonical(address)] = 0
+
+    def requests(self, address: str) -> list[Request]:
+        """All echo requests that came for an address so far, oldest first."""
+        with self._lock:
+            return list(self._requests[_canonical(address)])
+
+    def queries(self, address: str) -> int:
+        """How many name-server queries (UDP) came for an address so far. None is ever answered."""
+        with self._lock:
+            return self._queries[_canonical(address)]
+
+    def _bring_up(self) -> None:
+        for setting, value in (("accept_ra", "0"), ("router_solicitations", "0"), ("accept_dad", "0")):
+            try:
+                with open(f"/proc/sys/net/ipv6/conf/{DEVICE}/{setting}", "w") as file:
+                    file.write(value)
+            except OSError as error:
+                raise LabError(f"IPv6 cannot be configured: {error.strerror}") from error
+        ip("address", "add", f"{OWN_IPV4}/24", "dev", DEVICE)
+        ip("address", "add", f"{OWN_IPV6}/64", "dev", DEVICE, "nodad")
+        ip("link", "set", DEVICE, "up")
+        # A way to the world, as far as the program can tell; what goes there ends at the responder as well.
+        ip("route", "add", "default", "dev", DEVICE)
+        ip("-6", "route", "add", "default", "dev", DEVICE)
+
+    def _respond(self) -> None:
+        while not self._stopping:
+            timeout = max(0.0, self._due[0][0] - time.monotonic()) if self._due else None
+            readable, _, _ = select.select([self._tun, self._wake_reader], [], [], timeout)
+            if self._tun in readable:
+                self._receive()
+            self._send_due()
+
+    def _receive(self) -> None:
+        try:
+            raw = os.read(self._tun, 65536)
+        except OSError:
+            return  # Nothing there after all, or the link is down just now.
+        at = time.monotonic()
+        packet = packets.parse_packet(raw)
+        if packet is None:
+            return
+        echo = packets.parse_echo_request(packet)
+        with self._lock:
+            if echo is not None:
+                self._take_request(at, packet, echo)
+            elif packets.udp_destination_port(packet) == _DNS_PORT:
+                self._queries[packet.destination] += 1
+
+    def _take_request(self, at: float, packet: packets.Packet, echo: packets.Echo) -> None:
+        address = packet.destination
+        behavior = self._behaviors.get(address, SILENT)
+        index = self._indexes[address]
+        self._indexes[address] += 1
+        lost = behavior.loses(index, self._chance)
+        self._requests[address].append(
+            Request(at, address, echo.identifier, echo.sequence, echo.data, not lost)
+        )
+        if lost:
+            return
+        due = at + behavior.delay_seconds(index, self._chance)
+        for answer in behavior.answers(packet, echo, ROUTER[packet.version]):
+            heapq.heappush(self._due, (due, next(self._order), answer))
+
+    def _send_due(self) -> None:
+        while self._due and self._due[0][0] <= time.monotonic():
+            _, _, packet = heapq.heappop(self._due)
+            try:
+                os.write(self._tun, packet)
+            except OSError:
+                pass  # The link is down just now: the packet is lost, as on a real network.
+
+
+def _canonical(address: str) -> str:
+    return str(ipaddress.ip_address(address))
