@@ -1,0 +1,123 @@
+# What scripts/run and scripts/test share: who works, what is installed, how it is built. Source it from bash.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+say() {
+    printf '%s\n' "$*" >&2
+}
+
+fail() {
+    say "$*"
+    exit 1
+}
+
+# Called through sudo, only what needs root is done as root: files in the clone stay the caller's, and so do the
+# settings and statistics. as_caller runs a command as the user who called.
+as_caller=()
+if [ "$EUID" -eq 0 ] && [ "${SUDO_UID:-0}" -ne 0 ]; then
+    IFS=: read -r caller _ uid gid _ home _ < <(getent passwd "$SUDO_UID" || echo :::::) || true
+    if [ -n "$caller" ]; then
+        as_caller=(setpriv "--reuid=$uid" "--regid=$gid" --init-groups
+            env "HOME=$home" "USER=$caller" "LOGNAME=$caller")
+        "${as_caller[@]}" test -w "$root" || as_caller=()
+    fi
+fi
+
+may_become_root() {
+    [ "$EUID" -eq 0 ] || command -v sudo >/dev/null
+}
+
+# Asks for a password only where somebody can type one.
+as_root() {
+    if [ "$EUID" -eq 0 ]; then
+        "$@"
+    elif [ -t 0 ] && [ -t 2 ]; then
+        sudo -- "$@"
+    else
+        sudo -n -- "$@"
+    fi
+}
+
+# packages SECTION...: the names in these sections of the list, one a line.
+packages() {
+    local section wanted=" $* " line
+    while read -r line; do
+        line=${line%%#*}
+        line=${line//[[:space:]]/}
+        case $line in
+        '') ;;
+        '['*']') section=${line//[\[\]]/} ;;
+        *) [[ $wanted != *" $section "* ]] || printf '%s\n' "$line" ;;
+        esac
+    done <"$root/scripts/packages.txt"
+}
+
+# Those of the packages named that are not installed.
+missing_packages() {
+    dpkg-query -W -f='${binary:Package} ${db:Status-Status}\n' "$@" 2>/dev/null \
+        | awk '$2 == "installed" { sub(/:.*/, "", $1); print $1 }' \
+        | sort -u | comm -13 - <(printf '%s\n' "$@" | sort -u)
+}
+
+# install_packages SECTION...: installs what is missing; without a call of apt when nothing is.
+install_packages() {
+    local wanted missing log
+    command -v dpkg-query >/dev/null || fail "This script installs packages on Debian 12; see scripts/packages.txt for what else to have."
+    mapfile -t wanted < <(packages "$@")
+    mapfile -t missing < <(missing_packages "${wanted[@]}")
+    [ ${#missing[@]} -gt 0 ] || return 0
+    may_become_root || fail "Not root, and no sudo here. Have installed first: apt-get install ${missing[*]}"
+    say "Installing: ${missing[*]}"
+    log=$(mktemp)
+    if ! { as_root apt-get -o DPkg::Lock::Timeout=300 update \
+        && as_root env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=300 install -y \
+            --no-install-recommends "${missing[@]}"; } </dev/null >"$log" 2>&1; then
+        tail -n 40 "$log" >&2
+        rm -f "$log"
+        fail "The packages could not be installed. By hand: apt-get install ${missing[*]}"
+    fi
+    rm -f "$log"
+}
+
+# The clone was copied or the presets have changed: what CMake remembers is not to be trusted.
+is_configured() {
+    local folder=$1
+    [ -f "$folder/build.ninja" ] \
+        && [ ! "$root/CMakePresets.json" -nt "$folder/CMakeCache.txt" ] \
+        && grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$folder/CMakeCache.txt"
+}
+
+# quietly COMMAND...: output only when it fails, or, in a terminal, as it comes.
+quietly() {
+    local log status=0
+    if [ -t 2 ]; then
+        "$@" >&2
+        return
+    fi
+    log=$(mktemp)
+    "$@" </dev/null >"$log" 2>&1 || status=$?
+    [ "$status" -eq 0 ] || cat "$log" >&2
+    rm -f "$log"
+    return "$status"
+}
+
+# build PRESET [TARGET]...: configures where needed, then builds what is out of date. One at a time per clone.
+build() {
+    local preset=$1 folder="$root/build/$1" targets=()
+    shift
+    [ $# -eq 0 ] || targets=(--target "$@")
+    "${as_caller[@]}" mkdir -p "$folder" && "${as_caller[@]}" test -w "$folder" \
+        || fail "$folder cannot be written by this user: remove it, or give it back to its owner."
+    (
+        flock 9
+        cd "$root"
+        if ! is_configured "$folder"; then
+            quietly "${as_caller[@]}" cmake --fresh --preset "$preset" || fail "Configuring $preset failed."
+        fi
+        if ! "${as_caller[@]}" ninja -C "$folder" -n "${targets[@]:1}" 2>/dev/null | grep -q 'no work to do'; then
+            say "Building $preset"
+            quietly "${as_caller[@]}" cmake --build --preset "$preset" --parallel "$(nproc)" "${targets[@]}" \
+                || fail "Building $preset failed."
+        fi
+    ) 9<"$folder"
+}
