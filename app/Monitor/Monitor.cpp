@@ -112,12 +112,25 @@ void Monitor::sendPing() {
     pinger_->send(id);
     pending_.push_back({.id = id, .sent = loop_.now()});
     samples_.mutate([&](Samples& samples) {
+        samplesInOrder_ = samples.empty() || (samplesInOrder_ && samples.back().date <= date);
         samples.push_back({.id = id, .date = date});
-        std::erase_if(samples, [&](const Sample& sample) { return date - sample.date > chartSpan; });
+        forgetOldSamples(samples, date);
         return true;
     });
     const bool counted = status_.get() != Status::down;
     ledger_.mutate([&](PingLedger& ledger) { return ledger.sent(id, counted); });
+}
+
+void Monitor::forgetOldSamples(Samples& samples, RunLoop::WallTime now) const {
+    const auto isOld = [now](const Sample& sample) { return now - sample.date > chartSpan; };
+    if (samplesInOrder_) {
+        while (isOld(samples.front())) {
+            samples.pop_front();
+        }
+    } else {
+        // The wall clock was set back meanwhile: old ones may lie anywhere.
+        std::erase_if(samples, isOld);
+    }
 }
 
 void Monitor::handle(const Pinger::Event& event) {

@@ -133,6 +133,7 @@ private:
     void stopPinging();
     void schedulePingTimer();
     void sendPing();
+    void forgetOldSamples(Samples& samples, RunLoop::WallTime now) const;
     void handle(const Pinger::Event& event);
     void pingingStarted(const ResolvedAddress& address);
     void receivedReply(std::uint64_t id, double at);
@@ -173,7 +174,8 @@ private:
     Observed<std::optional<std::string>> lastError_;
     Observed<std::optional<PingError>> startError_;
     Observed<bool> pathSatisfied_{true};
-    Observed<Samples> samples_; ///< of the last 300 s, oldest first
+    Observed<Samples> samples_;  ///< of the last 300 s, oldest first
+    bool samplesInOrder_ = true; ///< of their dates
     Observed<PingLedger> ledger_;
     Observed<StatsRecorder::State> recording_{StatsRecorder::State::records};
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 #include <ctime>
+#include <utility>
 
 namespace tarnwick {
 
@@ -57,11 +58,57 @@ const char* caseName(DownReason::Kind kind) {
     return "noReplies";
 }
 
-Json counter(const StatCounter& counter) {
-    return {
-        {"sent", counter.sent},           {"replied", counter.replied},     {"lost", counter.lost},
-        {"averageMs", counter.averageMs}, {"fastestMs", counter.fastestMs}, {"slowestMs", counter.slowestMs},
-    };
+/// An object filled member by member: from an initializer list the library would copy every value.
+class JsonObject {
+public:
+    explicit JsonObject(std::size_t members) { object_.get_ptr<Json::object_t*>()->reserve(members); }
+
+    template<class Value>
+    void add(const char* key, Value&& value) {
+        object_.emplace(key, std::forward<Value>(value));
+    }
+
+    [[nodiscard]] Json take() { return std::move(object_); }
+
+private:
+    Json object_ = Json::object();
+};
+
+Json counterJson(const StatCounter& counter) {
+    JsonObject object(6);
+    object.add("sent", counter.sent);
+    object.add("replied", counter.replied);
+    object.add("lost", counter.lost);
+    object.add("averageMs", counter.averageMs);
+    object.add("fastestMs", counter.fastestMs);
+    object.add("slowestMs", counter.slowestMs);
+    return object.take();
+}
+
+void addVerdict(JsonObject& line, const Monitor& monitor) {
+    line.add("status", caseName(monitor.status()));
+    line.add("score", orNull(monitor.score()));
+    line.add("bars", monitor.bars());
+    line.add("latestPingMs", orNull(monitor.latestPingMs()));
+    line.add("lossPercent", monitor.lossPercent());
+    line.add("lossIsKnown", monitor.lossIsKnown());
+}
+
+void addTexts(JsonObject& line, const Monitor& monitor, const std::string& menuTitle) {
+    line.add("menuTitle", menuTitle);
+    line.add("tooltip", monitor.tooltip());
+    line.add("qualityTitle", monitor.qualityTitle());
+    line.add("qualityTone", caseName(monitor.qualityTone()));
+}
+
+void addReasons(JsonObject& line, const Monitor& monitor) {
+    const bool isDown = monitor.status() == Monitor::Status::down;
+    const std::optional<DownReason> reason = monitor.downReason();
+    const std::optional<PingError>& startError = monitor.startError();
+    line.add("downReason", reason ? Json(caseName(reason->kind)) : Json(nullptr));
+    line.add("downReasonText", isDown ? Json(monitor.downReasonText()) : Json(nullptr));
+    line.add("lastError", orNull(monitor.lastError()));
+    line.add("startError", startError ? Json(startError->message()) : Json(nullptr));
 }
 
 } // namespace
@@ -81,35 +128,19 @@ std::string timestamp(RunLoop::WallTime time) {
 }
 
 std::string jsonLine(const Monitor& monitor, RunLoop::WallTime time, const std::string& menuTitle) {
-    const bool isDown = monitor.status() == Monitor::Status::down;
-    const std::optional<DownReason> reason = monitor.downReason();
-    const std::optional<PingError>& startError = monitor.startError();
-    const PingLedger& ledger = monitor.ledger();
-    const Json line{
-        {"time", timestamp(time)},
-        {"monotonic", monitor.evaluatedAt()},
-        {"host", monitor.prefs().hostname()},
-        {"resolvedAddress", orNull(monitor.resolvedAddress())},
-        {"status", caseName(monitor.status())},
-        {"score", orNull(monitor.score())},
-        {"bars", monitor.bars()},
-        {"latestPingMs", orNull(monitor.latestPingMs())},
-        {"lossPercent", monitor.lossPercent()},
-        {"lossIsKnown", monitor.lossIsKnown()},
-        {"menuTitle", menuTitle},
-        {"tooltip", monitor.tooltip()},
-        {"qualityTitle", monitor.qualityTitle()},
-        {"qualityTone", caseName(monitor.qualityTone())},
-        {"downReason", reason ? Json(caseName(reason->kind)) : Json(nullptr)},
-        {"downReasonText", isDown ? Json(monitor.downReasonText()) : Json(nullptr)},
-        {"lastError", orNull(monitor.lastError())},
-        {"startError", startError ? Json(startError->message()) : Json(nullptr)},
-        {"accessibilitySummary", monitor.accessibilitySummary()},
-        {"session", counter(ledger.session())},
-        {"site", counter(ledger.site())},
-        {"samples", monitor.samples().size()},
-    };
-    return line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    JsonObject line(22);
+    line.add("time", timestamp(time));
+    line.add("monotonic", monitor.evaluatedAt());
+    line.add("host", monitor.prefs().hostname());
+    line.add("resolvedAddress", orNull(monitor.resolvedAddress()));
+    addVerdict(line, monitor);
+    addTexts(line, monitor, menuTitle);
+    addReasons(line, monitor);
+    line.add("accessibilitySummary", monitor.accessibilitySummary());
+    line.add("session", counterJson(monitor.ledger().session()));
+    line.add("site", counterJson(monitor.ledger().site()));
+    line.add("samples", monitor.samples().size());
+    return line.take().dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 } // namespace tarnwick
