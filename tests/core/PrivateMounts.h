@@ -3,6 +3,8 @@
 
 #include "tests/core/Required.h"
 
+#include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <sched.h>
 #include <sys/mount.h>
@@ -13,11 +15,17 @@ namespace tarnwick::test {
 /// The status of a child process that could not have mounts of its own.
 inline constexpr int noMounts = 77;
 
+/// In a changed root "/" is no mount, and what is mounted can't be made private from there; the laboratory
+/// has done so.
+[[nodiscard]] inline bool isPrivateAlready() {
+    return errno == EINVAL && std::getenv("TARNWICK_LAB_NAMESPACE") != nullptr;
+}
+
 /// False where this machine gives none. For a child process: the mounts end with it.
 [[nodiscard]] inline bool havePrivateMounts() {
     const int users = ::geteuid() == 0 ? 0 : CLONE_NEWUSER;
     return ::unshare(CLONE_NEWNS | users) == 0
-           && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+           && (::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 || isPrivateAlready());
 }
 
 [[nodiscard]] inline bool mountSmallDisk(const std::filesystem::path& folder) {

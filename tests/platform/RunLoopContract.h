@@ -266,6 +266,36 @@ TYPED_TEST_P(RunLoopContract, ARepeatedTaskMayDestroyItsOwnHandleAndNeverRunsAga
     EXPECT_THAT(runs, testing::ElementsAre("a run that ended itself"));
 }
 
+TYPED_TEST_P(RunLoopContract, ARoughlyRepeatedTaskNeedsNoCompanyAndIsNeverEarly) {
+    const double first = this->loop().now() + this->step;
+    std::vector<double> fires;
+    std::vector<double> lateness;
+    const auto timer = this->loop().everyRoughly(first, this->step, this->step / 2, [&] {
+        const double passed = (this->loop().now() - first) / this->step + 1e-6;
+        fires.push_back(std::floor(passed));
+        lateness.push_back(passed - fires.back());
+    });
+
+    ASSERT_TRUE(this->runUntil([&] { return fires.size() >= 5; }));
+
+    EXPECT_THAT(fires, testing::Each(testing::Ge(0)));
+    EXPECT_TRUE(std::ranges::is_sorted(fires, std::less_equal<>())) << testing::PrintToString(fires);
+    // Half a step is what it may be late by, and the machine by a little more.
+    EXPECT_LT(*std::ranges::min_element(lateness), 0.9);
+}
+
+TYPED_TEST_P(RunLoopContract, DestroyingTheHandleEndsARoughlyRepeatedTask) {
+    int runs = 0;
+    auto timer = this->loop().everyRoughly(this->loop().now(), this->step, this->step / 4, [&] { ++runs; });
+    ASSERT_TRUE(this->runUntil([&] { return runs >= 2; }));
+    timer.reset();
+    const int before = runs;
+
+    ASSERT_TRUE(this->runFor(3 * this->step));
+
+    EXPECT_EQ(runs, before);
+}
+
 TYPED_TEST_P(RunLoopContract, AWatchRunsForAsLongAsThereIsSomethingToRead) {
     const WatchedPipe pipe;
     std::string taken;
@@ -410,7 +440,8 @@ REGISTER_TYPED_TEST_SUITE_P(
     ADelayedTaskMayDestroyItsOwnHandleAndGoOn, ARepeatedTaskFirstRunsAtItsFirstTime,
     ARepeatedTaskRunsAtMostOnceForEachOfItsTimes, TimeSpentInARepeatedTaskDoesNotShiftItsSchedule,
     OneLateRunStandsForAllThatWereMissedBeforeIt, DestroyingTheHandleEndsARepeatedTask,
-    ARepeatedTaskMayDestroyItsOwnHandleAndNeverRunsAgain, AWatchRunsForAsLongAsThereIsSomethingToRead,
+    ARepeatedTaskMayDestroyItsOwnHandleAndNeverRunsAgain, ARoughlyRepeatedTaskNeedsNoCompanyAndIsNeverEarly,
+    DestroyingTheHandleEndsARoughlyRepeatedTask, AWatchRunsForAsLongAsThereIsSomethingToRead,
     AWatchIsSilentUntilThereIsSomethingToRead, OnlyTheWatchOfTheReadableDescriptorRuns,
     AWatchThatDestroysItsOwnHandleNeverRunsAgain, DestroyingTheHandleEndsAWatchAndLeavesTheDescriptorOpen,
     ADescriptorMayBeWatchedAgainAfterItsFirstWatchHasEnded,

@@ -88,6 +88,20 @@ TEST(AsioRunLoop, RunsUntilATaskStopsIt) {
     EXPECT_EQ(runs, 3);
 }
 
+TEST(AsioRunLoop, ATaskThatMayBeLateRunsInTheSameWakeUpAsAPunctualOne) {
+    AsioRunLoop loop;
+    const double first = loop.now() + 0.02;
+    std::vector<std::string> ran;
+    const auto punctual = loop.every(first + 0.005, 10, [&] { ran.emplace_back("punctual"); });
+    const auto patient = loop.everyRoughly(first, 10, 0.5, [&] { ran.emplace_back("patient"); });
+
+    while (ran.empty()) {
+        ASSERT_TRUE(loop.runOne(20));
+    }
+
+    EXPECT_THAT(ran, testing::ElementsAre("punctual", "patient"));
+}
+
 TEST(AsioRunLoop, TellsWhenNoTaskCameInTime) {
     AsioRunLoop loop;
 

@@ -194,6 +194,24 @@ TEST_F(MonitorPingLoopTest, EachPingBecomesASampleOfItsTime) {
         (Monitor::Sample{.id = network.sent()[1].id, .date = wallAtStart + std::chrono::seconds(1)}));
 }
 
+TEST_F(MonitorPingLoopTest, DropsOldSamplesWhereverTheyLieAfterTheWallClockWasSetBack) {
+    const auto hour = std::chrono::hours(1);
+    start();
+    pass(10.5);
+    loop.setWallClock(loop.wallNow() - hour);
+    pass(10);
+    const auto latestOfTheHourBack = loop.wallNow();
+    loop.setWallClock(loop.wallNow() + hour);
+
+    pass(1);
+
+    // Eleven from before and one from after lie around ten that are an hour old.
+    EXPECT_EQ(monitor->samples().size(), 12U);
+    EXPECT_THAT(
+        monitor->samples(),
+        testing::Each(testing::Field(&Monitor::Sample::date, testing::Gt(latestOfTheHourBack))));
+}
+
 TEST_F(MonitorPingLoopTest, KeepsTheSamplesOfFiveMinutes) {
     start();
 
