@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fcntl.h>
 #include <mutex>
 #include <optional>
 #include <system_error>
@@ -147,6 +148,22 @@ public:
     ReadWatch(asio::io_context& context, int descriptor, RunLoop::Task task)
         : descriptor_(context, descriptor), task_(std::move(task)) {}
 
+    /// The library makes the descriptor non-blocking when it first waits, as if to read from it by itself. A
+    /// terminal shares that flag with everybody who writes to it, so it is put back at once.
+    void start() {
+        const int flags = ::fcntl(descriptor_.native_handle(), F_GETFL);
+        wait();
+        ::fcntl(descriptor_.native_handle(), F_SETFL, flags);
+    }
+
+    /// Lets go of the descriptor at once, also in the middle of the task: it is its owner's, who may close it
+    /// next.
+    void end() {
+        hasEnded_ = true;
+        descriptor_.release();
+    }
+
+private:
     void wait() {
         descriptor_.async_wait(
             asio::posix::descriptor_base::wait_read,
@@ -162,14 +179,6 @@ public:
             });
     }
 
-    /// Lets go of the descriptor at once, also in the middle of the task: it is its owner's, who may close it
-    /// next.
-    void end() {
-        hasEnded_ = true;
-        descriptor_.release();
-    }
-
-private:
     asio::posix::stream_descriptor descriptor_;
     bool hasEnded_ = false;
     RunLoop::Task task_;
@@ -260,7 +269,7 @@ RunLoop::Handle AsioRunLoop::everyRoughly(double firstFire, double interval, dou
 RunLoop::Handle AsioRunLoop::watchReadable(int descriptor, Task task) {
     try {
         auto watch = std::make_shared<ReadWatch>(context_->io, descriptor, std::move(task));
-        watch->wait();
+        watch->start();
         return std::make_unique<Holder<ReadWatch>>(std::move(watch));
     } catch (const asio::system_error&) {
         return nullptr;

@@ -137,6 +137,10 @@ class Terminal:
     def attributes(self) -> list[object]:
         return termios.tcgetattr(self._slave)
 
+    def is_blocking(self) -> bool:
+        """Whether whoever writes to the terminal waits until it takes the text: all who have it open share this."""
+        return os.get_blocking(self._slave)
+
     def _set_size(self, columns: int, rows: int) -> None:
         fcntl.ioctl(self._master, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
 

@@ -96,6 +96,11 @@ class TheScreen(ConcurrentTestCase):
                 )
             self.stayed_in_place(terminal)
 
+    def test_the_terminal_stays_blocking_so_that_no_output_is_lost(self) -> None:
+        with new_home() as home, Terminal(home, "127.0.0.1") as terminal:
+            terminal.wait_for(lambda text: "Excellent" in text, 3, "the first verdict")
+            self.assertTrue(terminal.is_blocking())
+
     def test_an_outage_is_shown_with_its_reason(self) -> None:
         lab.behave("10.77.0.11", SILENT)
         with new_home() as home, Terminal(home, *settings(PingTimeout=1), "10.77.0.11") as terminal:
@@ -218,6 +223,7 @@ class TheTerminalAfterwards(ConcurrentTestCase):
         self.assertGreater(terminal.raw.rfind(LEAVE_ALTERNATE), terminal.raw.rfind(ENTER_ALTERNATE))
         self.assertGreater(terminal.raw.rfind(SHOW_CURSOR), terminal.raw.rfind(HIDE_CURSOR))
         self.assertEqual(terminal.attributes(), terminal.attributes_before)
+        self.assertTrue(terminal.is_blocking())
 
 
 if __name__ == "__main__":

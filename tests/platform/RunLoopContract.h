@@ -296,6 +296,25 @@ TYPED_TEST_P(RunLoopContract, DestroyingTheHandleEndsARoughlyRepeatedTask) {
     EXPECT_EQ(runs, before);
 }
 
+TYPED_TEST_P(RunLoopContract, AWatchLeavesTheDescriptorBlockingAsItWas) {
+    std::array<int, 2> ends{-1, -1};
+    ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    const FileDescriptor reading(ends[0]);
+    const FileDescriptor writing(ends[1]);
+    int runs = 0;
+    char byte = 0;
+    this->driver_.isWatched(reading.get());
+    const auto watching = this->loop().watchReadable(reading.get(), [&] {
+        EXPECT_EQ(::read(reading.get(), &byte, 1), 1);
+        ++runs;
+    });
+    ASSERT_EQ(::write(writing.get(), "ab", 2), 2);
+
+    ASSERT_TRUE(this->runUntil([&] { return runs >= 2; }));
+
+    EXPECT_EQ(::fcntl(reading.get(), F_GETFL) & O_NONBLOCK, 0);
+}
+
 TYPED_TEST_P(RunLoopContract, AWatchRunsForAsLongAsThereIsSomethingToRead) {
     const WatchedPipe pipe;
     std::string taken;
@@ -441,9 +460,10 @@ REGISTER_TYPED_TEST_SUITE_P(
     ARepeatedTaskRunsAtMostOnceForEachOfItsTimes, TimeSpentInARepeatedTaskDoesNotShiftItsSchedule,
     OneLateRunStandsForAllThatWereMissedBeforeIt, DestroyingTheHandleEndsARepeatedTask,
     ARepeatedTaskMayDestroyItsOwnHandleAndNeverRunsAgain, ARoughlyRepeatedTaskNeedsNoCompanyAndIsNeverEarly,
-    DestroyingTheHandleEndsARoughlyRepeatedTask, AWatchRunsForAsLongAsThereIsSomethingToRead,
-    AWatchIsSilentUntilThereIsSomethingToRead, OnlyTheWatchOfTheReadableDescriptorRuns,
-    AWatchThatDestroysItsOwnHandleNeverRunsAgain, DestroyingTheHandleEndsAWatchAndLeavesTheDescriptorOpen,
+    DestroyingTheHandleEndsARoughlyRepeatedTask, AWatchLeavesTheDescriptorBlockingAsItWas,
+    AWatchRunsForAsLongAsThereIsSomethingToRead, AWatchIsSilentUntilThereIsSomethingToRead,
+    OnlyTheWatchOfTheReadableDescriptorRuns, AWatchThatDestroysItsOwnHandleNeverRunsAgain,
+    DestroyingTheHandleEndsAWatchAndLeavesTheDescriptorOpen,
     ADescriptorMayBeWatchedAgainAfterItsFirstWatchHasEnded,
     ADescriptorMayBeClosedAndReplacedOnceItsWatchHasEndedInItsOwnTask, AWatchMayEndAnotherWhoseTurnItIs,
     TheResultOfDetachedWorkRunsOnTheMainThreadAndNotInsideTheCall);
