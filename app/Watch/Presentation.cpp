@@ -39,31 +39,26 @@ void NoteLines::set(const std::vector<std::string>& notes) {
     told_ = notes;
 }
 
-JsonPresentation::JsonPresentation(RunLoop& loop, const Monitor& monitor, Quit quit)
+LinePresentation::LinePresentation(RunLoop& loop, const Monitor& monitor, Quit quit)
     : loop_(loop), monitor_(monitor), quit_(std::move(quit)), output_(STDOUT_FILENO) {
 }
 
-void JsonPresentation::show() {
-    const auto loss = monitor_.lossIsKnown() ? std::optional(monitor_.lossPercent()) : std::nullopt;
-    const auto digits = gates_.update(loss, monitor_.prefs().lossTextMode(), loop_.now());
-    const std::string line = jsonLine(monitor_, loop_.wallNow(), monitor_.menuTitle(digits.has_value()));
-    quitUnlessWritten(output_.write(line), quit_);
+void LinePresentation::show() {
+    quitUnlessWritten(output_.write(line()), quit_);
 }
 
-void JsonPresentation::setNotes(const std::vector<std::string>& notes) {
+void LinePresentation::setNotes(const std::vector<std::string>& notes) {
     noteLines_.set(notes);
 }
 
-PlainPresentation::PlainPresentation(RunLoop& loop, const Monitor& monitor, Quit quit)
-    : loop_(loop), monitor_(monitor), quit_(std::move(quit)), output_(STDOUT_FILENO) {
+std::string JsonPresentation::line() {
+    const auto loss = monitor().lossIsKnown() ? std::optional(monitor().lossPercent()) : std::nullopt;
+    const auto digits = gates_.update(loss, monitor().prefs().lossTextMode(), loop().now());
+    return jsonLine(monitor(), loop().wallNow(), monitor().menuTitle(digits.has_value()));
 }
 
-void PlainPresentation::show() {
-    quitUnlessWritten(output_.write(plainLine(monitor_, loop_.wallNow())), quit_);
-}
-
-void PlainPresentation::setNotes(const std::vector<std::string>& notes) {
-    noteLines_.set(notes);
+std::string PlainPresentation::line() {
+    return plainLine(monitor(), loop().wallNow());
 }
 
 ScreenPresentation::ScreenPresentation(

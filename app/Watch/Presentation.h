@@ -42,38 +42,49 @@ private:
     std::vector<std::string> told_;
 };
 
-/// One JSON object a line.
-class JsonPresentation final : public Presentation {
+/// A line of text each time, on standard output.
+class LinePresentation : public Presentation {
 public:
     /// `quit` is called when nobody reads any more, or nothing can be written.
-    JsonPresentation(RunLoop& loop, const Monitor& monitor, Quit quit);
+    LinePresentation(RunLoop& loop, const Monitor& monitor, Quit quit);
 
-    void show() override;
-    void setNotes(const std::vector<std::string>& notes) override;
+    void show() final;
+    void setNotes(const std::vector<std::string>& notes) final;
+
+protected:
+    /// The present state, with a line break at its end.
+    [[nodiscard]] virtual std::string line() = 0;
+
+    [[nodiscard]] const RunLoop& loop() const { return loop_; }
+
+    [[nodiscard]] const Monitor& monitor() const { return monitor_; }
 
 private:
     RunLoop& loop_;
     const Monitor& monitor_;
     Quit quit_;
-    LossGates gates_;
     LineWriter output_;
     NoteLines noteLines_;
 };
 
-/// One line of text a tick.
-class PlainPresentation final : public Presentation {
+/// One JSON object a line.
+class JsonPresentation final : public LinePresentation {
 public:
-    PlainPresentation(RunLoop& loop, const Monitor& monitor, Quit quit);
-
-    void show() override;
-    void setNotes(const std::vector<std::string>& notes) override;
+    using LinePresentation::LinePresentation;
 
 private:
-    RunLoop& loop_;
-    const Monitor& monitor_;
-    Quit quit_;
-    LineWriter output_;
-    NoteLines noteLines_;
+    [[nodiscard]] std::string line() override;
+
+    LossGates gates_;
+};
+
+/// Time, quality, latency, loss and host in columns.
+class PlainPresentation final : public LinePresentation {
+public:
+    using LinePresentation::LinePresentation;
+
+private:
+    [[nodiscard]] std::string line() override;
 };
 
 /// The whole terminal, redrawn in place.

@@ -60,7 +60,9 @@ class Names:
 
     def prefix(self) -> list[str]:
         """What to put before a command so that it alone sees the files. The command keeps its process id."""
-        return ["unshare", "--mount", "sh", "-c", _MOUNT_AND_RUN, "sh", self.folder]
+        # Mounts are private in the laboratory already, and in a changed root they can't be made so again.
+        own_mounts = ["unshare", "--mount", "--propagation", "unchanged"]
+        return [*own_mounts, "sh", "-c", _MOUNT_AND_RUN, "sh", self.folder]
 
     def _put(self, name: str, text: str) -> None:
         # Written in place: a mount follows the file, not its name.
