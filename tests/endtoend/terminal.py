@@ -46,6 +46,31 @@ class Screen(pyte.Screen):
         super().index()
 
 
+    def scroll_up(self, count: int | None = None) -> None:
+        """SU: as many new lines at the bottom of the scrolling region."""
+        self._scroll(self._region()[1], super().index, count)
+
+    def scroll_down(self, count: int | None = None) -> None:
+        """SD: as many new lines at its top."""
+        self._scroll(self._region()[0], super().reverse_index, count)
+
+    def _region(self) -> tuple[int, int]:
+        return self.margins or (0, self.lines - 1)
+
+    def _scroll(self, row: int, move: Callable[[], None], count: int | None) -> None:
+        before, self.cursor.y = self.cursor.y, row
+        for _ in range(count or 1):
+            move()
+        self.cursor.y = before
+
+
+class Stream(pyte.ByteStream):
+    """Knows the scrolling that the terminals we claim to be offer, and that pyte leaves out."""
+
+    csi = pyte.ByteStream.csi | {"S": "scroll_up", "T": "scroll_down"}
+    events = pyte.ByteStream.events | {"scroll_up", "scroll_down"}
+
+
 class Terminal:
     """The program in a terminal of its own, as the terminal's controlling session. Use it as a context manager."""
 
@@ -61,7 +86,7 @@ class Terminal:
     ) -> None:
         self.screen = Screen(columns, rows)
         self.raw = b""
-        self._stream = pyte.ByteStream(self.screen)
+        self._stream = Stream(self.screen)
         self._lock = threading.Lock()
         self._master, self._slave = os.openpty()
         self._set_size(columns, rows)
