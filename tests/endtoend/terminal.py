@@ -46,6 +46,12 @@ class Screen(pyte.Screen):
         super().index()
 
 
+    def erase_in_display(self, how: int = 0, *arguments: object, **options: object) -> None:
+        # A frame that was on its way while the window got smaller overflows it; the program then clears and redraws.
+        if how == 2 or (how == 0 and (self.cursor.x, self.cursor.y) == (0, 0)):
+            self.overflows = self.scrolls = 0
+        super().erase_in_display(how, *arguments, **options)
+
     def scroll_up(self, count: int | None = None) -> None:
         """SU: as many new lines at the bottom of the scrolling region."""
         self._scroll(self._region()[1], super().index, count)
