@@ -183,7 +183,7 @@ const char* WatchOptions::usage() {
            "  SlowPingLowThreshold=100        milliseconds from which a ping is slow\n"
            "  PacketLossTextMode=whenLossy    off, whenLossy or always\n"
            "  ShowIcon=true  ShowText=true    what the status item shows\n"
-           "  ShowNotifications=false         tell when the connection goes down and comes back\n"
+           "  ShowNotifications=false         notify of down and restored (not in the terminal yet)\n"
            "\n"
            "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n";
 }
