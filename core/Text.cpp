@@ -5,6 +5,7 @@
 #include <charconv>
 #include <clocale>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 
@@ -74,8 +75,12 @@ std::optional<double> parseNumber(std::string_view text) {
 }
 
 std::string whole(double value) {
-    // Adding zero turns a rounded "-0" into "0".
-    return fixed(std::round(value) + 0.0, 0);
+    constexpr double exactBelow = 0x1p53;
+    const double rounded = std::round(value);
+    if (std::abs(rounded) < exactBelow) {
+        return std::to_string(static_cast<std::int64_t>(rounded));
+    }
+    return fixed(rounded, 0);
 }
 
 std::string fixed(double value, int digits) {

@@ -1,22 +1,13 @@
 #include "app/Watch/JsonLine.h"
 
-#include <nlohmann/json.hpp>
+#include "app/Watch/JsonText.h"
 
-#include <array>
-#include <cstdio>
-#include <ctime>
-#include <utility>
+#include <chrono>
+#include <concepts>
 
 namespace tarnwick {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-template<class T>
-Json orNull(const std::optional<T>& value) {
-    return value ? Json(*value) : Json(nullptr);
-}
 
 const char* caseName(Monitor::Status status) {
     switch (status) {
@@ -58,89 +49,94 @@ const char* caseName(DownReason::Kind kind) {
     return "noReplies";
 }
 
-/// An object filled member by member: from an initializer list the library would copy every value.
-class JsonObject {
-public:
-    explicit JsonObject(std::size_t members) { object_.get_ptr<Json::object_t*>()->reserve(members); }
-
-    template<class Value>
-    void add(const char* key, Value&& value) {
-        object_.emplace(key, std::forward<Value>(value));
-    }
-
-    [[nodiscard]] Json take() { return std::move(object_); }
-
-private:
-    Json object_ = Json::object();
-};
-
-Json counterJson(const StatCounter& counter) {
-    JsonObject object(6);
-    object.add("sent", counter.sent);
-    object.add("replied", counter.replied);
-    object.add("lost", counter.lost);
-    object.add("averageMs", counter.averageMs);
-    object.add("fastestMs", counter.fastestMs);
-    object.add("slowestMs", counter.slowestMs);
-    return object.take();
+void addCounter(JsonText& line, const char* key, const StatCounter& counter) {
+    line.beginObject(key);
+    line.add("sent", counter.sent);
+    line.add("replied", counter.replied);
+    line.add("lost", counter.lost);
+    line.add("averageMs", counter.averageMs);
+    line.add("fastestMs", counter.fastestMs);
+    line.add("slowestMs", counter.slowestMs);
+    line.endObject();
 }
 
-void addVerdict(JsonObject& line, const Monitor& monitor) {
+void addVerdict(JsonText& line, const Monitor& monitor) {
     line.add("status", caseName(monitor.status()));
-    line.add("score", orNull(monitor.score()));
+    line.add("score", monitor.score());
     line.add("bars", monitor.bars());
-    line.add("latestPingMs", orNull(monitor.latestPingMs()));
+    line.add("latestPingMs", monitor.latestPingMs());
     line.add("lossPercent", monitor.lossPercent());
     line.add("lossIsKnown", monitor.lossIsKnown());
 }
 
-void addTexts(JsonObject& line, const Monitor& monitor, const std::string& menuTitle) {
+void addTexts(JsonText& line, const Monitor& monitor, const std::string& menuTitle) {
     line.add("menuTitle", menuTitle);
     line.add("tooltip", monitor.tooltip());
     line.add("qualityTitle", monitor.qualityTitle());
     line.add("qualityTone", caseName(monitor.qualityTone()));
 }
 
-void addReasons(JsonObject& line, const Monitor& monitor) {
-    const bool isDown = monitor.status() == Monitor::Status::down;
+void addReasons(JsonText& line, const Monitor& monitor) {
     const std::optional<DownReason> reason = monitor.downReason();
     const std::optional<PingError>& startError = monitor.startError();
-    line.add("downReason", reason ? Json(caseName(reason->kind)) : Json(nullptr));
-    line.add("downReasonText", isDown ? Json(monitor.downReasonText()) : Json(nullptr));
-    line.add("lastError", orNull(monitor.lastError()));
-    line.add("startError", startError ? Json(startError->message()) : Json(nullptr));
+    if (reason) {
+        line.add("downReason", caseName(reason->kind));
+    } else {
+        line.addNull("downReason");
+    }
+    if (monitor.status() == Monitor::Status::down) {
+        line.add("downReasonText", monitor.downReasonText());
+    } else {
+        line.addNull("downReasonText");
+    }
+    line.add("lastError", monitor.lastError());
+    if (startError) {
+        line.add("startError", startError->message());
+    } else {
+        line.addNull("startError");
+    }
+}
+
+/// Over the `count` characters at `position`; further digits to the left are left out.
+void putDigits(std::string& text, std::size_t position, std::size_t count, std::integral auto number) {
+    for (std::size_t place = position + count; place > position; --place) {
+        text[place - 1] = static_cast<char>('0' + number % 10);
+        number /= 10;
+    }
 }
 
 } // namespace
 
 std::string timestamp(RunLoop::WallTime time) {
     const auto milliseconds = std::chrono::floor<std::chrono::milliseconds>(time);
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(milliseconds);
-    const std::time_t wholeSeconds = std::chrono::system_clock::to_time_t(seconds);
-    std::tm parts{};
-    gmtime_r(&wholeSeconds, &parts);
-    std::array<char, 32> date{};
-    std::strftime(date.data(), date.size(), "%Y-%m-%dT%H:%M:%S", &parts);
-    std::array<char, 8> fraction{};
-    std::snprintf(
-        fraction.data(), fraction.size(), ".%03d", static_cast<int>((milliseconds - seconds).count()));
-    return std::string(date.data()) + fraction.data() + "Z";
+    const auto days = std::chrono::floor<std::chrono::days>(milliseconds);
+    const std::chrono::year_month_day date(days);
+    const std::chrono::hh_mm_ss clock(milliseconds - days);
+    std::string text = "0000-00-00T00:00:00.000Z";
+    putDigits(text, 0, 4, static_cast<int>(date.year()));
+    putDigits(text, 5, 2, static_cast<unsigned>(date.month()));
+    putDigits(text, 8, 2, static_cast<unsigned>(date.day()));
+    putDigits(text, 11, 2, clock.hours().count());
+    putDigits(text, 14, 2, clock.minutes().count());
+    putDigits(text, 17, 2, clock.seconds().count());
+    putDigits(text, 20, 3, clock.subseconds().count());
+    return text;
 }
 
 std::string jsonLine(const Monitor& monitor, RunLoop::WallTime time, const std::string& menuTitle) {
-    JsonObject line(22);
+    JsonText line;
     line.add("time", timestamp(time));
     line.add("monotonic", monitor.evaluatedAt());
     line.add("host", monitor.prefs().hostname());
-    line.add("resolvedAddress", orNull(monitor.resolvedAddress()));
+    line.add("resolvedAddress", monitor.resolvedAddress());
     addVerdict(line, monitor);
     addTexts(line, monitor, menuTitle);
     addReasons(line, monitor);
     line.add("accessibilitySummary", monitor.accessibilitySummary());
-    line.add("session", counterJson(monitor.ledger().session()));
-    line.add("site", counterJson(monitor.ledger().site()));
+    addCounter(line, "session", monitor.ledger().session());
+    addCounter(line, "site", monitor.ledger().site());
     line.add("samples", monitor.samples().size());
-    return line.take().dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    return line.take() + "\n";
 }
 
 } // namespace tarnwick
