@@ -38,6 +38,14 @@ std::string ping(double ms) {
     return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + "s";
 }
 
+std::string figure(double ms) {
+    std::string text = ping(ms);
+    if (text.ends_with("ms")) {
+        text.resize(text.size() - 2);
+    }
+    return text;
+}
+
 int displayedLoss(double percent) {
     return percent >= 0 ? static_cast<int>(std::round(std::min(percent, 99.0))) : 0;
 }

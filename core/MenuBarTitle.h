@@ -24,6 +24,8 @@ inline constexpr std::string_view failed = "Failed"; ///< the connection is down
 
 /// "42ms" up to 99 ms, then tenths of a second up to "9.9s": at most four characters.
 [[nodiscard]] std::string ping(double ms);
+/// The same without the unit of milliseconds: "42", "1.2s".
+[[nodiscard]] std::string figure(double ms);
 /// The whole percentage that is shown: 0 to 99, so never more than two digits.
 [[nodiscard]] int displayedLoss(double percent);
 /// " (3%)"

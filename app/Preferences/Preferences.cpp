@@ -36,7 +36,34 @@ LossMode readLossTextMode(const UserDefaults& defaults) {
     return LossMode::whenLossy;
 }
 
+constexpr std::array allPanelFaces{
+    StatusItem::PanelFace::automatic, StatusItem::PanelFace::label, StatusItem::PanelFace::wide,
+    StatusItem::PanelFace::square};
+
 } // namespace
+
+std::string_view rawValue(StatusItem::PanelFace face) {
+    switch (face) {
+    case StatusItem::PanelFace::label:
+        return "label";
+    case StatusItem::PanelFace::wide:
+        return "wide";
+    case StatusItem::PanelFace::square:
+        return "square";
+    case StatusItem::PanelFace::automatic:
+        break;
+    }
+    return "auto";
+}
+
+std::optional<StatusItem::PanelFace> panelFace(std::string_view text) {
+    for (const StatusItem::PanelFace face : allPanelFaces) {
+        if (rawValue(face) == text) {
+            return face;
+        }
+    }
+    return std::nullopt;
+}
 
 const UserDefaults::Table& Preferences::registeredDefaults() {
     static const UserDefaults::Table table{
@@ -51,7 +78,10 @@ const UserDefaults::Table& Preferences::registeredDefaults() {
     return table;
 }
 
-Preferences::Preferences(UserDefaults& defaults) : defaults_(defaults) {
+Preferences::Preferences(UserDefaults& defaults)
+    : defaults_(defaults),
+      panelFace_(tarnwick::panelFace(defaults.text(PreferenceKey::panelFace).value_or(""))
+                     .value_or(StatusItem::PanelFace::automatic)) {
     defaults.registerDefaults(registeredDefaults());
     hostname_.set(defaults.text(PreferenceKey::hostname).value_or(""));
     slowPingThresholdMs_.set(defaults.number(PreferenceKey::slowPingLowThreshold).value_or(0));

@@ -4,9 +4,11 @@
 #include "app/Observation/Observation.h"
 #include "core/MenuBarTitle.h"
 #include "core/QualityScorer.h"
+#include "platform/StatusItem.h"
 #include "platform/UserDefaults.h"
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,7 +25,12 @@ inline constexpr auto showText = "ShowText";
 inline constexpr auto showNotifications = "ShowNotifications";
 inline constexpr auto packetLossTextMode = "PacketLossTextMode";
 inline constexpr auto showPacketLossText = "ShowPacketLossText"; ///< older form of the loss mode; only read
+inline constexpr auto panelFace = "PanelFace"; ///< for panels that are taken for something else; only read
 } // namespace PreferenceKey
+
+/// The stored text of a panel face and back; nothing for any other text, case included.
+[[nodiscard]] std::string_view rawValue(StatusItem::PanelFace face);
+[[nodiscard]] std::optional<StatusItem::PanelFace> panelFace(std::string_view text);
 
 /// Read once, at creation. Setters validate nothing: who calls them hands in valid values. An equal value
 /// tells no observer but is written all the same. Main thread.
@@ -54,6 +61,8 @@ public:
 
     [[nodiscard]] bool showNotifications() const { return showNotifications_.get(); }
 
+    [[nodiscard]] StatusItem::PanelFace panelFace() const { return panelFace_; }
+
     void setHostname(const std::string& hostname);
     void setSlowPingThresholdMs(double milliseconds);
     void setPingTimeout(double seconds);
@@ -76,6 +85,7 @@ private:
     Observed<Display> display_;
     Observed<MenuBarTitle::LossMode> lossTextMode_;
     Observed<bool> showNotifications_;
+    StatusItem::PanelFace panelFace_;
 };
 
 } // namespace tarnwick

@@ -22,6 +22,11 @@ inline constexpr const char* sessionTitle = "Session";
 inline constexpr const char* allTimeTitle = "All Time";
 inline constexpr std::size_t rowCount = 6;
 
+// Places of single rows.
+inline constexpr std::size_t sentRow = 0;
+inline constexpr std::size_t lostRow = 1;
+inline constexpr std::size_t averageRow = 3;
+
 [[nodiscard]] std::array<Row, rowCount> rows(
     const StatCounter& session, const StatCounter& allTime, const Format::Grouping& grouping);
 

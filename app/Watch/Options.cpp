@@ -1,153 +1,44 @@
 #include "app/Watch/Options.h"
 
+#include "app/CommandLine/ArgumentParser.h"
 #include "app/Preferences/Preferences.h"
-#include "core/Text.h"
 
 #include <array>
-#include <cmath>
-#include <getopt.h>
-#include <string_view>
 
 namespace tarnwick {
 
 namespace {
 
-enum class SettingType { host, positiveNumber, number, boolean, lossMode };
+enum Option : int { json = ArgumentParser::firstOption, forSeconds, set, help, version };
 
-struct SettingRule {
-    std::string_view key;
-    SettingType type;
-    std::string_view expected; ///< completes "KEY must be ..."
-};
-
-/// Four times what the name system allows: room for a scope and for other notations.
-constexpr std::size_t longestHost = 1024;
-
-constexpr std::string_view trueOrFalse = "true or false";
-
-constexpr std::array settingRules{
-    SettingRule{PreferenceKey::hostname, SettingType::host, "a host name or address"},
-    SettingRule{PreferenceKey::pingTimeout, SettingType::positiveNumber, "a number of seconds above 0"},
-    SettingRule{PreferenceKey::pingInterval, SettingType::number, "a number of seconds"},
-    SettingRule{
-        PreferenceKey::slowPingLowThreshold, SettingType::positiveNumber, "a number of milliseconds above 0"},
-    SettingRule{PreferenceKey::showIcon, SettingType::boolean, trueOrFalse},
-    SettingRule{PreferenceKey::showText, SettingType::boolean, trueOrFalse},
-    SettingRule{PreferenceKey::showNotifications, SettingType::boolean, trueOrFalse},
-    SettingRule{PreferenceKey::packetLossTextMode, SettingType::lossMode, "off, whenLossy or always"},
-    SettingRule{PreferenceKey::showPacketLossText, SettingType::boolean, trueOrFalse},
-};
-
-std::optional<double> finiteNumber(const std::string& text) {
-    const std::optional<double> number = Text::parseNumber(text);
-    return number && std::isfinite(*number) ? number : std::nullopt;
-}
-
-std::optional<double> positiveNumber(const std::string& text) {
-    const std::optional<double> number = finiteNumber(text);
-    return number && *number > 0 ? number : std::nullopt;
-}
-
-std::optional<UserDefaults::Value> valueOf(SettingType type, const std::string& text) {
-    switch (type) {
-    case SettingType::host: {
-        const std::string_view host = Text::trimmed(text);
-        const bool isPlausible = !host.empty() && host.size() <= longestHost;
-        return isPlausible ? std::optional<UserDefaults::Value>(std::string(host)) : std::nullopt;
-    }
-    case SettingType::positiveNumber:
-        return positiveNumber(text);
-    case SettingType::number:
-        return finiteNumber(text);
-    case SettingType::boolean:
-        return text == "true" || text == "false" ? std::optional<UserDefaults::Value>(text == "true")
-                                                 : std::nullopt;
-    case SettingType::lossMode:
-        break;
-    }
-    return MenuBarTitle::lossMode(text) ? std::optional<UserDefaults::Value>(text) : std::nullopt;
-}
-
-std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    result += Text::printable(text);
-    result += '"';
-    return result;
-}
-
-/// The C library's parser over a copy of the arguments: it wants them writable, and a name in front.
-class ArgumentParser {
-public:
-    explicit ArgumentParser(const std::vector<std::string>& arguments) : arguments_(arguments) {
-        pointers_.push_back(name_.data());
-        for (std::string& argument : arguments_) {
-            pointers_.push_back(argument.data());
-        }
-        pointers_.push_back(nullptr);
-        optind = 0; // begin anew, also when this is not the first command line of the process
-        opterr = 0;
-    }
-
-    static constexpr int endOfOptions = -1;
-
-    /// Beyond all letters, so that an option and a letter are never mistaken for each other.
-    enum Letter : int { json = 256, forSeconds, set, help, version };
-
-    /// The next option's letter, '?' for an unknown one, ':' for a missing value.
-    int next() {
-        static constexpr std::array<option, 6> known{{
-            {"json", no_argument, nullptr, json},
-            {"for", required_argument, nullptr, forSeconds},
-            {"set", required_argument, nullptr, set},
-            {"help", no_argument, nullptr, help},
-            {"version", no_argument, nullptr, version},
-            {nullptr, 0, nullptr, 0},
-        }};
-        return getopt_long(count(), pointers_.data(), ":", known.data(), nullptr);
-    }
-
-    [[nodiscard]] static std::string value() { return optarg; }
-
-    /// What the latest complaint is about: a single letter, or else the whole argument.
-    [[nodiscard]] std::string culprit() const {
-        if (optopt > 0 && optopt < json) {
-            return {'-', static_cast<char>(optopt)};
-        }
-        const auto position = static_cast<std::size_t>(optind) - 1;
-        return position < pointers_.size() - 1 ? pointers_[position] : "";
-    }
-
-    [[nodiscard]] std::vector<std::string> rest() const {
-        return {pointers_.begin() + optind, pointers_.end() - 1};
-    }
-
-private:
-    [[nodiscard]] int count() const { return static_cast<int>(pointers_.size()) - 1; }
-
-    std::string name_ = "tarnwick-watch";
-    std::vector<std::string> arguments_;
-    std::vector<char*> pointers_;
-};
+constexpr std::array<option, 6> knownOptions{{
+    {"json", no_argument, nullptr, json},
+    {"for", required_argument, nullptr, forSeconds},
+    {"set", required_argument, nullptr, set},
+    {"help", no_argument, nullptr, help},
+    {"version", no_argument, nullptr, version},
+    {nullptr, 0, nullptr, 0},
+}};
 
 std::optional<UsageError> apply(int letter, const ArgumentParser& parser, WatchOptions& options) {
     switch (letter) {
-    case ArgumentParser::json:
+    case json:
         options.json = true;
         return std::nullopt;
-    case ArgumentParser::help:
+    case help:
         options.help = true;
         return std::nullopt;
-    case ArgumentParser::version:
+    case version:
         options.version = true;
         return std::nullopt;
-    case ArgumentParser::forSeconds:
+    case forSeconds:
         options.forSeconds = positiveNumber(ArgumentParser::value());
         if (!options.forSeconds) {
             return UsageError{
                 "--for takes a number of seconds above 0, not " + quoted(ArgumentParser::value())};
         }
         return std::nullopt;
-    case ArgumentParser::set: {
+    case set: {
         auto setting = parseSetting(ArgumentParser::value());
         if (auto* error = std::get_if<UsageError>(&setting)) {
             return *error;
@@ -155,7 +46,7 @@ std::optional<UsageError> apply(int letter, const ArgumentParser& parser, WatchO
         options.settings.push_back(std::get<0>(std::move(setting)));
         return std::nullopt;
     }
-    case ':':
+    case ArgumentParser::missingValue:
         return UsageError{parser.culprit() + " needs a value"};
     default:
         return UsageError{"unknown option " + quoted(parser.culprit())};
@@ -183,33 +74,15 @@ const char* WatchOptions::usage() {
            "  SlowPingLowThreshold=100        milliseconds from which a ping is slow\n"
            "  PacketLossTextMode=whenLossy    off, whenLossy or always\n"
            "  ShowIcon=true  ShowText=true    what the status item shows\n"
+           "  PanelFace=auto                  auto, label, wide or square: what the panel can show\n"
            "  ShowNotifications=false         notify of down and restored (not in the terminal yet)\n"
            "\n"
            "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n";
 }
 
-std::variant<std::pair<std::string, UserDefaults::Value>, UsageError> parseSetting(const std::string& text) {
-    const std::size_t equals = text.find('=');
-    if (equals == std::string::npos) {
-        return UsageError{"--set takes KEY=VALUE, not " + quoted(text)};
-    }
-    const std::string key = text.substr(0, equals);
-    for (const SettingRule& rule : settingRules) {
-        if (rule.key != key) {
-            continue;
-        }
-        const std::string written = text.substr(equals + 1);
-        if (auto value = valueOf(rule.type, written)) {
-            return std::pair(key, std::move(*value));
-        }
-        return UsageError{key + " must be " + std::string(rule.expected) + ", not " + quoted(written)};
-    }
-    return UsageError{"unknown setting " + quoted(key)};
-}
-
 std::variant<WatchOptions, UsageError> parseWatchOptions(const std::vector<std::string>& arguments) {
     WatchOptions options;
-    ArgumentParser parser(arguments);
+    ArgumentParser parser(arguments, knownOptions);
     for (int letter = parser.next(); letter != ArgumentParser::endOfOptions; letter = parser.next()) {
         if (auto error = apply(letter, parser, options)) {
             return std::move(*error);
@@ -220,7 +93,7 @@ std::variant<WatchOptions, UsageError> parseWatchOptions(const std::vector<std::
         return UsageError{"only one HOST can be watched, not also " + quoted(hosts[1])};
     }
     for (const std::string& host : hosts) {
-        const auto value = valueOf(SettingType::host, host);
+        const auto value = hostArgument(host);
         if (!value) {
             return UsageError{"HOST must be a host name or address, not " + quoted(host)};
         }

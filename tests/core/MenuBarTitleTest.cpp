@@ -58,6 +58,14 @@ TEST(Title, IsFollowedByTheLossWhenThatIsGiven) {
     EXPECT_EQ(title(42, 0), "42ms (0%)");
 }
 
+TEST(Figure, IsTheLatencyWithoutTheUnitOfMilliseconds) {
+    EXPECT_EQ(figure(0), "0");
+    EXPECT_EQ(figure(42.4), "42");
+    EXPECT_EQ(figure(99.4), "99");
+    EXPECT_EQ(figure(99.5), "0.1s");
+    EXPECT_EQ(figure(1240), "1.2s");
+}
+
 TEST(Title, HasItsOwnTextsForWaitingAndFailing) {
     EXPECT_EQ(waiting, "\u2026");
     EXPECT_EQ(failed, "Failed");

@@ -392,6 +392,23 @@ TEST_F(PreferencesTest, SettersTakeWhatTheyAreGiven) {
 
 // The scorer's configuration.
 
+TEST_F(PreferencesTest, ThePanelFaceIsAutomaticUntilOneIsStored) {
+    EXPECT_EQ(Preferences(defaults_).panelFace(), StatusItem::PanelFace::automatic);
+    for (const auto face :
+         {StatusItem::PanelFace::automatic, StatusItem::PanelFace::label, StatusItem::PanelFace::wide,
+          StatusItem::PanelFace::square}) {
+        defaults_.put("PanelFace", std::string(rawValue(face)));
+        EXPECT_EQ(Preferences(defaults_).panelFace(), face);
+    }
+}
+
+TEST_F(PreferencesTest, AnUnknownPanelFaceReadsAsAutomatic) {
+    for (const Value& stored : {text("Wide"), text(""), Value(1.0)}) {
+        defaults_.put("PanelFace", stored);
+        EXPECT_EQ(Preferences(defaults_).panelFace(), StatusItem::PanelFace::automatic);
+    }
+}
+
 TEST_F(PreferencesTest, TheScoringConfigurationFollowsTheSettings) {
     const Preferences prefs(defaults_);
 

@@ -138,6 +138,10 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair("PacketLossTextMode=off", text("PacketLossTextMode", "off")),
         std::pair("PacketLossTextMode=whenLossy", text("PacketLossTextMode", "whenLossy")),
         std::pair("PacketLossTextMode=always", text("PacketLossTextMode", "always")),
+        std::pair("PanelFace=auto", text("PanelFace", "auto")),
+        std::pair("PanelFace=label", text("PanelFace", "label")),
+        std::pair("PanelFace=wide", text("PanelFace", "wide")),
+        std::pair("PanelFace=square", text("PanelFace", "square")),
         std::pair("ShowPacketLossText=true", Setting("ShowPacketLossText", true))));
 
 TEST(Options, EveryStoredSettingCanBeSetForOneRun) {
@@ -182,7 +186,7 @@ INSTANTIATE_TEST_SUITE_P(
         "PingInterval=", "PingInterval=one", "PingInterval=nan", "SlowPingLowThreshold=0",
         "SlowPingLowThreshold=slow", "ShowIcon=1", "ShowIcon=yes", "ShowIcon=True",
         "ShowText=", "ShowNotifications=0", "PacketLossTextMode=sometimes", "PacketLossTextMode=Always",
-        "PacketLossTextMode=", "ShowPacketLossText=1", "Hostname=  "));
+        "PacketLossTextMode=", "ShowPacketLossText=1", "Hostname=  ", "PanelFace=tall", "PanelFace="));
 
 TEST(Options, TheErrorOfASettingSaysWhatWasExpected) {
     EXPECT_EQ(

@@ -1,0 +1,33 @@
+#include "app/CommandLine/ArgumentParser.h"
+
+namespace tarnwick {
+
+ArgumentParser::ArgumentParser(const std::vector<std::string>& arguments, std::span<const option> known)
+    : arguments_(arguments), known_(known) {
+    pointers_.push_back(name_.data());
+    for (std::string& argument : arguments_) {
+        pointers_.push_back(argument.data());
+    }
+    pointers_.push_back(nullptr);
+    optind = 0; // begin anew, also when this is not the first command line of the process
+    opterr = 0;
+}
+
+int ArgumentParser::next() {
+    const int count = static_cast<int>(pointers_.size()) - 1;
+    return getopt_long(count, pointers_.data(), ":", known_.data(), nullptr);
+}
+
+std::string ArgumentParser::culprit() const {
+    if (optopt > 0 && optopt < firstOption) {
+        return {'-', static_cast<char>(optopt)};
+    }
+    const auto position = static_cast<std::size_t>(optind) - 1;
+    return position < pointers_.size() - 1 ? pointers_[position] : "";
+}
+
+std::vector<std::string> ArgumentParser::rest() const {
+    return {pointers_.begin() + optind, pointers_.end() - 1};
+}
+
+} // namespace tarnwick

@@ -1,0 +1,61 @@
+// The status item's menu for panels that draw it by themselves: the status view as lines of text, the items
+// below it.
+#pragma once
+
+#include "app/Monitor/Monitor.h"
+#include "app/StatusItemController/Menu.h"
+#include "app/StatusMenuView/Format.h"
+#include "platform/PanelMenu.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+/// The lines of the status view.
+namespace PanelMenuHeader {
+
+/// How many blocks the chart's line has.
+inline constexpr int chartWidth = 36;
+
+/// "Excellent · 23 ms · 3% loss": what a glance is after.
+[[nodiscard]] std::string qualityLine(const Monitor& monitor);
+/// One block for a stretch of the last five minutes, as high as its slowest reply; a stretch with nothing but
+/// losses is higher than any reply, and one without pings is a dot.
+[[nodiscard]] std::string chartLine(const Monitor& monitor, RunLoop::WallTime now);
+/// "Session: 1,204 sent, 3 lost, average 23.4 ms"
+[[nodiscard]] std::string sessionLine(const Monitor& monitor, const Format::Grouping& grouping);
+
+} // namespace PanelMenuHeader
+
+/// Follows the monitor only while the menu is shown. Main thread.
+class PanelMenuText final : public PanelMenu {
+public:
+    /// A panel that never says that it has closed the menu is believed to have it open for so many seconds.
+    static constexpr double longestShown = 600;
+
+    /// What is handed in outlives this object. `openDropDown` is what a click on the header does.
+    PanelMenuText(RunLoop& loop, const Monitor& monitor, Menu& menu, std::function<void()> openDropDown);
+    ~PanelMenuText() override;
+
+    [[nodiscard]] std::vector<PanelMenuRow> rows() const override;
+    void choose(int id) override;
+    void willShow() override;
+    void didHide() override;
+
+private:
+    void refresh();
+
+    RunLoop& loop_;
+    const Monitor& monitor_;
+    Menu& menu_;
+    std::function<void()> openDropDown_;
+    Format::Grouping grouping_ = Format::Grouping::ofUser();
+    bool isShown_ = false;
+    std::vector<PanelMenuRow> shownRows_;
+    std::unique_ptr<RenderLoop> renderLoop_; ///< only while shown
+    RunLoop::Handle longestShownTimer_;      ///< likewise
+};
+
+} // namespace tarnwick

@@ -1,0 +1,213 @@
+#include "app/StatusItemController/StatusItemController.h"
+
+#include "core/MenuBarTitle.h"
+
+#include <algorithm>
+
+namespace tarnwick {
+
+StatusItemController::StatusItemController(const Needs& needs)
+    : needs_(needs), monitor_(needs.monitor), item_(needs.item), menu_(needs.menu) {
+    menu_.onWillOpen = [this] { menuWillOpen(); };
+    menu_.onDidClose = [this] { menuDidClose(); };
+    menu_.onChoose = [this](MenuItem::Id id) { chosen(id); };
+    item_.onActivate = [this](std::optional<ScreenPoint> at) { needs_.windows.toggleDropDown(at); };
+    item_.setPanelFace(monitor_.prefs().panelFace());
+    renderLoop_ = std::make_unique<RenderLoop>(needs_.loop, [this] { update(); });
+}
+
+StatusItemController::~StatusItemController() {
+    item_.onActivate = nullptr;
+    menu_.onWillOpen = nullptr;
+    menu_.onDidClose = nullptr;
+    menu_.onChoose = nullptr;
+}
+
+Menu::Items StatusItemController::menuItems(bool offersUpdates) {
+    using Id = MenuItem::Id;
+    Menu::Items items{
+        {.id = Id::header},
+        {.id = Id::changeHost,
+         .title = "Change Host…",
+         .mnemonic = 'H',
+         .iconName = "network-wired-symbolic",
+         .hidden = true},
+        {.id = Id::separator},
+        {.id = Id::resetSession,
+         .title = "Reset Session Stats",
+         .mnemonic = 'R',
+         .iconName = "view-refresh-symbolic"},
+        {.id = Id::resetAllTime,
+         .title = "Reset All Time Stats…",
+         .mnemonic = 'R',
+         .isAlternate = true,
+         .iconName = "view-refresh-symbolic"},
+        {.id = Id::separator},
+        {.id = Id::checkForUpdates,
+         .title = "Check for Updates…",
+         .mnemonic = 'U',
+         .iconName = "software-update-available-symbolic"},
+        {.id = Id::settings,
+         .title = "Settings…",
+         .mnemonic = 'S',
+         .shortcut = ',',
+         .iconName = "emblem-system-symbolic"},
+        {.id = Id::about, .title = "About Tarnwick", .mnemonic = 'A', .iconName = "help-about-symbolic"},
+        {.id = Id::separator},
+        {.id = Id::quit,
+         .title = "Quit Tarnwick",
+         .mnemonic = 'Q',
+         .shortcut = 'q',
+         .iconName = "system-shutdown-symbolic"},
+    };
+    if (!offersUpdates) {
+        std::erase_if(items, [](const MenuItem& item) { return item.id == Id::checkForUpdates; });
+    }
+    return items;
+}
+
+void StatusItemController::update() {
+    StatusFace face = iconFace();
+    if (monitor_.prefs().display() != Preferences::Display::iconOnly) {
+        addTitle(face);
+    }
+    if (face != appliedFace_) {
+        item_.setFace(face);
+        appliedFace_ = std::move(face);
+    }
+    updateToolTip();
+    if (std::string summary = monitor_.accessibilitySummary(); summary != appliedAccessibility_) {
+        item_.setAccessibilityValue(summary);
+        appliedAccessibility_ = std::move(summary);
+    }
+}
+
+void StatusItemController::updateToolTip() {
+    std::string toolTip;
+    if (monitor_.status() != Monitor::Status::down) {
+        toolTip = monitor_.tooltip();
+    } else {
+        toolTip = monitor_.downReasonText();
+        if (const auto& error = monitor_.lastError()) {
+            toolTip += "\n" + *error;
+        }
+    }
+    if (toolTip != appliedToolTip_) {
+        item_.setToolTip(toolTip);
+        appliedToolTip_ = std::move(toolTip);
+    }
+}
+
+StatusFace StatusItemController::iconFace() const {
+    if (monitor_.prefs().display() == Preferences::Display::textOnly) {
+        return {.icon = StatusFace::Icon::none};
+    }
+    if (monitor_.status() == Monitor::Status::down) {
+        return {.icon = StatusFace::Icon::failed};
+    }
+    return {.icon = StatusFace::Icon::bars, .activeBars = monitor_.bars()};
+}
+
+void StatusItemController::addTitle(StatusFace& face) {
+    const std::optional<int> lossDigits = updateLossGates();
+    // The title's width must not change below an open menu.
+    if (!isMenuOpen_) {
+        appliedLossDigits_ = lossDigits;
+    }
+    face.title = monitor_.menuTitle(appliedLossDigits_.has_value());
+    if (const auto latest = monitor_.latestPingMs(); monitor_.status() != Monitor::Status::down) {
+        face.figure = latest ? MenuBarTitle::figure(*latest) : std::string(MenuBarTitle::waiting);
+    }
+    const auto& [widest, width] = reservedText(appliedLossDigits_);
+    face.widestTitle = widest;
+    face.textSlot = std::max(item_.textWidth(*face.title), width);
+}
+
+std::optional<int> StatusItemController::updateLossGates() {
+    const std::optional<double> loss =
+        monitor_.lossIsKnown() ? std::optional(monitor_.lossPercent()) : std::nullopt;
+    const std::optional<int> digits = gates_.update(loss, monitor_.prefs().lossTextMode(), needs_.loop.now());
+    lossGateRecheck_.reset();
+    if (gates_.isHolding()) {
+        lossGateRecheck_ = needs_.loop.after(LossGates::recheckAfter, [this] { update(); });
+    }
+    return digits;
+}
+
+const std::pair<std::string, double>& StatusItemController::reservedText(std::optional<int> lossDigits) {
+    if (!textSlot_ || textSlot_->lossDigits != lossDigits) {
+        std::pair<std::string, double> widest{"", 0};
+        for (const std::string& candidate : MenuBarTitle::widestCandidates(lossDigits)) {
+            if (const double width = item_.textWidth(candidate); width > widest.second) {
+                widest = {candidate, width};
+            }
+        }
+        textSlot_ = {.lossDigits = lossDigits, .widest = std::move(widest)};
+    }
+    return textSlot_->widest;
+}
+
+void StatusItemController::menuWillOpen() {
+    isMenuOpen_ = true;
+    if (needs_.updates != nullptr) {
+        menu_.setEnabled(MenuItem::Id::checkForUpdates, needs_.updates->isPossible());
+    }
+    menuLoop_ = std::make_unique<RenderLoop>(needs_.loop, [this] { trackMenuState(); });
+}
+
+void StatusItemController::menuDidClose() {
+    isMenuOpen_ = false;
+    menuLoop_.reset();
+    update();
+}
+
+void StatusItemController::trackMenuState() {
+    menu_.setHidden(MenuItem::Id::changeHost, monitor_.status() != Monitor::Status::down);
+}
+
+void StatusItemController::chosen(MenuItem::Id id) {
+    switch (id) {
+    case MenuItem::Id::header:
+    case MenuItem::Id::separator:
+        break;
+    case MenuItem::Id::changeHost: // the host's field is in the settings
+    case MenuItem::Id::settings:
+        needs_.windows.showSettings();
+        break;
+    case MenuItem::Id::resetSession:
+        monitor_.resetSessionStats();
+        break;
+    case MenuItem::Id::resetAllTime:
+        resetAllTimeSelected();
+        break;
+    case MenuItem::Id::checkForUpdates:
+        if (needs_.updates != nullptr) {
+            needs_.updates->start();
+        }
+        break;
+    case MenuItem::Id::about:
+        needs_.windows.showAbout();
+        break;
+    case MenuItem::Id::quit:
+        needs_.windows.quit();
+        break;
+    }
+}
+
+void StatusItemController::resetAllTimeSelected() {
+    const std::string host = monitor_.prefs().hostname();
+    const Question question{
+        .text = "Are you sure you want to reset the all time stats for " + host + "?",
+        .confirm = "Reset",
+        .cancel = "Cancel",
+    };
+    needs_.windows.ask(question, [weakSelf = std::weak_ptr(self_), host](bool confirmed) {
+        const auto self = weakSelf.lock();
+        // Asked about one host, another one's figures are not touched.
+        if (confirmed && self && (*self)->monitor_.prefs().hostname() == host) {
+            (*self)->monitor_.resetAllTimeStats();
+        }
+    });
+}
+
+} // namespace tarnwick

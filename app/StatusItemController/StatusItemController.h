@@ -1,0 +1,118 @@
+// The one status item of the program: what it shows, when it is touched, and what its menu does.
+#pragma once
+
+#include "app/Monitor/Monitor.h"
+#include "app/StatusItemController/LossGates.h"
+#include "app/StatusItemController/Menu.h"
+#include "platform/StatusItem.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace tarnwick {
+
+/// A question to be answered with yes or no.
+struct Question {
+    std::string text;
+    std::string confirm; ///< the button that says yes
+    std::string cancel;
+};
+
+/// What the status item opens. Main thread.
+class StatusItemWindows {
+public:
+    StatusItemWindows() = default;
+    StatusItemWindows(const StatusItemWindows&) = delete;
+    StatusItemWindows& operator=(const StatusItemWindows&) = delete;
+    virtual ~StatusItemWindows() = default;
+
+    /// Opens the menu below the status view, at the click where the panel told where that was; closes it when
+    /// it is open.
+    virtual void toggleDropDown(std::optional<ScreenPoint> at) = 0;
+    virtual void showSettings() = 0;
+    virtual void showAbout() = 0;
+    /// Returns at once; `answered` is called later with whether it was confirmed, perhaps never.
+    virtual void ask(const Question& question, std::function<void(bool)> answered) = 0;
+    virtual void quit() = 0;
+};
+
+/// Looking for a newer version, where this copy of the program can be replaced.
+class UpdateCheck {
+public:
+    UpdateCheck() = default;
+    UpdateCheck(const UpdateCheck&) = delete;
+    UpdateCheck& operator=(const UpdateCheck&) = delete;
+    virtual ~UpdateCheck() = default;
+
+    [[nodiscard]] virtual bool isPossible() const = 0;
+    virtual void start() = 0;
+};
+
+/// Touches the item only when what would be shown differs from what was shown last. Main thread.
+class StatusItemController {
+public:
+    /// All of it outlives the controller.
+    struct Needs {
+        RunLoop& loop;
+        Monitor& monitor;
+        StatusItem& item;
+        Menu& menu; ///< made of `menuItems`
+        StatusItemWindows& windows;
+        UpdateCheck* updates = nullptr; ///< null where the program can't be replaced
+    };
+
+    /// The menu's items from top to bottom.
+    [[nodiscard]] static Menu::Items menuItems(bool offersUpdates);
+
+    explicit StatusItemController(const Needs& needs);
+
+    StatusItemController(const StatusItemController&) = delete;
+    StatusItemController& operator=(const StatusItemController&) = delete;
+    ~StatusItemController();
+
+private:
+    void update();
+    void updateToolTip();
+    [[nodiscard]] StatusFace iconFace() const;
+    void addTitle(StatusFace& face);
+    std::optional<int> updateLossGates();
+
+    /// The widest title with so many digits of loss, and its width.
+    [[nodiscard]] const std::pair<std::string, double>& reservedText(std::optional<int> lossDigits);
+
+    void menuWillOpen();
+    void menuDidClose();
+    void trackMenuState();
+    void chosen(MenuItem::Id id);
+    void resetAllTimeSelected();
+
+    Needs needs_;
+    Monitor& monitor_;
+    StatusItem& item_;
+    Menu& menu_;
+    bool isMenuOpen_ = false;
+
+    // What the item shows now.
+    std::optional<StatusFace> appliedFace_;
+    std::optional<int> appliedLossDigits_;
+    std::optional<std::string> appliedToolTip_;
+    std::optional<std::string> appliedAccessibility_;
+
+    struct TextSlot {
+        std::optional<int> lossDigits;
+        std::pair<std::string, double> widest;
+    };
+
+    std::optional<TextSlot> textSlot_; ///< of the latest digit count
+    LossGates gates_;
+    RunLoop::Handle lossGateRecheck_; ///< at most one
+    std::unique_ptr<RenderLoop> renderLoop_;
+    std::unique_ptr<RenderLoop> menuLoop_; ///< only while the menu is open
+    std::shared_ptr<StatusItemController*> self_ =
+        std::make_shared<StatusItemController*>(this); ///< answers hold it weakly
+};
+
+} // namespace tarnwick

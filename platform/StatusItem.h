@@ -1,0 +1,67 @@
+// The program's place in the panel, as its controller sees it.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace tarnwick {
+
+/// What the status item shows, as a decision: how a certain panel can show it is the adapter's business.
+struct StatusFace {
+    enum class Icon { none, bars, failed };
+
+    Icon icon = Icon::bars;
+    int activeBars = 0; ///< of five; 0 unless the icon is the bars
+    /// The text beside the icon. Absent: the icon alone.
+    std::optional<std::string> title = std::nullopt;
+    /// The latency alone ("42", "1.2s"), for places too narrow for the title. Empty without a title, and
+    /// while the connection is down.
+    std::string figure{};
+    /// The widest title to be expected at present, and its width: room for it keeps the neighbors in place.
+    std::string widestTitle{};
+    double textSlot = 0; ///< points; not less than the title's own width
+
+    friend bool operator==(const StatusFace&, const StatusFace&) = default;
+};
+
+/// In pixels of the whole desktop, from its top left.
+struct ScreenPoint {
+    int x = 0;
+    int y = 0;
+
+    friend bool operator==(const ScreenPoint&, const ScreenPoint&) = default;
+};
+
+/// Shown from its creation to its destruction, wherever and as soon as there is a panel. What is set is
+/// shown as it is, also when it equals what was set before: change filters are the caller's. Main thread.
+class StatusItem {
+public:
+    /// In which form a panel is given the face.
+    enum class PanelFace {
+        automatic, ///< as the panel at hand needs it
+        label,     ///< the icon as image, the title as the panel's own label beside it
+        wide,      ///< icon and title in one image
+        square,    ///< an image no wider than high
+    };
+
+    StatusItem() = default;
+    StatusItem(const StatusItem&) = delete;
+    StatusItem& operator=(const StatusItem&) = delete;
+    virtual ~StatusItem() = default;
+
+    virtual void setFace(const StatusFace& face) = 0;
+    /// May have several lines.
+    virtual void setToolTip(const std::string& text) = 0;
+    /// What assistive technology says of the item, after its name.
+    virtual void setAccessibilityValue(const std::string& text) = 0;
+    virtual void setPanelFace(PanelFace form) = 0;
+
+    /// Width of a text in the title's font, rounded up to whole points.
+    [[nodiscard]] virtual double textWidth(const std::string& text) const = 0;
+
+    /// A click; where it was, when the panel tells.
+    std::function<void(std::optional<ScreenPoint>)> onActivate;
+};
+
+} // namespace tarnwick

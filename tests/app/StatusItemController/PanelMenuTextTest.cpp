@@ -1,0 +1,319 @@
+// The menu as rows of text, for panels that draw it by themselves.
+#include "app/StatusItemController/PanelMenuText.h"
+
+#include "tests/app/StatusItemController/WatchedStatusItem.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+std::size_t count(const std::string& text, const std::string& part) {
+    std::size_t found = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) {
+        ++found;
+    }
+    return found;
+}
+
+std::size_t characters(const std::string& text) {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
+}
+
+class PanelMenuTextTest : public testing::Test, protected WatchedStatusItem {
+protected:
+    void showMenu() {
+        show();
+        panelMenu = std::make_unique<PanelMenuText>(loop, monitor, *menu, [this] { ++dropDownsOpened; });
+        panelMenu->onChange = [this] { ++changes; };
+    }
+
+    [[nodiscard]] const PanelMenuRow& row(const std::string& label) {
+        rows = panelMenu->rows();
+        const auto found =
+            std::ranges::find_if(rows, [&](const PanelMenuRow& one) { return one.label.starts_with(label); });
+        EXPECT_NE(found, rows.end()) << label;
+        return found != rows.end() ? *found : rows.front();
+    }
+
+    std::unique_ptr<PanelMenuText> panelMenu;
+    std::vector<PanelMenuRow> rows;
+    int dropDownsOpened = 0;
+    int changes = 0;
+};
+
+} // namespace
+
+// The header.
+
+TEST_F(PanelMenuTextTest, TheFirstLineHasQualityLatencyAndLoss) {
+    answerAfter(0.042);
+    watchFor(12.5);
+
+    EXPECT_EQ(PanelMenuHeader::qualityLine(monitor), "Excellent · 42 ms · 0% loss");
+}
+
+TEST_F(PanelMenuTextTest, BeforeTheFirstReplyTheFirstLineHasADash) {
+    fallSilent();
+    watchFor(0.5);
+
+    EXPECT_EQ(PanelMenuHeader::qualityLine(monitor), "Connecting… · –");
+}
+
+TEST_F(PanelMenuTextTest, ADownIsSaidInWordsWithItsReasonBelow) {
+    showMenu();
+    watchFor(5.5);
+    fallSilent();
+    ASSERT_TRUE(waitUntilDown());
+
+    const auto lines = panelMenu->rows();
+
+    EXPECT_EQ(lines[0].label, "Connection down");
+    EXPECT_EQ(lines[1].label, "No replies for 8 s");
+}
+
+TEST_F(PanelMenuTextTest, TheSessionLineHasItsFigures) {
+    answerAfter(0.042);
+    watchFor(5.5);
+
+    EXPECT_EQ(
+        PanelMenuHeader::sessionLine(monitor, {.separator = ",", .sizes = {3}}),
+        "Session: 6 sent, 0 lost, average 42.0 ms");
+}
+
+TEST_F(PanelMenuTextTest, WithoutRepliesTheSessionLineHasNoAverage) {
+    fallSilent();
+    watchFor(1.5);
+
+    EXPECT_EQ(
+        PanelMenuHeader::sessionLine(monitor, {.separator = ",", .sizes = {3}}), "Session: 2 sent, 0 lost");
+}
+
+// The chart's line.
+
+TEST_F(PanelMenuTextTest, TheChartIsThirtySixBlocksWide) {
+    watchFor(400.5);
+
+    EXPECT_EQ(characters(PanelMenuHeader::chartLine(monitor, loop.wallNow())), 36U);
+}
+
+TEST_F(PanelMenuTextTest, FewerBucketsAreStretchedToTheSameWidth) {
+    prefs.setPingInterval(60);
+    watchFor(400.5);
+
+    const std::string chart = PanelMenuHeader::chartLine(monitor, loop.wallNow());
+
+    EXPECT_EQ(characters(chart), 36U);
+    // The oldest of the five may have left the chart.
+    EXPECT_LE(count(chart, "·"), 8U);
+}
+
+TEST_F(PanelMenuTextTest, AStretchWithoutPingsIsADot) {
+    watchFor(0.5);
+
+    EXPECT_EQ(count(PanelMenuHeader::chartLine(monitor, loop.wallNow()), "·"), 35U);
+}
+
+TEST_F(PanelMenuTextTest, AnOutageIsHigherThanTheSlowestReply) {
+    answerAfter(0.5);
+    watchFor(100.5);
+    fallSilent();
+    loop.advance(100);
+
+    const std::string chart = PanelMenuHeader::chartLine(monitor, loop.wallNow());
+
+    EXPECT_GE(count(chart, "█"), 9U);
+    EXPECT_EQ(count(chart, "▇"), 0U);
+    EXPECT_GE(count(chart, "▅") + count(chart, "▆"), 9U);
+}
+
+TEST_F(PanelMenuTextTest, SlowerRepliesAreHigher) {
+    answerAfter(0.01);
+    watchFor(150.5);
+    answerAfter(0.4);
+    loop.advance(149);
+
+    const std::string chart = PanelMenuHeader::chartLine(monitor, loop.wallNow());
+
+    EXPECT_THAT(chart, StartsWith("▁▁▁▁▁▁▁▁▁▁▁▁▁▁"));
+    EXPECT_GE(count(chart, "▅") + count(chart, "▆"), 15U);
+}
+
+// The rows.
+
+TEST_F(PanelMenuTextTest, TheRowsAreTheHeaderAndThenTheItems) {
+    showMenu();
+    watchFor(5.5);
+
+    std::vector<std::string> labels;
+    for (const PanelMenuRow& one : panelMenu->rows()) {
+        labels.push_back(one.isSeparator ? "-" : one.label);
+    }
+
+    EXPECT_THAT(
+        labels, testing::ElementsAre(
+                    StartsWith("Excellent"), "1.1.1.1", testing::_, StartsWith("Session: "), "Change Host…",
+                    "-", "Reset Session Stats", "Reset All Time Stats…", "-", "Settings…", "About Tarnwick",
+                    "-", "Quit Tarnwick"));
+}
+
+TEST_F(PanelMenuTextTest, BothResetsAreListed) {
+    showMenu();
+
+    EXPECT_TRUE(row("Reset Session Stats").visible);
+    EXPECT_TRUE(row("Reset All Time Stats…").visible);
+}
+
+TEST_F(PanelMenuTextTest, ChangeHostIsAnInvisibleRowUntilItIsNeeded) {
+    showMenu();
+    EXPECT_FALSE(row("Change Host…").visible);
+
+    menu->setHidden(MenuItem::Id::changeHost, false);
+
+    EXPECT_TRUE(row("Change Host…").visible);
+}
+
+TEST_F(PanelMenuTextTest, OnlyTheFirstLineOfTheHeaderCanBeChosen) {
+    showMenu();
+    watchFor(5.5);
+    const auto lines = panelMenu->rows();
+
+    EXPECT_TRUE(lines[0].enabled);
+    EXPECT_FALSE(lines[1].enabled);
+    EXPECT_FALSE(lines[2].enabled);
+    EXPECT_FALSE(lines[3].enabled);
+}
+
+TEST_F(PanelMenuTextTest, IdsAreUniqueAndStayTheSame) {
+    showMenu();
+    watchFor(5.5);
+    const auto before = panelMenu->rows();
+    fallSilent();
+    ASSERT_TRUE(waitUntilDown());
+    const auto after = panelMenu->rows();
+
+    ASSERT_EQ(before.size(), after.size());
+    std::set<int> ids;
+    for (std::size_t index = 0; index < before.size(); ++index) {
+        EXPECT_EQ(before[index].id, after[index].id);
+        ids.insert(before[index].id);
+    }
+    EXPECT_EQ(ids.size(), before.size());
+    EXPECT_GT(*ids.begin(), 0);
+}
+
+TEST_F(PanelMenuTextTest, ShortcutsAreNamedAsKeys) {
+    showMenu();
+
+    EXPECT_EQ(row("Settings…").shortcutKey, "comma");
+    EXPECT_EQ(row("Quit Tarnwick").shortcutKey, "q");
+    EXPECT_EQ(row("About Tarnwick").shortcutKey, "");
+}
+
+// Choosing.
+
+TEST_F(PanelMenuTextTest, AClickOnTheHeaderOpensTheDropDown) {
+    showMenu();
+
+    panelMenu->choose(panelMenu->rows().front().id);
+
+    EXPECT_EQ(dropDownsOpened, 1);
+}
+
+TEST_F(PanelMenuTextTest, ARowRunsItsItem) {
+    showMenu();
+
+    panelMenu->choose(row("About Tarnwick").id);
+    panelMenu->choose(row("Quit Tarnwick").id);
+
+    EXPECT_EQ(windows.aboutShown, 1);
+    EXPECT_EQ(windows.quits, 1);
+}
+
+TEST_F(PanelMenuTextTest, UnknownIdsAreIgnored) {
+    showMenu();
+
+    for (const int id : {-1, 0, 2, 3, 4, 5, 9, 10, 99, std::numeric_limits<int>::max()}) {
+        panelMenu->choose(id);
+    }
+
+    EXPECT_EQ(dropDownsOpened + windows.settingsShown + windows.aboutShown + windows.quits, 0);
+}
+
+// Following the monitor.
+
+TEST_F(PanelMenuTextTest, IsNotRefreshedWhileNobodySeesIt) {
+    showMenu();
+    watchFor(30.5);
+
+    EXPECT_EQ(changes, 0);
+}
+
+TEST_F(PanelMenuTextTest, IsRefreshedWhileItIsShown) {
+    showMenu();
+    watchFor(5.5);
+    panelMenu->willShow();
+    changes = 0;
+
+    answerAfter(0.077);
+    loop.advance(3);
+
+    EXPECT_GE(changes, 1);
+    EXPECT_THAT(panelMenu->rows().front().label, HasSubstr("77 ms"));
+}
+
+TEST_F(PanelMenuTextTest, IsNotRefreshedAfterItHasBeenClosed) {
+    showMenu();
+    watchFor(5.5);
+    panelMenu->willShow();
+    panelMenu->didHide();
+    changes = 0;
+
+    loop.advance(30);
+
+    EXPECT_EQ(changes, 0);
+}
+
+TEST_F(PanelMenuTextTest, KnowsOfADownAsSoonAsItIsShown) {
+    showMenu();
+    watchFor(5.5);
+    fallSilent();
+    ASSERT_TRUE(waitUntilDown());
+
+    panelMenu->willShow();
+
+    EXPECT_TRUE(row("Change Host…").visible);
+}
+
+TEST_F(PanelMenuTextTest, APanelThatNeverSaysThatItHasClosedItIsNotBelievedForever) {
+    showMenu();
+    watchFor(5.5);
+    panelMenu->willShow();
+    loop.advance(PanelMenuText::longestShown + 1);
+    changes = 0;
+
+    loop.advance(60);
+
+    EXPECT_EQ(changes, 0);
+}
+
+TEST_F(PanelMenuTextTest, ShownTwiceAndClosedOnceItIsClosed) {
+    showMenu();
+    watchFor(5.5);
+    panelMenu->willShow();
+    panelMenu->willShow();
+    panelMenu->didHide();
+    changes = 0;
+
+    loop.advance(30);
+
+    EXPECT_EQ(changes, 0);
+}
+
+} // namespace tarnwick

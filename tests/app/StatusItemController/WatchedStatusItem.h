@@ -1,0 +1,93 @@
+// The controller of a status item in virtual time, with everything it opens recorded.
+#pragma once
+
+#include "app/StatusItemController/StatusItemController.h"
+#include "tests/app/WatchedMonitor.h"
+#include "tests/simulation/RecordingStatusItem.h"
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace tarnwick {
+
+class RecordingWindows final : public StatusItemWindows {
+public:
+    void toggleDropDown(std::optional<ScreenPoint> at) override { dropDowns.push_back(at); }
+
+    void showSettings() override { ++settingsShown; }
+
+    void showAbout() override { ++aboutShown; }
+
+    void ask(const Question& question, std::function<void(bool)> answered) override {
+        questions.push_back(question);
+        answer = std::move(answered);
+    }
+
+    void quit() override { ++quits; }
+
+    std::vector<std::optional<ScreenPoint>> dropDowns;
+    int settingsShown = 0;
+    int aboutShown = 0;
+    int quits = 0;
+    std::vector<Question> questions;
+    std::function<void(bool)> answer; ///< to the latest question
+};
+
+class FakeUpdateCheck final : public UpdateCheck {
+public:
+    [[nodiscard]] bool isPossible() const override { return possible; }
+
+    void start() override { ++starts; }
+
+    bool possible = true;
+    int starts = 0;
+};
+
+struct WatchedStatusItem : WatchedMonitor {
+    simulation::RecordingStatusItem item;
+    RecordingWindows windows;
+    FakeUpdateCheck updates;
+    std::unique_ptr<Menu> menu;
+    std::unique_ptr<StatusItemController> controller;
+
+    /// Settings made before this hold from the beginning.
+    void show(bool offersUpdates = false) {
+        menu = std::make_unique<Menu>(StatusItemController::menuItems(offersUpdates));
+        controller = std::make_unique<StatusItemController>(StatusItemController::Needs{
+            .loop = loop,
+            .monitor = monitor,
+            .item = item,
+            .menu = *menu,
+            .windows = windows,
+            .updates = offersUpdates ? &updates : nullptr});
+    }
+
+    /// Shows it, starts the monitor and lets so many seconds pass.
+    void showFor(double seconds) {
+        show();
+        watchFor(seconds);
+    }
+
+    /// Of every `period` pings the first `count` are lost from now on.
+    void lose(std::size_t count, std::size_t period) {
+        network.setBehavior([count, period, number = std::size_t{0}](const auto&) mutable {
+            return simulation::Answer{.copies = number++ % period < count ? 0 : 1};
+        });
+    }
+
+    [[nodiscard]] const StatusFace& face() const { return item.faces.back(); }
+
+    [[nodiscard]] std::string title() const { return face().title.value_or("(none)"); }
+
+    [[nodiscard]] const MenuItem* menuItem(MenuItem::Id id) const {
+        for (const MenuItem& candidate : menu->items()) {
+            if (candidate.id == id) {
+                return &candidate;
+            }
+        }
+        return nullptr;
+    }
+};
+
+} // namespace tarnwick

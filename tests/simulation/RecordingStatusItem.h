@@ -1,0 +1,45 @@
+// A status item that no panel shows: it counts what is asked of it.
+#pragma once
+
+#include "platform/StatusItem.h"
+
+#include <vector>
+
+namespace tarnwick::simulation {
+
+/// Every character of a text is ten points wide.
+class RecordingStatusItem final : public StatusItem {
+public:
+    void setFace(const StatusFace& face) override { faces.push_back(face); }
+
+    void setToolTip(const std::string& text) override { toolTips.push_back(text); }
+
+    void setAccessibilityValue(const std::string& text) override { accessibilityValues.push_back(text); }
+
+    void setPanelFace(PanelFace form) override { panelFaces.push_back(form); }
+
+    [[nodiscard]] double textWidth(const std::string& text) const override {
+        ++measured;
+        const auto startsCharacter = [](char byte) {
+            return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+        };
+        double width = 0;
+        for (const char byte : text) {
+            width += startsCharacter(byte) ? 10 : 0;
+        }
+        return width;
+    }
+
+    /// How often anything of the item was touched.
+    [[nodiscard]] std::size_t touches() const {
+        return faces.size() + toolTips.size() + accessibilityValues.size() + panelFaces.size();
+    }
+
+    std::vector<StatusFace> faces;
+    std::vector<std::string> toolTips;
+    std::vector<std::string> accessibilityValues;
+    std::vector<PanelFace> panelFaces;
+    mutable int measured = 0;
+};
+
+} // namespace tarnwick::simulation
