@@ -15,7 +15,8 @@ public:
     void run();
     /// Ends `run` after the present task.
     void stop();
-    /// Waits for one task and runs it; false when none came within `seconds`.
+    /// Waits for one task, or the timers that are due together, and runs them; false when none came within
+    /// `seconds`.
     bool runOne(double seconds);
 
     [[nodiscard]] double now() const override;
