@@ -1,0 +1,12 @@
+// Text for the bus, whose daemon hangs up on everybody who sends anything but UTF-8.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tarnwick {
+
+/// With a replacement character for each byte that is no part of UTF-8, and without null bytes.
+[[nodiscard]] std::string validUtf8(std::string_view text);
+
+} // namespace tarnwick

@@ -1,0 +1,52 @@
+// One running program per user session: who comes second asks the first to show itself.
+#pragma once
+
+#include "core/RunLoop.h"
+#include "platform/dbus/BusConnection.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tarnwick {
+
+/// Main thread.
+class InstanceGuard {
+public:
+    enum class Result {
+        first,
+        anotherRuns, ///< and has been asked to show itself
+        noBus,       ///< nobody can tell; several may run
+    };
+
+    static constexpr const char* name = "org.tarnwick.Tarnwick";
+    static constexpr double patience = 2; ///< seconds, for the bus and then for the other program
+
+    /// `decided` is called once, soon. `bus` is the session's and outlives it.
+    InstanceGuard(RunLoop& loop, BusConnection& bus, std::function<void(Result)> decided);
+    InstanceGuard(const InstanceGuard&) = delete;
+    InstanceGuard& operator=(const InstanceGuard&) = delete;
+    ~InstanceGuard();
+
+    /// Another start has asked this one to show itself; with the token by which the desktop lets it open a
+    /// window in front of others, or an empty one.
+    std::function<void(const std::string& activationToken)> onActivate;
+
+private:
+    class Exported;
+
+    void busChanged();
+    void nameDecided(bool isOurs);
+    void activateOther();
+    void decide(Result result);
+
+    RunLoop& loop_;
+    BusConnection& bus_;
+    std::function<void(Result)> decided_; ///< empty after its call
+    std::unique_ptr<Exported> exported_;  ///< only while connected
+    RunLoop::Handle busTimer_;
+    Lifeline lifeline_;
+    Subscription stateSubscription_;
+};
+
+} // namespace tarnwick

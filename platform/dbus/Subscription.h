@@ -1,0 +1,57 @@
+// Telling several listeners, each for as long as it holds its subscription.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace tarnwick {
+
+/// Destroying it ends it, also from inside the listener.
+using Subscription = std::shared_ptr<const void>;
+
+template<typename... Arguments>
+class Subscribers {
+public:
+    using Listener = std::function<void(Arguments...)>;
+
+    [[nodiscard]] Subscription add(Listener listener) {
+        auto entry = std::make_shared<const Listener>(std::move(listener));
+        entries_.push_back(entry);
+        return entry;
+    }
+
+    void tell(Arguments... arguments) {
+        std::erase_if(entries_, [](const auto& entry) { return entry.expired(); });
+        // A listener may add others, and end any of them.
+        const auto present = entries_;
+        for (const auto& weakEntry : present) {
+            if (const auto entry = weakEntry.lock()) {
+                (*entry)(arguments...);
+            }
+        }
+    }
+
+private:
+    std::vector<std::weak_ptr<const Listener>> entries_;
+};
+
+/// A member of what hands out callbacks that may be called after its end: they then do nothing.
+class Lifeline {
+public:
+    template<typename Function>
+    [[nodiscard]] auto guarded(Function function) const {
+        return [weak = std::weak_ptr<const bool>(alive_),
+                function = std::move(function)]<typename... Arguments>(Arguments&&... arguments) {
+            if (!weak.expired()) {
+                function(std::forward<Arguments>(arguments)...);
+            }
+        };
+    }
+
+private:
+    std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
+};
+
+} // namespace tarnwick

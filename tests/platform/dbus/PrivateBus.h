@@ -1,0 +1,31 @@
+// A message bus of a test's own, which may be stopped and started again.
+#pragma once
+
+#include <string>
+#include <sys/types.h>
+
+namespace tarnwick {
+
+class PrivateBus {
+public:
+    /// Not running yet.
+    PrivateBus();
+    PrivateBus(const PrivateBus&) = delete;
+    PrivateBus& operator=(const PrivateBus&) = delete;
+    ~PrivateBus();
+
+    /// Returns when it takes connections; false when it does not come up.
+    [[nodiscard]] bool start();
+    void stop();
+
+    /// The same for each start.
+    [[nodiscard]] std::string address() const { return "unix:path=" + folder_ + "/bus"; }
+
+private:
+    [[nodiscard]] bool takesConnections() const;
+
+    std::string folder_;
+    pid_t daemon_ = 0;
+};
+
+} // namespace tarnwick
