@@ -1,0 +1,14 @@
+// A status face as an icon of the toolkit's.
+#pragma once
+
+#include "platform/FacePainter.h"
+
+#include <QIcon>
+
+namespace tarnwick {
+
+/// The square face, painted anew at each size at which somebody wants it, in its exact pixels. The painter
+/// outlives the icon and its copies.
+[[nodiscard]] QIcon faceIcon(const StatusFace& face, const FacePainter& painter, Ink ink);
+
+} // namespace tarnwick
