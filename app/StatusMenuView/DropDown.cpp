@@ -1,0 +1,65 @@
+#include "app/StatusMenuView/DropDown.h"
+
+#include "app/StatusMenuView/DropDownWindow.h"
+
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+/// A click on the status item first takes the focus away and is then told to us: for so many seconds the two
+/// belong together.
+constexpr double sameClick = 0.3;
+
+} // namespace
+
+void DropDown::LaterDeletion::operator()(DropDownWindow* window) const {
+    window->end();
+    window->deleteLater(); // one of its own events may be what closes it
+}
+
+DropDown::DropDown(Monitor& monitor, Menu& menu, RunLoop& loop)
+    : monitor_(monitor), menu_(menu), loop_(loop) {
+}
+
+DropDown::~DropDown() {
+    close();
+}
+
+void DropDown::toggle(std::optional<ScreenPoint> at) {
+    const std::optional<double> lostFocusAt = std::exchange(lostFocusAt_, std::nullopt);
+    if (isOpen()) {
+        close();
+    } else if (!lostFocusAt || loop_.now() - *lostFocusAt >= sameClick) {
+        open(at);
+    }
+}
+
+void DropDown::open(std::optional<ScreenPoint> at) {
+    if (!isOpen()) {
+        menu_.willOpen();
+        window_.reset(std::make_unique<DropDownWindow>(monitor_, menu_, loop_).release());
+        window_->onDismiss = [this] { close(); };
+        window_->onLoseFocus = [this] { lostFocus(); };
+        window_->onChoose = [this](MenuItem::Id id) {
+            close();
+            menu_.choose(id);
+        };
+    }
+    window_->open(at);
+}
+
+void DropDown::close() {
+    if (isOpen()) {
+        window_.reset();
+        menu_.didClose();
+    }
+}
+
+void DropDown::lostFocus() {
+    lostFocusAt_ = loop_.now();
+    close();
+}
+
+} // namespace tarnwick

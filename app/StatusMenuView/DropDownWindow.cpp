@@ -1,0 +1,241 @@
+#include "app/StatusMenuView/DropDownWindow.h"
+
+#include "app/StatusMenuView/Compositing.h"
+#include "app/StatusMenuView/DropDownPlacement.h"
+#include "app/StatusMenuView/LatencyPalette.h"
+#include "app/StatusMenuView/MenuItemsView.h"
+#include "app/StatusMenuView/StatusMenuView.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tarnwick {
+
+namespace {
+
+constexpr int shadowWidth = 14;
+constexpr int shadowDrop = 3; ///< the light comes from above
+constexpr double cornerRadius = 10;
+constexpr int topPadding = 4;
+
+/// Desktop pixels as the toolkit counts them, with the screen that they are on.
+std::pair<QScreen*, QPoint> locate(ScreenPoint point) {
+    for (QScreen* screen : QGuiApplication::screens()) {
+        const QRect area = screen->geometry();
+        const double ratio = screen->devicePixelRatio();
+        // A screen's corner is told in desktop pixels, its size in larger, scaled ones.
+        const QRectF inPixels(area.topLeft(), QSizeF(area.size()) * ratio);
+        if (inPixels.contains(QPointF(point.x, point.y))) {
+            const QPointF inside = (QPointF(point.x, point.y) - area.topLeft()) / ratio;
+            return {screen, area.topLeft() + inside.toPoint()};
+        }
+    }
+    return {nullptr, {}};
+}
+
+/// Rings that grow fainter outward.
+void drawShadow(QPainter& painter, const QRect& panel, bool isDark) {
+    const double strength = isDark ? 0.11 : 0.045;
+    painter.setPen(Qt::NoPen);
+    for (int ring = shadowWidth - shadowDrop; ring > 0; --ring) {
+        const double share = 1 - static_cast<double>(ring) / (shadowWidth - shadowDrop + 1);
+        painter.setBrush(QColor::fromRgbF(0, 0, 0, static_cast<float>(strength * share * share)));
+        const QRect place = panel.adjusted(-ring, -ring, ring, ring).translated(0, shadowDrop);
+        painter.drawRoundedRect(place, cornerRadius + ring, cornerRadius + ring);
+    }
+}
+
+} // namespace
+
+// NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
+DropDownWindow::DropDownWindow(Monitor& monitor, const Menu& menu, RunLoop& loop)
+    : QWidget(
+        nullptr, (QGuiApplication::platformName() == QLatin1String("wayland") ? Qt::Window : Qt::Tool)
+                     | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint),
+      statusView_(new StatusMenuView(monitor, loop, this)),
+      items_(new MenuItemsView(menu, loop, this)),
+      shadow_(Compositing::isAvailable() ? shadowWidth : 0) {
+    setWindowTitle(QStringLiteral("Tarnwick"));
+    setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true);
+    setAttribute(Qt::WA_TranslucentBackground, shadow_ > 0);
+    // Not the last window whose closing would end a program that has only its status item.
+    setAttribute(Qt::WA_QuitOnClose, false);
+    items_->onChoose = [this](MenuItem::Id id) {
+        if (onChoose) {
+            onChoose(id);
+        }
+    };
+    items_->onSizeChange = [this] { fit(); };
+}
+
+// NOLINTEND(cppcoreguidelines-owning-memory)
+
+DropDownWindow::~DropDownWindow() = default;
+
+void DropDownWindow::open(std::optional<ScreenPoint> at) {
+    if (isVisible()) {
+        raise();
+    } else {
+        opensAt_ = at;
+        fit();
+        items_->setAltHeld(QGuiApplication::queryKeyboardModifiers().testFlag(Qt::AltModifier));
+        show();
+    }
+    activateWindow();
+    setFocus(Qt::PopupFocusReason);
+}
+
+void DropDownWindow::end() {
+    onChoose = nullptr;
+    onDismiss = nullptr;
+    onLoseFocus = nullptr;
+    hide();
+    statusView_->stopFollowing();
+    items_->stopFollowing();
+}
+
+QRect DropDownWindow::panel() const {
+    return rect().adjusted(shadow_, shadow_, -shadow_, -shadow_);
+}
+
+void DropDownWindow::fit() {
+    QSize size = statusView_->sizeHint();
+    size.setWidth(std::max(size.width(), items_->sizeHint().width()));
+    size.rheight() += topPadding + items_->sizeHint().height();
+
+    const auto [clicked, click] = opensAt_ ? locate(*opensAt_) : std::pair<QScreen*, QPoint>{};
+    const QScreen* screen = clicked != nullptr ? clicked : QGuiApplication::primaryScreen();
+    if (screen == nullptr) {
+        setFixedSize(size.grownBy({shadow_, shadow_, shadow_, shadow_}));
+        return;
+    }
+    const QRect place = DropDownPlacement::place(
+        clicked != nullptr ? std::optional(click) : std::nullopt, size, screen->geometry(),
+        screen->availableGeometry());
+    const QRect frame = place.adjusted(-shadow_, -shadow_, shadow_, shadow_);
+    setFixedSize(frame.size());
+    move(frame.topLeft());
+}
+
+void DropDownWindow::resizeEvent(QResizeEvent* /*event*/) {
+    const QRect inside = panel();
+    const int top = inside.top() + topPadding;
+    statusView_->setGeometry(inside.left(), top, inside.width(), statusView_->sizeHint().height());
+    const int itemsTop = statusView_->geometry().bottom() + 1;
+    items_->setGeometry(inside.left(), itemsTop, inside.width(), inside.bottom() + 1 - itemsTop);
+}
+
+void DropDownWindow::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    const bool isDark = LatencyPalette::isDark(palette());
+    const double radius = shadow_ > 0 ? cornerRadius : 0;
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (shadow_ > 0) {
+        drawShadow(painter, panel(), isDark);
+    }
+    QColor border = palette().color(QPalette::WindowText);
+    border.setAlphaF(isDark ? 0.22F : 0.18F);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(palette().color(QPalette::Window));
+    painter.drawRoundedRect(panel(), radius, radius);
+    painter.setPen(QPen(border, 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(panel()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+}
+
+bool DropDownWindow::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate) {
+        hadFocus_ = true;
+    } else if (event->type() == QEvent::WindowDeactivate && hadFocus_ && isVisible() && onLoseFocus) {
+        const auto loseFocus = onLoseFocus; // the owner lets go of this window in it
+        loseFocus();
+        return true;
+    }
+    return QWidget::event(event);
+}
+
+void DropDownWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    if (const auto dismiss = onDismiss) {
+        dismiss();
+    }
+}
+
+void DropDownWindow::mousePressEvent(QMouseEvent* event) {
+    // The shadow does not belong to the window for those who click on it.
+    if (!panel().contains(event->position().toPoint())) {
+        if (const auto dismiss = onDismiss) {
+            dismiss();
+        }
+    }
+}
+
+void DropDownWindow::mouseMoveEvent(QMouseEvent* event) {
+    items_->setAltHeld(event->modifiers().testFlag(Qt::AltModifier));
+}
+
+bool DropDownWindow::focusNextPrevChild(bool next) {
+    items_->highlightNext(next ? 1 : -1);
+    return true;
+}
+
+bool DropDownWindow::chooseByKey(const QKeyEvent& event) {
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
+    if (event.key() <= 0 || event.key() > 0x7f || event.isAutoRepeat()) {
+        return false;
+    }
+    const QChar character(static_cast<char16_t>(event.key()));
+    if (modifiers == Qt::ControlModifier) {
+        return items_->chooseByShortcut(character);
+    }
+    return (modifiers == Qt::NoModifier || modifiers == Qt::AltModifier)
+           && items_->chooseByMnemonic(character);
+}
+
+void DropDownWindow::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+    case Qt::Key_Escape:
+        if (const auto dismiss = onDismiss) {
+            dismiss();
+        }
+        break;
+    case Qt::Key_Alt:
+        items_->setAltHeld(true);
+        break;
+    case Qt::Key_Down:
+        items_->highlightNext(1);
+        break;
+    case Qt::Key_Up:
+        items_->highlightNext(-1);
+        break;
+    case Qt::Key_Home:
+    case Qt::Key_PageUp:
+        items_->highlightEnd(-1);
+        break;
+    case Qt::Key_End:
+    case Qt::Key_PageDown:
+        items_->highlightEnd(1);
+        break;
+    default:
+        if (!chooseByKey(*event)) {
+            QWidget::keyPressEvent(event);
+        }
+    }
+}
+
+void DropDownWindow::keyReleaseEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Alt) {
+        items_->setAltHeld(false);
+    } else {
+        QWidget::keyReleaseEvent(event);
+    }
+}
+
+} // namespace tarnwick

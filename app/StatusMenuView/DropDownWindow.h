@@ -1,0 +1,62 @@
+// The drop-down's window: frame, keys, and what closes it.
+#pragma once
+
+#include "app/Monitor/Monitor.h"
+#include "app/StatusItemController/Menu.h"
+#include "platform/StatusItem.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tarnwick {
+
+class MenuItemsView;
+class StatusMenuView;
+
+class DropDownWindow final : public QWidget {
+public:
+    DropDownWindow(Monitor& monitor, const Menu& menu, RunLoop& loop);
+    ~DropDownWindow() override;
+
+    /// Shows it at this point, if it may choose its place, and asks for the focus.
+    void open(std::optional<ScreenPoint> at);
+    /// Hides it and stops following anything, at once.
+    void end();
+
+    [[nodiscard]] StatusMenuView& statusView() const { return *statusView_; }
+
+    [[nodiscard]] MenuItemsView& items() const { return *items_; }
+
+    /// Set by the owner.
+    std::function<void(MenuItem::Id)> onChoose;
+    std::function<void()> onDismiss;   ///< Escape, or closed by the desktop
+    std::function<void()> onLoseFocus; ///< after it had it
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
+
+private:
+    /// The visible part, without its shadow.
+    [[nodiscard]] QRect panel() const;
+    void fit();
+    bool chooseByKey(const QKeyEvent& event);
+
+    StatusMenuView* statusView_; ///< children
+    MenuItemsView* items_;
+    int shadow_; ///< width of the margin that holds the shadow; 0 without transparency
+    std::optional<ScreenPoint> opensAt_;
+    bool hadFocus_ = false;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,136 @@
+#include "app/StatusMenuView/HeaderView.h"
+
+#include "app/StatusItemController/TabularLine.h"
+#include "app/StatusMenuView/HeaderText.h"
+#include "app/StatusMenuView/SignalBars.h"
+#include "app/StatusMenuView/ViewStyle.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tarnwick {
+
+namespace {
+
+constexpr double barsWidth = 22;
+constexpr double barsHeight = 16;
+constexpr double gap = 10; ///< between bars, texts and latency
+
+/// The fonts of one view, with the heights of their lines.
+struct HeaderFonts {
+    explicit HeaderFonts(const ViewStyle& style)
+        : quality(style.font(13, QFont::DemiBold)),
+          small(style.font(11)),
+          latency(style.font(20, QFont::DemiBold)) {}
+
+    [[nodiscard]] static double height(const QFont& font) { return std::ceil(QFontMetricsF(font).height()); }
+
+    [[nodiscard]] double leftHeight() const { return height(quality) + height(small) + lineGap; }
+
+    [[nodiscard]] double rightHeight() const { return height(latency) + height(small); }
+
+    static constexpr double lineGap = 1;
+
+    QFont quality;
+    QFont small;
+    QFont latency;
+};
+
+/// One line of text below `top`; returns where the next one begins.
+double drawLine(
+    QPainter& painter, const QFont& font, const QColor& color, QPointF topLeft, const QString& text) {
+    const QFontMetricsF metrics(font);
+    painter.setPen(color);
+    TabularLine(font, text).draw(painter, {topLeft.x(), std::round(topLeft.y() + metrics.ascent())});
+    return topLeft.y() + HeaderFonts::height(font);
+}
+
+} // namespace
+
+HeaderContent HeaderContent::of(const Monitor& monitor) {
+    return {
+        .bars = monitor.bars(),
+        .tone = monitor.qualityTone(),
+        .quality = QString::fromStdString(monitor.qualityTitle()),
+        .hostLine = QString::fromStdString(HeaderText::hostLine(monitor)),
+        .latency = QString::fromStdString(HeaderText::latency(monitor)),
+        .loss = QString::fromStdString(HeaderText::loss(monitor).value_or("")),
+        .isDown = monitor.status() == Monitor::Status::down,
+        .isLossy = monitor.lossPercent() > 0,
+    };
+}
+
+QString HeaderContent::spokenText() const {
+    QString text = quality + ", " + hostLine + ", " + latency;
+    if (!loss.isEmpty()) {
+        text += ", " + loss;
+    }
+    return text;
+}
+
+HeaderView::HeaderView(QWidget* parent) : ReadAloudWidget(Role::text, parent) {
+}
+
+void HeaderView::setContent(const HeaderContent& content) {
+    if (content == content_) {
+        return;
+    }
+    content_ = content;
+    setSpokenText(content.spokenText());
+    update();
+}
+
+QSize HeaderView::sizeHint() const {
+    const HeaderFonts fonts{ViewStyle(*this)};
+    // Room for the loss is kept also while there is none, so that nothing below jumps.
+    return {0, static_cast<int>(std::max(fonts.leftHeight(), fonts.rightHeight()))};
+}
+
+void HeaderView::paintEvent(QPaintEvent* /*event*/) {
+    const ViewStyle style(*this);
+    const LatencyPalette& colors = style.colors();
+    const HeaderFonts fonts(style);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+
+    const double latencyLeft = drawLatency(painter, style);
+    // Host line and loss stand on one line, the quality above the host.
+    const double textTop = height() - fonts.leftHeight();
+    const double barsTop = std::floor(textTop + (fonts.leftHeight() - style.length(barsHeight)) / 2);
+    const QRectF bars(0, barsTop, style.length(barsWidth), style.length(barsHeight));
+    SignalBars::draw(
+        painter, bars, Monitor::barLevels, content_.bars, colors.of(content_.tone), colors.secondary());
+
+    const double textLeft = bars.right() + style.length(gap);
+    const double textWidth = latencyLeft - style.length(gap) - textLeft;
+    const auto fitted = [&](const QFont& font, const QString& text) {
+        return QFontMetricsF(font).elidedText(text, Qt::ElideMiddle, textWidth);
+    };
+    const double y = drawLine(
+        painter, fonts.quality, colors.primary(), {textLeft, textTop},
+        fitted(fonts.quality, content_.quality));
+    drawLine(
+        painter, fonts.small, colors.secondary(), {textLeft, y + HeaderFonts::lineGap},
+        fitted(fonts.small, content_.hostLine));
+}
+
+double HeaderView::drawLatency(QPainter& painter, const ViewStyle& style) const {
+    const LatencyPalette& colors = style.colors();
+    const HeaderFonts fonts(style);
+    const double latencyWidth = TabularLine(fonts.latency, content_.latency).width();
+    const double lossWidth = TabularLine(fonts.small, content_.loss).width();
+    const double lossHeight = content_.loss.isEmpty() ? 0 : HeaderFonts::height(fonts.small);
+    const double top = std::floor((height() - HeaderFonts::height(fonts.latency) - lossHeight) / 2);
+    const double y = drawLine(
+        painter, fonts.latency, content_.isDown ? colors.bad() : colors.primary(),
+        {width() - latencyWidth, top}, content_.latency);
+    drawLine(
+        painter, fonts.small, content_.isLossy ? colors.warn() : colors.secondary(), {width() - lossWidth, y},
+        content_.loss);
+    return width() - std::max(latencyWidth, lossWidth);
+}
+
+} // namespace tarnwick

@@ -1,0 +1,48 @@
+// The head of the menu view: signal bars, quality, host, latency and loss.
+#pragma once
+
+#include "app/Monitor/Monitor.h"
+#include "app/StatusMenuView/ReadAloud.h"
+
+namespace tarnwick {
+
+struct HeaderContent {
+    int bars = 0;
+    Monitor::QualityTone tone = Monitor::QualityTone::neutral;
+    QString quality{};
+    QString hostLine{};
+    QString latency{};
+    QString loss{}; ///< empty while none is shown
+    bool isDown = false;
+    bool isLossy = false;
+
+    [[nodiscard]] static HeaderContent of(const Monitor& monitor);
+    [[nodiscard]] QString spokenText() const;
+
+    friend bool operator==(const HeaderContent&, const HeaderContent&) = default;
+};
+
+class ViewStyle;
+
+class HeaderView final : public ReadAloudWidget {
+public:
+    explicit HeaderView(QWidget* parent);
+
+    /// Draws again only what differs.
+    void setContent(const HeaderContent& content);
+
+    [[nodiscard]] const HeaderContent& content() const { return content_; }
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    /// Returns where it begins.
+    double drawLatency(QPainter& painter, const ViewStyle& style) const;
+
+    HeaderContent content_;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,164 @@
+#include "app/StatusMenuView/LatencyChartView.h"
+
+#include "app/StatusItemController/TabularLine.h"
+#include "app/StatusMenuView/Format.h"
+#include "app/StatusMenuView/ViewStyle.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tarnwick {
+
+namespace {
+
+constexpr double barGap = 1;
+constexpr double cornerRadius = 1.5;
+constexpr double smallestBar = 3;
+constexpr double notchWidth = 5;
+constexpr double notchDepth = 3;
+constexpr double viewHeight = 64;
+constexpr double captionGap = 10;
+constexpr double sampleWidth = 12; ///< of the line in the caption
+constexpr double sampleGap = 5;
+
+/// Dashed so that the sample in the caption begins and ends with a dash.
+QPen thresholdPen(const ViewStyle& style) {
+    const double dash = style.length(sampleWidth) / 3.0;
+    QPen pen(style.colors().tertiary(), 1);
+    pen.setDashPattern({dash, dash});
+    pen.setCapStyle(Qt::FlatCap);
+    return pen;
+}
+
+} // namespace
+
+namespace LatencyChart {
+
+QPainterPath ChartBar::path() const {
+    QPainterPath path;
+    const double radius = std::min({cornerRadius, rect.width() / 2, rect.height() / 2});
+    path.addRoundedRect(rect, radius, radius);
+    if (isClipped) {
+        const double half = std::min(notchWidth, rect.width()) / 2;
+        QPainterPath notch;
+        notch.moveTo(rect.center().x() - half, rect.top());
+        notch.lineTo(rect.center().x(), rect.top() + notchDepth);
+        notch.lineTo(rect.center().x() + half, rect.top());
+        notch.closeSubpath();
+        path = path.subtracted(notch);
+    }
+    return path;
+}
+
+ChartLayout layout(
+    const std::vector<Bucket>& buckets, double lowThreshold, double highThreshold, QSizeF size,
+    double pixelRatio) {
+    ChartLayout layout;
+    const double top = scaleMax(replyTimes(buckets), lowThreshold);
+    // A stored threshold of zero or less can make a scale without extent.
+    const auto heightOf = [&](double ms) { return top > 0 ? size.height() * std::min(ms, top) / top : 0; };
+    const auto snapped = [pixelRatio](double x) { return std::round(x * pixelRatio) / pixelRatio; };
+    const double slot = (size.width() + barGap) / static_cast<double>(buckets.size());
+    for (std::size_t index = 0; index < buckets.size(); ++index) {
+        const Bucket& bucket = buckets[index];
+        ChartBar bar{.tone = tone(bucket, lowThreshold, highThreshold)};
+        if (bar.tone != BarTone::none) {
+            const double height =
+                bucket.worstRtt ? std::max(heightOf(*bucket.worstRtt), smallestBar) : size.height();
+            const double left = snapped(static_cast<double>(index) * slot);
+            const double right = snapped(static_cast<double>(index + 1) * slot) - barGap;
+            bar.rect = {left, size.height() - height, right - left, height};
+            bar.isClipped = bucket.worstRtt.value_or(0) > top;
+        }
+        layout.bars.push_back(bar);
+    }
+    if (top > 0 && lowThreshold <= top) {
+        layout.threshold = size.height() - heightOf(lowThreshold);
+    }
+    return layout;
+}
+
+} // namespace LatencyChart
+
+ChartContent ChartContent::of(const Monitor& monitor, RunLoop::WallTime now) {
+    const Preferences& prefs = monitor.prefs();
+    const ScoringConfig scoring = prefs.scoringConfig();
+    return {
+        .buckets = LatencyChart::buckets(monitor.samples(), now, prefs.pingInterval()),
+        .lowThresholdMs = scoring.lowThreshold * 1000,
+        .highThresholdMs = scoring.highThreshold * 1000,
+    };
+}
+
+LatencyChartView::LatencyChartView(QWidget* parent) : ReadAloudWidget(Role::chart, parent) {
+}
+
+void LatencyChartView::setContent(const ChartContent& content) {
+    if (content == content_) {
+        return;
+    }
+    content_ = content;
+    setSpokenText(QString::fromStdString(LatencyChart::summary(
+        LatencyChart::replyTimes(content.buckets), LatencyChart::lostCount(content.buckets))));
+    update();
+}
+
+int LatencyChartView::chartHeight() const {
+    return ViewStyle(*this).length(viewHeight);
+}
+
+QSize LatencyChartView::sizeHint() const {
+    const ViewStyle style(*this);
+    const double caption = std::ceil(QFontMetricsF(style.font(11)).height());
+    return {0, chartHeight() + style.length(captionGap) + static_cast<int>(caption)};
+}
+
+void LatencyChartView::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    drawChart(painter);
+    drawCaption(painter);
+}
+
+void LatencyChartView::drawChart(QPainter& painter) const {
+    const ViewStyle style(*this);
+    const LatencyChart::ChartLayout layout = LatencyChart::layout(
+        content_.buckets, content_.lowThresholdMs, content_.highThresholdMs,
+        {static_cast<double>(width()), static_cast<double>(chartHeight())}, devicePixelRatioF());
+    painter.setPen(Qt::NoPen);
+    for (const LatencyChart::ChartBar& bar : layout.bars) {
+        if (bar.tone != LatencyChart::BarTone::none) {
+            painter.fillPath(bar.path(), style.colors().of(bar.tone));
+        }
+    }
+    if (layout.threshold) {
+        // Through the middle of a row of pixels, or it would be spread over two.
+        const double y = std::clamp(std::floor(*layout.threshold) + 0.5, 0.5, chartHeight() - 0.5);
+        painter.setPen(thresholdPen(style));
+        painter.drawLine(QPointF(0, y), QPointF(width(), y));
+    }
+}
+
+void LatencyChartView::drawCaption(QPainter& painter) const {
+    const ViewStyle style(*this);
+    const QFont font = style.font(11);
+    const QFontMetricsF metrics(font);
+    const double baseline = chartHeight() + style.length(captionGap) + std::round(metrics.ascent());
+    const TabularLine period(font, QStringLiteral("Last 5 minutes"));
+    const TabularLine threshold(
+        font, "slow above " + QString::fromStdString(Format::wholeMs(content_.lowThresholdMs)));
+    const double left = std::floor(width() - threshold.width());
+    painter.setPen(style.colors().secondary());
+    period.draw(painter, {0, baseline});
+    threshold.draw(painter, {left, baseline});
+
+    const double right = left - style.length(sampleGap);
+    const double y = std::floor(baseline - metrics.xHeight() / 2) + 0.5;
+    painter.setPen(thresholdPen(style));
+    painter.drawLine(QPointF(right - style.length(sampleWidth), y), QPointF(right, y));
+}
+
+} // namespace tarnwick

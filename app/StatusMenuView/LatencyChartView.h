@@ -1,0 +1,72 @@
+// The latency chart of the menu view, with its caption.
+#pragma once
+
+#include "app/StatusMenuView/LatencyBuckets.h"
+#include "app/StatusMenuView/ReadAloud.h"
+
+#include <QPainterPath>
+
+#include <optional>
+#include <vector>
+
+namespace tarnwick {
+
+namespace LatencyChart {
+
+/// What is drawn of one bucket.
+struct ChartBar {
+    QRectF rect{};
+    BarTone tone = BarTone::none;
+    bool isClipped = false; ///< higher than the chart: its top has a notch
+
+    [[nodiscard]] QPainterPath path() const;
+
+    friend bool operator==(const ChartBar&, const ChartBar&) = default;
+};
+
+struct ChartLayout {
+    std::vector<ChartBar> bars{}; ///< one for each bucket, an empty rectangle where there is none
+    std::optional<double> threshold = std::nullopt; ///< height of the line, if it is on the scale
+};
+
+/// Places the bars so that their sides lie on whole device pixels, `pixelRatio` of them to a unit of `size`.
+[[nodiscard]] ChartLayout layout(
+    const std::vector<Bucket>& buckets, double lowThreshold, double highThreshold, QSizeF size,
+    double pixelRatio);
+
+} // namespace LatencyChart
+
+struct ChartContent {
+    std::vector<LatencyChart::Bucket> buckets{};
+    double lowThresholdMs = 0;
+    double highThresholdMs = 0;
+
+    [[nodiscard]] static ChartContent of(const Monitor& monitor, RunLoop::WallTime now);
+
+    friend bool operator==(const ChartContent&, const ChartContent&) = default;
+};
+
+class LatencyChartView final : public ReadAloudWidget {
+public:
+    explicit LatencyChartView(QWidget* parent);
+
+    /// Draws again only what differs.
+    void setContent(const ChartContent& content);
+
+    [[nodiscard]] const ChartContent& content() const { return content_; }
+
+    /// Of the bars, without the caption.
+    [[nodiscard]] int chartHeight() const;
+    [[nodiscard]] QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void drawChart(QPainter& painter) const;
+    void drawCaption(QPainter& painter) const;
+
+    ChartContent content_;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,74 @@
+// The menu's items below the status view: buttons and the lines between them.
+#pragma once
+
+#include "app/StatusItemController/Menu.h"
+#include "app/StatusMenuView/ReadAloud.h"
+#include "core/RunLoop.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace tarnwick {
+
+class MenuRow;
+
+/// Follows the menu for as long as it exists. Menu and loop outlive it.
+class MenuItemsView final : public ReadAloudWidget {
+public:
+    MenuItemsView(const Menu& menu, RunLoop& loop, QWidget* parent);
+    ~MenuItemsView() override;
+
+    /// From now on nothing changes any more.
+    void stopFollowing() { rendering_.reset(); }
+
+    /// While Alt is held, alternates stand in for the items above them and mnemonics are underlined.
+    void setAltHeld(bool isHeld);
+
+    /// Moves the highlight to the next row that can be chosen, or to the previous one, around the ends.
+    void highlightNext(int direction);
+    /// The first one, or the last.
+    void highlightEnd(int direction);
+
+    /// Chooses the row that this key chooses, if there is one.
+    bool chooseByMnemonic(QChar letter);
+    bool chooseByShortcut(QChar character);
+
+    /// From top to bottom, the visible ones.
+    [[nodiscard]] std::vector<MenuRow*> visibleRows() const;
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+    /// Set by the owner.
+    std::function<void(MenuItem::Id)> onChoose;
+    std::function<void()> onSizeChange;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    /// A row or, without one, a line.
+    struct Entry {
+        MenuRow* row = nullptr; ///< a child
+        MenuItem item{};
+        std::optional<MenuItem> alternate = std::nullopt;
+        int y = 0;
+    };
+
+    void render();
+    void makeEntries(const Menu::Items& items);
+    void showItems();
+    void place();
+    [[nodiscard]] std::vector<MenuRow*> choosableRows() const;
+    bool chooseBy(char MenuItem::*key, QChar typed);
+
+    const Menu& menu_;
+    std::vector<Entry> entries_;
+    bool isAltHeld_ = false;
+    int heightBefore_ = 0;
+    std::unique_ptr<RenderLoop> rendering_;
+};
+
+} // namespace tarnwick

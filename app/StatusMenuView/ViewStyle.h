@@ -1,0 +1,32 @@
+// Sizes, fonts and colors that the parts of the menu view share.
+#pragma once
+
+#include "app/StatusMenuView/LatencyPalette.h"
+
+#include <QFont>
+
+class QWidget;
+
+namespace tarnwick {
+
+/// All lengths are in device-independent pixels. They grow with the user's font, so that what fits at its
+/// usual size fits at any.
+class ViewStyle {
+public:
+    explicit ViewStyle(const QWidget& widget);
+
+    /// A length of the design, for the font at hand.
+    [[nodiscard]] int length(double points) const;
+
+    /// A text of so many points where the design's usual text has 13.
+    [[nodiscard]] QFont font(double points, QFont::Weight weight = QFont::Normal) const;
+
+    [[nodiscard]] const LatencyPalette& colors() const { return colors_; }
+
+private:
+    QFont base_;
+    double factor_; ///< not below 1
+    LatencyPalette colors_;
+};
+
+} // namespace tarnwick

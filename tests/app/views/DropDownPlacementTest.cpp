@@ -1,0 +1,82 @@
+// Where the drop-down opens.
+#include "app/StatusMenuView/DropDownPlacement.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+namespace {
+
+constexpr QSize size{320, 480};
+constexpr QRect screen{0, 0, 1920, 1080};
+
+QRect place(std::optional<QPoint> click, const QRect& available) {
+    return DropDownPlacement::place(click, size, screen, available);
+}
+
+} // namespace
+
+TEST(DropDownPlacement, BelowAPanelAtTheTop) {
+    const QRect frame = place(QPoint(900, 12), screen.adjusted(0, 24, 0, 0));
+
+    EXPECT_EQ(frame.top(), 24 + 4);
+    EXPECT_EQ(frame.center().x(), 900 - 1);
+    EXPECT_EQ(frame.size(), size);
+}
+
+TEST(DropDownPlacement, AboveAPanelAtTheBottom) {
+    const QRect frame = place(QPoint(900, 1070), screen.adjusted(0, 0, 0, -40));
+
+    EXPECT_EQ(frame.bottom(), 1079 - 40 - 4);
+    EXPECT_EQ(frame.center().x(), 900 - 1);
+}
+
+TEST(DropDownPlacement, BesideAPanelAtTheLeft) {
+    const QRect frame = place(QPoint(20, 500), screen.adjusted(48, 0, 0, 0));
+
+    EXPECT_EQ(frame.left(), 48 + 4);
+    EXPECT_TRUE(frame.top() < 500 && frame.bottom() > 500);
+}
+
+TEST(DropDownPlacement, BesideAPanelAtTheRight) {
+    const QRect frame = place(QPoint(1900, 500), screen.adjusted(0, 0, -48, 0));
+
+    EXPECT_EQ(frame.right(), 1919 - 48 - 4);
+    EXPECT_TRUE(frame.top() < 500 && frame.bottom() > 500);
+}
+
+TEST(DropDownPlacement, APanelThatReservesNoRoomIsKeptClearOfTheClick) {
+    EXPECT_EQ(place(QPoint(900, 12), screen).top(), 16);
+    EXPECT_EQ(place(QPoint(900, 1067), screen).bottom(), 1062);
+}
+
+TEST(DropDownPlacement, ItIsInsideTheAvailableAreaWhereverTheClickIs) {
+    const QRect available = screen.adjusted(10, 24, -30, -40);
+    for (int x = 0; x < screen.width(); x += 37) {
+        for (int y = 0; y < screen.height(); y += 23) {
+            EXPECT_TRUE(available.contains(place(QPoint(x, y), available))) << x << ", " << y;
+        }
+    }
+}
+
+TEST(DropDownPlacement, OnASecondScreenItStaysThere) {
+    const QRect second(1920, 0, 1280, 1024);
+    const QRect frame = DropDownPlacement::place(QPoint(1925, 5), size, second, second);
+
+    EXPECT_TRUE(second.contains(frame));
+}
+
+TEST(DropDownPlacement, WithoutAClickItIsAtTheUpperRight) {
+    const QRect frame = place(std::nullopt, screen.adjusted(0, 24, 0, 0));
+
+    EXPECT_EQ(frame.top(), 28);
+    EXPECT_EQ(frame.right(), 1919 - 4);
+}
+
+TEST(DropDownPlacement, OnAScreenThatIsTooSmallItsBeginningIsSeen) {
+    const QRect small(0, 0, 300, 400);
+
+    EXPECT_EQ(DropDownPlacement::place(QPoint(10, 10), size, small, small).topLeft(), QPoint(4, 4));
+}
+
+} // namespace tarnwick

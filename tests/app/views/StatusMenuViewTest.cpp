@@ -1,0 +1,230 @@
+// The view above the menu's items: what it says, also to assistive technology, and that it follows.
+#include "app/StatusMenuView/StatusMenuView.h"
+
+#include "app/StatusMenuView/HeaderView.h"
+#include "app/StatusMenuView/LatencyChartView.h"
+#include "app/StatusMenuView/StatsGridView.h"
+#include "tests/app/WatchedMonitor.h"
+
+#include <QAccessible>
+#include <QImage>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+namespace {
+
+using testing::ElementsAre;
+
+class StatusMenuViewTest : public testing::Test, protected WatchedMonitor {
+protected:
+    [[nodiscard]] static QAccessibleInterface& accessible(QObject& object) {
+        return *QAccessible::queryAccessibleInterface(&object);
+    }
+
+    [[nodiscard]] static std::vector<std::string> childNames(QObject& object) {
+        std::vector<std::string> names;
+        const QAccessibleInterface& interface = accessible(object);
+        for (int index = 0; index < interface.childCount(); ++index) {
+            names.push_back(interface.child(index)->text(QAccessible::Name).toStdString());
+        }
+        return names;
+    }
+
+    template<class View>
+    [[nodiscard]] static View& part(const StatusMenuView& view) {
+        for (QObject* child : view.children()) {
+            if (auto* const found = dynamic_cast<View*>(child)) {
+                return *found;
+            }
+        }
+        throw std::logic_error("no such part");
+    }
+};
+
+} // namespace
+
+TEST_F(StatusMenuViewTest, ItIsThreeHundredAndTwentyPointsWideInTheUsualFont) {
+    StatusMenuView view(monitor, loop, nullptr);
+    QFont font = view.font();
+    font.setPixelSize(13);
+    view.setFont(font);
+
+    EXPECT_EQ(view.sizeHint().width(), 320);
+}
+
+TEST_F(StatusMenuViewTest, ItGrowsWithTheUsersFont) {
+    StatusMenuView view(monitor, loop, nullptr);
+    QFont font = view.font();
+    font.setPixelSize(13);
+    view.setFont(font);
+    const QSize usual = view.sizeHint();
+    font.setPixelSize(26);
+    view.setFont(font);
+
+    EXPECT_GT(view.sizeHint().width(), usual.width() * 3 / 2);
+    EXPECT_GT(view.sizeHint().height(), usual.height() * 3 / 2);
+}
+
+TEST_F(StatusMenuViewTest, PartsStandBelowEachOtherTwelvePointsApart) {
+    StatusMenuView view(monitor, loop, nullptr);
+    QFont font = view.font();
+    font.setPixelSize(13);
+    view.setFont(font);
+    view.resize(view.sizeHint());
+    view.ensurePolished();
+    QImage(view.grab().toImage());
+
+    const QRect header = part<HeaderView>(view).geometry();
+    const QRect chart = part<LatencyChartView>(view).geometry();
+    const QRect grid = part<StatsGridView>(view).geometry();
+    EXPECT_EQ(header.topLeft(), QPoint(14, 8));
+    EXPECT_EQ(header.width(), 320 - 28);
+    EXPECT_EQ(chart.top() - header.bottom() - 1, 12);
+    EXPECT_EQ(grid.top() - chart.bottom() - 1, 12);
+    EXPECT_EQ(view.height() - grid.bottom() - 1, 6);
+}
+
+TEST_F(StatusMenuViewTest, BeforeTheFirstReplyItIsConnectingWithNoBarsAndADash) {
+    fallSilent();
+    watchFor(0.5);
+    const StatusMenuView view(monitor, loop, nullptr);
+
+    EXPECT_EQ(
+        part<HeaderView>(view).content(), (HeaderContent{
+                                              .bars = 0,
+                                              .tone = Monitor::QualityTone::neutral,
+                                              .quality = "Connecting…",
+                                              .hostLine = "1.1.1.1",
+                                              .latency = "–",
+                                          }));
+}
+
+TEST_F(StatusMenuViewTest, AfterRepliesItTellsQualityLatencyAndLoss) {
+    watchFor(20.5);
+    const StatusMenuView view(monitor, loop, nullptr);
+
+    EXPECT_EQ(
+        part<HeaderView>(view).content(), (HeaderContent{
+                                              .bars = 5,
+                                              .tone = Monitor::QualityTone::good,
+                                              .quality = "Excellent",
+                                              .hostLine = "1.1.1.1",
+                                              .latency = "20 ms",
+                                              .loss = "0% loss",
+                                          }));
+}
+
+TEST_F(StatusMenuViewTest, WhileDownItSaysWhyWithoutBarsOrLoss) {
+    watchFor(20.5);
+    fallSilent();
+    ASSERT_TRUE(waitUntilDown());
+    const StatusMenuView view(monitor, loop, nullptr);
+    const HeaderContent& content = part<HeaderView>(view).content();
+
+    EXPECT_EQ(content.bars, 0);
+    EXPECT_EQ(content.latency, "Down");
+    EXPECT_EQ(content.hostLine, "No replies for 8 s");
+    EXPECT_EQ(content.loss, "");
+    EXPECT_TRUE(content.isDown);
+}
+
+TEST_F(StatusMenuViewTest, ItFollowsTheMonitor) {
+    watchFor(20.5);
+    const StatusMenuView view(monitor, loop, nullptr);
+    answerAfter(0.25);
+    loop.advance(2);
+
+    EXPECT_EQ(part<HeaderView>(view).content().latency, "250 ms");
+    EXPECT_EQ(
+        LatencyChart::replyTimes(part<LatencyChartView>(view).content().buckets).back(),
+        monitor.latestPingMs());
+}
+
+TEST_F(StatusMenuViewTest, ItNoLongerFollowsOnceToldSo) {
+    watchFor(20.5);
+    StatusMenuView view(monitor, loop, nullptr);
+    view.stopFollowing();
+    answerAfter(0.25);
+    loop.advance(5);
+
+    EXPECT_EQ(part<HeaderView>(view).content().latency, "20 ms");
+}
+
+TEST_F(StatusMenuViewTest, ItCanGoWhileAChangeIsOnItsWay) {
+    watchFor(20.5);
+    auto view = std::make_unique<StatusMenuView>(monitor, loop, nullptr);
+    monitor.resetSessionStats();
+    view.reset();
+    loop.advance(1);
+
+    EXPECT_EQ(monitor.status(), Monitor::Status::up);
+}
+
+TEST_F(StatusMenuViewTest, ItKeepsNoTimer) {
+    watchFor(20.5);
+    const std::size_t before = loop.timerCount();
+    const StatusMenuView view(monitor, loop, nullptr);
+
+    EXPECT_EQ(loop.timerCount(), before);
+}
+
+TEST_F(StatusMenuViewTest, AssistiveTechnologySeesHeaderChartAndStatistics) {
+    watchFor(20.5);
+    StatusMenuView view(monitor, loop, nullptr);
+
+    EXPECT_THAT(
+        childNames(view), ElementsAre(
+                              "Excellent, 1.1.1.1, 20 ms, 0% loss",
+                              "Median 20 milliseconds, slowest 20 milliseconds, 0 lost", "Statistics"));
+    EXPECT_EQ(accessible(view).child(0)->role(), QAccessible::StaticText);
+    EXPECT_EQ(accessible(view).child(1)->role(), QAccessible::Chart);
+    EXPECT_EQ(accessible(view).child(2)->role(), QAccessible::Grouping);
+}
+
+TEST_F(StatusMenuViewTest, HeaderAndChartAreOneElementEach) {
+    watchFor(20.5);
+    StatusMenuView view(monitor, loop, nullptr);
+
+    EXPECT_EQ(accessible(part<HeaderView>(view)).childCount(), 0);
+    EXPECT_EQ(accessible(part<LatencyChartView>(view)).childCount(), 0);
+}
+
+TEST_F(StatusMenuViewTest, EachRowOfStatisticsIsOneElement) {
+    watchFor(3.5);
+    StatusMenuView view(monitor, loop, nullptr);
+
+    EXPECT_THAT(
+        childNames(part<StatsGridView>(view)),
+        ElementsAre(
+            "Pings sent: session 4, all time 4", "Replies lost: session 0, all time 0",
+            "Packet loss: session 0%, all time 0%", "Average: session 20.0 ms, all time 20.0 ms",
+            "Fastest: session 20.0 ms, all time 20.0 ms", "Slowest: session 20.0 ms, all time 20.0 ms"));
+}
+
+TEST_F(StatusMenuViewTest, FiguresThatOutgrowTheirColumnPushItWider) {
+    StatsGridView grid(nullptr);
+    const Format::Grouping grouping{",", {3}};
+    grid.resize(292, grid.sizeHint().height());
+    const auto firstInk = [&](std::int64_t sent) {
+        grid.setRows(StatsGrid::rows({.sent = 1}, {.sent = sent}, grouping));
+        QImage image(grid.size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        grid.render(&image, {}, {}, QWidget::DrawChildren);
+        // The second row: its figures are 0 in both columns; the session's one ends where its column does.
+        const int y = image.height() * 5 / 14;
+        int rightmost = 0;
+        for (int x = 0; x < 270; ++x) {
+            for (int row = y - 3; row <= y + 3; ++row) {
+                rightmost = qAlpha(image.pixel(x, row)) > 40 ? x : rightmost;
+            }
+        }
+        return rightmost;
+    };
+
+    EXPECT_LT(firstInk(1'000'000'000'000), firstInk(1) - 10);
+}
+
+} // namespace tarnwick
