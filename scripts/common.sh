@@ -79,10 +79,14 @@ install_packages() {
     rm -f "$log"
 }
 
+# Whether the desktop program is to be built too: ON or OFF. It needs the packages of the section [desktop].
+desktop=OFF
+
 # The clone was copied or the presets have changed: what CMake remembers is not to be trusted.
 is_configured() {
     local folder=$1
     [ -f "$folder/build.ninja" ] \
+        && { [ "$desktop" = OFF ] || grep -qxF TARNWICK_DESKTOP:BOOL=ON "$folder/CMakeCache.txt"; } \
         && [ ! "$root/CMakePresets.json" -nt "$folder/CMakeCache.txt" ] \
         && grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$folder/CMakeCache.txt"
 }
@@ -112,7 +116,8 @@ build() {
         flock 9
         cd "$root"
         if ! is_configured "$folder"; then
-            quietly "${as_caller[@]}" cmake --fresh --preset "$preset" || fail "Configuring $preset failed."
+            quietly "${as_caller[@]}" cmake --fresh --preset "$preset" -D "TARNWICK_DESKTOP=$desktop" \
+                || fail "Configuring $preset failed."
         fi
         if ! "${as_caller[@]}" ninja -C "$folder" -n "${targets[@]:1}" 2>/dev/null | grep -q 'no work to do'; then
             say "Building $preset"

@@ -1,6 +1,9 @@
 #include "app/StatusMenuView/DropDown.h"
 
 #include "app/StatusMenuView/DropDownWindow.h"
+#include "app/StatusMenuView/PressWatch.h"
+
+#include <QGuiApplication>
 
 #include <utility>
 
@@ -11,6 +14,9 @@ namespace {
 /// A click on the status item first takes the focus away and is then told to us: for so many seconds the two
 /// belong together.
 constexpr double sameClick = 0.3;
+
+/// Of a double click some panels tell twice in the same moment.
+constexpr double sameMoment = 0.02;
 
 } // namespace
 
@@ -29,6 +35,10 @@ DropDown::~DropDown() {
 
 void DropDown::toggle(std::optional<ScreenPoint> at) {
     const std::optional<double> lostFocusAt = std::exchange(lostFocusAt_, std::nullopt);
+    const std::optional<double> toggledAt = std::exchange(toggledAt_, loop_.now());
+    if (toggledAt && *toggledAt_ - *toggledAt < sameMoment) {
+        return;
+    }
     if (isOpen()) {
         close();
     } else if (!lostFocusAt || loop_.now() - *lostFocusAt >= sameClick) {
@@ -48,12 +58,22 @@ void DropDown::open(std::optional<ScreenPoint> at) {
         };
     }
     window_->open(at);
+    if (!presses_ && QGuiApplication::platformName() == QLatin1String("xcb")) {
+        presses_ = std::make_unique<PressWatch>(loop_, [this](ScreenPoint point) { pressedAt(point); });
+    }
 }
 
 void DropDown::close() {
     if (isOpen()) {
         window_.reset();
+        presses_.reset();
         menu_.didClose();
+    }
+}
+
+void DropDown::pressedAt(ScreenPoint point) {
+    if (isOpen() && !window_->covers(point)) {
+        lostFocus();
     }
 }
 

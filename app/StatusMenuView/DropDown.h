@@ -12,6 +12,7 @@
 namespace tarnwick {
 
 class DropDownWindow;
+class PressWatch;
 
 /// Its window exists only while it is open: what is closed costs nothing. Everything handed in outlives it.
 /// Main thread.
@@ -23,7 +24,7 @@ public:
     ~DropDown();
 
     /// A click on the status item: opens there, or closes. The click that has just closed the window by
-    /// taking its focus away does not open it again.
+    /// taking its focus away does not open it again, nor does a panel that tells of one click twice.
     void toggle(std::optional<ScreenPoint> at);
     /// At a point, if there is one, else at the corner where panels usually have their items. When it is
     /// open already it comes to the front.
@@ -37,6 +38,7 @@ public:
 
 private:
     void lostFocus();
+    void pressedAt(ScreenPoint point);
 
     Monitor& monitor_;
     Menu& menu_;
@@ -47,7 +49,9 @@ private:
     };
 
     std::unique_ptr<DropDownWindow, LaterDeletion> window_;
-    std::optional<double> lostFocusAt_; ///< monotonic: when losing the focus closed it last
+    std::unique_ptr<PressWatch> presses_; ///< only while open on an X11 display
+    std::optional<double> lostFocusAt_;   ///< monotonic: when losing the focus closed it last
+    std::optional<double> toggledAt_;     ///< monotonic: when a click last opened or closed it
 };
 
 } // namespace tarnwick

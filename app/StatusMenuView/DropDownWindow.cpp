@@ -2,6 +2,7 @@
 
 #include "app/StatusMenuView/Compositing.h"
 #include "app/StatusMenuView/DropDownPlacement.h"
+#include "app/StatusMenuView/Foreground.h"
 #include "app/StatusMenuView/LatencyPalette.h"
 #include "app/StatusMenuView/MenuItemsView.h"
 #include "app/StatusMenuView/StatusMenuView.h"
@@ -11,6 +12,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
+#include <QWindow>
 
 #include <algorithm>
 #include <cmath>
@@ -88,7 +90,7 @@ void DropDownWindow::open(std::optional<ScreenPoint> at) {
         items_->setAltHeld(QGuiApplication::queryKeyboardModifiers().testFlag(Qt::AltModifier));
         show();
     }
-    activateWindow();
+    Foreground::take(*windowHandle());
     setFocus(Qt::PopupFocusReason);
 }
 
@@ -99,6 +101,11 @@ void DropDownWindow::end() {
     hide();
     statusView_->stopFollowing();
     items_->stopFollowing();
+}
+
+bool DropDownWindow::covers(ScreenPoint point) const {
+    const auto [on, place] = locate(point);
+    return on != nullptr && panel().translated(geometry().topLeft()).contains(place);
 }
 
 QRect DropDownWindow::panel() const {

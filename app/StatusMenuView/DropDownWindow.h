@@ -26,6 +26,9 @@ public:
     /// Hides it and stops following anything, at once.
     void end();
 
+    /// Whether its visible part is at this point.
+    [[nodiscard]] bool covers(ScreenPoint point) const;
+
     [[nodiscard]] StatusMenuView& statusView() const { return *statusView_; }
 
     [[nodiscard]] MenuItemsView& items() const { return *items_; }

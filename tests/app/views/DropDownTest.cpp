@@ -113,6 +113,7 @@ TEST_F(DropDownTest, OpeningItAgainKeepsTheSameWindow) {
 TEST_F(DropDownTest, ASecondClickCloses) {
     dropDown.toggle(click);
     ASSERT_TRUE(dropDown.isOpen());
+    loop.advance(0.1);
     dropDown.toggle(click);
 
     EXPECT_FALSE(dropDown.isOpen());
@@ -120,10 +121,25 @@ TEST_F(DropDownTest, ASecondClickCloses) {
 
 TEST_F(DropDownTest, AThirdClickOpensAgain) {
     dropDown.toggle(click);
+    loop.advance(0.1);
     dropDown.toggle(click);
+    loop.advance(0.1);
     dropDown.toggle(click);
 
     EXPECT_TRUE(dropDown.isOpen());
+}
+
+TEST_F(DropDownTest, AClickThatThePanelTellsTwiceCountsOnce) {
+    dropDown.toggle(click);
+    loop.advance(0.001);
+    dropDown.toggle(click);
+    EXPECT_TRUE(dropDown.isOpen());
+
+    loop.advance(0.1);
+    dropDown.toggle(click);
+    dropDown.toggle(click);
+
+    EXPECT_FALSE(dropDown.isOpen());
 }
 
 TEST_F(DropDownTest, TheClickThatTookTheFocusAwayDoesNotOpenAgain) {
@@ -140,6 +156,7 @@ TEST_F(DropDownTest, TheNextClickAfterThatOpens) {
     open();
     loseFocus();
     dropDown.toggle(click);
+    loop.advance(0.1);
     dropDown.toggle(click);
 
     EXPECT_TRUE(dropDown.isOpen());

@@ -1,0 +1,114 @@
+#include "app/App/AppDelegate.h"
+
+#include "app/App/SettingsFileOpener.h"
+#include "platform/qt/TrayStatusItem.h"
+
+#include <QGuiApplication>
+#include <QPalette>
+#include <QSystemTrayIcon>
+
+#include <csignal>
+#include <cstdio>
+
+namespace tarnwick {
+
+namespace {
+
+/// The toolkit's palette speaks for a desktop that says nothing else.
+Ink inkOfPalette() {
+    constexpr int middle = 128;
+    return QGuiApplication::palette().window().color().lightness() < middle ? Ink::light : Ink::dark;
+}
+
+void say(const std::string& text) {
+    std::fprintf(stderr, "tarnwick: %s\n", text.c_str());
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
+    : loop_(loop),
+      bus_(bus),
+      settings_(SettingsFile::defaultPath()),
+      prefs_([&]() -> UserDefaults& {
+          for (const auto& [key, value] : setup.settings) {
+              settings_.setVolatile(key, value);
+          }
+          return settings_;
+      }()),
+      network_(loop),
+      monitor_(
+          prefs_,
+          {
+              .loop = loop,
+              .network = network_,
+              .path = path_,
+              .sleep = sleep_,
+              .notifications = notifications_,
+              .store = StatsStore::defaultStore(),
+          }),
+      menu_(StatusItemController::menuItems(false)),
+      colors_(bus) {
+    makeStatusItem(setup);
+    monitor_.start();
+    quitOnTerminationSignals();
+    sessionEnd_ = std::make_unique<SessionEnd>([this] { monitor_.saveStats(); });
+}
+
+AppDelegate::~AppDelegate() {
+    monitor_.saveStats();
+}
+
+void AppDelegate::makeStatusItem(const Setup& setup) {
+    windows_ =
+        std::make_unique<DesktopWindows>(loop_, monitor_, menu_, setup.version, [this] { showSettings(); });
+    panelMenu_ = std::make_unique<PanelMenuText>(
+        loop_, monitor_, menu_, [this] { windows_->openDropDown(notifier_->takeActivationToken()); });
+    notifier_ = std::make_unique<NotifierStatusItem>(NotifierStatusItem::Needs{
+        .loop = loop_,
+        .bus = bus_,
+        .painter = painter_,
+        .menu = *panelMenu_,
+        .colors = colors_,
+        .iconThemePath = setup.iconFolder,
+    });
+    followPalette();
+    windows_->takeActivationToken = [this] { return notifier_->takeActivationToken(); };
+    item_ = std::make_unique<PanelStatusItem>(PanelStatusItem::Needs{
+        .loop = loop_,
+        .notifier = *notifier_,
+        .hasWatcher = [this] { return notifier_->hasWatcher(); },
+        .makeTrayItem = [this]() -> std::unique_ptr<StatusItem> {
+            if (QGuiApplication::platformName() != "xcb") {
+                return nullptr;
+            }
+            return std::make_unique<TrayStatusItem>(painter_, trayInk());
+        },
+        .hasTray = [] { return QSystemTrayIcon::isSystemTrayAvailable(); },
+        .say = say,
+    });
+    notifier_->onWatcherChange = [this] { item_->watcherChanged(); };
+    statusItem_ = std::make_unique<StatusItemController>(StatusItemController::Needs{
+        .loop = loop_, .monitor = monitor_, .item = *item_, .menu = menu_, .windows = *windows_});
+}
+
+/// Classic trays tell nobody their color; most are dark.
+Ink AppDelegate::trayInk() const {
+    return colors_.desktopIsDark().value_or(true) ? Ink::light : Ink::dark;
+}
+
+void AppDelegate::followPalette() {
+    notifier_->setFallbackInk(inkOfPalette());
+    paletteWatch_ = std::make_unique<PaletteWatch>([this] { notifier_->setFallbackInk(inkOfPalette()); });
+}
+
+void AppDelegate::quitOnTerminationSignals() {
+    signals_ = std::make_unique<SignalWatch>(
+        loop_, terminationSignals, [this](int /*signal*/) { windows_->quit(); });
+}
+
+void AppDelegate::showSettings() {
+    openSettingsFile(SettingsFile::defaultPath());
+}
+
+} // namespace tarnwick

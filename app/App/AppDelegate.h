@@ -1,0 +1,80 @@
+// The desktop program around the model: what is made when, and what happens at the end.
+#pragma once
+
+#include "app/App/DesktopWindows.h"
+#include "app/App/PanelStatusItem.h"
+#include "app/CommandLine/SettingArgument.h"
+#include "app/Monitor/Monitor.h"
+#include "app/StatusItemController/PanelMenuText.h"
+#include "app/StatusItemController/QtFacePainter.h"
+#include "app/StatusItemController/StatusItemController.h"
+#include "core/Pinger/SystemPingNetwork.h"
+#include "platform/dbus/BusConnection.h"
+#include "platform/dbus/ColorScheme.h"
+#include "platform/dbus/NotifierStatusItem.h"
+#include "platform/linux/SignalWatch.h"
+#include "platform/null/AbsentServices.h"
+#include "platform/posix/SettingsFile.h"
+#include "platform/qt/PaletteWatch.h"
+#include "platform/qt/SessionEnd.h"
+
+#include <csignal>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+/// Owns everything for the life of the process. Main thread.
+class AppDelegate {
+public:
+    /// They end the program, with the statistics stored.
+    static constexpr auto terminationSignals = {SIGTERM, SIGINT};
+
+    struct Setup {
+        std::vector<Setting> settings; ///< for this run only
+        std::string version;
+        std::string iconFolder; ///< of the icon theme that holds the program's own icons
+    };
+
+    /// The loop and the bus outlive the delegate.
+    AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup);
+
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
+    /// Stores the statistics.
+    ~AppDelegate();
+
+    /// For who has asked from outside, with the token by which the desktop lets a window come to the front.
+    void openDropDown(const std::string& activationToken) { windows_->openDropDown(activationToken); }
+
+private:
+    void makeStatusItem(const Setup& setup);
+    void followPalette();
+    [[nodiscard]] Ink trayInk() const;
+    void quitOnTerminationSignals();
+    void showSettings();
+
+    RunLoop& loop_;
+    BusConnection& bus_;
+    SettingsFile settings_;
+    Preferences prefs_;
+    SystemPingNetwork network_;
+    AbsentPathMonitor path_;
+    AbsentSleepMonitor sleep_;
+    AbsentNotificationCenter notifications_;
+    Monitor monitor_;
+    Menu menu_;
+    QtFacePainter painter_;
+    ColorScheme colors_;
+    std::unique_ptr<DesktopWindows> windows_;
+    std::unique_ptr<PanelMenuText> panelMenu_;
+    std::unique_ptr<NotifierStatusItem> notifier_;
+    std::unique_ptr<PanelStatusItem> item_;
+    std::unique_ptr<StatusItemController> statusItem_;
+    std::unique_ptr<PaletteWatch> paletteWatch_;
+    std::unique_ptr<SignalWatch> signals_;
+    std::unique_ptr<SessionEnd> sessionEnd_;
+};
+
+} // namespace tarnwick

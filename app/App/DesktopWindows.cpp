@@ -1,0 +1,44 @@
+#include "app/App/DesktopWindows.h"
+
+#include <QCoreApplication>
+
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+/// On Wayland the toolkit takes it from the environment for the next window that is activated, and removes it
+/// there.
+void useActivationToken(const std::string& token) {
+    if (!token.empty()) {
+        qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(token));
+    }
+}
+
+} // namespace
+
+DesktopWindows::DesktopWindows(
+    RunLoop& loop, Monitor& monitor, Menu& menu, std::string version, std::function<void()> openSettings)
+    : dropDown_(monitor, menu, loop), about_(std::move(version)), openSettings_(std::move(openSettings)) {
+}
+
+void DesktopWindows::toggleDropDown(std::optional<ScreenPoint> at) {
+    useActivationToken(takeActivationToken ? takeActivationToken() : "");
+    dropDown_.toggle(at);
+}
+
+void DesktopWindows::openDropDown(const std::string& activationToken) {
+    useActivationToken(activationToken);
+    dropDown_.open(std::nullopt);
+}
+
+void DesktopWindows::ask(const Question& question, std::function<void(bool)> answered) {
+    confirm_.ask(question.text, question.confirm, std::move(answered));
+}
+
+void DesktopWindows::quit() {
+    QCoreApplication::quit();
+}
+
+} // namespace tarnwick

@@ -1,0 +1,100 @@
+// tarnwick: the connection's quality in the panel.
+#include "app/App/AppDelegate.h"
+#include "app/App/Options.h"
+#include "platform/dbus/InstanceGuard.h"
+#include "platform/qt/QtRunLoop.h"
+
+#include <QApplication>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+
+namespace {
+
+using namespace tarnwick;
+
+constexpr int usageFailure = 2;
+
+bool hasDisplay() {
+    constexpr std::array variables{"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"};
+    return std::ranges::any_of(variables, [](const char* variable) {
+        const char* const value = std::getenv(variable);
+        return value != nullptr && *value != '\0';
+    });
+}
+
+/// The toolkit's own command line is not this program's: what it would understand has been refused before.
+int runApplication(const AppOptions& options, char* name) {
+    int count = 1;
+    std::array<char*, 2> arguments{name, nullptr};
+    const QApplication application(count, arguments.data());
+    QApplication::setApplicationName("tarnwick");
+    QApplication::setApplicationDisplayName("Tarnwick");
+    QApplication::setApplicationVersion(TARNWICK_VERSION);
+    QGuiApplication::setDesktopFileName("tarnwick");
+    QApplication::setQuitOnLastWindowClosed(false);
+    QtRunLoop loop;
+    BusConnection bus(loop, BusConnection::sessionAddress());
+    std::unique_ptr<AppDelegate> delegate;
+    const auto begin = [&](InstanceGuard::Result result) {
+        if (result == InstanceGuard::Result::anotherRuns) {
+            QCoreApplication::quit();
+            return;
+        }
+        delegate = std::make_unique<AppDelegate>(
+            loop, bus,
+            AppDelegate::Setup{
+                .settings = options.settings,
+                .version = TARNWICK_VERSION,
+                .iconFolder = TARNWICK_ICON_FOLDER});
+    };
+    InstanceGuard instance(loop, bus, begin);
+    instance.onActivate = [&](const std::string& activationToken) {
+        if (delegate) {
+            delegate->openDropDown(activationToken);
+        }
+    };
+    return QApplication::exec();
+}
+
+int start(const std::vector<std::string>& arguments, char* name) {
+    // A reader that goes away is noticed where something is written.
+    std::signal(SIGPIPE, SIG_IGN);
+    SignalWatch::block(AppDelegate::terminationSignals);
+    const auto parsed = parseAppOptions(arguments);
+    if (const auto* error = std::get_if<UsageError>(&parsed)) {
+        std::fprintf(stderr, "tarnwick: %s\n", error->text.c_str());
+        return usageFailure;
+    }
+    const auto& options = std::get<AppOptions>(parsed);
+    if (options.help) {
+        std::fputs(AppOptions::usage(), stdout);
+        return EXIT_SUCCESS;
+    }
+    if (options.version) {
+        std::puts("tarnwick " TARNWICK_VERSION);
+        return EXIT_SUCCESS;
+    }
+    if (!hasDisplay()) {
+        std::fputs(
+            "tarnwick: there is no display here; tarnwick-watch shows the same in a terminal\n", stderr);
+        return EXIT_FAILURE;
+    }
+    return runApplication(options, name);
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    try {
+        return start({argv + 1, argv + argc}, argv[0]);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tarnwick: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+}

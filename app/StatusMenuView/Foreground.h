@@ -1,0 +1,13 @@
+// Bringing a window to the front with the keyboard, in answer to the user.
+#pragma once
+
+class QWindow;
+
+namespace tarnwick::Foreground {
+
+/// For a window that the user has just asked for in another program's window, the panel. X11 knows of no such
+/// connection, and window managers that guard the focus would leave it where it is; so they are told that it
+/// is the user's own wish. Elsewhere it asks as any program may.
+void take(QWindow& window);
+
+} // namespace tarnwick::Foreground
