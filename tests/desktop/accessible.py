@@ -1,0 +1,96 @@
+"""What assistive technology sees. As a program it prints the tree of an application, or carries an action out:
+
+    accessible.py tree APPLICATION
+    accessible.py act APPLICATION NAME
+
+The bus that it asks is that of its environment, so each session needs a process of its own.
+"""
+
+from __future__ import annotations
+
+import dataclasses
+import json
+import sys
+from collections.abc import Iterator
+
+DEEPEST = 30
+TIMEOUT_MS = 3000
+
+
+@dataclasses.dataclass(frozen=True)
+class Node:
+    role: str
+    name: str
+    description: str
+    states: tuple[str, ...]
+    children: tuple[Node, ...]
+
+    @staticmethod
+    def from_json(value: dict[str, object]) -> Node:
+        children = tuple(Node.from_json(child) for child in value["children"])
+        return Node(value["role"], value["name"], value["description"], tuple(value["states"]), children)
+
+    def all(self) -> Iterator[Node]:
+        yield self
+        for child in self.children:
+            yield from child.all()
+
+    def texts(self) -> list[str]:
+        """Every name and description that is shown."""
+        shown = (node for node in self.all() if "showing" in node.states)
+        return [text for node in shown for text in (node.name, node.description) if text]
+
+
+def applications(wanted: str) -> Iterator[Atspi.Accessible]:
+    desktop = Atspi.get_desktop(0)
+    for index in range(desktop.get_child_count()):
+        application = desktop.get_child_at_index(index)
+        if application is not None and wanted in ("*", application.get_name()):
+            yield application
+
+
+def described(node: Atspi.Accessible, depth: int = 0) -> dict[str, object]:
+    children = []
+    if depth < DEEPEST:
+        for index in range(node.get_child_count()):
+            child = node.get_child_at_index(index)
+            if child is not None:
+                children.append(described(child, depth + 1))
+    return {
+        "role": node.get_role_name(),
+        "name": node.get_name() or "",
+        "description": node.get_description() or "",
+        "states": sorted(state.value_nick for state in node.get_state_set().get_states()),
+        "children": children,
+    }
+
+
+def act(node: Atspi.Accessible, name: str) -> bool:
+    if node.get_name() == name and node.get_n_actions() > 0:
+        return node.do_action(0)
+    children = (node.get_child_at_index(index) for index in range(node.get_child_count()))
+    return any(act(child, name) for child in children if child is not None)
+
+
+def main() -> None:
+    command, application, *rest = sys.argv[1:]
+    Atspi.set_timeout(TIMEOUT_MS, TIMEOUT_MS)
+    if command == "tree":
+        trees = []
+        for found in applications(application):
+            try:
+                trees.append(described(found))
+            except GLib.Error:
+                continue  # It went while it was looked at.
+        print(json.dumps(trees))
+    elif not any(act(found, *rest) for found in applications(application)):
+        sys.exit(f"nothing to act on: {rest}")
+
+
+if __name__ == "__main__":
+    import gi
+
+    gi.require_version("Atspi", "2.0")
+    from gi.repository import Atspi, GLib
+
+    main()

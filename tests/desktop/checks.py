@@ -1,0 +1,421 @@
+"""What must hold in every panel. A module for a panel derives its test case from one of the classes here."""
+
+from __future__ import annotations
+
+import re
+import signal
+import time
+import unittest
+from collections.abc import Callable
+
+from PIL import Image
+
+from endtoend.waiting import eventually
+
+from .bus import Listener
+from .item import Item
+from .panels import Desktop
+from .pictures import Rectangle, background, bars, brightness, changed, ink_brightness
+from .program import APPLICATION, PATIENCE, TITLE, Program
+from .x11 import RIGHT
+
+# The item is registered again so soon after a new watcher has come.
+REGISTERED_WITHIN = 2
+# For this long something that must not happen is waited for.
+WATCHED_SECONDS = 0.5
+# From an item to a place inside its menu.
+ASIDE = 40
+# From a click to the window that belongs to it.
+NEAR = 60
+ELSEWHERE = (300, 450)
+READABLE_CONTRAST = 80
+CHART_SUMMARY = re.compile(r"Median \d+ milliseconds, slowest \d+ milliseconds, \d+ lost")
+MENU_HEIGHT = 150  # at the least, with header and items
+MENU_TITLES = ("Reset Session Stats", "Reset All Time Stats…", "Settings…", "About Tarnwick", "Quit Tarnwick")
+GRID_ROWS = ("Pings sent", "Replies lost", "Packet loss", "Average", "Fastest", "Slowest")
+
+
+def distance(x: int, y: int, place: Rectangle) -> int:
+    """From a point to a rectangle, along the longer axis."""
+    return max(place.x - x, x - place.x - place.width, place.y - y, y - place.y - place.height, 0)
+
+
+def never(condition: Callable[[], object]) -> bool:
+    """Whether a condition stays false for a while."""
+    deadline = time.monotonic() + WATCHED_SECONDS
+    while time.monotonic() < deadline:
+        if condition():
+            return False
+    return True
+
+
+class PanelChecks:
+    """In every panel, whatever its protocol is."""
+
+    panel: type[Desktop]
+    # A wide face, or a label beside the icon, takes more room than an icon.
+    shows_text_beside = False
+    # Where windows can place themselves.
+    opens_at_click = True
+
+    desktop: Desktop
+    program: Program | None = None
+
+    @classmethod
+    def setUpClass(cls) -> None:
+        cls.panel.require()
+        cls.desktop = cls.panel()
+        cls.desktop.start()
+        cls.addClassCleanup(cls.desktop.stop)
+        cls.desktop.park_pointer()
+        cls.empty = cls.desktop.still_picture()
+
+        cls.addClassCleanup(cls.end_program)
+
+    def setUp(self) -> None:
+        self.desktop.park_pointer()
+
+    def run(self, result: unittest.TestResult) -> unittest.TestResult | None:
+        """A failed test leaves a picture."""
+        failed = len(result.failures) + len(result.errors)
+        outcome = super().run(result)
+        if len(result.failures) + len(result.errors) > failed:
+            self.desktop.screenshot(f"failed/{self.id()}.png")
+        return outcome
+
+    @classmethod
+    def end_program(cls) -> None:
+        if cls.program is not None:
+            cls.program.end()
+            cls.program.forget_statistics()
+            cls.program = None
+
+    def running(self) -> Program:
+        """A program at rest, with the usual settings: that of the test before unless it has ended."""
+        program = self.program
+        if program is None or program.process.poll() is not None or program.drop_down() is not None:
+            return self.started()
+        return program
+
+    def started(self, **settings: object) -> Program:
+        """A new program."""
+        self.end_program()
+        self.wait_for_empty_panel()
+        if settings:
+            self.addCleanup(self.end_program)
+        type(self).program = Program(self.desktop, **settings)
+        return self.program
+
+    def is_empty(self) -> bool:
+        return changed(self.empty, self.desktop.picture(), self.desktop.strip) is None
+
+    def wait_for_empty_panel(self) -> None:
+        self.desktop.park_pointer()
+
+        def is_empty() -> bool:
+            if self.is_empty():
+                return True
+            self.desktop.key("Escape")  # Whatever a failed test has left open.
+            return False
+
+        eventually(is_empty, PATIENCE, "the item has gone from the panel")
+
+    def shown(self, program: Program) -> Rectangle:
+        """Where the item is drawn, once there is a verdict to be shown."""
+        place = self.desktop.item_rectangle(self.empty)
+        self.wait_for_verdict(program)
+        self.desktop.still_picture()
+        return changed(self.empty, self.desktop.picture(), self.desktop.strip) or place
+
+    def wait_for_verdict(self, program: Program) -> None:
+        raise NotImplementedError
+
+    def open_drop_down(self, place: Rectangle) -> None:
+        """As people do it."""
+        self.desktop.click(*place.center)
+
+    def opened(self, program: Program) -> Rectangle:
+        """The drop-down at rest, ready for keys."""
+        eventually(program.drop_down, PATIENCE, "the drop-down")
+        eventually(lambda: self.desktop.focused_title() == TITLE, PATIENCE, "the drop-down has the keyboard")
+
+        def settled() -> Rectangle | None:
+            first, second = program.drop_down(), program.drop_down()
+            return first if first == second else None
+
+        return eventually(settled, PATIENCE, "the drop-down at rest")
+
+    def wait_until_closed(self, program: Program) -> None:
+        eventually(lambda: program.drop_down() is None, PATIENCE, "the drop-down closes")
+
+    # What is drawn.
+
+    def test_it_is_drawn_readably_in_the_panel(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+
+        picture = self.desktop.screenshot(f"{self.desktop.name}.png")
+
+        self.assertGreaterEqual(place.height, 10)
+        if self.shows_text_beside:
+            self.assertGreater(place.width, 2 * place.height)
+        else:
+            self.assertLessEqual(place.width, self.desktop.strip.height)
+        self.assertGreater(self.contrast(picture, place), READABLE_CONTRAST)
+
+    def contrast(self, picture: Image.Image, place: Rectangle) -> float:
+        """Between what is drawn there and the panel."""
+        ground = brightness(background(picture.crop(self.desktop.strip.box)))
+        return abs(ink_brightness(picture.crop(place.box)) - ground)
+
+    def test_the_icon_alone_is_five_rising_bars(self) -> None:
+        program = self.started(ShowText="false")
+        place = self.shown(program)
+
+        def five_bars() -> list[Rectangle]:
+            picture = self.desktop.screenshot(f"{self.desktop.name}-icon.png")
+            found = bars(picture.crop(place.box))
+            return found if len(found) == 5 and self.contrast(picture, place) > READABLE_CONTRAST else []
+
+        heights = [bar.height for bar in eventually(five_bars, PATIENCE, "five bars")]
+
+        self.assertEqual(heights, sorted(heights))
+        self.assertGreaterEqual(heights[-1], 3 * heights[0])
+
+    # The drop-down.
+
+    def test_a_click_opens_the_drop_down_and_escape_closes_it(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+
+        self.open_drop_down(place)
+
+        window = self.opened(program)
+        self.assertTrue(self.desktop.area.contains(window), window)
+        if self.opens_at_click:
+            self.assertLess(distance(*place.center, window), NEAR)
+        self.desktop.screenshot(f"{self.desktop.name}-drop-down.png")
+        self.desktop.key("Escape")
+        self.wait_until_closed(program)
+
+    def test_a_second_click_on_the_icon_closes_it_for_good(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+        self.open_drop_down(place)
+        self.opened(program)
+
+        self.open_drop_down(place)
+
+        self.wait_until_closed(program)
+        self.assertTrue(never(program.drop_down), "it opened again")
+
+    def test_a_click_elsewhere_closes_it(self) -> None:
+        program = self.running()
+        self.open_drop_down(self.shown(program))
+        window = self.opened(program)
+        self.assertGreater(distance(*ELSEWHERE, window), NEAR)
+
+        self.desktop.click(*ELSEWHERE)
+
+        self.wait_until_closed(program)
+        self.assertTrue(never(program.drop_down), "it opened again")
+
+    def test_a_second_start_opens_the_drop_down_of_the_first(self) -> None:
+        program = self.running()
+        self.shown(program)
+
+        self.assertEqual(program.start_again(), 0)
+
+        self.opened(program)
+        self.assertIsNone(program.process.poll())
+        self.desktop.key("Escape")
+        self.wait_until_closed(program)
+
+    def test_assistive_technology_sees_all_of_the_drop_down(self) -> None:
+        program = self.running()
+        self.open_drop_down(self.shown(program))
+        self.opened(program)
+
+        def texts() -> list[str]:
+            found = self.desktop.accessible(APPLICATION).texts()
+            return found if any(text.startswith("Quit") for text in found) else []
+
+        seen = eventually(texts, PATIENCE, "the drop-down in the accessible tree")
+
+        header = [text for text in seen if text.startswith("Excellent")]
+        self.assertTrue(header and "127.0.0.1" in header[0] and " ms" in header[0], seen)
+        self.assertTrue(any(CHART_SUMMARY.match(text) for text in seen), seen)
+        for title in GRID_ROWS:
+            self.assertTrue(any(text.startswith(f"{title}: session ") for text in seen), (title, seen))
+        for title in ("Reset Session Stats", "Settings…", "About Tarnwick", "Quit Tarnwick"):
+            self.assertIn(title, seen)
+        self.assertNotIn("Change Host…", seen)
+
+    # Coming and going.
+
+    def test_it_goes_when_the_program_is_killed(self) -> None:
+        program = self.running()
+        self.shown(program)
+
+        program.end()
+
+        eventually(self.is_empty, PATIENCE, "the item goes")
+
+    def test_it_comes_back_with_a_new_panel(self) -> None:
+        program = self.running()
+        self.shown(program)
+        self.desktop.kill_panel()
+
+        self.desktop.start_panel()
+
+        self.assertTrue(self.desktop.item_rectangle(self.empty, timeout=PATIENCE))
+
+    def ends_well(self, program: Program, end: Callable[[], object]) -> None:
+        """Whether the program, told to end, does so with its statistics saved."""
+        self.shown(program)
+        end()
+        self.assertEqual(program.exit_status(), 0, program.output)
+        self.assertGreaterEqual(program.saved_pings(), 1)
+
+    def test_a_polite_signal_ends_it_with_the_statistics_saved(self) -> None:
+        for number in (signal.SIGTERM, signal.SIGINT):
+            with self.subTest(number.name):
+                program = self.running()
+                self.ends_well(program, lambda program=program, number=number: program.send(number))
+
+    def test_the_shortcut_for_quitting_ends_it_with_the_statistics_saved(self) -> None:
+        program = self.running()
+
+        def quit_by_keyboard() -> None:
+            self.open_drop_down(self.shown(program))
+            self.opened(program)
+            self.desktop.key("q", "Control_L")
+
+        self.ends_well(program, quit_by_keyboard)
+
+    def test_assistive_technology_can_quit_it(self) -> None:
+        program = self.running()
+
+        def quit_by_action() -> None:
+            self.open_drop_down(self.shown(program))
+            self.opened(program)
+            eventually(self.tree_has_quit, PATIENCE, "the drop-down in the accessible tree")
+            self.desktop.act(APPLICATION, "Quit Tarnwick")
+
+        self.ends_well(program, quit_by_action)
+
+    def tree_has_quit(self) -> bool:
+        return "Quit Tarnwick" in self.desktop.accessible(APPLICATION).texts()
+
+
+class NotifierChecks(PanelChecks):
+    """In panels that host items over the bus."""
+
+    first_row = 14  # of the panel's menu, from its top to the middle of the row
+
+    def wait_for_verdict(self, program: Program) -> None:
+        program.item_up()
+
+    def item_of(self, program: Program) -> Item | None:
+        return Item.of_process(self.desktop, program.process.pid)
+
+    def test_it_says_what_it_is(self) -> None:
+        item = self.running().item_up()
+
+        properties = item.properties()
+
+        self.assertEqual(properties["Category"], "SystemServices")
+        self.assertEqual(properties["Status"], "Active")
+        self.assertEqual(properties["Title"], TITLE)
+        self.assertRegex(properties["XAyatanaLabel"], r"^\s*\d+ms")
+        self.assertTrue(properties["XAyatanaLabelGuide"])
+        self.assertIn("Latest Ping Time: ", "\n".join(item.tool_tip))
+        self.assertTrue(item.tool_tip[0])
+        sizes = [(width, height) for width, height, _ in properties["IconPixmap"]]
+        self.assertTrue(properties["IconName"] or len(sizes) > 1, properties)
+        for width, height, pixels in properties["IconPixmap"]:
+            self.assertEqual(len(pixels), 4 * width * height)
+
+    def test_its_menu_begins_with_the_state_of_the_connection(self) -> None:
+        item = self.running().item_up()
+
+        rows = [row for row in item.rows() if row.visible]
+
+        labels = [row.label for row in rows]
+        self.assertTrue(labels[0].startswith("Excellent · "), labels)
+        self.assertIn(" ms", labels[0])
+        self.assertIn("127.0.0.1", labels[1])
+        self.assertEqual(len(labels[2]), 36, labels[2])
+        self.assertTrue(labels[3].startswith("Session: "), labels)
+        for title in MENU_TITLES:
+            self.assertTrue(item.row(title).visible)
+        self.assertFalse(item.row("Change Host…").visible)
+        self.assertFalse(rows[-1].is_separator)
+
+    def test_a_right_click_shows_the_menu_that_the_panel_draws(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+        before = self.desktop.picture()
+
+        self.desktop.click(*place.center, RIGHT)
+
+        drawn = eventually(lambda: self.menu_drawn(before), PATIENCE, "a menu is drawn")
+        self.assertGreater(drawn.width, 100)
+        self.desktop.screenshot(f"{self.desktop.name}-menu.png")
+        self.desktop.dismiss_menu()
+        eventually(lambda: self.menu_drawn(before) is None, PATIENCE, "the menu closes")
+        self.assertIsNone(program.drop_down())
+
+    def menu_drawn(self, before: Image.Image) -> Rectangle | None:
+        """What is drawn on the rest of the screen, if it is as high as so many rows."""
+        found = changed(before, self.desktop.picture(), self.desktop.rest)
+        return found if found is not None and found.height > MENU_HEIGHT else None
+
+    def test_the_header_of_the_panels_menu_opens_the_drop_down(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+        before = self.desktop.picture()
+        self.desktop.click(*place.center, RIGHT)
+        menu = eventually(lambda: self.menu_drawn(before), PATIENCE, "a menu is drawn")
+
+        # Menus reach from the item to the left, whatever their width.
+        row = (place.x - ASIDE, menu.y + self.first_row)
+        self.desktop.move(*row)
+        # Some panels take a click right after the opening one for a part of it.
+        self.assertTrue(never(program.drop_down), "pointing at it is enough")
+        self.desktop.click(*row)
+
+        self.opened(program)
+        self.desktop.key("Escape")
+        self.wait_until_closed(program)
+
+    def test_quit_in_the_panels_menu_ends_it_with_the_statistics_saved(self) -> None:
+        program = self.running()
+
+        def quit_by_menu() -> None:
+            item = program.item()
+            item.choose(item.row("Quit Tarnwick"))
+
+        self.ends_well(program, quit_by_menu)
+
+    def test_its_registration_goes_when_the_program_is_killed(self) -> None:
+        program = self.running()
+        program.item()
+
+        program.end()
+
+        eventually(lambda: self.item_of(program) is None, PATIENCE, "the watcher forgets the item")
+
+    def test_it_registers_at_once_with_a_new_watcher(self) -> None:
+        program = self.running()
+        program.item_up()
+        self.desktop.kill_panel()
+        rule = "type='method_call',member='RegisterStatusNotifierItem'"
+        with Listener(self.desktop.session.bus.address, rule) as listener:
+            self.desktop.start_panel()
+            program.item()
+
+            calls = [message for message in listener.messages() if message.member == "RegisterStatusNotifierItem"]
+
+        self.assertTrue(calls)
+        self.assertLess(calls[0].at - self.desktop.watched_since, REGISTERED_WITHIN)

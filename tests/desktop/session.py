@@ -1,0 +1,188 @@
+"""A desktop session of its own: home folder, XDG folders, session bus, and everything started in it."""
+
+from __future__ import annotations
+
+import contextlib
+import ctypes
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import tempfile
+import uuid
+from collections.abc import Sequence
+
+from endtoend.waiting import eventually
+
+from .bus import Bus
+
+OUTPUT = pathlib.Path(__file__).resolve().parents[2] / "build/desktop"
+# Carried by everything that a session starts, directly or not: so all of it is found again at the end.
+MARK = "TARNWICK_TEST_SESSION"
+# Some compositors refuse to run as root.
+NOBODY = 65534
+PR_SET_PDEATHSIG = 1
+# An ordinary session bus, but one that lets the tests look in whoever the session's user is.
+BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <include>/usr/share/dbus-1/session.conf</include>
+  <policy context="mandatory"><allow user="*"/></policy>
+</busconfig>
+"""
+KEPT_VARIABLES = ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS")
+
+libc = ctypes.CDLL(None)
+
+
+def die_with_parent() -> None:
+    libc.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
+class Session:
+    """Has folders from the constructor on and a bus from `start_bus` on; `close` kills everything in it."""
+
+    def __init__(self, name: str, unprivileged: bool = False) -> None:
+        self.mark = uuid.uuid4().hex
+        self.user = NOBODY if unprivileged and os.geteuid() == 0 else None
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarnwick-desktop-"))
+        self.logs = OUTPUT / "logs" / name
+        shutil.rmtree(self.logs, ignore_errors=True)
+        self.logs.mkdir(parents=True)
+        self.processes: list[subprocess.Popen[bytes]] = []
+        self.bus: Bus
+        self.home = self.folder / "home"
+        self.config = self.folder / "config"
+        self.data = self.folder / "data"
+        self.runtime = self.folder / "runtime"
+        cache = self.folder / "cache"
+        for path in (self.home, self.config, self.data, self.runtime, cache):
+            path.mkdir(mode=0o700)
+        self.environment = {name: os.environ[name] for name in KEPT_VARIABLES if name in os.environ} | {
+            MARK: self.mark,
+            "HOME": str(self.home),
+            "XDG_CONFIG_HOME": str(self.config),
+            "XDG_DATA_HOME": str(self.data),
+            "XDG_CACHE_HOME": str(cache),
+            "XDG_RUNTIME_DIR": str(self.runtime),
+            "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.runtime}/bus",
+            # Nothing of a session of this machine may be reached.
+            "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.runtime}/system_bus",
+            "LC_ALL": "C.UTF-8",
+            "NO_AT_BRIDGE": "0",
+            "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+            "GSETTINGS_BACKEND": "keyfile",
+        }
+        self.give_away()
+
+    def give_away(self) -> None:
+        """Hands the folders to the session's user."""
+        if self.user is not None:
+            for path in (self.folder, *self.folder.rglob("*")):
+                os.chown(path, self.user, self.user, follow_symlinks=False)
+
+    def write(self, path: pathlib.Path, text: str) -> None:
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text, encoding="utf-8")
+        self.give_away()
+
+    def own_copy(self, file: str) -> str:
+        """The path of an executable that the session's user may start, wherever the original is."""
+        if self.user is None:
+            return file
+        copy = self.folder / pathlib.Path(file).name
+        if not copy.exists():
+            shutil.copy2(file, copy)
+            self.give_away()
+        return str(copy)
+
+    def spawn(
+        self,
+        name: str,
+        command: Sequence[str],
+        environment: dict[str, str] | None = None,
+        pass_fds: Sequence[int] = (),
+    ) -> subprocess.Popen[bytes]:
+        """Starts a program that writes to the log of that name, and dies with us."""
+        with open(self.logs / f"{name}.log", "ab") as log:
+            process = subprocess.Popen(
+                command,
+                env=self.environment | (environment or {}),
+                cwd=self.home,
+                stdin=subprocess.DEVNULL,
+                stdout=log,
+                stderr=log,
+                start_new_session=True,
+                pass_fds=pass_fds,
+                preexec_fn=die_with_parent,
+                **self._identity(),
+            )
+        self.processes.append(process)
+        return process
+
+    def run(self, command: Sequence[str], timeout: float = 10) -> bytes:
+        """The standard output of a program that ends by itself."""
+        result = subprocess.run(
+            command,
+            env=self.environment,
+            cwd=self.home,
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            timeout=timeout,
+            **self._identity(),
+        )
+        if result.returncode != 0:
+            raise AssertionError(f"{command}: {result.returncode}: {result.stderr.decode(errors='replace')}")
+        return result.stdout
+
+    def _identity(self) -> dict[str, object]:
+        return {} if self.user is None else {"user": self.user, "group": self.user, "extra_groups": []}
+
+    def log(self, name: str) -> str:
+        with contextlib.suppress(FileNotFoundError):
+            return (self.logs / f"{name}.log").read_text(encoding="utf-8", errors="replace")
+        return ""
+
+    def start_bus(self) -> None:
+        self.bus = self._start_daemon("bus", self.environment["DBUS_SESSION_BUS_ADDRESS"])
+
+    def start_system_bus(self) -> Bus:
+        return self._start_daemon("system_bus", self.environment["DBUS_SYSTEM_BUS_ADDRESS"])
+
+    def _start_daemon(self, name: str, address: str) -> Bus:
+        self.write(self.folder / "bus.conf", BUS_CONFIGURATION)
+        command = ["dbus-daemon", f"--config-file={self.folder}/bus.conf", "--nofork", "--nopidfile"]
+        daemon = self.spawn(name, [*command, f"--address={address}"])
+        eventually(
+            lambda: (self.runtime / name).exists() or daemon.poll() is not None, 10, "the bus takes connections"
+        )
+        return Bus(address)
+
+    @staticmethod
+    def kill(process: subprocess.Popen[bytes]) -> None:
+        """The process with its group."""
+        with contextlib.suppress(ProcessLookupError):
+            os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+
+    def close(self) -> None:
+        if hasattr(self, "bus"):
+            self.bus.close()
+        for process in reversed(self.processes):
+            self.kill(process)
+        eventually(self._kill_marked, 10, "everything of the session has ended")
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _kill_marked(self) -> bool:
+        """Kills what the session's programs have started by themselves; true when nothing was left."""
+        mark = f"{MARK}={self.mark}".encode()
+        none_left = True
+        for entry in pathlib.Path("/proc").iterdir():
+            if not entry.name.isdigit():
+                continue
+            with contextlib.suppress(OSError):
+                if mark in (entry / "environ").read_bytes().split(b"\0"):
+                    none_left = False
+                    os.kill(int(entry.name), signal.SIGKILL)
+        return none_left

@@ -1,0 +1,39 @@
+"""The program in tint2: the classic tray, where an icon is a window."""
+
+from __future__ import annotations
+
+import unittest
+
+from endtoend.waiting import eventually
+
+from .checks import PanelChecks
+from .panels import Tint2Panel
+from .pictures import bars, changed
+from .program import APPLICATION, PATIENCE, Program
+from .x11 import RIGHT
+
+
+class Tint2(PanelChecks, unittest.TestCase):
+    panel = Tint2Panel
+
+    def wait_for_verdict(self, program: Program) -> None:
+        """Nobody tells here: the five lit bars do."""
+
+        def five_bars() -> bool:
+            place = changed(self.empty, self.desktop.picture(), self.desktop.strip)
+            return place is not None and len(bars(self.desktop.picture().crop(place.box))) == 5
+
+        eventually(five_bars, PATIENCE, "five bars are lit")
+
+    def test_a_right_click_shows_the_menu(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+
+        self.desktop.click(*place.center, RIGHT)
+
+        eventually(self.tree_has_quit, PATIENCE, "the menu in the accessible tree")
+        seen = self.desktop.accessible(APPLICATION).texts()
+        self.assertTrue(any(text.startswith("Excellent") for text in seen), seen)
+        self.desktop.screenshot("tint2-menu.png")
+        self.desktop.key("Escape")
+        eventually(lambda: not self.tree_has_quit(), PATIENCE, "the menu closes")

@@ -1,0 +1,34 @@
+"""The program in xfce4-panel: square, and the panel tells whether it is dark."""
+
+from __future__ import annotations
+
+import unittest
+
+from endtoend.waiting import eventually
+
+from .checks import READABLE_CONTRAST, NotifierChecks
+from .panels import XfcePanel
+from .pictures import background, brightness, ink_brightness
+from .program import PATIENCE
+
+
+class Xfce(NotifierChecks, unittest.TestCase):
+    panel = XfcePanel
+    desktop: XfcePanel
+
+    def test_it_follows_the_panel_from_dark_to_light_and_back(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+        self.addCleanup(self.desktop.set_dark, True)
+
+        def is_readable(on_light: bool) -> bool:
+            picture = self.desktop.picture().crop(self.desktop.strip.box)
+            ground = brightness(background(picture))
+            ink = ink_brightness(self.desktop.picture().crop(place.box))
+            return (ground > 127) == on_light and ((ground - ink) if on_light else (ink - ground)) > READABLE_CONTRAST
+
+        for on_light in (True, False):
+            self.desktop.set_dark(not on_light)
+
+            eventually(lambda on_light=on_light: is_readable(on_light), PATIENCE, f"readable, light: {on_light}")
+            self.desktop.screenshot(f"xfce-{'light' if on_light else 'dark'}.png")

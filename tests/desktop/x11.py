@@ -1,0 +1,152 @@
+"""A virtual X display with a pointer and a keyboard."""
+
+from __future__ import annotations
+
+import os
+import pathlib
+import subprocess
+
+from PIL import Image, ImageGrab
+from Xlib import XK, X, display, error
+from Xlib.ext import xtest
+from Xlib.xobject.drawable import Window
+
+from endtoend.waiting import eventually
+
+from .pictures import Rectangle
+from .session import Session
+
+LEFT, MIDDLE, RIGHT = 1, 2, 3
+SCROLL_UP, SCROLL_DOWN = 4, 5
+# Of displays that are tried.
+FIRST_NUMBER, NUMBERS, ATTEMPTS = 100, 800, 50
+
+
+def holds(lock: pathlib.Path, process: int) -> bool:
+    try:
+        return int(lock.read_text(encoding="ascii")) == process
+    except (FileNotFoundError, ValueError):
+        return False
+
+
+class X11Screen:
+    def __init__(self, session: Session, width: int = 1280, height: int = 800) -> None:
+        self.area = Rectangle(0, 0, width, height)
+        self._server, self.name = self._start_server(session, f"{width}x{height}x24")
+        session.environment["DISPLAY"] = self.name
+        self._display = display.Display(self.name)
+
+    @staticmethod
+    def _start_server(session: Session, screen: str) -> tuple[subprocess.Popen[bytes], str]:
+        """A server and the name of its display."""
+        # Letting the server choose its number would make it ignore the locks, and with them the servers of
+        # other network namespaces.
+        first = FIRST_NUMBER + os.getpid() % NUMBERS
+        for number in range(first, first + ATTEMPTS):
+            socket = pathlib.Path(f"/tmp/.X11-unix/X{number}")
+            if socket.exists():
+                continue
+            options = ["-screen", "0", screen, "-nolisten", "tcp", "-ac", "-noreset"]
+            server = session.spawn("display", ["Xvfb", f":{number}", *options])
+            lock = pathlib.Path(f"/tmp/.X{number}-lock")
+
+            def is_decided(server: subprocess.Popen[bytes] = server, lock: pathlib.Path = lock) -> bool:
+                return server.poll() is not None or holds(lock, server.pid)
+
+            eventually(is_decided, 10, "the display has its number")
+            eventually(lambda server=server, socket=socket: server.poll() is not None or socket.exists(), 10, "Xvfb")
+            if server.poll() is None:
+                return server, f":{number}"
+        raise AssertionError(f"no display: {session.log('display')}")
+
+    def close(self) -> None:
+        try:
+            self._display.close()
+        except (OSError, error.ConnectionClosedError):
+            pass  # The server was the first to go.
+        # It takes its socket and its lock away.
+        self._server.terminate()
+        self._server.wait()
+
+    def start_window_manager(self, session: Session) -> subprocess.Popen[bytes]:
+        manager = session.spawn("openbox", ["openbox"])
+        eventually(self.window_manager_is_there, 10, "the window manager manages")
+        return manager
+
+    def window_manager_is_there(self) -> bool:
+        check = self._display.intern_atom("_NET_SUPPORTING_WM_CHECK")
+        return self._display.screen().root.get_full_property(check, X.AnyPropertyType) is not None
+
+    def has_tray(self) -> bool:
+        owner = self._display.get_selection_owner(self._display.intern_atom("_NET_SYSTEM_TRAY_S0"))
+        return owner != X.NONE
+
+    def screenshot(self) -> Image.Image:
+        return ImageGrab.grab(xdisplay=self.name).convert("RGB")
+
+    def move(self, x: int, y: int) -> None:
+        xtest.fake_input(self._display, X.MotionNotify, x=x, y=y)
+        self._display.sync()
+
+    def click(self, x: int, y: int, button: int = LEFT) -> None:
+        self.move(x, y)
+        for kind in (X.ButtonPress, X.ButtonRelease):
+            xtest.fake_input(self._display, kind, button)
+            self._display.sync()
+
+    def scroll(self, x: int, y: int, up: bool = True) -> None:
+        self.click(x, y, SCROLL_UP if up else SCROLL_DOWN)
+
+    def key(self, name: str, *modifiers: str) -> None:
+        """Names as X gives them: "Escape", "Return", "Down", "q"; modifiers "Alt_L", "Control_L"."""
+        codes = [self._display.keysym_to_keycode(XK.string_to_keysym(key)) for key in (*modifiers, name)]
+        for code in codes:
+            xtest.fake_input(self._display, X.KeyPress, code)
+        for code in reversed(codes):
+            xtest.fake_input(self._display, X.KeyRelease, code)
+        self._display.sync()
+
+    def focused_title(self) -> str:
+        """Of the window that has the keyboard."""
+        focus = self._display.get_input_focus().focus
+        try:
+            # The keyboard may be with a child of the window that has the title.
+            while isinstance(focus, Window):
+                title = self._title(focus)
+                if title:
+                    return title
+                focus = focus.query_tree().parent
+        except error.XError:
+            pass  # It went while it was looked at.
+        return ""
+
+    def windows(self) -> list[tuple[str, Rectangle]]:
+        """Title and place of all visible windows; those without a title have an empty one."""
+        found: list[tuple[str, Rectangle]] = []
+        root = self._display.screen().root
+        self._collect(root, root, found)
+        return found
+
+    def _collect(self, window: Window, root: Window, found: list[tuple[str, Rectangle]]) -> None:
+        try:
+            children = window.query_tree().children
+        except error.XError:
+            return
+        for child in children:
+            try:
+                if child.get_attributes().map_state != X.IsViewable:
+                    continue
+                geometry = child.get_geometry()
+                corner = root.translate_coords(child, 0, 0)
+                place = Rectangle(corner.x, corner.y, geometry.width, geometry.height)
+                found.append((self._title(child), place))
+            except error.XError:
+                continue  # It went while it was looked at.
+            self._collect(child, root, found)
+
+    def _title(self, window: Window) -> str:
+        for name in ("_NET_WM_NAME", "WM_NAME"):
+            value = window.get_full_property(self._display.intern_atom(name), X.AnyPropertyType)
+            if value is not None:
+                return value.value.decode(errors="replace") if isinstance(value.value, bytes) else str(value.value)
+        return ""
