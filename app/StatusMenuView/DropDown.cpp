@@ -34,14 +34,15 @@ DropDown::~DropDown() {
 }
 
 void DropDown::toggle(std::optional<ScreenPoint> at) {
+    const double now = loop_.now();
     const std::optional<double> lostFocusAt = std::exchange(lostFocusAt_, std::nullopt);
-    const std::optional<double> toggledAt = std::exchange(toggledAt_, loop_.now());
-    if (toggledAt && *toggledAt_ - *toggledAt < sameMoment) {
+    const std::optional<double> toggledAt = std::exchange(toggledAt_, now);
+    if (toggledAt && now - *toggledAt < sameMoment) {
         return;
     }
     if (isOpen()) {
         close();
-    } else if (!lostFocusAt || loop_.now() - *lostFocusAt >= sameClick) {
+    } else if (!lostFocusAt || now - *lostFocusAt >= sameClick) {
         open(at);
     }
 }
