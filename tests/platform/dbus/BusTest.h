@@ -9,7 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,6 +22,14 @@ class BusTest : public testing::Test {
 protected:
     /// The bus runs, but nobody is on it yet.
     void SetUp() override { ASSERT_TRUE(daemon_.start()); }
+
+    /// What a connection that is still being opened has in hand would look like a leak.
+    void TearDown() override {
+        EXPECT_TRUE(runUntil([] {
+            using Tasks = std::filesystem::directory_iterator;
+            return std::distance(Tasks("/proc/self/task"), Tasks()) == 1;
+        }));
+    }
 
     /// On the bus until the end of the test, or until the bus is stopped.
     BusPeer& addPeer() { return *peers_.emplace_back(std::make_unique<BusPeer>(daemon_.address())); }
