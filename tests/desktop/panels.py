@@ -385,6 +385,14 @@ WAYBAR = '{"layer": "top", "height": 30, "modules-right": ["tray"], "tray": {"ic
 WAYBAR_STYLE = "window#waybar { background: #202020; color: #ffffff; }"
 
 
+def share_memory_with_everybody() -> None:
+    """In a changed root the folder may be without its file system, and closed to the session's user."""
+    everybody = 0o1777
+    if os.stat("/dev/shm").st_mode & everybody != everybody and os.geteuid() == 0:
+        # The mounts are the laboratory's own.
+        subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=1777", "tmpfs", "/dev/shm"], check=True, timeout=10)
+
+
 class WaybarPanel(Desktop):
     """On a Wayland compositor without a screen."""
 
@@ -397,6 +405,7 @@ class WaybarPanel(Desktop):
 
     def start_display(self) -> None:
         session = self.session
+        share_memory_with_everybody()
         session.start_bus()
         session.environment |= {
             "WLR_BACKENDS": "headless",

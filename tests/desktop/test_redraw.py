@@ -11,8 +11,8 @@ from .item import Item
 from .panels import XfcePanel
 from .program import PATIENCE, Program, pings_sent
 
-PINGS = 20
-ATTEMPTS = 5
+PINGS = 10
+ATTEMPTS = 12
 
 
 class Redraw(unittest.TestCase):
