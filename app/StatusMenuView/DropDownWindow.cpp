@@ -70,8 +70,8 @@ DropDownWindow::DropDownWindow(Monitor& monitor, const Menu& menu, RunLoop& loop
     // Not the last window whose closing would end a program that has only its status item.
     setAttribute(Qt::WA_QuitOnClose, false);
     items_->onChoose = [this](MenuItem::Id id) {
-        if (onChoose) {
-            onChoose(id);
+        if (const auto choose = onChoose) { // the owner lets go of this window in it
+            choose(id);
         }
     };
     items_->onSizeChange = [this] { fit(); };

@@ -40,12 +40,13 @@ xcb_timestamp_t serverTime(xcb_connection_t* connection, const xcb_screen_t& scr
     xcb_change_property(
         connection, XCB_PROP_MODE_APPEND, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 0, nullptr);
     xcb_flush(connection);
-    while (const EventPtr event{xcb_wait_for_event(connection), &std::free}) {
+    // Nothing else was asked for; an error would be the first and only answer.
+    if (const EventPtr event{xcb_wait_for_event(connection), &std::free}) {
         if ((event->response_type & eventTypeBits) == XCB_PROPERTY_NOTIFY) {
             return reinterpret_cast<const xcb_property_notify_event_t*>(event.get())->time;
         }
     }
-    return XCB_CURRENT_TIME; // the connection is broken
+    return XCB_CURRENT_TIME;
 }
 
 void askWindowManager(xcb_window_t window) {
