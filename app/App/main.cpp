@@ -13,6 +13,9 @@
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -29,7 +32,7 @@ bool hasDisplay() {
 }
 
 /// The toolkit's own command line is not this program's: what it would understand has been refused before.
-int runApplication(const AppOptions& options, char* name) {
+int runApplication(const AppOptions& options, char* name, std::string startToken) {
     int count = 1;
     std::array<char*, 2> arguments{name, nullptr};
     const QApplication application(count, arguments.data());
@@ -46,6 +49,11 @@ int runApplication(const AppOptions& options, char* name) {
             QCoreApplication::quit();
             return;
         }
+        if (result == InstanceGuard::Result::anotherIsSilent) {
+            std::fputs("tarnwick: another one is running, but it does not answer\n", stderr);
+            QCoreApplication::exit(EXIT_FAILURE);
+            return;
+        }
         delegate = std::make_unique<AppDelegate>(
             loop, bus,
             AppDelegate::Setup{
@@ -53,7 +61,7 @@ int runApplication(const AppOptions& options, char* name) {
                 .version = TARNWICK_VERSION,
                 .iconFolder = TARNWICK_ICON_FOLDER});
     };
-    InstanceGuard instance(loop, bus, begin);
+    InstanceGuard instance(loop, bus, std::move(startToken), begin);
     instance.onActivate = [&](const std::string& activationToken) {
         if (delegate) {
             delegate->openDropDown(activationToken);
@@ -85,7 +93,7 @@ int start(const std::vector<std::string>& arguments, char* name) {
             "tarnwick: there is no display here; tarnwick-watch shows the same in a terminal\n", stderr);
         return EXIT_FAILURE;
     }
-    return runApplication(options, name);
+    return runApplication(options, name, InstanceGuard::takeActivationToken());
 }
 
 } // namespace

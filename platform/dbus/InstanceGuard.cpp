@@ -18,14 +18,14 @@ namespace {
 constexpr const char* objectPath = "/org/tarnwick/Tarnwick";
 constexpr const char* interface = "org.freedesktop.Application";
 constexpr const char* tokenKey = "activation-token";
+constexpr const char* tokenVariable = "XDG_ACTIVATION_TOKEN";
 
 using PlatformData = std::map<std::string, sdbus::Variant>;
 
-/// What the desktop has given to this start passes to the program that shows itself in its place.
-PlatformData platformData() {
+PlatformData platformData(const std::string& activationToken) {
     PlatformData data;
-    if (const char* token = std::getenv("XDG_ACTIVATION_TOKEN"); token != nullptr) {
-        data.emplace(tokenKey, sdbus::Variant(validUtf8(token)));
+    if (!activationToken.empty()) {
+        data.emplace(tokenKey, sdbus::Variant(validUtf8(activationToken)));
     }
     return data;
 }
@@ -70,9 +70,18 @@ private:
     std::unique_ptr<sdbus::IObject> object_;
 };
 
-InstanceGuard::InstanceGuard(RunLoop& loop, BusConnection& bus, std::function<void(Result)> decided)
+std::string InstanceGuard::takeActivationToken() {
+    const char* const value = std::getenv(tokenVariable);
+    std::string token = value == nullptr ? "" : value;
+    unsetenv(tokenVariable);
+    return token;
+}
+
+InstanceGuard::InstanceGuard(
+    RunLoop& loop, BusConnection& bus, std::string activationToken, std::function<void(Result)> decided)
     : loop_(loop),
       bus_(bus),
+      activationToken_(std::move(activationToken)),
       decided_(std::move(decided)),
       busTimer_(loop.after(patience, [this] { decide(Result::noBus); })) {
     stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
@@ -105,7 +114,11 @@ void InstanceGuard::nameDecided(bool isOurs) {
     if (isOurs) {
         decide(Result::first);
     } else if (decided_ && bus_.state() == BusConnection::State::connected) {
-        activateOther();
+        if (hasAskedOther_) {
+            decide(Result::anotherIsSilent);
+        } else {
+            activateOther();
+        }
     }
     // Of two that found no bus at their starts both go on when it comes.
 }
@@ -113,6 +126,7 @@ void InstanceGuard::nameDecided(bool isOurs) {
 void InstanceGuard::activateOther() {
     // From now on it is the other program's time that counts.
     busTimer_.reset();
+    hasAskedOther_ = true;
     callBus<Done>(
         bus_,
         {
@@ -122,8 +136,17 @@ void InstanceGuard::activateOther() {
             .method = "Activate",
             .timeout = patience,
         },
-        std::tuple(platformData()),
-        lifeline_.guarded([this](const std::optional<Done>&) { decide(Result::anotherRuns); }));
+        std::tuple(platformData(activationToken_)),
+        lifeline_.guarded([this](const std::optional<Done>& answer) { otherAnswered(answer.has_value()); }));
+}
+
+void InstanceGuard::otherAnswered(bool isWell) {
+    if (isWell) {
+        decide(Result::anotherRuns);
+    } else {
+        // It may have come to its end meanwhile, and left the name to this one.
+        requestName(bus_, name, lifeline_.guarded([this](bool isOurs) { nameDecided(isOurs); }));
+    }
 }
 
 void InstanceGuard::decide(Result result) {

@@ -15,15 +15,23 @@ class InstanceGuard {
 public:
     enum class Result {
         first,
-        anotherRuns, ///< and has been asked to show itself
-        noBus,       ///< nobody can tell; several may run
+        anotherRuns,     ///< and has been asked to show itself
+        anotherIsSilent, ///< runs, but has not answered when asked
+        noBus,           ///< nobody can tell; several may run
     };
 
     static constexpr const char* name = "org.tarnwick.Tarnwick";
     static constexpr double patience = 2; ///< seconds, for the bus and then for the other program
 
-    /// `decided` is called once, soon. `bus` is the session's and outlives it.
-    InstanceGuard(RunLoop& loop, BusConnection& bus, std::function<void(Result)> decided);
+    /// The token by which the desktop lets this start open a window in front of others; empty without one.
+    /// Good for one window, it leaves the environment, where every program started from here would find it.
+    /// To be called before there are threads.
+    [[nodiscard]] static std::string takeActivationToken();
+
+    /// `decided` is called once, soon. `bus` is the session's and outlives it. `activationToken` passes to
+    /// the program that shows itself in the place of this one.
+    InstanceGuard(
+        RunLoop& loop, BusConnection& bus, std::string activationToken, std::function<void(Result)> decided);
     InstanceGuard(const InstanceGuard&) = delete;
     InstanceGuard& operator=(const InstanceGuard&) = delete;
     ~InstanceGuard();
@@ -38,13 +46,16 @@ private:
     void busChanged();
     void nameDecided(bool isOurs);
     void activateOther();
+    void otherAnswered(bool isWell);
     void decide(Result result);
 
     RunLoop& loop_;
     BusConnection& bus_;
+    std::string activationToken_;
     std::function<void(Result)> decided_; ///< empty after its call
     std::unique_ptr<Exported> exported_;  ///< only while connected
     RunLoop::Handle busTimer_;
+    bool hasAskedOther_ = false;
     Lifeline lifeline_;
     Subscription stateSubscription_;
 };

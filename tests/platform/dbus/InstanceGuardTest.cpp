@@ -7,7 +7,9 @@
 
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace tarnwick {
@@ -19,8 +21,9 @@ using testing::ElementsAre;
 
 /// One start of the program.
 struct Start {
-    Start(RunLoop& loop, const std::string& address)
-        : bus(loop, address), guard(loop, bus, [this](Result result) { results.push_back(result); }) {
+    Start(RunLoop& loop, const std::string& address, std::string activationToken = "")
+        : bus(loop, address),
+          guard(loop, bus, std::move(activationToken), [this](Result result) { results.push_back(result); }) {
         guard.onActivate = [this](const std::string& token) { activations.push_back(token); };
     }
 
@@ -34,6 +37,16 @@ class InstanceGuardTest : public BusTest {
 protected:
     [[nodiscard]] bool runUntilDecided(const Start& start) {
         return runUntil([&start] { return !start.results.empty(); });
+    }
+
+    /// Another program that has the name, and what it does when it is to show itself.
+    [[nodiscard]] std::unique_ptr<sdbus::IObject> addOther(const sdbus::method_callback& activate) {
+        BusPeer& other = addPeer();
+        other.connection().requestName(InstanceGuard::name);
+        auto object = sdbus::createObject(other.connection(), "/org/tarnwick/Tarnwick");
+        object->registerMethod("org.freedesktop.Application", "Activate", "a{sv}", "", activate);
+        object->finishRegistration();
+        return object;
     }
 
     [[nodiscard]] BusPeer::Target target() const {
@@ -65,32 +78,56 @@ TEST_F(InstanceGuardTest, ASecondStartActivatesTheFirst) {
 TEST_F(InstanceGuardTest, ASecondStartPassesItsActivationTokenOn) {
     const Start first(loop_, daemon_.address());
     ASSERT_TRUE(runUntilDecided(first));
-    setenv("XDG_ACTIVATION_TOKEN", "token-1", 1);
 
-    const Start second(loop_, daemon_.address());
-    const bool isDecided = runUntilDecided(second);
-    unsetenv("XDG_ACTIVATION_TOKEN");
+    const Start second(loop_, daemon_.address(), "token-1");
 
-    ASSERT_TRUE(isDecided);
+    ASSERT_TRUE(runUntilDecided(second));
     ASSERT_TRUE(runUntil([&first] { return !first.activations.empty(); }));
     EXPECT_THAT(first.activations, ElementsAre("token-1"));
 }
 
+TEST_F(InstanceGuardTest, TheActivationTokenLeavesTheEnvironment) {
+    setenv("XDG_ACTIVATION_TOKEN", "token-1", 1);
+
+    EXPECT_EQ(InstanceGuard::takeActivationToken(), "token-1");
+
+    EXPECT_EQ(std::getenv("XDG_ACTIVATION_TOKEN"), nullptr);
+    EXPECT_EQ(InstanceGuard::takeActivationToken(), "");
+}
+
 TEST_F(InstanceGuardTest, AFirstThatDoesNotAnswerIsStillThere) {
-    BusPeer& silent = addPeer();
-    silent.connection().requestName(InstanceGuard::name);
     sdbus::MethodCall unanswered;
-    const auto object = sdbus::createObject(silent.connection(), "/org/tarnwick/Tarnwick");
-    object->registerMethod(
-        "org.freedesktop.Application", "Activate", "a{sv}", "",
-        [&unanswered](const sdbus::MethodCall& call) { unanswered = call; });
-    object->finishRegistration();
+    const auto object = addOther([&unanswered](const sdbus::MethodCall& call) { unanswered = call; });
     const Start start(loop_, daemon_.address());
 
     ASSERT_TRUE(runUntilDecided(start));
 
-    EXPECT_THAT(start.results, ElementsAre(Result::anotherRuns));
+    EXPECT_THAT(start.results, ElementsAre(Result::anotherIsSilent));
     EXPECT_TRUE(unanswered.isValid());
+}
+
+TEST_F(InstanceGuardTest, AFirstThatRefusesHasNotShownItself) {
+    const auto object = addOther([](const sdbus::MethodCall& call) {
+        call.createErrorReply(sdbus::Error("org.freedesktop.DBus.Error.Failed", "not now")).send();
+    });
+    const Start start(loop_, daemon_.address());
+
+    ASSERT_TRUE(runUntilDecided(start));
+
+    EXPECT_THAT(start.results, ElementsAre(Result::anotherIsSilent));
+}
+
+TEST_F(InstanceGuardTest, WhenTheFirstEndsWhileItIsAskedTheSecondIsTheFirst) {
+    bool wasAsked = false;
+    auto object = addOther([&wasAsked](const sdbus::MethodCall&) { wasAsked = true; });
+    const Start start(loop_, daemon_.address());
+    ASSERT_TRUE(runUntil([&wasAsked] { return wasAsked; }));
+
+    object.reset();
+    peers_.clear();
+
+    ASSERT_TRUE(runUntilDecided(start));
+    EXPECT_THAT(start.results, ElementsAre(Result::first));
 }
 
 TEST_F(InstanceGuardTest, AfterTheEndOfTheFirstTheNextIsTheFirst) {
