@@ -30,8 +30,10 @@ public:
     [[nodiscard]] virtual std::vector<PanelMenuRow> rows() const = 0;
     /// A row was chosen. Unknown ids are ignored.
     virtual void choose(int id) = 0;
-    /// The panel is about to show the menu; it has been closed. May come twice, or not at all.
-    virtual void willShow() = 0;
+    /// A panel is about to read the rows: to draw them, or just ahead of time.
+    virtual void willRead() = 0;
+    /// A panel shows the menu; it has been closed. Either may come twice, or not at all.
+    virtual void didShow() = 0;
     virtual void didHide() = 0;
 
     /// The rows are no longer what they were.

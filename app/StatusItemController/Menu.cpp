@@ -34,6 +34,12 @@ void Menu::choose(MenuItem::Id id) const {
     }
 }
 
+void Menu::refresh() const {
+    if (onRefresh) {
+        onRefresh();
+    }
+}
+
 void Menu::willOpen() {
     ++shownIn_;
     if (shownIn_ == 1 && onWillOpen) {

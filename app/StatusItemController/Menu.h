@@ -52,12 +52,17 @@ public:
     /// Runs the action of the item, if it is there, visible and enabled.
     void choose(MenuItem::Id id) const;
 
+    /// To be called by who reads the items without showing them: brings them up to date. While the menu is
+    /// open they are so by themselves.
+    void refresh() const;
+
     /// To be called by who shows it, in pairs: before it is shown, and when it has gone.
     void willOpen();
     void didClose();
 
     /// Set by the owner. Shown in several places at a time, it opens with the first and closes with the last.
     std::function<void(MenuItem::Id)> onChoose;
+    std::function<void()> onRefresh;
     std::function<void()> onWillOpen;
     std::function<void()> onDidClose;
 

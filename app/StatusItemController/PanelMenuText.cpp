@@ -104,6 +104,7 @@ PanelMenuText::~PanelMenuText() {
 }
 
 std::vector<PanelMenuRow> PanelMenuText::rows() const {
+    menu_.refresh();
     std::vector<PanelMenuRow> rows{
         {.id = qualityId, .label = PanelMenuHeader::qualityLine(monitor_)},
         line(hostId, HeaderText::hostLine(monitor_)),
@@ -131,24 +132,32 @@ void PanelMenuText::choose(int id) {
     }
 }
 
-void PanelMenuText::willShow() {
-    longestShownTimer_ = loop_.after(longestShown, [this] { didHide(); });
-    if (isShown_) {
-        return;
+void PanelMenuText::willRead() {
+    followFor(isShown_ ? longestShown : readingTime);
+}
+
+void PanelMenuText::didShow() {
+    if (!isShown_) {
+        isShown_ = true;
+        menu_.willOpen();
     }
-    isShown_ = true;
-    menu_.willOpen();
-    renderLoop_ = std::make_unique<RenderLoop>(loop_, [this] { refresh(); });
+    followFor(longestShown);
 }
 
 void PanelMenuText::didHide() {
-    if (!isShown_) {
-        return;
-    }
-    isShown_ = false;
     renderLoop_.reset();
-    longestShownTimer_.reset();
-    menu_.didClose();
+    endTimer_.reset();
+    if (isShown_) {
+        isShown_ = false;
+        menu_.didClose();
+    }
+}
+
+void PanelMenuText::followFor(double seconds) {
+    endTimer_ = loop_.after(seconds, [this] { didHide(); });
+    if (!renderLoop_) {
+        renderLoop_ = std::make_unique<RenderLoop>(loop_, [this] { refresh(); });
+    }
 }
 
 void PanelMenuText::refresh() {

@@ -29,11 +29,16 @@ inline constexpr int chartWidth = 36;
 
 } // namespace PanelMenuHeader
 
-/// Follows the monitor only while the menu is shown. Main thread.
+/// Follows the monitor only while the menu is shown, and for a moment after a panel has asked for it. Main
+/// thread.
 class PanelMenuText final : public PanelMenu {
 public:
-    /// A panel that never says that it has closed the menu is believed to have it open for so many seconds.
-    static constexpr double longestShown = 600;
+    /// Some panels ask before they show the menu and say nothing of it afterwards, and some ask just ahead of
+    /// time: for so many seconds the rows stay true, enough to read them and to choose.
+    static constexpr double readingTime = 30;
+    /// A panel that shows the menu and never says that it has closed it is believed for so many seconds after
+    /// its last sign of life.
+    static constexpr double longestShown = 60;
 
     /// What is handed in outlives this object. `openDropDown` is what a click on the header does.
     PanelMenuText(RunLoop& loop, const Monitor& monitor, Menu& menu, std::function<void()> openDropDown);
@@ -41,10 +46,12 @@ public:
 
     [[nodiscard]] std::vector<PanelMenuRow> rows() const override;
     void choose(int id) override;
-    void willShow() override;
+    void willRead() override;
+    void didShow() override;
     void didHide() override;
 
 private:
+    void followFor(double seconds);
     void refresh();
 
     RunLoop& loop_;
@@ -54,8 +61,8 @@ private:
     Format::Grouping grouping_ = Format::Grouping::ofUser();
     bool isShown_ = false;
     std::vector<PanelMenuRow> shownRows_;
-    std::unique_ptr<RenderLoop> renderLoop_; ///< only while shown
-    RunLoop::Handle longestShownTimer_;      ///< likewise
+    std::unique_ptr<RenderLoop> renderLoop_; ///< only while followed
+    RunLoop::Handle endTimer_;               ///< likewise
 };
 
 } // namespace tarnwick

@@ -8,6 +8,7 @@ namespace tarnwick {
 
 StatusItemController::StatusItemController(const Needs& needs)
     : needs_(needs), monitor_(needs.monitor), item_(needs.item), menu_(needs.menu) {
+    menu_.onRefresh = [this] { refreshMenu(); };
     menu_.onWillOpen = [this] { menuWillOpen(); };
     menu_.onDidClose = [this] { menuDidClose(); };
     menu_.onChoose = [this](MenuItem::Id id) { chosen(id); };
@@ -18,6 +19,7 @@ StatusItemController::StatusItemController(const Needs& needs)
 
 StatusItemController::~StatusItemController() {
     item_.onActivate = nullptr;
+    menu_.onRefresh = nullptr;
     menu_.onWillOpen = nullptr;
     menu_.onDidClose = nullptr;
     menu_.onChoose = nullptr;
@@ -149,10 +151,7 @@ const std::pair<std::string, double>& StatusItemController::reservedText(std::op
 
 void StatusItemController::menuWillOpen() {
     isMenuOpen_ = true;
-    if (needs_.updates != nullptr) {
-        menu_.setEnabled(MenuItem::Id::checkForUpdates, needs_.updates->isPossible());
-    }
-    menuLoop_ = std::make_unique<RenderLoop>(needs_.loop, [this] { trackMenuState(); });
+    menuLoop_ = std::make_unique<RenderLoop>(needs_.loop, [this] { refreshMenu(); });
 }
 
 void StatusItemController::menuDidClose() {
@@ -161,7 +160,10 @@ void StatusItemController::menuDidClose() {
     update();
 }
 
-void StatusItemController::trackMenuState() {
+void StatusItemController::refreshMenu() {
+    if (needs_.updates != nullptr) {
+        menu_.setEnabled(MenuItem::Id::checkForUpdates, needs_.updates->isPossible());
+    }
     menu_.setHidden(MenuItem::Id::changeHost, monitor_.status() != Monitor::Status::down);
 }
 

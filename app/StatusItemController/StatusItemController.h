@@ -85,7 +85,7 @@ private:
 
     void menuWillOpen();
     void menuDidClose();
-    void trackMenuState();
+    void refreshMenu();
     void chosen(MenuItem::Id id);
     void resetAllTimeSelected();
 

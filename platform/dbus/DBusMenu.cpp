@@ -224,19 +224,48 @@ private:
 
     void receive(std::int32_t id, const std::string& event) {
         if (event == "clicked" && id != rootId) {
-            // The panel gets its answer first: what is chosen may open windows, or end the program.
+            // A click closes the menu, whether or not the panel says so. It gets its answer first: what is
+            // chosen may open windows, or end the program.
+            closed();
             menu_.loop_.post(lifeline_.guarded([&menu = menu_.menu_, id] { menu.choose(id); }));
         } else if (event == "opened" && id == rootId) {
-            aboutToShow(id);
+            opened();
         } else if (event == "closed" && id == rootId) {
-            menu_.menu_.didHide();
+            closed();
+        } else {
+            // Pointed at, it is still open.
+            menu_.menu_.willRead();
+        }
+    }
+
+    void opened() {
+        menu_.menu_.didShow();
+        update();
+        panel_ = object_->getCurrentlyProcessedMessage()->getSender();
+        menu_.loop_.post(lifeline_.guarded([this] { watchPanel(); }));
+    }
+
+    void closed() {
+        panel_.clear();
+        panelMatch_.reset();
+        menu_.menu_.didHide();
+    }
+
+    /// A panel that goes while it shows the menu will not say any more that it has closed it.
+    void watchPanel() {
+        if (!panel_.empty()) {
+            panelMatch_ = menu_.bus_.addMatch(
+                "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
+                "member='NameOwnerChanged',arg0='"
+                    + panel_ + "'",
+                [this](sdbus::Message&) { closed(); });
         }
     }
 
     bool aboutToShow(std::int32_t id) {
         const std::vector<PanelMenuRow> before = rows_;
         if (id == rootId) {
-            menu_.menu_.willShow();
+            menu_.menu_.willRead();
         }
         update();
         return id == rootId && rows_ != before;
@@ -298,6 +327,8 @@ private:
     std::unique_ptr<sdbus::IObject> object_;
     std::vector<PanelMenuRow> rows_; ///< as the panels were told
     std::uint32_t revision_ = 1;
+    std::string panel_;       ///< that shows the menu, by its unique name; empty while none does
+    Subscription panelMatch_; ///< likewise
     Lifeline lifeline_;
 };
 

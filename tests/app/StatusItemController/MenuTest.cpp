@@ -67,6 +67,15 @@ TEST_F(MenuTest, ShownInTwoPlacesItIsOpenUntilTheLastOneHasClosed) {
     EXPECT_EQ(closed, 1);
 }
 
+TEST_F(MenuTest, ReadersCanHaveItBroughtUpToDateWithoutOpeningIt) {
+    menu.onRefresh = [this] { menu.setEnabled(Id::quit, false); };
+
+    menu.refresh();
+
+    EXPECT_FALSE(menu.items().back().enabled);
+    EXPECT_EQ(opened, 0);
+}
+
 TEST_F(MenuTest, ClosingWhatIsNotOpenTellsNobody) {
     menu.didClose();
 

@@ -172,9 +172,11 @@ TEST_F(PanelMenuTextTest, BothResetsAreListed) {
 
 TEST_F(PanelMenuTextTest, ChangeHostIsAnInvisibleRowUntilItIsNeeded) {
     showMenu();
+    watchFor(5.5);
     EXPECT_FALSE(row("Change Host…").visible);
 
-    menu->setHidden(MenuItem::Id::changeHost, false);
+    fallSilent();
+    ASSERT_TRUE(waitUntilDown());
 
     EXPECT_TRUE(row("Change Host…").visible);
 }
@@ -258,7 +260,7 @@ TEST_F(PanelMenuTextTest, IsNotRefreshedWhileNobodySeesIt) {
 TEST_F(PanelMenuTextTest, IsRefreshedWhileItIsShown) {
     showMenu();
     watchFor(5.5);
-    panelMenu->willShow();
+    panelMenu->didShow();
     changes = 0;
 
     answerAfter(0.077);
@@ -271,7 +273,7 @@ TEST_F(PanelMenuTextTest, IsRefreshedWhileItIsShown) {
 TEST_F(PanelMenuTextTest, IsNotRefreshedAfterItHasBeenClosed) {
     showMenu();
     watchFor(5.5);
-    panelMenu->willShow();
+    panelMenu->didShow();
     panelMenu->didHide();
     changes = 0;
 
@@ -280,22 +282,85 @@ TEST_F(PanelMenuTextTest, IsNotRefreshedAfterItHasBeenClosed) {
     EXPECT_EQ(changes, 0);
 }
 
-TEST_F(PanelMenuTextTest, KnowsOfADownAsSoonAsItIsShown) {
+TEST_F(PanelMenuTextTest, ChangeHostComesAndGoesWhileItIsShown) {
     showMenu();
     watchFor(5.5);
+    panelMenu->didShow();
     fallSilent();
     ASSERT_TRUE(waitUntilDown());
+    loop.runPending();
+    EXPECT_FALSE(menuItem(MenuItem::Id::changeHost)->hidden);
 
-    panelMenu->willShow();
+    answerAfter(0.02);
+    loop.advance(10);
 
-    EXPECT_TRUE(row("Change Host…").visible);
+    EXPECT_TRUE(menuItem(MenuItem::Id::changeHost)->hidden);
+}
+
+TEST_F(PanelMenuTextTest, APanelThatOnlyReadsItDoesNotOpenTheMenu) {
+    showMenu();
+    watchFor(40.5);
+    panelMenu->willRead();
+    lose(4, 32);
+
+    loop.advance(PanelMenuText::readingTime - 1);
+
+    EXPECT_NE(title().find('%'), std::string::npos);
+}
+
+TEST_F(PanelMenuTextTest, WhileAPanelShowsItTheTitleKeepsItsWidth) {
+    showMenu();
+    watchFor(40.5);
+    panelMenu->didShow();
+    lose(4, 32);
+
+    loop.advance(PanelMenuText::readingTime - 1);
+
+    EXPECT_EQ(title().find('%'), std::string::npos);
+}
+
+TEST_F(PanelMenuTextTest, IsRefreshedForAWhileAfterAPanelHasAskedForIt) {
+    showMenu();
+    watchFor(5.5);
+    panelMenu->willRead();
+    loop.advance(PanelMenuText::readingTime - 3);
+    changes = 0;
+
+    loop.advance(2);
+
+    EXPECT_GE(changes, 1);
+}
+
+TEST_F(PanelMenuTextTest, IsNotRefreshedForLongAfterAPanelHasAskedForIt) {
+    showMenu();
+    watchFor(5.5);
+    panelMenu->willRead();
+    loop.advance(PanelMenuText::readingTime + 0.5);
+    changes = 0;
+
+    loop.advance(30);
+
+    EXPECT_EQ(changes, 0);
+}
+
+TEST_F(PanelMenuTextTest, AskingForAMenuThatIsShownDoesNotEndIt) {
+    showMenu();
+    watchFor(5.5);
+    panelMenu->didShow();
+    panelMenu->willRead();
+    loop.advance(PanelMenuText::readingTime + 1);
+    changes = 0;
+
+    loop.advance(3);
+
+    EXPECT_GE(changes, 1);
 }
 
 TEST_F(PanelMenuTextTest, APanelThatNeverSaysThatItHasClosedItIsNotBelievedForever) {
     showMenu();
     watchFor(5.5);
-    panelMenu->willShow();
-    loop.advance(PanelMenuText::longestShown + 1);
+    panelMenu->didShow();
+    loop.advance(PanelMenuText::longestShown + 0.5);
     changes = 0;
 
     loop.advance(60);
@@ -306,8 +371,8 @@ TEST_F(PanelMenuTextTest, APanelThatNeverSaysThatItHasClosedItIsNotBelievedForev
 TEST_F(PanelMenuTextTest, ShownTwiceAndClosedOnceItIsClosed) {
     showMenu();
     watchFor(5.5);
-    panelMenu->willShow();
-    panelMenu->willShow();
+    panelMenu->didShow();
+    panelMenu->didShow();
     panelMenu->didHide();
     changes = 0;
 

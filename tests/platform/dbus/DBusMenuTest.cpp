@@ -34,12 +34,14 @@ public:
 
     void choose(int id) override { chosen.push_back(id); }
 
-    void willShow() override {
-        ++shows;
-        if (onShow) {
-            onShow();
+    void willRead() override {
+        ++reads;
+        if (onRead) {
+            onRead();
         }
     }
+
+    void didShow() override { ++shows; }
 
     void didHide() override { ++hides; }
 
@@ -50,8 +52,9 @@ public:
         {.id = 2, .isSeparator = true},
         {.id = 3, .label = "Quit", .iconName = "exit", .shortcutKey = "Q"},
     };
-    std::function<void()> onShow;
+    std::function<void()> onRead;
     std::vector<int> chosen;
+    int reads = 0;
     int shows = 0;
     int hides = 0;
 };
@@ -213,11 +216,49 @@ TEST_F(DBusMenuTest, AClickChoosesTheRowAfterThePanelHasItsAnswer) {
     EXPECT_THAT(list_.chosen, ElementsAre(3));
 }
 
+TEST_F(DBusMenuTest, AClickClosesTheMenu) {
+    event(0, "opened");
+
+    event(3, "clicked");
+
+    EXPECT_EQ(list_.hides, 1);
+}
+
 TEST_F(DBusMenuTest, PointingAtARowChoosesNothing) {
     event(3, "hovered");
 
     ASSERT_TRUE(runUntilHeardBy(*panel_));
     EXPECT_THAT(list_.chosen, IsEmpty());
+}
+
+TEST_F(DBusMenuTest, PointingAtARowIsASignOfLife) {
+    event(3, "hovered");
+
+    EXPECT_EQ(list_.reads, 1);
+    EXPECT_EQ(list_.hides, 0);
+}
+
+TEST_F(DBusMenuTest, WhenThePanelThatShowsItGoesTheMenuIsClosed) {
+    event(0, "opened");
+    ASSERT_TRUE(runUntilHeardBy(*panel_));
+
+    peers_.clear();
+
+    EXPECT_TRUE(runUntil([this] { return list_.hides == 1; }));
+}
+
+TEST_F(DBusMenuTest, APanelThatHasClosedTheMenuMayGo) {
+    BusPeer& other = addPeer();
+    event(0, "opened");
+    event(0, "closed");
+    const std::string gone = panel_->uniqueName();
+    other.recordSignals("type='signal',member='NameOwnerChanged',arg0='" + gone + "'");
+
+    peers_.erase(peers_.begin());
+
+    ASSERT_TRUE(runUntil([&other] { return !other.takeSignals().empty(); }));
+    ASSERT_TRUE(runUntilHeardBy(other));
+    EXPECT_EQ(list_.hides, 1);
 }
 
 TEST_F(DBusMenuTest, AnEventOfAnUnknownRowIsAnError) {
@@ -251,9 +292,9 @@ TEST_F(DBusMenuTest, AGroupOfUnknownRowsOnlyIsAnError) {
     EXPECT_EQ(call("AboutToShowGroup", Ids{98, 99})->error, invalidArguments);
 }
 
-TEST_F(DBusMenuTest, BeforeItIsShownTheMenuIsRefreshed) {
+TEST_F(DBusMenuTest, BeforeItIsReadTheMenuIsRefreshed) {
     (void)layout();
-    list_.onShow = [this] { list_.list[0].label = "Good · 80 ms"; };
+    list_.onRead = [this] { list_.list[0].label = "Good · 80 ms"; };
 
     EXPECT_TRUE(call("AboutToShow", std::int32_t{0})->value<bool>());
 
@@ -263,18 +304,34 @@ TEST_F(DBusMenuTest, BeforeItIsShownTheMenuIsRefreshed) {
 TEST_F(DBusMenuTest, AMenuThatIsAsItWasNeedsNoUpdate) {
     EXPECT_FALSE(call("AboutToShow", std::int32_t{0})->value<bool>());
 
-    EXPECT_EQ(list_.shows, 1);
+    EXPECT_EQ(list_.reads, 1);
+}
+
+TEST_F(DBusMenuTest, AMenuThatIsOnlyAboutToBeShownIsNotOpen) {
+    (void)call("AboutToShow", std::int32_t{0});
+    (void)call("AboutToShowGroup", Ids{0});
+
+    EXPECT_EQ(list_.shows, 0);
+}
+
+TEST_F(DBusMenuTest, WhatHasChangedMeanwhileIsToldWhenTheMenuOpens) {
+    (void)layout();
+    list_.list[0].label = "Good · 80 ms";
+
+    event(0, "opened");
+
+    EXPECT_THAT(signalsSoFar(), ElementsAre("ItemsPropertiesUpdated"));
 }
 
 TEST_F(DBusMenuTest, AboutToShowARowOrAnUnknownOneShowsNothing) {
     EXPECT_FALSE(call("AboutToShow", std::int32_t{3})->value<bool>());
     EXPECT_EQ(call("AboutToShow", std::int32_t{99})->error, invalidArguments);
 
-    EXPECT_EQ(list_.shows, 0);
+    EXPECT_EQ(list_.reads, 0);
 }
 
 TEST_F(DBusMenuTest, AboutToShowAGroupTellsWhichNeedUpdatesAndWhichAreUnknown) {
-    list_.onShow = [this] { list_.list[0].label = "Good · 80 ms"; };
+    list_.onRead = [this] { list_.list[0].label = "Good · 80 ms"; };
 
     const auto answer = call("AboutToShowGroup", Ids{0, 3, 99});
 
