@@ -5,6 +5,7 @@
 
 #include <QGuiApplication>
 #include <QPalette>
+#include <QScreen>
 #include <QSystemTrayIcon>
 
 #include <csignal>
@@ -18,6 +19,14 @@ namespace {
 Ink inkOfPalette() {
     constexpr int middle = 128;
     return QGuiApplication::palette().window().color().lightness() < middle ? Ink::light : Ink::dark;
+}
+
+std::vector<double> screenScales() {
+    std::vector<double> scales;
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        scales.push_back(screen->devicePixelRatio());
+    }
+    return scales;
 }
 
 void say(const std::string& text) {
@@ -71,6 +80,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .menu = *panelMenu_,
         .colors = colors_,
         .iconThemePath = setup.iconFolder,
+        .screenScales = screenScales,
     });
     followPalette();
     windows_->takeActivationToken = [this] { return notifier_->takeActivationToken(); };

@@ -39,6 +39,13 @@ QPainterPath makeTrianglePath() {
     return path;
 }
 
+/// No bars at all are a programming error, which ends the program.
+void requireBars(int levelCount) {
+    if (levelCount < 1) {
+        std::abort();
+    }
+}
+
 } // namespace
 
 TemplateImage::TemplateImage(QSizeF size, QString accessibleDescription, Draw draw)
@@ -61,9 +68,7 @@ QImage TemplateImage::image(double scale) const {
 namespace MenuBarIcon {
 
 std::vector<Bar> barGeometry(int active, int levelCount) {
-    if (levelCount < 1) {
-        std::abort(); // a programming error
-    }
+    requireBars(levelCount);
     std::vector<Bar> bars;
     for (int index = 0; index < levelCount; ++index) {
         const double share = levelCount > 1 ? static_cast<double>(index) / (levelCount - 1) : 1;
@@ -104,6 +109,7 @@ const QPainterPath& trianglePath() {
 }
 
 TemplateImagePtr bars(int active, int levelCount) {
+    requireBars(levelCount);
     static std::map<int, TemplateImagePtr> cache;
     TemplateImagePtr& image = cache[active];
     if (!image) {

@@ -69,7 +69,7 @@ void drawBars(QPainter& painter, const std::vector<Bar>& bars, double radius);
 /// The outline of a triangle with an exclamation mark, in points, as `failed` shows it.
 [[nodiscard]] const QPainterPath& trianglePath();
 
-/// Made once for each number of active bars: every caller passes the same `levelCount`.
+/// Made once for each number of active bars: every caller passes the same `levelCount`, at least 1.
 [[nodiscard]] TemplateImagePtr bars(int active, int levelCount = levels);
 [[nodiscard]] TemplateImagePtr failed();
 

@@ -4,9 +4,10 @@
 #include "platform/FacePainter.h"
 #include "platform/StatusItem.h"
 
-#include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace tarnwick {
@@ -14,14 +15,18 @@ namespace tarnwick {
 /// The pixels as a panel reads them: alpha, red, green, blue of each, in this order on every machine.
 [[nodiscard]] std::vector<std::uint8_t> networkBytes(const Pixmap& pixmap);
 
+/// Heights in pixels, rising, of the images that usual panels draw without scaling them on screens of these
+/// scales. A panel of another size takes the next larger one.
+[[nodiscard]] std::vector<int> pixmapHeights(const std::vector<double>& scales);
+
 /// Paints when asked, and not twice the same. Main thread.
 class ItemPixmaps {
 public:
-    /// In pixels: of the panels that are usual, at scales from 1 to 2. A panel takes the next larger one.
-    static constexpr std::array<int, 7> heights{16, 22, 24, 32, 44, 48, 64};
+    /// The scales of the screens at present.
+    using Scales = std::function<std::vector<double>()>;
 
     /// `painter` outlives it.
-    explicit ItemPixmaps(const FacePainter& painter) : painter_(painter) {}
+    ItemPixmaps(const FacePainter& painter, Scales scales) : painter_(painter), scales_(std::move(scales)) {}
 
     /// One for each height. `face` without what the form does not show is painted less often.
     [[nodiscard]] const std::vector<Pixmap>& images(
@@ -32,11 +37,13 @@ private:
         StatusFace face;
         StatusItem::PanelFace form;
         Ink ink;
+        std::vector<int> heights;
 
         friend bool operator==(const Key&, const Key&) = default;
     };
 
     const FacePainter& painter_;
+    Scales scales_;
     std::optional<Key> key_;
     std::vector<Pixmap> images_;
 };

@@ -82,12 +82,48 @@ void addLabel(
     presentation.labelGuide = face.widestTitle;
 }
 
+std::string escaped(const std::string& text, const std::string& lineBreak) {
+    std::string result;
+    for (const char character : text) {
+        switch (character) {
+        case '&':
+            result += "&amp;";
+            break;
+        case '<':
+            result += "&lt;";
+            break;
+        case '>':
+            result += "&gt;";
+            break;
+        case '\n':
+            result += lineBreak;
+            break;
+        default:
+            result += character;
+        }
+    }
+    return result;
+}
+
+/// What a panel has to be given so that it shows just this text.
+std::string shownAsItIs(const std::string& text, ToolTipMarkup markup) {
+    if (text.find_first_of("<>&") == std::string::npos) {
+        return text;
+    }
+    if (markup == ToolTipMarkup::guessed) {
+        // The tags leave nothing to be guessed.
+        return "<span>" + escaped(text, "<br>") + "</span>";
+    }
+    return escaped(text, "\n");
+}
+
 void addToolTip(ItemPresentation& presentation, const std::string& text, const PanelHost& host) {
+    const std::string shown = shownAsItIs(text, host.toolTipMarkup);
     if (host.showsToolTipTitleOnly && !text.empty()) {
-        presentation.toolTipTitle = text;
+        presentation.toolTipTitle = shown;
     } else {
         presentation.toolTipTitle = ItemPresentation::name;
-        presentation.toolTipText = text;
+        presentation.toolTipText = shown;
     }
 }
 

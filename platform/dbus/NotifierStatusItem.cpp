@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <map>
 #include <tuple>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -22,10 +21,6 @@ constexpr const char* itemPath = "/StatusNotifierItem";
 using BusPixmap = sdbus::Struct<std::int32_t, std::int32_t, std::vector<std::uint8_t>>;
 using BusPixmaps = std::vector<BusPixmap>;
 using BusToolTip = sdbus::Struct<std::string, BusPixmaps, std::string, std::string>;
-
-std::string itemService() {
-    return "org.kde.StatusNotifierItem-" + std::to_string(getpid()) + "-1";
-}
 
 } // namespace
 
@@ -171,7 +166,7 @@ private:
 
 NotifierStatusItem::NotifierStatusItem(Needs needs)
     : needs_(std::move(needs)),
-      pixmaps_(needs_.painter),
+      pixmaps_(needs_.painter, needs_.screenScales),
       menu_(needs_.loop, needs_.bus, needs_.menu, needs_.iconThemePath),
       hosts_(needs_.bus, needs_.processName),
       registration_(
@@ -190,14 +185,7 @@ NotifierStatusItem::NotifierStatusItem(Needs needs)
     busChanged();
 }
 
-NotifierStatusItem::~NotifierStatusItem() {
-    // The connection may go on without the item; panels forget one whose name has gone.
-    if (exported_) {
-        callBus<Done>(
-            needs_.bus, daemonCall("ReleaseName"), std::tuple(itemService()),
-            [](const std::optional<Done>&) {});
-    }
-}
+NotifierStatusItem::~NotifierStatusItem() = default;
 
 void NotifierStatusItem::setFace(const StatusFace& face) {
     state_.face = face;
@@ -230,20 +218,12 @@ void NotifierStatusItem::busChanged() {
     if (needs_.bus.state() != BusConnection::State::connected) {
         return;
     }
-    if (attempt([this] { exported_ = std::make_unique<Exported>(*this); })) {
-        askForName();
-    }
-}
-
-void NotifierStatusItem::askForName() {
-    requestName(needs_.bus, itemService(), lifeline_.guarded([this](bool isOurs) {
-        sdbus::IConnection* connection = needs_.bus.connection();
-        if (connection == nullptr || !exported_) {
-            return;
-        }
-        (void)attempt(
-            [&] { registration_.setService(isOurs ? itemService() : connection->getUniqueName()); });
-    }));
+    // By the connection's own name, which every watcher knows: some trip over another one that they notice
+    // late, and then show an item without its menu, or none.
+    (void)attempt([this] {
+        exported_ = std::make_unique<Exported>(*this);
+        registration_.setService(needs_.bus.connection()->getUniqueName());
+    });
 }
 
 void NotifierStatusItem::hostChanged() {

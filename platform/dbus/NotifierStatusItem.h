@@ -17,10 +17,11 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tarnwick {
 
-/// Main thread.
+/// Panels forget it when its bus connection ends, with the program. Main thread.
 class NotifierStatusItem final : public StatusItem {
 public:
     /// What is referred to outlives the item.
@@ -33,6 +34,8 @@ public:
         /// A folder with the program's icons by name, laid out as an icon theme. Empty: none, and every icon
         /// goes as an image.
         std::string iconThemePath{};
+        /// Images come in the sizes that panels take on screens of these scales.
+        ItemPixmaps::Scales screenScales = [] { return std::vector<double>{1, 2}; };
         PanelHostFinder::ProcessName processName = tarnwick::processName;
         double registrationPatience = WatcherRegistration::usualPatience;
     };
@@ -66,7 +69,6 @@ private:
     class Exported;
 
     void busChanged();
-    void askForName();
     void hostChanged();
     void refresh();
     void activateSoon(std::optional<ScreenPoint> at);

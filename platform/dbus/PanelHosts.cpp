@@ -41,11 +41,13 @@ constexpr PanelHost lxqtPanel{
     .process = "lxqt-panel",
     .fixedInk = Ink::light,
     .showsToolTipTitleOnly = true,
+    .toolTipMarkup = ToolTipMarkup::guessed,
 };
 
 constexpr PanelHost plasma{
     .process = "plasmashell",
     .recolorsSymbolicIcons = true,
+    .toolTipMarkup = ToolTipMarkup::guessed,
 };
 
 constexpr PanelHost named(PanelHost host, std::string_view process) {

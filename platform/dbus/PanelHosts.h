@@ -11,6 +11,12 @@
 
 namespace tarnwick {
 
+/// Whether a panel reads a tool tip as markup.
+enum class ToolTipMarkup {
+    always,  ///< as the protocol allows
+    guessed, ///< only where the text looks like markup; line breaks count in plain text alone
+};
+
 struct PanelHost {
     std::string_view process{}; ///< as the kernel names it; empty: any other panel
     StatusItem::PanelFace form = StatusItem::PanelFace::square; ///< that it shows best; never automatic
@@ -21,6 +27,7 @@ struct PanelHost {
     bool hasOwnDarkMode = false;      ///< a setting of its own beside the desktop's, see `ColorScheme`
     bool givesGlobalPositions = true; ///< a click's position is one on the desktop, as the protocol says
     bool showsToolTipTitleOnly = false;
+    ToolTipMarkup toolTipMarkup = ToolTipMarkup::always; ///< in the part of the tool tip that it shows
     bool readsMenuAtOnce = false; ///< a panel that has not read the menu has not taken the item
 };
 

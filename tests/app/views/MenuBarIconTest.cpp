@@ -63,6 +63,8 @@ TEST(MenuBarIcon, ItIsDescribedInWords) {
 
 TEST(MenuBarIconDeathTest, NoBarsAtAllIsAProgrammingError) {
     EXPECT_DEATH(static_cast<void>(MenuBarIcon::barGeometry(0, 0)), "");
+    EXPECT_DEATH(static_cast<void>(MenuBarIcon::bars(0, 0)), "");
+    EXPECT_DEATH(static_cast<void>(MenuBarIcon::bars(3, -1)), "");
 }
 
 TEST_P(MenuBarIconAtScale, SidesOfBarsAreSharp) {

@@ -167,6 +167,27 @@ TEST_F(ItemPresentationTest, AToolTipIsItsTitleWhereThePanelShowsNothingElse) {
     EXPECT_EQ(shown.toolTipText, "");
 }
 
+TEST_F(ItemPresentationTest, ATextThatLooksLikeMarkupIsEscaped) {
+    state_.toolTip = "No address for <b>&co\nTimeout";
+
+    for (const char* process : {"xfce4-panel", "waybar", "some-panel"}) {
+        EXPECT_EQ(shownBy(process).toolTipText, "No address for &lt;b&gt;&amp;co\nTimeout") << process;
+    }
+}
+
+TEST_F(ItemPresentationTest, APanelThatGuessesIsToldThatItIsMarkup) {
+    state_.toolTip = "No address for a&b\nTimeout";
+
+    EXPECT_EQ(shownBy("plasmashell").toolTipText, "<span>No address for a&amp;b<br>Timeout</span>");
+    EXPECT_EQ(shownBy("lxqt-panel").toolTipTitle, "<span>No address for a&amp;b<br>Timeout</span>");
+}
+
+TEST_F(ItemPresentationTest, APanelThatGuessesGetsAPlainTextAsItIs) {
+    state_.toolTip = "example.org\n42 ms";
+
+    EXPECT_EQ(shownBy("plasmashell").toolTipText, "example.org\n42 ms");
+}
+
 TEST_F(ItemPresentationTest, AssistiveTechnologySaysTheNameAndThenTheValue) {
     EXPECT_EQ(shownBy("xfce4-panel").spoken, "Tarnwick");
 

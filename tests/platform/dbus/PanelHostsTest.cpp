@@ -39,6 +39,15 @@ TEST(PanelHostsTest, OnlyOnePanelIsKnownToGivePositionsInsideTheItem) {
     EXPECT_TRUE(panelHost("some-panel").givesGlobalPositions);
 }
 
+TEST(PanelHostsTest, PanelsOfOneToolkitGuessWhetherAToolTipIsMarkup) {
+    for (const char* guessing : {"plasmashell", "kded5", "lxqt-panel"}) {
+        EXPECT_EQ(panelHost(guessing).toolTipMarkup, ToolTipMarkup::guessed) << guessing;
+    }
+    for (const char* reading : {"xfce4-panel", "waybar", "some-panel"}) {
+        EXPECT_EQ(panelHost(reading).toolTipMarkup, ToolTipMarkup::always) << reading;
+    }
+}
+
 TEST(PanelHostsTest, AnAnnouncedPanelComesBeforeTheWatcher) {
     EXPECT_EQ(panelHost({"plasmashell"}, "kded5").process, "plasmashell");
     EXPECT_EQ(panelHost({"waybar"}, "lxqt-panel").process, "waybar");
