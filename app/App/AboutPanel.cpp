@@ -1,9 +1,12 @@
 #include "app/App/AboutPanel.h"
 
+#include "app/App/ProgramIcon.h"
+#include "platform/qt/Foreground.h"
+
 #include <QDialog>
 #include <QDialogButtonBox>
-#include <QIcon>
 #include <QLabel>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -18,11 +21,6 @@ constexpr int margin = 28;
 const char* const credits = "Keeps an eye on your internet connection from the menu bar.";
 const char* const productPage = "https://tarnwick.example/";
 const char* const license = "© 2026 The Tarnwick authors. MIT License.";
-
-QIcon programIcon() {
-    return QIcon::fromTheme(
-        QStringLiteral("tarnwick"), QIcon(QStringLiteral(":/tarnwick/icons/tarnwick.svg")));
-}
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): widgets are owned by the window that they stand in
 
@@ -65,6 +63,7 @@ QDialog* makeWindow(const QString& version) {
     layout->addWidget(paragraph(QString::fromUtf8(license), 11.0 / 13));
     layout->addSpacing(12);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    buttons->button(QDialogButtonBox::Close)->setIcon({});
     QObject::connect(buttons, &QDialogButtonBox::rejected, window, &QDialog::close);
     layout->addWidget(buttons);
     layout->setSizeConstraint(QLayout::SetFixedSize);
@@ -86,9 +85,7 @@ void AboutPanel::show() {
     if (window_ == nullptr) {
         window_ = makeWindow(QString::fromStdString(version_));
     }
-    window_->show();
-    window_->raise();
-    window_->activateWindow();
+    Foreground::show(*window_);
 }
 
 } // namespace tarnwick

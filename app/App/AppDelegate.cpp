@@ -1,10 +1,10 @@
 #include "app/App/AppDelegate.h"
 
 #include "app/App/SettingsFileOpener.h"
+#include "platform/qt/Appearance.h"
 #include "platform/qt/TrayStatusItem.h"
 
 #include <QGuiApplication>
-#include <QPalette>
 #include <QScreen>
 #include <QSystemTrayIcon>
 
@@ -17,9 +17,23 @@ namespace {
 
 /// The toolkit's palette speaks for a desktop that says nothing else.
 Ink inkOfPalette() {
-    constexpr int middle = 128;
-    return QGuiApplication::palette().window().color().lightness() < middle ? Ink::light : Ink::dark;
+    return Appearance::isDark() ? Ink::light : Ink::dark;
 }
+
+/// Classic trays tell nobody their color: dark, as most are, unless the desktop is light.
+class FollowingTrayItem final : public TrayStatusItem {
+public:
+    FollowingTrayItem(const FacePainter& painter, ColorScheme& colors)
+        : TrayStatusItem(painter, inkFor(colors)),
+          colorChange_(colors.onChange([this, &colors] { setInk(inkFor(colors)); })) {}
+
+private:
+    static Ink inkFor(const ColorScheme& colors) {
+        return colors.desktopIsDark().value_or(true) ? Ink::light : Ink::dark;
+    }
+
+    Subscription colorChange_;
+};
 
 std::vector<double> screenScales() {
     std::vector<double> scales;
@@ -82,7 +96,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .iconThemePath = setup.iconFolder,
         .screenScales = screenScales,
     });
-    followPalette();
+    followColors();
     windows_->takeActivationToken = [this] { return notifier_->takeActivationToken(); };
     item_ = std::make_unique<PanelStatusItem>(PanelStatusItem::Needs{
         .loop = loop_,
@@ -92,7 +106,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
             if (QGuiApplication::platformName() != "xcb") {
                 return nullptr;
             }
-            return std::make_unique<TrayStatusItem>(painter_, trayInk());
+            return std::make_unique<FollowingTrayItem>(painter_, colors_);
         },
         .hasTray = [] { return QSystemTrayIcon::isSystemTrayAvailable(); },
         .say = say,
@@ -102,12 +116,10 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .loop = loop_, .monitor = monitor_, .item = *item_, .menu = menu_, .windows = *windows_});
 }
 
-/// Classic trays tell nobody their color; most are dark.
-Ink AppDelegate::trayInk() const {
-    return colors_.desktopIsDark().value_or(true) ? Ink::light : Ink::dark;
-}
-
-void AppDelegate::followPalette() {
+void AppDelegate::followColors() {
+    const auto apply = [this] { Appearance::prefer(colors_.desktopIsDark()); };
+    apply();
+    colorChange_ = colors_.onChange(apply);
     notifier_->setFallbackInk(inkOfPalette());
     paletteWatch_ = std::make_unique<PaletteWatch>([this] { notifier_->setFallbackInk(inkOfPalette()); });
 }

@@ -50,8 +50,7 @@ public:
 
 private:
     void makeStatusItem(const Setup& setup);
-    void followPalette();
-    [[nodiscard]] Ink trayInk() const;
+    void followColors();
     void quitOnTerminationSignals();
     void showSettings();
 
@@ -67,6 +66,7 @@ private:
     Menu menu_;
     QtFacePainter painter_;
     ColorScheme colors_;
+    Subscription colorChange_;
     std::unique_ptr<DesktopWindows> windows_;
     std::unique_ptr<PanelMenuText> panelMenu_;
     std::unique_ptr<NotifierStatusItem> notifier_;

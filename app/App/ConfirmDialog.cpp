@@ -1,11 +1,20 @@
 #include "app/App/ConfirmDialog.h"
 
+#include "app/App/ProgramIcon.h"
+#include "platform/qt/Foreground.h"
+
 #include <QMessageBox>
 #include <QPushButton>
 
 #include <utility>
 
 namespace tarnwick {
+
+namespace {
+
+constexpr int iconSide = 48;
+
+} // namespace
 
 ConfirmDialog::~ConfirmDialog() {
     if (window_ != nullptr) {
@@ -19,17 +28,20 @@ void ConfirmDialog::ask(
     if (window_ != nullptr) {
         window_->reject();
     }
-    // NOLINTBEGIN(cppcoreguidelines-owning-memory): deletes itself when closed
-    window_ =
-        new QMessageBox(QMessageBox::Question, QStringLiteral("Tarnwick"), QString::fromStdString(question));
-    // NOLINTEND(cppcoreguidelines-owning-memory)
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): deletes itself when closed
+    window_ = new QMessageBox;
     window_->setAttribute(Qt::WA_DeleteOnClose);
     window_->setAttribute(Qt::WA_QuitOnClose, false);
+    window_->setWindowTitle(QString::fromStdString(action));
+    window_->setWindowIcon(programIcon());
+    window_->setIconPixmap(programIcon().pixmap(QSize(iconSide, iconSide), window_->devicePixelRatioF()));
     window_->setTextFormat(Qt::PlainText);
+    window_->setText(QString::fromStdString(question));
     window_->setModal(false);
     const auto* const accept =
         window_->addButton(QString::fromStdString(action), QMessageBox::DestructiveRole);
     QPushButton* const cancel = window_->addButton(QMessageBox::Cancel);
+    cancel->setIcon({});
     window_->setDefaultButton(cancel);
     window_->setEscapeButton(cancel);
     QObject::connect(
@@ -38,9 +50,7 @@ void ConfirmDialog::ask(
             window_ = nullptr; // deletes itself
             answer(isAccepted);
         });
-    window_->show();
-    window_->raise();
-    window_->activateWindow();
+    Foreground::show(*window_);
 }
 
 } // namespace tarnwick

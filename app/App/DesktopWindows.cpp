@@ -1,6 +1,6 @@
 #include "app/App/DesktopWindows.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 
 #include <utility>
 
@@ -9,9 +9,9 @@ namespace tarnwick {
 namespace {
 
 /// On Wayland the toolkit takes it from the environment for the next window that is activated, and removes it
-/// there.
+/// there. Elsewhere it would stay there for every program that is started from here.
 void useActivationToken(const std::string& token) {
-    if (!token.empty()) {
+    if (!token.empty() && QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
         qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(token));
     }
 }
@@ -24,7 +24,7 @@ DesktopWindows::DesktopWindows(
 }
 
 void DesktopWindows::toggleDropDown(std::optional<ScreenPoint> at) {
-    useActivationToken(takeActivationToken ? takeActivationToken() : "");
+    useActivationTokenOfClick();
     dropDown_.toggle(at);
 }
 
@@ -33,12 +33,23 @@ void DesktopWindows::openDropDown(const std::string& activationToken) {
     dropDown_.open(std::nullopt);
 }
 
+void DesktopWindows::showAbout() {
+    useActivationTokenOfClick();
+    about_.show();
+}
+
 void DesktopWindows::ask(const Question& question, std::function<void(bool)> answered) {
+    useActivationTokenOfClick();
     confirm_.ask(question.text, question.confirm, std::move(answered));
 }
 
 void DesktopWindows::quit() {
-    QCoreApplication::quit();
+    // Asks no window.
+    QGuiApplication::exit();
+}
+
+void DesktopWindows::useActivationTokenOfClick() const {
+    useActivationToken(takeActivationToken ? takeActivationToken() : "");
 }
 
 } // namespace tarnwick

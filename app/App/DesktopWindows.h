@@ -28,12 +28,13 @@ public:
 
     void showSettings() override { openSettings_(); }
 
-    void showAbout() override { about_.show(); }
-
+    void showAbout() override;
     void ask(const Question& question, std::function<void(bool)> answered) override;
     void quit() override;
 
 private:
+    void useActivationTokenOfClick() const;
+
     DropDown dropDown_;
     AboutPanel about_;
     ConfirmDialog confirm_;

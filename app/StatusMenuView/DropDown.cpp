@@ -1,7 +1,6 @@
 #include "app/StatusMenuView/DropDown.h"
 
 #include "app/StatusMenuView/DropDownWindow.h"
-#include "app/StatusMenuView/PressWatch.h"
 
 #include <QGuiApplication>
 
@@ -11,8 +10,8 @@ namespace tarnwick {
 
 namespace {
 
-/// A click on the status item first takes the focus away and is then told to us: for so many seconds the two
-/// belong together.
+/// A click on the status item first takes the focus away and is then told to us, by some panels when the
+/// button is let go: so many seconds after that the two belong together no more.
 constexpr double sameClick = 0.3;
 
 /// Of a double click some panels tell twice in the same moment.
@@ -35,19 +34,21 @@ DropDown::~DropDown() {
 
 void DropDown::toggle(std::optional<ScreenPoint> at) {
     const double now = loop_.now();
-    const std::optional<double> lostFocusAt = std::exchange(lostFocusAt_, std::nullopt);
     const std::optional<double> toggledAt = std::exchange(toggledAt_, now);
     if (toggledAt && now - *toggledAt < sameMoment) {
         return;
     }
     if (isOpen()) {
         close();
-    } else if (!lostFocusAt || now - *lostFocusAt >= sameClick) {
+    } else if (std::exchange(isClosedByClick_, false)) {
+        presses_.reset();
+    } else {
         open(at);
     }
 }
 
 void DropDown::open(std::optional<ScreenPoint> at) {
+    isClosedByClick_ = false;
     if (!isOpen()) {
         menu_.willOpen();
         window_.reset(std::make_unique<DropDownWindow>(monitor_, menu_, loop_).release());
@@ -60,27 +61,50 @@ void DropDown::open(std::optional<ScreenPoint> at) {
     }
     window_->open(at);
     if (!presses_ && QGuiApplication::platformName() == QLatin1String("xcb")) {
-        presses_ = std::make_unique<PressWatch>(loop_, [this](ScreenPoint point) { pressedAt(point); });
+        isButtonHeld_ = false;
+        presses_ = std::make_unique<PressWatch>(
+            loop_, [this](const PressWatch::Buttons& buttons) { buttonsMoved(buttons); });
     }
 }
 
 void DropDown::close() {
+    presses_.reset();
+    isClosedByClick_ = false;
+    hide();
+}
+
+void DropDown::hide() {
     if (isOpen()) {
         window_.reset();
-        presses_.reset();
         menu_.didClose();
     }
 }
 
-void DropDown::pressedAt(ScreenPoint point) {
-    if (isOpen() && !window_->covers(point)) {
+void DropDown::lostFocus() {
+    hide();
+    isClosedByClick_ = true;
+    waitForEndOfClick();
+}
+
+void DropDown::buttonsMoved(const PressWatch::Buttons& buttons) {
+    isButtonHeld_ = buttons.isHeld;
+    if (isOpen() && buttons.pressedAt && !window_->covers(*buttons.pressedAt)) {
         lostFocus();
+    } else if (isClosedByClick_) {
+        waitForEndOfClick();
     }
 }
 
-void DropDown::lostFocus() {
-    lostFocusAt_ = loop_.now();
-    close();
+void DropDown::waitForEndOfClick() {
+    endOfClick_.reset();
+    if (!isButtonHeld_) {
+        endOfClick_ = loop_.after(sameClick, [this] {
+            if (!isOpen()) {
+                presses_.reset();
+            }
+            isClosedByClick_ = false;
+        });
+    }
 }
 
 } // namespace tarnwick

@@ -5,6 +5,7 @@
 #include "app/StatusItemController/Menu.h"
 #include "core/RunLoop.h"
 #include "platform/StatusItem.h"
+#include "platform/qt/PressWatch.h"
 
 #include <memory>
 #include <optional>
@@ -12,7 +13,6 @@
 namespace tarnwick {
 
 class DropDownWindow;
-class PressWatch;
 
 /// Its window exists only while it is open: what is closed costs nothing. Everything handed in outlives it.
 /// Main thread.
@@ -37,8 +37,10 @@ public:
     [[nodiscard]] DropDownWindow* window() const { return window_.get(); }
 
 private:
+    void hide();
     void lostFocus();
-    void pressedAt(ScreenPoint point);
+    void buttonsMoved(const PressWatch::Buttons& buttons);
+    void waitForEndOfClick();
 
     Monitor& monitor_;
     Menu& menu_;
@@ -49,9 +51,12 @@ private:
     };
 
     std::unique_ptr<DropDownWindow, LaterDeletion> window_;
-    std::unique_ptr<PressWatch> presses_; ///< only while open on an X11 display
-    std::optional<double> lostFocusAt_;   ///< monotonic: when losing the focus closed it last
-    std::optional<double> toggledAt_;     ///< monotonic: when a click last opened or closed it
+    /// On an X11 display: while it is open, and until the click that has closed it is over.
+    std::unique_ptr<PressWatch> presses_;
+    bool isButtonHeld_ = false;
+    bool isClosedByClick_ = false; ///< that may still be told as a click on the item
+    RunLoop::Handle endOfClick_;
+    std::optional<double> toggledAt_; ///< monotonic: when a click last opened or closed it
 };
 
 } // namespace tarnwick

@@ -1,13 +1,15 @@
 #include "app/StatusMenuView/DropDownWindow.h"
 
-#include "app/StatusMenuView/Compositing.h"
 #include "app/StatusMenuView/DropDownPlacement.h"
-#include "app/StatusMenuView/Foreground.h"
 #include "app/StatusMenuView/LatencyPalette.h"
 #include "app/StatusMenuView/MenuItemsView.h"
 #include "app/StatusMenuView/StatusMenuView.h"
+#include "platform/qt/Compositing.h"
+#include "platform/qt/Foreground.h"
+#include "platform/qt/ScreenPixels.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -26,19 +28,10 @@ constexpr int shadowDrop = 3; ///< the light comes from above
 constexpr double cornerRadius = 10;
 constexpr int topPadding = 4;
 
-/// Desktop pixels as the toolkit counts them, with the screen that they are on.
-std::pair<QScreen*, QPoint> locate(ScreenPoint point) {
-    for (QScreen* screen : QGuiApplication::screens()) {
-        const QRect area = screen->geometry();
-        const double ratio = screen->devicePixelRatio();
-        // A screen's corner is told in desktop pixels, its size in larger, scaled ones.
-        const QRectF inPixels(area.topLeft(), QSizeF(area.size()) * ratio);
-        if (inPixels.contains(QPointF(point.x, point.y))) {
-            const QPointF inside = (QPointF(point.x, point.y) - area.topLeft()) / ratio;
-            return {screen, area.topLeft() + inside.toPoint()};
-        }
-    }
-    return {nullptr, {}};
+ScreenPoint clickedAt(ScreenPoint told) {
+    // Elsewhere the pointer is known in this program's own windows only.
+    const bool isX11 = QGuiApplication::platformName() == QLatin1String("xcb");
+    return isX11 ? ScreenPixels::clicked(told, ScreenPixels::of(QCursor::pos())) : told;
 }
 
 /// Rings that grow fainter outward.
@@ -82,15 +75,12 @@ DropDownWindow::DropDownWindow(Monitor& monitor, const Menu& menu, RunLoop& loop
 DropDownWindow::~DropDownWindow() = default;
 
 void DropDownWindow::open(std::optional<ScreenPoint> at) {
-    if (isVisible()) {
-        raise();
-    } else {
-        opensAt_ = at;
+    if (!isVisible()) {
+        opensAt_ = at ? std::optional(clickedAt(*at)) : std::nullopt;
         fit();
         items_->setAltHeld(QGuiApplication::queryKeyboardModifiers().testFlag(Qt::AltModifier));
-        show();
     }
-    Foreground::take(*windowHandle());
+    Foreground::show(*this);
     setFocus(Qt::PopupFocusReason);
 }
 
@@ -104,7 +94,7 @@ void DropDownWindow::end() {
 }
 
 bool DropDownWindow::covers(ScreenPoint point) const {
-    const auto [on, place] = locate(point);
+    const auto [on, place] = ScreenPixels::locate(point);
     return on != nullptr && panel().translated(geometry().topLeft()).contains(place);
 }
 
@@ -117,7 +107,7 @@ void DropDownWindow::fit() {
     size.setWidth(std::max(size.width(), items_->sizeHint().width()));
     size.rheight() += topPadding + items_->sizeHint().height();
 
-    const auto [clicked, click] = opensAt_ ? locate(*opensAt_) : std::pair<QScreen*, QPoint>{};
+    const auto [clicked, click] = opensAt_ ? ScreenPixels::locate(*opensAt_) : std::pair<QScreen*, QPoint>{};
     const QScreen* screen = clicked != nullptr ? clicked : QGuiApplication::primaryScreen();
     if (screen == nullptr) {
         setFixedSize(size.grownBy({shadow_, shadow_, shadow_, shadow_}));
@@ -169,7 +159,7 @@ bool DropDownWindow::event(QEvent* event) {
 }
 
 void DropDownWindow::closeEvent(QCloseEvent* event) {
-    event->ignore();
+    event->accept(); // else it would keep the program from ending
     if (const auto dismiss = onDismiss) {
         dismiss();
     }

@@ -1,32 +1,12 @@
 #include "platform/qt/TrayStatusItem.h"
 
 #include "platform/qt/FaceIcon.h"
+#include "platform/qt/ScreenPixels.h"
 
 #include <QCursor>
-#include <QGuiApplication>
-#include <QScreen>
-
-#include <cmath>
+#include <QTextDocument>
 
 namespace tarnwick {
-
-namespace {
-
-/// The toolkit scales what is on a screen, not where the screens are.
-ScreenPoint inPixels(const QPoint& point) {
-    const QScreen* screen = QGuiApplication::screenAt(point);
-    if (screen == nullptr) {
-        screen = QGuiApplication::primaryScreen();
-    }
-    const QPoint origin = screen->geometry().topLeft();
-    const QPointF offset = QPointF(point - origin) * screen->devicePixelRatio();
-    return {
-        .x = origin.x() + static_cast<int>(std::lround(offset.x())),
-        .y = origin.y() + static_cast<int>(std::lround(offset.y())),
-    };
-}
-
-} // namespace
 
 TrayStatusItem::TrayStatusItem(const FacePainter& painter, Ink ink) : painter_(painter), ink_(ink) {
     QObject::connect(&icon_, &QSystemTrayIcon::activated, &icon_, [this] {
@@ -44,7 +24,9 @@ void TrayStatusItem::setFace(const StatusFace& face) {
 }
 
 void TrayStatusItem::setToolTip(const std::string& text) {
-    icon_.setToolTip(QString::fromStdString(text));
+    // The toolkit guesses whether a text is markup.
+    const QString plain = QString::fromStdString(text);
+    icon_.setToolTip(Qt::mightBeRichText(plain) ? Qt::convertFromPlainText(plain) : plain);
 }
 
 double TrayStatusItem::textWidth(const std::string& text) const {
@@ -62,7 +44,7 @@ void TrayStatusItem::showFace() {
 
 std::optional<ScreenPoint> TrayStatusItem::bottomCenter() const {
     const QRect place = icon_.geometry();
-    return inPixels(place.isValid() ? QPoint(place.center().x(), place.bottom()) : QCursor::pos());
+    return ScreenPixels::of(place.isValid() ? QPoint(place.center().x(), place.bottom()) : QCursor::pos());
 }
 
 } // namespace tarnwick

@@ -10,7 +10,7 @@ namespace tarnwick {
 /// For X11 displays on which no StatusNotifier watcher runs. The toolkit waits for a tray by itself, comes
 /// back to one that was restarted, and draws only while one shows it. Whether there is a watcher it looks
 /// just once, when this is made, and goes over D-Bus for good if there is. Needs a QApplication.
-class TrayStatusItem final : public StatusItem {
+class TrayStatusItem : public StatusItem {
 public:
     /// The painter outlives the item.
     TrayStatusItem(const FacePainter& painter, Ink ink);

@@ -14,10 +14,11 @@ from endtoend.waiting import eventually
 
 from .bus import Listener
 from .item import Item
-from .panels import Desktop
+from .panels import Desktop, X11Desktop
 from .pictures import Rectangle, background, bars, brightness, changed, ink_brightness
+from .preference import ColorPreference
 from .program import APPLICATION, PATIENCE, TITLE, Program
-from .x11 import RIGHT
+from .x11 import MIDDLE, RIGHT
 
 # The item is registered again so soon after a new watcher has come.
 REGISTERED_WITHIN = 2
@@ -283,6 +284,16 @@ class PanelChecks:
                 program = self.running()
                 self.ends_well(program, lambda program=program, number=number: program.send(number))
 
+    def test_a_polite_signal_ends_it_while_the_drop_down_is_open(self) -> None:
+        program = self.running()
+
+        def end() -> None:
+            self.open_drop_down(self.shown(program))
+            self.opened(program)
+            program.send(signal.SIGTERM)
+
+        self.ends_well(program, end)
+
     def test_the_shortcut_for_quitting_ends_it_with_the_statistics_saved(self) -> None:
         program = self.running()
 
@@ -419,3 +430,79 @@ class NotifierChecks(PanelChecks):
 
         self.assertTrue(calls)
         self.assertLess(calls[0].at - self.desktop.watched_since, REGISTERED_WITHIN)
+
+    def test_a_question_comes_to_the_front_and_a_polite_signal_ends_it_with_the_program(self) -> None:
+        program = self.running()
+
+        def end() -> None:
+            item = program.item()
+            item.choose(item.row("Reset All Time Stats…"))
+            eventually(self.question_has_keyboard, PATIENCE, "the question has the keyboard")
+            eventually(lambda: "Cancel" in self.desktop.accessible(APPLICATION).texts(), PATIENCE, "the question")
+            self.desktop.screenshot(f"{self.desktop.name}-question.png")
+            program.send(signal.SIGTERM)
+
+        self.ends_well(program, end)
+
+    def question_has_keyboard(self) -> bool:
+        return self.desktop.focused_title().startswith("Reset")
+
+
+class X11Checks(PanelChecks):
+    """Where the tests can hold a button down, and windows place themselves."""
+
+    desktop: X11Desktop
+
+    def test_a_button_held_on_the_icon_closes_it_for_good(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+        self.open_drop_down(place)
+        self.opened(program)
+
+        self.desktop.screen.press(*place.center)
+        self.addCleanup(self.desktop.screen.release)
+        self.wait_until_closed(program)
+        self.assertTrue(never(program.drop_down), "it opened again while the button was held")
+        self.desktop.screen.release()
+
+        self.assertTrue(never(program.drop_down), "it opened again when the button was let go")
+
+    def test_a_middle_click_opens_the_drop_down_too(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+
+        self.desktop.click(*place.center, MIDDLE)
+
+        self.opened(program)
+        self.desktop.key("Escape")
+        self.wait_until_closed(program)
+
+    def test_turning_the_wheel_over_it_does_nothing(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+
+        for up in (True, False):
+            self.desktop.scroll(*place.center, up)
+
+        self.assertTrue(never(program.drop_down), "it opened")
+        self.assertIsNone(program.process.poll())
+
+    def test_the_drop_down_follows_the_desktop_from_light_to_dark_while_it_is_open(self) -> None:
+        preference = ColorPreference(self.desktop.session, dark=False)
+        self.addCleanup(preference.close)
+        program = self.running()
+        self.open_drop_down(self.shown(program))
+        window = self.opened(program)
+
+        def is_readable(dark: bool) -> bool:
+            picture = self.desktop.picture().crop(window.box)
+            ground, ink = brightness(background(picture)), ink_brightness(picture)
+            return (ground < 127) == dark and ((ink - ground) if dark else (ground - ink)) > READABLE_CONTRAST
+
+        for dark in (False, True):
+            preference.set_dark(dark)
+
+            eventually(lambda dark=dark: is_readable(dark), PATIENCE, f"readable, dark: {dark}")
+            self.desktop.screenshot(f"{self.desktop.name}-drop-down-{'dark' if dark else 'light'}.png")
+        self.desktop.key("Escape")
+        self.wait_until_closed(program)

@@ -198,6 +198,7 @@ class Desktop(abc.ABC):
 
 class X11Desktop(Desktop):
     window_manager = True
+    size = (1280, 800)
     screen: X11Screen
 
     @property
@@ -205,7 +206,7 @@ class X11Desktop(Desktop):
         return self.screen.area
 
     def start_display(self) -> None:
-        self.screen = X11Screen(self.session)
+        self.screen = X11Screen(self.session, *self.size)
         self.session.start_bus()
         if self.window_manager:
             self.screen.start_window_manager(self.session)
@@ -285,6 +286,20 @@ class XfcePanel(X11Desktop):
 
     def set_dark(self, dark: bool) -> None:
         self.session.run(["xfconf-query", "-c", "xfce4-panel", "-p", "/panels/dark-mode", "-s", str(dark).lower()])
+
+
+class ScaledXfcePanel(XfcePanel):
+    """On a display with twice as many dots an inch."""
+
+    name = "xfce-2x"
+    size = (1920, 1200)
+    height = 2 * XfcePanel.height
+
+    def start_display(self) -> None:
+        super().start_display()
+        self.screen.set_dots_per_inch(192)
+        # What makes other programs large is the panel's own scale.
+        self.session.environment["GDK_SCALE"] = "2"
 
 
 class LatePanel(XfcePanel):
@@ -489,6 +504,8 @@ class WaybarPanel(Desktop):
         return list(below(json.loads(self.session.run(["swaymsg", "-t", "get_tree", "-r"]))))
 
 
+# A busy machine may take its time between two clicks.
+DOUBLE_CLICK_MS = 1000
 GNOME_SETTINGS = """[org/gnome/shell]
 enabled-extensions=['ubuntu-appindicators@ubuntu.com']
 disable-user-extensions=false
@@ -501,6 +518,9 @@ toolkit-accessibility=true
 
 [org/gnome/desktop/screensaver]
 lock-enabled=false
+
+[org/gnome/desktop/peripherals/mouse]
+double-click={double_click}
 """
 
 
@@ -528,7 +548,8 @@ class GnomePanel(X11Desktop):
         session.spawn("logind", ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"])
         eventually(lambda: system.owner("org.freedesktop.login1"), 10, "the login manager answers")
         system.close()
-        session.write(session.config / "glib-2.0/settings/keyfile", GNOME_SETTINGS)
+        settings = GNOME_SETTINGS.format(double_click=DOUBLE_CLICK_MS)
+        session.write(session.config / "glib-2.0/settings/keyfile", settings)
 
     def start_panel(self) -> None:
         starts = self.starts()

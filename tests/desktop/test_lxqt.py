@@ -4,9 +4,9 @@ from __future__ import annotations
 
 import unittest
 
-from .checks import NotifierChecks
+from .checks import NotifierChecks, X11Checks
 from .panels import LxqtPanel
 
 
-class Lxqt(NotifierChecks, unittest.TestCase):
+class Lxqt(X11Checks, NotifierChecks, unittest.TestCase):
     panel = LxqtPanel

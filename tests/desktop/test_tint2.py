@@ -6,14 +6,15 @@ import unittest
 
 from endtoend.waiting import eventually
 
-from .checks import PanelChecks
+from .checks import READABLE_CONTRAST, X11Checks
 from .panels import Tint2Panel
 from .pictures import bars, changed
+from .preference import ColorPreference
 from .program import APPLICATION, PATIENCE, Program
 from .x11 import RIGHT
 
 
-class Tint2(PanelChecks, unittest.TestCase):
+class Tint2(X11Checks, unittest.TestCase):
     panel = Tint2Panel
 
     def wait_for_verdict(self, program: Program) -> None:
@@ -37,3 +38,17 @@ class Tint2(PanelChecks, unittest.TestCase):
         self.desktop.screenshot("tint2-menu.png")
         self.desktop.key("Escape")
         eventually(lambda: not self.tree_has_quit(), PATIENCE, "the menu closes")
+
+    def test_its_ink_follows_the_desktop_from_dark_to_light_and_back(self) -> None:
+        place = self.shown(self.running())
+        preference = ColorPreference(self.desktop.session, dark=True)
+        self.addCleanup(preference.close)
+
+        def contrast() -> float:
+            return self.contrast(self.desktop.picture(), place)
+
+        # The panel itself stays black.
+        preference.set_dark(False)
+        eventually(lambda: contrast() < READABLE_CONTRAST, PATIENCE, "dark ink")
+        preference.set_dark(True)
+        eventually(lambda: contrast() > READABLE_CONTRAST, PATIENCE, "light ink")

@@ -6,13 +6,13 @@ import unittest
 
 from endtoend.waiting import eventually
 
-from .checks import READABLE_CONTRAST, NotifierChecks
+from .checks import READABLE_CONTRAST, NotifierChecks, X11Checks
 from .panels import XfcePanel
 from .pictures import background, brightness, ink_brightness
 from .program import PATIENCE
 
 
-class Xfce(NotifierChecks, unittest.TestCase):
+class Xfce(X11Checks, NotifierChecks, unittest.TestCase):
     panel = XfcePanel
     desktop: XfcePanel
 

@@ -7,7 +7,7 @@ import pathlib
 import subprocess
 
 from PIL import Image, ImageGrab
-from Xlib import XK, X, display, error
+from Xlib import XK, X, Xatom, display, error
 from Xlib.ext import xtest
 from Xlib.xobject.drawable import Window
 
@@ -77,6 +77,13 @@ class X11Screen:
         check = self._display.intern_atom("_NET_SUPPORTING_WM_CHECK")
         return self._display.screen().root.get_full_property(check, X.AnyPropertyType) is not None
 
+    def set_dots_per_inch(self, dots: int) -> None:
+        """As users set them, for programs that are started afterwards."""
+        self._display.screen().root.change_property(
+            self._display.intern_atom("RESOURCE_MANAGER"), Xatom.STRING, 8, f"Xft.dpi:\t{dots}\n".encode()
+        )
+        self._display.sync()
+
     def has_tray(self) -> bool:
         owner = self._display.get_selection_owner(self._display.intern_atom("_NET_SYSTEM_TRAY_S0"))
         return owner != X.NONE
@@ -89,10 +96,17 @@ class X11Screen:
         self._display.sync()
 
     def click(self, x: int, y: int, button: int = LEFT) -> None:
+        self.press(x, y, button)
+        self.release(button)
+
+    def press(self, x: int, y: int, button: int = LEFT) -> None:
         self.move(x, y)
-        for kind in (X.ButtonPress, X.ButtonRelease):
-            xtest.fake_input(self._display, kind, button)
-            self._display.sync()
+        xtest.fake_input(self._display, X.ButtonPress, button)
+        self._display.sync()
+
+    def release(self, button: int = LEFT) -> None:
+        xtest.fake_input(self._display, X.ButtonRelease, button)
+        self._display.sync()
 
     def scroll(self, x: int, y: int, up: bool = True) -> None:
         self.click(x, y, SCROLL_UP if up else SCROLL_DOWN)

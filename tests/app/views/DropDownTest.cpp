@@ -5,6 +5,7 @@
 #include "app/StatusMenuView/MenuItemsView.h"
 #include "app/StatusMenuView/MenuRow.h"
 #include "app/StatusMenuView/StatusMenuView.h"
+#include "platform/qt/Appearance.h"
 #include "tests/app/WatchedMonitor.h"
 #include "tests/app/views/StandardMenu.h"
 
@@ -182,6 +183,21 @@ TEST_F(DropDownTest, LosingFocusCloses) {
     EXPECT_FALSE(dropDown.isOpen());
 }
 
+TEST_F(DropDownTest, ItTurnsDarkWithTheDesktopWhileItIsOpen) {
+    const auto ground = [this] {
+        const DropDownWindow& window = *dropDown.window();
+        return dropDown.window()->grab().toImage().pixelColor(window.width() / 2, window.height() - 20);
+    };
+    Appearance::prefer(false);
+    open();
+    EXPECT_GT(ground().lightness(), 200);
+
+    Appearance::prefer(true);
+    QApplication::processEvents();
+    EXPECT_LT(ground().lightness(), 60);
+    Appearance::prefer(std::nullopt);
+}
+
 TEST_F(DropDownTest, EscapeCloses) {
     open();
     press(Qt::Key_Escape);
@@ -196,6 +212,13 @@ TEST_F(DropDownTest, TheDesktopMayCloseItsWindow) {
 
     EXPECT_FALSE(dropDown.isOpen());
     EXPECT_EQ(menu.closed, 1);
+}
+
+TEST_F(DropDownTest, ItsWindowDoesNotKeepTheProgramFromEnding) {
+    open();
+    QWidget* const window = dropDown.window();
+
+    EXPECT_TRUE(window->close());
 }
 
 TEST_F(DropDownTest, AClickIntoItsShadowCloses) {

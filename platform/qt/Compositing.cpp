@@ -1,4 +1,4 @@
-#include "app/StatusMenuView/Compositing.h"
+#include "platform/qt/Compositing.h"
 
 #include <QGuiApplication>
 

@@ -1,7 +1,7 @@
-#include "app/StatusMenuView/Foreground.h"
+#include "platform/qt/Foreground.h"
 
 #include <QGuiApplication>
-#include <QWindow>
+#include <QWidget>
 
 #include <cstdlib>
 #include <memory>
@@ -72,8 +72,10 @@ void askWindowManager(xcb_window_t window) {
 
 } // namespace
 
-void take(QWindow& window) {
-    window.requestActivate();
+void show(QWidget& window) {
+    window.show();
+    window.raise();
+    window.activateWindow();
     if (qGuiApp->nativeInterface<QNativeInterface::QX11Application>() != nullptr) {
         askWindowManager(static_cast<xcb_window_t>(window.winId()));
     }

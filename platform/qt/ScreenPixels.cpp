@@ -1,0 +1,53 @@
+#include "platform/qt/ScreenPixels.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace tarnwick::ScreenPixels {
+
+ScreenPoint of(const QPoint& point) {
+    const QScreen* screen = QGuiApplication::screenAt(point);
+    if (screen == nullptr) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    // The toolkit scales what is on a screen, not where the screens are.
+    const QPoint origin = screen->geometry().topLeft();
+    const QPointF offset = QPointF(point - origin) * screen->devicePixelRatio();
+    return {
+        .x = origin.x() + static_cast<int>(std::lround(offset.x())),
+        .y = origin.y() + static_cast<int>(std::lround(offset.y())),
+    };
+}
+
+std::pair<QScreen*, QPoint> locate(ScreenPoint pixel) {
+    for (QScreen* screen : QGuiApplication::screens()) {
+        const QRect area = screen->geometry();
+        const double ratio = screen->devicePixelRatio();
+        const QRectF inPixels(area.topLeft(), QSizeF(area.size()) * ratio);
+        if (inPixels.contains(QPointF(pixel.x, pixel.y))) {
+            const QPointF inside = (QPointF(pixel.x, pixel.y) - area.topLeft()) / ratio;
+            return {screen, area.topLeft() + inside.toPoint()};
+        }
+    }
+    return {nullptr, {}};
+}
+
+ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer) {
+    constexpr std::array scales{1.0, 1.25, 1.5, 1.75, 2.0, 2.5, 3.0};
+    constexpr int reach = 48; // in units of the panel: some tell the middle of the icon, or a corner of it
+    for (const double scale : scales) {
+        const ScreenPoint pixel{
+            .x = static_cast<int>(std::lround(told.x * scale)),
+            .y = static_cast<int>(std::lround(told.y * scale))};
+        if (std::max(std::abs(pixel.x - pointer.x), std::abs(pixel.y - pointer.y)) <= reach * scale) {
+            return pixel;
+        }
+    }
+    return told;
+}
+
+} // namespace tarnwick::ScreenPixels

@@ -1,0 +1,44 @@
+"""The program in a panel of twice the size, on a display with twice as many dots an inch."""
+
+from __future__ import annotations
+
+import unittest
+
+from .checks import NotifierChecks, X11Checks
+from .panels import ScaledXfcePanel
+
+# What size has to do with; all the rest is tried at the usual one.
+CHOSEN = (
+    "test_it_is_drawn_readably_in_the_panel",
+    "test_the_icon_alone_is_five_rising_bars",
+    "test_a_click_opens_the_drop_down_and_escape_closes_it",
+    "test_a_second_click_on_the_icon_closes_it_for_good",
+    "test_a_click_elsewhere_closes_it",
+    "test_it_is_drawn_at_twice_the_size",
+    "test_the_drop_down_is_twice_as_wide",
+)
+USUAL_WIDTH = 320  # of what drops down, in the usual font
+
+
+class Scaled(X11Checks, NotifierChecks, unittest.TestCase):
+    panel = ScaledXfcePanel
+
+    def test_it_is_drawn_at_twice_the_size(self) -> None:
+        place = self.shown(self.running())
+
+        self.assertGreater(place.height, self.desktop.height / 2)
+
+    def test_the_drop_down_is_twice_as_wide(self) -> None:
+        program = self.running()
+        self.open_drop_down(self.shown(program))
+
+        window = self.opened(program)
+
+        self.assertGreaterEqual(window.width, 2 * USUAL_WIDTH)
+        self.desktop.key("Escape")
+        self.wait_until_closed(program)
+
+
+def load_tests(loader: unittest.TestLoader, _tests: unittest.TestSuite, _pattern: str | None) -> unittest.TestSuite:
+    del loader
+    return unittest.TestSuite(map(Scaled, CHOSEN))

@@ -1,0 +1,81 @@
+// Light and dark windows, as the user prefers them and whatever the toolkit begins with.
+#include "platform/qt/Appearance.h"
+
+#include <QApplication>
+#include <QPalette>
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+namespace {
+
+/// Contrast of two colors as the accessibility guidelines for web content reckon it, 1 to 21.
+double contrast(const QColor& first, const QColor& second) {
+    const auto luminance = [](const QColor& color) {
+        const auto linear = [](double share) {
+            return share <= 0.04045 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF())
+               + 0.0722 * linear(color.blueF());
+    };
+    const auto [low, high] = std::minmax({luminance(first), luminance(second)});
+    return (high + 0.05) / (low + 0.05);
+}
+
+class AppearanceTest : public testing::Test {
+protected:
+    void TearDown() override { Appearance::prefer(std::nullopt); }
+
+    const bool toolkitIsDark = Appearance::isDark();
+    const QPalette toolkit = QApplication::palette();
+};
+
+} // namespace
+
+TEST_F(AppearanceTest, WithoutAPreferenceTheToolkitsOwnColorsStay) {
+    Appearance::prefer(std::nullopt);
+
+    EXPECT_EQ(QApplication::palette(), toolkit);
+}
+
+TEST_F(AppearanceTest, WhereTheToolkitAgreesItsOwnColorsStay) {
+    Appearance::prefer(toolkitIsDark);
+
+    EXPECT_EQ(QApplication::palette(), toolkit);
+}
+
+TEST_F(AppearanceTest, WhereTheToolkitWouldDrawTheContraryThePreferenceHolds) {
+    Appearance::prefer(!toolkitIsDark);
+
+    EXPECT_EQ(Appearance::isDark(), !toolkitIsDark);
+}
+
+TEST_F(AppearanceTest, TheToolkitsColorsComeBackWithThePreference) {
+    Appearance::prefer(!toolkitIsDark);
+    Appearance::prefer(toolkitIsDark);
+
+    EXPECT_EQ(QApplication::palette(), toolkit);
+}
+
+TEST_F(AppearanceTest, TextIsReadableInEitherKind) {
+    constexpr double enough = 4.5; // of a contrast, for text of the usual size
+    for (const bool dark : {false, true}) {
+        Appearance::prefer(dark);
+        const QPalette palette = QApplication::palette();
+        using Pair = std::pair<QPalette::ColorRole, QPalette::ColorRole>;
+        for (const auto& [text, ground] : {
+                 Pair(QPalette::WindowText, QPalette::Window),
+                 Pair(QPalette::Text, QPalette::Base),
+                 Pair(QPalette::ButtonText, QPalette::Button),
+                 Pair(QPalette::Link, QPalette::Window),
+                 Pair(QPalette::ToolTipText, QPalette::ToolTipBase),
+             }) {
+            EXPECT_GE(contrast(palette.color(text), palette.color(ground)), enough) << dark << text;
+        }
+    }
+}
+
+} // namespace tarnwick

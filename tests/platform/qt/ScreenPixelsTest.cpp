@@ -1,0 +1,43 @@
+// Places on the desktop, in pixels and as panels tell them.
+#include "platform/qt/ScreenPixels.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+TEST(ScreenPixels, APointOfTheToolkitIsFoundAgain) {
+    const QPoint center = QGuiApplication::primaryScreen()->geometry().center();
+
+    const auto [screen, point] = ScreenPixels::locate(ScreenPixels::of(center));
+
+    EXPECT_EQ(screen, QGuiApplication::primaryScreen());
+    EXPECT_EQ(point, center);
+}
+
+TEST(ScreenPixels, WhatIsOnNoScreenIsNotFound) {
+    EXPECT_EQ(ScreenPixels::locate({.x = -5000, .y = 10}).first, nullptr);
+}
+
+TEST(ScreenPixels, AClickAtThePointerStandsAsTold) {
+    const ScreenPoint told{.x = 1250, .y = 12};
+
+    EXPECT_EQ(ScreenPixels::clicked(told, {.x = 1258, .y = 20}), told);
+}
+
+TEST(ScreenPixels, AClickInThePanelsOwnUnitsIsScaledToThePointer) {
+    EXPECT_EQ(
+        ScreenPixels::clicked({.x = 625, .y = 13}, {.x = 1252, .y = 24}), (ScreenPoint{.x = 1250, .y = 26}));
+    EXPECT_EQ(
+        ScreenPixels::clicked({.x = 800, .y = 20}, {.x = 1203, .y = 30}), (ScreenPoint{.x = 1200, .y = 30}));
+}
+
+TEST(ScreenPixels, WithThePointerElsewhereAClickStandsAsTold) {
+    const ScreenPoint told{.x = 1250, .y = 12};
+
+    EXPECT_EQ(ScreenPixels::clicked(told, {.x = 400, .y = 400}), told);
+}
+
+} // namespace tarnwick
