@@ -20,8 +20,12 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 LABORATORY = ROOT / "tests" / "lab" / "run"
 sys.path.insert(0, str(ROOT / "tests"))
 
-from desktop.panels import XfcePanel  # noqa: E402
+from desktop.panels import LxqtPanel, X11Desktop, XfcePanel  # noqa: E402
 
+from endtoend.waiting import eventually  # noqa: E402
+
+PANELS = {"xfce": XfcePanel, "lxqt": LxqtPanel}
+NETWORK_MANAGER = "org.freedesktop.NetworkManager"
 # Starting does not count, nor does the first picture in the panel.
 SETTLING_SECONDS = 8
 
@@ -39,6 +43,9 @@ def parse_arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--seconds", type=int, default=120, help="length of a run (120)")
     parser.add_argument("--rounds", type=int, default=1, help="how often each runs, in turn (1)")
+    parser.add_argument(
+        "--panel", choices=PANELS, default="xfce", help="xfce shares its libraries with the applet, lxqt with none"
+    )
     parser.add_argument("--only", default="", help="just the programs whose name contains this")
     parser.add_argument("--program", default=str(ROOT / "build/release/app/tarnwick"), metavar="PATH")
     parser.add_argument("--empty", default=str(ROOT / "build/bench/bench/empty-tray"), metavar="PATH")
@@ -74,7 +81,7 @@ def work(process: int) -> tuple[int, int]:
     return on_cpu, switches
 
 
-def measure(panel: XfcePanel, name: str, command: list[str], seconds: int) -> Run:
+def measure(panel: X11Desktop, name: str, command: list[str], seconds: int) -> Run:
     process = panel.session.spawn("measured", command)
     try:
         time.sleep(SETTLING_SECONDS)
@@ -94,6 +101,19 @@ def measure(panel: XfcePanel, name: str, command: list[str], seconds: int) -> Ru
     return Run(
         pss, private, data - data_before, (cpu - cpu_before) / between / 1e7, (switches - switches_before) / between
     )
+
+
+def give_network_manager(panel: X11Desktop) -> None:
+    """The applet shows nothing without one. A mock with a wired device that is connected."""
+    system = panel.session.start_system_bus()
+    panel.session.spawn(
+        "network", ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "networkmanager"]
+    )
+    eventually(lambda: system.owner(NETWORK_MANAGER), 10, "the network manager answers")
+    path, mock = "/org/freedesktop/NetworkManager", "org.freedesktop.DBus.Mock"
+    activated = 100
+    system.call(NETWORK_MANAGER, path, mock, "AddEthernetDevice", "(ssi)", ("wired", "eth0", activated))
+    system.close()
 
 
 def report(runs: dict[str, list[Run]], seconds: int) -> None:
@@ -120,9 +140,10 @@ def main() -> int:
         os.execv(LABORATORY, [str(LABORATORY), sys.executable, *sys.argv])
     compared = {name: command for name, command in programs(options).items() if options.only in name}
     runs: dict[str, list[Run]] = {name: [] for name in compared}
-    panel = XfcePanel()
+    panel = PANELS[options.panel]()
     panel.start()
     try:
+        give_network_manager(panel)
         for _ in range(options.rounds):
             for name, command in compared.items():
                 runs[name].append(measure(panel, name, command, options.seconds))
