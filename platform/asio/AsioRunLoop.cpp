@@ -8,7 +8,6 @@
 #include <asio/post.hpp>
 #include <asio/steady_timer.hpp>
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <fcntl.h>
@@ -160,29 +159,12 @@ bool AsioRunLoop::runOne(double seconds) {
     return context_->io.run_one_for(std::chrono::duration_cast<Clock::duration>(Seconds(seconds))) > 0;
 }
 
-double AsioRunLoop::now() const {
-    return MonotonicClock::now();
-}
-
-RunLoop::WallTime AsioRunLoop::wallNow() const {
-    return std::chrono::system_clock::now();
-}
-
 void AsioRunLoop::post(Task task) {
     asio::post(context_->io, std::move(task));
 }
 
-RunLoop::Handle AsioRunLoop::after(double delay, Task task) {
-    return context_->timers.add({.firstFire = now() + std::max(delay, 0.0)}, std::move(task));
-}
-
-RunLoop::Handle AsioRunLoop::every(double firstFire, double interval, Task task) {
-    return context_->timers.add({.firstFire = firstFire, .interval = interval}, std::move(task));
-}
-
-RunLoop::Handle AsioRunLoop::everyRoughly(double firstFire, double interval, double tolerance, Task task) {
-    return context_->timers.add(
-        {.firstFire = firstFire, .interval = interval, .tolerance = tolerance}, std::move(task));
+TimerQueue& AsioRunLoop::timers() {
+    return context_->timers;
 }
 
 RunLoop::Handle AsioRunLoop::watchReadable(int descriptor, Task task) {

@@ -1,11 +1,11 @@
 // The run loop of programs without a toolkit, on standalone Asio.
 #pragma once
 
-#include "core/RunLoop.h"
+#include "platform/SystemRunLoop.h"
 
 namespace tarnwick {
 
-class AsioRunLoop final : public RunLoop {
+class AsioRunLoop final : public SystemRunLoop {
 public:
     AsioRunLoop();
     /// Returns at once, whatever detached work is still running.
@@ -19,18 +19,15 @@ public:
     /// `seconds`.
     bool runOne(double seconds);
 
-    [[nodiscard]] double now() const override;
-    [[nodiscard]] WallTime wallNow() const override;
     void post(Task task) override;
-    [[nodiscard]] Handle after(double delay, Task task) override;
-    [[nodiscard]] Handle every(double firstFire, double interval, Task task) override;
-    [[nodiscard]] Handle everyRoughly(
-        double firstFire, double interval, double tolerance, Task task) override;
     [[nodiscard]] Handle watchReadable(int descriptor, Task task) override;
     [[nodiscard]] bool detach(std::function<Task()> work) override;
 
 private:
     struct Context;
+
+    [[nodiscard]] TimerQueue& timers() override;
+
     std::shared_ptr<Context> context_;
 };
 

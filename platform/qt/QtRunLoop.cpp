@@ -194,29 +194,8 @@ QtRunLoop::~QtRunLoop() {
     mailbox_->close();
 }
 
-double QtRunLoop::now() const {
-    return MonotonicClock::now();
-}
-
-RunLoop::WallTime QtRunLoop::wallNow() const {
-    return std::chrono::system_clock::now();
-}
-
 void QtRunLoop::post(Task task) {
     mailbox_->put(std::move(task));
-}
-
-RunLoop::Handle QtRunLoop::after(double delay, Task task) {
-    return timers_.add({.firstFire = now() + std::max(delay, 0.0)}, std::move(task));
-}
-
-RunLoop::Handle QtRunLoop::every(double firstFire, double interval, Task task) {
-    return timers_.add({.firstFire = firstFire, .interval = interval}, std::move(task));
-}
-
-RunLoop::Handle QtRunLoop::everyRoughly(double firstFire, double interval, double tolerance, Task task) {
-    return timers_.add(
-        {.firstFire = firstFire, .interval = interval, .tolerance = tolerance}, std::move(task));
 }
 
 RunLoop::Handle QtRunLoop::watchReadable(int descriptor, Task task) {

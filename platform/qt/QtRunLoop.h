@@ -1,8 +1,7 @@
 // The run loop of the desktop program, on the toolkit's event loop.
 #pragma once
 
-#include "core/RunLoop.h"
-#include "platform/TimerQueue.h"
+#include "platform/SystemRunLoop.h"
 
 #include <QObject>
 
@@ -12,26 +11,22 @@ namespace tarnwick {
 
 /// Its tasks run wherever the toolkit handles events, so also while a dialog or a menu runs an event loop of
 /// its own, even inside a task. No task is run inside itself. A QCoreApplication exists and outlives it.
-class QtRunLoop final : public RunLoop {
+class QtRunLoop final : public SystemRunLoop {
 public:
     /// Throws std::system_error when the system gives no descriptors.
     QtRunLoop();
     /// Returns at once, whatever detached work is still running.
     ~QtRunLoop() override;
 
-    [[nodiscard]] double now() const override;
-    [[nodiscard]] WallTime wallNow() const override;
     void post(Task task) override;
-    [[nodiscard]] Handle after(double delay, Task task) override;
-    [[nodiscard]] Handle every(double firstFire, double interval, Task task) override;
-    [[nodiscard]] Handle everyRoughly(
-        double firstFire, double interval, double tolerance, Task task) override;
     [[nodiscard]] Handle watchReadable(int descriptor, Task task) override;
     [[nodiscard]] bool detach(std::function<Task()> work) override;
 
 private:
     class Alarm;
     class Mailbox;
+
+    [[nodiscard]] TimerQueue& timers() override { return timers_; }
 
     std::shared_ptr<Mailbox> mailbox_;
     TimerQueue timers_;
