@@ -1,44 +1,17 @@
 #include "app/App/Options.h"
 
-#include "app/CommandLine/ArgumentParser.h"
-
 #include <array>
 
 namespace tarnwick {
 
 namespace {
 
-enum Option : int { set = ArgumentParser::firstOption, help, version };
-
 constexpr std::array<option, 4> knownOptions{{
-    {"set", required_argument, nullptr, set},
-    {"help", no_argument, nullptr, help},
-    {"version", no_argument, nullptr, version},
+    CommonOptions::setOption,
+    CommonOptions::helpOption,
+    CommonOptions::versionOption,
     {nullptr, 0, nullptr, 0},
 }};
-
-std::optional<UsageError> apply(int letter, const ArgumentParser& parser, AppOptions& options) {
-    switch (letter) {
-    case help:
-        options.help = true;
-        return std::nullopt;
-    case version:
-        options.version = true;
-        return std::nullopt;
-    case set: {
-        auto setting = parseSetting(ArgumentParser::value());
-        if (auto* error = std::get_if<UsageError>(&setting)) {
-            return *error;
-        }
-        options.settings.push_back(std::get<Setting>(std::move(setting)));
-        return std::nullopt;
-    }
-    case ArgumentParser::missingValue:
-        return UsageError{parser.culprit() + " needs a value"};
-    default:
-        return UsageError{"unknown option " + quoted(parser.culprit())};
-    }
-}
 
 } // namespace
 
@@ -59,7 +32,7 @@ std::variant<AppOptions, UsageError> parseAppOptions(const std::vector<std::stri
     AppOptions options;
     ArgumentParser parser(arguments, knownOptions);
     for (int letter = parser.next(); letter != ArgumentParser::endOfOptions; letter = parser.next()) {
-        if (auto error = apply(letter, parser, options)) {
+        if (auto error = options.apply(letter, parser)) {
             return std::move(*error);
         }
     }

@@ -1,7 +1,7 @@
 // The command line of the desktop program.
 #pragma once
 
-#include "app/CommandLine/SettingArgument.h"
+#include "app/CommandLine/CommonOptions.h"
 
 #include <string>
 #include <variant>
@@ -9,11 +9,7 @@
 
 namespace tarnwick {
 
-struct AppOptions {
-    bool help = false;
-    bool version = false;
-    std::vector<Setting> settings; ///< for this run only, in the order given
-
+struct AppOptions : CommonOptions {
     [[nodiscard]] static const char* usage();
 };
 

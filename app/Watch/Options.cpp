@@ -1,6 +1,5 @@
 #include "app/Watch/Options.h"
 
-#include "app/CommandLine/ArgumentParser.h"
 #include "app/Preferences/Preferences.h"
 
 #include <array>
@@ -9,14 +8,14 @@ namespace tarnwick {
 
 namespace {
 
-enum Option : int { json = ArgumentParser::firstOption, forSeconds, set, help, version };
+enum Option : int { json = CommonOptions::firstOwn, forSeconds };
 
 constexpr std::array<option, 6> knownOptions{{
     {"json", no_argument, nullptr, json},
     {"for", required_argument, nullptr, forSeconds},
-    {"set", required_argument, nullptr, set},
-    {"help", no_argument, nullptr, help},
-    {"version", no_argument, nullptr, version},
+    CommonOptions::setOption,
+    CommonOptions::helpOption,
+    CommonOptions::versionOption,
     {nullptr, 0, nullptr, 0},
 }};
 
@@ -25,12 +24,6 @@ std::optional<UsageError> apply(int letter, const ArgumentParser& parser, WatchO
     case json:
         options.json = true;
         return std::nullopt;
-    case help:
-        options.help = true;
-        return std::nullopt;
-    case version:
-        options.version = true;
-        return std::nullopt;
     case forSeconds:
         options.forSeconds = positiveNumber(ArgumentParser::value());
         if (!options.forSeconds) {
@@ -38,18 +31,8 @@ std::optional<UsageError> apply(int letter, const ArgumentParser& parser, WatchO
                 "--for takes a number of seconds above 0, not " + quoted(ArgumentParser::value())};
         }
         return std::nullopt;
-    case set: {
-        auto setting = parseSetting(ArgumentParser::value());
-        if (auto* error = std::get_if<UsageError>(&setting)) {
-            return *error;
-        }
-        options.settings.push_back(std::get<0>(std::move(setting)));
-        return std::nullopt;
-    }
-    case ArgumentParser::missingValue:
-        return UsageError{parser.culprit() + " needs a value"};
     default:
-        return UsageError{"unknown option " + quoted(parser.culprit())};
+        return options.apply(letter, parser);
     }
 }
 

@@ -1,7 +1,7 @@
 // The command line of the terminal program.
 #pragma once
 
-#include "app/CommandLine/SettingArgument.h"
+#include "app/CommandLine/CommonOptions.h"
 
 #include <optional>
 #include <string>
@@ -10,13 +10,10 @@
 
 namespace tarnwick {
 
-struct WatchOptions {
+/// A HOST argument is the last one of the settings.
+struct WatchOptions : CommonOptions {
     bool json = false;
-    bool help = false;
-    bool version = false;
     std::optional<double> forSeconds;
-    /// For this run only, in the order given; a HOST argument comes last.
-    std::vector<Setting> settings;
 
     [[nodiscard]] static const char* usage();
 };

@@ -1,0 +1,31 @@
+#include "app/CommandLine/CommonOptions.h"
+
+#include <utility>
+#include <variant>
+
+namespace tarnwick {
+
+std::optional<UsageError> CommonOptions::apply(int letter, const ArgumentParser& parser) {
+    switch (letter) {
+    case helpLetter:
+        help = true;
+        return std::nullopt;
+    case versionLetter:
+        version = true;
+        return std::nullopt;
+    case setLetter: {
+        auto setting = parseSetting(ArgumentParser::value());
+        if (auto* error = std::get_if<UsageError>(&setting)) {
+            return std::move(*error);
+        }
+        settings.push_back(std::get<Setting>(std::move(setting)));
+        return std::nullopt;
+    }
+    case ArgumentParser::missingValue:
+        return UsageError{parser.culprit() + " needs a value"};
+    default:
+        return UsageError{"unknown option " + quoted(parser.culprit())};
+    }
+}
+
+} // namespace tarnwick
