@@ -1,6 +1,7 @@
 #include "app/App/AboutPanel.h"
 
 #include "app/App/ProgramIcon.h"
+#include "platform/qt/DesktopOpener.h"
 #include "platform/qt/Foreground.h"
 
 #include <QDialog>
@@ -33,7 +34,7 @@ QLabel* paragraph(const QString& text, double size, QFont::Weight weight = QFont
     label->setFont(font);
     label->setAlignment(Qt::AlignCenter);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse);
-    label->setOpenExternalLinks(true);
+    QObject::connect(label, &QLabel::linkActivated, [](const QString& page) { openWithDesktop(page); });
     return label;
 }
 

@@ -70,6 +70,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
               .notifications = notifications_,
               .store = StatsStore::defaultStore(),
           }),
+      // Nothing checks for updates yet, wherever the program lies.
       menu_(StatusItemController::menuItems(false)),
       colors_(bus) {
     makeStatusItem(setup);
@@ -86,7 +87,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
     windows_ =
         std::make_unique<DesktopWindows>(loop_, monitor_, menu_, setup.version, [this] { showSettings(); });
     panelMenu_ = std::make_unique<PanelMenuText>(
-        loop_, monitor_, menu_, [this] { windows_->openDropDown(notifier_->takeActivationToken()); });
+        loop_, monitor_, menu_, [this] { windows_->openDropDownAtPointer(); });
     notifier_ = std::make_unique<NotifierStatusItem>(NotifierStatusItem::Needs{
         .loop = loop_,
         .bus = bus_,
@@ -117,9 +118,14 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
 }
 
 void AppDelegate::followColors() {
-    const auto apply = [this] { Appearance::prefer(colors_.desktopIsDark()); };
-    apply();
-    colorChange_ = colors_.onChange(apply);
+    Appearance::prefer(colors_.desktopIsDark());
+    colorChange_ = colors_.onChange([this, known = colors_.desktopIsDark()]() mutable {
+        // The panel may have changed alone.
+        if (known != colors_.desktopIsDark()) {
+            known = colors_.desktopIsDark();
+            Appearance::prefer(known);
+        }
+    });
     notifier_->setFallbackInk(inkOfPalette());
     paletteWatch_ = std::make_unique<PaletteWatch>([this] { notifier_->setFallbackInk(inkOfPalette()); });
 }

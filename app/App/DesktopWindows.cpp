@@ -1,5 +1,7 @@
 #include "app/App/DesktopWindows.h"
 
+#include "platform/qt/ScreenPixels.h"
+
 #include <QGuiApplication>
 
 #include <utility>
@@ -8,12 +10,19 @@ namespace tarnwick {
 
 namespace {
 
+constexpr auto activationTokenVariable = "XDG_ACTIVATION_TOKEN";
+
 /// On Wayland the toolkit takes it from the environment for the next window that is activated, and removes it
 /// there. Elsewhere it would stay there for every program that is started from here.
 void useActivationToken(const std::string& token) {
     if (!token.empty() && QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
-        qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(token));
+        qputenv(activationTokenVariable, QByteArray::fromStdString(token));
     }
+}
+
+/// Good for one window, and that has not opened.
+void dropActivationToken() {
+    qunsetenv(activationTokenVariable);
 }
 
 } // namespace
@@ -24,13 +33,29 @@ DesktopWindows::DesktopWindows(
 }
 
 void DesktopWindows::toggleDropDown(std::optional<ScreenPoint> at) {
+    if (!dropDown_.isOpen()) {
+        useActivationTokenOfClick();
+    }
+    dropDown_.toggle(at ? at : ScreenPixels::pointer());
+    if (!dropDown_.isOpen()) {
+        dropActivationToken();
+    }
+}
+
+void DesktopWindows::openDropDownAtPointer() {
     useActivationTokenOfClick();
-    dropDown_.toggle(at);
+    dropDown_.open(ScreenPixels::pointer());
 }
 
 void DesktopWindows::openDropDown(const std::string& activationToken) {
     useActivationToken(activationToken);
     dropDown_.open(std::nullopt);
+}
+
+void DesktopWindows::showSettings() {
+    useActivationTokenOfClick();
+    openSettings_();
+    dropActivationToken();
 }
 
 void DesktopWindows::showAbout() {

@@ -22,12 +22,13 @@ public:
     void toggleDropDown(std::optional<ScreenPoint> at) override;
     /// In answer to something else than a click on the item: opens, and never closes.
     void openDropDown(const std::string& activationToken);
+    /// The same for a click in the panel's menu.
+    void openDropDownAtPointer();
 
     /// By what the desktop lets a click open a window in front of others; empty where it gives nothing.
     std::function<std::string()> takeActivationToken;
 
-    void showSettings() override { openSettings_(); }
-
+    void showSettings() override;
     void showAbout() override;
     void ask(const Question& question, std::function<void(bool)> answered) override;
     void quit() override;

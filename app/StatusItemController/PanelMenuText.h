@@ -38,7 +38,7 @@ public:
     static constexpr double readingTime = 30;
     /// A panel that shows the menu and never says that it has closed it is believed for so many seconds after
     /// its last sign of life.
-    static constexpr double longestShown = 60;
+    static constexpr double longestShown = 600;
 
     /// What is handed in outlives this object. `openDropDown` is what a click on the header does.
     PanelMenuText(RunLoop& loop, const Monitor& monitor, Menu& menu, std::function<void()> openDropDown);

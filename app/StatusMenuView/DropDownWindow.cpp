@@ -9,7 +9,6 @@
 #include "platform/qt/ScreenPixels.h"
 
 #include <QApplication>
-#include <QCursor>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -29,9 +28,8 @@ constexpr double cornerRadius = 10;
 constexpr int topPadding = 4;
 
 ScreenPoint clickedAt(ScreenPoint told) {
-    // Elsewhere the pointer is known in this program's own windows only.
-    const bool isX11 = QGuiApplication::platformName() == QLatin1String("xcb");
-    return isX11 ? ScreenPixels::clicked(told, ScreenPixels::of(QCursor::pos())) : told;
+    const std::optional<ScreenPoint> pointer = ScreenPixels::pointer();
+    return pointer ? ScreenPixels::clicked(told, *pointer) : told;
 }
 
 /// Rings that grow fainter outward.

@@ -81,7 +81,8 @@ inline BusConnection::Call daemonCall(const char* method) {
     };
 }
 
-/// Asks for a name that is neither queued for nor given up; `answered` learns whether it is ours.
+/// Asks for a name that is neither queued for nor given up; `answered` learns whether it is ours, or nothing
+/// where the bus refuses it.
 template<typename Answered>
 void requestName(BusConnection& bus, const std::string& name, Answered answered) {
     static constexpr std::uint32_t doNotQueue = 4;
@@ -90,7 +91,7 @@ void requestName(BusConnection& bus, const std::string& name, Answered answered)
     callBus<std::uint32_t>(
         bus, daemonCall("RequestName"), std::tuple(name, doNotQueue),
         [answered = std::move(answered)](const std::optional<std::uint32_t>& reply) {
-            answered(reply == primaryOwner || reply == alreadyOwner);
+            answered(reply ? std::optional(*reply == primaryOwner || *reply == alreadyOwner) : std::nullopt);
         });
 }
 

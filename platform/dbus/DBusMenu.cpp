@@ -122,7 +122,8 @@ private:
             .withInputParamNames("id", "eventId", "data", "timestamp")
             .implementedAs(
                 [this](std::int32_t id, const std::string& event, const sdbus::Variant&, std::uint32_t) {
-                    requireKnown(id), receive(id, event);
+                    requireKnown(id);
+                    receive(id, event);
                 });
         object_->registerMethod("EventGroup")
             .onInterface(interface)

@@ -107,11 +107,13 @@ void InstanceGuard::busChanged() {
         decide(Result::noBus);
         return;
     }
-    requestName(bus_, name, lifeline_.guarded([this](bool isOurs) { nameDecided(isOurs); }));
+    requestName(bus_, name, lifeline_.guarded([this](std::optional<bool> isOurs) { nameDecided(isOurs); }));
 }
 
-void InstanceGuard::nameDecided(bool isOurs) {
-    if (isOurs) {
+void InstanceGuard::nameDecided(std::optional<bool> isOurs) {
+    if (!isOurs) {
+        decide(Result::noBus);
+    } else if (*isOurs) {
         decide(Result::first);
     } else if (decided_ && bus_.state() == BusConnection::State::connected) {
         if (hasAskedOther_) {
@@ -145,7 +147,8 @@ void InstanceGuard::otherAnswered(bool isWell) {
         decide(Result::anotherRuns);
     } else {
         // It may have come to its end meanwhile, and left the name to this one.
-        requestName(bus_, name, lifeline_.guarded([this](bool isOurs) { nameDecided(isOurs); }));
+        requestName(
+            bus_, name, lifeline_.guarded([this](std::optional<bool> isOurs) { nameDecided(isOurs); }));
     }
 }
 

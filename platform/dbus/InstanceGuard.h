@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tarnwick {
@@ -17,7 +18,7 @@ public:
         first,
         anotherRuns,     ///< and has been asked to show itself
         anotherIsSilent, ///< runs, but has not answered when asked
-        noBus,           ///< nobody can tell; several may run
+        noBus,           ///< no bus, or one that gives no names: nobody can tell; several may run
     };
 
     static constexpr const char* name = "org.tarnwick.Tarnwick";
@@ -44,7 +45,7 @@ private:
     class Exported;
 
     void busChanged();
-    void nameDecided(bool isOurs);
+    void nameDecided(std::optional<bool> isOurs);
     void activateOther();
     void otherAnswered(bool isWell);
     void decide(Result result);

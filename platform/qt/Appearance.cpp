@@ -8,36 +8,36 @@ namespace tarnwick::Appearance {
 namespace {
 
 struct Colors {
-    QColor window;
-    QColor base; ///< behind what can be edited or selected
-    QColor button;
-    QColor text;
-    QColor disabledText;
-    QColor highlight;
-    QColor link;
+    QRgb window;
+    QRgb base; ///< behind what can be edited or selected
+    QRgb button;
+    QRgb text;
+    QRgb disabledText;
+    QRgb highlight;
+    QRgb link;
 };
 
-const Colors light{
-    .window = QColor(0xF3F3F4),
-    .base = QColor(0xFFFFFF),
-    .button = QColor(0xECECEE),
-    .text = QColor(0x1B1B1D),
-    .disabledText = QColor(0x9A9A9E),
-    .highlight = QColor(0x2F6FD0),
-    .link = QColor(0x1D5FC4)};
+constexpr Colors light{
+    .window = 0xFFF3F3F4,
+    .base = 0xFFFFFFFF,
+    .button = 0xFFECECEE,
+    .text = 0xFF1B1B1D,
+    .disabledText = 0xFF9A9A9E,
+    .highlight = 0xFF2F6FD0,
+    .link = 0xFF1D5FC4};
 
-const Colors dark{
-    .window = QColor(0x2A2A2D),
-    .base = QColor(0x202022),
-    .button = QColor(0x3B3B3F),
-    .text = QColor(0xF1F1F3),
-    .disabledText = QColor(0x7E7E84),
-    .highlight = QColor(0x3C78D8),
-    .link = QColor(0x7FB0FF)};
+constexpr Colors dark{
+    .window = 0xFF2A2A2D,
+    .base = 0xFF202022,
+    .button = 0xFF3B3B3F,
+    .text = 0xFFF1F1F3,
+    .disabledText = 0xFF7E7E84,
+    .highlight = 0xFF3C78D8,
+    .link = 0xFF7FB0FF};
 
 QPalette paletteOf(const Colors& colors) {
     // From the button's color the toolkit derives those of edges and shadows.
-    QPalette palette(colors.button, colors.window);
+    QPalette palette{QColor(colors.button), QColor(colors.window)};
     for (const QPalette::ColorRole role :
          {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
         palette.setColor(role, colors.text);

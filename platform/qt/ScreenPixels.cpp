@@ -1,5 +1,6 @@
 #include "platform/qt/ScreenPixels.h"
 
+#include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -34,6 +35,11 @@ std::pair<QScreen*, QPoint> locate(ScreenPoint pixel) {
         }
     }
     return {nullptr, {}};
+}
+
+std::optional<ScreenPoint> pointer() {
+    const bool isX11 = QGuiApplication::platformName() == QLatin1String("xcb");
+    return isX11 ? std::optional(of(QCursor::pos())) : std::nullopt;
 }
 
 ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer) {

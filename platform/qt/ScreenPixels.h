@@ -5,6 +5,7 @@
 
 #include <QPoint>
 
+#include <optional>
 #include <utility>
 
 class QScreen;
@@ -16,6 +17,9 @@ namespace tarnwick::ScreenPixels {
 
 /// The screen that a pixel is on and the toolkit's point for it; null when it is on none.
 [[nodiscard]] std::pair<QScreen*, QPoint> locate(ScreenPoint pixel);
+
+/// Where the pointer is. Absent on Wayland, where that is known in the program's own windows only.
+[[nodiscard]] std::optional<ScreenPoint> pointer();
 
 /// Where a click was. Panels that scale what they draw tell it in units of their own; since the pointer is
 /// there, too, it shows which. What fits nowhere near the pointer, as after a key press, stands as it was

@@ -396,7 +396,9 @@ class NotifierChecks(PanelChecks):
         self.assertTrue(never(program.drop_down), "pointing at it is enough")
         self.desktop.click(*row)
 
-        self.opened(program)
+        window = self.opened(program)
+        if self.opens_at_click:
+            self.assertLess(distance(*row, window), NEAR)
         self.desktop.key("Escape")
         self.wait_until_closed(program)
 

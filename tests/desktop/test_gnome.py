@@ -10,7 +10,7 @@ from PIL import Image
 from endtoend.waiting import eventually
 
 from .bus import Listener
-from .checks import NotifierChecks, never
+from .checks import NEAR, NotifierChecks, distance, never
 from .panels import GnomePanel
 from .pictures import Rectangle
 from .program import PATIENCE, Program
@@ -66,7 +66,7 @@ class Gnome(NotifierChecks, unittest.TestCase):
         eventually(lambda: self.menu_drawn(before), PATIENCE, "the shell's menu")
         self.desktop.click(*place.center)
 
-        self.opened(program)
+        self.assertLess(distance(*place.center, self.opened(program)), NEAR)
         self.desktop.key("Escape")
         self.wait_until_closed(program)
 

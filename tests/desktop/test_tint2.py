@@ -6,12 +6,15 @@ import unittest
 
 from endtoend.waiting import eventually
 
-from .checks import READABLE_CONTRAST, X11Checks
+from .checks import READABLE_CONTRAST, REGISTERED_WITHIN, X11Checks
 from .panels import Tint2Panel
 from .pictures import bars, changed
 from .preference import ColorPreference
 from .program import APPLICATION, PATIENCE, Program
 from .x11 import RIGHT
+
+# Of dark ink on black, which is not quite black.
+FAINT_CONTRAST = 10
 
 
 class Tint2(X11Checks, unittest.TestCase):
@@ -39,6 +42,16 @@ class Tint2(X11Checks, unittest.TestCase):
         self.desktop.key("Escape")
         eventually(lambda: not self.tree_has_quit(), PATIENCE, "the menu closes")
 
+    def test_it_is_back_in_a_new_panel_at_once(self) -> None:
+        self.shown(self.running())
+        self.desktop.kill_panel()
+        self.desktop.start_panel()
+
+        def is_drawn() -> bool:
+            return changed(self.empty, self.desktop.picture(), self.desktop.strip) is not None
+
+        eventually(is_drawn, REGISTERED_WITHIN, "the icon is back")
+
     def test_its_ink_follows_the_desktop_from_dark_to_light_and_back(self) -> None:
         place = self.shown(self.running())
         preference = ColorPreference(self.desktop.session, dark=True)
@@ -49,6 +62,6 @@ class Tint2(X11Checks, unittest.TestCase):
 
         # The panel itself stays black.
         preference.set_dark(False)
-        eventually(lambda: contrast() < READABLE_CONTRAST, PATIENCE, "dark ink")
+        eventually(lambda: FAINT_CONTRAST < contrast() < READABLE_CONTRAST, PATIENCE, "dark ink")
         preference.set_dark(True)
         eventually(lambda: contrast() > READABLE_CONTRAST, PATIENCE, "light ink")

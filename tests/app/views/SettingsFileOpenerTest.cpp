@@ -131,23 +131,4 @@ TEST_F(SettingsFileOpenerTest, AFileThatCannotBeMadeIsSaid) {
     EXPECT_FALSE(std::filesystem::exists(record()));
 }
 
-TEST_F(SettingsFileOpenerTest, AnEditorIsNotEndedWithTheProgramsTerminal) {
-    installOpener("read -r line < /proc/$$/stat; echo \"$line\" >> '" + record().string() + "'");
-
-    openSettingsFile(settings());
-
-    ASSERT_TRUE(runUntilOpenerHasEnded());
-    std::ifstream stream(record());
-    std::string opened;
-    std::getline(stream, opened);
-    std::string process;
-    std::string name;
-    std::string state;
-    std::string parent;
-    std::string group;
-    std::string session;
-    stream >> process >> name >> state >> parent >> group >> session;
-    EXPECT_EQ(session, process);
-}
-
 } // namespace tarnwick

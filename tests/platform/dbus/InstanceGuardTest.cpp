@@ -75,6 +75,17 @@ TEST_F(InstanceGuardTest, ASecondStartActivatesTheFirst) {
     EXPECT_TRUE(runUntil([&first] { return first.activations.size() == 1; }));
 }
 
+TEST_F(InstanceGuardTest, ABusThatRefusesTheNameSaysNothingOfOthers) {
+    stopBus();
+    daemon_.refuse(InstanceGuard::name);
+    ASSERT_TRUE(daemon_.start());
+    const Start start(loop_, daemon_.address());
+
+    ASSERT_TRUE(runUntilDecided(start));
+
+    EXPECT_THAT(start.results, ElementsAre(Result::noBus));
+}
+
 TEST_F(InstanceGuardTest, ASecondStartPassesItsActivationTokenOn) {
     const Start first(loop_, daemon_.address());
     ASSERT_TRUE(runUntilDecided(first));

@@ -26,11 +26,19 @@ std::string temporaryFolder() {
 } // namespace
 
 PrivateBus::PrivateBus() : folder_(temporaryFolder()) {
+    configure("");
+}
+
+void PrivateBus::refuse(const std::string& name) {
+    configure("<deny own='" + name + "'/>");
+}
+
+void PrivateBus::configure(const std::string& rule) const {
     std::ofstream(folder_ + "/bus.conf") << "<busconfig><type>session</type><listen>" << address()
                                          << "</listen><auth>EXTERNAL</auth><policy context='default'>"
                                             "<allow send_destination='*' eavesdrop='true'/>"
                                             "<allow eavesdrop='true'/><allow own='*'/>"
-                                            "</policy></busconfig>\n";
+                                         << rule << "</policy></busconfig>\n";
 }
 
 PrivateBus::~PrivateBus() {

@@ -18,10 +18,14 @@ public:
     [[nodiscard]] bool start();
     void stop();
 
+    /// From the next start on nobody may own that name.
+    void refuse(const std::string& name);
+
     /// The same for each start.
     [[nodiscard]] std::string address() const { return "unix:path=" + folder_ + "/bus"; }
 
 private:
+    void configure(const std::string& rule) const;
     [[nodiscard]] bool takesConnections() const;
 
     std::string folder_;

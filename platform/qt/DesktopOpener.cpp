@@ -1,0 +1,48 @@
+#include "platform/qt/DesktopOpener.h"
+
+#include <QProcess>
+
+#include <csignal>
+#include <unistd.h>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+/// The opener may become the editor or the browser itself.
+void standAlone() {
+    setsid();
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+} // namespace
+
+void openWithDesktop(const QString& fileOrPage, std::function<void(bool)> ended) {
+    // Without a parent: a process is killed with the object that stands for it. It deletes itself.
+    auto* const opener = new QProcess; // NOLINT(cppcoreguidelines-owning-memory)
+    opener->setStandardInputFile(QProcess::nullDevice());
+    opener->setStandardOutputFile(QProcess::nullDevice());
+    opener->setStandardErrorFile(QProcess::nullDevice());
+    opener->setChildProcessModifier(standAlone);
+    const auto finish = [opener, ended = std::move(ended)](bool isOpened) {
+        if (ended) {
+            ended(isOpened);
+        }
+        opener->deleteLater();
+    };
+    QObject::connect(opener, &QProcess::finished, opener, [finish](int code, QProcess::ExitStatus status) {
+        // One that a signal has ended had something open.
+        finish(code == 0 || status == QProcess::CrashExit);
+    });
+    QObject::connect(opener, &QProcess::errorOccurred, opener, [finish](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            finish(false);
+        }
+    });
+    opener->start("xdg-open", {fileOrPage});
+}
+
+} // namespace tarnwick
