@@ -15,7 +15,7 @@ from collections.abc import Sequence
 
 from endtoend.waiting import eventually
 
-from .bus import Bus
+from .bus import Bus, BusError
 
 OUTPUT = pathlib.Path(__file__).resolve().parents[2] / "build/desktop"
 # Carried by everything that a session starts, directly or not: so all of it is found again at the end.
@@ -154,10 +154,16 @@ class Session:
         self.write(self.folder / "bus.conf", BUS_CONFIGURATION)
         command = ["dbus-daemon", f"--config-file={self.folder}/bus.conf", "--nofork", "--nopidfile"]
         daemon = self.spawn(name, [*command, f"--address={address}"])
-        eventually(
-            lambda: (self.runtime / name).exists() or daemon.poll() is not None, 10, "the bus takes connections"
-        )
-        return Bus(address)
+
+        def connected() -> Bus | None:
+            if daemon.poll() is not None:
+                raise AssertionError(f"the bus ended with {daemon.returncode}: {self.log(name)}")
+            # Its socket is there a moment before it takes connections.
+            with contextlib.suppress(BusError):
+                return Bus(address)
+            return None
+
+        return eventually(connected, 10, "the bus takes connections")
 
     @staticmethod
     def kill(process: subprocess.Popen[bytes]) -> None:
