@@ -59,14 +59,15 @@ class AConnection(ConcurrentTestCase):
             self.assertEqual(now["lossPercent"], 0)
             self.assertIs(now["lossIsKnown"], True)
             self.assertEqual(now["resolvedAddress"], "10.77.0.10")
-            # The send is stamped after it was made: a few microseconds may be missing.
-            self.assertGreater(now["session"]["fastestMs"], 39)
+            # The send is stamped after it was made: a few microseconds may be missing, and on a busy machine
+            # now and then as long as the program had to wait for a processor in between.
+            self.assertGreater(now["session"]["fastestMs"], 35)
             self.assertLess(now["session"]["fastestMs"], 43)
             self.assertLess(now["session"]["averageMs"], 48)
-            self.assertRegex(now["menuTitle"], r"^(39|[45]\d)ms$")
-            self.assertRegex(now["tooltip"], r"\ALatest Ping Time: (39|[45]\d)ms\nRecent Packet Loss: 0%\Z")
+            self.assertRegex(now["menuTitle"], r"^(3[5-9]|[45]\d)ms$")
+            self.assertRegex(now["tooltip"], r"\ALatest Ping Time: (3[5-9]|[45]\d)ms\nRecent Packet Loss: 0%\Z")
             self.assertRegex(
-                now["accessibilitySummary"], r"^Excellent, (39|[45]\d) milliseconds, 0 percent packet loss$"
+                now["accessibilitySummary"], r"^Excellent, (3[5-9]|[45]\d) milliseconds, 0 percent packet loss$"
             )
             for name in ("downReason", "downReasonText", "lastError", "startError"):
                 self.assertIsNone(now[name], name)
