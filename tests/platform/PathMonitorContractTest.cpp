@@ -1,0 +1,89 @@
+// The kernel's path monitor and the one that stands in for it, held to the one contract.
+#include "tests/platform/PathMonitorContract.h"
+
+#include "platform/asio/AsioRunLoop.h"
+#include "platform/linux/RoutePathMonitor.h"
+#include "tests/platform/linux/NetworkNamespace.h"
+#include "tests/simulation/FakePathMonitor.h"
+
+#include <optional>
+
+namespace tarnwick {
+
+namespace {
+
+class FakeDriver {
+public:
+    static std::string obstacle() { return {}; }
+
+    PathMonitor& monitor() { return *monitor_; }
+
+    void connect(const std::string& interface) { report(true, {interface}); }
+
+    void disconnect() { report(false, {}); }
+
+    static bool runUntil(const std::function<bool()>& condition) { return condition(); }
+
+    static void settle() {}
+
+    void close() { monitor_.reset(); }
+
+private:
+    void report(bool satisfied, std::vector<std::string> interfaces) {
+        if (monitor_) {
+            monitor_->report(satisfied, std::move(interfaces));
+        }
+    }
+
+    std::optional<simulation::FakePathMonitor> monitor_{std::in_place};
+};
+
+class KernelDriver {
+public:
+    KernelDriver()
+        : isReady_(
+            namespace_.isEntered() && test::NetworkNamespace::addLink("wan0")
+            && test::NetworkNamespace::addLink("wan1")) {}
+
+    [[nodiscard]] std::string obstacle() const {
+        return isReady_ ? "" : "this machine gives no network namespace, or has no ip command";
+    }
+
+    PathMonitor& monitor() { return *monitor_; }
+
+    static void connect(const std::string& interface) {
+        EXPECT_TRUE(test::NetworkNamespace::ip("route replace default dev " + interface));
+    }
+
+    static void disconnect() { EXPECT_TRUE(test::NetworkNamespace::ip("route del default")); }
+
+    bool runUntil(const std::function<bool()>& condition) {
+        const double patience = loop_.now() + 20;
+        while (!condition() && loop_.now() < patience) {
+            loop_.runOne(0.1);
+        }
+        return condition();
+    }
+
+    void settle() {
+        const double end = loop_.now() + 3 * RoutePathMonitor::settleTime;
+        while (loop_.now() < end) {
+            loop_.runOne(end - loop_.now());
+        }
+    }
+
+    void close() { monitor_.reset(); }
+
+private:
+    test::NetworkNamespace namespace_;
+    bool isReady_;
+    AsioRunLoop loop_;
+    std::optional<RoutePathMonitor> monitor_{std::in_place, loop_};
+};
+
+} // namespace
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, PathMonitorContract, FakeDriver);
+INSTANTIATE_TYPED_TEST_SUITE_P(Kernel, PathMonitorContract, KernelDriver);
+
+} // namespace tarnwick

@@ -1,0 +1,171 @@
+// What the kernel says of routes, as bytes: which messages matter, and what an answer means.
+#include "platform/linux/RouteChanges.h"
+#include "platform/linux/RouteLookup.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <sys/socket.h>
+#include <vector>
+
+namespace tarnwick {
+
+namespace {
+
+using Content = std::vector<std::byte>;
+
+template<class Structure>
+Content bytesOf(const Structure& structure) {
+    const auto bytes = std::as_bytes(std::span(&structure, 1));
+    return {bytes.begin(), bytes.end()};
+}
+
+Content operator+(Content front, const Content& back) {
+    front.insert(front.end(), back.begin(), back.end());
+    return front;
+}
+
+Content attribute(unsigned short type, Content value) {
+    const rtattr header{
+        .rta_len = static_cast<unsigned short>(sizeof(rtattr) + value.size()), .rta_type = type};
+    value.resize((value.size() + 3) / 4 * 4);
+    return bytesOf(header) + value;
+}
+
+Content message(std::uint16_t type, const Content& content) {
+    nlmsghdr header{};
+    header.nlmsg_len = static_cast<std::uint32_t>(sizeof header + content.size());
+    header.nlmsg_type = type;
+    return bytesOf(header) + content;
+}
+
+Content routeTo(Content prefix, unsigned char length, unsigned flags = 0) {
+    rtmsg route{};
+    route.rtm_family = prefix.size() == 16 ? AF_INET6 : AF_INET;
+    route.rtm_dst_len = length;
+    route.rtm_flags = flags;
+    return bytesOf(route) + (length > 0 ? attribute(RTA_DST, std::move(prefix)) : Content{});
+}
+
+Content ipv4(std::uint8_t a, std::uint8_t b, std::uint8_t c, std::uint8_t d) {
+    return {std::byte{a}, std::byte{b}, std::byte{c}, std::byte{d}};
+}
+
+Content linkMessage(unsigned char family) {
+    ifinfomsg link{};
+    link.ifi_family = family;
+    return message(RTM_NEWLINK, bytesOf(link));
+}
+
+Content hop(int interface, unsigned char flags) {
+    return bytesOf(rtnexthop{
+        .rtnh_len = sizeof(rtnexthop), .rtnh_flags = flags, .rtnh_hops = 0, .rtnh_ifindex = interface});
+}
+
+Content answer(unsigned char type, unsigned flags = 0) {
+    rtmsg route{};
+    route.rtm_family = AF_INET;
+    route.rtm_type = type;
+    route.rtm_flags = flags;
+    return bytesOf(route);
+}
+
+bool matters(const Content& content) {
+    return RouteChanges::mayChangePath(content);
+}
+
+} // namespace
+
+TEST(RouteChanges, RoutesThatCoverTheWorldMatter) {
+    EXPECT_TRUE(matters(message(RTM_NEWROUTE, routeTo(ipv4(0, 0, 0, 0), 0))));
+    EXPECT_TRUE(matters(message(RTM_DELROUTE, routeTo(ipv4(128, 0, 0, 0), 1))));
+    EXPECT_TRUE(matters(message(RTM_NEWROUTE, routeTo(ipv4(203, 0, 112, 0), 23))));
+    EXPECT_TRUE(matters(message(RTM_NEWROUTE, routeTo(ipv4(203, 0, 113, 9), 32))));
+    const auto world6 = worldAddress(AF_INET6);
+    EXPECT_TRUE(matters(message(RTM_NEWROUTE, routeTo({world6.begin(), world6.end()}, 3))));
+}
+
+TEST(RouteChanges, RoutesToSomewhereElseDoNotMatter) {
+    EXPECT_FALSE(matters(message(RTM_NEWROUTE, routeTo(ipv4(0, 0, 0, 0), 1))));
+    EXPECT_FALSE(matters(message(RTM_NEWROUTE, routeTo(ipv4(203, 0, 114, 0), 23))));
+    EXPECT_FALSE(matters(message(RTM_DELROUTE, routeTo(ipv4(203, 0, 113, 8), 32))));
+}
+
+TEST(RouteChanges, ClonesOfARouteDoNotMatter) {
+    EXPECT_FALSE(matters(message(RTM_NEWROUTE, routeTo(ipv4(0, 0, 0, 0), 0, RTM_F_CLONED))));
+}
+
+TEST(RouteChanges, LinksMatterButNotThePortsOfABridge) {
+    EXPECT_TRUE(matters(linkMessage(AF_UNSPEC)));
+    EXPECT_FALSE(matters(linkMessage(AF_BRIDGE)));
+}
+
+TEST(RouteChanges, NeighborsDoNotMatter) {
+    EXPECT_FALSE(matters(message(RTM_NEWNEIGH, Content(64))));
+}
+
+TEST(RouteChanges, AMessageBehindOthersIsFound) {
+    const Content first = message(RTM_NEWNEIGH, Content(13)) + Content(3);
+
+    EXPECT_TRUE(matters(first + message(RTM_DELADDR, Content(8))));
+}
+
+TEST(RouteChanges, AnyBytesAreReadToTheirEnd) {
+    rc::check([](const std::vector<std::uint8_t>& bytes, bool looksLikeRoute) {
+        Content content = bytesOf(bytes.size());
+        std::ranges::transform(
+            bytes, std::back_inserter(content), [](std::uint8_t byte) { return std::byte{byte}; });
+        const auto type = looksLikeRoute ? RTM_NEWROUTE : RTM_NEWLINK;
+        static_cast<void>(matters(message(static_cast<std::uint16_t>(type), content)));
+
+        // Behind whatever can't be read, nothing is.
+        RC_ASSERT(!matters(Content(sizeof(nlmsghdr)) + message(RTM_DELADDR, content)));
+    });
+}
+
+TEST(RouteLookup, ARouteNamesItsInterfaceAndMetric) {
+    const WorldRoute route = RouteLookup::parseRoute(
+        answer(RTN_UNICAST) + attribute(RTA_PRIORITY, bytesOf(std::uint32_t{600}))
+        + attribute(RTA_OIF, bytesOf(7)));
+
+    EXPECT_THAT(route.nextHops, testing::ElementsAre(WorldRoute::NextHop{7, true}));
+    EXPECT_EQ(route.metric, 600U);
+    EXPECT_EQ(route.expiresIn, std::nullopt);
+}
+
+TEST(RouteLookup, ARouteOverALinkThatIsDownHasNoCarrier) {
+    const WorldRoute route =
+        RouteLookup::parseRoute(answer(RTN_UNICAST, RTNH_F_LINKDOWN) + attribute(RTA_OIF, bytesOf(7)));
+
+    EXPECT_THAT(route.nextHops, testing::ElementsAre(WorldRoute::NextHop{7, false}));
+}
+
+TEST(RouteLookup, TheHopsOfAMultipathRouteHaveOneOrderHoweverTheyAreListed) {
+    const WorldRoute route = RouteLookup::parseRoute(
+        answer(RTN_UNICAST)
+        + attribute(RTA_MULTIPATH, hop(9, 0) + hop(3, RTNH_F_LINKDOWN) + hop(5, RTNH_F_DEAD)));
+
+    using Hop = WorldRoute::NextHop;
+    EXPECT_THAT(route.nextHops, testing::ElementsAre(Hop{3, false}, Hop{5, false}, Hop{9, true}));
+}
+
+TEST(RouteLookup, ARouteOfAnotherTypeIsNoWay) {
+    const Content interface = attribute(RTA_OIF, bytesOf(1));
+
+    EXPECT_TRUE(RouteLookup::parseRoute(answer(RTN_UNREACHABLE) + interface).nextHops.empty());
+    EXPECT_TRUE(RouteLookup::parseRoute(answer(RTN_LOCAL) + interface).nextHops.empty());
+}
+
+TEST(RouteLookup, AnAnswerThatIsCutOffNamesNothing) {
+    Content content = answer(RTN_UNICAST) + attribute(RTA_OIF, bytesOf(7));
+    content.resize(content.size() - 1);
+
+    EXPECT_TRUE(RouteLookup::parseRoute(content).nextHops.empty());
+    EXPECT_TRUE(RouteLookup::parseRoute({}).nextHops.empty());
+}
+
+} // namespace tarnwick
