@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <optional>
 #include <pwd.h>
+#include <sstream>
+#include <string>
 #include <unistd.h>
 
 namespace tarnwick::UserFolders {
@@ -35,6 +37,18 @@ fs::path data() {
 fs::path config() {
     const auto path = absolutePath("XDG_CONFIG_HOME");
     return path ? *path : home() / ".config";
+}
+
+std::vector<fs::path> systemConfig() {
+    const char* value = std::getenv("XDG_CONFIG_DIRS");
+    std::istringstream names(value != nullptr && *value != '\0' ? value : "/etc/xdg");
+    std::vector<fs::path> folders;
+    for (std::string name; std::getline(names, name, ':');) {
+        if (name.starts_with('/')) {
+            folders.emplace_back(name);
+        }
+    }
+    return folders;
 }
 
 } // namespace tarnwick::UserFolders

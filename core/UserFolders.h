@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <vector>
 
 namespace tarnwick::UserFolders {
 
@@ -9,5 +10,7 @@ namespace tarnwick::UserFolders {
 [[nodiscard]] std::filesystem::path data();
 /// $XDG_CONFIG_HOME, else ~/.config.
 [[nodiscard]] std::filesystem::path config();
+/// $XDG_CONFIG_DIRS, else /etc/xdg: what holds for all users, the most important first.
+[[nodiscard]] std::vector<std::filesystem::path> systemConfig();
 
 } // namespace tarnwick::UserFolders

@@ -60,6 +60,10 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
           return settings_;
       }()),
       network_(loop),
+      path_(loop),
+      systemBus_(loop, BusConnection::systemAddress()),
+      sleep_(loop, systemBus_),
+      notifications_(loop, bus, DesktopNotificationCenter::surroundings()),
       monitor_(
           prefs_,
           {
@@ -69,6 +73,12 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
               .sleep = sleep_,
               .notifications = notifications_,
               .store = StatsStore::defaultStore(),
+          }),
+      settingsWatch_(
+          loop, SettingsFile::defaultPath(),
+          [this] {
+              settings_.reload();
+              monitor_.reloadPreferences();
           }),
       // Nothing checks for updates yet, wherever the program lies.
       menu_(StatusItemController::menuItems(false)),

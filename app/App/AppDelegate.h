@@ -11,9 +11,12 @@
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/dbus/BusConnection.h"
 #include "platform/dbus/ColorScheme.h"
+#include "platform/dbus/DesktopNotificationCenter.h"
+#include "platform/dbus/LogindSleepMonitor.h"
 #include "platform/dbus/NotifierStatusItem.h"
+#include "platform/linux/FileWatch.h"
+#include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/SignalWatch.h"
-#include "platform/null/AbsentServices.h"
 #include "platform/posix/SettingsFile.h"
 #include "platform/qt/PaletteWatch.h"
 #include "platform/qt/SessionEnd.h"
@@ -59,10 +62,12 @@ private:
     SettingsFile settings_;
     Preferences prefs_;
     SystemPingNetwork network_;
-    AbsentPathMonitor path_;
-    AbsentSleepMonitor sleep_;
-    AbsentNotificationCenter notifications_;
+    RoutePathMonitor path_;
+    BusConnection systemBus_;
+    LogindSleepMonitor sleep_;
+    DesktopNotificationCenter notifications_;
     Monitor monitor_;
+    FileWatch settingsWatch_;
     Menu menu_;
     QtFacePainter painter_;
     ColorScheme colors_;

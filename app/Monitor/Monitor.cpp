@@ -60,10 +60,14 @@ void Monitor::start() {
 }
 
 void Monitor::saveStats(FileStore::Durability durability) {
-    const auto saved = recorder_.save(prefs_.hostname(), ledger_.get().site(), durability);
+    saveStatsOf(prefs_.hostname(), durability);
+}
+
+void Monitor::saveStatsOf(const std::string& host, FileStore::Durability durability) {
+    const auto saved = recorder_.save(host, ledger_.get().site(), durability);
     if (saved == StatsRecorder::Saved::tookOver) {
-        ledger_.mutate([this](PingLedger& ledger) {
-            ledger.resetSite(recorder_.figures(prefs_.hostname()));
+        ledger_.mutate([&](PingLedger& ledger) {
+            ledger.resetSite(recorder_.figures(host));
             return true;
         });
     }

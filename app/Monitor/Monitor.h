@@ -71,6 +71,9 @@ public:
     /// To be called after the ping interval has been set. Keeps the gap since the last ping.
     void pingIntervalChanged();
     void restoreDefaults();
+    /// To be called after settings have been changed where they are stored. What differs acts as if it had
+    /// been set here.
+    void reloadPreferences();
     void resetSessionStats();
     /// Of the current host; stored at once.
     void resetAllTimeStats();
@@ -151,6 +154,7 @@ private:
 
     // What happens around it.
     void observeSystemEvents();
+    void saveStatsOf(const std::string& host, FileStore::Durability durability);
     void hostChanged();
     void refreshWatchdogConfig();
     void willSleep();

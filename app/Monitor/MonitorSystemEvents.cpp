@@ -51,7 +51,11 @@ void Monitor::hostChanged() {
     stopPinging();
     pending_.clear();
     refreshWatchdogConfig();
-    drive([](ConnectionWatchdog& watchdog, double now) { return watchdog.reset(now, 0, true); });
+    // Asleep, nothing is pinged: the wake decides when.
+    const double restartAfter = asleep_ ? restartAfterWake : 0;
+    drive([restartAfter](ConnectionWatchdog& watchdog, double now) {
+        return watchdog.reset(now, restartAfter, true);
+    });
 }
 
 void Monitor::pingIntervalChanged() {
@@ -69,6 +73,19 @@ void Monitor::restoreDefaults() {
         hostChanged();
     }
     pingIntervalChanged();
+}
+
+void Monitor::reloadPreferences() {
+    const std::string host = prefs_.hostname();
+    const double interval = prefs_.pingInterval();
+    prefs_.reload();
+    if (prefs_.hostname() != host) {
+        saveStatsOf(host, FileStore::Durability::powerCut);
+        hostChanged();
+    }
+    if (prefs_.pingInterval() != interval) {
+        pingIntervalChanged();
+    }
 }
 
 void Monitor::resetSessionStats() {
@@ -94,7 +111,14 @@ void Monitor::observeSystemEvents() {
         }
     };
     sleepMonitor_.start({
-        .willSleep = [whileAlive] { whileAlive([](Monitor& monitor) { monitor.willSleep(); }); },
+        .willSleep =
+            [whileAlive] {
+                whileAlive([](Monitor& monitor) {
+                    monitor.willSleep();
+                    // The machine may run out of power before it wakes.
+                    monitor.saveStats();
+                });
+            },
         .didWake = [whileAlive] { whileAlive([](Monitor& monitor) { monitor.didWake(); }); },
     });
     pathMonitor_.start([whileAlive](const NetworkPath& path) {

@@ -36,6 +36,11 @@ LossMode readLossTextMode(const UserDefaults& defaults) {
     return LossMode::whenLossy;
 }
 
+StatusItem::PanelFace readPanelFace(const UserDefaults& defaults) {
+    const auto stored = defaults.text(PreferenceKey::panelFace);
+    return panelFace(stored.value_or("")).value_or(StatusItem::PanelFace::automatic);
+}
+
 constexpr std::array allPanelFaces{
     StatusItem::PanelFace::automatic, StatusItem::PanelFace::label, StatusItem::PanelFace::wide,
     StatusItem::PanelFace::square};
@@ -78,18 +83,21 @@ const UserDefaults::Table& Preferences::registeredDefaults() {
     return table;
 }
 
-Preferences::Preferences(UserDefaults& defaults)
-    : defaults_(defaults),
-      panelFace_(tarnwick::panelFace(defaults.text(PreferenceKey::panelFace).value_or(""))
-                     .value_or(StatusItem::PanelFace::automatic)) {
+Preferences::Preferences(UserDefaults& defaults) : defaults_(defaults) {
     defaults.registerDefaults(registeredDefaults());
-    hostname_.set(defaults.text(PreferenceKey::hostname).value_or(""));
-    slowPingThresholdMs_.set(defaults.number(PreferenceKey::slowPingLowThreshold).value_or(0));
-    pingTimeout_.set(defaults.number(PreferenceKey::pingTimeout).value_or(0));
-    pingInterval_.set(PingIntervalSetting::clamped(defaults.number(PreferenceKey::pingInterval).value_or(0)));
-    display_.set(readDisplay(defaults));
-    lossTextMode_.set(readLossTextMode(defaults));
-    showNotifications_.set(defaults.boolean(PreferenceKey::showNotifications).value_or(false));
+    reload();
+}
+
+void Preferences::reload() {
+    hostname_.set(defaults_.text(PreferenceKey::hostname).value_or(""));
+    slowPingThresholdMs_.set(defaults_.number(PreferenceKey::slowPingLowThreshold).value_or(0));
+    pingTimeout_.set(defaults_.number(PreferenceKey::pingTimeout).value_or(0));
+    pingInterval_.set(
+        PingIntervalSetting::clamped(defaults_.number(PreferenceKey::pingInterval).value_or(0)));
+    display_.set(readDisplay(defaults_));
+    lossTextMode_.set(readLossTextMode(defaults_));
+    showNotifications_.set(defaults_.boolean(PreferenceKey::showNotifications).value_or(false));
+    panelFace_.set(readPanelFace(defaults_));
 }
 
 void Preferences::setHostname(const std::string& hostname) {

@@ -32,8 +32,8 @@ inline constexpr auto panelFace = "PanelFace"; ///< for panels that are taken fo
 [[nodiscard]] std::string_view rawValue(StatusItem::PanelFace face);
 [[nodiscard]] std::optional<StatusItem::PanelFace> panelFace(std::string_view text);
 
-/// Read once, at creation. Setters validate nothing: who calls them hands in valid values. An equal value
-/// tells no observer but is written all the same. Main thread.
+/// Read at creation, and again when told to. Setters validate nothing: who calls them hands in valid values.
+/// An equal value tells no observer but is written all the same. Main thread.
 class Preferences {
 public:
     /// What the status item shows. Showing neither is impossible by design.
@@ -46,6 +46,9 @@ public:
 
     /// The values that hold where nothing is stored.
     [[nodiscard]] static const UserDefaults::Table& registeredDefaults();
+
+    /// Reads everything afresh, as at creation; writes nothing. Who uses a monitor reloads through that.
+    void reload();
 
     [[nodiscard]] const std::string& hostname() const { return hostname_.get(); }
 
@@ -61,7 +64,7 @@ public:
 
     [[nodiscard]] bool showNotifications() const { return showNotifications_.get(); }
 
-    [[nodiscard]] StatusItem::PanelFace panelFace() const { return panelFace_; }
+    [[nodiscard]] StatusItem::PanelFace panelFace() const { return panelFace_.get(); }
 
     void setHostname(const std::string& hostname);
     void setSlowPingThresholdMs(double milliseconds);
@@ -85,7 +88,7 @@ private:
     Observed<Display> display_;
     Observed<MenuBarTitle::LossMode> lossTextMode_;
     Observed<bool> showNotifications_;
-    StatusItem::PanelFace panelFace_;
+    Observed<StatusItem::PanelFace> panelFace_;
 };
 
 } // namespace tarnwick

@@ -13,7 +13,6 @@ StatusItemController::StatusItemController(const Needs& needs)
     menu_.onDidClose = [this] { menuDidClose(); };
     menu_.onChoose = [this](MenuItem::Id id) { chosen(id); };
     item_.onActivate = [this](std::optional<ScreenPoint> at) { needs_.windows.toggleDropDown(at); };
-    item_.setPanelFace(monitor_.prefs().panelFace());
     renderLoop_ = std::make_unique<RenderLoop>(needs_.loop, [this] { update(); });
 }
 
@@ -69,6 +68,7 @@ Menu::Items StatusItemController::menuItems(bool offersUpdates) {
 }
 
 void StatusItemController::update() {
+    updatePanelFace();
     StatusFace face = iconFace();
     if (monitor_.prefs().display() != Preferences::Display::iconOnly) {
         addTitle(face);
@@ -81,6 +81,13 @@ void StatusItemController::update() {
     if (std::string summary = monitor_.accessibilitySummary(); summary != appliedAccessibility_) {
         item_.setAccessibilityValue(summary);
         appliedAccessibility_ = std::move(summary);
+    }
+}
+
+void StatusItemController::updatePanelFace() {
+    if (const auto form = monitor_.prefs().panelFace(); form != appliedPanelFace_) {
+        item_.setPanelFace(form);
+        appliedPanelFace_ = form;
     }
 }
 

@@ -75,6 +75,7 @@ public:
 
 private:
     void update();
+    void updatePanelFace();
     void updateToolTip();
     [[nodiscard]] StatusFace iconFace() const;
     void addTitle(StatusFace& face);
@@ -96,6 +97,7 @@ private:
     bool isMenuOpen_ = false;
 
     // What the item shows now.
+    std::optional<StatusItem::PanelFace> appliedPanelFace_;
     std::optional<StatusFace> appliedFace_;
     std::optional<int> appliedLossDigits_;
     std::optional<std::string> appliedToolTip_;

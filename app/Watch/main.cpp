@@ -3,9 +3,12 @@
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/asio/AsioRunLoop.h"
+#include "platform/dbus/DesktopNotificationCenter.h"
+#include "platform/dbus/LogindSleepMonitor.h"
+#include "platform/linux/FileWatch.h"
 #include "platform/linux/PingPermission.h"
+#include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/SignalWatch.h"
-#include "platform/null/AbsentServices.h"
 #include "platform/posix/SettingsFile.h"
 
 #include <clocale>
@@ -63,9 +66,11 @@ std::string run(const WatchOptions& options) {
     }
     Preferences prefs(settings);
     SystemPingNetwork network(loop);
-    AbsentPathMonitor path;
-    AbsentSleepMonitor sleep;
-    AbsentNotificationCenter notifications;
+    RoutePathMonitor path(loop);
+    BusConnection sessionBus(loop, BusConnection::sessionAddress());
+    BusConnection systemBus(loop, BusConnection::systemAddress());
+    LogindSleepMonitor sleep(loop, systemBus);
+    DesktopNotificationCenter notifications(loop, sessionBus, DesktopNotificationCenter::surroundings());
     Monitor monitor(
         prefs, {
                    .loop = loop,
@@ -75,6 +80,10 @@ std::string run(const WatchOptions& options) {
                    .notifications = notifications,
                    .store = StatsStore::defaultStore(),
                });
+    const FileWatch settingsWatch(loop, SettingsFile::defaultPath(), [&] {
+        settings.reload();
+        monitor.reloadPreferences();
+    });
     std::string problem;
     const auto quit = [&](const std::string& why) {
         problem = why;

@@ -24,6 +24,10 @@ public:
 class AbsentNotificationCenter final : public NotificationCenter {
 public:
     void post(const std::string& /*title*/, const std::string& /*body*/) override {}
+
+    void requestAuthorization() override {}
+
+    [[nodiscard]] Ability canNotify() const override { return Ability::no; }
 };
 
 } // namespace tarnwick

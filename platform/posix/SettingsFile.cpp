@@ -82,6 +82,12 @@ std::filesystem::path SettingsFile::defaultPath() {
     return UserFolders::config() / "Tarnwick" / "settings.json";
 }
 
+void SettingsFile::reload() {
+    if (auto present = readObject(path_)) {
+        stored_->object = std::move(*present);
+    }
+}
+
 void SettingsFile::setVolatile(const std::string& key, const Value& value) {
     volatile_[key] = value;
 }

@@ -19,6 +19,10 @@ public:
     /// "Tarnwick/settings.json" in $XDG_CONFIG_HOME, else in ~/.config.
     [[nodiscard]] static std::filesystem::path defaultPath();
 
+    /// Takes over what has been changed in the file since it was last read or written here. What can't be
+    /// understood, as while somebody is writing it, changes nothing.
+    void reload();
+
     /// Holds for this run, above what is stored, and is never written. Storing or removing the key ends it.
     void setVolatile(const std::string& key, const Value& value);
 

@@ -3,6 +3,7 @@
 
 #include "core/StatsStore.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -17,6 +18,7 @@ protected:
         ::setenv("HOME", "/home/somebody", 1);
         ::unsetenv("XDG_DATA_HOME");
         ::unsetenv("XDG_CONFIG_HOME");
+        ::unsetenv("XDG_CONFIG_DIRS");
     }
 };
 
@@ -43,6 +45,22 @@ TEST_F(UserFoldersTest, AreAbsoluteWithoutAHomeInTheEnvironment) {
     ::unsetenv("HOME");
     EXPECT_TRUE(UserFolders::data().is_absolute());
     EXPECT_TRUE(UserFolders::config().is_absolute());
+}
+
+TEST_F(UserFoldersTest, OfAllUsersAreInTheOrderThatTheEnvironmentGives) {
+    ::setenv("XDG_CONFIG_DIRS", "/srv/first:/srv/second", 1);
+    EXPECT_THAT(UserFolders::systemConfig(), testing::ElementsAre("/srv/first", "/srv/second"));
+}
+
+TEST_F(UserFoldersTest, OfAllUsersAreTheUsualOneWhenTheEnvironmentNamesNone) {
+    EXPECT_THAT(UserFolders::systemConfig(), testing::ElementsAre("/etc/xdg"));
+    ::setenv("XDG_CONFIG_DIRS", "", 1);
+    EXPECT_THAT(UserFolders::systemConfig(), testing::ElementsAre("/etc/xdg"));
+}
+
+TEST_F(UserFoldersTest, OfAllUsersHoldNoRelativeOrEmptyNames) {
+    ::setenv("XDG_CONFIG_DIRS", ":first:/srv/second::", 1);
+    EXPECT_THAT(UserFolders::systemConfig(), testing::ElementsAre("/srv/second"));
 }
 
 TEST_F(UserFoldersTest, HoldTheStatisticsInTheProductsOwnFolder) {

@@ -41,6 +41,8 @@ class Home:
             "HOME": str(self.path),
             "XDG_CONFIG_HOME": str(self.config),
             "XDG_DATA_HOME": str(self.data),
+            # Nothing of this machine's own may be reached.
+            "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.path}/no-bus",
             "LC_ALL": "C.UTF-8",
             "TERM": "screen-256color",
         }

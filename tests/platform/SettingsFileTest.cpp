@@ -3,6 +3,7 @@
 
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Variable.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -66,28 +67,6 @@ public:
 private:
     rlimit limit_{};
     void (*before_)(int);
-};
-
-/// An environment variable with another value, or none, for one test.
-class Variable {
-public:
-    Variable(const char* name, const char* value) : name_(name) {
-        if (const char* before = std::getenv(name)) {
-            before_ = before;
-        }
-        put(value);
-    }
-
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-
-    ~Variable() { put(before_ ? before_->c_str() : nullptr); }
-
-private:
-    void put(const char* value) const { value != nullptr ? ::setenv(name_, value, 1) : ::unsetenv(name_); }
-
-    const char* name_;
-    std::optional<std::string> before_;
 };
 
 } // namespace
@@ -240,6 +219,86 @@ TEST_F(SettingsFileTest, AFileThatVanishedMeanwhileIsWrittenAgain) {
     settings.set("PingInterval", 3.0);
 
     EXPECT_EQ(onDisk()["PingInterval"], 3.0);
+}
+
+// Taking over what was changed in the file.
+
+TEST_F(SettingsFileTest, AHandEditIsReadOnlyOnceReloaded) {
+    store(R"({"Hostname": "before.example"})");
+    SettingsFile settings(path());
+    store(R"({"Hostname": "by.hand"})");
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("before.example")));
+
+    settings.reload();
+
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("by.hand")));
+}
+
+TEST_F(SettingsFileTest, WhatIsNoLongerInTheFileReadsAsItsDefaultOnceReloaded) {
+    store(R"({"PingTimeout": 2, "PingInterval": 3})");
+    SettingsFile settings(path());
+    settings.registerDefaults({{"PingTimeout", 4.0}});
+    store("{}");
+
+    settings.reload();
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(4.0));
+    EXPECT_EQ(settings.number("PingInterval"), std::nullopt);
+}
+
+TEST_F(SettingsFileTest, AFileThatHasGoneCountsAsEmptyOnceReloaded) {
+    store(R"({"PingTimeout": 2})");
+    SettingsFile settings(path());
+    fs::remove_all(path().parent_path());
+
+    settings.reload();
+
+    EXPECT_EQ(settings.number("PingTimeout"), std::nullopt);
+}
+
+TEST_F(SettingsFileTest, ReloadingAFileThatIsOnlyHalfWrittenChangesNothing) {
+    store(R"({"PingTimeout": 2})");
+    SettingsFile settings(path());
+    for (const std::string text : {"", "{", R"({"PingTimeout": 3, "Host)", "[3]"}) {
+        store(text);
+        settings.reload();
+        EXPECT_THAT(settings.number("PingTimeout"), Optional(2.0)) << text;
+        EXPECT_EQ(test::contentOf(path()), text);
+    }
+    EXPECT_THAT(textsBeside(), testing::IsEmpty());
+}
+
+TEST_F(SettingsFileTest, ReloadingWritesNothing) {
+    store(R"({ "PingTimeout" : 2 })");
+    SettingsFile settings(path());
+
+    settings.reload();
+
+    EXPECT_EQ(test::contentOf(path()), R"({ "PingTimeout" : 2 })");
+}
+
+TEST_F(SettingsFileTest, AVolatileValueStaysAboveWhatIsReloaded) {
+    SettingsFile settings(path());
+    settings.setVolatile("Hostname", std::string("for.this.run"));
+    store(R"({"Hostname": "by.hand"})");
+
+    settings.reload();
+
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("for.this.run")));
+}
+
+TEST_F(SettingsFileTest, AChangeThatCouldNotBeStoredStaysAboveWhatIsReloaded) {
+    SettingsFile settings(path());
+    {
+        const FullDisk disk;
+        settings.set("PingTimeout", 9.0);
+    }
+    store(R"({"PingTimeout": 2, "PingInterval": 3})");
+
+    settings.reload();
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(9.0));
+    EXPECT_THAT(settings.number("PingInterval"), Optional(3.0));
 }
 
 // A value of another type than its key's.
@@ -540,22 +599,22 @@ TEST_F(SettingsFileTest, WhatCouldNotBeStoredIsStoredWithTheNextChange) {
 // Its place.
 
 TEST(SettingsFilePath, FollowsTheConfigurationFolderOfTheUser) {
-    const Variable config("XDG_CONFIG_HOME", "/somewhere/config");
+    const test::Variable config("XDG_CONFIG_HOME", "/somewhere/config");
 
     EXPECT_EQ(SettingsFile::defaultPath(), "/somewhere/config/Tarnwick/settings.json");
 }
 
 TEST(SettingsFilePath, LiesBelowTheHomeFolderWithoutAConfigurationFolder) {
-    const Variable config("XDG_CONFIG_HOME", nullptr);
-    const Variable home("HOME", "/home/someone");
+    const test::Variable config("XDG_CONFIG_HOME", nullptr);
+    const test::Variable home("HOME", "/home/someone");
 
     EXPECT_EQ(SettingsFile::defaultPath(), "/home/someone/.config/Tarnwick/settings.json");
 }
 
 TEST(SettingsFilePath, IgnoresAConfigurationFolderThatIsEmptyOrNotAbsolute) {
-    const Variable home("HOME", "/home/someone");
+    const test::Variable home("HOME", "/home/someone");
     for (const char* invalid : {"", "relative/config"}) {
-        const Variable config("XDG_CONFIG_HOME", invalid);
+        const test::Variable config("XDG_CONFIG_HOME", invalid);
         EXPECT_EQ(SettingsFile::defaultPath(), "/home/someone/.config/Tarnwick/settings.json") << invalid;
     }
 }

@@ -5,6 +5,7 @@
 
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tarnwick::simulation {
@@ -26,11 +27,31 @@ public:
         posted_.push_back({title, body});
     }
 
+    void requestAuthorization() override {
+        ++requests_;
+        setAbility(answer);
+    }
+
+    [[nodiscard]] Ability canNotify() const override { return ability_; }
+
+    /// What comes out when authorization is requested.
+    Ability answer = Ability::yes;
+
+    [[nodiscard]] int requests() const { return requests_; }
+
     /// In the order of posting.
     [[nodiscard]] const std::vector<Notification>& posted() const { return posted_; }
 
 private:
+    void setAbility(Ability ability) {
+        if (std::exchange(ability_, ability) != ability && onAbilityChange) {
+            onAbilityChange();
+        }
+    }
+
     std::vector<Notification> posted_;
+    Ability ability_ = Ability::unknown;
+    int requests_ = 0;
 };
 
 } // namespace tarnwick::simulation

@@ -2,6 +2,7 @@
 #include "app/Monitor/Monitor.h"
 
 #include "tests/simulation/MonitorWorld.h"
+#include "tests/support/Files.h"
 
 #include <gmock/gmock.h>
 #include <set>
@@ -588,16 +589,17 @@ TEST_F(MonitorPingLoopTest, TicksMissedWhileAsleepDoNotBringTheNextSaveNearer) {
     start();
     pass(10);
     sleep.goToSleep();
+    const std::string savedForSleep = test::contentOf(statsFile());
+    ASSERT_FALSE(savedForSleep.empty());
     pass(30);
-    ASSERT_FALSE(std::filesystem::exists(statsFile()));
     sleep.wake();
 
     pass(9.5);
-    const bool savedEarly = std::filesystem::exists(statsFile());
+    const std::string savedEarly = test::contentOf(statsFile());
     pass(0.5);
 
-    EXPECT_FALSE(savedEarly);
-    EXPECT_TRUE(std::filesystem::exists(statsFile()));
+    EXPECT_EQ(savedEarly, savedForSleep);
+    EXPECT_NE(test::contentOf(statsFile()), savedForSleep);
 }
 
 } // namespace

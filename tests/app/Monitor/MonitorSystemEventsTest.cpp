@@ -305,6 +305,112 @@ TEST_F(RestoredDefaultsTest, BringTheDefaultTimeoutToTheWatchdog) {
     EXPECT_EQ(monitor->status(), Monitor::Status::down);
 }
 
+// Settings that were changed where they are stored.
+
+class ReloadedPreferencesTest : public HostChangeTest {
+protected:
+    void store(const std::string& key, const UserDefaults::Value& value) {
+        defaults.put(key, value);
+        monitor->reloadPreferences();
+    }
+};
+
+TEST_F(ReloadedPreferencesTest, ANewHostIsPingedAtOnce) {
+    store(PreferenceKey::hostname, std::string(otherHost));
+
+    EXPECT_THAT(sendTimesWithin(2), ElementsAre(0, 1, 2));
+    EXPECT_EQ(network.sent().back().address, otherHost);
+}
+
+TEST_F(ReloadedPreferencesTest, ANewHostEmptiesTheSessionAndShowsItsAllTimeFigures) {
+    store(PreferenceKey::hostname, std::string(otherHost));
+
+    EXPECT_THAT(monitor->samples(), IsEmpty());
+    EXPECT_EQ(session(), StatCounter());
+    EXPECT_EQ(monitor->ledger().site(), otherFigures);
+}
+
+TEST_F(ReloadedPreferencesTest, TheOldHostsFiguresAreSavedUnderItsOwnName) {
+    store(PreferenceKey::hostname, std::string(otherHost));
+
+    EXPECT_THAT(
+        MonitorWorld::store().load(),
+        UnorderedElementsAre(
+            Pair(host, StatCounter{6, 6, 0, usualDelay * 1000, usualDelay * 1000, usualDelay * 1000}),
+            Pair(otherHost, otherFigures)));
+}
+
+TEST_F(ReloadedPreferencesTest, ANewIntervalKeepsTheGapSinceTheLastPing) {
+    store(PreferenceKey::pingInterval, 3.0);
+
+    EXPECT_THAT(sendTimesWithin(6), ElementsAre(2.5, 5.5));
+}
+
+TEST_F(ReloadedPreferencesTest, ANewIntervalKeepsTheSession) {
+    store(PreferenceKey::pingInterval, 3.0);
+
+    EXPECT_EQ(session().sent, 6);
+    EXPECT_EQ(restarts(), 1);
+}
+
+TEST_F(ReloadedPreferencesTest, AnIntervalOutOfRangeIsCorrected) {
+    store(PreferenceKey::pingInterval, 0.01);
+    EXPECT_THAT(sendTimesWithin(1.75), ElementsAre(0.5, 1.5));
+
+    store(PreferenceKey::pingInterval, 600.0);
+    EXPECT_THAT(sendTimesWithin(60), ElementsAre(59.75));
+}
+
+TEST_F(ReloadedPreferencesTest, ANewHostAndIntervalTakeEffectTogether) {
+    defaults.put(PreferenceKey::hostname, std::string(otherHost));
+    store(PreferenceKey::pingInterval, 3.0);
+
+    EXPECT_THAT(sendTimesWithin(6), ElementsAre(0, 3, 6));
+}
+
+TEST_F(ReloadedPreferencesTest, AnEmptyHostIsAsAtTheStart) {
+    setUnknownHost("");
+
+    store(PreferenceKey::hostname, std::string());
+    pass(1);
+
+    EXPECT_EQ(monitor->prefs().hostname(), "");
+    EXPECT_NE(monitor->startError(), std::nullopt);
+}
+
+TEST_F(ReloadedPreferencesTest, OtherSettingsRestartNothing) {
+    store(PreferenceKey::pingTimeout, 2.0);
+    store(PreferenceKey::slowPingLowThreshold, 200.0);
+    store(PreferenceKey::showNotifications, true);
+
+    EXPECT_EQ(monitor->prefs().pingTimeout(), 2);
+    EXPECT_EQ(restarts(), 1);
+    EXPECT_EQ(session().sent, 6);
+    EXPECT_THAT(sendTimesWithin(1), ElementsAre(0.5));
+}
+
+TEST_F(ReloadedPreferencesTest, EqualSettingsSaveNothing) {
+    const auto before = MonitorWorld::store().load();
+
+    monitor->reloadPreferences();
+
+    EXPECT_EQ(MonitorWorld::store().load(), before);
+    EXPECT_EQ(restarts(), 1);
+}
+
+TEST_F(ReloadedPreferencesTest, AsleepANewHostIsNotPingedBeforeTheWakeHasSettled) {
+    sleep.goToSleep();
+
+    store(PreferenceKey::hostname, std::string(otherHost));
+    EXPECT_THAT(sendTimesWithin(60), IsEmpty());
+    sleep.wake();
+
+    const std::vector<double> times = sendTimesWithin(3);
+    ASSERT_THAT(times, testing::Not(IsEmpty()));
+    EXPECT_GE(times[0], 2);
+    EXPECT_EQ(network.sent().back().address, otherHost);
+}
+
 // Sleep and wake.
 
 TEST_F(MonitorSystemEventsTest, AsleepItSendsNothingAndClosesItsSockets) {
@@ -315,6 +421,15 @@ TEST_F(MonitorSystemEventsTest, AsleepItSendsNothingAndClosesItsSockets) {
 
     EXPECT_EQ(network.openSockets(), 0U);
     EXPECT_THAT(sendTimesWithin(60), IsEmpty());
+}
+
+TEST_F(MonitorSystemEventsTest, BeforeItSleepsItsStatisticsAreOnDisk) {
+    start();
+    pass(5);
+
+    sleep.goToSleep();
+
+    EXPECT_EQ(store().load()[host].sent, 6);
 }
 
 TEST_F(MonitorSystemEventsTest, PingsInFlightAtSleepAreForgottenNeitherLostNorAnswered) {

@@ -337,6 +337,30 @@ TEST_P(SettingTest, ANewValueIsReadByTheNextRun) {
     EXPECT_EQ(reader.changes(), 0) << "the next run did not start with the stored value";
 }
 
+TEST_P(SettingTest, ANewValueInTheStoreTellsItsReadersOnceReloaded) {
+    Preferences prefs(defaults_);
+    const Reader reader([&] { GetParam().read(prefs); });
+    for (const auto& change : GetParam().stores) {
+        defaults_.put(change.key, *change.value);
+    }
+    EXPECT_EQ(reader.changes(), 0);
+
+    prefs.reload();
+
+    EXPECT_EQ(reader.changes(), 1);
+    EXPECT_THAT(defaults_.changes(), testing::IsEmpty());
+}
+
+TEST_P(SettingTest, ReloadingWhatWasSetHereTellsNobody) {
+    Preferences prefs(defaults_);
+    GetParam().change(prefs);
+    const Reader reader([&] { GetParam().read(prefs); });
+
+    prefs.reload();
+
+    EXPECT_EQ(reader.changes(), 0);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     AllSettings, SettingTest,
     testing::Values(
@@ -388,6 +412,59 @@ TEST_F(PreferencesTest, SettersTakeWhatTheyAreGiven) {
     EXPECT_EQ(prefs.pingTimeout(), -1);
     EXPECT_EQ(prefs.hostname(), "");
     EXPECT_EQ(defaults_.stored("PingInterval"), Value(0.2));
+}
+
+// Reloading.
+
+TEST_F(PreferencesTest, AnIntervalOutOfRangeIsCorrectedAtReloadingAsAtCreation) {
+    Preferences prefs(defaults_);
+    for (const auto& [stored, corrected] :
+         {std::pair(600.0, 60.0), std::pair(0.2, 1.0), std::pair(-5.0, 1.0)}) {
+        defaults_.put("PingInterval", stored);
+
+        prefs.reload();
+
+        EXPECT_EQ(prefs.pingInterval(), corrected);
+        EXPECT_EQ(Preferences(defaults_).pingInterval(), corrected);
+    }
+    EXPECT_EQ(defaults_.stored("PingInterval"), Value(-5.0));
+}
+
+TEST_F(PreferencesTest, OtherNumbersAreTakenAsStoredAtReloadingAsAtCreation) {
+    Preferences prefs(defaults_);
+    defaults_.put("PingTimeout", -1.0);
+    defaults_.put("SlowPingLowThreshold", 1e6);
+    defaults_.put("Hostname", text(" "));
+
+    prefs.reload();
+
+    EXPECT_EQ(prefs.pingTimeout(), -1);
+    EXPECT_EQ(prefs.slowPingThresholdMs(), 1e6);
+    EXPECT_EQ(prefs.hostname(), " ");
+}
+
+TEST_F(PreferencesTest, ValuesOfAWrongTypeReadAsTheirDefaultsOnceReloaded) {
+    defaults_.put("Hostname", text("example.org"));
+    defaults_.put("PingInterval", 5.0);
+    Preferences prefs(defaults_);
+    defaults_.put("Hostname", 9.9);
+    defaults_.put("PingInterval", text("5"));
+
+    prefs.reload();
+
+    EXPECT_EQ(prefs.hostname(), "1.1.1.1");
+    EXPECT_EQ(prefs.pingInterval(), 1);
+}
+
+TEST_F(PreferencesTest, ANewPanelFaceTellsItsReadersOnceReloaded) {
+    Preferences prefs(defaults_);
+    const Reader reader([&] { static_cast<void>(prefs.panelFace()); });
+    defaults_.put("PanelFace", text("wide"));
+
+    prefs.reload();
+
+    EXPECT_EQ(prefs.panelFace(), StatusItem::PanelFace::wide);
+    EXPECT_EQ(reader.changes(), 1);
 }
 
 // The scorer's configuration.

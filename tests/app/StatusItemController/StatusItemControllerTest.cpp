@@ -112,6 +112,16 @@ TEST_F(StatusItemControllerTest, HandsOverThePanelFaceOfTheSettings) {
     EXPECT_THAT(item.panelFaces, ElementsAre(StatusItem::PanelFace::automatic));
 }
 
+TEST_F(StatusItemControllerTest, HandsOverANewPanelFaceOnce) {
+    showFor(5.5);
+    defaults.put(PreferenceKey::panelFace, std::string("wide"));
+
+    monitor.reloadPreferences();
+    loop.advance(5);
+
+    EXPECT_THAT(item.panelFaces, ElementsAre(StatusItem::PanelFace::automatic, StatusItem::PanelFace::wide));
+}
+
 // Change filters.
 
 TEST_F(StatusItemControllerTest, WithTheIconAloneAnUnchangedBarCountSetsTheImageOnce) {

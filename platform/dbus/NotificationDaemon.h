@@ -1,0 +1,28 @@
+// The desktop's notification daemon.
+#pragma once
+
+#include "platform/dbus/BusConnection.h"
+#include "platform/dbus/NotificationService.h"
+
+namespace tarnwick {
+
+class NotificationDaemon final : public NotificationService {
+public:
+    /// `bus` is the session's and outlives it.
+    explicit NotificationDaemon(BusConnection& bus) : bus_(bus) {}
+
+    [[nodiscard]] const std::string& busName() const override { return name_; }
+
+    void probe(double timeout, std::function<void(bool isThere)> answered) override;
+    void show(const std::string& title, const std::string& body) override;
+
+private:
+    [[nodiscard]] BusConnection::Call call(const char* method) const;
+
+    BusConnection& bus_;
+    std::string name_ = "org.freedesktop.Notifications";
+    bool readsMarkup_ = false; ///< in bodies
+    Lifeline lifeline_;
+};
+
+} // namespace tarnwick

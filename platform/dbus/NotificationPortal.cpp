@@ -1,0 +1,60 @@
+#include "platform/dbus/NotificationPortal.h"
+
+#include "platform/dbus/BusCall.h"
+#include "platform/dbus/BusText.h"
+
+#include <map>
+#include <optional>
+#include <random>
+#include <tuple>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+constexpr const char* notificationInterface = "org.freedesktop.portal.Notification";
+
+std::string randomText() {
+    std::random_device source;
+    return std::to_string(source()) + "-" + std::to_string(source());
+}
+
+} // namespace
+
+NotificationPortal::NotificationPortal(BusConnection& bus) : bus_(bus), run_(randomText()) {
+}
+
+BusConnection::Call NotificationPortal::call(const char* interface, const char* method) const {
+    return {
+        .destination = name_,
+        .path = "/org/freedesktop/portal/desktop",
+        .interface = interface,
+        .method = method,
+    };
+}
+
+void NotificationPortal::probe(double timeout, std::function<void(bool isThere)> answered) {
+    BusConnection::Call question = call("org.freedesktop.DBus.Properties", "Get");
+    question.timeout = timeout;
+    callBus<sdbus::Variant>(
+        bus_, question, std::tuple(std::string(notificationInterface), std::string("version")),
+        [answered = std::move(answered)](const std::optional<sdbus::Variant>& version) {
+            answered(version.has_value());
+        });
+}
+
+void NotificationPortal::show(const std::string& title, const std::string& body) {
+    // One with the same name would replace the earlier one.
+    const std::string id = run_ + "-" + std::to_string(++shown_);
+    const std::map<std::string, sdbus::Variant> notification = {
+        {"title", sdbus::Variant(validUtf8(title))},
+        {"body", sdbus::Variant(validUtf8(body))},
+        {"priority", sdbus::Variant(std::string("normal"))},
+    };
+    callBus<Done>(
+        bus_, call(notificationInterface, "AddNotification"), std::tuple(id, notification),
+        [](const std::optional<Done>&) {});
+}
+
+} // namespace tarnwick

@@ -1,0 +1,30 @@
+// The portal through which a sandboxed program notifies. It knows the program, and shows its name and icon.
+#pragma once
+
+#include "platform/dbus/BusConnection.h"
+#include "platform/dbus/NotificationService.h"
+
+#include <cstdint>
+
+namespace tarnwick {
+
+class NotificationPortal final : public NotificationService {
+public:
+    /// `bus` is the session's and outlives it.
+    explicit NotificationPortal(BusConnection& bus);
+
+    [[nodiscard]] const std::string& busName() const override { return name_; }
+
+    void probe(double timeout, std::function<void(bool isThere)> answered) override;
+    void show(const std::string& title, const std::string& body) override;
+
+private:
+    [[nodiscard]] BusConnection::Call call(const char* interface, const char* method) const;
+
+    BusConnection& bus_;
+    std::string name_ = "org.freedesktop.portal.Desktop";
+    std::string run_; ///< tells this run's notifications from those of earlier ones
+    std::uint64_t shown_ = 0;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,296 @@
+// Changes of a file, by every way in which programs change one, against the real system and a real loop.
+#include "platform/linux/FileWatch.h"
+
+#include "platform/asio/AsioRunLoop.h"
+#include "tests/core/ChildProcess.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace tarnwick {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class FileWatchTest : public testing::Test {
+protected:
+    FileWatchTest() { test::writeFile(file_, "first"); }
+
+    void watch() {
+        watch_ = std::make_unique<FileWatch>(loop_, file_, [this] { ++told_; });
+        ASSERT_TRUE(watch_->isWatching());
+    }
+
+    /// Whether another change is told.
+    [[nodiscard]] bool isTold() {
+        const int before = told_;
+        const double patience = loop_.now() + 20;
+        while (told_ == before && loop_.now() < patience) {
+            loop_.runOne(0.1);
+        }
+        return told_ > before;
+    }
+
+    /// Whether no change is told. A second file beside the first answers after whatever was before it, since
+    /// the system tells changes in their order.
+    [[nodiscard]] bool isQuiet() {
+        const int before = told_;
+        const fs::path witness = file_.parent_path() / "witness";
+        bool isSeen = false;
+        const FileWatch other(loop_, witness, [&] { isSeen = true; });
+        test::writeFile(witness, "here");
+        const double patience = loop_.now() + 20;
+        while (!isSeen && loop_.now() < patience) {
+            loop_.runOne(0.1);
+        }
+        return isSeen && told_ == before;
+    }
+
+    void runFor(double seconds) {
+        const double end = loop_.now() + seconds;
+        while (loop_.now() < end) {
+            loop_.runOne(end - loop_.now());
+        }
+    }
+
+    test::TemporaryFolder folder_;
+    fs::path home_ = folder_.path() / "home";
+    fs::path file_ = home_ / "config" / "Product" / "settings.json";
+    AsioRunLoop loop_;
+    std::unique_ptr<FileWatch> watch_;
+    int told_ = 0;
+};
+
+} // namespace
+
+TEST_F(FileWatchTest, NothingIsToldWhileNothingChanges) {
+    watch();
+    EXPECT_TRUE(isQuiet());
+}
+
+TEST_F(FileWatchTest, WritingInPlaceIsTold) {
+    watch();
+    std::ofstream(file_, std::ios::app) << "more";
+    EXPECT_TRUE(isTold());
+}
+
+TEST_F(FileWatchTest, TruncatingAndWritingIsTold) {
+    watch();
+    test::writeFile(file_, "second");
+    EXPECT_TRUE(isTold());
+}
+
+TEST_F(FileWatchTest, WritingWithoutClosingIsTold) {
+    watch();
+    std::ofstream stream(file_);
+    stream << "second" << std::flush;
+    EXPECT_TRUE(isTold());
+}
+
+TEST_F(FileWatchTest, ReplacingByARenameIsToldEachTime) {
+    watch();
+    for (const std::string text : {"second", "third"}) {
+        test::writeFile(file_.parent_path() / "draft", text);
+        fs::rename(file_.parent_path() / "draft", file_);
+        EXPECT_TRUE(isTold()) << text;
+    }
+}
+
+TEST_F(FileWatchTest, MovingItAsideAndWritingAnewIsTold) {
+    watch();
+    fs::rename(file_, file_.parent_path() / "settings.json~");
+    test::writeFile(file_, "second");
+    EXPECT_TRUE(isTold());
+    EXPECT_TRUE(isQuiet());
+}
+
+TEST_F(FileWatchTest, RemovingAndMakingAgainIsTold) {
+    watch();
+    fs::remove(file_);
+    EXPECT_TRUE(isTold());
+    test::writeFile(file_, "second");
+    EXPECT_TRUE(isTold());
+}
+
+TEST_F(FileWatchTest, BecomingReadableIsTold) {
+    fs::permissions(file_, fs::perms::none);
+    watch();
+    fs::permissions(file_, fs::perms::owner_read);
+    EXPECT_TRUE(isTold());
+}
+
+TEST_F(FileWatchTest, FilesBesideItDoNotCount) {
+    watch();
+    test::writeFile(file_.parent_path() / "settings.json.new", "draft");
+    test::writeFile(file_.parent_path() / "settings", "other");
+    EXPECT_TRUE(isQuiet());
+}
+
+TEST_F(FileWatchTest, ReadingItIsNoChange) {
+    watch();
+    EXPECT_EQ(test::contentOf(file_), "first");
+    EXPECT_TRUE(isQuiet());
+}
+
+TEST_F(FileWatchTest, ABurstIsToldOnceAndAMomentAfterItsFirst) {
+    watch();
+    const double start = loop_.now();
+    for (int write = 0; write < 50; ++write) {
+        test::writeFile(file_, std::to_string(write));
+    }
+    ASSERT_TRUE(isTold());
+    EXPECT_GE(loop_.now() - start, FileWatch::settlingTime);
+    EXPECT_TRUE(isQuiet());
+}
+
+TEST_F(FileWatchTest, WritingWithoutEndIsToldAllTheSame) {
+    watch();
+    const RunLoop::Handle writer =
+        loop_.every(loop_.now(), FileWatch::settlingTime / 5, [this] { test::writeFile(file_, "again"); });
+    EXPECT_TRUE(isTold());
+    EXPECT_TRUE(isTold());
+}
+
+// Folders.
+
+TEST_F(FileWatchTest, AFileThatIsMadeLaterIsToldTogetherWithItsFolders) {
+    fs::remove_all(home_);
+    watch();
+    test::writeFile(file_, "second");
+    EXPECT_TRUE(isTold());
+    test::writeFile(file_, "third");
+    EXPECT_TRUE(isTold());
+}
+
+TEST_F(FileWatchTest, FoldersThatComeOneByOneAreFollowed) {
+    fs::remove_all(home_);
+    watch();
+    for (const fs::path& folder : {home_, home_ / "config", file_.parent_path()}) {
+        fs::create_directory(folder);
+        ASSERT_TRUE(isTold()) << folder;
+    }
+    test::writeFile(file_, "second");
+    EXPECT_TRUE(isTold());
+}
+
+TEST_F(FileWatchTest, ItIsWatchedAgainAfterItsFolderWasRemoved) {
+    watch();
+    for (const fs::path& folder : {file_.parent_path(), home_}) {
+        fs::remove_all(folder);
+        ASSERT_TRUE(isTold()) << folder;
+        test::writeFile(file_, "second");
+        ASSERT_TRUE(isTold()) << folder;
+        runFor(2 * FileWatch::settlingTime);
+        test::writeFile(file_, "third");
+        EXPECT_TRUE(isTold()) << folder;
+    }
+}
+
+TEST_F(FileWatchTest, AFolderThatIsMovedAwayIsNoLongerItsFolder) {
+    watch();
+    for (const fs::path& folder : {file_.parent_path(), home_}) {
+        const fs::path elsewhere = folder_.path() / ("was" + folder.filename().string());
+        fs::rename(folder, elsewhere);
+        ASSERT_TRUE(isTold()) << folder;
+        runFor(2 * FileWatch::settlingTime);
+        const int before = told_;
+        test::writeFile(elsewhere / file_.lexically_relative(folder), "not it");
+        runFor(2 * FileWatch::settlingTime);
+        EXPECT_EQ(told_, before) << folder;
+        test::writeFile(file_, "second");
+        EXPECT_TRUE(isTold()) << folder;
+    }
+}
+
+TEST_F(FileWatchTest, AFolderThatIsRemovedUnderSomebodyIsWatchedAgainWhenItIsMade) {
+    watch();
+    const FileDescriptor somebody(::open(file_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    fs::remove_all(file_.parent_path());
+    ASSERT_TRUE(isTold());
+    test::writeFile(file_, "second");
+    EXPECT_TRUE(isTold());
+}
+
+TEST_F(FileWatchTest, OtherFilesInTheFoldersAboveDoNotCount) {
+    watch();
+    test::writeFile(home_ / "other", "text");
+    test::writeFile(home_ / "config" / "other" / "settings.json", "text");
+    EXPECT_TRUE(isQuiet());
+}
+
+// Links.
+
+TEST_F(FileWatchTest, WhereTheFileIsALinkWhatItNamesIsWatched) {
+    const fs::path target = home_ / "dotfiles" / "settings";
+    test::writeFile(target, "first");
+    fs::remove(file_);
+    fs::create_symlink("../../dotfiles/settings", file_);
+    watch();
+    test::writeFile(target, "second");
+    EXPECT_TRUE(isTold());
+    test::writeFile(target.parent_path() / "draft", "third");
+    fs::rename(target.parent_path() / "draft", target);
+    EXPECT_TRUE(isTold());
+}
+
+TEST_F(FileWatchTest, ALinkThatIsTurnedElsewhereIsFollowed) {
+    const fs::path target = home_ / "dotfiles" / "settings";
+    test::writeFile(target, "first");
+    watch();
+    fs::remove(file_);
+    fs::create_symlink(target, file_);
+    ASSERT_TRUE(isTold());
+    runFor(2 * FileWatch::settlingTime);
+    test::writeFile(target, "second");
+    EXPECT_TRUE(isTold());
+}
+
+TEST_F(FileWatchTest, LinksInACircleAreNoReasonToStop) {
+    fs::remove(file_);
+    fs::create_symlink("circle", file_);
+    fs::create_symlink("settings.json", file_.parent_path() / "circle");
+    watch();
+    fs::remove(file_);
+    EXPECT_TRUE(isTold());
+}
+
+// Beginning and end.
+
+TEST_F(FileWatchTest, NothingIsToldAfterItsEnd) {
+    watch();
+    test::writeFile(file_, "second");
+    watch_.reset();
+    runFor(2 * FileWatch::settlingTime);
+    EXPECT_EQ(told_, 0);
+}
+
+TEST_F(FileWatchTest, ItMayBeEndedByWhatItTells) {
+    watch_ = std::make_unique<FileWatch>(loop_, file_, [this] {
+        ++told_;
+        watch_.reset();
+    });
+    test::writeFile(file_, "second");
+    EXPECT_TRUE(isTold());
+    EXPECT_EQ(watch_, nullptr);
+}
+
+TEST_F(FileWatchTest, WhereTheSystemCannotWatchNothingIsTold) {
+    EXPECT_EQ(
+        test::exitStatusOf([this] {
+            const rlimit none{.rlim_cur = 0, .rlim_max = 0};
+            if (::setrlimit(RLIMIT_NOFILE, &none) != 0) {
+                return 2;
+            }
+            const FileWatch unable(loop_, file_, [] {});
+            return unable.isWatching() ? 1 : 0;
+        }),
+        0);
+}
+
+} // namespace tarnwick

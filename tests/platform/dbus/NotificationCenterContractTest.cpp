@@ -1,0 +1,143 @@
+// What every notification center promises: the recorder that the model's tests use, and the real one with a
+// notification daemon and with the portal.
+#include "platform/dbus/DesktopNotificationCenter.h"
+
+#include "BusTest.h"
+#include "FakeNotificationServices.h"
+#include "tests/simulation/RecordingNotificationCenter.h"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+#include <vector>
+
+namespace tarnwick {
+
+namespace {
+
+using Ability = NotificationCenter::Ability;
+using simulation::RecordingNotificationCenter;
+using Shown = std::vector<RecordingNotificationCenter::Notification>;
+using testing::ElementsAre;
+
+class RecordingDriver : public testing::Test {
+protected:
+    RecordingNotificationCenter& center() { return center_; }
+
+    Shown shown() { return center_.posted(); }
+
+    [[nodiscard]] static bool runUntil(const std::function<bool()>& condition) { return condition(); }
+
+private:
+    RecordingNotificationCenter center_;
+};
+
+class DaemonDriver : public BusTest {
+protected:
+    void SetUp() override {
+        BusTest::SetUp();
+        daemonService_.emplace(addPeer());
+    }
+
+    NotificationCenter& center() { return center_; }
+
+    Shown shown() {
+        Shown result;
+        for (const auto& notification : daemonService_->shown()) {
+            result.push_back({notification.summary, notification.body});
+        }
+        return result;
+    }
+
+private:
+    std::optional<FakeNotificationDaemon> daemonService_;
+    DesktopNotificationCenter center_{loop_, bus_, DesktopNotificationCenter::Surroundings::desktop};
+};
+
+class PortalDriver : public BusTest {
+protected:
+    void SetUp() override {
+        BusTest::SetUp();
+        portal_.emplace(addPeer());
+    }
+
+    NotificationCenter& center() { return center_; }
+
+    Shown shown() {
+        Shown result;
+        for (const auto& notification : portal_->shown()) {
+            result.push_back(
+                {notification.content.at("title").get<std::string>(),
+                 notification.content.at("body").get<std::string>()});
+        }
+        return result;
+    }
+
+private:
+    std::optional<FakeNotificationPortal> portal_;
+    DesktopNotificationCenter center_{loop_, bus_, DesktopNotificationCenter::Surroundings::sandbox};
+};
+
+template<class Driver>
+class NotificationCenterContract : public Driver {
+protected:
+    [[nodiscard]] bool runUntilShown(std::size_t count) {
+        return this->runUntil([this, count] { return this->shown().size() == count; });
+    }
+};
+
+using Drivers = testing::Types<RecordingDriver, DaemonDriver, PortalDriver>;
+TYPED_TEST_SUITE(NotificationCenterContract, Drivers);
+
+} // namespace
+
+TYPED_TEST(NotificationCenterContract, WhatIsPostedIsShown) {
+    this->center().post("Tarnwick — Connection down", "Your internet connection seems to be down.");
+
+    ASSERT_TRUE(this->runUntilShown(1));
+    EXPECT_EQ(this->shown().front().title, "Tarnwick — Connection down");
+    EXPECT_EQ(this->shown().front().body, "Your internet connection seems to be down.");
+}
+
+TYPED_TEST(NotificationCenterContract, EqualPostsAreNotificationsOfTheirOwn) {
+    this->center().post("title", "body");
+    this->center().post("title", "body");
+
+    EXPECT_TRUE(this->runUntilShown(2));
+}
+
+TYPED_TEST(NotificationCenterContract, TheOrderIsThatOfThePosts) {
+    this->center().post("first", "");
+    this->center().post("second", "");
+    this->center().post("third", "");
+
+    ASSERT_TRUE(this->runUntilShown(3));
+    EXPECT_EQ(this->shown()[0].title, "first");
+    EXPECT_EQ(this->shown()[1].title, "second");
+    EXPECT_EQ(this->shown()[2].title, "third");
+}
+
+TYPED_TEST(NotificationCenterContract, TheAbilityIsUnknownUntilSomebodyAsks) {
+    EXPECT_EQ(this->center().canNotify(), Ability::unknown);
+}
+
+TYPED_TEST(NotificationCenterContract, ARequestIsAnsweredWithAChangeOfTheAbility) {
+    std::vector<Ability> told;
+    this->center().onAbilityChange = [this, &told] { told.push_back(this->center().canNotify()); };
+
+    this->center().requestAuthorization();
+
+    ASSERT_TRUE(this->runUntil([&told] { return !told.empty(); }));
+    EXPECT_THAT(told, ElementsAre(Ability::yes));
+}
+
+TYPED_TEST(NotificationCenterContract, WhatIsPostedAfterARequestIsShown) {
+    this->center().requestAuthorization();
+    ASSERT_TRUE(this->runUntil([this] { return this->center().canNotify() == Ability::yes; }));
+
+    this->center().post("title", "body");
+
+    EXPECT_TRUE(this->runUntilShown(1));
+}
+
+} // namespace tarnwick
