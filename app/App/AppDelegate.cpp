@@ -1,6 +1,7 @@
 #include "app/App/AppDelegate.h"
 
-#include "app/App/SettingsFileOpener.h"
+#include "app/App/StartupSettings.h"
+#include "platform/linux/RunningProgram.h"
 #include "platform/qt/Appearance.h"
 #include "platform/qt/TrayStatusItem.h"
 
@@ -64,6 +65,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       systemBus_(loop, BusConnection::systemAddress()),
       sleep_(loop, systemBus_),
       notifications_(loop, bus, DesktopNotificationCenter::surroundings()),
+      loginItem_(runningProgram(), AutostartEntry::presentSession()),
       monitor_(
           prefs_,
           {
@@ -82,6 +84,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
           }),
       // Nothing checks for updates yet, wherever the program lies.
       menu_(StatusItemController::menuItems(false)),
+      settingsModel_(monitor_, loginItem_),
       colors_(bus) {
     makeStatusItem(setup);
     monitor_.start();
@@ -146,7 +149,12 @@ void AppDelegate::quitOnTerminationSignals() {
 }
 
 void AppDelegate::showSettings() {
-    openSettingsFile(SettingsFile::defaultPath());
+    if (!settingsWindow_) {
+        settingsModel_.onAlertsTurnedOn = [this] { notifications_.requestAuthorization(); };
+        settingsModel_.launchAtLogin().onApprovalNeeded = [] { StartupSettings::open(); };
+        settingsWindow_ = std::make_unique<SettingsWindow>(settingsModel_, loop_, menu_);
+    }
+    settingsWindow_->present();
 }
 
 } // namespace tarnwick

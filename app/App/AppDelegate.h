@@ -3,6 +3,7 @@
 
 #include "app/App/DesktopWindows.h"
 #include "app/App/PanelStatusItem.h"
+#include "app/App/SettingsWindow.h"
 #include "app/CommandLine/SettingArgument.h"
 #include "app/Monitor/Monitor.h"
 #include "app/StatusItemController/PanelMenuText.h"
@@ -17,6 +18,7 @@
 #include "platform/linux/FileWatch.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/SignalWatch.h"
+#include "platform/posix/AutostartEntry.h"
 #include "platform/posix/SettingsFile.h"
 #include "platform/qt/PaletteWatch.h"
 #include "platform/qt/SessionEnd.h"
@@ -66,9 +68,12 @@ private:
     BusConnection systemBus_;
     LogindSleepMonitor sleep_;
     DesktopNotificationCenter notifications_;
+    AutostartEntry loginItem_;
     Monitor monitor_;
     FileWatch settingsWatch_;
     Menu menu_;
+    SettingsModel settingsModel_;
+    std::unique_ptr<SettingsWindow> settingsWindow_; ///< from its first use on
     QtFacePainter painter_;
     ColorScheme colors_;
     Subscription colorChange_;

@@ -55,7 +55,6 @@ void DesktopWindows::openDropDown(const std::string& activationToken) {
 void DesktopWindows::showSettings() {
     useActivationTokenOfClick();
     openSettings_();
-    dropActivationToken();
 }
 
 void DesktopWindows::showAbout() {

@@ -37,7 +37,6 @@ int runApplication(const AppOptions& options, char* name, std::string startToken
     std::array<char*, 2> arguments{name, nullptr};
     const QApplication application(count, arguments.data());
     QApplication::setApplicationName("tarnwick");
-    QApplication::setApplicationDisplayName("Tarnwick");
     QApplication::setApplicationVersion(TARNWICK_VERSION);
     QGuiApplication::setDesktopFileName("tarnwick");
     QApplication::setQuitOnLastWindowClosed(false);

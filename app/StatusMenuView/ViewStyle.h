@@ -1,4 +1,4 @@
-// Sizes, fonts and colors that the parts of the menu view share.
+// Sizes, fonts and colors that views share.
 #pragma once
 
 #include "app/StatusMenuView/LatencyPalette.h"

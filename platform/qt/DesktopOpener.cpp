@@ -20,7 +20,7 @@ void standAlone() {
 
 } // namespace
 
-void openWithDesktop(const QString& fileOrPage, std::function<void(bool)> ended) {
+void startBeside(const QString& program, const QStringList& arguments, DesktopOpened ended) {
     // Without a parent: a process is killed with the object that stands for it. It deletes itself.
     auto* const opener = new QProcess; // NOLINT(cppcoreguidelines-owning-memory)
     opener->setStandardInputFile(QProcess::nullDevice());
@@ -42,7 +42,11 @@ void openWithDesktop(const QString& fileOrPage, std::function<void(bool)> ended)
             finish(false);
         }
     });
-    opener->start("xdg-open", {fileOrPage});
+    opener->start(program, arguments);
+}
+
+void openWithDesktop(const QString& fileOrPage, DesktopOpened ended) {
+    startBeside("xdg-open", {fileOrPage}, std::move(ended));
 }
 
 } // namespace tarnwick

@@ -1,14 +1,19 @@
-// Opening a file or a page with what the desktop opens such with.
+// Starting other programs for the user: any, or what the desktop opens a file or a page with.
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
 namespace tarnwick {
 
-/// `ended` is told, once and perhaps much later, whether something opened it; it may be empty. What has been
-/// opened outlives this program and knows nothing of its terminal and signals. Main thread.
-void openWithDesktop(const QString& fileOrPage, std::function<void(bool isOpened)> ended = {});
+/// Is told, once and perhaps much later, whether it went well.
+using DesktopOpened = std::function<void(bool)>;
+
+/// What is started outlives this program and knows nothing of its terminal and signals. Main thread.
+void startBeside(const QString& program, const QStringList& arguments, DesktopOpened ended = {});
+
+void openWithDesktop(const QString& fileOrPage, DesktopOpened ended = {});
 
 } // namespace tarnwick

@@ -1,7 +1,8 @@
-"""What assistive technology sees. As a program it prints the tree of an application, or carries an action out:
+"""What assistive technology sees. As a program it prints the tree of an application, carries an action out, or sets a value:
 
     accessible.py tree APPLICATION
     accessible.py act APPLICATION NAME
+    accessible.py set APPLICATION NAME VALUE
 
 The bus that it asks is that of its environment, so each session needs a process of its own.
 """
@@ -72,6 +73,13 @@ def act(node: Atspi.Accessible, name: str) -> bool:
     return any(act(child, name) for child in children if child is not None)
 
 
+def set_value(node: Atspi.Accessible, name: str, value: str) -> bool:
+    if node.get_name() == name and node.get_value_iface() is not None:
+        return node.get_value_iface().set_current_value(float(value))
+    children = (node.get_child_at_index(index) for index in range(node.get_child_count()))
+    return any(set_value(child, name, value) for child in children if child is not None)
+
+
 def main() -> None:
     command, application, *rest = sys.argv[1:]
     Atspi.set_timeout(TIMEOUT_MS, TIMEOUT_MS)
@@ -83,8 +91,10 @@ def main() -> None:
             except GLib.Error:
                 continue  # It went while it was looked at.
         print(json.dumps(trees))
-    elif not any(act(found, *rest) for found in applications(application)):
-        sys.exit(f"nothing to act on: {rest}")
+        return
+    change = {"act": act, "set": set_value}[command]
+    if not any(change(found, *rest) for found in applications(application)):
+        sys.exit(f"nothing to {command}: {rest}")
 
 
 if __name__ == "__main__":

@@ -188,6 +188,10 @@ class Desktop(abc.ABC):
         """Carries out the first action of the control with that name."""
         self.session.run(self._accessible_command("act", application, name), timeout=30)
 
+    def set_value(self, application: str, name: str, value: float) -> None:
+        """Sets the value of the control with that name."""
+        self.session.run(self._accessible_command("set", application, name, str(value)), timeout=30)
+
     def _accessible_command(self, *arguments: str) -> list[str]:
         script = pathlib.Path(__file__).with_name("accessible.py")
         return ["/usr/bin/python3", "-B", self.session.own_copy(str(script)), *arguments]

@@ -1,18 +1,24 @@
-// Draws faces and drop-downs for people to look at.
+// Draws faces, drop-downs and the settings window for people to look at.
 //
 //     tarnwick-pictures FOLDER [SCALE]        all of them
 //     tarnwick-pictures --readme FOLDER       those of the README, whose folder is docs/pictures
+#include "app/App/SettingsWindow.h"
+#include "app/SettingsView/SettingsView.h"
 #include "app/StatusItemController/QtFacePainter.h"
 #include "app/StatusMenuView/DropDown.h"
 #include "app/StatusMenuView/DropDownWindow.h"
 #include "app/StatusMenuView/MenuItemsView.h"
+#include "platform/qt/Appearance.h"
 #include "tests/app/WatchedMonitor.h"
 #include "tests/app/views/Ink.h"
 #include "tests/app/views/StandardMenu.h"
+#include "tests/simulation/FakeLoginItem.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QDir>
 #include <QImage>
+#include <QLocale>
 #include <QPainter>
 
 #include <chrono>
@@ -186,15 +192,67 @@ void drawDropDowns(const QDir& folder, const QString& style) {
     }
 }
 
-void drawDropDowns(const QDir& folder, const QString& scale, double points) {
+/// The settings window after a click on a switch, if any, with the application's colors, font and locale.
+QImage grabSettings(
+    WatchedMonitor& world, simulation::FakeLoginItem& loginItem, const QString& clicked = {}) {
+    const test::StandardMenu menu;
+    SettingsModel model(world.monitor, loginItem);
+    SettingsWindow window(model, world.loop, menu.menu);
+    window.present();
+    for (QCheckBox* box : window.findChildren<QCheckBox*>()) {
+        if (box->accessibleName() == clicked) {
+            box->click();
+        }
+    }
+    world.loop.runPending();
+    QApplication::processEvents();
+    return window.view().grab().toImage(); // all of it, however low the screen is
+}
+
+void changeSomeSettings(WatchedMonitor& world) {
+    world.prefs.setHostname("one.example");
+    world.resolve("one.example", "192.0.2.1");
+    world.prefs.setSlowPingThresholdMs(150);
+    world.prefs.setPingInterval(5);
+    world.prefs.setShowNotifications(true);
+    world.watchFor(20);
+}
+
+void drawSettings(const QDir& folder, const QString& style) {
+    WatchedMonitor world;
+    changeSomeSettings(world);
+    simulation::FakeLoginItem loginItem;
+    loginItem.now = LoginItem::Status::enabled;
+    grabSettings(world, loginItem).save(folder.filePath("settings-" + style + ".png"));
+    loginItem.now = LoginItem::Status::notRegistered;
+    loginItem.failure = "The folder /home/one/.config/autostart can't be written: Permission denied";
+    grabSettings(world, loginItem, "Launch at Login")
+        .save(folder.filePath("settings-refused-" + style + ".png"));
+    for (const char* const language : {"de_DE", "ar_EG"}) {
+        const QLocale locale{QLatin1String(language)};
+        QLocale::setDefault(locale);
+        QApplication::setLayoutDirection(locale.textDirection());
+        world.prefs.setSlowPingThresholdMs(2000);
+        world.prefs.setPingInterval(60);
+        grabSettings(world, loginItem)
+            .save(folder.filePath("settings-" + QLatin1String(language) + "-" + style + ".png"));
+    }
+    QLocale::setDefault(QLocale::c());
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+void drawInBothColors(const QDir& folder, const QString& scale, double points) {
     QFont font = QApplication::font();
     font.setPointSizeF(points);
     QApplication::setFont(font);
     const QString size = QStringLiteral("%1pt-%2x").arg(points).arg(scale);
-    QApplication::setPalette(lightPalette());
-    drawDropDowns(folder, "light-" + size);
-    QApplication::setPalette(darkPalette());
-    drawDropDowns(folder, "dark-" + size);
+    for (const bool isDark : {false, true}) {
+        const QString style = (isDark ? "dark-" : "light-") + size;
+        QApplication::setPalette(isDark ? darkPalette() : lightPalette());
+        drawDropDowns(folder, style);
+        Appearance::prefer(isDark);
+        drawSettings(folder, style);
+    }
 }
 
 /// Wide and square faces one below the other, on a light panel and on a dark one.
@@ -224,6 +282,18 @@ QImage faceStrips() {
     return picture;
 }
 
+void drawSettingsForReadme(const QDir& folder) {
+    WatchedMonitor world;
+    changeSomeSettings(world);
+    simulation::FakeLoginItem loginItem;
+    loginItem.now = LoginItem::Status::enabled;
+    for (const bool isDark : {false, true}) {
+        Appearance::prefer(isDark);
+        const QString name = isDark ? "settings-dark.png" : "settings-light.png";
+        grabSettings(world, loginItem).save(folder.filePath(name));
+    }
+}
+
 void drawForReadme(const QDir& folder) {
     const test::StandardMenu menu;
     WatchedMonitor world;
@@ -233,6 +303,7 @@ void drawForReadme(const QDir& folder) {
     QApplication::setPalette(darkPalette());
     grabDropDown(world, menu, 0, "dark").save(folder.filePath("drop-down-dark.png"));
     faceStrips().save(folder.filePath("faces.png"));
+    drawSettingsForReadme(folder);
 }
 
 } // namespace
@@ -260,7 +331,7 @@ int main(int argc, char** argv) {
     if (scale == "1") {
         tarnwick::drawFaces(folder);
     }
-    tarnwick::drawDropDowns(folder, QString::fromStdString(scale), 10);
-    tarnwick::drawDropDowns(folder, QString::fromStdString(scale), 15);
+    tarnwick::drawInBothColors(folder, QString::fromStdString(scale), 10);
+    tarnwick::drawInBothColors(folder, QString::fromStdString(scale), 15);
     return 0;
 }

@@ -41,6 +41,7 @@ protected:
         while (!answer && !timer.hasExpired(20'000)) {
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 20);
         }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         return answer;
     }
 

@@ -1,0 +1,36 @@
+#include "app/App/MainMenu.h"
+
+#include "app/StatusItemController/Menu.h"
+
+#include <QAction>
+#include <QWidget>
+
+namespace tarnwick::MainMenu {
+
+namespace {
+
+QAction& addAction(QWidget& window, const QString& title, const QKeySequence& keys) {
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): owned by the window
+    auto* const action = new QAction(title, &window);
+    action->setShortcut(keys);
+    window.addAction(action);
+    return *action;
+}
+
+} // namespace
+
+void install(QWidget& window, const Menu& menu) {
+    for (const MenuItem& item : menu.items()) {
+        if (item.shortcut == 0) {
+            continue;
+        }
+        const QString key = QString(QLatin1Char(item.shortcut)).toUpper();
+        const QAction& action =
+            addAction(window, QString::fromStdString(item.title), QKeySequence("Ctrl+" + key));
+        QObject::connect(&action, &QAction::triggered, &window, [&menu, id = item.id] { menu.choose(id); });
+    }
+    const QAction& close = addAction(window, QStringLiteral("Close"), QKeySequence("Ctrl+W"));
+    QObject::connect(&close, &QAction::triggered, &window, &QWidget::close);
+}
+
+} // namespace tarnwick::MainMenu

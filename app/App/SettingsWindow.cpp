@@ -1,0 +1,91 @@
+#include "app/App/SettingsWindow.h"
+
+#include "app/App/MainMenu.h"
+#include "app/App/ProgramIcon.h"
+#include "app/SettingsView/SettingsView.h"
+#include "platform/qt/Foreground.h"
+
+#include <QCursor>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+
+#include <algorithm>
+
+namespace tarnwick {
+
+namespace {
+
+/// Of the screen's height, for the window's own title.
+constexpr int titleHeight = 48;
+
+QScreen& screenOfUser() {
+    QScreen* const pointed = QGuiApplication::screenAt(QCursor::pos());
+    return pointed != nullptr ? *pointed : *QGuiApplication::primaryScreen();
+}
+
+} // namespace
+
+// NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this window
+SettingsWindow::SettingsWindow(SettingsModel& model, RunLoop& loop, const Menu& menu)
+    : QMainWindow(
+        nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      view_(new SettingsView(model, loop, nullptr)),
+      area_(new QScrollArea(this)) {
+    setAttribute(Qt::WA_QuitOnClose, false);
+    setWindowTitle(QStringLiteral("Tarnwick Settings"));
+    setWindowIcon(programIcon());
+    area_->setWidget(view_);
+    area_->setWidgetResizable(true);
+    area_->setFrameShape(QFrame::NoFrame);
+    area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // The form is what can be reached with the keyboard, not what it stands in.
+    area_->setFocusPolicy(Qt::NoFocus);
+    setCentralWidget(area_);
+    view_->installEventFilter(this);
+    MainMenu::install(*this, menu);
+    fit();
+}
+
+SettingsWindow::~SettingsWindow() {
+    // Before the window is closed, which would take the keyboard from a field and so commit it.
+    delete area_;
+}
+
+// NOLINTEND(cppcoreguidelines-owning-memory)
+
+void SettingsWindow::present() {
+    if (!isPlaced_) {
+        center();
+    }
+    Foreground::show(*this);
+}
+
+void SettingsWindow::center() {
+    isPlaced_ = true;
+    const QRect available = screenOfUser().availableGeometry();
+    setScreen(&screenOfUser());
+    fit();
+    QRect place(QPoint(), size());
+    place.moveCenter(available.center());
+    move(place.topLeft());
+}
+
+void SettingsWindow::fit() {
+    const QSize form = view_->sizeHint();
+    const int most = screen()->availableGeometry().height() - titleHeight;
+    const bool scrolls = form.height() > most;
+    const int bar = scrolls ? area_->verticalScrollBar()->sizeHint().width() : 0;
+    setFixedSize(form.width() + bar, std::min(form.height(), most));
+}
+
+bool SettingsWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == view_ && event->type() == QEvent::LayoutRequest) {
+        fit();
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+} // namespace tarnwick

@@ -1,0 +1,208 @@
+#include "app/SettingsView/FormSection.h"
+
+#include <QAbstractButton>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QRegularExpression>
+#include <QStyle>
+#include <QVBoxLayout>
+
+#include <vector>
+
+namespace tarnwick {
+
+namespace {
+
+constexpr double rowInset = 14;
+constexpr double rowPadding = 6;
+constexpr double rowHeight = 40;
+constexpr double noteGap = 2;
+constexpr double controlGap = 8;
+constexpr double footerGap = 7;
+constexpr double footerPoints = 11;
+constexpr double cornerRadius = 10;
+
+constexpr float edgeOpacity = 0.11F;
+/// How far the card's ground goes from that of the window towards white.
+constexpr double liftOnLight = 0.75;
+constexpr double liftOnDark = 0.055;
+
+QColor mixed(const QColor& from, const QColor& to, double share) {
+    const auto mix = [share](float a, float b) { return static_cast<float>(a + (b - a) * share); };
+    return QColor::fromRgbF(
+        mix(from.redF(), to.redF()), mix(from.greenF(), to.greenF()), mix(from.blueF(), to.blueF()));
+}
+
+QColor cardColor(const QPalette& palette) {
+    const double lift = LatencyPalette::isDark(palette) ? liftOnDark : liftOnLight;
+    return mixed(palette.color(QPalette::Window), Qt::white, lift);
+}
+
+QColor edgeColor(const QPalette& palette) {
+    QColor color = palette.color(QPalette::WindowText);
+    color.setAlphaF(edgeOpacity);
+    return color;
+}
+
+/// No line ends between a number and its unit.
+QString withUnitsKept(QString text) {
+    static const QRegularExpression space(QStringLiteral("(?<=[0-9]) "));
+    return text.replace(space, QString(QChar::Nbsp));
+}
+
+/// Passes clicks on to its buddy, if that is a button.
+class RowLabel final : public QLabel {
+public:
+    using QLabel::QLabel;
+
+protected:
+    // Otherwise nobody would be told of the release.
+    void mousePressEvent(QMouseEvent* event) override { event->accept(); }
+
+    void mouseReleaseEvent(QMouseEvent* event) override {
+        auto* const button = dynamic_cast<QAbstractButton*>(buddy());
+        if (button != nullptr && event->button() == Qt::LeftButton && rect().contains(event->pos())) {
+            button->click();
+        }
+    }
+};
+
+} // namespace
+
+void alignText(QLabel& label, Qt::Alignment side) {
+    label.setAlignment(
+        QStyle::visualAlignment(label.layoutDirection(), side) | Qt::AlignAbsolute | Qt::AlignVCenter);
+}
+
+void setTextColor(QLabel& label, const QColor& color) {
+    QPalette palette = label.palette();
+    palette.setColor(QPalette::WindowText, color);
+    label.setPalette(palette);
+}
+
+// NOLINTBEGIN(cppcoreguidelines-owning-memory): widgets and layouts are owned by what they stand in
+
+FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls, QWidget* parent)
+    : QWidget(parent), line_(new QHBoxLayout), label_(new RowLabel(label, this)), note_(new QLabel(this)) {
+    line_->addWidget(label_);
+    line_->addStretch();
+    for (QWidget* control : controls) {
+        const bool takesTheRest = control->sizePolicy().horizontalPolicy() == QSizePolicy::Expanding;
+        line_->addWidget(control, takesTheRest ? 1 : 0);
+    }
+    QWidget* const named = *controls.begin();
+    if (qobject_cast<QLabel*>(named) == nullptr) { // one is called what it says
+        named->setAccessibleName(label);
+    }
+    label_->setBuddy(named);
+    note_->setWordWrap(true);
+    note_->setTextFormat(Qt::PlainText);
+    note_->hide();
+    auto* const column = new QVBoxLayout(this);
+    column->addLayout(line_);
+    column->addWidget(note_);
+}
+
+void FormRow::setNote(const QString& text) {
+    note_->setText(text);
+    note_->setVisible(!text.isEmpty());
+}
+
+void FormRow::setStyle(const ViewStyle& style) {
+    const int side = style.length(rowInset);
+    const int above = style.length(rowPadding);
+    layout()->setContentsMargins(side, above, side, above);
+    layout()->setSpacing(style.length(noteGap));
+    line_->setSpacing(style.length(controlGap));
+    label_->setMinimumHeight(style.length(rowHeight) - 2 * above);
+    note_->setFont(style.font(footerPoints));
+    setTextColor(*note_, style.colors().bad());
+    alignText(*note_, Qt::AlignLeading);
+}
+
+/// Rows below each other on one ground, lines between them.
+class FormSection::Card final : public QWidget {
+public:
+    explicit Card(QWidget* parent) : QWidget(parent) {
+        auto* const rows = new QVBoxLayout(this);
+        rows->setContentsMargins(0, 0, 0, 0);
+        rows->setSpacing(0);
+    }
+
+    void add(FormRow* row) {
+        rows_.push_back(row);
+        layout()->addWidget(row);
+    }
+
+    [[nodiscard]] const std::vector<FormRow*>& rows() const { return rows_; }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        const ViewStyle style(*this);
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(edgeColor(palette()));
+        painter.setBrush(cardColor(palette()));
+        const double radius = style.length(cornerRadius);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+        const double inset = style.length(rowInset);
+        bool isFirst = true;
+        for (const FormRow* row : rows_) {
+            if (!row->isVisibleTo(this)) {
+                continue;
+            }
+            if (!isFirst) {
+                const double y = row->y() + 0.5;
+                const bool isMirrored = layoutDirection() == Qt::RightToLeft;
+                painter.drawLine(
+                    QPointF(isMirrored ? 1 : inset, y), QPointF(width() - (isMirrored ? inset : 1), y));
+            }
+            isFirst = false;
+        }
+    }
+
+private:
+    std::vector<FormRow*> rows_; ///< children, from top to bottom
+};
+
+FormSection::FormSection(QWidget* parent)
+    : QWidget(parent), card_(new Card(this)), footer_(new QLabel(this)) {
+    footer_->setWordWrap(true);
+    footer_->setTextFormat(Qt::PlainText);
+    footer_->hide();
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(card_);
+    column->addWidget(footer_);
+}
+
+FormRow* FormSection::addRow(const QString& label, std::initializer_list<QWidget*> controls) {
+    auto* const row = new FormRow(label, controls, card_);
+    card_->add(row);
+    return row;
+}
+
+// NOLINTEND(cppcoreguidelines-owning-memory)
+
+void FormSection::setFooter(const QString& text) {
+    footer_->setText(withUnitsKept(text));
+    footer_->setAccessibleName(text); // as it was written
+    footer_->show();
+    for (const FormRow* row : card_->rows()) {
+        row->control()->setAccessibleDescription(text);
+    }
+}
+
+void FormSection::setStyle(const ViewStyle& style) {
+    for (FormRow* row : card_->rows()) {
+        row->setStyle(style);
+    }
+    const int side = style.length(rowInset);
+    footer_->setContentsMargins(side, 0, side, 0);
+    footer_->setFont(style.font(footerPoints));
+    setTextColor(*footer_, style.colors().secondary());
+    alignText(*footer_, Qt::AlignLeading);
+    layout()->setSpacing(style.length(footerGap));
+}
+
+} // namespace tarnwick
