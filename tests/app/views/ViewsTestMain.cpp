@@ -1,5 +1,6 @@
 // Runs the tests of the views: with an application object, but without a display.
 #include <QApplication>
+#include <QLocale>
 
 #include <gmock/gmock.h>
 
@@ -9,5 +10,6 @@ int main(int argc, char** argv) {
     testing::InitGoogleMock(&argc, argv);
     const QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
+    QLocale::setDefault(QLocale::c()); // tests that are about numbers of others set theirs
     return RUN_ALL_TESTS();
 }
