@@ -40,6 +40,18 @@ def die_with_parent() -> None:
     libc.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
 
 
+def new_log_folder(name: str) -> pathlib.Path:
+    """Modules that are tried at the same time may start the same panel; those of earlier runs are cleared away."""
+    logs = OUTPUT / "logs"
+    for folder in logs.glob(f"{name}-[0-9]*"):
+        process = int(folder.name.rpartition("-")[2])
+        if process == os.getpid() or not pathlib.Path(f"/proc/{process}").exists():
+            shutil.rmtree(folder, ignore_errors=True)
+    folder = logs / f"{name}-{os.getpid()}"
+    folder.mkdir(parents=True)
+    return folder
+
+
 class Session:
     """Has folders from the constructor on and a bus from `start_bus` on; `close` kills everything in it."""
 
@@ -47,9 +59,7 @@ class Session:
         self.mark = uuid.uuid4().hex
         self.user = NOBODY if unprivileged and os.geteuid() == 0 else None
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarnwick-desktop-"))
-        self.logs = OUTPUT / "logs" / name
-        shutil.rmtree(self.logs, ignore_errors=True)
-        self.logs.mkdir(parents=True)
+        self.logs = new_log_folder(name)
         self.processes: list[subprocess.Popen[bytes]] = []
         self.bus: Bus
         self.home = self.folder / "home"
