@@ -3,12 +3,11 @@
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/asio/AsioRunLoop.h"
-#include "platform/dbus/DesktopNotificationCenter.h"
-#include "platform/dbus/LogindSleepMonitor.h"
 #include "platform/linux/FileWatch.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/SignalWatch.h"
+#include "platform/null/AbsentServices.h"
 #include "platform/posix/SettingsFile.h"
 
 #include <clocale>
@@ -67,10 +66,8 @@ std::string run(const WatchOptions& options) {
     Preferences prefs(settings);
     SystemPingNetwork network(loop);
     RoutePathMonitor path(loop);
-    BusConnection sessionBus(loop, BusConnection::sessionAddress());
-    BusConnection systemBus(loop, BusConnection::systemAddress());
-    LogindSleepMonitor sleep(loop, systemBus);
-    DesktopNotificationCenter notifications(loop, sessionBus, DesktopNotificationCenter::surroundings());
+    AbsentSleepMonitor sleep;
+    AbsentNotificationCenter notifications;
     Monitor monitor(
         prefs, {
                    .loop = loop,
