@@ -15,7 +15,6 @@ from lab import Behavior, Lab
 from .panels import X11Desktop
 from .pictures import Rectangle, changed
 from .program import PATIENCE, PROGRAM
-from .session import Session
 
 ADDRESS = "10.77.0.35"
 NOTIFICATIONS = "org.freedesktop.Notifications"
