@@ -59,4 +59,27 @@ std::string validUtf8(std::string_view text) {
     return valid;
 }
 
+std::string asMarkup(std::string_view text, std::string_view lineBreak) {
+    std::string result;
+    for (const char character : text) {
+        switch (character) {
+        case '&':
+            result += "&amp;";
+            break;
+        case '<':
+            result += "&lt;";
+            break;
+        case '>':
+            result += "&gt;";
+            break;
+        case '\n':
+            result += lineBreak;
+            break;
+        default:
+            result += character;
+        }
+    }
+    return result;
+}
+
 } // namespace tarnwick

@@ -1,5 +1,7 @@
 #include "platform/dbus/ItemPresentation.h"
 
+#include "platform/dbus/BusText.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -82,29 +84,6 @@ void addLabel(
     presentation.labelGuide = face.widestTitle;
 }
 
-std::string escaped(const std::string& text, const std::string& lineBreak) {
-    std::string result;
-    for (const char character : text) {
-        switch (character) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        case '\n':
-            result += lineBreak;
-            break;
-        default:
-            result += character;
-        }
-    }
-    return result;
-}
-
 /// What a panel has to be given so that it shows just this text.
 std::string shownAsItIs(const std::string& text, ToolTipMarkup markup) {
     if (text.find_first_of("<>&") == std::string::npos) {
@@ -112,9 +91,9 @@ std::string shownAsItIs(const std::string& text, ToolTipMarkup markup) {
     }
     if (markup == ToolTipMarkup::guessed) {
         // The tags leave nothing to be guessed.
-        return "<span>" + escaped(text, "<br>") + "</span>";
+        return "<span>" + asMarkup(text, "<br>") + "</span>";
     }
-    return escaped(text, "\n");
+    return asMarkup(text);
 }
 
 void addToolTip(ItemPresentation& presentation, const std::string& text, const PanelHost& host) {

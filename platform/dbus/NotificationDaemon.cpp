@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <string_view>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -21,26 +20,6 @@ using Hints = std::map<std::string, sdbus::Variant>;
 constexpr std::uint32_t replacesNone = 0;
 constexpr std::int32_t usualTime = -1;
 constexpr std::uint8_t normalUrgency = 1;
-
-std::string escaped(std::string_view text) {
-    std::string result;
-    for (const char character : text) {
-        switch (character) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        default:
-            result += character;
-        }
-    }
-    return result;
-}
 
 Hints hints() {
     return {
@@ -81,7 +60,7 @@ void NotificationDaemon::show(const std::string& title, const std::string& body)
         bus_, call("Notify"),
         std::tuple(
             std::string("Tarnwick"), replacesNone, std::string("tarnwick"), validUtf8(title),
-            readsMarkup_ ? escaped(text) : text, std::vector<std::string>(), hints(), usualTime),
+            readsMarkup_ ? asMarkup(text) : text, std::vector<std::string>(), hints(), usualTime),
         [](const std::optional<Done>&) {});
 }
 

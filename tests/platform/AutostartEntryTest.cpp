@@ -1,6 +1,7 @@
 // The entry that starts the program with the session: its states, and what changing it keeps.
 #include "platform/posix/AutostartEntry.h"
 
+#include "tests/core/Required.h"
 #include "tests/platform/LoginItemContract.h"
 #include "tests/platform/Unprivileged.h"
 #include "tests/simulation/FakeLoginItem.h"
@@ -548,7 +549,7 @@ std::string nameOfPlace(const testing::TestParamInfo<std::string>& test) {
 
 TEST_P(WrittenEntry, IsValid) {
     if (run("command -v desktop-file-validate").status != 0) {
-        GTEST_SKIP() << "desktop-file-validate is not installed";
+        TARNWICK_CANNOT_RUN("desktop-file-validate is not installed");
     }
     const auto result = run("desktop-file-validate --no-hints " + shellQuoted(files_.userFile()));
 
@@ -558,7 +559,7 @@ TEST_P(WrittenEntry, IsValid) {
 
 TEST_P(WrittenEntry, IsStartedByADesktopThatReadsItItself) {
     if (run("command -v gio").status != 0) {
-        GTEST_SKIP() << "gio is not installed";
+        TARNWICK_CANNOT_RUN("gio is not installed");
     }
     const auto result = run("gio launch " + shellQuoted(files_.userFile()));
 

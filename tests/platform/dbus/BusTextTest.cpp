@@ -41,4 +41,10 @@ TEST(BusTextTest, ItsResultIsAlwaysValid) {
     }));
 }
 
+TEST(BusTextTest, MarkupShowsTheTextAsItIs) {
+    EXPECT_EQ(asMarkup("<b>1 & 2</b>"), "&lt;b&gt;1 &amp; 2&lt;/b&gt;");
+    EXPECT_EQ(asMarkup("one\ntwo"), "one\ntwo");
+    EXPECT_EQ(asMarkup("one\ntwo", "<br>"), "one<br>two");
+}
+
 } // namespace tarnwick
