@@ -409,7 +409,8 @@ TEST_F(DBusMenuTest, WhenTheBusGoesTheMenuIsNoLongerShown) {
 
     stopBus();
 
-    EXPECT_TRUE(runUntil([this] { return list_.hides == 1; }));
+    // Twice when the panel's end is told before the bus goes.
+    EXPECT_TRUE(runUntil([this] { return list_.hides > 0; }));
 }
 
 TEST_F(DBusMenuTest, WhenTheBusComesBackTheMenuIsThereAgain) {
