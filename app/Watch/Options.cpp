@@ -58,7 +58,7 @@ const char* WatchOptions::usage() {
            "  PacketLossTextMode=whenLossy    off, whenLossy or always\n"
            "  ShowIcon=true  ShowText=true    what the status item shows\n"
            "  PanelFace=auto                  auto, label, wide or square: what the panel can show\n"
-           "  ShowNotifications=false         notify of down and restored (not in the terminal yet)\n"
+           "  ShowNotifications=false         notify of down and restored\n"
            "\n"
            "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n";
 }

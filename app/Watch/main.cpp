@@ -3,11 +3,12 @@
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/asio/AsioRunLoop.h"
+#include "platform/dbus/DesktopNotificationCenter.h"
+#include "platform/dbus/LogindSleepMonitor.h"
 #include "platform/linux/FileWatch.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/SignalWatch.h"
-#include "platform/null/AbsentServices.h"
 #include "platform/posix/SettingsFile.h"
 
 #include <clocale>
@@ -66,8 +67,11 @@ std::string run(const WatchOptions& options) {
     Preferences prefs(settings);
     SystemPingNetwork network(loop);
     RoutePathMonitor path(loop);
-    AbsentSleepMonitor sleep;
-    AbsentNotificationCenter notifications;
+    BusConnection systemBus(loop, BusConnection::systemAddress());
+    // Only for notifications, and so only for those who have switched them on, with the first one.
+    BusConnection sessionBus(loop, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded);
+    LogindSleepMonitor sleep(loop, systemBus);
+    DesktopNotificationCenter notifications(loop, sessionBus, DesktopNotificationCenter::surroundings());
     Monitor monitor(
         prefs, {
                    .loop = loop,

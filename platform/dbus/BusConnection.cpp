@@ -119,11 +119,20 @@ std::string BusConnection::systemAddress() {
     return address.empty() ? "unix:path=/run/dbus/system_bus_socket" : address;
 }
 
-BusConnection::BusConnection(RunLoop& loop, std::string address)
-    : loop_(loop), address_(std::move(address)), retry_(loop.after(0, [this] { connect(); })) {
+BusConnection::BusConnection(RunLoop& loop, std::string address, Opening opening)
+    : loop_(loop), address_(std::move(address)) {
+    if (opening == Opening::soon) {
+        need();
+    }
 }
 
 BusConnection::~BusConnection() = default;
+
+void BusConnection::need() {
+    if (!std::exchange(isNeeded_, true)) {
+        retry_ = loop_.after(0, [this] { connect(); });
+    }
+}
 
 sdbus::IConnection* BusConnection::connection() const {
     return link_ ? link_->connection.get() : nullptr;
@@ -132,9 +141,6 @@ sdbus::IConnection* BusConnection::connection() const {
 std::shared_ptr<BusConnection::Link> BusConnection::open(
     const std::string& address, const std::vector<std::weak_ptr<Match>>& matches,
     const std::vector<std::string>& rules) {
-    if (!mayBeListening(address)) {
-        return nullptr;
-    }
     try {
         auto link = std::make_shared<Link>();
         link->connection = sdbus::createSessionBusConnectionWithAddress(address);
@@ -149,6 +155,11 @@ std::shared_ptr<BusConnection::Link> BusConnection::open(
 }
 
 void BusConnection::connect() {
+    // Asked here, where it is only a glance: an absent bus is to cost no thread again and again.
+    if (address_.empty() || !mayBeListening(address_)) {
+        unavailable();
+        return;
+    }
     std::vector<std::string> rules;
     std::erase_if(matches_, [](const auto& match) { return match.expired(); });
     std::ranges::transform(
@@ -159,9 +170,8 @@ void BusConnection::connect() {
                  adoptLink = std::move(adoptLink)]() -> RunLoop::Task {
         return [link = open(address, matches, rules), adoptLink] { adoptLink(link); };
     };
-    if (address_.empty() || !loop_.detach(std::move(work))) {
-        retryLater();
-        setState(State::unavailable);
+    if (!loop_.detach(std::move(work))) {
+        unavailable();
     }
 }
 
@@ -181,20 +191,20 @@ void BusConnection::adopt(std::shared_ptr<Link> link) {
     link_ = std::move(link);
     if (!link_ || !arm()) {
         link_.reset();
-        retryLater();
-        setState(State::unavailable);
+        unavailable();
         return;
     }
     retryDelay_ = firstRetry;
     setState(State::connected);
 }
 
-void BusConnection::retryLater() {
-    if (address_.empty()) {
-        return;
+/// At present; it is tried again.
+void BusConnection::unavailable() {
+    if (!address_.empty()) {
+        retry_ = loop_.after(retryDelay_, [this] { connect(); });
+        retryDelay_ = std::min(retryDelay_ * 2, longestRetry);
     }
-    retry_ = loop_.after(retryDelay_, [this] { connect(); });
-    retryDelay_ = std::min(retryDelay_ * 2, longestRetry);
+    setState(State::unavailable);
 }
 
 void BusConnection::setState(State state) {
@@ -275,8 +285,7 @@ void BusConnection::lose() {
     const std::shared_ptr<Link> lost = std::exchange(link_, nullptr);
     lost->watch.reset();
     lost->timer.reset();
-    retryLater();
-    setState(State::unavailable);
+    unavailable();
 }
 
 Subscription BusConnection::addMatch(std::string rule, std::function<void(sdbus::Message&)> handler) {

@@ -18,17 +18,22 @@ class MethodReply;
 
 namespace tarnwick {
 
-/// Connects by itself, soon after its making, and again whenever the connection is lost: after a second at
-/// first, after half a minute at last. Main thread; outlives its users.
+/// Connects by itself, and again whenever the connection is lost: after a second at first, after half a
+/// minute at last. Main thread; outlives its users.
 ///
 /// It never blocks: a connection is opened, and its matches are added, on a detached thread. There is one
 /// exception: a match that is added while connected waits for the bus daemon, at most `matchTimeout` seconds.
 class BusConnection {
 public:
     enum class State {
-        connecting, ///< for the first time; nobody knows yet whether there is a bus
+        connecting, ///< for the first time, or not even that; nobody knows yet whether there is a bus
         connected,
         unavailable, ///< not at present
+    };
+
+    enum class Opening {
+        soon,
+        whenNeeded, ///< by somebody who calls `need`: costs nothing until then
     };
 
     static constexpr double firstRetry = 1;
@@ -37,7 +42,7 @@ public:
     static constexpr double callTimeout = 25;
 
     /// An empty address stands for a bus that will never be there.
-    BusConnection(RunLoop& loop, std::string address);
+    BusConnection(RunLoop& loop, std::string address, Opening opening = Opening::soon);
     BusConnection(const BusConnection&) = delete;
     BusConnection& operator=(const BusConnection&) = delete;
     ~BusConnection();
@@ -47,6 +52,9 @@ public:
     [[nodiscard]] static std::string systemAddress();
 
     [[nodiscard]] State state() const { return state_; }
+
+    /// From now on there is to be a connection, whatever was said at the making.
+    void need();
 
     /// Told of each change. When the connection has gone, listeners must let go of all that they made with
     /// it.
@@ -88,7 +96,7 @@ private:
 
     void connect();
     void adopt(std::shared_ptr<Link> link);
-    void retryLater();
+    void unavailable();
     void process();
     void processSoon();
     [[nodiscard]] bool arm();
@@ -102,6 +110,7 @@ private:
     Subscribers<State> stateListeners_;
     std::vector<std::weak_ptr<Match>> matches_;
     std::shared_ptr<Link> link_; ///< only while connected
+    bool isNeeded_ = false;
     bool isProcessing_ = false;
     bool willProcess_ = false;
     RunLoop::Handle retry_;

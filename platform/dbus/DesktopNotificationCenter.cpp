@@ -63,6 +63,7 @@ void DesktopNotificationCenter::requestAuthorization() {
 
 void DesktopNotificationCenter::findService() {
     isWanted_ = true;
+    bus_.need();
     if (bus_.state() == BusConnection::State::unavailable) {
         probed(false);
     } else if (bus_.state() == BusConnection::State::connected && !isProbing_) {

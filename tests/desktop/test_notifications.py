@@ -1,4 +1,4 @@
-"""What real notification daemons show of an outage and its end."""
+"""What real notification daemons show of an outage and its end, and the programs where there is none."""
 
 from __future__ import annotations
 
@@ -6,15 +6,18 @@ import abc
 import json
 import pathlib
 import shutil
+import signal
 import subprocess
 import unittest
 
+from endtoend import watch
 from endtoend.waiting import eventually
 from lab import Behavior, Lab
 
 from .panels import X11Desktop
 from .pictures import Rectangle, changed
 from .program import PATIENCE, PROGRAM
+from .session import Session
 
 ADDRESS = "10.77.0.35"
 NOTIFICATIONS = "org.freedesktop.Notifications"
@@ -24,6 +27,15 @@ RESTORED = ("Tarnwick — Connection restored", "Your internet connection has be
 OUTAGE_SECONDS = 10
 ICONS = pathlib.Path(__file__).resolve().parents[2] / "packaging/icons"
 SETTINGS = (f"Hostname={ADDRESS}", "PingInterval=1", "PingTimeout=1", "ShowNotifications=true")
+# On which nobody is started who is asked for.
+BARE_BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:tmpdir=/tmp</listen>
+  <policy context="default"><allow send_destination="*"/><allow own="*"/></policy>
+</busconfig>
+"""
 # Notifications stay for so many seconds: reading them off the screen may take long on a busy machine.
 XFCE_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfce4-notifyd" version="1.0"><property name="expire-timeout" type="int" value="120"/></channel>
@@ -88,6 +100,7 @@ def start(desktop: X11Desktop, program: str) -> subprocess.Popen[bytes]:
 
 class NotificationChecks:
     desktop_type: type[NotificationDesktop]
+    program = PROGRAM
 
     @classmethod
     def setUpClass(cls) -> None:
@@ -102,7 +115,7 @@ class NotificationChecks:
 
     def test_an_outage_and_its_end_are_shown(self) -> None:
         empty = self.desktop.picture()
-        process = start(self.desktop, PROGRAM)
+        process = start(self.desktop, self.program)
         self.addCleanup(self.desktop.session.kill, process)
         eventually(lambda: len(self.lab.requests(ADDRESS)) >= 3, PATIENCE, "answers")
 
@@ -113,7 +126,7 @@ class NotificationChecks:
             OUTAGE_SECONDS + PATIENCE,
             "something is drawn",
         )
-        self.desktop.screenshot(f"notification-{self.desktop.name}.png")
+        self.desktop.screenshot(f"notification-{self.desktop.session.logs.name}-{pathlib.Path(self.program).name}.png")
         eventually(lambda: DOWN in self.desktop.shown(), PATIENCE, "the outage is shown")
 
         self.lab.change(ADDRESS, silent=False)
@@ -130,3 +143,51 @@ class InDunst(NotificationChecks, unittest.TestCase):
 
 class InXfce(NotificationChecks, unittest.TestCase):
     desktop_type = Xfce4Notifyd
+
+
+class OfTheTerminalProgram(NotificationChecks, unittest.TestCase):
+    desktop_type = Dunst
+    program = watch.PROGRAM
+
+
+class WithoutDaemon(unittest.TestCase):
+    """And with one that hangs."""
+
+    def setUp(self) -> None:
+        self.lab = Lab()
+        self.addCleanup(self.lab.close)
+        self.lab.behave(ADDRESS, Behavior())
+
+    def check_outage(self, environment: dict[str, str]) -> None:
+        """It is noticed, and so is its end."""
+        settings = [argument for setting in SETTINGS for argument in ("--set", setting)]
+        with watch.new_home() as home, watch.Watch(home, *settings, environment=environment) as program:
+            program.wait_for(lambda values: values["status"] == "up", PATIENCE, "a reply")
+            self.lab.change(ADDRESS, silent=True)
+            program.wait_for(lambda values: values["status"] == "down", OUTAGE_SECONDS, "the outage")
+            self.lab.change(ADDRESS, silent=False)
+            program.wait_for(lambda values: values["status"] == "up", OUTAGE_SECONDS, "the end of the outage")
+            self.assertEqual(program.errors(), "")
+            self.assertEqual(program.finish(), 0)
+
+    def test_without_a_bus_an_outage_is_noticed_all_the_same(self) -> None:
+        self.check_outage({})
+
+    def test_without_a_daemon_an_outage_is_noticed_all_the_same(self) -> None:
+        session = Session("no-notifications")
+        self.addCleanup(session.close)
+        session.write(session.folder / "bare.conf", BARE_BUS)
+        address = session.environment["DBUS_SESSION_BUS_ADDRESS"]
+        session.spawn(
+            "bus", ["dbus-daemon", f"--config-file={session.folder}/bare.conf", "--nofork", f"--address={address}"]
+        )
+        eventually((session.runtime / "bus").exists, PATIENCE, "the bus")
+        self.check_outage({"DBUS_SESSION_BUS_ADDRESS": address})
+
+    def test_with_a_daemon_that_hangs_an_outage_is_noticed_all_the_same(self) -> None:
+        Dunst.require()
+        desktop = Dunst()
+        desktop.start()
+        self.addCleanup(desktop.stop)
+        desktop.panel.send_signal(signal.SIGSTOP)
+        self.check_outage({"DBUS_SESSION_BUS_ADDRESS": desktop.session.environment["DBUS_SESSION_BUS_ADDRESS"]})

@@ -196,6 +196,19 @@ TEST_F(DesktopNotificationCenterTest, WhatIsPostedWhileTheBusIsStillConnectingIs
     EXPECT_THAT(summaries(), ElementsAre("early"));
 }
 
+TEST_F(DesktopNotificationCenterTest, ABusThatNobodyElseNeedsIsOpenedByTheFirstNotification) {
+    addDaemon();
+    BusConnection unopened(loop_, daemon_.address(), BusConnection::Opening::whenNeeded);
+    DesktopNotificationCenter center(loop_, unopened, Surroundings::desktop, longPatience);
+    ASSERT_TRUE(runUntilConnected());
+    runFor(0.1);
+    ASSERT_EQ(unopened.state(), BusConnection::State::connecting);
+
+    center.post("Title", "Body");
+
+    EXPECT_TRUE(runUntilShown(1));
+}
+
 TEST_F(DesktopNotificationCenterTest, WithoutABusWhatIsPostedIsDropped) {
     stopBus();
     ASSERT_TRUE(runUntilUnavailable());

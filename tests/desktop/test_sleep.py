@@ -1,0 +1,126 @@
+"""A night's sleep: what both programs do when the login manager announces it.
+
+systemd-logind cannot run here: python-dbusmock's template stands in for it, with its methods and its signal.
+"""
+
+from __future__ import annotations
+
+import json
+import os
+import sys
+import time
+from collections.abc import Callable
+from importlib.util import find_spec
+
+from gi.repository import GLib
+
+from endtoend.waiting import eventually
+
+from .headless import Headless, OfTheDesktop, OfTheTerminal
+from .panels import SKIPPED
+from .program import PATIENCE
+
+ADDRESS = "10.77.0.36"
+LOGIND, LOGIND_PATH, MANAGER = "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager"
+# The network gets so long to come back after a sleep.
+RESTART_SECONDS = 2
+# So long pings are watched to stay away.
+ASLEEP_SECONDS = 3
+
+
+def never(condition: Callable[[], object], seconds: float) -> bool:
+    """Whether a condition stays false for so long."""
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        if condition():
+            return False
+    return True
+
+
+class Night(Headless):
+    address = ADDRESS
+
+    @classmethod
+    def setUpClass(cls) -> None:
+        if find_spec("dbusmock") is None:
+            required = os.environ.get("TARNWICK_DESKTOPS") == "require"
+            print(f"{'FAILED' if required else 'SKIPPED'}: not installed: python3-dbusmock", file=sys.stderr)
+            sys.exit(1 if required else SKIPPED)
+
+    def setUp(self) -> None:
+        super().setUp()
+        self.session.start_bus()
+        self.system = self.session.start_system_bus()
+        self.addCleanup(self.system.close)
+
+    def start_logind(self) -> None:
+        command = ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"]
+        self.session.spawn("logind", command)
+        eventually(lambda: self.system.owner(LOGIND), PATIENCE, "the login manager answers")
+
+    def inhibitors(self) -> list[tuple[object, ...]]:
+        return self.system.call(LOGIND, LOGIND_PATH, MANAGER, "ListInhibitors")[0]
+
+    def announce(self, start: bool) -> None:
+        self.system.call(
+            LOGIND,
+            LOGIND_PATH,
+            "org.freedesktop.DBus.Mock",
+            "EmitSignal",
+            "(sssav)",
+            (MANAGER, "PrepareForSleep", "b", [GLib.Variant("b", start)]),
+        )
+
+    def saved_pings(self) -> int:
+        return json.loads(self.stats_file.read_text(encoding="utf-8"))[ADDRESS]["sent"]
+
+    def test_the_sleep_waits_until_the_statistics_are_saved_and_pings_come_back_after_it(self) -> None:
+        self.start_logind()
+        self.start()
+        eventually(lambda: len(self.inhibitors()) == 1, PATIENCE, "sleeps are asked to wait")
+        eventually(lambda: self.requests() >= 3, PATIENCE, "pings")
+        self.assertFalse(self.stats_file.exists(), "nothing is due to be saved yet")
+
+        self.announce(True)
+
+        eventually(lambda: not self.inhibitors(), PATIENCE, "the sleep may begin")
+        saved = self.saved_pings()
+        asleep = self.requests()
+        self.assertGreaterEqual(saved, 3)
+        self.assertLessEqual(asleep - saved, 1, "one may have been on its way")
+        self.assertTrue(never(lambda: self.requests() > asleep, ASLEEP_SECONDS), "no pings while asleep")
+
+        self.announce(False)
+        woken = time.monotonic()
+
+        eventually(lambda: self.requests() > asleep, RESTART_SECONDS + PATIENCE, "pings after the sleep")
+        self.assertGreaterEqual(time.monotonic() - woken, RESTART_SECONDS - 0.1)
+        eventually(lambda: len(self.inhibitors()) == 1, PATIENCE, "the next sleep is asked to wait")
+
+    def test_a_login_manager_that_comes_late_is_heard(self) -> None:
+        self.start()
+        eventually(lambda: self.requests() >= 1, PATIENCE, "pings")
+
+        self.start_logind()
+
+        eventually(lambda: len(self.inhibitors()) == 1, PATIENCE, "sleeps are asked to wait")
+
+    def test_the_end_of_the_program_lets_a_sleep_begin(self) -> None:
+        self.start_logind()
+        self.start()
+        eventually(lambda: len(self.inhibitors()) == 1, PATIENCE, "sleeps are asked to wait")
+
+        self.assertEqual(self.finish(), 0)
+
+        eventually(lambda: not self.inhibitors(), PATIENCE, "nobody holds a sleep up")
+
+
+class NightOfTheDesktop(OfTheDesktop, Night):
+    pass
+
+
+class NightOfTheTerminal(OfTheTerminal, Night):
+    pass
+
+
+del Night  # not to be run by itself
