@@ -4,35 +4,11 @@
 #include "app/StatusItemController/StatusItemController.h"
 #include "tests/app/WatchedMonitor.h"
 #include "tests/simulation/RecordingStatusItem.h"
+#include "tests/simulation/RecordingWindows.h"
 
 #include <memory>
-#include <utility>
-#include <vector>
 
 namespace tarnwick {
-
-class RecordingWindows final : public StatusItemWindows {
-public:
-    void toggleDropDown(std::optional<ScreenPoint> at) override { dropDowns.push_back(at); }
-
-    void showSettings() override { ++settingsShown; }
-
-    void showAbout() override { ++aboutShown; }
-
-    void ask(const Question& question, std::function<void(bool)> answered) override {
-        questions.push_back(question);
-        answer = std::move(answered);
-    }
-
-    void quit() override { ++quits; }
-
-    std::vector<std::optional<ScreenPoint>> dropDowns;
-    int settingsShown = 0;
-    int aboutShown = 0;
-    int quits = 0;
-    std::vector<Question> questions;
-    std::function<void(bool)> answer; ///< to the latest question
-};
 
 class FakeUpdateCheck final : public UpdateCheck {
 public:
@@ -46,7 +22,7 @@ public:
 
 struct WatchedStatusItem : WatchedMonitor {
     simulation::RecordingStatusItem item;
-    RecordingWindows windows;
+    simulation::RecordingWindows windows;
     FakeUpdateCheck updates;
     std::unique_ptr<Menu> menu;
     std::unique_ptr<StatusItemController> controller;
