@@ -7,6 +7,7 @@ Prints one table: processor time, voluntary context switches (wake-ups), memory,
 from __future__ import annotations
 
 import argparse
+import contextlib
 import dataclasses
 import os
 import pathlib
@@ -18,12 +19,14 @@ import subprocess
 import sys
 import tempfile
 import time
+from collections.abc import Iterator
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 LABORATORY = ROOT / "tests" / "lab" / "run"
 TARGET = "127.0.0.1"
 ETHERNET_IPV4 = 0x0800
 ECHO_REQUEST = 8
+NO_BUS = "unix:path=/nonexistent"
 # Left out at both ends of a run, so that starting and ending do not count as steady work.
 SETTLING_SECONDS = 3
 
@@ -35,6 +38,7 @@ class Program:
     name: str
     count: list[str]
     endless: list[str]
+    system_bus: str = NO_BUS
 
 
 @dataclasses.dataclass
@@ -53,6 +57,7 @@ def parse_arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--seconds", type=int, default=60, help="length of a run (60)")
     parser.add_argument("--rounds", type=int, default=3, help="how often all three run, side by side (3)")
+    parser.add_argument("--bus", action="store_true", help="with a bus and a mock of the login manager on it")
     parser.add_argument("--starts", type=int, default=20, help="how often the first ping is timed (20)")
     parser.add_argument("--program", default=str(ROOT / "build/release/app/tarnwick-watch"), metavar="PATH")
     options = parser.parse_args()
@@ -61,18 +66,19 @@ def parse_arguments() -> argparse.Namespace:
     return options
 
 
-def programs(options: argparse.Namespace) -> list[Program]:
+def programs(options: argparse.Namespace, bus: str) -> list[Program]:
     seconds = str(options.seconds)
     watch = [options.program, "--json", "--set", "PingInterval=1"]
     return [
-        Program("tarnwick-watch", [*watch, "--for", seconds, TARGET], [*watch, TARGET]),
+        Program("tarnwick-watch", [*watch, "--for", seconds, TARGET], [*watch, TARGET], bus),
         Program("ping", ["ping", "-i", "1", "-c", seconds, TARGET], ["ping", "-i", "1", TARGET]),
         Program("fping", ["fping", "-p", "1000", "-c", seconds, TARGET], ["fping", "-l", "-p", "1000", TARGET]),
     ]
 
 
-def start(command: list[str], home: str) -> subprocess.Popen[bytes]:
+def start(program: Program, command: list[str], home: str) -> subprocess.Popen[bytes]:
     places = {"HOME": home, "XDG_CONFIG_HOME": f"{home}/config", "XDG_DATA_HOME": f"{home}/data"}
+    places["DBUS_SYSTEM_BUS_ADDRESS"] = program.system_bus
     return subprocess.Popen(
         command,
         env={"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8"} | places,
@@ -99,7 +105,7 @@ def measure(compared: list[Program], seconds: int) -> dict[str, Run]:
     """All of them at once, so that they meet the same machine."""
     with tempfile.TemporaryDirectory() as home:
         begun = time.monotonic()
-        running = {program.name: start(program.count, home) for program in compared}
+        running = {program.name: start(program, program.count, home) for program in compared}
         runs = {name: Run() for name in running}
         time.sleep(SETTLING_SECONDS)
         first_at = time.monotonic()
@@ -136,7 +142,7 @@ def first_ping_ms(program: Program) -> float:
         wire.bind(("lo", ETHERNET_IPV4))
         wire.settimeout(5)
         begun = time.monotonic()
-        process = start(program.endless, home)
+        process = start(program, program.endless, home)
         try:
             while not is_echo_request(wire.recv(256)):
                 pass
@@ -168,11 +174,37 @@ def report(compared: list[Program], runs: dict[str, list[Run]], starts: dict[str
         print(f"| start to first ping, {title}, ms | " + " | ".join(cells) + " |")
 
 
+@contextlib.contextmanager
+def login_manager() -> Iterator[str]:
+    """The address of a bus on which a mock of it stands."""
+    with tempfile.TemporaryDirectory() as folder, contextlib.ExitStack() as running:
+        address = f"unix:path={folder}/bus"
+
+        def spawn(*command: str) -> subprocess.Popen[str]:
+            environment = os.environ | {"DBUS_SYSTEM_BUS_ADDRESS": address}
+            process = subprocess.Popen(
+                command, env=environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, encoding="utf-8"
+            )
+            running.callback(process.wait)
+            running.callback(process.kill)
+            return process
+
+        spawn("dbus-daemon", "--session", "--nofork", "--print-address", f"--address={address}").stdout.readline()
+        spawn("/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind")
+        wait = ["gdbus", "wait", f"--address={address}", "--timeout=20", "org.freedesktop.login1"]
+        subprocess.run(wait, check=True)  # for the manager
+        yield address
+
+
 def main() -> int:
     options = parse_arguments()
     if "TARNWICK_LAB_NAMESPACE" not in os.environ:
         os.execv(LABORATORY, [str(LABORATORY), sys.executable, *sys.argv])
-    compared = programs(options)
+    with login_manager() if options.bus else contextlib.nullcontext(NO_BUS) as bus:
+        return compare(options, programs(options, bus))
+
+
+def compare(options: argparse.Namespace, compared: list[Program]) -> int:
     missing = [program.count[0] for program in compared if shutil.which(program.count[0]) is None]
     if missing:
         print(f"Not found: {', '.join(missing)}", file=sys.stderr)
