@@ -2,6 +2,7 @@
 
 #include "app/App/StartupSettings.h"
 #include "platform/linux/RunningProgram.h"
+#include "platform/linux/Sandbox.h"
 #include "platform/qt/Appearance.h"
 #include "platform/qt/TrayStatusItem.h"
 
@@ -65,7 +66,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       systemBus_(loop, BusConnection::systemAddress()),
       sleep_(loop, systemBus_),
       notifications_(loop, bus, DesktopNotificationCenter::surroundings()),
-      loginItem_(runningProgram(), AutostartEntry::presentSession()),
+      loginItem_(runningProgram(), AutostartEntry::presentSession(isSandboxed())),
       monitor_(
           prefs_,
           {

@@ -40,8 +40,15 @@ std::string failure(const fs::path& file, const std::error_code& error) {
     return "Can’t change " + file.string() + ": " + error.message();
 }
 
+bool isWithdrawn(const DesktopEntry& entry) {
+    return entry.boolean(Key::withdrawn).value_or(false);
+}
+
+/// A hidden entry starts nowhere. Where a desktop has shown a withdrawn one again, the other switch is only
+/// what the withdrawal has left.
 bool isSwitchedOff(const DesktopEntry& entry) {
-    return entry.boolean(Key::hidden).value_or(false) || !entry.boolean(Key::gnomeEnabled).value_or(true);
+    const bool isDisabledInGnome = !entry.boolean(Key::gnomeEnabled).value_or(true);
+    return entry.boolean(Key::hidden).value_or(false) || (isDisabledInGnome && !isWithdrawn(entry));
 }
 
 /// Not every desktop knows every switch.
@@ -99,9 +106,12 @@ AutostartEntry::AutostartEntry(std::optional<fs::path> program, Session session)
     : program_(std::move(program)), session_(std::move(session)) {
 }
 
-AutostartEntry::Session AutostartEntry::presentSession() {
+AutostartEntry::Session AutostartEntry::presentSession(bool isSandboxed) {
     Session session{
-        .userFolder = UserFolders::config(), .systemFolders = UserFolders::systemConfig(), .desktops = {}};
+        .userFolder = UserFolders::config(),
+        .systemFolders = UserFolders::systemConfig(),
+        .desktops = {},
+        .isSandboxed = isSandboxed};
     const char* desktops = std::getenv("XDG_CURRENT_DESKTOP");
     std::istringstream names(desktops != nullptr ? desktops : "");
     for (std::string name; std::getline(names, name, ':');) {
@@ -128,28 +138,40 @@ std::optional<DesktopEntry> AutostartEntry::systemEntry() const {
 }
 
 LoginItem::Status AutostartEntry::status() const {
-    std::error_code error;
-    auto entry = read(userFile(), error);
-    if (isAbsent(error)) {
-        entry = systemEntry();
-    }
-    if (!entry) {
+    if (session_.isSandboxed) {
         return Status::notRegistered;
     }
-    if (isSwitchedOff(*entry)) {
-        const bool isOwnDoing = entry->boolean(Key::withdrawn).value_or(false);
-        return isOwnDoing ? Status::notRegistered : Status::requiresApproval;
+    std::error_code error;
+    const auto own = read(userFile(), error);
+    if (isAbsent(error)) {
+        const auto ofSystem = systemEntry();
+        return ofSystem ? statusOf(*ofSystem) : Status::notRegistered;
     }
-    return startsHere(*entry) ? Status::enabled : Status::notRegistered;
+    if (!own) {
+        return Status::notRegistered;
+    }
+    const Status found = statusOf(*own);
+    return found == Status::enabled && !startsThisProgram(*own) ? Status::notRegistered : found;
+}
+
+LoginItem::Status AutostartEntry::statusOf(const DesktopEntry& entry) const {
+    if (isSwitchedOff(entry)) {
+        return isWithdrawn(entry) ? Status::notRegistered : Status::requiresApproval;
+    }
+    return startsHere(entry) ? Status::enabled : Status::notRegistered;
 }
 
 bool AutostartEntry::startsHere(const DesktopEntry& entry) const {
     const auto tryExec = entry.value(Key::tryExec);
-    const bool mayTry = !tryExec || tryExec->empty() || DesktopCommand::isFound(*tryExec);
+    const bool mayTry = !tryExec || tryExec->empty() || DesktopCommand::find(*tryExec);
     const auto command = entry.value(Key::exec);
     const auto program = command ? DesktopCommand::program(*command) : std::nullopt;
-    return entry.value(Key::type) == application && mayTry && program && DesktopCommand::isFound(*program)
+    return entry.value(Key::type) == application && mayTry && program && DesktopCommand::find(*program)
            && isForThisDesktop(entry);
+}
+
+bool AutostartEntry::startsThisProgram(const DesktopEntry& entry) const {
+    return !program_ || DesktopCommand::names(entry.value(Key::exec).value_or(""), *program_);
 }
 
 bool AutostartEntry::isForThisDesktop(const DesktopEntry& entry) const {
@@ -189,6 +211,9 @@ void AutostartEntry::admitThisDesktop(DesktopEntry& entry) const {
 }
 
 std::optional<std::string> AutostartEntry::enroll() {
+    if (session_.isSandboxed) {
+        return "Can’t be set from inside a sandbox. Add Tarnwick in your desktop's startup settings.";
+    }
     if (!program_) {
         return "Can’t tell where this program is";
     }

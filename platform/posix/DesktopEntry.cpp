@@ -25,9 +25,13 @@ std::string_view keyOf(std::string_view line) {
     return isSetting ? Text::trimmed(line.substr(0, equals)) : std::string_view();
 }
 
-std::string escaped(std::string_view value) {
+/// The signs of `separators` too.
+std::string escaped(std::string_view value, std::string_view separators = "") {
     std::string raw;
     for (const char letter : value) {
+        if (separators.find(letter) != std::string_view::npos) {
+            raw += '\\';
+        }
         switch (letter) {
         case '\\':
             raw += "\\\\";
@@ -80,6 +84,15 @@ std::optional<std::string> unescaped(std::string_view raw) {
         value += *letter;
     }
     return value;
+}
+
+/// Up to the first semicolon that is not escaped.
+std::string_view firstPart(std::string_view rawList) {
+    std::size_t at = 0;
+    while (at < rawList.size() && rawList[at] != ';') {
+        at += rawList[at] == '\\' ? 2 : 1;
+    }
+    return rawList.substr(0, at);
 }
 
 } // namespace
@@ -147,19 +160,23 @@ std::optional<bool> DesktopEntry::boolean(std::string_view key) const {
 }
 
 std::optional<std::vector<std::string>> DesktopEntry::list(std::string_view key) const {
-    const auto all = value(key);
-    if (!all) {
+    const auto raw = rawValue(key);
+    if (!raw) {
         return std::nullopt;
     }
-    std::vector<std::string> parts(1);
-    for (const char letter : *all) {
-        if (letter == ';') {
-            parts.emplace_back();
-        } else {
-            parts.back() += letter;
+    std::vector<std::string> parts;
+    std::string_view rest = *raw;
+    while (!rest.empty()) {
+        const std::string_view rawPart = firstPart(rest);
+        rest.remove_prefix(std::min(rawPart.size() + 1, rest.size()));
+        auto part = unescaped(rawPart);
+        if (!part) {
+            return std::nullopt;
+        }
+        if (!part->empty()) {
+            parts.push_back(std::move(*part));
         }
     }
-    std::erase(parts, "");
     return parts;
 }
 
@@ -190,7 +207,7 @@ void DesktopEntry::setBoolean(std::string_view key, bool value) {
 void DesktopEntry::setList(std::string_view key, const std::vector<std::string>& parts) {
     std::string raw;
     for (const std::string& part : parts) {
-        raw += escaped(part) + ";";
+        raw += escaped(part, ";") + ";";
     }
     setRaw(key, raw);
 }

@@ -24,7 +24,7 @@ public:
     /// holds.
     [[nodiscard]] std::optional<std::string> value(std::string_view key) const;
     [[nodiscard]] std::optional<bool> boolean(std::string_view key) const;
-    /// The parts between semicolons; empty ones are left out.
+    /// The parts between semicolons that are not escaped; empty ones are left out.
     [[nodiscard]] std::optional<std::vector<std::string>> list(std::string_view key) const;
 
     void set(std::string_view key, std::string_view value);

@@ -81,12 +81,15 @@ public:
         ASSERT_TRUE(ordinary_->isOrdinary());
     }
 
+    [[nodiscard]] AutostartEntry::Session session(std::vector<std::string> desktops = {}) const {
+        return {
+            .userFolder = userFolder(),
+            .systemFolders = {systemFolder("xdg"), systemFolder("later")},
+            .desktops = std::move(desktops)};
+    }
+
     [[nodiscard]] std::unique_ptr<AutostartEntry> entry(std::vector<std::string> desktops = {}) const {
-        return std::make_unique<AutostartEntry>(
-            program_, AutostartEntry::Session{
-                          .userFolder = userFolder(),
-                          .systemFolders = {systemFolder("xdg"), systemFolder("later")},
-                          .desktops = std::move(desktops)});
+        return std::make_unique<AutostartEntry>(program_, session(std::move(desktops)));
     }
 
 private:
@@ -102,14 +105,18 @@ public:
     LoginItem& item() { return *item_; }
 
     void switchOff() {
-        test::writeFile(files_.userFile(), files_.text() + "X-GNOME-Autostart-enabled=false\n");
+        before_ = files_.text();
+        test::writeFile(files_.userFile(), before_ + "X-GNOME-Autostart-enabled=false\n");
     }
+
+    void switchOn() { test::writeFile(files_.userFile(), before_ + "X-GNOME-Autostart-enabled=true\n"); }
 
     void refuse() { files_.protect(); }
 
 private:
     SessionFiles files_;
     std::unique_ptr<AutostartEntry> item_ = files_.entry();
+    std::string before_;
 };
 
 class FakeDriver {
@@ -117,6 +124,8 @@ public:
     LoginItem& item() { return item_; }
 
     void switchOff() { item_.now = Status::requiresApproval; }
+
+    void switchOn() { item_.now = Status::enabled; }
 
     void refuse() { item_.failure = "No."; }
 
@@ -141,9 +150,39 @@ protected:
         test::writeFile(files_.systemFile(folder), text);
     }
 
-    /// An entry that starts, and these lines.
-    [[nodiscard]] static std::string starting(const std::string& lines = "") {
-        return "[Desktop Entry]\nType=Application\nName=Tarnwick\nExec=sh\n" + lines;
+    /// An entry that starts the program, and these lines.
+    [[nodiscard]] std::string starting(const std::string& lines = "") const {
+        return startingWith("\"" + files_.program().string() + "\"", lines);
+    }
+
+    [[nodiscard]] static std::string startingWith(const std::string& command, const std::string& lines = "") {
+        return "[Desktop Entry]\nType=Application\nName=Tarnwick\nExec=" + command + "\n" + lines;
+    }
+
+    /// An entry with something of others, withdrawn.
+    void withdrawOwn() {
+        ASSERT_EQ(enroll(), std::nullopt);
+        storeUser(files_.text() + "# by hand\n");
+        ASSERT_EQ(withdraw(), std::nullopt);
+        ASSERT_EQ(files_.entry()->status(), Status::notRegistered);
+    }
+
+    /// As a desktop does: it reads the entry, changes what it must, and writes all of it anew.
+    void desktopSets(const std::string& key, bool value) {
+        auto entry = DesktopEntry::parse(files_.text());
+        ASSERT_TRUE(entry);
+        ASSERT_TRUE(entry->boolean(key));
+        for (const char* name : {"Hidden", "X-GNOME-Autostart-enabled"}) {
+            entry->setBoolean(name, name == key ? value : entry->boolean(name).value_or(false));
+        }
+        storeUser(entry->text());
+    }
+
+    /// As people do, and desktops that leave other lines alone.
+    void lineBecomes(const std::string& before, const std::string& after) {
+        std::string text = files_.text();
+        ASSERT_NE(text.find(before), std::string::npos) << text;
+        storeUser(text.replace(text.find(before), before.size(), after));
     }
 
     [[nodiscard]] Status statusOf(const std::string& text, std::vector<std::string> desktops = {}) {
@@ -205,6 +244,61 @@ TEST_F(AutostartEntryTest, IsNotRegisteredByAFolderInItsPlace) {
     EXPECT_THAT(enroll(), Optional(HasSubstr(files_.userFile().string())));
 }
 
+TEST_F(AutostartEntryTest, AUsersEntryThatStartsAnotherCopyIsNotRegistered) {
+    const fs::path running = files_.program();
+    files_.install("other/tarnwick");
+    const fs::path other = files_.program();
+    files_.install("tarnwick");
+    ASSERT_EQ(files_.program(), running);
+
+    EXPECT_EQ(statusOf(startingWith("\"" + other.string() + "\"")), Status::notRegistered);
+    EXPECT_EQ(statusOf(startingWith("sh")), Status::notRegistered);
+}
+
+TEST_F(AutostartEntryTest, EnrolledOverAnotherCopyItStartsThisOne) {
+    storeUser(startingWith("sh", "TryExec=sh\n"));
+
+    EXPECT_EQ(enroll(), std::nullopt);
+
+    EXPECT_EQ(files_.entry()->status(), Status::enabled);
+    EXPECT_EQ(files_.text(), starting("TryExec=" + files_.program().string() + "\n"));
+}
+
+TEST_F(AutostartEntryTest, ALinkToTheProgramStartsIt) {
+    const fs::path link = files_.systemFolder("bin") / "tarnwick";
+    fs::create_directories(link.parent_path());
+    fs::create_symlink(files_.program(), link);
+
+    EXPECT_EQ(statusOf(startingWith(link)), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, ANameAloneStartsTheFirstProgramOfThatName) {
+    const fs::path first = files_.systemFolder("first");
+    const std::string folders = first.string() + ":" + files_.program().parent_path().string();
+    const test::Variable path("PATH", folders.c_str());
+    EXPECT_EQ(statusOf(startingWith("tarnwick")), Status::enabled);
+
+    test::writeFile(first / "tarnwick", "#!/bin/sh\n");
+    fs::permissions(first / "tarnwick", fs::perms::owner_all);
+
+    EXPECT_EQ(statusOf(startingWith("tarnwick")), Status::notRegistered);
+}
+
+TEST_F(AutostartEntryTest, AnotherProgramMayStartItWhenItIsNamed) {
+    EXPECT_EQ(
+        statusOf(startingWith("env LANG=C \"" + files_.program().string() + "\" --set Host=example.org")),
+        Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, AnotherCopyThatTheDesktopHasSwitchedOffRequiresApproval) {
+    EXPECT_EQ(statusOf(startingWith("sh", "Hidden=true\n")), Status::requiresApproval);
+}
+
+TEST_F(AutostartEntryTest, WhereItsOwnPlaceIsUnknownAnyProgramCounts) {
+    storeUser(startingWith("sh"));
+    EXPECT_EQ(AutostartEntry(std::nullopt, files_.session()).status(), Status::enabled);
+}
+
 TEST_F(AutostartEntryTest, AnEntryForOtherDesktopsIsNotRegisteredHere) {
     EXPECT_EQ(statusOf(starting("OnlyShowIn=GNOME;\n"), {"XFCE"}), Status::notRegistered);
     EXPECT_EQ(statusOf(starting("OnlyShowIn=GNOME;\n")), Status::notRegistered);
@@ -241,6 +335,11 @@ TEST_F(AutostartEntryTest, AnEntryOfTheSystemCounts) {
     EXPECT_EQ(files_.entry()->status(), Status::enabled);
 }
 
+TEST_F(AutostartEntryTest, AnEntryOfTheSystemMayStartAnotherCopy) {
+    storeSystem(startingWith("sh"));
+    EXPECT_EQ(files_.entry()->status(), Status::enabled);
+}
+
 TEST_F(AutostartEntryTest, OfTheSystemsEntriesTheFirstCounts) {
     storeSystem(starting("Hidden=true\n"), "xdg");
     storeSystem(starting(), "later");
@@ -266,7 +365,7 @@ TEST_F(AutostartEntryTest, WithdrawnItStaysSoInSpiteOfTheSystemsEntry) {
 }
 
 TEST_F(AutostartEntryTest, EnrolledAgainItDiffersFromTheSystemsEntryByItsProgramAlone) {
-    storeSystem(starting("Name[de]=Anzeige\n"));
+    storeSystem(startingWith("sh", "Name[de]=Anzeige\n"));
     ASSERT_EQ(withdraw(), std::nullopt);
 
     EXPECT_EQ(enroll(), std::nullopt);
@@ -449,13 +548,110 @@ TEST_F(AutostartEntryTest, EnrolledAgainNothingIsLeftOfTheWithdrawal) {
     EXPECT_EQ(files_.text(), before);
 }
 
-TEST_F(AutostartEntryTest, WhatTheDesktopSwitchesOnAgainAfterAWithdrawalIsEnabled) {
-    storeUser(starting("# by hand\n"));
-    ASSERT_EQ(withdraw(), std::nullopt);
-    ASSERT_EQ(files_.entry()->status(), Status::notRegistered);
+TEST_F(AutostartEntryTest, WithdrawnTwiceItIsAsWithdrawnOnce) {
+    withdrawOwn();
+    const std::string before = files_.text();
 
-    EXPECT_EQ(
-        statusOf(starting("X-GNOME-Autostart-enabled=true\nX-Tarnwick-Withdrawn=true\n")), Status::enabled);
+    EXPECT_EQ(withdraw(), std::nullopt);
+
+    EXPECT_EQ(files_.text(), before);
+}
+
+TEST_F(AutostartEntryTest, WhatTheDesktopLetsStartAgainAfterAWithdrawalIsEnabled) {
+    withdrawOwn();
+
+    desktopSets("Hidden", false);
+
+    EXPECT_EQ(files_.entry()->status(), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, WhatALineByHandLetsStartAgainAfterAWithdrawalIsEnabled) {
+    withdrawOwn();
+
+    lineBecomes("Hidden=true\n", "");
+
+    EXPECT_EQ(files_.entry()->status(), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, WhatTheDesktopSwitchesOnWithBothSwitchesAfterAWithdrawalIsEnabled) {
+    withdrawOwn();
+
+    desktopSets("Hidden", false);
+    desktopSets("X-GNOME-Autostart-enabled", true);
+
+    EXPECT_EQ(files_.entry()->status(), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, WhatIsStillHiddenByAWithdrawalStartsNowhereAndIsNotRegistered) {
+    withdrawOwn();
+
+    desktopSets("X-GNOME-Autostart-enabled", true);
+
+    EXPECT_EQ(files_.entry()->status(), Status::notRegistered);
+    EXPECT_EQ(enroll(), std::nullopt);
+    EXPECT_EQ(files_.entry()->status(), Status::enabled);
+}
+
+TEST_F(AutostartEntryTest, WhatTheDesktopSwitchesOnAndOffAgainAfterAWithdrawalIsAsItWasWithdrawn) {
+    withdrawOwn();
+
+    desktopSets("Hidden", false);
+    desktopSets("Hidden", true);
+
+    EXPECT_EQ(files_.entry()->status(), Status::notRegistered);
+}
+
+TEST_F(AutostartEntryTest, WithdrawnAfterTheDesktopLetItStartAgainItIsNotRegistered) {
+    withdrawOwn();
+    desktopSets("Hidden", false);
+
+    EXPECT_EQ(withdraw(), std::nullopt);
+
+    EXPECT_EQ(files_.entry()->status(), Status::notRegistered);
+}
+
+// Inside a sandbox.
+
+namespace {
+
+class SandboxedEntryTest : public AutostartEntryTest {
+protected:
+    SandboxedEntryTest() { sandboxed_.isSandboxed = true; }
+
+    [[nodiscard]] AutostartEntry entry() const { return {files_.program(), sandboxed_}; }
+
+private:
+    AutostartEntry::Session sandboxed_ = files_.session();
+};
+
+} // namespace
+
+TEST_F(SandboxedEntryTest, WhatNoDesktopReadsIsNotRegistered) {
+    storeUser(starting());
+    EXPECT_EQ(entry().status(), Status::notRegistered);
+
+    storeUser(starting("Hidden=true\n"));
+    EXPECT_EQ(entry().status(), Status::notRegistered);
+}
+
+TEST_F(SandboxedEntryTest, AnEntryOfTheSystemInsideDoesNotCount) {
+    storeSystem(starting());
+    EXPECT_EQ(entry().status(), Status::notRegistered);
+}
+
+TEST_F(SandboxedEntryTest, EnrollingFailsInWordsAndWritesNothing) {
+    EXPECT_THAT(entry().enroll(), Optional(HasSubstr("sandbox")));
+
+    EXPECT_FALSE(fs::exists(files_.userFile()));
+    EXPECT_EQ(entry().status(), Status::notRegistered);
+}
+
+TEST_F(SandboxedEntryTest, WithdrawingIsNoFailureAndWritesNothing) {
+    storeUser(starting());
+
+    EXPECT_EQ(entry().withdraw(), std::nullopt);
+
+    EXPECT_EQ(files_.text(), starting());
 }
 
 // The session.
@@ -465,16 +661,18 @@ TEST_F(AutostartEntryTest, ThePresentSessionIsAsTheEnvironmentTells) {
     const test::Variable system("XDG_CONFIG_DIRS", "/srv/one:/srv/two");
     const test::Variable desktop("XDG_CURRENT_DESKTOP", "Other:GNOME");
 
-    const AutostartEntry::Session session = AutostartEntry::presentSession();
+    const AutostartEntry::Session session = AutostartEntry::presentSession(false);
 
     EXPECT_EQ(session.userFolder, "/somewhere/config");
     EXPECT_THAT(session.systemFolders, testing::ElementsAre("/srv/one", "/srv/two"));
     EXPECT_THAT(session.desktops, testing::ElementsAre("Other", "GNOME"));
+    EXPECT_FALSE(session.isSandboxed);
+    EXPECT_TRUE(AutostartEntry::presentSession(true).isSandboxed);
 }
 
 TEST_F(AutostartEntryTest, ADesktopMayHaveNoName) {
     const test::Variable desktop("XDG_CURRENT_DESKTOP", nullptr);
-    EXPECT_THAT(AutostartEntry::presentSession().desktops, IsEmpty());
+    EXPECT_THAT(AutostartEntry::presentSession(false).desktops, IsEmpty());
 }
 
 // What desktops make of it.
@@ -482,6 +680,7 @@ TEST_F(AutostartEntryTest, ADesktopMayHaveNoName) {
 namespace {
 
 constexpr auto generator = "/usr/lib/systemd/user-generators/systemd-xdg-autostart-generator";
+constexpr auto missingGenerator = "systemd's generator for autostart entries is not installed";
 
 /// Wherever the program lies.
 class WrittenEntry : public AutostartEntryTest, public testing::WithParamInterface<std::string> {
@@ -498,6 +697,24 @@ protected:
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
         return fs::exists(files_.started());
+    }
+};
+
+/// With a tool that reads and writes entries as GNOME and its relatives do.
+class EditedEntry : public AutostartEntryTest {
+protected:
+    void SetUp() override {
+        if (run("command -v desktop-file-edit").status != 0) {
+            TARNWICK_CANNOT_RUN("desktop-file-edit is not installed");
+        }
+        withdrawOwn();
+    }
+
+    void edit(const std::string& key, const std::string& value) {
+        const auto result =
+            run("desktop-file-edit --set-key=" + key + " --set-value=" + value + " "
+                + shellQuoted(files_.userFile()));
+        ASSERT_EQ(result.status, 0) << result.output;
     }
 };
 
@@ -557,6 +774,18 @@ TEST_P(WrittenEntry, IsValid) {
     EXPECT_EQ(result.output, "");
 }
 
+TEST_P(WrittenEntry, IsValidOnceWithdrawn) {
+    if (run("command -v desktop-file-validate").status != 0) {
+        TARNWICK_CANNOT_RUN("desktop-file-validate is not installed");
+    }
+    storeUser(files_.text() + "# by hand\n");
+    ASSERT_EQ(withdraw(), std::nullopt);
+    const auto result = run("desktop-file-validate --no-hints " + shellQuoted(files_.userFile()));
+
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "");
+}
+
 TEST_P(WrittenEntry, IsStartedByADesktopThatReadsItItself) {
     if (run("command -v gio").status != 0) {
         TARNWICK_CANNOT_RUN("gio is not installed");
@@ -567,9 +796,21 @@ TEST_P(WrittenEntry, IsStartedByADesktopThatReadsItItself) {
     EXPECT_TRUE(hasStarted()) << files_.text();
 }
 
+TEST_F(EditedEntry, IsEnabledOnceItMayStartAgain) {
+    edit("Hidden", "false");
+
+    EXPECT_EQ(files_.entry()->status(), Status::enabled);
+}
+
+TEST_F(EditedEntry, IsNotRegisteredWhileItIsStillHidden) {
+    edit("X-GNOME-Autostart-enabled", "true");
+
+    EXPECT_EQ(files_.entry()->status(), Status::notRegistered);
+}
+
 TEST_P(GeneratedEntry, IsStartedByTheServiceManager) {
     if (!fs::exists(generator)) {
-        GTEST_SKIP() << generator << " is not installed";
+        TARNWICK_CANNOT_RUN(missingGenerator);
     }
     const std::string quotedProgram = "\"" + files_.program().string() + "\"";
 
@@ -578,13 +819,37 @@ TEST_P(GeneratedEntry, IsStartedByTheServiceManager) {
 
 TEST_P(GeneratedEntry, IsNotStartedByTheServiceManagerOnceWithdrawn) {
     if (!fs::exists(generator)) {
-        GTEST_SKIP() << generator << " is not installed";
+        TARNWICK_CANNOT_RUN(missingGenerator);
     }
     storeUser(files_.text() + "# by hand\n");
     ASSERT_EQ(withdraw(), std::nullopt);
     ASSERT_TRUE(fs::exists(files_.userFile()));
 
     EXPECT_EQ(generatedCommand(), "");
+}
+
+TEST_P(GeneratedEntry, IsStartedByTheServiceManagerOnceItsDesktopLetsItStartAgain) {
+    if (!fs::exists(generator)) {
+        TARNWICK_CANNOT_RUN(missingGenerator);
+    }
+    withdrawOwn();
+
+    desktopSets("Hidden", false);
+
+    EXPECT_NE(generatedCommand(), "");
+    EXPECT_EQ(files_.entry()->status(), Status::enabled);
+}
+
+TEST_P(GeneratedEntry, IsNotStartedByTheServiceManagerWhileItIsStillHidden) {
+    if (!fs::exists(generator)) {
+        TARNWICK_CANNOT_RUN(missingGenerator);
+    }
+    withdrawOwn();
+
+    desktopSets("X-GNOME-Autostart-enabled", true);
+
+    EXPECT_EQ(generatedCommand(), "");
+    EXPECT_EQ(files_.entry()->status(), Status::notRegistered);
 }
 
 namespace {

@@ -125,6 +125,33 @@ TEST(DesktopEntryTest, ListsAreReadWithAndWithoutTheLastSemicolon) {
     EXPECT_EQ(withLine("").list("OnlyShowIn"), std::nullopt);
 }
 
+TEST(DesktopEntryTest, AnEscapedSemicolonIsOfItsPart) {
+    EXPECT_THAT(withLine(R"(NotShowIn=A\;B;X;)").list("NotShowIn"), Optional(ElementsAre("A;B", "X")));
+    EXPECT_THAT(
+        withLine(R"(NotShowIn=A\\;B\\\;C;)").list("NotShowIn"), Optional(ElementsAre("A\\", "B\\;C")));
+}
+
+TEST(DesktopEntryTest, AListWithAnEscapeThatNobodyKnowsReadsAsAbsent) {
+    EXPECT_EQ(withLine(R"(NotShowIn=A;\B;C;)").list("NotShowIn"), std::nullopt);
+    EXPECT_EQ(withLine(R"(NotShowIn=A;B\)").list("NotShowIn"), std::nullopt);
+}
+
+TEST(DesktopEntryTest, ASemicolonInAPartOfAListIsWrittenEscaped) {
+    DesktopEntry entry;
+
+    entry.setList("NotShowIn", std::vector<std::string>{"A;B", "X"});
+
+    EXPECT_EQ(entry.text(), "[Desktop Entry]\nNotShowIn=A\\;B;X;\n");
+}
+
+TEST(DesktopEntryTest, ASemicolonInAValueThatIsNoListIsWrittenAsItIs) {
+    DesktopEntry entry;
+
+    entry.set("Comment", "A;B");
+
+    EXPECT_EQ(entry.text(), "[Desktop Entry]\nComment=A;B\n");
+}
+
 TEST(DesktopEntryTest, AListIsWrittenWithTheLastSemicolon) {
     DesktopEntry entry;
 
@@ -144,6 +171,19 @@ TEST(DesktopEntryTest, AnyValueIsReadBackAsItWasSet) {
         const auto again = DesktopEntry::parse(entry.text());
         RC_ASSERT(again.has_value());
         RC_ASSERT(again->value("Key") == std::optional(value));
+    }));
+}
+
+TEST(DesktopEntryTest, AnyListIsReadBackAsItWasSet) {
+    EXPECT_TRUE(rc::check("a list comes back", [] {
+        const auto part = rc::gen::nonEmpty(
+            rc::gen::container<std::string>(rc::gen::elementOf(std::string("ab \\;=\"$`%#[]\n\t\rä"))));
+        const auto parts = *rc::gen::container<std::vector<std::string>>(part);
+        DesktopEntry entry;
+        entry.setList("Key", parts);
+        const auto again = DesktopEntry::parse(entry.text());
+        RC_ASSERT(again.has_value());
+        RC_ASSERT(again->list("Key") == std::optional(parts));
     }));
 }
 

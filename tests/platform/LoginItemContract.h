@@ -9,7 +9,8 @@
 namespace tarnwick {
 
 /// `Driver` offers: `LoginItem& item()`; `void switchOff()`, by which the desktop keeps an enrolled item from
-/// starting; `void refuse()`, after which nothing can be changed anymore.
+/// starting; `void switchOn()`, by which it lets it start again; `void refuse()`, after which nothing can be
+/// changed anymore.
 template<class Driver>
 class LoginItemContract : public testing::Test {
 protected:
@@ -56,6 +57,16 @@ TYPED_TEST_P(LoginItemContract, RequiresApprovalWhileTheDesktopHasSwitchedItOff)
     EXPECT_EQ(this->item().status(), LoginItem::Status::requiresApproval);
 }
 
+TYPED_TEST_P(LoginItemContract, IsEnabledOnceTheDesktopHasSwitchedItOnAgain) {
+    ASSERT_EQ(this->item().enroll(), std::nullopt);
+    this->driver_.switchOff();
+    ASSERT_EQ(this->item().status(), LoginItem::Status::requiresApproval);
+
+    this->driver_.switchOn();
+
+    EXPECT_EQ(this->item().status(), LoginItem::Status::enabled);
+}
+
 TYPED_TEST_P(LoginItemContract, WhatRequiresApprovalCanBeWithdrawnAndEnrolledAnew) {
     ASSERT_EQ(this->item().enroll(), std::nullopt);
     this->driver_.switchOff();
@@ -84,7 +95,8 @@ TYPED_TEST_P(LoginItemContract, AFailureToWithdrawIsToldAndChangesNothing) {
 REGISTER_TYPED_TEST_SUITE_P(
     LoginItemContract, IsNotRegisteredAtFirst, IsEnabledOnceEnrolled, EnrollingAgainChangesNothing,
     IsNotRegisteredOnceWithdrawn, WithdrawingWhatIsNotRegisteredIsNoFailure,
-    RequiresApprovalWhileTheDesktopHasSwitchedItOff, WhatRequiresApprovalCanBeWithdrawnAndEnrolledAnew,
-    AFailureToEnrollIsToldAndChangesNothing, AFailureToWithdrawIsToldAndChangesNothing);
+    RequiresApprovalWhileTheDesktopHasSwitchedItOff, IsEnabledOnceTheDesktopHasSwitchedItOnAgain,
+    WhatRequiresApprovalCanBeWithdrawnAndEnrolledAnew, AFailureToEnrollIsToldAndChangesNothing,
+    AFailureToWithdrawIsToldAndChangesNothing);
 
 } // namespace tarnwick
