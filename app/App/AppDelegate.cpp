@@ -65,7 +65,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       path_(loop),
       systemBus_(loop, BusConnection::systemAddress()),
       sleep_(loop, systemBus_),
-      notifications_(loop, bus, DesktopNotificationCenter::surroundings()),
+      notifications_(loop, bus, DesktopNotificationCenter::surroundings(), setup.iconFolder),
       loginItem_(runningProgram(), AutostartEntry::presentSession(isSandboxed())),
       monitor_(
           prefs_,

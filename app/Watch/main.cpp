@@ -71,7 +71,8 @@ std::string run(const WatchOptions& options) {
     // Only for notifications, and so only for those who have switched them on, with the first one.
     BusConnection sessionBus(loop, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded);
     LogindSleepMonitor sleep(loop, systemBus);
-    DesktopNotificationCenter notifications(loop, sessionBus, DesktopNotificationCenter::surroundings());
+    DesktopNotificationCenter notifications(
+        loop, sessionBus, DesktopNotificationCenter::surroundings(), TARNWICK_ICON_FOLDER);
     Monitor monitor(
         prefs, {
                    .loop = loop,

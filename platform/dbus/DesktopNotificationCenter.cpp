@@ -12,11 +12,13 @@ namespace tarnwick {
 namespace {
 
 std::unique_ptr<NotificationService> makeService(
-    BusConnection& bus, DesktopNotificationCenter::Surroundings surroundings) {
+    BusConnection& bus, DesktopNotificationCenter::Surroundings surroundings,
+    const std::filesystem::path& iconFolder) {
     if (surroundings == DesktopNotificationCenter::Surroundings::sandbox) {
+        // It knows the program's icon.
         return std::make_unique<NotificationPortal>(bus);
     }
-    return std::make_unique<NotificationDaemon>(bus);
+    return std::make_unique<NotificationDaemon>(bus, iconFolder);
 }
 
 } // namespace
@@ -26,8 +28,9 @@ DesktopNotificationCenter::Surroundings DesktopNotificationCenter::surroundings(
 }
 
 DesktopNotificationCenter::DesktopNotificationCenter(
-    RunLoop& loop, BusConnection& bus, Surroundings surroundings, double patience)
-    : loop_(loop), bus_(bus), patience_(patience), service_(makeService(bus, surroundings)) {
+    RunLoop& loop, BusConnection& bus, Surroundings surroundings, const std::filesystem::path& iconFolder,
+    double patience)
+    : loop_(loop), bus_(bus), patience_(patience), service_(makeService(bus, surroundings, iconFolder)) {
     stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
     serviceMatch_ = bus_.addMatch(
         "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
@@ -65,9 +68,13 @@ void DesktopNotificationCenter::findService() {
     isWanted_ = true;
     bus_.need();
     if (bus_.state() == BusConnection::State::unavailable) {
-        probed(false);
-    } else if (bus_.state() == BusConnection::State::connected && !isProbing_) {
-        probe();
+        setAbility(Ability::no);
+    } else if (bus_.state() == BusConnection::State::connected) {
+        if (isProbing_) {
+            isAskedAgain_ = true;
+        } else {
+            probe();
+        }
     }
 }
 
@@ -93,6 +100,7 @@ void DesktopNotificationCenter::serviceChanged(bool isThere) {
 
 void DesktopNotificationCenter::probe() {
     isProbing_ = true;
+    isAskedAgain_ = false;
     service_->probe(patience_, lifeline_.guarded([this, probe = ++probe_](bool isThere) {
         if (probe == probe_) {
             isProbing_ = false;
@@ -104,9 +112,9 @@ void DesktopNotificationCenter::probe() {
 void DesktopNotificationCenter::probed(bool isThere) {
     if (isThere) {
         showWaiting();
-    } else {
-        waiting_.clear();
-        staleTimer_.reset();
+    } else if (isAskedAgain_) {
+        // Whoever came while a service was silent is worth a question of their own.
+        probe();
     }
     setAbility(isThere ? Ability::yes : Ability::no);
 }
@@ -114,7 +122,10 @@ void DesktopNotificationCenter::probed(bool isThere) {
 void DesktopNotificationCenter::showWaiting() {
     staleTimer_.reset();
     for (const Waiting& notification : std::exchange(waiting_, {})) {
-        service_->show(notification.title, notification.body);
+        // The timer that drops it may be due as well.
+        if (loop_.now() < notification.deadline) {
+            service_->show(notification.title, notification.body);
+        }
     }
 }
 

@@ -9,13 +9,15 @@
 
 #include <cstddef>
 #include <deque>
+#include <filesystem>
 #include <memory>
 #include <string>
 
 namespace tarnwick {
 
 /// Nobody is asked, and so nobody is started, before there is something to show or authorization is
-/// requested. What can't be shown soon is dropped: news that come late mislead. Main thread.
+/// requested. What can't be shown yet waits a little for somebody who can, and is dropped after that: news
+/// that come late mislead. Main thread.
 class DesktopNotificationCenter final : public NotificationCenter {
 public:
     enum class Surroundings { desktop, sandbox };
@@ -23,14 +25,16 @@ public:
     /// Those that this process is in.
     [[nodiscard]] static Surroundings surroundings();
 
-    /// A notification waits at most so many seconds for the bus and the service.
+    /// A notification waits at most so many seconds for the bus and the service, absent or silent.
     static constexpr double usualPatience = 5;
     /// And the oldest gives way when so many wait.
     static constexpr std::size_t mostWaiting = 8;
 
-    /// `bus` is the session's and outlives it.
+    /// `bus` is the session's and outlives it. `iconFolder` holds the program's own icons, laid out as an
+    /// icon theme; empty: it is left to the desktop's theme to have one.
     DesktopNotificationCenter(
-        RunLoop& loop, BusConnection& bus, Surroundings surroundings, double patience = usualPatience);
+        RunLoop& loop, BusConnection& bus, Surroundings surroundings,
+        const std::filesystem::path& iconFolder = {}, double patience = usualPatience);
 
     void post(const std::string& title, const std::string& body) override;
     void requestAuthorization() override;
@@ -60,7 +64,8 @@ private:
     Ability ability_ = Ability::unknown;
     bool isWanted_ = false; ///< somebody has asked, or posted
     bool isProbing_ = false;
-    int probe_ = 0; ///< answers to earlier ones come too late
+    bool isAskedAgain_ = false; ///< since the present probe began
+    int probe_ = 0;             ///< answers to earlier ones come too late
     std::deque<Waiting> waiting_;
     RunLoop::Handle staleTimer_;
     Lifeline lifeline_;

@@ -4,9 +4,12 @@
 #include "platform/dbus/BusText.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <string_view>
+#include <system_error>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -30,7 +33,40 @@ Hints hints() {
     };
 }
 
+bool staysItself(unsigned char character) {
+    constexpr std::string_view marks = "/-._~";
+    const bool isAscii = character < 0x80;
+    return (isAscii && std::isalnum(character) != 0)
+           || marks.find(static_cast<char>(character)) != std::string_view::npos;
+}
+
+std::string fileUri(const std::string& path) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string uri = "file://";
+    for (const char character : path) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (staysItself(byte)) {
+            uri += character;
+        } else {
+            uri += {'%', digits[byte / 16], digits[byte % 16]};
+        }
+    }
+    return uri;
+}
+
 } // namespace
+
+NotificationDaemon::NotificationDaemon(BusConnection& bus, const std::filesystem::path& iconFolder)
+    : bus_(bus), iconFile_(iconFolder / "hicolor/scalable/apps/tarnwick.svg") {
+}
+
+/// The file where there is one: some daemons look names up in other themes than the one that has it.
+std::string NotificationDaemon::icon() const {
+    std::error_code ignored;
+    return iconFile_.is_absolute() && std::filesystem::is_regular_file(iconFile_, ignored)
+               ? fileUri(iconFile_.native())
+               : "tarnwick";
+}
 
 BusConnection::Call NotificationDaemon::call(const char* method) const {
     return {
@@ -59,7 +95,7 @@ void NotificationDaemon::show(const std::string& title, const std::string& body)
     callBus<Done>(
         bus_, call("Notify"),
         std::tuple(
-            std::string("Tarnwick"), replacesNone, std::string("tarnwick"), validUtf8(title),
+            std::string("Tarnwick"), replacesNone, icon(), validUtf8(title),
             readsMarkup_ ? asMarkup(text) : text, std::vector<std::string>(), hints(), usualTime),
         [](const std::optional<Done>&) {});
 }

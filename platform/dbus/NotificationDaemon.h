@@ -4,12 +4,14 @@
 #include "platform/dbus/BusConnection.h"
 #include "platform/dbus/NotificationService.h"
 
+#include <filesystem>
+
 namespace tarnwick {
 
 class NotificationDaemon final : public NotificationService {
 public:
-    /// `bus` is the session's and outlives it.
-    explicit NotificationDaemon(BusConnection& bus) : bus_(bus) {}
+    /// `bus` is the session's and outlives it. `iconFolder` may be empty; see DesktopNotificationCenter.
+    NotificationDaemon(BusConnection& bus, const std::filesystem::path& iconFolder);
 
     [[nodiscard]] const std::string& busName() const override { return name_; }
 
@@ -19,7 +21,10 @@ public:
 private:
     [[nodiscard]] BusConnection::Call call(const char* method) const;
 
+    [[nodiscard]] std::string icon() const;
+
     BusConnection& bus_;
+    std::filesystem::path iconFile_;
     std::string name_ = "org.freedesktop.Notifications";
     bool readsMarkup_ = false; ///< in bodies
     Lifeline lifeline_;

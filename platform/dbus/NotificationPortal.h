@@ -23,8 +23,10 @@ private:
 
     BusConnection& bus_;
     std::string name_ = "org.freedesktop.portal.Desktop";
+    std::uint32_t version_ = 0;
     std::string run_; ///< tells this run's notifications from those of earlier ones
     std::uint64_t shown_ = 0;
+    Lifeline lifeline_;
 };
 
 } // namespace tarnwick

@@ -1,4 +1,4 @@
-// Keeps what was posted instead of showing it.
+// Keeps what was posted, and what it would have shown of it.
 #pragma once
 
 #include "platform/NotificationCenter.h"
@@ -25,16 +25,21 @@ public:
 
     void post(const std::string& title, const std::string& body) override {
         posted_.push_back({title, body});
+        findOut();
+        if (ability_ == Ability::yes) {
+            shown_.push_back({title, body});
+        }
     }
 
     void requestAuthorization() override {
         ++requests_;
-        setAbility(answer);
+        findOut();
     }
 
     [[nodiscard]] Ability canNotify() const override { return ability_; }
 
-    /// What comes out when authorization is requested.
+    /// What comes out when authorization is requested or something is posted. With another one than "yes" all
+    /// that is posted is dropped.
     Ability answer = Ability::yes;
 
     [[nodiscard]] int requests() const { return requests_; }
@@ -42,14 +47,18 @@ public:
     /// In the order of posting.
     [[nodiscard]] const std::vector<Notification>& posted() const { return posted_; }
 
+    /// Those of them that were not dropped.
+    [[nodiscard]] const std::vector<Notification>& shown() const { return shown_; }
+
 private:
-    void setAbility(Ability ability) {
-        if (std::exchange(ability_, ability) != ability && onAbilityChange) {
+    void findOut() {
+        if (std::exchange(ability_, answer) != answer && onAbilityChange) {
             onAbilityChange();
         }
     }
 
     std::vector<Notification> posted_;
+    std::vector<Notification> shown_;
     Ability ability_ = Ability::unknown;
     int requests_ = 0;
 };

@@ -8,6 +8,8 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <netinet/in.h>
+#include <string>
+#include <vector>
 
 namespace tarnwick::simulation {
 
@@ -141,6 +143,69 @@ TEST_F(MonitorEvaluationTest, AlertsSwitchedOffBeforeTheRecoveryKeepItSilentForG
     pass(20);
 
     EXPECT_THAT(notifications.posted(), ElementsAre(connectionDown));
+}
+
+/// What is published of an outage and its end, second by second, and how often observers were woken for it.
+class OutageRecord {
+public:
+    struct Second {
+        Monitor::Status status;
+        StatCounter session;
+        StatCounter site;
+        std::size_t bookings;
+        std::string summary;
+
+        friend bool operator==(const Second&, const Second&) = default;
+    };
+
+    /// Starts the world.
+    explicit OutageRecord(MonitorWorld& world) : world_(world) {
+        world_.defaults.put(PreferenceKey::showNotifications, true);
+        world_.start();
+        const ChangeCounter<Monitor::Status> status([this] { return world_.monitor->status(); });
+        const ChangeCounter<PingLedger> ledger([this] { return world_.monitor->ledger(); });
+        const ChangeCounter<Monitor::Samples> samples([this] { return world_.monitor->samples(); });
+        follow(5);
+        world_.fallSilent();
+        follow(100);
+        world_.answerAfter(MonitorWorld::usualDelay);
+        follow(20);
+        wakeUps = {status.wakeUps(), ledger.wakeUps(), samples.wakeUps()};
+    }
+
+    std::vector<Second> seconds;
+    std::vector<int> wakeUps;
+
+private:
+    void follow(int count) {
+        for (int second = 0; second < count; ++second) {
+            world_.pass(1);
+            const Monitor& monitor = *world_.monitor;
+            seconds.push_back(
+                {.status = monitor.status(),
+                 .session = monitor.ledger().session(),
+                 .site = monitor.ledger().site(),
+                 .bookings = monitor.ledger().bookings(),
+                 .summary = monitor.accessibilitySummary()});
+        }
+    }
+
+    MonitorWorld& world_;
+};
+
+TEST_F(MonitorEvaluationTest, NotificationsThatAreDroppedChangeNothingElse) {
+    MonitorWorld silenced;
+    silenced.notifications.answer = NotificationCenter::Ability::no;
+
+    const OutageRecord shown(*this);
+    const OutageRecord dropped(silenced);
+
+    ASSERT_THAT(notifications.shown(), ElementsAre(connectionDown, connectionRestored));
+    ASSERT_THAT(silenced.notifications.shown(), IsEmpty());
+    EXPECT_EQ(silenced.notifications.posted(), notifications.posted());
+    EXPECT_EQ(dropped.seconds, shown.seconds);
+    EXPECT_EQ(dropped.wakeUps, shown.wakeUps);
+    EXPECT_EQ(silenced.sendTimes(), sendTimes());
 }
 
 // A start that never ends.

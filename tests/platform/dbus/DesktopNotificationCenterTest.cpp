@@ -3,11 +3,14 @@
 
 #include "BusTest.h"
 #include "FakeNotificationServices.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
-#include <csignal>
 #include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,11 +29,13 @@ using testing::UnorderedElementsAre;
 /// Outlasts any test.
 constexpr double longPatience = 60;
 constexpr double shortPatience = 0.5;
+/// Whoever waits for somebody else takes longer.
+constexpr double atOnce = 1;
 
 class DesktopNotificationCenterTest : public BusTest {
 protected:
     explicit DesktopNotificationCenterTest(double patience = longPatience)
-        : center_(loop_, bus_, Surroundings::desktop, patience) {
+        : center_(loop_, bus_, Surroundings::desktop, icons_.path(), patience) {
         center_.onAbilityChange = [this] { abilities_.push_back(center_.canNotify()); };
     }
 
@@ -44,10 +49,28 @@ protected:
         peers_.clear();
     }
 
-    /// It has the name, but reads nothing.
+    /// It has the name, but reads nothing until it wakes up.
     void addHangingDaemon() {
         hanging_ = std::make_unique<BusPeer>(daemon_.address());
-        hanging_->connection().requestName(FakeNotificationDaemon::name);
+        service_.emplace(*hanging_);
+    }
+
+    void hangDaemon() {
+        hanging_ = std::move(peers_.back());
+        peers_.pop_back();
+    }
+
+    void wakeUpDaemon() { peers_.push_back(std::move(hanging_)); }
+
+    void removeHangingDaemon() {
+        service_.reset();
+        hanging_.reset();
+    }
+
+    static void addIcon(const std::filesystem::path& iconFolder) {
+        const std::filesystem::path folder = iconFolder / "hicolor/scalable/apps";
+        std::filesystem::create_directories(folder);
+        std::ofstream(folder / "tarnwick.svg") << "<svg/>";
     }
 
     [[nodiscard]] bool runUntilAbilityIs(Ability ability) {
@@ -70,8 +93,9 @@ protected:
         return found;
     }
 
-    std::optional<FakeNotificationDaemon> service_;
     std::unique_ptr<BusPeer> hanging_;
+    std::optional<FakeNotificationDaemon> service_;
+    test::TemporaryFolder icons_;
     std::vector<Ability> abilities_;
     DesktopNotificationCenter center_;
 };
@@ -79,6 +103,20 @@ protected:
 class ImpatientNotificationCenterTest : public DesktopNotificationCenterTest {
 protected:
     ImpatientNotificationCenterTest() : DesktopNotificationCenterTest(shortPatience) {}
+};
+
+/// Patient enough for a service to come, and for a test to see the end of it.
+class WaitingNotificationTest : public DesktopNotificationCenterTest {
+protected:
+    WaitingNotificationTest() : DesktopNotificationCenterTest(patience) {}
+
+    /// Nobody's turn comes meanwhile, not even the center's.
+    void beBusyUntil(double time) const {
+        while (loop_.now() < time) {
+        }
+    }
+
+    static constexpr double patience = 2;
 };
 
 std::vector<std::string> names(const Hints& hints) {
@@ -110,6 +148,45 @@ TEST_F(DesktopNotificationCenterTest, TheDaemonIsGivenEverythingThatItShows) {
     EXPECT_EQ(shown.hints.at("desktop-entry").get<std::string>(), "tarnwick");
     EXPECT_EQ(shown.hints.at("sound-name").get<std::string>(), "message-new-instant");
     EXPECT_EQ(shown.hints.at("urgency").get<std::uint8_t>(), 1);
+}
+
+TEST_F(DesktopNotificationCenterTest, TheProgramsOwnIconGoesAsAFile) {
+    addIcon(icons_.path());
+    addDaemon();
+    ASSERT_TRUE(runUntilConnected());
+
+    center_.post("title", "");
+
+    ASSERT_TRUE(runUntilShown(1));
+    EXPECT_EQ(
+        service_->shown().front().icon,
+        "file://" + (icons_.path() / "hicolor/scalable/apps/tarnwick.svg").string());
+}
+
+TEST_F(DesktopNotificationCenterTest, AnIconInAFolderOfAnyNameIsGivenAsAUri) {
+    const std::filesystem::path folder = icons_.path() / "50% \xc3\xa9 #?";
+    addIcon(folder);
+    addDaemon();
+    DesktopNotificationCenter center(loop_, bus_, Surroundings::desktop, folder);
+
+    center.post("title", "");
+
+    ASSERT_TRUE(runUntilShown(1));
+    EXPECT_EQ(
+        service_->shown().front().icon,
+        "file://" + icons_.path().string() + "/50%25%20%C3%A9%20%23%3F/hicolor/scalable/apps/tarnwick.svg");
+}
+
+TEST_F(DesktopNotificationCenterTest, AnIconThatHasGoneIsLeftToTheTheme) {
+    addIcon(icons_.path());
+    addDaemon();
+    ASSERT_TRUE(runUntilConnected());
+    std::filesystem::remove_all(icons_.path() / "hicolor");
+
+    center_.post("title", "");
+
+    ASSERT_TRUE(runUntilShown(1));
+    EXPECT_EQ(service_->shown().front().icon, "tarnwick");
 }
 
 TEST_F(DesktopNotificationCenterTest, TwoNotificationsInARowAreTwo) {
@@ -199,7 +276,7 @@ TEST_F(DesktopNotificationCenterTest, WhatIsPostedWhileTheBusIsStillConnectingIs
 TEST_F(DesktopNotificationCenterTest, ABusThatNobodyElseNeedsIsOpenedByTheFirstNotification) {
     addDaemon();
     BusConnection unopened(loop_, daemon_.address(), BusConnection::Opening::whenNeeded);
-    DesktopNotificationCenter center(loop_, unopened, Surroundings::desktop, longPatience);
+    DesktopNotificationCenter center(loop_, unopened, Surroundings::desktop);
     ASSERT_TRUE(runUntilConnected());
     runFor(0.1);
     ASSERT_EQ(unopened.state(), BusConnection::State::connecting);
@@ -209,11 +286,12 @@ TEST_F(DesktopNotificationCenterTest, ABusThatNobodyElseNeedsIsOpenedByTheFirstN
     EXPECT_TRUE(runUntilShown(1));
 }
 
-TEST_F(DesktopNotificationCenterTest, WithoutABusWhatIsPostedIsDropped) {
+TEST_F(ImpatientNotificationCenterTest, WithoutABusWhatIsPostedIsDropped) {
     stopBus();
     ASSERT_TRUE(runUntilUnavailable());
 
     center_.post("lost", "");
+    runFor(2 * shortPatience);
 
     ASSERT_TRUE(daemon_.start());
     addDaemon();
@@ -222,10 +300,11 @@ TEST_F(DesktopNotificationCenterTest, WithoutABusWhatIsPostedIsDropped) {
     EXPECT_THAT(summaries(), IsEmpty());
 }
 
-TEST_F(DesktopNotificationCenterTest, WithoutADaemonWhatIsPostedIsDropped) {
+TEST_F(ImpatientNotificationCenterTest, WithoutADaemonWhatIsPostedIsDropped) {
     ASSERT_TRUE(runUntilConnected());
     center_.post("lost", "");
     ASSERT_TRUE(runUntilAbilityIs(Ability::no));
+    runFor(2 * shortPatience);
 
     addDaemon();
 
@@ -236,7 +315,7 @@ TEST_F(DesktopNotificationCenterTest, WithoutADaemonWhatIsPostedIsDropped) {
 
 TEST_F(DesktopNotificationCenterTest, ADaemonThatComesLateShowsWhatIsPostedFromThenOn) {
     ASSERT_TRUE(runUntilConnected());
-    center_.post("lost", "");
+    center_.requestAuthorization();
     ASSERT_TRUE(runUntilAbilityIs(Ability::no));
     addDaemon();
 
@@ -244,6 +323,82 @@ TEST_F(DesktopNotificationCenterTest, ADaemonThatComesLateShowsWhatIsPostedFromT
 
     ASSERT_TRUE(runUntilShown(1));
     EXPECT_THAT(summaries(), ElementsAre("shown"));
+}
+
+TEST_F(DesktopNotificationCenterTest, ADaemonThatComesBackInTimeShowsWhatWaits) {
+    addDaemon();
+    ASSERT_TRUE(runUntilConnected());
+    center_.requestAuthorization();
+    ASSERT_TRUE(runUntilAbilityIs(Ability::yes));
+    removeDaemon();
+    ASSERT_TRUE(runUntilAbilityIs(Ability::unknown));
+    center_.post("down", "");
+    center_.post("up", "");
+    ASSERT_TRUE(runUntilAbilityIs(Ability::no));
+
+    addDaemon();
+
+    ASSERT_TRUE(runUntilShown(2));
+    EXPECT_THAT(summaries(), ElementsAre("down", "up"));
+}
+
+TEST_F(DesktopNotificationCenterTest, ABusThatComesBackInTimeBringsWhatWaits) {
+    stopBus();
+    ASSERT_TRUE(runUntilUnavailable());
+    center_.post("down", "");
+    ASSERT_EQ(center_.canNotify(), Ability::no);
+
+    ASSERT_TRUE(daemon_.start());
+    addDaemon();
+
+    ASSERT_TRUE(runUntilShown(1));
+    EXPECT_THAT(summaries(), ElementsAre("down"));
+}
+
+TEST_F(WaitingNotificationTest, AQuestionThatIsNotAnsweredTakesNoLaterPostAlong) {
+    addHangingDaemon();
+    ASSERT_TRUE(runUntilConnected());
+    center_.requestAuthorization();
+    runFor(0.75 * patience);
+    center_.post("down", "");
+    ASSERT_TRUE(runUntilAbilityIs(Ability::no));
+
+    removeHangingDaemon();
+    addDaemon();
+
+    ASSERT_TRUE(runUntilShown(1));
+    EXPECT_THAT(summaries(), ElementsAre("down"));
+}
+
+TEST_F(WaitingNotificationTest, ADaemonThatWasSilentBeforeAPostIsAskedAgainForIt) {
+    addHangingDaemon();
+    ASSERT_TRUE(runUntilConnected());
+    center_.requestAuthorization();
+    runFor(0.75 * patience);
+    center_.post("down", "");
+    ASSERT_TRUE(runUntilAbilityIs(Ability::no));
+
+    wakeUpDaemon();
+
+    ASSERT_TRUE(runUntilShown(1));
+    EXPECT_THAT(summaries(), ElementsAre("down"));
+}
+
+TEST_F(WaitingNotificationTest, AnAnswerThatIsReadTooLateShowsNothing) {
+    ASSERT_TRUE(runUntilConnected());
+    const double posted = loop_.now();
+    center_.post("stale", "");
+    ASSERT_TRUE(runUntilAbilityIs(Ability::no));
+    runFor(0.5 * patience);
+    addDaemon();
+    ASSERT_TRUE(runUntil([this] { return service_->questions() == 1; }));
+    ASSERT_LT(loop_.now(), posted + patience);
+
+    beBusyUntil(posted + 1.1 * patience);
+
+    ASSERT_TRUE(runUntilAbilityIs(Ability::yes));
+    ASSERT_TRUE(runUntilHeardBy(service_->peer()));
+    EXPECT_THAT(summaries(), IsEmpty());
 }
 
 TEST_F(DesktopNotificationCenterTest, AfterARestartOfTheBusItGoesOn) {
@@ -272,7 +427,25 @@ TEST_F(DesktopNotificationCenterTest, ADaemonThatHangsHoldsNothingUp) {
     bool isRunning = false;
     const auto timer = loop_.after(0, [&isRunning] { isRunning = true; });
     EXPECT_TRUE(runUntil([&isRunning] { return isRunning; }));
-    EXPECT_LT(loop_.now() - start, longPatience / 2);
+    EXPECT_LT(loop_.now() - start, atOnce);
+}
+
+TEST_F(DesktopNotificationCenterTest, ADaemonThatHangsLaterOnHoldsNothingUp) {
+    addDaemon();
+    ASSERT_TRUE(runUntilConnected());
+    center_.requestAuthorization();
+    ASSERT_TRUE(runUntilAbilityIs(Ability::yes));
+    hangDaemon();
+    const double start = loop_.now();
+
+    center_.post("down", "");
+    center_.post("up", "");
+
+    bool isRunning = false;
+    const auto timer = loop_.after(0, [&isRunning] { isRunning = true; });
+    EXPECT_TRUE(runUntil([&isRunning] { return isRunning; }));
+    EXPECT_LT(loop_.now() - start, atOnce);
+    EXPECT_THAT(summaries(), IsEmpty());
 }
 
 TEST_F(ImpatientNotificationCenterTest, WhatADaemonHasNotTakenInTimeIsDropped) {
@@ -281,7 +454,7 @@ TEST_F(ImpatientNotificationCenterTest, WhatADaemonHasNotTakenInTimeIsDropped) {
     center_.post("stale", "");
     ASSERT_TRUE(runUntilAbilityIs(Ability::no));
 
-    hanging_.reset();
+    removeHangingDaemon();
     addDaemon();
 
     ASSERT_TRUE(runUntilAbilityIs(Ability::yes));
@@ -294,14 +467,12 @@ TEST_F(DesktopNotificationCenterTest, ADaemonThatHangsLaterOnGetsWhatItMayStillS
     ASSERT_TRUE(runUntilConnected());
     center_.requestAuthorization();
     ASSERT_TRUE(runUntilAbilityIs(Ability::yes));
-
-    // The peer is not served meanwhile.
+    hangDaemon();
     center_.post("down", "");
     center_.post("up", "");
-    const double end = loop_.now() + 0.5;
-    while (loop_.now() < end) {
-        loop_.runOne(0.01);
-    }
+    runFor(0.5);
+
+    wakeUpDaemon();
 
     ASSERT_TRUE(runUntilShown(2));
     EXPECT_THAT(summaries(), ElementsAre("down", "up"));
@@ -412,6 +583,35 @@ TEST_F(DesktopNotificationCenterTest, ADaemonThatHasEndedMayBeStartedAgainByTheN
     EXPECT_TRUE(runUntilAbilityIs(Ability::unknown));
 }
 
+TEST_F(DesktopNotificationCenterTest, ARefusedNotificationChangesNothing) {
+    addDaemon();
+    ASSERT_TRUE(runUntilConnected());
+    center_.requestAuthorization();
+    ASSERT_TRUE(runUntilAbilityIs(Ability::yes));
+    service_->refusals().refuseFromNowOn();
+
+    center_.post("refused", "");
+    ASSERT_TRUE(runUntil([this] { return service_->refusals().count() == 1; }));
+    ASSERT_TRUE(runUntilHeardBy(service_->peer()));
+
+    EXPECT_THAT(abilities_, ElementsAre(Ability::yes));
+    service_->refusals().accept();
+    center_.post("shown", "");
+    ASSERT_TRUE(runUntilShown(1));
+    EXPECT_THAT(summaries(), ElementsAre("shown"));
+}
+
+TEST_F(DesktopNotificationCenterTest, EachNotificationIsTriedThoughTheOneBeforeWasRefused) {
+    addDaemon();
+    service_->refusals().refuseFromNowOn();
+    ASSERT_TRUE(runUntilConnected());
+
+    center_.post("down", "");
+    center_.post("up", "");
+
+    EXPECT_TRUE(runUntil([this] { return service_->refusals().count() == 2; }));
+}
+
 TEST_F(DesktopNotificationCenterTest, ItsEndForgetsWhatWaits) {
     addDaemon();
     {
@@ -428,48 +628,177 @@ namespace {
 
 class NotificationPortalTest : public BusTest {
 protected:
+    explicit NotificationPortalTest(double patience = longPatience)
+        : center_(loop_, bus_, Surroundings::sandbox, {}, patience) {
+        center_.onAbilityChange = [this] { abilities_.push_back(center_.canNotify()); };
+    }
+
+    void addPortal(std::uint32_t version = 2) { portal_.emplace(addPeer(), version); }
+
+    void removePortal() {
+        portal_.reset();
+        peers_.clear();
+    }
+
+    /// It has the name, but reads nothing.
+    void addHangingPortal() {
+        hanging_ = std::make_unique<BusPeer>(daemon_.address());
+        hanging_->connection().requestName(FakeNotificationPortal::name);
+    }
+
+    [[nodiscard]] bool runUntilAbilityIs(Ability ability) {
+        return runUntil([this, ability] { return center_.canNotify() == ability; });
+    }
+
     [[nodiscard]] bool runUntilShown(std::size_t count) {
-        return runUntil([this, count] { return portal_.shown().size() == count; });
+        return runUntil([this, count] { return portal_->shown().size() == count; });
     }
 
-    FakeNotificationPortal& portal() { return portal_; }
-
-    void SetUp() override {}
-
-private:
-    [[nodiscard]] BusPeer& startWithPeer() {
-        EXPECT_TRUE(daemon_.start());
-        return addPeer();
+    [[nodiscard]] std::vector<std::string> titles() const {
+        std::vector<std::string> found;
+        for (const auto& notification : portal_->shown()) {
+            found.push_back(notification.content.at("title").get<std::string>());
+        }
+        return found;
     }
 
-    FakeNotificationPortal portal_{startWithPeer()};
+    std::unique_ptr<BusPeer> hanging_;
+    std::optional<FakeNotificationPortal> portal_;
+    std::vector<Ability> abilities_;
+    DesktopNotificationCenter center_;
+};
 
+class ImpatientNotificationPortalTest : public NotificationPortalTest {
 protected:
-    DesktopNotificationCenter center_{loop_, bus_, Surroundings::sandbox};
+    ImpatientNotificationPortalTest() : NotificationPortalTest(shortPatience) {}
 };
 
 } // namespace
 
-TEST_F(NotificationPortalTest, InsideASandboxThePortalIsGivenTheTexts) {
+TEST_F(NotificationPortalTest, InsideASandboxThePortalIsGivenTheTextsAndTheUsualSound) {
+    addPortal();
+
     center_.post("Connection down", "1 < 2 & 3");
 
     ASSERT_TRUE(runUntilShown(1));
-    const Hints& content = portal().shown().front().content;
-    ASSERT_THAT(names(content), UnorderedElementsAre("title", "body", "priority"));
+    const Hints& content = portal_->shown().front().content;
+    ASSERT_THAT(names(content), UnorderedElementsAre("title", "body", "priority", "sound"));
     EXPECT_EQ(content.at("title").get<std::string>(), "Connection down");
     EXPECT_EQ(content.at("body").get<std::string>(), "1 < 2 & 3");
     EXPECT_EQ(content.at("priority").get<std::string>(), "normal");
+    EXPECT_EQ(content.at("sound").get<std::string>(), "default");
+}
+
+TEST_F(NotificationPortalTest, APortalOfTheFirstVersionKnowsNoSound) {
+    addPortal(1);
+
+    center_.post("title", "body");
+
+    ASSERT_TRUE(runUntilShown(1));
+    EXPECT_THAT(names(portal_->shown().front().content), UnorderedElementsAre("title", "body", "priority"));
+}
+
+TEST_F(NotificationPortalTest, APortalThatComesBackIsAskedForItsVersionAnew) {
+    addPortal(1);
+    center_.post("first", "");
+    ASSERT_TRUE(runUntilShown(1));
+    removePortal();
+    ASSERT_TRUE(runUntilAbilityIs(Ability::unknown));
+
+    addPortal(2);
+
+    ASSERT_TRUE(runUntilAbilityIs(Ability::yes));
+    center_.post("second", "");
+    ASSERT_TRUE(runUntilShown(1));
+    EXPECT_THAT(titles(), ElementsAre("second"));
+    EXPECT_EQ(portal_->shown().front().content.count("sound"), 1U);
+}
+
+TEST_F(NotificationPortalTest, APortalThatComesBackInTimeShowsWhatWaits) {
+    addPortal();
+    center_.requestAuthorization();
+    ASSERT_TRUE(runUntilAbilityIs(Ability::yes));
+    removePortal();
+    ASSERT_TRUE(runUntilAbilityIs(Ability::unknown));
+    center_.post("down", "");
+    ASSERT_TRUE(runUntilAbilityIs(Ability::no));
+
+    addPortal();
+
+    ASSERT_TRUE(runUntilShown(1));
+    EXPECT_THAT(titles(), ElementsAre("down"));
+}
+
+TEST_F(NotificationPortalTest, WithoutAPortalThereIsNoAuthorization) {
+    center_.requestAuthorization();
+
+    ASSERT_TRUE(runUntilAbilityIs(Ability::no));
+    EXPECT_THAT(abilities_, ElementsAre(Ability::no));
+}
+
+TEST_F(ImpatientNotificationPortalTest, WithoutAPortalWhatIsPostedIsDropped) {
+    center_.post("lost", "");
+    ASSERT_TRUE(runUntilAbilityIs(Ability::no));
+    runFor(2 * shortPatience);
+
+    addPortal();
+
+    ASSERT_TRUE(runUntilAbilityIs(Ability::yes));
+    ASSERT_TRUE(runUntilHeardBy(portal_->peer()));
+    EXPECT_THAT(titles(), IsEmpty());
+}
+
+TEST_F(NotificationPortalTest, APortalThatHangsHoldsNothingUp) {
+    addHangingPortal();
+    ASSERT_TRUE(runUntilConnected());
+    const double start = loop_.now();
+
+    center_.post("down", "");
+
+    bool isRunning = false;
+    const auto timer = loop_.after(0, [&isRunning] { isRunning = true; });
+    EXPECT_TRUE(runUntil([&isRunning] { return isRunning; }));
+    EXPECT_LT(loop_.now() - start, atOnce);
+}
+
+TEST_F(ImpatientNotificationPortalTest, APortalThatDoesNotAnswerInTimeIsNoneAtPresent) {
+    addHangingPortal();
+
+    center_.requestAuthorization();
+
+    ASSERT_TRUE(runUntilAbilityIs(Ability::no));
+    EXPECT_THAT(abilities_, ElementsAre(Ability::no));
+}
+
+TEST_F(NotificationPortalTest, ARefusedNotificationChangesNothing) {
+    addPortal();
+    center_.requestAuthorization();
+    ASSERT_TRUE(runUntilAbilityIs(Ability::yes));
+    portal_->refusals().refuseFromNowOn();
+
+    center_.post("refused", "");
+    ASSERT_TRUE(runUntil([this] { return portal_->refusals().count() == 1; }));
+    ASSERT_TRUE(runUntilHeardBy(portal_->peer()));
+
+    EXPECT_THAT(abilities_, ElementsAre(Ability::yes));
+    portal_->refusals().accept();
+    center_.post("shown", "");
+    ASSERT_TRUE(runUntilShown(1));
+    EXPECT_THAT(titles(), ElementsAre("shown"));
 }
 
 TEST_F(NotificationPortalTest, EachNotificationHasANameOfItsOwn) {
+    addPortal();
+
     center_.post("down", "");
     center_.post("down", "");
 
     ASSERT_TRUE(runUntilShown(2));
-    EXPECT_NE(portal().shown().front().id, portal().shown().back().id);
+    EXPECT_NE(portal_->shown().front().id, portal_->shown().back().id);
 }
 
 TEST_F(NotificationPortalTest, TheNextRunReplacesNoneOfThisOne) {
+    addPortal();
     center_.post("down", "");
     ASSERT_TRUE(runUntilShown(1));
     DesktopNotificationCenter next(loop_, bus_, Surroundings::sandbox);
@@ -477,10 +806,11 @@ TEST_F(NotificationPortalTest, TheNextRunReplacesNoneOfThisOne) {
     next.post("down", "");
 
     ASSERT_TRUE(runUntilShown(2));
-    EXPECT_NE(portal().shown().front().id, portal().shown().back().id);
+    EXPECT_NE(portal_->shown().front().id, portal_->shown().back().id);
 }
 
 TEST_F(NotificationPortalTest, TheDaemonIsLeftAlone) {
+    addPortal();
     const FakeNotificationDaemon service(addPeer());
 
     center_.post("down", "");
@@ -491,9 +821,11 @@ TEST_F(NotificationPortalTest, TheDaemonIsLeftAlone) {
 }
 
 TEST_F(NotificationPortalTest, AuthorizationIsThePortalsPresence) {
+    addPortal();
+
     center_.requestAuthorization();
 
-    EXPECT_TRUE(runUntil([this] { return center_.canNotify() == Ability::yes; }));
+    EXPECT_TRUE(runUntilAbilityIs(Ability::yes));
 }
 
 } // namespace tarnwick

@@ -13,6 +13,27 @@ namespace tarnwick {
 
 using Hints = std::map<std::string, sdbus::Variant>;
 
+/// What a service that is there, but not allowed or not willing to show anything, answers.
+class Refusals {
+public:
+    void refuseFromNowOn() { refuses_ = true; }
+
+    void accept() { refuses_ = false; }
+
+    [[nodiscard]] int count() const { return count_; }
+
+    void refuseIfTold() {
+        if (refuses_) {
+            ++count_;
+            throw sdbus::Error("org.freedesktop.DBus.Error.AccessDenied", "not allowed");
+        }
+    }
+
+private:
+    bool refuses_ = false;
+    int count_ = 0;
+};
+
 class FakeNotificationDaemon {
 public:
     struct Notification {
@@ -39,6 +60,7 @@ public:
                 const std::string& application, std::uint32_t replaces, const std::string& icon,
                 const std::string& summary, const std::string& body, const std::vector<std::string>& actions,
                 const Hints& hints, std::int32_t expires) {
+                refusals_.refuseIfTold();
                 shown_.push_back({application, replaces, icon, summary, body, actions, hints, expires});
                 return static_cast<std::uint32_t>(shown_.size());
             });
@@ -50,6 +72,8 @@ public:
 
     [[nodiscard]] int questions() const { return questions_; }
 
+    [[nodiscard]] Refusals& refusals() { return refusals_; }
+
     [[nodiscard]] BusPeer& peer() { return peer_; }
 
     static constexpr const char* name = "org.freedesktop.Notifications";
@@ -59,6 +83,7 @@ private:
     std::vector<std::string> capabilities_;
     std::unique_ptr<sdbus::IObject> object_;
     std::vector<Notification> shown_;
+    Refusals refusals_;
     int questions_ = 0;
 };
 
@@ -69,22 +94,26 @@ public:
         Hints content;
     };
 
-    explicit FakeNotificationPortal(BusPeer& peer) : peer_(peer) {
+    explicit FakeNotificationPortal(BusPeer& peer, std::uint32_t version = 1) : peer_(peer) {
         object_ = sdbus::createObject(peer_.connection(), "/org/freedesktop/portal/desktop");
         object_->registerMethod("AddNotification")
             .onInterface(interface)
             .implementedAs([this](const std::string& id, const Hints& content) {
+                refusals_.refuseIfTold();
                 shown_.push_back({id, content});
             });
-        object_->registerProperty("version").onInterface(interface).withGetter(
-            [] { return std::uint32_t{1}; });
+        object_->registerProperty("version").onInterface(interface).withGetter([version] { return version; });
         object_->finishRegistration();
-        peer_.connection().requestName("org.freedesktop.portal.Desktop");
+        peer_.connection().requestName(name);
     }
 
     [[nodiscard]] const std::vector<Notification>& shown() const { return shown_; }
 
+    [[nodiscard]] Refusals& refusals() { return refusals_; }
+
     [[nodiscard]] BusPeer& peer() { return peer_; }
+
+    static constexpr const char* name = "org.freedesktop.portal.Desktop";
 
 private:
     static constexpr const char* interface = "org.freedesktop.portal.Notification";
@@ -92,6 +121,7 @@ private:
     BusPeer& peer_;
     std::unique_ptr<sdbus::IObject> object_;
     std::vector<Notification> shown_;
+    Refusals refusals_;
 };
 
 } // namespace tarnwick

@@ -24,7 +24,11 @@ class RecordingDriver : public testing::Test {
 protected:
     RecordingNotificationCenter& center() { return center_; }
 
-    Shown shown() { return center_.posted(); }
+    Shown shown() { return center_.shown(); }
+
+    void removeService() { center_.answer = Ability::no; }
+
+    void addService() { center_.answer = Ability::yes; }
 
     [[nodiscard]] static bool runUntil(const std::function<bool()>& condition) { return condition(); }
 
@@ -36,7 +40,14 @@ class DaemonDriver : public BusTest {
 protected:
     void SetUp() override {
         BusTest::SetUp();
-        daemonService_.emplace(addPeer());
+        addService();
+    }
+
+    void addService() { daemonService_.emplace(addPeer()); }
+
+    void removeService() {
+        daemonService_.reset();
+        peers_.clear();
     }
 
     NotificationCenter& center() { return center_; }
@@ -58,7 +69,14 @@ class PortalDriver : public BusTest {
 protected:
     void SetUp() override {
         BusTest::SetUp();
-        portal_.emplace(addPeer());
+        addService();
+    }
+
+    void addService() { portal_.emplace(addPeer()); }
+
+    void removeService() {
+        portal_.reset();
+        peers_.clear();
     }
 
     NotificationCenter& center() { return center_; }
@@ -84,6 +102,16 @@ protected:
     [[nodiscard]] bool runUntilShown(std::size_t count) {
         return this->runUntil([this, count] { return this->shown().size() == count; });
     }
+
+    [[nodiscard]] bool runUntilAbilityIs(Ability ability) {
+        return this->runUntil([this, ability] { return this->center().canNotify() == ability; });
+    }
+
+    void recordAbilities() {
+        this->center().onAbilityChange = [this] { abilities_.push_back(this->center().canNotify()); };
+    }
+
+    std::vector<Ability> abilities_;
 };
 
 using Drivers = testing::Types<RecordingDriver, DaemonDriver, PortalDriver>;
@@ -122,18 +150,70 @@ TYPED_TEST(NotificationCenterContract, TheAbilityIsUnknownUntilSomebodyAsks) {
 }
 
 TYPED_TEST(NotificationCenterContract, ARequestIsAnsweredWithAChangeOfTheAbility) {
-    std::vector<Ability> told;
-    this->center().onAbilityChange = [this, &told] { told.push_back(this->center().canNotify()); };
+    this->recordAbilities();
 
     this->center().requestAuthorization();
 
-    ASSERT_TRUE(this->runUntil([&told] { return !told.empty(); }));
-    EXPECT_THAT(told, ElementsAre(Ability::yes));
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    EXPECT_THAT(this->abilities_, ElementsAre(Ability::yes));
+}
+
+TYPED_TEST(NotificationCenterContract, ABarePostFindsTheAbilityOut) {
+    this->recordAbilities();
+
+    this->center().post("title", "body");
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    EXPECT_THAT(this->abilities_, ElementsAre(Ability::yes));
+}
+
+TYPED_TEST(NotificationCenterContract, ARequestFindsOutThatNobodyShows) {
+    this->removeService();
+    this->recordAbilities();
+
+    this->center().requestAuthorization();
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+    EXPECT_THAT(this->abilities_, ElementsAre(Ability::no));
+}
+
+TYPED_TEST(NotificationCenterContract, ABarePostFindsOutThatNobodyShows) {
+    this->removeService();
+    this->recordAbilities();
+
+    this->center().post("title", "body");
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+    EXPECT_THAT(this->abilities_, ElementsAre(Ability::no));
+}
+
+TYPED_TEST(NotificationCenterContract, AnAbilityThatIsKnownIsNotToldAgain) {
+    this->recordAbilities();
+    this->center().post("first", "");
+    ASSERT_TRUE(this->runUntilShown(1));
+
+    this->center().requestAuthorization();
+    this->center().post("second", "");
+
+    ASSERT_TRUE(this->runUntilShown(2));
+    EXPECT_THAT(this->abilities_, ElementsAre(Ability::yes));
+}
+
+TYPED_TEST(NotificationCenterContract, WhatIsPostedAfterANoIsShownByAServiceThatHasCome) {
+    this->removeService();
+    this->center().requestAuthorization();
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+    this->addService();
+
+    this->center().post("title", "body");
+
+    ASSERT_TRUE(this->runUntilShown(1));
+    EXPECT_EQ(this->center().canNotify(), Ability::yes);
 }
 
 TYPED_TEST(NotificationCenterContract, WhatIsPostedAfterARequestIsShown) {
     this->center().requestAuthorization();
-    ASSERT_TRUE(this->runUntil([this] { return this->center().canNotify() == Ability::yes; }));
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
 
     this->center().post("title", "body");
 
