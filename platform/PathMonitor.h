@@ -10,6 +10,8 @@ namespace tarnwick {
 struct NetworkPath {
     bool satisfied;                      ///< there is a route to the world over an interface that is up
     std::vector<std::string> interfaces; ///< names, in the order in which the system prefers them
+
+    friend bool operator==(const NetworkPath&, const NetworkPath&) = default;
 };
 
 /// Main thread.
@@ -22,7 +24,8 @@ public:
     PathMonitor& operator=(const PathMonitor&) = delete;
     virtual ~PathMonitor() = default;
 
-    /// `update` is called with the present path soon after, and after each change. Called once.
+    /// `update` is called with the present path soon after, never from inside, and then with each path that
+    /// differs from the one told last. Called once.
     virtual void start(Update update) = 0;
 };
 

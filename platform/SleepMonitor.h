@@ -5,7 +5,8 @@
 
 namespace tarnwick {
 
-/// Main thread.
+/// A sleep and the waking from it are told once each, in this order, however often the system tells of them;
+/// of a sleep that began before the start nothing is told. Main thread.
 class SleepMonitor {
 public:
     struct Handlers {

@@ -14,8 +14,9 @@ constexpr const char* managerName = "org.freedesktop.login1";
 
 } // namespace
 
-LogindSleepMonitor::LogindSleepMonitor(RunLoop& loop, BusConnection& systemBus, SuspendedClock suspendedTime)
-    : loop_(loop), bus_(systemBus), suspendedTime_(std::move(suspendedTime)) {
+LogindSleepMonitor::LogindSleepMonitor(
+    RunLoop& loop, BusConnection& systemBus, SuspendedClock suspendedTime, double patience)
+    : loop_(loop), bus_(systemBus), suspendedTime_(std::move(suspendedTime)), patience_(patience) {
     stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
     managerMatch_ = bus_.addMatch(
         "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
@@ -99,16 +100,19 @@ void LogindSleepMonitor::check() {
     }
     const bool wasAsleep = episodes_->isAsleep();
     episodes_->check(reading());
-    if (wasAsleep && !episodes_->isAsleep()) {
+    const bool hasWoken = wasAsleep && !episodes_->isAsleep();
+    if (hasWoken || (askAgainAt_ && loop_.now() >= *askAgainAt_)) {
         takeInhibitor();
     }
 }
 
-/// Refused while a sleep is under way; at its end it is tried again.
+/// Refused while a sleep is under way, at whose end it is tried again; and by a login manager that has too
+/// much to do.
 void LogindSleepMonitor::takeInhibitor() {
     if (manager_.empty() || inhibitor_.isOpen()) {
         return;
     }
+    askAgainAt_.reset();
     callBus<sdbus::UnixFd>(
         bus_,
         {
@@ -116,22 +120,32 @@ void LogindSleepMonitor::takeInhibitor() {
             .path = "/org/freedesktop/login1",
             .interface = "org.freedesktop.login1.Manager",
             .method = "Inhibit",
+            .timeout = patience_,
         },
         std::tuple(
             std::string("sleep"), std::string("Tarnwick"), std::string("Saves its statistics"),
             std::string("delay")),
         lifeline_.guarded(
             [this, request = ++inhibitorRequest_](const std::optional<sdbus::UnixFd>& descriptor) {
-                if (descriptor && request == inhibitorRequest_) {
+                if (request == inhibitorRequest_) {
                     // A program that is started from here must not hold up the sleep.
-                    inhibitor_ = FileDescriptor(::fcntl(descriptor->get(), F_DUPFD_CLOEXEC, 0));
+                    inhibitorArrived(
+                        FileDescriptor(descriptor ? ::fcntl(descriptor->get(), F_DUPFD_CLOEXEC, 0) : -1));
                 }
             }));
+}
+
+void LogindSleepMonitor::inhibitorArrived(FileDescriptor inhibitor) {
+    inhibitor_ = std::move(inhibitor);
+    if (!inhibitor_.isOpen()) {
+        askAgainAt_ = loop_.now() + patience_;
+    }
 }
 
 /// Also one that is on its way.
 void LogindSleepMonitor::dropInhibitor() {
     ++inhibitorRequest_;
+    askAgainAt_.reset();
     inhibitor_.reset();
 }
 

@@ -24,10 +24,14 @@ public:
     /// whenever something else wakes the processor.
     static constexpr double checkInterval = 1;
     static constexpr double checkTolerance = 2;
+    /// How long a login manager has to answer whether sleeps will wait, and how long after a refusal it is
+    /// asked again.
+    static constexpr double usualPatience = 30;
 
     /// `systemBus` is the system's, best not connected yet, and outlives it.
     LogindSleepMonitor(
-        RunLoop& loop, BusConnection& systemBus, SuspendedClock suspendedTime = SuspendedTime::now);
+        RunLoop& loop, BusConnection& systemBus, SuspendedClock suspendedTime = SuspendedTime::now,
+        double patience = usualPatience);
 
     void start(Handlers handlers) override;
 
@@ -39,15 +43,18 @@ private:
     void managerAnnounced(bool isStart);
     void check();
     void takeInhibitor();
+    void inhibitorArrived(FileDescriptor inhibitor);
     void dropInhibitor();
 
     RunLoop& loop_;
     BusConnection& bus_;
     SuspendedClock suspendedTime_;
+    double patience_;
     std::optional<SleepEpisodes> episodes_; ///< from the start on
     std::string manager_;                   ///< its unique name; empty while there is none
     FileDescriptor inhibitor_;              ///< while it is open the login manager waits, within reason
     int inhibitorRequest_ = 0;              ///< answers to earlier ones come too late
+    std::optional<double> askAgainAt_;      ///< after a refusal
     RunLoop::Handle checkTimer_;
     Lifeline lifeline_;
     Subscription stateSubscription_;

@@ -41,21 +41,33 @@ void RoutePathMonitor::lookUp() {
         watch_ = loop_.watchReadable(changes_.descriptor(), [this] { changesWait(); });
     }
     const std::optional<RoutedPath> present = lookUp_();
-    const std::optional<double> expiresIn = present ? present->expiresIn : std::nullopt;
-    if (expiresIn || !present || !watch_) {
-        lookUpAfter(std::min(slowInterval, expiresIn.value_or(slowInterval) + expiryMargin));
+    if (const auto seconds = nextLookUp(present)) {
+        lookUpAfter(*seconds);
     }
     if (present) {
         tell(present->path);
     }
 }
 
-void RoutePathMonitor::tell(const NetworkPath& path) {
-    if (told_ && told_->satisfied == path.satisfied && told_->interfaces == path.interfaces) {
-        return;
+std::optional<double> RoutePathMonitor::nextLookUp(const std::optional<RoutedPath>& present) {
+    if (!present) {
+        return slowInterval;
     }
-    told_ = path;
-    update_(path);
+    const bool wasExpiring = std::exchange(wasExpiring_, present->expiresIn.has_value());
+    if (present->expiresIn) {
+        return std::min(slowInterval, *present->expiresIn + expiryMargin);
+    }
+    if (wasExpiring && present->path.satisfied) {
+        return expiryMargin; // its last hundredth of a second is told as if it had no end
+    }
+    return watch_ ? std::nullopt : std::optional(slowInterval);
+}
+
+void RoutePathMonitor::tell(const NetworkPath& path) {
+    if (told_ != path) {
+        told_ = path;
+        update_(path);
+    }
 }
 
 } // namespace tarnwick

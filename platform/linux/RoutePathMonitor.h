@@ -30,12 +30,15 @@ private:
     void changesWait();
     void lookUpAfter(double seconds);
     void lookUp();
+    /// In how many seconds to look again unasked: when no message may tell of what happens next.
+    [[nodiscard]] std::optional<double> nextLookUp(const std::optional<RoutedPath>& present);
     void tell(const NetworkPath& path);
 
     RunLoop& loop_;
     LookUp lookUp_;
     Update update_;
     std::optional<NetworkPath> told_;
+    bool wasExpiring_ = false; ///< the path that was looked up last
     RouteChanges changes_;
     RunLoop::Handle watch_; ///< none while a burst settles
     RunLoop::Handle timer_;

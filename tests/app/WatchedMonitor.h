@@ -17,7 +17,7 @@ struct WatchedMonitor {
     test::TemporaryFolder folder;
     simulation::VirtualRunLoop loop;
     simulation::VirtualNetwork network{loop};
-    simulation::FakePathMonitor path;
+    simulation::FakePathMonitor path{loop};
     simulation::FakeSleepMonitor sleep;
     simulation::RecordingNotificationCenter notifications;
     simulation::MemoryDefaults defaults;

@@ -5,8 +5,9 @@
 #include "platform/linux/RoutePathMonitor.h"
 #include "tests/platform/linux/NetworkNamespace.h"
 #include "tests/simulation/FakePathMonitor.h"
+#include "tests/simulation/VirtualRunLoop.h"
 
-#include <optional>
+#include <memory>
 
 namespace tarnwick {
 
@@ -18,24 +19,24 @@ public:
 
     PathMonitor& monitor() { return *monitor_; }
 
-    void connect(const std::string& interface) { report(true, {interface}); }
+    void connect(const std::string& interface) { monitor_->report(true, {interface}); }
 
-    void disconnect() { report(false, {}); }
+    void disconnect() { monitor_->report(false); }
 
-    static bool runUntil(const std::function<bool()>& condition) { return condition(); }
+    bool runUntil(const std::function<bool()>& condition) {
+        settle();
+        return condition();
+    }
 
-    static void settle() {}
+    void settle() { loop_.runPending(); }
 
     void close() { monitor_.reset(); }
 
 private:
-    void report(bool satisfied, std::vector<std::string> interfaces) {
-        if (monitor_) {
-            monitor_->report(satisfied, std::move(interfaces));
-        }
-    }
-
-    std::optional<simulation::FakePathMonitor> monitor_{std::in_place};
+    simulation::VirtualRunLoop loop_;
+    /// By itself on the heap, so that a sanitizer sees who uses it after its end.
+    std::unique_ptr<simulation::FakePathMonitor> monitor_ =
+        std::make_unique<simulation::FakePathMonitor>(loop_);
 };
 
 class KernelDriver {
@@ -51,8 +52,10 @@ public:
 
     PathMonitor& monitor() { return *monitor_; }
 
+    /// Also where the route is as it should be, the kernel tells of changes.
     static void connect(const std::string& interface) {
-        EXPECT_TRUE(test::NetworkNamespace::ip("route replace default dev " + interface));
+        EXPECT_TRUE(test::NetworkNamespace::ip(
+            "route replace unreachable default\nroute replace default dev " + interface));
     }
 
     static void disconnect() { EXPECT_TRUE(test::NetworkNamespace::ip("route del default")); }
@@ -78,7 +81,7 @@ private:
     test::NetworkNamespace namespace_;
     bool isReady_;
     AsioRunLoop loop_;
-    std::optional<RoutePathMonitor> monitor_{std::in_place, loop_};
+    std::unique_ptr<RoutePathMonitor> monitor_ = std::make_unique<RoutePathMonitor>(loop_);
 };
 
 } // namespace

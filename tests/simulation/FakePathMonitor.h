@@ -1,33 +1,61 @@
 // The network path as a test tells it.
 #pragma once
 
+#include "core/RunLoop.h"
 #include "platform/PathMonitor.h"
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace tarnwick::simulation {
 
+/// Until the test's first word about the path nothing is told of it.
 class FakePathMonitor final : public PathMonitor {
 public:
+    explicit FakePathMonitor(RunLoop& loop) : loop_(loop) {}
+
     void start(Update update) override {
         ++starts_;
         update_ = std::move(update);
+        told_.reset();
+        firstTelling_ = loop_.after(0, [this] {
+            firstTelling_.reset();
+            tell();
+        });
     }
 
-    /// Tells the listener, if any; whether the path differs from the last one is the listener's business.
-    void report(bool satisfied, std::vector<std::string> interfaces = {}) const {
-        if (update_) {
-            update_({satisfied, std::move(interfaces)});
+    /// From now on this is the path. A listener is told before this returns, if it is another one than
+    /// before.
+    void report(bool satisfied, std::vector<std::string> interfaces = {}) {
+        present_ = NetworkPath{satisfied, std::move(interfaces)};
+        tell();
+    }
+
+    /// Tells the listener what it knows, which no monitor should do but a listener should bear.
+    void repeat() const {
+        if (told_) {
+            update_(*told_);
         }
     }
 
     [[nodiscard]] int starts() const { return starts_; }
 
 private:
+    void tell() {
+        if (update_ && present_ && told_ != present_) {
+            told_ = present_;
+            update_(*present_);
+        }
+    }
+
+    RunLoop& loop_;
     int starts_ = 0;
     Update update_;
+    std::optional<NetworkPath> present_;
+    std::optional<NetworkPath> told_;
+    RunLoop::Handle firstTelling_;
 };
 
 } // namespace tarnwick::simulation

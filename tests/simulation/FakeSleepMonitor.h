@@ -12,24 +12,24 @@ public:
     void start(Handlers handlers) override {
         ++starts_;
         handlers_ = std::move(handlers);
+        isAsleep_ = false;
     }
 
-    void goToSleep() const {
-        if (handlers_.willSleep) {
-            handlers_.willSleep();
-        }
-    }
+    void goToSleep() { become(true, handlers_.willSleep); }
 
-    void wake() const {
-        if (handlers_.didWake) {
-            handlers_.didWake();
-        }
-    }
+    void wake() { become(false, handlers_.didWake); }
 
     [[nodiscard]] int starts() const { return starts_; }
 
 private:
+    void become(bool asleep, const std::function<void()>& handler) {
+        if (starts_ > 0 && std::exchange(isAsleep_, asleep) != asleep && handler) {
+            handler();
+        }
+    }
+
     int starts_ = 0;
+    bool isAsleep_ = false; ///< as far as it has been told
     Handlers handlers_;
 };
 

@@ -68,7 +68,7 @@ public:
     std::shared_ptr<test::TemporaryFolder> folder;
     VirtualRunLoop loop;
     VirtualNetwork network{loop};
-    FakePathMonitor path;
+    FakePathMonitor path{loop};
     FakeSleepMonitor sleep;
     RecordingNotificationCenter notifications;
     MemoryDefaults defaults;

@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+
 namespace tarnwick::simulation {
 
 namespace {
@@ -398,19 +400,6 @@ TEST_F(ReloadedPreferencesTest, EqualSettingsSaveNothing) {
     EXPECT_EQ(restarts(), 1);
 }
 
-TEST_F(ReloadedPreferencesTest, AsleepANewHostIsNotPingedBeforeTheWakeHasSettled) {
-    sleep.goToSleep();
-
-    store(PreferenceKey::hostname, std::string(otherHost));
-    EXPECT_THAT(sendTimesWithin(60), IsEmpty());
-    sleep.wake();
-
-    const std::vector<double> times = sendTimesWithin(3);
-    ASSERT_THAT(times, testing::Not(IsEmpty()));
-    EXPECT_GE(times[0], 2);
-    EXPECT_EQ(network.sent().back().address, otherHost);
-}
-
 // Sleep and wake.
 
 TEST_F(MonitorSystemEventsTest, AsleepItSendsNothingAndClosesItsSockets) {
@@ -478,6 +467,50 @@ INSTANTIATE_TEST_SUITE_P(
         return std::to_string(static_cast<int>(instance.param * 1000)) + "msAfterATick";
     });
 
+/// A way to another host than the one that is pinged.
+struct HostChange {
+    std::string name;
+    std::function<void(Monitor&, MemoryDefaults&)> apply;
+    std::string newHost;
+
+    friend void PrintTo(const HostChange& param, std::ostream* out) { *out << param.name; }
+};
+
+class SleepingHostChangeTest : public MonitorSystemEventsTest,
+                               public testing::WithParamInterface<HostChange> {};
+
+TEST_P(SleepingHostChangeTest, IsNotPingedBeforeTheWakeHasSettled) {
+    start();
+    pass(5);
+    sleep.goToSleep();
+
+    GetParam().apply(*monitor, defaults);
+    EXPECT_THAT(sendTimesWithin(60), IsEmpty());
+    sleep.wake();
+
+    const std::vector<double> times = sendTimesWithin(3);
+    ASSERT_THAT(times, testing::Not(IsEmpty()));
+    EXPECT_GE(times[0], 2);
+    EXPECT_EQ(network.sent().back().address, GetParam().newHost);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    MonitorSystemEventsTest, SleepingHostChangeTest,
+    testing::Values(
+        HostChange{
+            "Entered", [](Monitor& monitor, MemoryDefaults&) { monitor.setHostname(otherHost); }, otherHost},
+        HostChange{
+            "RestoredDefault", [](Monitor& monitor, MemoryDefaults&) { monitor.restoreDefaults(); },
+            defaultHost},
+        HostChange{
+            "ReadFromTheSettingsFile",
+            [](Monitor& monitor, MemoryDefaults& defaults) {
+                defaults.put(PreferenceKey::hostname, std::string(otherHost));
+                monitor.reloadPreferences();
+            },
+            otherHost}),
+    [](const auto& instance) { return instance.param.name; });
+
 TEST_F(MonitorSystemEventsTest, WakingBeginsANewEpisode) {
     start();
     pass(5);
@@ -544,7 +577,7 @@ TEST_F(PathTest, TheFirstUpdateOnlyTellsHowThingsAre) {
 }
 
 TEST_F(PathTest, AnUpdateLikeTheLastOneDoesNothing) {
-    path.report(true, {"eth0"});
+    path.repeat();
     pass(10);
 
     EXPECT_EQ(reactions(), 0);
@@ -586,7 +619,7 @@ TEST_F(PathTest, AChangeThatIsUndoneStillLeadsToOneRestart) {
 TEST_F(PathTest, AnUpdateLikeTheLastOneDoesNotPutTheReactionOff) {
     path.report(true, {"wlan0"});
     pass(0.5);
-    path.report(true, {"wlan0"});
+    path.repeat();
 
     pass(0.5);
 
@@ -677,7 +710,7 @@ TEST_F(PathTest, AChangeDuringSleepIsRecorded) {
     sleep.wake();
     pass(10);
 
-    path.report(true, {"wlan0"});
+    path.repeat();
     pass(10);
 
     EXPECT_EQ(restarts(), 2);

@@ -22,8 +22,11 @@ public:
         object_ = sdbus::createObject(peer_.connection(), "/org/freedesktop/login1");
         object_->registerMethod("Inhibit").onInterface(interface).implementedAs(
             [this](
-                const std::string& what, const std::string& who, const std::string& why,
-                const std::string& mode) { return inhibit(what, who, why, mode); });
+                sdbus::Result<sdbus::UnixFd>&& result, const std::string& what, const std::string& who,
+                const std::string& why, const std::string& mode) {
+                requests_.push_back({.what = what, .who = who, .why = why, .mode = mode});
+                answer(result);
+            });
         object_->registerSignal("PrepareForSleep").onInterface(interface).withParameters<bool>();
         object_->finishRegistration();
         peer_.connection().requestName("org.freedesktop.login1");
@@ -52,24 +55,30 @@ public:
 
     /// As it does while a sleep is under way.
     bool refuses = false;
+    /// It leaves requests without an answer.
+    bool hangs = false;
 
     [[nodiscard]] BusPeer& peer() { return peer_; }
 
     static constexpr const char* interface = "org.freedesktop.login1.Manager";
 
 private:
-    sdbus::UnixFd inhibit(
-        const std::string& what, const std::string& who, const std::string& why, const std::string& mode) {
-        requests_.push_back({.what = what, .who = who, .why = why, .mode = mode});
+    void answer(const sdbus::Result<sdbus::UnixFd>& result) {
+        if (hangs) {
+            return;
+        }
         if (refuses) {
-            throw sdbus::Error("org.freedesktop.login1.OperationInProgress", "a sleep is under way");
+            result.returnError(
+                sdbus::Error("org.freedesktop.login1.OperationInProgress", "a sleep is under way"));
+            return;
         }
         std::array<int, 2> ends{-1, -1};
         if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-            throw sdbus::Error("org.freedesktop.DBus.Error.Failed", "no pipe");
+            result.returnError(sdbus::Error("org.freedesktop.DBus.Error.Failed", "no pipe"));
+            return;
         }
         watched_.emplace_back(ends[0]);
-        return {ends[1], sdbus::adopt_fd};
+        result.returnResults(sdbus::UnixFd(ends[1], sdbus::adopt_fd));
     }
 
     BusPeer& peer_;

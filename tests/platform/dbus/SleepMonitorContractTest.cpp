@@ -92,6 +92,41 @@ TYPED_TEST(SleepMonitorContract, EachSleepAndEachWakingIsToldInItsOrder) {
     EXPECT_THAT(this->told_, ElementsAre("sleep", "wake", "sleep", "wake"));
 }
 
+TYPED_TEST(SleepMonitorContract, ASleepThatComesTwiceIsToldOnce) {
+    this->getReady();
+    this->start();
+
+    this->goToSleep();
+    this->goToSleep();
+    this->wake();
+    this->wake();
+
+    ASSERT_TRUE(this->settle());
+    EXPECT_THAT(this->told_, ElementsAre("sleep", "wake"));
+}
+
+TYPED_TEST(SleepMonitorContract, AWakingWithoutASleepIsNotTold) {
+    this->getReady();
+    this->start();
+
+    this->wake();
+
+    ASSERT_TRUE(this->settle());
+    EXPECT_THAT(this->told_, IsEmpty());
+}
+
+TYPED_TEST(SleepMonitorContract, ASleepThatBeganBeforeTheStartIsNotTold) {
+    this->getReady();
+    this->goToSleep();
+    ASSERT_TRUE(this->settle());
+    this->start();
+
+    this->wake();
+
+    ASSERT_TRUE(this->settle());
+    EXPECT_THAT(this->told_, IsEmpty());
+}
+
 TYPED_TEST(SleepMonitorContract, NothingIsToldBeforeTheStart) {
     this->getReady();
 

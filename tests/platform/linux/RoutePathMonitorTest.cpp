@@ -35,6 +35,30 @@ class RoutePathMonitorTest : public RoutePathTest {};
 
 class RejectingRouteTest : public RoutePathTest, public testing::WithParamInterface<std::string> {};
 
+/// Commands after which the one default route, over wan0, leads nowhere.
+struct Loss {
+    std::string name;
+    std::string commands;
+
+    friend void PrintTo(const Loss& param, std::ostream* out) { *out << param.name; }
+};
+
+class LostRouteTest : public RoutePathTest, public testing::WithParamInterface<Loss> {};
+
+/// A way for vpn0 to take the world over from wan0's default route, and back.
+struct Takeover {
+    std::string name;
+    std::string take;
+    std::string giveBack;
+
+    friend void PrintTo(const Takeover& param, std::ostream* out) { *out << param.name; }
+};
+
+class TakeoverTest : public RoutePathTest, public testing::WithParamInterface<Takeover> {};
+
+/// Whether messages about routes name the interfaces of their next hops too.
+class NextHopTest : public RoutePathTest, public testing::WithParamInterface<bool> {};
+
 /// What a router tells its network: that it may be used for so many seconds.
 bool advertiseRouter(const std::string& fromInterface, std::uint16_t lifetime) {
     const FileDescriptor socket(::socket(AF_INET6, SOCK_RAW | SOCK_CLOEXEC, IPPROTO_ICMPV6));
@@ -198,25 +222,15 @@ TEST_F(RoutePathMonitorTest, AFlapThatLastsIsToldBothWays) {
     EXPECT_EQ(updates_.size(), 3U);
 }
 
-TEST_F(RoutePathMonitorTest, ALostCarrierUnsatisfiesThoughItsRoutesStay) {
+TEST_F(RoutePathMonitorTest, ALostCarrierUnsatisfiesThoughTheRoutesOfBothFamiliesStay) {
     addLinkWithDefault("wan0", 1, 100);
-    startAndSettle();
-
-    change("link set dev wan0far down");
-    ASSERT_TRUE(runUntilUnsatisfied());
-    EXPECT_EQ(RouteLookup().toWorld(AF_INET)->nextHops.size(), 1U);
-    change("link set dev wan0far up");
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan0"}));
-}
-
-TEST_F(RoutePathMonitorTest, ACarrierLostOverIPv6Counts) {
-    addLink("wan0");
     change("route add default via fe80::2 dev wan0");
     startAndSettle();
 
     change("link set dev wan0far down");
     ASSERT_TRUE(runUntilUnsatisfied());
+    EXPECT_EQ(RouteLookup().toWorld(AF_INET)->nextHops.size(), 1U);
+    EXPECT_EQ(RouteLookup().toWorld(AF_INET6)->nextHops.size(), 1U);
     change("link set dev wan0far up");
 
     EXPECT_TRUE(runUntilSatisfiedOver({"wan0"}));
@@ -234,25 +248,49 @@ TEST_F(RoutePathMonitorTest, ARouteThatStandsByDoesNotSatisfyWhileTheKernelPrefe
     EXPECT_TRUE(runUntilSatisfiedOver({"wan1"}));
 }
 
-TEST_F(RoutePathMonitorTest, AnInterfaceThatIsTakenDownUnsatisfies) {
+TEST_P(LostRouteTest, Unsatisfies) {
     addLinkWithDefault("wan0", 1, 100);
     startAndSettle();
 
-    change("link set dev wan0 down");
+    change(GetParam().commands);
 
     EXPECT_TRUE(runUntilUnsatisfied());
 }
 
-TEST_F(RoutePathMonitorTest, ASecondDefaultRouteOfBetterMetricComesFirst) {
-    addLinkWithDefault("wan0", 1, 100);
-    startAndSettle();
+// The kernel tells of the routes that go with a deleted interface in no message of their own.
+INSTANTIATE_TEST_SUITE_P(
+    RoutePathMonitorTest, LostRouteTest,
+    testing::Values(
+        Loss{"ADeletedInterface", "link del wan0"},
+        Loss{"AnInterfaceThatIsTakenDown", "link set dev wan0 down"},
+        Loss{"ALastAddressThatTakesTheRoutesAlong", "address del 10.1.0.1/24 dev wan0"}),
+    [](const auto& test) { return test.param.name; });
 
-    addLinkWithDefault("vpn0", 2, 50);
+TEST_P(TakeoverTest, IsFollowedBothWays) {
+    addLinkWithDefault("wan0", 1, 100);
+    addLink("vpn0");
+    change("address add 10.2.0.1/24 dev vpn0\nroute add default dev vpn0 table 77");
+    startAndSettle();
+    ASSERT_EQ(updates_.back(), (NetworkPath{true, {"wan0"}}));
+
+    change(GetParam().take);
     ASSERT_TRUE(runUntilSatisfiedOver({"vpn0", "wan0"}));
-    change("link del vpn0");
+    change(GetParam().giveBack);
 
     EXPECT_TRUE(runUntilSatisfiedOver({"wan0"}));
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    RoutePathMonitorTest, TakeoverTest,
+    testing::Values(
+        Takeover{"ByADefaultRouteOfBetterMetric", "route add default dev vpn0 metric 50", "link del vpn0"},
+        Takeover{
+            "ByASplitDefault", "route add 0.0.0.0/1 via 10.2.0.2\nroute add 128.0.0.0/1 via 10.2.0.2",
+            "route del 0.0.0.0/1\nroute del 128.0.0.0/1"},
+        Takeover{
+            "ByARuleForAnotherTable", "rule add not fwmark 77 lookup 77",
+            "rule del not fwmark 77 lookup 77"}),
+    [](const auto& test) { return test.param.name; });
 
 TEST_F(RoutePathMonitorTest, DefaultRoutesThatStandByFollowInTheOrderOfTheirMetrics) {
     addLinkWithDefault("wan0", 1, 300);
@@ -264,31 +302,20 @@ TEST_F(RoutePathMonitorTest, DefaultRoutesThatStandByFollowInTheOrderOfTheirMetr
     EXPECT_TRUE(runUntilSatisfiedOver({"wan1", "wan2", "wan0"}));
 }
 
-TEST_F(RoutePathMonitorTest, ASplitDefaultTakesTheWorldFromTheDefaultRoute) {
+TEST_F(RoutePathMonitorTest, ARouteThatStandsByOverTheLastOfManyInterfacesIsPartOfThePath) {
+    std::string cables;
+    for (int cable = 0; cable < 60; ++cable) {
+        const std::string number = std::to_string(cable);
+        cables += "link add box" + number + " type veth peer name far" + number + "\nlink set dev box"
+                  + number + " up\nlink set dev far" + number + " up\n";
+    }
+    change(cables);
     addLinkWithDefault("wan0", 1, 100);
-    addLink("vpn0");
-    change("address add 10.2.0.1/24 dev vpn0");
-    startAndSettle();
+    addLinkWithDefault("wan1", 2, 600);
 
-    change("route add 0.0.0.0/1 via 10.2.0.2\nroute add 128.0.0.0/1 via 10.2.0.2");
-    ASSERT_TRUE(runUntilSatisfiedOver({"vpn0", "wan0"}));
-    change("route del 0.0.0.0/1\nroute del 128.0.0.0/1");
+    start();
 
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan0"}));
-}
-
-TEST_F(RoutePathMonitorTest, ARuleThatSendsTrafficToAnotherTableCounts) {
-    addLinkWithDefault("wan0", 1, 100);
-    addLink("vpn0");
-    change("route add default dev vpn0 table 77");
-    startAndSettle();
-    ASSERT_EQ(updates_.back(), (NetworkPath{true, {"wan0"}}));
-
-    change("rule add not fwmark 77 lookup 77");
-    ASSERT_TRUE(runUntilSatisfiedOver({"vpn0", "wan0"}));
-    change("rule del not fwmark 77 lookup 77");
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan0"}));
+    EXPECT_TRUE(runUntilSatisfiedOver({"wan0", "wan1"}));
 }
 
 TEST_F(RoutePathMonitorTest, AnIPv6RuleCountsToo) {
@@ -315,21 +342,9 @@ TEST_F(RoutePathMonitorTest, EachInterfaceOfAMultipathRouteIsPartOfThePath) {
     EXPECT_TRUE(runUntilSatisfiedOver({"wan0"}));
 }
 
-TEST_F(RoutePathMonitorTest, ANextHopOfItsOwnThatMovesIsFollowed) {
-    addLink("wan0");
-    addLink("wan1");
-    change("nexthop add id 7 dev wan0\nroute add default nhid 7");
-    startAndSettle();
-    ASSERT_EQ(updates_.back(), (NetworkPath{true, {"wan0"}}));
-
-    change("nexthop replace id 7 dev wan1");
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan1"}));
-}
-
-TEST_F(RoutePathMonitorTest, NextHopsThatRoutesNameOnlyByNumberAreFollowedToo) {
-    if (!(std::ofstream("/proc/sys/net/ipv4/nexthop_compat_mode") << 0).flush()) {
-        GTEST_SKIP() << "this kernel's setting can't be changed from here";
+TEST_P(NextHopTest, IsFollowedWhereItMoves) {
+    if (!(std::ofstream("/proc/sys/net/ipv4/nexthop_compat_mode") << GetParam()).flush()) {
+        TARNWICK_CANNOT_RUN("this kernel's setting can't be changed from here");
     }
     addLink("wan0");
     addLink("wan1");
@@ -342,23 +357,9 @@ TEST_F(RoutePathMonitorTest, NextHopsThatRoutesNameOnlyByNumberAreFollowedToo) {
     EXPECT_TRUE(runUntilSatisfiedOver({"wan1"}));
 }
 
-TEST_F(RoutePathMonitorTest, ADeletedInterfaceIsNoticedThoughNoMessageTellsOfItsRoutes) {
-    addLinkWithDefault("wan0", 1, 100);
-    startAndSettle();
-
-    change("link del wan0");
-
-    EXPECT_TRUE(runUntilUnsatisfied());
-}
-
-TEST_F(RoutePathMonitorTest, ALastAddressThatTakesTheRoutesAlongIsNoticed) {
-    addLinkWithDefault("wan0", 1, 100);
-    startAndSettle();
-
-    change("address del 10.1.0.1/24 dev wan0");
-
-    EXPECT_TRUE(runUntilUnsatisfied());
-}
+INSTANTIATE_TEST_SUITE_P(RoutePathMonitorTest, NextHopTest, testing::Bool(), [](const auto& test) {
+    return test.param ? "NamedWithItsInterface" : "NamedByItsNumberAlone";
+});
 
 TEST_F(RoutePathMonitorTest, ARenamedInterfaceIsToldByItsNewName) {
     addLinkWithDefault("wan0", 1, 100);
@@ -444,40 +445,25 @@ TEST_F(RoutePathMonitorTest, AnExpiringRouteThatIsNoWayIsNotAskedAfter) {
     EXPECT_EQ(path->expiresIn, std::nullopt);
 }
 
-TEST_F(RoutePathMonitorTest, MessagesThatAreLostInAFloodAreMadeUpForByALookUp) {
+TEST_F(RoutePathMonitorTest, MessagesThatAreLostInAFloodAreMadeUpForByALookUpAndLaterOnesAreHeard) {
     addLink("wan0");
     change("address add 10.1.0.1/24 dev wan0");
     startAndSettle();
     runThroughABurst();
-
     std::string flood;
     for (int host = 0; host < 3000; ++host) {
         flood += "route add 10.2." + std::to_string(host / 250) + "." + std::to_string(host % 250)
                  + " via 10.1.0.3\n";
     }
+
     change(flood + "route add default via 10.1.0.2");
 
     ASSERT_GT(listenersLargest("Drops"), 0);
     EXPECT_LE(listenersLargest("Rmem"), 1024 * 1024);
     ASSERT_TRUE(runUntilSatisfiedOver({"wan0"}));
-    EXPECT_EQ(updates_.size(), 2U);
-}
-
-TEST_F(RoutePathMonitorTest, ChangesAreFollowedAfterAFloodToo) {
-    addLinkWithDefault("wan0", 1, 100);
-    startAndSettle();
-    std::string flood;
-    for (int host = 0; host < 3000; ++host) {
-        flood += "route add 10.2." + std::to_string(host / 250) + "." + std::to_string(host % 250)
-                 + " via 10.1.0.3\n";
-    }
-    change(flood);
-    ASSERT_GT(listenersLargest("Drops"), 0);
-    ASSERT_TRUE(runUntil([this] { return lookUps_ == 2; }));
-
     change("route del default");
-
-    EXPECT_TRUE(runUntilUnsatisfied());
+    ASSERT_TRUE(runUntilUnsatisfied());
+    EXPECT_EQ(updates_.size(), 3U);
 }
 
 TEST_F(RoutePathMonitorTest, AChangeThatLeavesThePathAsItIsIsLookedUpButNotTold) {
@@ -519,25 +505,37 @@ TEST_F(RoutePathMonitorTest, AChangeIsToldWithinATenthOfASecond) {
     addLinkWithDefault("wan0", 1, 100);
     startAndSettle();
 
-    // The best of a few: now and then other programs keep the processor longer than that.
-    double shortest = 1e9;
-    for (int attempt = 0; attempt < 10 && shortest > 0.1; ++attempt) {
+    // As a rule: now and then other programs keep the processor longer than that.
+    std::vector<double> delays;
+    for (int attempt = 0; attempt < 11; ++attempt) {
         const bool wasSatisfied = updates_.back().satisfied;
         const std::size_t before = updates_.size();
-        const double changedAt = loop_.now();
         change(wasSatisfied ? "route del default" : "route add default via 10.1.0.2");
+        const double changedAt = loop_.now(); // the start of the program that makes it does not count
         ASSERT_TRUE(runUntil([&] { return updates_.size() > before; }));
         ASSERT_NE(updates_.back().satisfied, wasSatisfied);
-        shortest = std::min(shortest, updatedAt_ - changedAt);
+        delays.push_back(updatedAt_ - changedAt);
     }
 
-    EXPECT_LE(shortest, 0.1);
+    std::ranges::sort(delays);
+    EXPECT_LE(delays[delays.size() / 2], 0.1) << testing::PrintToString(delays);
+}
+
+TEST_F(RoutePathMonitorTest, AChangeThatNobodyHasReadIsNotToldAfterTheEnd) {
+    addLinkWithDefault("wan0", 1, 100);
+    startAndSettle();
+    change("route del default");
+
+    monitor_.reset();
+    runThroughABurst();
+
+    EXPECT_EQ(updates_.size(), 1U);
 }
 
 TEST_F(RoutePathMonitorTest, WithoutNetlinkNothingIsEverTold) {
     const auto status = test::exitStatusOf([this] {
         if (!giveUpNetlink()) {
-            return test::laboratoryIsRequired() ? 1 : 77;
+            return 77;
         }
         monitor_.emplace(loop_);
         start();
@@ -546,12 +544,12 @@ TEST_F(RoutePathMonitorTest, WithoutNetlinkNothingIsEverTold) {
     });
 
     if (status == 77) {
-        GTEST_SKIP() << "this system filters no system calls";
+        TARNWICK_CANNOT_RUN("this system filters no system calls");
     }
     EXPECT_EQ(status, 0);
 }
 
-/// In virtual time, with the kernel's answers made up. The namespace is empty, so that no message comes.
+/// In virtual time, with the kernel's answers made up. Its messages come when the test delivers them.
 class ScriptedPathTest : public RoutePathTest {
 protected:
     void TearDown() override { monitor_.reset(); }
@@ -562,6 +560,14 @@ protected:
             return answer_;
         });
         start();
+    }
+
+    /// Whatever descriptor the monitor watches.
+    void deliverMessages() {
+        constexpr int moreThanAreOpen = 256;
+        for (int descriptor = 0; descriptor < moreThanAreOpen; ++descriptor) {
+            virtualLoop_.makeReadable(descriptor);
+        }
     }
 
     simulation::VirtualRunLoop virtualLoop_;
@@ -609,13 +615,47 @@ TEST_F(ScriptedPathTest, AnExpiringPathIsLookedUpAsSoonAsItsTimeIsOver) {
     EXPECT_THAT(updates_, testing::ElementsAre(NetworkPath{true, {"wan0"}}, NetworkPath{false, {}}));
 }
 
-TEST_F(ScriptedPathTest, APathThatNoLongerExpiresIsLeftAlone) {
+TEST_F(ScriptedPathTest, AnExpiryThatIsTooNearToBeToldIsStillLookedUp) {
+    answer_->expiresIn = 3;
+    startScripted();
+    virtualLoop_.advance(2.995);
+    change("link set dev lo down");
+    answer_->expiresIn.reset();
+    deliverMessages();
+    virtualLoop_.advance(RoutePathMonitor::settleTime);
+    ASSERT_EQ(lookUps_, 2);
+    answer_ = RoutedPath{{false, {}}, std::nullopt};
+
+    virtualLoop_.advance(0.1);
+
+    EXPECT_THAT(updates_, testing::ElementsAre(NetworkPath{true, {"wan0"}}, NetworkPath{false, {}}));
+}
+
+TEST_F(ScriptedPathTest, APathThatNoLongerExpiresIsLookedUpOnceMoreAndThenLeftAlone) {
     answer_->expiresIn = 1800;
     startScripted();
     virtualLoop_.runPending();
     answer_->expiresIn.reset();
 
     virtualLoop_.advance(3600);
+
+    EXPECT_EQ(lookUps_, 3);
+    EXPECT_EQ(virtualLoop_.timerCount(), 0U);
+}
+
+TEST_F(ScriptedPathTest, ABurstThatDoesNotEndIsLookedUpSoonAfterItsFirstMessage) {
+    startScripted();
+    virtualLoop_.runPending();
+    const auto tellAgain = [this](const std::string& address) {
+        change("address add " + address + " dev lo");
+        deliverMessages();
+        virtualLoop_.advance(0.4 * RoutePathMonitor::settleTime);
+    };
+
+    tellAgain("10.1.0.1");
+    tellAgain("10.1.0.2");
+    ASSERT_EQ(lookUps_, 1);
+    tellAgain("10.1.0.3");
 
     EXPECT_EQ(lookUps_, 2);
 }

@@ -17,10 +17,6 @@
 
 namespace tarnwick {
 
-inline bool operator==(const NetworkPath& one, const NetworkPath& other) {
-    return one.satisfied == other.satisfied && one.interfaces == other.interfaces;
-}
-
 inline void PrintTo(const NetworkPath& path, std::ostream* out) {
     *out << (path.satisfied ? "satisfied" : "unsatisfied") << testing::PrintToString(path.interfaces);
 }
