@@ -1,5 +1,6 @@
 #include "app/App/AboutPanel.h"
 
+#include "app/App/MainMenu.h"
 #include "app/App/ProgramIcon.h"
 #include "platform/qt/DesktopOpener.h"
 #include "platform/qt/Foreground.h"
@@ -75,7 +76,7 @@ QDialog* makeWindow(const QString& version) {
 
 } // namespace
 
-AboutPanel::AboutPanel(std::string version) : version_(std::move(version)) {
+AboutPanel::AboutPanel(std::string version, const Menu& menu) : version_(std::move(version)), menu_(menu) {
 }
 
 AboutPanel::~AboutPanel() {
@@ -85,6 +86,7 @@ AboutPanel::~AboutPanel() {
 void AboutPanel::show() {
     if (window_ == nullptr) {
         window_ = makeWindow(QString::fromStdString(version_));
+        MainMenu::install(*window_, menu_);
     }
     Foreground::show(*window_);
 }

@@ -8,10 +8,13 @@
 
 namespace tarnwick {
 
+class Menu;
+
 /// One window, made at the first call and brought to the front by later ones. Main thread.
 class AboutPanel {
 public:
-    explicit AboutPanel(std::string version);
+    /// The menu, whose shortcuts the panel takes, outlives it.
+    AboutPanel(std::string version, const Menu& menu);
     AboutPanel(const AboutPanel&) = delete;
     AboutPanel& operator=(const AboutPanel&) = delete;
     ~AboutPanel();
@@ -23,6 +26,7 @@ public:
 
 private:
     std::string version_;
+    const Menu& menu_;
     QPointer<QDialog> window_;
 };
 

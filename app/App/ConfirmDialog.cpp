@@ -1,6 +1,8 @@
 #include "app/App/ConfirmDialog.h"
 
+#include "app/App/MainMenu.h"
 #include "app/App/ProgramIcon.h"
+#include "app/StatusItemController/StatusItemController.h"
 #include "platform/qt/Foreground.h"
 
 #include <QMessageBox>
@@ -23,8 +25,7 @@ ConfirmDialog::~ConfirmDialog() {
     }
 }
 
-void ConfirmDialog::ask(
-    const std::string& question, const std::string& action, std::function<void(bool)> answered) {
+void ConfirmDialog::ask(const Question& question, std::function<void(bool)> answered) {
     if (window_ != nullptr) {
         window_->reject();
     }
@@ -32,14 +33,14 @@ void ConfirmDialog::ask(
     window_ = new QMessageBox;
     window_->setAttribute(Qt::WA_DeleteOnClose);
     window_->setAttribute(Qt::WA_QuitOnClose, false);
-    window_->setWindowTitle(QString::fromStdString(action));
+    window_->setWindowTitle(QString::fromStdString(question.title));
     window_->setWindowIcon(programIcon());
     window_->setIconPixmap(programIcon().pixmap(QSize(iconSide, iconSide), window_->devicePixelRatioF()));
     window_->setTextFormat(Qt::PlainText);
-    window_->setText(QString::fromStdString(question));
+    window_->setText(QString::fromStdString(question.text));
     window_->setModal(false);
     const auto* const accept =
-        window_->addButton(QString::fromStdString(action), QMessageBox::DestructiveRole);
+        window_->addButton(QString::fromStdString(question.confirm), QMessageBox::DestructiveRole);
     QPushButton* const cancel = window_->addButton(QMessageBox::Cancel);
     cancel->setIcon({});
     window_->setDefaultButton(cancel);
@@ -50,6 +51,7 @@ void ConfirmDialog::ask(
             window_ = nullptr; // deletes itself
             answer(isAccepted);
         });
+    MainMenu::install(*window_, menu_);
     Foreground::show(*window_);
 }
 

@@ -5,28 +5,33 @@
 #include <QPointer>
 
 #include <functional>
-#include <string>
 
 namespace tarnwick {
+
+class Menu;
+struct Question;
 
 /// One question at a time, beside a program that goes on. Main thread.
 class ConfirmDialog {
 public:
-    ConfirmDialog() = default;
+    /// The menu, whose shortcuts the question takes, outlives it.
+    explicit ConfirmDialog(const Menu& menu) : menu_(menu) {}
+
     ConfirmDialog(const ConfirmDialog&) = delete;
     ConfirmDialog& operator=(const ConfirmDialog&) = delete;
     /// An open question is dropped without an answer.
     ~ConfirmDialog();
 
-    /// Shows the question with two buttons, one of which is named `action` ("Reset"); the other, "Cancel", is
-    /// the default one. `answered` is called once: true for the action, false for everything else, a closed
-    /// window included. A question that is still open is answered with false first.
-    void ask(const std::string& question, const std::string& action, std::function<void(bool)> answered);
+    /// Shows the question with the button that says yes and "Cancel", the default one. `answered` is called
+    /// once: true for yes, false for everything else, a closed window included. A question that is still open
+    /// is answered with false first.
+    void ask(const Question& question, std::function<void(bool)> answered);
 
     /// The window while a question is open.
     [[nodiscard]] QMessageBox* window() const { return window_; }
 
 private:
+    const Menu& menu_;
     QPointer<QMessageBox> window_;
 };
 

@@ -29,7 +29,10 @@ void dropActivationToken() {
 
 DesktopWindows::DesktopWindows(
     RunLoop& loop, Monitor& monitor, Menu& menu, std::string version, std::function<void()> openSettings)
-    : dropDown_(monitor, menu, loop), about_(std::move(version)), openSettings_(std::move(openSettings)) {
+    : dropDown_(monitor, menu, loop),
+      about_(std::move(version), menu),
+      confirm_(menu),
+      openSettings_(std::move(openSettings)) {
 }
 
 void DesktopWindows::toggleDropDown(std::optional<ScreenPoint> at) {
@@ -64,7 +67,7 @@ void DesktopWindows::showAbout() {
 
 void DesktopWindows::ask(const Question& question, std::function<void(bool)> answered) {
     useActivationTokenOfClick();
-    confirm_.ask(question.text, question.confirm, std::move(answered));
+    confirm_.ask(question, std::move(answered));
 }
 
 void DesktopWindows::quit() {

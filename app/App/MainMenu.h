@@ -1,4 +1,4 @@
-// The shortcuts of the program's menu, in its windows.
+// The shortcuts of the program's menu, in the windows that it opens.
 #pragma once
 
 class QWidget;

@@ -11,15 +11,15 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
-
-#include <algorithm>
+#include <QWindow>
 
 namespace tarnwick {
 
 namespace {
 
-/// Of the screen's height, for the window's own title.
+/// Of the screen, for the window's own title and for the sides of its frame.
 constexpr int titleHeight = 48;
+constexpr int frameWidth = 16;
 
 QScreen& screenOfUser() {
     QScreen* const pointed = QGuiApplication::screenAt(QCursor::pos());
@@ -40,7 +40,6 @@ SettingsWindow::SettingsWindow(SettingsModel& model, RunLoop& loop, const Menu& 
     area_->setWidget(view_);
     area_->setWidgetResizable(true);
     area_->setFrameShape(QFrame::NoFrame);
-    area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     // The form is what can be reached with the keyboard, not what it stands in.
     area_->setFocusPolicy(Qt::NoFocus);
     setCentralWidget(area_);
@@ -67,18 +66,33 @@ void SettingsWindow::center() {
     isPlaced_ = true;
     const QRect available = screenOfUser().availableGeometry();
     setScreen(&screenOfUser());
-    fit();
+    winId(); // makes the window that knows of screens
+    // Later: it comes to a screen with the size that it had.
+    connect(
+        windowHandle(), &QWindow::screenChanged, this, [this] { followScreen(); }, Qt::QueuedConnection);
+    followScreen();
     QRect place(QPoint(), size());
     place.moveCenter(available.center());
     move(place.topLeft());
 }
 
+void SettingsWindow::followScreen() {
+    disconnect(screenChange_);
+    screenChange_ = connect(screen(), &QScreen::availableGeometryChanged, this, [this] { fit(); });
+    fit();
+}
+
 void SettingsWindow::fit() {
+    const QSize most = screen()->availableSize() - QSize(frameWidth, titleHeight);
     const QSize form = view_->sizeHint();
-    const int most = screen()->availableGeometry().height() - titleHeight;
-    const bool scrolls = form.height() > most;
-    const int bar = scrolls ? area_->verticalScrollBar()->sizeHint().width() : 0;
-    setFixedSize(form.width() + bar, std::min(form.height(), most));
+    QSize wanted = form;
+    if (form.height() > most.height()) {
+        wanted.rwidth() += area_->verticalScrollBar()->sizeHint().width();
+    }
+    if (form.width() > most.width()) {
+        wanted.rheight() += area_->horizontalScrollBar()->sizeHint().height();
+    }
+    setFixedSize(wanted.boundedTo(most));
 }
 
 bool SettingsWindow::eventFilter(QObject* watched, QEvent* event) {

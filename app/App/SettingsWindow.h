@@ -12,7 +12,8 @@ namespace tarnwick {
 class Menu;
 class SettingsView;
 
-/// As large as its form, or as the screen lets it be: then the form scrolls. Closing hides it. Main thread.
+/// As large as its form, or as the screen that it is on lets it be: then the form scrolls. Closing hides it.
+/// Main thread.
 class SettingsWindow final : public QMainWindow {
 public:
     /// All of it outlives the window. Its shortcuts are those of the menu.
@@ -31,11 +32,13 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void fit();
     void center();
+    void followScreen();
+    void fit();
 
-    SettingsView* view_; ///< owned by the scroll area
-    QScrollArea* area_;  ///< a child
+    SettingsView* view_;                   ///< owned by the scroll area
+    QScrollArea* area_;                    ///< a child
+    QMetaObject::Connection screenChange_; ///< of the screen that it is on
     bool isPlaced_ = false;
 };
 

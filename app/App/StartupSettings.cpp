@@ -1,52 +1,69 @@
 #include "app/App/StartupSettings.h"
 
+#include <QStandardPaths>
+
 #include <algorithm>
-#include <utility>
 
 namespace tarnwick::StartupSettings {
 
 namespace {
 
-using Command = std::vector<std::string>;
+struct Place {
+    std::string_view desktop;
+    Command command;
+};
 
-const std::vector<std::pair<std::string_view, Command>>& knownPlaces() {
-    static const std::vector<std::pair<std::string_view, Command>> places{
+/// A desktop that has several is named with each, the best one first.
+const std::vector<Place>& knownPlaces() {
+    static const std::vector<Place> places{
         {"Budgie", {"budgie-desktop-settings"}},
+        {"GNOME", {"gnome-session-properties"}},
+        {"GNOME", {"gnome-tweaks"}},
+        {"GNOME-Flashback", {"gnome-session-properties"}},
+        {"GNOME-Flashback", {"gnome-tweaks"}},
         {"KDE", {"systemsettings", "kcm_autostart"}},
         {"LXQt", {"lxqt-config-session"}},
         {"MATE", {"mate-session-properties"}},
+        {"Unity", {"gnome-session-properties"}},
+        {"Unity", {"gnome-tweaks"}},
         {"X-Cinnamon", {"cinnamon-settings", "startup"}},
         {"XFCE", {"xfce4-session-settings"}},
     };
     return places;
 }
 
+bool isInstalled(const Command& command) {
+    return !QStandardPaths::findExecutable(QString::fromStdString(command.front())).isEmpty();
+}
+
 } // namespace
 
-Command command(std::string_view desktops) {
+std::vector<Command> commands(std::string_view desktops) {
+    std::vector<Command> found;
     while (!desktops.empty()) {
         const std::size_t end = std::min(desktops.find(':'), desktops.size());
         const std::string_view name = desktops.substr(0, end);
-        const auto place =
-            std::ranges::find(knownPlaces(), name, &std::pair<std::string_view, Command>::first);
-        if (place != knownPlaces().end()) {
-            return place->second;
+        for (const Place& place : knownPlaces()) {
+            if (place.desktop == name) {
+                found.push_back(place.command);
+            }
         }
         desktops.remove_prefix(std::min(end + 1, desktops.size()));
     }
-    return {};
+    return found;
 }
 
 void open(DesktopOpened ended) {
-    const Command words = command(qgetenv("XDG_CURRENT_DESKTOP").toStdString());
-    if (words.empty()) {
+    const std::vector<Command> known = commands(qgetenv("XDG_CURRENT_DESKTOP").toStdString());
+    const auto command = std::ranges::find_if(known, isInstalled);
+    if (command == known.end()) {
         return;
     }
     QStringList arguments;
-    for (auto word = words.begin() + 1; word != words.end(); ++word) {
+    for (auto word = command->begin() + 1; word != command->end(); ++word) {
         arguments << QString::fromStdString(*word);
     }
-    startBeside(QString::fromStdString(words.front()), arguments, std::move(ended));
+    startBeside(QString::fromStdString(command->front()), arguments, std::move(ended));
 }
 
 } // namespace tarnwick::StartupSettings

@@ -9,12 +9,14 @@
 
 namespace tarnwick::StartupSettings {
 
-/// The command that shows it on a desktop, by the names that the desktop gives itself, separated by colons
-/// ("ubuntu:GNOME"). Empty where there is no such place, or none that is known.
-[[nodiscard]] std::vector<std::string> command(std::string_view desktops);
+using Command = std::vector<std::string>;
 
-/// Shows it on the present desktop, if that has one; else `ended` is never called. Needs the application
-/// object.
+/// The commands that show it on a desktop, the best one first, by the names that the desktop gives itself,
+/// separated by colons ("ubuntu:GNOME"). Empty where there is no such place, or none that is known.
+[[nodiscard]] std::vector<Command> commands(std::string_view desktops);
+
+/// Shows it on the present desktop with the first command that is installed; without one `ended` is never
+/// called. Needs the application object.
 void open(DesktopOpened ended = {});
 
 } // namespace tarnwick::StartupSettings

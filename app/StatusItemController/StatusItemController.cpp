@@ -206,6 +206,7 @@ void StatusItemController::chosen(MenuItem::Id id) {
 void StatusItemController::resetAllTimeSelected() {
     const std::string host = monitor_.prefs().hostname();
     const Question question{
+        .title = "Reset All Time Stats",
         .text = "Are you sure you want to reset the all time stats for " + host + "?",
         .confirm = "Reset",
         .cancel = "Cancel",

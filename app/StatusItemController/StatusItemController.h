@@ -16,6 +16,7 @@ namespace tarnwick {
 
 /// A question to be answered with yes or no.
 struct Question {
+    std::string title; ///< of its window: what is done after a yes
     std::string text;
     std::string confirm; ///< the button that says yes
     std::string cancel;

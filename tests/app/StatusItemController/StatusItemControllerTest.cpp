@@ -505,6 +505,7 @@ TEST_F(StatusItemControllerTest, ResetAllTimeAsksForTheHostFirst) {
     menu->choose(Id::resetAllTime);
 
     ASSERT_EQ(windows.questions.size(), 1U);
+    EXPECT_EQ(windows.questions[0].title, "Reset All Time Stats");
     EXPECT_EQ(windows.questions[0].text, "Are you sure you want to reset the all time stats for 1.1.1.1?");
     EXPECT_EQ(windows.questions[0].confirm, "Reset");
     EXPECT_EQ(windows.questions[0].cancel, "Cancel");

@@ -1,17 +1,24 @@
 // The panel that says what the program is.
 #include "app/App/AboutPanel.h"
 
+#include "tests/app/views/StandardMenu.h"
+
 #include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QTest>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace tarnwick {
 
 namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 class AboutPanelTest : public testing::Test {
 protected:
@@ -23,7 +30,13 @@ protected:
         return text;
     }
 
-    AboutPanel panel{"1.2.3"};
+    void press(Qt::Key key) const {
+        QApplication::processEvents();
+        QTest::keyClick(panel.window(), key, Qt::ControlModifier);
+    }
+
+    test::StandardMenu menu;
+    AboutPanel panel{"1.2.3", menu.menu};
 };
 
 } // namespace
@@ -62,6 +75,23 @@ TEST_F(AboutPanelTest, OnceClosedItCanBeShownAgain) {
     panel.show();
     ASSERT_NE(panel.window(), nullptr);
     EXPECT_TRUE(panel.window()->isVisible());
+}
+
+TEST_F(AboutPanelTest, ControlWClosesIt) {
+    panel.show();
+    press(Qt::Key_W);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    EXPECT_EQ(panel.window(), nullptr);
+    EXPECT_THAT(menu.chosen, IsEmpty());
+}
+
+TEST_F(AboutPanelTest, TheShortcutsOfTheProgramsMenuWorkInIt) {
+    panel.show();
+    press(Qt::Key_Comma);
+    press(Qt::Key_Q);
+
+    EXPECT_THAT(menu.chosen, ElementsAre(MenuItem::Id::settings, MenuItem::Id::quit));
 }
 
 } // namespace tarnwick

@@ -1,11 +1,15 @@
 // The question before something that can't be undone.
 #include "app/App/ConfirmDialog.h"
 
+#include "app/StatusItemController/StatusItemController.h"
+#include "tests/app/views/StandardMenu.h"
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTest>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -28,7 +32,9 @@ protected:
     }
 
     void ask() {
-        dialog->ask("Really?", "Reset", [this](bool answer) { answers.push_back(answer); });
+        const Question question{
+            .title = "Reset Everything", .text = "Really?", .confirm = "Reset", .cancel = "Cancel"};
+        dialog->ask(question, [this](bool answer) { answers.push_back(answer); });
         QApplication::processEvents();
     }
 
@@ -46,7 +52,8 @@ protected:
         QApplication::sendEvent(dialog->window(), &event);
     }
 
-    std::unique_ptr<ConfirmDialog> dialog = std::make_unique<ConfirmDialog>();
+    test::StandardMenu menu;
+    std::unique_ptr<ConfirmDialog> dialog = std::make_unique<ConfirmDialog>(menu.menu);
     std::vector<bool> answers;
 };
 
@@ -59,6 +66,12 @@ TEST_F(ConfirmDialogTest, ItAsksWithoutHoldingUpTheProgram) {
     EXPECT_EQ(dialog->window()->text(), "Really?");
     EXPECT_FALSE(dialog->window()->isModal());
     EXPECT_THAT(answers, IsEmpty());
+}
+
+TEST_F(ConfirmDialogTest, ItsTitleNamesWhatIsAskedAbout) {
+    ask();
+
+    EXPECT_EQ(dialog->window()->windowTitle(), "Reset Everything");
 }
 
 TEST_F(ConfirmDialogTest, TheActionsButtonAnswersYes) {
@@ -97,6 +110,22 @@ TEST_F(ConfirmDialogTest, EnterTakesTheSafeWay) {
     press(Qt::Key_Return);
 
     EXPECT_THAT(answers, ElementsAre(false));
+}
+
+TEST_F(ConfirmDialogTest, ControlWAnswersNo) {
+    ask();
+    QTest::keyClick(button("Cancel"), Qt::Key_W, Qt::ControlModifier);
+
+    EXPECT_THAT(answers, ElementsAre(false));
+}
+
+TEST_F(ConfirmDialogTest, TheShortcutsOfTheProgramsMenuWorkInIt) {
+    ask();
+    QTest::keyClick(button("Cancel"), Qt::Key_Comma, Qt::ControlModifier);
+    QTest::keyClick(button("Reset"), Qt::Key_Q, Qt::ControlModifier);
+
+    EXPECT_THAT(menu.chosen, ElementsAre(MenuItem::Id::settings, MenuItem::Id::quit));
+    EXPECT_THAT(answers, IsEmpty());
 }
 
 TEST_F(ConfirmDialogTest, ANewQuestionAnswersTheOpenOneWithNo) {

@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -38,6 +39,12 @@ protected:
             press(Qt::Key_Tab);
         }
         FAIL() << "Tab does not lead to " << name;
+    }
+
+    [[nodiscard]] static const QScreen* screenNamed(const QString& name) {
+        const QList<QScreen*> screens = QGuiApplication::screens();
+        const auto found = std::ranges::find(screens, name, &QScreen::name);
+        return found == screens.end() ? nullptr : *found;
     }
 
     [[nodiscard]] QPoint distanceFromTheMiddle() const {
@@ -90,6 +97,9 @@ TEST_F(SettingsWindowTest, AllOfTheFormIsSeenWhereTheScreenIsLargeEnough) {
     present();
 
     EXPECT_EQ(window.size(), window.view().sizeHint());
+    const auto* const area = window.findChild<QScrollArea*>();
+    EXPECT_FALSE(area->horizontalScrollBar()->isVisible());
+    EXPECT_FALSE(area->verticalScrollBar()->isVisible());
 }
 
 TEST_F(SettingsWindowTest, ItGrowsAndShrinksWithItsForm) {
@@ -118,6 +128,36 @@ TEST_F(SettingsWindowTest, OnALowScreenTheFormScrollsAndTheKeyboardBringsTheRest
 
     const QRect place(restore().mapTo(area->viewport(), QPoint()), restore().size());
     EXPECT_TRUE(area->viewport()->rect().contains(place));
+}
+
+TEST_F(SettingsWindowTest, OnANarrowScreenTheFormScrollsSidewaysTooAndAllOfItCanBeReached) {
+    QFont font = window.font();
+    font.setPixelSize(60);
+    window.setFont(font);
+    present();
+    const auto* const area = window.findChild<QScrollArea*>();
+    ASSERT_LE(window.width(), window.screen()->availableGeometry().width());
+    ASSERT_LE(window.height(), window.screen()->availableGeometry().height());
+    ASSERT_GT(area->horizontalScrollBar()->maximum(), 0);
+
+    tabTo("Launch at Login");
+
+    const QRect place(launchAtLogin().mapTo(area->viewport(), QPoint()), launchAtLogin().size());
+    EXPECT_TRUE(area->viewport()->rect().contains(place));
+}
+
+TEST_F(SettingsWindowTest, OnALowerScreenItIsNoHigherThanThatAndGrowsAgainOnItsWayBack) {
+    const QScreen* const low = screenNamed("low");
+    ASSERT_NE(low, nullptr);
+    present();
+
+    window.move(low->geometry().topLeft());
+    settle();
+    EXPECT_LT(window.height(), low->availableGeometry().height());
+    window.move(0, 0);
+    settle();
+
+    EXPECT_EQ(window.size(), window.view().sizeHint());
 }
 
 TEST_F(SettingsWindowTest, ItBeginsWithTheHostsField) {

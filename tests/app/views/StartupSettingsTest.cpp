@@ -10,7 +10,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <optional>
+#include <string>
 
 namespace tarnwick {
 
@@ -24,6 +26,18 @@ protected:
     ~StartupSettingsTest() override {
         qputenv("PATH", path_);
         qunsetenv("XDG_CURRENT_DESKTOP");
+    }
+
+    /// A desktop, and programs that write down how they were started: nothing else is installed.
+    void arrange(const char* desktops, std::initializer_list<std::string> installed) {
+        for (const std::string& name : installed) {
+            const std::filesystem::path program = folder_.path() / name;
+            test::writeFile(
+                program, "#!/bin/sh\nprintf '%s' \"" + name + " $*\" >> '" + record_.string() + "'\n");
+            std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+        }
+        qputenv("PATH", QByteArray::fromStdString(folder_.path().string()));
+        qputenv("XDG_CURRENT_DESKTOP", desktops);
     }
 
     /// Whether it was shown; nothing when nobody told in time.
@@ -40,38 +54,75 @@ protected:
     }
 
     test::TemporaryFolder folder_;
+    std::filesystem::path record_ = folder_.path() / "record";
     QByteArray path_ = qgetenv("PATH");
 };
 
 } // namespace
 
 TEST_F(StartupSettingsTest, EachKnownDesktopHasItsOwn) {
-    EXPECT_THAT(StartupSettings::command("KDE"), ElementsAre("systemsettings", "kcm_autostart"));
-    EXPECT_THAT(StartupSettings::command("XFCE"), ElementsAre("xfce4-session-settings"));
-    EXPECT_THAT(StartupSettings::command("LXQt"), ElementsAre("lxqt-config-session"));
+    EXPECT_THAT(
+        StartupSettings::commands("KDE"), ElementsAre(ElementsAre("systemsettings", "kcm_autostart")));
+    EXPECT_THAT(StartupSettings::commands("XFCE"), ElementsAre(ElementsAre("xfce4-session-settings")));
+    EXPECT_THAT(StartupSettings::commands("LXQt"), ElementsAre(ElementsAre("lxqt-config-session")));
 }
 
-TEST_F(StartupSettingsTest, TheFirstKnownNameOfADesktopCounts) {
-    EXPECT_THAT(StartupSettings::command("Vendor:XFCE:KDE"), ElementsAre("xfce4-session-settings"));
+TEST_F(StartupSettingsTest, GnomeAndItsRelativesMayHaveOneOfTwo) {
+    for (const char* desktop : {"GNOME", "ubuntu:GNOME", "GNOME-Flashback", "Unity"}) {
+        EXPECT_THAT(
+            StartupSettings::commands(desktop),
+            ElementsAre(ElementsAre("gnome-session-properties"), ElementsAre("gnome-tweaks")))
+            << desktop;
+    }
+}
+
+TEST_F(StartupSettingsTest, TheFirstKnownNameOfADesktopComesFirst) {
+    EXPECT_THAT(
+        StartupSettings::commands("Vendor:XFCE:MATE"),
+        ElementsAre(ElementsAre("xfce4-session-settings"), ElementsAre("mate-session-properties")));
 }
 
 TEST_F(StartupSettingsTest, AnUnknownDesktopHasNone) {
-    EXPECT_THAT(StartupSettings::command(""), IsEmpty());
-    EXPECT_THAT(StartupSettings::command("Vendor:"), IsEmpty());
-    EXPECT_THAT(StartupSettings::command("KDEish"), IsEmpty());
+    EXPECT_THAT(StartupSettings::commands(""), IsEmpty());
+    EXPECT_THAT(StartupSettings::commands("Vendor:"), IsEmpty());
+    EXPECT_THAT(StartupSettings::commands("KDEish"), IsEmpty());
 }
 
 TEST_F(StartupSettingsTest, ThatOfTheDesktopIsStarted) {
-    const std::filesystem::path record = folder_.path() / "record";
-    const std::filesystem::path program = folder_.path() / "systemsettings";
-    test::writeFile(program, "#!/bin/sh\nprintf %s \"$1\" > '" + record.string() + "'\n");
-    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-    qputenv("PATH", QByteArray::fromStdString(folder_.path().string()));
-    qputenv("XDG_CURRENT_DESKTOP", "KDE");
+    arrange("KDE", {"systemsettings"});
 
     EXPECT_EQ(open(), true);
 
-    EXPECT_EQ(test::contentOf(record), "kcm_autostart");
+    EXPECT_EQ(test::contentOf(record_), "systemsettings kcm_autostart");
+}
+
+TEST_F(StartupSettingsTest, TheFirstThatIsInstalledIsStartedAlone) {
+    arrange("GNOME", {"gnome-session-properties", "gnome-tweaks"});
+
+    EXPECT_EQ(open(), true);
+
+    EXPECT_EQ(test::contentOf(record_), "gnome-session-properties ");
+}
+
+TEST_F(StartupSettingsTest, WhatIsNotInstalledIsPassedOver) {
+    arrange("ubuntu:GNOME", {"gnome-tweaks"});
+
+    EXPECT_EQ(open(), true);
+
+    EXPECT_EQ(test::contentOf(record_), "gnome-tweaks ");
+}
+
+TEST_F(StartupSettingsTest, WithoutAnyNothingIsStartedAndNobodyIsTold) {
+    arrange("GNOME", {"systemsettings"});
+    bool isTold = false;
+
+    StartupSettings::open([&isTold](bool /*isOpened*/) { isTold = true; });
+    // What is started later ends later.
+    qputenv("XDG_CURRENT_DESKTOP", "KDE");
+    EXPECT_EQ(open(), true);
+
+    EXPECT_FALSE(isTold);
+    EXPECT_EQ(test::contentOf(record_), "systemsettings kcm_autostart");
 }
 
 } // namespace tarnwick

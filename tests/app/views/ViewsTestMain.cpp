@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 
 int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" TARNWICK_SCREENS);
     qputenv("QT_SCALE_FACTOR", "1");
     testing::InitGoogleMock(&argc, argv);
     const QApplication application(argc, argv);
