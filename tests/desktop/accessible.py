@@ -1,8 +1,10 @@
-"""What assistive technology sees. As a program it prints the tree of an application, carries an action out, or sets a value:
+"""What assistive technology sees. As a program it prints the tree of an application, carries an action out, sets a
+value, or puts a text in the place of the one that a field holds:
 
     accessible.py tree APPLICATION
     accessible.py act APPLICATION NAME
     accessible.py set APPLICATION NAME VALUE
+    accessible.py write APPLICATION NAME TEXT
 
 The bus that it asks is that of its environment, so each session needs a process of its own.
 """
@@ -23,13 +25,15 @@ class Node:
     role: str
     name: str
     description: str
+    text: str | None  # what a field holds; none for what is no field
     states: tuple[str, ...]
     children: tuple[Node, ...]
 
     @staticmethod
     def from_json(value: dict[str, object]) -> Node:
         children = tuple(Node.from_json(child) for child in value["children"])
-        return Node(value["role"], value["name"], value["description"], tuple(value["states"]), children)
+        own = (value[key] for key in ("role", "name", "description", "text"))
+        return Node(*own, tuple(value["states"]), children)
 
     def all(self) -> Iterator[Node]:
         yield self
@@ -50,6 +54,10 @@ def applications(wanted: str) -> Iterator[Atspi.Accessible]:
             yield application
 
 
+def held_text(node: Atspi.Accessible) -> str | None:
+    return None if node.get_editable_text_iface() is None else Atspi.Text.get_text(node.get_text_iface(), 0, -1)
+
+
 def described(node: Atspi.Accessible, depth: int = 0) -> dict[str, object]:
     children = []
     if depth < DEEPEST:
@@ -61,6 +69,7 @@ def described(node: Atspi.Accessible, depth: int = 0) -> dict[str, object]:
         "role": node.get_role_name(),
         "name": node.get_name() or "",
         "description": node.get_description() or "",
+        "text": held_text(node),
         "states": sorted(state.value_nick for state in node.get_state_set().get_states()),
         "children": children,
     }
@@ -80,6 +89,13 @@ def set_value(node: Atspi.Accessible, name: str, value: str) -> bool:
     return any(set_value(child, name, value) for child in children if child is not None)
 
 
+def write(node: Atspi.Accessible, name: str, text: str) -> bool:
+    if node.get_name() == name and node.get_editable_text_iface() is not None:
+        return node.get_editable_text_iface().set_text_contents(text)
+    children = (node.get_child_at_index(index) for index in range(node.get_child_count()))
+    return any(write(child, name, text) for child in children if child is not None)
+
+
 def main() -> None:
     command, application, *rest = sys.argv[1:]
     Atspi.set_timeout(TIMEOUT_MS, TIMEOUT_MS)
@@ -92,7 +108,7 @@ def main() -> None:
                 continue  # It went while it was looked at.
         print(json.dumps(trees))
         return
-    change = {"act": act, "set": set_value}[command]
+    change = {"act": act, "set": set_value, "write": write}[command]
     if not any(change(found, *rest) for found in applications(application)):
         sys.exit(f"nothing to {command}: {rest}")
 

@@ -26,6 +26,7 @@ from .x11 import LEFT, X11Screen
 
 PICTURES = OUTPUT / "pictures"
 WATCHER, WATCHER_PATH = "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher"
+PORTALS = ("org.freedesktop.portal.", "org.freedesktop.impl.portal.")
 START_SECONDS = 20
 SKIPPED = 77
 # Where no panel is.
@@ -34,13 +35,10 @@ PARKED = (400, 400)
 STILL_LOOKS = 4
 
 
-class Desktop(abc.ABC):
-    """A display, a bus and a panel. `start` brings all of it up, `stop` ends it."""
+class Installed(abc.ABC):
+    """What a test finds on this machine."""
 
-    name: str
     executables: tuple[str, ...]
-    unprivileged = False
-    session: Session
 
     @classmethod
     def missing(cls) -> list[str]:
@@ -49,21 +47,34 @@ class Desktop(abc.ABC):
 
     @classmethod
     def require(cls) -> None:
-        """Ends the run when the panel is not installed: with 77, or with 1 where it is required."""
+        """Ends the run when it is not installed: with 77, or with 1 where it is required."""
         missing = cls.missing()
         if missing:
             required = os.environ.get("TARNWICK_DESKTOPS") == "require"
             print(f"{'FAILED' if required else 'SKIPPED'}: not installed: {', '.join(missing)}", file=sys.stderr)
             sys.exit(1 if required else SKIPPED)
 
+
+class Desktop(Installed):
+    """A display, a bus and a panel. `start` brings all of it up, `stop` ends it."""
+
+    name: str
+    unprivileged = False
+    # Tests put their own in the place of these, if any.
+    withheld_services: tuple[str, ...] = PORTALS
+    session: Session
+
     def start(self) -> None:
-        self.session = Session(self.name, self.unprivileged)
+        self.session = self.new_session()
         try:
             self.start_display()
             self.start_panel()
         except BaseException:
             self.stop()
             raise
+
+    def new_session(self) -> Session:
+        return Session(self.name, self.unprivileged, self.withheld_services)
 
     def stop(self) -> None:
         self.close_display()
@@ -182,7 +193,7 @@ class Desktop(abc.ABC):
     def accessible(self, application: str = "*") -> Node:
         """What assistive technology sees of the applications of that name, below one node."""
         trees = json.loads(self.session.run(self._accessible_command("tree", application), timeout=30))
-        return Node("", "", "", (), tuple(Node.from_json(tree) for tree in trees))
+        return Node("", "", "", None, (), tuple(Node.from_json(tree) for tree in trees))
 
     def act(self, application: str, name: str) -> None:
         """Carries out the first action of the control with that name."""
@@ -191,6 +202,10 @@ class Desktop(abc.ABC):
     def set_value(self, application: str, name: str, value: float) -> None:
         """Sets the value of the control with that name."""
         self.session.run(self._accessible_command("set", application, name, str(value)), timeout=30)
+
+    def set_text(self, application: str, name: str, text: str) -> None:
+        """Puts a text in the place of the one that the field with that name holds."""
+        self.session.run(self._accessible_command("write", application, name, text), timeout=30)
 
     def _accessible_command(self, *arguments: str) -> list[str]:
         script = pathlib.Path(__file__).with_name("accessible.py")
@@ -312,7 +327,7 @@ class LatePanel(XfcePanel):
     name = "late"
 
     def start(self) -> None:
-        self.session = Session(self.name)
+        self.session = self.new_session()
         try:
             self.start_display()
         except BaseException:

@@ -25,6 +25,13 @@ class Rectangle:
     def box(self) -> tuple[int, int, int, int]:
         return self.x, self.y, self.x + self.width, self.y + self.height
 
+    def common(self, other: Rectangle) -> Rectangle | None:
+        """What both have."""
+        left, top = max(self.x, other.x), max(self.y, other.y)
+        right = min(self.x + self.width, other.x + other.width)
+        bottom = min(self.y + self.height, other.y + other.height)
+        return Rectangle(left, top, right - left, bottom - top) if left < right and top < bottom else None
+
     def contains(self, other: Rectangle) -> bool:
         return (
             self.x <= other.x

@@ -8,6 +8,7 @@ import pathlib
 import shutil
 import signal
 import subprocess
+from collections.abc import Sequence
 
 from endtoend.waiting import eventually
 
@@ -38,8 +39,10 @@ def pings_sent() -> int:
 class Program:
     """Running from the constructor on; `end` kills what is left of it."""
 
-    def __init__(self, desktop: Desktop, **settings: object) -> None:
+    def __init__(self, desktop: Desktop, prefix: Sequence[str] = (), **settings: object) -> None:
+        """`prefix` is a command that becomes the program, whose own command line follows."""
         self.desktop = desktop
+        self.prefix = prefix
         self.session = desktop.session
         (self.session.logs / "program.log").unlink(missing_ok=True)
         self.process = self._spawn("program", **settings)
@@ -48,7 +51,7 @@ class Program:
         arguments = []
         for key, value in ({"Hostname": HOST, "PingInterval": 1} | settings).items():
             arguments += ["--set", f"{key}={value}"]
-        return self.session.spawn(log, [self.session.own_copy(PROGRAM), *arguments])
+        return self.session.spawn(log, [*self.prefix, self.session.own_copy(PROGRAM), *arguments])
 
     def start_again(self) -> int:
         """The exit status of a second program beside this one."""
@@ -99,9 +102,9 @@ class Program:
         """To be called when it has ended."""
         shutil.rmtree(self._data, ignore_errors=True)
 
-    def saved_pings(self) -> int:
+    def saved_pings(self, host: str = HOST) -> int:
         """As the statistics file on disk has them; 0 without one."""
         file = self._data / "stats.json"
         if not file.exists():
             return 0
-        return json.loads(file.read_text(encoding="utf-8"))[HOST]["sent"]
+        return json.loads(file.read_text(encoding="utf-8"))[host]["sent"]

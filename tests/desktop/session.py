@@ -6,6 +6,7 @@ import contextlib
 import ctypes
 import os
 import pathlib
+import re
 import shutil
 import signal
 import subprocess
@@ -23,14 +24,19 @@ MARK = "TARNWICK_TEST_SESSION"
 # Some compositors refuse to run as root.
 NOBODY = 65534
 PR_SET_PDEATHSIG = 1
-# An ordinary session bus, but one that lets the tests look in whoever the session's user is.
+# An ordinary session bus, but one that lets the tests look in whoever the session's user is, and starts only what the
+# session offers.
+USUAL_BUS = pathlib.Path("/usr/share/dbus-1/session.conf")
+USUAL_SERVICES = "<standard_session_servicedirs />"
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
-  <include>/usr/share/dbus-1/session.conf</include>
+  <include>{usual}</include>
   <policy context="mandatory"><allow user="*"/></policy>
 </busconfig>
 """
+INSTALLED_SERVICES = pathlib.Path("/usr/share/dbus-1/services")
+SERVICE_NAME = re.compile(r"^Name=(\S+)", re.MULTILINE)
 KEPT_VARIABLES = ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS")
 
 libc = ctypes.CDLL(None)
@@ -55,7 +61,9 @@ def new_log_folder(name: str) -> pathlib.Path:
 class Session:
     """Has folders from the constructor on and a bus from `start_bus` on; `close` kills everything in it."""
 
-    def __init__(self, name: str, unprivileged: bool = False) -> None:
+    def __init__(self, name: str, unprivileged: bool = False, withheld: Sequence[str] = ()) -> None:
+        """The bus starts the services that are installed here, but for those whose names begin like one withheld."""
+        self.withheld = tuple(withheld)
         self.mark = uuid.uuid4().hex
         self.user = NOBODY if unprivileged and os.geteuid() == 0 else None
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarnwick-desktop-"))
@@ -161,7 +169,8 @@ class Session:
         return self._start_daemon("system_bus", self.environment["DBUS_SYSTEM_BUS_ADDRESS"])
 
     def _start_daemon(self, name: str, address: str) -> Bus:
-        self.write(self.folder / "bus.conf", BUS_CONFIGURATION)
+        usual = self._bus_without_withheld_services(self.folder / name)
+        self.write(self.folder / "bus.conf", BUS_CONFIGURATION.format(usual=usual))
         command = ["dbus-daemon", f"--config-file={self.folder}/bus.conf", "--nofork", "--nopidfile"]
         daemon = self.spawn(name, [*command, f"--address={address}"])
 
@@ -174,6 +183,20 @@ class Session:
             return None
 
         return eventually(connected, 10, "the bus takes connections")
+
+    def _bus_without_withheld_services(self, folder: pathlib.Path) -> pathlib.Path:
+        """The file that configures it, in a new folder."""
+        services = folder / "services"
+        services.mkdir(parents=True)
+        for file in INSTALLED_SERVICES.glob("*.service"):
+            name = SERVICE_NAME.search(file.read_text(encoding="utf-8"))
+            if name is not None and not name[1].startswith(self.withheld):
+                (services / file.name).symlink_to(file)
+        usual = USUAL_BUS.read_text(encoding="utf-8")
+        assert USUAL_SERVICES in usual, f"{USUAL_BUS} is not as expected"
+        file = folder / "session.conf"
+        self.write(file, usual.replace(USUAL_SERVICES, f"<servicedir>{services}</servicedir>"))
+        return file
 
     @staticmethod
     def kill(process: subprocess.Popen[bytes]) -> None:

@@ -1,193 +1,302 @@
-"""What real notification daemons show of an outage and its end, and the programs where there is none."""
+"""What real notification daemons show of an outage and its end, and the programs where there is none or it hangs."""
 
 from __future__ import annotations
 
-import abc
-import json
+import contextlib
 import pathlib
-import shutil
 import signal
-import subprocess
-import unittest
+import time
+from collections.abc import Iterator, Sequence
+from typing import ClassVar
 
 from endtoend import watch
+from endtoend.concurrently import ConcurrentTestCase
 from endtoend.waiting import eventually
 from lab import Behavior, Lab
 
-from .panels import X11Desktop
+from .bus import BUS, BUS_PATH, Listener
+from .item import Item
+from .notifications import NOTIFICATIONS, BareDesktop, Daemon, Dunst, Requests, Xfce4Notifyd
+from .panels import X11Desktop, XfcePanel
 from .pictures import Rectangle, changed
-from .program import PATIENCE, PROGRAM
+from .program import APPLICATION, PATIENCE, PROGRAM, Program
+from .sandbox import sandbox_prefix
 from .session import Session
+from .settings import TITLE as SETTINGS_TITLE
 
-ADDRESS = "10.77.0.35"
-NOTIFICATIONS = "org.freedesktop.Notifications"
 DOWN = ("Tarnwick — Connection down", "Your internet connection seems to be down.")
 RESTORED = ("Tarnwick — Connection restored", "Your internet connection has been restored.")
 # Silence for so long is an outage, at a time-out of a second; a connection that was down is tried again as often.
 OUTAGE_SECONDS = 10
-ICONS = pathlib.Path(__file__).resolve().parents[2] / "packaging/icons"
-SETTINGS = (f"Hostname={ADDRESS}", "PingInterval=1", "PingTimeout=1", "ShowNotifications=true")
-# On which nobody is started who is asked for.
-BARE_BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:tmpdir=/tmp</listen>
-  <policy context="default"><allow send_destination="*"/><allow own="*"/></policy>
-</busconfig>
-"""
-# Notifications stay for so many seconds: reading them off the screen may take long on a busy machine.
-XFCE_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xfce4-notifyd" version="1.0"><property name="expire-timeout" type="int" value="120"/></channel>
-"""
+# Pings until news that nobody could show is dropped: it waits five seconds.
+STALE_PINGS = 7
+# Whoever waited for a daemon that hangs would wait longer.
+QUICK_SECONDS = 4
+# As its packager would have named it.
+SANDBOXED = "org.example.Tarnwick"
+PORTAL, PORTAL_BACKEND = "/usr/libexec/xdg-desktop-portal", "/usr/libexec/xdg-desktop-portal-gtk"
 
 
-class NotificationDesktop(X11Desktop):
-    """A display and a notification daemon, and no panel."""
+class PanelWithoutDaemons(XfcePanel):
+    """Where the bus starts none either."""
 
-    size = (640, 480)
-
-    @abc.abstractmethod
-    def shown(self) -> set[tuple[str, str]]:
-        """Summary and body of each notification that it shows now or has just shown."""
-
-    @property
-    def strip(self) -> Rectangle:
-        """Notifications may be anywhere."""
-        return self.area
-
-    def start_daemon(self, command: list[str]) -> None:
-        shutil.copytree(ICONS, self.session.data / "icons")
-        self.panel = self.session.spawn("daemon", command)
-        eventually(lambda: self.session.bus.owner(NOTIFICATIONS), PATIENCE, "the daemon has its name")
+    withheld_services = (*XfcePanel.withheld_services, NOTIFICATIONS)
 
 
-class Dunst(NotificationDesktop):
-    name = "dunst"
-    executables = ("Xvfb", "openbox", "dunst", "dunstctl")
+class SmallPanel(PanelWithoutDaemons):
+    """So small that a notification and a window in the middle of the screen overlap."""
 
-    def start_panel(self) -> None:
-        self.start_daemon(["dunst"])
-
-    def shown(self) -> set[tuple[str, str]]:
-        """It tells only of those that it no longer shows, so they are closed first."""
-        self.session.run(["dunstctl", "close-all"])
-        history = json.loads(self.session.run(["dunstctl", "history"]))["data"][0]
-        return {(entry["summary"]["data"], entry["body"]["data"]) for entry in history}
+    size = (800, 600)
 
 
-class Xfce4Notifyd(NotificationDesktop):
-    name = "xfce4-notifyd"
-    # Below the folder of libraries, whose name is the machine's.
-    path = str(next(pathlib.Path("/usr/lib").glob("*/xfce4/notifyd/xfce4-notifyd"), "xfce4-notifyd"))
-    executables = ("Xvfb", "openbox", path)
-
-    def start_panel(self) -> None:
-        file = self.session.config / "xfce4/xfconf/xfce-perchannel-xml/xfce4-notifyd.xml"
-        self.session.write(file, XFCE_SETTINGS)
-        self.start_daemon([self.path])
-
-    def shown(self) -> set[tuple[str, str]]:
-        """As assistive technology sees it."""
-        texts = self.accessible("xfce4-notifyd").texts()
-        return {notification for notification in (DOWN, RESTORED) if set(notification) <= set(texts)}
+class DesktopWithPortals(BareDesktop):
+    executables = (*BareDesktop.executables, PORTAL, PORTAL_BACKEND)
+    # It would mount a file system, which outlives it.
+    withheld_services = ("org.freedesktop.portal.Documents",)
 
 
-def start(desktop: X11Desktop, program: str) -> subprocess.Popen[bytes]:
-    settings = [argument for setting in SETTINGS for argument in ("--set", setting)]
-    return desktop.session.spawn("program", [program, *settings])
+def load_bus_library() -> None:
+    """It loads its parts when they are first used, and is not made for two threads that do so at once."""
+    session = Session("notifications")
+    try:
+        session.start_bus()
+        session.bus.call(BUS, BUS_PATH, BUS, "UpdateActivationEnvironment", "(a{ss})", ({"LOADED": "yes"},))
+        assert session.bus.properties(BUS, BUS_PATH, BUS)
+        assert session.bus.owner(NOTIFICATIONS) is None
+    finally:
+        session.close()
 
 
-class NotificationChecks:
-    desktop_type: type[NotificationDesktop]
-    program = PROGRAM
+def bus_of(session: Session) -> dict[str, str]:
+    name = "DBUS_SESSION_BUS_ADDRESS"
+    return {name: session.environment[name]}
+
+
+def settings(address: str) -> dict[str, object]:
+    return {"Hostname": address, "PingInterval": 1, "PingTimeout": 1, "ShowNotifications": "true"}
+
+
+class Notifications(ConcurrentTestCase):
+    lab: ClassVar[Lab]
 
     @classmethod
     def setUpClass(cls) -> None:
-        cls.desktop_type.require()
+        for needed in (PanelWithoutDaemons, DesktopWithPortals, Dunst, Xfce4Notifyd):
+            needed.require()
+        load_bus_library()
         cls.lab = Lab()
         cls.addClassCleanup(cls.lab.close)
-        cls.lab.behave(ADDRESS, Behavior())
-        cls.desktop = cls.desktop_type()
-        cls.desktop.start()
-        cls.addClassCleanup(cls.desktop.stop)
-        cls.desktop.park_pointer()
+        super().setUpClass()
 
-    def test_an_outage_and_its_end_are_shown(self) -> None:
-        empty = self.desktop.picture()
-        process = start(self.desktop, self.program)
-        self.addCleanup(self.desktop.session.kill, process)
-        eventually(lambda: len(self.lab.requests(ADDRESS)) >= 3, PATIENCE, "answers")
-
-        self.lab.change(ADDRESS, silent=True)
-
-        eventually(
-            lambda: changed(empty, self.desktop.picture(), self.desktop.area),
-            OUTAGE_SECONDS + PATIENCE,
-            "something is drawn",
-        )
-        self.desktop.screenshot(f"notification-{self.desktop.session.logs.name}-{pathlib.Path(self.program).name}.png")
-        eventually(lambda: DOWN in self.desktop.shown(), PATIENCE, "the outage is shown")
-
-        self.lab.change(ADDRESS, silent=False)
-
-        # Beside the first one, not in its place.
-        eventually(
-            lambda: {DOWN, RESTORED} <= self.desktop.shown(), OUTAGE_SECONDS + PATIENCE, "the end of it is shown"
-        )
-
-
-class InDunst(NotificationChecks, unittest.TestCase):
-    desktop_type = Dunst
-
-
-class InXfce(NotificationChecks, unittest.TestCase):
-    desktop_type = Xfce4Notifyd
-
-
-class OfTheTerminalProgram(NotificationChecks, unittest.TestCase):
-    desktop_type = Dunst
-    program = watch.PROGRAM
-
-
-class WithoutDaemon(unittest.TestCase):
-    """And with one that hangs."""
-
-    def setUp(self) -> None:
-        self.lab = Lab()
-        self.addCleanup(self.lab.close)
-        self.lab.behave(ADDRESS, Behavior())
-
-    def check_outage(self, environment: dict[str, str]) -> None:
-        """It is noticed, and so is its end."""
-        settings = [argument for setting in SETTINGS for argument in ("--set", setting)]
-        with watch.new_home() as home, watch.Watch(home, *settings, environment=environment) as program:
-            program.wait_for(lambda values: values["status"] == "up", PATIENCE, "a reply")
-            self.lab.change(ADDRESS, silent=True)
-            program.wait_for(lambda values: values["status"] == "down", OUTAGE_SECONDS, "the outage")
-            self.lab.change(ADDRESS, silent=False)
-            program.wait_for(lambda values: values["status"] == "up", OUTAGE_SECONDS, "the end of the outage")
-            self.assertEqual(program.errors(), "")
-            self.assertEqual(program.finish(), 0)
-
-    def test_without_a_bus_an_outage_is_noticed_all_the_same(self) -> None:
-        self.check_outage({})
-
-    def test_without_a_daemon_an_outage_is_noticed_all_the_same(self) -> None:
-        session = Session("no-notifications")
-        self.addCleanup(session.close)
-        session.write(session.folder / "bare.conf", BARE_BUS)
-        address = session.environment["DBUS_SESSION_BUS_ADDRESS"]
-        session.spawn(
-            "bus", ["dbus-daemon", f"--config-file={session.folder}/bare.conf", "--nofork", f"--address={address}"]
-        )
-        eventually((session.runtime / "bus").exists, PATIENCE, "the bus")
-        self.check_outage({"DBUS_SESSION_BUS_ADDRESS": address})
-
-    def test_with_a_daemon_that_hangs_an_outage_is_noticed_all_the_same(self) -> None:
-        Dunst.require()
-        desktop = Dunst()
+    @contextlib.contextmanager
+    def desktop(self, kind: type[X11Desktop], name: str) -> Iterator[X11Desktop]:
+        """A test that fails on it leaves a picture."""
+        desktop = kind()
+        desktop.name = f"notifications-{name}"
         desktop.start()
-        self.addCleanup(desktop.stop)
-        desktop.panel.send_signal(signal.SIGSTOP)
-        self.check_outage({"DBUS_SESSION_BUS_ADDRESS": desktop.session.environment["DBUS_SESSION_BUS_ADDRESS"]})
+        try:
+            desktop.park_pointer()
+            yield desktop
+        except BaseException:
+            desktop.screenshot(f"failed/{self.id()}.png")
+            raise
+        finally:
+            desktop.stop()
+
+    def start(self, desktop: X11Desktop, address: str, prefix: Sequence[str] = ()) -> Program:
+        """A program that gets answers."""
+        self.lab.behave(address, Behavior())
+        program = Program(desktop, prefix, **settings(address))
+        self.wait_for_answers(address)
+        return program
+
+    def wait_for_answers(self, address: str) -> None:
+        self.wait_for_pings(address, 3)
+
+    def wait_for_pings(self, address: str, count: int) -> None:
+        """Which come each second."""
+        sent = len(self.lab.requests(address))
+        eventually(lambda: len(self.lab.requests(address)) >= sent + count, count + PATIENCE, "pings")
+
+    def begin_outage(self, address: str) -> None:
+        self.lab.change(address, silent=True)
+
+    def end_outage(self, address: str) -> None:
+        self.lab.change(address, silent=False)
+
+    def wait_for(self, notification: tuple[str, str], daemon: Daemon) -> None:
+        eventually(lambda: notification in daemon.shown(), OUTAGE_SECONDS + PATIENCE, f"shown: {notification[0]}")
+
+    def wait_until_down(self, item: Item) -> None:
+        eventually(lambda: self.says_down(item), OUTAGE_SECONDS + PATIENCE, "the item says that it is down")
+
+    def wait_until_up(self, item: Item) -> None:
+        eventually(lambda: not self.says_down(item), OUTAGE_SECONDS + PATIENCE, "the item says no more that it is down")
+
+    @staticmethod
+    def says_down(item: Item) -> bool:
+        return "No replies" in "\n".join(item.tool_tip)
+
+    def check_drop_down(self, desktop: X11Desktop, program: Program, icon: Rectangle) -> None:
+        """It opens, and says that the connection is down."""
+        desktop.click(*icon.center)
+        eventually(program.drop_down, QUICK_SECONDS, "the drop-down")
+
+        def says_so() -> bool:
+            return any("Connection down" in text for text in desktop.accessible(APPLICATION).texts())
+
+        eventually(says_so, PATIENCE, "the outage in the drop-down")
+
+    def check_outage(self, kind: type[Daemon], address: str, executable: str = PROGRAM) -> None:
+        """An outage and its end are shown one beside the other."""
+        name = f"{kind.name}-{pathlib.Path(executable).name}"
+        with self.desktop(BareDesktop, name) as desktop:
+            daemon = kind(desktop)
+            empty = desktop.picture()
+            self.lab.behave(address, Behavior())
+            desktop.session.spawn("program", [executable, *watch.settings(**settings(address))])
+            self.wait_for_answers(address)
+
+            self.begin_outage(address)
+
+            eventually(
+                lambda: changed(empty, desktop.picture(), desktop.area), OUTAGE_SECONDS + PATIENCE, "something is drawn"
+            )
+            desktop.screenshot(f"notification-{name}.png")
+            self.wait_for(DOWN, daemon)
+
+            self.end_outage(address)
+
+            # Beside the first one, not in its place.
+            self.wait_for(RESTORED, daemon)
+            self.assertIn(DOWN, daemon.shown())
+
+    def test_dunst_shows_an_outage_and_its_end(self) -> None:
+        self.check_outage(Dunst, "10.77.0.35")
+
+    def test_xfce4_notifyd_shows_an_outage_and_its_end(self) -> None:
+        self.check_outage(Xfce4Notifyd, "10.77.0.36")
+
+    def test_dunst_shows_an_outage_and_its_end_for_the_terminal_program(self) -> None:
+        self.check_outage(Dunst, "10.77.0.41", watch.PROGRAM)
+
+    def test_it_is_shown_with_sound_over_the_settings_window_which_keeps_the_keyboard(self) -> None:
+        address = "10.77.0.37"
+        with self.desktop(SmallPanel, "frontmost") as desktop:
+            daemon, requests = Dunst(desktop), Requests(desktop.session)
+            program = self.start(desktop, address)
+            item = program.item()
+            item.choose(item.row("Settings…"))
+            eventually(lambda: desktop.focused_title() == SETTINGS_TITLE, PATIENCE, "the window has the keyboard")
+            before = desktop.picture()
+
+            def window(title: str) -> Rectangle | None:
+                return next((place for found, place in desktop.windows() if found == title), None)
+
+            def covered() -> bool:
+                nonlocal before
+                now = desktop.picture()
+                settings, banner = window(SETTINGS_TITLE), window(Dunst.title)
+                if banner is None:
+                    before = now
+                    return False
+                both = settings.common(banner)
+                return both is not None and changed(before, now, both) == both
+
+            self.begin_outage(address)
+
+            eventually(covered, OUTAGE_SECONDS + PATIENCE, "a notification over a part of the window")
+            desktop.screenshot("notification-settings.png")
+            self.assertEqual(desktop.focused_title(), SETTINGS_TITLE)
+            eventually(lambda: '"sound-name"' in requests.text, PATIENCE, "it asks for a sound")
+            self.wait_for(DOWN, daemon)
+            desktop.key("w", "Control_L")
+            eventually(lambda: window(SETTINGS_TITLE) is None, PATIENCE, "the keyboard closes the window")
+
+    def test_without_a_daemon_it_goes_on_and_the_next_outage_is_shown_by_one_that_has_come(self) -> None:
+        address = "10.77.0.38"
+        with self.desktop(PanelWithoutDaemons, "none") as desktop:
+            empty = desktop.still_picture()
+            program = self.start(desktop, address)
+            icon = desktop.item_rectangle(empty)
+            item = program.item()
+
+            self.begin_outage(address)
+            self.wait_until_down(item)
+            self.check_drop_down(desktop, program, icon)
+            self.assertIsNone(desktop.session.bus.owner(NOTIFICATIONS))
+            self.end_outage(address)
+            self.wait_until_up(item)
+            self.wait_for_pings(address, STALE_PINGS)
+            daemon = Dunst(desktop)
+            self.begin_outage(address)
+
+            self.wait_for(DOWN, daemon)
+            # What there was nobody for is not made up for.
+            self.assertEqual(daemon.shown(), [DOWN])
+            self.assertEqual(program.output, "")
+
+    def test_a_daemon_that_hangs_holds_nothing_up(self) -> None:
+        address = "10.77.0.39"
+        with self.desktop(PanelWithoutDaemons, "hanging") as desktop:
+            empty = desktop.still_picture()
+            Dunst(desktop).hang()
+            program = self.start(desktop, address)
+            icon = desktop.item_rectangle(empty)
+            item = program.item()
+            question = f"type='method_call',destination='{NOTIFICATIONS}'"
+            with Listener(desktop.session.bus.address, question) as listener:
+                self.begin_outage(address)
+                eventually(listener.messages, OUTAGE_SECONDS + PATIENCE, "the daemon is asked")
+
+                self.wait_until_down(item)
+                self.check_drop_down(desktop, program, icon)
+                told = time.monotonic()
+                program.send(signal.SIGTERM)
+
+                self.assertEqual(program.exit_status(), 0, program.output)
+                self.assertLess(time.monotonic() - told, QUICK_SECONDS)
+                self.assertGreaterEqual(program.saved_pings(address), 1)
+                self.assertEqual(program.output, "")
+
+    def check_terminal(self, address: str, environment: dict[str, str]) -> None:
+        """It notices an outage and its end, without a word on its standard error."""
+        self.lab.behave(address, Behavior())
+        arguments = watch.settings(**settings(address))
+        with watch.new_home() as home, watch.Watch(home, *arguments, environment=environment) as program:
+            program.wait_for(lambda values: values["status"] == "up", PATIENCE, "a reply")
+            self.begin_outage(address)
+            program.wait_for(lambda values: values["status"] == "down", OUTAGE_SECONDS, "the outage")
+            self.end_outage(address)
+            program.wait_for(lambda values: values["status"] == "up", OUTAGE_SECONDS, "the end of the outage")
+            self.assertEqual(program.finish(within=QUICK_SECONDS), 0)
+            self.assertEqual(program.errors(), "")
+
+    def test_without_a_bus_the_terminal_program_goes_on(self) -> None:
+        self.check_terminal("10.77.0.42", {})
+
+    def test_without_a_daemon_the_terminal_program_goes_on(self) -> None:
+        with contextlib.closing(Session("notifications-terminal", withheld=(NOTIFICATIONS,))) as session:
+            session.start_bus()
+            self.check_terminal("10.77.0.43", bus_of(session))
+
+    def test_a_daemon_that_hangs_does_not_hold_the_terminal_program_up(self) -> None:
+        with self.desktop(BareDesktop, "hanging-terminal") as desktop:
+            Dunst(desktop).hang()
+            self.check_terminal("10.77.0.44", bus_of(desktop.session))
+
+    def test_in_a_sandbox_the_portal_has_the_daemon_show_an_outage_and_its_end(self) -> None:
+        address = "10.77.0.40"
+        with self.desktop(DesktopWithPortals, "sandbox") as desktop:
+            daemon, requests = Dunst(desktop), Requests(desktop.session)
+            self.start(desktop, address, sandbox_prefix(desktop.session, SANDBOXED))
+
+            self.begin_outage(address)
+            self.wait_for(DOWN, daemon)
+            self.end_outage(address)
+
+            self.wait_for(RESTORED, daemon)
+            self.assertIn(DOWN, daemon.shown())
+            self.assertEqual(requests.sender(), PORTAL_BACKEND)
+            # The portal has found out by itself who it is that asks.
+            self.assertIn(f'"{SANDBOXED}"', requests.text)

@@ -4,8 +4,14 @@ from __future__ import annotations
 
 import unittest
 
+from endtoend.waiting import eventually
+
 from .checks import NotifierChecks, X11Checks
 from .panels import ScaledXfcePanel
+from .pictures import Rectangle
+from .program import APPLICATION, PATIENCE
+from .settings import CONTROLS
+from .settings import TITLE as SETTINGS_TITLE
 
 # What size has to do with; all the rest is tried at the usual one.
 CHOSEN = (
@@ -16,8 +22,10 @@ CHOSEN = (
     "test_a_click_elsewhere_closes_it",
     "test_it_is_drawn_at_twice_the_size",
     "test_the_drop_down_is_twice_as_wide",
+    "test_the_settings_window_is_twice_as_wide_and_all_of_it_is_on_the_screen",
 )
-USUAL_WIDTH = 320  # of what drops down, in the usual font
+# In the usual font: of what drops down, and of the settings window.
+USUAL_WIDTH, USUAL_SETTINGS_WIDTH = 320, 440
 
 
 class Scaled(X11Checks, NotifierChecks, unittest.TestCase):
@@ -37,6 +45,26 @@ class Scaled(X11Checks, NotifierChecks, unittest.TestCase):
         self.assertGreaterEqual(window.width, 2 * USUAL_WIDTH)
         self.desktop.key("Escape")
         self.wait_until_closed(program)
+
+    def test_the_settings_window_is_twice_as_wide_and_all_of_it_is_on_the_screen(self) -> None:
+        program = self.running()
+        self.addCleanup(self.end_program)
+        item = program.item()
+        item.choose(item.row("Settings…"))
+
+        window = eventually(self.settings_window, PATIENCE, "the settings window")
+
+        self.assertGreaterEqual(window.width, 2 * USUAL_SETTINGS_WIDTH)
+        self.assertTrue(self.desktop.rest.contains(window), window)
+        eventually(lambda: set(CONTROLS) <= self.shown_controls(), PATIENCE, "all controls in the accessible tree")
+        self.desktop.screenshot(f"{self.desktop.name}-settings.png")
+
+    def settings_window(self) -> Rectangle | None:
+        return next((place for title, place in self.desktop.windows() if title == SETTINGS_TITLE), None)
+
+    def shown_controls(self) -> set[tuple[str, str]]:
+        tree = self.desktop.accessible(APPLICATION)
+        return {(node.role, node.name) for node in tree.all() if "showing" in node.states}
 
 
 def load_tests(loader: unittest.TestLoader, _tests: unittest.TestSuite, _pattern: str | None) -> unittest.TestSuite:

@@ -2,89 +2,23 @@
 
 from __future__ import annotations
 
-import json
-import pathlib
+import signal
 import unittest
+from collections.abc import Callable
 
 from endtoend.waiting import eventually
 
-from .accessible import Node
 from .panels import XfcePanel
 from .pictures import Rectangle
-from .program import APPLICATION, HOST, PATIENCE, Program
+from .program import APPLICATION, PATIENCE
+from .settings import CONTROLS, SettingsWindow
 
-TITLE = "Tarnwick Settings"
 DEFAULT_HOST = "1.1.1.1"
-# By role and name; a picker's name is what it has picked.
-CONTROLS = [
-    ("text", "Host to Ping"),
-    ("spin button", "Ping Every"),
-    ("slider", "Slow Ping Threshold"),
-    ("combo box", "Icon and Text"),
-    ("combo box", "When There's Loss"),
-    ("check box", "Connection Up/Down Alerts"),
-    ("check box", "Launch at Login"),
-    ("push button", "Restore Default Settings"),
-]
+TITLE_HEIGHT = 20  # of the window manager's frame, or less
 
 
-class Settings(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls) -> None:
-        XfcePanel.require()
-        cls.desktop = XfcePanel()
-        cls.desktop.name = "settings"
-        cls.desktop.start()
-        cls.addClassCleanup(cls.desktop.stop)
-
-    def setUp(self) -> None:
-        self.stored.unlink(missing_ok=True)
-        self.program = Program(self.desktop)
-        self.addCleanup(self.program.end)
-        self.item = self.program.item_up()
-        self.open_settings()
-
-    @property
-    def stored(self) -> pathlib.Path:
-        return self.desktop.session.config / "Tarnwick/settings.json"
-
-    def open_settings(self) -> None:
-        self.item.choose(self.item.row("Settings…"))
-        eventually(lambda: self.desktop.focused_title() == TITLE, PATIENCE, "the window has the keyboard")
-
-    def windows(self) -> list[Rectangle]:
-        return [place for title, place in self.desktop.windows() if title == TITLE]
-
-    def setting(self, key: str) -> object:
-        """As it is stored; none when it is not."""
-        return json.loads(self.stored.read_text(encoding="utf-8")).get(key) if self.stored.exists() else None
-
-    def wait_for(self, key: str, value: object) -> None:
-        eventually(lambda: self.setting(key) == value, PATIENCE, f"{key} is {value}")
-
-    def controls(self) -> list[Node]:
-        tree = self.desktop.accessible(APPLICATION)
-        shown = [node for node in tree.all() if "showing" in node.states]
-        return [node for node in shown if "focusable" in node.states and (node.role, node.name) in CONTROLS]
-
-    def focused(self) -> str:
-        return next((node.name for node in self.controls() if "focused" in node.states), "")
-
-    def tab_to(self, name: str) -> None:
-        """Presses Tab until a control has the keyboard."""
-        for _ in range(len(CONTROLS)):
-            if self.focused() == name:
-                return
-            before = self.focused()
-            self.desktop.key("Tab")
-            eventually(lambda before=before: self.focused() not in ("", before), PATIENCE, "Tab leads on")
-        self.fail(f"Tab does not lead to {name}")
-
-    def type(self, *keys: str) -> None:
-        """In place of what the field holds."""
-        self.desktop.key("a", "Control_L")
-        for key in keys:
-            self.desktop.key(key)
+class Settings(SettingsWindow, unittest.TestCase):
+    panel = XfcePanel
 
     def test_it_is_one_window_in_the_middle_of_the_screen(self) -> None:
         (place,) = eventually(self.windows, PATIENCE, "the window")
@@ -94,26 +28,75 @@ class Settings(unittest.TestCase):
         self.assertLess(abs(place.center[0] - self.desktop.area.center[0]), 10)
         self.assertLess(abs(place.center[1] - self.desktop.area.center[1]), 40)
 
+        # With another window before it, a second one would be noticed.
+        self.open_about()
         self.open_settings()
 
         self.assertEqual(self.windows(), [place])
 
-    def test_closed_with_its_shortcut_it_opens_again_with_the_same_size(self) -> None:
-        (before,) = eventually(self.windows, PATIENCE, "the window")
+    def drag_title(self, right: int, down: int) -> Rectangle:
+        """Moves the window as people do it, and tells where it is then."""
+        before = self.window()
+        after = Rectangle(before.x + right, before.y + down, before.width, before.height)
+        x, y = before.center[0], before.y - TITLE_HEIGHT // 2
 
-        self.desktop.key("w", "Control_L")
+        def follows() -> bool:
+            # The first motion only begins it.
+            for pixel in (1, 0):
+                self.desktop.move(x + right + pixel, y + down)
+            return self.windows() == [after]
 
-        eventually(lambda: not self.windows(), PATIENCE, "the window closes")
-        self.assertIsNone(self.program.process.poll())
-        self.open_settings()
-        (after,) = self.windows()
-        self.assertEqual((after.width, after.height), (before.width, before.height))
+        self.desktop.screen.press(x, y)
+        try:
+            eventually(follows, PATIENCE, "the window follows its title")
+        finally:
+            self.desktop.screen.release()
+        eventually(self.desktop.screen.keyboard_is_free, PATIENCE, "the window manager has let go of the keyboard")
+        return after
 
-    def test_the_shortcut_for_quitting_works_in_it(self) -> None:
-        self.desktop.key("q", "Control_L")
+    def test_closed_with_its_shortcut_it_opens_again_where_it_was_left(self) -> None:
+        left_at = self.drag_title(-150, 40)
+
+        # The second time would show a window that wanders by the size of its frame.
+        for _ in range(2):
+            self.close_by_keyboard()
+            self.open_settings()
+            self.assertEqual(self.windows(), [left_at])
+
+    def test_on_a_screen_that_shrinks_it_shrinks_too_and_grows_again_with_it(self) -> None:
+        before = self.window()
+        usual, low = self.desktop.area, Rectangle(0, 0, 640, 480)
+        self.addCleanup(self.desktop.screen.resize, usual.width, usual.height)
+
+        self.desktop.screen.resize(low.width, low.height)
+        eventually(lambda: self.window().height < low.height, PATIENCE, "the window is no higher than the screen")
+        self.desktop.screen.resize(usual.width, usual.height)
+
+        eventually(lambda: self.window().height == before.height, PATIENCE, "the window is as high as its form")
+
+    def test_the_shortcut_for_quitting_ends_it_and_drops_what_is_typed(self) -> None:
+        self.type_into("Host to Ping", "localhost")
+
+        self.assert_dropped_at_the_end(lambda: self.desktop.key("q", "Control_L"))
+
+    def test_a_polite_signal_drops_what_is_typed(self) -> None:
+        self.tab_to("Ping Every")
+        self.type_into("Ping Every", "30")
+
+        self.assert_dropped_at_the_end(lambda: self.program.send(signal.SIGTERM))
+
+    def type_into(self, name: str, text: str) -> None:
+        """Into the field that has the keyboard."""
+        eventually(lambda: self.focused() == name, PATIENCE, f"{name} has the keyboard")
+        self.type(*text)
+        self.wait_until_held(name, text)
+
+    def assert_dropped_at_the_end(self, end: Callable[[], None]) -> None:
+        end()
 
         self.assertEqual(self.program.exit_status(), 0, self.program.output)
         self.assertGreaterEqual(self.program.saved_pings(), 1)
+        self.assertFalse(self.stored.exists())
 
     def test_assistive_technology_sees_every_control_in_order(self) -> None:
         def all_controls() -> list[tuple[str, str]]:
@@ -130,12 +113,7 @@ class Settings(unittest.TestCase):
         self.assertIn("100 ms", texts)
 
     def test_everything_can_be_set_with_the_keyboard_alone(self) -> None:
-        eventually(lambda: self.focused() == "Host to Ping", PATIENCE, "the host's field has the keyboard")
-        self.type(*"localhost")
-        self.assertIsNone(self.setting("Hostname"))
-        self.desktop.key("Return")
-        self.wait_for("Hostname", "localhost")
-        eventually(self.shows_an_address_of_this_machine, PATIENCE, "its address")
+        self.set_host_by_keyboard()
 
         self.tab_to("Ping Every")
         self.type(*"600")
@@ -158,6 +136,7 @@ class Settings(unittest.TestCase):
         self.tab_to("Ping Every")
         self.type(*"abc")
         self.tab_to("Connection Up/Down Alerts")
+        self.wait_until_held("Ping Every", "30")
         self.assertEqual(self.setting("PingInterval"), 30)
         self.desktop.key("space")
         self.wait_for("ShowNotifications", True)
@@ -169,15 +148,34 @@ class Settings(unittest.TestCase):
         for key, value in (("PingInterval", 1), ("SlowPingLowThreshold", 100), ("ShowNotifications", False)):
             self.assertEqual(self.setting(key), value)
 
-    def shows_an_address_of_this_machine(self) -> bool:
-        return not {HOST, "::1"}.isdisjoint(self.desktop.accessible(APPLICATION).texts())
-
     def test_assistive_technology_can_turn_alerts_on(self) -> None:
         eventually(self.controls, PATIENCE, "the controls in the accessible tree")
 
         self.desktop.act(APPLICATION, "Connection Up/Down Alerts")
 
         self.wait_for("ShowNotifications", True)
+
+    def test_assistive_technology_writes_host_and_interval_and_restores_them(self) -> None:
+        eventually(lambda: self.focused() == "Host to Ping", PATIENCE, "the host's field has the keyboard")
+        self.write("Host to Ping", "localhost")
+        self.assertIsNone(self.setting("Hostname"))
+        self.tab_to("Ping Every")
+        self.wait_for("Hostname", "localhost")
+
+        for written, seconds in (("600", 60), ("0", 1), ("abc", 1)):
+            self.write("Ping Every", written)
+            self.desktop.key("Return")
+            self.wait_until_held("Ping Every", str(seconds))
+            self.wait_for("PingInterval", seconds)
+
+        self.desktop.act(APPLICATION, "Restore Default Settings")
+        self.wait_for("Hostname", DEFAULT_HOST)
+        self.wait_until_held("Host to Ping", DEFAULT_HOST)
+
+    def write(self, name: str, text: str) -> None:
+        """As assistive technology does it."""
+        self.desktop.set_text(APPLICATION, name, text)
+        self.wait_until_held(name, text)
 
     def test_assistive_technology_sets_the_threshold_in_milliseconds(self) -> None:
         eventually(self.controls, PATIENCE, "the controls in the accessible tree")

@@ -10,10 +10,11 @@ import time
 
 # Of the evdev protocol.
 BUTTONS = {1: 0x110, 2: 0x112, 3: 0x111}
+LETTERS = {"qwertyuiop": 16, "asdfghjkl": 30, "zxcvbnm": 44}
 KEYS = {
-    "Escape": 1, "Tab": 15, "q": 16, "Return": 28, "Control_L": 29, "Alt_L": 56, "space": 57, "Up": 103, "Down": 108,
-    "comma": 51, "w": 17,
-}  # fmt: skip
+    "Escape": 1, "Tab": 15, "Return": 28, "Control_L": 29, "Alt_L": 56, "space": 57, "Up": 103, "Down": 108,
+    "comma": 51,
+} | {letter: first + index for row, first in LETTERS.items() for index, letter in enumerate(row)}  # fmt: skip
 MODIFIER_BITS = {"Control_L": 4, "Alt_L": 8}
 KEYMAP = """xkb_keymap {
     xkb_keycodes { include "evdev+aliases(qwerty)" };

@@ -8,7 +8,7 @@ import subprocess
 
 from PIL import Image, ImageGrab
 from Xlib import XK, X, Xatom, display, error
-from Xlib.ext import xtest
+from Xlib.ext import randr, xtest
 from Xlib.xobject.drawable import Window
 
 from endtoend.waiting import eventually
@@ -84,6 +84,31 @@ class X11Screen:
         )
         self._display.sync()
 
+    def resize(self, width: int, height: int) -> None:
+        """The screen's one monitor, to a size that is no larger than the first one."""
+        root = self._display.screen().root
+        mode = self._mode(width, height)
+        resources = root.xrandr_get_screen_resources()
+        crtc, output, changed_at = resources.crtcs[0], resources.outputs[0], resources.config_timestamp
+        # It is switched off in between: it has to lie within the screen at all times.
+        self._display.xrandr_set_crtc_config(crtc, changed_at, 0, 0, X.NONE, randr.Rotate_0, [])
+        root.xrandr_set_screen_size(width, height, *(length * 254 // 960 for length in (width, height)))
+        self._display.xrandr_set_crtc_config(crtc, changed_at, 0, 0, mode, randr.Rotate_0, [output])
+        self._display.sync()
+
+    def _mode(self, width: int, height: int) -> int:
+        """The number of the monitor's mode with that size, which it is given if it has none."""
+        root = self._display.screen().root
+        resources = root.xrandr_get_screen_resources()
+        for mode in resources.modes:
+            if (mode.width, mode.height) == (width, height):
+                return mode.id
+        name = f"{width}x{height}"
+        no_timings = (0,) * 8
+        mode = root.xrandr_create_mode((0, width, height, *no_timings, len(name), 0), name).mode
+        self._display.xrandr_add_output_mode(resources.outputs[0], mode)
+        return mode
+
     def has_tray(self) -> bool:
         owner = self._display.get_selection_owner(self._display.intern_atom("_NET_SYSTEM_TRAY_S0"))
         return owner != X.NONE
@@ -119,6 +144,15 @@ class X11Screen:
         for code in reversed(codes):
             xtest.fake_input(self._display, X.KeyRelease, code)
         self._display.sync()
+
+    def keyboard_is_free(self) -> bool:
+        """Nobody keeps all keys for itself, as a window manager does while it moves a window."""
+        root = self._display.screen().root
+        if root.grab_keyboard(False, X.GrabModeAsync, X.GrabModeAsync, X.CurrentTime) != X.GrabSuccess:
+            return False
+        self._display.ungrab_keyboard(X.CurrentTime)
+        self._display.sync()
+        return True
 
     def focused_title(self) -> str:
         """Of the window that has the keyboard."""
