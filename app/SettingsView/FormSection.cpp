@@ -1,13 +1,13 @@
 #include "app/SettingsView/FormSection.h"
 
+#include "app/SettingsView/ControlLooks.h"
+
 #include <QAbstractButton>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QRegularExpression>
 #include <QStyle>
 #include <QVBoxLayout>
-
-#include <vector>
 
 namespace tarnwick {
 
@@ -27,15 +27,9 @@ constexpr float edgeOpacity = 0.11F;
 constexpr double liftOnLight = 0.75;
 constexpr double liftOnDark = 0.055;
 
-QColor mixed(const QColor& from, const QColor& to, double share) {
-    const auto mix = [share](float a, float b) { return static_cast<float>(a + (b - a) * share); };
-    return QColor::fromRgbF(
-        mix(from.redF(), to.redF()), mix(from.greenF(), to.greenF()), mix(from.blueF(), to.blueF()));
-}
-
 QColor cardColor(const QPalette& palette) {
     const double lift = LatencyPalette::isDark(palette) ? liftOnDark : liftOnLight;
-    return mixed(palette.color(QPalette::Window), Qt::white, lift);
+    return ControlLooks::mixed(palette.color(QPalette::Window), Qt::white, lift);
 }
 
 QColor edgeColor(const QPalette& palette) {
@@ -44,13 +38,14 @@ QColor edgeColor(const QPalette& palette) {
     return color;
 }
 
-/// No line ends between a number and its unit.
+/// No line ends between a number and its unit, or the sign before it.
 QString withUnitsKept(QString text) {
-    static const QRegularExpression space(QStringLiteral("(?<=[0-9]) "));
+    static const QRegularExpression space(
+        QStringLiteral(R"((?<=[0-9]) (?=(ms|seconds)\b)|(?<=\+) (?=[0-9]))"));
     return text.replace(space, QString(QChar::Nbsp));
 }
 
-/// Passes clicks on to its buddy, if that is a button.
+/// Passes clicks on to its buddy.
 class RowLabel final : public QLabel {
 public:
     using QLabel::QLabel;
@@ -60,9 +55,13 @@ protected:
     void mousePressEvent(QMouseEvent* event) override { event->accept(); }
 
     void mouseReleaseEvent(QMouseEvent* event) override {
-        auto* const button = dynamic_cast<QAbstractButton*>(buddy());
-        if (button != nullptr && event->button() == Qt::LeftButton && rect().contains(event->pos())) {
+        if (event->button() != Qt::LeftButton || !rect().contains(event->pos())) {
+            return;
+        }
+        if (auto* const button = qobject_cast<QAbstractButton*>(buddy())) {
             button->click();
+        } else if ((buddy()->focusPolicy() & Qt::TabFocus) != 0) {
+            buddy()->setFocus(Qt::MouseFocusReason);
         }
     }
 };
@@ -83,7 +82,11 @@ void setTextColor(QLabel& label, const QColor& color) {
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): widgets and layouts are owned by what they stand in
 
 FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls, QWidget* parent)
-    : QWidget(parent), line_(new QHBoxLayout), label_(new RowLabel(label, this)), note_(new QLabel(this)) {
+    : QWidget(parent),
+      controls_(controls),
+      line_(new QHBoxLayout),
+      label_(new RowLabel(label, this)),
+      note_(new QLabel(this)) {
     line_->addWidget(label_);
     line_->addStretch();
     for (QWidget* control : controls) {
@@ -117,6 +120,11 @@ void FormRow::setStyle(const ViewStyle& style) {
     label_->setMinimumHeight(style.length(rowHeight) - 2 * above);
     note_->setFont(style.font(footerPoints));
     setTextColor(*note_, style.colors().bad());
+    for (QWidget* control : controls_) {
+        if (qobject_cast<QLabel*>(control) == nullptr) {
+            ControlLooks::setEdge(*control);
+        }
+    }
     alignText(*note_, Qt::AlignLeading);
 }
 

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <initializer_list>
+#include <vector>
 
 class QHBoxLayout;
 
@@ -18,8 +19,8 @@ void alignText(QLabel& label, Qt::Alignment side);
 
 void setTextColor(QLabel& label, const QColor& color);
 
-/// One line of a card: a label, and what belongs to it at the other end. A click on the label is one on the
-/// control.
+/// One line of a card: a label, and what belongs to it at the other end. A click on the label presses the
+/// control, if that is a button, and else gives it the keyboard.
 class FormRow final : public QWidget {
 public:
     /// The first of the controls is the one that the label names, also to assistive technology.
@@ -34,7 +35,8 @@ public:
     [[nodiscard]] QWidget* control() const { return label_->buddy(); }
 
 private:
-    QHBoxLayout* line_; ///< owned by the layout around it
+    std::vector<QWidget*> controls_; ///< children
+    QHBoxLayout* line_;              ///< owned by the layout around it
     QLabel* label_;
     QLabel* note_;
 };

@@ -1,13 +1,17 @@
 #include "app/SettingsView/IntervalBox.h"
 
+#include "app/SettingsView/ControlLooks.h"
 #include "core/PingIntervalSetting.h"
 
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QStyle>
 #include <QStyleOptionSpinBox>
+#include <QStylePainter>
 
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace tarnwick {
 
@@ -23,28 +27,57 @@ std::string plainDigits(QString text) {
     return text.toStdString();
 }
 
+std::optional<int> parsed(const QString& text) {
+    return PingIntervalSetting::parse(plainDigits(text));
+}
+
 } // namespace
 
-IntervalBox::IntervalBox(QWidget* parent) : QSpinBox(parent) {
+IntervalBox::IntervalBox(Setting setting, QWidget* parent)
+    : QSpinBox(parent), setting_(std::move(setting)), draft_(*this, *lineEdit(), [this] { commit(); }) {
     setRange(PingIntervalSetting::range.lowest, PingIntervalSetting::range.highest);
     setKeyboardTracking(false);
     connect(this, &QSpinBox::valueChanged, this, [this](int seconds) {
-        if (onCommit) {
-            onCommit(seconds);
-        }
+        setting_.set(seconds);
+        reset();
     });
+    // Whether a step is possible may depend on it.
+    connect(lineEdit(), &QLineEdit::textChanged, this, [this] { update(); });
 }
 
-void IntervalBox::follow(int seconds) {
-    const bool isDraft = lineEdit()->text() != textFromValue(value());
-    if (!isDraft) {
-        reset(seconds);
+void IntervalBox::follow() {
+    const int seconds = setting_.get(); // read in any case, so that whoever tracks this is told of changes
+    if (!draft_.exists()) {
+        showSeconds(seconds);
     }
 }
 
-void IntervalBox::reset(int seconds) {
+void IntervalBox::reset() {
+    showSeconds(setting_.get());
+}
+
+void IntervalBox::showSeconds(int seconds) {
+    draft_.discard();
     const QSignalBlocker quiet(this);
     setValue(seconds);
+}
+
+void IntervalBox::commit() {
+    if (const auto seconds = parsed(text())) {
+        setting_.set(*seconds);
+    }
+    reset();
+}
+
+void IntervalBox::stepBy(int steps) {
+    const auto typed = draft_.exists() ? parsed(text()) : std::nullopt;
+    showSeconds(typed.value_or(setting_.get()));
+    QSpinBox::stepBy(steps);
+    setting_.set(value()); // nobody has been told where a typed end of the range stays what it is
+}
+
+QAbstractSpinBox::StepEnabled IntervalBox::stepEnabled() const {
+    return draft_.exists() ? StepUpEnabled | StepDownEnabled : QSpinBox::stepEnabled();
 }
 
 void IntervalBox::setFieldWidth(int width) {
@@ -56,16 +89,26 @@ void IntervalBox::setFieldWidth(int width) {
     setFixedWidth(width + option.rect.width() - field.width());
 }
 
+void IntervalBox::paintEvent(QPaintEvent* /*event*/) {
+    QStyleOptionSpinBox option;
+    initStyleOption(&option);
+    ControlLooks::evenOut(option, *this);
+    QStylePainter(this).drawComplexControl(QStyle::CC_SpinBox, option);
+}
+
 QValidator::State IntervalBox::validate(QString& /*text*/, int& /*position*/) const {
     return QValidator::Acceptable;
 }
 
-int IntervalBox::valueFromText(const QString& text) const {
-    return PingIntervalSetting::parse(plainDigits(text)).value_or(value());
+// The box itself interprets drafts at many an occasion. It is to find that there is nothing new in them, and
+// to leave them as they are.
+
+int IntervalBox::valueFromText(const QString& /*text*/) const {
+    return value();
 }
 
 QString IntervalBox::textFromValue(int seconds) const {
-    return locale().toString(seconds);
+    return draft_.exists() ? text() : locale().toString(seconds);
 }
 
 } // namespace tarnwick

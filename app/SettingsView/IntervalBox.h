@@ -1,33 +1,52 @@
 // The field for the ping interval, with its stepper.
 #pragma once
 
+#include "app/SettingsView/Draft.h"
+
 #include <QSpinBox>
 
 #include <functional>
 
 namespace tarnwick {
 
-/// Whatever is typed stays a draft until Enter is pressed or the field is left. Then a number counts, brought
-/// into range, and anything else brings the interval back.
+/// Whatever is typed is a draft. Once it counts, a number is brought into range and set, and anything else
+/// brings the interval back. Steps go on from what is typed, and hold at once.
 class IntervalBox final : public QSpinBox {
 public:
-    explicit IntervalBox(QWidget* parent);
+    /// Where the interval is kept, in seconds.
+    struct Setting {
+        std::function<int()> get;
+        std::function<void(int)> set; ///< may be called with what holds already
+    };
 
-    /// Shows an interval that was set elsewhere, unless something is being typed.
-    void follow(int seconds);
-    /// The same, in place of whatever is typed.
-    void reset(int seconds);
+    IntervalBox(Setting setting, QWidget* parent);
+
+    /// Shows the setting, unless something is being typed.
+    void follow();
+    /// Shows the setting in place of whatever is typed.
+    void reset();
+
+    /// Lets what is typed count.
+    void finish() { draft_.finish(); }
 
     /// The width of the part that is typed in.
     void setFieldWidth(int width);
 
-    /// Called when another interval has been committed or stepped to.
-    std::function<void(int)> onCommit;
+    void stepBy(int steps) override;
 
 protected:
+    [[nodiscard]] StepEnabled stepEnabled() const override;
     QValidator::State validate(QString& text, int& position) const override;
     [[nodiscard]] int valueFromText(const QString& text) const override;
     [[nodiscard]] QString textFromValue(int seconds) const override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void showSeconds(int seconds);
+    void commit();
+
+    Setting setting_;
+    Draft draft_;
 };
 
 } // namespace tarnwick

@@ -2,6 +2,8 @@
 
 #include "app/App/LaunchAtLogin.h"
 
+#include <utility>
+
 namespace tarnwick {
 
 using Status = LoginItem::Status;
@@ -14,24 +16,38 @@ bool LaunchAtLoginToggle::isReallyOn() const {
     return item_.status() != Status::notRegistered;
 }
 
+std::optional<std::string> LaunchAtLoginToggle::message() const {
+    if (const auto& failure = failure_.get()) {
+        return failure;
+    }
+    return needsApproval_.get() ? std::optional<std::string>(approvalText) : std::nullopt;
+}
+
 void LaunchAtLoginToggle::refresh() {
-    isOn_.set(isReallyOn());
-    message_.set(std::nullopt);
+    failure_.set(std::nullopt);
+    follow();
+}
+
+void LaunchAtLoginToggle::follow() {
+    const Status status = item_.status();
+    isOn_.set(status != Status::notRegistered);
+    needsApproval_.set(status == Status::requiresApproval);
 }
 
 void LaunchAtLoginToggle::set(bool on) {
     isOn_.set(on);
+    failure_.set(std::nullopt);
+    needsApproval_.set(false);
     if (on == isReallyOn()) {
-        message_.set(std::nullopt);
         return;
     }
     if (auto failure = LaunchAtLogin::set(item_, on)) {
-        message_.set(std::move(failure));
+        failure_.set(std::move(failure));
         isOn_.set(isReallyOn());
         return;
     }
     const bool needsApproval = on && item_.status() == Status::requiresApproval;
-    message_.set(needsApproval ? std::optional<std::string>(approvalText) : std::nullopt);
+    needsApproval_.set(needsApproval);
     if (needsApproval && onApprovalNeeded) {
         onApprovalNeeded();
     }

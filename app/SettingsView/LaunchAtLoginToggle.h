@@ -22,15 +22,19 @@ public:
     [[nodiscard]] bool isOn() const { return isOn_.get(); }
 
     /// What went wrong at the latest change, or what remains to be done.
-    [[nodiscard]] const std::optional<std::string>& message() const { return message_.get(); }
+    [[nodiscard]] std::optional<std::string> message() const;
 
     /// A failure turns it back to how things really are.
     void set(bool on);
 
-    /// Reads how things are, and forgets the message.
+    /// Reads how things are, and forgets what went wrong.
     void refresh();
 
-    /// Called when the user has to approve in the desktop's own settings.
+    /// Reads how things are, as they may have been changed in the desktop's own settings. What went wrong
+    /// here is still said.
+    void follow();
+
+    /// Called when after a change the user has to approve in the desktop's own settings.
     std::function<void()> onApprovalNeeded;
 
 private:
@@ -38,7 +42,8 @@ private:
 
     LoginItem& item_;
     Observed<bool> isOn_;
-    Observed<std::optional<std::string>> message_;
+    Observed<bool> needsApproval_;
+    Observed<std::optional<std::string>> failure_;
 };
 
 } // namespace tarnwick

@@ -2,6 +2,20 @@
 
 namespace tarnwick {
 
+SettingsModel::SettingsModel(Monitor& monitor, LoginItem& loginItem, UpdateFramework* updates)
+    : monitor_(monitor), launchAtLogin_(loginItem) {
+    if (updates != nullptr) {
+        updates_.emplace(*updates);
+    }
+}
+
+void SettingsModel::refresh() {
+    launchAtLogin_.refresh();
+    if (updates_) {
+        updates_->refresh();
+    }
+}
+
 std::optional<std::string> SettingsModel::addressLine() const {
     if (const auto& address = monitor_.resolvedAddress()) {
         return *address == values().hostname() ? std::nullopt : address;

@@ -3,6 +3,7 @@
 
 #include "app/Monitor/Monitor.h"
 #include "app/SettingsView/LaunchAtLoginToggle.h"
+#include "app/SettingsView/UpdateSettings.h"
 
 #include <functional>
 #include <optional>
@@ -13,8 +14,8 @@ namespace tarnwick {
 /// Observable through the monitor and its preferences. Main thread.
 class SettingsModel {
 public:
-    /// Both outlive the model.
-    SettingsModel(Monitor& monitor, LoginItem& loginItem) : monitor_(monitor), launchAtLogin_(loginItem) {}
+    /// All of them outlive the model. Without a framework there is nothing about updates to be set.
+    SettingsModel(Monitor& monitor, LoginItem& loginItem, UpdateFramework* updates = nullptr);
 
     [[nodiscard]] const Preferences& values() const { return monitor_.prefs(); }
 
@@ -39,12 +40,19 @@ public:
 
     [[nodiscard]] LaunchAtLoginToggle& launchAtLogin() { return launchAtLogin_; }
 
+    /// Null where there is nothing to be set about updates.
+    [[nodiscard]] UpdateSettings* updates() { return updates_ ? &*updates_ : nullptr; }
+
+    /// Reads afresh what changes elsewhere without telling: for a form that appears.
+    void refresh();
+
     /// Called after alerts have been turned on: somebody may have to be asked first.
     std::function<void()> onAlertsTurnedOn;
 
 private:
     Monitor& monitor_;
     LaunchAtLoginToggle launchAtLogin_;
+    std::optional<UpdateSettings> updates_;
 };
 
 } // namespace tarnwick

@@ -1,5 +1,7 @@
 #include "app/SettingsView/SettingsView.h"
 
+#include "app/SettingsView/ControlLooks.h"
+#include "app/SettingsView/DateText.h"
 #include "app/SettingsView/FormSection.h"
 #include "app/SettingsView/IntervalBox.h"
 #include "app/SettingsView/ThresholdSlider.h"
@@ -31,8 +33,8 @@ constexpr double intervalWidth = 44;
 constexpr double sliderWidth = 160;
 constexpr double thresholdWidth = 64;
 constexpr double controlHeight = 28;
-constexpr double textInset = 3; ///< in the host's field
-constexpr double buttonWidth = 200;
+constexpr double textInset = 2; ///< in the host's field
+constexpr double buttonInset = 16;
 
 QString displayTitle(Preferences::Display display) {
     switch (display) {
@@ -88,8 +90,9 @@ SettingsView::SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent)
       model_(model),
       loop_(loop),
       host_(new QLineEdit(this)),
+      hostDraft_(*host_, *host_, [this] { commitHost(); }),
       address_(new QLabel(this)),
-      interval_(new IntervalBox(this)),
+      interval_(new IntervalBox(intervalSetting(), this)),
       threshold_(new ThresholdSlider(this)),
       thresholdText_(new QLabel(this)),
       display_(new QComboBox(this)),
@@ -97,29 +100,31 @@ SettingsView::SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent)
       alerts_(new QCheckBox(this)),
       launchAtLogin_(new QCheckBox(this)) {
     auto* const column = new QVBoxLayout(this);
-    for (FormSection*& section : sections_) {
-        section = new FormSection(this);
-        column->addWidget(section);
-    }
     makeHostSection();
     makeIntervalSection();
     makeThresholdSection();
     makeBehaviorSection();
-    // The last one also for those who are led through the children.
-    restore_ = new QPushButton(QStringLiteral("Restore Default Settings"), this);
-    column->addWidget(restore_, 0, Qt::AlignHCenter);
+    if (UpdateSettings* const updates = model_.updates()) {
+        makeUpdateSection(*updates);
+    }
+    for (FormSection* const section : sections_) {
+        column->addWidget(section);
+    }
+    makeRestoreButton();
+    column->addWidget(restore_, 0, Qt::AlignTrailing);
     column->addStretch();
-    restore_->setAutoDefault(false);
-    connect(restore_, &QPushButton::clicked, this, [this] { restoreDefaults(); });
     applyStyle();
-    showHost();
     render();
 }
 
+FormSection& SettingsView::addSection() {
+    sections_.push_back(new FormSection(this));
+    return *sections_.back();
+}
+
 void SettingsView::makeHostSection() {
-    FormSection& section = *sections_[0];
+    FormSection& section = addSection();
     section.addRow(QStringLiteral("Host to Ping"), {host_});
-    connect(host_, &QLineEdit::editingFinished, this, [this] { commitHost(); });
     address_->setTextFormat(Qt::PlainText);
     address_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     address_->setWordWrap(true);
@@ -131,9 +136,8 @@ void SettingsView::makeHostSection() {
 }
 
 void SettingsView::makeIntervalSection() {
-    FormSection& section = *sections_[1];
+    FormSection& section = addSection();
     section.addRow(QStringLiteral("Ping Every"), {interval_, new QLabel(QStringLiteral("s"), this)});
-    interval_->onCommit = [this](int seconds) { model_.setPingInterval(seconds); };
     keepFromWheel(interval_);
     section.setFooter(
         QStringLiteral("1 to 60 seconds. Slower intervals send less traffic and use less battery, but the "
@@ -141,7 +145,7 @@ void SettingsView::makeIntervalSection() {
 }
 
 void SettingsView::makeThresholdSection() {
-    FormSection& section = *sections_[2];
+    FormSection& section = addSection();
     section.addRow(QStringLiteral("Slow Ping Threshold"), {threshold_, thresholdText_});
     threshold_->onMove = [this](double ms) {
         model_.setSlowPingThresholdMs(ms);
@@ -154,7 +158,7 @@ void SettingsView::makeThresholdSection() {
 }
 
 void SettingsView::makeBehaviorSection() {
-    FormSection& section = *sections_[3];
+    FormSection& section = addSection();
     section.addRow(QStringLiteral("Display"), {display_});
     section.addRow(QStringLiteral("Packet Loss Text"), {lossText_});
     section.addRow(QStringLiteral("Connection Up/Down Alerts"), {alerts_});
@@ -174,12 +178,45 @@ void SettingsView::makeBehaviorSection() {
     });
 }
 
+void SettingsView::makeUpdateSection(UpdateSettings& updates) {
+    FormSection& section = addSection();
+    checkAutomatically_ = new QCheckBox(this);
+    installAutomatically_ = new QCheckBox(this);
+    lastChecked_ = new QLabel(this);
+    checkNow_ = new QPushButton(QStringLiteral("Check Now"), this);
+    section.addRow(QStringLiteral("Check for Updates Automatically"), {checkAutomatically_});
+    section.addRow(QStringLiteral("Install Updates Automatically"), {installAutomatically_});
+    section.addRow(QStringLiteral("Last Checked"), {lastChecked_, checkNow_});
+    checkNow_->setAutoDefault(false);
+    connect(checkAutomatically_, &QCheckBox::toggled, this, [&updates](bool on) {
+        updates.setChecksAutomatically(on);
+    });
+    connect(installAutomatically_, &QCheckBox::toggled, this, [&updates](bool on) {
+        updates.setInstallsAutomatically(on);
+    });
+    connect(checkNow_, &QPushButton::clicked, this, [&updates] { updates.checkNow(); });
+    section.setFooter(QString::fromStdString(updates.explanation()));
+}
+
+void SettingsView::makeRestoreButton() {
+    restore_ = new QPushButton(QStringLiteral("Restore Default Settings"), this);
+    restore_->setAutoDefault(false);
+    // A click takes the keyboard from no field: what is typed there is to be replaced, not to be committed.
+    restore_->setFocusPolicy(Qt::TabFocus);
+    connect(restore_, &QPushButton::clicked, this, [this] { restoreDefaults(); });
+}
+
 // NOLINTEND(cppcoreguidelines-owning-memory)
+
+IntervalBox::Setting SettingsView::intervalSetting() {
+    return {
+        .get = [this] { return static_cast<int>(model_.values().pingInterval()); },
+        .set = [this](int seconds) { model_.setPingInterval(seconds); }};
+}
 
 SettingsView::~SettingsView() {
     // A field that loses the keyboard on its way out would commit to a form that has gone.
-    host_->disconnect(this);
-    interval_->onCommit = nullptr;
+    interval_->reset();
 }
 
 QSize SettingsView::sizeHint() const {
@@ -189,8 +226,7 @@ QSize SettingsView::sizeHint() const {
 
 void SettingsView::showEvent(QShowEvent* event) {
     if (!event->spontaneous()) {
-        model_.launchAtLogin().refresh();
-        showHost();
+        model_.refresh();
         rendering_ = std::make_unique<RenderLoop>(loop_, [this] { render(); });
     }
     QWidget::showEvent(event);
@@ -198,9 +234,18 @@ void SettingsView::showEvent(QShowEvent* event) {
 
 void SettingsView::hideEvent(QHideEvent* event) {
     if (!event->spontaneous()) {
+        hostDraft_.finish();
+        interval_->finish();
         rendering_.reset();
     }
     QWidget::hideEvent(event);
+}
+
+bool SettingsView::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate) {
+        model_.launchAtLogin().follow();
+    }
+    return QWidget::event(event);
 }
 
 void SettingsView::changeEvent(QEvent* event) {
@@ -214,6 +259,8 @@ void SettingsView::changeEvent(QEvent* event) {
         break;
     case QEvent::LocaleChange:
         showThreshold();
+        interval_->follow();
+        showUpdates();
         break;
     default:
         break;
@@ -232,17 +279,28 @@ void SettingsView::applyStyle() {
     interval_->setFieldWidth(style.length(intervalWidth));
     threshold_->setFixedWidth(style.length(sliderWidth));
     thresholdText_->setFixedWidth(style.length(thresholdWidth));
-    for (QLabel* value : {address_, thresholdText_}) {
-        setTextColor(*value, style.colors().secondary());
-        alignText(*value, Qt::AlignTrailing);
+    for (QLabel* value : {address_, thresholdText_, lastChecked_}) {
+        if (value != nullptr) {
+            setTextColor(*value, style.colors().secondary());
+            alignText(*value, Qt::AlignTrailing);
+        }
     }
-    for (QWidget* control :
-         std::initializer_list<QWidget*>{host_, interval_, display_, lossText_, restore_}) {
-        control->setMinimumHeight(style.length(controlHeight));
+    for (QWidget* control : std::initializer_list<QWidget*>{
+             host_, interval_, display_, lossText_, alerts_, launchAtLogin_, checkAutomatically_,
+             installAutomatically_, checkNow_, restore_}) {
+        if (control != nullptr) {
+            control->setMinimumHeight(style.length(controlHeight));
+        }
+    }
+    for (QPushButton* button : {checkNow_, restore_}) {
+        if (button != nullptr) {
+            const int text = button->fontMetrics().horizontalAdvance(button->text());
+            button->setMinimumWidth(text + 2 * style.length(buttonInset));
+        }
     }
     const int inset = style.length(textInset);
     host_->setTextMargins(inset, 0, inset, 0);
-    restore_->setMinimumWidth(style.length(buttonWidth));
+    ControlLooks::setEdge(*restore_);
     const int pickerWidth = std::max(display_->sizeHint().width(), lossText_->sizeHint().width());
     display_->setMinimumWidth(pickerWidth);
     lossText_->setMinimumWidth(pickerWidth);
@@ -250,25 +308,28 @@ void SettingsView::applyStyle() {
 }
 
 void SettingsView::render() {
-    if (host_->text() == shownHost_) {
-        showHost();
+    const std::string& host = model_.values().hostname(); // in any case, to be told of changes
+    if (!hostDraft_.exists()) {
+        showHost(host);
     }
     const auto address = model_.addressLine();
     address_->setText(QString::fromStdString(address.value_or("")));
     addressRow_->setVisible(address.has_value());
-    interval_->follow(static_cast<int>(model_.values().pingInterval()));
+    interval_->follow();
     showThreshold();
     showPicked(*display_, model_.values().display());
     showPicked(*lossText_, model_.values().lossTextMode());
     showOn(*alerts_, model_.values().showNotifications());
     showLaunchAtLogin();
+    showUpdates();
 }
 
-void SettingsView::showHost() {
-    shownHost_ = QString::fromStdString(model_.values().hostname());
-    if (host_->text() != shownHost_) {
-        host_->setText(shownHost_);
+void SettingsView::showHost(const std::string& host) {
+    const QString text = QString::fromStdString(host);
+    if (host_->text() != text) { // else the cursor stays where it is
+        host_->setText(text);
     }
+    hostDraft_.discard();
 }
 
 void SettingsView::showThreshold() {
@@ -284,17 +345,26 @@ void SettingsView::showLaunchAtLogin() {
     launchRow_->setNote(message);
 }
 
-void SettingsView::commitHost() {
-    if (host_->text() != shownHost_) {
-        model_.commitHost(host_->text().toStdString());
-        showHost();
+void SettingsView::showUpdates() {
+    const UpdateSettings* const updates = model_.updates();
+    if (updates == nullptr) {
+        return;
     }
+    showOn(*checkAutomatically_, updates->checksAutomatically());
+    showOn(*installAutomatically_, updates->installsAutomatically());
+    const auto& last = updates->lastChecked();
+    lastChecked_->setText(last ? dateText(*last, locale()) : QStringLiteral("Never"));
+}
+
+void SettingsView::commitHost() {
+    model_.commitHost(host_->text().toStdString());
+    showHost(model_.values().hostname());
 }
 
 void SettingsView::restoreDefaults() {
     model_.restoreDefaults();
-    showHost();
-    interval_->reset(static_cast<int>(model_.values().pingInterval()));
+    showHost(model_.values().hostname());
+    interval_->reset();
 }
 
 void SettingsView::keepFromWheel(QWidget* control) {

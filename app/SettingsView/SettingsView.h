@@ -2,12 +2,15 @@
 #pragma once
 
 #include "app/Observation/Observation.h"
+#include "app/SettingsView/Draft.h"
+#include "app/SettingsView/IntervalBox.h"
 #include "app/SettingsView/SettingsModel.h"
 
 #include <QWidget>
 
-#include <array>
 #include <memory>
+#include <string>
+#include <vector>
 
 class QCheckBox;
 class QComboBox;
@@ -19,11 +22,11 @@ namespace tarnwick {
 
 class FormRow;
 class FormSection;
-class IntervalBox;
 class ThresholdSlider;
 
-/// Host and interval are drafts until they are committed: with Enter, or when their field is left. All else
-/// holds at once. While it is shown it follows the settings, whoever changes them.
+/// Host and interval are drafts until they are committed: with Enter, when the keyboard goes to another
+/// control, or when the form is hidden. All else holds at once. While it is shown it follows the settings,
+/// whoever changes them.
 class SettingsView final : public QWidget {
 public:
     /// Model and loop outlive the view.
@@ -34,23 +37,29 @@ public:
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
+    bool event(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void changeEvent(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    FormSection& addSection();
     void makeHostSection();
     void makeIntervalSection();
     void makeThresholdSection();
     void makeBehaviorSection();
+    void makeUpdateSection(UpdateSettings& updates);
+    void makeRestoreButton();
+    [[nodiscard]] IntervalBox::Setting intervalSetting();
     void applyStyle();
 
     /// Everything that may change while the form is shown.
     void render();
-    void showHost();
+    void showHost(const std::string& host);
     void showThreshold();
     void showLaunchAtLogin();
+    void showUpdates();
     void commitHost();
     void restoreDefaults();
 
@@ -59,10 +68,10 @@ private:
 
     SettingsModel& model_;
     RunLoop& loop_;
-    QString shownHost_; ///< other text in the field is a draft
 
     // Children.
     QLineEdit* host_;
+    Draft hostDraft_;
     QLabel* address_;
     FormRow* addressRow_ = nullptr;
     IntervalBox* interval_;
@@ -73,8 +82,12 @@ private:
     QCheckBox* alerts_;
     QCheckBox* launchAtLogin_;
     FormRow* launchRow_ = nullptr;
+    QCheckBox* checkAutomatically_ = nullptr; ///< like all about updates, null where nothing is to be set
+    QCheckBox* installAutomatically_ = nullptr;
+    QLabel* lastChecked_ = nullptr;
+    QPushButton* checkNow_ = nullptr;
     QPushButton* restore_ = nullptr;
-    std::array<FormSection*, 4> sections_{};
+    std::vector<FormSection*> sections_; ///< from top to bottom
 
     std::unique_ptr<RenderLoop> rendering_; ///< only while it is shown
 };

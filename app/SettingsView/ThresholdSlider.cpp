@@ -29,7 +29,7 @@ public:
     [[nodiscard]] QVariant currentValue() const override { return slider_.thresholdMs(); }
 
     void setCurrentValue(const QVariant& value) override {
-        slider_.setValue(ThresholdScale::positionOf(value.toDouble()));
+        slider_.moveTo(ThresholdScale::positionOf(value.toDouble()));
     }
 
     [[nodiscard]] QVariant maximumValue() const override { return ThresholdScale::highestMs; }
@@ -72,6 +72,18 @@ void ThresholdSlider::follow(double ms) {
     setValue(ThresholdScale::positionOf(ms));
 }
 
+void ThresholdSlider::moveTo(int position) {
+    if (position != value()) {
+        setValue(position);
+        return;
+    }
+    // The end where it is already may stand for a threshold beyond it.
+    const double ms = ThresholdScale::thresholdAtPosition(position);
+    if (ms != thresholdMs_ && onMove) {
+        onMove(ms);
+    }
+}
+
 void ThresholdSlider::adjust(int action) {
     const auto moveBy = [this](int steps) {
         setSliderPosition(ThresholdScale::positionOf(ThresholdScale::stepped(thresholdMs_, steps)));
@@ -88,6 +100,12 @@ void ThresholdSlider::adjust(int action) {
         break;
     case SliderPageStepSub:
         moveBy(-pageSteps);
+        break;
+    case SliderToMinimum:
+        moveTo(minimum());
+        break;
+    case SliderToMaximum:
+        moveTo(maximum());
         break;
     default:
         break;

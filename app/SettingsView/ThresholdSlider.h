@@ -19,6 +19,9 @@ public:
     /// Shows the threshold that holds now.
     void follow(double ms);
 
+    /// As if the user had moved it there.
+    void moveTo(int position);
+
     /// Called with what the user has moved it to.
     std::function<void(double ms)> onMove;
 

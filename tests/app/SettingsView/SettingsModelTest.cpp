@@ -3,6 +3,7 @@
 
 #include "tests/app/WatchedMonitor.h"
 #include "tests/simulation/FakeLoginItem.h"
+#include "tests/simulation/FakeUpdateFramework.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -122,6 +123,22 @@ TEST_F(SettingsModelTest, RestoringDefaultsBringsThemAllBack) {
     EXPECT_EQ(prefs.pingInterval(), 1);
     EXPECT_EQ(prefs.slowPingThresholdMs(), 100);
     EXPECT_FALSE(prefs.showNotifications());
+}
+
+TEST_F(SettingsModelTest, WithoutAnUpdateFrameworkThereIsNothingAboutUpdates) {
+    EXPECT_EQ(model.updates(), nullptr);
+}
+
+TEST_F(SettingsModelTest, RefreshingReadsWhatChangesElsewhere) {
+    simulation::FakeUpdateFramework framework;
+    SettingsModel updated(monitor, loginItem, &framework);
+    framework.checks = true;
+    loginItem.now = LoginItem::Status::enabled;
+    updated.refresh();
+
+    ASSERT_NE(updated.updates(), nullptr);
+    EXPECT_TRUE(updated.updates()->checksAutomatically());
+    EXPECT_TRUE(updated.launchAtLogin().isOn());
 }
 
 } // namespace tarnwick

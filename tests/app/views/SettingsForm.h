@@ -23,6 +23,9 @@
 namespace tarnwick::test {
 
 struct SettingsForm : WatchedMonitor {
+    explicit SettingsForm(UpdateFramework* updates = nullptr)
+        : model(monitor, loginItem, updates), window(model, loop, menu.menu) {}
+
     /// What people know a control by.
     [[nodiscard]] static std::string name(const QWidget& control) {
         const auto* const button = qobject_cast<const QPushButton*>(&control);
@@ -75,6 +78,7 @@ struct SettingsForm : WatchedMonitor {
     void settle() {
         loop.runPending();
         QApplication::processEvents();
+        loop.runPending(); // what those events have brought about
     }
 
     /// Sends keys to whatever has the keyboard.
@@ -99,8 +103,8 @@ struct SettingsForm : WatchedMonitor {
 
     simulation::FakeLoginItem loginItem;
     StandardMenu menu;
-    SettingsModel model{monitor, loginItem};
-    SettingsWindow window{model, loop, menu.menu};
+    SettingsModel model;
+    SettingsWindow window;
 };
 
 } // namespace tarnwick::test

@@ -13,6 +13,7 @@
 #include "tests/app/views/Ink.h"
 #include "tests/app/views/StandardMenu.h"
 #include "tests/simulation/FakeLoginItem.h"
+#include "tests/simulation/FakeUpdateFramework.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -194,9 +195,10 @@ void drawDropDowns(const QDir& folder, const QString& style) {
 
 /// The settings window after a click on a switch, if any, with the application's colors, font and locale.
 QImage grabSettings(
-    WatchedMonitor& world, simulation::FakeLoginItem& loginItem, const QString& clicked = {}) {
+    WatchedMonitor& world, simulation::FakeLoginItem& loginItem, const QString& clicked = {},
+    UpdateFramework* updates = nullptr) {
     const test::StandardMenu menu;
-    SettingsModel model(world.monitor, loginItem);
+    SettingsModel model(world.monitor, loginItem, updates);
     SettingsWindow window(model, world.loop, menu.menu);
     window.present();
     for (QCheckBox* box : window.findChildren<QCheckBox*>()) {
@@ -228,13 +230,16 @@ void drawSettings(const QDir& folder, const QString& style) {
     loginItem.failure = "The folder /home/one/.config/autostart can't be written: Permission denied";
     grabSettings(world, loginItem, "Launch at Login")
         .save(folder.filePath("settings-refused-" + style + ".png"));
+    simulation::FakeUpdateFramework updates;
+    updates.checks = true;
+    updates.lastCheck = RunLoop::WallTime(std::chrono::hours(24 * 365 * 56));
     for (const char* const language : {"de_DE", "ar_EG"}) {
         const QLocale locale{QLatin1String(language)};
         QLocale::setDefault(locale);
         QApplication::setLayoutDirection(locale.textDirection());
         world.prefs.setSlowPingThresholdMs(2000);
         world.prefs.setPingInterval(60);
-        grabSettings(world, loginItem)
+        grabSettings(world, loginItem, {}, &updates)
             .save(folder.filePath("settings-" + QLatin1String(language) + "-" + style + ".png"));
     }
     QLocale::setDefault(QLocale::c());

@@ -1,29 +1,18 @@
 // Light and dark windows, as the user prefers them and whatever the toolkit begins with.
 #include "platform/qt/Appearance.h"
 
+#include "tests/support/Contrast.h"
+
 #include <QApplication>
 #include <QPalette>
 
-#include <algorithm>
-#include <cmath>
 #include <gtest/gtest.h>
+
+#include <utility>
 
 namespace tarnwick {
 
 namespace {
-
-/// Contrast of two colors as the accessibility guidelines for web content reckon it, 1 to 21.
-double contrast(const QColor& first, const QColor& second) {
-    const auto luminance = [](const QColor& color) {
-        const auto linear = [](double share) {
-            return share <= 0.04045 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF())
-               + 0.0722 * linear(color.blueF());
-    };
-    const auto [low, high] = std::minmax({luminance(first), luminance(second)});
-    return (high + 0.05) / (low + 0.05);
-}
 
 class AppearanceTest : public testing::Test {
 protected:
@@ -73,7 +62,7 @@ TEST_F(AppearanceTest, TextIsReadableInEitherKind) {
                  Pair(QPalette::Link, QPalette::Window),
                  Pair(QPalette::ToolTipText, QPalette::ToolTipBase),
              }) {
-            EXPECT_GE(contrast(palette.color(text), palette.color(ground)), enough) << dark << text;
+            EXPECT_GE(test::contrast(palette.color(text), palette.color(ground)), enough) << dark << text;
         }
     }
 }

@@ -1,0 +1,47 @@
+#include "app/SettingsView/ControlLooks.h"
+
+#include <QPalette>
+#include <QStyle>
+#include <QStyleOptionSpinBox>
+#include <QWidget>
+
+namespace tarnwick::ControlLooks {
+
+namespace {
+
+/// How far an edge goes from the ground towards the text.
+constexpr double edgeShare = 0.42;
+
+/// By how much the toolkit's own style darkens the color of the window for the edges of controls, in percent.
+constexpr int darkening = 140;
+
+bool isToolkitsOwn(const QStyle& style) {
+    return style.name() == QLatin1String("fusion");
+}
+
+} // namespace
+
+QColor mixed(const QColor& from, const QColor& to, double share) {
+    const auto mix = [share](float a, float b) { return static_cast<float>(a + (b - a) * share); };
+    return QColor::fromRgbF(
+        mix(from.redF(), to.redF()), mix(from.greenF(), to.greenF()), mix(from.blueF(), to.blueF()));
+}
+
+void setEdge(QWidget& control) {
+    QPalette own; // of what is set here; all else is that of the parent
+    if (isToolkitsOwn(*control.style())) {
+        const QPalette around = control.parentWidget()->palette();
+        const QColor edge =
+            mixed(around.color(QPalette::Window), around.color(QPalette::WindowText), edgeShare);
+        own.setColor(QPalette::Window, edge.lighter(darkening));
+    }
+    control.setPalette(own);
+}
+
+void evenOut(QStyleOptionSpinBox& option, const QWidget& box) {
+    if (isToolkitsOwn(*box.style())) {
+        option.rect.adjust(0, -1, 0, 1); // it keeps that much free above and below
+    }
+}
+
+} // namespace tarnwick::ControlLooks

@@ -1,0 +1,47 @@
+#include "app/SettingsView/Draft.h"
+
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QLineEdit>
+
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+/// Not when the keyboard will come back to where it was.
+bool leavesForGood(const QEvent& event) {
+    const auto* const focus = dynamic_cast<const QFocusEvent*>(&event);
+    return event.type() == QEvent::FocusOut && focus != nullptr
+           && focus->reason() != Qt::ActiveWindowFocusReason && focus->reason() != Qt::PopupFocusReason;
+}
+
+bool isEnter(const QEvent& event) {
+    const auto* const key = dynamic_cast<const QKeyEvent*>(&event);
+    return event.type() == QEvent::KeyPress && key != nullptr
+           && (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter);
+}
+
+} // namespace
+
+Draft::Draft(QWidget& field, QLineEdit& text, std::function<void()> commit) : commit_(std::move(commit)) {
+    // Not `textEdited`, which tells of the keyboard alone.
+    connect(&text, &QLineEdit::textChanged, this, [this] { exists_ = true; });
+    field.installEventFilter(this);
+}
+
+void Draft::finish() {
+    if (std::exchange(exists_, false)) {
+        commit_();
+    }
+}
+
+bool Draft::eventFilter(QObject* /*watched*/, QEvent* event) {
+    if (isEnter(*event) || leavesForGood(*event)) {
+        finish();
+    }
+    return false;
+}
+
+} // namespace tarnwick
