@@ -200,15 +200,16 @@ def main() -> int:
     options = parse_arguments()
     if "TARNWICK_LAB_NAMESPACE" not in os.environ:
         os.execv(LABORATORY, [str(LABORATORY), sys.executable, *sys.argv])
+    needed = [options.program, "ping", "fping", *(["dbus-daemon", "gdbus"] if options.bus else [])]
+    missing = [name for name in needed if shutil.which(name) is None]
+    if missing:
+        print(f"Not found: {', '.join(missing)}", file=sys.stderr)
+        return 1
     with login_manager() if options.bus else contextlib.nullcontext(NO_BUS) as bus:
         return compare(options, programs(options, bus))
 
 
 def compare(options: argparse.Namespace, compared: list[Program]) -> int:
-    missing = [program.count[0] for program in compared if shutil.which(program.count[0]) is None]
-    if missing:
-        print(f"Not found: {', '.join(missing)}", file=sys.stderr)
-        return 1
     runs: dict[str, list[Run]] = {program.name: [] for program in compared}
     for _ in range(options.rounds):
         for name, run in measure(compared, options.seconds).items():

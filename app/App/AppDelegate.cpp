@@ -152,7 +152,9 @@ void AppDelegate::quitOnTerminationSignals() {
 void AppDelegate::showSettings() {
     if (!settingsWindow_) {
         settingsModel_.onAlertsTurnedOn = [this] { notifications_.requestAuthorization(); };
-        settingsModel_.launchAtLogin().onApprovalNeeded = [] { StartupSettings::open(); };
+        if (StartupSettings::exists()) {
+            settingsModel_.launchAtLogin().showApproval = [] { StartupSettings::open(); };
+        }
         settingsWindow_ = std::make_unique<SettingsWindow>(settingsModel_, loop_, menu_);
     }
     settingsWindow_->present();

@@ -42,6 +42,7 @@ void ConfirmDialog::ask(const Question& question, std::function<void(bool)> answ
     const auto* const accept =
         window_->addButton(QString::fromStdString(question.confirm), QMessageBox::DestructiveRole);
     QPushButton* const cancel = window_->addButton(QMessageBox::Cancel);
+    cancel->setText(QString::fromStdString(question.cancel));
     cancel->setIcon({});
     window_->setDefaultButton(cancel);
     window_->setEscapeButton(cancel);

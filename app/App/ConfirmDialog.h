@@ -22,9 +22,9 @@ public:
     /// An open question is dropped without an answer.
     ~ConfirmDialog();
 
-    /// Shows the question with the button that says yes and "Cancel", the default one. `answered` is called
-    /// once: true for yes, false for everything else, a closed window included. A question that is still open
-    /// is answered with false first.
+    /// Shows the question with a button that says yes and the default one, which cancels. `answered` is
+    /// called once: true for yes, false for everything else, a closed window included. A question that is
+    /// still open is answered with false first.
     void ask(const Question& question, std::function<void(bool)> answered);
 
     /// The window while a question is open.

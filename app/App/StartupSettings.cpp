@@ -3,6 +3,7 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <optional>
 
 namespace tarnwick::StartupSettings {
 
@@ -36,6 +37,12 @@ bool isInstalled(const Command& command) {
     return !QStandardPaths::findExecutable(QString::fromStdString(command.front())).isEmpty();
 }
 
+std::optional<Command> presentCommand() {
+    const std::vector<Command> known = commands(qgetenv("XDG_CURRENT_DESKTOP").toStdString());
+    const auto command = std::ranges::find_if(known, isInstalled);
+    return command == known.end() ? std::nullopt : std::optional(*command);
+}
+
 } // namespace
 
 std::vector<Command> commands(std::string_view desktops) {
@@ -53,10 +60,13 @@ std::vector<Command> commands(std::string_view desktops) {
     return found;
 }
 
+bool exists() {
+    return presentCommand().has_value();
+}
+
 void open(DesktopOpened ended) {
-    const std::vector<Command> known = commands(qgetenv("XDG_CURRENT_DESKTOP").toStdString());
-    const auto command = std::ranges::find_if(known, isInstalled);
-    if (command == known.end()) {
+    const auto command = presentCommand();
+    if (!command) {
         return;
     }
     QStringList arguments;

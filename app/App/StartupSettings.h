@@ -15,6 +15,9 @@ using Command = std::vector<std::string>;
 /// separated by colons ("ubuntu:GNOME"). Empty where there is no such place, or none that is known.
 [[nodiscard]] std::vector<Command> commands(std::string_view desktops);
 
+/// Whether one of those of the present desktop is installed.
+[[nodiscard]] bool exists();
+
 /// Shows it on the present desktop with the first command that is installed; without one `ended` is never
 /// called. Needs the application object.
 void open(DesktopOpened ended = {});

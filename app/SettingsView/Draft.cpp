@@ -3,6 +3,7 @@
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QWidget>
 
 #include <utility>
 
@@ -27,7 +28,12 @@ bool isEnter(const QEvent& event) {
 
 Draft::Draft(QWidget& field, QLineEdit& text, std::function<void()> commit) : commit_(std::move(commit)) {
     // Not `textEdited`, which tells of the keyboard alone.
-    connect(&text, &QLineEdit::textChanged, this, [this] { exists_ = true; });
+    connect(&text, &QLineEdit::textChanged, this, [this, &field] {
+        exists_ = true;
+        if (field.window()->focusWidget() != &field) {
+            finish();
+        }
+    });
     field.installEventFilter(this);
 }
 

@@ -5,9 +5,12 @@
 #include <QAbstractButton>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QStyle>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace tarnwick {
 
@@ -18,6 +21,8 @@ constexpr double rowPadding = 6;
 constexpr double rowHeight = 40;
 constexpr double noteGap = 2;
 constexpr double controlGap = 8;
+constexpr double remedyInset = 12;
+constexpr double remedyHeight = 28;
 constexpr double footerGap = 7;
 constexpr double footerPoints = 11;
 constexpr double cornerRadius = 10;
@@ -86,7 +91,8 @@ FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls,
       controls_(controls),
       line_(new QHBoxLayout),
       label_(new RowLabel(label, this)),
-      note_(new QLabel(this)) {
+      note_(new QLabel(this)),
+      noteLine_(new QHBoxLayout) {
     line_->addWidget(label_);
     line_->addStretch();
     for (QWidget* control : controls) {
@@ -101,14 +107,26 @@ FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls,
     note_->setWordWrap(true);
     note_->setTextFormat(Qt::PlainText);
     note_->hide();
+    noteLine_->addWidget(note_, 1);
     auto* const column = new QVBoxLayout(this);
     column->addLayout(line_);
-    column->addWidget(note_);
+    column->addLayout(noteLine_);
 }
 
-void FormRow::setNote(const QString& text) {
+void FormRow::setNote(const QString& text, bool offersRemedy) {
     note_->setText(text);
     note_->setVisible(!text.isEmpty());
+    if (remedy_ != nullptr) {
+        remedy_->setVisible(offersRemedy);
+    }
+}
+
+void FormRow::addRemedy(const QString& title, std::function<void()> act) {
+    remedy_ = new QPushButton(title, this);
+    remedy_->setAutoDefault(false);
+    remedy_->hide();
+    noteLine_->addWidget(remedy_, 0, Qt::AlignBottom);
+    connect(remedy_, &QPushButton::clicked, this, std::move(act));
 }
 
 void FormRow::setStyle(const ViewStyle& style) {
@@ -118,8 +136,14 @@ void FormRow::setStyle(const ViewStyle& style) {
     layout()->setSpacing(style.length(noteGap));
     line_->setSpacing(style.length(controlGap));
     label_->setMinimumHeight(style.length(rowHeight) - 2 * above);
+    noteLine_->setSpacing(style.length(controlGap));
     note_->setFont(style.font(footerPoints));
     setTextColor(*note_, style.colors().bad());
+    if (remedy_ != nullptr) {
+        const int text = remedy_->fontMetrics().horizontalAdvance(remedy_->text());
+        remedy_->setMinimumSize(text + 2 * style.length(remedyInset), style.length(remedyHeight));
+        ControlLooks::setEdge(*remedy_);
+    }
     for (QWidget* control : controls_) {
         if (qobject_cast<QLabel*>(control) == nullptr) {
             ControlLooks::setEdge(*control);

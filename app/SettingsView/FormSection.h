@@ -6,10 +6,12 @@
 #include <QLabel>
 #include <QWidget>
 
+#include <functional>
 #include <initializer_list>
 #include <vector>
 
 class QHBoxLayout;
+class QPushButton;
 
 namespace tarnwick {
 
@@ -26,8 +28,12 @@ public:
     /// The first of the controls is the one that the label names, also to assistive technology.
     FormRow(const QString& label, std::initializer_list<QWidget*> controls, QWidget* parent);
 
-    /// A text below the line; hidden while empty.
-    void setNote(const QString& text);
+    /// A text below the line; hidden while empty. With what can be done about it, if it is so said here and a
+    /// remedy was added.
+    void setNote(const QString& text, bool offersRemedy = false);
+
+    /// A button beside notes.
+    void addRemedy(const QString& title, std::function<void()> act);
 
     void setStyle(const ViewStyle& style);
 
@@ -39,6 +45,8 @@ private:
     QHBoxLayout* line_;              ///< owned by the layout around it
     QLabel* label_;
     QLabel* note_;
+    QHBoxLayout* noteLine_;         ///< owned by the layout around it
+    QPushButton* remedy_ = nullptr; ///< a child
 };
 
 class FormSection final : public QWidget {

@@ -23,15 +23,18 @@ std::optional<std::string> LaunchAtLoginToggle::message() const {
     return needsApproval_.get() ? std::optional<std::string>(approvalText) : std::nullopt;
 }
 
+bool LaunchAtLoginToggle::leadsToApproval() const {
+    return needsApproval_.get() && !failure_.get() && showApproval;
+}
+
 void LaunchAtLoginToggle::refresh() {
     failure_.set(std::nullopt);
     follow();
 }
 
 void LaunchAtLoginToggle::follow() {
-    const Status status = item_.status();
-    isOn_.set(status != Status::notRegistered);
-    needsApproval_.set(status == Status::requiresApproval);
+    isOn_.set(isReallyOn());
+    needsApproval_.set(item_.status() == Status::requiresApproval);
 }
 
 void LaunchAtLoginToggle::set(bool on) {
@@ -48,8 +51,8 @@ void LaunchAtLoginToggle::set(bool on) {
     }
     const bool needsApproval = on && item_.status() == Status::requiresApproval;
     needsApproval_.set(needsApproval);
-    if (needsApproval && onApprovalNeeded) {
-        onApprovalNeeded();
+    if (needsApproval && showApproval) {
+        showApproval();
     }
 }
 

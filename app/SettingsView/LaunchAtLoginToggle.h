@@ -34,8 +34,12 @@ public:
     /// here is still said.
     void follow();
 
-    /// Called when after a change the user has to approve in the desktop's own settings.
-    std::function<void()> onApprovalNeeded;
+    /// Whether the message asks for approval, and there is a way to show the user where that is given.
+    [[nodiscard]] bool leadsToApproval() const;
+
+    /// Shows the user where the desktop is told what starts with the session; called where approval turns out
+    /// to be needed after a change, and by whoever offers it. Empty where there is no such place.
+    std::function<void()> showApproval;
 
 private:
     [[nodiscard]] bool isReallyOn() const;

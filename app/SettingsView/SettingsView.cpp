@@ -163,6 +163,8 @@ void SettingsView::makeBehaviorSection() {
     section.addRow(QStringLiteral("Packet Loss Text"), {lossText_});
     section.addRow(QStringLiteral("Connection Up/Down Alerts"), {alerts_});
     launchRow_ = section.addRow(QStringLiteral("Launch at Login"), {launchAtLogin_});
+    launchRow_->addRemedy(
+        QStringLiteral("Startup Settings…"), [this] { model_.launchAtLogin().showApproval(); });
     offer(*display_, Preferences::allDisplays, displayTitle, [this](auto picked) {
         model_.setDisplay(picked);
     });
@@ -326,10 +328,11 @@ void SettingsView::render() {
 
 void SettingsView::showHost(const std::string& host) {
     const QString text = QString::fromStdString(host);
+    hostDraft_.discard();
     if (host_->text() != text) { // else the cursor stays where it is
+        const QSignalBlocker quiet(host_);
         host_->setText(text);
     }
-    hostDraft_.discard();
 }
 
 void SettingsView::showThreshold() {
@@ -342,7 +345,7 @@ void SettingsView::showLaunchAtLogin() {
     const QString message = QString::fromStdString(model_.launchAtLogin().message().value_or(""));
     showOn(*launchAtLogin_, model_.launchAtLogin().isOn());
     launchAtLogin_->setAccessibleDescription(message);
-    launchRow_->setNote(message);
+    launchRow_->setNote(message, model_.launchAtLogin().leadsToApproval());
 }
 
 void SettingsView::showUpdates() {

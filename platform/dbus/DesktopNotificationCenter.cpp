@@ -53,7 +53,7 @@ void DesktopNotificationCenter::post(const std::string& title, const std::string
         return;
     }
     findService();
-    if (!waiting_.empty() && !staleTimer_) {
+    if (!staleTimer_) {
         staleTimer_ = loop_.after(patience_, [this] { dropStale(); });
     }
 }

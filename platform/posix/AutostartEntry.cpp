@@ -151,7 +151,7 @@ LoginItem::Status AutostartEntry::status() const {
         return Status::notRegistered;
     }
     const Status found = statusOf(*own);
-    return found == Status::enabled && !startsThisProgram(*own) ? Status::notRegistered : found;
+    return found == Status::enabled && startsAnotherCopy(*own) ? Status::notRegistered : found;
 }
 
 LoginItem::Status AutostartEntry::statusOf(const DesktopEntry& entry) const {
@@ -170,8 +170,14 @@ bool AutostartEntry::startsHere(const DesktopEntry& entry) const {
            && isForThisDesktop(entry);
 }
 
-bool AutostartEntry::startsThisProgram(const DesktopEntry& entry) const {
-    return !program_ || DesktopCommand::names(entry.value(Key::exec).value_or(""), *program_);
+/// Only where that is certain: a script or another program that it names may start this one in the end.
+bool AutostartEntry::startsAnotherCopy(const DesktopEntry& entry) const {
+    const auto command = entry.value(Key::exec);
+    const auto name = command ? DesktopCommand::program(*command) : std::nullopt;
+    const auto file = name ? DesktopCommand::find(*name) : std::nullopt;
+    std::error_code error;
+    return program_ && file && file->filename() == program_->filename()
+           && !fs::equivalent(*file, *program_, error);
 }
 
 bool AutostartEntry::isForThisDesktop(const DesktopEntry& entry) const {
@@ -212,7 +218,7 @@ void AutostartEntry::admitThisDesktop(DesktopEntry& entry) const {
 
 std::optional<std::string> AutostartEntry::enroll() {
     if (session_.isSandboxed) {
-        return "Can’t be set from inside a sandbox. Add Tarnwick in your desktop's startup settings.";
+        return "Can’t be set from inside a sandbox. Add Tarnwick to what your desktop starts.";
     }
     if (!program_) {
         return "Can’t tell where this program is";

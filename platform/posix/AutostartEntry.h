@@ -12,9 +12,9 @@ namespace tarnwick {
 /// Reads the files each time it is asked. The user's own entry hides those of the system, which are never
 /// written. An entry that says that the desktop has switched it off requires approval; one that can't start
 /// here (its program is gone, it is for other desktops, it can't be read), or a user's own that starts
-/// another program, counts as not registered, and enrolling mends it. Withdrawing leaves no entry behind, or
-/// one that is switched off, where it holds more than was written here or would let a system's entry show
-/// through. Inside a sandbox nothing is ever registered. Main thread.
+/// another copy of the program, counts as not registered, and enrolling mends it. Withdrawing leaves no entry
+/// behind, or one that is switched off, where it holds more than was written here or would let a system's
+/// entry show through. Inside a sandbox nothing is ever registered. Main thread.
 class AutostartEntry final : public LoginItem {
 public:
     struct Session {
@@ -40,7 +40,7 @@ private:
     [[nodiscard]] std::optional<DesktopEntry> systemEntry() const;
     [[nodiscard]] Status statusOf(const DesktopEntry& entry) const;
     [[nodiscard]] bool startsHere(const DesktopEntry& entry) const;
-    [[nodiscard]] bool startsThisProgram(const DesktopEntry& entry) const;
+    [[nodiscard]] bool startsAnotherCopy(const DesktopEntry& entry) const;
     [[nodiscard]] bool isForThisDesktop(const DesktopEntry& entry) const;
     void admitThisDesktop(DesktopEntry& entry) const;
     [[nodiscard]] std::optional<std::string> write(const DesktopEntry& entry) const;

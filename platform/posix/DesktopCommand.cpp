@@ -34,26 +34,6 @@ std::string inQuotes(std::string_view argument) {
     return result + '"';
 }
 
-std::string withSinglePercents(std::string word) {
-    for (std::size_t at = word.find("%%"); at != std::string::npos; at = word.find("%%", at + 1)) {
-        word.erase(at, 1);
-    }
-    return word;
-}
-
-/// Roughly: what stands between the signs that end a word in a shell.
-std::vector<std::string> shellWords(const std::string& script) {
-    std::vector<std::string> result(1);
-    for (const char letter : script) {
-        if (std::string_view(" \t\n;&|()'\"").find(letter) == std::string_view::npos) {
-            result.back() += letter;
-        } else {
-            result.emplace_back();
-        }
-    }
-    return result;
-}
-
 bool isExecutableFile(const fs::path& path) {
     std::error_code error;
     return fs::is_regular_file(path, error) && ::access(path.c_str(), X_OK) == 0;
@@ -73,34 +53,26 @@ std::string starting(const fs::path& program) {
     return "sh -c " + inQuotes(R"(exec "$0")") + " " + inQuotes(path);
 }
 
-std::optional<std::vector<std::string>> words(std::string_view command) {
-    std::vector<std::string> result;
-    bool isInWord = false;
-    bool isInQuotes = false;
-    for (std::size_t at = 0; at < command.size(); ++at) {
-        const char letter = command[at];
-        if (letter == ' ' && !isInQuotes) {
-            isInWord = false;
-            continue;
-        }
-        if (!isInWord) {
-            result.emplace_back();
-            isInWord = true;
-        }
-        if (letter == '"') {
-            isInQuotes = !isInQuotes;
-        } else if (letter == '\\' && isInQuotes && at + 1 < command.size()) {
-            result.back() += command[++at];
-        } else {
-            result.back() += letter;
-        }
-    }
-    return isInQuotes ? std::nullopt : std::optional(result);
-}
-
 std::optional<std::string> program(std::string_view command) {
-    const auto all = words(command);
-    return all && !all->empty() ? std::optional(all->front()) : std::nullopt;
+    const std::size_t start = command.find_first_not_of(' ');
+    if (start == std::string_view::npos) {
+        return std::nullopt;
+    }
+    command.remove_prefix(start);
+    if (!command.starts_with('"')) {
+        return std::string(command.substr(0, command.find(' ')));
+    }
+    std::string name;
+    for (std::size_t at = 1; at < command.size(); ++at) {
+        if (command[at] == '"') {
+            return name;
+        }
+        if (command[at] == '\\' && at + 1 < command.size()) {
+            ++at;
+        }
+        name += command[at];
+    }
+    return std::nullopt;
 }
 
 std::optional<fs::path> find(const std::string& program) {
@@ -117,19 +89,6 @@ std::optional<fs::path> find(const std::string& program) {
         }
     }
     return std::nullopt;
-}
-
-bool names(std::string_view command, const fs::path& program) {
-    const auto isIt = [&program](const std::string& name) {
-        const auto file = find(name);
-        std::error_code error;
-        return file && fs::equivalent(*file, program, error);
-    };
-    const auto all = words(command);
-    return all && std::ranges::any_of(*all, [&](const std::string& word) {
-               const std::string argument = withSinglePercents(word);
-               return isIt(argument) || std::ranges::any_of(shellWords(argument), isIt);
-           });
 }
 
 } // namespace tarnwick::DesktopCommand

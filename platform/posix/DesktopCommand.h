@@ -5,15 +5,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace tarnwick::DesktopCommand {
 
 /// The value of Exec that starts the program at this path, whatever letters are in it.
 [[nodiscard]] std::string starting(const std::filesystem::path& program);
-
-/// The words of such a value, without quotation marks; nothing when it can't be read.
-[[nodiscard]] std::optional<std::vector<std::string>> words(std::string_view command);
 
 /// The program that such a value starts, as it is named there; nothing when the value can't be read.
 [[nodiscard]] std::optional<std::string> program(std::string_view command);
@@ -21,9 +17,5 @@ namespace tarnwick::DesktopCommand {
 /// Where the program lies that would be started: at this path, or by this name in the first of the folders of
 /// $PATH that has it.
 [[nodiscard]] std::optional<std::filesystem::path> find(const std::string& program);
-
-/// Whether such a value starts the program at this path, or hands its name to another to start, as `env` and
-/// a shell are told. Links on the way do not matter.
-[[nodiscard]] bool names(std::string_view command, const std::filesystem::path& program);
 
 } // namespace tarnwick::DesktopCommand

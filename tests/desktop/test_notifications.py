@@ -32,6 +32,8 @@ OUTAGE_SECONDS = 10
 STALE_PINGS = 7
 # Whoever waited for a daemon that hangs would wait longer.
 QUICK_SECONDS = 4
+# What passes on the bus when a daemon is asked.
+QUESTION = f"type='method_call',destination='{NOTIFICATIONS}'"
 # As its packager would have named it.
 SANDBOXED = "org.example.Tarnwick"
 PORTAL, PORTAL_BACKEND = "/usr/libexec/xdg-desktop-portal", "/usr/libexec/xdg-desktop-portal-gtk"
@@ -244,8 +246,7 @@ class Notifications(ConcurrentTestCase):
             program = self.start(desktop, address)
             icon = desktop.item_rectangle(empty)
             item = program.item()
-            question = f"type='method_call',destination='{NOTIFICATIONS}'"
-            with Listener(desktop.session.bus.address, question) as listener:
+            with Listener(desktop.session.bus.address, QUESTION) as listener:
                 self.begin_outage(address)
                 eventually(listener.messages, OUTAGE_SECONDS + PATIENCE, "the daemon is asked")
 
@@ -283,7 +284,9 @@ class Notifications(ConcurrentTestCase):
     def test_a_daemon_that_hangs_does_not_hold_the_terminal_program_up(self) -> None:
         with self.desktop(BareDesktop, "hanging-terminal") as desktop:
             Dunst(desktop).hang()
-            self.check_terminal("10.77.0.44", bus_of(desktop.session))
+            with Listener(desktop.session.bus.address, QUESTION) as listener:
+                self.check_terminal("10.77.0.44", bus_of(desktop.session))
+                self.assertTrue(listener.messages(), "the daemon was asked")
 
     def test_in_a_sandbox_the_portal_has_the_daemon_show_an_outage_and_its_end(self) -> None:
         address = "10.77.0.40"

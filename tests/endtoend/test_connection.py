@@ -5,6 +5,7 @@ from __future__ import annotations
 import os
 import signal
 import socket
+import statistics
 import subprocess
 import tempfile
 import unittest
@@ -60,14 +61,16 @@ class AConnection(ConcurrentTestCase):
             self.assertIs(now["lossIsKnown"], True)
             self.assertEqual(now["resolvedAddress"], "10.77.0.10")
             # The send is stamped after it was made: a few microseconds may be missing, and on a busy machine
-            # now and then as long as the program had to wait for a processor in between.
-            self.assertGreater(now["session"]["fastestMs"], 35)
+            # now and then as long as the program had to wait for a processor in between. Not in most cases.
+            times = [values["latestPingMs"] for values in watch.values() if values["latestPingMs"] is not None]
+            self.assertGreater(statistics.median(times), 39)
+            self.assertLess(statistics.median(times), 43)
             self.assertLess(now["session"]["fastestMs"], 43)
             self.assertLess(now["session"]["averageMs"], 48)
-            self.assertRegex(now["menuTitle"], r"^(3[5-9]|[45]\d)ms$")
-            self.assertRegex(now["tooltip"], r"\ALatest Ping Time: (3[5-9]|[45]\d)ms\nRecent Packet Loss: 0%\Z")
+            self.assertRegex(now["menuTitle"], r"^[3-5]\dms$")
+            self.assertRegex(now["tooltip"], r"\ALatest Ping Time: [3-5]\dms\nRecent Packet Loss: 0%\Z")
             self.assertRegex(
-                now["accessibilitySummary"], r"^Excellent, (3[5-9]|[45]\d) milliseconds, 0 percent packet loss$"
+                now["accessibilitySummary"], r"^Excellent, [3-5]\d milliseconds, 0 percent packet loss$"
             )
             for name in ("downReason", "downReasonText", "lastError", "startError"):
                 self.assertIsNone(now[name], name)

@@ -54,14 +54,6 @@ TEST_F(DesktopCommandTest, TheProgramOfACommandIsItsFirstWord) {
         Optional(std::string(R"(/my $"programs"/tarnwick)")));
 }
 
-TEST_F(DesktopCommandTest, TheWordsOfACommandAreWithoutQuotationMarks) {
-    EXPECT_THAT(
-        DesktopCommand::words(R"( sh  -c "exec \"\$0\"" a\b "" )"),
-        Optional(testing::ElementsAre("sh", "-c", "exec \"$0\"", "a\\b", "")));
-    EXPECT_THAT(DesktopCommand::words("  "), Optional(testing::IsEmpty()));
-    EXPECT_EQ(DesktopCommand::words("sh \"-c"), std::nullopt);
-}
-
 TEST_F(DesktopCommandTest, ACommandWithoutAWordOrAnEndHasNoProgram) {
     EXPECT_EQ(DesktopCommand::program(""), std::nullopt);
     EXPECT_EQ(DesktopCommand::program("   "), std::nullopt);
@@ -90,50 +82,6 @@ TEST_F(DesktopCommandTest, ANameIsLookedForInTheFoldersOfPrograms) {
     EXPECT_THAT(DesktopCommand::find("program"), Optional(program));
     EXPECT_EQ(DesktopCommand::find("other"), std::nullopt);
     EXPECT_EQ(DesktopCommand::find("second/program"), std::nullopt);
-}
-
-TEST_F(DesktopCommandTest, ACommandNamesAProgramInAnyOfItsWords) {
-    const fs::path program = make("my programs/program", fs::perms::owner_all);
-    const std::string quoted = "\"" + program.string() + "\"";
-
-    EXPECT_TRUE(DesktopCommand::names(quoted, program));
-    EXPECT_TRUE(DesktopCommand::names(quoted + " --version", program));
-    EXPECT_TRUE(DesktopCommand::names("env LANG=C " + quoted, program));
-    EXPECT_FALSE(DesktopCommand::names("env LANG=C sh", program));
-    EXPECT_FALSE(DesktopCommand::names(program.string(), program));
-    EXPECT_FALSE(DesktopCommand::names(quoted + " \"", program));
-    EXPECT_FALSE(DesktopCommand::names("", program));
-}
-
-TEST_F(DesktopCommandTest, AShellNamesTheProgramsOfItsScript) {
-    const fs::path program = make("program", fs::perms::owner_all);
-    const fs::path other = make("other", fs::perms::owner_all);
-    const std::string command = "sh -c \"sleep 10;exec '" + program.string() + "'&\"";
-
-    EXPECT_TRUE(DesktopCommand::names(command, program));
-    EXPECT_FALSE(DesktopCommand::names(command, other));
-}
-
-TEST_F(DesktopCommandTest, ACommandNamesTheProgramThatItWasMadeToStart) {
-    for (const std::string name : {"program", "two words", "100%", "%%", "%u", "$a \"b\" `c` \\d", "a;b"}) {
-        const fs::path program = make(name, fs::perms::owner_all);
-        EXPECT_TRUE(DesktopCommand::names(DesktopCommand::starting(program), program)) << name;
-    }
-}
-
-TEST_F(DesktopCommandTest, ACopyOfAProgramIsAnother) {
-    const fs::path program = make("program", fs::perms::owner_all);
-    const fs::path copy = make("copy/program", fs::perms::owner_all);
-
-    EXPECT_FALSE(DesktopCommand::names(copy.string(), program));
-}
-
-TEST_F(DesktopCommandTest, ALinkNamesWhatItLeadsTo) {
-    const fs::path program = make("program", fs::perms::owner_all);
-    const fs::path link = folder_.path() / "link";
-    fs::create_symlink(program, link);
-
-    EXPECT_TRUE(DesktopCommand::names(link.string(), program));
 }
 
 } // namespace tarnwick

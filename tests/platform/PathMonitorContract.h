@@ -112,8 +112,9 @@ TYPED_TEST_P(PathMonitorContract, EachChangeIsToldOnce) {
     this->startConnectedOver("wan0");
 
     this->driver_.disconnect();
-    this->driver_.settle();
+    ASSERT_TRUE(this->runUntilDisconnected());
     this->driver_.connect("wan0");
+    ASSERT_TRUE(this->runUntilConnectedOver("wan0"));
     this->driver_.settle();
 
     EXPECT_EQ(this->updates_, (std::vector<NetworkPath>{{false, {}}, {true, {"wan0"}}}));

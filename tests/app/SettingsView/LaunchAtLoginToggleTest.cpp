@@ -24,7 +24,7 @@ protected:
     [[nodiscard]] LaunchAtLoginToggle& toggle() {
         if (!toggle_) {
             toggle_.emplace(item);
-            toggle_->onApprovalNeeded = [this] { ++approvalsAskedFor; };
+            toggle_->showApproval = [this] { ++approvalsAskedFor; };
         }
         return *toggle_;
     }

@@ -33,7 +33,7 @@ protected:
 
     void ask() {
         const Question question{
-            .title = "Reset Everything", .text = "Really?", .confirm = "Reset", .cancel = "Cancel"};
+            .title = "Reset Everything", .text = "Really?", .confirm = "Reset", .cancel = "Keep"};
         dialog->ask(question, [this](bool answer) { answers.push_back(answer); });
         QApplication::processEvents();
     }
@@ -85,8 +85,8 @@ TEST_F(ConfirmDialogTest, TheActionsButtonAnswersYes) {
 
 TEST_F(ConfirmDialogTest, CancelAnswersNo) {
     ask();
-    ASSERT_NE(button("Cancel"), nullptr);
-    button("Cancel")->click();
+    ASSERT_NE(button("Keep"), nullptr);
+    button("Keep")->click();
 
     EXPECT_THAT(answers, ElementsAre(false));
 }
@@ -114,14 +114,14 @@ TEST_F(ConfirmDialogTest, EnterTakesTheSafeWay) {
 
 TEST_F(ConfirmDialogTest, ControlWAnswersNo) {
     ask();
-    QTest::keyClick(button("Cancel"), Qt::Key_W, Qt::ControlModifier);
+    QTest::keyClick(button("Keep"), Qt::Key_W, Qt::ControlModifier);
 
     EXPECT_THAT(answers, ElementsAre(false));
 }
 
 TEST_F(ConfirmDialogTest, TheShortcutsOfTheProgramsMenuWorkInIt) {
     ask();
-    QTest::keyClick(button("Cancel"), Qt::Key_Comma, Qt::ControlModifier);
+    QTest::keyClick(button("Keep"), Qt::Key_Comma, Qt::ControlModifier);
     QTest::keyClick(button("Reset"), Qt::Key_Q, Qt::ControlModifier);
 
     EXPECT_THAT(menu.chosen, ElementsAre(MenuItem::Id::settings, MenuItem::Id::quit));

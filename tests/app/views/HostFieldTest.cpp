@@ -48,6 +48,15 @@ TEST_F(HostFieldTest, LeavingTheFieldCommitsTheHost) {
     EXPECT_EQ(prefs.hostname(), "one.example");
 }
 
+TEST_F(HostFieldTest, WhatIsPutThereWithoutTheKeyboardCountsAtOnce) {
+    resolve("one.example", "192.0.2.1");
+    present();
+    interval().setFocus();
+    replaceText(host(), "one.example");
+
+    EXPECT_EQ(prefs.hostname(), "one.example");
+}
+
 TEST_F(HostFieldTest, AnEmptiedFieldGoesBackToTheHost) {
     present();
     submit(host(), " ");

@@ -254,7 +254,7 @@ TEST_F(IntervalFieldTest, AStepBeyondATypedEndOfTheRangeSetsThatEnd) {
     EXPECT_EQ(interval().text(), "60");
 }
 
-TEST_F(IntervalFieldTest, AStepReschedulesThePingsOnce) {
+TEST_F(IntervalFieldTest, AStepFromADraftStoresTheIntervalOnce) {
     present();
     typeInto(interval(), "30");
     defaults.forgetChanges();
@@ -264,6 +264,15 @@ TEST_F(IntervalFieldTest, AStepReschedulesThePingsOnce) {
 }
 
 // What makes a draft count, and what does not.
+
+TEST_F(IntervalFieldTest, WhatIsPutThereWithoutTheKeyboardCountsAtOnce) {
+    present();
+    host().setFocus();
+    replaceText(interval(), "600");
+
+    EXPECT_EQ(prefs.pingInterval(), 60);
+    EXPECT_EQ(interval().text(), "60");
+}
 
 TEST_F(IntervalFieldTest, AnotherWindowLeavesADraftAlone) {
     present();

@@ -118,7 +118,7 @@ TEST_F(SettingsSwitchesTest, AFailedLaunchAtLoginTurnsBackAndSaysWhyInRed) {
 TEST_F(SettingsSwitchesTest, WhenApprovalIsNeededItSaysSoAndShowsWhere) {
     loginItem.afterEnrolling = LoginItem::Status::requiresApproval;
     int shown = 0;
-    model.launchAtLogin().onApprovalNeeded = [&] { ++shown; };
+    model.launchAtLogin().showApproval = [&] { ++shown; };
     present();
     launchAtLogin().click();
     settle();
@@ -130,13 +130,41 @@ TEST_F(SettingsSwitchesTest, WhenApprovalIsNeededItSaysSoAndShowsWhere) {
 
 TEST_F(SettingsSwitchesTest, WhatTheDesktopHasSwitchedOffIsSaidWithoutOpeningAnything) {
     int shown = 0;
-    model.launchAtLogin().onApprovalNeeded = [&] { ++shown; };
+    model.launchAtLogin().showApproval = [&] { ++shown; };
     loginItem.now = LoginItem::Status::requiresApproval;
     present();
 
     EXPECT_TRUE(launchAtLogin().isChecked());
     EXPECT_THAT(labels(), HasSubstr("Approve Tarnwick in your desktop's startup settings.\n"));
     EXPECT_EQ(shown, 0);
+}
+
+TEST_F(SettingsSwitchesTest, BesideThatAButtonLeadsToTheDesktopsSettings) {
+    int shown = 0;
+    model.launchAtLogin().showApproval = [&] { ++shown; };
+    loginItem.now = LoginItem::Status::requiresApproval;
+    present();
+    launchAtLogin().setFocus();
+    press(Qt::Key_Tab);
+    ASSERT_EQ(focused(), "Startup Settings…");
+    press(Qt::Key_Space);
+
+    EXPECT_EQ(shown, 1);
+    EXPECT_EQ(loginItem.now, LoginItem::Status::requiresApproval);
+}
+
+TEST_F(SettingsSwitchesTest, WhereNothingIsToBeApprovedThereIsNoSuchButton) {
+    model.launchAtLogin().showApproval = [] {};
+    present();
+
+    EXPECT_FALSE(control<QPushButton>("Startup Settings…").isVisible());
+}
+
+TEST_F(SettingsSwitchesTest, WhereTheDesktopHasNoSuchSettingsThereIsNoSuchButton) {
+    loginItem.now = LoginItem::Status::requiresApproval;
+    present();
+
+    EXPECT_FALSE(control<QPushButton>("Startup Settings…").isVisible());
 }
 
 TEST_F(SettingsSwitchesTest, AnApprovalGivenElsewhereIsNoticedOnTheWayBack) {

@@ -337,11 +337,12 @@ TEST_F(SettingsViewTest, ItKeepsNoTimer) {
 }
 
 TEST_F(SettingsViewTest, TheWheelPassesOverWhatHasNotTheKeyboard) {
+    prefs.setPingInterval(5); // not at an end, beyond which it would not go anyway
     present();
     host().setFocus();
     for (QWidget* each :
          {static_cast<QWidget*>(&interval()), static_cast<QWidget*>(&threshold()),
-          static_cast<QWidget*>(&display())}) {
+          static_cast<QWidget*>(&display()), static_cast<QWidget*>(&lossText())}) {
         const QPointF middle = each->rect().center();
         QWheelEvent event(
             middle, each->mapToGlobal(middle), {}, {0, -120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
@@ -349,9 +350,10 @@ TEST_F(SettingsViewTest, TheWheelPassesOverWhatHasNotTheKeyboard) {
         QApplication::sendEvent(each, &event);
     }
 
-    EXPECT_EQ(prefs.pingInterval(), 1);
+    EXPECT_EQ(prefs.pingInterval(), 5);
     EXPECT_EQ(prefs.slowPingThresholdMs(), 100);
     EXPECT_EQ(prefs.display(), Preferences::Display::iconAndText);
+    EXPECT_EQ(prefs.lossTextMode(), MenuBarTitle::LossMode::whenLossy);
 }
 
 // Numbers of other places.

@@ -112,6 +112,14 @@ TEST_F(StartupSettingsTest, WhatIsNotInstalledIsPassedOver) {
     EXPECT_EQ(test::contentOf(record_), "gnome-tweaks ");
 }
 
+TEST_F(StartupSettingsTest, ItExistsWhereOneIsInstalled) {
+    arrange("GNOME", {"gnome-tweaks"});
+    EXPECT_TRUE(StartupSettings::exists());
+
+    qputenv("XDG_CURRENT_DESKTOP", "KDE");
+    EXPECT_FALSE(StartupSettings::exists());
+}
+
 TEST_F(StartupSettingsTest, WithoutAnyNothingIsStartedAndNobodyIsTold) {
     arrange("GNOME", {"systemsettings"});
     bool isTold = false;

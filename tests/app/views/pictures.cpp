@@ -199,6 +199,7 @@ QImage grabSettings(
     UpdateFramework* updates = nullptr) {
     const test::StandardMenu menu;
     SettingsModel model(world.monitor, loginItem, updates);
+    model.launchAtLogin().showApproval = [] {};
     SettingsWindow window(model, world.loop, menu.menu);
     window.present();
     for (QCheckBox* box : window.findChildren<QCheckBox*>()) {
@@ -226,6 +227,8 @@ void drawSettings(const QDir& folder, const QString& style) {
     simulation::FakeLoginItem loginItem;
     loginItem.now = LoginItem::Status::enabled;
     grabSettings(world, loginItem).save(folder.filePath("settings-" + style + ".png"));
+    loginItem.now = LoginItem::Status::requiresApproval;
+    grabSettings(world, loginItem).save(folder.filePath("settings-switched-off-" + style + ".png"));
     loginItem.now = LoginItem::Status::notRegistered;
     loginItem.failure = "The folder /home/one/.config/autostart can't be written: Permission denied";
     grabSettings(world, loginItem, "Launch at Login")

@@ -177,6 +177,7 @@ TEST_F(RoutePathMonitorTest, ABurstCostsOneLookUpTwoWakeUpsAndOneUpdate) {
         "10.1.0.3 metric 200\nroute del default via 10.1.0.2 metric 300\nroute add 10.9.0.0/16 via 10.1.0.4\n"
         "route add default via fe80::2 dev wan0\naddress add 10.1.0.7/24 dev wan0");
 
+    ASSERT_TRUE(runUntilSatisfiedOver({"wan0"}));
     runThroughABurst();
     EXPECT_EQ(lookUps_, 1);
     EXPECT_EQ(wakeUps_, 2);
