@@ -1,7 +1,6 @@
 // Shows a notification to the user.
 #pragma once
 
-#include <functional>
 #include <string>
 
 namespace tarnwick {
@@ -30,9 +29,6 @@ public:
     virtual void requestAuthorization() = 0;
 
     [[nodiscard]] virtual Ability canNotify() const = 0;
-
-    /// Called after each change of `canNotify`, also from inside the other functions.
-    std::function<void()> onAbilityChange;
 };
 
 } // namespace tarnwick

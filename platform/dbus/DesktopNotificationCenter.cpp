@@ -15,7 +15,7 @@ std::unique_ptr<NotificationService> makeService(
     BusConnection& bus, DesktopNotificationCenter::Surroundings surroundings,
     const std::filesystem::path& iconFolder) {
     if (surroundings == DesktopNotificationCenter::Surroundings::sandbox) {
-        // It knows the program's icon.
+        // It finds the program's icon by itself.
         return std::make_unique<NotificationPortal>(bus);
     }
     return std::make_unique<NotificationDaemon>(bus, iconFolder);
@@ -68,7 +68,7 @@ void DesktopNotificationCenter::findService() {
     isWanted_ = true;
     bus_.need();
     if (bus_.state() == BusConnection::State::unavailable) {
-        setAbility(Ability::no);
+        ability_ = Ability::no;
     } else if (bus_.state() == BusConnection::State::connected) {
         if (isProbing_) {
             isAskedAgain_ = true;
@@ -94,7 +94,7 @@ void DesktopNotificationCenter::serviceChanged(bool isThere) {
         probe();
     } else if (!isProbing_) {
         // Many end when they have nothing to show, and are started again by the next notification.
-        setAbility(Ability::unknown);
+        ability_ = Ability::unknown;
     }
 }
 
@@ -116,7 +116,7 @@ void DesktopNotificationCenter::probed(bool isThere) {
         // Whoever came while a service was silent is worth a question of their own.
         probe();
     }
-    setAbility(isThere ? Ability::yes : Ability::no);
+    ability_ = isThere ? Ability::yes : Ability::no;
 }
 
 void DesktopNotificationCenter::showWaiting() {
@@ -136,12 +136,6 @@ void DesktopNotificationCenter::dropStale() {
     }
     if (!waiting_.empty()) {
         staleTimer_ = loop_.after(waiting_.front().deadline - loop_.now(), [this] { dropStale(); });
-    }
-}
-
-void DesktopNotificationCenter::setAbility(Ability ability) {
-    if (std::exchange(ability_, ability) != ability && onAbilityChange) {
-        onAbilityChange();
     }
 }
 

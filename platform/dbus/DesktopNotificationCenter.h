@@ -55,7 +55,6 @@ private:
     void probed(bool isThere);
     void showWaiting();
     void dropStale();
-    void setAbility(Ability ability);
 
     RunLoop& loop_;
     BusConnection& bus_;

@@ -1,4 +1,5 @@
-// The portal through which a sandboxed program notifies. It knows the program, and shows its name and icon.
+// The portal through which a sandboxed program notifies. It finds out by itself which program that is, and
+// what its name and icon are.
 #pragma once
 
 #include "platform/dbus/BusConnection.h"

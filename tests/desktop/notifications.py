@@ -7,7 +7,6 @@ import json
 import os
 import pathlib
 import re
-import shutil
 import signal
 
 from endtoend.waiting import eventually
@@ -18,7 +17,6 @@ from .program import PATIENCE
 from .session import Session
 
 NOTIFICATIONS = "org.freedesktop.Notifications"
-ICONS = pathlib.Path(__file__).resolve().parents[2] / "packaging/icons"
 SENDER = re.compile(r"^method call .* sender=(\S+)", re.MULTILINE)
 # Notifications stay for so many seconds: reading them off the screen may take long on a busy machine.
 XFCE_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
@@ -50,7 +48,6 @@ class Daemon(Installed):
     def __init__(self, desktop: Desktop) -> None:
         self.desktop = desktop
         self.session = desktop.session
-        shutil.copytree(ICONS, self.session.data / "icons")
         self.process = self.session.spawn("daemon", self.command())
         eventually(lambda: self.session.bus.owner(NOTIFICATIONS), PATIENCE, "the daemon has its name")
 

@@ -5,7 +5,6 @@
 
 #include <ostream>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace tarnwick::simulation {
@@ -25,7 +24,7 @@ public:
 
     void post(const std::string& title, const std::string& body) override {
         posted_.push_back({title, body});
-        findOut();
+        ability_ = answer;
         if (ability_ == Ability::yes) {
             shown_.push_back({title, body});
         }
@@ -33,7 +32,7 @@ public:
 
     void requestAuthorization() override {
         ++requests_;
-        findOut();
+        ability_ = answer;
     }
 
     [[nodiscard]] Ability canNotify() const override { return ability_; }
@@ -51,12 +50,6 @@ public:
     [[nodiscard]] const std::vector<Notification>& shown() const { return shown_; }
 
 private:
-    void findOut() {
-        if (std::exchange(ability_, answer) != answer && onAbilityChange) {
-            onAbilityChange();
-        }
-    }
-
     std::vector<Notification> posted_;
     std::vector<Notification> shown_;
     Ability ability_ = Ability::unknown;
