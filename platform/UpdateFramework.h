@@ -25,6 +25,8 @@ public:
     /// Nothing before the first check.
     [[nodiscard]] virtual std::optional<RunLoop::WallTime> lastUpdateCheckDate() const = 0;
 
+    /// Not while a check is under way.
+    [[nodiscard]] virtual bool canCheckForUpdates() const = 0;
     /// Checks at once, and tells the user what comes out, also when that is nothing.
     virtual void checkForUpdates() = 0;
 

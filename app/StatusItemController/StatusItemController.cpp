@@ -169,7 +169,7 @@ void StatusItemController::menuDidClose() {
 
 void StatusItemController::refreshMenu() {
     if (needs_.updates != nullptr) {
-        menu_.setEnabled(MenuItem::Id::checkForUpdates, needs_.updates->isPossible());
+        menu_.setEnabled(MenuItem::Id::checkForUpdates, needs_.updates->canCheckForUpdates());
     }
     menu_.setHidden(MenuItem::Id::changeHost, monitor_.status() != Monitor::Status::down);
 }
@@ -191,7 +191,7 @@ void StatusItemController::chosen(MenuItem::Id id) {
         break;
     case MenuItem::Id::checkForUpdates:
         if (needs_.updates != nullptr) {
-            needs_.updates->start();
+            needs_.updates->checkForUpdates();
         }
         break;
     case MenuItem::Id::about:

@@ -5,6 +5,7 @@
 #include "app/StatusItemController/LossGates.h"
 #include "app/StatusItemController/Menu.h"
 #include "platform/StatusItem.h"
+#include "platform/UpdateFramework.h"
 
 #include <functional>
 #include <memory>
@@ -40,18 +41,6 @@ public:
     virtual void quit() = 0;
 };
 
-/// Looking for a newer version, where this copy of the program can be replaced.
-class UpdateCheck {
-public:
-    UpdateCheck() = default;
-    UpdateCheck(const UpdateCheck&) = delete;
-    UpdateCheck& operator=(const UpdateCheck&) = delete;
-    virtual ~UpdateCheck() = default;
-
-    [[nodiscard]] virtual bool isPossible() const = 0;
-    virtual void start() = 0;
-};
-
 /// Touches the item only when what would be shown differs from what was shown last. Main thread.
 class StatusItemController {
 public:
@@ -62,7 +51,7 @@ public:
         StatusItem& item;
         Menu& menu; ///< made of `menuItems`
         StatusItemWindows& windows;
-        UpdateCheck* updates = nullptr; ///< null where the program can't be replaced
+        UpdateFramework* updates = nullptr; ///< null where the program can't be replaced
     };
 
     /// The menu's items from top to bottom.

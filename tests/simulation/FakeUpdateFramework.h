@@ -20,12 +20,15 @@ public:
 
     [[nodiscard]] std::optional<RunLoop::WallTime> lastUpdateCheckDate() const override { return lastCheck; }
 
+    [[nodiscard]] bool canCheckForUpdates() const override { return canCheck; }
+
     void checkForUpdates() override { ++checksAskedFor; }
 
     [[nodiscard]] std::string serverDomain() const override { return "updates.example"; }
 
     bool checks = false;
     bool downloads = false;
+    bool canCheck = true;
     std::optional<RunLoop::WallTime> lastCheck;
     int checksAskedFor = 0;
 };

@@ -409,18 +409,18 @@ TEST_F(StatusItemControllerTest, CheckForUpdatesIsAbsentWhereTheProgramCannotBeR
 
 TEST_F(StatusItemControllerTest, CheckForUpdatesIsEnabledOnlyWhenItIsPossible) {
     show(true);
-    updates.possible = false;
+    updates.canCheck = false;
     menu->willOpen();
     EXPECT_FALSE(menuItem(Id::checkForUpdates)->enabled);
     menu->choose(Id::checkForUpdates);
-    EXPECT_EQ(updates.starts, 0);
+    EXPECT_EQ(updates.checksAskedFor, 0);
     menu->didClose();
 
-    updates.possible = true;
+    updates.canCheck = true;
     menu->willOpen();
     menu->choose(Id::checkForUpdates);
 
-    EXPECT_EQ(updates.starts, 1);
+    EXPECT_EQ(updates.checksAskedFor, 1);
 }
 
 TEST_F(StatusItemControllerTest, TheAlternateIsTheOneBelowResetSession) {

@@ -3,6 +3,7 @@
 
 #include "app/StatusItemController/StatusItemController.h"
 #include "tests/app/WatchedMonitor.h"
+#include "tests/simulation/FakeUpdateFramework.h"
 #include "tests/simulation/RecordingStatusItem.h"
 #include "tests/simulation/RecordingWindows.h"
 
@@ -10,20 +11,10 @@
 
 namespace tarnwick {
 
-class FakeUpdateCheck final : public UpdateCheck {
-public:
-    [[nodiscard]] bool isPossible() const override { return possible; }
-
-    void start() override { ++starts; }
-
-    bool possible = true;
-    int starts = 0;
-};
-
 struct WatchedStatusItem : WatchedMonitor {
     simulation::RecordingStatusItem item;
     simulation::RecordingWindows windows;
-    FakeUpdateCheck updates;
+    simulation::FakeUpdateFramework updates;
     std::unique_ptr<Menu> menu;
     std::unique_ptr<StatusItemController> controller;
 

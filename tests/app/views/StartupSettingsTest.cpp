@@ -1,11 +1,9 @@
 // Where the desktop lets its user choose what starts with the session.
 #include "app/App/StartupSettings.h"
 
+#include "tests/platform/qt/StartedBeside.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
-
-#include <QCoreApplication>
-#include <QElapsedTimer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -41,17 +39,7 @@ protected:
     }
 
     /// Whether it was shown; nothing when nobody told in time.
-    [[nodiscard]] static std::optional<bool> open() {
-        std::optional<bool> answer;
-        StartupSettings::open([&answer](bool isOpened) { answer = isOpened; });
-        QElapsedTimer timer;
-        timer.start();
-        while (!answer && !timer.hasExpired(20'000)) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 20);
-        }
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        return answer;
-    }
+    [[nodiscard]] static std::optional<bool> open() { return test::answerOf(StartupSettings::open); }
 
     test::TemporaryFolder folder_;
     std::filesystem::path record_ = folder_.path() / "record";

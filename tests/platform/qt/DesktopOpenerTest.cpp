@@ -1,17 +1,16 @@
 // Opening files and pages with what the desktop has for them: a script stands for that.
 #include "platform/qt/DesktopOpener.h"
 
+#include "tests/platform/qt/StartedBeside.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
-
-#include <QCoreApplication>
-#include <QElapsedTimer>
 
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace tarnwick {
 
@@ -34,15 +33,7 @@ protected:
 
     /// Whether it was opened; nothing when nobody told in time.
     [[nodiscard]] static std::optional<bool> open(const QString& what) {
-        std::optional<bool> answer;
-        openWithDesktop(what, [&answer](bool isOpened) { answer = isOpened; });
-        QElapsedTimer timer;
-        timer.start();
-        while (!answer && !timer.hasExpired(20'000)) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 20);
-        }
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        return answer;
+        return test::answerOf([&what](DesktopOpened opened) { openWithDesktop(what, std::move(opened)); });
     }
 
     test::TemporaryFolder folder_;
