@@ -1,7 +1,7 @@
 // The window "Tarnwick Settings".
 #pragma once
 
-#include "app/SettingsView/SettingsModel.h"
+#include "app/SettingsView/Model/SettingsModel.h"
 
 #include <QMainWindow>
 

@@ -1,7 +1,7 @@
 // tarnwick: the connection's quality in the panel.
 #include "app/App/AppDelegate.h"
-#include "app/App/Options.h"
-#include "platform/dbus/InstanceGuard.h"
+#include "app/CommandLine/AppOptions.h"
+#include "platform/bus/InstanceGuard.h"
 #include "platform/qt/QtRunLoop.h"
 
 #include <QApplication>

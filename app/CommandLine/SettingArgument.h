@@ -1,7 +1,7 @@
 // Settings and other values as they are written on the command lines of the programs.
 #pragma once
 
-#include "platform/UserDefaults.h"
+#include "platform/ports/UserDefaults.h"
 
 #include <optional>
 #include <string>

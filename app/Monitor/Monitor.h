@@ -9,9 +9,9 @@
 #include "core/PingLedger.h"
 #include "core/Pinger/Pinger.h"
 #include "core/RunLoop.h"
-#include "platform/NotificationCenter.h"
-#include "platform/PathMonitor.h"
-#include "platform/SleepMonitor.h"
+#include "platform/ports/NotificationCenter.h"
+#include "platform/ports/PathMonitor.h"
+#include "platform/ports/SleepMonitor.h"
 
 #include <deque>
 #include <functional>

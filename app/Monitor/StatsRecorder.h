@@ -1,8 +1,8 @@
 // The all-time figures of every host, and this process's right, or not, to write them.
 #pragma once
 
-#include "core/StatsLock.h"
-#include "core/StatsStore.h"
+#include "core/Storage/StatsLock.h"
+#include "core/Storage/StatsStore.h"
 
 #include <string>
 

@@ -4,8 +4,8 @@
 #include "app/Observation/Observation.h"
 #include "core/MenuBarTitle.h"
 #include "core/QualityScorer.h"
-#include "platform/StatusItem.h"
-#include "platform/UserDefaults.h"
+#include "platform/ports/StatusItem.h"
+#include "platform/ports/UserDefaults.h"
 
 #include <array>
 #include <optional>

@@ -4,7 +4,7 @@
 #include "app/Observation/Observation.h"
 #include "app/SettingsView/Draft.h"
 #include "app/SettingsView/IntervalBox.h"
-#include "app/SettingsView/SettingsModel.h"
+#include "app/SettingsView/Model/SettingsModel.h"
 
 #include <QWidget>
 

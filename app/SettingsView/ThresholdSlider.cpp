@@ -1,6 +1,6 @@
 #include "app/SettingsView/ThresholdSlider.h"
 
-#include "app/SettingsView/ThresholdScale.h"
+#include "app/SettingsView/Model/ThresholdScale.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>

@@ -1,8 +1,8 @@
 #include "app/StatusItemController/PanelMenuText.h"
 
-#include "app/StatusMenuView/HeaderText.h"
-#include "app/StatusMenuView/LatencyBuckets.h"
-#include "app/StatusMenuView/StatsRows.h"
+#include "app/Reading/HeaderText.h"
+#include "app/Reading/LatencyBuckets.h"
+#include "app/Reading/StatsRows.h"
 
 #include <algorithm>
 #include <array>

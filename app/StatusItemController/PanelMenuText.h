@@ -3,9 +3,9 @@
 #pragma once
 
 #include "app/Monitor/Monitor.h"
+#include "app/Reading/Format.h"
 #include "app/StatusItemController/Menu.h"
-#include "app/StatusMenuView/Format.h"
-#include "platform/PanelMenu.h"
+#include "platform/ports/PanelMenu.h"
 
 #include <memory>
 #include <string>

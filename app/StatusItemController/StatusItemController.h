@@ -2,10 +2,10 @@
 #pragma once
 
 #include "app/Monitor/Monitor.h"
-#include "app/StatusItemController/LossGates.h"
+#include "app/Reading/LossGates.h"
 #include "app/StatusItemController/Menu.h"
-#include "platform/StatusItem.h"
-#include "platform/UpdateFramework.h"
+#include "platform/ports/StatusItem.h"
+#include "platform/ports/UpdateFramework.h"
 
 #include <functional>
 #include <memory>

@@ -4,8 +4,8 @@
 #include "app/Monitor/Monitor.h"
 #include "app/StatusItemController/Menu.h"
 #include "core/RunLoop.h"
-#include "platform/StatusItem.h"
-#include "platform/qt/PressWatch.h"
+#include "platform/ports/StatusItem.h"
+#include "platform/x11/PressWatch.h"
 
 #include <memory>
 #include <optional>

@@ -3,7 +3,7 @@
 
 #include "app/Monitor/Monitor.h"
 #include "app/StatusItemController/Menu.h"
-#include "platform/StatusItem.h"
+#include "platform/ports/StatusItem.h"
 
 #include <QWidget>
 

@@ -1,8 +1,8 @@
 #include "app/StatusMenuView/HeaderView.h"
 
-#include "app/StatusItemController/TabularLine.h"
-#include "app/StatusMenuView/HeaderText.h"
-#include "app/StatusMenuView/SignalBars.h"
+#include "app/Reading/HeaderText.h"
+#include "app/StatusItemController/Painting/SignalBars.h"
+#include "app/StatusItemController/Painting/TabularLine.h"
 #include "app/StatusMenuView/ViewStyle.h"
 
 #include <QFontMetricsF>

@@ -1,7 +1,7 @@
 #include "app/StatusMenuView/LatencyChartView.h"
 
-#include "app/StatusItemController/TabularLine.h"
-#include "app/StatusMenuView/Format.h"
+#include "app/Reading/Format.h"
+#include "app/StatusItemController/Painting/TabularLine.h"
 #include "app/StatusMenuView/ViewStyle.h"
 
 #include <QFontMetricsF>

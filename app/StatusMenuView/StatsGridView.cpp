@@ -1,6 +1,6 @@
 #include "app/StatusMenuView/StatsGridView.h"
 
-#include "app/StatusItemController/TabularLine.h"
+#include "app/StatusItemController/Painting/TabularLine.h"
 #include "app/StatusMenuView/ViewStyle.h"
 
 #include <QFontMetricsF>

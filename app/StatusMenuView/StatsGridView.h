@@ -1,8 +1,8 @@
 // The statistics of the menu view: the session beside all time.
 #pragma once
 
+#include "app/Reading/StatsRows.h"
 #include "app/StatusMenuView/ReadAloud.h"
-#include "app/StatusMenuView/StatsRows.h"
 
 #include <array>
 

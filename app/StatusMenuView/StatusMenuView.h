@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/Monitor/Monitor.h"
-#include "app/StatusMenuView/Format.h"
+#include "app/Reading/Format.h"
 #include "app/StatusMenuView/ReadAloud.h"
 
 #include <memory>

@@ -1,7 +1,7 @@
 // Sizes, fonts and colors that views share.
 #pragma once
 
-#include "app/StatusMenuView/LatencyPalette.h"
+#include "app/StatusItemController/Painting/LatencyPalette.h"
 
 #include <QFont>
 

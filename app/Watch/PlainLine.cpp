@@ -1,6 +1,6 @@
 #include "app/Watch/PlainLine.h"
 
-#include "app/StatusMenuView/HeaderText.h"
+#include "app/Reading/HeaderText.h"
 #include "core/Text.h"
 
 #include <array>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "app/Monitor/Monitor.h"
-#include "app/StatusItemController/LossGates.h"
-#include "app/StatusMenuView/Format.h"
+#include "app/Reading/Format.h"
+#include "app/Reading/LossGates.h"
 #include "app/Watch/LineWriter.h"
 #include "app/Watch/Terminal.h"
 

@@ -1,8 +1,8 @@
 // What the terminal view shows, and where, at any size.
 #pragma once
 
-#include "app/StatusMenuView/LatencyBuckets.h"
-#include "app/StatusMenuView/StatsRows.h"
+#include "app/Reading/LatencyBuckets.h"
+#include "app/Reading/StatsRows.h"
 #include "app/Watch/Canvas.h"
 
 #include <array>

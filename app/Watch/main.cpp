@@ -1,15 +1,15 @@
 // tarnwick-watch: the connection's quality in a terminal.
-#include "app/Watch/Options.h"
+#include "app/CommandLine/WatchOptions.h"
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/asio/AsioRunLoop.h"
-#include "platform/dbus/DesktopNotificationCenter.h"
-#include "platform/dbus/LogindSleepMonitor.h"
+#include "platform/bus/DesktopNotificationCenter.h"
+#include "platform/bus/LogindSleepMonitor.h"
 #include "platform/linux/FileWatch.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/SignalWatch.h"
-#include "platform/posix/SettingsFile.h"
+#include "platform/xdg/SettingsFile.h"
 
 #include <clocale>
 #include <csignal>

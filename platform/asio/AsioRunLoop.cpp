@@ -1,7 +1,7 @@
 #include "platform/asio/AsioRunLoop.h"
 
 #include "core/MonotonicClock.h"
-#include "platform/TimerQueue.h"
+#include "platform/loop/TimerQueue.h"
 
 #include <asio/io_context.hpp>
 #include <asio/posix/stream_descriptor.hpp>

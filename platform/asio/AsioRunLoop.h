@@ -1,7 +1,7 @@
 // The run loop of programs without a toolkit, on standalone Asio.
 #pragma once
 
-#include "platform/SystemRunLoop.h"
+#include "platform/loop/SystemRunLoop.h"
 
 namespace tarnwick {
 

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "core/RunLoop.h"
-#include "platform/PathMonitor.h"
 #include "platform/linux/RouteChanges.h"
 #include "platform/linux/RoutedPath.h"
+#include "platform/ports/PathMonitor.h"
 
 #include <functional>
 #include <optional>

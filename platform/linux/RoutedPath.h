@@ -1,7 +1,7 @@
 // The path to the network, put together from what the kernel says of its routes to the world.
 #pragma once
 
-#include "platform/PathMonitor.h"
+#include "platform/ports/PathMonitor.h"
 
 #include <optional>
 

@@ -2,7 +2,7 @@
 // afterwards.
 #pragma once
 
-#include "platform/SleepMonitor.h"
+#include "platform/ports/SleepMonitor.h"
 
 #include <optional>
 

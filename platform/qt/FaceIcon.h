@@ -1,7 +1,7 @@
 // A status face as an icon of the toolkit's.
 #pragma once
 
-#include "platform/FacePainter.h"
+#include "platform/ports/FacePainter.h"
 
 #include <QIcon>
 

@@ -1,7 +1,7 @@
 // The run loop of the desktop program, on the toolkit's event loop.
 #pragma once
 
-#include "platform/SystemRunLoop.h"
+#include "platform/loop/SystemRunLoop.h"
 
 #include <QObject>
 

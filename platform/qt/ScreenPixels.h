@@ -1,7 +1,7 @@
 // Places on the desktop in pixels, and in the units that the toolkit makes of them on scaled screens.
 #pragma once
 
-#include "platform/StatusItem.h"
+#include "platform/ports/StatusItem.h"
 
 #include <QPoint>
 

@@ -1,7 +1,7 @@
 // The status item in the classic tray of X11 displays.
 #pragma once
 
-#include "platform/FacePainter.h"
+#include "platform/ports/FacePainter.h"
 
 #include <QSystemTrayIcon>
 

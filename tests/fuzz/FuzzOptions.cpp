@@ -1,6 +1,6 @@
 // Any command line, its arguments divided by line breaks: it yields options, or one line that says what is
 // wrong.
-#include "app/Watch/Options.h"
+#include "app/CommandLine/WatchOptions.h"
 #include "tests/fuzz/Fuzzing.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // Any settings file: reading it is safe, and changing one setting keeps the others.
-#include "platform/posix/SettingsFile.h"
+#include "platform/xdg/SettingsFile.h"
 #include "tests/fuzz/Fuzzing.h"
 
 #include <array>

@@ -1,5 +1,5 @@
 // Any statistics file: it loads as something that is saved and loaded again unchanged.
-#include "core/StatsStore.h"
+#include "core/Storage/StatsStore.h"
 #include "tests/fuzz/Fuzzing.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,8 +1,8 @@
 // A laptop's day, from one morning to the next, around the model as the desktop program puts it together:
 // what its user sees, what is pinged, and what lies on disk.
-#include "app/SettingsView/SettingsModel.h"
+#include "app/Reading/LatencyBuckets.h"
+#include "app/SettingsView/Model/SettingsModel.h"
 #include "app/StatusItemController/StatusItemController.h"
-#include "app/StatusMenuView/LatencyBuckets.h"
 #include "tests/simulation/FakeLoginItem.h"
 #include "tests/simulation/MonitorWorld.h"
 #include "tests/simulation/RecordingStatusItem.h"

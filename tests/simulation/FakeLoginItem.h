@@ -1,7 +1,7 @@
 // A login item that does as the test says.
 #pragma once
 
-#include "platform/LoginItem.h"
+#include "platform/ports/LoginItem.h"
 
 #include <optional>
 #include <string>

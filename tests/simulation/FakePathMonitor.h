@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/RunLoop.h"
-#include "platform/PathMonitor.h"
+#include "platform/ports/PathMonitor.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 // Sleep and wake as a test tells them.
 #pragma once
 
-#include "platform/SleepMonitor.h"
+#include "platform/ports/SleepMonitor.h"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 // An update framework that keeps what it is told and counts what it is asked for.
 #pragma once
 
-#include "platform/UpdateFramework.h"
+#include "platform/ports/UpdateFramework.h"
 
 #include <optional>
 #include <string>

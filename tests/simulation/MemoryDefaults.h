@@ -1,7 +1,7 @@
 // Settings that live in memory; every write and removal is recorded, in order.
 #pragma once
 
-#include "platform/UserDefaults.h"
+#include "platform/ports/UserDefaults.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 // Keeps what was posted, and what it would have shown of it.
 #pragma once
 
-#include "platform/NotificationCenter.h"
+#include "platform/ports/NotificationCenter.h"
 
 #include <ostream>
 #include <string>

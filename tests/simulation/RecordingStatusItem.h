@@ -1,7 +1,7 @@
 // A status item that no panel shows: it counts what is asked of it.
 #pragma once
 
-#include "platform/StatusItem.h"
+#include "platform/ports/StatusItem.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 // The terminal program around the model: what it shows when, and what it tells beside that.
 #include "app/Watch/Watch.h"
 
-#include "core/StatsLock.h"
+#include "core/Storage/StatsLock.h"
 #include "tests/app/WatchedMonitor.h"
 #include "tests/support/Files.h"
 

@@ -4,14 +4,14 @@
 //     tarnwick-pictures --readme FOLDER       those of the README, whose folder is docs/pictures
 #include "app/App/SettingsWindow.h"
 #include "app/SettingsView/SettingsView.h"
-#include "app/StatusItemController/QtFacePainter.h"
+#include "app/StatusItemController/Painting/QtFacePainter.h"
 #include "app/StatusMenuView/DropDown.h"
 #include "app/StatusMenuView/DropDownWindow.h"
 #include "app/StatusMenuView/MenuItemsView.h"
 #include "platform/qt/Appearance.h"
+#include "tests/app/StatusItemController/Painting/Ink.h"
+#include "tests/app/StatusMenuView/StandardMenu.h"
 #include "tests/app/WatchedMonitor.h"
-#include "tests/app/views/Ink.h"
-#include "tests/app/views/StandardMenu.h"
 #include "tests/simulation/FakeLoginItem.h"
 #include "tests/simulation/FakeUpdateFramework.h"
 

@@ -2,7 +2,7 @@
 #include "core/Pinger/Resolve.h"
 
 #include "tests/core/ChildProcess.h"
-#include "tests/core/PrivateMounts.h"
+#include "tests/core/Storage/PrivateMounts.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,5 +1,5 @@
 // The network path as a real kernel routes, in a network namespace that each test changes in earnest.
-#include "RoutePathTest.h"
+#include "tests/platform/linux/RoutePathTest.h"
 
 #include "platform/linux/RouteLookup.h"
 #include "tests/core/ChildProcess.h"

@@ -2,7 +2,7 @@
 #include "platform/qt/QtRunLoop.h"
 
 #include "platform/linux/SignalWatch.h"
-#include "tests/platform/RunLoopContract.h"
+#include "tests/platform/loop/RunLoopContract.h"
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>

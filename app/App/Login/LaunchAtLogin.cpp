@@ -1,0 +1,13 @@
+#include "app/App/Login/LaunchAtLogin.h"
+
+namespace tarnwick::LaunchAtLogin {
+
+std::optional<std::string> set(LoginItem& item, bool enabled) {
+    const bool isRegistered = item.status() != LoginItem::Status::notRegistered;
+    if (enabled == isRegistered) {
+        return std::nullopt;
+    }
+    return enabled ? item.enroll() : item.withdraw();
+}
+
+} // namespace tarnwick::LaunchAtLogin

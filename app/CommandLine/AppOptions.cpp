@@ -1,0 +1,45 @@
+#include "app/CommandLine/AppOptions.h"
+
+#include <array>
+
+namespace tarnwick {
+
+namespace {
+
+constexpr std::array<option, 4> knownOptions{{
+    CommonOptions::setOption,
+    CommonOptions::helpOption,
+    CommonOptions::versionOption,
+    {nullptr, 0, nullptr, 0},
+}};
+
+} // namespace
+
+const char* AppOptions::usage() {
+    return "usage: tarnwick [--set KEY=VALUE]...\n"
+           "\n"
+           "Keeps an eye on the internet connection from the panel. A second start opens what drops\n"
+           "down from the one that runs.\n"
+           "\n"
+           "  --set KEY=VALUE  a setting for this run only; may be repeated\n"
+           "  --help           show this text\n"
+           "  --version        show the version\n"
+           "\n"
+           "The settings are those of tarnwick-watch, see its --help.\n";
+}
+
+std::variant<AppOptions, UsageError> parseAppOptions(const std::vector<std::string>& arguments) {
+    AppOptions options;
+    ArgumentParser parser(arguments, knownOptions);
+    for (int letter = parser.next(); letter != ArgumentParser::endOfOptions; letter = parser.next()) {
+        if (auto error = options.apply(letter, parser)) {
+            return std::move(*error);
+        }
+    }
+    if (const std::vector<std::string> rest = parser.rest(); !rest.empty()) {
+        return UsageError{"unknown argument " + quoted(rest.front())};
+    }
+    return options;
+}
+
+} // namespace tarnwick

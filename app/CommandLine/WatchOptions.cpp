@@ -1,0 +1,88 @@
+#include "app/CommandLine/WatchOptions.h"
+
+#include "app/Preferences/Preferences.h"
+
+#include <array>
+
+namespace tarnwick {
+
+namespace {
+
+enum Option : int { json = CommonOptions::firstOwn, forSeconds };
+
+constexpr std::array<option, 6> knownOptions{{
+    {"json", no_argument, nullptr, json},
+    {"for", required_argument, nullptr, forSeconds},
+    CommonOptions::setOption,
+    CommonOptions::helpOption,
+    CommonOptions::versionOption,
+    {nullptr, 0, nullptr, 0},
+}};
+
+std::optional<UsageError> apply(int letter, const ArgumentParser& parser, WatchOptions& options) {
+    switch (letter) {
+    case json:
+        options.json = true;
+        return std::nullopt;
+    case forSeconds:
+        options.forSeconds = positiveNumber(ArgumentParser::value());
+        if (!options.forSeconds) {
+            return UsageError{
+                "--for takes a number of seconds above 0, not " + quoted(ArgumentParser::value())};
+        }
+        return std::nullopt;
+    default:
+        return options.apply(letter, parser);
+    }
+}
+
+} // namespace
+
+const char* WatchOptions::usage() {
+    return "usage: tarnwick-watch [--json] [--for SECONDS] [--set KEY=VALUE]... [HOST]\n"
+           "\n"
+           "Watches the quality of the internet connection by pinging one host.\n"
+           "\n"
+           "  HOST             host name or address to ping, for this run only\n"
+           "  --json           print one JSON object a line, at once and then every second\n"
+           "  --for SECONDS    stop after so many seconds\n"
+           "  --set KEY=VALUE  a setting for this run only; may be repeated\n"
+           "  --help           show this text\n"
+           "  --version        show the version\n"
+           "\n"
+           "Settings and their defaults:\n"
+           "  Hostname=1.1.1.1                host name or address to ping\n"
+           "  PingInterval=1                  seconds between pings, 1 to 60\n"
+           "  PingTimeout=4                   seconds after which a ping is lost\n"
+           "  SlowPingLowThreshold=100        milliseconds from which a ping is slow\n"
+           "  PacketLossTextMode=whenLossy    off, whenLossy or always\n"
+           "  ShowIcon=true  ShowText=true    what the status item shows\n"
+           "  PanelFace=auto                  auto, label, wide or square: what the panel can show\n"
+           "  ShowNotifications=false         notify of down and restored\n"
+           "\n"
+           "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n";
+}
+
+std::variant<WatchOptions, UsageError> parseWatchOptions(const std::vector<std::string>& arguments) {
+    WatchOptions options;
+    ArgumentParser parser(arguments, knownOptions);
+    for (int letter = parser.next(); letter != ArgumentParser::endOfOptions; letter = parser.next()) {
+        if (auto error = apply(letter, parser, options)) {
+            return std::move(*error);
+        }
+    }
+    const std::vector<std::string> hosts = parser.rest();
+    if (hosts.size() > 1) {
+        return UsageError{"only one HOST can be watched, not also " + quoted(hosts[1])};
+    }
+    for (const std::string& host : hosts) {
+        const auto value = hostArgument(host);
+        if (!value) {
+            return UsageError{"HOST must be a host name or address, not " + quoted(host)};
+        }
+        options.settings.emplace_back(PreferenceKey::hostname, *value);
+    }
+    return options;
+}
+
+} // namespace tarnwick

@@ -1,0 +1,44 @@
+#include "app/SettingsView/Model/SettingsModel.h"
+
+namespace tarnwick {
+
+SettingsModel::SettingsModel(Monitor& monitor, LoginItem& loginItem, UpdateFramework* updates)
+    : monitor_(monitor), launchAtLogin_(loginItem) {
+    if (updates != nullptr) {
+        updates_.emplace(*updates);
+    }
+}
+
+void SettingsModel::refresh() {
+    launchAtLogin_.refresh();
+    if (updates_) {
+        updates_->refresh();
+    }
+}
+
+std::optional<std::string> SettingsModel::addressLine() const {
+    if (const auto& address = monitor_.resolvedAddress()) {
+        return *address == values().hostname() ? std::nullopt : address;
+    }
+    if (monitor_.status() == Monitor::Status::down && monitor_.lastError()) {
+        return monitor_.downReasonText();
+    }
+    return "Resolving…";
+}
+
+void SettingsModel::setPingInterval(int seconds) {
+    if (seconds == values().pingInterval()) {
+        return;
+    }
+    monitor_.prefs().setPingInterval(seconds);
+    monitor_.pingIntervalChanged();
+}
+
+void SettingsModel::setShowNotifications(bool show) {
+    monitor_.prefs().setShowNotifications(show);
+    if (show && onAlertsTurnedOn) {
+        onAlertsTurnedOn();
+    }
+}
+
+} // namespace tarnwick

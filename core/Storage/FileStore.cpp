@@ -1,0 +1,184 @@
+#include "core/Storage/FileStore.h"
+
+#include "core/FileDescriptor.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tarnwick::FileStore {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t largestFile = std::size_t{16} << 20;
+constexpr int mostKeptAside = 99;
+constexpr int mostLinks = 40;
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+/// The file that a chain of links names in the end, whether or not it exists.
+fs::path linkTarget(fs::path path) {
+    std::error_code error;
+    for (int links = 0; links < mostLinks && fs::is_symlink(path, error); ++links) {
+        // An absolute target replaces the folder in front of it.
+        path = path.parent_path() / fs::read_symlink(path, error);
+    }
+    return path;
+}
+
+std::error_code writeAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = ::write(descriptor, text.data(), text.size());
+        if (written < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return lastError();
+        }
+        text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return {};
+}
+
+/// A fixed name, so that a program killed while writing leaves at most one such file, which the next one
+/// reuses.
+fs::path draftOf(const fs::path& target) {
+    fs::path draft = target;
+    draft += ".new";
+    return draft;
+}
+
+/// Opens the draft for this writer alone; another one at the same moment is told to try again.
+FileDescriptor openDraft(const fs::path& draft, std::error_code& error) {
+    FileDescriptor file(::open(draft.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
+    // Where the file system knows no locks, there is none to respect.
+    if (!file.isOpen() || (::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)) {
+        error = lastError();
+        return {};
+    }
+
+    struct stat opened {};
+
+    struct stat named {};
+
+    if (::fstat(file.get(), &opened) != 0 || ::stat(draft.c_str(), &named) != 0
+        || opened.st_ino != named.st_ino) {
+        // The other writer has just moved this draft into place: it is the file itself by now.
+        error = std::make_error_code(std::errc::resource_unavailable_try_again);
+        return {};
+    }
+    return file;
+}
+
+void keepPermissions(const fs::path& target, int descriptor) {
+    struct stat old {};
+
+    if (::stat(target.c_str(), &old) == 0) {
+        // Best effort: a file system without permissions refuses, and there is nothing to keep.
+        // Its owner may always read and write it, or the next run could do neither.
+        static_cast<void>(::fchmod(descriptor, (old.st_mode & 07777) | 0600));
+    }
+}
+
+std::error_code writeDraft(
+    const fs::path& target, int descriptor, std::string_view text, Durability durability) {
+    if (::ftruncate(descriptor, 0) != 0) {
+        return lastError();
+    }
+    keepPermissions(target, descriptor);
+    if (const std::error_code error = writeAll(descriptor, text)) {
+        return error;
+    }
+    if (durability == Durability::powerCut && ::fdatasync(descriptor) != 0) {
+        return lastError();
+    }
+    return {};
+}
+
+} // namespace
+
+std::optional<std::string> read(const fs::path& path, std::error_code& error) {
+    // Not blocking: somebody may have put a pipe there.
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+
+    struct stat info {};
+
+    if (!file.isOpen() || ::fstat(file.get(), &info) != 0) {
+        error = lastError();
+        return std::nullopt;
+    }
+    if (!S_ISREG(info.st_mode)) {
+        error = std::make_error_code(std::errc::invalid_argument);
+        return std::nullopt;
+    }
+    std::string text;
+    std::array<char, 4096> buffer{};
+    for (;;) {
+        const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
+        if (count == 0) {
+            error.clear();
+            return text;
+        }
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            error = lastError();
+            return std::nullopt;
+        }
+        text.append(buffer.data(), static_cast<std::size_t>(count));
+        if (text.size() > largestFile) {
+            error = std::make_error_code(std::errc::file_too_large);
+            return std::nullopt;
+        }
+    }
+}
+
+std::error_code replace(const fs::path& path, std::string_view text, Durability durability) {
+    const fs::path target = linkTarget(path);
+    std::error_code error;
+    fs::create_directories(target.parent_path(), error);
+    if (error) {
+        return error;
+    }
+    const fs::path draft = draftOf(target);
+    const FileDescriptor file = openDraft(draft, error);
+    if (error) {
+        return error;
+    }
+    error = writeDraft(target, file.get(), text, durability);
+    if (!error && ::rename(draft.c_str(), target.c_str()) != 0) {
+        error = lastError();
+    }
+    if (error) {
+        ::unlink(draft.c_str());
+    }
+    return error;
+}
+
+std::error_code keepAside(const fs::path& path) {
+    const fs::path target = linkTarget(path);
+    for (int number = 1; number <= mostKeptAside; ++number) {
+        fs::path aside = target;
+        aside += number == 1 ? ".unreadable" : ".unreadable-" + std::to_string(number);
+        if (::link(target.c_str(), aside.c_str()) == 0 || errno == ENOENT) {
+            return {};
+        }
+        if (errno == EEXIST) {
+            continue;
+        }
+        // A file system without hard links: the file moves instead.
+        return ::rename(target.c_str(), aside.c_str()) == 0 ? std::error_code() : lastError();
+    }
+    return std::make_error_code(std::errc::file_exists);
+}
+
+} // namespace tarnwick::FileStore

@@ -1,0 +1,28 @@
+#include "core/Storage/JsonObject.h"
+
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+/// More than any settings or statistics need; the library copies and writes values by recursion.
+constexpr int deepestNesting = 100;
+
+} // namespace
+
+std::optional<nlohmann::json> parseJsonObject(const std::string& text) {
+    using Json = nlohmann::json;
+    bool isTooDeep = false;
+    const auto watchDepth = [&isTooDeep](int depth, Json::parse_event_t /*event*/, Json& /*value*/) {
+        isTooDeep = isTooDeep || depth > deepestNesting;
+        return !isTooDeep;
+    };
+    Json value = Json::parse(text, watchDepth, /*allow_exceptions=*/false);
+    if (isTooDeep || !value.is_object()) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+} // namespace tarnwick

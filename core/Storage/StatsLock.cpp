@@ -1,0 +1,52 @@
+#include "core/Storage/StatsLock.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <utility>
+
+namespace tarnwick {
+
+StatsLock::StatsLock(std::filesystem::path file) : path_(std::move(file)) {
+    path_ += ".lock";
+}
+
+StatsLock::Attempt StatsLock::acquire() {
+    // Someone may have emptied the folder meanwhile: then a lock on the removed file keeps nobody away.
+    if (file_.isOpen() && isStillTheNamedFile()) {
+        return Attempt::held;
+    }
+    file_.reset();
+    FileDescriptor candidate = openFile();
+    if (!candidate.isOpen()) {
+        return Attempt::impossible;
+    }
+    if (::flock(candidate.get(), LOCK_EX | LOCK_NB) != 0) {
+        return errno == EWOULDBLOCK ? Attempt::heldByOther : Attempt::impossible;
+    }
+    file_ = std::move(candidate);
+    return Attempt::taken;
+}
+
+FileDescriptor StatsLock::openFile() const {
+    std::error_code error;
+    std::filesystem::create_directories(path_.parent_path(), error);
+    FileDescriptor file(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    if (!file.isOpen() && errno == EACCES) {
+        // Made by another user, the superuser perhaps: locking needs no right to write.
+        file = FileDescriptor(::open(path_.c_str(), O_RDONLY | O_CLOEXEC));
+    }
+    return file;
+}
+
+bool StatsLock::isStillTheNamedFile() const {
+    struct stat locked {};
+
+    struct stat named {};
+
+    return ::fstat(file_.get(), &locked) == 0 && ::stat(path_.c_str(), &named) == 0
+           && locked.st_dev == named.st_dev && locked.st_ino == named.st_ino;
+}
+
+} // namespace tarnwick

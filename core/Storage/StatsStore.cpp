@@ -1,0 +1,119 @@
+#include "core/Storage/StatsStore.h"
+
+#include "core/Storage/JsonObject.h"
+#include "core/Storage/UserFolders.h"
+
+#include <limits>
+#include <optional>
+
+namespace tarnwick {
+
+namespace {
+
+using Json = nlohmann::json;
+
+/// A count beyond this, or below zero, was not made by pinging; counting on from it would overflow or divide
+/// by zero.
+constexpr std::int64_t largestCount = std::numeric_limits<std::int64_t>::max() / 2;
+
+std::optional<std::int64_t> count(const Json& counter, const char* key) {
+    const auto found = counter.find(key);
+    if (found == counter.end() || !found->is_number_integer()) {
+        return std::nullopt;
+    }
+    // The parser takes every number without a minus sign as unsigned.
+    if (!found->is_number_unsigned() || found->get<std::uint64_t>() > std::uint64_t{largestCount}) {
+        return std::nullopt;
+    }
+    return found->get<std::int64_t>();
+}
+
+std::optional<double> milliseconds(const Json& counter, const char* key) {
+    const auto found = counter.find(key);
+    if (found == counter.end() || !found->is_number()) {
+        return std::nullopt;
+    }
+    return found->get<double>();
+}
+
+std::optional<StatCounter> decodeCounter(const Json& counter) {
+    if (!counter.is_object()) {
+        return std::nullopt;
+    }
+    const auto sent = count(counter, "sent");
+    const auto replied = count(counter, "replied");
+    const auto lost = count(counter, "lost");
+    const auto averageMs = milliseconds(counter, "averageMs");
+    const auto fastestMs = milliseconds(counter, "fastestMs");
+    const auto slowestMs = milliseconds(counter, "slowestMs");
+    if (!sent || !replied || !lost || !averageMs || !fastestMs || !slowestMs) {
+        return std::nullopt;
+    }
+    return StatCounter{*sent, *replied, *lost, *averageMs, *fastestMs, *slowestMs};
+}
+
+std::optional<StatsByHost> decode(const std::string& text) {
+    const std::optional<Json> file = parseJsonObject(text);
+    if (!file) {
+        return std::nullopt;
+    }
+    StatsByHost stats;
+    for (const auto& [host, value] : file->items()) {
+        const std::optional<StatCounter> counter = decodeCounter(value);
+        if (!counter) {
+            return std::nullopt;
+        }
+        stats.emplace(host, *counter);
+    }
+    return stats;
+}
+
+std::string encode(const StatsByHost& stats) {
+    Json file = Json::object();
+    for (const auto& [host, counter] : stats) {
+        if (counter.isEmpty()) {
+            continue;
+        }
+        file[host] = {
+            {"sent", counter.sent},           {"replied", counter.replied},
+            {"lost", counter.lost},           {"averageMs", counter.averageMs},
+            {"fastestMs", counter.fastestMs}, {"slowestMs", counter.slowestMs},
+        };
+    }
+    // A host text need not be valid UTF-8; it shall not keep the others from being saved.
+    return file.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+} // namespace
+
+std::filesystem::path StatsStore::supportDirectory() {
+    return UserFolders::data();
+}
+
+StatsStore StatsStore::defaultStore() {
+    return {supportDirectory() / "Tarnwick" / "stats.json"};
+}
+
+StatsByHost StatsStore::load() const {
+    std::error_code error;
+    const std::optional<std::string> text = FileStore::read(url, error);
+    if (!text) {
+        return {};
+    }
+    return decode(*text).value_or(StatsByHost{});
+}
+
+std::error_code StatsStore::keepAsideIfUnreadable() const {
+    std::error_code error;
+    const std::optional<std::string> text = FileStore::read(url, error);
+    if (error == std::errc::no_such_file_or_directory || (text && decode(*text))) {
+        return {};
+    }
+    return FileStore::keepAside(url);
+}
+
+std::error_code StatsStore::save(const StatsByHost& stats, FileStore::Durability durability) const {
+    return FileStore::replace(url, encode(stats), durability);
+}
+
+} // namespace tarnwick

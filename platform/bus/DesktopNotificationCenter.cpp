@@ -1,0 +1,142 @@
+#include "platform/bus/DesktopNotificationCenter.h"
+
+#include "platform/bus/BusCall.h"
+#include "platform/bus/NotificationDaemon.h"
+#include "platform/bus/NotificationPortal.h"
+#include "platform/linux/Sandbox.h"
+
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+std::unique_ptr<NotificationService> makeService(
+    BusConnection& bus, DesktopNotificationCenter::Surroundings surroundings,
+    const std::filesystem::path& iconFolder) {
+    if (surroundings == DesktopNotificationCenter::Surroundings::sandbox) {
+        // It finds the program's icon by itself.
+        return std::make_unique<NotificationPortal>(bus);
+    }
+    return std::make_unique<NotificationDaemon>(bus, iconFolder);
+}
+
+} // namespace
+
+DesktopNotificationCenter::Surroundings DesktopNotificationCenter::surroundings() {
+    return isSandboxed() ? Surroundings::sandbox : Surroundings::desktop;
+}
+
+DesktopNotificationCenter::DesktopNotificationCenter(
+    RunLoop& loop, BusConnection& bus, Surroundings surroundings, const std::filesystem::path& iconFolder,
+    double patience)
+    : loop_(loop), bus_(bus), patience_(patience), service_(makeService(bus, surroundings, iconFolder)) {
+    stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
+    serviceMatch_ = bus_.addMatch(
+        "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
+        "member='NameOwnerChanged',arg0='"
+            + service_->busName() + "'",
+        [this](sdbus::Message& message) {
+            if (const auto values = valuesOf<std::string, std::string, std::string>(message)) {
+                serviceChanged(!std::get<2>(*values).empty());
+            }
+        });
+}
+
+void DesktopNotificationCenter::post(const std::string& title, const std::string& body) {
+    if (waiting_.size() == mostWaiting) {
+        waiting_.pop_front();
+    }
+    waiting_.push_back({.title = title, .body = body, .deadline = loop_.now() + patience_});
+    if (ability_ == Ability::yes) {
+        showWaiting();
+        return;
+    }
+    findService();
+    if (!staleTimer_) {
+        staleTimer_ = loop_.after(patience_, [this] { dropStale(); });
+    }
+}
+
+void DesktopNotificationCenter::requestAuthorization() {
+    if (ability_ != Ability::yes) {
+        findService();
+    }
+}
+
+void DesktopNotificationCenter::findService() {
+    isWanted_ = true;
+    bus_.need();
+    if (bus_.state() == BusConnection::State::unavailable) {
+        ability_ = Ability::no;
+    } else if (bus_.state() == BusConnection::State::connected) {
+        if (isProbing_) {
+            isAskedAgain_ = true;
+        } else {
+            probe();
+        }
+    }
+}
+
+void DesktopNotificationCenter::busChanged() {
+    isProbing_ = false;
+    ++probe_;
+    if (isWanted_) {
+        findService();
+    }
+}
+
+void DesktopNotificationCenter::serviceChanged(bool isThere) {
+    if (!isWanted_) {
+        return;
+    }
+    if (isThere) {
+        probe();
+    } else if (!isProbing_) {
+        // Many end when they have nothing to show, and are started again by the next notification.
+        ability_ = Ability::unknown;
+    }
+}
+
+void DesktopNotificationCenter::probe() {
+    isProbing_ = true;
+    isAskedAgain_ = false;
+    service_->probe(patience_, lifeline_.guarded([this, probe = ++probe_](bool isThere) {
+        if (probe == probe_) {
+            isProbing_ = false;
+            probed(isThere);
+        }
+    }));
+}
+
+void DesktopNotificationCenter::probed(bool isThere) {
+    if (isThere) {
+        showWaiting();
+    } else if (isAskedAgain_) {
+        // Whoever came while a service was silent is worth a question of their own.
+        probe();
+    }
+    ability_ = isThere ? Ability::yes : Ability::no;
+}
+
+void DesktopNotificationCenter::showWaiting() {
+    staleTimer_.reset();
+    for (const Waiting& notification : std::exchange(waiting_, {})) {
+        // The timer that drops it may be due as well.
+        if (loop_.now() < notification.deadline) {
+            service_->show(notification.title, notification.body);
+        }
+    }
+}
+
+void DesktopNotificationCenter::dropStale() {
+    staleTimer_.reset();
+    while (!waiting_.empty() && waiting_.front().deadline <= loop_.now()) {
+        waiting_.pop_front();
+    }
+    if (!waiting_.empty()) {
+        staleTimer_ = loop_.after(waiting_.front().deadline - loop_.now(), [this] { dropStale(); });
+    }
+}
+
+} // namespace tarnwick

@@ -1,0 +1,64 @@
+// One running program per user session: who comes second asks the first to show itself.
+#pragma once
+
+#include "core/RunLoop.h"
+#include "platform/bus/BusConnection.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tarnwick {
+
+/// Main thread.
+class InstanceGuard {
+public:
+    enum class Result {
+        first,
+        anotherRuns,     ///< and has been asked to show itself
+        anotherIsSilent, ///< runs, but has not answered when asked
+        noBus,           ///< no bus, or one that gives no names: nobody can tell; several may run
+    };
+
+    static constexpr const char* name = "org.tarnwick.Tarnwick";
+    static constexpr double patience = 2; ///< seconds, for the bus and then for the other program
+
+    /// The token by which the desktop lets this start open a window in front of others; empty without one.
+    /// Good for one window, it leaves the environment, where every program started from here would find it.
+    /// To be called before there are threads.
+    [[nodiscard]] static std::string takeActivationToken();
+
+    /// `decided` is called once, soon. `bus` is the session's and outlives it. `activationToken` passes to
+    /// the program that shows itself in the place of this one.
+    InstanceGuard(
+        RunLoop& loop, BusConnection& bus, std::string activationToken, std::function<void(Result)> decided);
+    InstanceGuard(const InstanceGuard&) = delete;
+    InstanceGuard& operator=(const InstanceGuard&) = delete;
+    ~InstanceGuard();
+
+    /// Another start has asked this one to show itself; with the token by which the desktop lets it open a
+    /// window in front of others, or an empty one.
+    std::function<void(const std::string& activationToken)> onActivate;
+
+private:
+    class Exported;
+
+    void busChanged();
+    void nameDecided(std::optional<bool> isOurs);
+    void activateOther();
+    void otherAnswered(bool isWell);
+    void decide(Result result);
+
+    RunLoop& loop_;
+    BusConnection& bus_;
+    std::string activationToken_;
+    std::function<void(Result)> decided_; ///< empty after its call
+    std::unique_ptr<Exported> exported_;  ///< only while connected
+    RunLoop::Handle busTimer_;
+    bool hasAskedOther_ = false;
+    Lifeline lifeline_;
+    Subscription stateSubscription_;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,65 @@
+// Sleep and wake as the login manager announces them, which waits until we are ready; or as the clocks show
+// afterwards.
+#pragma once
+
+#include "core/FileDescriptor.h"
+#include "core/RunLoop.h"
+#include "platform/bus/BusConnection.h"
+#include "platform/linux/SleepEpisodes.h"
+#include "platform/linux/SuspendedTime.h"
+#include "platform/ports/SleepMonitor.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace tarnwick {
+
+/// Without a login manager, or without a bus, the clocks alone tell. Main thread.
+class LogindSleepMonitor final : public SleepMonitor {
+public:
+    using SuspendedClock = std::function<double()>;
+
+    /// How often the clocks are compared, and how much later that may be: long enough for it to happen
+    /// whenever something else wakes the processor.
+    static constexpr double checkInterval = 1;
+    static constexpr double checkTolerance = 2;
+    /// How long a login manager has to answer whether sleeps will wait, and how long after a refusal it is
+    /// asked again.
+    static constexpr double usualPatience = 30;
+
+    /// `systemBus` is the system's, best not connected yet, and outlives it.
+    LogindSleepMonitor(
+        RunLoop& loop, BusConnection& systemBus, SuspendedClock suspendedTime = SuspendedTime::now,
+        double patience = usualPatience);
+
+    void start(Handlers handlers) override;
+
+private:
+    [[nodiscard]] SleepEpisodes::Reading reading() const;
+    void busChanged();
+    void askForManager();
+    void setManager(const std::string& uniqueName);
+    void managerAnnounced(bool isStart);
+    void check();
+    void takeInhibitor();
+    void inhibitorArrived(FileDescriptor inhibitor);
+    void dropInhibitor();
+
+    RunLoop& loop_;
+    BusConnection& bus_;
+    SuspendedClock suspendedTime_;
+    double patience_;
+    std::optional<SleepEpisodes> episodes_; ///< from the start on
+    std::string manager_;                   ///< its unique name; empty while there is none
+    FileDescriptor inhibitor_;              ///< while it is open the login manager waits, within reason
+    int inhibitorRequest_ = 0;              ///< answers to earlier ones come too late
+    std::optional<double> askAgainAt_;      ///< after a refusal
+    RunLoop::Handle checkTimer_;
+    Lifeline lifeline_;
+    Subscription stateSubscription_;
+    Subscription managerMatch_;
+    Subscription sleepMatch_;
+};
+
+} // namespace tarnwick

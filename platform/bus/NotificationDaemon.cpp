@@ -1,0 +1,103 @@
+#include "platform/bus/NotificationDaemon.h"
+
+#include "platform/bus/BusCall.h"
+#include "platform/bus/BusText.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <system_error>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+namespace tarnwick {
+
+namespace {
+
+using Hints = std::map<std::string, sdbus::Variant>;
+
+constexpr std::uint32_t replacesNone = 0;
+constexpr std::int32_t usualTime = -1;
+constexpr std::uint8_t normalUrgency = 1;
+
+Hints hints() {
+    return {
+        {"desktop-entry", sdbus::Variant(std::string("tarnwick"))},
+        // What sound themes have for news of any kind. Daemons without sound ignore it.
+        {"sound-name", sdbus::Variant(std::string("message-new-instant"))},
+        {"urgency", sdbus::Variant(normalUrgency)},
+    };
+}
+
+bool staysItself(unsigned char character) {
+    constexpr std::string_view marks = "/-._~";
+    const bool isAscii = character < 0x80;
+    return (isAscii && std::isalnum(character) != 0)
+           || marks.find(static_cast<char>(character)) != std::string_view::npos;
+}
+
+std::string fileUri(const std::string& path) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string uri = "file://";
+    for (const char character : path) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (staysItself(byte)) {
+            uri += character;
+        } else {
+            uri += {'%', digits[byte / 16], digits[byte % 16]};
+        }
+    }
+    return uri;
+}
+
+} // namespace
+
+NotificationDaemon::NotificationDaemon(BusConnection& bus, const std::filesystem::path& iconFolder)
+    : bus_(bus), iconFile_(iconFolder / "hicolor/scalable/apps/tarnwick.svg") {
+}
+
+/// The file where there is one: some daemons look names up in other themes than the one that has it.
+std::string NotificationDaemon::icon() const {
+    std::error_code ignored;
+    return iconFile_.is_absolute() && std::filesystem::is_regular_file(iconFile_, ignored)
+               ? fileUri(iconFile_.native())
+               : "tarnwick";
+}
+
+BusConnection::Call NotificationDaemon::call(const char* method) const {
+    return {
+        .destination = name_,
+        .path = "/org/freedesktop/Notifications",
+        .interface = "org.freedesktop.Notifications",
+        .method = method,
+    };
+}
+
+void NotificationDaemon::probe(double timeout, std::function<void(bool isThere)> answered) {
+    BusConnection::Call question = call("GetCapabilities");
+    question.timeout = timeout;
+    using Capabilities = std::vector<std::string>;
+    callBus<Capabilities>(
+        bus_, question, std::tuple<>(),
+        lifeline_.guarded(
+            [this, answered = std::move(answered)](const std::optional<Capabilities>& capabilities) {
+                readsMarkup_ = capabilities && std::ranges::count(*capabilities, "body-markup") > 0;
+                answered(capabilities.has_value());
+            }));
+}
+
+void NotificationDaemon::show(const std::string& title, const std::string& body) {
+    const std::string text = validUtf8(body);
+    callBus<Done>(
+        bus_, call("Notify"),
+        std::tuple(
+            std::string("Tarnwick"), replacesNone, icon(), validUtf8(title),
+            readsMarkup_ ? asMarkup(text) : text, std::vector<std::string>(), hints(), usualTime),
+        [](const std::optional<Done>&) {});
+}
+
+} // namespace tarnwick

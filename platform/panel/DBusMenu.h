@@ -1,0 +1,42 @@
+// The status item's menu for panels that draw it by themselves: com.canonical.dbusmenu.
+#pragma once
+
+#include "core/RunLoop.h"
+#include "platform/bus/BusConnection.h"
+#include "platform/ports/PanelMenu.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tarnwick {
+
+/// There whenever the bus is. Main thread.
+class DBusMenu {
+public:
+    static constexpr const char* path = "/MenuBar";
+
+    /// What is handed in outlives it; the menu's `onChange` is taken over. `iconThemePath` is a folder with
+    /// icons for the rows; empty: none.
+    DBusMenu(RunLoop& loop, BusConnection& bus, PanelMenu& menu, std::string iconThemePath);
+    DBusMenu(const DBusMenu&) = delete;
+    DBusMenu& operator=(const DBusMenu&) = delete;
+    ~DBusMenu();
+
+    /// A panel has read the rows.
+    std::function<void()> onRead;
+
+private:
+    class Exported;
+
+    void busChanged();
+
+    RunLoop& loop_;
+    BusConnection& bus_;
+    PanelMenu& menu_;
+    std::string iconThemePath_;
+    std::unique_ptr<Exported> exported_; ///< only while connected
+    Subscription stateSubscription_;
+};
+
+} // namespace tarnwick

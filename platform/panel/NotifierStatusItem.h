@@ -1,0 +1,96 @@
+// The status item for panels with a StatusNotifier watcher: org.kde.StatusNotifierItem.
+#pragma once
+
+#include "core/RunLoop.h"
+#include "platform/bus/BusConnection.h"
+#include "platform/bus/ColorScheme.h"
+#include "platform/panel/DBusMenu.h"
+#include "platform/panel/ItemPixmaps.h"
+#include "platform/panel/ItemPresentation.h"
+#include "platform/panel/PanelHostFinder.h"
+#include "platform/panel/WatcherRegistration.h"
+#include "platform/ports/FacePainter.h"
+#include "platform/ports/PanelMenu.h"
+#include "platform/ports/StatusItem.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+/// Panels forget it when its bus connection ends, with the program. Main thread.
+class NotifierStatusItem final : public StatusItem {
+public:
+    /// What is referred to outlives the item.
+    struct Needs {
+        RunLoop& loop;
+        BusConnection& bus; ///< the session's
+        const FacePainter& painter;
+        PanelMenu& menu;
+        ColorScheme& colors;
+        /// A folder with the program's icons by name, laid out as an icon theme. Empty: none, and every icon
+        /// goes as an image.
+        std::string iconThemePath{};
+        /// Images come in the sizes that panels take on screens of these scales.
+        ItemPixmaps::Scales screenScales = [] { return std::vector<double>{1, 2}; };
+        PanelHostFinder::ProcessName processName = tarnwick::processName;
+        double registrationPatience = WatcherRegistration::usualPatience;
+    };
+
+    explicit NotifierStatusItem(Needs needs);
+    ~NotifierStatusItem() override;
+
+    void setFace(const StatusFace& face) override;
+    void setToolTip(const std::string& text) override;
+    void setAccessibilityValue(const std::string& text) override;
+    void setPanelFace(PanelFace form) override;
+
+    [[nodiscard]] double textWidth(const std::string& text) const override {
+        return needs_.painter.textWidth(text);
+    }
+
+    /// What images are drawn with where nobody tells how dark the panel is; dark at first.
+    void setFallbackInk(Ink ink);
+
+    /// Whether somebody keeps a list of such items, so that this one is shown wherever there is a panel.
+    [[nodiscard]] bool hasWatcher() const { return !hosts_.watcher().empty(); }
+
+    /// The answer of `hasWatcher` has changed.
+    std::function<void()> onWatcherChange;
+
+    /// The token by which the desktop lets the latest click open a window in front of others; empty when it
+    /// has given none, or when it was taken before.
+    [[nodiscard]] std::string takeActivationToken() { return std::exchange(activationToken_, {}); }
+
+private:
+    class Exported;
+
+    void busChanged();
+    void hostChanged();
+    void refresh();
+    void activateSoon(std::optional<ScreenPoint> at);
+    [[nodiscard]] std::optional<ScreenPoint> desktopPosition(int x, int y) const;
+    [[nodiscard]] bool wasRead() const;
+
+    Needs needs_;
+    ItemState state_;
+    Ink fallbackInk_ = Ink::dark;
+    ItemPresentation shown_; ///< what the panel has been told
+    ItemPixmaps pixmaps_;
+    DBusMenu menu_;
+    PanelHostFinder hosts_;
+    WatcherRegistration registration_;
+    std::unique_ptr<Exported> exported_; ///< only while connected
+    bool hadWatcher_ = false;
+    bool itemWasRead_ = false;
+    bool menuWasRead_ = false;
+    std::string activationToken_;
+    Lifeline lifeline_;
+    Subscription colorSubscription_;
+    Subscription stateSubscription_;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,55 @@
+// Finds out which panel shows the status items, and follows its coming and going.
+#pragma once
+
+#include "platform/bus/BusConnection.h"
+#include "platform/panel/PanelHosts.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+/// Main thread.
+class PanelHostFinder {
+public:
+    using ProcessName = std::function<std::string(unsigned pid)>;
+
+    static constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
+
+    /// `bus` outlives it.
+    explicit PanelHostFinder(BusConnection& bus, ProcessName processName = tarnwick::processName);
+
+    [[nodiscard]] const PanelHost& host() const { return *host_; }
+
+    /// The connection that keeps the list of items, by its unique name; empty while there is none.
+    [[nodiscard]] std::string watcher() const;
+
+    /// Told when the panel is another one, or the watcher.
+    std::function<void()> onChange;
+
+private:
+    struct Owner {
+        std::string uniqueName;
+        std::string process{}; ///< empty until it is known
+    };
+
+    void busChanged(BusConnection::State state);
+    void lookAround();
+    void namesListed(const std::vector<std::string>& names);
+    void setOwner(const std::string& name, const std::string& uniqueName);
+    void askProcess(const std::string& name, const std::string& uniqueName);
+    void decide();
+
+    BusConnection& bus_;
+    ProcessName processName_;
+    std::map<std::string, Owner> owners_; ///< of the watcher's name and of the panels' names
+    const PanelHost* host_;
+    std::string decidedWatcher_;
+    Lifeline lifeline_;
+    Subscription stateSubscription_;
+    Subscription ownerMatch_;
+};
+
+} // namespace tarnwick

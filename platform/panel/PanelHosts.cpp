@@ -1,0 +1,119 @@
+#include "platform/panel/PanelHosts.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+namespace tarnwick {
+
+namespace {
+
+using Form = StatusItem::PanelFace;
+
+// Measured with the panels of 2023. Those with a fixed ink draw a dark background unless their own theme says
+// otherwise, which nobody can ask them.
+constexpr PanelHost gnomeShell{
+    .process = "gnome-shell",
+    .form = Form::label,
+    .drawsLabel = true,
+    .ignoresLabelGuide = true,
+    .recolorsSymbolicIcons = true,
+    .fixedInk = Ink::light,
+    .readsMenuAtOnce = true,
+};
+
+constexpr PanelHost waybar{
+    .process = "waybar",
+    .form = Form::wide,
+    .fixedInk = Ink::light,
+    .givesGlobalPositions = false,
+};
+
+constexpr PanelHost xfcePanel{
+    .process = "xfce4-panel",
+    .recolorsSymbolicIcons = true,
+    .hasOwnDarkMode = true,
+};
+
+constexpr PanelHost lxqtPanel{
+    .process = "lxqt-panel",
+    .fixedInk = Ink::light,
+    .showsToolTipTitleOnly = true,
+    .toolTipMarkup = ToolTipMarkup::guessed,
+};
+
+constexpr PanelHost plasma{
+    .process = "plasmashell",
+    .recolorsSymbolicIcons = true,
+    .toolTipMarkup = ToolTipMarkup::guessed,
+};
+
+constexpr PanelHost named(PanelHost host, std::string_view process) {
+    host.process = process;
+    return host;
+}
+
+constexpr std::array<PanelHost, 8> table{
+    gnomeShell,
+    waybar,
+    xfcePanel,
+    named(xfcePanel, "wrapper-2.0"), // runs a plug-in of that panel
+    lxqtPanel,
+    plasma,
+    named(plasma, "kded5"), // keeps the list of items for that panel
+    named(plasma, "kded6"),
+};
+
+constexpr PanelHost anyOther{};
+
+bool isKnown(const PanelHost& host) {
+    return !host.process.empty();
+}
+
+} // namespace
+
+const PanelHost& panelHost(std::string_view process) {
+    const auto* const entry = std::ranges::find(table, process, &PanelHost::process);
+    return entry != table.end() && !process.empty() ? *entry : anyOther;
+}
+
+const PanelHost& panelHost(const std::vector<std::string>& hosts, const std::string& watcher) {
+    for (const std::string& process : hosts) {
+        if (const PanelHost& host = panelHost(process); isKnown(host)) {
+            return host;
+        }
+    }
+    return panelHost(watcher);
+}
+
+Ink inkFor(const PanelHost& host, const Backgrounds& backgrounds) {
+    if (host.fixedInk) {
+        return *host.fixedInk;
+    }
+    std::optional<bool> isDark = host.hasOwnDarkMode ? backgrounds.panelIsDark : std::nullopt;
+    if (!isDark) {
+        isDark = backgrounds.desktopIsDark;
+    }
+    if (!isDark) {
+        return backgrounds.fallback;
+    }
+    return *isDark ? Ink::light : Ink::dark;
+}
+
+std::string processName(unsigned pid) {
+    const std::filesystem::path folder = "/proc/" + std::to_string(pid);
+    std::string name;
+    std::getline(std::ifstream(folder / "comm"), name);
+    if (!isKnown(panelHost(name))) {
+        std::error_code error;
+        const std::filesystem::path program = std::filesystem::read_symlink(folder / "exe", error);
+        if (!error && isKnown(panelHost(program.filename().string()))) {
+            return program.filename().string();
+        }
+    }
+    return name;
+}
+
+} // namespace tarnwick

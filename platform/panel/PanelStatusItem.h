@@ -1,0 +1,60 @@
+// The status item wherever there is a place for it: with a StatusNotifier watcher, or else in the classic
+// tray.
+#pragma once
+
+#include "core/RunLoop.h"
+#include "platform/ports/StatusItem.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tarnwick {
+
+/// Main thread.
+class PanelStatusItem final : public StatusItem {
+public:
+    /// How long a panel may take to come up before the classic tray is tried, in seconds.
+    static constexpr double patience = 2;
+
+    /// All of it outlives the item.
+    struct Needs {
+        RunLoop& loop;
+        StatusItem& notifier; ///< shown by whoever watches
+        std::function<bool()> hasWatcher;
+        /// Null where displays have no classic tray.
+        std::function<std::unique_ptr<StatusItem>()> makeTrayItem;
+        std::function<bool()> hasTray;
+        std::function<void(const std::string&)> say; ///< tells the user, outside any panel
+    };
+
+    explicit PanelStatusItem(Needs needs);
+
+    /// To be called when the answer of `hasWatcher` may have changed.
+    void watcherChanged();
+
+    void setFace(const StatusFace& face) override;
+    void setToolTip(const std::string& text) override;
+    void setAccessibilityValue(const std::string& text) override;
+    void setPanelFace(PanelFace form) override;
+
+    [[nodiscard]] double textWidth(const std::string& text) const override {
+        return needs_.notifier.textWidth(text);
+    }
+
+private:
+    void lookForTray();
+    void showIn(StatusItem& item) const;
+    void forwardClicks(StatusItem& item);
+
+    Needs needs_;
+    std::unique_ptr<StatusItem> tray_; ///< only while nobody watches
+    RunLoop::Handle trayTimer_;
+    bool hasComplained_ = false;
+    std::optional<StatusFace> face_;
+    std::string toolTip_;
+    std::string accessibilityValue_;
+};
+
+} // namespace tarnwick

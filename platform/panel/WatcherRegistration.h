@@ -1,0 +1,48 @@
+// Makes the status item known to whoever keeps the list of such items, again whenever that changes.
+#pragma once
+
+#include "core/RunLoop.h"
+#include "platform/bus/BusConnection.h"
+
+#include <string>
+
+namespace tarnwick {
+
+/// Some panels lose an item that comes before them: registering is answered, but nobody ever reads the item.
+/// One that has not been read a while after registering is registered again, a bounded number of times. Main
+/// thread.
+class WatcherRegistration {
+public:
+    static constexpr double usualPatience = 3.5;
+    static constexpr int mostRepetitions = 5;
+
+    /// What is handed in outlives it. `wasRead` tells whether a panel has read the item since the latest
+    /// call of `forgetReaders`.
+    struct Needs {
+        RunLoop& loop;
+        BusConnection& bus;
+        std::function<bool()> wasRead;
+        std::function<void()> forgetReaders;
+    };
+
+    explicit WatcherRegistration(Needs needs, double patience = usualPatience);
+
+    /// The item's name on the bus; empty while it has none.
+    void setService(const std::string& service);
+    /// The watcher's unique name; empty while there is none.
+    void setWatcher(const std::string& watcher);
+
+private:
+    void start();
+    void registerItem();
+    void check();
+
+    Needs needs_;
+    double patience_;
+    std::string service_;
+    std::string watcher_;
+    int repetitions_ = 0;
+    RunLoop::Handle checkTimer_;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,40 @@
+// Turns a status face into pixels, for panels that take images.
+#pragma once
+
+#include "platform/ports/StatusItem.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+/// An image in 32-bit words 0xAARRGGBB, not premultiplied, row by row from the top.
+struct Pixmap {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint32_t> pixels{};
+
+    friend bool operator==(const Pixmap&, const Pixmap&) = default;
+};
+
+/// What an image is drawn with: the face is a mask, tinted for the panel that it stands in.
+enum class Ink { dark, light };
+
+class FacePainter {
+public:
+    FacePainter() = default;
+    FacePainter(const FacePainter&) = delete;
+    FacePainter& operator=(const FacePainter&) = delete;
+    virtual ~FacePainter() = default;
+
+    /// The face in this form (not `automatic`), `height` pixels high. The square is as wide as high; the
+    /// wide one as wide as it needs; the label form is the icon alone.
+    [[nodiscard]] virtual Pixmap paint(
+        const StatusFace& face, StatusItem::PanelFace form, int height, Ink ink) const = 0;
+
+    /// Width of a text in the title's font, rounded up to whole points.
+    [[nodiscard]] virtual double textWidth(const std::string& text) const = 0;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,279 @@
+#include "platform/xdg/AutostartEntry.h"
+
+#include "core/Storage/FileStore.h"
+#include "core/Storage/UserFolders.h"
+#include "platform/xdg/DesktopCommand.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+#include <system_error>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+namespace Key {
+constexpr auto type = "Type";
+constexpr auto name = "Name";
+constexpr auto exec = "Exec";
+constexpr auto tryExec = "TryExec";
+constexpr auto onlyShowIn = "OnlyShowIn";
+constexpr auto notShowIn = "NotShowIn";
+constexpr auto hidden = "Hidden";
+constexpr auto gnomeEnabled = "X-GNOME-Autostart-enabled";
+/// Beside the desktop's own switches: that it was not the desktop who used them.
+constexpr auto withdrawn = "X-Tarnwick-Withdrawn";
+} // namespace Key
+
+constexpr auto application = "Application";
+constexpr auto fileName = "tarnwick.desktop";
+
+fs::path entryIn(const fs::path& settingsFolder) {
+    return settingsFolder / "autostart" / fileName;
+}
+
+std::string failure(const fs::path& file, const std::error_code& error) {
+    return "Can’t change " + file.string() + ": " + error.message();
+}
+
+bool isWithdrawn(const DesktopEntry& entry) {
+    return entry.boolean(Key::withdrawn).value_or(false);
+}
+
+/// A hidden entry starts nowhere. Where a desktop has shown a withdrawn one again, the other switch is only
+/// what the withdrawal has left.
+bool isSwitchedOff(const DesktopEntry& entry) {
+    const bool isDisabledInGnome = !entry.boolean(Key::gnomeEnabled).value_or(true);
+    return entry.boolean(Key::hidden).value_or(false) || (isDisabledInGnome && !isWithdrawn(entry));
+}
+
+/// Not every desktop knows every switch.
+void switchOff(DesktopEntry& entry) {
+    entry.setBoolean(Key::hidden, true);
+    entry.setBoolean(Key::gnomeEnabled, false);
+    entry.setBoolean(Key::withdrawn, true);
+}
+
+void removeSwitches(DesktopEntry& entry) {
+    entry.remove(Key::hidden);
+    entry.remove(Key::gnomeEnabled);
+    entry.remove(Key::withdrawn);
+}
+
+/// An entry as it is first written, with what it starts.
+DesktopEntry newEntry(std::string_view program, std::string_view command) {
+    DesktopEntry entry;
+    entry.set(Key::type, application);
+    entry.set(Key::name, "Tarnwick");
+    entry.set("Comment", "Keeps an eye on your internet connection from the panel");
+    entry.set("Icon", "tarnwick");
+    entry.set(Key::tryExec, program);
+    entry.set(Key::exec, command);
+    entry.setBoolean("Terminal", false);
+    return entry;
+}
+
+bool holdsNothingElse(DesktopEntry entry) {
+    removeSwitches(entry);
+    return entry == newEntry(entry.value(Key::tryExec).value_or(""), entry.value(Key::exec).value_or(""));
+}
+
+/// A file that is no entry gives neither an entry nor an error.
+std::optional<DesktopEntry> read(const fs::path& file, std::error_code& error) {
+    const auto text = FileStore::read(file, error);
+    return text ? DesktopEntry::parse(*text) : std::nullopt;
+}
+
+void setOrRemove(DesktopEntry& entry, std::string_view key, const std::vector<std::string>& list) {
+    if (list.empty()) {
+        entry.remove(key);
+    } else {
+        entry.setList(key, list);
+    }
+}
+
+bool isAbsent(const std::error_code& error) {
+    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+}
+
+} // namespace
+
+AutostartEntry::AutostartEntry(std::optional<fs::path> program, Session session)
+    : program_(std::move(program)), session_(std::move(session)) {
+}
+
+AutostartEntry::Session AutostartEntry::presentSession(bool isSandboxed) {
+    Session session{
+        .userFolder = UserFolders::config(),
+        .systemFolders = UserFolders::systemConfig(),
+        .desktops = {},
+        .isSandboxed = isSandboxed};
+    const char* desktops = std::getenv("XDG_CURRENT_DESKTOP");
+    std::istringstream names(desktops != nullptr ? desktops : "");
+    for (std::string name; std::getline(names, name, ':');) {
+        if (!name.empty()) {
+            session.desktops.push_back(name);
+        }
+    }
+    return session;
+}
+
+fs::path AutostartEntry::userFile() const {
+    return entryIn(session_.userFolder);
+}
+
+std::optional<DesktopEntry> AutostartEntry::systemEntry() const {
+    for (const fs::path& folder : session_.systemFolders) {
+        std::error_code error;
+        auto entry = read(entryIn(folder), error);
+        if (!isAbsent(error)) {
+            return entry;
+        }
+    }
+    return std::nullopt;
+}
+
+LoginItem::Status AutostartEntry::status() const {
+    if (session_.isSandboxed) {
+        return Status::notRegistered;
+    }
+    std::error_code error;
+    const auto own = read(userFile(), error);
+    if (isAbsent(error)) {
+        const auto ofSystem = systemEntry();
+        return ofSystem ? statusOf(*ofSystem) : Status::notRegistered;
+    }
+    if (!own) {
+        return Status::notRegistered;
+    }
+    const Status found = statusOf(*own);
+    return found == Status::enabled && startsAnotherCopy(*own) ? Status::notRegistered : found;
+}
+
+LoginItem::Status AutostartEntry::statusOf(const DesktopEntry& entry) const {
+    if (isSwitchedOff(entry)) {
+        return isWithdrawn(entry) ? Status::notRegistered : Status::requiresApproval;
+    }
+    return startsHere(entry) ? Status::enabled : Status::notRegistered;
+}
+
+bool AutostartEntry::startsHere(const DesktopEntry& entry) const {
+    const auto tryExec = entry.value(Key::tryExec);
+    const bool mayTry = !tryExec || tryExec->empty() || DesktopCommand::find(*tryExec);
+    const auto command = entry.value(Key::exec);
+    const auto program = command ? DesktopCommand::program(*command) : std::nullopt;
+    return entry.value(Key::type) == application && mayTry && program && DesktopCommand::find(*program)
+           && isForThisDesktop(entry);
+}
+
+/// Only where that is certain: a script or another program that it names may start this one in the end.
+bool AutostartEntry::startsAnotherCopy(const DesktopEntry& entry) const {
+    const auto command = entry.value(Key::exec);
+    const auto name = command ? DesktopCommand::program(*command) : std::nullopt;
+    const auto file = name ? DesktopCommand::find(*name) : std::nullopt;
+    std::error_code error;
+    return program_ && file && file->filename() == program_->filename()
+           && !fs::equivalent(*file, *program_, error);
+}
+
+bool AutostartEntry::isForThisDesktop(const DesktopEntry& entry) const {
+    const auto only = entry.list(Key::onlyShowIn);
+    const auto excluded = entry.list(Key::notShowIn);
+    const auto holds = [](const auto& list, const std::string& desktop) {
+        return list && std::ranges::find(*list, desktop) != list->end();
+    };
+    for (const std::string& desktop : session_.desktops) {
+        if (holds(only, desktop)) {
+            return true;
+        }
+        if (holds(excluded, desktop)) {
+            return false;
+        }
+    }
+    return !only;
+}
+
+void AutostartEntry::admitThisDesktop(DesktopEntry& entry) const {
+    auto excluded = entry.list(Key::notShowIn).value_or(std::vector<std::string>());
+    const auto isPresent = [this](const std::string& desktop) {
+        return std::ranges::find(session_.desktops, desktop) != session_.desktops.end();
+    };
+    if (std::erase_if(excluded, isPresent) > 0) {
+        setOrRemove(entry, Key::notShowIn, excluded);
+    }
+    if (isForThisDesktop(entry)) {
+        return;
+    }
+    std::vector<std::string> only;
+    if (!session_.desktops.empty()) {
+        only = entry.list(Key::onlyShowIn).value_or(only);
+        only.push_back(session_.desktops.front());
+    }
+    setOrRemove(entry, Key::onlyShowIn, only);
+}
+
+std::optional<std::string> AutostartEntry::enroll() {
+    if (session_.isSandboxed) {
+        return "Can’t be set from inside a sandbox. Add Tarnwick to what your desktop starts.";
+    }
+    if (!program_) {
+        return "Can’t tell where this program is";
+    }
+    const std::string command = DesktopCommand::starting(*program_);
+    const DesktopEntry fresh = newEntry(program_->native(), command);
+    std::error_code error;
+    auto entry = read(userFile(), error);
+    if (isAbsent(error)) {
+        entry = systemEntry();
+    } else if (error) {
+        return failure(userFile(), error);
+    } else if (!entry) {
+        error = FileStore::keepAside(userFile());
+        if (error) {
+            return failure(userFile(), error);
+        }
+    }
+    if (!entry) {
+        return write(fresh);
+    }
+    removeSwitches(*entry);
+    entry->set(Key::type, application);
+    entry->set(Key::tryExec, program_->native());
+    entry->set(Key::exec, command);
+    if (!isForThisDesktop(*entry)) {
+        admitThisDesktop(*entry);
+    }
+    return write(*entry);
+}
+
+std::optional<std::string> AutostartEntry::withdraw() {
+    if (status() == Status::notRegistered) {
+        return std::nullopt;
+    }
+    std::error_code error;
+    auto entry = read(userFile(), error);
+    auto ofSystem = systemEntry();
+    if (entry && !ofSystem && holdsNothingElse(*entry)) {
+        fs::remove(userFile(), error);
+        return error ? std::optional(failure(userFile(), error)) : std::nullopt;
+    }
+    if (!entry) {
+        entry = std::move(ofSystem);
+    }
+    if (entry) {
+        switchOff(*entry);
+        return write(*entry);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> AutostartEntry::write(const DesktopEntry& entry) const {
+    const std::error_code error = FileStore::replace(userFile(), entry.text());
+    return error ? std::optional(failure(userFile(), error)) : std::nullopt;
+}
+
+} // namespace tarnwick

@@ -1,0 +1,59 @@
+// The command line of the desktop program.
+#include "app/CommandLine/AppOptions.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+namespace {
+
+AppOptions accepted(const std::vector<std::string>& arguments) {
+    const auto parsed = parseAppOptions(arguments);
+    if (const auto* error = std::get_if<UsageError>(&parsed)) {
+        ADD_FAILURE() << error->text;
+        return {};
+    }
+    return std::get<AppOptions>(parsed);
+}
+
+std::string refused(const std::vector<std::string>& arguments) {
+    const auto parsed = parseAppOptions(arguments);
+    const auto* error = std::get_if<UsageError>(&parsed);
+    EXPECT_NE(error, nullptr);
+    return error != nullptr ? error->text : "";
+}
+
+} // namespace
+
+TEST(AppOptions, WithoutArgumentsEverythingIsAsStored) {
+    const AppOptions options = accepted({});
+
+    EXPECT_FALSE(options.help);
+    EXPECT_FALSE(options.version);
+    EXPECT_TRUE(options.settings.empty());
+}
+
+TEST(AppOptions, SettingsAreTakenInTheirOrder) {
+    EXPECT_THAT(
+        accepted({"--set", "PingInterval=5", "--set=PanelFace=wide"}).settings,
+        testing::ElementsAre(Setting("PingInterval", 5.0), Setting("PanelFace", std::string("wide"))));
+}
+
+TEST(AppOptions, HelpAndVersionAreTaken) {
+    EXPECT_TRUE(accepted({"--help"}).help);
+    EXPECT_TRUE(accepted({"--version"}).version);
+}
+
+TEST(AppOptions, WhatIsUnknownIsNamed) {
+    EXPECT_EQ(refused({"--json"}), "unknown option \"--json\"");
+    EXPECT_EQ(refused({"-x"}), "unknown option \"-x\"");
+    EXPECT_EQ(refused({"example.org"}), "unknown argument \"example.org\"");
+}
+
+TEST(AppOptions, AMissingOrWrongValueIsNamed) {
+    EXPECT_EQ(refused({"--set"}), "--set needs a value");
+    EXPECT_EQ(refused({"--set", "ShowIcon=2"}), "ShowIcon must be true or false, not \"2\"");
+}
+
+} // namespace tarnwick

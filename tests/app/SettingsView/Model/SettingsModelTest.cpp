@@ -1,0 +1,144 @@
+// What the settings window shows and changes.
+#include "app/SettingsView/Model/SettingsModel.h"
+
+#include "tests/app/WatchedMonitor.h"
+#include "tests/simulation/FakeLoginItem.h"
+#include "tests/simulation/FakeUpdateFramework.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+namespace {
+
+using testing::Eq;
+using testing::IsEmpty;
+
+class SettingsModelTest : public testing::Test, protected WatchedMonitor {
+protected:
+    simulation::FakeLoginItem loginItem;
+    SettingsModel model{monitor, loginItem};
+};
+
+} // namespace
+
+TEST_F(SettingsModelTest, AHostThatIsAnAddressNeedsNoAddressLineOnceResolved) {
+    watchFor(1);
+
+    EXPECT_THAT(model.addressLine(), Eq(std::nullopt));
+}
+
+TEST_F(SettingsModelTest, AHostsNameIsFollowedByItsAddress) {
+    resolve("one.example", "192.0.2.1");
+    model.commitHost("one.example");
+    watchFor(1);
+
+    EXPECT_THAT(model.addressLine(), Eq("192.0.2.1"));
+}
+
+TEST_F(SettingsModelTest, WhileAHostIsLookedUpItIsResolving) {
+    network.setHost("one.example", std::vector{simulation::VirtualNetwork::address("192.0.2.1")}, 5);
+    model.commitHost("one.example");
+    watchFor(1);
+
+    EXPECT_THAT(model.addressLine(), Eq("Resolving…"));
+}
+
+TEST_F(SettingsModelTest, OnceDownForAnErrorTheAddressLineTellsTheReason) {
+    network.setHost("nowhere.example", PingError::resolution("No such host"));
+    model.commitHost("nowhere.example");
+    monitor.start();
+    ASSERT_TRUE(waitUntilDown());
+
+    EXPECT_THAT(model.addressLine(), Eq("Can’t find host “nowhere.example”"));
+}
+
+TEST_F(SettingsModelTest, AHostIsKeptWithoutTheWhiteSpaceAroundIt) {
+    resolve("one.example", "192.0.2.1");
+    model.commitHost("  one.example\n");
+
+    EXPECT_EQ(prefs.hostname(), "one.example");
+}
+
+TEST_F(SettingsModelTest, WithoutAHostThePresentOneStays) {
+    model.commitHost("   ");
+
+    EXPECT_EQ(prefs.hostname(), "1.1.1.1");
+}
+
+TEST_F(SettingsModelTest, ANewIntervalHoldsForTheNextPing) {
+    watchFor(10.5);
+    model.setPingInterval(5);
+    const std::uint64_t before = monitor.ledger().session().sent;
+    loop.advance(20);
+
+    EXPECT_EQ(monitor.ledger().session().sent - before, 4);
+}
+
+TEST_F(SettingsModelTest, AnUnchangedIntervalIsNotEvenStored) {
+    model.setPingInterval(1);
+
+    EXPECT_THAT(defaults.changes(), IsEmpty());
+}
+
+TEST_F(SettingsModelTest, TurningAlertsOnAsksForWhatTheyNeed) {
+    int asked = 0;
+    model.onAlertsTurnedOn = [&] { ++asked; };
+    model.setShowNotifications(true);
+
+    EXPECT_TRUE(prefs.showNotifications());
+    EXPECT_EQ(asked, 1);
+}
+
+TEST_F(SettingsModelTest, TurningAlertsOffAsksNothing) {
+    prefs.setShowNotifications(true);
+    int asked = 0;
+    model.onAlertsTurnedOn = [&] { ++asked; };
+    model.setShowNotifications(false);
+
+    EXPECT_FALSE(prefs.showNotifications());
+    EXPECT_EQ(asked, 0);
+}
+
+TEST_F(SettingsModelTest, PickersWriteTheirPreferencesAtOnce) {
+    model.setDisplay(Preferences::Display::textOnly);
+    model.setLossTextMode(MenuBarTitle::LossMode::always);
+    model.setSlowPingThresholdMs(250);
+
+    EXPECT_THAT(defaults.stored(PreferenceKey::showIcon), Eq(UserDefaults::Value(false)));
+    EXPECT_THAT(defaults.stored(PreferenceKey::packetLossTextMode), Eq(UserDefaults::Value("always")));
+    EXPECT_THAT(defaults.stored(PreferenceKey::slowPingLowThreshold), Eq(UserDefaults::Value(250.0)));
+}
+
+TEST_F(SettingsModelTest, RestoringDefaultsBringsThemAllBack) {
+    resolve("one.example", "192.0.2.1");
+    model.commitHost("one.example");
+    model.setPingInterval(30);
+    model.setSlowPingThresholdMs(250);
+    model.setShowNotifications(true);
+    model.restoreDefaults();
+
+    EXPECT_EQ(prefs.hostname(), "1.1.1.1");
+    EXPECT_EQ(prefs.pingInterval(), 1);
+    EXPECT_EQ(prefs.slowPingThresholdMs(), 100);
+    EXPECT_FALSE(prefs.showNotifications());
+}
+
+TEST_F(SettingsModelTest, WithoutAnUpdateFrameworkThereIsNothingAboutUpdates) {
+    EXPECT_EQ(model.updates(), nullptr);
+}
+
+TEST_F(SettingsModelTest, RefreshingReadsWhatChangesElsewhere) {
+    simulation::FakeUpdateFramework framework;
+    SettingsModel updated(monitor, loginItem, &framework);
+    framework.checks = true;
+    loginItem.now = LoginItem::Status::enabled;
+    updated.refresh();
+
+    ASSERT_NE(updated.updates(), nullptr);
+    EXPECT_TRUE(updated.updates()->checksAutomatically());
+    EXPECT_TRUE(updated.launchAtLogin().isOn());
+}
+
+} // namespace tarnwick

@@ -1,0 +1,214 @@
+// Pickers and switches of the settings form.
+#include "tests/app/SettingsView/SettingsFormTest.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+class SettingsSwitchesTest : public test::SettingsFormTest {
+protected:
+    [[nodiscard]] static std::vector<std::string> titles(const QComboBox& picker) {
+        std::vector<std::string> texts;
+        for (int index = 0; index < picker.count(); ++index) {
+            texts.push_back(picker.itemText(index).toStdString());
+        }
+        return texts;
+    }
+
+    static void pick(QComboBox& picker, int index) {
+        picker.setFocus();
+        QTest::keyClick(&picker, Qt::Key_Home);
+        for (int step = 0; step < index; ++step) {
+            QTest::keyClick(&picker, Qt::Key_Down);
+        }
+    }
+};
+
+} // namespace
+
+TEST_F(SettingsSwitchesTest, ThePickersOfferEveryCase) {
+    EXPECT_THAT(titles(display()), ElementsAre("Icon and Text", "Icon Only", "Text Only"));
+    EXPECT_THAT(titles(lossText()), ElementsAre("Off", "When There's Loss", "Always"));
+}
+
+TEST_F(SettingsSwitchesTest, WhatIsPickedHoldsAtOnce) {
+    present();
+    pick(display(), 2);
+    EXPECT_EQ(prefs.display(), Preferences::Display::textOnly);
+
+    pick(lossText(), 2);
+    EXPECT_EQ(prefs.lossTextMode(), MenuBarTitle::LossMode::always);
+}
+
+TEST_F(SettingsSwitchesTest, ThePickersFollowTheSettings) {
+    present();
+    prefs.setDisplay(Preferences::Display::iconOnly);
+    prefs.setLossTextMode(MenuBarTitle::LossMode::off);
+    settle();
+
+    EXPECT_EQ(display().currentText(), "Icon Only");
+    EXPECT_EQ(lossText().currentText(), "Off");
+}
+
+TEST_F(SettingsSwitchesTest, TurningAlertsOnAsksForWhatTheyNeedAndTurningThemOffDoesNot) {
+    int asked = 0;
+    model.onAlertsTurnedOn = [&] { ++asked; };
+    present();
+    alerts().click();
+    EXPECT_TRUE(prefs.showNotifications());
+    EXPECT_EQ(asked, 1);
+
+    alerts().click();
+    EXPECT_FALSE(prefs.showNotifications());
+    EXPECT_EQ(asked, 1);
+}
+
+TEST_F(SettingsSwitchesTest, AlertsTurnedOnElsewhereAskNothing) {
+    int asked = 0;
+    model.onAlertsTurnedOn = [&] { ++asked; };
+    present();
+    prefs.setShowNotifications(true);
+    settle();
+
+    EXPECT_TRUE(alerts().isChecked());
+    EXPECT_EQ(asked, 0);
+}
+
+TEST_F(SettingsSwitchesTest, AClickOnASwitchsLabelTurnsIt) {
+    present();
+    QTest::mouseClick(&label("Connection Up/Down Alerts"), Qt::LeftButton);
+
+    EXPECT_TRUE(prefs.showNotifications());
+}
+
+TEST_F(SettingsSwitchesTest, LaunchAtLoginRegistersTheProgram) {
+    present();
+    launchAtLogin().click();
+
+    EXPECT_EQ(loginItem.now, LoginItem::Status::enabled);
+    EXPECT_TRUE(launchAtLogin().isChecked());
+}
+
+TEST_F(SettingsSwitchesTest, AFailedLaunchAtLoginTurnsBackAndSaysWhyInRed) {
+    loginItem.failure = "The folder is read-only";
+    present();
+    const int before = window.height();
+    launchAtLogin().click();
+    settle();
+
+    EXPECT_FALSE(launchAtLogin().isChecked());
+    EXPECT_THAT(labels(), HasSubstr("Launch at Login\nThe folder is read-only\n"));
+    const QLabel& message = label("The folder is read-only");
+    const QColor color = message.palette().color(QPalette::WindowText);
+    EXPECT_GT(color.red(), 2 * color.green());
+    EXPECT_LT(message.font().pointSizeF(), label("Launch at Login").font().pointSizeF());
+    EXPECT_GT(window.height(), before);
+}
+
+TEST_F(SettingsSwitchesTest, WhenApprovalIsNeededItSaysSoAndShowsWhere) {
+    loginItem.afterEnrolling = LoginItem::Status::requiresApproval;
+    int shown = 0;
+    model.launchAtLogin().showApproval = [&] { ++shown; };
+    present();
+    launchAtLogin().click();
+    settle();
+
+    EXPECT_TRUE(launchAtLogin().isChecked());
+    EXPECT_THAT(labels(), HasSubstr("Approve Tarnwick in your desktop's startup settings.\n"));
+    EXPECT_EQ(shown, 1);
+}
+
+TEST_F(SettingsSwitchesTest, WhatTheDesktopHasSwitchedOffIsSaidWithoutOpeningAnything) {
+    int shown = 0;
+    model.launchAtLogin().showApproval = [&] { ++shown; };
+    loginItem.now = LoginItem::Status::requiresApproval;
+    present();
+
+    EXPECT_TRUE(launchAtLogin().isChecked());
+    EXPECT_THAT(labels(), HasSubstr("Approve Tarnwick in your desktop's startup settings.\n"));
+    EXPECT_EQ(shown, 0);
+}
+
+TEST_F(SettingsSwitchesTest, BesideThatAButtonLeadsToTheDesktopsSettings) {
+    int shown = 0;
+    model.launchAtLogin().showApproval = [&] { ++shown; };
+    loginItem.now = LoginItem::Status::requiresApproval;
+    present();
+    launchAtLogin().setFocus();
+    press(Qt::Key_Tab);
+    ASSERT_EQ(focused(), "Startup Settings…");
+    press(Qt::Key_Space);
+
+    EXPECT_EQ(shown, 1);
+    EXPECT_EQ(loginItem.now, LoginItem::Status::requiresApproval);
+}
+
+TEST_F(SettingsSwitchesTest, WhereNothingIsToBeApprovedThereIsNoSuchButton) {
+    model.launchAtLogin().showApproval = [] {};
+    present();
+
+    EXPECT_FALSE(control<QPushButton>("Startup Settings…").isVisible());
+}
+
+TEST_F(SettingsSwitchesTest, WhereTheDesktopHasNoSuchSettingsThereIsNoSuchButton) {
+    loginItem.now = LoginItem::Status::requiresApproval;
+    present();
+
+    EXPECT_FALSE(control<QPushButton>("Startup Settings…").isVisible());
+}
+
+TEST_F(SettingsSwitchesTest, AnApprovalGivenElsewhereIsNoticedOnTheWayBack) {
+    loginItem.now = LoginItem::Status::requiresApproval;
+    present();
+    loginItem.now = LoginItem::Status::enabled;
+    lookElsewhere();
+
+    EXPECT_TRUE(launchAtLogin().isChecked());
+    EXPECT_THAT(labels(), Not(HasSubstr("Approve Tarnwick")));
+}
+
+TEST_F(SettingsSwitchesTest, AnApprovalWithdrawnElsewhereIsNoticedOnTheWayBack) {
+    loginItem.now = LoginItem::Status::enabled;
+    present();
+    loginItem.now = LoginItem::Status::requiresApproval;
+    lookElsewhere();
+
+    EXPECT_THAT(labels(), HasSubstr("Approve Tarnwick in your desktop's startup settings.\n"));
+}
+
+TEST_F(SettingsSwitchesTest, AFailureIsStillSaidOnTheWayBack) {
+    loginItem.failure = "The folder is read-only";
+    present();
+    launchAtLogin().click();
+    lookElsewhere();
+
+    EXPECT_THAT(labels(), HasSubstr("Launch at Login\nThe folder is read-only\n"));
+}
+
+TEST_F(SettingsSwitchesTest, AClickOnAPickersLabelGivesItTheKeyboard) {
+    present();
+    QTest::mouseClick(&label("Packet Loss Text"), Qt::LeftButton);
+
+    EXPECT_EQ(focused(), "Packet Loss Text");
+}
+
+TEST_F(SettingsSwitchesTest, OnlyTheLeftButtonOnALabelCounts) {
+    present();
+    QTest::mouseClick(&label("Connection Up/Down Alerts"), Qt::RightButton);
+    QTest::mouseClick(&label("Packet Loss Text"), Qt::RightButton);
+
+    EXPECT_FALSE(prefs.showNotifications());
+    EXPECT_EQ(focused(), "Host to Ping");
+}
+
+} // namespace tarnwick

@@ -1,0 +1,388 @@
+// The form in which the settings are changed, as a whole.
+#include "app/SettingsView/SettingsView.h"
+
+#include "platform/qt/Appearance.h"
+#include "tests/app/SettingsView/SettingsFormTest.h"
+#include "tests/support/Contrast.h"
+
+#include <QImage>
+#include <QWheelEvent>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class SettingsViewTest : public test::SettingsFormTest {
+protected:
+    void TearDown() override { Appearance::prefer(std::nullopt); }
+
+    /// In the color scheme that is preferred.
+    [[nodiscard]] QImage picture() {
+        present();
+        return window.view().grab().toImage();
+    }
+
+    /// The picture's color at the middle of the control's left edge, and right outside it.
+    struct Edge {
+        QColor line;
+        QColor ground;
+    };
+
+    [[nodiscard]] Edge edge(const QWidget& control, const QImage& image) const {
+        const QRect where = place(control);
+        const QPoint middle(where.left(), where.center().y());
+        const QColor ground = image.pixelColor(middle - QPoint(2, 0));
+        // A check box is smaller than its widget in some styles.
+        for (int x = 0; x < where.width() / 2; ++x) {
+            const QColor color = image.pixelColor(middle + QPoint(x, 0));
+            if (test::contrast(color, ground) > 1.2) {
+                return {color, ground};
+            }
+        }
+        return {ground, ground};
+    }
+
+    /// From the first to the last row of the control that differs from its ground, at its horizontal middle.
+    [[nodiscard]] int paintedHeight(const QWidget& control, const QImage& image) const {
+        const QRect where = place(control);
+        const int x = where.left() + where.width() / 4;
+        const QColor ground = image.pixelColor(x, where.top() - 3);
+        int first = where.bottom();
+        int last = where.top();
+        for (int y = where.top() - 2; y <= where.bottom() + 2; ++y) {
+            if (image.pixelColor(x, y) != ground) {
+                first = std::min(first, y);
+                last = std::max(last, y);
+            }
+        }
+        return last - first + 1;
+    }
+
+    /// How far inside the control the first dark pixel of its text is.
+    [[nodiscard]] int textInset(const QWidget& control, const QImage& image) const {
+        const QRect where = place(control).adjusted(3, 6, 0, -6);
+        for (int x = where.left(); x < where.center().x(); ++x) {
+            for (int y = where.top(); y <= where.bottom(); ++y) {
+                if (image.pixelColor(x, y).lightness() < 128) {
+                    return x - place(control).left();
+                }
+            }
+        }
+        return -1;
+    }
+};
+
+} // namespace
+
+// Layout.
+
+TEST_F(SettingsViewTest, ItIsFourHundredAndFortyPointsWideInTheUsualFont) {
+    useUsualFont();
+
+    EXPECT_EQ(window.view().sizeHint().width(), 440);
+}
+
+TEST_F(SettingsViewTest, ItGrowsWithTheUsersFont) {
+    QFont font = window.view().font();
+    font.setPixelSize(13);
+    window.view().setFont(font);
+    const QSize usual = window.view().sizeHint();
+    font.setPixelSize(26);
+    window.view().setFont(font);
+    const QSize large = window.view().sizeHint();
+
+    EXPECT_GT(large.width(), usual.width() * 3 / 2);
+    EXPECT_GT(large.height(), usual.height() * 3 / 2);
+}
+
+TEST_F(SettingsViewTest, NothingIsCutOffInAnyFont) {
+    for (const int pixels : {10, 13, 20, 30}) {
+        QFont font = window.view().font();
+        font.setPixelSize(pixels);
+        window.view().setFont(font);
+        present();
+        for (const QWidget* each : window.view().findChildren<QWidget*>()) {
+            const bool isControl = qobject_cast<const QLabel*>(each) != nullptr
+                                   || qobject_cast<const QComboBox*>(each) != nullptr
+                                   || qobject_cast<const QAbstractButton*>(each) != nullptr;
+            if (isControl && each->isVisible()) {
+                EXPECT_GE(each->width(), each->minimumSizeHint().width()) << pixels;
+                EXPECT_GE(each->height(), each->minimumSizeHint().height()) << pixels;
+                EXPECT_TRUE(window.view().rect().contains(place(*each))) << pixels;
+            }
+        }
+    }
+}
+
+TEST_F(SettingsViewTest, ItsLabelsAndFootersSayWhatEachSettingIs) {
+    present();
+
+    EXPECT_THAT(labels(), HasSubstr("Host to Ping\n"));
+    EXPECT_THAT(
+        labels(), HasSubstr("Tarnwick constantly pings this host to measure the quality of your internet "
+                            "connection. The bars show signal strength based on recent latency and packet "
+                            "loss.\n"));
+    EXPECT_THAT(labels(), HasSubstr("Ping Every\n"));
+    EXPECT_THAT(
+        labels(), HasSubstr("1 to 60 seconds. Slower intervals send less traffic and use less battery, but "
+                            "the bars react more slowly.\n"));
+    EXPECT_THAT(labels(), HasSubstr("Slow Ping Threshold\n"));
+    EXPECT_THAT(
+        labels(), HasSubstr("Pings faster than the threshold count as perfect. Slower pings lower the signal "
+                            "strength until it reaches zero at threshold + 900 ms.\n"));
+    EXPECT_THAT(labels(), HasSubstr("Display\nPacket Loss Text\n"));
+    EXPECT_THAT(labels(), HasSubstr("Connection Up/Down Alerts\nLaunch at Login\n"));
+    EXPECT_THAT(labels(), Not(HasSubstr("Updates")));
+}
+
+TEST_F(SettingsViewTest, TheIntervalsFieldIsFortyFourPointsWide) {
+    useUsualFont();
+    present();
+
+    EXPECT_EQ(interval().findChild<QLineEdit*>()->width(), 44);
+}
+
+TEST_F(SettingsViewTest, TheThresholdsTextHasSixtyFourPoints) {
+    useUsualFont();
+    present();
+
+    EXPECT_EQ(label("100 ms").width(), 64);
+}
+
+TEST_F(SettingsViewTest, FootersAreSmallerAndQuieterThanLabels) {
+    present();
+    const QLabel& footer = label("1 to 60 seconds.");
+    const QLabel& name = label("Ping Every");
+
+    EXPECT_LT(footer.font().pointSizeF(), name.font().pointSizeF());
+    EXPECT_LT(
+        footer.palette().color(QPalette::WindowText).alpha(),
+        name.palette().color(QPalette::WindowText).alpha());
+}
+
+TEST_F(SettingsViewTest, ReadFromRightToLeftItIsMirrored) {
+    window.setLayoutDirection(Qt::RightToLeft);
+    present();
+
+    EXPECT_GT(place(label("Host to Ping")).left(), place(host()).right());
+    EXPECT_GT(place(threshold()).left(), place(label("100 ms")).right());
+    EXPECT_TRUE(label("1 to 60 seconds.").alignment() & Qt::AlignRight);
+    EXPECT_TRUE(label("100 ms").alignment() & Qt::AlignLeft);
+}
+
+TEST_F(SettingsViewTest, ItFollowsTheDesktopFromLightToDark) {
+    const auto groundOfCard = [this] {
+        return picture().pixelColor(place(label("Display")).topLeft() - QPoint(4, 0)).lightness();
+    };
+    Appearance::prefer(false);
+    const int onLight = groundOfCard();
+    Appearance::prefer(true);
+    const int onDark = groundOfCard();
+    const QColor footer = label("1 to 60 seconds.").palette().color(QPalette::WindowText);
+
+    EXPECT_GT(onLight, 200);
+    EXPECT_LT(onDark, 80);
+    EXPECT_GT(footer.lightness(), 200);
+}
+
+TEST_F(SettingsViewTest, ControlsStandOutFromTheirCardInLightAndDark) {
+    constexpr double enough = 2.5;
+    for (const bool isDark : {false, true}) {
+        Appearance::prefer(isDark);
+        const QImage image = picture();
+        interval().setFocus(); // whose edge tells that
+        for (QWidget* each : std::initializer_list<QWidget*>{
+                 &alerts(), &launchAtLogin(), &display(), &lossText(), &restore()}) {
+            const Edge seen = edge(*each, image);
+            EXPECT_GE(test::contrast(seen.line, seen.ground), enough) << name(*each) << isDark;
+        }
+        const QImage withoutHost = picture();
+        const Edge ofHost = edge(host(), withoutHost);
+        EXPECT_GE(test::contrast(ofHost.line, ofHost.ground), enough) << isDark;
+        host().setFocus();
+        const Edge ofInterval = edge(interval(), picture());
+        EXPECT_GE(test::contrast(ofInterval.line, ofInterval.ground), enough) << isDark;
+    }
+}
+
+TEST_F(SettingsViewTest, FieldsAndPickersAreEquallyHigh) {
+    useUsualFont();
+    const QImage image = picture();
+
+    EXPECT_EQ(paintedHeight(host(), image), 28);
+    EXPECT_EQ(paintedHeight(interval(), image), 28);
+    EXPECT_EQ(paintedHeight(display(), image), 28);
+}
+
+TEST_F(SettingsViewTest, WhatStandsInARowIsCenteredInIt) {
+    useUsualFont();
+    present();
+    for (const auto& [control, text] : std::initializer_list<std::pair<QWidget*, const char*>>{
+             {&host(), "Host to Ping"},
+             {&interval(), "Ping Every"},
+             {interval().findChild<QLineEdit*>(), "Ping Every"},
+             {&display(), "Display"},
+             {&alerts(), "Connection Up/Down Alerts"}}) {
+        EXPECT_EQ(place(*control).center().y(), place(label(text)).center().y()) << text;
+    }
+}
+
+TEST_F(SettingsViewTest, TextsInFieldsBeginEquallyFarInside) {
+    useUsualFont();
+    prefs.setHostname("Ire.example");
+    prefs.setDisplay(Preferences::Display::iconOnly); // both begin with the same letter
+    alerts().setFocus();
+    const QImage image = picture();
+
+    EXPECT_EQ(textInset(host(), image), textInset(display(), image));
+}
+
+TEST_F(SettingsViewTest, NoLineEndsBetweenANumberAndItsUnit) {
+    EXPECT_TRUE(label("1 to 60 seconds.").text().startsWith(QString::fromUtf8("1 to 60\u00a0seconds.")));
+    EXPECT_TRUE(label("Pings faster").text().endsWith(QString::fromUtf8("threshold +\u00a0900\u00a0ms.")));
+}
+
+// All of it.
+
+TEST_F(SettingsViewTest, RestoringDefaultsBringsEverythingBack) {
+    resolve("one.example", "192.0.2.1");
+    monitor.setHostname("one.example");
+    prefs.setPingInterval(30);
+    prefs.setSlowPingThresholdMs(250);
+    prefs.setDisplay(Preferences::Display::textOnly);
+    prefs.setLossTextMode(MenuBarTitle::LossMode::off);
+    prefs.setShowNotifications(true);
+    present();
+    restore().click();
+    settle();
+
+    EXPECT_EQ(host().text(), "1.1.1.1");
+    EXPECT_EQ(interval().text(), "1");
+    EXPECT_THAT(labels(), HasSubstr("100 ms\n"));
+    EXPECT_EQ(display().currentText(), "Icon and Text");
+    EXPECT_EQ(lossText().currentText(), "When There's Loss");
+    EXPECT_FALSE(alerts().isChecked());
+}
+
+TEST_F(SettingsViewTest, RestoringDefaultsReplacesDrafts) {
+    present();
+    host().setText("two.exam");
+    restore().click();
+
+    EXPECT_EQ(host().text(), "1.1.1.1");
+    EXPECT_EQ(prefs.hostname(), "1.1.1.1");
+}
+
+TEST_F(SettingsViewTest, AClickOnRestoreCommitsNoDraftBeforehand) {
+    resolve("one.example", "192.0.2.1");
+    watchFor(10.5);
+    present();
+    const std::int64_t before = monitor.ledger().session().sent;
+    ASSERT_GT(before, 0);
+    typeInto(host(), "one.example");
+    QTest::mouseClick(&restore(), Qt::LeftButton);
+    settle();
+
+    EXPECT_EQ(prefs.hostname(), "1.1.1.1");
+    EXPECT_EQ(host().text(), "1.1.1.1");
+    EXPECT_GE(monitor.ledger().session().sent, before);
+}
+
+TEST_F(SettingsViewTest, RestoringDefaultsReplacesATypedInterval) {
+    present();
+    typeInto(interval(), "30");
+    QTest::mouseClick(&restore(), Qt::LeftButton);
+    press(Qt::Key_Tab);
+
+    EXPECT_EQ(interval().text(), "1");
+    EXPECT_EQ(prefs.pingInterval(), 1);
+}
+
+TEST_F(SettingsViewTest, WhileHiddenItObservesNothing) {
+    present();
+    window.close();
+    prefs.setSlowPingThresholdMs(250);
+    settle();
+    EXPECT_EQ(label("100 ms").text(), "100 ms");
+
+    present();
+    EXPECT_THAT(labels(), HasSubstr("250 ms\n"));
+}
+
+TEST_F(SettingsViewTest, ShownAgainItReadsTheLoginItemAfresh) {
+    present();
+    window.close();
+    loginItem.now = LoginItem::Status::requiresApproval;
+    present();
+
+    EXPECT_TRUE(launchAtLogin().isChecked());
+}
+
+TEST_F(SettingsViewTest, ItKeepsNoTimer) {
+    watchFor(5.5);
+    const std::size_t before = loop.timerCount();
+    present();
+
+    EXPECT_EQ(loop.timerCount(), before);
+}
+
+TEST_F(SettingsViewTest, TheWheelPassesOverWhatHasNotTheKeyboard) {
+    prefs.setPingInterval(5); // not at an end, beyond which it would not go anyway
+    present();
+    host().setFocus();
+    for (QWidget* each :
+         {static_cast<QWidget*>(&interval()), static_cast<QWidget*>(&threshold()),
+          static_cast<QWidget*>(&display()), static_cast<QWidget*>(&lossText())}) {
+        const QPointF middle = each->rect().center();
+        QWheelEvent event(
+            middle, each->mapToGlobal(middle), {}, {0, -120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+            false);
+        QApplication::sendEvent(each, &event);
+    }
+
+    EXPECT_EQ(prefs.pingInterval(), 5);
+    EXPECT_EQ(prefs.slowPingThresholdMs(), 100);
+    EXPECT_EQ(prefs.display(), Preferences::Display::iconAndText);
+    EXPECT_EQ(prefs.lossTextMode(), MenuBarTitle::LossMode::whenLossy);
+}
+
+// Numbers of other places.
+
+TEST_F(SettingsViewTest, TheThresholdIsGroupedAsInGermany) {
+    QLocale::setDefault(QLocale("de_DE"));
+    SettingsView view(model, loop, nullptr);
+    prefs.setSlowPingThresholdMs(2000);
+    view.show();
+    settle();
+
+    bool isShown = false;
+    for (const QLabel* each : view.findChildren<QLabel*>()) {
+        isShown = isShown || each->text() == "2.000 ms";
+    }
+    EXPECT_TRUE(isShown);
+}
+
+TEST_F(SettingsViewTest, ArabicDigitsAreShownAndUnderstood) {
+    QLocale::setDefault(QLocale("ar_EG"));
+    SettingsView view(model, loop, nullptr);
+    view.show();
+    auto& box = *view.findChild<QSpinBox*>();
+    EXPECT_EQ(box.text(), QString::fromUtf8("١"));
+
+    box.findChild<QLineEdit*>()->setText(QString::fromUtf8("٣٠"));
+    QTest::keyClick(&box, Qt::Key_Return);
+    EXPECT_EQ(prefs.pingInterval(), 30);
+    EXPECT_EQ(box.text(), QString::fromUtf8("٣٠"));
+}
+
+} // namespace tarnwick

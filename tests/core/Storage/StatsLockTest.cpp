@@ -1,0 +1,116 @@
+// One writer of the statistics at any time.
+#include "core/Storage/StatsLock.h"
+
+#include "tests/core/ChildProcess.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace tarnwick {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace test;
+using Attempt = StatsLock::Attempt;
+
+class StatsLockTest : public testing::Test {
+protected:
+    test::TemporaryFolder folder;
+    fs::path file = folder.path() / "Tarnwick" / "stats.json";
+    fs::path lockFile = folder.path() / "Tarnwick" / "stats.json.lock";
+    std::optional<StatsLock> first{file};
+    StatsLock second{file};
+};
+
+TEST_F(StatsLockTest, IsHeldByTheFirstWhoAsks) {
+    EXPECT_EQ(first->acquire(), Attempt::taken);
+    EXPECT_EQ(second.acquire(), Attempt::heldByOther);
+}
+
+TEST_F(StatsLockTest, IsNotTakenByBeingMade) {
+    EXPECT_EQ(second.acquire(), Attempt::taken);
+}
+
+TEST_F(StatsLockTest, StaysHeldHoweverOftenItIsAsked) {
+    ASSERT_EQ(first->acquire(), Attempt::taken);
+    EXPECT_EQ(first->acquire(), Attempt::held);
+    EXPECT_EQ(first->acquire(), Attempt::held);
+    EXPECT_EQ(second.acquire(), Attempt::heldByOther);
+}
+
+TEST_F(StatsLockTest, GoesToTheNextOnceItsHolderIsGone) {
+    ASSERT_EQ(first->acquire(), Attempt::taken);
+    ASSERT_EQ(second.acquire(), Attempt::heldByOther);
+    first.reset();
+    EXPECT_EQ(second.acquire(), Attempt::taken);
+}
+
+TEST_F(StatsLockTest, LeavesItsFileWhenItsHolderIsGone) {
+    ASSERT_EQ(first->acquire(), Attempt::taken);
+    first.reset();
+    EXPECT_TRUE(fs::exists(lockFile));
+}
+
+TEST_F(StatsLockTest, GoesToTheNextOnceItsHoldersProcessIsKilled) {
+    ChildProcess holder([this](const ChildProcess::Report& report) {
+        if (first->acquire() == Attempt::taken) {
+            report();
+        }
+        ::pause();
+        return 0;
+    });
+    ASSERT_TRUE(holder.hasReported());
+    ASSERT_EQ(second.acquire(), Attempt::heldByOther);
+
+    holder.kill();
+    EXPECT_EQ(second.acquire(), Attempt::taken);
+}
+
+TEST_F(StatsLockTest, IsRefusedToAnotherProcess) {
+    ASSERT_EQ(first->acquire(), Attempt::taken);
+    EXPECT_EQ(exitStatusOf([this] { return StatsLock(file).acquire() == Attempt::heldByOther ? 0 : 1; }), 0);
+}
+
+TEST_F(StatsLockTest, IsLostWhenItsFileIsDeletedAndAnotherTakesTheNewOne) {
+    ASSERT_EQ(first->acquire(), Attempt::taken);
+    fs::remove(lockFile);
+    ASSERT_EQ(second.acquire(), Attempt::taken);
+    EXPECT_EQ(first->acquire(), Attempt::heldByOther);
+}
+
+TEST_F(StatsLockTest, IsTakenAnewWhenItsFolderIsDeleted) {
+    ASSERT_EQ(first->acquire(), Attempt::taken);
+    fs::remove_all(lockFile.parent_path());
+    EXPECT_EQ(first->acquire(), Attempt::taken);
+    EXPECT_EQ(second.acquire(), Attempt::heldByOther);
+}
+
+TEST_F(StatsLockTest, CreatesTheFolderOfTheFile) {
+    EXPECT_EQ(first->acquire(), Attempt::taken);
+    EXPECT_TRUE(fs::exists(lockFile));
+    EXPECT_FALSE(fs::exists(file));
+}
+
+TEST_F(StatsLockTest, IsImpossibleWhereNoFileCanBeMade) {
+    writeFile(folder.path() / "Tarnwick", "a file in the folder's place");
+    EXPECT_EQ(first->acquire(), Attempt::impossible);
+}
+
+TEST_F(StatsLockTest, BecomesPossibleOnceTheObstacleIsGone) {
+    writeFile(folder.path() / "Tarnwick", "a file in the folder's place");
+    ASSERT_EQ(first->acquire(), Attempt::impossible);
+    fs::remove(folder.path() / "Tarnwick");
+    EXPECT_EQ(first->acquire(), Attempt::taken);
+}
+
+TEST_F(StatsLockTest, OfAnotherFileIsAnotherLock) {
+    StatsLock other(folder.path() / "Tarnwick" / "other.json");
+    EXPECT_EQ(first->acquire(), Attempt::taken);
+    EXPECT_EQ(other.acquire(), Attempt::taken);
+}
+
+} // namespace
+} // namespace tarnwick

@@ -1,0 +1,274 @@
+// The connection to a bus, whatever becomes of the bus.
+#include "platform/bus/BusConnection.h"
+
+#include "tests/platform/bus/BusTest.h"
+
+#include "platform/bus/BusCall.h"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+#include <vector>
+
+namespace tarnwick {
+
+namespace {
+
+using State = BusConnection::State;
+using testing::ElementsAre;
+
+class BusConnectionTest : public BusTest {
+protected:
+    /// A program that answers "Echo" with what it got, and "Wait" never.
+    void addEcho() {
+        BusPeer& peer = addPeer();
+        peer.connection().requestName("test.Echo");
+        echo_ = sdbus::createObject(peer.connection(), "/echo");
+        echo_->registerMethod("Echo").onInterface("test.Echo").implementedAs([](const std::string& text) {
+            return text;
+        });
+        echo_->registerMethod(
+            "test.Echo", "Wait", "", "", [this](const sdbus::MethodCall& call) { unanswered_ = call; });
+        echo_->finishRegistration();
+    }
+
+    [[nodiscard]] static BusConnection::Call echoCall(const char* method) {
+        return {.destination = "test.Echo", .path = "/echo", .interface = "test.Echo", .method = method};
+    }
+
+    std::unique_ptr<sdbus::IObject> echo_;
+    sdbus::MethodCall unanswered_;
+};
+
+/// The same where no bus is running.
+class WithoutBusTest : public BusConnectionTest {
+protected:
+    void SetUp() override {}
+};
+
+} // namespace
+
+TEST_F(BusConnectionTest, ItConnectsByItself) {
+    EXPECT_EQ(bus_.state(), State::connecting);
+
+    EXPECT_TRUE(runUntilConnected());
+
+    EXPECT_NE(bus_.connection(), nullptr);
+}
+
+TEST_F(BusConnectionTest, WhatNobodyNeedsIsNotOpened) {
+    BusConnection unneeded(loop_, daemon_.address(), BusConnection::Opening::whenNeeded);
+    ASSERT_TRUE(runUntilConnected());
+    runFor(0.2);
+    EXPECT_EQ(unneeded.state(), State::connecting);
+
+    unneeded.need();
+
+    EXPECT_TRUE(runUntil([&unneeded] { return unneeded.state() == State::connected; }));
+}
+
+TEST_F(BusConnectionTest, NothingRunsWhileNothingHappens) {
+    ASSERT_TRUE(runUntilConnected());
+    runFor(0.2);
+
+    EXPECT_FALSE(loop_.runOne(1.5));
+}
+
+TEST_F(BusConnectionTest, ABusThatGoesAwayAndComesBackIsToldEachTime) {
+    std::vector<State> states;
+    const Subscription subscription = bus_.onStateChange([&states](State state) { states.push_back(state); });
+    ASSERT_TRUE(runUntilConnected());
+
+    stopBus();
+    ASSERT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+    EXPECT_EQ(bus_.connection(), nullptr);
+    ASSERT_TRUE(daemon_.start());
+    ASSERT_TRUE(runUntilConnected());
+
+    EXPECT_THAT(states, ElementsAre(State::connected, State::unavailable, State::connected));
+}
+
+TEST_F(WithoutBusTest, AnAbsentBusIsAState) {
+    EXPECT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+}
+
+TEST_F(WithoutBusTest, ABusThatComesLateIsFound) {
+    ASSERT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+
+    ASSERT_TRUE(daemon_.start());
+
+    EXPECT_TRUE(runUntilConnected());
+}
+
+TEST_F(WithoutBusTest, RetriesComeFartherApart) {
+    ASSERT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+    const double end = loop_.now() + 3.5;
+    int tasks = 0;
+    while (loop_.now() < end) {
+        tasks += loop_.runOne(0.1) ? 1 : 0;
+    }
+
+    // After one second, and two more after that; nothing but a timer each time.
+    EXPECT_EQ(tasks, 2);
+}
+
+TEST_F(WithoutBusTest, WithoutAnAddressThereIsNoBus) {
+    const BusConnection noBus(loop_, "");
+
+    EXPECT_TRUE(runUntil([&noBus] { return noBus.state() == State::unavailable; }));
+}
+
+TEST_F(BusConnectionTest, ItMayEndWhileItConnects) {
+    ASSERT_TRUE(runUntilConnected());
+    std::optional<BusConnection> connection(std::in_place, loop_, daemon_.address());
+    ASSERT_TRUE(loop_.runOne(1));
+    ASSERT_EQ(connection->state(), State::connecting);
+
+    connection.reset();
+
+    EXPECT_TRUE(loop_.runOne(1)) << "what the other thread brings back";
+    EXPECT_EQ(bus_.state(), State::connected);
+}
+
+TEST_F(BusConnectionTest, ACallIsAnswered) {
+    addEcho();
+    ASSERT_TRUE(runUntilConnected());
+
+    std::optional<std::string> answer;
+    callBus<std::string>(
+        bus_, echoCall("Echo"), std::tuple(std::string("hello")),
+        [&answer](const std::optional<std::string>& text) { answer = text; });
+
+    EXPECT_TRUE(runUntil([&answer] { return answer == "hello"; }));
+}
+
+TEST_F(BusConnectionTest, AMessageLargerThanTheSocketTakesGetsThrough) {
+    addEcho();
+    ASSERT_TRUE(runUntilConnected());
+    const std::string longText(8'000'000, 'x');
+
+    std::optional<std::string> answer;
+    callBus<std::string>(
+        bus_, echoCall("Echo"), std::tuple(longText),
+        [&answer](const std::optional<std::string>& text) { answer = text; });
+
+    EXPECT_TRUE(runUntil([&] { return answer == longText; }));
+}
+
+TEST_F(BusConnectionTest, ACallOfNobodyFails) {
+    ASSERT_TRUE(runUntilConnected());
+
+    std::optional<bool> hasResult;
+    callBus<std::string>(
+        bus_, echoCall("Echo"), std::tuple(std::string("hello")),
+        [&hasResult](const std::optional<std::string>& text) { hasResult = text.has_value(); });
+
+    EXPECT_TRUE(runUntil([&hasResult] { return hasResult == false; }));
+}
+
+TEST_F(BusConnectionTest, ACallWithAnotherResultThanExpectedFails) {
+    addEcho();
+    ASSERT_TRUE(runUntilConnected());
+
+    std::optional<bool> hasResult;
+    callBus<std::uint32_t>(
+        bus_, echoCall("Echo"), std::tuple(std::string("hello")),
+        [&hasResult](const std::optional<std::uint32_t>& number) { hasResult = number.has_value(); });
+
+    EXPECT_TRUE(runUntil([&hasResult] { return hasResult == false; }));
+}
+
+TEST_F(BusConnectionTest, ACallThatIsNotAnsweredFailsAfterItsTimeout) {
+    addEcho();
+    ASSERT_TRUE(runUntilConnected());
+    BusConnection::Call call = echoCall("Wait");
+    call.timeout = 0.2;
+    const double start = loop_.now();
+
+    std::optional<bool> hasResult;
+    callBus<Done>(bus_, call, std::tuple(), [&hasResult](const std::optional<Done>& done) {
+        hasResult = done.has_value();
+    });
+
+    ASSERT_TRUE(runUntil([&hasResult] { return hasResult == false; }));
+    EXPECT_GE(loop_.now() - start, 0.2);
+}
+
+TEST_F(WithoutBusTest, ACallWithoutABusFailsLater) {
+    std::optional<bool> hasResult;
+    callBus<Done>(bus_, echoCall("Wait"), std::tuple(), [&hasResult](const std::optional<Done>& done) {
+        hasResult = done.has_value();
+    });
+
+    EXPECT_EQ(hasResult, std::nullopt);
+    EXPECT_TRUE(runUntil([&hasResult] { return hasResult == false; }));
+}
+
+namespace {
+
+/// Counts signals of a test's own.
+class BusMatchTest : public BusConnectionTest {
+protected:
+    [[nodiscard]] Subscription countSignals() {
+        return bus_.addMatch("type='signal',interface='test.Signals'", [this](sdbus::Message& message) {
+            const auto values = valuesOf<std::string>(message);
+            heard_.push_back(values ? std::get<0>(*values) : "");
+        });
+    }
+
+    static void emit(BusPeer& peer, const std::string& text) {
+        const auto object = sdbus::createObject(peer.connection(), "/signals");
+        object->emitSignal("Spoken").onInterface("test.Signals").withArguments(text);
+    }
+
+    std::vector<std::string> heard_;
+};
+
+} // namespace
+
+TEST_F(BusMatchTest, SignalsThatMatchAreHandedOver) {
+    const Subscription match = countSignals();
+    ASSERT_TRUE(runUntilConnected());
+
+    emit(addPeer(), "hello");
+
+    ASSERT_TRUE(runUntil([this] { return !heard_.empty(); }));
+    EXPECT_THAT(heard_, ElementsAre("hello"));
+}
+
+TEST_F(BusMatchTest, AMatchMayBeAddedWhileConnected) {
+    ASSERT_TRUE(runUntilConnected());
+    const Subscription match = countSignals();
+
+    emit(addPeer(), "hello");
+
+    EXPECT_TRUE(runUntil([this] { return !heard_.empty(); }));
+}
+
+TEST_F(BusMatchTest, AMatchHoldsOnTheNextConnectionToo) {
+    const Subscription match = countSignals();
+    ASSERT_TRUE(runUntilConnected());
+    stopBus();
+    ASSERT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+    ASSERT_TRUE(daemon_.start());
+    ASSERT_TRUE(runUntilConnected());
+
+    emit(addPeer(), "again");
+
+    ASSERT_TRUE(runUntil([this] { return !heard_.empty(); }));
+    EXPECT_THAT(heard_, ElementsAre("again"));
+}
+
+TEST_F(BusMatchTest, AnEndedMatchHearsNothing) {
+    Subscription match = countSignals();
+    ASSERT_TRUE(runUntilConnected());
+
+    match.reset();
+    BusPeer& peer = addPeer();
+    emit(peer, "hello");
+
+    ASSERT_TRUE(runUntilHeardBy(peer));
+    EXPECT_TRUE(heard_.empty());
+}
+
+} // namespace tarnwick

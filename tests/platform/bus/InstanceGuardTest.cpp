@@ -1,0 +1,214 @@
+// One program per user session.
+#include "platform/bus/InstanceGuard.h"
+
+#include "tests/platform/bus/BusTest.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace tarnwick {
+
+namespace {
+
+using Result = InstanceGuard::Result;
+using testing::ElementsAre;
+
+/// One start of the program.
+struct Start {
+    Start(RunLoop& loop, const std::string& address, std::string activationToken = "")
+        : bus(loop, address),
+          guard(loop, bus, std::move(activationToken), [this](Result result) { results.push_back(result); }) {
+        guard.onActivate = [this](const std::string& token) { activations.push_back(token); };
+    }
+
+    BusConnection bus;
+    std::vector<Result> results;
+    std::vector<std::string> activations;
+    InstanceGuard guard;
+};
+
+class InstanceGuardTest : public BusTest {
+protected:
+    [[nodiscard]] bool runUntilDecided(const Start& start) {
+        return runUntil([&start] { return !start.results.empty(); });
+    }
+
+    /// Another program that has the name, and what it does when it is to show itself.
+    [[nodiscard]] std::unique_ptr<sdbus::IObject> addOther(const sdbus::method_callback& activate) {
+        BusPeer& other = addPeer();
+        other.connection().requestName(InstanceGuard::name);
+        auto object = sdbus::createObject(other.connection(), "/org/tarnwick/Tarnwick");
+        object->registerMethod("org.freedesktop.Application", "Activate", "a{sv}", "", activate);
+        object->finishRegistration();
+        return object;
+    }
+
+    [[nodiscard]] BusPeer::Target target() const {
+        return {InstanceGuard::name, "/org/tarnwick/Tarnwick", "org.freedesktop.Application"};
+    }
+};
+
+} // namespace
+
+TEST_F(InstanceGuardTest, TheFirstStartIsTheFirst) {
+    const Start start(loop_, daemon_.address());
+
+    ASSERT_TRUE(runUntilDecided(start));
+
+    EXPECT_THAT(start.results, ElementsAre(Result::first));
+}
+
+TEST_F(InstanceGuardTest, ASecondStartActivatesTheFirst) {
+    const Start first(loop_, daemon_.address());
+    ASSERT_TRUE(runUntilDecided(first));
+    const Start second(loop_, daemon_.address());
+
+    ASSERT_TRUE(runUntilDecided(second));
+
+    EXPECT_THAT(second.results, ElementsAre(Result::anotherRuns));
+    EXPECT_TRUE(runUntil([&first] { return first.activations.size() == 1; }));
+}
+
+TEST_F(InstanceGuardTest, ABusThatRefusesTheNameSaysNothingOfOthers) {
+    stopBus();
+    daemon_.refuse(InstanceGuard::name);
+    ASSERT_TRUE(daemon_.start());
+    const Start start(loop_, daemon_.address());
+
+    ASSERT_TRUE(runUntilDecided(start));
+
+    EXPECT_THAT(start.results, ElementsAre(Result::noBus));
+}
+
+TEST_F(InstanceGuardTest, ASecondStartPassesItsActivationTokenOn) {
+    const Start first(loop_, daemon_.address());
+    ASSERT_TRUE(runUntilDecided(first));
+
+    const Start second(loop_, daemon_.address(), "token-1");
+
+    ASSERT_TRUE(runUntilDecided(second));
+    ASSERT_TRUE(runUntil([&first] { return !first.activations.empty(); }));
+    EXPECT_THAT(first.activations, ElementsAre("token-1"));
+}
+
+TEST_F(InstanceGuardTest, TheActivationTokenLeavesTheEnvironment) {
+    setenv("XDG_ACTIVATION_TOKEN", "token-1", 1);
+
+    EXPECT_EQ(InstanceGuard::takeActivationToken(), "token-1");
+
+    EXPECT_EQ(std::getenv("XDG_ACTIVATION_TOKEN"), nullptr);
+    EXPECT_EQ(InstanceGuard::takeActivationToken(), "");
+}
+
+TEST_F(InstanceGuardTest, AFirstThatDoesNotAnswerIsStillThere) {
+    sdbus::MethodCall unanswered;
+    const auto object = addOther([&unanswered](const sdbus::MethodCall& call) { unanswered = call; });
+    const Start start(loop_, daemon_.address());
+
+    ASSERT_TRUE(runUntilDecided(start));
+
+    EXPECT_THAT(start.results, ElementsAre(Result::anotherIsSilent));
+    EXPECT_TRUE(unanswered.isValid());
+}
+
+TEST_F(InstanceGuardTest, AFirstThatRefusesHasNotShownItself) {
+    const auto object = addOther([](const sdbus::MethodCall& call) {
+        call.createErrorReply(sdbus::Error("org.freedesktop.DBus.Error.Failed", "not now")).send();
+    });
+    const Start start(loop_, daemon_.address());
+
+    ASSERT_TRUE(runUntilDecided(start));
+
+    EXPECT_THAT(start.results, ElementsAre(Result::anotherIsSilent));
+}
+
+TEST_F(InstanceGuardTest, WhenTheFirstEndsWhileItIsAskedTheSecondIsTheFirst) {
+    bool wasAsked = false;
+    auto object = addOther([&wasAsked](const sdbus::MethodCall&) { wasAsked = true; });
+    const Start start(loop_, daemon_.address());
+    ASSERT_TRUE(runUntil([&wasAsked] { return wasAsked; }));
+
+    object.reset();
+    peers_.clear();
+
+    ASSERT_TRUE(runUntilDecided(start));
+    EXPECT_THAT(start.results, ElementsAre(Result::first));
+}
+
+TEST_F(InstanceGuardTest, AfterTheEndOfTheFirstTheNextIsTheFirst) {
+    std::optional<Start> first(std::in_place, loop_, daemon_.address());
+    ASSERT_TRUE(runUntilDecided(*first));
+    first.reset();
+
+    const Start next(loop_, daemon_.address());
+
+    ASSERT_TRUE(runUntilDecided(next));
+    EXPECT_THAT(next.results, ElementsAre(Result::first));
+}
+
+TEST_F(InstanceGuardTest, WithoutABusNobodyCanTell) {
+    const Start start(loop_, "");
+
+    ASSERT_TRUE(runUntilDecided(start));
+
+    EXPECT_THAT(start.results, ElementsAre(Result::noBus));
+}
+
+TEST_F(InstanceGuardTest, ABusThatIsNotRunningIsNoBus) {
+    stopBus();
+    const Start start(loop_, daemon_.address());
+
+    ASSERT_TRUE(runUntilDecided(start));
+
+    EXPECT_THAT(start.results, ElementsAre(Result::noBus));
+}
+
+TEST_F(InstanceGuardTest, WhoFoundNoBusIsTheFirstWhenItComes) {
+    stopBus();
+    const Start start(loop_, daemon_.address());
+    ASSERT_TRUE(runUntilDecided(start));
+    ASSERT_TRUE(daemon_.start());
+    ASSERT_TRUE(runUntil([&start] { return start.bus.state() == BusConnection::State::connected; }));
+
+    const Start next(loop_, daemon_.address());
+
+    ASSERT_TRUE(runUntilDecided(next));
+    EXPECT_THAT(next.results, ElementsAre(Result::anotherRuns));
+    EXPECT_THAT(start.results, ElementsAre(Result::noBus));
+}
+
+TEST_F(InstanceGuardTest, OpeningFilesAndActionsDoNothing) {
+    const Start start(loop_, daemon_.address());
+    ASSERT_TRUE(runUntilDecided(start));
+    BusPeer& peer = addPeer();
+    const std::map<std::string, sdbus::Variant> noData;
+
+    const auto open = peer.call(target(), "Open", std::vector<std::string>{"file:///x"}, noData);
+    ASSERT_TRUE(runUntilAnswered(open));
+    const auto action =
+        peer.call(target(), "ActivateAction", std::string("quit"), std::vector<sdbus::Variant>(), noData);
+    ASSERT_TRUE(runUntilAnswered(action));
+
+    EXPECT_EQ(open->error, "");
+    EXPECT_EQ(action->error, "");
+    EXPECT_TRUE(start.activations.empty());
+}
+
+TEST_F(InstanceGuardTest, AnActivationWithWrongArgumentsIsAnError) {
+    const Start start(loop_, daemon_.address());
+    ASSERT_TRUE(runUntilDecided(start));
+
+    const auto answer = addPeer().call(target(), "Activate", std::string("now"));
+
+    ASSERT_TRUE(runUntilAnswered(answer));
+    EXPECT_EQ(answer->error, "org.freedesktop.DBus.Error.InvalidArgs");
+    EXPECT_TRUE(start.activations.empty());
+}
+
+} // namespace tarnwick

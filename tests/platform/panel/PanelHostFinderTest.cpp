@@ -1,0 +1,118 @@
+// Finding out which panel shows the items.
+#include "platform/panel/PanelHostFinder.h"
+
+#include "tests/platform/bus/BusTest.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace tarnwick {
+
+namespace {
+
+class PanelHostFinderTest : public BusTest {
+protected:
+    /// All programs of the test are one process; it is called as `process_` says at the time.
+    void find() {
+        finder_.emplace(bus_, [this](unsigned) { return process_; });
+        finder_->onChange = [this] { ++changes_; };
+    }
+
+    [[nodiscard]] bool runUntilHostIs(const std::string& process) {
+        return runUntil([this, &process] { return finder_->host().process == process; });
+    }
+
+    std::string process_;
+    int changes_ = 0;
+    std::optional<PanelHostFinder> finder_;
+};
+
+} // namespace
+
+TEST_F(PanelHostFinderTest, AWatcherThatIsThereIsFound) {
+    BusPeer& panel = addPeer();
+    panel.connection().requestName(PanelHostFinder::watcherName);
+    process_ = "gnome-shell";
+
+    find();
+
+    ASSERT_TRUE(runUntilHostIs("gnome-shell"));
+    EXPECT_EQ(finder_->watcher(), panel.uniqueName());
+}
+
+TEST_F(PanelHostFinderTest, AWatcherThatComesLateIsFound) {
+    process_ = "waybar";
+    find();
+    ASSERT_TRUE(runUntilConnected());
+
+    addPeer().connection().requestName(PanelHostFinder::watcherName);
+
+    EXPECT_TRUE(runUntilHostIs("waybar"));
+}
+
+TEST_F(PanelHostFinderTest, AWatcherThatGoesIsMissed) {
+    BusPeer& panel = addPeer();
+    panel.connection().requestName(PanelHostFinder::watcherName);
+    process_ = "waybar";
+    find();
+    ASSERT_TRUE(runUntilHostIs("waybar"));
+
+    panel.connection().releaseName(PanelHostFinder::watcherName);
+
+    ASSERT_TRUE(runUntil([this] { return finder_->watcher().empty(); }));
+    EXPECT_EQ(finder_->host().process, "");
+}
+
+TEST_F(PanelHostFinderTest, AnAnnouncedPanelDecidesBesideAnotherWatcher) {
+    addPeer().connection().requestName(PanelHostFinder::watcherName);
+    process_ = "kded5";
+    find();
+    ASSERT_TRUE(runUntilHostIs("kded5"));
+    process_ = "lxqt-panel";
+
+    addPeer().connection().requestName("org.kde.StatusNotifierHost-4711");
+
+    EXPECT_TRUE(runUntilHostIs("lxqt-panel"));
+}
+
+TEST_F(PanelHostFinderTest, WhenAnAnnouncedPanelGoesTheWatcherDecidesAgain) {
+    addPeer().connection().requestName(PanelHostFinder::watcherName);
+    process_ = "kded5";
+    find();
+    ASSERT_TRUE(runUntilHostIs("kded5"));
+    process_ = "lxqt-panel";
+    BusPeer& panel = addPeer();
+    panel.connection().requestName("org.kde.StatusNotifierHost-4711");
+    ASSERT_TRUE(runUntilHostIs("lxqt-panel"));
+
+    panel.connection().releaseName("org.kde.StatusNotifierHost-4711");
+
+    EXPECT_TRUE(runUntilHostIs("kded5"));
+}
+
+TEST_F(PanelHostFinderTest, OtherNamesAreOfNoInterest) {
+    process_ = "waybar";
+    find();
+    ASSERT_TRUE(runUntilConnected());
+    BusPeer& peer = addPeer();
+
+    peer.connection().requestName("org.kde.StatusNotifierItem-1-1");
+    peer.connection().requestName("org.kde.krunner");
+
+    ASSERT_TRUE(runUntilHeardBy(peer));
+    EXPECT_EQ(changes_, 0);
+}
+
+TEST_F(PanelHostFinderTest, ABusThatGoesTakesItsWatcherAlong) {
+    addPeer().connection().requestName(PanelHostFinder::watcherName);
+    process_ = "waybar";
+    find();
+    ASSERT_TRUE(runUntilHostIs("waybar"));
+
+    stopBus();
+
+    EXPECT_TRUE(runUntil([this] { return finder_->watcher().empty(); }));
+}
+
+} // namespace tarnwick

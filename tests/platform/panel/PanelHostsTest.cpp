@@ -1,0 +1,106 @@
+// What is known of the panels, and how they are told apart.
+#include "platform/panel/PanelHosts.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <unistd.h>
+
+namespace tarnwick {
+
+namespace {
+
+using Form = StatusItem::PanelFace;
+
+} // namespace
+
+TEST(PanelHostsTest, EachKnownPanelHasItsForm) {
+    EXPECT_EQ(panelHost("gnome-shell").form, Form::label);
+    EXPECT_EQ(panelHost("waybar").form, Form::wide);
+    for (const char* square : {"xfce4-panel", "wrapper-2.0", "lxqt-panel", "plasmashell", "kded5"}) {
+        EXPECT_EQ(panelHost(square).form, Form::square) << square;
+        EXPECT_EQ(panelHost(square).process, square);
+    }
+}
+
+TEST(PanelHostsTest, AnUnknownPanelIsSquareAndPromisesNothing) {
+    for (const char* unknown : {"", "some-panel"}) {
+        const PanelHost& host = panelHost(unknown);
+
+        EXPECT_EQ(host.form, Form::square);
+        EXPECT_FALSE(host.recolorsSymbolicIcons);
+        EXPECT_FALSE(host.fixedInk.has_value());
+    }
+}
+
+TEST(PanelHostsTest, OnlyOnePanelIsKnownToGivePositionsInsideTheItem) {
+    EXPECT_FALSE(panelHost("waybar").givesGlobalPositions);
+    EXPECT_TRUE(panelHost("plasmashell").givesGlobalPositions);
+    EXPECT_TRUE(panelHost("some-panel").givesGlobalPositions);
+}
+
+TEST(PanelHostsTest, PanelsOfOneToolkitGuessWhetherAToolTipIsMarkup) {
+    for (const char* guessing : {"plasmashell", "kded5", "lxqt-panel"}) {
+        EXPECT_EQ(panelHost(guessing).toolTipMarkup, ToolTipMarkup::guessed) << guessing;
+    }
+    for (const char* reading : {"xfce4-panel", "waybar", "some-panel"}) {
+        EXPECT_EQ(panelHost(reading).toolTipMarkup, ToolTipMarkup::always) << reading;
+    }
+}
+
+TEST(PanelHostsTest, AnAnnouncedPanelComesBeforeTheWatcher) {
+    EXPECT_EQ(panelHost({"plasmashell"}, "kded5").process, "plasmashell");
+    EXPECT_EQ(panelHost({"waybar"}, "lxqt-panel").process, "waybar");
+}
+
+TEST(PanelHostsTest, OfSeveralAnnouncedPanelsTheFirstKnownOneCounts) {
+    EXPECT_EQ(panelHost({"", "some-panel", "xfce4-panel", "waybar"}, "").process, "xfce4-panel");
+}
+
+TEST(PanelHostsTest, WithoutAnAnnouncedPanelTheWatcherIsThePanel) {
+    EXPECT_EQ(panelHost({}, "gnome-shell").process, "gnome-shell");
+    EXPECT_EQ(panelHost({"some-panel"}, "gnome-shell").process, "gnome-shell");
+}
+
+TEST(PanelHostsTest, AFixedInkComesBeforeAllElse) {
+    const PanelHost host{.fixedInk = Ink::light, .hasOwnDarkMode = true};
+
+    EXPECT_EQ(
+        inkFor(host, {.panelIsDark = false, .desktopIsDark = false, .fallback = Ink::dark}), Ink::light);
+}
+
+TEST(PanelHostsTest, ThePanelsOwnSettingComesBeforeTheDesktops) {
+    const PanelHost host{.hasOwnDarkMode = true};
+
+    EXPECT_EQ(inkFor(host, {.panelIsDark = true, .desktopIsDark = false}), Ink::light);
+    EXPECT_EQ(inkFor(host, {.panelIsDark = false, .desktopIsDark = true}), Ink::dark);
+}
+
+TEST(PanelHostsTest, TheSettingOfAnotherPanelDoesNotCount) {
+    EXPECT_EQ(inkFor({}, {.panelIsDark = true, .desktopIsDark = false}), Ink::dark);
+}
+
+TEST(PanelHostsTest, TheDesktopsPreferenceComesBeforeTheFallback) {
+    EXPECT_EQ(inkFor({}, {.desktopIsDark = true, .fallback = Ink::dark}), Ink::light);
+    EXPECT_EQ(inkFor({}, {.desktopIsDark = false, .fallback = Ink::light}), Ink::dark);
+}
+
+TEST(PanelHostsTest, WhereNobodyTellsTheFallbackHolds) {
+    EXPECT_EQ(inkFor({}, {.fallback = Ink::light}), Ink::light);
+    EXPECT_EQ(inkFor({.hasOwnDarkMode = true}, {.fallback = Ink::dark}), Ink::dark);
+}
+
+TEST(PanelHostsTest, AProcessIsCalledAsTheKernelCallsIt) {
+    std::string truncated = "PanelHostsTest";
+    truncated.resize(std::min<std::size_t>(truncated.size(), 15));
+
+    EXPECT_EQ(processName(static_cast<unsigned>(getpid())), truncated);
+}
+
+TEST(PanelHostsTest, AProcessThatHasGoneHasNoName) {
+    constexpr unsigned beyondAllProcesses = 4'194'305;
+
+    EXPECT_EQ(processName(beyondAllProcesses), "");
+}
+
+} // namespace tarnwick

@@ -1,0 +1,184 @@
+// Which of two places the status item is shown in, and when.
+#include "platform/panel/PanelStatusItem.h"
+
+#include "tests/simulation/RecordingStatusItem.h"
+#include "tests/simulation/VirtualRunLoop.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+namespace {
+
+using simulation::RecordingStatusItem;
+
+/// Tells when it goes.
+class TrayItem final : public StatusItem {
+public:
+    TrayItem(RecordingStatusItem& shown, int& alive) : shown_(shown), alive_(alive) { ++alive_; }
+
+    ~TrayItem() override { --alive_; }
+
+    void setFace(const StatusFace& face) override { shown_.setFace(face); }
+
+    void setToolTip(const std::string& text) override { shown_.setToolTip(text); }
+
+    void setAccessibilityValue(const std::string& text) override { shown_.setAccessibilityValue(text); }
+
+    void setPanelFace(PanelFace /*form*/) override {}
+
+    [[nodiscard]] double textWidth(const std::string& text) const override { return shown_.textWidth(text); }
+
+private:
+    RecordingStatusItem& shown_;
+    int& alive_;
+};
+
+class PanelStatusItemTest : public testing::Test {
+protected:
+    void make() {
+        item = std::make_unique<PanelStatusItem>(PanelStatusItem::Needs{
+            .loop = loop,
+            .notifier = notifier,
+            .hasWatcher = [this] { return hasWatcher; },
+            .makeTrayItem = [this]() -> std::unique_ptr<StatusItem> {
+                if (!canHaveTray) {
+                    return nullptr;
+                }
+                auto made = std::make_unique<TrayItem>(tray, trayItems);
+                trayItem = made.get();
+                return made;
+            },
+            .hasTray = [this] { return hasTray; },
+            .say = [this](const std::string& text) { said.push_back(text); }});
+    }
+
+    simulation::VirtualRunLoop loop;
+    RecordingStatusItem notifier;
+    RecordingStatusItem tray;
+    TrayItem* trayItem = nullptr;
+    int trayItems = 0;
+    bool hasWatcher = false;
+    bool canHaveTray = true;
+    bool hasTray = true;
+    std::vector<std::string> said;
+    std::unique_ptr<PanelStatusItem> item;
+};
+
+const StatusFace threeBars{.icon = StatusFace::Icon::bars, .activeBars = 3};
+
+} // namespace
+
+TEST_F(PanelStatusItemTest, WithAWatcherThereIsNoTrayItem) {
+    hasWatcher = true;
+    make();
+    item->setFace(threeBars);
+    loop.advance(60);
+
+    EXPECT_EQ(trayItems, 0);
+    EXPECT_THAT(notifier.faces, testing::ElementsAre(threeBars));
+    EXPECT_TRUE(said.empty());
+}
+
+TEST_F(PanelStatusItemTest, WithoutAWatcherTheTrayTakesOverAfterAWhile) {
+    make();
+    item->setFace(threeBars);
+    item->setToolTip("tip");
+    loop.advance(1.9);
+    EXPECT_EQ(trayItems, 0);
+
+    loop.advance(0.2);
+
+    EXPECT_EQ(trayItems, 1);
+    EXPECT_THAT(tray.faces, testing::ElementsAre(threeBars));
+    EXPECT_THAT(tray.toolTips, testing::ElementsAre("tip"));
+    EXPECT_TRUE(said.empty());
+}
+
+TEST_F(PanelStatusItemTest, AWatcherThatComesInTimeKeepsTheTrayAway) {
+    make();
+    loop.advance(1);
+    hasWatcher = true;
+    item->watcherChanged();
+    loop.advance(60);
+
+    EXPECT_EQ(trayItems, 0);
+}
+
+TEST_F(PanelStatusItemTest, AWatcherThatComesLaterTakesTheItemOutOfTheTray) {
+    make();
+    loop.advance(10);
+
+    hasWatcher = true;
+    item->watcherChanged();
+
+    EXPECT_EQ(trayItems, 0);
+}
+
+TEST_F(PanelStatusItemTest, WhenTheWatcherGoesForGoodTheTrayTakesOver) {
+    hasWatcher = true;
+    make();
+    hasWatcher = false;
+    item->watcherChanged();
+    item->watcherChanged();
+    loop.advance(2.1);
+
+    EXPECT_EQ(trayItems, 1);
+}
+
+TEST_F(PanelStatusItemTest, TheTrayItemFollowsChanges) {
+    make();
+    loop.advance(3);
+    item->setFace(threeBars);
+    item->setToolTip("tip");
+    item->setAccessibilityValue("Good");
+
+    EXPECT_THAT(tray.faces, testing::ElementsAre(threeBars));
+    EXPECT_EQ(tray.toolTips.back(), "tip");
+    EXPECT_EQ(tray.accessibilityValues.back(), "Good");
+}
+
+TEST_F(PanelStatusItemTest, ClicksComeFromEitherPlace) {
+    make();
+    loop.advance(3);
+    std::vector<std::optional<ScreenPoint>> clicks;
+    item->onActivate = [&](std::optional<ScreenPoint> at) { clicks.push_back(at); };
+
+    notifier.onActivate(ScreenPoint{1, 2});
+    trayItem->onActivate(std::nullopt);
+
+    EXPECT_THAT(clicks, testing::ElementsAre(std::optional(ScreenPoint{1, 2}), std::nullopt));
+}
+
+TEST_F(PanelStatusItemTest, AClickBeforeAnybodyListensIsHarmless) {
+    make();
+
+    notifier.onActivate(std::nullopt);
+
+    EXPECT_FALSE(item->onActivate);
+}
+
+TEST_F(PanelStatusItemTest, WithNeitherItIsSaidOnce) {
+    canHaveTray = false;
+    make();
+    loop.advance(10);
+    hasWatcher = true;
+    item->watcherChanged();
+    hasWatcher = false;
+    item->watcherChanged();
+    loop.advance(10);
+
+    EXPECT_EQ(said.size(), 1U);
+}
+
+TEST_F(PanelStatusItemTest, ATrayThatIsNotThereYetIsWaitedForAndSaid) {
+    hasTray = false;
+    make();
+    loop.advance(10);
+
+    EXPECT_EQ(trayItems, 1);
+    EXPECT_EQ(said.size(), 1U);
+}
+
+} // namespace tarnwick

@@ -1,0 +1,622 @@
+// The settings file: what is read from it, what is written to it, and what survives a damaged one.
+#include "platform/xdg/SettingsFile.h"
+
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Variable.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <rapidcheck.h>
+#include <set>
+#include <sys/resource.h>
+
+namespace tarnwick {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+using testing::Optional;
+
+class SettingsFileTest : public testing::Test {
+protected:
+    [[nodiscard]] const fs::path& path() const { return path_; }
+
+    [[nodiscard]] Json onDisk() const { return Json::parse(test::contentOf(path_), nullptr, false); }
+
+    void store(const std::string& text) const { test::writeFile(path_, text); }
+
+    /// The texts of all files beside the settings file.
+    [[nodiscard]] std::multiset<std::string> textsBeside() const {
+        std::multiset<std::string> texts;
+        for (const auto& entry : fs::directory_iterator(path_.parent_path())) {
+            if (entry.path() != path_) {
+                texts.insert(test::contentOf(entry.path()));
+            }
+        }
+        return texts;
+    }
+
+private:
+    test::TemporaryFolder folder_;
+    fs::path path_ = folder_.path() / "Tarnwick" / "settings.json";
+};
+
+/// Lets this process write no byte to a file, as on a full disk, until it goes.
+class FullDisk {
+public:
+    FullDisk() : before_(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &limit_);
+        rlimit nothing = limit_;
+        nothing.rlim_cur = 0;
+        ::setrlimit(RLIMIT_FSIZE, &nothing);
+    }
+
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+    ~FullDisk() {
+        ::setrlimit(RLIMIT_FSIZE, &limit_);
+        std::signal(SIGXFSZ, before_);
+    }
+
+private:
+    rlimit limit_{};
+    void (*before_)(int);
+};
+
+} // namespace
+
+TEST_F(SettingsFileTest, ReadsEachTypeOfTheFile) {
+    store(R"({"Hostname": "example.org", "PingTimeout": 2.5, "PingInterval": 3, "ShowIcon": false})");
+    const SettingsFile settings(path());
+
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("example.org")));
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(2.5));
+    EXPECT_THAT(settings.number("PingInterval"), Optional(3.0));
+    EXPECT_THAT(settings.boolean("ShowIcon"), Optional(false));
+}
+
+TEST_F(SettingsFileTest, WritesEachTypeAsItsJsonType) {
+    SettingsFile settings(path());
+
+    settings.set("Hostname", std::string("example.org"));
+    settings.set("PingTimeout", 2.5);
+    settings.set("PingInterval", 1.0);
+    settings.set("ShowIcon", true);
+
+    EXPECT_TRUE(onDisk()["Hostname"].is_string());
+    EXPECT_TRUE(onDisk()["PingTimeout"].is_number());
+    EXPECT_TRUE(onDisk()["PingInterval"].is_number());
+    EXPECT_TRUE(onDisk()["ShowIcon"].is_boolean());
+    EXPECT_EQ(onDisk()["PingTimeout"], 2.5);
+}
+
+TEST_F(SettingsFileTest, ALaterRunReadsWhatAnEarlierOneStored) {
+    SettingsFile(path()).set("Hostname", std::string("häuschen.example"));
+    SettingsFile(path()).set("PingTimeout", 0.1);
+
+    const SettingsFile settings(path());
+
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("häuschen.example")));
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(0.1));
+}
+
+TEST_F(SettingsFileTest, AnyFiniteNumberAndAnyTextAreReadBackAsStored) {
+    EXPECT_TRUE(rc::check("stored values come back", [this](double number, const std::string& bytes) {
+        const auto text = Json(bytes).dump(-1, ' ', true, Json::error_handler_t::replace);
+        const auto valid = Json::parse(text).get<std::string>();
+        RC_PRE(std::isfinite(number));
+        {
+            SettingsFile settings(path());
+            settings.set("Number", number);
+            settings.set("Text", valid);
+        }
+        const SettingsFile settings(path());
+        RC_ASSERT(settings.number("Number") == std::optional(number));
+        RC_ASSERT(settings.text("Text") == std::optional(valid));
+    }));
+}
+
+TEST_F(SettingsFileTest, AKeyThatIsNeitherStoredNorRegisteredIsAbsent) {
+    const SettingsFile settings(path());
+
+    EXPECT_EQ(settings.text("Hostname"), std::nullopt);
+    EXPECT_EQ(settings.number("PingTimeout"), std::nullopt);
+    EXPECT_EQ(settings.boolean("ShowIcon"), std::nullopt);
+}
+
+TEST_F(SettingsFileTest, RegisteredDefaultsAreReadWhereNothingIsStored) {
+    store(R"({"PingTimeout": 2})");
+    SettingsFile settings(path());
+
+    settings.registerDefaults({{"PingTimeout", 4.0}, {"PingInterval", 1.0}});
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(2.0));
+    EXPECT_THAT(settings.number("PingInterval"), Optional(1.0));
+}
+
+TEST_F(SettingsFileTest, ReadingAndRegisteringWriteNothing) {
+    SettingsFile settings(path());
+    settings.registerDefaults({{"PingTimeout", 4.0}});
+    settings.setVolatile("PingInterval", 2.0);
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(4.0));
+
+    EXPECT_FALSE(fs::exists(path().parent_path()));
+}
+
+TEST_F(SettingsFileTest, StoringOneSettingDoesNotStoreTheRegisteredOnes) {
+    SettingsFile settings(path());
+    settings.registerDefaults({{"PingTimeout", 4.0}});
+
+    settings.set("PingInterval", 2.0);
+
+    EXPECT_EQ(onDisk(), Json({{"PingInterval", 2.0}}));
+}
+
+TEST_F(SettingsFileTest, ARemovedSettingReadsAsItsRegisteredDefault) {
+    store(R"({"PingTimeout": 2, "PingInterval": 3})");
+    SettingsFile settings(path());
+    settings.registerDefaults({{"PingTimeout", 4.0}});
+
+    settings.remove("PingTimeout");
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(4.0));
+    EXPECT_EQ(onDisk(), Json({{"PingInterval", 3}}));
+}
+
+TEST_F(SettingsFileTest, RemovingWhatIsNotStoredWritesNothing) {
+    SettingsFile settings(path());
+
+    settings.remove("PingTimeout");
+
+    EXPECT_FALSE(fs::exists(path()));
+}
+
+TEST_F(SettingsFileTest, KeysThatItDoesNotKnowAreKept) {
+    store(R"({"Window": {"x": 3, "tags": ["a", null]}, "PingTimeout": 2, "Later": 1.5})");
+    SettingsFile settings(path());
+
+    settings.set("PingTimeout", 5.0);
+
+    EXPECT_EQ(
+        onDisk(),
+        Json::parse(R"({"Window": {"x": 3, "tags": ["a", null]}, "PingTimeout": 5.0, "Later": 1.5})"));
+}
+
+TEST_F(SettingsFileTest, AHandEditMadeMeanwhileIsKeptAndTakenOverWhenASettingIsStored) {
+    store(R"({"PingTimeout": 2})");
+    SettingsFile settings(path());
+    store(R"({"PingTimeout": 2, "Hostname": "by.hand"})");
+
+    settings.set("PingInterval", 3.0);
+
+    EXPECT_EQ(onDisk(), Json::parse(R"({"PingTimeout": 2, "Hostname": "by.hand", "PingInterval": 3.0})"));
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("by.hand")));
+}
+
+TEST_F(SettingsFileTest, TwoProgramsDoNotUndoEachOthersSettings) {
+    SettingsFile one(path());
+    SettingsFile other(path());
+
+    one.set("PingTimeout", 2.0);
+    other.set("PingInterval", 3.0);
+    one.remove("Hostname");
+    one.set("ShowIcon", false);
+
+    EXPECT_EQ(onDisk(), Json::parse(R"({"PingTimeout": 2.0, "PingInterval": 3.0, "ShowIcon": false})"));
+}
+
+TEST_F(SettingsFileTest, AFileThatVanishedMeanwhileIsWrittenAgain) {
+    SettingsFile settings(path());
+    settings.set("PingTimeout", 2.0);
+    fs::remove_all(path().parent_path());
+
+    settings.set("PingInterval", 3.0);
+
+    EXPECT_EQ(onDisk()["PingInterval"], 3.0);
+}
+
+// Taking over what was changed in the file.
+
+TEST_F(SettingsFileTest, AHandEditIsReadOnlyOnceReloaded) {
+    store(R"({"Hostname": "before.example"})");
+    SettingsFile settings(path());
+    store(R"({"Hostname": "by.hand"})");
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("before.example")));
+
+    settings.reload();
+
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("by.hand")));
+}
+
+TEST_F(SettingsFileTest, WhatIsNoLongerInTheFileReadsAsItsDefaultOnceReloaded) {
+    store(R"({"PingTimeout": 2, "PingInterval": 3})");
+    SettingsFile settings(path());
+    settings.registerDefaults({{"PingTimeout", 4.0}});
+    store("{}");
+
+    settings.reload();
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(4.0));
+    EXPECT_EQ(settings.number("PingInterval"), std::nullopt);
+}
+
+TEST_F(SettingsFileTest, AFileThatHasGoneCountsAsEmptyOnceReloaded) {
+    store(R"({"PingTimeout": 2})");
+    SettingsFile settings(path());
+    fs::remove_all(path().parent_path());
+
+    settings.reload();
+
+    EXPECT_EQ(settings.number("PingTimeout"), std::nullopt);
+}
+
+TEST_F(SettingsFileTest, ReloadingAFileThatIsOnlyHalfWrittenChangesNothing) {
+    store(R"({"PingTimeout": 2})");
+    SettingsFile settings(path());
+    for (const std::string text : {"", "{", R"({"PingTimeout": 3, "Host)", "[3]"}) {
+        store(text);
+        settings.reload();
+        EXPECT_THAT(settings.number("PingTimeout"), Optional(2.0)) << text;
+        EXPECT_EQ(test::contentOf(path()), text);
+    }
+    EXPECT_THAT(textsBeside(), testing::IsEmpty());
+}
+
+TEST_F(SettingsFileTest, ReloadingWritesNothing) {
+    store(R"({ "PingTimeout" : 2 })");
+    SettingsFile settings(path());
+
+    settings.reload();
+
+    EXPECT_EQ(test::contentOf(path()), R"({ "PingTimeout" : 2 })");
+}
+
+TEST_F(SettingsFileTest, AVolatileValueStaysAboveWhatIsReloaded) {
+    SettingsFile settings(path());
+    settings.setVolatile("Hostname", std::string("for.this.run"));
+    store(R"({"Hostname": "by.hand"})");
+
+    settings.reload();
+
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("for.this.run")));
+}
+
+TEST_F(SettingsFileTest, AChangeThatCouldNotBeStoredStaysAboveWhatIsReloaded) {
+    SettingsFile settings(path());
+    {
+        const FullDisk disk;
+        settings.set("PingTimeout", 9.0);
+    }
+    store(R"({"PingTimeout": 2, "PingInterval": 3})");
+
+    settings.reload();
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(9.0));
+    EXPECT_THAT(settings.number("PingInterval"), Optional(3.0));
+}
+
+// A value of another type than its key's.
+
+struct Mistyped {
+    std::string name;
+    std::string key;
+    std::string json;
+
+    friend std::ostream& operator<<(std::ostream& out, const Mistyped& wrong) { return out << wrong.name; }
+};
+
+class MistypedSetting : public SettingsFileTest, public testing::WithParamInterface<Mistyped> {};
+
+TEST_P(MistypedSetting, ReadsAsItsDefaultWithoutLosingTheOthers) {
+    const Mistyped& wrong = GetParam();
+    store(R"({"Other": "kept", ")" + wrong.key + R"(": )" + wrong.json + "}");
+    const Json before = onDisk();
+    SettingsFile settings(path());
+    settings.registerDefaults(
+        {{"Hostname", std::string("default.example")}, {"PingTimeout", 4.0}, {"ShowIcon", true}});
+
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("default.example")));
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(4.0));
+    EXPECT_THAT(settings.boolean("ShowIcon"), Optional(true));
+    EXPECT_THAT(settings.text("Other"), Optional(std::string("kept")));
+
+    settings.set("Fresh", 1.0);
+    Json after = before;
+    after["Fresh"] = 1.0;
+    EXPECT_EQ(onDisk(), after);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AllTypes, MistypedSetting,
+    testing::Values(
+        Mistyped{"ABooleanIsNoNumber", "PingTimeout", "true"},
+        Mistyped{"ATextIsNoNumber", "PingTimeout", "\"2\""},
+        Mistyped{"NullIsNoNumber", "PingTimeout", "null"}, Mistyped{"AListIsNoNumber", "PingTimeout", "[2]"},
+        Mistyped{"ANumberIsNoBoolean", "ShowIcon", "0"},
+        Mistyped{"ATextIsNoBoolean", "ShowIcon", "\"false\""},
+        Mistyped{"AnObjectIsNoBoolean", "ShowIcon", "{}"}, Mistyped{"ANumberIsNoText", "Hostname", "9.9"},
+        Mistyped{"ABooleanIsNoText", "Hostname", "false"}, Mistyped{"NullIsNoText", "Hostname", "null"}),
+    [](const auto& test) { return test.param.name; });
+
+// Files that can't be understood.
+
+struct Damaged {
+    std::string name;
+    std::string text;
+
+    friend std::ostream& operator<<(std::ostream& out, const Damaged& damaged) { return out << damaged.name; }
+};
+
+class DamagedSettingsFile : public SettingsFileTest, public testing::WithParamInterface<Damaged> {};
+
+TEST_P(DamagedSettingsFile, CountsAsEmptyAndIsLeftAloneWhileNothingIsStored) {
+    store(GetParam().text);
+    SettingsFile settings(path());
+    settings.registerDefaults({{"PingTimeout", 4.0}});
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(4.0));
+    EXPECT_EQ(settings.text("Hostname"), std::nullopt);
+    EXPECT_EQ(test::contentOf(path()), GetParam().text);
+    EXPECT_THAT(textsBeside(), testing::IsEmpty());
+}
+
+TEST_P(DamagedSettingsFile, IsKeptUnderAnotherNameBeforeItIsOverwritten) {
+    store(GetParam().text);
+    SettingsFile settings(path());
+
+    settings.set("PingTimeout", 2.0);
+    settings.set("PingInterval", 3.0);
+
+    EXPECT_EQ(onDisk(), Json::parse(R"({"PingTimeout": 2.0, "PingInterval": 3.0})"));
+    EXPECT_THAT(textsBeside(), testing::ElementsAre(GetParam().text));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AllKinds, DamagedSettingsFile,
+    testing::Values(
+        Damaged{"Truncated", R"({"PingTimeout": 2, "Host)"}, Damaged{"NoJson", "PingTimeout = 2\n"},
+        Damaged{"AListInsteadOfAnObject", R"(["PingTimeout", 2])"}, Damaged{"OnlyANumber", "2"},
+        Damaged{"NullBytes", std::string(64, '\0')}, Damaged{"BrokenUtf8", "{\"Hostname\": \"\xC3\x28\"}"},
+        Damaged{"ANumberBeyondAllRange", R"({"PingTimeout": 1e999})"},
+        Damaged{"ManyOpenBrackets", std::string(20'000, '[')}),
+    [](const auto& test) { return test.param.name; });
+
+TEST_F(SettingsFileTest, EachDamagedFileIsKeptUnderANameOfItsOwn) {
+    store("first damage");
+    SettingsFile(path()).set("PingTimeout", 2.0);
+    store("second damage");
+    SettingsFile(path()).set("PingTimeout", 3.0);
+
+    EXPECT_THAT(textsBeside(), testing::UnorderedElementsAre("first damage", "second damage"));
+    EXPECT_EQ(onDisk()["PingTimeout"], 3.0);
+}
+
+TEST_F(SettingsFileTest, AFileDamagedWhileItIsInUseIsKeptAsideAndTheKnownSettingsAreNotLost) {
+    store(R"({"PingTimeout": 2, "Window": "left"})");
+    SettingsFile settings(path());
+    store(R"({"PingTimeout": 2, "Window": )");
+
+    settings.set("PingInterval", 3.0);
+
+    EXPECT_EQ(onDisk(), Json::parse(R"({"PingTimeout": 2, "Window": "left", "PingInterval": 3.0})"));
+    EXPECT_THAT(textsBeside(), testing::ElementsAre(R"({"PingTimeout": 2, "Window": )"));
+}
+
+TEST_F(SettingsFileTest, AFolderInItsPlaceIsNoReasonToStop) {
+    fs::create_directories(path());
+    SettingsFile settings(path());
+
+    settings.set("PingTimeout", 2.0);
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(2.0));
+}
+
+TEST_F(SettingsFileTest, AnUnknownValueOfGreatDepthIsNotLost) {
+    const std::string deep = std::string(100'000, '[') + std::string(100'000, ']');
+    const std::string old = R"({"Deep":)" + deep + "}";
+    store(old);
+    SettingsFile settings(path());
+
+    settings.set("PingTimeout", 2.0);
+
+    std::string text = test::contentOf(path());
+    std::erase_if(text, [](char letter) { return letter == ' ' || letter == '\n'; });
+    const bool isInTheFile = text.find(deep) != std::string::npos;
+    const bool isBesideIt = textsBeside().contains(old);
+    EXPECT_TRUE(isInTheFile || isBesideIt);
+    EXPECT_THAT(SettingsFile(path()).number("PingTimeout"), Optional(2.0));
+}
+
+// The volatile layer.
+
+TEST_F(SettingsFileTest, AVolatileValueLiesAboveTheStoredOne) {
+    store(R"({"Hostname": "stored.example"})");
+    SettingsFile settings(path());
+
+    settings.setVolatile("Hostname", std::string("for.this.run"));
+
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("for.this.run")));
+}
+
+TEST_F(SettingsFileTest, AVolatileValueIsNotWrittenWhenOtherSettingsAre) {
+    store(R"({"Hostname": "stored.example"})");
+    SettingsFile settings(path());
+    settings.setVolatile("Hostname", std::string("for.this.run"));
+    settings.setVolatile("PingTimeout", 9.0);
+
+    settings.set("PingInterval", 3.0);
+    settings.remove("PingInterval");
+
+    EXPECT_EQ(onDisk(), Json::parse(R"({"Hostname": "stored.example"})"));
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("for.this.run")));
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(9.0));
+}
+
+TEST_F(SettingsFileTest, StoringASettingEndsItsVolatileValue) {
+    SettingsFile settings(path());
+    settings.setVolatile("PingTimeout", 9.0);
+
+    settings.set("PingTimeout", 2.0);
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(2.0));
+    EXPECT_EQ(onDisk(), Json({{"PingTimeout", 2.0}}));
+}
+
+TEST_F(SettingsFileTest, StoringTheStoredValueAgainEndsTheVolatileOneToo) {
+    store(R"({"PingTimeout": 2.0})");
+    SettingsFile settings(path());
+    settings.setVolatile("PingTimeout", 9.0);
+
+    settings.set("PingTimeout", 2.0);
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(2.0));
+}
+
+TEST_F(SettingsFileTest, RemovingASettingEndsItsVolatileValue) {
+    store(R"({"PingTimeout": 2.0})");
+    SettingsFile settings(path());
+    settings.registerDefaults({{"PingTimeout", 4.0}});
+    settings.setVolatile("PingTimeout", 9.0);
+
+    settings.remove("PingTimeout");
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(4.0));
+}
+
+// Writing.
+
+TEST_F(SettingsFileTest, TheFolderIsMadeWhenTheFirstSettingIsStored) {
+    SettingsFile settings(path());
+
+    settings.set("PingTimeout", 2.0);
+
+    EXPECT_EQ(onDisk(), Json({{"PingTimeout", 2.0}}));
+}
+
+TEST_F(SettingsFileTest, AReaderFindsTheOldFileOrTheNewOneAsAWhole) {
+    const std::string old = R"({"PingTimeout": 2.0})";
+    store(old);
+    std::ifstream reader(path());
+
+    SettingsFile(path()).set("PingTimeout", 3.0);
+
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}), old);
+    EXPECT_EQ(onDisk()["PingTimeout"], 3.0);
+    EXPECT_THAT(textsBeside(), testing::IsEmpty());
+}
+
+TEST_F(SettingsFileTest, AFullDiskLeavesTheOldFileWholeAndTheValueHoldsForThisRun) {
+    const std::string old = R"({"PingTimeout": 2.0})";
+    store(old);
+    SettingsFile settings(path());
+    {
+        const FullDisk full;
+        settings.set("PingTimeout", 3.0);
+    }
+
+    EXPECT_EQ(test::contentOf(path()), old);
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(3.0));
+}
+
+TEST_F(SettingsFileTest, SettingsThatCouldNotBeStoredHoldForTheWholeRun) {
+    SettingsFile settings(path());
+    {
+        const FullDisk full;
+        settings.set("PingTimeout", 3.0);
+        settings.set("PingInterval", 5.0);
+    }
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(3.0));
+    EXPECT_THAT(settings.number("PingInterval"), Optional(5.0));
+}
+
+TEST_F(SettingsFileTest, ATextThatIsNotUtf8DoesNotKeepTheOthersFromBeingStored) {
+    SettingsFile settings(path());
+    settings.set("Hostname", std::string("caf\xE9.example"));
+
+    settings.set("PingTimeout", 3.0);
+
+    EXPECT_EQ(onDisk()["PingTimeout"], 3.0);
+}
+
+// Changes that belong together.
+
+TEST_F(SettingsFileTest, ChangesThatBelongTogetherAreStoredAllAtOnceAtTheirEnd) {
+    const std::string old = R"({"PingTimeout": 2.0})";
+    store(old);
+    SettingsFile settings(path());
+
+    settings.edit([&] {
+        settings.remove("PingTimeout");
+        settings.set("PingInterval", 3.0);
+        EXPECT_EQ(test::contentOf(path()), old);
+    });
+
+    EXPECT_EQ(onDisk(), Json({{"PingInterval", 3.0}}));
+}
+
+TEST_F(SettingsFileTest, ChangesThatBelongTogetherAreReadBeforeTheyAreStored) {
+    store(R"({"PingTimeout": 2.0})");
+    SettingsFile settings(path());
+
+    settings.edit([&] {
+        settings.remove("PingTimeout");
+        settings.set("PingInterval", 3.0);
+        EXPECT_EQ(settings.number("PingTimeout"), std::nullopt);
+        EXPECT_THAT(settings.number("PingInterval"), Optional(3.0));
+    });
+}
+
+TEST_F(SettingsFileTest, AnEditWithinAnEditIsStoredWithTheOuterOne) {
+    SettingsFile settings(path());
+
+    settings.edit([&] {
+        settings.edit([&] { settings.set("PingTimeout", 2.0); });
+        EXPECT_FALSE(fs::exists(path()));
+    });
+
+    EXPECT_EQ(onDisk(), Json({{"PingTimeout", 2.0}}));
+}
+
+TEST_F(SettingsFileTest, WhatCouldNotBeStoredIsStoredWithTheNextChange) {
+    SettingsFile settings(path());
+    {
+        const FullDisk full;
+        settings.set("PingTimeout", 3.0);
+    }
+
+    settings.set("PingInterval", 5.0);
+
+    EXPECT_EQ(onDisk(), Json({{"PingTimeout", 3.0}, {"PingInterval", 5.0}}));
+}
+
+// Its place.
+
+TEST(SettingsFilePath, FollowsTheConfigurationFolderOfTheUser) {
+    const test::Variable config("XDG_CONFIG_HOME", "/somewhere/config");
+
+    EXPECT_EQ(SettingsFile::defaultPath(), "/somewhere/config/Tarnwick/settings.json");
+}
+
+TEST(SettingsFilePath, LiesBelowTheHomeFolderWithoutAConfigurationFolder) {
+    const test::Variable config("XDG_CONFIG_HOME", nullptr);
+    const test::Variable home("HOME", "/home/someone");
+
+    EXPECT_EQ(SettingsFile::defaultPath(), "/home/someone/.config/Tarnwick/settings.json");
+}
+
+TEST(SettingsFilePath, IgnoresAConfigurationFolderThatIsEmptyOrNotAbsolute) {
+    const test::Variable home("HOME", "/home/someone");
+    for (const char* invalid : {"", "relative/config"}) {
+        const test::Variable config("XDG_CONFIG_HOME", invalid);
+        EXPECT_EQ(SettingsFile::defaultPath(), "/home/someone/.config/Tarnwick/settings.json") << invalid;
+    }
+}
+
+} // namespace tarnwick
