@@ -58,6 +58,10 @@ public:
     /// its owner's, who keeps it open until the handle is gone. No handle when the system can't watch it.
     [[nodiscard]] virtual Handle watchReadable(int descriptor, Task task) = 0;
 
+    /// The same for as long as `descriptor` takes data without blocking. One descriptor may be watched for
+    /// both at the same time, by two handles.
+    [[nodiscard]] virtual Handle watchWritable(int descriptor, Task task) = 0;
+
     /// Runs `work` on a thread of its own and then the task that it returns on the main thread. Work that
     /// never returns holds nothing up, the end of the program included: so it must own all that it touches.
     /// False when the system has no thread to give; then nothing runs.

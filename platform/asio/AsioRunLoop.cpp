@@ -1,5 +1,6 @@
 #include "platform/asio/AsioRunLoop.h"
 
+#include "core/FileDescriptor.h"
 #include "core/MonotonicClock.h"
 #include "platform/loop/TimerQueue.h"
 
@@ -70,10 +71,12 @@ private:
     std::function<void()> onTime_;
 };
 
-class ReadWatch : public std::enable_shared_from_this<ReadWatch> {
+class Watch : public std::enable_shared_from_this<Watch> {
 public:
-    ReadWatch(asio::io_context& context, int descriptor, RunLoop::Task task)
-        : descriptor_(context, descriptor), task_(std::move(task)) {}
+    using WaitType = asio::posix::descriptor_base::wait_type;
+
+    Watch(asio::io_context& context, int descriptor, WaitType type, RunLoop::Task task)
+        : descriptor_(context, descriptor), type_(type), task_(std::move(task)) {}
 
     /// The library makes the descriptor non-blocking when it first waits, as if to read from it by itself. A
     /// terminal shares that flag with everybody who writes to it, so it is put back at once.
@@ -92,38 +95,40 @@ public:
 
 private:
     void wait() {
-        descriptor_.async_wait(
-            asio::posix::descriptor_base::wait_read,
-            [weakSelf = weak_from_this()](const asio::error_code& error) {
-                const auto self = weakSelf.lock();
-                if (!self || error || self->hasEnded_) {
-                    return;
-                }
-                self->task_();
-                if (!self->hasEnded_) {
-                    self->wait();
-                }
-            });
+        descriptor_.async_wait(type_, [weakSelf = weak_from_this()](const asio::error_code& error) {
+            const auto self = weakSelf.lock();
+            if (!self || error || self->hasEnded_) {
+                return;
+            }
+            self->task_();
+            if (!self->hasEnded_) {
+                self->wait();
+            }
+        });
     }
 
     asio::posix::stream_descriptor descriptor_;
+    WaitType type_;
     bool hasEnded_ = false;
     RunLoop::Task task_;
 };
 
 /// The handle that callers own.
-class ReadWatchHandle final : public RunLoop::Registration {
+class WatchHandle final : public RunLoop::Registration {
 public:
-    explicit ReadWatchHandle(std::shared_ptr<ReadWatch> watch) : watch_(std::move(watch)) {}
+    /// `duplicate` is what is watched in place of the caller's descriptor, if anything.
+    explicit WatchHandle(std::shared_ptr<Watch> watch, FileDescriptor duplicate = {})
+        : duplicate_(std::move(duplicate)), watch_(std::move(watch)) {}
 
-    ReadWatchHandle(const ReadWatchHandle&) = delete;
-    ReadWatchHandle& operator=(const ReadWatchHandle&) = delete;
+    WatchHandle(const WatchHandle&) = delete;
+    WatchHandle& operator=(const WatchHandle&) = delete;
 
     // NOLINTNEXTLINE(bugprone-exception-escape): releasing fails only for a descriptor that is not open.
-    ~ReadWatchHandle() override { watch_->end(); }
+    ~WatchHandle() override { watch_->end(); }
 
 private:
-    std::shared_ptr<ReadWatch> watch_;
+    FileDescriptor duplicate_;
+    std::shared_ptr<Watch> watch_;
 };
 
 } // namespace
@@ -169,9 +174,24 @@ TimerQueue& AsioRunLoop::timers() {
 
 RunLoop::Handle AsioRunLoop::watchReadable(int descriptor, Task task) {
     try {
-        auto watch = std::make_shared<ReadWatch>(context_->io, descriptor, std::move(task));
+        auto watch =
+            std::make_shared<Watch>(context_->io, descriptor, Watch::WaitType::wait_read, std::move(task));
         watch->start();
-        return std::make_unique<ReadWatchHandle>(std::move(watch));
+        return std::make_unique<WatchHandle>(std::move(watch));
+    } catch (const asio::system_error&) {
+        return nullptr;
+    }
+}
+
+/// The library takes a descriptor once only, and the caller may watch it for reading too: so this watches a
+/// duplicate.
+RunLoop::Handle AsioRunLoop::watchWritable(int descriptor, Task task) {
+    try {
+        FileDescriptor duplicate(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+        auto watch = std::make_shared<Watch>(
+            context_->io, duplicate.get(), Watch::WaitType::wait_write, std::move(task));
+        watch->start();
+        return std::make_unique<WatchHandle>(std::move(watch), std::move(duplicate));
     } catch (const asio::system_error&) {
         return nullptr;
     }

@@ -21,6 +21,7 @@ public:
 
     void post(Task task) override;
     [[nodiscard]] Handle watchReadable(int descriptor, Task task) override;
+    [[nodiscard]] Handle watchWritable(int descriptor, Task task) override;
     [[nodiscard]] bool detach(std::function<Task()> work) override;
 
 private:

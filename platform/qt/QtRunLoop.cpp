@@ -34,10 +34,10 @@ FileDescriptor opened(int descriptor) {
 }
 
 /// Shared by the handle and, while it runs, by the task itself, which may destroy the handle.
-class ReadWatch : public std::enable_shared_from_this<ReadWatch> {
+class Watch : public std::enable_shared_from_this<Watch> {
 public:
-    ReadWatch(QObject* parent, int descriptor, RunLoop::Task task)
-        : notifier_(new QSocketNotifier(descriptor, QSocketNotifier::Read, parent)), task_(std::move(task)) {}
+    Watch(QObject* parent, int descriptor, QSocketNotifier::Type type, RunLoop::Task task)
+        : notifier_(new QSocketNotifier(descriptor, type, parent)), task_(std::move(task)) {}
 
     void start() {
         QObject::connect(notifier_, &QSocketNotifier::activated, notifier_, [weakSelf = weak_from_this()] {
@@ -57,7 +57,7 @@ public:
 private:
     void run() {
         if (isRunning_) {
-            // What the task has not read yet would keep an event loop inside it busy.
+            // A descriptor that is still ready would keep an event loop inside the task busy.
             notifier_->setEnabled(false);
             return;
         }
@@ -75,17 +75,17 @@ private:
 };
 
 /// The handle that callers own.
-class ReadWatchHandle final : public RunLoop::Registration {
+class WatchHandle final : public RunLoop::Registration {
 public:
-    explicit ReadWatchHandle(std::shared_ptr<ReadWatch> watch) : watch_(std::move(watch)) {}
+    explicit WatchHandle(std::shared_ptr<Watch> watch) : watch_(std::move(watch)) {}
 
-    ReadWatchHandle(const ReadWatchHandle&) = delete;
-    ReadWatchHandle& operator=(const ReadWatchHandle&) = delete;
+    WatchHandle(const WatchHandle&) = delete;
+    WatchHandle& operator=(const WatchHandle&) = delete;
 
-    ~ReadWatchHandle() override { watch_->end(); }
+    ~WatchHandle() override { watch_->end(); }
 
 private:
-    std::shared_ptr<ReadWatch> watch_;
+    std::shared_ptr<Watch> watch_;
 };
 
 } // namespace
@@ -199,12 +199,21 @@ void QtRunLoop::post(Task task) {
 }
 
 RunLoop::Handle QtRunLoop::watchReadable(int descriptor, Task task) {
+    return watch(descriptor, false, std::move(task));
+}
+
+RunLoop::Handle QtRunLoop::watchWritable(int descriptor, Task task) {
+    return watch(descriptor, true, std::move(task));
+}
+
+RunLoop::Handle QtRunLoop::watch(int descriptor, bool forWriting, Task task) {
     if (::fcntl(descriptor, F_GETFD) == -1) {
         return nullptr;
     }
-    auto watch = std::make_shared<ReadWatch>(&toolkitSide_, descriptor, std::move(task));
+    const auto type = forWriting ? QSocketNotifier::Write : QSocketNotifier::Read;
+    auto watch = std::make_shared<Watch>(&toolkitSide_, descriptor, type, std::move(task));
     watch->start();
-    return std::make_unique<ReadWatchHandle>(std::move(watch));
+    return std::make_unique<WatchHandle>(std::move(watch));
 }
 
 bool QtRunLoop::detach(std::function<Task()> work) {

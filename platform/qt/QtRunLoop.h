@@ -20,6 +20,7 @@ public:
 
     void post(Task task) override;
     [[nodiscard]] Handle watchReadable(int descriptor, Task task) override;
+    [[nodiscard]] Handle watchWritable(int descriptor, Task task) override;
     [[nodiscard]] bool detach(std::function<Task()> work) override;
 
 private:
@@ -27,6 +28,8 @@ private:
     class Mailbox;
 
     [[nodiscard]] TimerQueue& timers() override { return timers_; }
+
+    [[nodiscard]] Handle watch(int descriptor, bool forWriting, Task task);
 
     std::shared_ptr<Mailbox> mailbox_;
     TimerQueue timers_;

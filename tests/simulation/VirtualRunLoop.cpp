@@ -24,15 +24,15 @@ private:
 
 class VirtualRunLoop::WatchHandle final : public Registration {
 public:
-    WatchHandle(VirtualRunLoop& loop, std::uint64_t key) : loop_(loop), key_(key) {}
+    WatchHandle(Watches& watches, std::uint64_t key) : watches_(watches), key_(key) {}
 
     WatchHandle(const WatchHandle&) = delete;
     WatchHandle& operator=(const WatchHandle&) = delete;
 
-    ~WatchHandle() override { loop_.watches_.erase(key_); }
+    ~WatchHandle() override { watches_.erase(key_); }
 
 private:
-    VirtualRunLoop& loop_;
+    Watches& watches_;
     std::uint64_t key_;
 };
 
@@ -52,9 +52,9 @@ void VirtualRunLoop::sleep(double seconds) {
     wallAtStart_ += std::chrono::duration_cast<WallTime::duration>(std::chrono::duration<double>(seconds));
 }
 
-void VirtualRunLoop::makeReadable(int descriptor) {
+void VirtualRunLoop::runWatches(const Watches& watches, int descriptor) {
     std::vector<std::weak_ptr<Task>> tasks;
-    for (const auto& [key, watch] : watches_) {
+    for (const auto& [key, watch] : watches) {
         if (watch.first == descriptor) {
             tasks.push_back(watch.second);
         }
@@ -95,9 +95,17 @@ RunLoop::Handle VirtualRunLoop::addTimer(double fireTime, double interval, Task 
 }
 
 RunLoop::Handle VirtualRunLoop::watchReadable(int descriptor, Task task) {
+    return addWatch(readingWatches_, descriptor, std::move(task));
+}
+
+RunLoop::Handle VirtualRunLoop::watchWritable(int descriptor, Task task) {
+    return addWatch(writingWatches_, descriptor, std::move(task));
+}
+
+RunLoop::Handle VirtualRunLoop::addWatch(Watches& watches, int descriptor, Task task) {
     const std::uint64_t key = nextKey_++;
-    watches_.emplace(key, std::pair(descriptor, std::make_shared<Task>(std::move(task))));
-    return std::make_unique<WatchHandle>(*this, key);
+    watches.emplace(key, std::pair(descriptor, std::make_shared<Task>(std::move(task))));
+    return std::make_unique<WatchHandle>(watches, key);
 }
 
 bool VirtualRunLoop::detach(std::function<Task()> work) {

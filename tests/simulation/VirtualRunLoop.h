@@ -29,7 +29,10 @@ public:
     void setWallClock(WallTime time) { wallAtStart_ += time - wallNow(); }
 
     /// Makes a watched descriptor count as readable once.
-    void makeReadable(int descriptor);
+    void makeReadable(int descriptor) { runWatches(readingWatches_, descriptor); }
+
+    /// Makes a watched descriptor count as writable once.
+    void makeWritable(int descriptor) { runWatches(writingWatches_, descriptor); }
 
     [[nodiscard]] std::size_t timerCount() const { return timers_.size(); }
 
@@ -40,6 +43,7 @@ public:
     [[nodiscard]] Handle after(double delay, Task task) override;
     [[nodiscard]] Handle every(double firstFire, double interval, Task task) override;
     [[nodiscard]] Handle watchReadable(int descriptor, Task task) override;
+    [[nodiscard]] Handle watchWritable(int descriptor, Task task) override;
     [[nodiscard]] bool detach(std::function<Task()> work) override;
 
     /// Lets the next `detach` calls fail, as when the system has no thread to give.
@@ -62,6 +66,8 @@ private:
         std::shared_ptr<Task> task;
     };
 
+    using Watches = std::map<std::uint64_t, std::pair<int, std::shared_ptr<Task>>>;
+
     class TimerHandle;
     class WatchHandle;
 
@@ -70,6 +76,8 @@ private:
     [[nodiscard]] std::map<std::uint64_t, Timer>::iterator nextTimer();
     void fire(std::map<std::uint64_t, Timer>::iterator timer);
     Handle addTimer(double fireTime, double interval, Task task);
+    Handle addWatch(Watches& watches, int descriptor, Task task);
+    static void runWatches(const Watches& watches, int descriptor);
 
     double now_ = 1000;
     WallTime wallAtStart_ = WallTime(std::chrono::hours(24 * 365 * 50));
@@ -77,7 +85,8 @@ private:
     bool holdsDetachedWork_ = false;
     std::deque<std::function<Task()>> held_;
     std::map<std::uint64_t, Timer> timers_;
-    std::map<std::uint64_t, std::pair<int, std::shared_ptr<Task>>> watches_;
+    Watches readingWatches_;
+    Watches writingWatches_;
     std::uint64_t nextKey_ = 0;
 };
 

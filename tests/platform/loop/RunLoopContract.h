@@ -17,14 +17,16 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
+#include <poll.h>
 #include <string>
+#include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
 
 namespace tarnwick {
 
-/// A pipe whose reading end is watched.
+/// A pipe whose ends are watched.
 class WatchedPipe {
 public:
     WatchedPipe() {
@@ -35,6 +37,8 @@ public:
     }
 
     [[nodiscard]] int readingEnd() const { return reading_.get(); }
+
+    [[nodiscard]] int writingEnd() const { return writing_.get(); }
 
     void put(const std::string& bytes) const {
         EXPECT_EQ(::write(writing_.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
@@ -77,6 +81,11 @@ protected:
     [[nodiscard]] RunLoop::Handle watch(const WatchedPipe& pipe, RunLoop::Task task) {
         driver_.isWatched(pipe.readingEnd());
         return loop().watchReadable(pipe.readingEnd(), std::move(task));
+    }
+
+    [[nodiscard]] RunLoop::Handle watchForRoom(int descriptor, RunLoop::Task task) {
+        driver_.isWatched(descriptor);
+        return loop().watchWritable(descriptor, std::move(task));
     }
 
     Driver driver_;
@@ -439,6 +448,68 @@ TYPED_TEST_P(RunLoopContract, AWatchMayEndAnotherWhoseTurnItIs) {
     EXPECT_EQ(runs, 1);
 }
 
+TYPED_TEST_P(RunLoopContract, AWritingWatchRunsForAsLongAsThereIsRoom) {
+    const WatchedPipe pipe;
+    const std::string block(4096, 'x');
+    bool isFull = false;
+    const auto watching = this->watchForRoom(pipe.writingEnd(), [&] {
+        EXPECT_FALSE(isFull) << "there is no room";
+        EXPECT_EQ(::write(pipe.writingEnd(), block.data(), block.size()), static_cast<ssize_t>(block.size()));
+        pollfd room{.fd = pipe.writingEnd(), .events = POLLOUT, .revents = 0};
+        isFull = ::poll(&room, 1, 0) == 0;
+    });
+    ASSERT_TRUE(this->runUntil([&] { return isFull; }));
+    ASSERT_TRUE(this->runFor(this->step));
+
+    while (pipe.take()) {
+    }
+    isFull = false;
+
+    EXPECT_TRUE(this->runUntil([&] { return isFull; }));
+}
+
+TYPED_TEST_P(RunLoopContract, DestroyingTheHandleEndsAWritingWatchAlsoInItsOwnTask) {
+    const WatchedPipe pipe;
+    RunLoop::Handle watching;
+    int runs = 0;
+    watching = this->watchForRoom(pipe.writingEnd(), [&] {
+        ++runs;
+        watching.reset();
+    });
+
+    ASSERT_TRUE(this->runFor(2 * this->step));
+
+    EXPECT_EQ(runs, 1);
+}
+
+TYPED_TEST_P(RunLoopContract, OneDescriptorMayBeWatchedForReadingAndWriting) {
+    std::array<int, 2> ends{-1, -1};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+    const FileDescriptor near(ends[0]);
+    const FileDescriptor far(ends[1]);
+    std::vector<std::string> ran;
+    this->driver_.isWatched(near.get());
+    char byte = 0;
+    const auto reading = this->loop().watchReadable(near.get(), [&] {
+        EXPECT_EQ(::read(near.get(), &byte, 1), 1);
+        ran.emplace_back("reading");
+    });
+    RunLoop::Handle writing = this->loop().watchWritable(near.get(), [&] {
+        writing.reset();
+        ran.emplace_back("writing");
+    });
+    ASSERT_NE(reading, nullptr);
+    ASSERT_NE(writing, nullptr);
+    ASSERT_TRUE(this->runFor(this->step));
+    EXPECT_THAT(ran, testing::ElementsAre("writing"));
+
+    ASSERT_EQ(::write(far.get(), "x", 1), 1);
+    ASSERT_TRUE(this->runUntil([&] { return ran.size() >= 2; }));
+    ASSERT_TRUE(this->runFor(this->step));
+
+    EXPECT_THAT(ran, testing::ElementsAre("writing", "reading"));
+}
+
 TYPED_TEST_P(RunLoopContract, TheResultOfDetachedWorkRunsOnTheMainThreadAndNotInsideTheCall) {
     std::optional<std::thread::id> ranOn;
     const bool isDetached = this->loop().detach(
@@ -466,6 +537,8 @@ REGISTER_TYPED_TEST_SUITE_P(
     DestroyingTheHandleEndsAWatchAndLeavesTheDescriptorOpen,
     ADescriptorMayBeWatchedAgainAfterItsFirstWatchHasEnded,
     ADescriptorMayBeClosedAndReplacedOnceItsWatchHasEndedInItsOwnTask, AWatchMayEndAnotherWhoseTurnItIs,
+    AWritingWatchRunsForAsLongAsThereIsRoom, DestroyingTheHandleEndsAWritingWatchAlsoInItsOwnTask,
+    OneDescriptorMayBeWatchedForReadingAndWriting,
     TheResultOfDetachedWorkRunsOnTheMainThreadAndNotInsideTheCall);
 
 /// What only a loop with real time and real threads can be asked for.

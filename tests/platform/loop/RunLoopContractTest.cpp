@@ -43,7 +43,7 @@ public:
     /// Moves on in small steps, and tells the loop what a real one would have learned from the system.
     bool runUntil(const std::function<bool()>& condition) {
         for (int step = 0; step < 10'000 && !condition(); ++step) {
-            reportReadable();
+            reportReady();
             loop_.advance(0.001);
         }
         return condition();
@@ -55,13 +55,20 @@ public:
     void spend(double /*seconds*/) {}
 
 private:
-    void reportReadable() {
+    void reportReady() {
         for (const int descriptor : watched_) {
-            pollfd input{.fd = descriptor, .events = POLLIN, .revents = 0};
-            if (::poll(&input, 1, 0) == 1) {
+            if (isReady(descriptor, POLLIN)) {
                 loop_.makeReadable(descriptor);
             }
+            if (isReady(descriptor, POLLOUT)) {
+                loop_.makeWritable(descriptor);
+            }
         }
+    }
+
+    static bool isReady(int descriptor, short event) {
+        pollfd question{.fd = descriptor, .events = event, .revents = 0};
+        return ::poll(&question, 1, 0) == 1;
     }
 
     simulation::VirtualRunLoop loop_;
