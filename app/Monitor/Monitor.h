@@ -5,6 +5,7 @@
 #include "app/Observation/Observation.h"
 #include "app/Preferences/Preferences.h"
 #include "core/ConnectionWatchdog.h"
+#include "core/Lifeline.h"
 #include "core/PendingPing.h"
 #include "core/PingLedger.h"
 #include "core/Pinger/Pinger.h"
@@ -197,7 +198,7 @@ private:
     bool asleep_ = false;
     std::optional<std::string> lastPathKey_;
     RunLoop::Handle pathWork_; ///< the reaction to a path change, while it waits for the next change
-    std::shared_ptr<Monitor*> self_ = std::make_shared<Monitor*>(this); ///< ports hold it weakly
+    Lifeline lifeline_;
 };
 
 } // namespace tarnwick

@@ -105,25 +105,15 @@ void Monitor::resetAllTimeStats() {
 }
 
 void Monitor::observeSystemEvents() {
-    const auto whileAlive = [weakSelf = std::weak_ptr(self_)](auto&& action) {
-        if (const auto self = weakSelf.lock()) {
-            action(**self);
-        }
-    };
     sleepMonitor_.start({
-        .willSleep =
-            [whileAlive] {
-                whileAlive([](Monitor& monitor) {
-                    monitor.willSleep();
-                    // The machine may run out of power before it wakes.
-                    monitor.saveStats();
-                });
-            },
-        .didWake = [whileAlive] { whileAlive([](Monitor& monitor) { monitor.didWake(); }); },
+        .willSleep = lifeline_.guarded([this] {
+            willSleep();
+            // The machine may run out of power before it wakes.
+            saveStats();
+        }),
+        .didWake = lifeline_.guarded([this] { didWake(); }),
     });
-    pathMonitor_.start([whileAlive](const NetworkPath& path) {
-        whileAlive([&path](Monitor& monitor) { monitor.pathUpdated(path); });
-    });
+    pathMonitor_.start(lifeline_.guarded([this](const NetworkPath& path) { pathUpdated(path); }));
 }
 
 void Monitor::willSleep() {

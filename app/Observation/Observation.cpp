@@ -72,13 +72,7 @@ RenderLoop::RenderLoop(RunLoop& loop, std::function<void()> render)
 }
 
 void RenderLoop::run() {
-    tracking_ = withTracking(render_, [this] {
-        loop_.post([weakSelf = std::weak_ptr(self_)] {
-            if (const auto self = weakSelf.lock()) {
-                (*self)->run();
-            }
-        });
-    });
+    tracking_ = withTracking(render_, [this] { loop_.post(lifeline_.guarded([this] { run(); })); });
 }
 
 } // namespace tarnwick

@@ -2,6 +2,7 @@
 // change of any of it runs a callback once.
 #pragma once
 
+#include "core/Lifeline.h"
 #include "core/RunLoop.h"
 
 #include <functional>
@@ -98,7 +99,7 @@ private:
     RunLoop& loop_;
     std::function<void()> render_;
     TrackingHandle tracking_;
-    std::shared_ptr<RenderLoop*> self_ = std::make_shared<RenderLoop*>(this); ///< posted runs hold it weakly
+    Lifeline lifeline_;
 };
 
 } // namespace tarnwick

@@ -211,13 +211,13 @@ void StatusItemController::resetAllTimeSelected() {
         .confirm = "Reset",
         .cancel = "Cancel",
     };
-    needs_.windows.ask(question, [weakSelf = std::weak_ptr(self_), host](bool confirmed) {
-        const auto self = weakSelf.lock();
-        // Asked about one host, another one's figures are not touched.
-        if (confirmed && self && (*self)->monitor_.prefs().hostname() == host) {
-            (*self)->monitor_.resetAllTimeStats();
+    const auto answered = [this, host](bool confirmed) {
+        // The question named one host: the figures of another one stay.
+        if (confirmed && monitor_.prefs().hostname() == host) {
+            monitor_.resetAllTimeStats();
         }
-    });
+    };
+    needs_.windows.ask(question, lifeline_.guarded(answered));
 }
 
 } // namespace tarnwick

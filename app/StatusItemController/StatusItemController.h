@@ -4,6 +4,7 @@
 #include "app/Monitor/Monitor.h"
 #include "app/Reading/LossGates.h"
 #include "app/StatusItemController/Menu.h"
+#include "core/Lifeline.h"
 #include "platform/ports/StatusItem.h"
 #include "platform/ports/UpdateFramework.h"
 
@@ -103,8 +104,7 @@ private:
     RunLoop::Handle lossGateRecheck_; ///< at most one
     std::unique_ptr<RenderLoop> renderLoop_;
     std::unique_ptr<RenderLoop> menuLoop_; ///< only while the menu is open
-    std::shared_ptr<StatusItemController*> self_ =
-        std::make_shared<StatusItemController*>(this); ///< answers hold it weakly
+    Lifeline lifeline_;
 };
 
 } // namespace tarnwick

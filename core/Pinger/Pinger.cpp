@@ -30,17 +30,16 @@ Pinger::Pinger(
 void Pinger::start() {
     stop();
     const int run = ++generation_;
-    network_.resolve(hostName_, [weakSelf = std::weak_ptr(self_), run](const Resolution& resolution) {
-        const auto self = weakSelf.lock();
-        if (!self || (*self)->generation_ != run) {
+    network_.resolve(hostName_, lifeline_.guarded([this, run](const Resolution& resolution) {
+        if (generation_ != run) {
             return;
         }
         if (const auto* error = std::get_if<PingError>(&resolution)) {
-            (*self)->emit(Failed{*error});
+            emit(Failed{*error});
         } else {
-            (*self)->open(std::get<std::vector<ResolvedAddress>>(resolution));
+            open(std::get<std::vector<ResolvedAddress>>(resolution));
         }
-    });
+    }));
 }
 
 void Pinger::stop() {
@@ -107,7 +106,7 @@ void Pinger::rememberAddressOf(std::uint64_t id) {
 
 void Pinger::readAvailable(std::int32_t family) {
     std::array<std::uint8_t, receiveBufferSize> buffer{};
-    const std::weak_ptr weakSelf(self_);
+    const Lifeline::Watch watch = lifeline_.watch();
     const int run = generation_;
     for (int count = 0; count < mostDatagramsAtOnce; ++count) {
         EchoSocket& socket = *sockets_.at(family);
@@ -120,14 +119,14 @@ void Pinger::readAvailable(std::int32_t family) {
             receivedReply(*id, received->at);
         }
         // The owner may have ended this run, or the pinger itself.
-        if (weakSelf.expired() || generation_ != run) {
+        if (watch.hasEnded() || generation_ != run) {
             return;
         }
     }
 }
 
 void Pinger::receivedReply(std::uint64_t id, double at) {
-    const std::weak_ptr weakSelf(self_);
+    const Lifeline::Watch watch = lifeline_.watch();
     const int run = generation_;
     if (const auto sent = sentTo_.find(id); sent != sentTo_.end()) {
         const int from = sent->second;
@@ -136,7 +135,7 @@ void Pinger::receivedReply(std::uint64_t id, double at) {
             reportSwitch();
         }
     }
-    if (!weakSelf.expired() && generation_ == run) {
+    if (!watch.hasEnded() && generation_ == run) {
         emit(Reply{id, at});
     }
 }

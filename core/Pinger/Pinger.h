@@ -3,6 +3,7 @@
 #pragma once
 
 #include "core/AddressSelector.h"
+#include "core/Lifeline.h"
 #include "core/Pinger/EchoMessage.h"
 #include "core/Pinger/PingNetwork.h"
 #include "core/RunLoop.h"
@@ -88,8 +89,7 @@ private:
     std::map<std::uint64_t, int> sentTo_; ///< index in `addresses_` by ping id
     std::map<std::int32_t, std::unique_ptr<EchoSocket>> sockets_;
     int generation_ = 0; ///< counts runs, so that what belongs to an earlier one is dropped
-    /// What outlives this object holds it weakly.
-    std::shared_ptr<Pinger*> self_ = std::make_shared<Pinger*>(this);
+    Lifeline lifeline_;
 };
 
 } // namespace tarnwick

@@ -2,6 +2,7 @@
 // state, not an error.
 #pragma once
 
+#include "core/Lifeline.h"
 #include "core/RunLoop.h"
 #include "platform/bus/Subscription.h"
 

@@ -1,6 +1,7 @@
 // Whether the desktop and its panel are dark, as far as they tell.
 #pragma once
 
+#include "core/Lifeline.h"
 #include "platform/bus/BusConnection.h"
 
 #include <functional>

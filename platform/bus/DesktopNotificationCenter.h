@@ -2,6 +2,7 @@
 // portal.
 #pragma once
 
+#include "core/Lifeline.h"
 #include "core/RunLoop.h"
 #include "platform/bus/BusConnection.h"
 #include "platform/bus/NotificationService.h"

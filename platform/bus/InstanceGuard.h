@@ -1,6 +1,7 @@
 // One running program per user session: who comes second asks the first to show itself.
 #pragma once
 
+#include "core/Lifeline.h"
 #include "core/RunLoop.h"
 #include "platform/bus/BusConnection.h"
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "core/FileDescriptor.h"
+#include "core/Lifeline.h"
 #include "core/RunLoop.h"
 #include "platform/bus/BusConnection.h"
 #include "platform/linux/SleepEpisodes.h"

@@ -1,6 +1,7 @@
 // The desktop's notification daemon.
 #pragma once
 
+#include "core/Lifeline.h"
 #include "platform/bus/BusConnection.h"
 #include "platform/bus/NotificationService.h"
 

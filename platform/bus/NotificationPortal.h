@@ -2,6 +2,7 @@
 // what its name and icon are.
 #pragma once
 
+#include "core/Lifeline.h"
 #include "platform/bus/BusConnection.h"
 #include "platform/bus/NotificationService.h"
 

@@ -1,4 +1,4 @@
-// Telling several listeners, each for as long as it holds its subscription.
+// Tells several listeners; each listens while it holds its subscription.
 #pragma once
 
 #include <functional>
@@ -35,23 +35,6 @@ public:
 
 private:
     std::vector<std::weak_ptr<const Listener>> entries_;
-};
-
-/// A member of what hands out callbacks that may be called after its end: they then do nothing.
-class Lifeline {
-public:
-    template<typename Function>
-    [[nodiscard]] auto guarded(Function function) const {
-        return [weak = std::weak_ptr<const bool>(alive_),
-                function = std::move(function)]<typename... Arguments>(Arguments&&... arguments) {
-            if (!weak.expired()) {
-                function(std::forward<Arguments>(arguments)...);
-            }
-        };
-    }
-
-private:
-    std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
 };
 
 } // namespace tarnwick

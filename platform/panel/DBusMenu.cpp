@@ -1,5 +1,6 @@
 #include "platform/panel/DBusMenu.h"
 
+#include "core/Lifeline.h"
 #include "platform/bus/BusCall.h"
 #include "platform/bus/BusText.h"
 #include "platform/panel/MenuProperties.h"

@@ -1,6 +1,7 @@
 // The status item for panels with a StatusNotifier watcher: org.kde.StatusNotifierItem.
 #pragma once
 
+#include "core/Lifeline.h"
 #include "core/RunLoop.h"
 #include "platform/bus/BusConnection.h"
 #include "platform/bus/ColorScheme.h"

@@ -1,6 +1,7 @@
 // Finds out which panel shows the status items, and follows its coming and going.
 #pragma once
 
+#include "core/Lifeline.h"
 #include "platform/bus/BusConnection.h"
 #include "platform/panel/PanelHosts.h"
 

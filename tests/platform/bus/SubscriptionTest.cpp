@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <vector>
 
 namespace tarnwick {
@@ -54,18 +53,6 @@ TEST(SubscriptionTest, AListenerMayEndItself) {
 
     subscribers.tell();
     subscribers.tell();
-
-    EXPECT_EQ(calls, 1);
-}
-
-TEST(SubscriptionTest, AGuardedCallbackDoesNothingAfterTheEndOfItsOwner) {
-    int calls = 0;
-    auto owner = std::make_unique<Lifeline>();
-    const auto callback = owner->guarded([&calls] { ++calls; });
-    callback();
-
-    owner.reset();
-    callback();
 
     EXPECT_EQ(calls, 1);
 }
