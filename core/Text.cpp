@@ -61,8 +61,9 @@ std::string_view trimmed(std::string_view text) {
 
 std::optional<double> parseNumber(std::string_view text) {
     const std::string terminated(text);
-    // The conversion would skip leading white space; here a number starts with its first character.
-    if (terminated.empty() || whiteSpace.find(terminated.front()) != std::string_view::npos) {
+    // The conversion would skip leading white space and take hexadecimal numbers.
+    if (terminated.empty() || whiteSpace.find(terminated.front()) != std::string_view::npos
+        || terminated.find_first_of("xX") != std::string::npos) {
         return std::nullopt;
     }
     const ClassicLocale classic;

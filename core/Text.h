@@ -11,8 +11,8 @@ namespace tarnwick::Text {
 /// no-break space included.
 [[nodiscard]] std::string_view trimmed(std::string_view text);
 
-/// A floating-point number from the first to the last character: decimal or hexadecimal, with sign and
-/// exponent, also "inf" and "nan". A number beyond the range of double becomes infinite or zero.
+/// A decimal number from the first to the last character, with sign and exponent, also "inf" and "nan".
+/// A number beyond the range of double becomes infinite or zero.
 [[nodiscard]] std::optional<double> parseNumber(std::string_view text);
 
 /// The nearest whole number (halves away from zero) in decimal; any finite number.

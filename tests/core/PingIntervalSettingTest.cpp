@@ -46,13 +46,13 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Text{"7", 7}, Text{" \t7 \n", 7}, Text{"\r\n7\v\f", 7}, Text{"\u00A07\u2003", 7}, Text{"0", 1},
         Text{"90", 60}, Text{"2.5", 3}, Text{"2.4", 2}, Text{"1e1", 10}, Text{"+5", 5}, Text{"-5", 1},
-        Text{"0x10", 16}, Text{"inf", 60}, Text{"-inf", 1}, Text{"nan", 1}, Text{"1e999", 60},
-        Text{"1e-999", 1}));
+        Text{"inf", 60}, Text{"-inf", 1}, Text{"nan", 1}, Text{"1e999", 60}, Text{"1e-999", 1}));
 INSTANTIATE_TEST_SUITE_P(
     NoNumber, ParsedInterval,
     testing::Values(
         Text{"", {}}, Text{" \n", {}}, Text{"7s", {}}, Text{"s7", {}}, Text{"7 8", {}}, Text{"2,5", {}},
-        Text{"1e", {}}, Text{"-", {}}, Text{"- 5", {}}, Text{"ten", {}}, Text{"1_000", {}}));
+        Text{"1e", {}}, Text{"-", {}}, Text{"- 5", {}}, Text{"ten", {}}, Text{"1_000", {}},
+        Text{"0x10", {}}));
 
 TEST_P(ParsedInterval, IsClampedOrNothing) {
     EXPECT_EQ(PingIntervalSetting::parse(GetParam().text), GetParam().expected) << GetParam().text;

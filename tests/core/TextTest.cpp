@@ -47,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(
     Number, ParsedText,
     testing::Values(
         Numeral{"0", 0.0}, Numeral{"-1.5", -1.5}, Numeral{"+2", 2.0}, Numeral{"1e3", 1000.0},
-        Numeral{"1E-2", 0.01}, Numeral{"0x1p4", 16.0},
+        Numeral{"1E-2", 0.01}, Numeral{"0x10", {}}, Numeral{"-0X1p4", {}},
         Numeral{"inf", std::numeric_limits<double>::infinity()},
         Numeral{"1e999", std::numeric_limits<double>::infinity()}, Numeral{"", {}}, Numeral{" 1", {}},
         Numeral{"1 ", {}}, Numeral{"\n1", {}}, Numeral{"1x", {}}, Numeral{"1,5", {}}, Numeral{"--1", {}}));
