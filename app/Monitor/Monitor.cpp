@@ -56,7 +56,7 @@ void Monitor::start() {
         loop_.now() + housekeepingInterval, housekeepingInterval, housekeepingTolerance, [this] { tick(); });
     observeSystemEvents();
     refreshWatchdogConfig();
-    drive([](ConnectionWatchdog& watchdog, double now) { return watchdog.reset(now, 0, true); });
+    carryOut(updatedWatchdog().reset(loop_.now(), 0, true));
 }
 
 void Monitor::saveStats(FileStore::Durability durability) {
@@ -143,7 +143,7 @@ void Monitor::handle(const Pinger::Event& event) {
         [this](const Pinger::Switched& switched) { resolvedAddress_.set(switched.address.display); },
         [this](const Pinger::Failed& failed) {
             startError_.set(failed.error);
-            drive([](ConnectionWatchdog& watchdog, double now) { return watchdog.startFailed(now); });
+            carryOut(updatedWatchdog().startFailed(loop_.now()));
         },
         [this](const Pinger::Reply& reply) { receivedReply(reply.id, reply.at); },
     };
@@ -175,8 +175,7 @@ void Monitor::receivedReply(std::uint64_t id, double at) {
         sample->rttMs = rttMs;
         return true;
     });
-    drive(
-        [arrival](ConnectionWatchdog& watchdog, double /*now*/) { return watchdog.replyReceived(arrival); });
+    carryOut(updatedWatchdog().replyReceived(arrival));
     latestPingMs_.set(rttMs);
     const bool withinTimeout = rttMs <= prefs_.pingTimeout() * 1000;
     ledger_.mutate([&](PingLedger& ledger) { return ledger.replied(id, rttMs, withinTimeout); });

@@ -130,7 +130,8 @@ public:
     std::function<void()> onTick;
 
 private:
-    using Step = std::function<ConnectionWatchdog::Actions(ConnectionWatchdog&, double now)>;
+    /// Seconds that the network is given to come back after a sleep.
+    static constexpr double restartAfterWake = 2.0;
 
     // The ping loop.
     void restartPinger();
@@ -146,11 +147,15 @@ private:
 
     // The judging.
     void tick();
-    void drive(const Step& step);
+    /// The watchdog, told whether alerts are wanted now: every step that may announce something begins here.
+    [[nodiscard]] ConnectionWatchdog& updatedWatchdog();
+    /// Publishes the watchdog's verdict after a step, then does what the step asked for.
+    void carryOut(const ConnectionWatchdog::Actions& actions);
     void carryOut(ConnectionWatchdog::Action action);
     void evaluate(double now);
     void markLost(std::uint64_t id);
-    void forgetSettledBookings();
+    /// Of pings that have left the window: no answer or loss is booked for them any more.
+    void forgetUnsettledBookings();
     [[nodiscard]] bool isConnecting() const;
 
     // What happens around it.

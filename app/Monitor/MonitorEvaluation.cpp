@@ -16,7 +16,7 @@ void Monitor::tick() {
         return;
     }
     const double now = loop_.now();
-    drive([now](ConnectionWatchdog& watchdog, double /*now*/) { return watchdog.tick(now); });
+    carryOut(updatedWatchdog().tick(now));
     evaluate(now);
     if (++tickCount_ == ticksBetweenSaves) {
         tickCount_ = 0;
@@ -33,7 +33,7 @@ void Monitor::evaluate(double now) {
     for (const PendingPing& ping : evaluation.newlyLost) {
         markLost(ping.id);
     }
-    forgetSettledBookings();
+    forgetUnsettledBookings();
     const bool isKnown = !pending_.empty();
     lossIsKnown_.set(isKnown);
     lossPercent_.set(isKnown ? evaluation.lossPercent : 0);
@@ -55,7 +55,7 @@ void Monitor::markLost(std::uint64_t id) {
     });
 }
 
-void Monitor::forgetSettledBookings() {
+void Monitor::forgetUnsettledBookings() {
     ledger_.mutate([this](PingLedger& ledger) {
         if (ledger.bookings() == 0) {
             return false;
@@ -69,9 +69,12 @@ void Monitor::forgetSettledBookings() {
     });
 }
 
-void Monitor::drive(const Step& step) {
+ConnectionWatchdog& Monitor::updatedWatchdog() {
     watchdog_.setAlertsEnabled(prefs_.showNotifications());
-    const ConnectionWatchdog::Actions actions = step(watchdog_, loop_.now());
+    return watchdog_;
+}
+
+void Monitor::carryOut(const ConnectionWatchdog::Actions& actions) {
     status_.set(watchdog_.status());
     for (const ConnectionWatchdog::Action action : actions) {
         carryOut(action);
