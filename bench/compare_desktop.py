@@ -34,7 +34,7 @@ SETTLING_SECONDS = 8
 class Run:
     pss_kib: int
     private_kib: int
-    growth_kib: int  # of its own data, which it shares with nobody, from the start of the run to its end
+    growth_kib: int  # of its unshared data, from the start of the run to its end
     cpu_percent: float  # of one core
     switches: float  # voluntary ones, a second
 

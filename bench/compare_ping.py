@@ -116,7 +116,7 @@ def measure(compared: list[Program], seconds: int) -> dict[str, Run]:
             on_cpu, switches = steady_figures(process.pid)
             runs[name].steady_cpu_us = (on_cpu - first[name][0]) / 1000 / between
             runs[name].steady_switches = (switches - first[name][1]) / between
-            # Not the process's own account, which starts with the memory of whoever started it.
+            # Not the process's own peak, which starts with the memory of its parent.
             runs[name].peak_kib = number_in(f"/proc/{process.pid}/status", "VmHWM:")
             runs[name].pss_kib = number_in(f"/proc/{process.pid}/smaps_rollup", "Pss:")
         for name, process in running.items():

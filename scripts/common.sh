@@ -1,4 +1,4 @@
-# What scripts/run and scripts/test share: who works, what is installed, how it is built. Source it from bash.
+# What scripts/run and scripts/test share: the calling user, packages, builds. Source it from bash.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -11,7 +11,7 @@ fail() {
     exit 1
 }
 
-# Called through sudo, only what needs root is done as root: files in the clone stay the caller's, and so do the
+# Called through sudo, only steps that need root run as root: files in the clone stay the caller's, and so do the
 # settings and statistics. as_caller runs a command as the user who called.
 as_caller=()
 if [ "$EUID" -eq 0 ] && [ "${SUDO_UID:-0}" -ne 0 ]; then
@@ -27,7 +27,7 @@ may_become_root() {
     [ "$EUID" -eq 0 ] || command -v sudo >/dev/null
 }
 
-# Asks for a password only where somebody can type one.
+# Asks for a password only in a terminal.
 as_root() {
     if [ "$EUID" -eq 0 ]; then
         "$@"

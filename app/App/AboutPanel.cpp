@@ -24,9 +24,9 @@ const char* const credits = "Keeps an eye on your internet connection from the m
 const char* const productPage = "https://tarnwick.example/";
 const char* const license = "© 2026 The Tarnwick authors. MIT License.";
 
-// NOLINTBEGIN(cppcoreguidelines-owning-memory): widgets are owned by the window that they stand in
+// NOLINTBEGIN(cppcoreguidelines-owning-memory): the window owns its widgets
 
-/// A centered paragraph; its size is given as a share of the usual one.
+/// A centered paragraph. `size` is relative to the usual font.
 QLabel* paragraph(const QString& text, double size, QFont::Weight weight = QFont::Normal) {
     auto* const label = new QLabel(text);
     QFont font = label->font();

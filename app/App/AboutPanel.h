@@ -1,4 +1,4 @@
-// The panel that says what the program is: name, version, credits, license.
+// The About panel: name, version, credits, license.
 #pragma once
 
 #include <QDialog>
@@ -10,10 +10,10 @@ namespace tarnwick {
 
 class Menu;
 
-/// One window, made at the first call and brought to the front by later ones. Main thread.
+/// One window: the first call makes it, later calls bring it to the front. Main thread.
 class AboutPanel {
 public:
-    /// The menu, whose shortcuts the panel takes, outlives it.
+    /// The panel takes the shortcuts of the menu, which outlives it.
     AboutPanel(std::string version, const Menu& menu);
     AboutPanel(const AboutPanel&) = delete;
     AboutPanel& operator=(const AboutPanel&) = delete;
@@ -21,7 +21,7 @@ public:
 
     void show();
 
-    /// The window while it exists.
+    /// The window, while it is open.
     [[nodiscard]] QDialog* window() const { return window_; }
 
 private:

@@ -17,12 +17,12 @@ namespace tarnwick {
 
 namespace {
 
-/// The toolkit's palette speaks for a desktop that says nothing else.
+/// For desktops that publish no color scheme.
 Ink inkOfPalette() {
     return Appearance::isDark() ? Ink::light : Ink::dark;
 }
 
-/// Classic trays tell nobody their color: dark, as most are, unless the desktop is light.
+/// A classic tray does not publish its color. Most are dark; on a light desktop the tray is taken for light.
 class FollowingTrayItem final : public TrayStatusItem {
 public:
     FollowingTrayItem(const FacePainter& painter, ColorScheme& colors)
@@ -83,7 +83,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
               settings_.reload();
               monitor_.reloadPreferences();
           }),
-      // Nothing checks for updates yet, wherever the program lies.
+      // No update framework yet.
       menu_(StatusItemController::menuItems(false)),
       settingsModel_(monitor_, loginItem_),
       colors_(bus) {
@@ -134,7 +134,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
 void AppDelegate::followColors() {
     Appearance::prefer(colors_.desktopIsDark());
     colorChange_ = colors_.onChange([this, known = colors_.desktopIsDark()]() mutable {
-        // The panel may have changed alone.
+        // Only the panel's color may have changed.
         if (known != colors_.desktopIsDark()) {
             known = colors_.desktopIsDark();
             Appearance::prefer(known);

@@ -1,4 +1,4 @@
-// The desktop program around the model: what is made when, and what happens at the end.
+// Makes the parts of the desktop program, in order, and saves the statistics at the end.
 #pragma once
 
 #include "app/App/DesktopWindows.h"
@@ -33,13 +33,13 @@ namespace tarnwick {
 /// Owns everything for the life of the process. Main thread.
 class AppDelegate {
 public:
-    /// They end the program, with the statistics stored.
+    /// They end the program after the statistics are saved.
     static constexpr auto terminationSignals = {SIGTERM, SIGINT};
 
     struct Setup {
         std::vector<Setting> settings; ///< for this run only
         std::string version;
-        std::string iconFolder; ///< of the icon theme that holds the program's own icons
+        std::string iconFolder; ///< an icon theme with the program's own icons
     };
 
     /// The loop and the bus outlive the delegate.
@@ -47,10 +47,10 @@ public:
 
     AppDelegate(const AppDelegate&) = delete;
     AppDelegate& operator=(const AppDelegate&) = delete;
-    /// Stores the statistics.
+    /// Saves the statistics.
     ~AppDelegate();
 
-    /// For who has asked from outside, with the token by which the desktop lets a window come to the front.
+    /// For another start of the program. The desktop lets a window with this token come to the front.
     void openDropDown(const std::string& activationToken) { windows_->openDropDown(activationToken); }
 
 private:
@@ -73,7 +73,7 @@ private:
     FileWatch settingsWatch_;
     Menu menu_;
     SettingsModel settingsModel_;
-    std::unique_ptr<SettingsWindow> settingsWindow_; ///< from its first use on
+    std::unique_ptr<SettingsWindow> settingsWindow_; ///< made at its first use
     QtFacePainter painter_;
     ColorScheme colors_;
     Subscription colorChange_;

@@ -1,4 +1,4 @@
-// Asks before something that can't be undone.
+// Asks before an action that can't be undone.
 #pragma once
 
 #include <QMessageBox>
@@ -11,20 +11,20 @@ namespace tarnwick {
 class Menu;
 struct Question;
 
-/// One question at a time, beside a program that goes on. Main thread.
+/// One question at a time. The program goes on while it is open. Main thread.
 class ConfirmDialog {
 public:
-    /// The menu, whose shortcuts the question takes, outlives it.
+    /// The window takes the shortcuts of the menu, which outlives it.
     explicit ConfirmDialog(const Menu& menu) : menu_(menu) {}
 
     ConfirmDialog(const ConfirmDialog&) = delete;
     ConfirmDialog& operator=(const ConfirmDialog&) = delete;
-    /// An open question is dropped without an answer.
+    /// Closes an open question without an answer.
     ~ConfirmDialog();
 
-    /// Shows the question with a button that says yes and the default one, which cancels. `answered` is
-    /// called once: true for yes, false for everything else, a closed window included. A question that is
-    /// still open is answered with false first.
+    /// Shows the question. Its default button cancels. `answered` is called once: with true for the other
+    /// button, else with false, also when the window is closed. A question that is still open is answered
+    /// with false first.
     void ask(const Question& question, std::function<void(bool)> answered);
 
     /// The window while a question is open.

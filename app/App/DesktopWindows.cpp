@@ -12,15 +12,16 @@ namespace {
 
 constexpr auto activationTokenVariable = "XDG_ACTIVATION_TOKEN";
 
-/// On Wayland the toolkit takes it from the environment for the next window that is activated, and removes it
-/// there. Elsewhere it would stay there for every program that is started from here.
+/// On Wayland the toolkit takes the token from the environment for the next window that it activates, and
+/// removes it. On other platforms the token would stay there, and programs started from here would inherit
+/// it.
 void useActivationToken(const std::string& token) {
     if (!token.empty() && QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
         qputenv(activationTokenVariable, QByteArray::fromStdString(token));
     }
 }
 
-/// Good for one window, and that has not opened.
+/// A token is good for one window; this one has not opened.
 void dropActivationToken() {
     qunsetenv(activationTokenVariable);
 }
@@ -71,7 +72,7 @@ void DesktopWindows::ask(const Question& question, std::function<void(bool)> ans
 }
 
 void DesktopWindows::quit() {
-    // Asks no window.
+    // `quit` would ask each window, and an open one can refuse.
     QGuiApplication::exit();
 }
 

@@ -1,4 +1,4 @@
-// The windows that the status item opens, in the desktop's toolkit.
+// The windows that the status item opens.
 #pragma once
 
 #include "app/App/AboutPanel.h"
@@ -15,17 +15,17 @@ namespace tarnwick {
 /// Main thread.
 class DesktopWindows final : public StatusItemWindows {
 public:
-    /// What is handed in outlives this object.
+    /// All arguments outlive this object.
     DesktopWindows(
         RunLoop& loop, Monitor& monitor, Menu& menu, std::string version, std::function<void()> openSettings);
 
     void toggleDropDown(std::optional<ScreenPoint> at) override;
-    /// In answer to something else than a click on the item: opens, and never closes.
+    /// For requests other than a click on the item: opens, never closes.
     void openDropDown(const std::string& activationToken);
-    /// The same for a click in the panel's menu.
+    /// The same, at the pointer, for a click in the panel's menu.
     void openDropDownAtPointer();
 
-    /// By what the desktop lets a click open a window in front of others; empty where it gives nothing.
+    /// Returns the token with which a click may open a window in front of others; empty where there is none.
     std::function<std::string()> takeActivationToken;
 
     void showSettings() override;

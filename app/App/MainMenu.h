@@ -9,8 +9,8 @@ class Menu;
 
 namespace MainMenu {
 
-/// Lets a window take the shortcuts of the menu's items, which do the same there, and that for closing it.
-/// Those for editing belong to its fields. The menu outlives the window.
+/// Gives a window the shortcuts of the menu's items and the one that closes it. Fields have their own for
+/// editing. The menu outlives the window.
 void install(QWidget& window, const Menu& menu);
 
 } // namespace MainMenu

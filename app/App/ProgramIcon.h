@@ -5,7 +5,7 @@
 
 namespace tarnwick {
 
-/// As the desktop's icon theme has it, or else the one that the program brings.
+/// From the desktop's icon theme, else the built-in one.
 [[nodiscard]] QIcon programIcon();
 
 } // namespace tarnwick

@@ -17,7 +17,7 @@ namespace tarnwick {
 
 namespace {
 
-/// Of the screen, for the window's own title and for the sides of its frame.
+/// Shares of the screen that are kept for the window's title and frame.
 constexpr int titleHeight = 48;
 constexpr int frameWidth = 16;
 
@@ -40,7 +40,7 @@ SettingsWindow::SettingsWindow(SettingsModel& model, RunLoop& loop, const Menu& 
     area_->setWidget(view_);
     area_->setWidgetResizable(true);
     area_->setFrameShape(QFrame::NoFrame);
-    // The form is what can be reached with the keyboard, not what it stands in.
+    // The Tab key reaches the form's controls, not the scroll area around them.
     area_->setFocusPolicy(Qt::NoFocus);
     setCentralWidget(area_);
     view_->installEventFilter(this);
@@ -49,7 +49,7 @@ SettingsWindow::SettingsWindow(SettingsModel& model, RunLoop& loop, const Menu& 
 }
 
 SettingsWindow::~SettingsWindow() {
-    // Before the window is closed, which would take the keyboard from a field and so commit it.
+    // Before the window closes: closing takes the focus from a field, which would commit its draft.
     delete area_;
 }
 
@@ -66,8 +66,8 @@ void SettingsWindow::center() {
     isPlaced_ = true;
     const QRect available = screenOfUser().availableGeometry();
     setScreen(&screenOfUser());
-    winId(); // makes the window that knows of screens
-    // Later: it comes to a screen with the size that it had.
+    winId(); // creates the native window, which knows its screen
+    // Posted: the window arrives on the new screen with its old size.
     connect(
         windowHandle(), &QWindow::screenChanged, this, [this] { followScreen(); }, Qt::QueuedConnection);
     followScreen();

@@ -12,18 +12,18 @@ namespace tarnwick {
 class Menu;
 class SettingsView;
 
-/// As large as its form, or as the screen that it is on lets it be: then the form scrolls. Closing hides it.
+/// As large as its form; on a small screen the form scrolls. Closing hides it.
 /// Main thread.
 class SettingsWindow final : public QMainWindow {
 public:
-    /// All of it outlives the window. Its shortcuts are those of the menu.
+    /// All arguments outlive the window, which takes the menu's shortcuts.
     SettingsWindow(SettingsModel& model, RunLoop& loop, const Menu& menu);
     SettingsWindow(const SettingsWindow&) = delete;
     SettingsWindow& operator=(const SettingsWindow&) = delete;
-    /// What is typed but not committed goes with it.
+    /// Drops what is typed but not committed.
     ~SettingsWindow() override;
 
-    /// Brings it to the front with the keyboard; in the middle of the screen the first time.
+    /// Brings it to the front with keyboard focus; in the middle of the screen the first time.
     void present();
 
     [[nodiscard]] SettingsView& view() const { return *view_; }
@@ -38,7 +38,7 @@ private:
 
     SettingsView* view_;                   ///< owned by the scroll area
     QScrollArea* area_;                    ///< a child
-    QMetaObject::Connection screenChange_; ///< of the screen that it is on
+    QMetaObject::Connection screenChange_; ///< of its present screen
     bool isPlaced_ = false;
 };
 

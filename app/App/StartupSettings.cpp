@@ -14,7 +14,7 @@ struct Place {
     Command command;
 };
 
-/// A desktop that has several is named with each, the best one first.
+/// A desktop with several has one line for each, the best one first.
 const std::vector<Place>& knownPlaces() {
     static const std::vector<Place> places{
         {"Budgie", {"budgie-desktop-settings"}},

@@ -1,4 +1,4 @@
-// The place where the desktop lets its user choose what starts with the session.
+// The desktop's own settings for programs that start with the session.
 #pragma once
 
 #include "platform/qt/DesktopOpener.h"
@@ -11,15 +11,16 @@ namespace tarnwick::StartupSettings {
 
 using Command = std::vector<std::string>;
 
-/// The commands that show it on a desktop, the best one first, by the names that the desktop gives itself,
-/// separated by colons ("ubuntu:GNOME"). Empty where there is no such place, or none that is known.
+/// The commands that open them, the best one first. `desktops` are the desktop's own names, separated by
+/// colons
+/// ("ubuntu:GNOME"). Empty for a desktop without such settings and for unknown ones.
 [[nodiscard]] std::vector<Command> commands(std::string_view desktops);
 
-/// Whether one of those of the present desktop is installed.
+/// Whether a command of the present desktop is installed.
 [[nodiscard]] bool exists();
 
-/// Shows it on the present desktop with the first command that is installed; without one `ended` is never
-/// called. Needs the application object.
+/// Runs the first installed command of the present desktop. Without one `ended` is never called. Needs the
+/// application object.
 void open(DesktopOpened ended = {});
 
 } // namespace tarnwick::StartupSettings

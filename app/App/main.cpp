@@ -31,7 +31,7 @@ bool hasDisplay() {
     });
 }
 
-/// The toolkit's own command line is not this program's: what it would understand has been refused before.
+/// The toolkit gets no arguments: its own options are none of this program's.
 int runApplication(const AppOptions& options, char* name, std::string startToken) {
     int count = 1;
     std::array<char*, 2> arguments{name, nullptr};
@@ -49,7 +49,7 @@ int runApplication(const AppOptions& options, char* name, std::string startToken
             return;
         }
         if (result == InstanceGuard::Result::anotherIsSilent) {
-            std::fputs("tarnwick: another one is running, but it does not answer\n", stderr);
+            std::fputs("tarnwick: another instance is running, but it does not answer\n", stderr);
             QCoreApplication::exit(EXIT_FAILURE);
             return;
         }
@@ -70,7 +70,7 @@ int runApplication(const AppOptions& options, char* name, std::string startToken
 }
 
 int start(const std::vector<std::string>& arguments, char* name) {
-    // A reader that goes away is noticed where something is written.
+    // A closed pipe shows as an error of the write.
     std::signal(SIGPIPE, SIG_IGN);
     SignalWatch::block(AppDelegate::terminationSignals);
     const auto parsed = parseAppOptions(arguments);

@@ -6,7 +6,7 @@ namespace tarnwick {
 
 namespace {
 
-/// The tracked function that is running on this thread; its reads have no other way to be seen.
+/// The tracked function that is running on this thread.
 // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): reads have no other way to find it.
 thread_local TrackingHandle current;
 
@@ -51,7 +51,7 @@ void Observers::access() {
     if (!current) {
         return;
     }
-    // A property that never changes is read again and again: those who have stopped waiting are let go here.
+    // A property that never changes is read again and again: drop the functions that no longer wait.
     std::erase_if(waiting_, [](const auto& weak) { return weak.expired(); });
     if (std::ranges::none_of(waiting_, [](const auto& weak) { return refersTo(weak, current); })) {
         waiting_.push_back(current);

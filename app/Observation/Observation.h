@@ -1,4 +1,4 @@
-// How views learn that a model has changed: what a tracked function reads is registered, and the first real
+// How views learn that a model has changed: a tracked function registers what it reads, and the first real
 // change of any of it runs a callback once.
 #pragma once
 
@@ -26,11 +26,11 @@ private:
 
 using TrackingHandle = std::shared_ptr<Tracking>;
 
-/// Runs `apply` at once and then, when any property read in it really changes, `onChange`: once, in the
-/// middle of that change, so it should only post. Nothing happens after the handle is gone. Main thread.
+/// Runs `apply` now. The first real change of a property that it read runs `onChange`, once, in the middle of
+/// that change: so it should only post. Destroying the handle ends it. Main thread.
 [[nodiscard]] TrackingHandle withTracking(const std::function<void()>& apply, std::function<void()> onChange);
 
-/// Runs `apply` so that what it reads is not registered with the tracked function around it.
+/// Runs `apply` without registering what it reads with the tracked function around it.
 void withoutTracking(const std::function<void()>& apply);
 
 /// The tracked functions that have read one property.
@@ -38,7 +38,7 @@ class Observers {
 public:
     /// Registers the tracked function that is running, if any.
     void access();
-    /// Tells those registered, and forgets them.
+    /// Tells and forgets the registered functions.
     void changed();
 
     [[nodiscard]] std::size_t count() const { return waiting_.size(); }
@@ -47,7 +47,7 @@ private:
     std::vector<std::weak_ptr<Tracking>> waiting_;
 };
 
-/// A property whose readers can be told of changes. An equal value is stored without telling anyone.
+/// A property that tells its readers of changes. Setting an equal value tells no reader.
 template<class T>
 class Observed {
 public:
@@ -71,7 +71,7 @@ public:
         }
     }
 
-    /// Changes the value in place; `change` tells whether it really changed anything.
+    /// Changes the value in place. `change` returns whether the value really differs.
     template<class Change>
     void mutate(Change change) {
         if (change(value_)) {
@@ -81,11 +81,11 @@ public:
 
 private:
     T value_{};
-    mutable Observers observers_; // registering a reader changes nothing that anyone can see
+    mutable Observers observers_; // registering a reader does not change the value
 };
 
-/// Runs a function now and again after each change of what it read, from the main queue: a burst of changes
-/// costs one run. Ends with its owner.
+/// Runs a function now, and again after each change of what it read. It runs from the main queue, so a burst
+/// of changes costs one run. Ends with its owner.
 class RenderLoop {
 public:
     RenderLoop(RunLoop& loop, std::function<void()> render);

@@ -57,7 +57,7 @@ void PanelStatusItem::lookForTray() {
     if (!hasComplained_ && !(tray_ && needs_.hasTray())) {
         hasComplained_ = true;
         needs_.say(
-            "No panel shows status items here yet. Measuring all the same; the item appears with a panel.");
+            "No panel shows status items here yet. Measuring continues; the item appears with a panel.");
     }
 }
 

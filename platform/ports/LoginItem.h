@@ -21,7 +21,7 @@ public:
     virtual ~LoginItem() = default;
 
     [[nodiscard]] virtual Status status() const = 0;
-    /// Nothing on success, else what went wrong, for the user.
+    /// Nothing on success, else the reason for the user.
     [[nodiscard]] virtual std::optional<std::string> enroll() = 0;
     [[nodiscard]] virtual std::optional<std::string> withdraw() = 0;
 };

@@ -10,9 +10,9 @@ class NotificationCenter {
 public:
     /// Whether notifications can be shown.
     enum class Ability {
-        unknown, ///< nobody has asked, or the answer is on its way
+        unknown, ///< not asked yet, or the answer is pending
         yes,
-        no, ///< there is nobody who shows them
+        no, ///< no service shows them
     };
 
     NotificationCenter() = default;
@@ -20,12 +20,11 @@ public:
     NotificationCenter& operator=(const NotificationCenter&) = delete;
     virtual ~NotificationCenter() = default;
 
-    /// Each call makes a notification of its own, with the default sound. Fire and forget: nobody learns
-    /// whether it was shown, and nothing waits for it.
+    /// Shows a new notification with the default sound. Returns at once and reports no failure.
     virtual void post(const std::string& title, const std::string& body) = 0;
 
-    /// Finds out whether notifications can be shown, for a user who has just switched them on. Whatever comes
-    /// out, `post` may be called.
+    /// Finds out whether notifications can be shown; `canNotify` has the answer later. `post` may be called
+    /// in either case.
     virtual void requestAuthorization() = 0;
 
     [[nodiscard]] virtual Ability canNotify() const = 0;

@@ -1,4 +1,4 @@
-// The menu of the status item where the panel draws it by itself: rows of text.
+// The status item's menu for panels that draw menus themselves: rows of text.
 #pragma once
 
 #include <functional>
@@ -8,18 +8,18 @@
 namespace tarnwick {
 
 struct PanelMenuRow {
-    int id = 0; ///< above 0; stays the same for as long as the row stands for the same thing
+    int id = 0; ///< above 0; stays the same while the row means the same
     bool isSeparator = false;
-    std::string label{}; ///< plain text; an underscore is an underscore
+    std::string label{}; ///< plain text; underscores mark no shortcut
     std::string iconName{};
-    std::string shortcutKey{}; ///< pressed together with Control ("Q", "comma"); empty: none
+    std::string shortcutKey{}; ///< pressed with Control ("Q", "comma"); empty: none
     bool enabled = true;
     bool visible = true;
 
     friend bool operator==(const PanelMenuRow&, const PanelMenuRow&) = default;
 };
 
-/// The rows, and what becomes of them. Main thread.
+/// The rows, and the events that a panel reports. Main thread.
 class PanelMenu {
 public:
     PanelMenu() = default;
@@ -30,13 +30,13 @@ public:
     [[nodiscard]] virtual std::vector<PanelMenuRow> rows() const = 0;
     /// A row was chosen. Unknown ids are ignored.
     virtual void choose(int id) = 0;
-    /// A panel is about to read the rows: to draw them, or just ahead of time.
+    /// A panel is about to read the rows, to show them now or later.
     virtual void willRead() = 0;
-    /// A panel shows the menu; it has been closed. Either may come twice, or not at all.
+    /// A panel shows the menu; it has been closed. Panels may report either twice, or never.
     virtual void didShow() = 0;
     virtual void didHide() = 0;
 
-    /// The rows are no longer what they were.
+    /// The rows have changed.
     std::function<void()> onChange;
 };
 

@@ -8,8 +8,8 @@
 namespace tarnwick {
 
 struct NetworkPath {
-    bool satisfied;                      ///< there is a route to the world over an interface that is up
-    std::vector<std::string> interfaces; ///< names, in the order in which the system prefers them
+    bool satisfied;                      ///< an interface that is up has a default route
+    std::vector<std::string> interfaces; ///< names, the preferred one first
 
     friend bool operator==(const NetworkPath&, const NetworkPath&) = default;
 };
@@ -24,8 +24,8 @@ public:
     PathMonitor& operator=(const PathMonitor&) = delete;
     virtual ~PathMonitor() = default;
 
-    /// `update` is called with the present path soon after, never from inside, and then with each path that
-    /// differs from the one told last. Called once.
+    /// Calls `update` with the present path soon after it has returned, then with each path that differs from
+    /// the last one. Called once.
     virtual void start(Update update) = 0;
 };
 

@@ -5,12 +5,12 @@
 
 namespace tarnwick {
 
-/// A sleep and the waking from it are told once each, in this order, however often the system tells of them;
-/// of a sleep that began before the start nothing is told. Main thread.
+/// Reports each sleep and then its end, once each, even if the system announces them several times. A sleep
+/// that began before `start` is not reported. Main thread.
 class SleepMonitor {
 public:
     struct Handlers {
-        std::function<void()> willSleep; ///< the machine waits for it to return, within reason
+        std::function<void()> willSleep; ///< the machine waits up to some seconds for it to return
         std::function<void()> didWake;
     };
 

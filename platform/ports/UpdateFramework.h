@@ -1,4 +1,4 @@
-// What replaces the program by its newer versions, with windows of its own.
+// Replaces the program by newer versions, with windows of its own.
 #pragma once
 
 #include "core/RunLoop.h"
@@ -8,7 +8,7 @@
 
 namespace tarnwick {
 
-/// It keeps its settings by itself, and they may change behind the program's back. Main thread.
+/// It stores its own settings; they may change at any time. Main thread.
 class UpdateFramework {
 public:
     UpdateFramework() = default;
@@ -22,15 +22,15 @@ public:
     [[nodiscard]] virtual bool automaticallyDownloadsUpdates() const = 0;
     virtual void setAutomaticallyDownloadsUpdates(bool downloads) = 0;
 
-    /// Nothing before the first check.
+    /// Empty before the first check.
     [[nodiscard]] virtual std::optional<RunLoop::WallTime> lastUpdateCheckDate() const = 0;
 
-    /// Not while a check is under way.
+    /// False during a check.
     [[nodiscard]] virtual bool canCheckForUpdates() const = 0;
-    /// Checks at once, and tells the user what comes out, also when that is nothing.
+    /// Checks now and shows the user the result, also when there is no update.
     virtual void checkForUpdates() = 0;
 
-    /// The name of the domain that is asked for newer versions.
+    /// The domain that newer versions come from.
     [[nodiscard]] virtual std::string serverDomain() const = 0;
 };
 

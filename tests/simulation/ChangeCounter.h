@@ -1,4 +1,4 @@
-// Counts how often an observer of a value is woken, and how often for nothing.
+// Counts how often an observer of a value is woken, and how often without a change.
 #pragma once
 
 #include "app/Observation/Observation.h"

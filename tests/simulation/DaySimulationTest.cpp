@@ -109,7 +109,7 @@ protected:
         kill();
     }
 
-    /// Lets time pass until so long after that midnight.
+    /// Lets time pass until this time of the day.
     void until(RunLoop::WallTime::duration timeOfDay) { pass(secondsUntil(timeOfDay)); }
 
     [[nodiscard]] double secondsUntil(RunLoop::WallTime::duration timeOfDay) const {
@@ -130,7 +130,7 @@ protected:
 
     [[nodiscard]] const std::string& spoken() const { return frontEnd->item.accessibilityValues.back(); }
 
-    /// Of the chart's 36 bars, so many are drawn like this.
+    /// How many of the chart's 36 bars have this tone.
     [[nodiscard]] std::int64_t bars(BarTone tone) const {
         const auto buckets = LatencyChart::buckets(monitor->samples(), loop.wallNow(), prefs->pingInterval());
         const double threshold = prefs->slowPingThresholdMs();

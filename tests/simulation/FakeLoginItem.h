@@ -1,4 +1,4 @@
-// A login item that does as the test says.
+// A login item controlled by the test.
 #pragma once
 
 #include "platform/ports/LoginItem.h"
@@ -24,7 +24,7 @@ public:
 
     Status now = Status::notRegistered;
     Status afterEnrolling = Status::enabled;
-    std::optional<std::string> failure; ///< of all changes from now on
+    std::optional<std::string> failure; ///< reported by all later changes
     int enrollments = 0;
     int withdrawals = 0;
 

@@ -1,4 +1,4 @@
-// The network path as a test tells it.
+// A network path set by the test.
 #pragma once
 
 #include "core/RunLoop.h"
@@ -11,7 +11,7 @@
 
 namespace tarnwick::simulation {
 
-/// Until the test's first word about the path nothing is told of it.
+/// Reports nothing before the test sets a path.
 class FakePathMonitor final : public PathMonitor {
 public:
     explicit FakePathMonitor(RunLoop& loop) : loop_(loop) {}
@@ -26,14 +26,13 @@ public:
         });
     }
 
-    /// From now on this is the path. A listener is told before this returns, if it is another one than
-    /// before.
+    /// Sets the path. The listener is told of a change before this returns.
     void report(bool satisfied, std::vector<std::string> interfaces = {}) {
         present_ = NetworkPath{satisfied, std::move(interfaces)};
         tell();
     }
 
-    /// Tells the listener what it knows, which no monitor should do but a listener should bear.
+    /// Repeats the present path: no monitor should, but listeners must cope.
     void repeat() const {
         if (told_) {
             update_(*told_);

@@ -1,4 +1,4 @@
-// Sleep and wake as a test tells them.
+// Sleep and wake reported by the test.
 #pragma once
 
 #include "platform/ports/SleepMonitor.h"
@@ -29,7 +29,7 @@ private:
     }
 
     int starts_ = 0;
-    bool isAsleep_ = false; ///< as far as it has been told
+    bool isAsleep_ = false; ///< as last reported
     Handlers handlers_;
 };
 

@@ -1,4 +1,4 @@
-// A monitor in a world in which time, network, sleep, path and settings are a test's to decide.
+// A monitor whose time, network, sleep, path and settings the test decides.
 #pragma once
 
 #include "app/Monitor/Monitor.h"
@@ -30,28 +30,28 @@ public:
 
     explicit MonitorWorld(std::shared_ptr<test::TemporaryFolder> sharedFolder);
 
-    /// Reads the settings and makes a monitor, which does nothing yet.
+    /// Reads the settings and makes a monitor without starting it.
     void create();
-    /// Makes a monitor, starts it, and runs all that is due at once: the first ping has been sent then.
+    /// Makes and starts a monitor and runs what is due: the first ping has been sent then.
     void start();
-    /// The monitor saves its statistics and is gone.
+    /// Saves the statistics, then destroys the monitor.
     void end();
-    /// The monitor is gone as after a kill.
+    /// Destroys the monitor without saving, as a kill does.
     void kill();
 
     void pass(double seconds) { loop.advance(seconds); }
 
-    /// Until so many seconds after the start.
+    /// Lets time pass until `sinceStart` seconds after the start.
     void passUntil(double sinceStart) { loop.advance(startedAt + sinceStart - loop.now()); }
 
-    /// Every address answers like this.
+    /// Every address answers after `delay` seconds.
     void answerAfter(double delay);
     void fallSilent();
     /// `name` has these addresses from now on.
     void setHost(const std::string& name, const std::vector<std::string>& addresses, double delay = 0);
     /// `name` can't be resolved from now on.
     void setUnknownHost(const std::string& name, const std::string& reason = "Name or service not known");
-    /// Whatever is open or not: an answer to the ping with this id arrives.
+    /// An answer to the ping with this id arrives, whatever sockets are open.
     void deliverReply(std::uint64_t id);
 
     /// Seconds after the start at which requests went out.

@@ -37,8 +37,7 @@ public:
 
     [[nodiscard]] Ability canNotify() const override { return ability_; }
 
-    /// What comes out when authorization is requested or something is posted. With another one than "yes" all
-    /// that is posted is dropped.
+    /// The answer to a request for authorization. Unless it is "yes", posts are dropped.
     Ability answer = Ability::yes;
 
     [[nodiscard]] int requests() const { return requests_; }

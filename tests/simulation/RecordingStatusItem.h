@@ -1,4 +1,4 @@
-// A status item that no panel shows: it counts what is asked of it.
+// A status item without a panel: it records the calls.
 #pragma once
 
 #include "platform/ports/StatusItem.h"
@@ -30,7 +30,7 @@ public:
         return width;
     }
 
-    /// How often anything of the item was touched.
+    /// The number of calls.
     [[nodiscard]] std::size_t touches() const {
         return faces.size() + toolTips.size() + accessibilityValues.size() + panelFaces.size();
     }

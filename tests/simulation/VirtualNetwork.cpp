@@ -214,7 +214,7 @@ void VirtualNetwork::transmit(const Socket& socket, const SentRequest& request) 
     const auto reply = echoReply(request.id, request.identifier, socket.family());
     for (int copy = 0; copy < answer.copies; ++copy) {
         later(answer.delay, [this, number = socket.number(), reply, waited = answer.waited] {
-            // Closed meanwhile: nobody is there to receive it.
+            // The socket was closed before the reply came.
             if (const auto receiver = sockets_.find(number); receiver != sockets_.end()) {
                 receiver->second->deliver(reply, 1, waited);
             }

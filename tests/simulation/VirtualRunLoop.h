@@ -1,4 +1,4 @@
-// The run loop in which time is a number: a week passes in as long as its tasks take.
+// A run loop in virtual time: waiting costs nothing.
 #pragma once
 
 #include "core/RunLoop.h"
@@ -25,7 +25,7 @@ public:
     /// Time goes by while nothing runs, as in a stopped process; inside a task, as on a busy thread.
     void stall(double seconds) { now_ += seconds; }
 
-    /// Sets the wall clock without any time passing.
+    /// Sets the wall clock; no time passes.
     void setWallClock(WallTime time) { wallAtStart_ += time - wallNow(); }
 
     /// Makes a watched descriptor count as readable once.

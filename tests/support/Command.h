@@ -10,7 +10,7 @@
 namespace tarnwick::test {
 
 struct CommandResult {
-    int status = -1; ///< -1 when it did not end by itself
+    int status = -1; ///< -1 when a signal ended it
     std::string output;
 };
 
