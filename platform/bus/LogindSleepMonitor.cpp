@@ -40,15 +40,25 @@ LogindSleepMonitor::LogindSleepMonitor(
 }
 
 void LogindSleepMonitor::start(Handlers handlers) {
-    episodes_.emplace(std::move(handlers), reading());
-    episodes_->setHasAnnouncer(!manager_.empty());
+    handlers_ = std::move(handlers);
+    episodes_.emplace(clocks());
+    tell(episodes_->setHasAnnouncer(!manager_.empty()));
     checkTimer_ =
         loop_.everyRoughly(loop_.now() + checkInterval, checkInterval, checkTolerance, [this] { check(); });
     takeInhibitor();
 }
 
-SleepEpisodes::Reading LogindSleepMonitor::reading() const {
+SleepEpisodes::Clocks LogindSleepMonitor::clocks() const {
     return {.now = loop_.now(), .suspended = suspendedTime_()};
+}
+
+void LogindSleepMonitor::tell(const SleepEpisodes::Events& events) const {
+    for (const SleepEpisodes::Event event : events) {
+        if (const auto& handler =
+                event == SleepEpisodes::Event::fellAsleep ? handlers_.willSleep : handlers_.didWake) {
+            handler();
+        }
+    }
 }
 
 void LogindSleepMonitor::busChanged() {
@@ -75,8 +85,8 @@ void LogindSleepMonitor::setManager(const std::string& uniqueName) {
     // It was another one's.
     dropInhibitor();
     if (episodes_) {
-        episodes_->setHasAnnouncer(false); // what that one had announced it can't revoke any more
-        episodes_->setHasAnnouncer(!manager_.empty());
+        tell(episodes_->setHasAnnouncer(false)); // the end of a sleep that the old one announced
+        tell(episodes_->setHasAnnouncer(!manager_.empty()));
         takeInhibitor();
     }
 }
@@ -86,10 +96,10 @@ void LogindSleepMonitor::managerAnnounced(bool isStart) {
         return;
     }
     if (isStart) {
-        episodes_->sleepAnnounced(reading());
+        tell(episodes_->sleepAnnounced(clocks()));
         dropInhibitor();
     } else {
-        episodes_->wakeAnnounced(reading());
+        tell(episodes_->wakeAnnounced(clocks()));
         takeInhibitor();
     }
 }
@@ -99,7 +109,7 @@ void LogindSleepMonitor::check() {
         return;
     }
     const bool wasAsleep = episodes_->isAsleep();
-    episodes_->check(reading());
+    tell(episodes_->check(clocks()));
     const bool hasWoken = wasAsleep && !episodes_->isAsleep();
     if (hasWoken || (askAgainAt_ && loop_.now() >= *askAgainAt_)) {
         takeInhibitor();

@@ -5,8 +5,8 @@
 #include "core/FileDescriptor.h"
 #include "core/Lifeline.h"
 #include "core/RunLoop.h"
+#include "core/SleepEpisodes.h"
 #include "platform/bus/BusConnection.h"
-#include "platform/linux/SleepEpisodes.h"
 #include "platform/linux/SuspendedTime.h"
 #include "platform/ports/SleepMonitor.h"
 
@@ -37,7 +37,8 @@ public:
     void start(Handlers handlers) override;
 
 private:
-    [[nodiscard]] SleepEpisodes::Reading reading() const;
+    [[nodiscard]] SleepEpisodes::Clocks clocks() const;
+    void tell(const SleepEpisodes::Events& events) const;
     void busChanged();
     void askForManager();
     void setManager(const std::string& uniqueName);
@@ -51,6 +52,7 @@ private:
     BusConnection& bus_;
     SuspendedClock suspendedTime_;
     double patience_;
+    Handlers handlers_;
     std::optional<SleepEpisodes> episodes_; ///< from the start on
     std::string manager_;                   ///< its unique name; empty while there is none
     FileDescriptor inhibitor_;              ///< while it is open the login manager waits, within reason
