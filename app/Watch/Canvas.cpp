@@ -1,7 +1,8 @@
 #include "app/Watch/Canvas.h"
 
+#include "core/Utf8.h"
+
 #include <algorithm>
-#include <array>
 #include <cwchar>
 #include <numeric>
 
@@ -9,7 +10,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr char32_t replacement = U'\uFFFD';
 constexpr char32_t ellipsis = U'…';
 
 /// Columns that a character takes: 0 for one that joins the character before it.
@@ -37,39 +37,6 @@ char32_t nearestAscii(char32_t glyph) {
     default:
         return glyph < 0x80 ? glyph : U'?';
     }
-}
-
-int followingBytes(unsigned char first) {
-    if (first >= 0xF0) {
-        return 3;
-    }
-    return first >= 0xE0 ? 2 : 1;
-}
-
-/// Takes the first character off a UTF-8 text; the replacement mark for a byte that begins none.
-char32_t takeCharacter(std::string_view& text) {
-    const auto first = static_cast<unsigned char>(text.front());
-    text.remove_prefix(1);
-    if (first < 0x80) {
-        return first;
-    }
-    const int following = followingBytes(first);
-    if (first < 0xC2 || first > 0xF4 || text.size() < static_cast<std::size_t>(following)) {
-        return replacement;
-    }
-    char32_t character = first & (0x3FU >> following);
-    for (int index = 0; index < following; ++index) {
-        const auto byte = static_cast<unsigned char>(text[static_cast<std::size_t>(index)]);
-        if ((byte & 0xC0) != 0x80) {
-            return replacement;
-        }
-        character = character << 6 | (byte & 0x3FU);
-    }
-    text.remove_prefix(static_cast<std::size_t>(following));
-    constexpr std::array<char32_t, 4> smallest{0, 0x80, 0x800, 0x10000};
-    const bool isSurrogate = character >= 0xD800 && character <= 0xDFFF;
-    const bool isOverlong = character < smallest.at(static_cast<std::size_t>(following));
-    return isSurrogate || isOverlong || character > 0x10FFFF ? replacement : character;
 }
 
 bool isControl(char32_t glyph) {
@@ -138,24 +105,9 @@ const Cell& Canvas::at(int row, int column) const {
 std::string Canvas::rowText(int row) const {
     std::string text;
     for (int column = 0; column < size_.columns; ++column) {
-        const char32_t glyph = at(row, column).glyph;
-        if (glyph == 0) {
-            continue;
-        }
-        if (glyph < 0x80) {
-            text += static_cast<char>(glyph);
-        } else if (glyph < 0x800) {
-            text += static_cast<char>(0xC0 | glyph >> 6);
-            text += static_cast<char>(0x80 | (glyph & 0x3F));
-        } else if (glyph < 0x10000) {
-            text += static_cast<char>(0xE0 | glyph >> 12);
-            text += static_cast<char>(0x80 | (glyph >> 6 & 0x3F));
-            text += static_cast<char>(0x80 | (glyph & 0x3F));
-        } else {
-            text += static_cast<char>(0xF0 | glyph >> 18);
-            text += static_cast<char>(0x80 | (glyph >> 12 & 0x3F));
-            text += static_cast<char>(0x80 | (glyph >> 6 & 0x3F));
-            text += static_cast<char>(0x80 | (glyph & 0x3F));
+        // A wide character has its second half in the next cell.
+        if (const char32_t glyph = at(row, column).glyph; glyph != 0) {
+            Utf8::append(text, glyph);
         }
     }
     text.erase(text.find_last_not_of(' ') + 1);
@@ -169,9 +121,9 @@ int Canvas::widthOf(std::string_view text) const {
 std::u32string Canvas::glyphsOf(std::string_view text) const {
     std::u32string glyphs;
     while (!text.empty()) {
-        char32_t glyph = takeCharacter(text);
+        char32_t glyph = Utf8::takeCharacter(text);
         if (isControl(glyph)) {
-            glyph = replacement;
+            glyph = Utf8::replacement;
         }
         glyphs.push_back(ascii_ ? nearestAscii(glyph) : glyph);
     }

@@ -2,6 +2,7 @@
 
 #include "app/Reading/HeaderText.h"
 #include "core/Text.h"
+#include "core/Utf8.h"
 
 #include <array>
 #include <ctime>
@@ -23,17 +24,8 @@ std::string localTime(RunLoop::WallTime time) {
     return text.data();
 }
 
-std::size_t characters(const std::string& text) {
-    std::size_t count = 0;
-    for (const char byte : text) {
-        // Every byte but the continuations of a UTF-8 sequence begins a character.
-        count += (static_cast<unsigned char>(byte) & 0xC0) != 0x80 ? 1 : 0;
-    }
-    return count;
-}
-
 std::string padded(std::string text, std::size_t width, bool rightAligned) {
-    const std::size_t length = characters(text);
+    const std::size_t length = Utf8::length(text);
     text.insert(rightAligned ? 0 : text.size(), width > length ? width - length : 0, ' ');
     return text;
 }

@@ -1,4 +1,4 @@
-// Text for the bus, whose daemon hangs up on everybody who sends anything but UTF-8.
+// Text for the bus. Its daemon closes the connection of a program that sends malformed UTF-8.
 #pragma once
 
 #include <string>
@@ -6,10 +6,10 @@
 
 namespace tarnwick {
 
-/// With a replacement character for each byte that is no part of UTF-8, and without null bytes.
+/// `text` with U+FFFD for each malformed byte, and without null bytes.
 [[nodiscard]] std::string validUtf8(std::string_view text);
 
-/// As markup that shows just this text, with `lineBreak` at the ends of its lines.
+/// Markup that shows `text` as it is, with `lineBreak` in place of each line break.
 [[nodiscard]] std::string asMarkup(std::string_view text, std::string_view lineBreak = "\n");
 
 } // namespace tarnwick
