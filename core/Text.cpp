@@ -3,40 +3,29 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <clocale>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
+#include <system_error>
 
 namespace tarnwick::Text {
 
 namespace {
 
-constexpr std::string_view whiteSpace = " \t\n\v\f\r";
-
-/// What a person would call blank, in UTF-8.
+/// Unicode's white space, in UTF-8.
 constexpr std::array<std::string_view, 25> spaces{
     " ",      "\t",     "\n",     "\v",     "\f",     "\r",     "\u0085", "\u00A0", "\u1680",
     "\u2000", "\u2001", "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007", "\u2008",
     "\u2009", "\u200A", "\u2028", "\u2029", "\u202F", "\u205F", "\u3000",
 };
 
-/// The "C" locale for one conversion: the process may have taken the user's, with a comma for a point.
-class ClassicLocale {
-public:
-    ClassicLocale() : locale_(newlocale(LC_ALL_MASK, "C", nullptr)) {}
-
-    ClassicLocale(const ClassicLocale&) = delete;
-    ClassicLocale& operator=(const ClassicLocale&) = delete;
-
-    ~ClassicLocale() { freelocale(locale_); }
-
-    [[nodiscard]] locale_t get() const { return locale_; }
-
-private:
-    locale_t locale_;
-};
+/// `std::from_chars` does not tell on which side a number is out of range; its exponent does.
+double outOfRange(std::string_view number) {
+    const bool isTiny =
+        number.find("e-") != std::string_view::npos || number.find("E-") != std::string_view::npos;
+    const double size = isTiny ? 0 : std::numeric_limits<double>::infinity();
+    return number.starts_with('-') ? -size : size;
+}
 
 } // namespace
 
@@ -60,19 +49,16 @@ std::string_view trimmed(std::string_view text) {
 }
 
 std::optional<double> parseNumber(std::string_view text) {
-    const std::string terminated(text);
-    // The conversion would skip leading white space and take hexadecimal numbers.
-    if (terminated.empty() || whiteSpace.find(terminated.front()) != std::string_view::npos
-        || terminated.find_first_of("xX") != std::string::npos) {
+    if (text.starts_with('+') && !text.starts_with("+-")) {
+        text.remove_prefix(1); // std::from_chars knows only the minus sign
+    }
+    const char* const end = text.data() + text.size();
+    double value = 0;
+    const auto [behind, error] = std::from_chars(text.data(), end, value);
+    if (error == std::errc::invalid_argument || behind != end) {
         return std::nullopt;
     }
-    const ClassicLocale classic;
-    char* end = nullptr;
-    const double value = strtod_l(terminated.c_str(), &end, classic.get());
-    if (end != terminated.c_str() + terminated.size()) {
-        return std::nullopt;
-    }
-    return value;
+    return error == std::errc::result_out_of_range ? outOfRange(text) : value;
 }
 
 std::string whole(double value) {
@@ -85,7 +71,7 @@ std::string whole(double value) {
 }
 
 std::string fixed(double value, int digits) {
-    // Room for the largest double in full, a sign, a point and the digits asked for.
+    // The largest double in full, a sign, a point and the digits asked for.
     std::array<char, std::numeric_limits<double>::max_exponent10 + 32> buffer{};
     const auto result =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, digits);

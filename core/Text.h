@@ -1,4 +1,4 @@
-// Small text helpers that never ask the locale: what is written for machines reads the same everywhere.
+// Text helpers that do not depend on the locale.
 #pragma once
 
 #include <optional>
@@ -7,21 +7,20 @@
 
 namespace tarnwick::Text {
 
-/// `text` (UTF-8) without the white space and line breaks at both ends, those of other scripts and the
-/// no-break space included.
+/// `text` (UTF-8) without white space at both ends: that of every script, line breaks and no-break spaces.
 [[nodiscard]] std::string_view trimmed(std::string_view text);
 
-/// A decimal number from the first to the last character, with sign and exponent, also "inf" and "nan".
-/// A number beyond the range of double becomes infinite or zero.
+/// The decimal floating-point number that is all of `text`, with optional sign and exponent; "inf" and "nan"
+/// too. Too large for a double: infinite. Too small: zero.
 [[nodiscard]] std::optional<double> parseNumber(std::string_view text);
 
-/// The nearest whole number (halves away from zero) in decimal; any finite number.
+/// The nearest whole number in decimal, halves away from zero. `value` is finite.
 [[nodiscard]] std::string whole(double value);
 
-/// `value` with a point and this many digits behind it.
+/// `value` with this many digits after the point. `value` is finite.
 [[nodiscard]] std::string fixed(double value, int digits);
 
-/// The same with a question mark for every control character: safe to print as part of a line.
+/// `text` with a question mark for each control character: safe to print as part of a line.
 [[nodiscard]] std::string printable(std::string_view text);
 
 } // namespace tarnwick::Text

@@ -1,14 +1,13 @@
-// Numbers and texts that read the same under every locale.
+// Numbers and texts that do not depend on the locale.
 #include "core/Text.h"
 
 #include "tests/core/Required.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/MadeLocale.h"
 
 #include <gtest/gtest.h>
 
 #include <clocale>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <string>
 
@@ -36,6 +35,8 @@ TEST(TrimmedText, WithoutWhiteSpaceIsUnchanged) {
     EXPECT_EQ(Text::trimmed("1.1.1.1"), "1.1.1.1");
 }
 
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
 struct Numeral {
     const char* text;
     std::optional<double> expected;
@@ -46,11 +47,12 @@ class ParsedText : public testing::TestWithParam<Numeral> {};
 INSTANTIATE_TEST_SUITE_P(
     Number, ParsedText,
     testing::Values(
-        Numeral{"0", 0.0}, Numeral{"-1.5", -1.5}, Numeral{"+2", 2.0}, Numeral{"1e3", 1000.0},
-        Numeral{"1E-2", 0.01}, Numeral{"0x10", {}}, Numeral{"-0X1p4", {}},
-        Numeral{"inf", std::numeric_limits<double>::infinity()},
-        Numeral{"1e999", std::numeric_limits<double>::infinity()}, Numeral{"", {}}, Numeral{" 1", {}},
-        Numeral{"1 ", {}}, Numeral{"\n1", {}}, Numeral{"1x", {}}, Numeral{"1,5", {}}, Numeral{"--1", {}}));
+        Numeral{"0", 0.0}, Numeral{"-1.5", -1.5}, Numeral{"+2", 2.0}, Numeral{".5", 0.5},
+        Numeral{"1e3", 1000.0}, Numeral{"1E-2", 0.01}, Numeral{"inf", infinity}, Numeral{"-inf", -infinity},
+        Numeral{"1e999", infinity}, Numeral{"-1e999", -infinity}, Numeral{"1e-999", 0.0},
+        Numeral{"-1E-999", 0.0}, Numeral{"", {}}, Numeral{" 1", {}}, Numeral{"1 ", {}}, Numeral{"\n1", {}},
+        Numeral{"1x", {}}, Numeral{"1e999x", {}}, Numeral{"1,5", {}}, Numeral{"--1", {}}, Numeral{"+-1", {}},
+        Numeral{"++1", {}}, Numeral{"+", {}}, Numeral{"0x10", {}}, Numeral{"0x1p4", {}}));
 
 TEST_P(ParsedText, TakesANumberFromEndToEnd) {
     EXPECT_EQ(Text::parseNumber(GetParam().text), GetParam().expected) << '"' << GetParam().text << '"';
@@ -102,40 +104,22 @@ TEST(PrintableText, KeepsLettersOfEveryScript) {
     EXPECT_EQ(Text::printable("Bücher “1”…"), "Bücher “1”…");
 }
 
-/// A locale that writes a comma for the decimal point, until the end of the test. Few machines have one
-/// installed, so it is made.
-class CommaLocale {
-public:
-    CommaLocale() {
-        const std::string file = folder_.path() / "de_DE.UTF-8";
-        const std::string command = "localedef -i de_DE -f UTF-8 '" + file + "' >/dev/null 2>&1";
-        setenv("LOCPATH", folder_.path().c_str(), 1);
-        isSet_ = std::system(command.c_str()) == 0 && std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
-    }
-
-    CommaLocale(const CommaLocale&) = delete;
-    CommaLocale& operator=(const CommaLocale&) = delete;
-
-    ~CommaLocale() {
-        std::setlocale(LC_ALL, "C");
-        unsetenv("LOCPATH");
-    }
-
-    [[nodiscard]] bool isSet() const { return isSet_; }
-
-private:
-    test::TemporaryFolder folder_;
-    bool isSet_ = false;
-};
-
 TEST(NumberText, KeepsItsPointWhereTheLocaleHasAComma) {
-    const CommaLocale comma;
-    if (!comma.isSet()) {
-        TARNWICK_CANNOT_RUN("no locale with a decimal comma can be made");
+    const test::MadeLocale german("de_DE");
+    if (!german.isMade()) {
+        TARNWICK_CANNOT_RUN("localedef is missing");
     }
-    EXPECT_EQ(Text::fixed(1.5, 1), "1.5");
-    EXPECT_EQ(Text::parseNumber("1.5"), 1.5);
-    EXPECT_EQ(Text::parseNumber("1,5"), std::nullopt);
+    ASSERT_NE(std::setlocale(LC_NUMERIC, german.name()), nullptr);
+    ASSERT_STREQ(std::localeconv()->decimal_point, ",");
+
+    const std::string fixed = Text::fixed(1.5, 1);
+    const std::optional<double> withPoint = Text::parseNumber("1.5");
+    const std::optional<double> withComma = Text::parseNumber("1,5");
+
+    std::setlocale(LC_NUMERIC, "C");
+    EXPECT_EQ(fixed, "1.5");
+    EXPECT_EQ(withPoint, 1.5);
+    EXPECT_EQ(withComma, std::nullopt);
 }
 
 } // namespace
