@@ -2,9 +2,9 @@
 
 #include "core/Text.h"
 
-#include <algorithm>
-#include <climits>
-#include <clocale>
+#include <array>
+#include <cinttypes>
+#include <cstdio>
 
 namespace tarnwick::Format {
 
@@ -12,40 +12,22 @@ std::string wholeMs(double ms) {
     return Text::whole(ms) + " ms";
 }
 
-Grouping Grouping::ofUser() {
-    Grouping grouping;
-    const locale_t user = newlocale(LC_ALL_MASK, "", nullptr);
-    if (user == nullptr) {
-        return grouping; // the environment names a locale that is not installed
+Grouping::Grouping(const char* localeName) {
+    // Only the category that matters: collation alone would map megabytes.
+    locale_t locale = ::newlocale(LC_NUMERIC_MASK, localeName, nullptr);
+    if (locale == nullptr) {
+        locale = ::newlocale(LC_NUMERIC_MASK, "C", nullptr);
     }
-    const locale_t before = uselocale(user);
-    const lconv* conventions = localeconv();
-    grouping.separator = conventions->thousands_sep;
-    for (const char* size = conventions->grouping; *size != 0; ++size) {
-        const bool isEnd = *size < 0 || *size == CHAR_MAX;
-        grouping.sizes.push_back(isEnd ? 0 : *size);
-    }
-    uselocale(before);
-    freelocale(user);
-    return grouping;
+    locale_ = {locale, ::freelocale};
 }
 
 std::string integer(std::int64_t value, const Grouping& grouping) {
-    std::string text = std::to_string(value);
-    if (grouping.separator.empty() || grouping.sizes.empty()) {
-        return text;
-    }
-    const std::size_t firstDigit = value < 0 ? 1 : 0;
-    std::size_t at = text.size();
-    for (std::size_t group = 0;; ++group) {
-        const auto size =
-            static_cast<std::size_t>(grouping.sizes[std::min(group, grouping.sizes.size() - 1)]);
-        if (size == 0 || at <= firstDigit + size) {
-            return text;
-        }
-        at -= size;
-        text.insert(at, grouping.separator);
-    }
+    std::array<char, 128> text{}; // 19 digits, and separators of up to 4 bytes
+    const locale_t before = ::uselocale(grouping.locale_.get());
+    // The apostrophe, which groups digits, comes from POSIX.
+    const int size = __extension__ std::snprintf(text.data(), text.size(), "%'" PRId64, value);
+    ::uselocale(before);
+    return {text.data(), static_cast<std::size_t>(size)};
 }
 
 } // namespace tarnwick::Format

@@ -2,21 +2,32 @@
 #pragma once
 
 #include <cstdint>
+#include <locale.h>
+#include <memory>
 #include <string>
-#include <vector>
+#include <type_traits>
 
 namespace tarnwick::Format {
 
 /// Whole milliseconds, halves away from zero: "23 ms".
 [[nodiscard]] std::string wholeMs(double ms);
 
-/// How the digits of large numbers are grouped.
-struct Grouping {
-    std::string separator;  ///< empty: not at all
-    std::vector<int> sizes; ///< of the groups, from the right; the last one repeats, and 0 ends the grouping
+/// How a locale groups the digits of large numbers. A copy shares its locale.
+class Grouping {
+public:
+    /// None.
+    Grouping() : Grouping("C") {}
 
-    /// That of the user's locale.
-    [[nodiscard]] static Grouping ofUser();
+    /// That of the locale with this name, of the environment's locale for "". None where the system does not
+    /// have the locale.
+    explicit Grouping(const char* localeName);
+
+    [[nodiscard]] static Grouping ofUser() { return Grouping(""); }
+
+private:
+    friend std::string integer(std::int64_t value, const Grouping& grouping);
+
+    std::shared_ptr<std::remove_pointer_t<locale_t>> locale_;
 };
 
 [[nodiscard]] std::string integer(std::int64_t value, const Grouping& grouping);

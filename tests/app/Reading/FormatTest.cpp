@@ -1,20 +1,19 @@
 // How figures are written for people.
 #include "app/Reading/Format.h"
 
-#include <clocale>
-#include <cstdlib>
-#include <gmock/gmock.h>
+#include "tests/core/Required.h"
+#include "tests/support/MadeLocale.h"
+#include "tests/support/Variable.h"
+
 #include <gtest/gtest.h>
+
+#include <clocale>
 #include <limits>
-#include <rapidcheck.h>
+#include <string>
 
 namespace tarnwick {
 
-namespace {
-
-const Format::Grouping comma{.separator = ",", .sizes = {3}};
-
-} // namespace
+using namespace std::string_literals;
 
 TEST(Format, WholeMillisecondsAreRoundedHalvesAwayFromZero) {
     EXPECT_EQ(Format::wholeMs(23), "23 ms");
@@ -25,63 +24,67 @@ TEST(Format, WholeMillisecondsAreRoundedHalvesAwayFromZero) {
     EXPECT_EQ(Format::wholeMs(1234.5), "1235 ms");
 }
 
-TEST(Format, IntegersAreGroupedFromTheRight) {
-    EXPECT_EQ(Format::integer(0, comma), "0");
-    EXPECT_EQ(Format::integer(999, comma), "999");
-    EXPECT_EQ(Format::integer(1204, comma), "1,204");
-    EXPECT_EQ(Format::integer(88310, comma), "88,310");
-    EXPECT_EQ(Format::integer(1000000, comma), "1,000,000");
-    EXPECT_EQ(Format::integer(-123456, comma), "-123,456");
-    EXPECT_EQ(Format::integer(-123, comma), "-123");
+struct Grouped {
+    const char* locale;
+    std::int64_t value;
+    const char* text;
+};
+
+class GroupedInteger : public testing::TestWithParam<Grouped> {};
+
+TEST_P(GroupedInteger, IsWrittenAsTheLocaleWritesIt) {
+    const test::MadeLocale locale(GetParam().locale);
+    if (!locale.isMade()) {
+        TARNWICK_CANNOT_RUN("localedef is missing");
+    }
+    const Format::Grouping grouping(locale.name());
+
+    EXPECT_EQ(Format::integer(GetParam().value, grouping), GetParam().text);
+    EXPECT_EQ(Format::integer(-GetParam().value, grouping), "-"s + GetParam().text);
+    EXPECT_EQ(Format::integer(999, grouping), "999");
 }
 
-TEST(Format, ALocaleWithoutASeparatorDoesNotGroup) {
-    EXPECT_EQ(Format::integer(1234567, {}), "1234567");
-    EXPECT_EQ(Format::integer(1234567, {.separator = ",", .sizes = {}}), "1234567");
+INSTANTIATE_TEST_SUITE_P(
+    Format, GroupedInteger,
+    testing::Values(
+        Grouped{"en_US", 1000000, "1,000,000"}, Grouped{"en_IN", 123456789, "12,34,56,789"},
+        Grouped{"de_DE", 1204, "1.204"},
+        Grouped{
+            "fr_FR", std::numeric_limits<std::int64_t>::max(),
+            "9\u202F223\u202F372\u202F036\u202F854\u202F775\u202F807"}));
+
+TEST(Format, WithoutALocaleIntegersAreNotGrouped) {
+    EXPECT_EQ(Format::integer(0, {}), "0");
+    EXPECT_EQ(Format::integer(std::numeric_limits<std::int64_t>::min(), {}), "-9223372036854775808");
 }
 
-TEST(Format, TheLastGroupSizeRepeats) {
-    EXPECT_EQ(Format::integer(123456789, {.separator = ",", .sizes = {3, 2}}), "12,34,56,789");
+TEST(Format, ALocaleThatIsNotInstalledDoesNotGroup) {
+    EXPECT_EQ(Format::integer(1234567, Format::Grouping("no_SUCH.locale")), "1234567");
 }
 
-TEST(Format, AGroupOfNoneEndsTheGrouping) {
-    EXPECT_EQ(Format::integer(123456789, {.separator = ",", .sizes = {3, 0}}), "123456,789");
-}
+TEST(Format, TheUsersLocaleIsThatOfTheEnvironmentAndDoesNotBecomeThatOfTheProcess) {
+    const test::MadeLocale locale("en_US");
+    if (!locale.isMade()) {
+        TARNWICK_CANNOT_RUN("localedef is missing");
+    }
+    const test::Variable environment("LC_ALL", locale.name());
 
-TEST(Format, ASeparatorMayBeMoreThanOneByte) {
-    EXPECT_EQ(Format::integer(1234567, {.separator = "\u202F", .sizes = {3}}), "1\u202F234\u202F567");
-}
-
-TEST(Format, TheLargestAndSmallestIntegersAreWrittenInFull) {
-    EXPECT_EQ(Format::integer(std::numeric_limits<std::int64_t>::max(), comma), "9,223,372,036,854,775,807");
-    EXPECT_EQ(Format::integer(std::numeric_limits<std::int64_t>::min(), comma), "-9,223,372,036,854,775,808");
-}
-
-TEST(Format, WithoutItsSeparatorsAGroupedIntegerIsTheIntegerItself) {
-    EXPECT_TRUE(rc::check("grouping only inserts separators", [](std::int64_t value) {
-        std::string text = Format::integer(value, comma);
-        std::erase(text, ',');
-        RC_ASSERT(text == std::to_string(value));
-    }));
-}
-
-TEST(Format, AnUnknownLocaleOfTheUserDoesNotGroup) {
-    ::setenv("LC_ALL", "no_SUCH.locale", 1);
-
-    const Format::Grouping grouping = Format::Grouping::ofUser();
-
-    ::unsetenv("LC_ALL");
-    EXPECT_EQ(Format::integer(1234567, grouping), "1234567");
-}
-
-TEST(Format, TheLocaleOfTheUserIsAskedForWithoutBecomingThatOfTheProcess) {
-    ::setenv("LC_ALL", "C.UTF-8", 1);
-
-    const Format::Grouping grouping = Format::Grouping::ofUser();
-
-    ::unsetenv("LC_ALL");
-    EXPECT_EQ(Format::integer(1234567, grouping), "1234567");
+    EXPECT_EQ(Format::integer(1234567, Format::Grouping::ofUser()), "1,234,567");
     EXPECT_EQ(std::string(std::setlocale(LC_ALL, nullptr)), "C");
+    EXPECT_EQ(::uselocale(nullptr), LC_GLOBAL_LOCALE);
+}
+
+TEST(Format, ANumberWithoutGroupingDoesNotFollowTheLocaleOfTheProcess) {
+    const test::MadeLocale locale("de_DE");
+    if (!locale.isMade()) {
+        TARNWICK_CANNOT_RUN("localedef is missing");
+    }
+    ASSERT_NE(std::setlocale(LC_NUMERIC, locale.name()), nullptr);
+
+    const std::string text = Format::integer(1234567, {});
+
+    std::setlocale(LC_NUMERIC, "C");
+    EXPECT_EQ(text, "1234567");
 }
 
 } // namespace tarnwick

@@ -1,6 +1,9 @@
 // The statistics grid as texts.
 #include "app/Reading/StatsRows.h"
 
+#include "tests/core/Required.h"
+#include "tests/support/MadeLocale.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,13 +11,11 @@ namespace tarnwick {
 
 namespace {
 
-const Format::Grouping comma{.separator = ",", .sizes = {3}};
-
 using Rows = std::array<StatsGrid::Row, StatsGrid::rowCount>;
 
 /// The rows with `counter` as the session's, beside an empty one.
 Rows rowsOf(const StatCounter& counter) {
-    return StatsGrid::rows(counter, {}, comma);
+    return StatsGrid::rows(counter, {}, {});
 }
 
 enum Line : std::size_t { sent, lost, loss, average, fastest, slowest };
@@ -35,12 +36,16 @@ TEST(StatsGrid, HasItsRowsInOrder) {
 }
 
 TEST(StatsGrid, SessionAndAllTimeStandInTheirColumns) {
+    const test::MadeLocale locale("en_US");
+    if (!locale.isMade()) {
+        TARNWICK_CANNOT_RUN("localedef is missing");
+    }
     const StatCounter session{
         .sent = 1204, .replied = 1200, .lost = 4, .averageMs = 23, .fastestMs = 9, .slowestMs = 87};
     const StatCounter allTime{
         .sent = 88310, .replied = 80000, .lost = 8310, .averageMs = 140, .fastestMs = 8, .slowestMs = 3999};
 
-    const Rows rows = StatsGrid::rows(session, allTime, comma);
+    const Rows rows = StatsGrid::rows(session, allTime, Format::Grouping(locale.name()));
 
     std::vector<std::pair<std::string, std::string>> values;
     for (const StatsGrid::Row& row : rows) {
@@ -103,9 +108,9 @@ INSTANTIATE_TEST_SUITE_P(
         Time{100, "100 ms"}, Time{100.6, "101 ms"}, Time{1234.4, "1234 ms"}));
 
 TEST(StatsGrid, EachRowSaysItselfAloud) {
-    const Rows rows = StatsGrid::rows({.sent = 1204}, {.sent = 88310}, comma);
+    const Rows rows = StatsGrid::rows({.sent = 1204}, {.sent = 88310}, {});
 
-    EXPECT_EQ(rows[sent].summary(), "Pings sent: session 1,204, all time 88,310");
+    EXPECT_EQ(rows[sent].summary(), "Pings sent: session 1204, all time 88310");
     EXPECT_EQ(rows[lost].summary(), "Replies lost: session 0, all time 0");
 }
 

@@ -82,17 +82,14 @@ TEST_F(PanelMenuTextTest, TheSessionLineHasItsFigures) {
     answerAfter(0.042);
     watchFor(5.5);
 
-    EXPECT_EQ(
-        PanelMenuHeader::sessionLine(monitor, {.separator = ",", .sizes = {3}}),
-        "Session: 6 sent, 0 lost, average 42.0 ms");
+    EXPECT_EQ(PanelMenuHeader::sessionLine(monitor, {}), "Session: 6 sent, 0 lost, average 42.0 ms");
 }
 
 TEST_F(PanelMenuTextTest, WithoutRepliesTheSessionLineHasNoAverage) {
     fallSilent();
     watchFor(1.5);
 
-    EXPECT_EQ(
-        PanelMenuHeader::sessionLine(monitor, {.separator = ",", .sizes = {3}}), "Session: 2 sent, 0 lost");
+    EXPECT_EQ(PanelMenuHeader::sessionLine(monitor, {}), "Session: 2 sent, 0 lost");
 }
 
 // The chart's line.
