@@ -94,16 +94,24 @@ class Behavior:
 SILENT = Behavior(silent=True)
 
 
-@dataclasses.dataclass(frozen=True)
+@dataclasses.dataclass
 class Request:
-    """One echo request as the responder saw it. `at` is in seconds of CLOCK_MONOTONIC."""
+    """One echo request and its answer, as the kernel stamped them. Times are in seconds of CLOCK_MONOTONIC."""
 
+    # When the request left the program.
     at: float
     address: str
     identifier: int
     sequence: int
     payload: bytes
     answered: bool
+    # When the good reply reached the machine; none before that, and for a request that gets no good reply.
+    left: float | None = None
+
+    @property
+    def took_ms(self) -> float:
+        """From the request to the reply, which must have come: what a perfect observer measures."""
+        return (self.left - self.at) * 1000
 
     @property
     def ping_id(self) -> int:

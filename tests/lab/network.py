@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import collections
+import contextlib
 import dataclasses
 import fcntl
 import heapq
@@ -16,9 +17,11 @@ import subprocess
 import sys
 import threading
 import time
+from collections.abc import Iterator
 
 from . import packets
 from .behavior import SILENT, Behavior, Request
+from .tap import Tap
 
 DEVICE = "lab0"
 # The machine's own addresses; every other address of the two networks is the responder's.
@@ -77,10 +80,12 @@ class Lab:
         if os.environ.get(NAMESPACE_VARIABLE) != os.readlink("/proc/self/ns/net"):
             raise LabError("this is no laboratory namespace: start the command with tests/lab/run")
         self._chance = random.Random(seed)
-        self._lock = threading.Lock()
+        self._lock = threading.RLock()
         self._behaviors: dict[str, Behavior] = {}
         self._indexes: collections.Counter[str] = collections.Counter()
         self._requests: dict[str, list[Request]] = collections.defaultdict(list)
+        # When each request was sent, by the packet, until the responder reads it.
+        self._sent_at: dict[bytes, float] = {}
         self._queries: collections.Counter[str] = collections.Counter()
         self._due: list[tuple[float, int, bytes]] = []
         self._order = itertools.count()
@@ -89,10 +94,11 @@ class Lab:
         sys.setswitchinterval(0.0005)
         self._tun = open_tun(DEVICE)
         try:
+            self._tap = Tap(DEVICE)
             self._bring_up()
-        except LabError:
+        except (LabError, OSError) as error:
             os.close(self._tun)
-            raise
+            raise error if isinstance(error, LabError) else LabError(f"{DEVICE} cannot be watched: {error}") from error
         self._wake_reader, self._wake_writer = os.pipe()
         self._thread = threading.Thread(target=self._respond, name="responder", daemon=True)
         self._thread.start()
@@ -112,6 +118,7 @@ class Lab:
         self._thread.join(timeout=5)
         for descriptor in (self._tun, self._wake_reader, self._wake_writer):
             os.close(descriptor)
+        self._tap.close()
 
     def behave(self, address: str, behavior: Behavior) -> None:
         """Gives an address a behavior, from the next request on; answers under way are still sent."""
@@ -126,10 +133,23 @@ class Lab:
             self._behaviors[_canonical(address)] = dataclasses.replace(now, **fields)
             self._indexes[_canonical(address)] = 0
 
+    @contextlib.contextmanager
+    def held_up(self) -> Iterator[None]:
+        """Keeps the responder from working, as a busy machine does."""
+        with self._lock:
+            yield
+
     def requests(self, address: str) -> list[Request]:
         """All echo requests that came for an address so far, oldest first."""
         with self._lock:
+            if not self._stopping:
+                self._take_stamps()
             return list(self._requests[_canonical(address)])
+
+    def has_answered(self, address: str, count: int) -> bool:
+        """Whether this many requests came for an address, and no answer of the laboratory is still to be sent."""
+        with self._lock:
+            return len(self._requests[_canonical(address)]) >= count and not self._due
 
     def queries(self, address: str) -> int:
         """How many name-server queries (UDP) came for an address so far. None is ever answered."""
@@ -163,16 +183,37 @@ class Lab:
             raw = os.read(self._tun, 65536)
         except OSError:
             return  # Nothing there after all, or the link is down just now.
-        at = time.monotonic()
         packet = packets.parse_packet(raw)
         if packet is None:
             return
         echo = packets.parse_echo_request(packet)
         with self._lock:
+            self._take_stamps()
             if echo is not None:
+                at = self._sent_at.pop(raw, time.monotonic())
                 self._take_request(at, packet, echo)
             elif packets.udp_destination_port(packet) == _DNS_PORT:
                 self._queries[packet.destination] += 1
+
+    def _take_stamps(self) -> None:
+        """Notes when requests were sent, and when their good replies arrived."""
+        for is_sent, at, raw in self._tap.packets():
+            packet = packets.parse_packet(raw)
+            if packet is None:
+                continue
+            if is_sent and packets.parse_echo_request(packet) is not None:
+                self._sent_at.setdefault(raw, at)
+            elif not is_sent and (reply := packets.parse_echo_reply(packet)) is not None:
+                self._stamp_answer(packet.source, reply, at)
+
+    def _stamp_answer(self, address: str, reply: packets.Echo, at: float) -> None:
+        for request in reversed(self._requests[address]):
+            if (request.identifier, request.sequence, request.payload) == (
+                reply.identifier, reply.sequence, reply.data,
+            ):  # fmt: skip
+                # Of several copies, the first.
+                request.left = request.left or at
+                return
 
     def _take_request(self, at: float, packet: packets.Packet, echo: packets.Echo) -> None:
         address = packet.destination
@@ -190,12 +231,13 @@ class Lab:
             heapq.heappush(self._due, (due, next(self._order), answer))
 
     def _send_due(self) -> None:
-        while self._due and self._due[0][0] <= time.monotonic():
-            _, _, packet = heapq.heappop(self._due)
-            try:
-                os.write(self._tun, packet)
-            except OSError:
-                pass  # The link is down just now: the packet is lost, as on a real network.
+        with self._lock:
+            while self._due and self._due[0][0] <= time.monotonic():
+                try:
+                    os.write(self._tun, self._due[0][2])
+                except OSError:
+                    pass  # The link is down just now: the packet is lost, as on a real network.
+                heapq.heappop(self._due)
 
 
 def _canonical(address: str) -> str:

@@ -82,10 +82,19 @@ def parse_packet(raw: bytes) -> Packet | None:
 
 def parse_echo_request(packet: Packet) -> Echo | None:
     """The echo request that a packet carries, or None when it carries something else."""
+    return _parse_echo(packet, ECHO_REQUEST)
+
+
+def parse_echo_reply(packet: Packet) -> Echo | None:
+    """Likewise for an echo reply."""
+    return _parse_echo(packet, ECHO_REPLY)
+
+
+def _parse_echo(packet: Packet, wanted: dict[int, int]) -> Echo | None:
     if packet.protocol != (ICMP if packet.version == 4 else ICMPV6) or len(packet.payload) < 8:
         return None
     kind, code, _, identifier, sequence = struct.unpack_from("!BBHHH", packet.payload)
-    if kind != ECHO_REQUEST[packet.version]:
+    if kind != wanted[packet.version]:
         return None
     return Echo(kind, code, identifier, sequence, packet.payload[8:])
 
