@@ -155,7 +155,7 @@ class Terminal:
         self.process.send_signal(number)
         return self.wait()
 
-    def wait(self, within: float = 5.0) -> int:
+    def wait(self, within: float = PATIENCE_SECONDS) -> int:
         """The exit status of a program that is about to end, with all of its output taken in."""
         try:
             status = self.process.wait(timeout=within)

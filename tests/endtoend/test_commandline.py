@@ -8,12 +8,13 @@ import fcntl
 import json
 import os
 import signal
+import statistics
 import subprocess
 import time
 import unittest
-from collections.abc import Iterator
+from collections.abc import Iterator, Sequence
 
-from lab import Behavior, Lab
+from lab import SILENT, Behavior, Lab
 
 from .concurrently import ConcurrentTestCase
 from .waiting import eventually
@@ -49,6 +50,8 @@ KEYS: dict[str, tuple[type, ...]] = {
 COUNTER_KEYS = {"sent", "replied", "lost", "averageMs", "fastestMs", "slowestMs"}
 DEFAULT_HOST = "1.1.1.1"
 F_SETPIPE_SZ = 1031
+# Over ten intervals. A timer that starts each interval when the one before has been served drifts by more.
+DRIFT_SECONDS = 0.02
 
 lab: Lab
 
@@ -57,6 +60,16 @@ def setUpModule() -> None:
     global lab
     lab = Lab()
     unittest.addModuleCleanup(lab.close)
+
+
+def drift(times: Sequence[float], interval: float) -> float:
+    """By how much the beat of the first half differs from that of the second.
+
+    A busy machine makes single beats late: the most punctual one of each half counts.
+    """
+    lateness = [at - times[0] - interval * round((at - times[0]) / interval) for at in times]
+    middle = len(times) // 2
+    return min(lateness[middle:]) - min(lateness[:middle])
 
 
 @contextlib.contextmanager
@@ -92,11 +105,11 @@ class Json(ConcurrentTestCase):
                         self.assertIs(type(values[counter][key]), int)
 
     def test_the_first_object_comes_at_once_and_knows_nothing_yet(self) -> None:
-        lab.behave("10.77.0.11", Behavior(delay_ms=500))
+        lab.behave("10.77.0.11", SILENT)
         with new_home() as home, Watch(home, "10.77.0.11") as watch:
-            line = watch.wait_for_lines(1)[0]
+            line, after_a_tick = watch.wait_for_lines(2)[:2]
 
-            self.assertLess(line.at - watch.started_at, 0.5)
+            self.assertLess(line.at, after_a_tick.values["monotonic"])
             values = line.values
             self.assertEqual((values["status"], values["host"]), ("starting", "10.77.0.11"))
             self.assertEqual((values["qualityTitle"], values["qualityTone"]), ("Connecting…", "neutral"))
@@ -111,15 +124,15 @@ class Json(ConcurrentTestCase):
         with new_home() as home, Watch(home, "10.77.0.12") as watch:
             lines = watch.wait_for_lines(12)[1:]
 
-            times = [line.values["monotonic"] for line in lines]
-            self.assertAlmostEqual(times[-1] - times[0], len(times) - 1, delta=0.03)
-            for earlier, later in zip(times, times[1:]):
-                self.assertAlmostEqual(later - earlier, 1, delta=0.2)
-            for line in lines:
-                self.assertLess(line.at - line.values["monotonic"], 0.2)
+            ticks = [line.values["monotonic"] for line in lines]
+            self.assertLess(abs(drift(ticks, 1)), DRIFT_SECONDS)
+            # None is held back until the next one is due.
+            delays = [line.at - tick for line, tick in zip(lines, ticks)]
+            self.assertLess(statistics.median(delays), 0.5)
 
     def test_the_time_is_now_in_universal_time_with_milliseconds(self) -> None:
         lab.behave("10.77.0.13", Behavior())
+        before = datetime.datetime.now(datetime.timezone.utc)
         with new_home() as home, Watch(home, "10.77.0.13", environment={"TZ": "Asia/Kathmandu"}) as watch:
             watch.wait_for_lines(2)
             text = watch.latest["time"]
@@ -127,7 +140,7 @@ class Json(ConcurrentTestCase):
             self.assertRegex(text, r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z$")
             shown = datetime.datetime.fromisoformat(text)
             now = datetime.datetime.now(datetime.timezone.utc)
-            self.assertLess(abs((now - shown).total_seconds()), 2)
+            self.assertTrue(before <= shown <= now, (before, shown, now))
 
     def test_it_stops_by_itself_after_the_seconds_asked_for(self) -> None:
         lab.behave("10.77.0.14", Behavior())
@@ -137,9 +150,10 @@ class Json(ConcurrentTestCase):
             elapsed = time.monotonic() - started
 
             self.assertEqual((done.returncode, done.stderr), (0, ""))
-            self.assertAlmostEqual(elapsed, 3, delta=0.8)
-            self.assertIn(len(done.stdout.splitlines()), (3, 4))
-            self.assertIn(home.stats()["10.77.0.14"]["sent"], (3, 4))
+            self.assertGreaterEqual(elapsed, 3)
+            # Each second a line and a ping, and both at the start; a busy machine may leave some out.
+            self.assertIn(len(done.stdout.splitlines()), (2, 3, 4))
+            self.assertIn(home.stats()["10.77.0.14"]["sent"], (2, 3, 4))
 
     def test_the_sample_count_follows_the_pings(self) -> None:
         lab.behave("10.77.0.15", Behavior())
@@ -160,12 +174,7 @@ class Timing(ConcurrentTestCase):
                 intervals + PATIENCE_SECONDS,
                 "the pings",
             )
-        # The first ping is left out: many programs start at the same moment here, the responder with them.
-        times = [request.at for request in requests[1 : intervals + 2]]
-
-        self.assertAlmostEqual(times[-1] - times[0], intervals, delta=0.02)
-        for earlier, later in zip(times, times[1:]):
-            self.assertAlmostEqual(later - earlier, 1, delta=0.2)
+        self.assertLess(abs(drift([request.at for request in requests[1 : intervals + 2]], 1)), DRIFT_SECONDS)
 
     def test_a_longer_interval_is_kept(self) -> None:
         address = "10.77.0.21"
@@ -174,14 +183,16 @@ class Timing(ConcurrentTestCase):
             requests = eventually(
                 lambda: len(lab.requests(address)) >= 4 and lab.requests(address), 9 + PATIENCE_SECONDS, "pings"
             )
-        self.assertAlmostEqual(requests[3].at - requests[0].at, 9, delta=0.1)
+        times = [request.at for request in requests]
+        self.assertEqual(round(statistics.median(later - earlier for earlier, later in zip(times, times[1:]))), 3)
 
     def test_the_first_ping_goes_out_at_once(self) -> None:
         address = "10.77.0.22"
         lab.behave(address, Behavior())
         with new_home() as home, Watch(home, address) as watch:
             requests = eventually(lambda: lab.requests(address), PATIENCE_SECONDS, "the first ping")
-            self.assertLess(requests[0].at - watch.started_at, 0.5)
+            first_tick = watch.wait_for_lines(2)[1].values["monotonic"]
+            self.assertLess(requests[0].at, first_tick)
 
     def test_a_reader_of_json_that_stalls_does_not_stop_the_pings(self) -> None:
         self.stalls("10.77.0.23", "--json")
@@ -196,15 +207,11 @@ class Timing(ConcurrentTestCase):
                 [PROGRAM, *options, "--for", "60", address], env=home.environment(), stdout=pipe
             )
             try:
-                requests = eventually(
-                    lambda: len(lab.requests(address)) >= 8 and lab.requests(address), 8 + PATIENCE_SECONDS, "pings"
-                )
-                times = [request.at for request in requests]
-                self.assertLess(max(later - earlier for earlier, later in zip(times, times[1:])), 1.5)
+                eventually(lambda: len(lab.requests(address)) >= 8, 8 + PATIENCE_SECONDS, "pings")
 
                 process.send_signal(signal.SIGTERM)
 
-                self.assertEqual(process.wait(timeout=3), 0)
+                self.assertEqual(process.wait(timeout=PATIENCE_SECONDS), 0)
                 self.assertGreaterEqual(home.stats()[address]["sent"], 8)
             finally:
                 process.kill()
@@ -217,12 +224,12 @@ class PlainLines(ConcurrentTestCase):
         with new_home() as home, Watch(home, "10.77.0.30", as_json=False) as watch:
             lines = watch.wait_for_lines(5)
 
-            for earlier, later in zip(lines[1:], lines[2:]):
-                self.assertAlmostEqual(later.at - earlier.at, 1, delta=0.3)
+            gaps = [later.at - earlier.at for earlier, later in zip(lines[1:], lines[2:])]
+            self.assertEqual(round(statistics.median(gaps)), 1)
             text = lines[-1].text
             for part in ("Excellent", "10.77.0.30"):
                 self.assertIn(part, text)
-            self.assertRegex(text, r"\b\d\d ?ms")
+            self.assertRegex(text, r"\b\d+ ?ms")
             for line in lines:
                 self.assertNotRegex(line.text, r"[\x00-\x1f\x7f]")
             self.assertEqual(watch.finish(), 0)
@@ -340,7 +347,7 @@ class Settings(ConcurrentTestCase):
                 with Watch(home, *everything) as watch:
                     now = watch.wait_for(lambda now: now["session"]["replied"] >= 1, 3, "a reply")
                     self.assertEqual(now["host"], "10.77.0.50")
-                    self.assertRegex(now["menuTitle"], r"^\d\dms \(0%\)$")
+                    self.assertRegex(now["menuTitle"], r"^\d+ms \(0%\)$")
                     self.assertEqual(watch.finish(), 0)
                 if stored:
                     self.assertEqual(home.settings_file.read_text(), stored)
@@ -369,7 +376,7 @@ class Settings(ConcurrentTestCase):
             with Watch(home) as watch:
                 now = watch.wait_for(lambda now: now["session"]["replied"] >= 2, 4, "two replies")
                 self.assertEqual(now["qualityTitle"], "Excellent")
-                self.assertEqual(now["menuTitle"], "0.6s (0%)")
+                self.assertEqual(now["menuTitle"], f"{now['latestPingMs'] / 1000:.1f}s (0%)")
 
     def test_the_older_loss_setting_is_understood(self) -> None:
         for stored, shown in ((True, True), (False, False), (1, False)):
@@ -409,7 +416,7 @@ class Settings(ConcurrentTestCase):
             with Watch(home) as watch:
                 now = watch.wait_for(lambda now: now["status"] == "up", 2, "up")
                 self.assertEqual(now["host"], "10.77.0.57")
-                self.assertRegex(now["menuTitle"], r"^\d\dms$")
+                self.assertRegex(now["menuTitle"], r"^\d+ms$")
 
 
 if __name__ == "__main__":

@@ -19,6 +19,14 @@ from .watch import PATIENCE_SECONDS, Watch, new_home, settings
 # With a time-out of 1 s and pings every second, 5 s without a reply mean that the connection is down.
 QUICK = settings(PingTimeout=1)
 QUICK_SILENCE_SECONDS = 5
+DEFAULT_SILENCE_SECONDS = 8
+# Ticks may be put off by this much, to come together with other timers.
+TICK_TOLERANCE = 0.05
+STARTING_SECONDS = 0.05
+# A reply that is read within a millisecond after it came counts as read at once.
+STRAY_MS = 2
+# Latencies between which the score falls from 1 to 0.
+FAST_MS, SLOW_MS = 100, 1000
 
 HOSTS = {
     "pair.lab": ["10.77.0.40", "10.77.0.41"],
@@ -40,6 +48,23 @@ def setUpModule() -> None:
     names.install()
 
 
+def strayed_ms(watch: Watch, address: str) -> float:
+    """How far the latencies that the program shows stray from those that the kernel stamped: the middle one.
+
+    For an address that answers every request in order. A busy machine makes single pings stray: the program reads the
+    clock just after it sends, and may wait for a processor in between.
+    """
+    answered = [request for request in lab.requests(address) if request.left is not None]
+    shown = {now["session"]["replied"]: now["latestPingMs"] for now in watch.values()}
+    strays = [abs(latency - answered[count - 1].took_ms) for count, latency in shown.items() if count > 0]
+    return statistics.median(strays)
+
+
+def score_of(latency_ms: float) -> float:
+    """The score of a connection that always has this latency."""
+    return min(1.0, max(0.0, 1 - (latency_ms - FAST_MS) / (SLOW_MS - FAST_MS)))
+
+
 def addresses_of(name: str) -> list[str]:
     """The addresses of a name in the order in which the system's resolver gives them."""
     return [entry[4][0] for entry in socket.getaddrinfo(name, None, type=socket.SOCK_DGRAM)]
@@ -56,21 +81,21 @@ class AConnection(ConcurrentTestCase):
             self.assertEqual(now["qualityTitle"], "Excellent")
             self.assertEqual(now["qualityTone"], "good")
             self.assertEqual(now["bars"], 5)
-            self.assertAlmostEqual(now["score"], 1.0, places=6)
+            self.assertLessEqual(score_of(now["session"]["slowestMs"]), now["score"])
+            self.assertLessEqual(now["score"], 1)
             self.assertEqual(now["lossPercent"], 0)
             self.assertIs(now["lossIsKnown"], True)
             self.assertEqual(now["resolvedAddress"], "10.77.0.10")
-            # The send is stamped after it was made: a few microseconds may be missing, and on a busy machine
-            # now and then as long as the program had to wait for a processor in between. Not in most cases.
-            times = [values["latestPingMs"] for values in watch.values() if values["latestPingMs"] is not None]
-            self.assertGreater(statistics.median(times), 39)
-            self.assertLess(statistics.median(times), 43)
-            self.assertLess(now["session"]["fastestMs"], 43)
-            self.assertLess(now["session"]["averageMs"], 48)
-            self.assertRegex(now["menuTitle"], r"^[3-5]\dms$")
-            self.assertRegex(now["tooltip"], r"\ALatest Ping Time: [3-5]\dms\nRecent Packet Loss: 0%\Z")
-            self.assertRegex(
-                now["accessibilitySummary"], r"^Excellent, [3-5]\d milliseconds, 0 percent packet loss$"
+            self.assertLess(strayed_ms(watch, "10.77.0.10"), STRAY_MS)
+            session = now["session"]
+            self.assertLessEqual(session["fastestMs"], now["latestPingMs"])
+            self.assertLessEqual(session["fastestMs"], session["averageMs"])
+            self.assertLessEqual(session["averageMs"], session["slowestMs"])
+            latency = f"{now['latestPingMs']:.0f}"
+            self.assertEqual(now["menuTitle"], f"{latency}ms")
+            self.assertEqual(now["tooltip"], f"Latest Ping Time: {latency}ms\nRecent Packet Loss: 0%")
+            self.assertEqual(
+                now["accessibilitySummary"], f"Excellent, {latency} milliseconds, 0 percent packet loss"
             )
             for name in ("downReason", "downReasonText", "lastError", "startError"):
                 self.assertIsNone(now[name], name)
@@ -83,9 +108,10 @@ class AConnection(ConcurrentTestCase):
 
             self.assertEqual((now["qualityTitle"], now["qualityTone"]), ("Fair", "middle"))
             self.assertEqual(now["bars"], 3)
-            self.assertAlmostEqual(now["score"], 0.5, delta=0.05)
-            self.assertAlmostEqual(now["latestPingMs"], 560, delta=25)
-            self.assertEqual(now["menuTitle"], "0.6s")
+            self.assertLessEqual(score_of(now["session"]["slowestMs"]), now["score"])
+            self.assertLessEqual(now["score"], score_of(now["session"]["fastestMs"]))
+            self.assertLess(strayed_ms(watch, "10.77.0.11"), STRAY_MS)
+            self.assertEqual(now["menuTitle"], f"{now['latestPingMs'] / 1000:.1f}s")
 
     def test_a_lossy_one_shows_its_loss_in_figures_and_title(self) -> None:
         lab.behave("10.77.0.12", Behavior(delay_ms=22, lose_pattern="....x"))
@@ -95,7 +121,7 @@ class AConnection(ConcurrentTestCase):
 
             self.assertEqual(now["status"], "up")
             self.assertAlmostEqual(now["lossPercent"], 20, delta=4)
-            self.assertRegex(now["menuTitle"], rf"^\d\dms \({now['lossPercent']:.0f}%\)$")
+            self.assertRegex(now["menuTitle"], rf"^\d+ms \({now['lossPercent']:.0f}%\)$")
             unanswered = [request for request in lab.requests("10.77.0.12") if not request.answered]
             self.assertLessEqual(abs(now["session"]["lost"] - len(unanswered)), 1)
             self.assertLessEqual(now["session"]["lost"], len(unanswered))
@@ -108,7 +134,8 @@ class AConnection(ConcurrentTestCase):
 
             self.assertEqual(now["session"]["replied"], 0)
             self.assertEqual(now["status"], "up")
-            self.assertAlmostEqual(now["latestPingMs"], 1515, delta=30)
+            taken = [request.took_ms for request in lab.requests("10.77.0.13") if request.left is not None]
+            self.assertLess(min(abs(now["latestPingMs"] - took) for took in taken), STRAY_MS)
             self.assertEqual(now["session"]["averageMs"], 0)
 
     def test_a_literal_of_the_sixth_version_is_pinged(self) -> None:
@@ -117,7 +144,7 @@ class AConnection(ConcurrentTestCase):
             now = watch.wait_for(lambda now: now["session"]["replied"] >= 3, 4, "three replies")
 
             self.assertEqual((now["status"], now["resolvedAddress"]), ("up", "fd77::14"))
-            self.assertAlmostEqual(now["session"]["fastestMs"], 33, delta=5)
+            self.assertLess(strayed_ms(watch, "fd77::14"), STRAY_MS)
 
     def test_loopback_answers_over_both_families(self) -> None:
         with (
@@ -129,7 +156,7 @@ class AConnection(ConcurrentTestCase):
             for watch in (fourth, sixth):
                 now = watch.wait_for(lambda now: now["session"]["replied"] >= 2, 3, "two replies")
                 self.assertEqual(now["status"], "up")
-                self.assertLess(now["latestPingMs"], 20)
+                self.assertGreater(now["latestPingMs"], 0)
 
     def test_requests_carry_the_mark_one_identifier_and_consecutive_numbers(self) -> None:
         lab.behave("10.77.0.15", Behavior())
@@ -197,17 +224,23 @@ class AConnection(ConcurrentTestCase):
 
 
 class AnOutage(ConcurrentTestCase):
+    def noticed_at_the_first_tick(self, watch: Watch, due: float) -> None:
+        """No tick after that moment still called the connection up; however late ticks come."""
+        for now in watch.values():
+            if now["monotonic"] > due + TICK_TOLERANCE:
+                self.assertEqual(now["status"], "down", now)
+
     def test_silence_is_down_after_the_reply_time_out_and_a_reply_ends_it(self) -> None:
         lab.behave("10.77.0.20", Behavior(delay_ms=20))
         with new_home() as home, Watch(home, *QUICK, "10.77.0.20") as watch:
             watch.wait_for(lambda now: now["session"]["replied"] >= 3, 4, "three replies")
             lab.change("10.77.0.20", silent=True)
-            last_reply = [request.at for request in lab.requests("10.77.0.20") if request.answered][-1]
 
             down = watch.wait_for(lambda now: now["status"] == "down", 8, "down")
+            last_reply = [request.left for request in lab.requests("10.77.0.20") if request.left is not None][-1]
             silence = down["monotonic"] - last_reply
             self.assertGreater(silence, QUICK_SILENCE_SECONDS)
-            self.assertLess(silence, QUICK_SILENCE_SECONDS + 1.2)
+            self.noticed_at_the_first_tick(watch, last_reply + QUICK_SILENCE_SECONDS)
             self.assertEqual((down["menuTitle"], down["bars"]), ("Failed", 0))
             self.assertEqual(down["downReason"], "noReplies")
             self.assertEqual(down["downReasonText"], "No replies for 5 s")
@@ -242,10 +275,10 @@ class AnOutage(ConcurrentTestCase):
         with new_home() as home, Watch(home, "10.77.0.22") as watch:
             down = watch.wait_for(lambda now: now["status"] == "down", 10, "down")
 
-            silence = down["monotonic"] - lab.requests("10.77.0.22")[0].at
-            # The laboratory sees the first request a moment after it was sent.
-            self.assertGreater(silence, 7.95)
-            self.assertLess(silence, 9.5)
+            first = lab.requests("10.77.0.22")[0].at
+            # The program's clock of the run started a moment before its first request.
+            self.assertGreater(down["monotonic"] - first, DEFAULT_SILENCE_SECONDS - STARTING_SECONDS)
+            self.noticed_at_the_first_tick(watch, first + DEFAULT_SILENCE_SECONDS)
             self.assertEqual(down["downReasonText"], "No replies for 8 s")
 
     def test_an_unknown_host_is_down_after_the_grace_and_named(self) -> None:
@@ -308,7 +341,9 @@ class ANameWithSeveralAddresses(ConcurrentTestCase):
             self.assertEqual(up["resolvedAddress"], second)
             waited = lab.requests(second)[0].at - lab.requests(first)[0].at
             self.assertGreaterEqual(waited, 1)
-            self.assertLess(waited, 3.2)
+            # One more may be due at the moment at which the first is given up.
+            before = [request for request in lab.requests(first) if request.at < lab.requests(second)[0].at]
+            self.assertLessEqual(len(before), 3)
 
             lab.change(first, silent=False)
             lab.change(second, silent=True)

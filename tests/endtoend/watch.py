@@ -98,7 +98,6 @@ class Watch:
         self._news = threading.Condition()
         self._ended = False
         self._errors = tempfile.TemporaryFile()
-        self.started_at = time.monotonic()
         self.process = subprocess.Popen(
             [*prefix, PROGRAM, *options, *arguments],
             env=home.environment() | (environment or {}),
@@ -160,7 +159,7 @@ class Watch:
                     raise AssertionError(f"{len(self.lines)} of {count} lines; {self.errors()}")
             return list(self.lines)
 
-    def finish(self, number: int = signal.SIGTERM, within: float = 5.0) -> int:
+    def finish(self, number: int = signal.SIGTERM, within: float = PATIENCE_SECONDS) -> int:
         """Sends the signal and gives the exit status; fails when the program does not end in time."""
         self.process.send_signal(number)
         return self.wait(within)
