@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import abc
+import contextlib
 import json
 import os
 import pathlib
@@ -459,10 +460,16 @@ class WaybarPanel(Desktop):
             sockets = session.runtime.glob("wayland-*")
             return next((path for path in sockets if not path.name.endswith(".lock")), None)
 
-        path = eventually(socket, START_SECONDS, "the compositor takes clients")
+        path = eventually(socket, START_SECONDS, "the compositor has its socket")
         session.environment["WAYLAND_DISPLAY"] = path.name
         eventually(lambda: (session.runtime / "sway").exists(), START_SECONDS, "the compositor takes commands")
-        self.devices = Devices(str(path), self.area.width, self.area.height)
+
+        def devices() -> Devices | None:
+            with contextlib.suppress(OSError):
+                return Devices(str(path), self.area.width, self.area.height)
+            return None
+
+        self.devices = eventually(devices, START_SECONDS, "the compositor takes connections")
 
     def close_display(self) -> None:
         if hasattr(self, "devices"):

@@ -26,7 +26,7 @@ KEYMAP = """xkb_keymap {
 DISPLAY, REGISTRY = 1, 2
 SCROLL_STEP = 15
 FIXED_POINT = 256  # wl_fixed_t counts in 256ths
-TIMEOUT_SECONDS = 5
+TIMEOUT_SECONDS = 20
 VERTICAL, RELEASED, PRESSED, WHEEL = 0, 0, 1, 0
 
 
@@ -42,7 +42,11 @@ class Devices:
         self._size = (width, height)
         self._socket = socket.socket(socket.AF_UNIX)
         self._socket.settimeout(TIMEOUT_SECONDS)
-        self._socket.connect(path)
+        try:
+            self._socket.connect(path)
+        except OSError:
+            self._socket.close()
+            raise
         self._last_id = REGISTRY
         self._received = b""
         self._globals: dict[str, int] = {}

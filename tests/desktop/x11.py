@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import contextlib
 import os
 import pathlib
 import subprocess
@@ -18,6 +19,7 @@ from .session import Session
 
 LEFT, MIDDLE, RIGHT = 1, 2, 3
 SCROLL_UP, SCROLL_DOWN = 4, 5
+START_SECONDS = 20
 # Of displays that are tried.
 FIRST_NUMBER, NUMBERS, ATTEMPTS = 100, 800, 50
 
@@ -34,7 +36,19 @@ class X11Screen:
         self.area = Rectangle(0, 0, width, height)
         self._server, self.name = self._start_server(session, f"{width}x{height}x24")
         session.environment["DISPLAY"] = self.name
-        self._display = display.Display(self.name)
+        self._display = self._connect()
+
+    def _connect(self) -> display.Display:
+        """The server's socket is there a moment before it takes connections."""
+
+        def connected() -> display.Display | None:
+            if self._server.poll() is not None:
+                raise AssertionError(f"the display ended with {self._server.returncode}")
+            with contextlib.suppress(error.DisplayConnectionError, error.ConnectionClosedError, OSError):
+                return display.Display(self.name)
+            return None
+
+        return eventually(connected, START_SECONDS, "the display takes connections")
 
     @staticmethod
     def _start_server(session: Session, screen: str) -> tuple[subprocess.Popen[bytes], str]:
@@ -53,8 +67,11 @@ class X11Screen:
             def is_decided(server: subprocess.Popen[bytes] = server, lock: pathlib.Path = lock) -> bool:
                 return server.poll() is not None or holds(lock, server.pid)
 
-            eventually(is_decided, 10, "the display has its number")
-            eventually(lambda server=server, socket=socket: server.poll() is not None or socket.exists(), 10, "Xvfb")
+            def is_open(server: subprocess.Popen[bytes] = server, socket: pathlib.Path = socket) -> bool:
+                return server.poll() is not None or socket.exists()
+
+            eventually(is_decided, START_SECONDS, "the display has its number")
+            eventually(is_open, START_SECONDS, "the display has its socket")
             if server.poll() is None:
                 return server, f":{number}"
         raise AssertionError(f"no display: {session.log('display')}")
@@ -70,7 +87,7 @@ class X11Screen:
 
     def start_window_manager(self, session: Session) -> subprocess.Popen[bytes]:
         manager = session.spawn("openbox", ["openbox"])
-        eventually(self.window_manager_is_there, 10, "the window manager manages")
+        eventually(self.window_manager_is_there, START_SECONDS, "the window manager manages")
         return manager
 
     def window_manager_is_there(self) -> bool:
@@ -146,7 +163,7 @@ class X11Screen:
         self._display.sync()
 
     def keyboard_is_free(self) -> bool:
-        """Nobody keeps all keys for itself, as a window manager does while it moves a window."""
+        """Whether no program has grabbed the keyboard, as a window manager does while it moves a window."""
         root = self._display.screen().root
         if root.grab_keyboard(False, X.GrabModeAsync, X.GrabModeAsync, X.CurrentTime) != X.GrabSuccess:
             return False
