@@ -12,7 +12,6 @@ from PIL import Image
 
 from endtoend.waiting import eventually
 
-from .bus import Listener
 from .item import Item
 from .panels import Desktop, X11Desktop
 from .pictures import Rectangle, background, bars, brightness, changed, ink_brightness
@@ -20,9 +19,7 @@ from .preference import ColorPreference
 from .program import APPLICATION, PATIENCE, TITLE, Program
 from .x11 import MIDDLE, RIGHT
 
-# The item is registered again so soon after a new watcher has come.
-REGISTERED_WITHIN = 2
-# For this long something that must not happen is waited for.
+# How long something is watched that must not happen.
 WATCHED_SECONDS = 0.5
 # From an item to a place inside its menu.
 ASIDE = 40
@@ -419,19 +416,14 @@ class NotifierChecks(PanelChecks):
 
         eventually(lambda: self.item_of(program) is None, PATIENCE, "the watcher forgets the item")
 
-    def test_it_registers_at_once_with_a_new_watcher(self) -> None:
+    def test_it_registers_with_a_new_watcher(self) -> None:
         program = self.running()
         program.item_up()
         self.desktop.kill_panel()
-        rule = "type='method_call',member='RegisterStatusNotifierItem'"
-        with Listener(self.desktop.session.bus.address, rule) as listener:
-            self.desktop.start_panel()
-            program.item()
+        self.desktop.start_panel()
 
-            calls = [message for message in listener.messages() if message.member == "RegisterStatusNotifierItem"]
-
-        self.assertTrue(calls)
-        self.assertLess(calls[0].at - self.desktop.watched_since, REGISTERED_WITHIN)
+        # Its reserve, the classic tray, would be no item.
+        eventually(lambda: self.item_of(program), PATIENCE, "the item is registered again")
 
     def test_a_question_comes_to_the_front_and_a_polite_signal_ends_it_with_the_program(self) -> None:
         program = self.running()

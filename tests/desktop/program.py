@@ -24,7 +24,7 @@ TITLE = "Tarnwick"
 # As assistive technology and the windowing system know it.
 APPLICATION = "tarnwick"
 # For a machine that is busy with other things, and for sanitizers.
-PATIENCE = 15
+PATIENCE = 30
 # Of a drop-down.
 SMALLEST_HEIGHT = 100
 

@@ -30,8 +30,8 @@ RESTORED = ("Tarnwick — Connection restored", "Your internet connection has be
 OUTAGE_SECONDS = 10
 # Pings until news that nobody could show is dropped: it waits five seconds.
 STALE_PINGS = 7
-# Whoever waited for a daemon that hangs would wait longer.
-QUICK_SECONDS = 4
+# A program that waits for the answer of a daemon that hangs waits longer: 25 seconds, the bus's usual limit.
+UNHELD_SECONDS = 15
 # What passes on the bus when a daemon is asked.
 QUESTION = f"type='method_call',destination='{NOTIFICATIONS}'"
 # As its packager would have named it.
@@ -58,7 +58,7 @@ class DesktopWithPortals(BareDesktop):
 
 
 def load_bus_library() -> None:
-    """It loads its parts when they are first used, and is not made for two threads that do so at once."""
+    """The library loads its parts at their first use, which must not happen in two threads at once."""
     session = Session("notifications")
     try:
         session.start_bus()
@@ -142,7 +142,7 @@ class Notifications(ConcurrentTestCase):
     def check_drop_down(self, desktop: X11Desktop, program: Program, icon: Rectangle) -> None:
         """It opens, and says that the connection is down."""
         desktop.click(*icon.center)
-        eventually(program.drop_down, QUICK_SECONDS, "the drop-down")
+        eventually(program.drop_down, UNHELD_SECONDS, "the drop-down")
 
         def says_so() -> bool:
             return any("Connection down" in text for text in desktop.accessible(APPLICATION).texts())
@@ -256,7 +256,7 @@ class Notifications(ConcurrentTestCase):
                 program.send(signal.SIGTERM)
 
                 self.assertEqual(program.exit_status(), 0, program.output)
-                self.assertLess(time.monotonic() - told, QUICK_SECONDS)
+                self.assertLess(time.monotonic() - told, UNHELD_SECONDS)
                 self.assertGreaterEqual(program.saved_pings(address), 1)
                 self.assertEqual(program.output, "")
 
@@ -270,7 +270,7 @@ class Notifications(ConcurrentTestCase):
             program.wait_for(lambda values: values["status"] == "down", OUTAGE_SECONDS, "the outage")
             self.end_outage(address)
             program.wait_for(lambda values: values["status"] == "up", OUTAGE_SECONDS, "the end of the outage")
-            self.assertEqual(program.finish(within=QUICK_SECONDS), 0)
+            self.assertEqual(program.finish(within=UNHELD_SECONDS), 0)
             self.assertEqual(program.errors(), "")
 
     def test_without_a_bus_the_terminal_program_goes_on(self) -> None:
