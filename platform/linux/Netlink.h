@@ -1,21 +1,33 @@
-// Messages to and from the kernel's routing (rtnetlink), as bytes: blocks behind one another, each of which
-// begins with its length.
+// Messages of the kernel's routing (rtnetlink). libmnl knows their layout; here they are spans that end where
+// the received bytes end.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <linux/netlink.h>
+#include <libmnl/libmnl.h>
 #include <linux/rtnetlink.h>
+#include <memory>
 #include <optional>
 #include <span>
+#include <sys/socket.h>
 #include <type_traits>
 
 namespace tarnwick::Netlink {
 
 using Bytes = std::span<const std::byte>;
 
-/// The structure that `bytes` begins with; nothing when they are too few.
+struct CloseSocket {
+    void operator()(mnl_socket* socket) const { ::mnl_socket_close(socket); }
+};
+
+using Socket = std::unique_ptr<mnl_socket, CloseSocket>;
+
+/// Never blocks. Null where the system offers no such socket.
+[[nodiscard]] inline Socket openSocket() {
+    return Socket(::mnl_socket_open2(NETLINK_ROUTE, SOCK_CLOEXEC | SOCK_NONBLOCK));
+}
+
+/// The structure at the start of `bytes`; nothing when they are too few.
 template<class Structure>
 [[nodiscard]] std::optional<Structure> structureAt(Bytes bytes) {
     static_assert(std::is_trivially_copyable_v<Structure>);
@@ -27,54 +39,35 @@ template<class Structure>
     return structure;
 }
 
-template<class Header>
-struct Block {
-    Header header;
-    Bytes content; ///< what follows the header; only as long as the bytes it was taken from
-};
-
-/// A message, an attribute of a message, and one of several next hops.
-using Message = Block<nlmsghdr>;
-using Attribute = Block<rtattr>;
-using NextHopBlock = Block<rtnexthop>;
-
-[[nodiscard]] inline std::size_t lengthIn(const nlmsghdr& header) {
-    return header.nlmsg_len;
-}
-
-[[nodiscard]] inline std::size_t lengthIn(const rtattr& header) {
-    return header.rta_len;
-}
-
-[[nodiscard]] inline std::size_t lengthIn(const rtnexthop& header) {
-    return header.rtnh_len;
-}
-
-[[nodiscard]] inline std::size_t aligned(std::size_t length) {
-    constexpr std::size_t alignment = 4;
-    return (length + alignment - 1) / alignment * alignment;
-}
-
-/// Takes the first block off `rest`; nothing at the end, and where the bytes do not make a whole block.
-template<class Header>
-[[nodiscard]] std::optional<Block<Header>> takeBlock(Bytes& rest) {
-    const std::optional<Header> header = structureAt<Header>(rest);
-    if (!header) {
-        return std::nullopt;
+/// Calls `visit(header, content)` for each message up to the first that is cut off. `bytes` are aligned for
+/// `nlmsghdr`.
+template<class Visit>
+void forEachMessage(Bytes bytes, Visit visit) {
+    const auto* message = reinterpret_cast<const nlmsghdr*>(bytes.data());
+    for (int rest = static_cast<int>(bytes.size()); ::mnl_nlmsg_ok(message, rest);
+         message = ::mnl_nlmsg_next(message, &rest)) {
+        const auto* content = static_cast<const std::byte*>(::mnl_nlmsg_get_payload(message));
+        visit(*message, Bytes(content, ::mnl_nlmsg_get_payload_len(message)));
     }
-    const std::size_t length = lengthIn(*header);
-    if (length < sizeof(Header) || length > rest.size()) {
-        return std::nullopt;
-    }
-    const Block<Header> block{*header, rest.subspan(sizeof(Header), length - sizeof(Header))};
-    rest = rest.subspan(std::min(aligned(length), rest.size()));
-    return block;
 }
 
-/// What follows the fixed part of a message: its attributes.
-template<class FixedPart>
-[[nodiscard]] Bytes attributesBehind(Bytes content) {
-    return content.subspan(std::min(aligned(sizeof(FixedPart)), content.size()));
+/// Calls `visit(type, value)` for each attribute after the fixed part of a message, up to the first that is
+/// cut off.
+template<class FixedPart, class Visit>
+void forEachAttribute(Bytes content, Visit visit) {
+    constexpr std::size_t start = MNL_ALIGN(sizeof(FixedPart));
+    if (content.size() < start) {
+        return;
+    }
+    const auto* attribute = reinterpret_cast<const nlattr*>(content.data() + start);
+    const auto rest = [&] {
+        return static_cast<int>(
+            content.data() + content.size() - reinterpret_cast<const std::byte*>(attribute));
+    };
+    for (; ::mnl_attr_ok(attribute, rest()); attribute = ::mnl_attr_next(attribute)) {
+        const auto* value = static_cast<const std::byte*>(::mnl_attr_get_payload(attribute));
+        visit(::mnl_attr_get_type(attribute), Bytes(value, ::mnl_attr_get_payload_len(attribute)));
+    }
 }
 
 } // namespace tarnwick::Netlink

@@ -31,24 +31,23 @@ std::vector<std::string> names(std::size_t most) {
     return result;
 }
 
-std::optional<unsigned> indexOf(const FileDescriptor& socket, const std::string& name) {
+std::optional<unsigned> indexOf(int socket, const std::string& name) {
     ifreq request = requestFor(name);
-    return ::ioctl(socket.get(), SIOCGIFINDEX, &request) == 0
+    return ::ioctl(socket, SIOCGIFINDEX, &request) == 0
                ? std::optional(static_cast<unsigned>(request.ifr_ifindex))
                : std::nullopt;
 }
 
-std::optional<std::string> nameOf(const FileDescriptor& socket, unsigned index) {
+std::optional<std::string> nameOf(int socket, unsigned index) {
     ifreq request{};
     request.ifr_ifindex = static_cast<int>(index);
-    return ::ioctl(socket.get(), SIOCGIFNAME, &request) == 0
-               ? std::optional<std::string>(&request.ifr_name[0])
-               : std::nullopt;
+    return ::ioctl(socket, SIOCGIFNAME, &request) == 0 ? std::optional<std::string>(&request.ifr_name[0])
+                                                       : std::nullopt;
 }
 
-bool isUp(const FileDescriptor& socket, const std::string& name) {
+bool isUp(int socket, const std::string& name) {
     ifreq request = requestFor(name);
-    return ::ioctl(socket.get(), SIOCGIFFLAGS, &request) == 0
+    return ::ioctl(socket, SIOCGIFFLAGS, &request) == 0
            && (static_cast<unsigned short>(request.ifr_flags) & (IFF_UP | IFF_LOOPBACK)) == IFF_UP;
 }
 

@@ -1,8 +1,6 @@
-// The network interfaces of this machine, asked for in ways that wait for no lock that drivers hold while
-// they bring one up.
+// The network interfaces of this machine. The calls do not wait for the lock that drivers hold while they
+// bring one up, as a netlink dump of the links would.
 #pragma once
-
-#include "core/FileDescriptor.h"
 
 #include <optional>
 #include <string>
@@ -10,13 +8,14 @@
 
 namespace tarnwick::NetworkInterfaces {
 
-/// The names of at most `most`, in the kernel's order. `socket` may be any.
+/// The names of at most `most`, in the kernel's order.
 [[nodiscard]] std::vector<std::string> names(std::size_t most);
 
-[[nodiscard]] std::optional<unsigned> indexOf(const FileDescriptor& socket, const std::string& name);
-[[nodiscard]] std::optional<std::string> nameOf(const FileDescriptor& socket, unsigned index);
+// `socket` is the descriptor of any socket.
+[[nodiscard]] std::optional<unsigned> indexOf(int socket, const std::string& name);
+[[nodiscard]] std::optional<std::string> nameOf(int socket, unsigned index);
 
-/// Whether it is up and leads out of this machine.
-[[nodiscard]] bool isUp(const FileDescriptor& socket, const std::string& name);
+/// Whether it is up and no loopback interface.
+[[nodiscard]] bool isUp(int socket, const std::string& name);
 
 } // namespace tarnwick::NetworkInterfaces

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <sys/socket.h>
 #include <utility>
 
 namespace tarnwick {
@@ -14,37 +13,32 @@ namespace {
 
 using Netlink::Bytes;
 
-// Larger than any message that matters; one that is cut off counts as one that matters.
+// Larger than any message that matters; a message that does not fit counts as one that does.
 constexpr std::size_t receiveSize = 16UL * 1024;
 
-// As many as the receive buffer holds, more or less.
+// About as many as the receive buffer holds.
 constexpr int mostMessagesAtOnce = 512;
 
-// The kernel doubles it. What does not fit is lost, which costs one look-up that would be due anyway.
+// The kernel doubles it. Messages that do not fit are lost, which costs one look-up that would be due anyway.
 constexpr int receiveBuffer = 256 * 1024;
 
 constexpr std::array groups{RTNLGRP_LINK,       RTNLGRP_IPV4_IFADDR, RTNLGRP_IPV6_IFADDR, RTNLGRP_IPV4_ROUTE,
                             RTNLGRP_IPV6_ROUTE, RTNLGRP_IPV4_RULE,   RTNLGRP_IPV6_RULE};
 
-bool join(const FileDescriptor& socket, int group) {
-    return ::setsockopt(socket.get(), SOL_NETLINK, NETLINK_ADD_MEMBERSHIP, &group, sizeof group) == 0;
+template<class Value>
+bool setOption(const Netlink::Socket& socket, int option, Value value) {
+    return ::mnl_socket_setsockopt(socket.get(), option, &value, sizeof value) == 0;
 }
 
-bool joinAll(const FileDescriptor& socket) {
+bool joinAll(const Netlink::Socket& socket) {
     for (const int group : groups) {
-        if (!join(socket, group)) {
+        if (!setOption(socket, NETLINK_ADD_MEMBERSHIP, group)) {
             return false;
         }
     }
     // Older kernels have no next hops apart from their routes.
-    static_cast<void>(join(socket, RTNLGRP_NEXTHOP));
+    static_cast<void>(setOption(socket, NETLINK_ADD_MEMBERSHIP, int{RTNLGRP_NEXTHOP}));
     return true;
-}
-
-bool bindToKernelsChoice(const FileDescriptor& socket) {
-    sockaddr_nl address{};
-    address.nl_family = AF_NETLINK;
-    return ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 bool prefixCovers(Bytes prefix, unsigned length, Bytes address) {
@@ -62,37 +56,36 @@ bool prefixCovers(Bytes prefix, unsigned length, Bytes address) {
     return remainingBits == 0 || difference() >> (byteBits - remainingBits) == 0;
 }
 
-/// A route matters when it leads to the world, or led there. Each host that is heard of may make a clone;
-/// what is cloned is told of as well.
+/// Routes to the internet matter. The kernel clones a route for each host that it learns about, and sends
+/// messages about the clones too; those do not.
 bool leadsToWorld(Bytes content) {
     const auto route = Netlink::structureAt<rtmsg>(content);
     if (!route || (route->rtm_flags & RTM_F_CLONED) != 0) {
         return false;
     }
     Bytes prefix;
-    Bytes rest = Netlink::attributesBehind<rtmsg>(content);
-    while (const auto attribute = Netlink::takeBlock<rtattr>(rest)) {
-        if (attribute->header.rta_type == RTA_DST) {
-            prefix = attribute->content;
+    Netlink::forEachAttribute<rtmsg>(content, [&](int type, Bytes value) {
+        if (type == RTA_DST) {
+            prefix = value;
         }
-    }
+    });
     return prefixCovers(prefix, route->rtm_dst_len, worldAddress(route->rtm_family));
 }
 
-/// A bridge tells of its ports in messages that look like those about links.
+/// Messages about the ports of a bridge look like messages about links.
 bool concernsLink(Bytes content) {
     const auto link = Netlink::structureAt<ifinfomsg>(content);
     return link && link->ifi_family == AF_UNSPEC;
 }
 
-bool matters(const Netlink::Message& message) {
-    switch (message.header.nlmsg_type) {
+bool matters(int type, Bytes content) {
+    switch (type) {
     case RTM_NEWLINK:
     case RTM_DELLINK:
-        return concernsLink(message.content);
+        return concernsLink(content);
     case RTM_NEWROUTE:
     case RTM_DELROUTE:
-        return leadsToWorld(message.content);
+        return leadsToWorld(content);
     case RTM_NEWADDR:
     case RTM_DELADDR:
     case RTM_NEWRULE:
@@ -108,26 +101,24 @@ bool matters(const Netlink::Message& message) {
 } // namespace
 
 RouteChanges::RouteChanges() {
-    FileDescriptor socket(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE));
-    if (!socket.isOpen() || !bindToKernelsChoice(socket) || !joinAll(socket)) {
+    Netlink::Socket socket = Netlink::openSocket();
+    if (!socket || ::mnl_socket_bind(socket.get(), 0, MNL_SOCKET_AUTOPID) != 0 || !joinAll(socket)) {
         return;
     }
-    static_cast<void>(
-        ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer));
+    const int descriptor = ::mnl_socket_get_fd(socket.get());
+    static_cast<void>(::setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer));
     socket_ = std::move(socket);
 }
 
 bool RouteChanges::take() {
-    std::array<std::byte, receiveSize> buffer{};
+    alignas(nlmsghdr) std::array<std::byte, receiveSize> buffer{};
     bool anyMatters = false;
     for (int message = 0; message < mostMessagesAtOnce; ++message) {
-        const ssize_t size = ::recv(socket_.get(), buffer.data(), buffer.size(), MSG_TRUNC);
+        const ssize_t size = ::mnl_socket_recvfrom(socket_.get(), buffer.data(), buffer.size());
         if (size >= 0) {
-            const auto received = static_cast<std::size_t>(size);
-            anyMatters =
-                anyMatters || received > buffer.size() || mayChangePath(Bytes(buffer).first(received));
-        } else if (errno == ENOBUFS) {
-            anyMatters = true; // some were lost; the others can still be read
+            anyMatters = anyMatters || mayChangePath(Bytes(buffer).first(static_cast<std::size_t>(size)));
+        } else if (errno == ENOBUFS || errno == ENOSPC) {
+            anyMatters = true; // some were lost, or this one was cut off; the others can still be read
         } else if (errno != EINTR) {
             break;
         }
@@ -136,12 +127,11 @@ bool RouteChanges::take() {
 }
 
 bool RouteChanges::mayChangePath(Bytes messages) {
-    while (const auto message = Netlink::takeBlock<nlmsghdr>(messages)) {
-        if (matters(*message)) {
-            return true;
-        }
-    }
-    return false;
+    bool anyMatters = false;
+    Netlink::forEachMessage(messages, [&](const nlmsghdr& header, Bytes content) {
+        anyMatters = anyMatters || matters(header.nlmsg_type, content);
+    });
+    return anyMatters;
 }
 
 } // namespace tarnwick

@@ -1,31 +1,30 @@
-// What the kernel tells of links, addresses, routes and rules, read for one question: may the way to the
-// world have changed?
+// The kernel's messages about links, addresses, routes and rules, read for one question: may the path to the
+// internet have changed?
 #pragma once
 
-#include "core/FileDescriptor.h"
 #include "platform/linux/Netlink.h"
 
 namespace tarnwick {
 
-/// The messages say only that something changed: whole tables of routes vanish with one message about a link.
-/// Never blocks. Not open where the system offers no such messages.
+/// The messages only say that something changed: one about a link can mean that whole tables of routes are
+/// gone. Never blocks. Not open where the system offers no such messages.
 class RouteChanges {
 public:
     RouteChanges();
 
-    [[nodiscard]] bool isOpen() const { return socket_.isOpen(); }
+    [[nodiscard]] bool isOpen() const { return socket_ != nullptr; }
 
-    [[nodiscard]] int descriptor() const { return socket_.get(); }
+    [[nodiscard]] int descriptor() const { return ::mnl_socket_get_fd(socket_.get()); }
 
-    /// Takes what waits, of a flood a bounded part. True when any of it may have changed the way to the
-    /// world, and when messages were lost.
+    /// Takes the waiting messages, of a flood a bounded number. True when any of them may have changed the
+    /// path, and when messages were lost.
     [[nodiscard]] bool take();
 
-    /// The same of messages as they were received.
+    /// Whether any of the received `messages` may have changed the path.
     [[nodiscard]] static bool mayChangePath(Netlink::Bytes messages);
 
 private:
-    FileDescriptor socket_;
+    Netlink::Socket socket_;
 };
 
 } // namespace tarnwick

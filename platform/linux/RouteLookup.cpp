@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace tarnwick {
@@ -12,6 +10,7 @@ namespace {
 
 using Netlink::Bytes;
 
+constexpr std::size_t questionSize = 128;
 constexpr std::size_t answerSize = 8UL * 1024;
 
 template<std::size_t Size>
@@ -24,58 +23,19 @@ constexpr std::array<std::byte, Size> bytes(const std::array<unsigned char, Size
 constexpr auto world4 = bytes<4>({203, 0, 113, 9});
 constexpr auto world6 = bytes<16>({0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9});
 
-class Question {
-public:
-    Question(std::uint32_t sequence, int family, unsigned interface, unsigned flags) {
-        const Bytes address = worldAddress(family);
-        rtmsg route{};
-        route.rtm_family = static_cast<unsigned char>(family);
-        route.rtm_dst_len = static_cast<unsigned char>(address.size() * 8);
-        route.rtm_flags = flags;
-        nlmsghdr header{};
-        header.nlmsg_type = RTM_GETROUTE;
-        header.nlmsg_flags = NLM_F_REQUEST;
-        header.nlmsg_seq = sequence;
-
-        append(asBytes(header));
-        append(asBytes(route));
-        appendAttribute(RTA_DST, address);
-        if (interface != 0) {
-            appendAttribute(RTA_OIF, asBytes(interface));
-        }
-        header.nlmsg_len = static_cast<std::uint32_t>(content_.size());
-        std::memcpy(content_.data(), &header, sizeof header);
-    }
-
-    [[nodiscard]] Bytes content() const { return content_; }
-
-private:
-    template<class Structure>
-    static Bytes asBytes(const Structure& structure) {
-        return std::as_bytes(std::span(&structure, 1));
-    }
-
-    void append(Bytes more) { content_.insert(content_.end(), more.begin(), more.end()); }
-
-    void appendAttribute(unsigned short type, Bytes value) {
-        append(asBytes(
-            rtattr{.rta_len = static_cast<unsigned short>(sizeof(rtattr) + value.size()), .rta_type = type}));
-        append(value);
-    }
-
-    std::vector<std::byte> content_;
-};
-
 bool hasCarrier(unsigned flags) {
     return (flags & (RTNH_F_DEAD | RTNH_F_LINKDOWN)) == 0;
 }
 
-/// The hops of a multipath route are equals, and the kernel begins its list with any of them: here they have
-/// an order of their own.
+/// Sorted, because the kernel may list the equal hops of a multipath route in any order.
 std::vector<WorldRoute::NextHop> parseNextHops(Bytes rest) {
     std::vector<WorldRoute::NextHop> hops;
-    while (const auto hop = Netlink::takeBlock<rtnexthop>(rest)) {
-        hops.push_back({static_cast<unsigned>(hop->header.rtnh_ifindex), hasCarrier(hop->header.rtnh_flags)});
+    while (const auto hop = Netlink::structureAt<rtnexthop>(rest)) {
+        if (hop->rtnh_len < sizeof(rtnexthop) || hop->rtnh_len > rest.size()) {
+            break;
+        }
+        hops.push_back({static_cast<unsigned>(hop->rtnh_ifindex), hasCarrier(hop->rtnh_flags)});
+        rest = rest.subspan(std::min<std::size_t>(MNL_ALIGN(hop->rtnh_len), rest.size()));
     }
     std::ranges::sort(hops, {}, &WorldRoute::NextHop::interface);
     return hops;
@@ -101,12 +61,8 @@ Bytes worldAddress(int family) {
     }
 }
 
-RouteLookup::RouteLookup()
-    : socket_(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE)) {
-}
-
 std::optional<WorldRoute> RouteLookup::toWorld(int family, unsigned interface) {
-    // The route itself with all its next hops; else the one next hop that a packet would take.
+    // First the route with all its next hops, then the one next hop that a packet would take.
     std::optional<WorldRoute> route = ask(family, interface, RTM_F_FIB_MATCH);
     if (route && route->nextHops.empty() && route->hasNumberedHops) {
         route = ask(family, interface, 0);
@@ -115,20 +71,39 @@ std::optional<WorldRoute> RouteLookup::toWorld(int family, unsigned interface) {
 }
 
 std::optional<WorldRoute> RouteLookup::ask(int family, unsigned interface, unsigned flags) {
-    const Question question(++sequence_, family, interface, flags);
-    const Bytes content = question.content();
-    if (::send(socket_.get(), content.data(), content.size(), 0) != static_cast<ssize_t>(content.size())) {
+    if (!socket_ || !send(family, interface, flags)) {
         return std::nullopt;
     }
-    std::array<std::byte, answerSize> buffer{};
-    const ssize_t size = ::recv(socket_.get(), buffer.data(), buffer.size(), 0);
-    Bytes answer = Bytes(buffer).first(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-    const auto message = Netlink::takeBlock<nlmsghdr>(answer);
-    if (!message || message->header.nlmsg_seq != sequence_) {
-        return std::nullopt;
+    alignas(nlmsghdr) std::array<std::byte, answerSize> buffer{};
+    const ssize_t size = ::mnl_socket_recvfrom(socket_.get(), buffer.data(), buffer.size());
+    std::optional<WorldRoute> route;
+    Netlink::forEachMessage(
+        Bytes(buffer).first(static_cast<std::size_t>(std::max<ssize_t>(size, 0))),
+        [&](const nlmsghdr& header, Bytes content) {
+            if (header.nlmsg_seq == sequence_) {
+                // Any error (unreachable, prohibited, no such family) means that there is no route.
+                route = header.nlmsg_type == RTM_NEWROUTE ? parseRoute(content) : WorldRoute{};
+            }
+        });
+    return route;
+}
+
+bool RouteLookup::send(int family, unsigned interface, unsigned flags) {
+    alignas(nlmsghdr) std::array<std::byte, questionSize> buffer{};
+    nlmsghdr* const question = ::mnl_nlmsg_put_header(buffer.data());
+    question->nlmsg_type = RTM_GETROUTE;
+    question->nlmsg_flags = NLM_F_REQUEST;
+    question->nlmsg_seq = ++sequence_;
+    auto* const route = static_cast<rtmsg*>(::mnl_nlmsg_put_extra_header(question, sizeof(rtmsg)));
+    const Bytes address = worldAddress(family);
+    route->rtm_family = static_cast<unsigned char>(family);
+    route->rtm_dst_len = static_cast<unsigned char>(address.size() * 8);
+    route->rtm_flags = flags;
+    ::mnl_attr_put(question, RTA_DST, address.size(), address.data());
+    if (interface != 0) {
+        ::mnl_attr_put_u32(question, RTA_OIF, interface);
     }
-    // Whatever error the kernel answers with (unreachable, prohibited, no such family): it has no route.
-    return message->header.nlmsg_type == RTM_NEWROUTE ? parseRoute(message->content) : WorldRoute{};
+    return ::mnl_socket_sendto(socket_.get(), question, question->nlmsg_len) == ssize_t{question->nlmsg_len};
 }
 
 WorldRoute RouteLookup::parseRoute(Bytes content) {
@@ -137,10 +112,8 @@ WorldRoute RouteLookup::parseRoute(Bytes content) {
         return {};
     }
     WorldRoute route;
-    Bytes rest = Netlink::attributesBehind<rtmsg>(content);
-    while (const auto attribute = Netlink::takeBlock<rtattr>(rest)) {
-        const Bytes value = attribute->content;
-        switch (attribute->header.rta_type) {
+    Netlink::forEachAttribute<rtmsg>(content, [&](int type, Bytes value) {
+        switch (type) {
         case RTA_OIF:
             if (const auto interface = Netlink::structureAt<unsigned>(value)) {
                 route.nextHops = {{*interface, hasCarrier(header->rtm_flags)}};
@@ -161,7 +134,7 @@ WorldRoute RouteLookup::parseRoute(Bytes content) {
         default:
             break;
         }
-    }
+    });
     return route;
 }
 

@@ -1,8 +1,6 @@
-// Asks the kernel which route it takes to the world, as it would for a packet: with its metrics, rules and
-// tables.
+// Asks the kernel which route a packet to the internet would take, with its metrics, rules and tables.
 #pragma once
 
-#include "core/FileDescriptor.h"
 #include "platform/linux/Netlink.h"
 
 #include <cstdint>
@@ -11,8 +9,8 @@
 
 namespace tarnwick {
 
-/// An address of the family that stands for any in the world: kept for documentation, so no route leads there
-/// but those that lead everywhere. Empty for other families.
+/// An address that stands for any on the internet. It is reserved for documentation, so only routes to
+/// everywhere lead there. Empty for families other than IPv4 and IPv6.
 [[nodiscard]] Netlink::Bytes worldAddress(int family);
 
 struct WorldRoute {
@@ -23,31 +21,31 @@ struct WorldRoute {
         friend bool operator==(const NextHop&, const NextHop&) = default;
     };
 
-    std::vector<NextHop> nextHops; ///< several share the packets of a multipath route; none: no way there
+    std::vector<NextHop> nextHops; ///< several share the packets of a multipath route; none: unreachable
     std::uint32_t metric = 0;
-    bool hasNumberedHops = false;    ///< the kernel may keep their interfaces to itself then
-    std::optional<double> expiresIn; ///< seconds; a router has promised it no longer
+    bool hasNumberedHops = false;    ///< then the kernel may not name their interfaces
+    std::optional<double> expiresIn; ///< seconds until the router's advertisement ends
 };
 
-/// One conversation with the kernel, which answers at once and waits for no lock that drivers hold.
+/// One conversation with the kernel. It answers at once, without the lock that drivers hold while they bring
+/// an interface up.
 class RouteLookup {
 public:
-    RouteLookup();
-
-    /// The route to the family's world address; with `interface`, the one over it. Nothing when the kernel
+    /// The route to the family's `worldAddress`; with `interface`, the one over it. Nothing when the kernel
     /// did not answer.
     [[nodiscard]] std::optional<WorldRoute> toWorld(int family, unsigned interface = 0);
 
-    /// An answer's message about a route, without its header.
+    /// Reads the content of an answer that describes a route. `content` is aligned for `rtmsg`.
     [[nodiscard]] static WorldRoute parseRoute(Netlink::Bytes content);
 
-    /// For further questions about the interfaces that it names.
-    [[nodiscard]] const FileDescriptor& socket() const { return socket_; }
+    /// For questions about the interfaces that it names. Only once the kernel has answered.
+    [[nodiscard]] int descriptor() const { return ::mnl_socket_get_fd(socket_.get()); }
 
 private:
     [[nodiscard]] std::optional<WorldRoute> ask(int family, unsigned interface, unsigned flags);
+    [[nodiscard]] bool send(int family, unsigned interface, unsigned flags);
 
-    FileDescriptor socket_;
+    Netlink::Socket socket_ = Netlink::openSocket();
     std::uint32_t sequence_ = 0;
 };
 

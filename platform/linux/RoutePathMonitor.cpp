@@ -7,7 +7,7 @@ namespace tarnwick {
 
 namespace {
 
-// The kernel tells the time that a route has left in hundredths of a second, rounded down.
+// The kernel rounds a route's remaining time down to hundredths of a second.
 constexpr double expiryMargin = 0.03;
 
 } // namespace
@@ -24,7 +24,7 @@ void RoutePathMonitor::start(Update update) {
 
 void RoutePathMonitor::changesWait() {
     if (changes_.take()) {
-        // What the burst still brings need not wake the program: the look-up takes it all.
+        // The rest of the burst need not wake the program: the look-up takes it too.
         watch_.reset();
         lookUpAfter(settleTime);
     }
@@ -45,7 +45,7 @@ void RoutePathMonitor::lookUp() {
         lookUpAfter(*seconds);
     }
     if (present) {
-        tell(present->path);
+        report(present->path);
     }
 }
 
@@ -58,14 +58,14 @@ std::optional<double> RoutePathMonitor::nextLookUp(const std::optional<RoutedPat
         return std::min(slowInterval, *present->expiresIn + expiryMargin);
     }
     if (wasExpiring && present->path.satisfied) {
-        return expiryMargin; // its last hundredth of a second is told as if it had no end
+        return expiryMargin; // in its last hundredth of a second the route looks as if it had no end
     }
     return watch_ ? std::nullopt : std::optional(slowInterval);
 }
 
-void RoutePathMonitor::tell(const NetworkPath& path) {
-    if (told_ != path) {
-        told_ = path;
+void RoutePathMonitor::report(const NetworkPath& path) {
+    if (reported_ != path) {
+        reported_ = path;
         update_(path);
     }
 }

@@ -11,15 +11,15 @@
 
 namespace tarnwick {
 
-/// Looks the path up at the start and after each burst of changes, and tells of it when it differs. Where the
-/// kernel offers no such messages nothing is ever told.
+/// Looks the path up at the start and after each burst of changes, and reports it when it differs. Where the
+/// kernel sends no messages about routes it never reports anything.
 class RoutePathMonitor final : public PathMonitor {
 public:
     using LookUp = std::function<std::optional<RoutedPath>()>;
 
     /// From the first message of a burst to the look-up.
     static constexpr double settleTime = 0.03;
-    /// Between look-ups where no message can be relied upon.
+    /// Between look-ups while changes may come without a message.
     static constexpr double slowInterval = 5;
 
     explicit RoutePathMonitor(RunLoop& loop, LookUp lookUp = RoutedPath::present);
@@ -30,15 +30,15 @@ private:
     void changesWait();
     void lookUpAfter(double seconds);
     void lookUp();
-    /// In how many seconds to look again unasked: when no message may tell of what happens next.
+    /// In how many seconds to look again although no message came; nothing where a message is certain.
     [[nodiscard]] std::optional<double> nextLookUp(const std::optional<RoutedPath>& present);
-    void tell(const NetworkPath& path);
+    void report(const NetworkPath& path);
 
     RunLoop& loop_;
     LookUp lookUp_;
     Update update_;
-    std::optional<NetworkPath> told_;
-    bool wasExpiring_ = false; ///< the path that was looked up last
+    std::optional<NetworkPath> reported_;
+    bool wasExpiring_ = false; ///< at the last look-up
     RouteChanges changes_;
     RunLoop::Handle watch_; ///< none while a burst settles
     RunLoop::Handle timer_;

@@ -21,15 +21,15 @@ using Names = std::vector<std::string>;
 
 constexpr std::array families{AF_INET, AF_INET6};
 
-// A host of containers has hundreds, and any of them may lead out. Asking after one that does not takes some
-// ten microseconds.
+// A host of containers has hundreds, and any of them may have a route to the internet. Asking for one that
+// has none takes about ten microseconds.
 constexpr std::size_t mostInterfaces = 1024;
 
 bool contains(const Names& names, const std::string& name) {
     return std::ranges::find(names, name) != names.end();
 }
 
-void addUsable(Names& names, const WorldRoute& route, const FileDescriptor& socket) {
+void addUsable(Names& names, const WorldRoute& route, int socket) {
     for (const WorldRoute::NextHop& hop : route.nextHops) {
         const auto name = hop.hasCarrier ? NetworkInterfaces::nameOf(socket, hop.interface) : std::nullopt;
         if (name && NetworkInterfaces::isUp(socket, *name) && !contains(names, *name)) {
@@ -38,7 +38,7 @@ void addUsable(Names& names, const WorldRoute& route, const FileDescriptor& sock
     }
 }
 
-/// In the order of preference.
+/// An interface that has a route but is not used now. Members in the order of preference.
 struct StandBy {
     std::size_t family;
     std::uint32_t metric;
@@ -47,11 +47,11 @@ struct StandBy {
 };
 
 std::optional<StandBy> standBy(RouteLookup& lookup, const std::string& name) {
-    const auto index = NetworkInterfaces::indexOf(lookup.socket(), name).value_or(0);
+    const auto index = NetworkInterfaces::indexOf(lookup.descriptor(), name).value_or(0);
     for (std::size_t family = 0; index != 0 && family < families.size(); ++family) {
         const WorldRoute route = lookup.toWorld(families[family], index).value_or(WorldRoute{});
         Names usable;
-        addUsable(usable, route, lookup.socket());
+        addUsable(usable, route, lookup.descriptor());
         if (contains(usable, name)) {
             return StandBy{family, route.metric, index, name};
         }
@@ -62,7 +62,7 @@ std::optional<StandBy> standBy(RouteLookup& lookup, const std::string& name) {
 void addStandingBy(Names& names, RouteLookup& lookup) {
     std::vector<StandBy> others;
     for (const std::string& name : NetworkInterfaces::names(mostInterfaces)) {
-        if (!contains(names, name) && NetworkInterfaces::isUp(lookup.socket(), name)) {
+        if (!contains(names, name) && NetworkInterfaces::isUp(lookup.descriptor(), name)) {
             if (auto other = standBy(lookup, name)) {
                 others.push_back(std::move(*other));
             }
@@ -85,9 +85,9 @@ std::optional<RoutedPath> RoutedPath::present() {
     }
     RoutedPath result;
     Names& names = result.path.interfaces;
-    addUsable(names, *route4, lookup.socket());
+    addUsable(names, *route4, lookup.descriptor());
     const bool needsRoute6 = names.empty();
-    addUsable(names, *route6, lookup.socket());
+    addUsable(names, *route6, lookup.descriptor());
     result.path.satisfied = !names.empty();
     if (result.path.satisfied) {
         addStandingBy(names, lookup);

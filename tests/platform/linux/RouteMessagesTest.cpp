@@ -1,4 +1,4 @@
-// What the kernel says of routes, as bytes: which messages matter, and what an answer means.
+// Messages about routes, byte by byte: which ones matter, and what an answer means.
 #include "platform/linux/RouteChanges.h"
 #include "platform/linux/RouteLookup.h"
 
@@ -122,7 +122,7 @@ TEST(RouteChanges, AnyBytesAreReadToTheirEnd) {
         const auto type = looksLikeRoute ? RTM_NEWROUTE : RTM_NEWLINK;
         static_cast<void>(matters(message(static_cast<std::uint16_t>(type), content)));
 
-        // Behind whatever can't be read, nothing is.
+        // Nothing is read behind a malformed message.
         RC_ASSERT(!matters(Content(sizeof(nlmsghdr)) + message(RTM_DELADDR, content)));
     });
 }
