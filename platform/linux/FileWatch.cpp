@@ -1,7 +1,9 @@
 #include "platform/linux/FileWatch.h"
 
+#include <algorithm>
 #include <array>
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -13,12 +15,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint32_t ownFate = IN_DELETE_SELF | IN_MOVE_SELF;
-constexpr std::uint32_t fateOfFiles =
+constexpr std::uint32_t folderGone = IN_DELETE_SELF | IN_MOVE_SELF;
+constexpr std::uint32_t entryChanged =
     IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE | IN_ATTRIB | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
 
-constexpr int mostLinks = 40;
-/// Folders may come and go faster than they can be watched.
+/// Folders may come and go while they are looked up.
 constexpr int mostAttempts = 10;
 /// In a flood the loop gets its turn in between.
 constexpr int mostReads = 16;
@@ -41,41 +42,32 @@ FileWatch::FileWatch(RunLoop& loop, fs::path file, std::function<void()> onChang
       onChange_(std::move(onChange)),
       inotify_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
     if (inotify_.isOpen()) {
-        watchFolders();
+        watchPlaces();
         readable_ = loop.watchReadable(inotify_.get(), [this] { readEvents(); });
     }
 }
 
-FileWatch::Plan FileWatch::plan() const {
-    Plan plan;
-    fs::path path = file_;
-    for (int links = 0; links < mostLinks; ++links) {
-        fs::path inner = path;
-        fs::path folder = path.parent_path();
-        while (!isFolder(folder) && folder.has_relative_path()) {
-            inner = std::exchange(folder, folder.parent_path());
+std::vector<FileWatch::Place> FileWatch::places() const {
+    const auto nearest = [](fs::path path) {
+        while (!isFolder(path.parent_path()) && path.parent_path().has_relative_path()) {
+            path = path.parent_path();
         }
-        plan[folder].insert(inner.filename());
-        while (folder.has_relative_path()) {
-            folder = folder.parent_path();
-            plan.try_emplace(folder);
-        }
-        std::error_code error;
-        const fs::path target = fs::read_symlink(path, error);
-        if (error) {
-            break;
-        }
+        return Place{path.parent_path(), path.filename()};
+    };
+    std::vector places{nearest(file_)};
+    std::error_code error;
+    if (const fs::path target = fs::read_symlink(file_, error); !error) {
         // An absolute target replaces the folder in front of it.
-        path = path.parent_path() / target;
+        places.push_back(nearest(file_.parent_path() / target));
     }
-    return plan;
+    return places;
 }
 
-void FileWatch::watchFolders() {
-    Plan present = plan();
+void FileWatch::watchPlaces() {
+    std::vector<Place> present = places();
     for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         watch(present);
-        Plan next = plan();
+        std::vector<Place> next = places();
         if (next == present) {
             return;
         }
@@ -83,25 +75,18 @@ void FileWatch::watchFolders() {
     }
 }
 
-void FileWatch::watch(const Plan& plan) {
-    std::map<int, Names> next;
-    for (const auto& [folder, names] : plan) {
-        const std::uint32_t mask = IN_ONLYDIR | ownFate | (names.empty() ? 0 : fateOfFiles);
-        // Another path to a folder gives the same number.
-        const int first = ::inotify_add_watch(inotify_.get(), folder.c_str(), mask);
-        if (first < 0) {
-            continue;
+void FileWatch::watch(const std::vector<Place>& places) {
+    std::vector<Watched> next;
+    for (const auto& [folder, name] : places) {
+        constexpr std::uint32_t mask = IN_ONLYDIR | folderGone | entryChanged;
+        // Both places may be in one folder, which then has one watch.
+        if (const int number = ::inotify_add_watch(inotify_.get(), folder.c_str(), mask); number >= 0) {
+            next.push_back({number, name});
         }
-        Names& known = next[first];
-        if (names.empty() && !known.empty()) {
-            static_cast<void>(
-                ::inotify_add_watch(inotify_.get(), folder.c_str(), IN_ONLYDIR | ownFate | fateOfFiles));
-        }
-        known.insert(names.begin(), names.end());
     }
-    for (const auto& [number, names] : watched_) {
-        if (!next.contains(number)) {
-            ::inotify_rm_watch(inotify_.get(), number);
+    for (const Watched& old : watched_) {
+        if (std::ranges::find(next, old.number, &Watched::number) == next.end()) {
+            ::inotify_rm_watch(inotify_.get(), old.number);
         }
     }
     watched_ = std::move(next);
@@ -109,20 +94,20 @@ void FileWatch::watch(const Plan& plan) {
 
 void FileWatch::readEvents() {
     EventBuffer buffer;
-    bool isNews = false;
+    bool isChanged = false;
     for (int reads = 0; reads < mostReads; ++reads) {
         const ssize_t size = ::read(inotify_.get(), buffer.bytes.data(), buffer.bytes.size());
         if (size <= 0) {
             break;
         }
-        isNews = hasNews(buffer.bytes.data(), static_cast<std::size_t>(size)) || isNews;
+        isChanged = concernsFile(buffer.bytes.data(), static_cast<std::size_t>(size)) || isChanged;
     }
-    if (isNews) {
+    if (isChanged) {
         changed();
     }
 }
 
-bool FileWatch::hasNews(const char* events, std::size_t size) const {
+bool FileWatch::concernsFile(const char* events, std::size_t size) const {
     for (std::size_t at = 0; at + sizeof(inotify_event) <= size;) {
         inotify_event event{};
         std::memcpy(&event, events + at, sizeof event);
@@ -131,9 +116,10 @@ bool FileWatch::hasNews(const char* events, std::size_t size) const {
         if ((event.mask & IN_Q_OVERFLOW) != 0) {
             return true;
         }
-        const auto folder = watched_.find(event.wd);
-        const bool isOfFolder = (event.mask & (ownFate | IN_UNMOUNT)) != 0;
-        if (folder != watched_.end() && (isOfFolder || folder->second.contains(name))) {
+        const bool isFolderGone = (event.mask & (folderGone | IN_UNMOUNT)) != 0;
+        if (std::ranges::any_of(watched_, [&](const Watched& watched) {
+                return watched.number == event.wd && (isFolderGone || watched.name == name);
+            })) {
             return true;
         }
     }
@@ -146,10 +132,9 @@ void FileWatch::changed() {
     }
     settling_ = loop_.after(settlingTime, [this] {
         const RunLoop::Handle done = std::move(settling_);
-        // First: what happens from here on is told again, and what has happened so far is there to be read.
-        watchFolders();
-        // This may be the end of the watch itself.
-        onChange_();
+        // Before the report, so that no change falls between reading the file and watching it.
+        watchPlaces();
+        onChange_(); // may destroy this
     });
 }
 

@@ -1,29 +1,25 @@
-// Tells when a file is changed by whatever means.
+// Reports changes of one file.
 #pragma once
 
 #include "core/FileDescriptor.h"
 #include "core/RunLoop.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <map>
-#include <set>
 #include <string>
 #include <vector>
 
 namespace tarnwick {
 
-/// Writing in place, replacing, removing, making it and the folders above it: all are changes, and those of
-/// a burst are told once, a moment after its first. The folders are watched, since editors replace the file;
-/// where the file is a link, those of what it names too. Where the system can't watch, nothing is ever told.
-/// Main thread.
+/// Watches the file's folder, since editors replace the file; while that is missing, the nearest folder
+/// above. Where the file is a symbolic link, watches its target in the same way. Writing, replacing, making
+/// and removing the file are changes. Never reports anything where the system can't watch. Main thread.
 class FileWatch {
 public:
-    /// From a change to the telling: what comes in pieces is complete by then. What is not causes another
-    /// one.
+    /// Debounce, in seconds: a file written in pieces is read once.
     static constexpr double settlingTime = 0.1;
 
+    /// `onChange` may destroy the watch.
     FileWatch(RunLoop& loop, std::filesystem::path file, std::function<void()> onChange);
 
     FileWatch(const FileWatch&) = delete;
@@ -32,26 +28,32 @@ public:
     [[nodiscard]] bool isWatching() const { return readable_ != nullptr; }
 
 private:
-    using Names = std::set<std::string>;
+    struct Place {
+        std::filesystem::path folder;
+        std::string name; ///< of the entry in it whose changes count
 
-    /// By folder: the names that count there. In a folder without any, only its own fate counts.
-    using Plan = std::map<std::filesystem::path, Names>;
+        friend bool operator==(const Place&, const Place&) = default;
+    };
 
-    [[nodiscard]] Plan plan() const;
-    void watchFolders();
-    void watch(const Plan& plan);
+    struct Watched {
+        int number; ///< of the folder's inotify watch
+        std::string name;
+    };
+
+    [[nodiscard]] std::vector<Place> places() const;
+    void watchPlaces();
+    void watch(const std::vector<Place>& places);
     void readEvents();
-    /// Whether an event of those in the buffer counts.
-    [[nodiscard]] bool hasNews(const char* events, std::size_t size) const;
+    [[nodiscard]] bool concernsFile(const char* events, std::size_t size) const;
     void changed();
 
     RunLoop& loop_;
     std::filesystem::path file_;
     std::function<void()> onChange_;
     FileDescriptor inotify_;
-    std::map<int, Names> watched_;
+    std::vector<Watched> watched_;
     RunLoop::Handle readable_;
-    RunLoop::Handle settling_; ///< from the first change to the telling
+    RunLoop::Handle settling_; ///< from the first change to the report
 };
 
 } // namespace tarnwick

@@ -1,4 +1,4 @@
-// Changes of a file, by every way in which programs change one, against the real system and a real loop.
+// Changes of a file in the ways that programs change one, with the real system and a real loop.
 #include "platform/linux/FileWatch.h"
 
 #include "platform/asio/AsioRunLoop.h"
@@ -6,7 +6,6 @@
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/resource.h>
@@ -37,8 +36,8 @@ protected:
         return told_ > before;
     }
 
-    /// Whether no change is told. A second file beside the first answers after whatever was before it, since
-    /// the system tells changes in their order.
+    /// Whether no change is told. The system reports changes in order: once a second file's change is told,
+    /// all earlier ones were.
     [[nodiscard]] bool isQuiet() {
         const int before = told_;
         const fs::path witness = file_.parent_path() / "witness";
@@ -77,12 +76,6 @@ TEST_F(FileWatchTest, NothingIsToldWhileNothingChanges) {
 TEST_F(FileWatchTest, WritingInPlaceIsTold) {
     watch();
     std::ofstream(file_, std::ios::app) << "more";
-    EXPECT_TRUE(isTold());
-}
-
-TEST_F(FileWatchTest, TruncatingAndWritingIsTold) {
-    watch();
-    test::writeFile(file_, "second");
     EXPECT_TRUE(isTold());
 }
 
@@ -149,7 +142,7 @@ TEST_F(FileWatchTest, ABurstIsToldOnceAndAMomentAfterItsFirst) {
     EXPECT_TRUE(isQuiet());
 }
 
-TEST_F(FileWatchTest, WritingWithoutEndIsToldAllTheSame) {
+TEST_F(FileWatchTest, WritingWithoutEndIsTold) {
     watch();
     const RunLoop::Handle writer =
         loop_.every(loop_.now(), FileWatch::settlingTime / 5, [this] { test::writeFile(file_, "again"); });
@@ -194,25 +187,14 @@ TEST_F(FileWatchTest, ItIsWatchedAgainAfterItsFolderWasRemoved) {
 
 TEST_F(FileWatchTest, AFolderThatIsMovedAwayIsNoLongerItsFolder) {
     watch();
-    for (const fs::path& folder : {file_.parent_path(), home_}) {
-        const fs::path elsewhere = folder_.path() / ("was" + folder.filename().string());
-        fs::rename(folder, elsewhere);
-        ASSERT_TRUE(isTold()) << folder;
-        runFor(2 * FileWatch::settlingTime);
-        const int before = told_;
-        test::writeFile(elsewhere / file_.lexically_relative(folder), "not it");
-        runFor(2 * FileWatch::settlingTime);
-        EXPECT_EQ(told_, before) << folder;
-        test::writeFile(file_, "second");
-        EXPECT_TRUE(isTold()) << folder;
-    }
-}
-
-TEST_F(FileWatchTest, AFolderThatIsRemovedUnderSomebodyIsWatchedAgainWhenItIsMade) {
-    watch();
-    const FileDescriptor somebody(::open(file_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    fs::remove_all(file_.parent_path());
+    const fs::path elsewhere = home_ / "elsewhere";
+    fs::rename(file_.parent_path(), elsewhere);
     ASSERT_TRUE(isTold());
+    runFor(2 * FileWatch::settlingTime);
+    const int before = told_;
+    test::writeFile(elsewhere / file_.filename(), "not it");
+    runFor(2 * FileWatch::settlingTime);
+    EXPECT_EQ(told_, before);
     test::writeFile(file_, "second");
     EXPECT_TRUE(isTold());
 }
@@ -248,15 +230,6 @@ TEST_F(FileWatchTest, ALinkThatIsTurnedElsewhereIsFollowed) {
     ASSERT_TRUE(isTold());
     runFor(2 * FileWatch::settlingTime);
     test::writeFile(target, "second");
-    EXPECT_TRUE(isTold());
-}
-
-TEST_F(FileWatchTest, LinksInACircleAreNoReasonToStop) {
-    fs::remove(file_);
-    fs::create_symlink("circle", file_);
-    fs::create_symlink("settings.json", file_.parent_path() / "circle");
-    watch();
-    fs::remove(file_);
     EXPECT_TRUE(isTold());
 }
 
