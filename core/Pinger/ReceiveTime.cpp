@@ -6,9 +6,9 @@ namespace tarnwick {
 
 namespace {
 
-/// A thread that was idle reads within microseconds.
+/// Seconds. An idle thread reads within microseconds.
 constexpr double ordinaryLag = 0.001;
-/// More than slewing can do between a request and its answer.
+/// Seconds. Slewing moves the clock by less between a request and its answer.
 constexpr double clockWasSet = 0.01;
 
 } // namespace

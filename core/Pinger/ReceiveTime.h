@@ -1,4 +1,4 @@
-// When a datagram really arrived, although the program may have come to read it late.
+// When a datagram arrived, even if the program reads it late.
 #pragma once
 
 #include <optional>
@@ -12,9 +12,9 @@ struct ReceiveReadings {
     std::optional<double> stamp = std::nullopt; ///< the kernel's own wall-clock stamp of the arrival
 };
 
-/// The reading of the monotonic clock, unless the kernel's stamp shows that the thread was late: then the
-/// time of the stamp. `wallAhead` is wall minus monotonic as of an earlier moment: when it has changed, the
-/// wall clock has been set and the stamp says nothing. Monotonic seconds.
+/// Monotonic seconds: of the kernel's stamp if it shows that the thread read late, else of the reading.
+/// `wallAhead` is wall minus monotonic time at the request. If the difference has changed since, the wall
+/// clock was set, and the stamp is ignored.
 [[nodiscard]] double receiveTime(const ReceiveReadings& readings, double wallAhead);
 
 } // namespace tarnwick

@@ -17,7 +17,6 @@ class SystemEchoSocket final : public EchoSocket {
 public:
     SystemEchoSocket(RunLoop& loop, IcmpSocket socket, std::function<void()> onReadable)
         : socket_(std::move(socket)),
-          wallAhead_(wallAheadOfMonotonic()),
           watch_(loop.watchReadable(socket_.descriptor.get(), std::move(onReadable))) {}
 
     [[nodiscard]] bool isWatched() const { return watch_ != nullptr; }
@@ -39,8 +38,8 @@ public:
 
 private:
     IcmpSocket socket_;
-    double wallAhead_;
-    RunLoop::Handle watch_; // the last member: ends before the descriptor is closed
+    double wallAhead_ = 0;  ///< at the last request
+    RunLoop::Handle watch_; // last member: ends before the descriptor is closed
 };
 
 bool isNumericAddress(const std::string& host) {
@@ -76,7 +75,7 @@ void SystemPingNetwork::resolve(const std::string& host, ResolveDone done) {
         }
     };
     if (isNumericAddress(host)) {
-        // No name server is asked, so nothing can hang: not worth a thread.
+        // No name server is asked, so nothing can block: not worth a thread.
         loop_.post([answer, resolution = resolver_(host)] { answer(resolution); });
         return;
     }

@@ -1,4 +1,4 @@
-// The real network: the system's resolver on a thread of its own, and its datagram ICMP sockets.
+// The real network: the system's resolver on a detached thread, and datagram ICMP sockets.
 #pragma once
 
 #include "core/Pinger/PingNetwork.h"
@@ -9,11 +9,10 @@
 
 namespace tarnwick {
 
-/// At most one lookup is in flight for a host text; who asks again meanwhile gets that one's answer. Main
-/// thread.
+/// At most one lookup is in flight for each host text; further questions wait for its answer. Main thread.
 class SystemPingNetwork final : public PingNetwork {
 public:
-    /// Blocking; called on a detached thread, so it must own all that it touches.
+    /// May block. Called on a detached thread, so it must own all that it touches.
     using BlockingResolver = std::function<Resolution(const std::string& host)>;
 
     explicit SystemPingNetwork(RunLoop& loop);
@@ -28,7 +27,7 @@ private:
 
     RunLoop& loop_;
     BlockingResolver resolver_;
-    /// Shared with the answers on their way, which find it gone when the network is.
+    /// Answers on their way hold it weakly: they find it gone once the network is destroyed.
     std::shared_ptr<Waiting> waiting_ = std::make_shared<Waiting>();
 };
 

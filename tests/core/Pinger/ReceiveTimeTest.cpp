@@ -46,11 +46,42 @@ TEST(ReceiveTime, DoesNotTrustTheStampOnceTheWallClockWasSetBack) {
         monotonic);
 }
 
-TEST(ReceiveTime, TakesTheStampOfAWallClockThatIsOnlySlewed) {
+struct Lag {
+    double seconds;
+    bool isLate;
+};
+
+class ReadingLag : public testing::TestWithParam<Lag> {};
+
+TEST_P(ReadingLag, CountsAboveAMillisecond) {
+    const auto [lag, isLate] = GetParam();
+
     EXPECT_NEAR(
-        receiveTime({.monotonic = monotonic, .wall = wall + 0.001, .stamp = wall + 0.001 - 0.02}, wallAhead),
-        monotonic - 0.02, tolerance);
+        receiveTime({.monotonic = monotonic, .wall = wall, .stamp = wall - lag}, wallAhead),
+        isLate ? monotonic - lag : monotonic, tolerance);
 }
+
+INSTANTIATE_TEST_SUITE_P(ReceiveTime, ReadingLag, testing::Values(Lag{0.00099, false}, Lag{0.00101, true}));
+
+struct Jump {
+    double seconds;
+    bool isSet;
+};
+
+class WallClockJump : public testing::TestWithParam<Jump> {};
+
+TEST_P(WallClockJump, OfMoreThanTenMillisecondsIsNoSlewing) {
+    const auto [jump, isSet] = GetParam();
+    const double moved = wall + jump;
+
+    EXPECT_NEAR(
+        receiveTime({.monotonic = monotonic, .wall = moved, .stamp = moved - 0.02}, wallAhead),
+        isSet ? monotonic : monotonic - 0.02, tolerance);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ReceiveTime, WallClockJump,
+    testing::Values(Jump{0.0099, false}, Jump{0.0101, true}, Jump{-0.0099, false}, Jump{-0.0101, true}));
 
 TEST(ReceiveTime, IsNeverAfterTheMonotonicReading) {
     EXPECT_EQ(receiveTime({.monotonic = monotonic, .wall = wall, .stamp = wall + 5}, wallAhead), monotonic);

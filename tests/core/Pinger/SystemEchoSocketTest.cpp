@@ -1,11 +1,18 @@
 // Requests that the kernel answers on the loopback interface, through the network that the program uses.
+#include "core/FileDescriptor.h"
+#include "core/MonotonicClock.h"
 #include "core/Pinger/EchoMessage.h"
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/asio/AsioRunLoop.h"
+#include "tests/core/ChildProcess.h"
 #include "tests/core/Pinger/PingSockets.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <fstream>
+#include <sched.h>
 
 namespace tarnwick {
 namespace {
@@ -157,6 +164,68 @@ TEST_P(SystemEchoSocketTest, ReachesTheAddressThatTheSystemsResolverGives) {
     ASSERT_TRUE(socket->send(echoRequest(3, socket->identifier(), GetParam().family), addresses->front()));
     EXPECT_TRUE(runUntil([this] { return !received.empty(); }));
     EXPECT_THAT(received, ElementsAre(3));
+}
+
+/// Moves this process's monotonic clock, so that the wall clock looks as if it had been set. Only in a
+/// process without threads.
+bool moveMonotonicClock(int seconds) {
+    if (::unshare(CLONE_NEWTIME) != 0) {
+        return false;
+    }
+    std::ofstream("/proc/self/timens_offsets") << "monotonic " << seconds << " 0\n";
+    const FileDescriptor namespaceOfChildren(::open("/proc/self/ns/time_for_children", O_RDONLY | O_CLOEXEC));
+    const double before = MonotonicClock::now();
+    return ::setns(namespaceOfChildren.get(), CLONE_NEWTIME) == 0
+           && MonotonicClock::now() - before > seconds - 1;
+}
+
+/// Reads the reply 20 ms late and returns whether it counts as arrived when it was readable.
+bool arrivesBeforeItIsRead(AsioRunLoop& loop, EchoSocket& socket, std::optional<double>& readable) {
+    readable.reset();
+    const double deadline = MonotonicClock::now() + 5;
+    if (!socket.send(echoRequest(1, socket.identifier(), AF_INET), addressOf(ipv4Loopback))) {
+        return false;
+    }
+    while (!readable && MonotonicClock::now() < deadline) {
+        loop.runOne(0.1);
+    }
+    constexpr double lateness = 0.02;
+    while (readable && MonotonicClock::now() < *readable + lateness) {
+    }
+    std::array<std::uint8_t, 2048> buffer{};
+    const std::optional<ReceivedDatagram> datagram = socket.receive(buffer);
+    return readable && datagram && datagram->at <= *readable;
+}
+
+TEST(SystemPingNetwork, TrustsTheStampOfAReplyAlthoughTheWallClockWasSetBeforeTheRequest) {
+    TARNWICK_NEED_PING_SOCKETS(ipv4Loopback);
+
+    enum Outcome { trusted, distrusted, noNamespace };
+
+    const std::optional<int> outcome = exitStatusOf([]() -> int {
+        AsioRunLoop childsLoop;
+        SystemPingNetwork childsNetwork(childsLoop);
+        std::optional<double> readable;
+        auto opened = childsNetwork.open(AF_INET, identifierOfOurOwn(), [&readable] {
+            readable = readable.value_or(MonotonicClock::now());
+        });
+        auto* const echoSocket = std::get_if<std::unique_ptr<EchoSocket>>(&opened);
+        if (echoSocket == nullptr || !moveMonotonicClock(3600)) {
+            return noNamespace;
+        }
+        // The kernel starts to stamp a little after the first socket has asked for it.
+        const double deadline = MonotonicClock::now() + 5;
+        while (MonotonicClock::now() < deadline) {
+            if (arrivesBeforeItIsRead(childsLoop, **echoSocket, readable)) {
+                return trusted;
+            }
+        }
+        return distrusted;
+    });
+    if (outcome == noNamespace) {
+        TARNWICK_CANNOT_RUN("this machine gives no time namespaces");
+    }
+    EXPECT_EQ(outcome, trusted);
 }
 
 TEST(SystemPingNetwork, SaysInTheSystemsWordsThatASocketCannotBeOpened) {

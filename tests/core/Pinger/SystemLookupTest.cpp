@@ -266,6 +266,18 @@ TEST_F(LookupOrder, IsAnErrorLaterWhenThereIsNoThreadToGive) {
     EXPECT_FALSE(error->text.empty());
 }
 
+TEST_F(LookupOrder, NeedsNoThreadForAnAddressLiteral) {
+    loop.hasThreads = false;
+    for (const char* literal : {"192.0.2.7", "2001:db8::7"}) {
+        std::optional<Resolution> resolution;
+        network->resolve(literal, [&resolution](const Resolution& told) { resolution = told; });
+        EXPECT_FALSE(resolution);
+
+        loop.runPending();
+        EXPECT_EQ(resolution, answerFor(literal));
+    }
+}
+
 TEST_F(LookupOrder, IsTriedAgainAfterThereWasNoThreadToGive) {
     loop.hasThreads = false;
     network->resolve("a", noting("first"));
