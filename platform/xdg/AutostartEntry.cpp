@@ -25,7 +25,7 @@ constexpr auto onlyShowIn = "OnlyShowIn";
 constexpr auto notShowIn = "NotShowIn";
 constexpr auto hidden = "Hidden";
 constexpr auto gnomeEnabled = "X-GNOME-Autostart-enabled";
-/// Beside the desktop's own switches: that it was not the desktop who used them.
+/// Set when the program, and not the desktop, has hidden the entry.
 constexpr auto withdrawn = "X-Tarnwick-Withdrawn";
 } // namespace Key
 
@@ -40,31 +40,13 @@ std::string failure(const fs::path& file, const std::error_code& error) {
     return "Can’t change " + file.string() + ": " + error.message();
 }
 
-bool isWithdrawn(const DesktopEntry& entry) {
-    return entry.boolean(Key::withdrawn).value_or(false);
-}
-
-/// A hidden entry starts nowhere. Where a desktop has shown a withdrawn one again, the other switch is only
-/// what the withdrawal has left.
-bool isSwitchedOff(const DesktopEntry& entry) {
-    const bool isDisabledInGnome = !entry.boolean(Key::gnomeEnabled).value_or(true);
-    return entry.boolean(Key::hidden).value_or(false) || (isDisabledInGnome && !isWithdrawn(entry));
-}
-
-/// Not every desktop knows every switch.
-void switchOff(DesktopEntry& entry) {
-    entry.setBoolean(Key::hidden, true);
-    entry.setBoolean(Key::gnomeEnabled, false);
-    entry.setBoolean(Key::withdrawn, true);
-}
-
 void removeSwitches(DesktopEntry& entry) {
     entry.remove(Key::hidden);
     entry.remove(Key::gnomeEnabled);
     entry.remove(Key::withdrawn);
 }
 
-/// An entry as it is first written, with what it starts.
+/// The entry that is written where there is none.
 DesktopEntry newEntry(std::string_view program, std::string_view command) {
     DesktopEntry entry;
     entry.set(Key::type, application);
@@ -82,18 +64,10 @@ bool holdsNothingElse(DesktopEntry entry) {
     return entry == newEntry(entry.value(Key::tryExec).value_or(""), entry.value(Key::exec).value_or(""));
 }
 
-/// A file that is no entry gives neither an entry nor an error.
+/// Neither an entry nor an error where the file is no desktop entry.
 std::optional<DesktopEntry> read(const fs::path& file, std::error_code& error) {
     const auto text = FileStore::read(file, error);
     return text ? DesktopEntry::parse(*text) : std::nullopt;
-}
-
-void setOrRemove(DesktopEntry& entry, std::string_view key, const std::vector<std::string>& list) {
-    if (list.empty()) {
-        entry.remove(key);
-    } else {
-        entry.setList(key, list);
-    }
 }
 
 bool isAbsent(const std::error_code& error) {
@@ -155,8 +129,12 @@ LoginItem::Status AutostartEntry::status() const {
 }
 
 LoginItem::Status AutostartEntry::statusOf(const DesktopEntry& entry) const {
-    if (isSwitchedOff(entry)) {
-        return isWithdrawn(entry) ? Status::notRegistered : Status::requiresApproval;
+    const bool isHidden = entry.boolean(Key::hidden).value_or(false);
+    if (isHidden && entry.boolean(Key::withdrawn).value_or(false)) {
+        return Status::notRegistered;
+    }
+    if (isHidden || !entry.boolean(Key::gnomeEnabled).value_or(true)) {
+        return Status::requiresApproval;
     }
     return startsHere(entry) ? Status::enabled : Status::notRegistered;
 }
@@ -170,7 +148,7 @@ bool AutostartEntry::startsHere(const DesktopEntry& entry) const {
            && isForThisDesktop(entry);
 }
 
-/// Only where that is certain: a script or another program that it names may start this one in the end.
+/// Only where that is certain: an entry that names a script or another program may still start this one.
 bool AutostartEntry::startsAnotherCopy(const DesktopEntry& entry) const {
     const auto command = entry.value(Key::exec);
     const auto name = command ? DesktopCommand::program(*command) : std::nullopt;
@@ -197,25 +175,6 @@ bool AutostartEntry::isForThisDesktop(const DesktopEntry& entry) const {
     return !only;
 }
 
-void AutostartEntry::admitThisDesktop(DesktopEntry& entry) const {
-    auto excluded = entry.list(Key::notShowIn).value_or(std::vector<std::string>());
-    const auto isPresent = [this](const std::string& desktop) {
-        return std::ranges::find(session_.desktops, desktop) != session_.desktops.end();
-    };
-    if (std::erase_if(excluded, isPresent) > 0) {
-        setOrRemove(entry, Key::notShowIn, excluded);
-    }
-    if (isForThisDesktop(entry)) {
-        return;
-    }
-    std::vector<std::string> only;
-    if (!session_.desktops.empty()) {
-        only = entry.list(Key::onlyShowIn).value_or(only);
-        only.push_back(session_.desktops.front());
-    }
-    setOrRemove(entry, Key::onlyShowIn, only);
-}
-
 std::optional<std::string> AutostartEntry::enroll() {
     if (session_.isSandboxed) {
         return "Can’t be set from inside a sandbox. Add Tarnwick to what your desktop starts.";
@@ -223,29 +182,25 @@ std::optional<std::string> AutostartEntry::enroll() {
     if (!program_) {
         return "Can’t tell where this program is";
     }
-    const std::string command = DesktopCommand::starting(*program_);
-    const DesktopEntry fresh = newEntry(program_->native(), command);
     std::error_code error;
     auto entry = read(userFile(), error);
-    if (isAbsent(error)) {
-        entry = systemEntry();
-    } else if (error) {
-        return failure(userFile(), error);
-    } else if (!entry) {
-        error = FileStore::keepAside(userFile());
-        if (error) {
-            return failure(userFile(), error);
-        }
+    if (!entry && !error) {
+        error = FileStore::keepAside(userFile()); // no desktop entry
     }
+    if (error && !isAbsent(error)) {
+        return failure(userFile(), error);
+    }
+    const std::string command = DesktopCommand::starting(*program_);
     if (!entry) {
-        return write(fresh);
+        return write(newEntry(program_->native(), command));
     }
     removeSwitches(*entry);
     entry->set(Key::type, application);
     entry->set(Key::tryExec, program_->native());
     entry->set(Key::exec, command);
     if (!isForThisDesktop(*entry)) {
-        admitThisDesktop(*entry);
+        entry->remove(Key::onlyShowIn);
+        entry->remove(Key::notShowIn);
     }
     return write(*entry);
 }
@@ -265,7 +220,8 @@ std::optional<std::string> AutostartEntry::withdraw() {
         entry = std::move(ofSystem);
     }
     if (entry) {
-        switchOff(*entry);
+        entry->setBoolean(Key::hidden, true);
+        entry->setBoolean(Key::withdrawn, true);
         return write(*entry);
     }
     return std::nullopt;

@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// They mean the same everywhere without quotation marks.
+/// Needs no quotation marks.
 bool isPlain(char letter) {
     constexpr std::string_view signs = "/._-+,:@";
     return std::isalnum(static_cast<unsigned char>(letter)) != 0
@@ -49,7 +49,7 @@ std::string starting(const fs::path& program) {
     if (path.find('%') == std::string::npos) {
         return inQuotes(path);
     }
-    // Desktops look for the program before they turn "%%" into "%", which they do in its arguments alone.
+    // Desktops turn "%%" into "%" in arguments only, not in the program's name: a shell starts it.
     return "sh -c " + inQuotes(R"(exec "$0")") + " " + inQuotes(path);
 }
 

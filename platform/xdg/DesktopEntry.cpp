@@ -3,6 +3,7 @@
 #include "core/Text.h"
 
 #include <algorithm>
+#include <sstream>
 
 namespace tarnwick {
 
@@ -25,13 +26,9 @@ std::string_view keyOf(std::string_view line) {
     return isSetting ? Text::trimmed(line.substr(0, equals)) : std::string_view();
 }
 
-/// The signs of `separators` too.
-std::string escaped(std::string_view value, std::string_view separators = "") {
+std::string escaped(std::string_view value) {
     std::string raw;
     for (const char letter : value) {
-        if (separators.find(letter) != std::string_view::npos) {
-            raw += '\\';
-        }
         switch (letter) {
         case '\\':
             raw += "\\\\";
@@ -84,15 +81,6 @@ std::optional<std::string> unescaped(std::string_view raw) {
         value += *letter;
     }
     return value;
-}
-
-/// Up to the first semicolon that is not escaped.
-std::string_view firstPart(std::string_view rawList) {
-    std::size_t at = 0;
-    while (at < rawList.size() && rawList[at] != ';') {
-        at += rawList[at] == '\\' ? 2 : 1;
-    }
-    return rawList.substr(0, at);
 }
 
 } // namespace
@@ -152,11 +140,10 @@ std::optional<std::string> DesktopEntry::value(std::string_view key) const {
 
 std::optional<bool> DesktopEntry::boolean(std::string_view key) const {
     const auto raw = rawValue(key);
-    // The numbers are of older entries.
-    if (raw == "true" || raw == "1") {
+    if (raw == "true") {
         return true;
     }
-    return raw == "false" || raw == "0" ? std::optional(false) : std::nullopt;
+    return raw == "false" ? std::optional(false) : std::nullopt;
 }
 
 std::optional<std::vector<std::string>> DesktopEntry::list(std::string_view key) const {
@@ -165,17 +152,9 @@ std::optional<std::vector<std::string>> DesktopEntry::list(std::string_view key)
         return std::nullopt;
     }
     std::vector<std::string> parts;
-    std::string_view rest = *raw;
-    while (!rest.empty()) {
-        const std::string_view rawPart = firstPart(rest);
-        rest.remove_prefix(std::min(rawPart.size() + 1, rest.size()));
-        auto part = unescaped(rawPart);
-        if (!part) {
-            return std::nullopt;
-        }
-        if (!part->empty()) {
-            parts.push_back(std::move(*part));
-        }
+    std::istringstream list(*raw);
+    for (std::string part; std::getline(list, part, ';');) {
+        parts.push_back(part);
     }
     return parts;
 }
@@ -202,14 +181,6 @@ void DesktopEntry::set(std::string_view key, std::string_view value) {
 
 void DesktopEntry::setBoolean(std::string_view key, bool value) {
     setRaw(key, value ? "true" : "false");
-}
-
-void DesktopEntry::setList(std::string_view key, const std::vector<std::string>& parts) {
-    std::string raw;
-    for (const std::string& part : parts) {
-        raw += escaped(part, ";") + ";";
-    }
-    setRaw(key, raw);
 }
 
 void DesktopEntry::remove(std::string_view key) {

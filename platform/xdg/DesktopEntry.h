@@ -1,4 +1,4 @@
-// The text of a desktop entry: one group of keys, changed without touching anything else in the file.
+// The text of a desktop entry. Changing a key of its main group leaves the rest of the text alone.
 #pragma once
 
 #include <optional>
@@ -9,33 +9,31 @@
 
 namespace tarnwick {
 
-/// Comments, other groups, localized and unknown keys and their order stay as they are. A value.
+/// Comments, other groups, localized and unknown keys, and their order stay. A value type.
 class DesktopEntry {
 public:
-    /// Without any key.
+    /// Has no keys.
     DesktopEntry() : lines_{"[Desktop Entry]"} {}
 
-    /// Nothing when the text is no desktop entry: then desktops do not read it either.
+    /// Nothing when the text is no desktop entry.
     [[nodiscard]] static std::optional<DesktopEntry> parse(std::string_view text);
 
     [[nodiscard]] std::string text() const;
 
-    /// Absent also when it is written in a way that nobody can read. Where a key stands twice, the last one
-    /// holds.
+    /// Absent also when it has an unknown escape. Of a key that stands twice, the last one counts.
     [[nodiscard]] std::optional<std::string> value(std::string_view key) const;
     [[nodiscard]] std::optional<bool> boolean(std::string_view key) const;
-    /// The parts between semicolons that are not escaped; empty ones are left out.
+    /// The parts between semicolons, such as names of desktops.
     [[nodiscard]] std::optional<std::vector<std::string>> list(std::string_view key) const;
 
     void set(std::string_view key, std::string_view value);
     void setBoolean(std::string_view key, bool value);
-    void setList(std::string_view key, const std::vector<std::string>& parts);
     void remove(std::string_view key);
 
     friend bool operator==(const DesktopEntry&, const DesktopEntry&) = default;
 
 private:
-    /// Of the group's lines: the first, and the one behind the last.
+    /// The lines of the main group, without its header: first and end.
     [[nodiscard]] std::pair<std::size_t, std::size_t> range() const;
     [[nodiscard]] std::optional<std::string> rawValue(std::string_view key) const;
     void setRaw(std::string_view key, const std::string& raw);

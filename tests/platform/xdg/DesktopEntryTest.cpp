@@ -99,9 +99,8 @@ TEST(DesktopEntryTest, ATextWithoutALastLineBreakIsWhole) {
     EXPECT_THAT(parsed("[Desktop Entry]\nExec=a").value("Exec"), Optional(std::string("a")));
 }
 
-TEST(DesktopEntryTest, BooleansAreReadInBothNotations) {
-    EXPECT_THAT(withLine("Hidden=1").boolean("Hidden"), Optional(true));
-    EXPECT_THAT(withLine("Hidden=0").boolean("Hidden"), Optional(false));
+TEST(DesktopEntryTest, BooleansAreTrueOrFalse) {
+    EXPECT_THAT(withLine("Hidden=true").boolean("Hidden"), Optional(true));
     EXPECT_THAT(withLine("Hidden=false").boolean("Hidden"), Optional(false));
     EXPECT_EQ(withLine("Hidden=yes").boolean("Hidden"), std::nullopt);
     EXPECT_EQ(withLine("Hidden=").boolean("Hidden"), std::nullopt);
@@ -112,7 +111,7 @@ TEST(DesktopEntryTest, EscapesAreRead) {
         withLine(R"(Comment=\sa\tb\nc\\d\re)").value("Comment"), Optional(std::string(" a\tb\nc\\d\re")));
 }
 
-TEST(DesktopEntryTest, AnEscapeThatNobodyKnowsReadsAsAbsent) {
+TEST(DesktopEntryTest, AnUnknownEscapeReadsAsAbsent) {
     EXPECT_EQ(withLine(R"(Exec="a\$b")").value("Exec"), std::nullopt);
     EXPECT_EQ(withLine(R"(Exec=a\)").value("Exec"), std::nullopt);
 }
@@ -125,26 +124,7 @@ TEST(DesktopEntryTest, ListsAreReadWithAndWithoutTheLastSemicolon) {
     EXPECT_EQ(withLine("").list("OnlyShowIn"), std::nullopt);
 }
 
-TEST(DesktopEntryTest, AnEscapedSemicolonIsOfItsPart) {
-    EXPECT_THAT(withLine(R"(NotShowIn=A\;B;X;)").list("NotShowIn"), Optional(ElementsAre("A;B", "X")));
-    EXPECT_THAT(
-        withLine(R"(NotShowIn=A\\;B\\\;C;)").list("NotShowIn"), Optional(ElementsAre("A\\", "B\\;C")));
-}
-
-TEST(DesktopEntryTest, AListWithAnEscapeThatNobodyKnowsReadsAsAbsent) {
-    EXPECT_EQ(withLine(R"(NotShowIn=A;\B;C;)").list("NotShowIn"), std::nullopt);
-    EXPECT_EQ(withLine(R"(NotShowIn=A;B\)").list("NotShowIn"), std::nullopt);
-}
-
-TEST(DesktopEntryTest, ASemicolonInAPartOfAListIsWrittenEscaped) {
-    DesktopEntry entry;
-
-    entry.setList("NotShowIn", std::vector<std::string>{"A;B", "X"});
-
-    EXPECT_EQ(entry.text(), "[Desktop Entry]\nNotShowIn=A\\;B;X;\n");
-}
-
-TEST(DesktopEntryTest, ASemicolonInAValueThatIsNoListIsWrittenAsItIs) {
+TEST(DesktopEntryTest, ASemicolonIsWrittenAsItIs) {
     DesktopEntry entry;
 
     entry.set("Comment", "A;B");
@@ -152,38 +132,17 @@ TEST(DesktopEntryTest, ASemicolonInAValueThatIsNoListIsWrittenAsItIs) {
     EXPECT_EQ(entry.text(), "[Desktop Entry]\nComment=A;B\n");
 }
 
-TEST(DesktopEntryTest, AListIsWrittenWithTheLastSemicolon) {
-    DesktopEntry entry;
-
-    entry.setList("OnlyShowIn", std::vector<std::string>{"GNOME", "XFCE"});
-
-    EXPECT_EQ(entry.text(), "[Desktop Entry]\nOnlyShowIn=GNOME;XFCE;\n");
-}
-
 TEST(DesktopEntryTest, AnyValueIsReadBackAsItWasSet) {
     EXPECT_TRUE(rc::check("a value comes back", [] {
         const auto value =
             *rc::gen::container<std::string>(rc::gen::elementOf(std::string("ab \\;=\"$`%#[]\n\t\rä")));
-        // White space at the end is nobody's intention.
+        // White space at the end is lost.
         RC_PRE(value.empty() || std::string_view(" \n\t\r").find(value.back()) == std::string_view::npos);
         DesktopEntry entry;
         entry.set("Key", value);
         const auto again = DesktopEntry::parse(entry.text());
         RC_ASSERT(again.has_value());
         RC_ASSERT(again->value("Key") == std::optional(value));
-    }));
-}
-
-TEST(DesktopEntryTest, AnyListIsReadBackAsItWasSet) {
-    EXPECT_TRUE(rc::check("a list comes back", [] {
-        const auto part = rc::gen::nonEmpty(
-            rc::gen::container<std::string>(rc::gen::elementOf(std::string("ab \\;=\"$`%#[]\n\t\rä"))));
-        const auto parts = *rc::gen::container<std::vector<std::string>>(part);
-        DesktopEntry entry;
-        entry.setList("Key", parts);
-        const auto again = DesktopEntry::parse(entry.text());
-        RC_ASSERT(again.has_value());
-        RC_ASSERT(again->list("Key") == std::optional(parts));
     }));
 }
 
