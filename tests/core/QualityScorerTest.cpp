@@ -1,45 +1,20 @@
 // Score, loss and newly lost pings of a window.
 #include "core/QualityScorer.h"
 
+#include "tests/core/CaseFile.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <iterator>
 #include <limits>
+#include <sstream>
 
 namespace tarnwick {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-
-using Pings = std::vector<PendingPing>;
-
-/// Threshold 100 ms, time-out 4 s, interval 1 s: perfect up to 0.1 s, zero at 1.0 s, a window of 30 s.
-const ScoringConfig config = ScoringConfig::original(100, 4, 1);
-
-PendingPing answered(std::uint64_t id, double sent, double roundTrip) {
-    return {.id = id, .sent = sent, .reply = sent + roundTrip};
-}
-
-PendingPing outstanding(std::uint64_t id, double sent) {
-    return {.id = id, .sent = sent};
-}
-
-PendingPing lost(PendingPing ping) {
-    ping.lost = true;
-    return ping;
-}
-
-/// One ping alone in the window, answered after so many seconds.
-Evaluation evaluationOfOneReply(double roundTrip) {
-    Pings pings{answered(1, 0, roundTrip)};
-    return QualityScorer::evaluate(pings, 10, config);
-}
-
-Evaluation evaluationOfOneWaitingFor(double age) {
-    Pings pings{outstanding(1, 0)};
-    return QualityScorer::evaluate(pings, age, config);
-}
 
 TEST(ScoringConfig, ComesFromTheUsersSettings) {
     EXPECT_EQ(
@@ -70,153 +45,81 @@ TEST(QualityScorer, HasItsConstants) {
     EXPECT_EQ(ScoringConfig::minimumPingsInWindow, 10.0);
 }
 
-TEST(Evaluation, OfNoPingsHasNoScoreAndNoLoss) {
-    Pings none;
-    EXPECT_EQ(QualityScorer::evaluate(none, 5, config), Evaluation());
+/// Six decimals, without trailing zeros.
+std::string written(double value) {
+    std::ostringstream text;
+    text << std::setprecision(9) << std::round(value * 1e6) / 1e6 + 0.0;
+    return text.str();
 }
 
-TEST(Evaluation, OfPingsThatHaveAllLeftTheWindowHasNoScoreAndNoLoss) {
-    Pings pings{answered(1, 0, 0.05), outstanding(2, 1)};
-    EXPECT_EQ(QualityScorer::evaluate(pings, 40, config), Evaluation());
-    EXPECT_THAT(pings, IsEmpty());
-}
+/// Plays one case of cases/evaluation.txt.
+class EvaluationTest : public testing::TestWithParam<test::Case> {
+protected:
+    std::string play(const test::CaseStep& step) {
+        const std::string& name = step.words.front();
+        if (name == "settings") {
+            config_ = ScoringConfig::original(step.number(1), step.number(2), step.number(3));
+            return {};
+        }
+        if (name == "ping") {
+            addPing(step);
+            return {};
+        }
+        if (name == "at") {
+            return outcome(QualityScorer::evaluate(pings_, step.number(1), config_));
+        }
+        if (name == "held") {
+            return ids(pings_);
+        }
+        if (name == "marked") {
+            std::vector<PendingPing> marked;
+            std::ranges::copy_if(pings_, std::back_inserter(marked), &PendingPing::lost);
+            return ids(marked);
+        }
+        return "no such step";
+    }
 
-TEST(Evaluation, KeepsAPingExactlyAsOldAsTheWindowAndDropsAnOlderOne) {
-    Pings pings{answered(1, 0, 0.05), answered(2, 1, 0.05), answered(3, 2, 0.05)};
-    const Evaluation evaluation = QualityScorer::evaluate(pings, 31, config);
-    EXPECT_THAT(pings, ElementsAre(answered(2, 1, 0.05), answered(3, 2, 0.05)));
-    EXPECT_EQ(evaluation.score, 1.0);
-}
+private:
+    void addPing(const test::CaseStep& step) {
+        const double sent = step.number(1);
+        const bool isAnswered = !step.word(2).empty() && step.word(2) != "-";
+        pings_.push_back({
+            .id = pings_.size() + 1,
+            .sent = sent,
+            .reply = isAnswered ? std::optional(sent + step.number(2)) : std::nullopt,
+            .lost = step.word(3) == "lost",
+        });
+    }
 
-TEST(Evaluation, OfYoungOutstandingPingsAloneHasNoScoreAndNoLoss) {
-    Pings pings{outstanding(1, 0), outstanding(2, 0.5)};
-    EXPECT_EQ(QualityScorer::evaluate(pings, 0.9, config), Evaluation());
-}
+    static std::string ids(const std::vector<PendingPing>& pings) {
+        std::string text;
+        for (const PendingPing& ping : pings) {
+            text += (text.empty() ? "" : " ") + std::to_string(ping.id);
+        }
+        return text;
+    }
 
-TEST(Evaluation, OfTheSamePingsLaterHasAScoreOfZeroOrLessAndStillNoLoss) {
-    Pings pings{outstanding(1, 0), outstanding(2, 0.5)};
-    const Evaluation later = QualityScorer::evaluate(pings, 3, config);
-    ASSERT_TRUE(later.score);
-    EXPECT_LE(*later.score, 0);
-    EXPECT_EQ(later.lossPercent, 0);
-    EXPECT_THAT(later.newlyLost, IsEmpty());
-}
+    static std::string outcome(const Evaluation& evaluation) {
+        std::string text = evaluation.score ? written(*evaluation.score) : "none";
+        text += " " + written(evaluation.lossPercent);
+        if (!evaluation.newlyLost.empty()) {
+            EXPECT_THAT(evaluation.newlyLost, testing::Each(testing::Field(&PendingPing::lost, true)));
+            text += " lost " + ids(evaluation.newlyLost);
+        }
+        return text;
+    }
 
-struct Scored {
-    double seconds;
-    double score;
+    ScoringConfig config_ = ScoringConfig::original(100, 4, 1);
+    std::vector<PendingPing> pings_;
 };
 
-class ScoreOfOneReply : public testing::TestWithParam<Scored> {};
-
 INSTANTIATE_TEST_SUITE_P(
-    QualityScorer, ScoreOfOneReply,
-    testing::Values(
-        Scored{0, 1}, Scored{0.05, 1}, Scored{0.1, 1}, Scored{0.55, 0.5}, Scored{1.0, 0}, Scored{1.9, -1},
-        Scored{3.1, -2 - 1.0 / 3}, Scored{3.25, -2.5}, Scored{3.7, -2.5}, Scored{4, -2.5}));
+    QualityScorer, EvaluationTest, testing::ValuesIn(test::readCases("evaluation.txt")), test::caseName);
 
-TEST_P(ScoreOfOneReply, FallsWithItsRoundTripDownToTheFloor) {
-    const Evaluation evaluation = evaluationOfOneReply(GetParam().seconds);
-    ASSERT_TRUE(evaluation.score);
-    EXPECT_NEAR(*evaluation.score, GetParam().score, 1e-12);
-    EXPECT_EQ(evaluation.lossPercent, 0);
-}
-
-TEST(Evaluation, ScoresExactlyOneAtTheLowThreshold) {
-    EXPECT_EQ(evaluationOfOneReply(config.lowThreshold).score, 1.0);
-}
-
-TEST(Evaluation, TakesAReplyExactlyAtTheTimeoutForNoLoss) {
-    const Evaluation evaluation = evaluationOfOneReply(config.timeout);
-    EXPECT_EQ(evaluation.score, -2.5);
-    EXPECT_EQ(evaluation.lossPercent, 0);
-}
-
-TEST(Evaluation, TakesAReplyAfterTheTimeoutForALoss) {
-    Pings pings{answered(1, 0, 4.01)};
-    const Evaluation evaluation = QualityScorer::evaluate(pings, 10, config);
-    EXPECT_EQ(evaluation.score, -2.5);
-    EXPECT_EQ(evaluation.lossPercent, 100);
-    EXPECT_THAT(evaluation.newlyLost, ElementsAre(lost(answered(1, 0, 4.01))));
-    EXPECT_THAT(pings, ElementsAre(lost(answered(1, 0, 4.01))));
-}
-
-TEST(Evaluation, PassesOverAnOutstandingPingUntilTheHighThreshold) {
-    EXPECT_EQ(evaluationOfOneWaitingFor(0.99).score, std::nullopt);
-}
-
-TEST(Evaluation, ScoresAnOutstandingPingFromTheHighThresholdOnAsIfItCameBackNow) {
-    const Evaluation atThreshold = evaluationOfOneWaitingFor(1.0);
-    ASSERT_TRUE(atThreshold.score);
-    EXPECT_NEAR(*atThreshold.score, 0, 1e-12);
-    const Evaluation later = evaluationOfOneWaitingFor(1.9);
-    ASSERT_TRUE(later.score);
-    EXPECT_NEAR(*later.score, -1, 1e-12);
-}
-
-TEST(Evaluation, TakesAnOutstandingPingExactlyAtTheTimeoutForNoLoss) {
-    EXPECT_EQ(evaluationOfOneWaitingFor(4).lossPercent, 0);
-    EXPECT_EQ(evaluationOfOneWaitingFor(4.01).lossPercent, 100);
-}
-
-TEST(Evaluation, PassesOverAnOutstandingPingPastATimeoutThatIsBelowTheHighThreshold) {
-    const ScoringConfig impatient = ScoringConfig::original(2000, 1, 1);
-    Pings pings{outstanding(1, 0)};
-    EXPECT_EQ(QualityScorer::evaluate(pings, 2.5, impatient), Evaluation());
-    EXPECT_EQ(QualityScorer::evaluate(pings, 2.9, impatient).lossPercent, 100);
-}
-
-TEST(Evaluation, CountsYoungOutstandingPingsInTheLossDenominator) {
-    Pings pings{outstanding(1, 0), outstanding(2, 9.5)};
-    EXPECT_EQ(QualityScorer::evaluate(pings, 10, config).lossPercent, 50);
-}
-
-TEST(Evaluation, ReportsALostPingOnceAndCountsItEachTime) {
-    Pings pings{outstanding(1, 0)};
-    const Evaluation first = QualityScorer::evaluate(pings, 5, config);
-    const Evaluation second = QualityScorer::evaluate(pings, 6, config);
-
-    EXPECT_THAT(first.newlyLost, ElementsAre(lost(outstanding(1, 0))));
-    EXPECT_THAT(second.newlyLost, IsEmpty());
-    EXPECT_EQ(first.lossPercent, 100);
-    EXPECT_EQ(second.lossPercent, 100);
-    EXPECT_EQ(second.score, -2.5);
-}
-
-TEST(Evaluation, ReportsNewlyLostPingsInTheirOrder) {
-    Pings pings{outstanding(1, 0), answered(2, 1, 0.05), answered(3, 2, 4.5), lost(outstanding(4, 3))};
-    EXPECT_THAT(
-        QualityScorer::evaluate(pings, 10, config).newlyLost,
-        ElementsAre(lost(outstanding(1, 0)), lost(answered(3, 2, 4.5))));
-}
-
-TEST(Evaluation, OfOneLostPingInThirtyHasALossOfAThirtieth) {
-    Pings pings;
-    for (std::uint64_t id = 0; id < 30; ++id) {
-        pings.push_back(answered(id, static_cast<double>(id), 0.02));
+TEST_P(EvaluationTest, Holds) {
+    for (const test::CaseStep& step : GetParam().steps) {
+        EXPECT_EQ(play(step), step.expected) << test::place(GetParam(), step);
     }
-    pings[3].reply.reset();
-    EXPECT_NEAR(QualityScorer::evaluate(pings, 29.5, config).lossPercent, 100.0 / 30, 1e-12);
-}
-
-TEST(Evaluation, WeighsLaterPingsMore) {
-    Pings worsening{answered(1, 0, 0.05), answered(2, 1, 1.0)};
-    Pings improving{answered(1, 0, 1.0), answered(2, 1, 0.05)};
-    const Evaluation worse = QualityScorer::evaluate(worsening, 10, config);
-    const Evaluation better = QualityScorer::evaluate(improving, 10, config);
-
-    ASSERT_TRUE(worse.score && better.score);
-    EXPECT_NEAR(*worse.score, 1.0 / 2.2, 1e-12);
-    EXPECT_NEAR(*better.score, 1.2 / 2.2, 1e-12);
-}
-
-TEST(Evaluation, GivesPassedOverPingsNoWeight) {
-    Pings pings{answered(1, 0, 0.05), outstanding(2, 9.5), answered(3, 9.6, 0.05)};
-    EXPECT_EQ(QualityScorer::evaluate(pings, 10, config).score, 1.0);
-    Pings mixed{answered(1, 0, 1.0), outstanding(2, 9.5), answered(3, 9.6, 0.05)};
-    const Evaluation evaluation = QualityScorer::evaluate(mixed, 10, config);
-    ASSERT_TRUE(evaluation.score);
-    EXPECT_NEAR(*evaluation.score, 1.2 / 2.2, 1e-12);
 }
 
 struct Lit {
