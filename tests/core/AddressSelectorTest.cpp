@@ -111,6 +111,12 @@ TEST(AddressSelector, GoesBackToAnAddressThatAnswersLate) {
     EXPECT_EQ(selector.waitingSince, std::nullopt);
 }
 
+TEST(AddressSelector, NeverMovesWithALoneAddress) {
+    AddressSelector selector{.count = 1, .deadline = 4, .index = 1, .waitingSince = 7};
+    EXPECT_FALSE(selector.replied(0));
+    EXPECT_EQ(selector, (AddressSelector{.count = 1, .deadline = 4, .index = 1}));
+}
+
 class ReplyFromAnUnknownAddress : public testing::TestWithParam<int> {};
 
 INSTANTIATE_TEST_SUITE_P(AddressSelector, ReplyFromAnUnknownAddress, testing::Values(-1, 2, 3, 1'000'000));

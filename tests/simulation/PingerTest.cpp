@@ -84,6 +84,20 @@ protected:
         network.setSendFails(false);
     }
 
+    void destroyAtTheNextEvent() {
+        events.clear();
+        pinger->onEvent = [this](const Pinger::Event& event) {
+            events.push_back(text(event));
+            pinger.reset();
+        };
+    }
+
+    void expectNothingAfter(const std::string& event) {
+        loop.advance(1);
+        EXPECT_THAT(events, ElementsAre(event));
+        EXPECT_EQ(network.openSockets(), 0U);
+    }
+
     VirtualRunLoop loop;
     VirtualNetwork network{loop};
     std::unique_ptr<Pinger> pinger;
@@ -146,16 +160,20 @@ TEST_F(PingerTest, IsNotRunningWhileItResolves) {
     EXPECT_FALSE(pinger->send(1));
 }
 
-TEST_F(PingerTest, SendingBeforeTheStartIsRefusedAndRecordsNothing) {
+TEST_F(PingerTest, SendingBeforeTheAddressesAreKnownRecordsNothing) {
+    resolveTo({first, second});
+    EXPECT_FALSE(pinger->send(6));
+    pinger->start();
     EXPECT_FALSE(pinger->send(7));
-
-    startOn({first, second});
+    loop.runPending();
     failToSend(8);
     events.clear();
+
+    answer(6);
     answer(7);
 
-    // Had the early ping been recorded with the first address, its answer would lead back there.
-    EXPECT_THAT(events, ElementsAre("reply 7"));
+    // Had an early ping been recorded with the first address, its answer would lead back there.
+    EXPECT_THAT(events, ElementsAre("reply 6", "reply 7"));
     EXPECT_EQ(network.sent().size(), 1U);
 }
 
@@ -491,26 +509,18 @@ TEST_F(PingerTest, ASecondCopyOfAnAnswerMovesNothing) {
     EXPECT_THAT(events, ElementsAre("reply 1"));
 }
 
-TEST_F(PingerTest, SixtyFourPingsAreRemembered) {
+TEST_F(PingerTest, TheNewestSixtyFourPingsAreRemembered) {
     startOn({first, second});
-    failToSend(1);
-    sendAll(2, 64);
+    sendAll(1, 2);
+    failToSend(3);
+    sendAll(4, 65);
     events.clear();
 
     answer(1);
-
-    EXPECT_THAT(events, ElementsAre("switched 192.0.2.1", "reply 1"));
-}
-
-TEST_F(PingerTest, TheOldestOfSixtyFivePingsIsForgottenButItsAnswerReported) {
-    startOn({first, second});
-    failToSend(1);
-    sendAll(2, 65);
-    events.clear();
-
-    answer(1);
-
     EXPECT_THAT(events, ElementsAre("reply 1"));
+    answer(2);
+
+    EXPECT_THAT(events, ElementsAre("reply 1", "switched 192.0.2.1", "reply 2"));
 }
 
 TEST_F(PingerTest, FailsOverBetweenFamilies) {
@@ -617,20 +627,53 @@ TEST_F(PingerTest, MayBeStoppedByItsListenerWhileDatagramsWait) {
     EXPECT_EQ(network.openSockets(), 0U);
 }
 
-TEST_F(PingerTest, MayBeDestroyedByItsListenerInAnyEvent) {
+TEST_F(PingerTest, MayBeDestroyedByItsListenerWhenItStarts) {
+    resolveTo({first});
+    destroyAtTheNextEvent();
+
+    pinger->start();
+    loop.runPending();
+
+    expectNothingAfter("started 192.0.2.1");
+}
+
+TEST_F(PingerTest, MayBeDestroyedByItsListenerWhenItFails) {
+    resolveTo({});
+    destroyAtTheNextEvent();
+
+    pinger->start();
+    loop.runPending();
+
+    expectNothingAfter("failed: Could not open ICMP socket: no usable address");
+}
+
+TEST_F(PingerTest, MayBeDestroyedByItsListenerWhenASendMovesIt) {
+    startOn({first, second});
+    destroyAtTheNextEvent();
+
+    failToSend(1);
+
+    expectNothingAfter("switched 192.0.2.2");
+}
+
+TEST_F(PingerTest, MayBeDestroyedByItsListenerWhenAReplyMovesIt) {
     startOn({first, second});
     pinger->send(1);
     failToSend(2);
-    events.clear();
-    pinger->onEvent = [this](const Pinger::Event& event) {
-        events.push_back(text(event));
-        pinger.reset();
-    };
+    destroyAtTheNextEvent();
 
     answer(1);
 
-    EXPECT_THAT(events, ElementsAre("switched 192.0.2.1"));
-    EXPECT_EQ(network.openSockets(), 0U);
+    expectNothingAfter("switched 192.0.2.1");
+}
+
+TEST_F(PingerTest, MayBeDestroyedByItsListenerWhileRepliesWait) {
+    startOn({first});
+    destroyAtTheNextEvent();
+
+    network.deliverTogether(AF_INET, VirtualNetwork::echoReply(1, identifier, AF_INET), 3);
+
+    expectNothingAfter("reply 1");
 }
 
 TEST_F(PingerTest, MayBeRestartedByItsListener) {
