@@ -40,8 +40,13 @@ StatsRecorder::Saved StatsRecorder::save(
     const std::string& host, const StatCounter& counter, FileStore::Durability durability) {
     const StatsLock::Attempt attempt = lock_.acquire();
     const State before = std::exchange(state_, stateAfter(attempt));
-    if (attempt == StatsLock::Attempt::taken && hasOthersFigures(before)) {
-        return Saved::tookOver;
+    if (attempt == StatsLock::Attempt::taken) {
+        StatsByHost present = store_.load();
+        if (before == State::otherRecords || isFromAnotherWriter(present)) {
+            onDisk_ = present;
+            allTimeStats_ = std::move(present);
+            return Saved::tookOver;
+        }
     }
     allTimeStats_[host] = counter;
     if (state_ == State::records) {
@@ -50,16 +55,9 @@ StatsRecorder::Saved StatsRecorder::save(
     return Saved::asTold;
 }
 
-bool StatsRecorder::hasOthersFigures(State before) {
-    StatsByHost present = store_.load();
-    // Where nobody else has written, what was counted here still goes on from what is on disk. Nor are
-    // figures that are gone anybody's.
-    const bool isOthers = before == State::otherRecords || (!present.empty() && present != onDisk_);
-    if (isOthers) {
-        onDisk_ = present;
-        allTimeStats_ = std::move(present);
-    }
-    return isOthers;
+bool StatsRecorder::isFromAnotherWriter(const StatsByHost& present) const {
+    // A file that was removed is not another writer's.
+    return !present.empty() && present != onDisk_;
 }
 
 void StatsRecorder::write(FileStore::Durability durability) {

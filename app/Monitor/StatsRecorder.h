@@ -37,8 +37,7 @@ public:
     [[nodiscard]] State state() const { return state_; }
 
 private:
-    /// Takes over what another process has written since this one last knew the file.
-    [[nodiscard]] bool hasOthersFigures(State before);
+    [[nodiscard]] bool isFromAnotherWriter(const StatsByHost& present) const;
     void write(FileStore::Durability durability);
 
     StatsStore store_;
