@@ -31,10 +31,7 @@ ConnectionWatchdog::Config ConnectionWatchdog::Config::original(double timeout, 
 }
 
 ConnectionWatchdog::ConnectionWatchdog(const Config& config, double now)
-    : config_(config),
-      episodeStart_(now),
-      graceUntil_(now + config.grace),
-      restartBackoff_(config.replyTimeout) {
+    : config_(config), episodeStart_(now), graceUntil_(now + config.grace) {
 }
 
 ConnectionWatchdog::Actions ConnectionWatchdog::reset(double now, double restartAfter, bool newHost) {
@@ -45,9 +42,7 @@ ConnectionWatchdog::Actions ConnectionWatchdog::reset(double now, double restart
     graceUntil_ = now + config_.grace;
     lastRestart_.reset();
     restartDue_ = now + restartAfter;
-    restartBackoff_ = config_.replyTimeout;
     if (newHost) {
-        lastReplyAt_.reset();
         confirmed_ = false;
         downAnnounced_ = false;
     }
@@ -81,12 +76,11 @@ ConnectionWatchdog::Actions ConnectionWatchdog::replyReceived(double now) {
     Actions actions;
     lastReplyAt_ = now;
     confirmed_ = true;
-    restartBackoff_ = config_.replyTimeout;
     if (status_ == Status::down) {
         restartDue_.reset();
     }
     status_ = Status::up;
-    // The debt is cleared with alerts off too: switching them on later shall announce nothing stale.
+    // With alerts off too: turning them on later must not announce an old recovery.
     if (downAnnounced_) {
         downAnnounced_ = false;
         if (alertsEnabled_) {
