@@ -15,7 +15,7 @@ bool AddressSelector::sent(double now) {
     if (now - *waitingSince < deadline) {
         return false;
     }
-    // A lone address keeps being pinged, and its clock starts again with the next send.
+    // A single address stays the current one; its deadline starts anew with the next send.
     return sendFailed();
 }
 

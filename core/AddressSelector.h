@@ -1,4 +1,4 @@
-// Which of a host's addresses is pinged: stay while it answers, move on when it falls silent.
+// Chooses which of a host's addresses is pinged: the current one until it falls silent, then the next.
 #pragma once
 
 #include <optional>
@@ -11,13 +11,13 @@ struct AddressSelector {
     int index = 0;                                     ///< the current address
     std::optional<double> waitingSince = std::nullopt; ///< monotonic time of the first unanswered send to it
 
-    // Each tells whether `index` has moved to another address.
+    // Each returns whether `index` has moved to another address.
 
     /// A request went out at monotonic time `now`.
     bool sent(double now);
-    /// A request could not be sent: the next address is tried at once.
+    /// A request could not be sent: the next address is the current one now.
     bool sendFailed();
-    /// The address `from` answered: a late answer brings the choice back to it.
+    /// The address `from` answered. A late answer moves `index` back to it.
     bool replied(int from);
 
     friend bool operator==(const AddressSelector&, const AddressSelector&) = default;

@@ -1,4 +1,4 @@
-// Decides when the connection is down and when it is up, when the pinger is restarted, and what is announced.
+// Decides when the connection is down or up, when the pinger is restarted, and what is announced.
 #pragma once
 
 #include "core/PingError.h"
@@ -16,24 +16,24 @@ struct DownReason {
     Kind kind;
     std::string text = {}; ///< the system's words, for `socketError` only
 
-    /// A missing network path explains everything else, so it wins.
+    /// Without a network path the other reasons are only consequences.
     [[nodiscard]] static DownReason from(const std::optional<PingError>& startError, bool pathSatisfied);
 
     friend bool operator==(const DownReason&, const DownReason&) = default;
 };
 
-/// A state machine without timers, clock or input and output: it is told what happens, with the monotonic
-/// time, and returns what its owner shall do, in this order. All times in seconds.
+/// A state machine without timers, clock, input or output: told what happens and when, it returns the actions
+/// to carry out, in order. All times are monotonic seconds.
 class ConnectionWatchdog {
 public:
     struct Config {
         double replyTimeout;       ///< silence after pinging started that means down
         double maxSilence;         ///< silence that means down even when pinging never started
-        double grace;              ///< for so long after a reset or network change, a failed start is retried
+        double grace;              ///< after a reset or network change: a failed start is retried
         double retryDelay;         ///< before such a retry
         double minRestartInterval; ///< least time between two restarts
-        double maxRestartInterval; ///< ceiling of the back-off
-        double resolutionTimeout;  ///< longest a restart may stay unresolved
+        double maxRestartInterval; ///< upper limit of the back-off
+        double resolutionTimeout;  ///< longest time a restart may stay unresolved
 
         /// From the user's settings.
         [[nodiscard]] static Config original(double timeout, double pingInterval);
@@ -44,17 +44,17 @@ public:
     enum class Status { starting, up, down };
 
     enum class Action {
-        restartPinger, ///< stop and start it; then report `pingingStarted` or `startFailed`
-        startTimedOut, ///< stop the stalled pinger; it already counts as a failed start
+        restartPinger, ///< stop it, start it, then report `pingingStarted` or `startFailed`
+        startTimedOut, ///< stop the pinger; the watchdog already counts this start as failed
         announceDown,
         announceUp,
     };
     using Actions = std::vector<Action>;
 
-    /// Begins an episode at `now`; nothing is due before the first `reset`.
+    /// Begins an episode at `now`. No restart is due before the first `reset`.
     ConnectionWatchdog(const Config& config, double now);
 
-    /// Begins a new episode. The pinger is restarted `restartAfter` later; a new host owes no announcement.
+    /// Begins a new episode, with a restart after `restartAfter`. A new host drops an owed `announceUp`.
     [[nodiscard]] Actions reset(double now, double restartAfter, bool newHost);
     void pingingStarted(double now);
     [[nodiscard]] Actions startFailed(double now);
@@ -64,7 +64,7 @@ public:
 
     void setConfig(const Config& config) { config_ = config; }
 
-    /// Whether announcements may be made. Switching it on announces nothing that lies in the past.
+    /// Whether `announceDown` and `announceUp` are returned. Turning this on announces nothing past.
     void setAlertsEnabled(bool enabled) { alertsEnabled_ = enabled; }
 
     [[nodiscard]] Status status() const { return status_; }
@@ -85,16 +85,16 @@ private:
     Config config_;
     bool alertsEnabled_ = false;
     Status status_ = Status::starting;
-    bool isResolving_ = false; ///< a restart was asked for; the pinger has neither started nor failed yet
+    bool isResolving_ = false; ///< since `restartPinger`, until the pinger has started or failed
     std::optional<double> lastReplyAt_;
     double episodeStart_;
     std::optional<double> pingingSince_; ///< the first start of pinging in this episode
     double graceUntil_;
-    bool confirmed_ = false;     ///< this host has answered at least once
-    bool downAnnounced_ = false; ///< an `announceUp` is owed
+    bool confirmed_ = false;     ///< this host has replied at least once
+    bool downAnnounced_ = false; ///< `announceUp` is still to come
     std::optional<double> restartDue_;
-    std::optional<double> lastRestart_; ///< last restart asked for, start of pinging or failed start
-    double restartBackoff_;
+    std::optional<double> lastRestart_; ///< latest `restartPinger`, start or failed start
+    double restartBackoff_ = 0;         ///< while down: from one recovery restart to the next
 };
 
 } // namespace tarnwick

@@ -1,4 +1,4 @@
-// Owns a descriptor and closes it.
+// Owns a file descriptor and closes it.
 #pragma once
 
 #include <unistd.h>

@@ -1,5 +1,5 @@
-// The short text beside the signal bars: latest round-trip time and, when wanted, the loss. Never wider than
-// needed.
+// The short text beside the signal bars:
+// the latest round-trip time and, if wanted, the loss.
 #pragma once
 
 #include <array>
@@ -15,36 +15,36 @@ enum class LossMode { off, whenLossy, always };
 
 inline constexpr std::array allLossModes{LossMode::off, LossMode::whenLossy, LossMode::always};
 
-/// The stored text of a mode and back; nothing for any other text, case included.
+/// The stored text of a mode, and back. No mode for any other text; case matters.
 [[nodiscard]] std::string_view rawValue(LossMode mode);
 [[nodiscard]] std::optional<LossMode> lossMode(std::string_view text);
 
 inline constexpr std::string_view waiting = "…";     ///< no latency is known yet
 inline constexpr std::string_view failed = "Failed"; ///< the connection is down
 
-/// "42ms" up to 99 ms, then tenths of a second up to "9.9s": at most four characters.
+/// "42ms" up to 99 ms, then tenths of a second up to "9.9s": four characters at most.
 [[nodiscard]] std::string ping(double ms);
-/// The same without the unit of milliseconds: "42", "1.2s".
+/// The same without "ms": "42", "1.2s".
 [[nodiscard]] std::string figure(double ms);
-/// The whole percentage that is shown: 0 to 99, so never more than two digits.
+/// The percentage as shown: a whole number from 0 to 99, so two digits at most.
 [[nodiscard]] int displayedLoss(double percent);
 /// " (3%)"
 [[nodiscard]] std::string lossSuffix(double percent);
 [[nodiscard]] std::string title(double pingMs, std::optional<double> lossPercent);
 [[nodiscard]] bool showsLoss(LossMode mode, bool gateOpen);
-/// Texts at least one of which is as wide as any title with so many digits of loss (none: no loss text).
+/// Texts for measuring: the widest is as wide as any title with `lossDigits` digits of loss (none: no loss).
 [[nodiscard]] std::vector<std::string> widestCandidates(std::optional<int> lossDigits);
 
-/// Opens at once, and closes only when its cause has been gone for `holdSeconds`. Times are monotonic
-/// seconds.
+/// Opens at once and closes `holdSeconds` after it was last active.
+/// Times are monotonic seconds.
 class HoldGate {
 public:
     explicit HoldGate(double holdSeconds) : holdSeconds_(holdSeconds) {}
 
-    /// Keeps the loss shown for a while after loss has ended.
+    /// Keeps showing the loss for a while after it has ended.
     [[nodiscard]] static HoldGate lossSuffix() { return HoldGate(10); }
 
-    /// Keeps room for a second digit of loss for a while after it was needed.
+    /// Keeps room for a second digit of loss for a while after its last use.
     [[nodiscard]] static HoldGate twoDigitLoss() { return HoldGate(30); }
 
     /// Returns whether the gate is open now.

@@ -1,4 +1,4 @@
-// One ping as the scorer sees it.
+// One ping of the scoring window.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@ struct PendingPing {
     std::uint64_t id = 0;
     double sent = 0;                            ///< monotonic seconds
     std::optional<double> reply = std::nullopt; ///< monotonic seconds of the answer's arrival
-    bool lost = false;                          ///< given up; stays so when a late answer comes
+    bool lost = false;                          ///< found lost; a late reply does not change it
 
     friend bool operator==(const PendingPing&, const PendingPing&) = default;
 };

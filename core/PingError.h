@@ -7,8 +7,8 @@ namespace tarnwick {
 
 struct PingError {
     enum class Kind {
-        resolution, ///< the host text yields no address
-        socket,     ///< no ping socket may be opened
+        resolution, ///< the host has no address
+        socket,     ///< no ping socket can be opened
     };
 
     Kind kind;
@@ -17,7 +17,7 @@ struct PingError {
     [[nodiscard]] static PingError resolution(std::string text);
     [[nodiscard]] static PingError socket(std::string text);
 
-    /// The text for people: what failed, then the system's words.
+    /// For the user: what failed, then the system's words.
     [[nodiscard]] std::string message() const;
 
     friend bool operator==(const PingError&, const PingError&) = default;

@@ -11,7 +11,7 @@ int clamped(double seconds) {
     if (std::isnan(seconds)) {
         return range.lowest;
     }
-    // Limited before the conversion, so that no number, however large, is outside the integer's range.
+    // Limited before the conversion: a larger number would not fit into the integer.
     const double limited = std::clamp(
         std::round(seconds), static_cast<double>(range.lowest), static_cast<double>(range.highest));
     return static_cast<int>(limited);

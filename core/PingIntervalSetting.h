@@ -17,8 +17,8 @@ inline constexpr int defaultSeconds = 1;
 /// The nearest whole number of seconds (halves away from zero) inside `range`. Not-a-number gives the lowest.
 [[nodiscard]] int clamped(double seconds);
 
-/// Reads what a person typed: a number in the usual decimal notations, white space around it ignored, then
-/// `clamped`. Nothing when the text is not a number from end to end. Independent of the locale.
+/// Reads a typed decimal number, with or without white space around it, then `clamped`. None for any other
+/// text. Independent of the locale.
 [[nodiscard]] std::optional<int> parse(std::string_view text);
 
 } // namespace tarnwick::PingIntervalSetting

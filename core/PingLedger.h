@@ -1,4 +1,4 @@
-// Books every counted ping, so that its answer or loss lands in the counters that were current when it was
+// Books every counted ping, so that its reply or loss goes to the counters that were current when it was
 // sent.
 #pragma once
 
@@ -11,20 +11,20 @@
 
 namespace tarnwick {
 
-/// A ping is settled once, as answered or as lost, whichever is told first. Epochs make a reset safe while
-/// pings are in flight: what was booked before a reset never reaches the fresh counter.
+/// A ping is settled once: as replied or as lost, whichever comes first. A reset begins a new epoch; pings
+/// booked in an earlier epoch never reach the new counter.
 class PingLedger {
 public:
     explicit PingLedger(const StatCounter& site = {}) : site_(site) {}
 
-    // Each tells whether anything has changed, so that watchers are woken for real changes only.
+    // Each returns whether anything has changed.
 
-    /// An uncounted ping leaves no trace.
+    /// A ping that is not counted is not booked.
     bool sent(std::uint64_t id, bool counted);
-    /// `ms` is the round-trip time; an answer after the time-out settles the ping as lost.
+    /// `ms` is the round-trip time. A reply after the time-out settles the ping as lost.
     bool replied(std::uint64_t id, double ms, bool withinTimeout);
     bool lost(std::uint64_t id);
-    /// Forgets the bookings of all pings but these; the counters stay.
+    /// Forgets the bookings of all other pings. The counters do not change.
     bool retain(const std::unordered_set<std::uint64_t>& ids);
 
     void resetSession();

@@ -8,7 +8,7 @@ namespace tarnwick {
 
 namespace {
 
-/// The mean of the scores told to it in order, each weighing more than the one before.
+/// The mean of scores that are added in order; each weighs more than the one before.
 class RecencyWeightedMean {
 public:
     void add(double score) {
@@ -27,7 +27,7 @@ private:
     double weights_ = 0;
 };
 
-/// Not clamped at zero on purpose: a very slow ping weighs almost as much as a lost one.
+/// Falls below zero on purpose: a very slow ping counts almost as much as a lost one.
 double roundTripScore(double seconds, const ScoringConfig& config) {
     if (seconds <= config.lowThreshold) {
         return 1;
@@ -36,7 +36,7 @@ double roundTripScore(double seconds, const ScoringConfig& config) {
     return std::max(score, QualityScorer::lostScore);
 }
 
-/// How long the ping took, or has been waiting.
+/// The round-trip time, or the time waited so far.
 double elapsed(const PendingPing& ping, double now) {
     return ping.reply.value_or(now) - ping.sent;
 }

@@ -1,4 +1,4 @@
-// Turns the pings of a recent window into a quality score, a loss percentage and the pings just found lost.
+// Computes a quality score and the loss from the pings of a recent window, and finds the newly lost ones.
 #pragma once
 
 #include "core/PendingPing.h"
@@ -12,13 +12,13 @@ namespace tarnwick {
 struct ScoringConfig {
     double lowThreshold;  ///< a round trip up to here scores a perfect 1.0
     double highThreshold; ///< here the score of a ping reaches 0.0
-    double timeout;       ///< no answer for longer than this is a loss
+    double timeout;       ///< a ping without reply for longer is lost
     double averageOver;   ///< length of the window
 
     static constexpr double minimumWindow = 30.0;
     static constexpr double minimumPingsInWindow = 10.0;
 
-    /// Long enough for ten pings and for thirty seconds.
+    /// At least ten pings and at least thirty seconds.
     [[nodiscard]] static double averagingWindow(double pingInterval);
     /// From the user's settings: `slowPingThresholdMs` in milliseconds, the others in seconds.
     [[nodiscard]] static ScoringConfig original(
@@ -28,9 +28,9 @@ struct ScoringConfig {
 };
 
 struct Evaluation {
-    std::optional<double> score;        ///< -2.5 to 1.0; absent when no ping could be scored
+    std::optional<double> score;        ///< -2.5 to 1.0; none when no ping could be scored
     double lossPercent = 0;             ///< 0 to 100, of all pings in the window
-    std::vector<PendingPing> newlyLost; ///< found lost now and not before
+    std::vector<PendingPing> newlyLost; ///< found lost in this evaluation
 
     friend bool operator==(const Evaluation&, const Evaluation&) = default;
 };
@@ -39,15 +39,15 @@ namespace QualityScorer {
 
 /// The score of a lost ping, and the floor of every ping's score.
 inline constexpr double lostScore = -2.5;
-/// By this factor each later ping outweighs the one before it.
+/// Each ping weighs this many times as much as the one before it.
 inline constexpr double recencyWeight = 1.2;
 
-/// Judges `pings` (oldest first) at monotonic time `now`. Drops those that have left the window and marks the
+/// Evaluates `pings` (oldest first) at monotonic time `now`. Drops those older than the window and marks the
 /// lost.
 [[nodiscard]] Evaluation evaluate(std::vector<PendingPing>& pings, double now, const ScoringConfig& config);
 
-/// Lit bars for a score: 1 to `levels`. Showing none is the caller's decision. A score that is not a number
-/// is a programming error.
+/// The bars to light for a score: 1 to `levels`.
+/// Aborts when the score is not a number.
 [[nodiscard]] int bars(double score, int levels);
 
 } // namespace QualityScorer

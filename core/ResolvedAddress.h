@@ -10,7 +10,7 @@ namespace tarnwick {
 struct ResolvedAddress {
     std::int32_t family = 0;            ///< AF_INET or AF_INET6
     std::vector<std::uint8_t> sockaddr; ///< the socket address to send to, unchanged (with its scope id)
-    std::string display;                ///< the numeric text form, for people
+    std::string display;                ///< in numeric form, to show
 
     friend bool operator==(const ResolvedAddress&, const ResolvedAddress&) = default;
 };

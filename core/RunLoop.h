@@ -1,4 +1,4 @@
-// What the program takes from a dispatcher: one main thread with its timers, descriptors and clock.
+// The run loop as the program sees it: timers, descriptors and clocks of one main thread.
 #pragma once
 
 #include <chrono>
@@ -8,10 +8,10 @@
 
 namespace tarnwick {
 
-/// The main queue. Everything but `post` is called on the main thread, and every task runs there.
+/// Every task runs on the main thread. Only `post` may be called on another thread.
 ///
-/// A `Handle` owns its timer or watch: destroying it cancels, also from inside its own task, and after that
-/// the task is never run again. Handles must not outlive the loop.
+/// A `Handle` owns its timer or watch. Destroying it, also inside its own task, means that the task never
+/// runs again. The loop outlives its handles.
 class RunLoop {
 public:
     using Task = std::function<void()>;
@@ -32,39 +32,39 @@ public:
     RunLoop& operator=(const RunLoop&) = delete;
     virtual ~RunLoop() = default;
 
-    /// Monotonic seconds; the wall clock's time. Simulated together with the timers.
+    /// Monotonic seconds; the time of the wall clock. A simulated loop has simulated clocks.
     [[nodiscard]] virtual double now() const = 0;
     [[nodiscard]] virtual WallTime wallNow() const = 0;
 
-    /// Runs `task` soon, never from inside this call, in the order of the calls. Any thread.
+    /// Runs `task` soon, never inside this call, in the order of the calls. Any thread.
     virtual void post(Task task) = 0;
 
-    /// Runs `task` once, `delay` seconds from now (at once when negative).
+    /// Runs `task` once, in `delay` seconds (soon when negative).
     [[nodiscard]] virtual Handle after(double delay, Task task) = 0;
 
-    /// Runs `task` at `firstFire` (monotonic seconds; at once when past) and then at firstFire + n *
-    /// interval. Each time is computed from the first, so that lateness never adds up. Times missed while the
-    /// thread was busy or stopped are skipped: one late call stands for all of them. `interval` is above 0 s.
+    /// Runs `task` at firstFire + n * interval, in monotonic seconds (soon when past); `interval` is above 0.
+    /// Each time is computed from the first, so lateness never adds up.
+    /// Times missed while the thread was busy lead to one late call.
     [[nodiscard]] virtual Handle every(double firstFire, double interval, Task task) = 0;
 
-    /// The same, but each call may come up to `tolerance` seconds late, together with another timer's: work
-    /// that can wait a little need not wake the processor by itself. A loop that can't do so is punctual.
+    /// The same, but a call may be up to `tolerance` seconds late, to share a wake-up with another timer.
+    /// A loop without this ability is punctual.
     [[nodiscard]] virtual Handle everyRoughly(
         double firstFire, double interval, double /*tolerance*/, Task task) {
         return every(firstFire, interval, std::move(task));
     }
 
-    /// Runs `task` for as long as `descriptor` has something to read (level-triggered). The descriptor stays
-    /// its owner's, who keeps it open until the handle is gone. No handle when the system can't watch it.
+    /// Runs `task` while `descriptor` has something to read (level-triggered). The caller keeps the
+    /// descriptor open until the handle is gone. No handle when the system can't watch it.
     [[nodiscard]] virtual Handle watchReadable(int descriptor, Task task) = 0;
 
-    /// The same for as long as `descriptor` takes data without blocking. One descriptor may be watched for
-    /// both at the same time, by two handles.
+    /// The same while `descriptor` takes data without blocking. Two handles may watch one descriptor for
+    /// both.
     [[nodiscard]] virtual Handle watchWritable(int descriptor, Task task) = 0;
 
-    /// Runs `work` on a thread of its own and then the task that it returns on the main thread. Work that
-    /// never returns holds nothing up, the end of the program included: so it must own all that it touches.
-    /// False when the system has no thread to give; then nothing runs.
+    /// Runs `work` on a new thread, then the task that it returns on the main thread. Nothing waits for the
+    /// work, not even the end of the program, so it must own all that it uses.
+    /// False when the system has no thread to give: then nothing runs.
     [[nodiscard]] virtual bool detach(std::function<Task()> work) = 0;
 };
 

@@ -9,7 +9,7 @@ namespace tarnwick {
 namespace {
 
 void increment(std::int64_t& count) {
-    // No honest run gets here; going on with a wrapped count would show nonsense for ever.
+    // Out of reach by pinging; a wrapped count would be wrong forever.
     if (count == std::numeric_limits<std::int64_t>::max()) {
         std::abort();
     }

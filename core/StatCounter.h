@@ -1,4 +1,4 @@
-// Counts of pings sent, answered and lost, with the mean and the extremes of the round-trip times.
+// Counts pings sent, replied and lost; keeps the mean and the extremes of the round-trip times.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +17,8 @@ struct StatCounter {
     void addPingResponse(double ms);
     void addPingTimeout();
 
-    /// 0 to 100. Capped: a ping can be counted lost and answered later, and old figures need not be
-    /// consistent.
+    /// From 0 to 100.
+    /// Capped, since stored figures may hold more losses than pings.
     [[nodiscard]] double lossPercent() const;
     [[nodiscard]] bool isEmpty() const;
 

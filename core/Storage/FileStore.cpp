@@ -24,11 +24,11 @@ std::error_code lastError() {
     return {errno, std::generic_category()};
 }
 
-/// The file that a chain of links names in the end, whether or not it exists.
+/// The file at the end of a chain of links. It need not exist.
 fs::path linkTarget(fs::path path) {
     std::error_code error;
     for (int links = 0; links < mostLinks && fs::is_symlink(path, error); ++links) {
-        // An absolute target replaces the folder in front of it.
+        // Joining paths drops the folder when the target is absolute.
         path = path.parent_path() / fs::read_symlink(path, error);
     }
     return path;
@@ -48,18 +48,17 @@ std::error_code writeAll(int descriptor, std::string_view text) {
     return {};
 }
 
-/// A fixed name, so that a program killed while writing leaves at most one such file, which the next one
-/// reuses.
+/// A fixed name: a program killed while writing leaves one draft at most, and the next one reuses it.
 fs::path draftOf(const fs::path& target) {
     fs::path draft = target;
     draft += ".new";
     return draft;
 }
 
-/// Opens the draft for this writer alone; another one at the same moment is told to try again.
+/// Opens the draft for this writer alone. A second writer at the same moment gets an error.
 FileDescriptor openDraft(const fs::path& draft, std::error_code& error) {
     FileDescriptor file(::open(draft.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
-    // Where the file system knows no locks, there is none to respect.
+    // A file system without locks gives another error: then writing goes on without one.
     if (!file.isOpen() || (::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)) {
         error = lastError();
         return {};
@@ -71,7 +70,7 @@ FileDescriptor openDraft(const fs::path& draft, std::error_code& error) {
 
     if (::fstat(file.get(), &opened) != 0 || ::stat(draft.c_str(), &named) != 0
         || opened.st_ino != named.st_ino) {
-        // The other writer has just moved this draft into place: it is the file itself by now.
+        // Another writer has just renamed this draft: it is the target file now.
         error = std::make_error_code(std::errc::resource_unavailable_try_again);
         return {};
     }
@@ -82,8 +81,8 @@ void keepPermissions(const fs::path& target, int descriptor) {
     struct stat old {};
 
     if (::stat(target.c_str(), &old) == 0) {
-        // Best effort: a file system without permissions refuses, and there is nothing to keep.
-        // Its owner may always read and write it, or the next run could do neither.
+        // The owner can always read and write it: the next run must. A file system without permissions
+        // refuses, and there is nothing to keep.
         static_cast<void>(::fchmod(descriptor, (old.st_mode & 07777) | 0600));
     }
 }
@@ -106,7 +105,7 @@ std::error_code writeDraft(
 } // namespace
 
 std::optional<std::string> read(const fs::path& path, std::error_code& error) {
-    // Not blocking: somebody may have put a pipe there.
+    // Without blocking, in case it is a pipe.
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
 
     struct stat info {};
@@ -175,7 +174,7 @@ std::error_code keepAside(const fs::path& path) {
         if (errno == EEXIST) {
             continue;
         }
-        // A file system without hard links: the file moves instead.
+        // A file system without hard links: rename instead.
         return ::rename(target.c_str(), aside.c_str()) == 0 ? std::error_code() : lastError();
     }
     return std::make_error_code(std::errc::file_exists);

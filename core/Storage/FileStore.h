@@ -1,4 +1,4 @@
-// Small files that are read and replaced as a whole.
+// Reads and replaces small files as a whole.
 #pragma once
 
 #include <filesystem>
@@ -9,19 +9,19 @@
 
 namespace tarnwick::FileStore {
 
-/// The whole text of a regular file of up to 16 MiB, or the error that kept it from being read.
+/// The text of a regular file of up to 16 MiB; none and `error` when it can't be read.
 [[nodiscard]] std::optional<std::string> read(const std::filesystem::path& path, std::error_code& error);
 
-/// What the new text outlives. Flushing to the disk can take seconds while the disk is busy.
+/// What the new text survives. `crash` never waits for the disk; `powerCut` may wait for seconds.
 enum class Durability { crash, powerCut };
 
-/// Replaces the file at once: a reader, a crash or a full disk finds either the old text or the new one.
-/// Creates the folder, keeps the old file's permissions, follows a link to the file that it names.
+/// Replaces the file atomically: after a crash or on a full disk it holds either the old text or the new one.
+/// Creates the folder, keeps the permissions, replaces the target of a link.
 [[nodiscard]] std::error_code replace(
     const std::filesystem::path& path, std::string_view text, Durability durability = Durability::powerCut);
 
-/// Gives the file (that a link names) a second name beside its own ("NAME.unreadable", "NAME.unreadable-2",
-/// ...), so that replacing it loses nothing. Nothing to keep is no error.
+/// Gives the file a second name ("NAME.unreadable", "NAME.unreadable-2", ...), so that replacing it loses
+/// nothing. Follows links. A missing file is no error.
 [[nodiscard]] std::error_code keepAside(const std::filesystem::path& path);
 
 } // namespace tarnwick::FileStore

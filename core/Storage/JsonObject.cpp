@@ -6,7 +6,7 @@ namespace tarnwick {
 
 namespace {
 
-/// More than any settings or statistics need; the library copies and writes values by recursion.
+/// Settings and statistics need far less. The library copies and writes values recursively.
 constexpr int deepestNesting = 100;
 
 } // namespace

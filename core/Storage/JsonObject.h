@@ -1,4 +1,4 @@
-// Reads a JSON object that anybody may have written.
+// Reads a JSON object from a text that can't be trusted.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -8,7 +8,7 @@
 
 namespace tarnwick {
 
-/// Nothing when the text is no JSON object, or is nested so deep that working on it could exhaust the stack.
+/// None when the text is no JSON object, or is nested too deep for the stack.
 [[nodiscard]] std::optional<nlohmann::json> parseJsonObject(const std::string& text);
 
 } // namespace tarnwick

@@ -13,7 +13,7 @@ StatsLock::StatsLock(std::filesystem::path file) : path_(std::move(file)) {
 }
 
 StatsLock::Attempt StatsLock::acquire() {
-    // Someone may have emptied the folder meanwhile: then a lock on the removed file keeps nobody away.
+    // The lock file may have been removed: then another process can lock a new one.
     if (file_.isOpen() && isStillTheNamedFile()) {
         return Attempt::held;
     }
@@ -34,7 +34,7 @@ FileDescriptor StatsLock::openFile() const {
     std::filesystem::create_directories(path_.parent_path(), error);
     FileDescriptor file(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
     if (!file.isOpen() && errno == EACCES) {
-        // Made by another user, the superuser perhaps: locking needs no right to write.
+        // The file of another user, perhaps root: a lock needs no write permission.
         file = FileDescriptor(::open(path_.c_str(), O_RDONLY | O_CLOEXEC));
     }
     return file;

@@ -1,4 +1,4 @@
-// Whoever holds this lock beside the statistics file is its one writer.
+// The lock beside the statistics file: the process that holds it is the only writer.
 #pragma once
 
 #include "core/FileDescriptor.h"
@@ -7,21 +7,20 @@
 
 namespace tarnwick {
 
-/// An advisory lock on "NAME.lock" beside the file. It goes with its process, however that ends; the lock
-/// file stays, because removing it would let two processes lock two different files of that name.
+/// An advisory lock on "NAME.lock". The system releases it when the process ends, however that happens. The
+/// lock file stays: after its removal two processes could lock two different files of the same name.
 class StatsLock {
 public:
     enum class Attempt {
-        taken,       ///< this process writes from now on
-        held,        ///< this process writes, as before
-        heldByOther, ///< another one does
-        impossible,  ///< no lock can be had there: the folder can't be written, or its file system knows no
-                     ///< locks
+        taken,       ///< this process is the writer now
+        held,        ///< this process is the writer already
+        heldByOther, ///< another process is
+        impossible,  ///< the folder is not writable, or its file system has no locks
     };
 
     explicit StatsLock(std::filesystem::path file);
 
-    /// Takes the lock unless it is held already. Never waits.
+    /// Takes the lock if it is free. Never waits.
     Attempt acquire();
 
 private:

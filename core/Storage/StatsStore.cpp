@@ -12,8 +12,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// A count beyond this, or below zero, was not made by pinging; counting on from it would overflow or divide
-/// by zero.
+/// Larger or negative counts are damage: counting on from them could overflow or divide by zero.
 constexpr std::int64_t largestCount = std::numeric_limits<std::int64_t>::max() / 2;
 
 std::optional<std::int64_t> count(const Json& counter, const char* key) {
@@ -21,7 +20,7 @@ std::optional<std::int64_t> count(const Json& counter, const char* key) {
     if (found == counter.end() || !found->is_number_integer()) {
         return std::nullopt;
     }
-    // The parser takes every number without a minus sign as unsigned.
+    // The parser gives every number without a minus sign as unsigned.
     if (!found->is_number_unsigned() || found->get<std::uint64_t>() > std::uint64_t{largestCount}) {
         return std::nullopt;
     }
@@ -80,7 +79,7 @@ std::string encode(const StatsByHost& stats) {
             {"fastestMs", counter.fastestMs}, {"slowestMs", counter.slowestMs},
         };
     }
-    // A host text need not be valid UTF-8; it shall not keep the others from being saved.
+    // A host that is not valid UTF-8 must not prevent saving the others.
     return file.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

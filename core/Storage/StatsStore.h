@@ -11,7 +11,7 @@
 
 namespace tarnwick {
 
-/// Counters by host text, exactly as the user entered it.
+/// Counters by host, as the user wrote it.
 using StatsByHost = std::map<std::string, StatCounter>;
 
 struct StatsStore {
@@ -22,13 +22,13 @@ struct StatsStore {
     /// "Tarnwick/stats.json" in there.
     [[nodiscard]] static StatsStore defaultStore();
 
-    /// All or nothing: a missing or unreadable file, or one with a single wrong counter, gives no figures.
+    /// All or nothing: no figures from a missing or unreadable file, or if a single counter is wrong.
     [[nodiscard]] StatsByHost load() const;
 
-    /// Gives a file that `load` can't understand a second name, so that the next `save` loses nothing.
+    /// Keeps a copy of a file that `load` can't read, so that the next `save` loses nothing.
     [[nodiscard]] std::error_code keepAsideIfUnreadable() const;
 
-    /// Replaces the file as a whole and creates its folder. After an error the old file stands unchanged.
+    /// Replaces the file as a whole; creates its folder. After an error the old file is unchanged.
     [[nodiscard]] std::error_code save(
         const StatsByHost& stats, FileStore::Durability durability = FileStore::Durability::powerCut) const;
 };

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A relative path in such a variable is invalid and ignored.
+/// The rules make a relative path invalid.
 std::optional<fs::path> absolutePath(const char* variable) {
     const char* value = std::getenv(variable);
     return value != nullptr && *value == '/' ? std::optional<fs::path>(value) : std::nullopt;

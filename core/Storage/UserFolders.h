@@ -1,4 +1,4 @@
-// Where this user's files lie, by the desktop's base directory rules.
+// The user's folders by the XDG base directory specification.
 #pragma once
 
 #include <filesystem>
@@ -10,7 +10,7 @@ namespace tarnwick::UserFolders {
 [[nodiscard]] std::filesystem::path data();
 /// $XDG_CONFIG_HOME, else ~/.config.
 [[nodiscard]] std::filesystem::path config();
-/// $XDG_CONFIG_DIRS, else /etc/xdg: what holds for all users, the most important first.
+/// $XDG_CONFIG_DIRS, else /etc/xdg: settings for all users, the most important folder first.
 [[nodiscard]] std::vector<std::filesystem::path> systemConfig();
 
 } // namespace tarnwick::UserFolders
