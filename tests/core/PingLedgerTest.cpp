@@ -100,7 +100,7 @@ TEST(PingLedger, IgnoresUnknownPings) {
     EXPECT_EQ(ledger, PingLedger(stored));
 }
 
-TEST(PingLedger, KeepsAReplyToAPingFromBeforeTheSessionsResetOutOfTheNewSession) {
+TEST(PingLedger, ANewSessionHasNoRepliesToEarlierPings) {
     PingLedger ledger;
     ledger.sent(7, true);
     ledger.resetSession();
@@ -109,7 +109,7 @@ TEST(PingLedger, KeepsAReplyToAPingFromBeforeTheSessionsResetOutOfTheNewSession)
     EXPECT_EQ(ledger.site(), answeredOnce(20));
 }
 
-TEST(PingLedger, KeepsALossOfAPingFromBeforeTheSessionsResetOutOfTheNewSession) {
+TEST(PingLedger, ANewSessionHasNoLossesOfEarlierPings) {
     PingLedger ledger;
     ledger.sent(7, true);
     ledger.resetSession();
@@ -118,7 +118,7 @@ TEST(PingLedger, KeepsALossOfAPingFromBeforeTheSessionsResetOutOfTheNewSession) 
     EXPECT_EQ(ledger.site(), (StatCounter{.sent = 1, .lost = 1}));
 }
 
-TEST(PingLedger, KeepsAReplyToAPingFromBeforeTheSitesResetOutOfTheNewFigures) {
+TEST(PingLedger, NewSiteFiguresHaveNoRepliesToEarlierPings) {
     PingLedger ledger;
     ledger.sent(7, true);
     ledger.resetSite(stored);
@@ -127,7 +127,7 @@ TEST(PingLedger, KeepsAReplyToAPingFromBeforeTheSitesResetOutOfTheNewFigures) {
     EXPECT_EQ(ledger.session(), answeredOnce(20));
 }
 
-TEST(PingLedger, KeepsALossOfAPingFromBeforeTheSitesResetOutOfTheNewFigures) {
+TEST(PingLedger, NewSiteFiguresHaveNoLossesOfEarlierPings) {
     PingLedger ledger;
     ledger.sent(7, true);
     ledger.resetSite(stored);

@@ -475,7 +475,7 @@ TEST_F(PingerTest, ALoneAddressIsNeverSwitched) {
     EXPECT_THAT(events, ElementsAre("reply 3"));
 }
 
-TEST_F(PingerTest, ALateAnswerFromAnEarlierAddressLeadsBackToItBeforeItIsReported) {
+TEST_F(PingerTest, ALateAnswerLeadsBackToItsAddressFirst) {
     startOn({first, second});
     pinger->send(1);
     failToSend(2);
