@@ -14,7 +14,7 @@ using EchoMessage = std::array<std::uint8_t, echoMessageSize>;
 /// Marks this program's own echo traffic, at offset 8 of every message.
 inline constexpr std::array<std::uint8_t, 8> echoMagic{'T', 'A', 'R', 'N', 'W', 'I', 'C', 'K'};
 
-/// An echo request for AF_INET, else an ICMPv6 one, whose checksum is left to the system.
+/// An ICMP echo request for AF_INET, else an ICMPv6 one, whose checksum the system fills in.
 [[nodiscard]] EchoMessage echoRequest(std::uint64_t id, std::uint16_t identifier, std::int32_t family);
 
 /// The Internet checksum: one's complement of the one's complement sum of big-endian 16-bit words.

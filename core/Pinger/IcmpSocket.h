@@ -8,10 +8,10 @@ namespace tarnwick {
 
 struct IcmpSocket {
     FileDescriptor descriptor; ///< non-blocking
-    std::uint16_t identifier;  ///< what the system leaves, or puts, in the requests' identifier field
+    std::uint16_t identifier;  ///< that the requests carry
 };
 
-/// Asks for the identifier; when another socket has it, the system's choice is taken.
+/// Asks for the identifier; takes one of the system's choice when another socket has it.
 [[nodiscard]] std::variant<IcmpSocket, SocketError> openIcmpSocket(
     std::int32_t family, std::uint16_t wantedIdentifier);
 

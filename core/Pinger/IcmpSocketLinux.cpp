@@ -42,7 +42,7 @@ struct ClockPair {
     double wall;
 };
 
-/// Both clocks at the same moment: read again when the thread was interrupted in between.
+/// Reads both clocks at the same moment: again when the thread was interrupted in between.
 ClockPair readClocks() {
     constexpr int mostTries = 3;
     constexpr double uninterrupted = 0.0002;
@@ -56,7 +56,7 @@ ClockPair readClocks() {
     return pair;
 }
 
-/// To the any-address: a source address of its own would pin the socket to an interface that may go away.
+/// Binds to the any-address: a source address would tie the socket to an interface that may go away.
 bool bindTo(int descriptor, std::int32_t family, std::uint16_t identifier) {
     SocketAddress address{};
     socklen_t length = 0;
@@ -110,8 +110,8 @@ std::variant<IcmpSocket, SocketError> openIcmpSocket(std::int32_t family, std::u
         return socketError();
     }
     makeNonBlocking(descriptor.get());
-    // These sockets start with address reuse on: the bind would succeed and take another program's replies
-    // away.
+    // These sockets start with address reuse on: a bind to the identifier of another program would succeed
+    // and take its replies away.
     setOption(descriptor.get(), SO_REUSEADDR, 0);
     setOption(descriptor.get(), SO_TIMESTAMPNS, 1);
     if (!bindTo(descriptor.get(), family, wantedIdentifier) && !bindTo(descriptor.get(), family, 0)) {

@@ -1,4 +1,4 @@
-// Systems for which nobody has written the sockets yet: opening one fails, and the program says so.
+// Systems that these sockets are not written for yet: opening one fails with a message.
 #include "core/Pinger/IcmpSocket.h"
 
 namespace tarnwick {

@@ -1,5 +1,4 @@
-// The seam between the pinger and the network: the system's resolver and sockets behind it, or a simulated
-// net.
+// What the pinger needs from the network. Behind it are the system's resolver and sockets, or a simulation.
 #pragma once
 
 #include "core/PingError.h"
@@ -18,7 +17,7 @@ namespace tarnwick {
 
 using Resolution = std::variant<std::vector<ResolvedAddress>, PingError>;
 
-/// Why a socket can't be had, in the system's words.
+/// Why a socket can't be opened, in the system's words.
 struct SocketError {
     std::string text;
 };
@@ -36,11 +35,11 @@ public:
     EchoSocket& operator=(const EchoSocket&) = delete;
     virtual ~EchoSocket() = default;
 
-    /// The identifier that requests from this socket must carry for their replies to come back to it.
+    /// Replies come back to this socket only if the requests carry this identifier.
     [[nodiscard]] virtual std::uint16_t identifier() const = 0;
-    /// True when the whole message was handed over. Never waits.
+    /// True when the system took the whole message. Never blocks.
     virtual bool send(std::span<const std::uint8_t> message, const ResolvedAddress& to) = 0;
-    /// The next waiting datagram, cut to the buffer; nothing when none waits, or on an error. Never waits.
+    /// The next waiting datagram, cut to the buffer; nothing when none waits, or on an error. Never blocks.
     virtual std::optional<ReceivedDatagram> receive(std::span<std::uint8_t> buffer) = 0;
 };
 

@@ -9,10 +9,10 @@ namespace tarnwick {
 
 namespace {
 
-/// With rising ids the oldest are forgotten first.
+/// Ids rise, so the smallest ones are the oldest.
 constexpr std::size_t mostRememberedPings = 64;
 constexpr std::size_t receiveBufferSize = 2048;
-/// A flood shall not starve the rest of the program: what is left makes the socket readable again.
+/// A flood must not starve the rest of the program: the datagrams left make the socket readable again.
 constexpr int mostDatagramsAtOnce = 256;
 
 } // namespace
@@ -145,7 +145,7 @@ void Pinger::reportSwitch() {
 }
 
 void Pinger::emit(const Event& event) const {
-    // Copied: the callback lives as long as the call, though the owner may destroy this object in it.
+    // A copy: the owner may destroy this object during the call.
     if (const auto callback = onEvent) {
         callback(event);
     }

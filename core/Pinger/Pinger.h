@@ -12,9 +12,8 @@
 
 namespace tarnwick {
 
-/// Keeps no statistics and no timers: its owner decides when to send, with ids of its own, and judges the
-/// answers. Never retries by itself. Main thread. An event may make the owner stop, restart or destroy the
-/// pinger.
+/// Its owner chooses when to send and with which ids, keeps the statistics, and starts it again after a
+/// failure. The owner may stop, restart or destroy the pinger while it handles an event. Main thread.
 class Pinger {
 public:
     static constexpr std::span<const std::uint8_t, 8> magic = echoMagic;
@@ -50,7 +49,7 @@ public:
     Pinger(const Pinger&) = delete;
     Pinger& operator=(const Pinger&) = delete;
 
-    /// Begins anew; the outcome comes later as `Started` or `Failed`.
+    /// Ends the present run and begins another; the outcome comes later as `Started` or `Failed`.
     void start();
     /// Closes the sockets; no event of this run comes after it.
     void stop();
@@ -68,7 +67,7 @@ public:
 
     [[nodiscard]] std::uint16_t identifier() const { return identifier_; }
 
-    /// Unset, events are dropped.
+    /// Events are dropped while it is unset.
     std::function<void(const Event&)> onEvent;
 
 private:
@@ -88,7 +87,7 @@ private:
     AddressSelector selector_;
     std::map<std::uint64_t, int> sentTo_; ///< index in `addresses_` by ping id
     std::map<std::int32_t, std::unique_ptr<EchoSocket>> sockets_;
-    int generation_ = 0; ///< counts runs, so that what belongs to an earlier one is dropped
+    int generation_ = 0; ///< counts runs; results of earlier ones are dropped
     Lifeline lifeline_;
 };
 

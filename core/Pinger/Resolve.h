@@ -5,8 +5,8 @@
 
 namespace tarnwick {
 
-/// Every IPv4 and IPv6 address once, in the resolver's order; never an empty list. Blocks for as long as the
-/// resolver does, which can be minutes: for a thread of its own. Touches no state of the program.
+/// Every IPv4 and IPv6 address once, in the resolver's order; never an empty list. May block for minutes, as
+/// the resolver does. Any thread.
 [[nodiscard]] Resolution resolve(const std::string& host);
 
 } // namespace tarnwick

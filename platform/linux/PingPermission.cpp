@@ -51,7 +51,7 @@ std::optional<std::string> missingSetting(
     if (std::ranges::any_of(groups, isInRange)) {
         return std::nullopt;
     }
-    // Nobody loses what they have: an open range is widened as far as needed, a closed one set to this group.
+    // Widens an open range, so that no group loses its permission; a closed range is set to this group.
     const std::uint32_t own = groups.front();
     const bool isClosed = lowest > highest;
     const std::uint32_t from = isClosed ? own : std::min(lowest, own);

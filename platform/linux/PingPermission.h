@@ -9,12 +9,12 @@
 
 namespace tarnwick::PingPermission {
 
-/// The command that lets this user's processes ping, or nothing when they may already, or when it can't be
-/// told.
+/// The command that lets this user's processes ping; nothing when they may ping already, and when the setting
+/// can't be read.
 [[nodiscard]] std::optional<std::string> missingSetting();
 
-/// The same, decided from the text of the kernel's setting ("LOWEST HIGHEST" group) and the process's groups,
-/// of which the first is its own.
+/// The same for the text of the kernel's setting ("LOWEST HIGHEST" group) and the process's groups, its
+/// primary group first.
 [[nodiscard]] std::optional<std::string> missingSetting(
     std::string_view pingGroupRange, const std::vector<std::uint32_t>& groups);
 

@@ -8,7 +8,7 @@ namespace tarnwick {
 namespace fs = std::filesystem;
 
 std::optional<fs::path> runningProgram(const fs::path& self) {
-    // What the kernel adds when the file has lost its name, as to a newer one.
+    // The kernel appends this when the file was removed or replaced.
     constexpr std::string_view mark = " (deleted)";
     std::error_code error;
     fs::path program = fs::read_symlink(self, error);

@@ -1,4 +1,4 @@
-// Where the program that is running lies.
+// The path of the running program.
 #pragma once
 
 #include <filesystem>
@@ -6,8 +6,8 @@
 
 namespace tarnwick {
 
-/// Its present file, also after a newer one was put in its place. Nothing when the system does not tell, or
-/// nothing is there anymore. `self` is the kernel's link to it.
+/// The file at that path now, even if it has replaced the one that was started. Nothing when the system does
+/// not say or the file is gone. `self` is the kernel's link to it.
 [[nodiscard]] std::optional<std::filesystem::path> runningProgram(
     const std::filesystem::path& self = "/proc/self/exe");
 

@@ -10,7 +10,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Links on the way do not matter.
+/// Follows symbolic links.
 bool isBelow(const fs::path& file, const fs::path& folder) {
     std::error_code error;
     const fs::path top = fs::canonical(folder, error);

@@ -1,4 +1,4 @@
-// Whether the program is shut in, with the desktop's services behind a portal.
+// Whether the program runs inside a sandbox, with the desktop's services behind a portal.
 #pragma once
 
 #include "platform/linux/RunningProgram.h"
@@ -8,9 +8,8 @@
 
 namespace tarnwick {
 
-/// Of Flatpak, which leaves a file below `root`, or of Snap, which sets a variable to the folder that
-/// `program`, the one that runs, lies in. What a snapped program starts has the variable too, wherever it
-/// lies.
+/// Flatpak puts a file below `root`. Snap sets a variable to the folder that holds `program`, the running
+/// one; programs elsewhere that a snap has started inherit the variable and do not count.
 [[nodiscard]] bool isSandboxed(
     const std::filesystem::path& root = "/",
     const std::optional<std::filesystem::path>& program = runningProgram());

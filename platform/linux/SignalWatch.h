@@ -1,4 +1,4 @@
-// Termination and window signals as events of the run loop, never as interruptions.
+// Signals as events of the run loop.
 #pragma once
 
 #include "core/FileDescriptor.h"
@@ -8,12 +8,12 @@
 
 namespace tarnwick {
 
-/// Blocks the signals for good and reports each through `onSignal` on the main thread. To be made before any
-/// thread starts, so that all inherit the block; where that can't be, `block` is called before. Where the
-/// system can report none so, they keep their effect.
+/// Blocks the signals for good and reports each through `onSignal` on the main thread. Make it before any
+/// thread starts, so that all inherit the block, or call `block` before. Where the system can't report
+/// signals in this way, they keep their effect.
 class SignalWatch {
 public:
-    /// For this thread and those that it starts.
+    /// Blocks them in this thread and in those that it starts.
     static void block(std::initializer_list<int> signals);
 
     SignalWatch(RunLoop& loop, std::initializer_list<int> signals, std::function<void(int)> onSignal);

@@ -7,7 +7,7 @@ namespace tarnwick::SuspendedTime {
 
 namespace {
 
-/// The clocks can't be read at once, but nearly.
+/// Seconds between two readings that count as the same moment.
 constexpr double nearlyAtOnce = 0.01;
 constexpr int mostAttempts = 5;
 
@@ -20,7 +20,7 @@ double seconds(clockid_t clock) {
 } // namespace
 
 double now() {
-    // A thread that has to wait between two readings would find a sleep that never was.
+    // An interruption between two readings would look like a sleep.
     double best = 0;
     double shortest = std::numeric_limits<double>::infinity();
     for (int attempt = 0; attempt < mostAttempts && shortest > nearlyAtOnce; ++attempt) {

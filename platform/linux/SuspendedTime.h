@@ -1,10 +1,10 @@
-// How long the machine has slept, as its clocks tell.
+// How long the machine has slept, from the difference of two clocks.
 #pragma once
 
 namespace tarnwick::SuspendedTime {
 
-/// Seconds that the machine has been suspended since its start: what the boot-time clock is ahead of the
-/// monotonic one, which stands still meanwhile. Only differences carry meaning. Any thread.
+/// Seconds that the machine has been suspended since its start: the lead of the boot-time clock over the
+/// monotonic one, which stops during a sleep. Only differences carry meaning. Any thread.
 [[nodiscard]] double now();
 
 } // namespace tarnwick::SuspendedTime
