@@ -62,7 +62,7 @@ missing_packages() {
 # install_packages SECTION...: installs what is missing; without a call of apt when nothing is.
 install_packages() {
     local wanted missing log
-    command -v dpkg-query >/dev/null || fail "This script installs packages on Debian 12; see scripts/packages.txt for what else to have."
+    command -v dpkg-query >/dev/null || fail "This script installs packages on Debian; see scripts/packages.txt for what else to have."
     mapfile -t wanted < <(packages "$@")
     mapfile -t missing < <(missing_packages "${wanted[@]}")
     [ ${#missing[@]} -gt 0 ] || return 0
