@@ -10,7 +10,7 @@ from PIL import Image
 from endtoend.waiting import eventually
 
 from .bus import Listener
-from .checks import NEAR, NotifierChecks, distance, never
+from .checks import NEAR, NotifierChecks, distance, stays_closed
 from .panels import GnomePanel
 from .pictures import Rectangle
 from .program import PATIENCE, Program
@@ -45,7 +45,7 @@ class Gnome(NotifierChecks, unittest.TestCase):
             for call in self.menu_calls.messages()
         )
 
-    def open_drop_down(self, place: Rectangle) -> None:
+    def click_item(self, place: Rectangle) -> None:
         """With the button that the shell leaves to the item."""
         self.desktop.click(*place.center, MIDDLE)
 
@@ -84,7 +84,7 @@ class Gnome(NotifierChecks, unittest.TestCase):
         # The drop-down may be seen for a moment more, in the same place.
         eventually(lambda: self.has_called_menu(program, clicked), PATIENCE, "the shell opens its menu")
         self.see_menu_and_dismiss_it(before)
-        self.assertTrue(never(program.drop_down), "it opened again")
+        self.assertTrue(stays_closed(program), "it opened again")
 
     def test_a_single_click_shows_the_menu_that_the_shell_draws(self) -> None:
         program = self.not_yet_clicked()

@@ -9,12 +9,11 @@ import json
 import os
 import sys
 import time
-from collections.abc import Callable
 from importlib.util import find_spec
 
 from gi.repository import GLib
 
-from endtoend.waiting import POLL_SECONDS, eventually
+from endtoend.waiting import eventually, never
 
 from .headless import Headless, OfTheDesktop, OfTheTerminal
 from .panels import SKIPPED
@@ -26,16 +25,6 @@ LOGIND, LOGIND_PATH, MANAGER = "org.freedesktop.login1", "/org/freedesktop/login
 RESTART_SECONDS = 2
 # So long pings are watched to stay away.
 ASLEEP_SECONDS = 3
-
-
-def never(condition: Callable[[], object], seconds: float) -> bool:
-    """Whether a condition stays false for so long."""
-    end = time.monotonic() + seconds
-    while time.monotonic() < end:
-        if condition():
-            return False
-        time.sleep(POLL_SECONDS)
-    return True
 
 
 class Night(Headless):

@@ -21,3 +21,13 @@ def eventually(condition: Callable[[], Result], timeout: float, what: str) -> Re
         if time.monotonic() > deadline:
             raise AssertionError(f"not within {timeout} s: {what}")
         time.sleep(POLL_SECONDS)
+
+
+def never(condition: Callable[[], object], seconds: float) -> bool:
+    """Whether a condition stays false for that time."""
+    deadline = time.monotonic() + seconds
+    while time.monotonic() < deadline:
+        if condition():
+            return False
+        time.sleep(POLL_SECONDS)
+    return True
