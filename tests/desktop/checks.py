@@ -447,7 +447,7 @@ class NotifierChecks(PanelChecks):
         # Its reserve, the classic tray, would be no item.
         eventually(lambda: self.item_of(program), PATIENCE, "the item is registered again")
 
-    def test_a_question_comes_to_the_front_and_a_polite_signal_ends_it_with_the_program(self) -> None:
+    def test_a_question_comes_to_the_front_and_a_polite_signal_ends_it(self) -> None:
         program = self.running()
 
         def end() -> None:
@@ -503,7 +503,7 @@ class X11Checks(PanelChecks):
         self.assertTrue(stays_closed(program), "it opened")
         self.assertIsNone(program.process.poll())
 
-    def test_the_drop_down_follows_the_desktop_from_light_to_dark_while_it_is_open(self) -> None:
+    def test_an_open_drop_down_follows_the_desktop_from_light_to_dark(self) -> None:
         preference = ColorPreference(self.desktop.session, dark=False)
         self.addCleanup(preference.close)
         program = self.running()

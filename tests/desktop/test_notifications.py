@@ -182,7 +182,7 @@ class Notifications(ConcurrentTestCase):
     def test_dunst_shows_an_outage_and_its_end_for_the_terminal_program(self) -> None:
         self.check_outage(Dunst, "10.77.0.41", watch.PROGRAM)
 
-    def test_it_is_shown_with_sound_over_the_settings_window_which_keeps_the_keyboard(self) -> None:
+    def test_it_covers_the_settings_window_and_leaves_it_the_keyboard(self) -> None:
         address = "10.77.0.37"
         with self.desktop(SmallPanel, "frontmost") as desktop:
             daemon, requests = Dunst(desktop), Requests(desktop.session)
@@ -215,7 +215,7 @@ class Notifications(ConcurrentTestCase):
             desktop.key("w", "Control_L")
             eventually(lambda: window(SETTINGS_TITLE) is None, PATIENCE, "the keyboard closes the window")
 
-    def test_without_a_daemon_it_goes_on_and_the_next_outage_is_shown_by_one_that_has_come(self) -> None:
+    def test_without_a_daemon_it_goes_on_and_uses_one_that_comes(self) -> None:
         address = "10.77.0.38"
         with self.desktop(PanelWithoutDaemons, "none") as desktop:
             empty = desktop.still_picture()
@@ -288,7 +288,7 @@ class Notifications(ConcurrentTestCase):
                 self.check_terminal("10.77.0.44", bus_of(desktop.session))
                 self.assertTrue(listener.messages(), "the daemon was asked")
 
-    def test_in_a_sandbox_the_portal_has_the_daemon_show_an_outage_and_its_end(self) -> None:
+    def test_in_a_sandbox_an_outage_is_shown_through_the_portal(self) -> None:
         address = "10.77.0.40"
         with self.desktop(DesktopWithPortals, "sandbox") as desktop:
             daemon, requests = Dunst(desktop), Requests(desktop.session)

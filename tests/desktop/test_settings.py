@@ -63,7 +63,7 @@ class Settings(SettingsWindow, unittest.TestCase):
             self.open_settings()
             self.assertEqual(self.windows(), [left_at])
 
-    def test_on_a_screen_that_shrinks_it_shrinks_too_and_grows_again_with_it(self) -> None:
+    def test_it_shrinks_and_grows_with_the_screen(self) -> None:
         before = self.window()
         usual, low = self.desktop.area, Rectangle(0, 0, 640, 480)
         self.addCleanup(self.desktop.screen.resize, usual.width, usual.height)
@@ -155,7 +155,7 @@ class Settings(SettingsWindow, unittest.TestCase):
 
         self.wait_for("ShowNotifications", True)
 
-    def test_assistive_technology_writes_host_and_interval_and_restores_them(self) -> None:
+    def test_assistive_technology_writes_and_restores_settings(self) -> None:
         eventually(lambda: self.focused() == "Host to Ping", PATIENCE, "the host's field has the keyboard")
         self.write("Host to Ping", "localhost")
         self.assertIsNone(self.setting("Hostname"))

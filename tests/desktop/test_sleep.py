@@ -64,7 +64,7 @@ class Night(Headless):
     def saved_pings(self) -> int:
         return json.loads(self.stats_file.read_text(encoding="utf-8"))[ADDRESS]["sent"]
 
-    def test_the_sleep_waits_until_the_statistics_are_saved_and_pings_come_back_after_it(self) -> None:
+    def test_the_sleep_waits_for_the_save_and_pings_come_back(self) -> None:
         self.start_logind()
         self.start()
         eventually(lambda: len(self.inhibitors()) == 1, PATIENCE, "sleeps are asked to wait")

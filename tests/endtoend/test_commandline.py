@@ -287,7 +287,7 @@ class WrongArguments(unittest.TestCase):
         ["127.0.0.1", "::1"],
     )
 
-    def test_each_is_refused_with_status_two_one_line_and_nothing_on_disk(self) -> None:
+    def test_each_is_refused_in_one_line_with_nothing_on_disk(self) -> None:
         for arguments in self.REFUSED:
             with self.subTest(arguments), new_home() as home:
                 done = run(home, *arguments, within=5)
@@ -307,7 +307,7 @@ class WrongArguments(unittest.TestCase):
             with self.subTest(arguments), new_home() as home:
                 self.assertIn(word, run(home, *arguments, within=5).stderr)
 
-    def test_a_wrong_argument_leaves_stored_settings_and_statistics_alone(self) -> None:
+    def test_a_wrong_argument_leaves_stored_files_alone(self) -> None:
         with new_home() as home:
             home.write_settings('{"Hostname": "10.77.0.40"}')
             home.write_stats("{}")
@@ -327,7 +327,7 @@ class Settings(ConcurrentTestCase):
             now = watch.wait_for(lambda now: now["session"]["replied"] >= 1, 2, "a reply")
             self.assertEqual((now["host"], now["resolvedAddress"]), (DEFAULT_HOST, DEFAULT_HOST))
 
-    def test_every_key_is_taken_for_this_run_and_nothing_of_it_is_written(self) -> None:
+    def test_every_key_is_taken_for_this_run_and_not_written(self) -> None:
         lab.behave("10.77.0.50", Behavior(delay_ms=33))
         everything = settings(
             Hostname="10.77.0.50",
@@ -387,7 +387,7 @@ class Settings(ConcurrentTestCase):
                     now = watch.wait_for(lambda now: now["session"]["replied"] >= 1, 2, "a reply")
                     self.assertEqual(now["menuTitle"].endswith("(0%)"), shown, stored)
 
-    def test_a_file_that_cannot_be_parsed_means_defaults_and_is_not_touched(self) -> None:
+    def test_an_unparsable_file_means_defaults_and_is_not_touched(self) -> None:
         for text in ("", '{"Hostname": "10.77.0.5', "[]", "null", "\udcff\0".encode("utf-8", "surrogateescape")):
             with new_home() as home:
                 home.write_settings("")

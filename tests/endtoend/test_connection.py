@@ -158,7 +158,7 @@ class AConnection(ConcurrentTestCase):
                 self.assertEqual(now["status"], "up")
                 self.assertGreater(now["latestPingMs"], 0)
 
-    def test_requests_carry_the_mark_one_identifier_and_consecutive_numbers(self) -> None:
+    def test_requests_carry_mark_identifier_and_ascending_numbers(self) -> None:
         lab.behave("10.77.0.15", Behavior())
         with new_home() as home, Watch(home, "10.77.0.15"):
             eventually(lambda: len(lab.requests("10.77.0.15")) >= 4, 4 + PATIENCE_SECONDS, "four requests")
@@ -212,7 +212,7 @@ class AConnection(ConcurrentTestCase):
                 self.assertEqual(now["session"]["replied"], 0)
                 self.assertIsNone(now["latestPingMs"])
 
-    def test_errors_from_a_router_are_silence_and_end_with_the_first_reply(self) -> None:
+    def test_errors_from_a_router_are_silence_until_a_reply(self) -> None:
         lab.behave("10.77.0.18", Behavior(error="host-unreachable"))
         with new_home() as home, Watch(home, *QUICK, "10.77.0.18") as watch:
             now = watch.wait_for(lambda now: now["status"] != "starting", 8, "an outcome")
@@ -230,7 +230,7 @@ class AnOutage(ConcurrentTestCase):
             if now["monotonic"] > due + TICK_TOLERANCE:
                 self.assertEqual(now["status"], "down", now)
 
-    def test_silence_is_down_after_the_reply_time_out_and_a_reply_ends_it(self) -> None:
+    def test_silence_is_an_outage_until_a_reply(self) -> None:
         lab.behave("10.77.0.20", Behavior(delay_ms=20))
         with new_home() as home, Watch(home, *QUICK, "10.77.0.20") as watch:
             watch.wait_for(lambda now: now["session"]["replied"] >= 3, 4, "three replies")
@@ -296,7 +296,7 @@ class AnOutage(ConcurrentTestCase):
             self.assertEqual(down["session"]["sent"], 0)
             self.assertIsNone(down["resolvedAddress"])
 
-    def test_refused_sockets_are_named_and_recover_once_the_range_is_opened(self) -> None:
+    def test_refused_sockets_are_named_and_recover_with_the_range(self) -> None:
         # A network namespace of the program's own: its range starts closed, and opening it disturbs no other test.
         # A way to the world leads out of it, or there would be no network instead.
         setup = (
@@ -331,7 +331,7 @@ class AnOutage(ConcurrentTestCase):
 
 
 class ANameWithSeveralAddresses(ConcurrentTestCase):
-    def test_a_silent_first_address_is_left_for_the_second_after_the_time_out(self) -> None:
+    def test_a_silent_first_address_is_left_after_the_time_out(self) -> None:
         first, second = addresses_of("pair.lab")
         lab.behave(first, SILENT)
         lab.behave(second, Behavior(delay_ms=10))
@@ -360,7 +360,7 @@ class ANameWithSeveralAddresses(ConcurrentTestCase):
 
             self.assertEqual(up["resolvedAddress"], second)
 
-    def test_the_first_address_in_the_resolvers_order_is_kept_while_it_answers(self) -> None:
+    def test_the_resolvers_first_address_is_kept_while_it_answers(self) -> None:
         first, second = addresses_of("both.lab")
         lab.behave(first, Behavior(delay_ms=10))
         lab.behave(second, Behavior(delay_ms=10))

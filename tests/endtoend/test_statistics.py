@@ -297,7 +297,7 @@ class ADiskThatRefuses(ConcurrentTestCase):
                 self.assertEqual(watch.finish(), 0)
             self.assertEqual(home.files(), ["data"])
 
-    def test_a_full_disk_keeps_the_old_file_and_takes_a_new_one_once_there_is_room(self) -> None:
+    def test_a_full_disk_keeps_the_old_file_until_there_is_room(self) -> None:
         address = "10.77.0.42"
         lab.behave(address, Behavior())
         with new_home() as home:

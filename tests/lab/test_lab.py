@@ -103,7 +103,7 @@ class Replies:
         self.address = ADDRESS[self.family]
         self.echo = self.enterContext(EchoSocket(self.family))
 
-    def test_a_request_is_answered_with_its_own_identifier_sequence_and_payload(self) -> None:
+    def test_a_request_is_answered_with_what_it_held(self) -> None:
         lab.behave(self.address, Behavior())
 
         message = self.echo.exchange(7)
@@ -203,7 +203,7 @@ class Replies:
         self.assertEqual(self.echo.receive_all(), [])
         self.assertEqual(len(lab.requests(address)), before + 1)
 
-    def test_requests_are_recorded_with_time_identifier_sequence_and_payload(self) -> None:
+    def test_requests_are_recorded_with_time_and_content(self) -> None:
         lab.behave(self.address, Behavior(lose_pattern=".x"))
         before = len(lab.requests(self.address))
 
