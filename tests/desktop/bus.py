@@ -97,7 +97,7 @@ class Listener:
             self._process = subprocess.Popen(
                 ["stdbuf", "-oL", "dbus-monitor", "--address", address, "--profile", rule], stdout=file
             )
-        # Who listens gives up its own name, and that is the first thing to be heard.
+        # A monitor gives up its own name: that is the first message that it hears.
         eventually(lambda: "NameLost" in self._file.read_text(), 10, "the listener listens")
 
     def __enter__(self) -> Listener:

@@ -397,7 +397,7 @@ class NotifierChecks(PanelChecks):
         self.assertIsNone(program.drop_down())
 
     def menu_drawn(self, before: Image.Image) -> Rectangle | None:
-        """What is drawn on the rest of the screen, if it is as high as so many rows."""
+        """What is drawn on the rest of the screen, if it is as high as a menu."""
         found = changed(before, self.desktop.picture(), self.desktop.rest)
         return found if found is not None and found.height > MENU_HEIGHT else None
 

@@ -18,7 +18,7 @@ from .session import Session
 
 NOTIFICATIONS = "org.freedesktop.Notifications"
 SENDER = re.compile(r"^method call .* sender=(\S+)", re.MULTILINE)
-# Notifications stay for so many seconds: reading them off the screen may take long on a busy machine.
+# Notifications stay for two minutes: reading them off the screen may take long on a busy machine.
 XFCE_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfce4-notifyd" version="1.0"><property name="expire-timeout" type="int" value="120"/></channel>
 """
@@ -59,7 +59,7 @@ class Daemon(Installed):
         """Summary and body of each notification that it shows now or has just shown."""
 
     def hang(self) -> None:
-        """It keeps its name, and answers nobody."""
+        """It keeps its name and answers no call."""
         os.kill(self.process.pid, signal.SIGSTOP)
 
 
@@ -70,7 +70,7 @@ class Requests:
         self.session = session
         rule = f"type='method_call',interface='{NOTIFICATIONS}',member='Notify'"
         session.spawn("requests", ["stdbuf", "-oL", "dbus-monitor", "--session", rule])
-        # Who listens gives up its own name, and that is the first thing to be heard.
+        # A monitor gives up its own name: that is the first message that it hears.
         eventually(lambda: "NameLost" in self.text, PATIENCE, "the listener listens")
 
     @property
@@ -80,7 +80,7 @@ class Requests:
     def sender(self) -> str:
         """The executable that asked first."""
         name = SENDER.search(self.text)
-        assert name is not None, "nobody has asked"
+        assert name is not None, "no program has asked"
         return os.readlink(f"/proc/{self.session.bus.process(name[1])}/exe")
 
 

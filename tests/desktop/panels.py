@@ -32,7 +32,7 @@ START_SECONDS = 20
 SKIPPED = 77
 # Where no panel is.
 PARKED = (400, 400)
-# So many equal pictures in a row make a still one.
+# The panel is at rest when this many pictures in a row are equal.
 STILL_LOOKS = 4
 
 
@@ -422,8 +422,8 @@ WAYBAR_STYLE = "window#waybar { background: #202020; color: #ffffff; }"
 
 def share_memory_with_everybody() -> None:
     """In a changed root the folder may be without its file system, and closed to the session's user."""
-    everybody = 0o1777
-    if os.stat("/dev/shm").st_mode & everybody != everybody and os.geteuid() == 0:
+    open_to_all = 0o1777
+    if os.stat("/dev/shm").st_mode & open_to_all != open_to_all and os.geteuid() == 0:
         # The mounts are the laboratory's own.
         subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=1777", "tmpfs", "/dev/shm"], check=True, timeout=10)
 

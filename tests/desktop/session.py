@@ -140,7 +140,7 @@ class Session:
         return process
 
     def run(self, command: Sequence[str], timeout: float = 10) -> bytes:
-        """The standard output of a program that ends by itself."""
+        """The standard output of a program, once it has ended."""
         result = subprocess.run(
             command,
             env=self.environment,
@@ -214,7 +214,7 @@ class Session:
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def _kill_marked(self) -> bool:
-        """Kills what the session's programs have started by themselves; true when nothing was left."""
+        """Kills the programs that the session's programs have started; true when none was left."""
         mark = f"{MARK}={self.mark}".encode()
         none_left = True
         for entry in pathlib.Path("/proc").iterdir():

@@ -1,4 +1,4 @@
-"""The harness by itself: each installed panel shows and uses an item as small as can be."""
+"""The harness alone: each installed panel shows and uses the smallest possible item."""
 
 from __future__ import annotations
 

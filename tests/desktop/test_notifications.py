@@ -26,9 +26,9 @@ from .settings import TITLE as SETTINGS_TITLE
 
 DOWN = ("Tarnwick — Connection down", "Your internet connection seems to be down.")
 RESTORED = ("Tarnwick — Connection restored", "Your internet connection has been restored.")
-# Silence for so long is an outage, at a time-out of a second; a connection that was down is tried again as often.
+# With a time-out of a second, silence is an outage within this time; a connection that is down is tried again as often.
 OUTAGE_SECONDS = 10
-# Pings until news that nobody could show is dropped: it waits five seconds.
+# A notification that no daemon could show is dropped after five seconds, and so after this many pings.
 STALE_PINGS = 7
 # A program that waits for the answer of a daemon that hangs waits longer: 25 seconds, the bus's usual limit.
 UNHELD_SECONDS = 15
@@ -234,7 +234,7 @@ class Notifications(ConcurrentTestCase):
             self.begin_outage(address)
 
             self.wait_for(DOWN, daemon)
-            # What there was nobody for is not made up for.
+            # The outage before the daemon came is not shown later.
             self.assertEqual(daemon.shown(), [DOWN])
             self.assertEqual(program.output, "")
 
@@ -301,5 +301,5 @@ class Notifications(ConcurrentTestCase):
             self.wait_for(RESTORED, daemon)
             self.assertIn(DOWN, daemon.shown())
             self.assertEqual(requests.sender(), PORTAL_BACKEND)
-            # The portal has found out by itself who it is that asks.
+            # The portal itself has found out which application asks.
             self.assertIn(f'"{SANDBOXED}"', requests.text)

@@ -12,7 +12,7 @@ from .pictures import changed
 from .program import APPLICATION, PATIENCE, Program
 
 ADDRESS = "10.77.0.31"
-# Silence for so long is an outage, at a time-out of a second.
+# With a time-out of a second, silence is an outage within this time.
 OUTAGE_SECONDS = 10
 
 

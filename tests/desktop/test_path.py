@@ -17,7 +17,7 @@ from .program import PATIENCE
 
 ADDRESS = "10.77.0.37"
 OTHER = "other0"
-# Changes come in bursts: so long it is quiet before the pings start anew.
+# Changes come in bursts: the pings start anew when none has come for this time.
 DEBOUNCE_SECONDS = 1
 # Pings that are watched to go on as they were.
 STEADY_PINGS = 3
@@ -67,7 +67,7 @@ class AnotherWayForTheTerminal(OfTheTerminal, AnotherWay):
     pass
 
 
-del AnotherWay  # not to be run by itself
+del AnotherWay  # only its subclasses are tests
 
 
 class NoWay(unittest.TestCase):

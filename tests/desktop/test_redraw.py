@@ -36,7 +36,7 @@ class Redraw(unittest.TestCase):
         self.fail("the machine is too busy for a steady latency on the loopback device")
 
     def follow(self, item: Item) -> tuple[bool, list[Message]]:
-        """Whether the item has stayed the same for so many pings, and the signals of that time."""
+        """Whether the item has stayed the same for PINGS pings, and the signals of that time."""
         bus = self.desktop.session.bus
         before = item.properties()
         with Listener(bus.address, f"type='signal',sender='{bus.owner(item.service)}'") as listener:

@@ -21,9 +21,9 @@ from .program import PATIENCE
 
 ADDRESS = "10.77.0.36"
 LOGIND, LOGIND_PATH, MANAGER = "org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager"
-# The network gets so long to come back after a sleep.
+# The network gets this time to come back after a sleep.
 RESTART_SECONDS = 2
-# So long pings are watched to stay away.
+# How long no ping may come.
 ASLEEP_SECONDS = 3
 
 
@@ -102,7 +102,7 @@ class Night(Headless):
 
         self.assertEqual(self.finish(), 0)
 
-        eventually(lambda: not self.inhibitors(), PATIENCE, "nobody holds a sleep up")
+        eventually(lambda: not self.inhibitors(), PATIENCE, "no program holds a sleep up")
 
 
 class NightOfTheDesktop(OfTheDesktop, Night):
@@ -113,4 +113,4 @@ class NightOfTheTerminal(OfTheTerminal, Night):
     pass
 
 
-del Night  # not to be run by itself
+del Night  # only its subclasses are tests

@@ -21,7 +21,7 @@ class Tint2(X11Checks, unittest.TestCase):
     panel = Tint2Panel
 
     def wait_for_verdict(self, program: Program) -> None:
-        """Nobody tells here: the five lit bars do."""
+        """A tray icon has no tool tip to ask: its five bars must be lit."""
 
         def five_bars() -> bool:
             place = changed(self.empty, self.desktop.picture(), self.desktop.strip)

@@ -50,7 +50,7 @@ class ConcurrentTestCase(unittest.TestCase):
 
     def __init__(self, name: str = "runTest") -> None:
         super().__init__(name)
-        # Whoever runs a single test gets only that one started.
+        # Only the tests that the runner has chosen are started.
         type(self)._asked_for.add(name)
 
     @staticmethod

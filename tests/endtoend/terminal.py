@@ -169,7 +169,7 @@ class Terminal:
         return termios.tcgetattr(self._slave)
 
     def is_blocking(self) -> bool:
-        """Whether whoever writes to the terminal waits until it takes the text: all who have it open share this."""
+        """Whether a write to the terminal waits until it takes the text. All programs that have it open share this."""
         return os.get_blocking(self._slave)
 
     def _set_size(self, columns: int, rows: int) -> None:

@@ -18,7 +18,7 @@ PROGRAM = os.path.abspath(
     os.environ.get("TARNWICK_WATCH")
     or pathlib.Path(__file__).resolve().parents[2] / "build/release/app/tarnwick-watch"
 )
-# Every program ends by itself after this, so that none outlives a test run that was broken off.
+# Every program is told to end after this, so that none outlives an interrupted test run.
 LIFETIME_SECONDS = 100
 # Added to what a wait should take, for a machine that is busy with other things.
 PATIENCE_SECONDS = 10

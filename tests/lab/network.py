@@ -73,7 +73,7 @@ class Lab:
     """A network with scripted delay, loss and silence. Use it as a context manager, inside tests/lab/run.
 
     All methods may be called from any thread. One thread of its own answers the packets; an address without a
-    behavior is silent, but its requests are recorded all the same.
+    behavior is silent, but its requests are recorded.
     """
 
     def __init__(self, seed: int = 1) -> None:
