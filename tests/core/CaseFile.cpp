@@ -32,6 +32,23 @@ std::string joined(const std::vector<std::string>& words) {
     throw std::runtime_error(file.string() + ":" + std::to_string(line) + ": " + why);
 }
 
+void readStep(
+    const std::string& text, const std::filesystem::path& path, std::size_t line, std::vector<Case>& cases) {
+    const std::size_t arrow = text.find("->");
+    const std::vector<std::string> words = wordsOf(text.substr(0, arrow));
+    if (words.empty()) {
+        return;
+    }
+    if (words.front() == "case" && words.size() == 2) {
+        cases.push_back({words[1], path, {}});
+    } else if (cases.empty()) {
+        refuse(path, line, "a step before the first case");
+    } else {
+        const std::string expected = arrow == std::string::npos ? std::string() : text.substr(arrow + 2);
+        cases.back().steps.push_back({line, words, joined(wordsOf(expected))});
+    }
+}
+
 } // namespace
 
 double CaseStep::number(std::size_t index) const {
@@ -54,19 +71,9 @@ std::vector<Case> readCases(const std::string& fileName) {
     std::size_t line = 0;
     for (std::string text; std::getline(in, text);) {
         ++line;
-        text.resize(std::min(text.find('#'), text.size()));
-        const std::size_t arrow = text.find("->");
-        const std::vector<std::string> words = wordsOf(text.substr(0, arrow));
-        if (words.empty()) {
-            continue;
-        }
-        if (words.front() == "case" && words.size() == 2) {
-            cases.push_back({words[1], path, {}});
-        } else if (cases.empty()) {
-            refuse(path, line, "a step before the first case");
-        } else {
-            const std::string expected = arrow == std::string::npos ? std::string() : text.substr(arrow + 2);
-            cases.back().steps.push_back({line, words, joined(wordsOf(expected))});
+        std::istringstream steps(text.substr(0, text.find('#')));
+        for (std::string step; std::getline(steps, step, ';');) {
+            readStep(step, path, line, cases);
         }
     }
     if (cases.empty()) {
