@@ -52,9 +52,10 @@ std::optional<double> parseNumber(std::string_view text) {
     if (text.starts_with('+') && !text.starts_with("+-")) {
         text.remove_prefix(1); // std::from_chars knows only the minus sign
     }
-    const char* const end = text.data() + text.size();
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
     double value = 0;
-    const auto [behind, error] = std::from_chars(text.data(), end, value);
+    const auto [behind, error] = std::from_chars(begin, end, value);
     if (error == std::errc::invalid_argument || behind != end) {
         return std::nullopt;
     }
