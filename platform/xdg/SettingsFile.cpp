@@ -33,23 +33,24 @@ std::optional<T> valueIn(const UserDefaults::Table& table, const std::string& ke
     return value != nullptr ? std::optional(*value) : std::nullopt;
 }
 
-/// What lies on disk. Nothing when the file is there but is no JSON object.
-std::optional<Json> readObject(const std::filesystem::path& path) {
+/// Nothing when the file is there but can't be read. No file is an empty object.
+std::optional<std::string> readText(const std::filesystem::path& path) {
     std::error_code error;
-    const std::optional<std::string> text = FileStore::read(path, error);
-    if (error == std::errc::no_such_file_or_directory) {
-        return Json::object();
-    }
-    return parseJsonObject(text.value_or(""));
+    auto text = FileStore::read(path, error);
+    return error == std::errc::no_such_file_or_directory ? std::optional<std::string>("{}") : text;
+}
+
+std::optional<Json> objectIn(const std::optional<std::string>& text) {
+    return text ? parseJsonObject(*text) : std::nullopt;
 }
 
 } // namespace
 
 struct SettingsFile::Stored {
     Json object = Json::object();                         ///< as last known on disk
-    std::map<std::string, std::optional<Json>> unsaved{}; ///< changes that are not on disk yet; none: removed
+    std::map<std::string, std::optional<Json>> unsaved{}; ///< changes not on disk yet; none: removed
 
-    /// The value that holds: a change that is not on disk yet, else what lies there.
+    /// An unsaved change, else the value on disk.
     [[nodiscard]] const Json* find(const std::string& key) const {
         if (const auto change = unsaved.find(key); change != unsaved.end()) {
             const std::optional<Json>& value = change->second;
@@ -72,8 +73,8 @@ struct SettingsFile::Stored {
 };
 
 SettingsFile::SettingsFile(std::filesystem::path path)
-    : path_(std::move(path)),
-      stored_(std::make_unique<Stored>(Stored{.object = readObject(path_).value_or(Json::object())})) {
+    : path_(std::move(path)), stored_(std::make_unique<Stored>()) {
+    reload();
 }
 
 SettingsFile::~SettingsFile() = default;
@@ -82,10 +83,18 @@ std::filesystem::path SettingsFile::defaultPath() {
     return UserFolders::config() / "Tarnwick" / "settings.json";
 }
 
-void SettingsFile::reload() {
-    if (auto present = readObject(path_)) {
-        stored_->object = std::move(*present);
+bool SettingsFile::reload() {
+    auto text = readText(path_);
+    if (text == knownText_) {
+        return false;
     }
+    auto present = objectIn(text);
+    if (!present) {
+        return false;
+    }
+    stored_->object = std::move(*present);
+    knownText_ = std::move(text);
+    return true;
 }
 
 void SettingsFile::setVolatile(const std::string& key, const Value& value) {
@@ -147,15 +156,18 @@ void SettingsFile::write() {
     if (isEditing_) {
         return;
     }
-    // What was changed in the file meanwhile, by hand or by another program, is kept.
-    const std::optional<Json> present = readObject(path_);
+    // Others may have changed the file since: their changes are kept.
+    const std::optional<std::string> presentText = readText(path_);
+    const bool hasForeignChanges = presentText != knownText_;
+    const std::optional<Json> present = objectIn(presentText);
     Json next = stored_->withUnsaved(present.value_or(stored_->object));
-    const bool isOnDisk = present && *present == next;
-    if (!isOnDisk) {
+    if (!present || *present != next) {
         const std::string text = next.dump(4, ' ', false, Json::error_handler_t::replace) + "\n";
         if ((!present && FileStore::keepAside(path_)) || FileStore::replace(path_, text)) {
             return; // the changes hold for this run, and go out with the next write
         }
+        // The readers have yet to be told of foreign changes: the next reload is to find something new.
+        knownText_ = hasForeignChanges ? std::nullopt : std::optional(text);
     }
     stored_->object = std::move(next);
     stored_->unsaved.clear();

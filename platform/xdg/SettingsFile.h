@@ -1,5 +1,4 @@
-// The user's settings as one JSON object in a file, with registered defaults below it and a volatile layer
-// above.
+// The user's settings as a JSON object in a file. Registered defaults lie below it, volatile values above.
 #pragma once
 
 #include "platform/ports/UserDefaults.h"
@@ -9,8 +8,8 @@
 
 namespace tarnwick {
 
-/// Keys that it does not know are kept. A file that can't be read as a JSON object counts as empty, and is
-/// given a second name before it is first overwritten. Nothing is written until a setting changes.
+/// Unknown keys are kept. A file that is no JSON object counts as empty, and gets a second name before it is
+/// overwritten. Nothing is written until a setting changes.
 class SettingsFile final : public UserDefaults {
 public:
     explicit SettingsFile(std::filesystem::path path);
@@ -19,11 +18,11 @@ public:
     /// "Tarnwick/settings.json" in $XDG_CONFIG_HOME, else in ~/.config.
     [[nodiscard]] static std::filesystem::path defaultPath();
 
-    /// Takes over what has been changed in the file since it was last read or written here. What can't be
-    /// understood, as while somebody is writing it, changes nothing.
-    void reload();
+    /// Takes over what others have changed in the file; returns whether there is anything new. A text that is
+    /// no JSON object, such as one half written, changes nothing.
+    bool reload();
 
-    /// Holds for this run, above what is stored, and is never written. Storing or removing the key ends it.
+    /// Holds for this run, above the stored value, and is never written. Storing or removing the key ends it.
     void setVolatile(const std::string& key, const Value& value);
 
     void registerDefaults(const Table& defaults) override;
@@ -42,6 +41,8 @@ private:
     void write();
 
     std::filesystem::path path_;
+    /// Of the file, when all of it has been taken over: to tell own changes from those of others.
+    std::optional<std::string> knownText_;
     Table registered_;
     Table volatile_;
     std::unique_ptr<Stored> stored_;
