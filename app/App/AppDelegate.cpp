@@ -80,8 +80,9 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       settingsWatch_(
           loop, SettingsFile::defaultPath(),
           [this] {
-              settings_.reload();
-              monitor_.reloadPreferences();
+              if (settings_.reload()) {
+                  prefs_.reload();
+              }
           }),
       // No update framework yet.
       menu_(StatusItemController::menuItems(false)),

@@ -80,7 +80,7 @@ int start(const std::vector<std::string>& arguments, char* name) {
     }
     const auto& options = std::get<AppOptions>(parsed);
     if (options.help) {
-        std::fputs(AppOptions::usage(), stdout);
+        std::fputs(AppOptions::usage().c_str(), stdout);
         return EXIT_SUCCESS;
     }
     if (options.version) {

@@ -15,17 +15,18 @@ constexpr std::array<option, 4> knownOptions{{
 
 } // namespace
 
-const char* AppOptions::usage() {
+std::string AppOptions::usage() {
     return "usage: tarnwick [--set KEY=VALUE]...\n"
            "\n"
-           "Keeps an eye on the internet connection from the panel. A second start opens what drops\n"
-           "down from the one that runs.\n"
+           "Shows the quality of the internet connection in the panel. Starting it again opens the "
+           "drop-down\n"
+           "of the running instance.\n"
            "\n"
            "  --set KEY=VALUE  a setting for this run only; may be repeated\n"
            "  --help           show this text\n"
            "  --version        show the version\n"
            "\n"
-           "The settings are those of tarnwick-watch, see its --help.\n";
+           + settingsUsage();
 }
 
 std::variant<AppOptions, UsageError> parseAppOptions(const std::vector<std::string>& arguments) {

@@ -10,7 +10,7 @@
 namespace tarnwick {
 
 struct AppOptions : CommonOptions {
-    [[nodiscard]] static const char* usage();
+    [[nodiscard]] static std::string usage();
 };
 
 /// `arguments` without the program's name.

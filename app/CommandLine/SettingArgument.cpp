@@ -1,68 +1,23 @@
 #include "app/CommandLine/SettingArgument.h"
 
-#include "app/Preferences/Preferences.h"
+#include "app/Preferences/SettingTable.h"
 #include "core/Text.h"
 
-#include <array>
+#include <algorithm>
 #include <cmath>
-#include <string_view>
 
 namespace tarnwick {
 
 namespace {
 
-enum class SettingType { host, positiveNumber, number, boolean, lossMode, panelFace };
-
-struct SettingRule {
-    std::string_view key;
-    SettingType type;
-    std::string_view expected; ///< completes "KEY must be ..."
-};
-
-/// Four times what the name system allows: room for a scope and for other notations.
+/// Four times the longest name of the name system: room for a scope and for other notations.
 constexpr std::size_t longestHost = 1024;
 
-constexpr std::string_view trueOrFalse = "true or false";
-
-constexpr std::array settingRules{
-    SettingRule{PreferenceKey::hostname, SettingType::host, "a host name or address"},
-    SettingRule{PreferenceKey::pingTimeout, SettingType::positiveNumber, "a number of seconds above 0"},
-    SettingRule{PreferenceKey::pingInterval, SettingType::number, "a number of seconds"},
-    SettingRule{
-        PreferenceKey::slowPingLowThreshold, SettingType::positiveNumber, "a number of milliseconds above 0"},
-    SettingRule{PreferenceKey::showIcon, SettingType::boolean, trueOrFalse},
-    SettingRule{PreferenceKey::showText, SettingType::boolean, trueOrFalse},
-    SettingRule{PreferenceKey::showNotifications, SettingType::boolean, trueOrFalse},
-    SettingRule{PreferenceKey::packetLossTextMode, SettingType::lossMode, "off, whenLossy or always"},
-    SettingRule{PreferenceKey::showPacketLossText, SettingType::boolean, trueOrFalse},
-    SettingRule{PreferenceKey::panelFace, SettingType::panelFace, "auto, label, wide or square"},
-};
+constexpr std::size_t settingColumn = 32; ///< where the descriptions begin
 
 std::optional<double> finiteNumber(const std::string& text) {
     const std::optional<double> number = Text::parseNumber(text);
     return number && std::isfinite(*number) ? number : std::nullopt;
-}
-
-std::optional<UserDefaults::Value> onlyIf(bool isRight, const UserDefaults::Value& value) {
-    return isRight ? std::optional(value) : std::nullopt;
-}
-
-std::optional<UserDefaults::Value> valueOf(SettingType type, const std::string& text) {
-    switch (type) {
-    case SettingType::host:
-        return hostArgument(text);
-    case SettingType::positiveNumber:
-        return positiveNumber(text);
-    case SettingType::number:
-        return finiteNumber(text);
-    case SettingType::boolean:
-        return onlyIf(text == "true" || text == "false", text == "true");
-    case SettingType::lossMode:
-        return onlyIf(MenuBarTitle::lossMode(text).has_value(), text);
-    case SettingType::panelFace:
-        break;
-    }
-    return onlyIf(panelFace(text).has_value(), text);
 }
 
 } // namespace
@@ -80,9 +35,8 @@ std::optional<double> positiveNumber(const std::string& text) {
 }
 
 std::optional<std::string> hostArgument(const std::string& text) {
-    const std::string_view host = Text::trimmed(text);
-    const bool isPlausible = !host.empty() && host.size() <= longestHost;
-    return isPlausible ? std::optional(std::string(host)) : std::nullopt;
+    auto host = hostIn(text);
+    return host && host->size() <= longestHost ? host : std::nullopt;
 }
 
 std::variant<Setting, UsageError> parseSetting(const std::string& text) {
@@ -91,17 +45,29 @@ std::variant<Setting, UsageError> parseSetting(const std::string& text) {
         return UsageError{"--set takes KEY=VALUE, not " + quoted(text)};
     }
     const std::string key = text.substr(0, equals);
-    for (const SettingRule& rule : settingRules) {
-        if (rule.key != key) {
+    const auto* const row = std::ranges::find(settingTable, key, &SettingRow::key);
+    if (row == settingTable.end()) {
+        return UsageError{"unknown setting " + quoted(key)};
+    }
+    const std::string written = text.substr(equals + 1);
+    const auto value = parsedSetting(*row, written);
+    if (!value || (row->rule == SettingRule::host && !hostArgument(written))) {
+        return UsageError{key + " must be " + std::string(row->values) + ", not " + quoted(written)};
+    }
+    return Setting(key, *value);
+}
+
+std::string settingsUsage() {
+    std::string usage = "Settings and their defaults:\n";
+    for (const SettingRow& row : settingTable) {
+        if (row.kind == SettingDefault::olderForm) {
             continue;
         }
-        const std::string written = text.substr(equals + 1);
-        if (auto value = valueOf(rule.type, written)) {
-            return Setting(key, std::move(*value));
-        }
-        return UsageError{key + " must be " + std::string(rule.expected) + ", not " + quoted(written)};
+        std::string line = std::string("  ") + row.key + "=" + defaultText(row);
+        line.resize(std::max(line.size() + 2, settingColumn), ' ');
+        usage += line + description(row) + "\n";
     }
-    return UsageError{"unknown setting " + quoted(key)};
+    return usage;
 }
 
 } // namespace tarnwick

@@ -1,4 +1,4 @@
-// Settings and other values as they are written on the command lines of the programs.
+// Settings and other values on the command lines of both programs.
 #pragma once
 
 #include "platform/ports/UserDefaults.h"
@@ -17,14 +17,17 @@ struct UsageError {
 
 using Setting = std::pair<std::string, UserDefaults::Value>;
 
-/// One "KEY=VALUE", its value in the type of that key.
+/// One "KEY=VALUE"; the value has the key's type.
 [[nodiscard]] std::variant<Setting, UsageError> parseSetting(const std::string& text);
 
-/// Nothing when it is not what its name says.
+/// The part of a usage text that lists all settings.
+[[nodiscard]] std::string settingsUsage();
+
+/// Nothing when the text is no such value.
 [[nodiscard]] std::optional<double> positiveNumber(const std::string& text);
 [[nodiscard]] std::optional<std::string> hostArgument(const std::string& text);
 
-/// For complaints: in quotation marks, on one line.
+/// For error messages: in quotation marks, on one line.
 [[nodiscard]] std::string quoted(const std::string& text);
 
 } // namespace tarnwick

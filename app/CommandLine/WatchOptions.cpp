@@ -1,6 +1,6 @@
 #include "app/CommandLine/WatchOptions.h"
 
-#include "app/Preferences/Preferences.h"
+#include "app/Preferences/SettingTable.h"
 
 #include <array>
 
@@ -38,29 +38,21 @@ std::optional<UsageError> apply(int letter, const ArgumentParser& parser, WatchO
 
 } // namespace
 
-const char* WatchOptions::usage() {
+std::string WatchOptions::usage() {
     return "usage: tarnwick-watch [--json] [--for SECONDS] [--set KEY=VALUE]... [HOST]\n"
            "\n"
            "Watches the quality of the internet connection by pinging one host.\n"
            "\n"
            "  HOST             host name or address to ping, for this run only\n"
            "  --json           print one JSON object a line, at once and then every second\n"
-           "  --for SECONDS    stop after so many seconds\n"
+           "  --for SECONDS    stop after this time\n"
            "  --set KEY=VALUE  a setting for this run only; may be repeated\n"
            "  --help           show this text\n"
            "  --version        show the version\n"
            "\n"
-           "Settings and their defaults:\n"
-           "  Hostname=1.1.1.1                host name or address to ping\n"
-           "  PingInterval=1                  seconds between pings, 1 to 60\n"
-           "  PingTimeout=4                   seconds after which a ping is lost\n"
-           "  SlowPingLowThreshold=100        milliseconds from which a ping is slow\n"
-           "  PacketLossTextMode=whenLossy    off, whenLossy or always\n"
-           "  ShowIcon=true  ShowText=true    what the status item shows\n"
-           "  PanelFace=auto                  auto, label, wide or square: what the panel can show\n"
-           "  ShowNotifications=false         notify of down and restored\n"
-           "\n"
-           "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n";
+           + settingsUsage()
+           + "\n"
+             "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n";
 }
 
 std::variant<WatchOptions, UsageError> parseWatchOptions(const std::vector<std::string>& arguments) {

@@ -15,7 +15,7 @@ struct WatchOptions : CommonOptions {
     bool json = false;
     std::optional<double> forSeconds;
 
-    [[nodiscard]] static const char* usage();
+    [[nodiscard]] static std::string usage();
 };
 
 /// `arguments` without the program's name. Nothing but the result changes.

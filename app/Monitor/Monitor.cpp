@@ -33,6 +33,8 @@ ConnectionWatchdog::Config watchdogConfig(const Preferences& prefs) {
 
 Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
     : prefs_(prefs),
+      host_(prefs.hostname()),
+      pingInterval_(prefs.pingInterval()),
       loop_(environment.loop),
       network_(environment.network),
       pathMonitor_(environment.path),
@@ -46,6 +48,8 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
 }
 
 void Monitor::start() {
+    host_ = prefs_.hostname();
+    pingInterval_ = prefs_.pingInterval();
     recorder_.load();
     recording_.set(recorder_.state());
     ledger_.mutate([this](PingLedger& ledger) {
@@ -54,6 +58,7 @@ void Monitor::start() {
     });
     housekeepingTimer_ = loop_.everyRoughly(
         loop_.now() + housekeepingInterval, housekeepingInterval, housekeepingTolerance, [this] { tick(); });
+    prefs_.onChange = lifeline_.guarded([this] { settingsChanged(); });
     observeSystemEvents();
     refreshWatchdogConfig();
     carryOut(updatedWatchdog().reset(loop_.now(), 0, true));

@@ -67,14 +67,11 @@ public:
     /// is not made to outlive a power cut never waits for the disk.
     void saveStats(FileStore::Durability durability = FileStore::Durability::powerCut);
 
+    // Once started, the monitor follows its preferences, whatever sets them.
+
     /// White space around the text is dropped; an empty or unchanged host is ignored.
     void setHostname(const std::string& text);
-    /// To be called after the ping interval has been set. Keeps the gap since the last ping.
-    void pingIntervalChanged();
     void restoreDefaults();
-    /// To be called after settings have been changed where they are stored. What differs acts as if it had
-    /// been set here.
-    void reloadPreferences();
     void resetSessionStats();
     /// Of the current host; stored at once.
     void resetAllTimeStats();
@@ -161,7 +158,10 @@ private:
     // What happens around it.
     void observeSystemEvents();
     void saveStatsOf(const std::string& host, FileStore::Durability durability);
+    void settingsChanged();
     void hostChanged();
+    /// Keeps the gap since the last ping.
+    void pingIntervalChanged();
     void refreshWatchdogConfig();
     void willSleep();
     void didWake();
@@ -169,6 +169,8 @@ private:
     void pathChanged(const std::string& key);
 
     Preferences& prefs_;
+    std::string host_;    ///< of the preferences, as the monitor last acted on it
+    double pingInterval_; ///< the same
     RunLoop& loop_;
     PingNetwork& network_;
     PathMonitor& pathMonitor_;

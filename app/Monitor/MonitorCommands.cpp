@@ -1,18 +1,26 @@
-// What a user can tell the monitor to do: another host or interval, restored defaults, resets.
+// What a user can tell the monitor to do: another host or interval, restored defaults, resets. Changed
+// settings act in one way, whatever changes them.
 #include "app/Monitor/Monitor.h"
-
-#include "core/Text.h"
 
 namespace tarnwick {
 
 void Monitor::setHostname(const std::string& text) {
-    const std::string_view host = Text::trimmed(text);
-    if (host.empty() || host == prefs_.hostname()) {
-        return;
+    const std::optional<std::string> host = hostIn(text);
+    if (host && *host != prefs_.hostname()) {
+        prefs_.setHostname(*host);
     }
-    saveStats();
-    prefs_.setHostname(std::string(host));
-    hostChanged();
+}
+
+void Monitor::settingsChanged() {
+    if (prefs_.hostname() != host_) {
+        saveStatsOf(host_, FileStore::Durability::powerCut);
+        host_ = prefs_.hostname();
+        hostChanged();
+    }
+    if (prefs_.pingInterval() != pingInterval_) {
+        pingInterval_ = prefs_.pingInterval();
+        pingIntervalChanged();
+    }
 }
 
 void Monitor::hostChanged() {
@@ -44,26 +52,9 @@ void Monitor::pingIntervalChanged() {
 }
 
 void Monitor::restoreDefaults() {
-    const std::string before = prefs_.hostname();
     saveStats();
     prefs_.restoreDefaults();
-    if (prefs_.hostname() != before) {
-        hostChanged();
-    }
-    pingIntervalChanged();
-}
-
-void Monitor::reloadPreferences() {
-    const std::string host = prefs_.hostname();
-    const double interval = prefs_.pingInterval();
-    prefs_.reload();
-    if (prefs_.hostname() != host) {
-        saveStatsOf(host, FileStore::Durability::powerCut);
-        hostChanged();
-    }
-    if (prefs_.pingInterval() != interval) {
-        pingIntervalChanged();
-    }
+    pingIntervalChanged(); // also for an unchanged interval: the watchdog takes the default time-out
 }
 
 void Monitor::resetSessionStats() {

@@ -63,12 +63,14 @@ public:
         return value_;
     }
 
-    void set(T value) {
+    /// Returns whether the value has really changed.
+    bool set(T value) {
         const bool isChange = !(value == value_);
         value_ = std::move(value);
         if (isChange) {
             observers_.changed();
         }
+        return isChange;
     }
 
     /// Changes the value in place. `change` returns whether the value really differs.

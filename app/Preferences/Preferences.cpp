@@ -1,159 +1,181 @@
 #include "app/Preferences/Preferences.h"
 
-#include "core/PingIntervalSetting.h"
-
 namespace tarnwick {
 
 namespace {
 
 using MenuBarTitle::LossMode;
+using Value = UserDefaults::Value;
 
-/// All of them, the older one included.
-constexpr std::array storedKeys{
-    PreferenceKey::hostname,           PreferenceKey::pingTimeout,
-    PreferenceKey::pingInterval,       PreferenceKey::slowPingLowThreshold,
-    PreferenceKey::showIcon,           PreferenceKey::showText,
-    PreferenceKey::showNotifications,  PreferenceKey::packetLossTextMode,
-    PreferenceKey::showPacketLossText,
-};
+constexpr std::size_t showIcon = settingIndex(PreferenceKey::showIcon);
+constexpr std::size_t showText = settingIndex(PreferenceKey::showText);
+constexpr std::size_t packetLossTextMode = settingIndex(PreferenceKey::packetLossTextMode);
 
-Preferences::Display readDisplay(const UserDefaults& defaults) {
-    if (!defaults.boolean(PreferenceKey::showIcon).value_or(true)) {
-        return Preferences::Display::textOnly;
-    }
-    return defaults.boolean(PreferenceKey::showText).value_or(true) ? Preferences::Display::iconAndText
-                                                                    : Preferences::Display::iconOnly;
+template<class T>
+std::optional<Value> asValue(const std::optional<T>& stored) {
+    return stored ? std::optional<Value>(*stored) : std::nullopt;
 }
 
-LossMode readLossTextMode(const UserDefaults& defaults) {
-    const auto stored = defaults.text(PreferenceKey::packetLossTextMode);
-    if (const auto mode = stored ? MenuBarTitle::lossMode(*stored) : std::nullopt) {
-        return *mode;
+/// Nothing when no value of the setting's type is stored or registered.
+std::optional<Value> storedValue(const UserDefaults& defaults, const SettingRow& row) {
+    if (std::holds_alternative<bool>(row.preset)) {
+        return asValue(defaults.boolean(row.key));
     }
+    if (std::holds_alternative<double>(row.preset)) {
+        return asValue(defaults.number(row.key));
+    }
+    return asValue(defaults.text(row.key));
+}
+
+/// From before there were three modes.
+LossMode migratedLossMode(const UserDefaults& defaults) {
     if (const auto older = defaults.boolean(PreferenceKey::showPacketLossText)) {
         return *older ? LossMode::always : LossMode::off;
     }
     return LossMode::whenLossy;
 }
 
-StatusItem::PanelFace readPanelFace(const UserDefaults& defaults) {
-    const auto stored = defaults.text(PreferenceKey::panelFace);
-    return panelFace(stored.value_or("")).value_or(StatusItem::PanelFace::automatic);
+Value textOf(LossMode mode) {
+    return std::string(MenuBarTitle::rawValue(mode));
 }
-
-constexpr std::array allPanelFaces{
-    StatusItem::PanelFace::automatic, StatusItem::PanelFace::label, StatusItem::PanelFace::wide,
-    StatusItem::PanelFace::square};
 
 } // namespace
 
-std::string_view rawValue(StatusItem::PanelFace face) {
-    switch (face) {
-    case StatusItem::PanelFace::label:
-        return "label";
-    case StatusItem::PanelFace::wide:
-        return "wide";
-    case StatusItem::PanelFace::square:
-        return "square";
-    case StatusItem::PanelFace::automatic:
-        break;
-    }
-    return "auto";
-}
-
-std::optional<StatusItem::PanelFace> panelFace(std::string_view text) {
-    for (const StatusItem::PanelFace face : allPanelFaces) {
-        if (rawValue(face) == text) {
-            return face;
-        }
-    }
-    return std::nullopt;
-}
-
 const UserDefaults::Table& Preferences::registeredDefaults() {
-    static const UserDefaults::Table table{
-        {PreferenceKey::hostname, std::string("1.1.1.1")},
-        {PreferenceKey::pingTimeout, 4.0},
-        {PreferenceKey::pingInterval, static_cast<double>(PingIntervalSetting::defaultSeconds)},
-        {PreferenceKey::slowPingLowThreshold, 100.0},
-        {PreferenceKey::showIcon, true},
-        {PreferenceKey::showText, true},
-        {PreferenceKey::showNotifications, false},
-    };
+    static const UserDefaults::Table table = [] {
+        UserDefaults::Table registered;
+        for (const SettingRow& row : settingTable) {
+            if (row.kind == SettingDefault::registered) {
+                registered.emplace(row.key, defaultOf(row));
+            }
+        }
+        return registered;
+    }();
     return table;
 }
 
 Preferences::Preferences(UserDefaults& defaults) : defaults_(defaults) {
     defaults.registerDefaults(registeredDefaults());
-    reload();
+    for (std::size_t index = 0; index < settingTable.size(); ++index) {
+        values_.at(index).set(load(settingTable.at(index)));
+    }
+}
+
+Value Preferences::load(const SettingRow& row) const {
+    const std::optional<Value> stored = storedValue(defaults_, row);
+    switch (row.rule) {
+    case SettingRule::pingInterval:
+    case SettingRule::lossMode:
+    case SettingRule::panelFace:
+        if (const auto value = stored ? admitted(row, *stored) : std::nullopt) {
+            return *value;
+        }
+        return row.rule == SettingRule::lossMode ? textOf(migratedLossMode(defaults_)) : defaultOf(row);
+    case SettingRule::host:
+    case SettingRule::positiveNumber:
+    case SettingRule::boolean:
+        break; // taken as stored
+    }
+    return stored.value_or(defaultOf(row));
+}
+
+void Preferences::assign(const std::vector<Assignment>& assignments) {
+    bool isChange = false;
+    for (const auto& [index, value] : assignments) {
+        isChange = values_.at(index).set(value) || isChange;
+    }
+    if (isChange && onChange) {
+        onChange();
+    }
+}
+
+void Preferences::set(const std::vector<Assignment>& assignments) {
+    assign(assignments);
+    defaults_.edit([&] {
+        for (const auto& [index, value] : assignments) {
+            defaults_.set(settingTable.at(index).key, value);
+        }
+    });
 }
 
 void Preferences::reload() {
-    hostname_.set(defaults_.text(PreferenceKey::hostname).value_or(""));
-    slowPingThresholdMs_.set(defaults_.number(PreferenceKey::slowPingLowThreshold).value_or(0));
-    pingTimeout_.set(defaults_.number(PreferenceKey::pingTimeout).value_or(0));
-    pingInterval_.set(
-        PingIntervalSetting::clamped(defaults_.number(PreferenceKey::pingInterval).value_or(0)));
-    display_.set(readDisplay(defaults_));
-    lossTextMode_.set(readLossTextMode(defaults_));
-    showNotifications_.set(defaults_.boolean(PreferenceKey::showNotifications).value_or(false));
-    panelFace_.set(readPanelFace(defaults_));
-}
-
-void Preferences::setHostname(const std::string& hostname) {
-    hostname_.set(hostname);
-    defaults_.set(PreferenceKey::hostname, hostname);
-}
-
-void Preferences::setSlowPingThresholdMs(double milliseconds) {
-    slowPingThresholdMs_.set(milliseconds);
-    defaults_.set(PreferenceKey::slowPingLowThreshold, milliseconds);
-}
-
-void Preferences::setPingTimeout(double seconds) {
-    pingTimeout_.set(seconds);
-    defaults_.set(PreferenceKey::pingTimeout, seconds);
-}
-
-void Preferences::setPingInterval(double seconds) {
-    pingInterval_.set(seconds);
-    defaults_.set(PreferenceKey::pingInterval, seconds);
-}
-
-void Preferences::setDisplay(Display display) {
-    display_.set(display);
-    defaults_.set(PreferenceKey::showIcon, display != Display::textOnly);
-    defaults_.set(PreferenceKey::showText, display != Display::iconOnly);
-}
-
-void Preferences::setLossTextMode(LossMode mode) {
-    lossTextMode_.set(mode);
-    defaults_.set(PreferenceKey::packetLossTextMode, std::string(MenuBarTitle::rawValue(mode)));
-}
-
-void Preferences::setShowNotifications(bool show) {
-    showNotifications_.set(show);
-    defaults_.set(PreferenceKey::showNotifications, show);
-}
-
-ScoringConfig Preferences::scoringConfig() const {
-    return ScoringConfig::original(slowPingThresholdMs(), pingTimeout(), pingInterval());
+    std::vector<Assignment> changes;
+    for (std::size_t index = 0; index < settingTable.size(); ++index) {
+        const SettingRow& row = settingTable.at(index);
+        const Value value = load(row);
+        const auto kept = row.rule == SettingRule::host ? admitted(row, value) : value;
+        if (kept) {
+            changes.emplace_back(index, *kept);
+        }
+    }
+    assign(changes);
 }
 
 void Preferences::restoreDefaults() {
     defaults_.edit([this] {
-        for (const char* key : storedKeys) {
-            defaults_.remove(key);
+        for (const bool isRegistered : {true, false}) {
+            for (const SettingRow& row : settingTable) {
+                if ((row.kind == SettingDefault::registered) == isRegistered) {
+                    defaults_.remove(row.key);
+                }
+            }
         }
-        const Preferences fresh(defaults_);
-        setHostname(fresh.hostname());
-        setSlowPingThresholdMs(fresh.slowPingThresholdMs());
-        setPingTimeout(fresh.pingTimeout());
-        setPingInterval(fresh.pingInterval());
-        setDisplay(fresh.display());
-        setLossTextMode(fresh.lossTextMode());
-        setShowNotifications(fresh.showNotifications());
+        std::vector<Assignment> presets;
+        for (std::size_t index = 0; index < settingTable.size(); ++index) {
+            if (settingTable.at(index).kind != SettingDefault::olderForm) {
+                presets.emplace_back(index, load(settingTable.at(index)));
+            }
+        }
+        set(presets);
     });
+}
+
+Preferences::Display Preferences::display() const {
+    if (!get<bool>(showIcon)) {
+        return Display::textOnly;
+    }
+    return get<bool>(showText) ? Display::iconAndText : Display::iconOnly;
+}
+
+LossMode Preferences::lossTextMode() const {
+    return MenuBarTitle::lossMode(get<std::string>(packetLossTextMode)).value_or(LossMode::whenLossy);
+}
+
+StatusItem::PanelFace Preferences::panelFace() const {
+    return tarnwick::panelFace(get<std::string>(settingIndex(PreferenceKey::panelFace)))
+        .value_or(StatusItem::PanelFace::automatic);
+}
+
+void Preferences::setHostname(const std::string& hostname) {
+    set({{settingIndex(PreferenceKey::hostname), hostname}});
+}
+
+void Preferences::setSlowPingThresholdMs(double milliseconds) {
+    set({{settingIndex(PreferenceKey::slowPingLowThreshold), milliseconds}});
+}
+
+void Preferences::setPingTimeout(double seconds) {
+    set({{settingIndex(PreferenceKey::pingTimeout), seconds}});
+}
+
+void Preferences::setPingInterval(double seconds) {
+    set({{settingIndex(PreferenceKey::pingInterval), seconds}});
+}
+
+void Preferences::setDisplay(Display display) {
+    set({{showIcon, display != Display::textOnly}, {showText, display != Display::iconOnly}});
+}
+
+void Preferences::setLossTextMode(LossMode mode) {
+    set({{packetLossTextMode, textOf(mode)}});
+}
+
+void Preferences::setShowNotifications(bool show) {
+    set({{settingIndex(PreferenceKey::showNotifications), show}});
+}
+
+ScoringConfig Preferences::scoringConfig() const {
+    return ScoringConfig::original(slowPingThresholdMs(), pingTimeout(), pingInterval());
 }
 
 } // namespace tarnwick

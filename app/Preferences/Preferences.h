@@ -1,42 +1,24 @@
-// The user's settings as observable properties, written through to the stored defaults at every assignment.
+// The user's settings as observable properties. Every assignment is written to the store at once.
 #pragma once
 
 #include "app/Observation/Observation.h"
+#include "app/Preferences/SettingTable.h"
 #include "core/MenuBarTitle.h"
 #include "core/QualityScorer.h"
-#include "platform/ports/StatusItem.h"
-#include "platform/ports/UserDefaults.h"
 
 #include <array>
-#include <optional>
+#include <functional>
 #include <string>
-#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace tarnwick {
 
-/// The keys under which settings are stored.
-namespace PreferenceKey {
-inline constexpr auto hostname = "Hostname";
-inline constexpr auto pingTimeout = "PingTimeout";
-inline constexpr auto pingInterval = "PingInterval";
-inline constexpr auto slowPingLowThreshold = "SlowPingLowThreshold";
-inline constexpr auto showIcon = "ShowIcon";
-inline constexpr auto showText = "ShowText";
-inline constexpr auto showNotifications = "ShowNotifications";
-inline constexpr auto packetLossTextMode = "PacketLossTextMode";
-inline constexpr auto showPacketLossText = "ShowPacketLossText"; ///< older form of the loss mode; only read
-inline constexpr auto panelFace = "PanelFace"; ///< for panels that are taken for something else; only read
-} // namespace PreferenceKey
-
-/// The stored text of a panel face and back; nothing for any other text, case included.
-[[nodiscard]] std::string_view rawValue(StatusItem::PanelFace face);
-[[nodiscard]] std::optional<StatusItem::PanelFace> panelFace(std::string_view text);
-
-/// Read at creation, and again when told to. Setters validate nothing: who calls them hands in valid values.
-/// An equal value tells no observer but is written all the same. Main thread.
+/// Reads the store at creation and in `reload`. Setters take any value, and write also one that changes
+/// nothing; observers are told of real changes only. Main thread.
 class Preferences {
 public:
-    /// What the status item shows. Showing neither is impossible by design.
+    /// What the status item shows. There is no value for neither icon nor text.
     enum class Display { iconAndText = 0, iconOnly = 1, textOnly = 2 };
 
     static constexpr std::array allDisplays{Display::iconAndText, Display::iconOnly, Display::textOnly};
@@ -47,24 +29,32 @@ public:
     /// The values that hold where nothing is stored.
     [[nodiscard]] static const UserDefaults::Table& registeredDefaults();
 
-    /// Reads everything afresh, as at creation; writes nothing. Who uses a monitor reloads through that.
+    /// Takes over what has changed in the store since it was last read; writes nothing. A blank host is
+    /// refused, and white space around a host is dropped, as in the settings window.
     void reload();
 
-    [[nodiscard]] const std::string& hostname() const { return hostname_.get(); }
+    [[nodiscard]] const std::string& hostname() const {
+        return get<std::string>(settingIndex(PreferenceKey::hostname));
+    }
 
-    [[nodiscard]] double slowPingThresholdMs() const { return slowPingThresholdMs_.get(); }
+    [[nodiscard]] double slowPingThresholdMs() const {
+        return get<double>(settingIndex(PreferenceKey::slowPingLowThreshold));
+    }
 
-    [[nodiscard]] double pingTimeout() const { return pingTimeout_.get(); }
+    [[nodiscard]] double pingTimeout() const { return get<double>(settingIndex(PreferenceKey::pingTimeout)); }
 
-    [[nodiscard]] double pingInterval() const { return pingInterval_.get(); }
+    [[nodiscard]] double pingInterval() const {
+        return get<double>(settingIndex(PreferenceKey::pingInterval));
+    }
 
-    [[nodiscard]] Display display() const { return display_.get(); }
+    [[nodiscard]] Display display() const;
+    [[nodiscard]] MenuBarTitle::LossMode lossTextMode() const;
 
-    [[nodiscard]] MenuBarTitle::LossMode lossTextMode() const { return lossTextMode_.get(); }
+    [[nodiscard]] bool showNotifications() const {
+        return get<bool>(settingIndex(PreferenceKey::showNotifications));
+    }
 
-    [[nodiscard]] bool showNotifications() const { return showNotifications_.get(); }
-
-    [[nodiscard]] StatusItem::PanelFace panelFace() const { return panelFace_.get(); }
+    [[nodiscard]] StatusItem::PanelFace panelFace() const;
 
     void setHostname(const std::string& hostname);
     void setSlowPingThresholdMs(double milliseconds);
@@ -76,19 +66,29 @@ public:
 
     [[nodiscard]] ScoringConfig scoringConfig() const;
 
-    /// Puts every setting back to its registered default, and stores them all.
+    /// Puts every setting back to its default, and stores them all.
     void restoreDefaults();
 
+    /// Called after a real change, once for all settings that change together, and before they are stored.
+    std::function<void()> onChange;
+
 private:
+    using Value = UserDefaults::Value;
+    using Assignment = std::pair<std::size_t, Value>; ///< a place in the table, and the new value
+
+    template<class T>
+    [[nodiscard]] const T& get(std::size_t index) const {
+        return std::get<T>(values_.at(index).get());
+    }
+
+    /// The value that holds by what is stored.
+    [[nodiscard]] Value load(const SettingRow& row) const;
+    /// Changes what is observed, without storing it.
+    void assign(const std::vector<Assignment>& assignments);
+    void set(const std::vector<Assignment>& assignments);
+
     UserDefaults& defaults_;
-    Observed<std::string> hostname_;
-    Observed<double> slowPingThresholdMs_;
-    Observed<double> pingTimeout_;
-    Observed<double> pingInterval_;
-    Observed<Display> display_;
-    Observed<MenuBarTitle::LossMode> lossTextMode_;
-    Observed<bool> showNotifications_;
-    Observed<StatusItem::PanelFace> panelFace_;
+    std::array<Observed<Value>, settingTable.size()> values_; ///< in the order of the table
 };
 
 } // namespace tarnwick

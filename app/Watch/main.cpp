@@ -83,8 +83,9 @@ std::string run(const WatchOptions& options) {
                    .store = StatsStore::defaultStore(),
                });
     const FileWatch settingsWatch(loop, SettingsFile::defaultPath(), [&] {
-        settings.reload();
-        monitor.reloadPreferences();
+        if (settings.reload()) {
+            prefs.reload();
+        }
     });
     std::string problem;
     const auto quit = [&](const std::string& why) {
@@ -128,7 +129,7 @@ int start(const std::vector<std::string>& arguments) {
     }
     const auto& options = std::get<WatchOptions>(parsed);
     if (options.help) {
-        std::fputs(WatchOptions::usage(), stdout);
+        std::fputs(WatchOptions::usage().c_str(), stdout);
         return EXIT_SUCCESS;
     }
     if (options.version) {

@@ -275,7 +275,6 @@ private:
         switch (step.event) {
         case Event::interval:
             prefs.setPingInterval(step.choice + 1);
-            world_.monitor->pingIntervalChanged();
             break;
         case Event::timeout:
             prefs.setPingTimeout(1 + step.choice / 4.0);

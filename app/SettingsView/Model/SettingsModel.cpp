@@ -27,11 +27,9 @@ std::optional<std::string> SettingsModel::addressLine() const {
 }
 
 void SettingsModel::setPingInterval(int seconds) {
-    if (seconds == values().pingInterval()) {
-        return;
+    if (seconds != values().pingInterval()) {
+        monitor_.prefs().setPingInterval(seconds);
     }
-    monitor_.prefs().setPingInterval(seconds);
-    monitor_.pingIntervalChanged();
 }
 
 void SettingsModel::setShowNotifications(bool show) {

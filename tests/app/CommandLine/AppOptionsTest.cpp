@@ -45,6 +45,13 @@ TEST(AppOptions, HelpAndVersionAreTaken) {
     EXPECT_TRUE(accepted({"--version"}).version);
 }
 
+TEST(AppOptions, TheUsageNamesEveryOptionAndListsTheSettings) {
+    for (const std::string& part :
+         {std::string("--set KEY=VALUE"), std::string("--help"), std::string("--version"), settingsUsage()}) {
+        EXPECT_THAT(AppOptions::usage(), testing::HasSubstr(part));
+    }
+}
+
 TEST(AppOptions, WhatIsUnknownIsNamed) {
     EXPECT_EQ(refused({"--json"}), "unknown option \"--json\"");
     EXPECT_EQ(refused({"-x"}), "unknown option \"-x\"");

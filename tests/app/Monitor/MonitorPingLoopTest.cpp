@@ -289,7 +289,6 @@ TEST_P(ReschedulingTest, KeepsTheGapSinceTheLastPingAndNeverFiresInThePast) {
     passUntil(GetParam().changeAt);
 
     prefs->setPingInterval(10);
-    monitor->pingIntervalChanged();
     passUntil(GetParam().nextPing + 10);
 
     EXPECT_THAT(sendTimes(), ElementsAre(0, GetParam().nextPing, GetParam().nextPing + 10));

@@ -203,7 +203,6 @@ TEST_F(MonitorSystemEventsTest, ANewIntervalWithoutAPingTimerSendsNothing) {
     start();
 
     prefs->setPingInterval(5);
-    monitor->pingIntervalChanged();
 
     EXPECT_THAT(sendTimesWithin(9), IsEmpty());
 }
@@ -214,7 +213,6 @@ TEST_F(MonitorSystemEventsTest, ANewIntervalGivesTheConnectionMoreTimeBeforeItIs
     fallSilent();
 
     prefs->setPingInterval(20);
-    monitor->pingIntervalChanged();
     pass(60);
     EXPECT_EQ(monitor->status(), Monitor::Status::up);
     pass(10);
@@ -313,7 +311,7 @@ class ReloadedPreferencesTest : public HostChangeTest {
 protected:
     void store(const std::string& key, const UserDefaults::Value& value) {
         defaults.put(key, value);
-        monitor->reloadPreferences();
+        prefs->reload();
     }
 };
 
@@ -370,14 +368,23 @@ TEST_F(ReloadedPreferencesTest, ANewHostAndIntervalTakeEffectTogether) {
     EXPECT_THAT(sendTimesWithin(6), ElementsAre(0, 3, 6));
 }
 
-TEST_F(ReloadedPreferencesTest, AnEmptyHostIsAsAtTheStart) {
-    setUnknownHost("");
+TEST_F(ReloadedPreferencesTest, ANewHostAndTimeoutTakeEffectTogether) {
+    fallSilent();
+    defaults.put(PreferenceKey::pingTimeout, 20.0);
+    store(PreferenceKey::hostname, std::string("192.0.2.3"));
 
-    store(PreferenceKey::hostname, std::string());
-    pass(1);
+    pass(24);
+    EXPECT_EQ(monitor->status(), Monitor::Status::starting);
+    pass(1.5);
 
-    EXPECT_EQ(monitor->prefs().hostname(), "");
-    EXPECT_NE(monitor->startError(), std::nullopt);
+    EXPECT_EQ(monitor->status(), Monitor::Status::down);
+}
+
+TEST_F(ReloadedPreferencesTest, ABlankHostIsRefused) {
+    store(PreferenceKey::hostname, std::string(" "));
+
+    EXPECT_EQ(monitor->prefs().hostname(), host);
+    EXPECT_EQ(restarts(), 1);
 }
 
 TEST_F(ReloadedPreferencesTest, OtherSettingsRestartNothing) {
@@ -394,7 +401,7 @@ TEST_F(ReloadedPreferencesTest, OtherSettingsRestartNothing) {
 TEST_F(ReloadedPreferencesTest, EqualSettingsSaveNothing) {
     const auto before = MonitorWorld::store().load();
 
-    monitor->reloadPreferences();
+    prefs->reload();
 
     EXPECT_EQ(MonitorWorld::store().load(), before);
     EXPECT_EQ(restarts(), 1);
@@ -500,13 +507,16 @@ INSTANTIATE_TEST_SUITE_P(
         HostChange{
             "Entered", [](Monitor& monitor, MemoryDefaults&) { monitor.setHostname(otherHost); }, otherHost},
         HostChange{
+            "SetInThePreferences",
+            [](Monitor& monitor, MemoryDefaults&) { monitor.prefs().setHostname(otherHost); }, otherHost},
+        HostChange{
             "RestoredDefault", [](Monitor& monitor, MemoryDefaults&) { monitor.restoreDefaults(); },
             defaultHost},
         HostChange{
             "ReadFromTheSettingsFile",
             [](Monitor& monitor, MemoryDefaults& defaults) {
                 defaults.put(PreferenceKey::hostname, std::string(otherHost));
-                monitor.reloadPreferences();
+                monitor.prefs().reload();
             },
             otherHost}),
     [](const auto& instance) { return instance.param.name; });

@@ -5,30 +5,48 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <set>
 
 namespace tarnwick {
 
 namespace {
 
 using simulation::MemoryDefaults;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Change = MemoryDefaults::Change;
 using Display = Preferences::Display;
+using Face = StatusItem::PanelFace;
 using Value = UserDefaults::Value;
 using MenuBarTitle::LossMode;
-
-class PreferencesTest : public testing::Test {
-protected:
-    MemoryDefaults defaults_;
-};
 
 Value text(const std::string& value) {
     return value;
 }
 
-/// How often a reader of one setting is told of a change.
+/// What the settings are to their readers.
+struct Settings {
+    std::string hostname = "1.1.1.1";
+    double slowPingThresholdMs = 100;
+    double pingTimeout = 4;
+    double pingInterval = 1;
+    Display display = Display::iconAndText;
+    LossMode lossTextMode = LossMode::whenLossy;
+    bool showNotifications = false;
+    Face panelFace = Face::automatic;
+
+    friend bool operator==(const Settings&, const Settings&) = default;
+};
+
+Settings all(const Preferences& prefs) {
+    return {prefs.hostname(), prefs.slowPingThresholdMs(), prefs.pingTimeout(),       prefs.pingInterval(),
+            prefs.display(),  prefs.lossTextMode(),        prefs.showNotifications(), prefs.panelFace()};
+}
+
+/// Counts how often the reader of something is told of a change.
 class Reader {
 public:
-    explicit Reader(std::function<void()> read) : tracking_(withTracking(read, [this] { ++changes_; })) {}
+    explicit Reader(const std::function<void()>& read)
+        : tracking_(withTracking(read, [this] { ++changes_; })) {}
 
     [[nodiscard]] int changes() const { return changes_; }
 
@@ -37,21 +55,117 @@ private:
     TrackingHandle tracking_;
 };
 
+class PreferencesTest : public testing::Test {
+protected:
+    void put(const UserDefaults::Table& stored) {
+        for (const auto& [key, value] : stored) {
+            defaults_.put(key, value);
+        }
+    }
+
+    MemoryDefaults defaults_;
+};
+
 } // namespace
 
-TEST_F(PreferencesTest, EverySettingHasItsDefaultWhereNothingIsStored) {
+// Reading.
+
+struct Reading {
+    std::string name;
+    UserDefaults::Table stored;
+    Settings read;
+
+    friend void PrintTo(const Reading& reading, std::ostream* out) { *out << reading.name; }
+};
+
+class StoredSettings : public PreferencesTest, public testing::WithParamInterface<Reading> {
+protected:
+    StoredSettings() { put(GetParam().stored); }
+};
+
+TEST_P(StoredSettings, AreReadAtCreationAndNothingIsWritten) {
     const Preferences prefs(defaults_);
 
-    EXPECT_EQ(prefs.hostname(), "1.1.1.1");
-    EXPECT_EQ(prefs.pingTimeout(), 4.0);
-    EXPECT_EQ(prefs.pingInterval(), 1.0);
-    EXPECT_EQ(prefs.slowPingThresholdMs(), 100.0);
-    EXPECT_EQ(prefs.display(), Display::iconAndText);
-    EXPECT_EQ(prefs.showNotifications(), false);
-    EXPECT_EQ(prefs.lossTextMode(), LossMode::whenLossy);
+    EXPECT_EQ(all(prefs), GetParam().read);
+    EXPECT_THAT(defaults_.changes(), IsEmpty());
 }
 
-TEST_F(PreferencesTest, SevenDefaultsAreRegisteredAndNoneForTheLossMode) {
+TEST_P(StoredSettings, AreReadInTheSameWayAtReloading) {
+    MemoryDefaults other;
+    Preferences prefs(other);
+    for (const auto& [key, value] : GetParam().stored) {
+        other.put(key, value);
+    }
+    EXPECT_EQ(all(prefs), Settings{});
+
+    prefs.reload();
+
+    EXPECT_EQ(all(prefs), GetParam().read);
+    EXPECT_THAT(other.changes(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Preferences, StoredSettings,
+    testing::Values(
+        Reading{"None", {}, {}},
+        Reading{
+            "Each",
+            {{"Hostname", text("example.org")},
+             {"SlowPingLowThreshold", 250.0},
+             {"PingTimeout", 2.5},
+             {"PingInterval", 5.0},
+             {"ShowIcon", true},
+             {"ShowText", false},
+             {"PacketLossTextMode", text("off")},
+             {"ShowNotifications", true},
+             {"PanelFace", text("wide")}},
+            {"example.org", 250, 2.5, 5, Display::iconOnly, LossMode::off, true, Face::wide}},
+        Reading{"HostOfAnotherType", {{"Hostname", 8.8}}, {}},
+        Reading{"IntervalOfAnotherType", {{"PingInterval", text("5")}}, {}},
+        Reading{
+            "TimeoutAndThresholdAsTheyAre",
+            {{"PingTimeout", -1.0}, {"SlowPingLowThreshold", 1e6}},
+            {.slowPingThresholdMs = 1e6, .pingTimeout = -1}},
+        Reading{"ShortInterval", {{"PingInterval", 0.2}}, {.pingInterval = 1}},
+        Reading{"NegativeInterval", {{"PingInterval", -3.0}}, {.pingInterval = 1}},
+        Reading{"LongInterval", {{"PingInterval", 600.0}}, {.pingInterval = 60}},
+        Reading{"LongestInterval", {{"PingInterval", 60.0}}, {.pingInterval = 60}},
+        Reading{"IntervalRoundedUp", {{"PingInterval", 2.5}}, {.pingInterval = 3}},
+        Reading{"IntervalRoundedDown", {{"PingInterval", 2.4}}, {.pingInterval = 2}},
+        Reading{"IconAndText", {{"ShowIcon", true}, {"ShowText", true}}, {.display = Display::iconAndText}},
+        Reading{"TextOnly", {{"ShowIcon", false}, {"ShowText", true}}, {.display = Display::textOnly}},
+        Reading{
+            "NeitherIconNorText", {{"ShowIcon", false}, {"ShowText", false}}, {.display = Display::textOnly}},
+        Reading{"NoTextAlone", {{"ShowText", false}}, {.display = Display::iconOnly}},
+        Reading{"NoIconAlone", {{"ShowIcon", false}}, {.display = Display::textOnly}},
+        Reading{"LossWhenLossy", {{"PacketLossTextMode", text("whenLossy")}}, {}},
+        Reading{
+            "LossAlwaysOverTheOlderForm",
+            {{"PacketLossTextMode", text("always")}, {"ShowPacketLossText", false}},
+            {.lossTextMode = LossMode::always}},
+        Reading{
+            "LossOffOverTheOlderForm",
+            {{"PacketLossTextMode", text("off")}, {"ShowPacketLossText", true}},
+            {.lossTextMode = LossMode::off}},
+        Reading{"UnknownLoss", {{"PacketLossTextMode", text("sometimes")}}, {}},
+        Reading{"LossInCapitals", {{"PacketLossTextMode", text("Always")}}, {}},
+        Reading{"LossOfAnotherType", {{"PacketLossTextMode", 2.0}}, {}},
+        Reading{
+            "UnknownLossOverTheOlderForm",
+            {{"PacketLossTextMode", text("")}, {"ShowPacketLossText", true}},
+            {.lossTextMode = LossMode::always}},
+        Reading{"OlderFormOn", {{"ShowPacketLossText", true}}, {.lossTextMode = LossMode::always}},
+        Reading{"OlderFormOff", {{"ShowPacketLossText", false}}, {.lossTextMode = LossMode::off}},
+        Reading{"OlderFormAsANumber", {{"ShowPacketLossText", 1.0}}, {}},
+        Reading{"OlderFormAsAText", {{"ShowPacketLossText", text("true")}}, {}},
+        Reading{"LabelFace", {{"PanelFace", text("label")}}, {.panelFace = Face::label}},
+        Reading{"SquareFace", {{"PanelFace", text("square")}}, {.panelFace = Face::square}},
+        Reading{"AutomaticFace", {{"PanelFace", text("auto")}}, {}},
+        Reading{"UnknownFace", {{"PanelFace", text("Wide")}}, {}},
+        Reading{"FaceOfAnotherType", {{"PanelFace", 1.0}}, {}}),
+    [](const auto& test) { return test.param.name; });
+
+TEST_F(PreferencesTest, TheRegisteredDefaultsAreThoseOfTheSevenSettingsWithoutAMigration) {
     const Preferences prefs(defaults_);
 
     EXPECT_EQ(
@@ -66,335 +180,132 @@ TEST_F(PreferencesTest, SevenDefaultsAreRegisteredAndNoneForTheLossMode) {
                                 }));
 }
 
-TEST_F(PreferencesTest, CreationWritesNothing) {
-    defaults_.put("PingInterval", 0.2);
-    defaults_.put("ShowPacketLossText", true);
-
-    const Preferences prefs(defaults_);
-
-    EXPECT_THAT(defaults_.changes(), testing::IsEmpty());
-    EXPECT_EQ(defaults_.stored("PingInterval"), Value(0.2));
+TEST_F(PreferencesTest, ABlankHostIsRefusedAtReloadingAsInTheSettingsWindow) {
+    put({{"Hostname", text("example.org")}});
+    Preferences prefs(defaults_);
+    for (const char* blank : {"", " ", "\t\n"}) {
+        put({{"Hostname", text(blank)}, {"PingTimeout", 9.0}});
+        prefs.reload();
+        EXPECT_EQ(prefs.hostname(), "example.org");
+        EXPECT_EQ(prefs.pingTimeout(), 9);
+    }
 }
 
-TEST_F(PreferencesTest, StoredSettingsAreRead) {
-    defaults_.put("Hostname", text("example.org"));
-    defaults_.put("PingTimeout", 2.5);
-    defaults_.put("PingInterval", 5.0);
-    defaults_.put("SlowPingLowThreshold", 250.0);
-    defaults_.put("ShowNotifications", true);
+TEST_F(PreferencesTest, AHostIsTrimmedAtReloadingAndTakenAsStoredAtCreation) {
+    put({{"Hostname", text(" example.org\n")}});
+    Preferences prefs(defaults_);
+    EXPECT_EQ(prefs.hostname(), " example.org\n");
 
-    const Preferences prefs(defaults_);
+    prefs.reload();
 
     EXPECT_EQ(prefs.hostname(), "example.org");
-    EXPECT_EQ(prefs.pingTimeout(), 2.5);
-    EXPECT_EQ(prefs.pingInterval(), 5.0);
-    EXPECT_EQ(prefs.slowPingThresholdMs(), 250.0);
-    EXPECT_EQ(prefs.showNotifications(), true);
-}
-
-TEST_F(PreferencesTest, AHostThatIsNoTextReadsAsTheDefaultHost) {
-    defaults_.put("Hostname", 8.8);
-
-    EXPECT_EQ(Preferences(defaults_).hostname(), "1.1.1.1");
-}
-
-TEST_F(PreferencesTest, SettingsAreReadOnceAtCreation) {
-    const Preferences prefs(defaults_);
-
-    defaults_.put("PingTimeout", 9.0);
-
-    EXPECT_EQ(prefs.pingTimeout(), 4.0);
-}
-
-TEST_F(PreferencesTest, ATimeoutAndAThresholdAreTakenAsStored) {
-    defaults_.put("PingTimeout", 0.001);
-    defaults_.put("SlowPingLowThreshold", 1e6);
-
-    const Preferences prefs(defaults_);
-
-    EXPECT_EQ(prefs.pingTimeout(), 0.001);
-    EXPECT_EQ(prefs.slowPingThresholdMs(), 1e6);
-}
-
-// The interval.
-
-struct Interval {
-    double stored;
-    double read;
-};
-
-class StoredInterval : public PreferencesTest, public testing::WithParamInterface<Interval> {};
-
-TEST_P(StoredInterval, IsBroughtIntoRangeWhenRead) {
-    defaults_.put("PingInterval", GetParam().stored);
-
-    EXPECT_EQ(Preferences(defaults_).pingInterval(), GetParam().read);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Preferences, StoredInterval,
-    testing::Values(
-        Interval{0.2, 1}, Interval{600, 60}, Interval{-3, 1}, Interval{1, 1}, Interval{60, 60},
-        Interval{2.5, 3}, Interval{2.4, 2}));
-
-// What the status item shows.
-
-struct StoredDisplay {
-    std::optional<bool> showIcon;
-    std::optional<bool> showText;
-    Display display;
-};
-
-class DisplayReading : public PreferencesTest, public testing::WithParamInterface<StoredDisplay> {};
-
-TEST_P(DisplayReading, FollowsTheTwoStoredBooleans) {
-    if (GetParam().showIcon) {
-        defaults_.put("ShowIcon", *GetParam().showIcon);
-    }
-    if (GetParam().showText) {
-        defaults_.put("ShowText", *GetParam().showText);
-    }
-
-    EXPECT_EQ(Preferences(defaults_).display(), GetParam().display);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Preferences, DisplayReading,
-    testing::Values(
-        StoredDisplay{true, true, Display::iconAndText}, StoredDisplay{true, false, Display::iconOnly},
-        StoredDisplay{false, true, Display::textOnly}, StoredDisplay{false, false, Display::textOnly},
-        StoredDisplay{std::nullopt, std::nullopt, Display::iconAndText},
-        StoredDisplay{std::nullopt, false, Display::iconOnly},
-        StoredDisplay{false, std::nullopt, Display::textOnly}));
-
-struct WrittenDisplay {
-    Display display;
-    bool showIcon;
-    bool showText;
-};
-
-class DisplayWriting : public PreferencesTest, public testing::WithParamInterface<WrittenDisplay> {};
-
-TEST_P(DisplayWriting, StoresTwoBooleans) {
-    defaults_.put("ShowIcon", false);
-    defaults_.put("ShowText", false);
-    Preferences prefs(defaults_);
-
-    prefs.setDisplay(GetParam().display);
-
-    EXPECT_EQ(prefs.display(), GetParam().display);
-    EXPECT_THAT(
-        defaults_.changes(), testing::ElementsAre(
-                                 MemoryDefaults::Change{"ShowIcon", GetParam().showIcon},
-                                 MemoryDefaults::Change{"ShowText", GetParam().showText}));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Preferences, DisplayWriting,
-    testing::Values(
-        WrittenDisplay{Display::iconAndText, true, true}, WrittenDisplay{Display::iconOnly, true, false},
-        WrittenDisplay{Display::textOnly, false, true}));
-
-TEST_F(PreferencesTest, NeitherIconNorTextReadsAsTextOnlyAndIsStoredSoWhenSet) {
-    defaults_.put("ShowIcon", false);
-    defaults_.put("ShowText", false);
-    Preferences prefs(defaults_);
-    ASSERT_EQ(prefs.display(), Display::textOnly);
-
-    prefs.setDisplay(Display::textOnly);
-
-    EXPECT_EQ(defaults_.stored("ShowIcon"), Value(false));
-    EXPECT_EQ(defaults_.stored("ShowText"), Value(true));
-}
-
-TEST_F(PreferencesTest, TheDisplaysHaveTheirNumbers) {
-    std::vector<int> numbers;
-    for (const Display display : Preferences::allDisplays) {
-        numbers.push_back(static_cast<int>(display));
-    }
-
-    EXPECT_THAT(numbers, testing::ElementsAre(0, 1, 2));
-    EXPECT_EQ(static_cast<int>(Display::iconAndText), 0);
-    EXPECT_EQ(static_cast<int>(Display::iconOnly), 1);
-    EXPECT_EQ(static_cast<int>(Display::textOnly), 2);
-}
-
-// When the loss is shown.
-
-struct StoredLossMode {
-    std::optional<Value> mode;
-    std::optional<Value> older;
-    LossMode read;
-};
-
-class LossModeReading : public PreferencesTest, public testing::WithParamInterface<StoredLossMode> {};
-
-TEST_P(LossModeReading, FollowsTheStoredTextElseTheOlderKey) {
-    if (GetParam().mode) {
-        defaults_.put("PacketLossTextMode", *GetParam().mode);
-    }
-    if (GetParam().older) {
-        defaults_.put("ShowPacketLossText", *GetParam().older);
-    }
-
-    EXPECT_EQ(Preferences(defaults_).lossTextMode(), GetParam().read);
-    EXPECT_THAT(defaults_.changes(), testing::IsEmpty());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    StoredText, LossModeReading,
-    testing::Values(
-        StoredLossMode{text("off"), std::nullopt, LossMode::off},
-        StoredLossMode{text("whenLossy"), std::nullopt, LossMode::whenLossy},
-        StoredLossMode{text("always"), std::nullopt, LossMode::always},
-        StoredLossMode{text("off"), true, LossMode::off},
-        StoredLossMode{text("always"), false, LossMode::always}));
-
-INSTANTIATE_TEST_SUITE_P(
-    AnyOtherText, LossModeReading,
-    testing::Values(
-        StoredLossMode{text("sometimes"), std::nullopt, LossMode::whenLossy},
-        StoredLossMode{text("Always"), std::nullopt, LossMode::whenLossy},
-        StoredLossMode{text(""), true, LossMode::always},
-        StoredLossMode{text("sometimes"), true, LossMode::always},
-        StoredLossMode{text("sometimes"), false, LossMode::off}, StoredLossMode{true, false, LossMode::off},
-        StoredLossMode{2.0, std::nullopt, LossMode::whenLossy}));
-
-INSTANTIATE_TEST_SUITE_P(
-    OlderKey, LossModeReading,
-    testing::Values(
-        StoredLossMode{std::nullopt, true, LossMode::always},
-        StoredLossMode{std::nullopt, false, LossMode::off},
-        StoredLossMode{std::nullopt, std::nullopt, LossMode::whenLossy},
-        StoredLossMode{std::nullopt, 1.0, LossMode::whenLossy},
-        StoredLossMode{std::nullopt, 0.0, LossMode::whenLossy},
-        StoredLossMode{std::nullopt, text("true"), LossMode::whenLossy}));
-
-TEST_F(PreferencesTest, TheLossModeIsStoredAsItsTextAndTheOlderKeyIsNeverWritten) {
-    Preferences prefs(defaults_);
-
-    prefs.setLossTextMode(LossMode::off);
-    prefs.setLossTextMode(LossMode::whenLossy);
-    prefs.setLossTextMode(LossMode::always);
-
-    EXPECT_THAT(
-        defaults_.changes(), testing::ElementsAre(
-                                 MemoryDefaults::Change{"PacketLossTextMode", text("off")},
-                                 MemoryDefaults::Change{"PacketLossTextMode", text("whenLossy")},
-                                 MemoryDefaults::Change{"PacketLossTextMode", text("always")}));
 }
 
 // Setting.
 
-/// One setting with a way to read it, a way to set it to something new, and what that stores.
-struct Setting {
+struct Assignment {
     std::string name;
     std::function<void(const Preferences&)> read;
-    std::function<void(Preferences&)> change;
-    std::vector<MemoryDefaults::Change> stores;
+    std::function<void(Preferences&)> assign; ///< a value other than the default
+    std::vector<Change> stores;
+
+    friend void PrintTo(const Assignment& assignment, std::ostream* out) { *out << assignment.name; }
 };
 
-class SettingTest : public PreferencesTest, public testing::WithParamInterface<Setting> {};
+class SettingTest : public PreferencesTest, public testing::WithParamInterface<Assignment> {};
 
-TEST_P(SettingTest, ANewValueIsStoredAtOnceUnderItsKey) {
-    Preferences prefs(defaults_);
-
-    GetParam().change(prefs);
-
-    EXPECT_EQ(defaults_.changes(), GetParam().stores);
-}
-
-TEST_P(SettingTest, ANewValueTellsItsReadersOnce) {
+TEST_P(SettingTest, ANewValueIsStoredAtOnceAndTellsItsReadersOnce) {
     Preferences prefs(defaults_);
     const Reader reader([&] { GetParam().read(prefs); });
+    int told = 0;
+    prefs.onChange = [&] {
+        ++told;
+        EXPECT_THAT(defaults_.changes(), IsEmpty()) << "stored before the change is acted on";
+    };
 
-    GetParam().change(prefs);
+    GetParam().assign(prefs);
 
     EXPECT_EQ(reader.changes(), 1);
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(defaults_.changes(), GetParam().stores);
+    EXPECT_EQ(all(Preferences(defaults_)), all(prefs));
 }
 
-TEST_P(SettingTest, AnEqualValueTellsNobodyButIsStoredAllTheSame) {
+TEST_P(SettingTest, AnEqualValueIsStoredAgainAndTellsNoReader) {
     Preferences prefs(defaults_);
-    GetParam().change(prefs);
+    GetParam().assign(prefs);
     defaults_.forgetChanges();
     const Reader reader([&] { GetParam().read(prefs); });
+    int told = 0;
+    prefs.onChange = [&] { ++told; };
 
-    GetParam().change(prefs);
+    GetParam().assign(prefs);
 
     EXPECT_EQ(reader.changes(), 0);
+    EXPECT_EQ(told, 0);
     EXPECT_EQ(defaults_.changes(), GetParam().stores);
 }
 
-TEST_P(SettingTest, ANewValueIsReadByTheNextRun) {
-    Preferences prefs(defaults_);
-    GetParam().change(prefs);
-    const Preferences next(defaults_);
-    Preferences changedAgain(defaults_);
-    const Reader reader([&] { GetParam().read(changedAgain); });
-
-    GetParam().change(changedAgain);
-
-    EXPECT_EQ(reader.changes(), 0) << "the next run did not start with the stored value";
-}
-
-TEST_P(SettingTest, ANewValueInTheStoreTellsItsReadersOnceReloaded) {
+TEST_P(SettingTest, ReloadingTellsOfWhatDiffersInTheStoreOnce) {
     Preferences prefs(defaults_);
     const Reader reader([&] { GetParam().read(prefs); });
-    for (const auto& change : GetParam().stores) {
+    int told = 0;
+    prefs.onChange = [&] { ++told; };
+    for (const Change& change : GetParam().stores) {
         defaults_.put(change.key, *change.value);
     }
-    EXPECT_EQ(reader.changes(), 0);
 
+    prefs.reload();
     prefs.reload();
 
     EXPECT_EQ(reader.changes(), 1);
-    EXPECT_THAT(defaults_.changes(), testing::IsEmpty());
-}
-
-TEST_P(SettingTest, ReloadingWhatWasSetHereTellsNobody) {
-    Preferences prefs(defaults_);
-    GetParam().change(prefs);
-    const Reader reader([&] { GetParam().read(prefs); });
-
-    prefs.reload();
-
-    EXPECT_EQ(reader.changes(), 0);
+    EXPECT_EQ(told, 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    AllSettings, SettingTest,
+    Preferences, SettingTest,
     testing::Values(
-        Setting{
+        Assignment{
             "Hostname",
             [](const auto& prefs) { static_cast<void>(prefs.hostname()); },
             [](auto& prefs) { prefs.setHostname("example.org"); },
             {{"Hostname", text("example.org")}}},
-        Setting{
+        Assignment{
             "SlowPingThreshold",
             [](const auto& prefs) { static_cast<void>(prefs.slowPingThresholdMs()); },
             [](auto& prefs) { prefs.setSlowPingThresholdMs(250); },
             {{"SlowPingLowThreshold", 250.0}}},
-        Setting{
+        Assignment{
             "PingTimeout",
             [](const auto& prefs) { static_cast<void>(prefs.pingTimeout()); },
             [](auto& prefs) { prefs.setPingTimeout(2.5); },
             {{"PingTimeout", 2.5}}},
-        Setting{
+        Assignment{
             "PingInterval",
             [](const auto& prefs) { static_cast<void>(prefs.pingInterval()); },
             [](auto& prefs) { prefs.setPingInterval(5); },
             {{"PingInterval", 5.0}}},
-        Setting{
-            "Display",
+        Assignment{
+            "IconOnly",
             [](const auto& prefs) { static_cast<void>(prefs.display()); },
             [](auto& prefs) { prefs.setDisplay(Display::iconOnly); },
             {{"ShowIcon", true}, {"ShowText", false}}},
-        Setting{
-            "LossTextMode",
+        Assignment{
+            "TextOnly",
+            [](const auto& prefs) { static_cast<void>(prefs.display()); },
+            [](auto& prefs) { prefs.setDisplay(Display::textOnly); },
+            {{"ShowIcon", false}, {"ShowText", true}}},
+        Assignment{
+            "LossAlways",
             [](const auto& prefs) { static_cast<void>(prefs.lossTextMode()); },
             [](auto& prefs) { prefs.setLossTextMode(LossMode::always); },
             {{"PacketLossTextMode", text("always")}}},
-        Setting{
+        Assignment{
+            "LossOff",
+            [](const auto& prefs) { static_cast<void>(prefs.lossTextMode()); },
+            [](auto& prefs) { prefs.setLossTextMode(LossMode::off); },
+            {{"PacketLossTextMode", text("off")}}},
+        Assignment{
             "ShowNotifications",
             [](const auto& prefs) { static_cast<void>(prefs.showNotifications()); },
             [](auto& prefs) { prefs.setShowNotifications(true); },
@@ -408,113 +319,68 @@ TEST_F(PreferencesTest, SettersTakeWhatTheyAreGiven) {
     prefs.setPingTimeout(-1);
     prefs.setHostname("");
 
-    EXPECT_EQ(prefs.pingInterval(), 0.2);
-    EXPECT_EQ(prefs.pingTimeout(), -1);
-    EXPECT_EQ(prefs.hostname(), "");
+    EXPECT_EQ(all(prefs), (Settings{.hostname = "", .pingTimeout = -1, .pingInterval = 0.2}));
     EXPECT_EQ(defaults_.stored("PingInterval"), Value(0.2));
 }
 
-// Reloading.
-
-TEST_F(PreferencesTest, AnIntervalOutOfRangeIsCorrectedAtReloadingAsAtCreation) {
+TEST_F(PreferencesTest, NeitherIconNorTextIsMendedInTheStoreWithoutTellingReadersOfTheDisplay) {
+    put({{"ShowIcon", false}, {"ShowText", false}});
     Preferences prefs(defaults_);
-    for (const auto& [stored, corrected] :
-         {std::pair(600.0, 60.0), std::pair(0.2, 1.0), std::pair(-5.0, 1.0)}) {
-        defaults_.put("PingInterval", stored);
+    const Reader reader([&] { static_cast<void>(prefs.display()); });
 
-        prefs.reload();
+    prefs.setDisplay(Display::textOnly);
 
-        EXPECT_EQ(prefs.pingInterval(), corrected);
-        EXPECT_EQ(Preferences(defaults_).pingInterval(), corrected);
-    }
-    EXPECT_EQ(defaults_.stored("PingInterval"), Value(-5.0));
+    EXPECT_THAT(defaults_.changes(), ElementsAre(Change{"ShowIcon", false}, Change{"ShowText", true}));
+    EXPECT_EQ(reader.changes(), 0);
 }
 
-TEST_F(PreferencesTest, OtherNumbersAreTakenAsStoredAtReloadingAsAtCreation) {
+TEST_F(PreferencesTest, SettingsThatChangeTogetherInTheStoreAreActedOnTogether) {
     Preferences prefs(defaults_);
-    defaults_.put("PingTimeout", -1.0);
-    defaults_.put("SlowPingLowThreshold", 1e6);
-    defaults_.put("Hostname", text(" "));
+    put({{"Hostname", text("example.org")}, {"PingTimeout", 9.0}, {"PanelFace", text("wide")}});
+    std::vector<Settings> seen;
+    prefs.onChange = [&] { seen.push_back(all(prefs)); };
 
     prefs.reload();
 
-    EXPECT_EQ(prefs.pingTimeout(), -1);
-    EXPECT_EQ(prefs.slowPingThresholdMs(), 1e6);
-    EXPECT_EQ(prefs.hostname(), " ");
+    EXPECT_THAT(
+        seen, ElementsAre(Settings{.hostname = "example.org", .pingTimeout = 9, .panelFace = Face::wide}));
 }
 
-TEST_F(PreferencesTest, ValuesOfAWrongTypeReadAsTheirDefaultsOnceReloaded) {
-    defaults_.put("Hostname", text("example.org"));
-    defaults_.put("PingInterval", 5.0);
-    Preferences prefs(defaults_);
-    defaults_.put("Hostname", 9.9);
-    defaults_.put("PingInterval", text("5"));
-
-    prefs.reload();
-
-    EXPECT_EQ(prefs.hostname(), "1.1.1.1");
-    EXPECT_EQ(prefs.pingInterval(), 1);
-}
-
-TEST_F(PreferencesTest, ANewPanelFaceTellsItsReadersOnceReloaded) {
-    Preferences prefs(defaults_);
-    const Reader reader([&] { static_cast<void>(prefs.panelFace()); });
-    defaults_.put("PanelFace", text("wide"));
-
-    prefs.reload();
-
-    EXPECT_EQ(prefs.panelFace(), StatusItem::PanelFace::wide);
-    EXPECT_EQ(reader.changes(), 1);
+TEST_F(PreferencesTest, TheDisplaysHaveTheirNumbers) {
+    EXPECT_THAT(
+        Preferences::allDisplays, ElementsAre(Display::iconAndText, Display::iconOnly, Display::textOnly));
+    EXPECT_EQ(static_cast<int>(Display::iconAndText), 0);
+    EXPECT_EQ(static_cast<int>(Display::iconOnly), 1);
+    EXPECT_EQ(static_cast<int>(Display::textOnly), 2);
 }
 
 // The scorer's configuration.
 
-TEST_F(PreferencesTest, ThePanelFaceIsAutomaticUntilOneIsStored) {
-    EXPECT_EQ(Preferences(defaults_).panelFace(), StatusItem::PanelFace::automatic);
-    for (const auto face :
-         {StatusItem::PanelFace::automatic, StatusItem::PanelFace::label, StatusItem::PanelFace::wide,
-          StatusItem::PanelFace::square}) {
-        defaults_.put("PanelFace", std::string(rawValue(face)));
-        EXPECT_EQ(Preferences(defaults_).panelFace(), face);
-    }
-}
-
-TEST_F(PreferencesTest, AnUnknownPanelFaceReadsAsAutomatic) {
-    for (const Value& stored : {text("Wide"), text(""), Value(1.0)}) {
-        defaults_.put("PanelFace", stored);
-        EXPECT_EQ(Preferences(defaults_).panelFace(), StatusItem::PanelFace::automatic);
-    }
-}
+struct Scoring {
+    UserDefaults::Table stored;
+    ScoringConfig config;
+};
 
 TEST_F(PreferencesTest, TheScoringConfigurationFollowsTheSettings) {
-    const Preferences prefs(defaults_);
-
-    const ScoringConfig config = prefs.scoringConfig();
-
-    EXPECT_DOUBLE_EQ(config.lowThreshold, 0.1);
-    EXPECT_DOUBLE_EQ(config.highThreshold, 1.0);
-    EXPECT_DOUBLE_EQ(config.timeout, 4.0);
-    EXPECT_DOUBLE_EQ(config.averageOver, 30.0);
-}
-
-TEST_F(PreferencesTest, TheScoringWindowHoldsTenPingsAtLongIntervals) {
-    Preferences prefs(defaults_);
-    for (const auto& [interval, window] :
-         {std::pair(3.0, 30.0), std::pair(5.0, 50.0), std::pair(60.0, 600.0)}) {
-        prefs.setPingInterval(interval);
-        EXPECT_DOUBLE_EQ(prefs.scoringConfig().averageOver, window) << interval;
+    for (const Scoring& scoring : {
+             Scoring{{}, {.lowThreshold = 0.1, .highThreshold = 1, .timeout = 4, .averageOver = 30}},
+             Scoring{
+                 {{"PingInterval", 3.0}},
+                 {.lowThreshold = 0.1, .highThreshold = 1, .timeout = 4, .averageOver = 30}},
+             Scoring{
+                 {{"PingInterval", 5.0}},
+                 {.lowThreshold = 0.1, .highThreshold = 1, .timeout = 4, .averageOver = 50}},
+             Scoring{
+                 {{"SlowPingLowThreshold", 250.0}, {"PingTimeout", 2.0}},
+                 {.lowThreshold = 0.25, .highThreshold = 1.15, .timeout = 2, .averageOver = 50}},
+         }) {
+        put(scoring.stored);
+        const ScoringConfig config = Preferences(defaults_).scoringConfig();
+        EXPECT_DOUBLE_EQ(config.lowThreshold, scoring.config.lowThreshold);
+        EXPECT_DOUBLE_EQ(config.highThreshold, scoring.config.highThreshold);
+        EXPECT_DOUBLE_EQ(config.timeout, scoring.config.timeout);
+        EXPECT_DOUBLE_EQ(config.averageOver, scoring.config.averageOver);
     }
-}
-
-TEST_F(PreferencesTest, TheHighThresholdLies900MillisecondsAboveTheLowOne) {
-    Preferences prefs(defaults_);
-
-    prefs.setSlowPingThresholdMs(250);
-    prefs.setPingTimeout(2);
-
-    EXPECT_DOUBLE_EQ(prefs.scoringConfig().lowThreshold, 0.25);
-    EXPECT_DOUBLE_EQ(prefs.scoringConfig().highThreshold, 1.15);
-    EXPECT_DOUBLE_EQ(prefs.scoringConfig().timeout, 2.0);
 }
 
 // Restoring the defaults.
@@ -522,100 +388,63 @@ TEST_F(PreferencesTest, TheHighThresholdLies900MillisecondsAboveTheLowOne) {
 class RestoringDefaults : public PreferencesTest {
 protected:
     RestoringDefaults() {
-        defaults_.put("Hostname", text("example.org"));
-        defaults_.put("PingTimeout", 2.5);
-        defaults_.put("PingInterval", 5.0);
-        defaults_.put("SlowPingLowThreshold", 250.0);
-        defaults_.put("ShowIcon", false);
-        defaults_.put("ShowText", true);
-        defaults_.put("ShowNotifications", true);
-        defaults_.put("ShowPacketLossText", true);
-        defaults_.put("UnknownKey", 7.0);
-    }
-
-    /// The keys that were removed, in order.
-    [[nodiscard]] std::vector<std::string> removals() const {
-        std::vector<std::string> keys;
-        for (const auto& change : defaults_.changes()) {
-            if (!change.value) {
-                keys.push_back(change.key);
-            }
-        }
-        return keys;
+        put(
+            {{"Hostname", text("example.org")},
+             {"PingTimeout", 2.5},
+             {"PingInterval", 5.0},
+             {"SlowPingLowThreshold", 250.0},
+             {"ShowIcon", false},
+             {"ShowText", true},
+             {"ShowNotifications", true},
+             {"ShowPacketLossText", true},
+             {"PanelFace", text("wide")},
+             {"UnknownKey", 7.0}});
     }
 };
 
-TEST_F(RestoringDefaults, PutsEverySettingBack) {
+TEST_F(RestoringDefaults, PutsEverySettingBackAndTellsOfItOnce) {
     Preferences prefs(defaults_);
+    int told = 0;
+    prefs.onChange = [&] { ++told; };
 
     prefs.restoreDefaults();
 
-    EXPECT_EQ(prefs.hostname(), "1.1.1.1");
-    EXPECT_EQ(prefs.pingTimeout(), 4.0);
-    EXPECT_EQ(prefs.pingInterval(), 1.0);
-    EXPECT_EQ(prefs.slowPingThresholdMs(), 100.0);
-    EXPECT_EQ(prefs.display(), Display::iconAndText);
-    EXPECT_EQ(prefs.showNotifications(), false);
-    EXPECT_EQ(prefs.lossTextMode(), LossMode::whenLossy);
-}
-
-TEST_F(RestoringDefaults, StoresEveryDefaultExplicitlyAndDropsTheOlderKey) {
-    Preferences prefs(defaults_);
-
-    prefs.restoreDefaults();
-
-    UserDefaults::Table expected = Preferences::registeredDefaults();
-    expected["PacketLossTextMode"] = text("whenLossy");
-    for (const auto& [key, value] : expected) {
-        EXPECT_EQ(defaults_.stored(key), value) << key;
-    }
+    EXPECT_EQ(all(prefs), Settings{});
+    EXPECT_EQ(told, 1);
     EXPECT_EQ(defaults_.stored("ShowPacketLossText"), std::nullopt);
-}
-
-TEST_F(RestoringDefaults, LeavesForeignKeysAlone) {
-    Preferences prefs(defaults_);
-
-    prefs.restoreDefaults();
-
     EXPECT_EQ(defaults_.stored("UnknownKey"), Value(7.0));
 }
 
-TEST_F(RestoringDefaults, RemovesTheRegisteredKeysFirstAndThenTheTwoOfTheLossMode) {
+TEST_F(RestoringDefaults, RemovesEveryKeyAndThenStoresEveryDefault) {
     Preferences prefs(defaults_);
 
     prefs.restoreDefaults();
 
-    const std::vector<std::string> keys = removals();
-    ASSERT_EQ(keys.size(), 9u);
-    EXPECT_THAT(
-        std::vector(keys.begin(), keys.begin() + 7),
-        testing::UnorderedElementsAre(
-            "Hostname", "PingTimeout", "PingInterval", "SlowPingLowThreshold", "ShowIcon", "ShowText",
-            "ShowNotifications"));
-    EXPECT_EQ(keys[7], "PacketLossTextMode");
-    EXPECT_EQ(keys[8], "ShowPacketLossText");
-}
-
-TEST_F(RestoringDefaults, WritesAfterAllRemovalsInTheOrderOfTheSettings) {
-    Preferences prefs(defaults_);
-
-    prefs.restoreDefaults();
-
+    const auto removed = [](const std::string& key) { return Change{key, std::nullopt}; };
     const auto& changes = defaults_.changes();
-    ASSERT_EQ(changes.size(), 9u + 8u);
+    ASSERT_EQ(changes.size(), 10u + 9u);
+    const auto ofOthers = changes.begin() + 7;
+    const auto written = changes.begin() + 10;
     EXPECT_THAT(
-        std::vector(changes.begin() + 9, changes.end()),
-        testing::ElementsAre(
-            MemoryDefaults::Change{"Hostname", text("1.1.1.1")},
-            MemoryDefaults::Change{"SlowPingLowThreshold", 100.0}, MemoryDefaults::Change{"PingTimeout", 4.0},
-            MemoryDefaults::Change{"PingInterval", 1.0}, MemoryDefaults::Change{"ShowIcon", true},
-            MemoryDefaults::Change{"ShowText", true},
-            MemoryDefaults::Change{"PacketLossTextMode", text("whenLossy")},
-            MemoryDefaults::Change{"ShowNotifications", false}));
+        std::vector(changes.begin(), ofOthers),
+        testing::UnorderedElementsAre(
+            removed("Hostname"), removed("PingTimeout"), removed("PingInterval"),
+            removed("SlowPingLowThreshold"), removed("ShowIcon"), removed("ShowText"),
+            removed("ShowNotifications")));
+    EXPECT_THAT(
+        std::vector(ofOthers, written),
+        ElementsAre(removed("PacketLossTextMode"), removed("ShowPacketLossText"), removed("PanelFace")));
+    EXPECT_THAT(
+        std::vector(written, changes.end()),
+        ElementsAre(
+            Change{"Hostname", text("1.1.1.1")}, Change{"SlowPingLowThreshold", 100.0},
+            Change{"PingTimeout", 4.0}, Change{"PingInterval", 1.0}, Change{"ShowIcon", true},
+            Change{"ShowText", true}, Change{"PacketLossTextMode", text("whenLossy")},
+            Change{"ShowNotifications", false}, Change{"PanelFace", text("auto")}));
 }
 
 TEST_F(RestoringDefaults, TellsOnlyTheReadersOfSettingsThatReallyChange) {
-    defaults_.put("PingTimeout", 4.0);
+    put({{"PingTimeout", 4.0}});
     Preferences prefs(defaults_);
     const Reader host([&] { static_cast<void>(prefs.hostname()); });
     const Reader timeout([&] { static_cast<void>(prefs.pingTimeout()); });

@@ -116,7 +116,7 @@ TEST_F(StatusItemControllerTest, HandsOverANewPanelFaceOnce) {
     showFor(5.5);
     defaults.put(PreferenceKey::panelFace, std::string("wide"));
 
-    monitor.reloadPreferences();
+    prefs.reload();
     loop.advance(5);
 
     EXPECT_THAT(item.panelFaces, ElementsAre(StatusItem::PanelFace::automatic, StatusItem::PanelFace::wide));

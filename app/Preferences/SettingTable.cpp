@@ -1,0 +1,110 @@
+#include "app/Preferences/SettingTable.h"
+
+#include "core/MenuBarTitle.h"
+#include "core/Text.h"
+
+#include <cmath>
+
+namespace tarnwick {
+
+namespace {
+
+using Value = UserDefaults::Value;
+
+constexpr std::array allPanelFaces{
+    StatusItem::PanelFace::automatic, StatusItem::PanelFace::label, StatusItem::PanelFace::wide,
+    StatusItem::PanelFace::square};
+
+std::optional<Value> onlyIf(bool isRight, const Value& value) {
+    return isRight ? std::optional(value) : std::nullopt;
+}
+
+} // namespace
+
+Value defaultOf(const SettingRow& row) {
+    if (const auto* text = std::get_if<std::string_view>(&row.preset)) {
+        return std::string(*text);
+    }
+    if (const auto* number = std::get_if<double>(&row.preset)) {
+        return *number;
+    }
+    return std::get<bool>(row.preset);
+}
+
+std::optional<Value> admitted(const SettingRow& row, const Value& value) {
+    switch (row.rule) {
+    case SettingRule::host:
+        return hostIn(std::get<std::string>(value));
+    case SettingRule::positiveNumber:
+        return onlyIf(std::get<double>(value) > 0, value);
+    case SettingRule::pingInterval:
+        return static_cast<double>(PingIntervalSetting::clamped(std::get<double>(value)));
+    case SettingRule::lossMode:
+        return onlyIf(MenuBarTitle::lossMode(std::get<std::string>(value)).has_value(), value);
+    case SettingRule::panelFace:
+        return onlyIf(panelFace(std::get<std::string>(value)).has_value(), value);
+    case SettingRule::boolean:
+        break;
+    }
+    return value;
+}
+
+std::optional<Value> parsedSetting(const SettingRow& row, const std::string& text) {
+    if (std::holds_alternative<std::string_view>(row.preset)) {
+        return admitted(row, text);
+    }
+    if (std::holds_alternative<double>(row.preset)) {
+        const std::optional<double> number = Text::parseNumber(text);
+        return number && std::isfinite(*number) ? admitted(row, *number) : std::nullopt;
+    }
+    return onlyIf(text == "true" || text == "false", text == "true");
+}
+
+std::string defaultText(const SettingRow& row) {
+    if (const auto* text = std::get_if<std::string_view>(&row.preset)) {
+        return std::string(*text);
+    }
+    if (const auto* number = std::get_if<double>(&row.preset)) {
+        return Text::whole(*number);
+    }
+    return std::get<bool>(row.preset) ? "true" : "false";
+}
+
+std::string description(const SettingRow& row) {
+    std::string text(row.meaning);
+    if (row.rule != SettingRule::boolean) {
+        text += ": ";
+        text += row.values;
+    }
+    return text;
+}
+
+std::optional<std::string> hostIn(std::string_view text) {
+    const std::string_view host = Text::trimmed(text);
+    return host.empty() ? std::nullopt : std::optional(std::string(host));
+}
+
+std::string_view rawValue(StatusItem::PanelFace face) {
+    switch (face) {
+    case StatusItem::PanelFace::label:
+        return "label";
+    case StatusItem::PanelFace::wide:
+        return "wide";
+    case StatusItem::PanelFace::square:
+        return "square";
+    case StatusItem::PanelFace::automatic:
+        break;
+    }
+    return "auto";
+}
+
+std::optional<StatusItem::PanelFace> panelFace(std::string_view text) {
+    for (const StatusItem::PanelFace face : allPanelFaces) {
+        if (rawValue(face) == text) {
+            return face;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace tarnwick

@@ -1,0 +1,116 @@
+// The table of settings. Each setting is described here and nowhere else: its key, default, rule and meaning.
+#pragma once
+
+#include "core/PingIntervalSetting.h"
+#include "platform/ports/StatusItem.h"
+#include "platform/ports/UserDefaults.h"
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace tarnwick {
+
+/// The keys under which settings are stored.
+namespace PreferenceKey {
+inline constexpr auto hostname = "Hostname";
+inline constexpr auto slowPingLowThreshold = "SlowPingLowThreshold";
+inline constexpr auto pingTimeout = "PingTimeout";
+inline constexpr auto pingInterval = "PingInterval";
+inline constexpr auto showIcon = "ShowIcon";
+inline constexpr auto showText = "ShowText";
+inline constexpr auto packetLossTextMode = "PacketLossTextMode";
+inline constexpr auto showPacketLossText = "ShowPacketLossText";
+inline constexpr auto showNotifications = "ShowNotifications";
+inline constexpr auto panelFace = "PanelFace";
+} // namespace PreferenceKey
+
+/// Which values a setting takes.
+enum class SettingRule {
+    host,           ///< a text that is not blank, without the white space around it
+    positiveNumber, ///< above 0
+    pingInterval,   ///< a number; `PingIntervalSetting::clamped` brings it into range
+    boolean,
+    lossMode,  ///< the stored text of a `MenuBarTitle::LossMode`
+    panelFace, ///< the stored text of a `StatusItem::PanelFace`
+};
+
+/// How a setting's default reaches its readers.
+enum class SettingDefault {
+    registered, ///< the store gives it where the key is absent
+    own,        ///< the store must tell an absent key from the default: `Preferences` puts it in
+    olderForm,  ///< none: the key is read only to migrate another setting, and never written
+};
+
+struct SettingRow {
+    const char* key;
+    std::variant<bool, double, std::string_view> preset; ///< the default, in the setting's type
+    SettingDefault kind;
+    SettingRule rule;
+    std::string_view values;  ///< completes "KEY must be ..."
+    std::string_view meaning; ///< for users; empty for an older form
+};
+
+/// In the order in which settings are written and described.
+inline constexpr std::array<SettingRow, 10> settingTable{{
+    {PreferenceKey::hostname, "1.1.1.1", SettingDefault::registered, SettingRule::host,
+     "a host name or address", "what to ping"},
+    {PreferenceKey::slowPingLowThreshold, 100.0, SettingDefault::registered, SettingRule::positiveNumber,
+     "a number of milliseconds above 0", "latency from which a ping is slow"},
+    {PreferenceKey::pingTimeout, 4.0, SettingDefault::registered, SettingRule::positiveNumber,
+     "a number of seconds above 0", "when an unanswered ping is lost"},
+    {PreferenceKey::pingInterval, double{PingIntervalSetting::defaultSeconds}, SettingDefault::registered,
+     SettingRule::pingInterval, "a number of seconds, 1 to 60", "time between pings"},
+    {PreferenceKey::showIcon, true, SettingDefault::registered, SettingRule::boolean, "true or false",
+     "show the bars in the panel"},
+    {PreferenceKey::showText, true, SettingDefault::registered, SettingRule::boolean, "true or false",
+     "show the latency in the panel"},
+    {PreferenceKey::packetLossTextMode, "whenLossy", SettingDefault::own, SettingRule::lossMode,
+     "off, whenLossy or always", "show the packet loss in the panel"},
+    {PreferenceKey::showPacketLossText, false, SettingDefault::olderForm, SettingRule::boolean,
+     "true or false", ""},
+    {PreferenceKey::showNotifications, false, SettingDefault::registered, SettingRule::boolean,
+     "true or false", "notify when the connection goes down and comes back"},
+    {PreferenceKey::panelFace, "auto", SettingDefault::own, SettingRule::panelFace,
+     "auto, label, wide or square", "form of the panel item"},
+}};
+
+/// The place of a key in the table. A key that is not there does not compile.
+consteval std::size_t settingIndex(std::string_view key) {
+    for (std::size_t index = 0; index < settingTable.size(); ++index) {
+        if (settingTable.at(index).key == key) {
+            return index;
+        }
+    }
+    throw std::invalid_argument("no such setting");
+}
+
+[[nodiscard]] UserDefaults::Value defaultOf(const SettingRow& row);
+
+/// The value as the setting's rule keeps it; nothing when the rule refuses it. `value` has the setting's
+/// type.
+[[nodiscard]] std::optional<UserDefaults::Value> admitted(
+    const SettingRow& row, const UserDefaults::Value& value);
+
+/// What a text means for this setting: "true", "2.5", "example.org". Nothing when it is no such value.
+[[nodiscard]] std::optional<UserDefaults::Value> parsedSetting(
+    const SettingRow& row, const std::string& text);
+
+/// The default as `parsedSetting` reads it.
+[[nodiscard]] std::string defaultText(const SettingRow& row);
+
+/// What the setting means and takes, in one line for users.
+[[nodiscard]] std::string description(const SettingRow& row);
+
+/// The host in a text: without white space around it; nothing when that leaves nothing.
+[[nodiscard]] std::optional<std::string> hostIn(std::string_view text);
+
+/// The stored text of a panel face and back; nothing for any other text, case included.
+[[nodiscard]] std::string_view rawValue(StatusItem::PanelFace face);
+[[nodiscard]] std::optional<StatusItem::PanelFace> panelFace(std::string_view text);
+
+} // namespace tarnwick
