@@ -86,7 +86,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
           }),
       // No update framework yet.
       menu_(StatusItemController::menuItems(false)),
-      settingsModel_(monitor_, loginItem_),
+      settingsModel_(monitor_, notifications_, loginItem_),
       colors_(bus) {
     makeStatusItem(setup);
     monitor_.start();
@@ -152,7 +152,6 @@ void AppDelegate::quitOnTerminationSignals() {
 
 void AppDelegate::showSettings() {
     if (!settingsWindow_) {
-        settingsModel_.onAlertsTurnedOn = [this] { notifications_.requestAuthorization(); };
         if (StartupSettings::exists()) {
             settingsModel_.launchAtLogin().showApproval = [] { StartupSettings::open(); };
         }

@@ -58,7 +58,7 @@ auto showsBars(int lit, const std::string& title) {
 class FrontEnd {
 public:
     explicit FrontEnd(MonitorWorld& world)
-        : settings(*world.monitor, loginItem),
+        : settings(*world.monitor, world.notifications, loginItem),
           controller({
               .loop = world.loop,
               .monitor = *world.monitor,
@@ -69,9 +69,7 @@ public:
           statusRecorder_(world.loop, [this, &world] {
               statuses.push_back(world.monitor->status());
               since[statuses.back()] = world.loop.now();
-          }) {
-        settings.onAlertsTurnedOn = [&world] { world.notifications.requestAuthorization(); };
-    }
+          }) {}
 
     FakeLoginItem loginItem;
     SettingsModel settings;

@@ -2,8 +2,9 @@
 
 namespace tarnwick {
 
-SettingsModel::SettingsModel(Monitor& monitor, LoginItem& loginItem, UpdateFramework* updates)
-    : monitor_(monitor), launchAtLogin_(loginItem) {
+SettingsModel::SettingsModel(
+    Monitor& monitor, NotificationCenter& notifications, LoginItem& loginItem, UpdateFramework* updates)
+    : monitor_(monitor), notifications_(notifications), launchAtLogin_(loginItem) {
     if (updates != nullptr) {
         updates_.emplace(*updates);
     }
@@ -34,8 +35,8 @@ void SettingsModel::setPingInterval(int seconds) {
 
 void SettingsModel::setShowNotifications(bool show) {
     monitor_.prefs().setShowNotifications(show);
-    if (show && onAlertsTurnedOn) {
-        onAlertsTurnedOn();
+    if (show) {
+        notifications_.requestAuthorization();
     }
 }
 

@@ -5,7 +5,6 @@
 #include "app/SettingsView/Model/LaunchAtLoginToggle.h"
 #include "app/SettingsView/Model/UpdateSettings.h"
 
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -14,15 +13,17 @@ namespace tarnwick {
 /// Observable through the monitor and its preferences. Main thread.
 class SettingsModel {
 public:
-    /// All of them outlive the model. Without a framework there is nothing about updates to be set.
-    SettingsModel(Monitor& monitor, LoginItem& loginItem, UpdateFramework* updates = nullptr);
+    /// All of them outlive the model. Without a framework there are no update settings.
+    SettingsModel(
+        Monitor& monitor, NotificationCenter& notifications, LoginItem& loginItem,
+        UpdateFramework* updates = nullptr);
 
     [[nodiscard]] const Preferences& values() const { return monitor_.prefs(); }
 
-    /// Beside the host: its address when that says more, what it waits for, or why there is none.
+    /// The host's address if it differs from the host, that it is being resolved, or why it can't be.
     [[nodiscard]] std::optional<std::string> addressLine() const;
 
-    /// What was typed, as a whole. Without a host in it the present one stays.
+    /// A blank text is ignored.
     void commitHost(const std::string& text) { monitor_.setHostname(text); }
 
     /// An unchanged interval is ignored.
@@ -34,23 +35,22 @@ public:
 
     void setLossTextMode(MenuBarTitle::LossMode mode) { monitor_.prefs().setLossTextMode(mode); }
 
+    /// Switching alerts on also asks whether notifications can be shown.
     void setShowNotifications(bool show);
 
     void restoreDefaults() { monitor_.restoreDefaults(); }
 
     [[nodiscard]] LaunchAtLoginToggle& launchAtLogin() { return launchAtLogin_; }
 
-    /// Null where there is nothing to be set about updates.
+    /// Null without an update framework.
     [[nodiscard]] UpdateSettings* updates() { return updates_ ? &*updates_ : nullptr; }
 
-    /// Reads afresh what changes elsewhere without telling: for a form that appears.
+    /// Reads the login item and the update settings again: their changes are not observable.
     void refresh();
-
-    /// Called after alerts have been turned on: somebody may have to be asked first.
-    std::function<void()> onAlertsTurnedOn;
 
 private:
     Monitor& monitor_;
+    NotificationCenter& notifications_;
     LaunchAtLoginToggle launchAtLogin_;
     std::optional<UpdateSettings> updates_;
 };

@@ -24,7 +24,7 @@ namespace tarnwick::test {
 
 struct SettingsForm : WatchedMonitor {
     explicit SettingsForm(UpdateFramework* updates = nullptr)
-        : model(monitor, loginItem, updates), window(model, loop, menu.menu) {}
+        : model(monitor, notifications, loginItem, updates), window(model, loop, menu.menu) {}
 
     /// What people know a control by.
     [[nodiscard]] static std::string name(const QWidget& control) {

@@ -61,27 +61,23 @@ TEST_F(SettingsSwitchesTest, ThePickersFollowTheSettings) {
 }
 
 TEST_F(SettingsSwitchesTest, TurningAlertsOnAsksForWhatTheyNeedAndTurningThemOffDoesNot) {
-    int asked = 0;
-    model.onAlertsTurnedOn = [&] { ++asked; };
     present();
     alerts().click();
     EXPECT_TRUE(prefs.showNotifications());
-    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(notifications.requests(), 1);
 
     alerts().click();
     EXPECT_FALSE(prefs.showNotifications());
-    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(notifications.requests(), 1);
 }
 
 TEST_F(SettingsSwitchesTest, AlertsTurnedOnElsewhereAskNothing) {
-    int asked = 0;
-    model.onAlertsTurnedOn = [&] { ++asked; };
     present();
     prefs.setShowNotifications(true);
     settle();
 
     EXPECT_TRUE(alerts().isChecked());
-    EXPECT_EQ(asked, 0);
+    EXPECT_EQ(notifications.requests(), 0);
 }
 
 TEST_F(SettingsSwitchesTest, AClickOnASwitchsLabelTurnsIt) {

@@ -18,7 +18,7 @@ using testing::IsEmpty;
 class SettingsModelTest : public testing::Test, protected WatchedMonitor {
 protected:
     simulation::FakeLoginItem loginItem;
-    SettingsModel model{monitor, loginItem};
+    SettingsModel model{monitor, notifications, loginItem};
 };
 
 } // namespace
@@ -83,22 +83,18 @@ TEST_F(SettingsModelTest, AnUnchangedIntervalIsNotEvenStored) {
 }
 
 TEST_F(SettingsModelTest, TurningAlertsOnAsksForWhatTheyNeed) {
-    int asked = 0;
-    model.onAlertsTurnedOn = [&] { ++asked; };
     model.setShowNotifications(true);
 
     EXPECT_TRUE(prefs.showNotifications());
-    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(notifications.requests(), 1);
 }
 
 TEST_F(SettingsModelTest, TurningAlertsOffAsksNothing) {
     prefs.setShowNotifications(true);
-    int asked = 0;
-    model.onAlertsTurnedOn = [&] { ++asked; };
     model.setShowNotifications(false);
 
     EXPECT_FALSE(prefs.showNotifications());
-    EXPECT_EQ(asked, 0);
+    EXPECT_EQ(notifications.requests(), 0);
 }
 
 TEST_F(SettingsModelTest, PickersWriteTheirPreferencesAtOnce) {
@@ -131,7 +127,7 @@ TEST_F(SettingsModelTest, WithoutAnUpdateFrameworkThereIsNothingAboutUpdates) {
 
 TEST_F(SettingsModelTest, RefreshingReadsWhatChangesElsewhere) {
     simulation::FakeUpdateFramework framework;
-    SettingsModel updated(monitor, loginItem, &framework);
+    SettingsModel updated(monitor, notifications, loginItem, &framework);
     framework.checks = true;
     loginItem.now = LoginItem::Status::enabled;
     updated.refresh();
