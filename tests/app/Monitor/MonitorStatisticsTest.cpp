@@ -2,6 +2,7 @@
 #include "app/Monitor/Monitor.h"
 
 #include "tests/simulation/MonitorWorld.h"
+#include "tests/support/SystemCalls.h"
 
 #include <fstream>
 #include <gmock/gmock.h>
@@ -57,6 +58,18 @@ TEST_F(MonitorStatisticsTest, TheNextRunGoesOnFromTheSavedFigures) {
 
     EXPECT_EQ(monitor->ledger().site().sent, 6);
     EXPECT_EQ(monitor->ledger().session().sent, 1);
+}
+
+TEST_F(MonitorStatisticsTest, OnlyASaveThatIsToOutliveAPowerCutWaitsForTheDisk) {
+    start();
+    test::flushes = 0;
+
+    pass(45);
+    EXPECT_GT(store().load()[host].sent, 0);
+    EXPECT_EQ(test::flushes, 0);
+
+    monitor->saveStats();
+    EXPECT_EQ(test::flushes, 1);
 }
 
 TEST_F(MonitorStatisticsTest, AFailureToSaveIsIgnoredAndTheNextSaveTriesAgain) {

@@ -4,6 +4,7 @@
 #include "core/FileDescriptor.h"
 #include "tests/core/ChildProcess.h"
 #include "tests/core/Storage/PrivateMounts.h"
+#include "tests/support/SystemCalls.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -98,11 +99,15 @@ TEST_F(FileStoreTest, CreatesTheFoldersAboveTheFile) {
     EXPECT_EQ(contentOf(file), "new");
 }
 
-TEST_F(FileStoreTest, ReplacesAFileAtOnceWithoutWaitingForTheDiskToo) {
-    writeFile(file, "a much longer text");
-    EXPECT_FALSE(FileStore::replace(file, "new", FileStore::Durability::crash));
-    EXPECT_EQ(contentOf(file), "new");
-    EXPECT_EQ(fileCount(folder.path()), 1);
+TEST_F(FileStoreTest, FlushesAFileToTheDiskOnlyToOutliveAPowerCut) {
+    flushes = 0;
+    EXPECT_FALSE(FileStore::replace(file, "first", FileStore::Durability::crash));
+    EXPECT_EQ(read(), "first");
+    EXPECT_EQ(flushes, 0);
+
+    EXPECT_FALSE(FileStore::replace(file, "second", FileStore::Durability::powerCut));
+    EXPECT_EQ(read(), "second");
+    EXPECT_EQ(flushes, 1);
 }
 
 TEST_F(FileStoreTest, LeavesAnOpenReaderTheOldText) {
@@ -233,6 +238,30 @@ TEST_F(FileStoreTest, LetsASecondWriterOfTheSameMomentTryAgainLater) {
 
     EXPECT_EQ(replace("new"), std::errc::resource_unavailable_try_again);
     EXPECT_EQ(contentOf(file), "old");
+}
+
+TEST_F(FileStoreTest, LeavesAFileAloneThatAnotherWriterPutInPlaceAsItsDraft) {
+    const fs::path draft = folder.path() / "figures.json.new";
+    writeFile(draft, "of the other writer");
+    beforeLocking = [&] { fs::rename(draft, file); };
+
+    EXPECT_EQ(replace("own"), std::errc::resource_unavailable_try_again);
+
+    EXPECT_EQ(read(), "of the other writer");
+    EXPECT_FALSE(replace("own"));
+    EXPECT_EQ(read(), "own");
+}
+
+TEST_F(FileStoreTest, LeavesANewDraftAloneThatAnotherWriterMadeInPlaceOfItsOwn) {
+    const fs::path draft = folder.path() / "figures.json.new";
+    beforeLocking = [&] {
+        fs::rename(draft, file);
+        writeFile(draft, "of the other writer");
+    };
+
+    EXPECT_EQ(replace("own"), std::errc::resource_unavailable_try_again);
+
+    EXPECT_EQ(test::contentOf(draft), "of the other writer");
 }
 
 TEST_F(FileStoreTest, IsReadWholeWhileItIsBeingReplaced) {

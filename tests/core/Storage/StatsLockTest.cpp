@@ -4,9 +4,11 @@
 #include "tests/core/ChildProcess.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Unprivileged.h"
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <optional>
 
 namespace tarnwick {
@@ -110,6 +112,26 @@ TEST_F(StatsLockTest, OfAnotherFileIsAnotherLock) {
     StatsLock other(folder.path() / "Tarnwick" / "other.json");
     EXPECT_EQ(first->acquire(), Attempt::taken);
     EXPECT_EQ(other.acquire(), Attempt::taken);
+}
+
+TEST_F(StatsLockTest, IsTakenOnAFileThatMayOnlyBeRead) {
+    const Unprivileged user;
+    ASSERT_TRUE(user.isOrdinary());
+    writeFile(lockFile, "");
+    fs::permissions(lockFile, fs::perms::owner_read);
+    ASSERT_FALSE(std::ofstream(lockFile));
+
+    EXPECT_EQ(first->acquire(), Attempt::taken);
+    EXPECT_EQ(second.acquire(), Attempt::heldByOther);
+}
+
+TEST_F(StatsLockTest, IsNotToBeHadOnAFileThatMayNotBeRead) {
+    const Unprivileged user;
+    ASSERT_TRUE(user.isOrdinary());
+    writeFile(lockFile, "");
+    fs::permissions(lockFile, fs::perms::none);
+
+    EXPECT_EQ(first->acquire(), Attempt::impossible);
 }
 
 } // namespace

@@ -124,6 +124,24 @@ TEST_P(StatsStoreCount, ThatIsNoWholeNumberMakesTheWholeFileUnreadable) {
     }
 }
 
+TEST_P(StatsStoreCount, ThatIsNegativeOrBeyondHalfOfItsTypeMakesTheWholeFileUnreadable) {
+    for (const char* value :
+         {"-1", "-9223372036854775808", "4611686018427387904", "9223372036854775807",
+          "18446744073709551615"}) {
+        auto members = goodMembers();
+        members[GetParam()] = value;
+        EXPECT_THAT(loadedFrom(fileText(members)), IsEmpty()) << value;
+    }
+}
+
+TEST_P(StatsStoreCount, MayBeZeroOrHalfOfItsType) {
+    for (const char* value : {"0", "4611686018427387903"}) {
+        auto members = goodMembers();
+        members[GetParam()] = value;
+        EXPECT_THAT(loadedFrom(fileText(members)), testing::SizeIs(2)) << value;
+    }
+}
+
 class UnreadableStats : public StatsStoreTest, public testing::WithParamInterface<const char*> {};
 
 INSTANTIATE_TEST_SUITE_P(

@@ -2,7 +2,7 @@
 #include "platform/xdg/AutostartEntry.h"
 
 #include "tests/core/Required.h"
-#include "tests/platform/linux/Unprivileged.h"
+#include "tests/support/Unprivileged.h"
 #include "tests/platform/ports/LoginItemContract.h"
 #include "tests/simulation/FakeLoginItem.h"
 #include "tests/support/Command.h"
