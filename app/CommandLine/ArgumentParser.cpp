@@ -9,7 +9,7 @@ ArgumentParser::ArgumentParser(const std::vector<std::string>& arguments, std::s
         pointers_.push_back(argument.data());
     }
     pointers_.push_back(nullptr);
-    optind = 0; // begin anew, also when this is not the first command line of the process
+    optind = 0; // start again: the process may have parsed another command line before
     opterr = 0;
 }
 

@@ -1,4 +1,4 @@
-// The options that both programs have.
+// The options of both programs.
 #pragma once
 
 #include "app/CommandLine/ArgumentParser.h"
@@ -10,7 +10,7 @@
 namespace tarnwick {
 
 struct CommonOptions {
-    /// Their values for the parser; a program's own options follow.
+    /// Values for the parser. A program's own options start at `firstOwn`.
     enum Letter : int { setLetter = ArgumentParser::firstOption, helpLetter, versionLetter, firstOwn };
 
     static constexpr option setOption{"set", required_argument, nullptr, setLetter};
@@ -19,11 +19,10 @@ struct CommonOptions {
 
     bool help = false;
     bool version = false;
-    /// For this run only, in the order given.
+    /// For this run only, in the given order.
     std::vector<Setting> settings;
 
-    /// What the parser has found, where it is none of the program's own options; what is wrong with it, if
-    /// anything is.
+    /// Applies what the parser has found, unless it is one of the program's own options. Returns an error.
     [[nodiscard]] std::optional<UsageError> apply(int letter, const ArgumentParser& parser);
 };
 

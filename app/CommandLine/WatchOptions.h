@@ -10,7 +10,7 @@
 
 namespace tarnwick {
 
-/// A HOST argument is the last one of the settings.
+/// A HOST argument becomes the last of the settings.
 struct WatchOptions : CommonOptions {
     bool json = false;
     std::optional<double> forSeconds;
@@ -18,7 +18,7 @@ struct WatchOptions : CommonOptions {
     [[nodiscard]] static std::string usage();
 };
 
-/// `arguments` without the program's name. Nothing but the result changes.
+/// `arguments` without the program's name.
 [[nodiscard]] std::variant<WatchOptions, UsageError> parseWatchOptions(
     const std::vector<std::string>& arguments);
 

@@ -9,10 +9,10 @@ namespace tarnwick::ControlLooks {
 
 namespace {
 
-/// How far an edge goes from the ground towards the text.
+/// The edge's color between background and text.
 constexpr double edgeShare = 0.42;
 
-/// By how much the toolkit's own style darkens the color of the window for the edges of controls, in percent.
+/// The toolkit's own style darkens the window's color by this for the edges of controls, in percent.
 constexpr int darkening = 140;
 
 bool isToolkitsOwn(const QStyle& style) {
@@ -28,7 +28,7 @@ QColor mixed(const QColor& from, const QColor& to, double share) {
 }
 
 void setEdge(QWidget& control) {
-    QPalette own; // of what is set here; all else is that of the parent
+    QPalette own; // colors that are not set here are inherited
     if (isToolkitsOwn(*control.style())) {
         const QPalette around = control.parentWidget()->palette();
         const QColor edge =
@@ -40,7 +40,7 @@ void setEdge(QWidget& control) {
 
 void evenOut(QStyleOptionSpinBox& option, const QWidget& box) {
     if (isToolkitsOwn(*box.style())) {
-        option.rect.adjust(0, -1, 0, 1); // it keeps that much free above and below
+        option.rect.adjust(0, -1, 0, 1); // the style leaves one pixel free above and below
     }
 }
 

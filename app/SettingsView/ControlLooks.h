@@ -1,5 +1,5 @@
-// What the toolkit's own style needs so that its controls stand out from a card, and look alike beside each
-// other. Styles of desktops are left alone.
+// Adjusts the toolkit's own style: controls stand out from a card and have the same height. Desktop styles
+// are left alone.
 #pragma once
 
 #include <QColor>
@@ -9,13 +9,13 @@ class QWidget;
 
 namespace tarnwick::ControlLooks {
 
-/// The color that has gone so far, of 1, from one to another.
+/// The color between two others; a share of 1 gives `to`.
 [[nodiscard]] QColor mixed(const QColor& from, const QColor& to, double share);
 
-/// Gives the control an edge that can be seen on its parent's ground.
+/// Gives the control an edge that stands out from its parent's background.
 void setEdge(QWidget& control);
 
-/// Lets a spin box be drawn as high as it is, as line edits and pickers are.
+/// Draws a spin box at its full height, like line edits and pickers.
 void evenOut(QStyleOptionSpinBox& option, const QWidget& box);
 
 } // namespace tarnwick::ControlLooks

@@ -9,8 +9,8 @@ namespace tarnwick {
 
 namespace {
 
-/// The toolkit knows a long form and one in figures alone: the long one without the day of the week, and with
-/// the month abbreviated, stands between them.
+/// The toolkit has a long format and a numeric one. This is the long one without the day of the week, and
+/// with the month abbreviated.
 QString dateFormat(const QLocale& locale) {
     static const QRegularExpression dayOfWeek(QStringLiteral(R"(\s*[,،]?\s*dddd[^\s']*\s*)"));
     return locale.dateFormat(QLocale::LongFormat)

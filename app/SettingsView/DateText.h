@@ -1,4 +1,4 @@
-// A date and a time of day as people at a place write them, in short.
+// A date and a time of day in the user's notation, short.
 #pragma once
 
 #include "core/RunLoop.h"
@@ -7,8 +7,8 @@
 
 namespace tarnwick {
 
-/// The day with its month abbreviated but not as a number, and the hour and minute: "21 Nov 2026, 18:05". In
-/// the system's time zone.
+/// The day with an abbreviated month name, the hour and the minute: "21 Nov 2026, 18:05". In the system's
+/// time zone.
 [[nodiscard]] QString dateText(RunLoop::WallTime when, const QLocale& locale);
 
 } // namespace tarnwick

@@ -11,7 +11,7 @@ namespace tarnwick {
 
 namespace {
 
-/// Not when the keyboard will come back to where it was.
+/// Another window and a menu give the focus back.
 bool leavesForGood(const QEvent& event) {
     const auto* const focus = dynamic_cast<const QFocusEvent*>(&event);
     return event.type() == QEvent::FocusOut && focus != nullptr
@@ -27,7 +27,7 @@ bool isEnter(const QEvent& event) {
 } // namespace
 
 Draft::Draft(QWidget& field, QLineEdit& text, std::function<void()> commit) : commit_(std::move(commit)) {
-    // Not `textEdited`, which tells of the keyboard alone.
+    // `textEdited` would miss assistive technology and dropped texts.
     connect(&text, &QLineEdit::textChanged, this, [this, &field] {
         exists_ = true;
         if (field.window()->focusWidget() != &field) {

@@ -1,4 +1,4 @@
-// What is being typed into a field, until it counts.
+// A changed text in a field before it is committed.
 #pragma once
 
 #include <QObject>
@@ -10,21 +10,21 @@ class QWidget;
 
 namespace tarnwick {
 
-/// Begins when somebody changes a field's text: by typing, by pasting, with assistive technology. It counts
-/// once Enter is pressed or the keyboard goes to another control, and at once in a field that has not got the
-/// keyboard, as when a text is dropped there. A look at another window or into a menu leaves it as it is.
+/// Begins when the user changes the text: by typing, pasting or with assistive technology. It is committed
+/// when Enter is pressed or another control gets the focus, and at once in a field without the focus, as when
+/// a text is dropped there. Another window or a menu that opens leaves the draft as it is.
 class Draft final : public QObject {
 public:
-    /// `field` is what gets the keyboard for `text`; they may be the same, and both outlive the draft.
-    /// `commit` is called at the end of a draft that counts.
+    /// `field` is the widget that has the focus while `text` is edited; both may be the same, and both
+    /// outlive the draft.
     Draft(QWidget& field, QLineEdit& text, std::function<void()> commit);
 
     [[nodiscard]] bool exists() const { return exists_; }
 
-    /// To be called where the program itself sets the text, which then tells nobody.
+    /// For a text that the program itself has set.
     void discard() { exists_ = false; }
 
-    /// Lets it count, if there is any.
+    /// Commits the draft, if there is one.
     void finish();
 
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -28,7 +28,7 @@ constexpr double footerPoints = 11;
 constexpr double cornerRadius = 10;
 
 constexpr float edgeOpacity = 0.11F;
-/// How far the card's ground goes from that of the window towards white.
+/// The card's color between the window's and white.
 constexpr double liftOnLight = 0.75;
 constexpr double liftOnDark = 0.055;
 
@@ -43,7 +43,7 @@ QColor edgeColor(const QPalette& palette) {
     return color;
 }
 
-/// No line ends between a number and its unit, or the sign before it.
+/// Keeps a number on one line with its unit and with the sign before it.
 QString withUnitsKept(QString text) {
     static const QRegularExpression space(
         QStringLiteral(R"((?<=[0-9]) (?=(ms|seconds)\b)|(?<=\+) (?=[0-9]))"));
@@ -56,7 +56,7 @@ public:
     using QLabel::QLabel;
 
 protected:
-    // Otherwise nobody would be told of the release.
+    // Without this the release would go to the parent.
     void mousePressEvent(QMouseEvent* event) override { event->accept(); }
 
     void mouseReleaseEvent(QMouseEvent* event) override {
@@ -84,7 +84,7 @@ void setTextColor(QLabel& label, const QColor& color) {
     label.setPalette(palette);
 }
 
-// NOLINTBEGIN(cppcoreguidelines-owning-memory): widgets and layouts are owned by what they stand in
+// NOLINTBEGIN(cppcoreguidelines-owning-memory): the parent owns its widgets and layouts
 
 FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls, QWidget* parent)
     : QWidget(parent),
@@ -100,7 +100,7 @@ FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls,
         line_->addWidget(control, takesTheRest ? 1 : 0);
     }
     QWidget* const named = *controls.begin();
-    if (qobject_cast<QLabel*>(named) == nullptr) { // one is called what it says
+    if (qobject_cast<QLabel*>(named) == nullptr) { // a label's name is its text
         named->setAccessibleName(label);
     }
     label_->setBuddy(named);
@@ -152,7 +152,7 @@ void FormRow::setStyle(const ViewStyle& style) {
     alignText(*note_, Qt::AlignLeading);
 }
 
-/// Rows below each other on one ground, lines between them.
+/// Rows one below the other, with lines between them.
 class FormSection::Card final : public QWidget {
 public:
     explicit Card(QWidget* parent) : QWidget(parent) {
@@ -218,7 +218,7 @@ FormRow* FormSection::addRow(const QString& label, std::initializer_list<QWidget
 
 void FormSection::setFooter(const QString& text) {
     footer_->setText(withUnitsKept(text));
-    footer_->setAccessibleName(text); // as it was written
+    footer_->setAccessibleName(text); // with plain spaces
     footer_->show();
     for (const FormRow* row : card_->rows()) {
         row->control()->setAccessibleDescription(text);

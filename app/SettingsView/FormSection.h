@@ -1,4 +1,4 @@
-// A group of settings: rows on a card, what they mean below it.
+// A group of settings: rows on a card, and an explanation below.
 #pragma once
 
 #include "app/StatusMenuView/ViewStyle.h"
@@ -15,29 +15,27 @@ class QPushButton;
 
 namespace tarnwick {
 
-/// At the side where lines begin, or at the other one, in the layout's direction; labels by themselves go by
-/// that of their text.
+/// Leading or trailing in the layout's direction. A label by itself follows the direction of its text.
 void alignText(QLabel& label, Qt::Alignment side);
 
 void setTextColor(QLabel& label, const QColor& color);
 
-/// One line of a card: a label, and what belongs to it at the other end. A click on the label presses the
-/// control, if that is a button, and else gives it the keyboard.
+/// One line of a card: a label at one end, its controls at the other. A click on the label clicks the first
+/// control if that is a button, else focuses it.
 class FormRow final : public QWidget {
 public:
-    /// The first of the controls is the one that the label names, also to assistive technology.
+    /// The label names the first control, also for assistive technology.
     FormRow(const QString& label, std::initializer_list<QWidget*> controls, QWidget* parent);
 
-    /// A text below the line; hidden while empty. With what can be done about it, if it is so said here and a
-    /// remedy was added.
+    /// A text below the line; hidden while empty. `offersRemedy` shows the remedy's button beside it.
     void setNote(const QString& text, bool offersRemedy = false);
 
-    /// A button beside notes.
+    /// Adds the button that is shown beside notes.
     void addRemedy(const QString& title, std::function<void()> act);
 
     void setStyle(const ViewStyle& style);
 
-    /// The one that the label names.
+    /// The control that the label names.
     [[nodiscard]] QWidget* control() const { return label_->buddy(); }
 
 private:
@@ -55,7 +53,7 @@ public:
 
     FormRow* addRow(const QString& label, std::initializer_list<QWidget*> controls);
 
-    /// Also what assistive technology says about the controls of the rows so far.
+    /// Also the accessible description of the controls added so far.
     void setFooter(const QString& text);
 
     void setStyle(const ViewStyle& style);

@@ -17,7 +17,7 @@ namespace tarnwick {
 
 namespace {
 
-/// Digits of every script as those that machines read.
+/// Replaces the digits of every script by ASCII digits.
 std::string plainDigits(QString text) {
     for (QChar& character : text) {
         if (const int digit = character.digitValue(); digit >= 0) {
@@ -41,12 +41,12 @@ IntervalBox::IntervalBox(Setting setting, QWidget* parent)
         setting_.set(seconds);
         reset();
     });
-    // Whether a step is possible may depend on it.
+    // The text decides which steps are possible.
     connect(lineEdit(), &QLineEdit::textChanged, this, [this] { update(); });
 }
 
 void IntervalBox::follow() {
-    const int seconds = setting_.get(); // read in any case, so that whoever tracks this is told of changes
+    const int seconds = setting_.get(); // always read: a tracked caller is to learn of later changes
     if (!draft_.exists()) {
         showSeconds(seconds);
     }
@@ -73,7 +73,7 @@ void IntervalBox::stepBy(int steps) {
     const auto typed = draft_.exists() ? parsed(text()) : std::nullopt;
     showSeconds(typed.value_or(setting_.get()));
     QSpinBox::stepBy(steps);
-    setting_.set(value()); // nobody has been told where a typed end of the range stays what it is
+    setting_.set(value()); // no signal is sent for a typed end of the range that the step leaves unchanged
 }
 
 QAbstractSpinBox::StepEnabled IntervalBox::stepEnabled() const {
@@ -100,8 +100,8 @@ QValidator::State IntervalBox::validate(QString& /*text*/, int& /*position*/) co
     return QValidator::Acceptable;
 }
 
-// The box itself interprets drafts at many an occasion. It is to find that there is nothing new in them, and
-// to leave them as they are.
+// The base class interprets the text in many places. These two make it find an unchanged value, so that it
+// leaves a draft alone.
 
 int IntervalBox::valueFromText(const QString& /*text*/) const {
     return value();

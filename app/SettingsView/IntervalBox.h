@@ -9,27 +9,27 @@
 
 namespace tarnwick {
 
-/// Whatever is typed is a draft. Once it counts, a number is brought into range and set, and anything else
-/// brings the interval back. Steps go on from what is typed, and hold at once.
+/// A typed text is a draft. When it is committed, a number is brought into range and set; any other text
+/// gives way to the interval. A step starts from a typed number, and is set at once.
 class IntervalBox final : public QSpinBox {
 public:
     /// Where the interval is kept, in seconds.
     struct Setting {
         std::function<int()> get;
-        std::function<void(int)> set; ///< may be called with what holds already
+        std::function<void(int)> set; ///< also called with an unchanged value
     };
 
     IntervalBox(Setting setting, QWidget* parent);
 
-    /// Shows the setting, unless something is being typed.
+    /// Shows the setting, unless there is a draft.
     void follow();
-    /// Shows the setting in place of whatever is typed.
+    /// Shows the setting and drops a draft.
     void reset();
 
-    /// Lets what is typed count.
+    /// Commits a draft.
     void finish() { draft_.finish(); }
 
-    /// The width of the part that is typed in.
+    /// The width without the buttons.
     void setFieldWidth(int width);
 
     void stepBy(int steps) override;

@@ -33,7 +33,7 @@ constexpr double intervalWidth = 44;
 constexpr double sliderWidth = 160;
 constexpr double thresholdWidth = 64;
 constexpr double controlHeight = 28;
-constexpr double textInset = 2; ///< in the host's field
+constexpr double textInset = 2; ///< in the host field
 constexpr double buttonInset = 16;
 
 QString displayTitle(Preferences::Display display) {
@@ -203,7 +203,7 @@ void SettingsView::makeUpdateSection(UpdateSettings& updates) {
 void SettingsView::makeRestoreButton() {
     restore_ = new QPushButton(QStringLiteral("Restore Default Settings"), this);
     restore_->setAutoDefault(false);
-    // A click takes the keyboard from no field: what is typed there is to be replaced, not to be committed.
+    // A click leaves the focus in the field: its draft is to be dropped, not committed.
     restore_->setFocusPolicy(Qt::TabFocus);
     connect(restore_, &QPushButton::clicked, this, [this] { restoreDefaults(); });
 }
@@ -217,7 +217,7 @@ IntervalBox::Setting SettingsView::intervalSetting() {
 }
 
 SettingsView::~SettingsView() {
-    // A field that loses the keyboard on its way out would commit to a form that has gone.
+    // A field that loses the focus while it is destroyed would commit to a form that is gone.
     interval_->reset();
 }
 
@@ -310,7 +310,7 @@ void SettingsView::applyStyle() {
 }
 
 void SettingsView::render() {
-    const std::string& host = model_.values().hostname(); // in any case, to be told of changes
+    const std::string& host = model_.values().hostname(); // always read: a draft must not end the tracking
     if (!hostDraft_.exists()) {
         showHost(host);
     }
@@ -329,7 +329,7 @@ void SettingsView::render() {
 void SettingsView::showHost(const std::string& host) {
     const QString text = QString::fromStdString(host);
     hostDraft_.discard();
-    if (host_->text() != text) { // else the cursor stays where it is
+    if (host_->text() != text) { // an equal text keeps the cursor's place
         const QSignalBlocker quiet(host_);
         host_->setText(text);
     }

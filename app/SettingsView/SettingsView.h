@@ -1,4 +1,4 @@
-// The form in which the settings are changed.
+// The settings window's form.
 #pragma once
 
 #include "app/Observation/Observation.h"
@@ -24,9 +24,9 @@ class FormRow;
 class FormSection;
 class ThresholdSlider;
 
-/// Host and interval are drafts until they are committed: with Enter, when the keyboard goes to another
-/// control, or when the form is hidden. All else holds at once. While it is shown it follows the settings,
-/// whoever changes them.
+/// Host and interval are drafts until they are committed: by Enter, when another control gets the focus, or
+/// when the form is hidden. All other controls set their value at once. While visible, the form shows every
+/// change of the settings.
 class SettingsView final : public QWidget {
 public:
     /// Model and loop outlive the view.
@@ -54,7 +54,7 @@ private:
     [[nodiscard]] IntervalBox::Setting intervalSetting();
     void applyStyle();
 
-    /// Everything that may change while the form is shown.
+    /// Shows the present values.
     void render();
     void showHost(const std::string& host);
     void showThreshold();
@@ -63,7 +63,7 @@ private:
     void commitHost();
     void restoreDefaults();
 
-    /// The wheel turns what has the keyboard, and scrolls past everything else.
+    /// The wheel turns the control only while it has the focus; else it scrolls.
     void keepFromWheel(QWidget* control);
 
     SettingsModel& model_;
@@ -82,7 +82,7 @@ private:
     QCheckBox* alerts_;
     QCheckBox* launchAtLogin_;
     FormRow* launchRow_ = nullptr;
-    QCheckBox* checkAutomatically_ = nullptr; ///< like all about updates, null where nothing is to be set
+    QCheckBox* checkAutomatically_ = nullptr; ///< this and the next three: null without an update framework
     QCheckBox* installAutomatically_ = nullptr;
     QLabel* lastChecked_ = nullptr;
     QPushButton* checkNow_ = nullptr;

@@ -11,7 +11,7 @@ namespace tarnwick {
 namespace {
 
 constexpr int pageSteps = 10;
-/// Of the wheel, which turns by a few of them.
+/// A notch of the wheel moves by a few of these.
 constexpr int wheelPositions = ThresholdScale::positions / 50;
 
 class AccessibleThreshold final : public QAccessibleWidget, public QAccessibleValueInterface {
@@ -44,7 +44,7 @@ private:
 
 QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
     auto* const slider = dynamic_cast<ThresholdSlider*>(object);
-    // Owned by the accessibility cache of the toolkit.
+    // The toolkit's accessibility cache takes ownership.
     return slider == nullptr ? nullptr : new AccessibleThreshold(*slider);
 }
 
@@ -77,7 +77,7 @@ void ThresholdSlider::moveTo(int position) {
         setValue(position);
         return;
     }
-    // The end where it is already may stand for a threshold beyond it.
+    // At an end of the scale the threshold may lie beyond that end.
     const double ms = ThresholdScale::thresholdAtPosition(position);
     if (ms != thresholdMs_ && onMove) {
         onMove(ms);

@@ -7,22 +7,22 @@
 
 namespace tarnwick {
 
-/// Moves on a logarithmic scale and yields whole steps of it. Keys move it by steps. To assistive technology
-/// its value is the threshold in milliseconds.
+/// Moves on a logarithmic scale and yields whole steps of it. Keys move it by steps. Its accessible value is
+/// the threshold in milliseconds.
 class ThresholdSlider final : public QSlider {
 public:
     explicit ThresholdSlider(QWidget* parent);
 
-    /// The threshold as it was last followed.
+    /// The latest value given to `follow`.
     [[nodiscard]] double thresholdMs() const { return thresholdMs_; }
 
-    /// Shows the threshold that holds now.
+    /// Shows a threshold without calling `onMove`.
     void follow(double ms);
 
-    /// As if the user had moved it there.
+    /// Moves as the user does.
     void moveTo(int position);
 
-    /// Called with what the user has moved it to.
+    /// Called with the new threshold when the user moves the slider.
     std::function<void(double ms)> onMove;
 
 private:

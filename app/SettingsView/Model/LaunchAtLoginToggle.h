@@ -1,4 +1,4 @@
-// The switch that lets the program start with the user's session, and what is said when that fails.
+// The switch "Launch at Login" and its message.
 #pragma once
 
 #include "app/Observation/Observation.h"
@@ -18,27 +18,26 @@ public:
     /// The item outlives the toggle.
     explicit LaunchAtLoginToggle(LoginItem& item);
 
-    /// On also while the desktop's approval is missing.
+    /// Also on while the desktop's approval is missing.
     [[nodiscard]] bool isOn() const { return isOn_.get(); }
 
-    /// What went wrong at the latest change, or what remains to be done.
+    /// The failure of the latest change, or what the user still has to do.
     [[nodiscard]] std::optional<std::string> message() const;
 
-    /// A failure turns it back to how things really are.
+    /// After a failure it shows the real state again.
     void set(bool on);
 
-    /// Reads how things are, and forgets what went wrong.
+    /// Reads the real state and drops the failure.
     void refresh();
 
-    /// Reads how things are, as they may have been changed in the desktop's own settings. What went wrong
-    /// here is still said.
+    /// Reads the real state, which the desktop's own settings may have changed. Keeps the failure.
     void follow();
 
-    /// Whether the message asks for approval, and there is a way to show the user where that is given.
+    /// Whether the message asks for approval and `showApproval` can show where to give it.
     [[nodiscard]] bool leadsToApproval() const;
 
-    /// Shows the user where the desktop is told what starts with the session; called where approval turns out
-    /// to be needed after a change, and by whoever offers it. Empty where there is no such place.
+    /// Opens the desktop's startup settings. Called after a change that needs approval, and by the button
+    /// beside the message. Empty where the desktop has no such settings.
     std::function<void()> showApproval;
 
 private:

@@ -1,4 +1,4 @@
-// What the settings window shows and changes, without its controls.
+// What the settings window shows and changes, without a toolkit.
 #pragma once
 
 #include "app/Monitor/Monitor.h"

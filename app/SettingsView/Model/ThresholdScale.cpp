@@ -14,7 +14,7 @@ double length() {
 } // namespace
 
 double place(double ms) {
-    // Whatever is stored: not-a-number is the lowest end.
+    // Not-a-number gives the lowest end.
     return std::log(std::min(std::fmax(ms, lowestMs), highestMs));
 }
 
@@ -24,7 +24,7 @@ double thresholdAt(double place) {
 
 double stepped(double ms, int steps) {
     const double begin = std::exp(place(ms)) / stepMs;
-    // A logarithm and its inverse are exact but for the last digits.
+    // Logarithm and inverse round in the last digits.
     const double nearest = std::round(begin);
     const bool isOnStep = std::abs(begin - nearest) < 1e-6;
     const double between = steps > 0 ? std::floor(begin) : std::ceil(begin);

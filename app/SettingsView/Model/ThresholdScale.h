@@ -1,23 +1,23 @@
-// The scale on which the slow-ping threshold is set: logarithmic, from 50 to 2000 ms.
+// The scale of the slow-ping threshold: logarithmic, from 50 to 2000 ms.
 #pragma once
 
 namespace tarnwick::ThresholdScale {
 
 inline constexpr double lowestMs = 50;
 inline constexpr double highestMs = 2000;
-/// Thresholds are set in multiples of it.
+/// Thresholds are multiples of this.
 inline constexpr double stepMs = 10;
 
-/// The threshold's place: its natural logarithm, that of the nearer end when it is outside the scale.
+/// The natural logarithm of the threshold, limited to the scale.
 [[nodiscard]] double place(double ms);
 
-/// The threshold at a place: the nearest step, inside the scale.
+/// The threshold at a place, rounded to the nearest step and limited to the scale.
 [[nodiscard]] double thresholdAt(double place);
 
-/// So many steps up, or down when negative; from between two steps the first one is shorter.
+/// The threshold a number of steps higher, or lower if negative. Between two steps, the first one is shorter.
 [[nodiscard]] double stepped(double ms, int steps);
 
-/// The same scale in so many equal parts, each finer than any step is: 0 is its lowest end.
+/// Parts of equal length on the logarithmic scale, each smaller than a step. Position 0 is the lowest end.
 inline constexpr int positions = 4000;
 
 [[nodiscard]] int positionOf(double ms);

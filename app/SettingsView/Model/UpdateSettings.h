@@ -1,4 +1,4 @@
-// How the program is kept up to date, as the settings window shows and changes it.
+// The update settings in the settings window.
 #pragma once
 
 #include "app/Observation/Observation.h"
@@ -9,8 +9,8 @@
 
 namespace tarnwick {
 
-/// A mirror of the framework's settings, which tells nobody of its changes: as they were when they were last
-/// read, or set here. Observable. Main thread.
+/// A copy of the framework's settings, which are not observable themselves: as last read, or set here.
+/// Observable. Main thread.
 class UpdateSettings {
 public:
     /// The framework outlives this object. Nothing is read yet.
@@ -31,7 +31,7 @@ public:
 
     void checkNow() { framework_.checkForUpdates(); }
 
-    /// What a check tells to whom, and what comes of it.
+    /// Which server a check asks, and what happens with an update.
     [[nodiscard]] std::string explanation() const;
 
 private:
