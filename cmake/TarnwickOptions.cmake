@@ -10,10 +10,6 @@ target_include_directories(tarnwick_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(tarnwick_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 target_compile_definitions(tarnwick_options INTERFACE _FILE_OFFSET_BITS=64)
 
-if(TARNWICK_SANITIZE MATCHES "thread")
-    # ThreadSanitizer does not understand fences; what Asio guards by them it guards by mutexes as well.
-    target_compile_definitions(tarnwick_options INTERFACE ASIO_DISABLE_FENCED_BLOCK)
-endif()
 if(TARNWICK_SANITIZE)
     target_compile_options(tarnwick_options INTERFACE
         -fsanitize=${TARNWICK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -54,12 +54,13 @@ public:
         return every(firstFire, interval, std::move(task));
     }
 
-    /// Runs `task` while `descriptor` has something to read (level-triggered). The caller keeps the
-    /// descriptor open until the handle is gone. No handle when the system can't watch it.
+    /// Runs `task` while `descriptor` has something to read (level-triggered); an error or the end of the
+    /// other side counts as well. The caller keeps the descriptor open until the handle is gone. No handle
+    /// when the system can't watch it (a regular file, `/dev/null`), or when it has a watch of this kind
+    /// already.
     [[nodiscard]] virtual Handle watchReadable(int descriptor, Task task) = 0;
 
-    /// The same while `descriptor` takes data without blocking. Two handles may watch one descriptor for
-    /// both.
+    /// The same while `descriptor` takes data without blocking. A descriptor may have one watch of each kind.
     [[nodiscard]] virtual Handle watchWritable(int descriptor, Task task) = 0;
 
     /// Runs `work` on a new thread, then the task that it returns on the main thread. Nothing waits for the

@@ -2,7 +2,8 @@
 #include "app/App/AppDelegate.h"
 #include "app/CommandLine/AppOptions.h"
 #include "platform/bus/InstanceGuard.h"
-#include "platform/qt/QtRunLoop.h"
+#include "platform/loop/EpollRunLoop.h"
+#include "platform/qt/QtLoopHost.h"
 
 #include <QApplication>
 
@@ -40,7 +41,8 @@ int runApplication(const AppOptions& options, char* name, std::string startToken
     QApplication::setApplicationVersion(TARNWICK_VERSION);
     QGuiApplication::setDesktopFileName("tarnwick");
     QApplication::setQuitOnLastWindowClosed(false);
-    QtRunLoop loop;
+    EpollRunLoop loop;
+    const QtLoopHost host(loop);
     BusConnection bus(loop, BusConnection::sessionAddress());
     std::unique_ptr<AppDelegate> delegate;
     const auto begin = [&](InstanceGuard::Result result) {

@@ -2,13 +2,13 @@
 #include "app/CommandLine/WatchOptions.h"
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
-#include "platform/asio/AsioRunLoop.h"
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/LogindSleepMonitor.h"
 #include "platform/linux/FileWatch.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/SignalWatch.h"
+#include "platform/loop/EpollRunLoop.h"
 #include "platform/xdg/SettingsFile.h"
 
 #include <clocale>
@@ -59,7 +59,7 @@ std::unique_ptr<Presentation> makePresentation(
 
 /// Returns what went wrong, or an empty text.
 std::string run(const WatchOptions& options) {
-    AsioRunLoop loop;
+    EpollRunLoop loop;
     SettingsFile settings(SettingsFile::defaultPath());
     for (const auto& [key, value] : options.settings) {
         settings.setVolatile(key, value);

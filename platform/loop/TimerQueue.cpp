@@ -42,11 +42,6 @@ struct TimerQueue::Timer {
     /// When it must have run at the latest. Who is kept from running waits for nothing.
     [[nodiscard]] double deadline() const { return isRunning ? never : due + schedule.tolerance; }
 
-    /// The same once all that is due at `wakeUp` has run.
-    [[nodiscard]] double deadlineAfter(double wakeUp) const {
-        return due <= wakeUp ? dueAt(fires + 1) + schedule.tolerance : deadline();
-    }
-
     [[nodiscard]] double dueAt(double number) const {
         return schedule.interval > 0 ? schedule.firstFire + number * schedule.interval : never;
     }
@@ -86,15 +81,6 @@ RunLoop::Handle TimerQueue::add(const Schedule& schedule, RunLoop::Task task) {
 
 std::optional<std::chrono::nanoseconds> TimerQueue::wakeUp() const {
     return sinceZero(earliestDeadline());
-}
-
-std::optional<std::chrono::nanoseconds> TimerQueue::wakeUpAfterNext() const {
-    const double next = earliestDeadline();
-    double following = never;
-    for (const auto& [key, timer] : timers_) {
-        following = std::min(following, timer->deadlineAfter(next));
-    }
-    return sinceZero(following);
 }
 
 void TimerQueue::runDue() {

@@ -36,9 +36,6 @@ public:
     /// When to call `runDue` next, as time since the clock's zero; nothing when no timer waits.
     [[nodiscard]] std::optional<std::chrono::nanoseconds> wakeUp() const;
 
-    /// The wake-up that will follow that one if no timer comes or goes until then.
-    [[nodiscard]] std::optional<std::chrono::nanoseconds> wakeUpAfterNext() const;
-
     /// Runs each timer that is due once, the punctual ones first. May be called again from inside a task, by
     /// an event loop that runs inside it; the task itself is left alone until it has returned.
     void runDue();

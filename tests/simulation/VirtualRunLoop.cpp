@@ -103,6 +103,9 @@ RunLoop::Handle VirtualRunLoop::watchWritable(int descriptor, Task task) {
 }
 
 RunLoop::Handle VirtualRunLoop::addWatch(Watches& watches, int descriptor, Task task) {
+    if (std::ranges::any_of(watches, [&](const auto& entry) { return entry.second.first == descriptor; })) {
+        return nullptr;
+    }
     const std::uint64_t key = nextKey_++;
     watches.emplace(key, std::pair(descriptor, std::make_shared<Task>(std::move(task))));
     return std::make_unique<WatchHandle>(watches, key);

@@ -3,7 +3,7 @@
 #include "core/MonotonicClock.h"
 #include "core/Pinger/EchoMessage.h"
 #include "core/Pinger/SystemPingNetwork.h"
-#include "platform/asio/AsioRunLoop.h"
+#include "platform/loop/EpollRunLoop.h"
 #include "tests/core/ChildProcess.h"
 #include "tests/core/Pinger/PingSockets.h"
 
@@ -56,7 +56,7 @@ protected:
         return isDone();
     }
 
-    AsioRunLoop loop;
+    EpollRunLoop loop;
     SystemPingNetwork network{loop};
     std::vector<std::uint64_t> received;
     std::unique_ptr<EchoSocket> socket;
@@ -180,7 +180,7 @@ bool moveMonotonicClock(int seconds) {
 }
 
 /// Reads the reply 20 ms late and returns whether it counts as arrived when it was readable.
-bool arrivesBeforeItIsRead(AsioRunLoop& loop, EchoSocket& socket, std::optional<double>& readable) {
+bool arrivesBeforeItIsRead(EpollRunLoop& loop, EchoSocket& socket, std::optional<double>& readable) {
     readable.reset();
     const double deadline = MonotonicClock::now() + 5;
     if (!socket.send(echoRequest(1, socket.identifier(), AF_INET), addressOf(ipv4Loopback))) {
@@ -203,7 +203,7 @@ TEST(SystemPingNetwork, TrustsTheStampOfAReplyAlthoughTheWallClockWasSetBeforeTh
     enum Outcome { trusted, distrusted, noNamespace };
 
     const std::optional<int> outcome = exitStatusOf([]() -> int {
-        AsioRunLoop childsLoop;
+        EpollRunLoop childsLoop;
         SystemPingNetwork childsNetwork(childsLoop);
         std::optional<double> readable;
         auto opened = childsNetwork.open(AF_INET, identifierOfOurOwn(), [&readable] {
@@ -229,7 +229,7 @@ TEST(SystemPingNetwork, TrustsTheStampOfAReplyAlthoughTheWallClockWasSetBeforeTh
 }
 
 TEST(SystemPingNetwork, SaysInTheSystemsWordsThatASocketCannotBeOpened) {
-    AsioRunLoop loop;
+    EpollRunLoop loop;
     SystemPingNetwork network(loop);
     const auto result = network.open(AF_UNIX, 1, [] {});
     const auto* error = std::get_if<SocketError>(&result);

@@ -1,6 +1,6 @@
 // Lookups on threads of their own: one for a host text at a time, and none that holds anything up.
 #include "core/Pinger/SystemPingNetwork.h"
-#include "platform/asio/AsioRunLoop.h"
+#include "platform/loop/EpollRunLoop.h"
 #include "tests/core/ChildProcess.h"
 #include "tests/simulation/VirtualRunLoop.h"
 
@@ -101,7 +101,7 @@ protected:
     }
 
     std::shared_ptr<HangingResolver> resolver = std::make_shared<HangingResolver>();
-    std::optional<AsioRunLoop> loop{std::in_place};
+    std::optional<EpollRunLoop> loop{std::in_place};
     std::optional<SystemPingNetwork> network{std::in_place, *loop, calling(resolver)};
     std::vector<std::string> answered;
 };
@@ -196,7 +196,7 @@ TEST_F(SystemLookupTest, IsDroppedWhenTheNetworkHasEndedMeanwhile) {
 
 TEST(SystemLookup, DoesNotHoldUpTheEndOfTheProgram) {
     ChildProcess program([](const ChildProcess::Report& report) -> int {
-        AsioRunLoop loop;
+        EpollRunLoop loop;
         SystemPingNetwork network(loop, [&report](const std::string& host) {
             report();
             for (;;) {

@@ -4,8 +4,8 @@
 #include "tests/platform/bus/BusPeer.h"
 #include "tests/platform/bus/PrivateBus.h"
 
-#include "platform/asio/AsioRunLoop.h"
 #include "platform/bus/BusConnection.h"
+#include "platform/loop/EpollRunLoop.h"
 
 #include <gtest/gtest.h>
 
@@ -78,7 +78,7 @@ protected:
     }
 
     PrivateBus daemon_;
-    AsioRunLoop loop_;
+    EpollRunLoop loop_;
     BusConnection bus_{loop_, daemon_.address()};
     std::vector<std::unique_ptr<BusPeer>> peers_;
 };

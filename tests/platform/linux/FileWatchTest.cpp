@@ -1,7 +1,7 @@
 // Changes of a file in the ways that programs change one, with the real system and a real loop.
 #include "platform/linux/FileWatch.h"
 
-#include "platform/asio/AsioRunLoop.h"
+#include "platform/loop/EpollRunLoop.h"
 #include "tests/core/ChildProcess.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
@@ -61,7 +61,7 @@ protected:
     test::TemporaryFolder folder_;
     fs::path home_ = folder_.path() / "home";
     fs::path file_ = home_ / "config" / "Product" / "settings.json";
-    AsioRunLoop loop_;
+    EpollRunLoop loop_;
     std::unique_ptr<FileWatch> watch_;
     int told_ = 0;
 };

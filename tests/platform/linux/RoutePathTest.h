@@ -3,8 +3,8 @@
 
 #include "tests/platform/linux/NetworkNamespace.h"
 
-#include "platform/asio/AsioRunLoop.h"
 #include "platform/linux/RoutePathMonitor.h"
+#include "platform/loop/EpollRunLoop.h"
 #include "tests/core/Required.h"
 
 #include <gmock/gmock.h>
@@ -92,7 +92,7 @@ protected:
     }
 
     test::NetworkNamespace namespace_;
-    AsioRunLoop loop_;
+    EpollRunLoop loop_;
     std::vector<NetworkPath> updates_;
     double updatedAt_ = 0;
     int lookUps_ = 0;

@@ -1,7 +1,7 @@
 // Settings that are changed by hand while the program runs: file, watch and preferences together.
 #include "app/Preferences/Preferences.h"
-#include "platform/asio/AsioRunLoop.h"
 #include "platform/linux/FileWatch.h"
+#include "platform/loop/EpollRunLoop.h"
 #include "platform/xdg/SettingsFile.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
@@ -31,7 +31,7 @@ protected:
         return told_ > before;
     }
 
-    AsioRunLoop loop_;
+    EpollRunLoop loop_;
     test::TemporaryFolder folder_;
     std::filesystem::path path_ = folder_.path() / "Tarnwick" / "settings.json";
     SettingsFile settings_{path_};

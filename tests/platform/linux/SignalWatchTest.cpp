@@ -1,7 +1,7 @@
 // Signals as events of the run loop.
 #include "platform/linux/SignalWatch.h"
 
-#include "platform/asio/AsioRunLoop.h"
+#include "platform/loop/EpollRunLoop.h"
 
 #include <csignal>
 #include <gmock/gmock.h>
@@ -34,7 +34,7 @@ protected:
         }
     }
 
-    AsioRunLoop loop_;
+    EpollRunLoop loop_;
     std::vector<int> reported_;
 
 private:

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <fcntl.h>
@@ -40,6 +41,8 @@ public:
 
     [[nodiscard]] int writingEnd() const { return writing_.get(); }
 
+    void closeWritingEnd() { writing_.reset(); }
+
     void put(const std::string& bytes) const {
         EXPECT_EQ(::write(writing_.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     }
@@ -54,6 +57,14 @@ private:
     FileDescriptor reading_;
     FileDescriptor writing_;
 };
+
+/// Keeps the thread busy.
+inline void spendBusily(double seconds) {
+    const std::chrono::duration<double> time(seconds);
+    for (const auto start = std::chrono::steady_clock::now();
+         std::chrono::steady_clock::now() - start < time;) {
+    }
+}
 
 /// `Driver` offers: `RunLoop& loop()`; `bool runUntil(condition)`, which runs the loop until the condition
 /// holds and gives up after a bounded time; `void isWatched(int descriptor)`, told of every descriptor that a
@@ -510,6 +521,40 @@ TYPED_TEST_P(RunLoopContract, OneDescriptorMayBeWatchedForReadingAndWriting) {
     EXPECT_THAT(ran, testing::ElementsAre("writing", "reading"));
 }
 
+TYPED_TEST_P(RunLoopContract, TheEndOfOneWatchLeavesTheOtherOfTheSameDescriptor) {
+    std::array<int, 2> ends{-1, -1};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+    const FileDescriptor near(ends[0]);
+    const FileDescriptor far(ends[1]);
+    int readingRuns = 0;
+    int writingRuns = 0;
+    this->driver_.isWatched(near.get());
+    RunLoop::Handle writing = this->loop().watchWritable(near.get(), [&] { ++writingRuns; });
+    RunLoop::Handle reading = this->loop().watchReadable(near.get(), [&] {
+        ++readingRuns;
+        reading.reset();
+    });
+    ASSERT_EQ(::write(far.get(), "unread", 6), 6);
+    ASSERT_TRUE(this->runUntil([&] { return readingRuns > 0; }));
+    const int before = writingRuns;
+
+    EXPECT_TRUE(this->runUntil([&] { return writingRuns >= before + 3; }));
+
+    EXPECT_EQ(readingRuns, 1);
+}
+
+TYPED_TEST_P(RunLoopContract, ASecondWatchOfTheSameKindGetsNoHandle) {
+    const WatchedPipe pipe;
+    std::string taken;
+    auto first = this->watch(pipe, [&] { taken += pipe.take().value_or('?'); });
+
+    EXPECT_EQ(this->watch(pipe, [] { ADD_FAILURE() << "not watched"; }), nullptr);
+
+    pipe.put("x");
+    EXPECT_TRUE(this->runUntil([&] { return !taken.empty(); }));
+    EXPECT_EQ(taken, "x");
+}
+
 TYPED_TEST_P(RunLoopContract, TheResultOfDetachedWorkRunsOnTheMainThreadAndNotInsideTheCall) {
     std::optional<std::thread::id> ranOn;
     const bool isDetached = this->loop().detach(
@@ -538,8 +583,8 @@ REGISTER_TYPED_TEST_SUITE_P(
     ADescriptorMayBeWatchedAgainAfterItsFirstWatchHasEnded,
     ADescriptorMayBeClosedAndReplacedOnceItsWatchHasEndedInItsOwnTask, AWatchMayEndAnotherWhoseTurnItIs,
     AWritingWatchRunsForAsLongAsThereIsRoom, DestroyingTheHandleEndsAWritingWatchAlsoInItsOwnTask,
-    OneDescriptorMayBeWatchedForReadingAndWriting,
-    TheResultOfDetachedWorkRunsOnTheMainThreadAndNotInsideTheCall);
+    OneDescriptorMayBeWatchedForReadingAndWriting, TheEndOfOneWatchLeavesTheOtherOfTheSameDescriptor,
+    ASecondWatchOfTheSameKindGetsNoHandle, TheResultOfDetachedWorkRunsOnTheMainThreadAndNotInsideTheCall);
 
 /// What only a loop with real time and real threads can be asked for.
 template<class Driver>
@@ -660,10 +705,163 @@ TYPED_TEST_P(RealRunLoopContract, AfterABusySpellARepeatedTaskRunsOnceForAllThat
     EXPECT_GE(fires[2], std::floor(fires[1]) + 1 - 1e-6);
 }
 
+TYPED_TEST_P(RealRunLoopContract, AFloodOfInputStarvesNothingElse) {
+    const WatchedPipe endless;
+    const WatchedPipe other;
+    bool hasOtherRun = false;
+    bool hasTimerRun = false;
+    bool hasPostRun = false;
+    endless.put("unread");
+    other.put("x");
+    const auto flood = this->watch(endless, [] {});
+    const auto watching = this->watch(other, [&] { hasOtherRun = other.take().has_value(); });
+    const auto timer = this->loop().after(this->step, [&] { hasTimerRun = true; });
+    this->loop().post([&] { hasPostRun = true; });
+
+    EXPECT_TRUE(this->runUntil([&] { return hasOtherRun && hasTimerRun && hasPostRun; }));
+}
+
+TYPED_TEST_P(RealRunLoopContract, AFloodOfPostedTasksStarvesNothingElse) {
+    const WatchedPipe pipe;
+    bool hasWatchRun = false;
+    bool hasTimerRun = false;
+    const std::function<void()> postAgain = [&] { this->loop().post(postAgain); };
+    postAgain();
+    pipe.put("x");
+    const auto watching = this->watch(pipe, [&] { hasWatchRun = pipe.take().has_value(); });
+    const auto timer = this->loop().after(this->step, [&] { hasTimerRun = true; });
+
+    EXPECT_TRUE(this->runUntil([&] { return hasWatchRun && hasTimerRun; }));
+}
+
+TYPED_TEST_P(RealRunLoopContract, AFloodOfDueTimersStarvesNothingElse) {
+    const WatchedPipe pipe;
+    bool hasWatchRun = false;
+    bool hasPostRun = false;
+    RunLoop::Handle timer;
+    const std::function<void()> startAgain = [&] { timer = this->loop().after(0, startAgain); };
+    startAgain();
+    pipe.put("x");
+    const auto watching = this->watch(pipe, [&] { hasWatchRun = pipe.take().has_value(); });
+    this->loop().post([&] { hasPostRun = true; });
+
+    EXPECT_TRUE(this->runUntil([&] { return hasWatchRun && hasPostRun; }));
+}
+
+TYPED_TEST_P(RealRunLoopContract, TheOtherEndsClosingMakesBothWatchesRun) {
+    std::array<int, 2> ends{-1, -1};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data()), 0);
+    const FileDescriptor near(ends[0]);
+    FileDescriptor far(ends[1]);
+    const std::string block(65536, 'x');
+    while (::write(near.get(), block.data(), block.size()) > 0) {
+    }
+    std::optional<ssize_t> read;
+    std::optional<int> writeError;
+    char byte = 0;
+    const auto reading = this->loop().watchReadable(near.get(), [&] { read = ::read(near.get(), &byte, 1); });
+    const auto writing = this->loop().watchWritable(near.get(), [&] {
+        const ssize_t sent = ::send(near.get(), "x", 1, MSG_NOSIGNAL);
+        writeError = sent == -1 ? errno : 0;
+    });
+    ASSERT_TRUE(this->runFor(this->step));
+    EXPECT_FALSE(read);
+    EXPECT_FALSE(writeError);
+
+    far.reset();
+
+    ASSERT_TRUE(this->runUntil([&] { return read && writeError; }));
+    EXPECT_LE(*read, 0);
+    EXPECT_EQ(*writeError, EPIPE);
+}
+
+TYPED_TEST_P(RealRunLoopContract, TheEndOfAPipesWriterMakesTheReadingWatchRun) {
+    WatchedPipe pipe;
+    bool hasRun = false;
+    const auto watching = this->watch(pipe, [&] { hasRun = true; });
+    ASSERT_TRUE(this->runFor(this->step));
+    EXPECT_FALSE(hasRun);
+
+    pipe.closeWritingEnd();
+
+    EXPECT_TRUE(this->runUntil([&] { return hasRun; }));
+}
+
+TYPED_TEST_P(RealRunLoopContract, PostedTasksThatHaveNotRunEndWithTheLoop) {
+    auto release = std::make_shared<std::promise<void>>();
+    auto endSignal = std::make_shared<typename TestFixture::EndSignal>();
+    const std::future<void> ended = endSignal->ended.get_future();
+    ASSERT_TRUE(this->loop().detach([released = release->get_future().share()] {
+        released.wait();
+        return RunLoop::Task([] {});
+    }));
+    auto timer = std::make_shared<RunLoop::Handle>(this->loop().after(100, [] {}));
+    this->loop().post([timer = std::move(timer), held = std::move(endSignal)] {});
+
+    this->driver_.close();
+
+    EXPECT_EQ(ended.wait_for(std::chrono::seconds(0)), std::future_status::ready);
+    release->set_value();
+}
+
+TYPED_TEST_P(RealRunLoopContract, WhatTheSystemCannotWatchGetsNoHandle) {
+    constexpr int notOpen = 1'000'000;
+    const FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
+    const FileDescriptor file(::open("/proc/self/exe", O_RDONLY | O_CLOEXEC));
+    ASSERT_TRUE(nothing.isOpen());
+    ASSERT_TRUE(file.isOpen());
+
+    for (const int descriptor : {notOpen, nothing.get(), file.get()}) {
+        EXPECT_EQ(this->loop().watchReadable(descriptor, [] {}), nullptr) << descriptor;
+        EXPECT_EQ(this->loop().watchWritable(descriptor, [] {}), nullptr) << descriptor;
+    }
+}
+
+TYPED_TEST_P(RealRunLoopContract, ItsClocksAreThoseOfTheSystem) {
+    const auto steady = [] {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+    };
+    const double before = steady();
+    const auto wallBefore = std::chrono::system_clock::now();
+
+    const double now = this->loop().now();
+    const RunLoop::WallTime wall = this->loop().wallNow();
+
+    EXPECT_GE(now, before - 1e-6);
+    EXPECT_LE(now, steady() + 1e-6);
+    EXPECT_GE(wall, wallBefore);
+    EXPECT_LE(wall, std::chrono::system_clock::now());
+}
+
+TYPED_TEST_P(RealRunLoopContract, ATimerBeyondAllRunsDoesNotFireEarly) {
+    bool hasFired = false;
+    const auto never = this->loop().after(1e300, [&] { hasFired = true; });
+
+    ASSERT_TRUE(this->runFor(this->step));
+
+    EXPECT_FALSE(hasFired);
+}
+
+TYPED_TEST_P(RealRunLoopContract, ATaskThatMayBeLateRunsInTheSameWakeUpAsAPunctualOne) {
+    const double first = this->loop().now() + this->step;
+    std::vector<std::string> ran;
+    const auto punctual = this->loop().every(first + 0.005, 10, [&] { ran.emplace_back("punctual"); });
+    const auto patient = this->loop().everyRoughly(first, 10, 0.5, [&] { ran.emplace_back("patient"); });
+
+    ASSERT_TRUE(this->runUntil([&] { return !ran.empty(); }));
+
+    EXPECT_THAT(ran, testing::ElementsAre("punctual", "patient"));
+}
+
 REGISTER_TYPED_TEST_SUITE_P(
     RealRunLoopContract, ATaskPostedFromAnotherThreadWakesTheLoopAndRunsOnTheMainThread,
     TasksPostedFromManyThreadsAllRunEachThreadsInItsOrder, DetachedWorkRunsOffTheMainThread,
     SlowDetachedWorkHoldsUpNoOtherTask, DetachedWorkThatDoesNotReturnDoesNotHoldUpTheEndAndItsResultIsDropped,
-    AfterABusySpellARepeatedTaskRunsOnceForAllThatItMissed);
+    AfterABusySpellARepeatedTaskRunsOnceForAllThatItMissed, AFloodOfInputStarvesNothingElse,
+    AFloodOfPostedTasksStarvesNothingElse, AFloodOfDueTimersStarvesNothingElse,
+    TheOtherEndsClosingMakesBothWatchesRun, TheEndOfAPipesWriterMakesTheReadingWatchRun,
+    PostedTasksThatHaveNotRunEndWithTheLoop, WhatTheSystemCannotWatchGetsNoHandle,
+    ItsClocksAreThoseOfTheSystem, ATimerBeyondAllRunsDoesNotFireEarly,
+    ATaskThatMayBeLateRunsInTheSameWakeUpAsAPunctualOne);
 
 } // namespace tarnwick

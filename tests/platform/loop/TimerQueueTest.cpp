@@ -71,7 +71,6 @@ constexpr std::chrono::seconds operator""_s(unsigned long long seconds) {
 
 TEST_F(TimerQueueTest, WithoutTimersThereIsNothingToWaitFor) {
     EXPECT_EQ(queue_.wakeUp(), std::nullopt);
-    EXPECT_EQ(queue_.wakeUpAfterNext(), std::nullopt);
 }
 
 TEST_F(TimerQueueTest, TheWakeUpIsTheEarliestTime) {
@@ -345,31 +344,6 @@ TEST_F(TimerQueueTest, ARunOfDueTasksIsOneChange) {
     queue_.runDue();
 
     EXPECT_EQ(changes_, 1);
-}
-
-TEST_F(TimerQueueTest, TheWakeUpAfterTheNextIsForetold) {
-    const auto ping = add({.firstFire = 101, .interval = 1});
-    const auto tick = add({.firstFire = 100.995, .interval = 1, .tolerance = 0.01});
-    const auto once = add({.firstFire = 104.5});
-    std::vector<std::optional<nanoseconds>> foretold;
-    std::vector<std::optional<nanoseconds>> came;
-
-    for (int step = 0; step < 6; ++step) {
-        came.push_back(queue_.wakeUp());
-        foretold.push_back(queue_.wakeUpAfterNext());
-        now_ = seconds(came.back().value_or(0_s));
-        queue_.runDue();
-    }
-
-    EXPECT_EQ(std::vector(came.begin() + 1, came.end()), std::vector(foretold.begin(), foretold.end() - 1));
-    EXPECT_EQ(came[3], 104_s);
-    EXPECT_EQ(came[4], std::chrono::milliseconds(104'500));
-}
-
-TEST_F(TimerQueueTest, NothingFollowsTheLastTimer) {
-    const auto timer = add({.firstFire = 101});
-
-    EXPECT_EQ(queue_.wakeUpAfterNext(), std::nullopt);
 }
 
 } // namespace tarnwick

@@ -1,8 +1,8 @@
 // The kernel's path monitor and the one that stands in for it, held to the one contract.
 #include "tests/platform/ports/PathMonitorContract.h"
 
-#include "platform/asio/AsioRunLoop.h"
 #include "platform/linux/RoutePathMonitor.h"
+#include "platform/loop/EpollRunLoop.h"
 #include "tests/platform/linux/NetworkNamespace.h"
 #include "tests/simulation/FakePathMonitor.h"
 #include "tests/simulation/VirtualRunLoop.h"
@@ -80,7 +80,7 @@ public:
 private:
     test::NetworkNamespace namespace_;
     bool isReady_;
-    AsioRunLoop loop_;
+    EpollRunLoop loop_;
     std::unique_ptr<RoutePathMonitor> monitor_ = std::make_unique<RoutePathMonitor>(loop_);
 };
 

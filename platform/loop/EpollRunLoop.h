@@ -1,0 +1,72 @@
+// The run loop of both programs, on epoll.
+#pragma once
+
+#include "core/FileDescriptor.h"
+#include "core/RunLoop.h"
+#include "platform/loop/Alarm.h"
+#include "platform/loop/DescriptorWatches.h"
+#include "platform/loop/Mailbox.h"
+#include "platform/loop/TimerQueue.h"
+
+#include <memory>
+#include <optional>
+#include <sys/epoll.h>
+
+namespace tarnwick {
+
+/// Either it runs by itself (`run`), or a toolkit's event loop hosts it: that waits until `descriptor` is
+/// readable and then calls `runReady`, also in an event loop that it runs inside a task. Timers, posted tasks
+/// and the other watches go on there; no task is run inside itself.
+class EpollRunLoop final : public RunLoop {
+public:
+    /// Throws std::system_error when the system gives no descriptors.
+    EpollRunLoop();
+    /// Returns at once, even while detached work is running.
+    ~EpollRunLoop() override;
+
+    /// Runs tasks on the calling thread, which becomes the main thread, until `stop`.
+    void run();
+
+    /// Ends `run` after the present task; before `run`, it ends at once.
+    void stop() { isStopped_ = true; }
+
+    /// Waits until something is ready and runs one turn; false when nothing was within `seconds`.
+    bool runOne(double seconds);
+
+    /// Readable while there is something for `runReady` to run. The loop's; stays the same.
+    [[nodiscard]] int descriptor() const { return epoll_.get(); }
+
+    /// Runs one turn of what is ready now, if anything; never waits.
+    void runReady();
+
+    [[nodiscard]] double now() const override;
+    [[nodiscard]] WallTime wallNow() const override;
+    void post(Task task) override;
+    [[nodiscard]] Handle after(double delay, Task task) override;
+    [[nodiscard]] Handle every(double firstFire, double interval, Task task) override;
+    [[nodiscard]] Handle everyRoughly(
+        double firstFire, double interval, double tolerance, Task task) override;
+    [[nodiscard]] Handle watchReadable(int descriptor, Task task) override;
+    [[nodiscard]] Handle watchWritable(int descriptor, Task task) override;
+    [[nodiscard]] bool detach(std::function<Task()> work) override;
+
+private:
+    class Awake;
+
+    bool turn(int milliseconds);
+    [[nodiscard]] std::optional<epoll_event> nextEvent(int milliseconds) const;
+    bool runEvent(const std::optional<epoll_event>& event);
+    bool runPosted();
+    void timersChanged();
+    void addToEpoll(int descriptor) const;
+
+    FileDescriptor epoll_;
+    std::shared_ptr<Mailbox> mailbox_; ///< shared with the detached threads
+    Alarm alarm_;
+    TimerQueue timers_;
+    DescriptorWatches watches_;
+    bool isAwake_ = false; ///< it will look for timers and posted tasks before it waits again
+    bool isStopped_ = false;
+};
+
+} // namespace tarnwick
