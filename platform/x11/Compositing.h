@@ -3,7 +3,7 @@
 
 namespace tarnwick::Compositing {
 
-/// Asked anew each time: a compositor may come and go.
+/// Asks the display each time, since a compositor may come and go. True on Wayland.
 [[nodiscard]] bool isAvailable();
 
 } // namespace tarnwick::Compositing

@@ -1,14 +1,13 @@
-// Bringing a window to the front with the keyboard, in answer to the user.
+// Brings a window to the front with the keyboard, in answer to the user.
 #pragma once
 
 class QWidget;
 
 namespace tarnwick::Foreground {
 
-/// Shows a window, or brings it to the front, with the keyboard. For one that the user has just asked for,
-/// most often in another program's window: the panel. X11 knows of no such connection, and window managers
-/// that guard the focus would leave it where it is; so they are told that it is the user's own wish.
-/// Elsewhere it asks as any program may.
+/// Shows a window, or brings it to the front, with the keyboard. For a window that the user has just asked
+/// for, most often with a click in the panel. On X11 window managers that guard the focus can't see that
+/// connection, so this tells them that the user asked. Elsewhere it asks as any program may.
 void show(QWidget& window);
 
 } // namespace tarnwick::Foreground

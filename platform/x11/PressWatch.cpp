@@ -1,6 +1,5 @@
 #include "platform/x11/PressWatch.h"
 
-#include <cstdlib>
 #include <utility>
 #include <xcb/xcb.h>
 #include <xcb/xinput.h>
@@ -9,29 +8,25 @@ namespace tarnwick {
 
 namespace {
 
-template<class Reply>
-using ReplyPtr = std::unique_ptr<Reply, decltype(&std::free)>;
+using X11::ReplyPtr;
 
 constexpr std::uint16_t neededMajor = 2;
 constexpr std::uint16_t neededMinor = 2;
-// Turning a wheel counts as pressing the buttons 4 to 7, and closes nothing.
+// Turning a wheel presses the buttons 4 to 7.
 constexpr std::uint32_t firstWheelButton = 4;
 constexpr std::uint32_t lastWheelButton = 7;
 
 bool knowsRawEvents(xcb_connection_t* connection) {
-    const ReplyPtr<xcb_input_xi_query_version_reply_t> version(
-        xcb_input_xi_query_version_reply(
-            connection, xcb_input_xi_query_version(connection, neededMajor, neededMinor), nullptr),
-        &std::free);
+    const ReplyPtr<xcb_input_xi_query_version_reply_t> version(xcb_input_xi_query_version_reply(
+        connection, xcb_input_xi_query_version(connection, neededMajor, neededMinor), nullptr));
     return version
            && std::pair(version->major_version, version->minor_version)
                   >= std::pair(neededMajor, neededMinor);
 }
 
-/// The event of the input extension, if the event is one of a button and not of a wheel.
+/// The event as one of a button; null for any other, and for a wheel.
 const xcb_input_raw_button_press_event_t* buttonEvent(const xcb_generic_event_t& event) {
-    constexpr std::uint8_t typeBits = 0x7F;
-    if ((event.response_type & typeBits) != XCB_GE_GENERIC) {
+    if (X11::eventType(event.response_type) != XCB_GE_GENERIC) {
         return nullptr;
     }
     const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
@@ -46,13 +41,9 @@ const xcb_input_raw_button_press_event_t* buttonEvent(const xcb_generic_event_t&
 
 } // namespace
 
-void PressWatch::Disconnect::operator()(xcb_connection_t* connection) const {
-    xcb_disconnect(connection);
-}
-
 PressWatch::PressWatch(RunLoop& loop, std::function<void(const Buttons&)> onButtons)
-    : onButtons_(std::move(onButtons)), connection_(xcb_connect(nullptr, nullptr)) {
-    if (xcb_connection_has_error(connection_.get()) == 0 && selectButtons()) {
+    : onButtons_(std::move(onButtons)), connection_(X11::connect()) {
+    if (connection_ && selectButtons()) {
         watch_ = loop.watchReadable(xcb_get_file_descriptor(connection_.get()), [this] { readAvailable(); });
     }
 }
@@ -63,7 +54,7 @@ bool PressWatch::selectButtons() {
     if (extension == nullptr || extension->present == 0 || !knowsRawEvents(connection)) {
         return false;
     }
-    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    root_ = X11::firstScreen(*connection).root;
 
     struct {
         xcb_input_event_mask_t head;
@@ -81,18 +72,18 @@ void PressWatch::readAvailable() {
     Buttons buttons;
     if (moved.pressed) {
         buttons.pressedAt = pointer();
-        // What came before the answer has been read with it, and would not make the descriptor readable.
+        // Events that came before the reply were read with it; the descriptor does not tell of them again.
         const Moved later = takeEvents();
         moved.released = moved.released || later.released;
     }
     if (xcb_connection_has_error(connection_.get()) != 0) {
-        watch_.reset(); // would be readable for ever
+        watch_.reset(); // a broken connection stays readable
         moved.released = isHeld_;
         isHeld_ = false;
     }
     if (buttons.pressedAt || moved.released) {
         buttons.isHeld = isHeld_;
-        // Copied: what is called may end this watch.
+        // Copied: the callback may destroy this watch.
         const auto callback = onButtons_;
         callback(buttons);
     }
@@ -100,7 +91,7 @@ void PressWatch::readAvailable() {
 
 PressWatch::Moved PressWatch::takeEvents() {
     Moved moved;
-    while (const ReplyPtr<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get()), &std::free}) {
+    while (const ReplyPtr<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
         if (const auto* const button = buttonEvent(*event)) {
             isHeld_ = button->event_type == XCB_INPUT_RAW_BUTTON_PRESS;
             moved.pressed = moved.pressed || isHeld_;
@@ -113,7 +104,7 @@ PressWatch::Moved PressWatch::takeEvents() {
 std::optional<ScreenPoint> PressWatch::pointer() const {
     xcb_connection_t* const connection = connection_.get();
     const ReplyPtr<xcb_query_pointer_reply_t> reply(
-        xcb_query_pointer_reply(connection, xcb_query_pointer(connection, root_), nullptr), &std::free);
+        xcb_query_pointer_reply(connection, xcb_query_pointer(connection, root_), nullptr));
     return reply ? std::optional(ScreenPoint{reply->root_x, reply->root_y}) : std::nullopt;
 }
 

@@ -1,43 +1,36 @@
-// Mouse buttons pressed and released anywhere on an X11 display, also where they are no concern of this
-// program's.
+// Mouse buttons pressed and released anywhere on an X11 display, also outside this program's windows.
 #pragma once
 
 #include "core/RunLoop.h"
 #include "platform/ports/StatusItem.h"
+#include "platform/x11/X11Connection.h"
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
-
-struct xcb_connection_t;
 
 namespace tarnwick {
 
-/// Tells of presses in other programs' windows and on the bare desktop, without taking them away. Some
-/// desktops leave the keyboard with a window although the user has clicked elsewhere. Does nothing where
-/// there is no X11 display, or one that can't tell. Main thread.
+/// Tells of presses in other programs' windows and on the bare desktop; those still get them. Needed because
+/// some desktops leave the keyboard with a window after a click elsewhere. Without an X11 display, or with
+/// one too old to tell, it does nothing. Main thread.
 class PressWatch {
 public:
     struct Buttons {
-        std::optional<ScreenPoint> pressedAt; ///< in pixels of the whole desktop; absent: none was pressed
-        bool isHeld = false;                  ///< the last one that moved is still down
+        std::optional<ScreenPoint> pressedAt; ///< pixel of the whole desktop; absent: no press
+        bool isHeld = false;                  ///< the button that moved last is still down
     };
 
-    /// `onButtons` is called when buttons have been pressed or released; wheels are not buttons.
+    /// `onButtons` is called after buttons were pressed or released; a wheel is no button.
     PressWatch(RunLoop& loop, std::function<void(const Buttons&)> onButtons);
 
     PressWatch(const PressWatch&) = delete;
     PressWatch& operator=(const PressWatch&) = delete;
 
-    /// Whether buttons are told here.
+    /// False where it can do nothing.
     [[nodiscard]] bool isWatching() const { return watch_ != nullptr; }
 
 private:
-    struct Disconnect {
-        void operator()(xcb_connection_t* connection) const;
-    };
-
     struct Moved {
         bool pressed = false;
         bool released = false;
@@ -49,8 +42,7 @@ private:
     [[nodiscard]] std::optional<ScreenPoint> pointer() const;
 
     std::function<void(const Buttons&)> onButtons_;
-    std::unique_ptr<xcb_connection_t, Disconnect>
-        connection_; ///< its own: the toolkit's tells of its windows only
+    X11::ConnectionPtr connection_;
     std::uint32_t root_ = 0;
     bool isHeld_ = false;
     RunLoop::Handle watch_;
