@@ -78,6 +78,7 @@ TEST(StatCounter, ContinuesAStoredMean) {
 
 TEST(StatCounter, GivesItsLossInPercentOfThePingsSent) {
     EXPECT_EQ((StatCounter{.sent = 8, .lost = 1}).lossPercent(), 12.5);
+    EXPECT_EQ((StatCounter{.sent = 1, .lost = 1}).lossPercent(), 100);
 }
 
 TEST(StatCounter, NeverShowsMoreThanFullLoss) {
