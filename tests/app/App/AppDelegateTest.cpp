@@ -1,0 +1,103 @@
+// How the desktop program is wired: what its parts ask of the system reaches the system.
+#include "app/App/AppDelegate.h"
+
+#include "tests/simulation/VirtualRunLoop.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Variable.h"
+
+#include <QApplication>
+#include <QDeadlineTimer>
+#include <QPushButton>
+#include <QSessionManager>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+namespace tarnwick {
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::Variable;
+
+/// On a desktop that has switched the program's login item off. It has no message bus.
+class AppDelegateTest : public testing::Test {
+protected:
+    AppDelegateTest() {
+        const fs::path program = fs::read_symlink("/proc/self/exe");
+        test::writeFile(
+            folder_.path() / "autostart/tarnwick.desktop",
+            "[Desktop Entry]\nType=Application\nName=Tarnwick\nX-GNOME-Autostart-enabled=false\nExec="
+                + program.string() + "\n");
+    }
+
+    /// Clicks a button in any window.
+    static void click(const QString& title) {
+        for (QWidget* const window : QApplication::topLevelWidgets()) {
+            for (auto* const button : window->findChildren<QPushButton*>()) {
+                if (button->isVisible() && button->text().remove('&') == title) {
+                    button->click();
+                    return;
+                }
+            }
+        }
+        ADD_FAILURE() << "no button " << title.toStdString();
+    }
+
+    void showSettings() {
+        delegate_.openDropDown("");
+        QApplication::processEvents();
+        click("Settings…");
+        loop_.runPending();
+        QApplication::processEvents();
+    }
+
+    test::TemporaryFolder folder_;
+    std::string noBus_ = "unix:path=" + (folder_.path() / "bus").string();
+    Variable config_{"XDG_CONFIG_HOME", folder_.path().c_str()};
+    Variable data_{"XDG_DATA_HOME", folder_.path().c_str()};
+    Variable systemConfig_{"XDG_CONFIG_DIRS", (folder_.path() / "none").c_str()};
+    Variable desktop_{"XDG_CURRENT_DESKTOP", "XFCE"};
+    Variable path_{"PATH", (folder_.path().string() + ":/bin").c_str()};
+    Variable systemBus_{"DBUS_SYSTEM_BUS_ADDRESS", noBus_.c_str()};
+    simulation::VirtualRunLoop loop_;
+    BusConnection bus_{loop_, noBus_};
+    AppDelegate delegate_{
+        loop_,
+        bus_,
+        {.settings = {{"Hostname", std::string("127.0.0.1")}}, .version = "1", .iconFolder = ""}};
+};
+
+} // namespace
+
+TEST_F(AppDelegateTest, TheEndOfTheSessionStoresTheStatistics) {
+    auto* const manager = qGuiApp->findChild<QSessionManager*>();
+    ASSERT_NE(manager, nullptr);
+    const fs::path statistics = folder_.path() / "Tarnwick/stats.json";
+    ASSERT_FALSE(fs::exists(statistics));
+
+    Q_EMIT qGuiApp->commitDataRequest(*manager);
+
+    EXPECT_TRUE(fs::exists(statistics));
+}
+
+TEST_F(AppDelegateTest, TheSettingsWindowLeadsToTheDesktopsStartupSettings) {
+    const fs::path started = folder_.path() / "started";
+    const fs::path program = folder_.path() / "xfce4-session-settings";
+    test::writeFile(program, "#!/bin/sh\n: > '" + started.string() + "'\n");
+    fs::permissions(program, fs::perms::owner_all);
+
+    showSettings();
+    click("Startup Settings…");
+
+    const QDeadlineTimer patience(20'000);
+    while (!fs::exists(started) && !patience.hasExpired()) {
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 100);
+    }
+    EXPECT_TRUE(fs::exists(started));
+}
+
+} // namespace tarnwick
