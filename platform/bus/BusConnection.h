@@ -8,38 +8,32 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
-
-namespace sdbus {
-class IConnection;
-class Message;
-class MethodCall;
-class MethodReply;
-} // namespace sdbus
+#include <vector>
 
 namespace tarnwick {
 
-/// Connects by itself, and again whenever the connection is lost: after a second at first, after half a
-/// minute at last. Main thread; outlives its users.
-///
-/// It never blocks: a connection is opened, and its matches are added, on a detached thread. There is one
-/// exception: a match that is added while connected waits for the bus daemon, at most `matchTimeout` seconds.
+class BusLink;
+class BusMessage;
+
+/// Connects when it is made or first needed, and again whenever the connection is lost: after a second at
+/// first, after half a minute at last. Never blocks on a local socket. Main thread; outlives its users.
 class BusConnection {
 public:
     enum class State {
-        connecting, ///< for the first time, or not even that; nobody knows yet whether there is a bus
+        connecting, ///< for the first time, or not needed yet: whether there is a bus is unknown
         connected,
         unavailable, ///< not at present
     };
 
     enum class Opening {
         soon,
-        whenNeeded, ///< by somebody who calls `need`: costs nothing until then
+        whenNeeded, ///< by a call of `need`: costs nothing until then
     };
 
     static constexpr double firstRetry = 1;
     static constexpr double longestRetry = 30;
-    static constexpr double matchTimeout = 2;
     static constexpr double callTimeout = 25;
 
     /// An empty address stands for a bus that will never be there.
@@ -54,24 +48,26 @@ public:
 
     [[nodiscard]] State state() const { return state_; }
 
-    /// From now on there is to be a connection, whatever was said at the making.
+    /// Opens a connection that was to be opened when needed.
     void need();
 
-    /// Told of each change. When the connection has gone, listeners must let go of all that they made with
-    /// it.
+    /// Told of each change. When the connection is lost, listeners let go of all that they made with it.
     [[nodiscard]] Subscription onStateChange(std::function<void(State)> listener) {
         return stateListeners_.add(std::move(listener));
     }
 
-    // For the adapters in this folder.
+    // For the adapters of the bus.
 
-    /// Null unless connected. Whoever makes it send something calls `flush` afterwards.
-    [[nodiscard]] sdbus::IConnection* connection() const;
-    void flush();
+    /// Null unless connected.
+    [[nodiscard]] BusLink* link() const;
 
-    /// Messages that match the rule, in this connection and in all later ones; best added before the first.
-    /// No connection comes up with a rule that the daemon does not take.
-    [[nodiscard]] Subscription addMatch(std::string rule, std::function<void(sdbus::Message&)> handler);
+    /// Empty unless connected.
+    [[nodiscard]] std::string uniqueName() const;
+
+    /// Messages that match the rule, in this connection and in all later ones. A call made afterwards is
+    /// answered after the messages that came before its answer. A rule that the bus daemon refuses ends the
+    /// connection.
+    [[nodiscard]] Subscription addMatch(std::string rule, std::function<void(BusMessage&)> handler);
 
     struct Call {
         std::string destination;
@@ -81,26 +77,22 @@ public:
         double timeout = callTimeout;
     };
 
-    /// `answered` is called later, once, with null for every failure; perhaps never when the connection is
-    /// lost. See also BusCall.h.
+    /// `append` adds the arguments; whether it could. `answered` is called later, once, with null for every
+    /// failure; perhaps never when the connection is lost. See also BusCall.h.
     void call(
-        const Call& call, const std::function<void(sdbus::MethodCall&)>& writeArguments,
-        std::function<void(sdbus::MethodReply*)> answered);
+        const Call& call, const std::function<bool(BusMessage&)>& append,
+        std::function<void(BusMessage*)> answered);
 
 private:
     struct Match;
-    struct Link;
-
-    [[nodiscard]] static std::shared_ptr<Link> open(
-        const std::string& address, const std::vector<std::weak_ptr<Match>>& matches,
-        const std::vector<std::string>& rules);
 
     void connect();
-    void adopt(std::shared_ptr<Link> link);
     void unavailable();
     void process();
     void processSoon();
     [[nodiscard]] bool arm();
+    void stopWatching();
+    void setTimer(std::optional<double> deadline);
     void lose();
     void setState(State state);
 
@@ -110,10 +102,14 @@ private:
     double retryDelay_ = firstRetry;
     Subscribers<State> stateListeners_;
     std::vector<std::weak_ptr<Match>> matches_;
-    std::shared_ptr<Link> link_; ///< only while connected
+    std::unique_ptr<BusLink> link_; ///< connected, or about to be
     bool isNeeded_ = false;
     bool isProcessing_ = false;
     bool willProcess_ = false;
+    RunLoop::Handle readable_;
+    RunLoop::Handle writable_; ///< only while something waits to be written
+    RunLoop::Handle timer_;    ///< only while an answer is awaited
+    std::optional<double> timerDeadline_;
     RunLoop::Handle retry_;
     Lifeline lifeline_;
 };

@@ -1,10 +1,12 @@
 #include "platform/bus/ColorScheme.h"
 
 #include "platform/bus/BusCall.h"
+#include "platform/bus/NameWatch.h"
 
 #include <cstdint>
 #include <string>
 #include <tuple>
+#include <variant>
 
 namespace tarnwick {
 
@@ -15,6 +17,9 @@ constexpr const char* colorScheme = "color-scheme";
 
 constexpr const char* panelChannel = "xfce4-panel";
 constexpr const char* darkMode = "/panels/dark-mode";
+
+using Preference = std::variant<std::monostate, std::uint32_t>;
+using PanelSetting = std::variant<std::monostate, bool>;
 
 BusConnection::Call portalCall(const char* method) {
     return {
@@ -34,54 +39,32 @@ BusConnection::Call panelSettingCall(const char* method) {
     };
 }
 
-std::string ownerMatch(const std::string& name) {
-    return "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-           "member='NameOwnerChanged',arg0='"
-           + name + "'";
+/// A new connection asks, which may start the service; a service that comes later is asked again. After its
+/// end, the last answer still holds.
+bool isReasonToAsk(const std::string& owner, NameNews news) {
+    return news == NameNews::found || !owner.empty();
 }
 
-/// A service that has come is asked again; one that has gone may have taken its answer with it, or not: what
-/// it said last still holds.
-bool hasCome(sdbus::Message& message) {
-    const auto values = valuesOf<std::string, std::string, std::string>(message);
-    return values && !std::get<2>(*values).empty();
-}
-
-std::optional<bool> isDark(sdbus::Variant value) {
-    // Reading a setting wraps its value once more than telling of its change does.
-    while (const auto inner = valueOf<sdbus::Variant>(value)) {
-        value = *inner;
-    }
+std::optional<bool> isDark(const Preference& value) {
     constexpr std::uint32_t prefersDark = 1;
     constexpr std::uint32_t prefersLight = 2;
-    const auto preference = valueOf<std::uint32_t>(value);
-    if (preference == prefersDark) {
-        return true;
+    const auto* const preference = std::get_if<std::uint32_t>(&value);
+    if (preference == nullptr || (*preference != prefersDark && *preference != prefersLight)) {
+        return std::nullopt;
     }
-    return preference == prefersLight ? std::optional(false) : std::nullopt;
+    return *preference == prefersDark;
+}
+
+std::optional<bool> setting(const PanelSetting& value) {
+    const auto* const isOn = std::get_if<bool>(&value);
+    return isOn == nullptr ? std::nullopt : std::optional(*isOn);
 }
 
 } // namespace
 
 ColorScheme::ColorScheme(BusConnection& bus) : bus_(bus) {
-    stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
-    desktopMatch_ = bus_.addMatch(
-        "type='signal',sender='org.freedesktop.portal.Desktop',"
-        "interface='org.freedesktop.portal.Settings',member='SettingChanged',arg0='org.freedesktop."
-        "appearance'",
-        [this](sdbus::Message& message) {
-            const auto values = valuesOf<std::string, std::string, sdbus::Variant>(message);
-            if (values && std::get<1>(*values) == colorScheme) {
-                setDesktopIsDark(isDark(std::get<2>(*values)));
-            }
-        });
-    portalMatch_ = bus_.addMatch(ownerMatch(portalCall("").destination), [this](sdbus::Message& message) {
-        if (hasCome(message)) {
-            askDesktop();
-        }
-    });
-    matchPanelSetting();
-    busChanged();
+    watchDesktop();
+    watchPanel();
 }
 
 void ColorScheme::setFollowsPanel(bool follows) {
@@ -96,51 +79,58 @@ void ColorScheme::setFollowsPanel(bool follows) {
     }
 }
 
-void ColorScheme::busChanged() {
-    if (bus_.state() != BusConnection::State::connected) {
-        return;
-    }
-    askDesktop();
-    askPanel();
+void ColorScheme::watchDesktop() {
+    subscriptions_.push_back(bus_.addMatch(
+        "type='signal',sender='org.freedesktop.portal.Desktop',"
+        "interface='org.freedesktop.portal.Settings',member='SettingChanged',arg0='org.freedesktop."
+        "appearance'",
+        [this](BusMessage& message) {
+            const auto values = message.read<std::string, std::string, Preference>();
+            if (values && std::get<1>(*values) == colorScheme) {
+                setDesktopIsDark(isDark(std::get<2>(*values)));
+            }
+        }));
+    subscriptions_.push_back(
+        watchName(bus_, portalCall("").destination, [this](const std::string& owner, NameNews news) {
+            if (isReasonToAsk(owner, news)) {
+                askDesktop();
+            }
+        }));
 }
 
 void ColorScheme::askDesktop() {
-    callBus<sdbus::Variant>(
+    callBus<Preference>(
         bus_, portalCall("Read"), std::tuple(std::string(appearance), std::string(colorScheme)),
-        lifeline_.guarded([this](const std::optional<sdbus::Variant>& reply) {
+        lifeline_.guarded([this](const std::optional<Preference>& reply) {
             setDesktopIsDark(reply ? isDark(*reply) : std::nullopt);
         }));
 }
 
-void ColorScheme::matchPanelSetting() {
+void ColorScheme::watchPanel() {
     const std::string rule = "type='signal',sender='org.xfce.Xfconf',interface='org.xfce.Xfconf',"
                              "arg0='xfce4-panel',arg1='/panels/dark-mode',member=";
-    panelMatches_ = {
-        bus_.addMatch(
-            rule + "'PropertyChanged'",
-            [this](sdbus::Message& message) {
-                const auto values = valuesOf<std::string, std::string, sdbus::Variant>(message);
-                setPanelIsDark(values ? valueOf<bool>(std::get<2>(*values)) : std::nullopt);
-            }),
-        bus_.addMatch(rule + "'PropertyRemoved'", [this](sdbus::Message&) { setPanelIsDark(std::nullopt); }),
-        bus_.addMatch(
-            ownerMatch(panelSettingCall("").destination),
-            [this](sdbus::Message& message) {
-                if (hasCome(message)) {
-                    askPanel();
-                }
-            }),
-    };
+    subscriptions_.push_back(bus_.addMatch(rule + "'PropertyChanged'", [this](BusMessage& message) {
+        const auto values = message.read<std::string, std::string, PanelSetting>();
+        setPanelIsDark(values ? setting(std::get<2>(*values)) : std::nullopt);
+    }));
+    subscriptions_.push_back(
+        bus_.addMatch(rule + "'PropertyRemoved'", [this](BusMessage&) { setPanelIsDark(std::nullopt); }));
+    subscriptions_.push_back(
+        watchName(bus_, panelSettingCall("").destination, [this](const std::string& owner, NameNews news) {
+            if (isReasonToAsk(owner, news)) {
+                askPanel();
+            }
+        }));
 }
 
 void ColorScheme::askPanel() {
     if (!followsPanel_ || bus_.state() != BusConnection::State::connected) {
         return;
     }
-    callBus<sdbus::Variant>(
+    callBus<PanelSetting>(
         bus_, panelSettingCall("GetProperty"), std::tuple(std::string(panelChannel), std::string(darkMode)),
-        lifeline_.guarded([this](const std::optional<sdbus::Variant>& reply) {
-            setPanelIsDark(reply ? valueOf<bool>(*reply) : std::nullopt);
+        lifeline_.guarded([this](const std::optional<PanelSetting>& reply) {
+            setPanelIsDark(reply ? setting(*reply) : std::nullopt);
         }));
 }
 

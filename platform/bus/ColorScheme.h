@@ -1,4 +1,4 @@
-// Whether the desktop and its panel are dark, as far as they tell.
+// Whether the desktop and its panel are dark, where they have a setting for it.
 #pragma once
 
 #include "core/Lifeline.h"
@@ -16,14 +16,15 @@ public:
     /// `bus` is the session's and outlives it.
     explicit ColorScheme(BusConnection& bus);
 
-    /// What the user prefers for all programs. Unknown without a preference, and where nobody keeps one.
+    /// What the user prefers for all programs. Unknown without a preference, or without a service that keeps
+    /// it.
     [[nodiscard]] std::optional<bool> desktopIsDark() const { return desktopIsDark_; }
 
     /// The panel's own setting. Known only while it is followed.
     [[nodiscard]] std::optional<bool> panelIsDark() const { return panelIsDark_; }
 
-    /// Whether the panel at hand keeps such a setting. Where it does not, asking would start a service that
-    /// nobody needs.
+    /// Whether the present panel has such a setting. For another panel, asking would start a service for
+    /// nothing.
     void setFollowsPanel(bool follows);
 
     [[nodiscard]] Subscription onChange(std::function<void()> listener) {
@@ -31,9 +32,9 @@ public:
     }
 
 private:
-    void busChanged();
     void askDesktop();
-    void matchPanelSetting();
+    void watchDesktop();
+    void watchPanel();
     void askPanel();
     void setDesktopIsDark(std::optional<bool> isDark);
     void setPanelIsDark(std::optional<bool> isDark);
@@ -44,10 +45,7 @@ private:
     bool followsPanel_ = false;
     Subscribers<> listeners_;
     Lifeline lifeline_;
-    Subscription stateSubscription_;
-    Subscription desktopMatch_;
-    Subscription portalMatch_;
-    std::vector<Subscription> panelMatches_;
+    std::vector<Subscription> subscriptions_;
 };
 
 } // namespace tarnwick

@@ -1,6 +1,5 @@
 #include "platform/bus/DesktopNotificationCenter.h"
 
-#include "platform/bus/BusCall.h"
 #include "platform/bus/NotificationDaemon.h"
 #include "platform/bus/NotificationPortal.h"
 #include "platform/linux/Sandbox.h"
@@ -15,7 +14,7 @@ std::unique_ptr<NotificationService> makeService(
     BusConnection& bus, DesktopNotificationCenter::Surroundings surroundings,
     const std::filesystem::path& iconFolder) {
     if (surroundings == DesktopNotificationCenter::Surroundings::sandbox) {
-        // It finds the program's icon by itself.
+        // It knows the program's icon.
         return std::make_unique<NotificationPortal>(bus);
     }
     return std::make_unique<NotificationDaemon>(bus, iconFolder);
@@ -31,16 +30,11 @@ DesktopNotificationCenter::DesktopNotificationCenter(
     RunLoop& loop, BusConnection& bus, Surroundings surroundings, const std::filesystem::path& iconFolder,
     double patience)
     : loop_(loop), bus_(bus), patience_(patience), service_(makeService(bus, surroundings, iconFolder)) {
+    // First, so that on a new connection the service is probed after its owner was asked for.
+    serviceWatch_ = watchName(bus_, service_->busName(), [this](const std::string& owner, NameNews news) {
+        serviceChanged(owner, news);
+    });
     stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
-    serviceMatch_ = bus_.addMatch(
-        "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-        "member='NameOwnerChanged',arg0='"
-            + service_->busName() + "'",
-        [this](sdbus::Message& message) {
-            if (const auto values = valuesOf<std::string, std::string, std::string>(message)) {
-                serviceChanged(!std::get<2>(*values).empty());
-            }
-        });
 }
 
 void DesktopNotificationCenter::post(const std::string& title, const std::string& body) {
@@ -86,11 +80,13 @@ void DesktopNotificationCenter::busChanged() {
     }
 }
 
-void DesktopNotificationCenter::serviceChanged(bool isThere) {
-    if (!isWanted_) {
+void DesktopNotificationCenter::serviceChanged(const std::string& owner, NameNews news) {
+    // A new connection probes anyway.
+    const bool isNews = news == NameNews::changed && bus_.state() == BusConnection::State::connected;
+    if (!isWanted_ || !isNews) {
         return;
     }
-    if (isThere) {
+    if (!owner.empty()) {
         probe();
     } else if (!isProbing_) {
         // Many end when they have nothing to show, and are started again by the next notification.
@@ -113,7 +109,7 @@ void DesktopNotificationCenter::probed(bool isThere) {
     if (isThere) {
         showWaiting();
     } else if (isAskedAgain_) {
-        // Whoever came while a service was silent is worth a question of their own.
+        // What came while the service was silent gets a probe of its own.
         probe();
     }
     ability_ = isThere ? Ability::yes : Ability::no;
@@ -122,7 +118,7 @@ void DesktopNotificationCenter::probed(bool isThere) {
 void DesktopNotificationCenter::showWaiting() {
     staleTimer_.reset();
     for (const Waiting& notification : std::exchange(waiting_, {})) {
-        // The timer that drops it may be due as well.
+        // The timer that drops it may be due, but not have run yet.
         if (loop_.now() < notification.deadline) {
             service_->show(notification.title, notification.body);
         }

@@ -5,6 +5,7 @@
 #include "core/Lifeline.h"
 #include "core/RunLoop.h"
 #include "platform/bus/BusConnection.h"
+#include "platform/bus/NameWatch.h"
 #include "platform/bus/NotificationService.h"
 #include "platform/ports/NotificationCenter.h"
 
@@ -16,23 +17,23 @@
 
 namespace tarnwick {
 
-/// Nobody is asked, and so nobody is started, before there is something to show or authorization is
-/// requested. What can't be shown yet waits a little for somebody who can, and is dropped after that: news
-/// that come late mislead. Main thread.
+/// No service is asked, which might start it, before there is something to show or authorization is
+/// requested. A notification that can't be shown yet waits a little for a service and is dropped after that:
+/// late news mislead. Main thread.
 class DesktopNotificationCenter final : public NotificationCenter {
 public:
     enum class Surroundings { desktop, sandbox };
 
-    /// Those that this process is in.
+    /// Of this process.
     [[nodiscard]] static Surroundings surroundings();
 
-    /// A notification waits at most so many seconds for the bus and the service, absent or silent.
+    /// Seconds that a notification waits for an absent or silent bus or service.
     static constexpr double usualPatience = 5;
-    /// And the oldest gives way when so many wait.
+    /// Notifications that wait; one more drops the oldest.
     static constexpr std::size_t mostWaiting = 8;
 
     /// `bus` is the session's and outlives it. `iconFolder` holds the program's own icons, laid out as an
-    /// icon theme; empty: it is left to the desktop's theme to have one.
+    /// icon theme; empty: the desktop's theme may have one.
     DesktopNotificationCenter(
         RunLoop& loop, BusConnection& bus, Surroundings surroundings,
         const std::filesystem::path& iconFolder = {}, double patience = usualPatience);
@@ -50,7 +51,7 @@ private:
     };
 
     void busChanged();
-    void serviceChanged(bool isThere);
+    void serviceChanged(const std::string& owner, NameNews news);
     void findService();
     void probe();
     void probed(bool isThere);
@@ -62,15 +63,15 @@ private:
     double patience_;
     std::unique_ptr<NotificationService> service_;
     Ability ability_ = Ability::unknown;
-    bool isWanted_ = false; ///< somebody has asked, or posted
+    bool isWanted_ = false; ///< there was a request or a notification
     bool isProbing_ = false;
     bool isAskedAgain_ = false; ///< since the present probe began
-    int probe_ = 0;             ///< answers to earlier ones come too late
+    int probe_ = 0;             ///< answers to earlier probes are ignored
     std::deque<Waiting> waiting_;
     RunLoop::Handle staleTimer_;
     Lifeline lifeline_;
+    Subscription serviceWatch_;
     Subscription stateSubscription_;
-    Subscription serviceMatch_;
 };
 
 } // namespace tarnwick

@@ -1,14 +1,13 @@
 #include "platform/bus/InstanceGuard.h"
 
 #include "platform/bus/BusCall.h"
-#include "platform/bus/BusText.h"
-
-#include <sdbus-c++/sdbus-c++.h>
+#include "platform/bus/BusObject.h"
 
 #include <cstdlib>
 #include <map>
 #include <tuple>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace tarnwick {
@@ -20,19 +19,24 @@ constexpr const char* interface = "org.freedesktop.Application";
 constexpr const char* tokenKey = "activation-token";
 constexpr const char* tokenVariable = "XDG_ACTIVATION_TOKEN";
 
-using PlatformData = std::map<std::string, sdbus::Variant>;
+/// Of interest are texts only.
+using PlatformData = std::map<std::string, std::variant<std::monostate, std::string>>;
+
+/// The parameter of an action, of any type.
+using Parameter = std::variant<std::monostate>;
 
 PlatformData platformData(const std::string& activationToken) {
     PlatformData data;
     if (!activationToken.empty()) {
-        data.emplace(tokenKey, sdbus::Variant(validUtf8(activationToken)));
+        data.emplace(tokenKey, activationToken);
     }
     return data;
 }
 
 std::string activationToken(const PlatformData& data) {
-    const auto token = data.find(tokenKey);
-    return token == data.end() ? std::string() : valueOf<std::string>(token->second).value_or("");
+    const auto found = data.find(tokenKey);
+    const auto* const token = found == data.end() ? nullptr : std::get_if<std::string>(&found->second);
+    return token == nullptr ? std::string() : *token;
 }
 
 } // namespace
@@ -40,34 +44,28 @@ std::string activationToken(const PlatformData& data) {
 /// The object on one connection.
 class InstanceGuard::Exported {
 public:
-    explicit Exported(InstanceGuard& guard)
-        : object_(sdbus::createObject(*guard.bus_.connection(), objectPath)) {
-        object_->registerMethod("Activate")
-            .onInterface(interface)
-            .withInputParamNames("platform_data")
-            .implementedAs([&guard](const PlatformData& data) {
-                // The other program gets its answer first.
-                guard.loop_.post(guard.lifeline_.guarded([&guard, token = activationToken(data)] {
-                    if (guard.onActivate) {
-                        guard.onActivate(token);
-                    }
-                }));
-            });
+    explicit Exported(InstanceGuard& guard) : object_(*guard.bus_.link(), objectPath, interface) {
+        object_.method("Activate", {"platform_data"}, {}, [&guard](const PlatformData& data) {
+            // The other program gets its answer first.
+            guard.loop_.post(guard.lifeline_.guarded([&guard, token = activationToken(data)] {
+                if (guard.onActivate) {
+                    guard.onActivate(token);
+                }
+            }));
+        });
         // There are no files to open and no actions.
-        object_->registerMethod("Open")
-            .onInterface(interface)
-            .withInputParamNames("uris", "platform_data")
-            .implementedAs([](const std::vector<std::string>&, const PlatformData&) {});
-        object_->registerMethod("ActivateAction")
-            .onInterface(interface)
-            .withInputParamNames("action_name", "parameter", "platform_data")
-            .implementedAs(
-                [](const std::string&, const std::vector<sdbus::Variant>&, const PlatformData&) {});
-        object_->finishRegistration();
+        object_.method(
+            "Open", {"uris", "platform_data"}, {},
+            [](const std::vector<std::string>&, const PlatformData&) {});
+        object_.method(
+            "ActivateAction", {"action_name", "parameter", "platform_data"}, {},
+            [](const std::string&, const std::vector<Parameter>&, const PlatformData&) {});
     }
 
+    [[nodiscard]] bool publish() { return object_.publish(); }
+
 private:
-    std::unique_ptr<sdbus::IObject> object_;
+    BusObject object_;
 };
 
 std::string InstanceGuard::takeActivationToken() {
@@ -102,8 +100,9 @@ void InstanceGuard::busChanged() {
     if (bus_.state() != BusConnection::State::connected) {
         return;
     }
-    // There before the name is: who finds the name taken calls at once.
-    if (!attempt([this] { exported_ = std::make_unique<Exported>(*this); })) {
+    // The object comes before the name: a second start that finds the name taken calls at once.
+    exported_ = std::make_unique<Exported>(*this);
+    if (!exported_->publish()) {
         decide(Result::noBus);
         return;
     }
@@ -122,14 +121,14 @@ void InstanceGuard::nameDecided(std::optional<bool> isOurs) {
             activateOther();
         }
     }
-    // Of two that found no bus at their starts both go on when it comes.
+    // Two programs that found no bus when they started both go on when it comes.
 }
 
 void InstanceGuard::activateOther() {
-    // From now on it is the other program's time that counts.
+    // The bus has answered: from now on the call's own timeout counts.
     busTimer_.reset();
     hasAskedOther_ = true;
-    callBus<Done>(
+    callBus<NoResult>(
         bus_,
         {
             .destination = name,
@@ -139,14 +138,15 @@ void InstanceGuard::activateOther() {
             .timeout = patience,
         },
         std::tuple(platformData(activationToken_)),
-        lifeline_.guarded([this](const std::optional<Done>& answer) { otherAnswered(answer.has_value()); }));
+        lifeline_.guarded(
+            [this](const std::optional<NoResult>& answer) { otherAnswered(answer.has_value()); }));
 }
 
 void InstanceGuard::otherAnswered(bool isWell) {
     if (isWell) {
         decide(Result::anotherRuns);
     } else {
-        // It may have come to its end meanwhile, and left the name to this one.
+        // It may have ended in between, and the name may be free.
         requestName(
             bus_, name, lifeline_.guarded([this](std::optional<bool> isOurs) { nameDecided(isOurs); }));
     }

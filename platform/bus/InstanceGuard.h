@@ -1,4 +1,4 @@
-// One running program per user session: who comes second asks the first to show itself.
+// One running program per user session: a second start asks the first one to show itself.
 #pragma once
 
 #include "core/Lifeline.h"
@@ -19,27 +19,27 @@ public:
         first,
         anotherRuns,     ///< and has been asked to show itself
         anotherIsSilent, ///< runs, but has not answered when asked
-        noBus,           ///< no bus, or one that gives no names: nobody can tell; several may run
+        noBus,           ///< no bus, or one that gives no names: several programs may run
     };
 
     static constexpr const char* name = "org.tarnwick.Tarnwick";
     static constexpr double patience = 2; ///< seconds, for the bus and then for the other program
 
     /// The token by which the desktop lets this start open a window in front of others; empty without one.
-    /// Good for one window, it leaves the environment, where every program started from here would find it.
+    /// It is good for one window, so it is removed from the environment, which started programs inherit.
     /// To be called before there are threads.
     [[nodiscard]] static std::string takeActivationToken();
 
-    /// `decided` is called once, soon. `bus` is the session's and outlives it. `activationToken` passes to
-    /// the program that shows itself in the place of this one.
+    /// `decided` is called once, soon. `bus` is the session's and outlives it. `activationToken` is passed on
+    /// to the program that shows itself instead of this one.
     InstanceGuard(
         RunLoop& loop, BusConnection& bus, std::string activationToken, std::function<void(Result)> decided);
     InstanceGuard(const InstanceGuard&) = delete;
     InstanceGuard& operator=(const InstanceGuard&) = delete;
     ~InstanceGuard();
 
-    /// Another start has asked this one to show itself; with the token by which the desktop lets it open a
-    /// window in front of others, or an empty one.
+    /// Another start has asked this one to show itself. The token, which may be empty, lets it open a window
+    /// in front of others.
     std::function<void(const std::string& activationToken)> onActivate;
 
 private:

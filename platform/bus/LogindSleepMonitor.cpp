@@ -1,8 +1,8 @@
 #include "platform/bus/LogindSleepMonitor.h"
 
 #include "platform/bus/BusCall.h"
+#include "platform/bus/NameWatch.h"
 
-#include <fcntl.h>
 #include <tuple>
 #include <utility>
 
@@ -17,26 +17,18 @@ constexpr const char* managerName = "org.freedesktop.login1";
 LogindSleepMonitor::LogindSleepMonitor(
     RunLoop& loop, BusConnection& systemBus, SuspendedClock suspendedTime, double patience)
     : loop_(loop), bus_(systemBus), suspendedTime_(std::move(suspendedTime)), patience_(patience) {
-    stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
-    managerMatch_ = bus_.addMatch(
-        "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-        "member='NameOwnerChanged',arg0='org.freedesktop.login1'",
-        [this](sdbus::Message& message) {
-            if (const auto values = valuesOf<std::string, std::string, std::string>(message)) {
-                setManager(std::get<2>(*values));
-            }
-        });
+    managerWatch_ =
+        watchName(bus_, managerName, [this](const std::string& owner, NameNews) { setManager(owner); });
     sleepMatch_ = bus_.addMatch(
         "type='signal',sender='org.freedesktop.login1',path='/org/freedesktop/login1',"
         "interface='org.freedesktop.login1.Manager',member='PrepareForSleep'",
-        [this](sdbus::Message& message) {
-            // Anybody may send such a signal straight to us.
-            const auto values = valuesOf<bool>(message);
-            if (values && message.getSender() == manager_) {
+        [this](BusMessage& message) {
+            // Every program may send such a signal straight to us.
+            const auto values = message.read<bool>();
+            if (values && message.sender() == manager_) {
                 managerAnnounced(std::get<0>(*values));
             }
         });
-    busChanged();
 }
 
 void LogindSleepMonitor::start(Handlers handlers) {
@@ -61,28 +53,12 @@ void LogindSleepMonitor::tell(const SleepEpisodes::Events& events) const {
     }
 }
 
-void LogindSleepMonitor::busChanged() {
-    if (bus_.state() == BusConnection::State::connected) {
-        askForManager();
-    } else {
-        setManager("");
-    }
-}
-
-void LogindSleepMonitor::askForManager() {
-    // Who is called by its name is started, and there are systems that do well without it.
-    callBus<std::string>(
-        bus_, daemonCall("GetNameOwner"), std::tuple(std::string(managerName)),
-        lifeline_.guarded(
-            [this](const std::optional<std::string>& reply) { setManager(reply.value_or("")); }));
-}
-
 void LogindSleepMonitor::setManager(const std::string& uniqueName) {
     if (manager_ == uniqueName) {
         return;
     }
     manager_ = uniqueName;
-    // It was another one's.
+    // It belonged to the manager before.
     dropInhibitor();
     if (episodes_) {
         tell(episodes_->setHasAnnouncer(false)); // the end of a sleep that the old one announced
@@ -116,14 +92,14 @@ void LogindSleepMonitor::check() {
     }
 }
 
-/// Refused while a sleep is under way, at whose end it is tried again; and by a login manager that has too
-/// much to do.
+/// A login manager refuses while a sleep is under way, and while it has too much to do. It is asked again at
+/// the end of the sleep, and some time after each refusal.
 void LogindSleepMonitor::takeInhibitor() {
     if (manager_.empty() || inhibitor_.isOpen()) {
         return;
     }
     askAgainAt_.reset();
-    callBus<sdbus::UnixFd>(
+    callBus<FileDescriptor>(
         bus_,
         {
             .destination = managerName,
@@ -135,14 +111,11 @@ void LogindSleepMonitor::takeInhibitor() {
         std::tuple(
             std::string("sleep"), std::string("Tarnwick"), std::string("Saves its statistics"),
             std::string("delay")),
-        lifeline_.guarded(
-            [this, request = ++inhibitorRequest_](const std::optional<sdbus::UnixFd>& descriptor) {
-                if (request == inhibitorRequest_) {
-                    // A program that is started from here must not hold up the sleep.
-                    inhibitorArrived(
-                        FileDescriptor(descriptor ? ::fcntl(descriptor->get(), F_DUPFD_CLOEXEC, 0) : -1));
-                }
-            }));
+        lifeline_.guarded([this, request = ++inhibitorRequest_](std::optional<FileDescriptor> inhibitor) {
+            if (request == inhibitorRequest_) {
+                inhibitorArrived(std::move(inhibitor).value_or(FileDescriptor()));
+            }
+        }));
 }
 
 void LogindSleepMonitor::inhibitorArrived(FileDescriptor inhibitor) {
@@ -152,7 +125,7 @@ void LogindSleepMonitor::inhibitorArrived(FileDescriptor inhibitor) {
     }
 }
 
-/// Also one that is on its way.
+/// Also a requested one that has not arrived yet.
 void LogindSleepMonitor::dropInhibitor() {
     ++inhibitorRequest_;
     askAgainAt_.reset();

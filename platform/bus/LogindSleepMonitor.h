@@ -1,5 +1,5 @@
-// Sleep and wake as the login manager announces them, which waits until we are ready; or as the clocks show
-// afterwards.
+// Sleep and wake as the login manager announces them, or as the clocks show afterwards. The login manager
+// delays a sleep until we are ready.
 #pragma once
 
 #include "core/FileDescriptor.h"
@@ -16,20 +16,20 @@
 
 namespace tarnwick {
 
-/// Without a login manager, or without a bus, the clocks alone tell. Main thread.
+/// Without a login manager, or without a bus, only the clocks show a sleep. Main thread.
 class LogindSleepMonitor final : public SleepMonitor {
 public:
     using SuspendedClock = std::function<double()>;
 
-    /// How often the clocks are compared, and how much later that may be: long enough for it to happen
-    /// whenever something else wakes the processor.
+    /// How often the clocks are compared, and how much later that may be: late enough to share the wake-up of
+    /// another timer.
     static constexpr double checkInterval = 1;
     static constexpr double checkTolerance = 2;
-    /// How long a login manager has to answer whether sleeps will wait, and how long after a refusal it is
-    /// asked again.
+    /// Seconds that a login manager has to answer the request for delays, and seconds after a refusal until
+    /// it is asked again.
     static constexpr double usualPatience = 30;
 
-    /// `systemBus` is the system's, best not connected yet, and outlives it.
+    /// `systemBus` is the system's and outlives it.
     LogindSleepMonitor(
         RunLoop& loop, BusConnection& systemBus, SuspendedClock suspendedTime = SuspendedTime::now,
         double patience = usualPatience);
@@ -39,8 +39,6 @@ public:
 private:
     [[nodiscard]] SleepEpisodes::Clocks clocks() const;
     void tell(const SleepEpisodes::Events& events) const;
-    void busChanged();
-    void askForManager();
     void setManager(const std::string& uniqueName);
     void managerAnnounced(bool isStart);
     void check();
@@ -55,13 +53,12 @@ private:
     Handlers handlers_;
     std::optional<SleepEpisodes> episodes_; ///< from the start on
     std::string manager_;                   ///< its unique name; empty while there is none
-    FileDescriptor inhibitor_;              ///< while it is open the login manager waits, within reason
-    int inhibitorRequest_ = 0;              ///< answers to earlier ones come too late
-    std::optional<double> askAgainAt_;      ///< after a refusal
+    FileDescriptor inhibitor_;         ///< while it is open the login manager delays sleeps for some seconds
+    int inhibitorRequest_ = 0;         ///< answers to earlier requests are ignored
+    std::optional<double> askAgainAt_; ///< after a refusal
     RunLoop::Handle checkTimer_;
     Lifeline lifeline_;
-    Subscription stateSubscription_;
-    Subscription managerMatch_;
+    Subscription managerWatch_;
     Subscription sleepMatch_;
 };
 

@@ -12,13 +12,14 @@
 #include <system_error>
 #include <tuple>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace tarnwick {
 
 namespace {
 
-using Hints = std::map<std::string, sdbus::Variant>;
+using Hints = std::map<std::string, std::variant<std::string, std::uint8_t>>;
 
 constexpr std::uint32_t replacesNone = 0;
 constexpr std::int32_t usualTime = -1;
@@ -26,14 +27,14 @@ constexpr std::uint8_t normalUrgency = 1;
 
 Hints hints() {
     return {
-        {"desktop-entry", sdbus::Variant(std::string("tarnwick"))},
-        // What sound themes have for news of any kind. Daemons without sound ignore it.
-        {"sound-name", sdbus::Variant(std::string("message-new-instant"))},
-        {"urgency", sdbus::Variant(normalUrgency)},
+        {"desktop-entry", "tarnwick"},
+        // Sound themes have it for news of any kind. Daemons without sound ignore it.
+        {"sound-name", "message-new-instant"},
+        {"urgency", normalUrgency},
     };
 }
 
-bool staysItself(unsigned char character) {
+bool isUnreserved(unsigned char character) {
     constexpr std::string_view marks = "/-._~";
     const bool isAscii = character < 0x80;
     return (isAscii && std::isalnum(character) != 0)
@@ -45,7 +46,7 @@ std::string fileUri(const std::string& path) {
     std::string uri = "file://";
     for (const char character : path) {
         const auto byte = static_cast<unsigned char>(character);
-        if (staysItself(byte)) {
+        if (isUnreserved(byte)) {
             uri += character;
         } else {
             uri += {'%', digits[byte / 16], digits[byte % 16]};
@@ -60,7 +61,7 @@ NotificationDaemon::NotificationDaemon(BusConnection& bus, const std::filesystem
     : bus_(bus), iconFile_(iconFolder / "hicolor/scalable/apps/tarnwick.svg") {
 }
 
-/// The file where there is one: some daemons look names up in other themes than the one that has it.
+/// The file, where there is one: some daemons look for icon names in other themes only.
 std::string NotificationDaemon::icon() const {
     std::error_code ignored;
     return iconFile_.is_absolute() && std::filesystem::is_regular_file(iconFile_, ignored)
@@ -91,13 +92,12 @@ void NotificationDaemon::probe(double timeout, std::function<void(bool isThere)>
 }
 
 void NotificationDaemon::show(const std::string& title, const std::string& body) {
-    const std::string text = validUtf8(body);
-    callBus<Done>(
+    callBus<NoResult>(
         bus_, call("Notify"),
         std::tuple(
-            std::string("Tarnwick"), replacesNone, icon(), validUtf8(title),
-            readsMarkup_ ? asMarkup(text) : text, std::vector<std::string>(), hints(), usualTime),
-        [](const std::optional<Done>&) {});
+            std::string("Tarnwick"), replacesNone, icon(), title, readsMarkup_ ? asMarkup(body) : body,
+            std::vector<std::string>(), hints(), usualTime),
+        [](const std::optional<NoResult>&) {});
 }
 
 } // namespace tarnwick

@@ -1,13 +1,13 @@
 #include "platform/bus/NotificationPortal.h"
 
 #include "platform/bus/BusCall.h"
-#include "platform/bus/BusText.h"
 
 #include <map>
 #include <optional>
 #include <random>
 #include <tuple>
 #include <utility>
+#include <variant>
 
 namespace tarnwick {
 
@@ -38,29 +38,29 @@ BusConnection::Call NotificationPortal::call(const char* interface, const char* 
 void NotificationPortal::probe(double timeout, std::function<void(bool isThere)> answered) {
     BusConnection::Call question = call("org.freedesktop.DBus.Properties", "Get");
     question.timeout = timeout;
-    callBus<sdbus::Variant>(
+    using Version = std::variant<std::uint32_t>;
+    callBus<Version>(
         bus_, question, std::tuple(std::string(notificationInterface), std::string("version")),
-        lifeline_.guarded([this, answered = std::move(answered)](const std::optional<sdbus::Variant>& reply) {
-            const auto version = reply ? valueOf<std::uint32_t>(*reply) : std::nullopt;
-            version_ = version.value_or(0);
+        lifeline_.guarded([this, answered = std::move(answered)](const std::optional<Version>& version) {
+            version_ = version ? std::get<std::uint32_t>(*version) : 0;
             answered(version.has_value());
         }));
 }
 
 void NotificationPortal::show(const std::string& title, const std::string& body) {
-    // One with the same name would replace the earlier one.
+    // A notification with the id of an earlier one would replace that one.
     const std::string id = run_ + "-" + std::to_string(++shown_);
-    std::map<std::string, sdbus::Variant> notification = {
-        {"title", sdbus::Variant(validUtf8(title))},
-        {"body", sdbus::Variant(validUtf8(body))},
-        {"priority", sdbus::Variant(std::string("normal"))},
+    std::map<std::string, std::variant<std::string>> notification = {
+        {"title", title},
+        {"body", body},
+        {"priority", "normal"},
     };
     if (version_ >= firstVersionWithSound) {
-        notification.emplace("sound", sdbus::Variant(std::string("default")));
+        notification.emplace("sound", "default");
     }
-    callBus<Done>(
+    callBus<NoResult>(
         bus_, call(notificationInterface, "AddNotification"), std::tuple(id, notification),
-        [](const std::optional<Done>&) {});
+        [](const std::optional<NoResult>&) {});
 }
 
 } // namespace tarnwick

@@ -1,5 +1,5 @@
-// The portal through which a sandboxed program notifies. It finds out by itself which program that is, and
-// what its name and icon are.
+// The portal through which a sandboxed program notifies. It knows which program calls, and takes the name and
+// the icon from there.
 #pragma once
 
 #include "core/Lifeline.h"
@@ -26,7 +26,7 @@ private:
     BusConnection& bus_;
     std::string name_ = "org.freedesktop.portal.Desktop";
     std::uint32_t version_ = 0;
-    std::string run_; ///< tells this run's notifications from those of earlier ones
+    std::string run_; ///< a part of each notification's id that differs from run to run
     std::uint64_t shown_ = 0;
     Lifeline lifeline_;
 };

@@ -1,4 +1,4 @@
-// Who shows notifications on a session bus, and in which words it is asked to.
+// A service on the session bus that shows notifications: the notification daemon or the portal.
 #pragma once
 
 #include <functional>
@@ -16,11 +16,11 @@ public:
 
     [[nodiscard]] virtual const std::string& busName() const = 0;
 
-    /// Finds out whether it is there, starting it if need be, and what it can do. It has so many seconds;
+    /// Finds out whether it is there, which may start it, and what it can do. `timeout` in seconds;
     /// `answered` is told once, or never when the connection is lost.
     virtual void probe(double timeout, std::function<void(bool isThere)> answered) = 0;
 
-    /// Only after it has been found there. Nobody waits for the answer.
+    /// Only after it has been found there. Its answer is not of interest.
     virtual void show(const std::string& title, const std::string& body) = 0;
 };
 

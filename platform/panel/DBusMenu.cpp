@@ -1,17 +1,15 @@
 #include "platform/panel/DBusMenu.h"
 
 #include "core/Lifeline.h"
-#include "platform/bus/BusCall.h"
-#include "platform/bus/BusText.h"
+#include "platform/bus/BusObject.h"
+#include "platform/bus/NameWatch.h"
 #include "platform/panel/MenuProperties.h"
-
-#include <sdbus-c++/sdbus-c++.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <map>
 #include <tuple>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace tarnwick {
@@ -22,34 +20,18 @@ constexpr const char* interface = "com.canonical.dbusmenu";
 constexpr std::uint32_t protocolVersion = 3;
 constexpr int rootId = 0;
 
-using BusProperties = std::map<std::string, sdbus::Variant>;
-using BusRow = sdbus::Struct<std::int32_t, BusProperties>;
-using BusLayout = sdbus::Struct<std::int32_t, BusProperties, std::vector<sdbus::Variant>>;
-using BusEvent = sdbus::Struct<std::int32_t, std::string, sdbus::Variant, std::uint32_t>;
-using RemovedProperties = sdbus::Struct<std::int32_t, std::vector<std::string>>;
+using BusRow = std::tuple<std::int32_t, MenuProperties>;
+/// A row has no rows of its own.
+using BusRowLayout = std::tuple<std::int32_t, MenuProperties, std::vector<std::variant<std::monostate>>>;
+using BusLayout = std::tuple<std::int32_t, MenuProperties, std::vector<std::variant<BusRowLayout>>>;
+using EventData = std::variant<std::monostate>;
+using BusEvent = std::tuple<std::int32_t, std::string, EventData, std::uint32_t>;
+using RemovedProperties = std::tuple<std::int32_t, std::vector<std::string>>;
 using Ids = std::vector<std::int32_t>;
 using Names = std::vector<std::string>;
 
-sdbus::Variant busValue(const MenuPropertyValue& value) {
-    if (const auto* keys = std::get_if<MenuShortcut>(&value)) {
-        return {std::vector<MenuShortcut>{*keys}};
-    }
-    if (const auto* text = std::get_if<std::string>(&value)) {
-        return {*text};
-    }
-    return {std::get<bool>(value)};
-}
-
-BusProperties busProperties(const MenuProperties& properties) {
-    BusProperties result;
-    for (const auto& [name, value] : properties) {
-        result.emplace(name, busValue(value));
-    }
-    return result;
-}
-
-sdbus::Error unknownId(std::int32_t id) {
-    return {"org.freedesktop.DBus.Error.InvalidArgs", "there is no menu item " + std::to_string(id)};
+BusError unknownId(std::int32_t id) {
+    return {.name = BusError::invalidArguments, .text = "there is no menu item " + std::to_string(id)};
 }
 
 } // namespace
@@ -58,124 +40,89 @@ sdbus::Error unknownId(std::int32_t id) {
 class DBusMenu::Exported {
 public:
     explicit Exported(DBusMenu& menu)
-        : menu_(menu), object_(sdbus::createObject(*menu.bus_.connection(), path)), rows_(menu.menu_.rows()) {
-        registerReading();
-        registerEvents();
-        registerProperties();
-        object_->registerSignal("ItemsPropertiesUpdated")
-            .onInterface(interface)
-            .withParameters<std::vector<BusRow>, std::vector<RemovedProperties>>(
-                "updatedProps", "removedProps");
-        object_->registerSignal("LayoutUpdated")
-            .onInterface(interface)
-            .withParameters<std::uint32_t, std::int32_t>("revision", "parent");
-        object_->registerSignal("ItemActivationRequested")
-            .onInterface(interface)
-            .withParameters<std::int32_t, std::uint32_t>("id", "timestamp");
-        object_->finishRegistration();
+        : menu_(menu), object_(*menu.bus_.link(), path, interface), rows_(menu.menu_.rows()) {
+        declareReading();
+        declareEvents();
+        declareProperties();
+        object_.signal<std::vector<BusRow>, std::vector<RemovedProperties>>(
+            "ItemsPropertiesUpdated", {"updatedProps", "removedProps"});
+        object_.signal<std::uint32_t, std::int32_t>("LayoutUpdated", {"revision", "parent"});
+        object_.signal<std::int32_t, std::uint32_t>("ItemActivationRequested", {"id", "timestamp"});
     }
 
-    /// Tells what has changed since the panel was last told; whether anything has.
-    bool update() {
+    [[nodiscard]] bool publish() { return object_.publish(); }
+
+    /// Tells what has changed since the panel was last told.
+    void update() {
         const std::vector<PanelMenuRow> before = std::exchange(rows_, menu_.menu_.rows());
         if (before == rows_) {
-            return false;
+            return;
         }
-        (void)attempt([this, &before] {
-            if (haveSameLayout(before, rows_)) {
-                emitProperties(menuChanges(before, rows_));
-            } else {
-                ++revision_;
-                object_->emitSignal("LayoutUpdated")
-                    .onInterface(interface)
-                    .withArguments(revision_, std::int32_t{rootId});
-            }
-        });
-        menu_.bus_.flush();
-        return true;
+        if (haveSameLayout(before, rows_)) {
+            emitProperties(menuChanges(before, rows_));
+        } else {
+            object_.emit("LayoutUpdated", ++revision_, std::int32_t{rootId});
+        }
     }
 
 private:
-    void registerReading() {
-        object_->registerMethod("GetLayout")
-            .onInterface(interface)
-            .withInputParamNames("parentId", "recursionDepth", "propertyNames")
-            .withOutputParamNames("revision", "layout")
-            .implementedAs([this](std::int32_t parent, std::int32_t depth, const Names& names) {
+    void declareReading() {
+        object_.method(
+            "GetLayout", {"parentId", "recursionDepth", "propertyNames"}, {"revision", "layout"},
+            [this](std::int32_t parent, std::int32_t depth, const Names& names) {
                 return layout(parent, depth, names);
             });
-        object_->registerMethod("GetGroupProperties")
-            .onInterface(interface)
-            .withInputParamNames("ids", "propertyNames")
-            .withOutputParamNames("properties")
-            .implementedAs(
-                [this](const Ids& ids, const Names& names) { return groupProperties(ids, names); });
-        object_->registerMethod("GetProperty")
-            .onInterface(interface)
-            .withInputParamNames("id", "name")
-            .withOutputParamNames("value")
-            .implementedAs([this](std::int32_t id, const std::string& name) { return property(id, name); });
+        object_.method(
+            "GetGroupProperties", {"ids", "propertyNames"}, {"properties"},
+            [this](const Ids& ids, const Names& names) { return groupProperties(ids, names); });
+        object_.method(
+            "GetProperty", {"id", "name"}, {"value"},
+            [this](std::int32_t id, const std::string& name) { return property(id, name); });
     }
 
-    void registerEvents() {
-        object_->registerMethod("Event")
-            .onInterface(interface)
-            .withInputParamNames("id", "eventId", "data", "timestamp")
-            .implementedAs(
-                [this](std::int32_t id, const std::string& event, const sdbus::Variant&, std::uint32_t) {
-                    requireKnown(id);
-                    receive(id, event);
-                });
-        object_->registerMethod("EventGroup")
-            .onInterface(interface)
-            .withInputParamNames("events")
-            .withOutputParamNames("idErrors")
-            .implementedAs([this](const std::vector<BusEvent>& events) { return receiveGroup(events); });
-        object_->registerMethod("AboutToShow")
-            .onInterface(interface)
-            .withInputParamNames("id")
-            .withOutputParamNames("needUpdate")
-            .implementedAs([this](std::int32_t id) {
-                requireKnown(id);
-                return aboutToShow(id);
+    void declareEvents() {
+        object_.method(
+            "Event", {"id", "eventId", "data", "timestamp"}, {},
+            [this](std::int32_t id, const std::string& event, const EventData&, std::uint32_t) {
+                return receiveOne(id, event);
             });
-        object_->registerMethod("AboutToShowGroup")
-            .onInterface(interface)
-            .withInputParamNames("ids")
-            .withOutputParamNames("updatesNeeded", "idErrors")
-            .implementedAs([this](const Ids& ids) { return aboutToShowGroup(ids); });
-    }
-
-    void registerProperties() {
-        object_->registerProperty("Version").onInterface(interface).withGetter(
-            [] { return protocolVersion; });
-        object_->registerProperty("TextDirection").onInterface(interface).withGetter([] {
-            return std::string("ltr");
+        object_.method("EventGroup", {"events"}, {"idErrors"}, [this](const std::vector<BusEvent>& events) {
+            return receiveGroup(events);
         });
-        object_->registerProperty("Status").onInterface(interface).withGetter(
-            [] { return std::string("normal"); });
-        object_->registerProperty("IconThemePath").onInterface(interface).withGetter([this] {
-            return menu_.iconThemePath_.empty() ? Names() : Names{validUtf8(menu_.iconThemePath_)};
+        object_.method("AboutToShow", {"id"}, {"needUpdate"}, [this](std::int32_t id) {
+            return isKnown(id) ? BusOutcome<bool>(aboutToShow(id)) : unknownId(id);
+        });
+        object_.method("AboutToShowGroup", {"ids"}, {"updatesNeeded", "idErrors"}, [this](const Ids& ids) {
+            return aboutToShowGroup(ids);
         });
     }
 
-    std::tuple<std::uint32_t, BusLayout> layout(std::int32_t parent, std::int32_t depth, const Names& names) {
+    void declareProperties() {
+        object_.property("Version", [] { return protocolVersion; });
+        object_.property("TextDirection", [] { return std::string("ltr"); });
+        object_.property("Status", [] { return std::string("normal"); });
+        object_.property("IconThemePath", [this] {
+            return menu_.iconThemePath_.empty() ? Names() : Names{menu_.iconThemePath_};
+        });
+    }
+
+    BusOutcome<std::tuple<std::uint32_t, BusLayout>> layout(
+        std::int32_t parent, std::int32_t depth, const Names& names) {
         update();
-        requireKnown(parent);
-        std::vector<sdbus::Variant> children;
+        if (!isKnown(parent)) {
+            return unknownId(parent);
+        }
+        std::vector<std::variant<BusRowLayout>> children;
         if (parent == rootId && depth != 0) {
             for (const PanelMenuRow& row : rows_) {
-                children.emplace_back(BusLayout(
-                    row.id, busProperties(selected(menuProperties(row), names)),
-                    std::vector<sdbus::Variant>()));
+                children.emplace_back(BusRowLayout(row.id, selected(menuProperties(row), names), {}));
             }
         }
         if (menu_.onRead) {
             menu_.onRead();
         }
-        return {
-            revision_,
-            BusLayout(parent, busProperties(selected(properties(parent), names)), std::move(children))};
+        return std::tuple(
+            revision_, BusLayout(parent, selected(properties(parent), names), std::move(children)));
     }
 
     std::vector<BusRow> groupProperties(Ids ids, const Names& names) {
@@ -187,47 +134,52 @@ private:
         std::vector<BusRow> result;
         for (const std::int32_t id : ids) {
             if (isKnown(id)) {
-                result.emplace_back(id, busProperties(selected(properties(id), names)));
+                result.emplace_back(id, selected(properties(id), names));
             }
         }
         return result;
     }
 
-    sdbus::Variant property(std::int32_t id, const std::string& name) {
+    BusOutcome<MenuPropertyValue> property(std::int32_t id, const std::string& name) {
         update();
-        requireKnown(id);
-        const MenuProperties own = properties(id);
-        if (const auto found = own.find(name); found != own.end()) {
-            return busValue(found->second);
+        if (!isKnown(id)) {
+            return unknownId(id);
         }
-        const MenuProperties& defaults = defaultMenuProperties();
-        if (const auto found = defaults.find(name); found != defaults.end()) {
-            return busValue(found->second);
+        MenuProperties known = properties(id);
+        known.insert(defaultMenuProperties().begin(), defaultMenuProperties().end());
+        if (const auto found = known.find(name); found != known.end()) {
+            return found->second;
         }
-        throw sdbus::Error(
-            "org.freedesktop.DBus.Error.InvalidArgs", "menu items have no property " + validUtf8(name));
+        return BusError{.name = BusError::invalidArguments, .text = "menu items have no property " + name};
     }
 
-    Ids receiveGroup(const std::vector<BusEvent>& events) {
+    BusOutcome<NoResult> receiveOne(std::int32_t id, const std::string& event) {
+        if (!isKnown(id)) {
+            return unknownId(id);
+        }
+        receive(id, event);
+        return NoResult();
+    }
+
+    BusOutcome<Ids> receiveGroup(const std::vector<BusEvent>& events) {
         Ids unknown;
-        for (const BusEvent& event : events) {
-            const std::int32_t id = event.get<0>();
+        for (const auto& [id, event, data, timestamp] : events) {
             if (isKnown(id)) {
-                receive(id, event.get<1>());
+                receive(id, event);
             } else {
                 unknown.push_back(id);
             }
         }
         if (!unknown.empty() && unknown.size() == events.size()) {
-            throw unknownId(unknown.front());
+            return unknownId(unknown.front());
         }
         return unknown;
     }
 
     void receive(std::int32_t id, const std::string& event) {
         if (event == "clicked" && id != rootId) {
-            // A click closes the menu, whether or not the panel says so. It gets its answer first: what is
-            // chosen may open windows, or end the program.
+            // A click closes the menu, whether or not the panel says so. The panel gets its answer first:
+            // the choice may open windows, or end the program.
             closed();
             menu_.loop_.post(lifeline_.guarded([&menu = menu_.menu_, id] { menu.choose(id); }));
         } else if (event == "opened" && id == rootId) {
@@ -235,7 +187,7 @@ private:
         } else if (event == "closed" && id == rootId) {
             closed();
         } else {
-            // Pointed at, it is still open.
+            // Pointing at a row shows that the menu is still open.
             menu_.menu_.willRead();
         }
     }
@@ -243,24 +195,24 @@ private:
     void opened() {
         menu_.menu_.didShow();
         update();
-        panel_ = object_->getCurrentlyProcessedMessage()->getSender();
+        panel_ = menu_.bus_.link()->currentSender();
         menu_.loop_.post(lifeline_.guarded([this] { watchPanel(); }));
     }
 
     void closed() {
         panel_.clear();
-        panelMatch_.reset();
+        panelWatch_.reset();
         menu_.menu_.didHide();
     }
 
-    /// A panel that goes while it shows the menu will not say any more that it has closed it.
+    /// A panel that goes while it shows the menu can't tell that it has closed it.
     void watchPanel() {
         if (!panel_.empty()) {
-            panelMatch_ = menu_.bus_.addMatch(
-                "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-                "member='NameOwnerChanged',arg0='"
-                    + panel_ + "'",
-                [this](sdbus::Message&) { closed(); });
+            panelWatch_ = watchName(menu_.bus_, panel_, [this](const std::string& owner, NameNews) {
+                if (owner.empty()) {
+                    closed();
+                }
+            });
         }
     }
 
@@ -273,7 +225,7 @@ private:
         return id == rootId && rows_ != before;
     }
 
-    std::tuple<Ids, Ids> aboutToShowGroup(const Ids& ids) {
+    BusOutcome<std::tuple<Ids, Ids>> aboutToShowGroup(const Ids& ids) {
         Ids changed;
         Ids unknown;
         for (const std::int32_t id : ids) {
@@ -284,9 +236,9 @@ private:
             }
         }
         if (!unknown.empty() && unknown.size() == ids.size()) {
-            throw unknownId(unknown.front());
+            return unknownId(unknown.front());
         }
-        return {changed, unknown};
+        return std::tuple(changed, unknown);
     }
 
     void emitProperties(const std::vector<MenuRowChange>& changes) {
@@ -294,16 +246,14 @@ private:
         std::vector<RemovedProperties> removed;
         for (const MenuRowChange& change : changes) {
             if (!change.updated.empty()) {
-                updated.emplace_back(change.id, busProperties(change.updated));
+                updated.emplace_back(change.id, change.updated);
             }
             if (!change.removed.empty()) {
                 removed.emplace_back(change.id, change.removed);
             }
         }
         if (!updated.empty() || !removed.empty()) {
-            object_->emitSignal("ItemsPropertiesUpdated")
-                .onInterface(interface)
-                .withArguments(updated, removed);
+            object_.emit("ItemsPropertiesUpdated", updated, removed);
         }
     }
 
@@ -314,23 +264,17 @@ private:
 
     [[nodiscard]] bool isKnown(std::int32_t id) const { return id == rootId || row(id) != nullptr; }
 
-    void requireKnown(std::int32_t id) const {
-        if (!isKnown(id)) {
-            throw unknownId(id);
-        }
-    }
-
     [[nodiscard]] MenuProperties properties(std::int32_t id) const {
         const PanelMenuRow* found = row(id);
         return found == nullptr ? rootMenuProperties() : menuProperties(*found);
     }
 
     DBusMenu& menu_;
-    std::unique_ptr<sdbus::IObject> object_;
+    BusObject object_;
     std::vector<PanelMenuRow> rows_; ///< as the panels were told
     std::uint32_t revision_ = 1;
-    std::string panel_;       ///< that shows the menu, by its unique name; empty while none does
-    Subscription panelMatch_; ///< likewise
+    std::string panel_;       ///< unique name of the panel that shows the menu; empty while it is closed
+    Subscription panelWatch_; ///< while it is open
     Lifeline lifeline_;
 };
 
@@ -352,13 +296,14 @@ DBusMenu::~DBusMenu() {
 void DBusMenu::busChanged() {
     if (bus_.state() != BusConnection::State::connected) {
         if (exported_) {
-            // Nobody will say any more that the menu has been closed.
+            // No panel can tell any more that it has closed the menu.
             menu_.didHide();
         }
         exported_.reset();
         return;
     }
-    if (!attempt([this] { exported_ = std::make_unique<Exported>(*this); })) {
+    exported_ = std::make_unique<Exported>(*this);
+    if (!exported_->publish()) {
         exported_.reset();
     }
 }

@@ -1,4 +1,4 @@
-// The status item's menu for panels that draw it by themselves: com.canonical.dbusmenu.
+// The status item's menu for panels that draw menus themselves: com.canonical.dbusmenu.
 #pragma once
 
 #include "core/RunLoop.h"
@@ -11,7 +11,7 @@
 
 namespace tarnwick {
 
-/// There whenever the bus is. Main thread.
+/// On the bus while there is one. Main thread.
 class DBusMenu {
 public:
     static constexpr const char* path = "/MenuBar";

@@ -1,7 +1,5 @@
 #include "platform/panel/MenuProperties.h"
 
-#include "platform/bus/BusText.h"
-
 #include <algorithm>
 
 namespace tarnwick {
@@ -9,7 +7,7 @@ namespace tarnwick {
 namespace {
 
 std::string escapedLabel(const std::string& text) {
-    // A single underscore marks the letter behind it as the one to be typed.
+    // A single underscore would mark the letter behind it as the row's key.
     std::string escaped;
     for (const char character : text) {
         escaped += character;
@@ -27,13 +25,13 @@ MenuProperties menuProperties(const PanelMenuRow& row) {
     if (row.isSeparator) {
         properties["type"] = std::string("separator");
     } else {
-        properties["label"] = escapedLabel(validUtf8(row.label));
+        properties["label"] = escapedLabel(row.label);
     }
     if (!row.iconName.empty()) {
-        properties["icon-name"] = validUtf8(row.iconName);
+        properties["icon-name"] = row.iconName;
     }
     if (!row.shortcutKey.empty()) {
-        properties["shortcut"] = MenuShortcut{"Control", validUtf8(row.shortcutKey)};
+        properties["shortcut"] = MenuShortcut{std::vector<std::string>{"Control", row.shortcutKey}};
     }
     if (!row.enabled) {
         properties["enabled"] = false;

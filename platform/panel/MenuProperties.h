@@ -11,21 +11,21 @@
 
 namespace tarnwick {
 
-/// Keys pressed together, the last one not being a modifier.
-using MenuShortcut = std::vector<std::string>;
+/// Keys that are pressed together, the last one no modifier; one such list for each stroke.
+using MenuShortcut = std::vector<std::vector<std::string>>;
 using MenuPropertyValue = std::variant<bool, std::string, MenuShortcut>;
 using MenuProperties = std::map<std::string, MenuPropertyValue>;
 
-/// Those that differ from the protocol's defaults. A row's texts are made valid UTF-8.
+/// The properties that differ from the protocol's defaults.
 [[nodiscard]] MenuProperties menuProperties(const PanelMenuRow& row);
 
-/// Of the menu itself.
+/// The properties of the menu itself.
 [[nodiscard]] MenuProperties rootMenuProperties();
 
-/// What a property is that is not mentioned.
+/// The value of each property that is left out.
 [[nodiscard]] const MenuProperties& defaultMenuProperties();
 
-/// `properties` without those that are not asked for. Without names all are.
+/// The properties with these names; all of them when no name is given.
 [[nodiscard]] MenuProperties selected(
     const MenuProperties& properties, const std::vector<std::string>& names);
 

@@ -1,12 +1,8 @@
 #include "platform/panel/NotifierStatusItem.h"
 
-#include "platform/bus/BusCall.h"
-#include "platform/bus/BusText.h"
-
-#include <sdbus-c++/sdbus-c++.h>
+#include "platform/bus/BusObject.h"
 
 #include <cstdint>
-#include <map>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -18,9 +14,9 @@ namespace {
 constexpr const char* interface = "org.kde.StatusNotifierItem";
 constexpr const char* itemPath = "/StatusNotifierItem";
 
-using BusPixmap = sdbus::Struct<std::int32_t, std::int32_t, std::vector<std::uint8_t>>;
+using BusPixmap = std::tuple<std::int32_t, std::int32_t, std::vector<std::uint8_t>>;
 using BusPixmaps = std::vector<BusPixmap>;
-using BusToolTip = sdbus::Struct<std::string, BusPixmaps, std::string, std::string>;
+using BusToolTip = std::tuple<std::string, BusPixmaps, std::string, std::string>;
 
 } // namespace
 
@@ -28,127 +24,108 @@ using BusToolTip = sdbus::Struct<std::string, BusPixmaps, std::string, std::stri
 class NotifierStatusItem::Exported {
 public:
     explicit Exported(NotifierStatusItem& item)
-        : item_(item), object_(sdbus::createObject(*item.needs_.bus.connection(), itemPath)) {
-        registerFixedProperties();
-        registerChangingProperties();
-        registerClicks();
-        registerSignals();
-        object_->finishRegistration();
+        : item_(item), object_(*item.needs_.bus.link(), itemPath, interface) {
+        declareFixedProperties();
+        declareChangingProperties();
+        declareClicks();
+        declareSignals();
     }
 
+    [[nodiscard]] bool publish() { return object_.publish(); }
+
     void tellDifferences(const ItemPresentation& before, const ItemPresentation& now) {
-        (void)attempt([this, &before, &now] {
-            if (now.hasOtherIcon(before)) {
-                object_->emitSignal("NewIcon").onInterface(interface).withArguments();
-            }
-            if (now.label != before.label || now.labelGuide != before.labelGuide) {
-                object_->emitSignal("XAyatanaNewLabel")
-                    .onInterface(interface)
-                    .withArguments(validUtf8(now.label), validUtf8(now.labelGuide));
-            }
-            if (now.toolTipTitle != before.toolTipTitle || now.toolTipText != before.toolTipText) {
-                object_->emitSignal("NewToolTip").onInterface(interface).withArguments();
-            }
-            if (now.spoken != before.spoken) {
-                // The one change that the protocol has no signal of its own for.
-                object_->emitPropertiesChangedSignal(interface, {"IconAccessibleDesc"});
-            }
-        });
-        item_.needs_.bus.flush();
+        if (now.hasOtherIcon(before)) {
+            object_.emit("NewIcon");
+        }
+        if (now.label != before.label || now.labelGuide != before.labelGuide) {
+            object_.emit("XAyatanaNewLabel", now.label, now.labelGuide);
+        }
+        if (now.toolTipTitle != before.toolTipTitle || now.toolTipText != before.toolTipText) {
+            object_.emit("NewToolTip");
+        }
+        if (now.spoken != before.spoken) {
+            // The protocol has no signal of its own for this one.
+            object_.emitChange(spokenName);
+        }
     }
 
 private:
-    /// Every reader counts as a panel that has taken the item.
+    static constexpr const char* spokenName = "IconAccessibleDesc";
+
+    /// A panel that reads a property has taken the item.
     template<typename Read>
-    void registerProperty(const char* name, Read read) {
-        object_->registerProperty(name).onInterface(interface).withGetter([this, read = std::move(read)] {
+    void declareProperty(const char* name, Read read) {
+        object_.property(name, [this, read = std::move(read)] {
             item_.itemWasRead_ = true;
             return read();
         });
     }
 
-    void registerText(const char* name, const char* text) {
-        registerProperty(name, [text] { return std::string(text); });
+    void declareText(const char* name, const char* text) {
+        declareProperty(name, [text] { return std::string(text); });
     }
 
-    void registerNoPixmaps(const char* name) {
-        registerProperty(name, [] { return BusPixmaps(); });
+    void declareNoPixmaps(const char* name) {
+        declareProperty(name, [] { return BusPixmaps(); });
     }
 
-    void registerFixedProperties() {
-        registerText("Category", "SystemServices");
-        registerText("Id", "tarnwick");
-        registerText("Title", ItemPresentation::name);
-        registerText("Status", "Active");
-        registerProperty("WindowId", [] { return std::int32_t{0}; });
-        registerProperty("ItemIsMenu", [] { return false; });
-        registerProperty("Menu", [] { return sdbus::ObjectPath(DBusMenu::path); });
-        registerText("OverlayIconName", "");
-        registerNoPixmaps("OverlayIconPixmap");
-        registerText("AttentionIconName", "");
-        registerNoPixmaps("AttentionIconPixmap");
-        registerText("AttentionMovieName", "");
-        registerText("AttentionAccessibleDesc", "");
-        registerProperty("XAyatanaOrderingIndex", [] { return std::uint32_t{0}; });
-        registerProperty("IconThemePath", [this] { return validUtf8(item_.needs_.iconThemePath); });
+    void declareFixedProperties() {
+        declareText("Category", "SystemServices");
+        declareText("Id", "tarnwick");
+        declareText("Title", ItemPresentation::name);
+        declareText("Status", "Active");
+        declareProperty("WindowId", [] { return std::int32_t{0}; });
+        declareProperty("ItemIsMenu", [] { return false; });
+        declareProperty("Menu", [] { return BusPath{DBusMenu::path}; });
+        declareText("OverlayIconName", "");
+        declareNoPixmaps("OverlayIconPixmap");
+        declareText("AttentionIconName", "");
+        declareNoPixmaps("AttentionIconPixmap");
+        declareText("AttentionMovieName", "");
+        declareText("AttentionAccessibleDesc", "");
+        declareProperty("XAyatanaOrderingIndex", [] { return std::uint32_t{0}; });
+        declareProperty("IconThemePath", [this] { return item_.needs_.iconThemePath; });
     }
 
-    void registerChangingProperties() {
-        registerProperty("IconName", [this] { return item_.shown_.iconName; });
-        registerProperty("IconPixmap", [this] { return pixmaps(); });
-        registerProperty("XAyatanaLabel", [this] { return validUtf8(item_.shown_.label); });
-        registerProperty("XAyatanaLabelGuide", [this] { return validUtf8(item_.shown_.labelGuide); });
+    void declareChangingProperties() {
+        declareProperty("IconName", [this] { return item_.shown_.iconName; });
+        declareProperty("IconPixmap", [this] { return pixmaps(); });
+        declareProperty("XAyatanaLabel", [this] { return item_.shown_.label; });
+        declareProperty("XAyatanaLabelGuide", [this] { return item_.shown_.labelGuide; });
         // Without an image: the item itself is right beside it.
-        registerProperty("ToolTip", [this] {
-            return BusToolTip(
-                std::string(), BusPixmaps(), validUtf8(item_.shown_.toolTipTitle),
-                validUtf8(item_.shown_.toolTipText));
+        declareProperty("ToolTip", [this] {
+            return BusToolTip("", BusPixmaps(), item_.shown_.toolTipTitle, item_.shown_.toolTipText);
         });
-        // Telling of its change reads it, too: that is no panel.
-        object_->registerProperty("IconAccessibleDesc")
-            .onInterface(interface)
-            .withGetter([this] { return validUtf8(item_.shown_.spoken); })
-            .withUpdateBehavior(sdbus::Flags::EMITS_CHANGE_SIGNAL);
-        object_->setInterfaceFlags(interface).withPropertyUpdateBehavior(sdbus::Flags::EMITS_NO_SIGNAL);
+        // Our own telling of its change reads it too, so reading it does not count.
+        object_.property(
+            spokenName, [this] { return item_.shown_.spoken; }, BusObject::Change::told);
     }
 
-    void registerClicks() {
-        // A middle click does what a left one does, which panels with a menu on the left one keep for
-        // themselves; a panel that leaves the menu to the item gets what drops down from it.
+    void declareClicks() {
+        // A middle click does what a left click does: some panels open the menu with the left button. A panel
+        // that leaves the menu to the item gets our drop-down.
         for (const char* method : {"Activate", "SecondaryActivate", "ContextMenu"}) {
-            object_->registerMethod(method)
-                .onInterface(interface)
-                .withInputParamNames("x", "y")
-                .implementedAs([this](std::int32_t x, std::int32_t y) {
-                    item_.activateSoon(item_.desktopPosition(x, y));
-                });
+            object_.method(method, {"x", "y"}, {}, [this](std::int32_t x, std::int32_t y) {
+                item_.activateSoon(item_.desktopPosition(x, y));
+            });
         }
-        object_->registerMethod("XAyatanaSecondaryActivate")
-            .onInterface(interface)
-            .withInputParamNames("timestamp")
-            .implementedAs([this](std::uint32_t) { item_.activateSoon(std::nullopt); });
-        object_->registerMethod("Scroll")
-            .onInterface(interface)
-            .withInputParamNames("delta", "orientation")
-            .implementedAs([](std::int32_t, const std::string&) {});
-        object_->registerMethod("ProvideXdgActivationToken")
-            .onInterface(interface)
-            .withInputParamNames("token")
-            .implementedAs([this](const std::string& token) { item_.activationToken_ = token; });
+        object_.method("XAyatanaSecondaryActivate", {"timestamp"}, {}, [this](std::uint32_t) {
+            item_.activateSoon(std::nullopt);
+        });
+        object_.method("Scroll", {"delta", "orientation"}, {}, [](std::int32_t, const std::string&) {});
+        object_.method("ProvideXdgActivationToken", {"token"}, {}, [this](const std::string& token) {
+            item_.activationToken_ = token;
+        });
     }
 
-    void registerSignals() {
+    void declareSignals() {
         for (const char* signal :
              {"NewTitle", "NewIcon", "NewAttentionIcon", "NewOverlayIcon", "NewMenu", "NewToolTip"}) {
-            object_->registerSignal(signal).onInterface(interface).withParameters<>();
+            object_.signal<>(signal);
         }
-        object_->registerSignal("NewStatus").onInterface(interface).withParameters<std::string>("status");
-        object_->registerSignal("NewIconThemePath")
-            .onInterface(interface)
-            .withParameters<std::string>("path");
-        object_->registerSignal("XAyatanaNewLabel")
-            .onInterface(interface)
-            .withParameters<std::string, std::string>("label", "guide");
+        object_.signal<std::string>("NewStatus", {"status"});
+        object_.signal<std::string>("NewIconThemePath", {"path"});
+        object_.signal<std::string, std::string>("XAyatanaNewLabel", {"label", "guide"});
     }
 
     [[nodiscard]] BusPixmaps pixmaps() const {
@@ -161,7 +138,7 @@ private:
     }
 
     NotifierStatusItem& item_;
-    std::unique_ptr<sdbus::IObject> object_;
+    BusObject object_;
 };
 
 NotifierStatusItem::NotifierStatusItem(Needs needs)
@@ -218,12 +195,14 @@ void NotifierStatusItem::busChanged() {
     if (needs_.bus.state() != BusConnection::State::connected) {
         return;
     }
-    // By the connection's own name, which every watcher knows: some trip over another one that they notice
-    // late, and then show an item without its menu, or none.
-    (void)attempt([this] {
-        exported_ = std::make_unique<Exported>(*this);
-        registration_.setService(needs_.bus.connection()->getUniqueName());
-    });
+    // It is registered by the connection's unique name. Some watchers notice another name late, and then show
+    // the item without its menu, or no item.
+    exported_ = std::make_unique<Exported>(*this);
+    if (exported_->publish()) {
+        registration_.setService(needs_.bus.uniqueName());
+    } else {
+        exported_.reset();
+    }
 }
 
 void NotifierStatusItem::hostChanged() {

@@ -32,8 +32,8 @@ public:
         const FacePainter& painter;
         PanelMenu& menu;
         ColorScheme& colors;
-        /// A folder with the program's icons by name, laid out as an icon theme. Empty: none, and every icon
-        /// goes as an image.
+        /// A folder with the program's icons by name, laid out as an icon theme. Empty: every icon is sent as
+        /// an image.
         std::string iconThemePath{};
         /// Images come in the sizes that panels take on screens of these scales.
         ItemPixmaps::Scales screenScales = [] { return std::vector<double>{1, 2}; };
@@ -53,17 +53,17 @@ public:
         return needs_.painter.textWidth(text);
     }
 
-    /// What images are drawn with where nobody tells how dark the panel is; dark at first.
+    /// The ink of images where it is unknown how dark the panel is; dark at first.
     void setFallbackInk(Ink ink);
 
-    /// Whether somebody keeps a list of such items, so that this one is shown wherever there is a panel.
+    /// Whether there is a watcher, which keeps the list of items for all panels.
     [[nodiscard]] bool hasWatcher() const { return !hosts_.watcher().empty(); }
 
     /// The answer of `hasWatcher` has changed.
     std::function<void()> onWatcherChange;
 
-    /// The token by which the desktop lets the latest click open a window in front of others; empty when it
-    /// has given none, or when it was taken before.
+    /// The token by which the desktop lets the latest click open a window in front of others; empty when
+    /// there is none, or when it was taken before.
     [[nodiscard]] std::string takeActivationToken() { return std::exchange(activationToken_, {}); }
 
 private:

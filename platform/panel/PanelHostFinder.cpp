@@ -1,6 +1,7 @@
 #include "platform/panel/PanelHostFinder.h"
 
 #include "platform/bus/BusCall.h"
+#include "platform/bus/NameWatch.h"
 
 #include <cstdint>
 #include <tuple>
@@ -21,15 +22,11 @@ bool isOfInterest(const std::string& name) {
 PanelHostFinder::PanelHostFinder(BusConnection& bus, ProcessName processName)
     : bus_(bus), processName_(std::move(processName)), host_(&panelHost("")) {
     stateSubscription_ = bus_.onStateChange([this](BusConnection::State state) { busChanged(state); });
-    ownerMatch_ = bus_.addMatch(
-        "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-        "member='NameOwnerChanged',arg0namespace='org.kde'",
-        [this](sdbus::Message& message) {
-            const auto values = valuesOf<std::string, std::string, std::string>(message);
-            if (values && isOfInterest(std::get<0>(*values))) {
-                setOwner(std::get<0>(*values), std::get<2>(*values));
-            }
-        });
+    ownerMatch_ = bus_.addMatch(nameChangeRule("org.kde", "arg0namespace"), [this](BusMessage& message) {
+        if (const auto change = nameChange(message); change && isOfInterest(change->name)) {
+            setOwner(change->name, change->owner);
+        }
+    });
     if (bus_.state() == BusConnection::State::connected) {
         lookAround();
     }

@@ -1,4 +1,4 @@
-// Finds out which panel shows the status items, and follows its coming and going.
+// Finds out which panel shows the status items, and notices when it comes or goes.
 #pragma once
 
 #include "core/Lifeline.h"
@@ -27,7 +27,7 @@ public:
     /// The connection that keeps the list of items, by its unique name; empty while there is none.
     [[nodiscard]] std::string watcher() const;
 
-    /// Told when the panel is another one, or the watcher.
+    /// Told when the panel or the watcher changes.
     std::function<void()> onChange;
 
 private:

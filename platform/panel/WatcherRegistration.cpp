@@ -35,8 +35,8 @@ void WatcherRegistration::start() {
 }
 
 void WatcherRegistration::registerItem() {
-    // Nothing hangs on the answer: what counts is that the item is read.
-    callBus<Done>(
+    // The answer is of no interest: some panels answer and never read the item.
+    callBus<NoResult>(
         needs_.bus,
         {
             .destination = watcher_,
@@ -44,7 +44,7 @@ void WatcherRegistration::registerItem() {
             .interface = "org.kde.StatusNotifierWatcher",
             .method = "RegisterStatusNotifierItem",
         },
-        std::tuple(service_), [](const std::optional<Done>&) {});
+        std::tuple(service_), [](const std::optional<NoResult>&) {});
     checkTimer_ = needs_.loop.after(patience_, [this] { check(); });
 }
 

@@ -1,4 +1,4 @@
-// Makes the status item known to whoever keeps the list of such items, again whenever that changes.
+// Registers the status item with the watcher, which keeps the list of such items; again with each new one.
 #pragma once
 
 #include "core/RunLoop.h"
@@ -8,12 +8,12 @@
 
 namespace tarnwick {
 
-/// Some panels lose an item that comes before them: registering is answered, but nobody ever reads the item.
-/// One that has not been read a while after registering is registered again, a bounded number of times. Main
-/// thread.
+/// Some panels lose an item that was registered before they started: the watcher answers, but no panel reads
+/// the item. An item that is still unread some time after registering is registered again, a bounded number
+/// of times. Main thread.
 class WatcherRegistration {
 public:
-    static constexpr double usualPatience = 3.5;
+    static constexpr double usualPatience = 3.5; ///< seconds
     static constexpr int mostRepetitions = 5;
 
     /// What is handed in outlives it. `wasRead` tells whether a panel has read the item since the latest

@@ -7,7 +7,11 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <optional>
+#include <stdexcept>
+#include <string>
+#include <tuple>
 #include <vector>
 
 namespace tarnwick {
@@ -22,22 +26,21 @@ protected:
     /// A program that answers "Echo" with what it got, and "Wait" never.
     void addEcho() {
         BusPeer& peer = addPeer();
-        peer.connection().requestName("test.Echo");
-        echo_ = sdbus::createObject(peer.connection(), "/echo");
-        echo_->registerMethod("Echo").onInterface("test.Echo").implementedAs([](const std::string& text) {
-            return text;
+        peer.requestName("test.Echo");
+        echo_ = peer.takeCalls("/echo", [](BusMessage& call) {
+            if (call.member() == "Echo") {
+                BusMessage reply = call.reply();
+                ASSERT_TRUE(reply.append(std::get<0>(call.read<std::string>().value())));
+                ASSERT_TRUE(reply.send());
+            }
         });
-        echo_->registerMethod(
-            "test.Echo", "Wait", "", "", [this](const sdbus::MethodCall& call) { unanswered_ = call; });
-        echo_->finishRegistration();
     }
 
     [[nodiscard]] static BusConnection::Call echoCall(const char* method) {
         return {.destination = "test.Echo", .path = "/echo", .interface = "test.Echo", .method = method};
     }
 
-    std::unique_ptr<sdbus::IObject> echo_;
-    sdbus::MethodCall unanswered_;
+    Subscription echo_;
 };
 
 /// The same where no bus is running.
@@ -48,15 +51,15 @@ protected:
 
 } // namespace
 
-TEST_F(BusConnectionTest, ItConnectsByItself) {
+TEST_F(BusConnectionTest, ItConnectsAfterItsMaking) {
     EXPECT_EQ(bus_.state(), State::connecting);
 
     EXPECT_TRUE(runUntilConnected());
 
-    EXPECT_NE(bus_.connection(), nullptr);
+    EXPECT_NE(bus_.uniqueName(), "");
 }
 
-TEST_F(BusConnectionTest, WhatNobodyNeedsIsNotOpened) {
+TEST_F(BusConnectionTest, AConnectionThatIsNotNeededIsNotOpened) {
     BusConnection unneeded(loop_, daemon_.address(), BusConnection::Opening::whenNeeded);
     ASSERT_TRUE(runUntilConnected());
     runFor(0.2);
@@ -81,7 +84,7 @@ TEST_F(BusConnectionTest, ABusThatGoesAwayAndComesBackIsToldEachTime) {
 
     stopBus();
     ASSERT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
-    EXPECT_EQ(bus_.connection(), nullptr);
+    EXPECT_EQ(bus_.uniqueName(), "");
     ASSERT_TRUE(daemon_.start());
     ASSERT_TRUE(runUntilConnected());
 
@@ -126,8 +129,27 @@ TEST_F(BusConnectionTest, ItMayEndWhileItConnects) {
 
     connection.reset();
 
-    EXPECT_TRUE(loop_.runOne(1)) << "what the other thread brings back";
-    EXPECT_EQ(bus_.state(), State::connected);
+    BusPeer& peer = addPeer();
+    EXPECT_TRUE(runUntilHeardBy(peer));
+}
+
+TEST_F(BusConnectionTest, ABusThatAcceptsAndSaysNothingHoldsNothingUp) {
+    ASSERT_TRUE(runUntilConnected());
+    const FileDescriptor silent = daemon_.listenSilently();
+    ASSERT_TRUE(silent.isOpen());
+    const double start = loop_.now();
+    const BusConnection connection(loop_, daemon_.silentAddress());
+
+    runFor(0.2);
+
+    EXPECT_EQ(connection.state(), State::connecting);
+    EXPECT_LT(loop_.now() - start, 1);
+}
+
+TEST_F(BusConnectionTest, OfSeveralAddressesTheFirstThatListensIsTaken) {
+    const BusConnection connection(loop_, "unix:path=/nowhere/at/all;" + daemon_.address());
+
+    EXPECT_TRUE(runUntil([&connection] { return connection.state() == State::connected; }));
 }
 
 TEST_F(BusConnectionTest, ACallIsAnswered) {
@@ -186,7 +208,7 @@ TEST_F(BusConnectionTest, ACallThatIsNotAnsweredFailsAfterItsTimeout) {
     const double start = loop_.now();
 
     std::optional<bool> hasResult;
-    callBus<Done>(bus_, call, std::tuple(), [&hasResult](const std::optional<Done>& done) {
+    callBus<NoResult>(bus_, call, std::tuple(), [&hasResult](const std::optional<NoResult>& done) {
         hasResult = done.has_value();
     });
 
@@ -196,9 +218,9 @@ TEST_F(BusConnectionTest, ACallThatIsNotAnsweredFailsAfterItsTimeout) {
 
 TEST_F(WithoutBusTest, ACallWithoutABusFailsLater) {
     std::optional<bool> hasResult;
-    callBus<Done>(bus_, echoCall("Wait"), std::tuple(), [&hasResult](const std::optional<Done>& done) {
-        hasResult = done.has_value();
-    });
+    callBus<NoResult>(
+        bus_, echoCall("Wait"), std::tuple(),
+        [&hasResult](const std::optional<NoResult>& done) { hasResult = done.has_value(); });
 
     EXPECT_EQ(hasResult, std::nullopt);
     EXPECT_TRUE(runUntil([&hasResult] { return hasResult == false; }));
@@ -210,17 +232,20 @@ namespace {
 class BusMatchTest : public BusConnectionTest {
 protected:
     [[nodiscard]] Subscription countSignals() {
-        return bus_.addMatch("type='signal',interface='test.Signals'", [this](sdbus::Message& message) {
-            const auto values = valuesOf<std::string>(message);
+        return bus_.addMatch("type='signal',interface='test.Signals'", [this](BusMessage& message) {
+            const auto values = message.read<std::string>();
             heard_.push_back(values ? std::get<0>(*values) : "");
+            if (onHeard_) {
+                onHeard_();
+            }
         });
     }
 
     static void emit(BusPeer& peer, const std::string& text) {
-        const auto object = sdbus::createObject(peer.connection(), "/signals");
-        object->emitSignal("Spoken").onInterface("test.Signals").withArguments(text);
+        peer.emit({"/signals", "test.Signals"}, "Spoken", text);
     }
 
+    std::function<void()> onHeard_;
     std::vector<std::string> heard_;
 };
 
@@ -269,6 +294,69 @@ TEST_F(BusMatchTest, AnEndedMatchHearsNothing) {
 
     ASSERT_TRUE(runUntilHeardBy(peer));
     EXPECT_TRUE(heard_.empty());
+}
+
+TEST_F(BusMatchTest, AMatchMayEndInsideItsHandler) {
+    Subscription match = countSignals();
+    onHeard_ = [&match] { match.reset(); };
+    ASSERT_TRUE(runUntilConnected());
+    BusPeer& peer = addPeer();
+
+    emit(peer, "first");
+    emit(peer, "second");
+
+    ASSERT_TRUE(runUntilHeardBy(peer));
+    EXPECT_THAT(heard_, ElementsAre("first"));
+}
+
+TEST_F(BusMatchTest, AnExceptionInAHandlerConcernsThatMessageOnly) {
+    const Subscription match = countSignals();
+    onHeard_ = [] { throw std::runtime_error("not today"); };
+    ASSERT_TRUE(runUntilConnected());
+    BusPeer& peer = addPeer();
+
+    emit(peer, "first");
+    emit(peer, "second");
+
+    ASSERT_TRUE(runUntilHeardBy(peer));
+    EXPECT_THAT(heard_, ElementsAre("first", "second"));
+    EXPECT_EQ(bus_.state(), State::connected);
+}
+
+TEST_F(BusMatchTest, ASignalWithOtherContentsThanExpectedHasNoValues) {
+    const Subscription match = countSignals();
+    ASSERT_TRUE(runUntilConnected());
+    BusPeer& peer = addPeer();
+
+    peer.emit({"/signals", "test.Signals"}, "Spoken", std::uint32_t{7});
+    peer.emit({"/signals", "test.Signals"}, "Spoken");
+
+    ASSERT_TRUE(runUntilHeardBy(peer));
+    EXPECT_THAT(heard_, ElementsAre("", ""));
+}
+
+TEST_F(BusMatchTest, ANestedLoopInAHandlerWaitsWithoutSpinning) {
+    const Subscription match = countSignals();
+    int nestedTasks = 0;
+    onHeard_ = [&] {
+        onHeard_ = nullptr;
+        const double end = loop_.now() + 0.3;
+        while (loop_.now() < end) {
+            nestedTasks += loop_.runOne(0.05) ? 1 : 0;
+        }
+        EXPECT_THAT(heard_, ElementsAre("first"));
+    };
+    ASSERT_TRUE(runUntilConnected());
+    BusPeer& peer = addPeer();
+
+    // The second one is still at the bus when the first is handled.
+    emit(peer, "first");
+    ASSERT_TRUE(peer.call({"org.freedesktop.DBus", "/", "org.freedesktop.DBus"}, "GetId") != nullptr);
+    emit(peer, "second");
+
+    ASSERT_TRUE(runUntil([this] { return heard_.size() == 2; }));
+    EXPECT_THAT(heard_, ElementsAre("first", "second"));
+    EXPECT_LE(nestedTasks, 2);
 }
 
 } // namespace tarnwick

@@ -1,35 +1,73 @@
 #include "tests/platform/bus/BusPeer.h"
 
+#include <gtest/gtest.h>
+
+#include <map>
+#include <systemd/sd-bus.h>
+#include <tuple>
+
 namespace tarnwick {
 
-BusPeer::BusPeer(const std::string& address)
-    : connection_(sdbus::createSessionBusConnectionWithAddress(address)) {
+namespace {
+
+using CallHandler = std::function<void(BusMessage& call)>;
+
+int takeCall(sd_bus_message* message, void* handler, sd_bus_error* /*error*/) {
+    BusMessage call = BusMessage::sharing(message);
+    (*static_cast<CallHandler*>(handler))(call);
+    return 1;
+}
+
+} // namespace
+
+BusPeer::BusPeer(const std::string& address) : link_(BusLink::open(address)) {
+    // Asking for the name waits until there is one.
+    const char* name = nullptr;
+    EXPECT_GE(sd_bus_get_unique_name(link_->get(), &name), 0);
+}
+
+void BusPeer::requestName(const std::string& name) {
+    EXPECT_GE(sd_bus_request_name(link_->get(), name.c_str(), 0), 0) << name;
+}
+
+void BusPeer::releaseName(const std::string& name) {
+    EXPECT_GE(sd_bus_release_name(link_->get(), name.c_str()), 0) << name;
 }
 
 void BusPeer::process() {
-    while (connection_->processPendingRequest()) {
+    while (link_->process() == BusLink::Step::worked) {
     }
+}
+
+Subscription BusPeer::takeCalls(const std::string& path, std::function<void(BusMessage& call)> handler) {
+    auto owned = std::make_unique<CallHandler>(std::move(handler));
+    sd_bus_slot* slot = nullptr;
+    EXPECT_GE(sd_bus_add_object(link_->get(), &slot, path.c_str(), takeCall, owned.get()), 0);
+    sd_bus_slot_set_destroy_callback(
+        slot, [](void* given) { const std::unique_ptr<CallHandler> last(static_cast<CallHandler*>(given)); });
+    (void)owned.release();
+    return {slot, sd_bus_slot_unref};
 }
 
 void BusPeer::recordSignals(const std::string& rule) {
-    connection_->addMatch(
-        rule, [this](sdbus::Message& message) { record(message); }, sdbus::floating_slot);
+    recorded_.push_back(link_->addMatch(rule, [this](BusMessage& message) { record(message); }));
 }
 
-sdbus::IProxy& BusPeer::proxyFor(const Target& target) {
-    auto& proxy = proxies_[{target.destination, target.path}];
-    if (!proxy) {
-        proxy = sdbus::createProxy(*connection_, target.destination, target.path);
+void BusPeer::setDestination(BusMessage& message, const std::string& destination) {
+    if (!destination.empty()) {
+        EXPECT_GE(sd_bus_message_set_destination(message.get(), destination.c_str()), 0);
     }
-    return *proxy;
 }
 
-void BusPeer::record(sdbus::Message& message) {
-    signals_.push_back(message.getMemberName());
-    if (message.getMemberName() == "PropertiesChanged") {
-        std::string interface;
-        std::map<std::string, sdbus::Variant> changed;
-        message >> interface >> changed;
+void BusPeer::sendChecked(bool isComplete, BusMessage& message) {
+    EXPECT_TRUE(isComplete && message.send());
+}
+
+void BusPeer::record(BusMessage& message) {
+    signals_.push_back(message.member());
+    if (message.member() == "PropertiesChanged") {
+        using Changed = std::map<std::string, std::variant<std::monostate>>;
+        const auto [interface, changed] = message.read<std::string, Changed>().value();
         for (const auto& [name, value] : changed) {
             signals_.push_back(name);
         }

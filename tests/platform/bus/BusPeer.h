@@ -1,25 +1,32 @@
 // Another program on the bus, played by a test: a panel, a service, a second start.
 #pragma once
 
-#include <sdbus-c++/sdbus-c++.h>
+#include "platform/bus/BusLink.h"
+#include "platform/bus/BusMessage.h"
 
 #include <cstdint>
-#include <map>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace tarnwick {
 
-/// Lives on the test's thread: nothing reaches it but in `process`.
+/// Lives on the test's thread: nothing reaches it outside of `process`.
 class BusPeer {
 public:
+    /// Waits until it is connected.
     explicit BusPeer(const std::string& address);
 
-    [[nodiscard]] sdbus::IConnection& connection() { return *connection_; }
+    [[nodiscard]] BusLink& link() { return *link_; }
 
-    [[nodiscard]] std::string uniqueName() const { return connection_->getUniqueName(); }
+    [[nodiscard]] std::string uniqueName() const { return link_->uniqueName(); }
+
+    /// These wait for the bus daemon.
+    void requestName(const std::string& name);
+    void releaseName(const std::string& name);
 
     /// Deals with everything that has come.
     void process();
@@ -32,15 +39,20 @@ public:
 
     struct Answer {
         bool hasCome = false;
-        std::string error{}; ///< its name; empty when there was none
-        sdbus::MethodReply reply{};
+        BusMessage reply{};
 
-        /// To be read once.
+        /// Empty when there was none.
+        [[nodiscard]] std::string error() const { return reply.errorName(); }
+
+        /// The first result. Throws when it has another type.
         template<typename Value>
         [[nodiscard]] Value value() {
-            Value result{};
-            reply >> result;
-            return result;
+            return std::get<0>(reply.read<Value>().value());
+        }
+
+        template<typename... Values>
+        [[nodiscard]] std::tuple<Values...> values() {
+            return reply.read<Values...>().value();
         }
     };
 
@@ -48,20 +60,42 @@ public:
     template<typename... Arguments>
     [[nodiscard]] std::shared_ptr<Answer> call(
         const Target& target, const std::string& method, const Arguments&... arguments) {
-        sdbus::IProxy& proxy = proxyFor(target);
-        sdbus::MethodCall message = proxy.createMethodCall(target.interface, method);
-        (void)(static_cast<sdbus::Message&>(message) << ... << arguments);
+        BusMessage message = link_->newCall(target.destination, target.path, target.interface, method);
         auto answer = std::make_shared<Answer>();
-        proxy.callMethod(message, [answer](sdbus::MethodReply& reply, const sdbus::Error* error) {
-            answer->hasCome = true;
-            if (error != nullptr) {
-                answer->error = error->getName();
-            } else {
+        constexpr double patience = 25;
+        if (!message.append(arguments...) || !link_->call(message, patience, [answer](BusMessage& reply) {
+                answer->hasCome = true;
                 answer->reply = reply;
-            }
-        });
+            })) {
+            return nullptr;
+        }
         return answer;
     }
+
+    /// Where a signal comes from.
+    struct Source {
+        std::string path;
+        std::string interface;
+    };
+
+    /// To everybody, or to one connection.
+    template<typename... Arguments>
+    void emit(const Source& source, const std::string& signal, const Arguments&... arguments) {
+        emitTo("", source, signal, arguments...);
+    }
+
+    template<typename... Arguments>
+    void emitTo(
+        const std::string& destination, const Source& source, const std::string& signal,
+        const Arguments&... arguments) {
+        BusMessage message = link_->newSignal(source.path, source.interface, signal);
+        setDestination(message, destination);
+        sendChecked(message.append(arguments...), message);
+    }
+
+    /// Every call of that object, which the handler may leave without an answer.
+    [[nodiscard]] Subscription takeCalls(
+        const std::string& path, std::function<void(BusMessage& call)> handler);
 
     /// From now on, the members of the signals that come, in their order. "PropertiesChanged" is followed by
     /// the names of the properties.
@@ -70,12 +104,13 @@ public:
     [[nodiscard]] std::vector<std::string> takeSignals() { return std::exchange(signals_, {}); }
 
 private:
-    [[nodiscard]] sdbus::IProxy& proxyFor(const Target& target);
-    void record(sdbus::Message& message);
+    static void setDestination(BusMessage& message, const std::string& destination);
+    static void sendChecked(bool isComplete, BusMessage& message);
+    void record(BusMessage& message);
 
-    std::unique_ptr<sdbus::IConnection> connection_;
-    std::map<std::pair<std::string, std::string>, std::unique_ptr<sdbus::IProxy>> proxies_;
+    std::unique_ptr<BusLink> link_;
     std::vector<std::string> signals_;
+    std::vector<Subscription> recorded_;
 };
 
 } // namespace tarnwick

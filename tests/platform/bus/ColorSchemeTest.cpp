@@ -3,10 +3,14 @@
 
 #include "tests/platform/bus/BusTest.h"
 
+#include "platform/bus/BusObject.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <variant>
 
 namespace tarnwick {
 
@@ -15,61 +19,59 @@ namespace {
 /// Plays the services.
 class ColorSchemeTest : public BusTest {
 protected:
+    using Value = std::variant<bool, std::uint32_t, std::string>;
+    /// Reading a setting wraps its value once more than telling of its change does.
+    using Wrapped = std::variant<Value>;
+
+    static constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
+    static constexpr const char* panelPath = "/org/xfce/Xfconf";
     static constexpr const char* portalInterface = "org.freedesktop.portal.Settings";
     static constexpr const char* panelInterface = "org.xfce.Xfconf";
 
     void addPortal(std::uint32_t preference) {
-        BusPeer& peer = addPeer();
+        portalPeer_ = &addPeer();
         preference_ = preference;
-        portal_ = sdbus::createObject(peer.connection(), "/org/freedesktop/portal/desktop");
-        portal_->registerMethod("Read")
-            .onInterface(portalInterface)
-            .implementedAs([this](const std::string& group, const std::string& key) {
+        portal_.emplace(portalPeer_->link(), portalPath, portalInterface);
+        portal_->method(
+            "Read", {}, {}, [this](const std::string& group, const std::string& key) -> BusOutcome<Wrapped> {
                 if (group != "org.freedesktop.appearance" || key != "color-scheme") {
-                    throw sdbus::Error("org.freedesktop.portal.Error.NotFound");
+                    return BusError{.name = "org.freedesktop.portal.Error.NotFound", .text = key};
                 }
-                return sdbus::Variant(sdbus::Variant(preference_));
+                return Wrapped(Value(preference_));
             });
-        portal_->registerSignal("SettingChanged")
-            .onInterface(portalInterface)
-            .withParameters<std::string, std::string, sdbus::Variant>();
-        portal_->finishRegistration();
-        peer.connection().requestName("org.freedesktop.portal.Desktop");
+        EXPECT_TRUE(portal_->publish());
+        portalPeer_->requestName("org.freedesktop.portal.Desktop");
     }
 
-    void emitPreference(const std::string& key, const sdbus::Variant& value) {
-        portal_->emitSignal("SettingChanged")
-            .onInterface(portalInterface)
-            .withArguments(std::string("org.freedesktop.appearance"), key, value);
+    void emitPreference(const std::string& key, const Value& value) {
+        portalPeer_->emit(
+            {portalPath, portalInterface}, "SettingChanged", std::string("org.freedesktop.appearance"), key,
+            value);
     }
 
     BusPeer& addPanelSettings(bool isDark) {
-        BusPeer& peer = addPeer();
-        settings_ = sdbus::createObject(peer.connection(), "/org/xfce/Xfconf");
-        settings_->registerMethod("GetProperty")
-            .onInterface(panelInterface)
-            .implementedAs([this, isDark](const std::string& channel, const std::string& property) {
+        panelPeer_ = &addPeer();
+        settings_.emplace(panelPeer_->link(), panelPath, panelInterface);
+        settings_->method(
+            "GetProperty", {}, {},
+            [this, isDark](const std::string& channel, const std::string& property) -> BusOutcome<Value> {
                 ++panelReads_;
                 if (channel != "xfce4-panel" || property != "/panels/dark-mode") {
-                    throw sdbus::Error("org.xfce.Xfconf.Error.PropertyNotFound");
+                    return BusError{.name = "org.xfce.Xfconf.Error.PropertyNotFound", .text = property};
                 }
-                return sdbus::Variant(isDark);
+                return Value(isDark);
             });
-        settings_->registerSignal("PropertyChanged")
-            .onInterface(panelInterface)
-            .withParameters<std::string, std::string, sdbus::Variant>();
-        settings_->registerSignal("PropertyRemoved")
-            .onInterface(panelInterface)
-            .withParameters<std::string, std::string>();
-        settings_->finishRegistration();
-        peer.connection().requestName("org.xfce.Xfconf");
-        return peer;
+        EXPECT_TRUE(settings_->publish());
+        panelPeer_->requestName("org.xfce.Xfconf");
+        return *panelPeer_;
     }
 
-    void emitPanelSetting(const sdbus::Variant& value) {
-        settings_->emitSignal("PropertyChanged")
-            .onInterface(panelInterface)
-            .withArguments(std::string("xfce4-panel"), std::string("/panels/dark-mode"), value);
+    /// "PropertyChanged" with a value, "PropertyRemoved" without one.
+    template<typename... Values>
+    void emitPanelSetting(const std::string& signal, const Values&... value) {
+        panelPeer_->emit(
+            {panelPath, panelInterface}, signal, std::string("xfce4-panel"), std::string("/panels/dark-mode"),
+            value...);
     }
 
     [[nodiscard]] bool runUntilDesktopIs(std::optional<bool> isDark) {
@@ -80,8 +82,10 @@ protected:
         return runUntil([this, isDark] { return colors_.panelIsDark() == isDark; });
     }
 
-    std::unique_ptr<sdbus::IObject> portal_;
-    std::unique_ptr<sdbus::IObject> settings_;
+    BusPeer* portalPeer_ = nullptr;
+    BusPeer* panelPeer_ = nullptr;
+    std::optional<BusObject> portal_;
+    std::optional<BusObject> settings_;
     std::uint32_t preference_ = 0;
     int panelReads_ = 0;
     ColorScheme colors_{bus_};
@@ -101,7 +105,7 @@ TEST_F(ColorSchemeTest, AChangeOfThePreferenceIsTold) {
     int changes = 0;
     const Subscription subscription = colors_.onChange([&changes] { ++changes; });
 
-    emitPreference("color-scheme", sdbus::Variant(std::uint32_t{2}));
+    emitPreference("color-scheme", std::uint32_t{2});
 
     ASSERT_TRUE(runUntilDesktopIs(false));
     EXPECT_EQ(changes, 1);
@@ -111,7 +115,7 @@ TEST_F(ColorSchemeTest, NoPreferenceIsUnknown) {
     addPortal(2);
     ASSERT_TRUE(runUntilDesktopIs(false));
 
-    emitPreference("color-scheme", sdbus::Variant(std::uint32_t{0}));
+    emitPreference("color-scheme", std::uint32_t{0});
 
     EXPECT_TRUE(runUntilDesktopIs(std::nullopt));
 }
@@ -120,7 +124,7 @@ TEST_F(ColorSchemeTest, APreferenceThatIsNoneIsUnknown) {
     addPortal(2);
     ASSERT_TRUE(runUntilDesktopIs(false));
 
-    emitPreference("color-scheme", sdbus::Variant(std::string("dark")));
+    emitPreference("color-scheme", std::string("dark"));
 
     EXPECT_TRUE(runUntilDesktopIs(std::nullopt));
 }
@@ -129,7 +133,7 @@ TEST_F(ColorSchemeTest, OtherSettingsOfTheDesktopDoNotCount) {
     addPortal(1);
     ASSERT_TRUE(runUntilDesktopIs(true));
 
-    emitPreference("contrast", sdbus::Variant(std::uint32_t{2}));
+    emitPreference("contrast", std::uint32_t{2});
 
     ASSERT_TRUE(runUntilHeardBy(*peers_.front()));
     EXPECT_EQ(colors_.desktopIsDark(), true);
@@ -168,7 +172,7 @@ TEST_F(ColorSchemeTest, AChangeOfThePanelsSettingIsFollowed) {
     colors_.setFollowsPanel(true);
     ASSERT_TRUE(runUntilPanelIs(true));
 
-    emitPanelSetting(sdbus::Variant(false));
+    emitPanelSetting("PropertyChanged", Value(false));
 
     EXPECT_TRUE(runUntilPanelIs(false));
 }
@@ -178,9 +182,7 @@ TEST_F(ColorSchemeTest, ARemovedPanelSettingIsUnknown) {
     colors_.setFollowsPanel(true);
     ASSERT_TRUE(runUntilPanelIs(true));
 
-    settings_->emitSignal("PropertyRemoved")
-        .onInterface(panelInterface)
-        .withArguments(std::string("xfce4-panel"), std::string("/panels/dark-mode"));
+    emitPanelSetting("PropertyRemoved");
 
     EXPECT_TRUE(runUntilPanelIs(std::nullopt));
 }
@@ -189,7 +191,7 @@ TEST_F(ColorSchemeTest, AChangeOfThePanelsSettingIsIgnoredUnlessThePanelIsFollow
     BusPeer& peer = addPanelSettings(true);
     ASSERT_TRUE(runUntilConnected());
 
-    emitPanelSetting(sdbus::Variant(false));
+    emitPanelSetting("PropertyChanged", Value(false));
 
     ASSERT_TRUE(runUntilHeardBy(peer));
     EXPECT_EQ(colors_.panelIsDark(), std::nullopt);

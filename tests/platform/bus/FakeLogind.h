@@ -1,14 +1,15 @@
-// The login manager, played by a test: it announces sleeps, and knows who wants them to wait.
+// The login manager, played by a test: it announces sleeps, and knows which programs delay them.
 #pragma once
 
 #include "tests/platform/bus/BusPeer.h"
 
 #include "core/FileDescriptor.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 #include <fcntl.h>
-#include <memory>
 #include <poll.h>
 #include <string>
 #include <unistd.h>
@@ -18,23 +19,12 @@ namespace tarnwick {
 
 class FakeLogind {
 public:
-    explicit FakeLogind(BusPeer& peer) : peer_(peer) {
-        object_ = sdbus::createObject(peer_.connection(), "/org/freedesktop/login1");
-        object_->registerMethod("Inhibit").onInterface(interface).implementedAs(
-            [this](
-                sdbus::Result<sdbus::UnixFd>&& result, const std::string& what, const std::string& who,
-                const std::string& why, const std::string& mode) {
-                requests_.push_back({.what = what, .who = who, .why = why, .mode = mode});
-                answer(result);
-            });
-        object_->registerSignal("PrepareForSleep").onInterface(interface).withParameters<bool>();
-        object_->finishRegistration();
-        peer_.connection().requestName("org.freedesktop.login1");
+    explicit FakeLogind(BusPeer& peer)
+        : peer_(peer), calls_(peer.takeCalls(path, [this](BusMessage& call) { answer(call); })) {
+        peer_.requestName(name);
     }
 
-    void announce(bool isStart) {
-        object_->emitSignal("PrepareForSleep").onInterface(interface).withArguments(isStart);
-    }
+    void announce(bool isStart) { peer_.emit({path, interface}, "PrepareForSleep", isStart); }
 
     struct Request {
         std::string what;
@@ -45,7 +35,7 @@ public:
 
     [[nodiscard]] const std::vector<Request>& requests() const { return requests_; }
 
-    /// How many hold a sleep up now.
+    /// How many delay a sleep now.
     [[nodiscard]] std::ptrdiff_t inhibitors() const {
         return std::ranges::count_if(watched_, [](const FileDescriptor& end) {
             pollfd state{.fd = end.get(), .events = 0, .revents = 0};
@@ -60,31 +50,37 @@ public:
 
     [[nodiscard]] BusPeer& peer() { return peer_; }
 
+    static constexpr const char* name = "org.freedesktop.login1";
+    static constexpr const char* path = "/org/freedesktop/login1";
     static constexpr const char* interface = "org.freedesktop.login1.Manager";
 
 private:
-    void answer(const sdbus::Result<sdbus::UnixFd>& result) {
+    void answer(BusMessage& call) {
+        const auto arguments = call.read<std::string, std::string, std::string, std::string>();
+        if (!arguments || call.member() != "Inhibit") {
+            call.reply({.name = BusError::invalidArguments, .text = call.member()}).send();
+            return;
+        }
+        const auto& [what, who, why, mode] = *arguments;
+        requests_.push_back({.what = what, .who = who, .why = why, .mode = mode});
         if (hangs) {
             return;
         }
         if (refuses) {
-            result.returnError(
-                sdbus::Error("org.freedesktop.login1.OperationInProgress", "a sleep is under way"));
+            call.reply({.name = "org.freedesktop.login1.OperationInProgress", .text = "under way"}).send();
             return;
         }
         std::array<int, 2> ends{-1, -1};
-        if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-            result.returnError(sdbus::Error("org.freedesktop.DBus.Error.Failed", "no pipe"));
-            return;
-        }
+        ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
         watched_.emplace_back(ends[0]);
-        result.returnResults(sdbus::UnixFd(ends[1], sdbus::adopt_fd));
+        BusMessage reply = call.reply();
+        ASSERT_TRUE(reply.append(FileDescriptor(ends[1])) && reply.send());
     }
 
     BusPeer& peer_;
-    std::unique_ptr<sdbus::IObject> object_;
     std::vector<Request> requests_;
     std::vector<FileDescriptor> watched_; ///< readable ends of what was handed out
+    Subscription calls_;
 };
 
 } // namespace tarnwick

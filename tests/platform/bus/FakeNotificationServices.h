@@ -1,46 +1,68 @@
-// Who shows notifications, played by a test: the notification daemon and the portal.
+// Services that show notifications, played by a test: the notification daemon and the portal.
 #pragma once
 
 #include "tests/platform/bus/BusPeer.h"
 
+#include "platform/bus/BusObject.h"
+
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <map>
-#include <memory>
+#include <optional>
 #include <string>
+#include <tuple>
+#include <variant>
 #include <vector>
 
 namespace tarnwick {
 
-using Hints = std::map<std::string, sdbus::Variant>;
+using Hints = std::map<std::string, std::variant<std::monostate, std::string, std::uint8_t>>;
 
-/// What a service that is there, but not allowed or not willing to show anything, answers.
-class Refusals {
+/// What both services have in common.
+class FakeNotificationService {
 public:
-    void refuseFromNowOn() { refuses_ = true; }
+    explicit FakeNotificationService(BusPeer& peer) : peer_(peer) {}
 
-    void accept() { refuses_ = false; }
+    FakeNotificationService(const FakeNotificationService&) = delete;
+    FakeNotificationService& operator=(const FakeNotificationService&) = delete;
 
-    [[nodiscard]] int count() const { return count_; }
+    [[nodiscard]] BusPeer& peer() { return peer_; }
 
-    void refuseIfTold() {
-        if (refuses_) {
-            ++count_;
-            throw sdbus::Error("org.freedesktop.DBus.Error.AccessDenied", "not allowed");
+    /// How often it was asked what it can do.
+    [[nodiscard]] int questions() const { return questions_; }
+
+    /// It is there, but not allowed or not willing to show anything.
+    bool refuses = false;
+
+    [[nodiscard]] int refusals() const { return refusals_; }
+
+protected:
+    ~FakeNotificationService() = default;
+
+    void countQuestion() { ++questions_; }
+
+    [[nodiscard]] std::optional<BusError> refusal() {
+        if (!refuses) {
+            return std::nullopt;
         }
+        ++refusals_;
+        return BusError{.name = "org.freedesktop.DBus.Error.AccessDenied", .text = "not allowed"};
     }
 
 private:
-    bool refuses_ = false;
-    int count_ = 0;
+    BusPeer& peer_;
+    int questions_ = 0;
+    int refusals_ = 0;
 };
 
-class FakeNotificationDaemon {
+class FakeNotificationDaemon final : public FakeNotificationService {
 public:
     struct Notification {
         std::string application;
         std::uint32_t replaces = 0;
         std::string icon;
-        std::string summary;
+        std::string title;
         std::string body;
         std::vector<std::string> actions;
         Hints hints;
@@ -49,79 +71,77 @@ public:
 
     explicit FakeNotificationDaemon(
         BusPeer& peer, std::vector<std::string> capabilities = {"body", "actions", "icon-static"})
-        : peer_(peer), capabilities_(std::move(capabilities)) {
-        object_ = sdbus::createObject(peer_.connection(), "/org/freedesktop/Notifications");
-        object_->registerMethod("GetCapabilities").onInterface(name).implementedAs([this] {
-            ++questions_;
-            return capabilities_;
+        : FakeNotificationService(peer), object_(peer.link(), "/org/freedesktop/Notifications", name) {
+        object_.method("GetCapabilities", {}, {}, [this, capabilities] {
+            countQuestion();
+            return capabilities;
         });
-        object_->registerMethod("Notify").onInterface(name).implementedAs(
+        object_.method(
+            "Notify", {}, {},
             [this](
                 const std::string& application, std::uint32_t replaces, const std::string& icon,
-                const std::string& summary, const std::string& body, const std::vector<std::string>& actions,
-                const Hints& hints, std::int32_t expires) {
-                refusals_.refuseIfTold();
-                shown_.push_back({application, replaces, icon, summary, body, actions, hints, expires});
+                const std::string& title, const std::string& body, const std::vector<std::string>& actions,
+                const Hints& hints, std::int32_t expires) -> BusOutcome<std::uint32_t> {
+                if (const auto error = refusal()) {
+                    return *error;
+                }
+                shown_.push_back({application, replaces, icon, title, body, actions, hints, expires});
                 return static_cast<std::uint32_t>(shown_.size());
             });
-        object_->finishRegistration();
-        peer_.connection().requestName(name);
+        EXPECT_TRUE(object_.publish());
+        peer.requestName(name);
     }
 
     [[nodiscard]] const std::vector<Notification>& shown() const { return shown_; }
-
-    [[nodiscard]] int questions() const { return questions_; }
-
-    [[nodiscard]] Refusals& refusals() { return refusals_; }
-
-    [[nodiscard]] BusPeer& peer() { return peer_; }
 
     static constexpr const char* name = "org.freedesktop.Notifications";
 
 private:
-    BusPeer& peer_;
-    std::vector<std::string> capabilities_;
-    std::unique_ptr<sdbus::IObject> object_;
+    BusObject object_;
     std::vector<Notification> shown_;
-    Refusals refusals_;
-    int questions_ = 0;
 };
 
-class FakeNotificationPortal {
+class FakeNotificationPortal final : public FakeNotificationService {
 public:
     struct Notification {
         std::string id;
         Hints content;
+        std::string title;
+        std::string body;
     };
 
-    explicit FakeNotificationPortal(BusPeer& peer, std::uint32_t version = 1) : peer_(peer) {
-        object_ = sdbus::createObject(peer_.connection(), "/org/freedesktop/portal/desktop");
-        object_->registerMethod("AddNotification")
-            .onInterface(interface)
-            .implementedAs([this](const std::string& id, const Hints& content) {
-                refusals_.refuseIfTold();
-                shown_.push_back({id, content});
+    explicit FakeNotificationPortal(BusPeer& peer, std::uint32_t version = 2)
+        : FakeNotificationService(peer), object_(peer.link(), "/org/freedesktop/portal/desktop", interface) {
+        object_.method(
+            "AddNotification", {}, {},
+            [this](const std::string& id, const Hints& content) -> BusOutcome<NoResult> {
+                if (const auto error = refusal()) {
+                    return *error;
+                }
+                shown_.push_back({id, content, text(content, "title"), text(content, "body")});
+                return NoResult();
             });
-        object_->registerProperty("version").onInterface(interface).withGetter([version] { return version; });
-        object_->finishRegistration();
-        peer_.connection().requestName(name);
+        object_.property("version", [this, version] {
+            countQuestion();
+            return version;
+        });
+        EXPECT_TRUE(object_.publish());
+        peer.requestName(name);
     }
 
     [[nodiscard]] const std::vector<Notification>& shown() const { return shown_; }
-
-    [[nodiscard]] Refusals& refusals() { return refusals_; }
-
-    [[nodiscard]] BusPeer& peer() { return peer_; }
 
     static constexpr const char* name = "org.freedesktop.portal.Desktop";
 
 private:
     static constexpr const char* interface = "org.freedesktop.portal.Notification";
 
-    BusPeer& peer_;
-    std::unique_ptr<sdbus::IObject> object_;
+    [[nodiscard]] static std::string text(const Hints& content, const std::string& key) {
+        return std::get<std::string>(content.at(key));
+    }
+
+    BusObject object_;
     std::vector<Notification> shown_;
-    Refusals refusals_;
 };
 
 } // namespace tarnwick

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace tarnwick {
@@ -39,14 +40,11 @@ protected:
         return runUntil([&start] { return !start.results.empty(); });
     }
 
-    /// Another program that has the name, and what it does when it is to show itself.
-    [[nodiscard]] std::unique_ptr<sdbus::IObject> addOther(const sdbus::method_callback& activate) {
+    /// Another program that has the name, and what it does with the request to show itself.
+    [[nodiscard]] Subscription addOther(const std::function<void(BusMessage& call)>& activate) {
         BusPeer& other = addPeer();
-        other.connection().requestName(InstanceGuard::name);
-        auto object = sdbus::createObject(other.connection(), "/org/tarnwick/Tarnwick");
-        object->registerMethod("org.freedesktop.Application", "Activate", "a{sv}", "", activate);
-        object->finishRegistration();
-        return object;
+        other.requestName(InstanceGuard::name);
+        return other.takeCalls("/org/tarnwick/Tarnwick", activate);
     }
 
     [[nodiscard]] BusPeer::Target target() const {
@@ -107,20 +105,19 @@ TEST_F(InstanceGuardTest, TheActivationTokenLeavesTheEnvironment) {
 }
 
 TEST_F(InstanceGuardTest, AFirstThatDoesNotAnswerIsStillThere) {
-    sdbus::MethodCall unanswered;
-    const auto object = addOther([&unanswered](const sdbus::MethodCall& call) { unanswered = call; });
+    BusMessage unanswered;
+    const auto calls = addOther([&unanswered](const BusMessage& call) { unanswered = call; });
     const Start start(loop_, daemon_.address());
 
     ASSERT_TRUE(runUntilDecided(start));
 
     EXPECT_THAT(start.results, ElementsAre(Result::anotherIsSilent));
-    EXPECT_TRUE(unanswered.isValid());
+    EXPECT_EQ(unanswered.member(), "Activate");
 }
 
 TEST_F(InstanceGuardTest, AFirstThatRefusesHasNotShownItself) {
-    const auto object = addOther([](const sdbus::MethodCall& call) {
-        call.createErrorReply(sdbus::Error("org.freedesktop.DBus.Error.Failed", "not now")).send();
-    });
+    const auto calls = addOther(
+        [](const BusMessage& call) { call.reply({.name = BusError::failed, .text = "not now"}).send(); });
     const Start start(loop_, daemon_.address());
 
     ASSERT_TRUE(runUntilDecided(start));
@@ -130,11 +127,11 @@ TEST_F(InstanceGuardTest, AFirstThatRefusesHasNotShownItself) {
 
 TEST_F(InstanceGuardTest, WhenTheFirstEndsWhileItIsAskedTheSecondIsTheFirst) {
     bool wasAsked = false;
-    auto object = addOther([&wasAsked](const sdbus::MethodCall&) { wasAsked = true; });
+    auto calls = addOther([&wasAsked](const BusMessage&) { wasAsked = true; });
     const Start start(loop_, daemon_.address());
     ASSERT_TRUE(runUntil([&wasAsked] { return wasAsked; }));
 
-    object.reset();
+    calls.reset();
     peers_.clear();
 
     ASSERT_TRUE(runUntilDecided(start));
@@ -187,16 +184,17 @@ TEST_F(InstanceGuardTest, OpeningFilesAndActionsDoNothing) {
     const Start start(loop_, daemon_.address());
     ASSERT_TRUE(runUntilDecided(start));
     BusPeer& peer = addPeer();
-    const std::map<std::string, sdbus::Variant> noData;
+    using Value = std::variant<std::string>;
+    const std::map<std::string, Value> noData;
 
     const auto open = peer.call(target(), "Open", std::vector<std::string>{"file:///x"}, noData);
     ASSERT_TRUE(runUntilAnswered(open));
     const auto action =
-        peer.call(target(), "ActivateAction", std::string("quit"), std::vector<sdbus::Variant>(), noData);
+        peer.call(target(), "ActivateAction", std::string("quit"), std::vector<Value>(), noData);
     ASSERT_TRUE(runUntilAnswered(action));
 
-    EXPECT_EQ(open->error, "");
-    EXPECT_EQ(action->error, "");
+    EXPECT_EQ(open->error(), "");
+    EXPECT_EQ(action->error(), "");
     EXPECT_TRUE(start.activations.empty());
 }
 
@@ -207,7 +205,7 @@ TEST_F(InstanceGuardTest, AnActivationWithWrongArgumentsIsAnError) {
     const auto answer = addPeer().call(target(), "Activate", std::string("now"));
 
     ASSERT_TRUE(runUntilAnswered(answer));
-    EXPECT_EQ(answer->error, "org.freedesktop.DBus.Error.InvalidArgs");
+    EXPECT_EQ(answer->error(), BusError::invalidArguments);
     EXPECT_TRUE(start.activations.empty());
 }
 

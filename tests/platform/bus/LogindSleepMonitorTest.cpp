@@ -18,6 +18,7 @@
 #include <sys/wait.h>
 #include <tuple>
 #include <unistd.h>
+#include <variant>
 
 namespace tarnwick {
 
@@ -219,20 +220,17 @@ TEST_F(LogindSleepMonitorTest, ALogindThatEndsDuringASleepLeavesTheProgramAwake)
 
 TEST_F(LogindSleepMonitorTest, AnotherLogindThatTakesOverDuringASleepLeavesTheProgramAwake) {
     const BusPeer::Target bus{"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus"};
-    const std::string name = "org.freedesktop.login1";
+    const std::string name = FakeLogind::name;
     constexpr std::uint32_t allowReplacement = 1;
     constexpr std::uint32_t replaceExisting = 2;
     BusPeer& first = addPeer();
     BusPeer& second = addPeer();
     ASSERT_TRUE(runUntilAnswered(first.call(bus, "RequestName", name, allowReplacement)));
-    const auto object = sdbus::createObject(first.connection(), "/org/freedesktop/login1");
     start();
     ASSERT_TRUE(runUntilConnected());
     ASSERT_TRUE(runUntilHeardBy(first));
     ASSERT_TRUE(runUntilHeardBy(first));
-    auto signal = object->createSignal(FakeLogind::interface, "PrepareForSleep");
-    signal << true;
-    signal.send();
+    first.emit({FakeLogind::path, FakeLogind::interface}, "PrepareForSleep", true);
     ASSERT_TRUE(runUntilTold({"sleep"}));
 
     ASSERT_TRUE(runUntilAnswered(second.call(bus, "RequestName", name, replaceExisting)));
@@ -333,12 +331,8 @@ TEST_F(LogindSleepMonitorTest, APermissionThatComesDuringTheSleepDoesNotHoldItUp
 TEST_F(LogindSleepMonitorTest, AnnouncementsOfSomebodyElseDoNotCount) {
     ASSERT_TRUE(startWithLogind());
     BusPeer& other = addPeer();
-    const auto object = sdbus::createObject(other.connection(), "/org/freedesktop/login1");
-    auto signal = object->createSignal(FakeLogind::interface, "PrepareForSleep");
-    signal << true;
-    signal.setDestination(bus_.connection()->getUniqueName());
 
-    signal.send();
+    other.emitTo(bus_.uniqueName(), {FakeLogind::path, FakeLogind::interface}, "PrepareForSleep", true);
 
     ASSERT_TRUE(runUntilHeardBy(other));
     EXPECT_THAT(told_, IsEmpty());
@@ -458,13 +452,13 @@ private:
 class MockedLogindTest : public LogindSleepMonitorTest {
 protected:
     using Inhibitor =
-        sdbus::Struct<std::string, std::string, std::string, std::string, std::uint32_t, std::uint32_t>;
+        std::tuple<std::string, std::string, std::string, std::string, std::uint32_t, std::uint32_t>;
 
     [[nodiscard]] std::vector<Inhibitor> inhibitors() {
         const auto answer =
-            observer_->call({"org.freedesktop.login1", path, FakeLogind::interface}, "ListInhibitors");
-        return runUntilAnswered(answer) && answer->error.empty() ? answer->value<std::vector<Inhibitor>>()
-                                                                 : std::vector<Inhibitor>();
+            observer_->call({FakeLogind::name, FakeLogind::path, FakeLogind::interface}, "ListInhibitors");
+        return runUntilAnswered(answer) && answer->error().empty() ? answer->value<std::vector<Inhibitor>>()
+                                                                   : std::vector<Inhibitor>();
     }
 
     [[nodiscard]] bool runUntilInhibitorsAre(std::size_t count) {
@@ -478,15 +472,14 @@ protected:
     }
 
     void announce(bool isStart) {
-        const std::vector<sdbus::Variant> arguments = {sdbus::Variant(isStart)};
+        const std::vector<std::variant<bool>> arguments = {isStart};
         const auto answer = observer_->call(
-            {"org.freedesktop.login1", path, "org.freedesktop.DBus.Mock"}, "EmitSignal",
+            {FakeLogind::name, FakeLogind::path, "org.freedesktop.DBus.Mock"}, "EmitSignal",
             std::string(FakeLogind::interface), std::string("PrepareForSleep"), std::string("b"), arguments);
         ASSERT_TRUE(runUntilAnswered(answer));
-        ASSERT_EQ(answer->error, "");
+        ASSERT_EQ(answer->error(), "");
     }
 
-    static constexpr const char* path = "/org/freedesktop/login1";
     BusPeer* observer_ = nullptr;
 };
 

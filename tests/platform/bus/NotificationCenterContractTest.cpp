@@ -1,103 +1,23 @@
 // What every notification center promises: the recorder that the model's tests use, and the real one with a
 // notification daemon and with the portal.
-#include "platform/bus/DesktopNotificationCenter.h"
+#include "tests/platform/bus/NotificationDrivers.h"
 
-#include "tests/platform/bus/BusTest.h"
-#include "tests/platform/bus/FakeNotificationServices.h"
-#include "tests/simulation/RecordingNotificationCenter.h"
-
-#include <gmock/gmock.h>
-
-#include <optional>
-#include <vector>
+#include <gtest/gtest.h>
 
 namespace tarnwick {
 
 namespace {
 
 using Ability = NotificationCenter::Ability;
-using simulation::RecordingNotificationCenter;
-using Shown = std::vector<RecordingNotificationCenter::Notification>;
-
-class RecordingDriver : public testing::Test {
-protected:
-    RecordingNotificationCenter& center() { return center_; }
-
-    Shown shown() { return center_.shown(); }
-
-    void removeService() { center_.answer = Ability::no; }
-
-    void addService() { center_.answer = Ability::yes; }
-
-    [[nodiscard]] static bool runUntil(const std::function<bool()>& condition) { return condition(); }
-
-private:
-    RecordingNotificationCenter center_;
-};
-
-class DaemonDriver : public BusTest {
-protected:
-    void SetUp() override {
-        BusTest::SetUp();
-        addService();
-    }
-
-    void addService() { daemonService_.emplace(addPeer()); }
-
-    void removeService() {
-        daemonService_.reset();
-        peers_.clear();
-    }
-
-    NotificationCenter& center() { return center_; }
-
-    Shown shown() {
-        Shown result;
-        for (const auto& notification : daemonService_->shown()) {
-            result.push_back({notification.summary, notification.body});
-        }
-        return result;
-    }
-
-private:
-    std::optional<FakeNotificationDaemon> daemonService_;
-    DesktopNotificationCenter center_{loop_, bus_, DesktopNotificationCenter::Surroundings::desktop};
-};
-
-class PortalDriver : public BusTest {
-protected:
-    void SetUp() override {
-        BusTest::SetUp();
-        addService();
-    }
-
-    void addService() { portal_.emplace(addPeer()); }
-
-    void removeService() {
-        portal_.reset();
-        peers_.clear();
-    }
-
-    NotificationCenter& center() { return center_; }
-
-    Shown shown() {
-        Shown result;
-        for (const auto& notification : portal_->shown()) {
-            result.push_back(
-                {notification.content.at("title").get<std::string>(),
-                 notification.content.at("body").get<std::string>()});
-        }
-        return result;
-    }
-
-private:
-    std::optional<FakeNotificationPortal> portal_;
-    DesktopNotificationCenter center_{loop_, bus_, DesktopNotificationCenter::Surroundings::sandbox};
-};
 
 template<class Driver>
 class NotificationCenterContract : public Driver {
 protected:
+    void SetUp() override {
+        Driver::SetUp();
+        this->addService();
+    }
+
     [[nodiscard]] bool runUntilShown(std::size_t count) {
         return this->runUntil([this, count] { return this->shown().size() == count; });
     }
@@ -138,11 +58,11 @@ TYPED_TEST(NotificationCenterContract, TheOrderIsThatOfThePosts) {
     EXPECT_EQ(this->shown()[2].title, "third");
 }
 
-TYPED_TEST(NotificationCenterContract, TheAbilityIsUnknownUntilSomebodyAsks) {
+TYPED_TEST(NotificationCenterContract, TheAbilityIsUnknownBeforeARequest) {
     EXPECT_EQ(this->center().canNotify(), Ability::unknown);
 }
 
-TYPED_TEST(NotificationCenterContract, ARequestFindsOutThatSomebodyShows) {
+TYPED_TEST(NotificationCenterContract, ARequestFindsTheService) {
     this->center().requestAuthorization();
 
     EXPECT_TRUE(this->runUntilAbilityIs(Ability::yes));
@@ -154,14 +74,14 @@ TYPED_TEST(NotificationCenterContract, ABarePostFindsTheAbilityOut) {
     EXPECT_TRUE(this->runUntilAbilityIs(Ability::yes));
 }
 
-TYPED_TEST(NotificationCenterContract, ARequestFindsOutThatNobodyShows) {
+TYPED_TEST(NotificationCenterContract, ARequestFindsThatThereIsNoService) {
     this->removeService();
     this->center().requestAuthorization();
 
     EXPECT_TRUE(this->runUntilAbilityIs(Ability::no));
 }
 
-TYPED_TEST(NotificationCenterContract, ABarePostFindsOutThatNobodyShows) {
+TYPED_TEST(NotificationCenterContract, ABarePostFindsThatThereIsNoService) {
     this->removeService();
     this->center().post("title", "body");
 

@@ -1,7 +1,5 @@
 #include "tests/platform/bus/PrivateBus.h"
 
-#include "core/FileDescriptor.h"
-
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -21,6 +19,13 @@ namespace {
 std::string temporaryFolder() {
     std::string pattern = std::filesystem::temp_directory_path() / "tarnwick-bus-XXXXXX";
     return mkdtemp(pattern.data()) == nullptr ? std::string() : pattern;
+}
+
+sockaddr_un socketAddress(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
+    return address;
 }
 
 } // namespace
@@ -51,7 +56,7 @@ bool PrivateBus::start() {
     const std::string configuration = "--config-file=" + folder_ + "/bus.conf";
     daemon_ = fork();
     if (daemon_ == 0) {
-        // It grumbles about limits that it may not raise.
+        // It writes warnings about limits that it may not raise.
         const int log = open((folder_ + "/log").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
         dup2(log, STDERR_FILENO);
         execlp(
@@ -81,11 +86,18 @@ void PrivateBus::stop() {
 
 bool PrivateBus::takesConnections() const {
     const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const std::string path = folder_ + "/bus";
-    path.copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
+    const sockaddr_un address = socketAddress(folder_ + "/bus");
     return connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+FileDescriptor PrivateBus::listenSilently() const {
+    FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const sockaddr_un address = socketAddress(folder_ + "/bus-silent");
+    if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0
+        || listen(socket.get(), 5) != 0) {
+        socket.reset();
+    }
+    return socket;
 }
 
 } // namespace tarnwick

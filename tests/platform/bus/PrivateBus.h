@@ -1,6 +1,8 @@
 // A message bus of a test's own, which may be stopped and started again.
 #pragma once
 
+#include "core/FileDescriptor.h"
+
 #include <string>
 #include <sys/types.h>
 
@@ -18,11 +20,16 @@ public:
     [[nodiscard]] bool start();
     void stop();
 
-    /// From the next start on nobody may own that name.
+    /// From the next start on, no program may own that name.
     void refuse(const std::string& name);
 
     /// The same for each start.
     [[nodiscard]] std::string address() const { return "unix:path=" + folder_ + "/bus"; }
+
+    /// A socket beside the bus that takes connections and never answers, while the descriptor is open.
+    [[nodiscard]] FileDescriptor listenSilently() const;
+
+    [[nodiscard]] std::string silentAddress() const { return address() + "-silent"; }
 
 private:
     void configure(const std::string& rule) const;

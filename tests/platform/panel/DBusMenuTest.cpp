@@ -10,6 +10,7 @@
 #include <limits>
 #include <map>
 #include <tuple>
+#include <variant>
 #include <vector>
 
 namespace tarnwick {
@@ -19,14 +20,18 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using Properties = std::map<std::string, sdbus::Variant>;
-using Layout = sdbus::Struct<std::int32_t, Properties, std::vector<sdbus::Variant>>;
-using Row = sdbus::Struct<std::int32_t, Properties>;
-using Event = sdbus::Struct<std::int32_t, std::string, sdbus::Variant, std::uint32_t>;
 using Ids = std::vector<std::int32_t>;
 using Names = std::vector<std::string>;
+using Value = std::variant<std::monostate, bool, std::uint32_t, std::string, Names, std::vector<Names>>;
+using Properties = std::map<std::string, Value>;
+using RowLayout = std::tuple<std::int32_t, Properties, std::vector<std::variant<std::monostate>>>;
+using Layout = std::tuple<std::int32_t, Properties, std::vector<std::variant<RowLayout>>>;
+using Row = std::tuple<std::int32_t, Properties>;
+using Event = std::tuple<std::int32_t, std::string, std::variant<std::string>, std::uint32_t>;
 
-constexpr const char* invalidArguments = "org.freedesktop.DBus.Error.InvalidArgs";
+const std::variant<std::string> noData;
+
+constexpr const char* invalidArguments = BusError::invalidArguments;
 
 class ListedMenu final : public PanelMenu {
 public:
@@ -69,7 +74,7 @@ protected:
     }
 
     [[nodiscard]] BusPeer::Target target() const {
-        return {bus_.connection()->getUniqueName(), DBusMenu::path, "com.canonical.dbusmenu"};
+        return {bus_.uniqueName(), DBusMenu::path, "com.canonical.dbusmenu"};
     }
 
     template<typename... Arguments>
@@ -81,23 +86,25 @@ protected:
     }
 
     std::shared_ptr<BusPeer::Answer> event(std::int32_t id, const std::string& name) {
-        return call("Event", id, name, sdbus::Variant(std::string()), std::uint32_t{0});
+        return call("Event", id, name, noData, std::uint32_t{0});
     }
 
     [[nodiscard]] std::pair<std::uint32_t, Layout> layout(
         std::int32_t parent = 0, std::int32_t depth = -1, const Names& names = {}) {
         const auto answer = call("GetLayout", parent, depth, names);
-        EXPECT_EQ(answer->error, "");
-        std::uint32_t revision = 0;
-        Layout result;
-        answer->reply >> revision >> result;
+        EXPECT_EQ(answer->error(), "");
+        const auto [revision, result] = answer->values<std::uint32_t, Layout>();
         return {revision, result};
+    }
+
+    [[nodiscard]] static RowLayout rowIn(const Layout& layout, std::size_t index) {
+        return std::get<RowLayout>(std::get<2>(layout).at(index));
     }
 
     [[nodiscard]] static std::vector<int> ids(const Layout& layout) {
         std::vector<int> result;
-        for (const sdbus::Variant& child : layout.get<2>()) {
-            result.push_back(child.get<Layout>().get<0>());
+        for (const auto& child : std::get<2>(layout)) {
+            result.push_back(std::get<0>(std::get<RowLayout>(child)));
         }
         return result;
     }
@@ -117,37 +124,44 @@ protected:
 TEST_F(DBusMenuTest, TheLayoutHasAllRowsInTheirOrder) {
     const Layout root = layout().second;
 
-    EXPECT_EQ(root.get<0>(), 0);
-    EXPECT_EQ(root.get<1>().at("children-display").get<std::string>(), "submenu");
+    EXPECT_EQ(std::get<0>(root), 0);
+    EXPECT_EQ(std::get<std::string>(std::get<1>(root).at("children-display")), "submenu");
     EXPECT_THAT(ids(root), ElementsAre(1, 2, 3));
 }
 
 TEST_F(DBusMenuTest, ARowHasItsProperties) {
-    const auto row = layout().second.get<2>()[2].get<Layout>();
+    const auto row = rowIn(layout().second, 2);
 
-    EXPECT_EQ(row.get<1>().at("label").get<std::string>(), "Quit");
-    EXPECT_EQ(row.get<1>().at("icon-name").get<std::string>(), "exit");
+    EXPECT_EQ(std::get<std::string>(std::get<1>(row).at("label")), "Quit");
+    EXPECT_EQ(std::get<std::string>(std::get<1>(row).at("icon-name")), "exit");
     EXPECT_THAT(
-        row.get<1>().at("shortcut").get<std::vector<Names>>(), ElementsAre(ElementsAre("Control", "Q")));
+        std::get<std::vector<Names>>(std::get<1>(row).at("shortcut")),
+        ElementsAre(ElementsAre("Control", "Q")));
+}
+
+TEST_F(DBusMenuTest, ALabelThatIsNoTextDoesNotCostTheConnection) {
+    list_.list[0].label = "host \xFF";
+
+    EXPECT_EQ(std::get<std::string>(std::get<1>(rowIn(layout().second, 0)).at("label")), "host \uFFFD");
 }
 
 TEST_F(DBusMenuTest, ALayoutOfDepthZeroHasNoRows) {
-    EXPECT_THAT(layout(0, 0).second.get<2>(), IsEmpty());
+    EXPECT_THAT(std::get<2>(layout(0, 0).second), IsEmpty());
 }
 
 TEST_F(DBusMenuTest, ALayoutHasOnlyThePropertiesThatAreAskedFor) {
-    const auto row = layout(0, 1, {"icon-name"}).second.get<2>()[2].get<Layout>();
+    const auto row = rowIn(layout(0, 1, {"icon-name"}).second, 2);
 
-    EXPECT_EQ(row.get<1>().size(), 1U);
-    EXPECT_TRUE(row.get<1>().contains("icon-name"));
+    EXPECT_EQ(std::get<1>(row).size(), 1U);
+    EXPECT_TRUE(std::get<1>(row).contains("icon-name"));
 }
 
 TEST_F(DBusMenuTest, TheLayoutOfARowIsTheRowAlone) {
     const Layout row = layout(3).second;
 
-    EXPECT_EQ(row.get<0>(), 3);
-    EXPECT_EQ(row.get<1>().at("label").get<std::string>(), "Quit");
-    EXPECT_THAT(row.get<2>(), IsEmpty());
+    EXPECT_EQ(std::get<0>(row), 3);
+    EXPECT_EQ(std::get<std::string>(std::get<1>(row).at("label")), "Quit");
+    EXPECT_THAT(std::get<2>(row), IsEmpty());
 }
 
 TEST_F(DBusMenuTest, ReadingTheLayoutIsTold) {
@@ -160,7 +174,7 @@ TEST_F(DBusMenuTest, ReadingTheLayoutIsTold) {
 }
 
 TEST_F(DBusMenuTest, TheLayoutOfAnUnknownRowIsAnError) {
-    EXPECT_EQ(call("GetLayout", std::int32_t{99}, std::int32_t{-1}, Names())->error, invalidArguments);
+    EXPECT_EQ(call("GetLayout", std::int32_t{99}, std::int32_t{-1}, Names())->error(), invalidArguments);
 }
 
 TEST_F(DBusMenuTest, GroupPropertiesAreThoseOfTheNamedRowsThatExist) {
@@ -169,8 +183,8 @@ TEST_F(DBusMenuTest, GroupPropertiesAreThoseOfTheNamedRowsThatExist) {
     const auto rows = answer->value<std::vector<Row>>();
 
     ASSERT_EQ(rows.size(), 2U);
-    EXPECT_EQ(rows[0].get<0>(), 3);
-    EXPECT_EQ(rows[1].get<1>().at("label").get<std::string>(), "Excellent · 23 ms");
+    EXPECT_EQ(std::get<0>(rows[0]), 3);
+    EXPECT_EQ(std::get<std::string>(std::get<1>(rows[1]).at("label")), "Excellent · 23 ms");
 }
 
 TEST_F(DBusMenuTest, GroupPropertiesOfNoRowAreThoseOfAll) {
@@ -180,20 +194,20 @@ TEST_F(DBusMenuTest, GroupPropertiesOfNoRowAreThoseOfAll) {
 }
 
 TEST_F(DBusMenuTest, APropertyIsReadByItsName) {
-    const auto value = call("GetProperty", std::int32_t{3}, std::string("label"))->value<sdbus::Variant>();
+    const auto value = call("GetProperty", std::int32_t{3}, std::string("label"))->value<Value>();
 
-    EXPECT_EQ(value.get<std::string>(), "Quit");
+    EXPECT_EQ(std::get<std::string>(value), "Quit");
 }
 
 TEST_F(DBusMenuTest, APropertyThatIsNotMentionedHasItsDefault) {
-    const auto value = call("GetProperty", std::int32_t{3}, std::string("enabled"))->value<sdbus::Variant>();
+    const auto value = call("GetProperty", std::int32_t{3}, std::string("enabled"))->value<Value>();
 
-    EXPECT_TRUE(value.get<bool>());
+    EXPECT_TRUE(std::get<bool>(value));
 }
 
 TEST_F(DBusMenuTest, APropertyThatNoRowHasIsAnError) {
-    EXPECT_EQ(call("GetProperty", std::int32_t{3}, std::string("color"))->error, invalidArguments);
-    EXPECT_EQ(call("GetProperty", std::int32_t{99}, std::string("label"))->error, invalidArguments);
+    EXPECT_EQ(call("GetProperty", std::int32_t{3}, std::string("color"))->error(), invalidArguments);
+    EXPECT_EQ(call("GetProperty", std::int32_t{99}, std::string("label"))->error(), invalidArguments);
 }
 
 TEST_F(DBusMenuTest, TheMenuHasTheProtocolsProperties) {
@@ -203,10 +217,10 @@ TEST_F(DBusMenuTest, TheMenuHasTheProtocolsProperties) {
 
     const auto values = answer->value<Properties>();
 
-    EXPECT_EQ(values.at("Version").get<std::uint32_t>(), 3U);
-    EXPECT_EQ(values.at("Status").get<std::string>(), "normal");
-    EXPECT_EQ(values.at("TextDirection").get<std::string>(), "ltr");
-    EXPECT_THAT(values.at("IconThemePath").get<Names>(), ElementsAre("/icons"));
+    EXPECT_EQ(std::get<std::uint32_t>(values.at("Version")), 3U);
+    EXPECT_EQ(std::get<std::string>(values.at("Status")), "normal");
+    EXPECT_EQ(std::get<std::string>(values.at("TextDirection")), "ltr");
+    EXPECT_THAT(std::get<Names>(values.at("IconThemePath")), ElementsAre("/icons"));
 }
 
 TEST_F(DBusMenuTest, AClickChoosesTheRowAfterThePanelHasItsAnswer) {
@@ -262,7 +276,7 @@ TEST_F(DBusMenuTest, APanelThatHasClosedTheMenuMayGo) {
 }
 
 TEST_F(DBusMenuTest, AnEventOfAnUnknownRowIsAnError) {
-    EXPECT_EQ(event(99, "clicked")->error, invalidArguments);
+    EXPECT_EQ(event(99, "clicked")->error(), invalidArguments);
 }
 
 TEST_F(DBusMenuTest, OpeningAndClosingAreTold) {
@@ -275,8 +289,8 @@ TEST_F(DBusMenuTest, OpeningAndClosingAreTold) {
 
 TEST_F(DBusMenuTest, AGroupOfEventsNamesTheUnknownRows) {
     const std::vector<Event> events{
-        {99, "clicked", sdbus::Variant(std::string()), 0U},
-        {3, "clicked", sdbus::Variant(std::string()), 0U},
+        {99, "clicked", noData, 0U},
+        {3, "clicked", noData, 0U},
     };
 
     const auto errors = call("EventGroup", events)->value<Ids>();
@@ -286,10 +300,10 @@ TEST_F(DBusMenuTest, AGroupOfEventsNamesTheUnknownRows) {
 }
 
 TEST_F(DBusMenuTest, AGroupOfUnknownRowsOnlyIsAnError) {
-    const std::vector<Event> events{{99, "clicked", sdbus::Variant(std::string()), 0U}};
+    const std::vector<Event> events{{99, "clicked", noData, 0U}};
 
-    EXPECT_EQ(call("EventGroup", events)->error, invalidArguments);
-    EXPECT_EQ(call("AboutToShowGroup", Ids{98, 99})->error, invalidArguments);
+    EXPECT_EQ(call("EventGroup", events)->error(), invalidArguments);
+    EXPECT_EQ(call("AboutToShowGroup", Ids{98, 99})->error(), invalidArguments);
 }
 
 TEST_F(DBusMenuTest, BeforeItIsReadTheMenuIsRefreshed) {
@@ -325,7 +339,7 @@ TEST_F(DBusMenuTest, WhatHasChangedMeanwhileIsToldWhenTheMenuOpens) {
 
 TEST_F(DBusMenuTest, AboutToShowARowOrAnUnknownOneShowsNothing) {
     EXPECT_FALSE(call("AboutToShow", std::int32_t{3})->value<bool>());
-    EXPECT_EQ(call("AboutToShow", std::int32_t{99})->error, invalidArguments);
+    EXPECT_EQ(call("AboutToShow", std::int32_t{99})->error(), invalidArguments);
 
     EXPECT_EQ(list_.reads, 0);
 }
@@ -335,9 +349,7 @@ TEST_F(DBusMenuTest, AboutToShowAGroupTellsWhichNeedUpdatesAndWhichAreUnknown) {
 
     const auto answer = call("AboutToShowGroup", Ids{0, 3, 99});
 
-    Ids updates;
-    Ids unknown;
-    answer->reply >> updates >> unknown;
+    const auto [updates, unknown] = answer->values<Ids, Ids>();
     EXPECT_THAT(updates, ElementsAre(0));
     EXPECT_THAT(unknown, ElementsAre(99));
 }
@@ -373,10 +385,11 @@ TEST_F(DBusMenuTest, RowsThatAreTheSameAreNotTold) {
 
 TEST_F(DBusMenuTest, AnUpdateCarriesOnlyWhatHasChanged) {
     std::vector<Row> updated;
-    std::vector<sdbus::Struct<std::int32_t, Names>> removed;
-    panel_->connection().addMatch(
-        "type='signal',member='ItemsPropertiesUpdated'",
-        [&](sdbus::Message& message) { message >> updated >> removed; }, sdbus::floating_slot);
+    std::vector<std::tuple<std::int32_t, Names>> removed;
+    const Subscription match =
+        panel_->link().addMatch("type='signal',member='ItemsPropertiesUpdated'", [&](BusMessage& message) {
+            std::tie(updated, removed) = message.read<decltype(updated), decltype(removed)>().value();
+        });
     list_.list[2].enabled = false;
     list_.list[2].iconName = "";
 
@@ -384,23 +397,23 @@ TEST_F(DBusMenuTest, AnUpdateCarriesOnlyWhatHasChanged) {
 
     ASSERT_TRUE(runUntilHeardBy(*panel_));
     ASSERT_EQ(updated.size(), 1U);
-    EXPECT_EQ(updated[0].get<0>(), 3);
-    EXPECT_EQ(updated[0].get<1>().size(), 1U);
-    EXPECT_FALSE(updated[0].get<1>().at("enabled").get<bool>());
+    EXPECT_EQ(std::get<0>(updated[0]), 3);
+    EXPECT_EQ(std::get<1>(updated[0]).size(), 1U);
+    EXPECT_FALSE(std::get<bool>(std::get<1>(updated[0]).at("enabled")));
     ASSERT_EQ(removed.size(), 1U);
-    EXPECT_THAT(removed[0].get<1>(), ElementsAre("icon-name"));
+    EXPECT_THAT(std::get<1>(removed[0]), ElementsAre("icon-name"));
 }
 
 TEST_F(DBusMenuTest, CallsWithWrongArgumentsAreErrors) {
-    EXPECT_EQ(call("GetLayout", std::string("root"))->error, invalidArguments);
-    EXPECT_EQ(call("Event", std::int32_t{3})->error, invalidArguments);
-    EXPECT_EQ(call("Explode")->error, "org.freedesktop.DBus.Error.UnknownMethod");
+    EXPECT_EQ(call("GetLayout", std::string("root"))->error(), invalidArguments);
+    EXPECT_EQ(call("Event", std::int32_t{3})->error(), invalidArguments);
+    EXPECT_EQ(call("Explode")->error(), "org.freedesktop.DBus.Error.UnknownMethod");
 }
 
 TEST_F(DBusMenuTest, ExtremeIdsAreUnknown) {
     for (const std::int32_t id :
          {-1, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()}) {
-        EXPECT_EQ(event(id, "clicked")->error, invalidArguments);
+        EXPECT_EQ(event(id, "clicked")->error(), invalidArguments);
     }
 }
 

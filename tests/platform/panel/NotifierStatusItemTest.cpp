@@ -4,11 +4,15 @@
 #include "tests/platform/bus/BusTest.h"
 #include "tests/platform/panel/FakePainter.h"
 
+#include "platform/bus/BusObject.h"
+
 #include <gmock/gmock.h>
 
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <tuple>
+#include <variant>
 #include <vector>
 
 namespace tarnwick {
@@ -19,9 +23,12 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 using Form = StatusItem::PanelFace;
-using Properties = std::map<std::string, sdbus::Variant>;
-using BusPixmap = sdbus::Struct<std::int32_t, std::int32_t, std::vector<std::uint8_t>>;
-using ToolTip = sdbus::Struct<std::string, std::vector<BusPixmap>, std::string, std::string>;
+using BusPixmap = std::tuple<std::int32_t, std::int32_t, std::vector<std::uint8_t>>;
+using Pixmaps = std::vector<BusPixmap>;
+using ToolTip = std::tuple<std::string, Pixmaps, std::string, std::string>;
+using Value =
+    std::variant<std::monostate, bool, std::int32_t, std::uint32_t, std::string, BusPath, Pixmaps, ToolTip>;
+using Properties = std::map<std::string, Value>;
 
 constexpr const char* itemInterface = "org.kde.StatusNotifierItem";
 
@@ -41,20 +48,20 @@ public:
 /// A panel that keeps the list of items too.
 class Panel {
 public:
-    explicit Panel(BusPeer& ofPanel) : peer(ofPanel) {
-        watcher_ = sdbus::createObject(peer.connection(), "/StatusNotifierWatcher");
-        watcher_->registerMethod("RegisterStatusNotifierItem")
-            .onInterface("org.kde.StatusNotifierWatcher")
-            .implementedAs([this](const std::string& service) { registered.push_back(service); });
-        watcher_->finishRegistration();
-        peer.connection().requestName(PanelHostFinder::watcherName);
+    explicit Panel(BusPeer& ofPanel)
+        : peer(ofPanel), watcher_(peer.link(), "/StatusNotifierWatcher", PanelHostFinder::watcherName) {
+        watcher_.method("RegisterStatusNotifierItem", {}, {}, [this](const std::string& service) {
+            registered.push_back(service);
+        });
+        EXPECT_TRUE(watcher_.publish());
+        peer.requestName(PanelHostFinder::watcherName);
     }
 
     BusPeer& peer;
     std::vector<std::string> registered;
 
 private:
-    std::unique_ptr<sdbus::IObject> watcher_;
+    BusObject watcher_;
 };
 
 class NotifierStatusItemTest : public BusTest {
@@ -97,7 +104,7 @@ protected:
     }
 
     [[nodiscard]] BusPeer::Target target(const char* interface) const {
-        return {bus_.connection()->getUniqueName(), "/StatusNotifierItem", interface};
+        return {bus_.uniqueName(), "/StatusNotifierItem", interface};
     }
 
     template<typename... Arguments>
@@ -115,7 +122,7 @@ protected:
     }
 
     [[nodiscard]] std::string text(const std::string& property) {
-        return properties().at(property).get<std::string>();
+        return std::get<std::string>(properties().at(property));
     }
 
     /// What the panel hears of it.
@@ -146,7 +153,7 @@ TEST_F(NotifierStatusItemTest, ItRegistersByTheNameOfItsConnection) {
 
     ASSERT_TRUE(runUntilRegistered(panel));
 
-    EXPECT_THAT(panel.registered, ElementsAre(bus_.connection()->getUniqueName()));
+    EXPECT_THAT(panel.registered, ElementsAre(bus_.uniqueName()));
 }
 
 TEST_F(NotifierStatusItemTest, ItRegistersWithAWatcherThatComesLate) {
@@ -162,7 +169,7 @@ TEST_F(NotifierStatusItemTest, ItRegistersAgainWithEachNewWatcher) {
     Panel& first = addPanel();
     makeItem();
     ASSERT_TRUE(runUntilRegistered(first));
-    first.peer.connection().releaseName(PanelHostFinder::watcherName);
+    first.peer.releaseName(PanelHostFinder::watcherName);
 
     const Panel& second = addPanel();
 
@@ -224,8 +231,8 @@ TEST_F(NotifierStatusItemTest, AfterReadingTheMenuSuchAPanelHasTakenTheItem) {
     makeItem("gnome-shell", 2 * patience);
     ASSERT_TRUE(runUntilRegistered(panel));
     const auto answer = panel.peer.call(
-        {bus_.connection()->getUniqueName(), DBusMenu::path, "com.canonical.dbusmenu"}, "GetLayout",
-        std::int32_t{0}, std::int32_t{-1}, std::vector<std::string>());
+        {bus_.uniqueName(), DBusMenu::path, "com.canonical.dbusmenu"}, "GetLayout", std::int32_t{0},
+        std::int32_t{-1}, std::vector<std::string>());
     ASSERT_TRUE(runUntilAnswered(answer));
 
     runFor(6 * patience);
@@ -242,7 +249,7 @@ TEST_F(NotifierStatusItemTest, ItTellsWhetherThereIsAWatcher) {
 
     Panel& panel = addPanel();
     ASSERT_TRUE(runUntilRegistered(panel));
-    panel.peer.connection().releaseName(PanelHostFinder::watcherName);
+    panel.peer.releaseName(PanelHostFinder::watcherName);
 
     ASSERT_TRUE(runUntil([&told] { return told.size() == 2; }));
     EXPECT_THAT(told, ElementsAre(true, false));
@@ -267,28 +274,28 @@ TEST_F(NotifierStatusItemTest, ItsFixedPropertiesSayWhatItIs) {
 
     const Properties values = properties();
 
-    EXPECT_EQ(values.at("Category").get<std::string>(), "SystemServices");
-    EXPECT_EQ(values.at("Id").get<std::string>(), "tarnwick");
-    EXPECT_EQ(values.at("Title").get<std::string>(), "Tarnwick");
-    EXPECT_EQ(values.at("Status").get<std::string>(), "Active");
-    EXPECT_EQ(values.at("WindowId").get<std::int32_t>(), 0);
-    EXPECT_FALSE(values.at("ItemIsMenu").get<bool>());
-    EXPECT_EQ(values.at("Menu").get<sdbus::ObjectPath>(), DBusMenu::path);
-    EXPECT_EQ(values.at("IconThemePath").get<std::string>(), "/icons");
-    EXPECT_EQ(values.at("AttentionIconName").get<std::string>(), "");
-    EXPECT_EQ(values.at("OverlayIconName").get<std::string>(), "");
-    EXPECT_THAT(values.at("AttentionIconPixmap").get<std::vector<BusPixmap>>(), IsEmpty());
+    EXPECT_EQ(std::get<std::string>(values.at("Category")), "SystemServices");
+    EXPECT_EQ(std::get<std::string>(values.at("Id")), "tarnwick");
+    EXPECT_EQ(std::get<std::string>(values.at("Title")), "Tarnwick");
+    EXPECT_EQ(std::get<std::string>(values.at("Status")), "Active");
+    EXPECT_EQ(std::get<std::int32_t>(values.at("WindowId")), 0);
+    EXPECT_FALSE(std::get<bool>(values.at("ItemIsMenu")));
+    EXPECT_EQ(std::get<BusPath>(values.at("Menu")).text, DBusMenu::path);
+    EXPECT_EQ(std::get<std::string>(values.at("IconThemePath")), "/icons");
+    EXPECT_EQ(std::get<std::string>(values.at("AttentionIconName")), "");
+    EXPECT_EQ(std::get<std::string>(values.at("OverlayIconName")), "");
+    EXPECT_THAT(std::get<Pixmaps>(values.at("AttentionIconPixmap")), IsEmpty());
 }
 
 TEST_F(NotifierStatusItemTest, TheIconComesInAllSizesInTheOrderOfTheNetwork) {
     showIn("lxqt-panel");
 
-    const auto pixmaps = properties().at("IconPixmap").get<std::vector<BusPixmap>>();
+    const auto pixmaps = std::get<Pixmaps>(properties().at("IconPixmap"));
 
     ASSERT_EQ(pixmaps.size(), pixmapHeights({1, 2}).size());
-    EXPECT_EQ(pixmaps[1].get<0>(), 22);
-    EXPECT_EQ(pixmaps[1].get<1>(), 22);
-    const std::vector<std::uint8_t>& bytes = pixmaps[1].get<2>();
+    EXPECT_EQ(std::get<0>(pixmaps[1]), 22);
+    EXPECT_EQ(std::get<1>(pixmaps[1]), 22);
+    const std::vector<std::uint8_t>& bytes = std::get<2>(pixmaps[1]);
     ASSERT_EQ(bytes.size(), 22U * 22U * 4U);
     EXPECT_THAT(
         std::vector<std::uint8_t>(bytes.begin(), bytes.begin() + 4), ElementsAre(0x80, 0xF4, 0xF4, 0xF2));
@@ -297,10 +304,10 @@ TEST_F(NotifierStatusItemTest, TheIconComesInAllSizesInTheOrderOfTheNetwork) {
 TEST_F(NotifierStatusItemTest, AWideIconKeepsItsHeight) {
     showIn("waybar");
 
-    const auto pixmaps = properties().at("IconPixmap").get<std::vector<BusPixmap>>();
+    const auto pixmaps = std::get<Pixmaps>(properties().at("IconPixmap"));
 
-    EXPECT_EQ(pixmaps[1].get<0>(), 66);
-    EXPECT_EQ(pixmaps[1].get<1>(), 22);
+    EXPECT_EQ(std::get<0>(pixmaps[1]), 66);
+    EXPECT_EQ(std::get<1>(pixmaps[1]), 22);
 }
 
 TEST_F(NotifierStatusItemTest, NothingIsPaintedUntilAPanelReadsTheIcon) {
@@ -316,10 +323,10 @@ TEST_F(NotifierStatusItemTest, TheToolTipHasTitleAndText) {
     showIn("xfce4-panel");
     item_->setToolTip("example.org\n42 ms");
 
-    const auto toolTip = properties().at("ToolTip").get<ToolTip>();
+    const auto toolTip = std::get<ToolTip>(properties().at("ToolTip"));
 
-    EXPECT_EQ(toolTip.get<2>(), "Tarnwick");
-    EXPECT_EQ(toolTip.get<3>(), "example.org\n42 ms");
+    EXPECT_EQ(std::get<2>(toolTip), "Tarnwick");
+    EXPECT_EQ(std::get<3>(toolTip), "example.org\n42 ms");
 }
 
 TEST_F(NotifierStatusItemTest, TheLabelGoesToEveryPanel) {
@@ -328,8 +335,8 @@ TEST_F(NotifierStatusItemTest, TheLabelGoesToEveryPanel) {
 
     const Properties values = properties();
 
-    EXPECT_EQ(values.at("XAyatanaLabel").get<std::string>(), "42 ms");
-    EXPECT_EQ(values.at("XAyatanaLabelGuide").get<std::string>(), "888 ms");
+    EXPECT_EQ(std::get<std::string>(values.at("XAyatanaLabel")), "42 ms");
+    EXPECT_EQ(std::get<std::string>(values.at("XAyatanaLabelGuide")), "888 ms");
 }
 
 TEST_F(NotifierStatusItemTest, TextThatIsNoTextDoesNotCostTheConnection) {
@@ -337,7 +344,7 @@ TEST_F(NotifierStatusItemTest, TextThatIsNoTextDoesNotCostTheConnection) {
 
     item_->setToolTip("host \xFF\xFE");
 
-    EXPECT_EQ(properties().at("ToolTip").get<ToolTip>().get<3>(), "host \uFFFD\uFFFD");
+    EXPECT_EQ(std::get<3>(std::get<ToolTip>(properties().at("ToolTip"))), "host \uFFFD\uFFFD");
 }
 
 TEST_F(NotifierStatusItemTest, TheIconGoesByNameWhereThePanelRecolorsIt) {
@@ -419,8 +426,8 @@ TEST_F(NotifierStatusItemTest, WhereNobodyTellsHowDarkThePanelIsTheFallbackHolds
 
     EXPECT_THAT(signalsAfter([this] { item_->setFallbackInk(Ink::light); }), ElementsAre("NewIcon"));
 
-    const auto pixmaps = properties().at("IconPixmap").get<std::vector<BusPixmap>>();
-    EXPECT_EQ(pixmaps.front().get<2>()[1], 0xF4);
+    const auto pixmaps = std::get<Pixmaps>(properties().at("IconPixmap"));
+    EXPECT_EQ(std::get<2>(pixmaps.front())[1], 0xF4);
 }
 
 TEST_F(NotifierStatusItemTest, AClickSaysWhereItWasWhereThePanelTells) {
@@ -474,8 +481,8 @@ TEST_F(NotifierStatusItemTest, AnActivationTokenIsGivenOutOnce) {
 TEST_F(NotifierStatusItemTest, CallsWithWrongArgumentsAreErrors) {
     showIn("xfce4-panel");
 
-    EXPECT_EQ(call("Activate", std::string("here"))->error, "org.freedesktop.DBus.Error.InvalidArgs");
-    EXPECT_EQ(call("Explode")->error, "org.freedesktop.DBus.Error.UnknownMethod");
+    EXPECT_EQ(call("Activate", std::string("here"))->error(), BusError::invalidArguments);
+    EXPECT_EQ(call("Explode")->error(), "org.freedesktop.DBus.Error.UnknownMethod");
 }
 
 TEST_F(NotifierStatusItemTest, AnotherPanelIsToldTheItemInItsOwnForm) {
@@ -486,10 +493,9 @@ TEST_F(NotifierStatusItemTest, AnotherPanelIsToldTheItemInItsOwnForm) {
 
     EXPECT_THAT(
         signalsAfter([&panel, this] {
-            panel.peer.connection().requestName("org.kde.StatusNotifierHost-12");
-            ASSERT_TRUE(runUntil([this] {
-                return properties().at("IconPixmap").get<std::vector<BusPixmap>>()[0].get<0>() == 48;
-            }));
+            panel.peer.requestName("org.kde.StatusNotifierHost-12");
+            ASSERT_TRUE(runUntil(
+                [this] { return std::get<0>(std::get<Pixmaps>(properties().at("IconPixmap"))[0]) == 48; }));
         }),
         ElementsAre("NewIcon"));
 }

@@ -32,7 +32,7 @@ protected:
 
 TEST_F(PanelHostFinderTest, AWatcherThatIsThereIsFound) {
     BusPeer& panel = addPeer();
-    panel.connection().requestName(PanelHostFinder::watcherName);
+    panel.requestName(PanelHostFinder::watcherName);
     process_ = "gnome-shell";
 
     find();
@@ -46,47 +46,47 @@ TEST_F(PanelHostFinderTest, AWatcherThatComesLateIsFound) {
     find();
     ASSERT_TRUE(runUntilConnected());
 
-    addPeer().connection().requestName(PanelHostFinder::watcherName);
+    addPeer().requestName(PanelHostFinder::watcherName);
 
     EXPECT_TRUE(runUntilHostIs("waybar"));
 }
 
 TEST_F(PanelHostFinderTest, AWatcherThatGoesIsMissed) {
     BusPeer& panel = addPeer();
-    panel.connection().requestName(PanelHostFinder::watcherName);
+    panel.requestName(PanelHostFinder::watcherName);
     process_ = "waybar";
     find();
     ASSERT_TRUE(runUntilHostIs("waybar"));
 
-    panel.connection().releaseName(PanelHostFinder::watcherName);
+    panel.releaseName(PanelHostFinder::watcherName);
 
     ASSERT_TRUE(runUntil([this] { return finder_->watcher().empty(); }));
     EXPECT_EQ(finder_->host().process, "");
 }
 
 TEST_F(PanelHostFinderTest, AnAnnouncedPanelDecidesBesideAnotherWatcher) {
-    addPeer().connection().requestName(PanelHostFinder::watcherName);
+    addPeer().requestName(PanelHostFinder::watcherName);
     process_ = "kded5";
     find();
     ASSERT_TRUE(runUntilHostIs("kded5"));
     process_ = "lxqt-panel";
 
-    addPeer().connection().requestName("org.kde.StatusNotifierHost-4711");
+    addPeer().requestName("org.kde.StatusNotifierHost-4711");
 
     EXPECT_TRUE(runUntilHostIs("lxqt-panel"));
 }
 
 TEST_F(PanelHostFinderTest, WhenAnAnnouncedPanelGoesTheWatcherDecidesAgain) {
-    addPeer().connection().requestName(PanelHostFinder::watcherName);
+    addPeer().requestName(PanelHostFinder::watcherName);
     process_ = "kded5";
     find();
     ASSERT_TRUE(runUntilHostIs("kded5"));
     process_ = "lxqt-panel";
     BusPeer& panel = addPeer();
-    panel.connection().requestName("org.kde.StatusNotifierHost-4711");
+    panel.requestName("org.kde.StatusNotifierHost-4711");
     ASSERT_TRUE(runUntilHostIs("lxqt-panel"));
 
-    panel.connection().releaseName("org.kde.StatusNotifierHost-4711");
+    panel.releaseName("org.kde.StatusNotifierHost-4711");
 
     EXPECT_TRUE(runUntilHostIs("kded5"));
 }
@@ -97,15 +97,15 @@ TEST_F(PanelHostFinderTest, OtherNamesAreOfNoInterest) {
     ASSERT_TRUE(runUntilConnected());
     BusPeer& peer = addPeer();
 
-    peer.connection().requestName("org.kde.StatusNotifierItem-1-1");
-    peer.connection().requestName("org.kde.krunner");
+    peer.requestName("org.kde.StatusNotifierItem-1-1");
+    peer.requestName("org.kde.krunner");
 
     ASSERT_TRUE(runUntilHeardBy(peer));
     EXPECT_EQ(changes_, 0);
 }
 
 TEST_F(PanelHostFinderTest, ABusThatGoesTakesItsWatcherAlong) {
-    addPeer().connection().requestName(PanelHostFinder::watcherName);
+    addPeer().requestName(PanelHostFinder::watcherName);
     process_ = "waybar";
     find();
     ASSERT_TRUE(runUntilHostIs("waybar"));

@@ -1,0 +1,87 @@
+// One connection to a bus daemon, made without waiting and driven from outside.
+#pragma once
+
+#include "platform/bus/BusMessage.h"
+#include "platform/bus/Subscription.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+struct sd_bus;
+
+namespace tarnwick {
+
+/// A thin owner of the library's connection. Handlers run inside `process`; an exception in one of them ends
+/// there. Main thread.
+class BusLink {
+public:
+    using Handler = std::function<void(BusMessage&)>;
+
+    /// Never blocks on a local socket; a host name in the address is looked up at once. Null when it is known
+    /// already that nothing listens at any of the addresses.
+    [[nodiscard]] static std::unique_ptr<BusLink> open(const std::string& address);
+
+    BusLink(const BusLink&) = delete;
+    BusLink& operator=(const BusLink&) = delete;
+    /// Drops what has not been written yet.
+    ~BusLink();
+
+    /// Connected, and has its name from the bus daemon. What is sent earlier waits for that.
+    [[nodiscard]] bool isReady() const;
+
+    /// Empty until then.
+    [[nodiscard]] std::string uniqueName() const;
+
+    enum class Step { idle, worked, lost };
+
+    /// Writes what waits, and deals with one message. Not from inside a handler.
+    [[nodiscard]] Step process();
+
+    /// The sender of the message that is dealt with; empty outside of `process`.
+    [[nodiscard]] std::string currentSender() const;
+
+    /// What `process` is to be called for, besides something to read.
+    struct Wait {
+        int descriptor = -1;
+        bool forWriting = false;
+        std::optional<double> deadline; ///< monotonic seconds; may be past
+    };
+
+    /// Nothing when the connection is lost.
+    [[nodiscard]] std::optional<Wait> wait() const;
+
+    /// Messages that match the rule, until the subscription ends. Null when the connection is going down.
+    /// A rule that the daemon refuses ends the connection.
+    [[nodiscard]] Subscription addMatch(const std::string& rule, Handler handler);
+
+    [[nodiscard]] BusMessage newCall(
+        const std::string& destination, const std::string& path, const std::string& interface,
+        const std::string& method) const;
+    [[nodiscard]] BusMessage newSignal(
+        const std::string& path, const std::string& interface, const std::string& signal) const;
+
+    /// `answered` is called once with the answer, which may be an error; so is a connection that is lost.
+    /// `timeout` in seconds. False when it can't be sent; then nothing is called.
+    [[nodiscard]] bool call(BusMessage& message, double timeout, Handler answered);
+
+    /// To be called when anything was sent: `wait` may say something else now.
+    std::function<void()> onSent;
+
+    void sent() const {
+        if (onSent) {
+            onSent();
+        }
+    }
+
+    [[nodiscard]] sd_bus* get() const { return bus_; }
+
+private:
+    explicit BusLink(sd_bus* bus) : bus_(bus) {}
+
+    sd_bus* bus_;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,79 @@
+#include "platform/bus/NameWatch.h"
+
+#include "core/Lifeline.h"
+#include "platform/bus/BusCall.h"
+
+#include <tuple>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+class NameWatch {
+public:
+    NameWatch(BusConnection& bus, const std::string& name, OwnerListener listener)
+        : bus_(bus), name_(name), listener_(std::move(listener)) {
+        match_ = bus_.addMatch(nameChangeRule(name), [this](BusMessage& message) {
+            if (const auto change = nameChange(message); change && change->name == name_) {
+                tell(change->owner);
+            }
+        });
+        stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
+        busChanged();
+    }
+
+private:
+    void busChanged() {
+        if (bus_.state() == BusConnection::State::connected) {
+            callBus<std::string>(
+                bus_, daemonCall("GetNameOwner"), std::tuple(name_),
+                lifeline_.guarded(
+                    [this](const std::optional<std::string>& owner) { tell(owner.value_or("")); }));
+        } else if (const auto lost = std::exchange(owner_, std::nullopt); lost && !lost->empty()) {
+            notify("", NameNews::changed);
+        }
+    }
+
+    void tell(const std::string& owner) {
+        if (owner_ != owner) {
+            const NameNews news = owner_ ? NameNews::changed : NameNews::found;
+            owner_ = owner;
+            notify(owner, news);
+        }
+    }
+
+    void notify(const std::string& owner, NameNews news) const {
+        // The listener may end this watch, and with it the function.
+        const OwnerListener listener = listener_;
+        listener(owner, news);
+    }
+
+    BusConnection& bus_;
+    std::string name_;
+    OwnerListener listener_;
+    std::optional<std::string> owner_; ///< unknown until the connection has told it
+    Lifeline lifeline_;
+    Subscription stateSubscription_;
+    Subscription match_;
+};
+
+} // namespace
+
+Subscription watchName(BusConnection& bus, const std::string& name, OwnerListener listener) {
+    return std::make_shared<NameWatch>(bus, name, std::move(listener));
+}
+
+std::string nameChangeRule(const std::string& name, const char* key) {
+    return "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
+           "member='NameOwnerChanged',"
+           + std::string(key) + "='" + name + "'";
+}
+
+std::optional<NameChange> nameChange(BusMessage& message) {
+    const auto values = message.read<std::string, std::string, std::string>();
+    return values ? std::optional(NameChange{.name = std::get<0>(*values), .owner = std::get<2>(*values)})
+                  : std::nullopt;
+}
+
+} // namespace tarnwick

@@ -1,0 +1,141 @@
+// Following the owner of a name.
+#include "platform/bus/NameWatch.h"
+
+#include "tests/platform/bus/BusTest.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarnwick {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+constexpr const char* name = "test.Service";
+
+class NameWatchTest : public BusTest {
+protected:
+    void watch(const std::string& watched = name) {
+        watch_ = watchName(bus_, watched, [this](const std::string& owner, NameNews news) {
+            told_.emplace_back(owner, news);
+            if (endsWhenTold_) {
+                watch_.reset();
+            }
+        });
+    }
+
+    [[nodiscard]] bool runUntilTold(std::size_t count) {
+        return runUntil([this, count] { return told_.size() == count; });
+    }
+
+    std::vector<std::pair<std::string, NameNews>> told_;
+    bool endsWhenTold_ = false;
+    Subscription watch_;
+};
+
+} // namespace
+
+TEST_F(NameWatchTest, AConnectionFindsTheOwner) {
+    BusPeer& peer = addPeer();
+    peer.requestName(name);
+
+    watch();
+
+    ASSERT_TRUE(runUntilTold(1));
+    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::found)));
+}
+
+TEST_F(NameWatchTest, AConnectionFindsThatThereIsNoOwner) {
+    watch();
+
+    ASSERT_TRUE(runUntilTold(1));
+    EXPECT_THAT(told_, ElementsAre(Pair("", NameNews::found)));
+}
+
+TEST_F(NameWatchTest, AWatchThatBeginsLaterFindsTheOwnerToo) {
+    BusPeer& peer = addPeer();
+    peer.requestName(name);
+    ASSERT_TRUE(runUntilConnected());
+
+    watch();
+
+    ASSERT_TRUE(runUntilTold(1));
+    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::found)));
+}
+
+TEST_F(NameWatchTest, EachChangeIsToldOnceInItsOrder) {
+    BusPeer& first = addPeer();
+    BusPeer& second = addPeer();
+    watch();
+    ASSERT_TRUE(runUntilTold(1));
+
+    first.requestName(name);
+    first.releaseName(name);
+    second.requestName(name);
+    first.requestName("test.Other");
+
+    ASSERT_TRUE(runUntilHeardBy(first));
+    EXPECT_THAT(
+        told_, ElementsAre(
+                   Pair("", NameNews::found), Pair(first.uniqueName(), NameNews::changed),
+                   Pair("", NameNews::changed), Pair(second.uniqueName(), NameNews::changed)));
+}
+
+TEST_F(NameWatchTest, WithoutTheBusThereIsNoOwnerUntilItComesBack) {
+    addPeer().requestName(name);
+    watch();
+    ASSERT_TRUE(runUntilTold(1));
+    told_.clear();
+
+    stopBus();
+    ASSERT_TRUE(runUntil([this] { return bus_.state() == BusConnection::State::unavailable; }));
+    EXPECT_THAT(told_, ElementsAre(Pair("", NameNews::changed)));
+    told_.clear();
+    ASSERT_TRUE(daemon_.start());
+    BusPeer& peer = addPeer();
+    peer.requestName(name);
+
+    ASSERT_TRUE(runUntilTold(1));
+    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::found)));
+}
+
+TEST_F(NameWatchTest, TheEndOfAConnectionIsTheEndOfItsUniqueName) {
+    BusPeer& peer = addPeer();
+    watch(peer.uniqueName());
+    ASSERT_TRUE(runUntilTold(1));
+
+    peers_.clear();
+
+    ASSERT_TRUE(runUntilTold(2));
+    EXPECT_THAT(told_.back(), Pair("", NameNews::changed));
+}
+
+TEST_F(NameWatchTest, ItMayEndWhenItIsTold) {
+    endsWhenTold_ = true;
+    watch();
+    ASSERT_TRUE(runUntilTold(1));
+    BusPeer& peer = addPeer();
+
+    peer.requestName(name);
+
+    ASSERT_TRUE(runUntilHeardBy(peer));
+    EXPECT_EQ(told_.size(), 1U);
+}
+
+TEST_F(NameWatchTest, AnEndedWatchIsNotToldTheAnswer) {
+    ASSERT_TRUE(runUntilConnected());
+    watch();
+
+    watch_.reset();
+
+    ASSERT_TRUE(runUntilHeardBy(addPeer()));
+    EXPECT_THAT(told_, IsEmpty());
+}
+
+} // namespace tarnwick

@@ -1,0 +1,413 @@
+// What the desktop's notification center promises with either service, the notification daemon or the portal:
+// when one is absent, refuses, hangs, ends or comes back.
+#include "tests/platform/bus/NotificationDrivers.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+namespace tarnwick {
+
+namespace {
+
+using Ability = NotificationCenter::Ability;
+using State = BusConnection::State;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Seconds, for what a test waits to see given up.
+constexpr double shortPatience = 0.5;
+/// Seconds that leave time for a service to come, and for a test to see the end.
+constexpr double somePatience = 2;
+/// Seconds: waiting for another program takes longer.
+constexpr double atOnce = 1;
+
+template<class Driver>
+class NotificationServiceContract : public Driver {
+protected:
+    [[nodiscard]] bool connectWithService() {
+        this->addService();
+        return this->runUntilConnected();
+    }
+
+    [[nodiscard]] bool findService() {
+        this->addService();
+        this->center().requestAuthorization();
+        return this->runUntilAbilityIs(Ability::yes);
+    }
+
+    /// Keeps everything from running, the center included.
+    void beBusyUntil(double time) const {
+        while (this->loop_.now() < time) {
+        }
+    }
+
+    void expectLoopRunsAtOnce(double start) {
+        bool isRunning = false;
+        const auto timer = this->loop_.after(0, [&isRunning] { isRunning = true; });
+        EXPECT_TRUE(this->runUntil([&isRunning] { return isRunning; }));
+        EXPECT_LT(this->loop_.now() - start, atOnce);
+    }
+};
+
+using Drivers = testing::Types<DaemonDriver, PortalDriver>;
+TYPED_TEST_SUITE(NotificationServiceContract, Drivers);
+
+} // namespace
+
+TYPED_TEST(NotificationServiceContract, TheServiceIsAskedOnceForAllNotifications) {
+    ASSERT_TRUE(this->connectWithService());
+    this->center().post("down", "");
+    this->center().post("up", "");
+    ASSERT_TRUE(this->runUntilShown(2));
+
+    this->center().post("down", "");
+
+    ASSERT_TRUE(this->runUntilShown(3));
+    EXPECT_EQ(this->service().questions(), 1);
+}
+
+TYPED_TEST(NotificationServiceContract, NoServiceIsAskedBeforeThereIsAReason) {
+    ASSERT_TRUE(this->connectWithService());
+
+    ASSERT_TRUE(this->runUntilServiceHasHeard());
+    EXPECT_EQ(this->service().questions(), 0);
+    EXPECT_EQ(this->center().canNotify(), Ability::unknown);
+}
+
+TYPED_TEST(NotificationServiceContract, TextThatIsNotUtf8DoesNotCostTheConnection) {
+    ASSERT_TRUE(this->connectWithService());
+
+    this->center().post("caf\xe9", "\xff");
+
+    ASSERT_TRUE(this->runUntilShown(1));
+    EXPECT_EQ(this->shown().front().title, "caf\uFFFD");
+    EXPECT_EQ(this->shown().front().body, "\uFFFD");
+}
+
+TYPED_TEST(NotificationServiceContract, WhatIsPostedWhileTheBusIsConnectingIsShown) {
+    this->addService();
+    ASSERT_EQ(this->bus_.state(), State::connecting);
+
+    this->center().post("early", "");
+
+    ASSERT_TRUE(this->runUntilShown(1));
+    EXPECT_THAT(this->titles(), ElementsAre("early"));
+}
+
+TYPED_TEST(NotificationServiceContract, AuthorizationMayBeRequestedBeforeTheBusIsThere) {
+    this->addService();
+    ASSERT_EQ(this->bus_.state(), State::connecting);
+
+    this->center().requestAuthorization();
+
+    EXPECT_TRUE(this->runUntilAbilityIs(Ability::yes));
+}
+
+TYPED_TEST(NotificationServiceContract, TheFirstNotificationOpensABusThatIsOpenedWhenNeeded) {
+    this->addService();
+    BusConnection unopened(this->loop_, this->daemon_.address(), BusConnection::Opening::whenNeeded);
+    DesktopNotificationCenter center(this->loop_, unopened, this->surroundings);
+    ASSERT_TRUE(this->runUntilConnected());
+    this->runFor(0.1);
+    ASSERT_EQ(unopened.state(), State::connecting);
+
+    center.post("Title", "Body");
+
+    EXPECT_TRUE(this->runUntilShown(1));
+}
+
+// Absence.
+
+TYPED_TEST(NotificationServiceContract, WithoutABusThereIsNoAuthorization) {
+    this->stopBus();
+    ASSERT_TRUE(this->runUntilUnavailable());
+
+    this->center().requestAuthorization();
+
+    EXPECT_EQ(this->center().canNotify(), Ability::no);
+}
+
+TYPED_TEST(NotificationServiceContract, WithoutABusWhatIsPostedIsDropped) {
+    this->becomeImpatient(shortPatience);
+    this->stopBus();
+    ASSERT_TRUE(this->runUntilUnavailable());
+
+    this->center().post("lost", "");
+    this->runFor(2 * shortPatience);
+
+    ASSERT_TRUE(this->daemon_.start());
+    this->addService();
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    ASSERT_TRUE(this->runUntilServiceHasHeard());
+    EXPECT_THAT(this->titles(), IsEmpty());
+}
+
+TYPED_TEST(NotificationServiceContract, WithoutAServiceWhatIsPostedIsDropped) {
+    this->becomeImpatient(shortPatience);
+    ASSERT_TRUE(this->runUntilConnected());
+    this->center().post("lost", "");
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+    this->runFor(2 * shortPatience);
+
+    this->addService();
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    ASSERT_TRUE(this->runUntilServiceHasHeard());
+    EXPECT_THAT(this->titles(), IsEmpty());
+}
+
+TYPED_TEST(NotificationServiceContract, AServiceThatComesLateAuthorizes) {
+    ASSERT_TRUE(this->runUntilConnected());
+    this->center().requestAuthorization();
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+
+    this->addService();
+
+    EXPECT_TRUE(this->runUntilAbilityIs(Ability::yes));
+}
+
+// Going and coming back.
+
+TYPED_TEST(NotificationServiceContract, AServiceThatHasEndedMayBeStartedAgainByTheNextNotification) {
+    ASSERT_TRUE(this->findService());
+
+    this->removeService();
+
+    EXPECT_TRUE(this->runUntilAbilityIs(Ability::unknown));
+}
+
+TYPED_TEST(NotificationServiceContract, AServiceThatComesBackInTimeShowsWhatWaits) {
+    ASSERT_TRUE(this->findService());
+    this->removeService();
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::unknown));
+    this->center().post("down", "");
+    this->center().post("up", "");
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+
+    this->addService();
+
+    ASSERT_TRUE(this->runUntilShown(2));
+    EXPECT_THAT(this->titles(), ElementsAre("down", "up"));
+}
+
+TYPED_TEST(NotificationServiceContract, ABusThatComesBackInTimeBringsWhatWaits) {
+    this->stopBus();
+    ASSERT_TRUE(this->runUntilUnavailable());
+    this->center().post("down", "");
+    ASSERT_EQ(this->center().canNotify(), Ability::no);
+
+    ASSERT_TRUE(this->daemon_.start());
+    this->addService();
+
+    ASSERT_TRUE(this->runUntilShown(1));
+    EXPECT_THAT(this->titles(), ElementsAre("down"));
+}
+
+TYPED_TEST(NotificationServiceContract, AfterARestartOfTheBusItGoesOn) {
+    this->addService();
+    this->center().post("first", "");
+    ASSERT_TRUE(this->runUntilShown(1));
+    this->removeService();
+    this->stopBus();
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+
+    ASSERT_TRUE(this->daemon_.start());
+    this->addService();
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    this->center().post("second", "");
+    EXPECT_TRUE(this->runUntilShown(1));
+}
+
+// Hanging.
+
+TYPED_TEST(NotificationServiceContract, AServiceThatHangsHoldsNothingUp) {
+    this->addHangingService();
+    ASSERT_TRUE(this->runUntilConnected());
+    const double start = this->loop_.now();
+
+    this->center().post("down", "");
+
+    this->expectLoopRunsAtOnce(start);
+}
+
+TYPED_TEST(NotificationServiceContract, AServiceThatHangsLaterOnHoldsNothingUp) {
+    ASSERT_TRUE(this->findService());
+    this->hangService();
+    const double start = this->loop_.now();
+
+    this->center().post("down", "");
+    this->center().post("up", "");
+
+    this->expectLoopRunsAtOnce(start);
+    EXPECT_THAT(this->titles(), IsEmpty());
+}
+
+TYPED_TEST(NotificationServiceContract, AServiceThatHangsLaterOnGetsWhatItMayStillShow) {
+    ASSERT_TRUE(this->findService());
+    this->hangService();
+    this->center().post("down", "");
+    this->center().post("up", "");
+    this->runFor(0.5);
+
+    this->wakeUpService();
+
+    ASSERT_TRUE(this->runUntilShown(2));
+    EXPECT_THAT(this->titles(), ElementsAre("down", "up"));
+}
+
+TYPED_TEST(NotificationServiceContract, AServiceThatDoesNotAnswerInTimeIsNoneAtPresent) {
+    this->becomeImpatient(shortPatience);
+    this->addHangingService();
+
+    this->center().requestAuthorization();
+
+    EXPECT_TRUE(this->runUntilAbilityIs(Ability::no));
+}
+
+TYPED_TEST(NotificationServiceContract, WhatAServiceHasNotTakenInTimeIsDropped) {
+    this->becomeImpatient(shortPatience);
+    this->addHangingService();
+    ASSERT_TRUE(this->runUntilConnected());
+    this->center().post("stale", "");
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+
+    this->removeService();
+    this->addService();
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    ASSERT_TRUE(this->runUntilServiceHasHeard());
+    EXPECT_THAT(this->titles(), IsEmpty());
+}
+
+TYPED_TEST(NotificationServiceContract, AnUnansweredQuestionDropsNoLaterPost) {
+    this->becomeImpatient(somePatience);
+    this->addHangingService();
+    ASSERT_TRUE(this->runUntilConnected());
+    this->center().requestAuthorization();
+    this->runFor(0.75 * somePatience);
+    this->center().post("down", "");
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+
+    this->removeService();
+    this->addService();
+
+    ASSERT_TRUE(this->runUntilShown(1));
+    EXPECT_THAT(this->titles(), ElementsAre("down"));
+}
+
+TYPED_TEST(NotificationServiceContract, AServiceThatWasSilentBeforeAPostIsAskedAgainForIt) {
+    this->becomeImpatient(somePatience);
+    this->addHangingService();
+    ASSERT_TRUE(this->runUntilConnected());
+    this->center().requestAuthorization();
+    this->runFor(0.75 * somePatience);
+    this->center().post("down", "");
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+
+    this->wakeUpService();
+
+    ASSERT_TRUE(this->runUntilShown(1));
+    EXPECT_THAT(this->titles(), ElementsAre("down"));
+}
+
+TYPED_TEST(NotificationServiceContract, AServiceThatIsReplacedWhileItIsAskedLeavesTheAnswerToTheNext) {
+    this->becomeImpatient(shortPatience);
+    this->addHangingService();
+    ASSERT_TRUE(this->runUntilConnected());
+    this->center().requestAuthorization();
+    ASSERT_TRUE(this->runUntilHeardBy(this->addPeer()));
+
+    this->hanging_->releaseName(std::decay_t<decltype(this->service())>::name);
+    this->addService();
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    // The time of the question to the first one passes.
+    this->runFor(2 * shortPatience);
+    EXPECT_EQ(this->center().canNotify(), Ability::yes);
+}
+
+TYPED_TEST(NotificationServiceContract, AnAnswerThatIsReadTooLateShowsNothing) {
+    this->becomeImpatient(somePatience);
+    ASSERT_TRUE(this->runUntilConnected());
+    const double posted = this->loop_.now();
+    this->center().post("stale", "");
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+    this->runFor(0.5 * somePatience);
+    this->addService();
+    ASSERT_TRUE(this->runUntil([this] { return this->service().questions() == 1; }));
+    ASSERT_LT(this->loop_.now(), posted + somePatience);
+
+    this->beBusyUntil(posted + 1.1 * somePatience);
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    ASSERT_TRUE(this->runUntilServiceHasHeard());
+    EXPECT_THAT(this->titles(), IsEmpty());
+}
+
+TYPED_TEST(NotificationServiceContract, ABusThatDoesNotAnswerInTimeLetsThePostGo) {
+    this->becomeImpatient(shortPatience);
+    this->addService();
+    this->center().post("stale", "");
+    // The connection is not taken up in this time, as if the bus took so long.
+    this->beBusyUntil(this->loop_.now() + 2 * shortPatience);
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    ASSERT_TRUE(this->runUntilServiceHasHeard());
+    EXPECT_THAT(this->titles(), IsEmpty());
+}
+
+// Refusing.
+
+TYPED_TEST(NotificationServiceContract, ARefusedNotificationChangesNothing) {
+    ASSERT_TRUE(this->findService());
+    this->service().refuses = true;
+
+    this->center().post("refused", "");
+    ASSERT_TRUE(this->runUntil([this] { return this->service().refusals() == 1; }));
+    ASSERT_TRUE(this->runUntilServiceHasHeard());
+
+    EXPECT_EQ(this->center().canNotify(), Ability::yes);
+    this->service().refuses = false;
+    this->center().post("shown", "");
+    ASSERT_TRUE(this->runUntilShown(1));
+    EXPECT_THAT(this->titles(), ElementsAre("shown"));
+}
+
+TYPED_TEST(NotificationServiceContract, EachNotificationIsTriedThoughTheOneBeforeWasRefused) {
+    ASSERT_TRUE(this->connectWithService());
+    this->service().refuses = true;
+
+    this->center().post("down", "");
+    this->center().post("up", "");
+
+    EXPECT_TRUE(this->runUntil([this] { return this->service().refusals() == 2; }));
+}
+
+// Waiting.
+
+TYPED_TEST(NotificationServiceContract, OfManyThatWaitTheLatestAreKept) {
+    for (std::size_t i = 0; i < DesktopNotificationCenter::mostWaiting + 2; ++i) {
+        this->center().post(std::to_string(i), "");
+    }
+
+    this->addService();
+
+    ASSERT_TRUE(this->runUntilShown(DesktopNotificationCenter::mostWaiting));
+    EXPECT_EQ(this->titles().front(), "2");
+}
+
+TYPED_TEST(NotificationServiceContract, ItsEndForgetsWhatWaits) {
+    this->addService();
+    {
+        DesktopNotificationCenter center(this->loop_, this->bus_, this->surroundings);
+        center.post("lost", "");
+    }
+
+    ASSERT_TRUE(this->runUntilConnected());
+    ASSERT_TRUE(this->runUntilServiceHasHeard());
+    EXPECT_THAT(this->titles(), IsEmpty());
+}
+
+} // namespace tarnwick
