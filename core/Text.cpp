@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <locale>
+#include <sstream>
 #include <system_error>
 
 namespace tarnwick::Text {
@@ -19,12 +21,14 @@ constexpr std::array<std::string_view, 25> spaces{
     "\u2009", "\u200A", "\u2028", "\u2029", "\u202F", "\u205F", "\u3000",
 };
 
-/// `std::from_chars` does not tell on which side a number is out of range; its exponent does.
+/// `std::from_chars` does not tell whether a number is too large or too small. A stream gives the largest
+/// double or one near zero.
 double outOfRange(std::string_view number) {
-    const bool isTiny =
-        number.find("e-") != std::string_view::npos || number.find("E-") != std::string_view::npos;
-    const double size = isTiny ? 0 : std::numeric_limits<double>::infinity();
-    return number.starts_with('-') ? -size : size;
+    std::istringstream stream{std::string(number)};
+    stream.imbue(std::locale::classic());
+    double nearest = 0;
+    stream >> nearest;
+    return std::copysign(std::abs(nearest) < 1 ? 0 : std::numeric_limits<double>::infinity(), nearest);
 }
 
 } // namespace

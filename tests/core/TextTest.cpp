@@ -58,6 +58,14 @@ TEST_P(ParsedText, TakesANumberFromEndToEnd) {
     EXPECT_EQ(Text::parseNumber(GetParam().text), GetParam().expected) << '"' << GetParam().text << '"';
 }
 
+TEST(ParsedNumber, OutOfRangeIsJudgedByItsSizeAndNotByItsExponent) {
+    const std::string zeros(400, '0');
+    EXPECT_EQ(Text::parseNumber("0." + zeros + "1"), 0.0);
+    EXPECT_EQ(Text::parseNumber("1" + zeros), infinity);
+    EXPECT_EQ(Text::parseNumber("-1" + zeros + "e-5"), -infinity);
+    EXPECT_EQ(Text::parseNumber("0." + zeros + "1e5"), 0.0);
+}
+
 TEST(ParsedNumber, MayBeNotANumber) {
     const std::optional<double> number = Text::parseNumber("nan");
     ASSERT_TRUE(number);
