@@ -134,7 +134,9 @@ void FileWatch::changed() {
         const RunLoop::Handle done = std::move(settling_);
         // Before the report, so that no change falls between reading the file and watching it.
         watchPlaces();
-        onChange_(); // may destroy this
+        // Copied: the callback may destroy this watch.
+        const auto report = onChange_;
+        report();
     });
 }
 

@@ -10,6 +10,7 @@
 #include <memory>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <utility>
 
 namespace tarnwick {
 
@@ -244,13 +245,21 @@ TEST_F(FileWatchTest, NothingIsToldAfterItsEnd) {
 }
 
 TEST_F(FileWatchTest, ItMayBeEndedByWhatItTells) {
-    watch_ = std::make_unique<FileWatch>(loop_, file_, [this] {
+    auto captured = std::make_shared<int>();
+    const std::weak_ptr<int> observed = captured;
+    bool outlivesTheWatch = false;
+    watch_ = std::make_unique<FileWatch>(loop_, file_, [&, captured = std::move(captured)] {
         ++told_;
+        // Not through the function itself: it would be gone if the watch destroyed it.
+        const std::weak_ptr<int>& seen = observed;
+        bool& result = outlivesTheWatch;
         watch_.reset();
+        result = !seen.expired();
     });
     test::writeFile(file_, "second");
     EXPECT_TRUE(isTold());
     EXPECT_EQ(watch_, nullptr);
+    EXPECT_TRUE(outlivesTheWatch);
 }
 
 TEST_F(FileWatchTest, WhereTheSystemCannotWatchNothingIsTold) {
