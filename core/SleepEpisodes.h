@@ -22,7 +22,7 @@ public:
 
     /// A longer suspension between two calls is a sleep.
     static constexpr double shortestSleep = 1;
-    /// How long an announcement may arrive after the sleep that it belongs to.
+    /// An announcement may arrive this long after the sleep that it belongs to.
     static constexpr double announcementDelay = 0.5;
     /// The end of a sleep is announced within this time, or never.
     static constexpr double wakeDelay = 5;

@@ -17,7 +17,7 @@ namespace tarnwick {
 
 namespace {
 
-/// Shares of the screen that are kept for the window's title and frame.
+/// Pixels of the screen that are left for the window's title and frame.
 constexpr int titleHeight = 48;
 constexpr int frameWidth = 16;
 

@@ -11,9 +11,9 @@ namespace tarnwick::StartupSettings {
 
 using Command = std::vector<std::string>;
 
-/// The commands that open them, the best one first. `desktops` are the desktop's own names, separated by
-/// colons
-/// ("ubuntu:GNOME"). Empty for a desktop without such settings and for unknown ones.
+/// The commands that open them, the best one first.
+/// `desktops` are the desktop's own names, separated by colons ("ubuntu:GNOME").
+/// Empty for a desktop without such settings and for unknown ones.
 [[nodiscard]] std::vector<Command> commands(std::string_view desktops);
 
 /// Whether a command of the present desktop is installed.

@@ -13,13 +13,13 @@ namespace {
 
 using Netlink::Bytes;
 
-// Larger than any message that matters; a message that does not fit counts as one that does.
+// Larger than any message that can change the path. One that is cut off counts as a change.
 constexpr std::size_t receiveSize = 16UL * 1024;
 
 // About as many as the receive buffer holds.
 constexpr int mostMessagesAtOnce = 512;
 
-// The kernel doubles it. Messages that do not fit are lost, which costs one look-up that would be due anyway.
+// The kernel doubles it. Lost messages cost one look-up, which was due anyway.
 constexpr int receiveBuffer = 256 * 1024;
 
 constexpr std::array groups{RTNLGRP_LINK,       RTNLGRP_IPV4_IFADDR, RTNLGRP_IPV6_IFADDR, RTNLGRP_IPV4_ROUTE,
@@ -56,8 +56,8 @@ bool prefixCovers(Bytes prefix, unsigned length, Bytes address) {
     return remainingBits == 0 || difference() >> (byteBits - remainingBits) == 0;
 }
 
-/// Routes to the internet matter. The kernel clones a route for each host that it learns about, and sends
-/// messages about the clones too; those do not.
+/// Only routes to the internet matter. The kernel also sends messages about clones, which it makes for each
+/// host that it learns about.
 bool leadsToWorld(Bytes content) {
     const auto route = Netlink::structureAt<rtmsg>(content);
     if (!route || (route->rtm_flags & RTM_F_CLONED) != 0) {

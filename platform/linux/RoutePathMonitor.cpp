@@ -22,7 +22,7 @@ void RoutePathMonitor::start(Update update) {
     }
 }
 
-void RoutePathMonitor::changesWait() {
+void RoutePathMonitor::readChanges() {
     if (changes_.take()) {
         // The rest of the burst need not wake the program: the look-up takes it too.
         watch_.reset();
@@ -38,26 +38,26 @@ void RoutePathMonitor::lookUp() {
     timer_.reset();
     static_cast<void>(changes_.take());
     if (!watch_) {
-        watch_ = loop_.watchReadable(changes_.descriptor(), [this] { changesWait(); });
+        watch_ = loop_.watchReadable(changes_.descriptor(), [this] { readChanges(); });
     }
     const std::optional<RoutedPath> present = lookUp_();
     if (const auto seconds = nextLookUp(present)) {
         lookUpAfter(*seconds);
     }
     if (present) {
+        wasExpiring_ = present->expiresIn.has_value();
         report(present->path);
     }
 }
 
-std::optional<double> RoutePathMonitor::nextLookUp(const std::optional<RoutedPath>& present) {
+std::optional<double> RoutePathMonitor::nextLookUp(const std::optional<RoutedPath>& present) const {
     if (!present) {
         return slowInterval;
     }
-    const bool wasExpiring = std::exchange(wasExpiring_, present->expiresIn.has_value());
     if (present->expiresIn) {
         return std::min(slowInterval, *present->expiresIn + expiryMargin);
     }
-    if (wasExpiring && present->path.satisfied) {
+    if (wasExpiring_ && present->path.satisfied) {
         return expiryMargin; // in its last hundredth of a second the route looks as if it had no end
     }
     return watch_ ? std::nullopt : std::optional(slowInterval);

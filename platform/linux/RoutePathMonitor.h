@@ -27,11 +27,11 @@ public:
     void start(Update update) override;
 
 private:
-    void changesWait();
+    void readChanges();
     void lookUpAfter(double seconds);
     void lookUp();
-    /// In how many seconds to look again although no message came; nothing where a message is certain.
-    [[nodiscard]] std::optional<double> nextLookUp(const std::optional<RoutedPath>& present);
+    /// Seconds until the next look-up without a message; nothing when a message tells of every change.
+    [[nodiscard]] std::optional<double> nextLookUp(const std::optional<RoutedPath>& present) const;
     void report(const NetworkPath& path);
 
     RunLoop& loop_;

@@ -30,7 +30,7 @@ struct TimerQueue::Timer {
     Timer(const Schedule& times, RunLoop::Task whatRuns)
         : schedule(times), due(times.firstFire), task(std::move(whatRuns)) {}
 
-    /// The fires missed by `now` are passed over; never the same one twice, however the division rounds.
+    /// To the first fire time after `now`: always a later one, however the division rounds.
     void moveOn(double now) {
         if (schedule.interval > 0) {
             const double passed = std::floor((now - schedule.firstFire) / schedule.interval);
@@ -39,7 +39,7 @@ struct TimerQueue::Timer {
         due = dueAt(fires);
     }
 
-    /// When it must have run at the latest. Who is kept from running waits for nothing.
+    /// The latest time at which it must run. A running timer has no deadline.
     [[nodiscard]] double deadline() const { return isRunning ? never : due + schedule.tolerance; }
 
     [[nodiscard]] double dueAt(double number) const {
@@ -84,7 +84,7 @@ std::optional<std::chrono::nanoseconds> TimerQueue::wakeUp() const {
 }
 
 void TimerQueue::runDue() {
-    // What the tasks add has its turn the next time, so that other events come in between.
+    // Timers that the tasks add run at the next call, so that other events come in between.
     const std::uint64_t endKey = nextKey_;
     const double now = clock_();
     while (const auto timer = firstDue(now, endKey)) {
@@ -106,7 +106,7 @@ std::shared_ptr<TimerQueue::Timer> TimerQueue::firstDue(double now, std::uint64_
     return first;
 }
 
-/// A patient timer that is due when this time comes runs then, so the earliest deadline wakes for all.
+/// Wakes for all timers: one with tolerance that is due by then runs along.
 double TimerQueue::earliestDeadline() const {
     double earliest = never;
     for (const auto& [key, timer] : timers_) {

@@ -1,4 +1,4 @@
-// The timers of a run loop in the order of their times, whatever wakes its thread.
+// The timers of a run loop. Its owner does the waiting.
 #pragma once
 
 #include "core/RunLoop.h"
@@ -12,8 +12,8 @@
 
 namespace tarnwick {
 
-/// Keeps what `RunLoop` promises of timers. It runs nothing by itself: its owner waits until `wakeUp` and
-/// then calls `runDue`. Main thread; the handles must not outlive it.
+/// Keeps what `RunLoop` promises of timers. It starts no thread: its owner waits until `wakeUp` and then
+/// calls `runDue`. Main thread; the handles must not outlive it.
 class TimerQueue {
 public:
     using Clock = std::function<double()>;

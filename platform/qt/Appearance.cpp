@@ -63,7 +63,7 @@ bool isDark() {
 }
 
 void prefer(std::optional<bool> wantsDark) {
-    // Without colors of ours, its own are there again.
+    // Gives the toolkit its own colors back, for the comparison.
     QApplication::setPalette(QPalette());
     if (wantsDark && *wantsDark != isDark()) {
         QApplication::setPalette(paletteOf(*wantsDark ? dark : light));

@@ -8,8 +8,8 @@ namespace tarnwick::Appearance {
 /// Whether the toolkit draws light text on a dark ground at present. Needs a QGuiApplication.
 [[nodiscard]] bool isDark();
 
-/// Gives the toolkit's own colors to all windows, also to those that are open; colors of our own where the
-/// toolkit knows nothing of what the user prefers and would draw the contrary. Absent: no preference. Needs a
+/// Draws all windows, open ones too, in the toolkit's own colors; in colors of ours where the toolkit's are
+/// dark and the user prefers light, or the other way round. Absent: no preference. Needs a
 /// QApplication.
 void prefer(std::optional<bool> wantsDark);
 

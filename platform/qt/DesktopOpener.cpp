@@ -10,7 +10,7 @@ namespace tarnwick {
 
 namespace {
 
-/// The opener may become the editor or the browser itself.
+/// In the child. The opener may turn into the editor or the browser, which must outlive this program.
 void standAlone() {
     setsid();
     sigset_t none;
@@ -34,7 +34,7 @@ void startBeside(const QString& program, const QStringList& arguments, DesktopOp
         opener->deleteLater();
     };
     QObject::connect(opener, &QProcess::finished, opener, [finish](int code, QProcess::ExitStatus status) {
-        // One that a signal has ended had something open.
+        // Ended by a signal: it ran, so it had opened something.
         finish(code == 0 || status == QProcess::CrashExit);
     });
     QObject::connect(opener, &QProcess::errorOccurred, opener, [finish](QProcess::ProcessError error) {

@@ -8,7 +8,7 @@
 
 namespace tarnwick {
 
-/// Is told, once and perhaps much later, whether it went well.
+/// Called once, perhaps much later, with whether it went well.
 using DesktopOpened = std::function<void(bool)>;
 
 /// What is started outlives this program and knows nothing of its terminal and signals. Main thread.

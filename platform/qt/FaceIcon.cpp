@@ -37,7 +37,7 @@ public:
         return QPixmap::fromImage(image(std::min(size.width(), size.height())));
     }
 
-    /// For those who look before they ask.
+    /// Some trays choose one of these sizes before they ask for a pixmap.
     QList<QSize> availableSizes(QIcon::Mode /*mode*/, QIcon::State /*state*/) override {
         return {QSize(16, 16), QSize(22, 22), QSize(24, 24), QSize(32, 32), QSize(48, 48), QSize(64, 64)};
     }

@@ -7,8 +7,8 @@
 
 namespace tarnwick {
 
-/// The square face, painted anew at each size at which somebody wants it, in its exact pixels. The painter
-/// outlives the icon and its copies.
+/// The square face, painted anew for each size that is asked for, in exact pixels. The painter outlives the
+/// icon and its copies.
 [[nodiscard]] QIcon faceIcon(const StatusFace& face, const FacePainter& painter, Ink ink);
 
 } // namespace tarnwick

@@ -44,7 +44,7 @@ std::optional<ScreenPoint> pointer() {
 
 ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer) {
     constexpr std::array scales{1.0, 1.25, 1.5, 1.75, 2.0, 2.5, 3.0};
-    constexpr int reach = 48; // in units of the panel: some tell the middle of the icon, or a corner of it
+    constexpr int reach = 48; // in units of the panel: some tell the icon's middle or corner
     for (const double scale : scales) {
         const ScreenPoint pixel{
             .x = static_cast<int>(std::lround(told.x * scale)),

@@ -18,12 +18,12 @@ namespace tarnwick::ScreenPixels {
 /// The screen that a pixel is on and the toolkit's point for it; null when it is on none.
 [[nodiscard]] std::pair<QScreen*, QPoint> locate(ScreenPoint pixel);
 
-/// Where the pointer is. Absent on Wayland, where that is known in the program's own windows only.
+/// Where the pointer is. Absent on Wayland, which tells it only inside the program's own windows.
 [[nodiscard]] std::optional<ScreenPoint> pointer();
 
-/// Where a click was. Panels that scale what they draw tell it in units of their own; since the pointer is
-/// there, too, it shows which. What fits nowhere near the pointer, as after a key press, stands as it was
-/// told.
+/// Where a click was, in pixels. A panel that scales what it draws may tell the place in units of its own.
+/// The usual scale that brings the place near the pointer is taken. Without one, as after a key press, `told`
+/// is returned.
 [[nodiscard]] ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer);
 
 } // namespace tarnwick::ScreenPixels

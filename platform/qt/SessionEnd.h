@@ -7,12 +7,12 @@
 
 namespace tarnwick {
 
-/// Calls `onEnd` on the main thread when the session manager asks for what must not be lost, and has the
-/// manager wait until it returns. That comes before the end of the session, which may still be called off,
-/// often twice, and from some managers also once at the program's start: it is the time to save, not to quit.
-/// Managers that ask nothing end programs by SIGTERM. Needs a QGuiApplication.
+/// Calls `onEnd` on the main thread when the session manager asks programs to save; the manager waits until
+/// it returns. Save there and do not quit: the user may still cancel the end of the session. Many managers
+/// ask twice, some also at the program's start. Others never ask and end programs with SIGTERM. Needs a
+/// QGuiApplication.
 ///
-/// The manager is also told not to start the program by itself in the next session: the login item does.
+/// Also tells the manager not to start the program in the next session: the login item does that.
 class SessionEnd {
 public:
     explicit SessionEnd(std::function<void()> onEnd);

@@ -24,7 +24,7 @@ void TrayStatusItem::setFace(const StatusFace& face) {
 }
 
 void TrayStatusItem::setToolTip(const std::string& text) {
-    // The toolkit guesses whether a text is markup.
+    // The toolkit takes some plain texts for markup: such a text is handed over as markup.
     const QString plain = QString::fromStdString(text);
     icon_.setToolTip(Qt::mightBeRichText(plain) ? Qt::convertFromPlainText(plain) : plain);
 }

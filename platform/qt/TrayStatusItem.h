@@ -7,9 +7,9 @@
 
 namespace tarnwick {
 
-/// For X11 displays on which no StatusNotifier watcher runs. The toolkit waits for a tray by itself, comes
-/// back to one that was restarted, and draws only while one shows it. Whether there is a watcher it looks
-/// just once, when this is made, and goes over D-Bus for good if there is. Needs a QApplication.
+/// For X11 displays on which no StatusNotifier watcher runs. The toolkit waits for a tray, returns to one
+/// that was restarted, and draws only while one shows the item. It looks for a watcher only once, when this
+/// is made; if it finds one, it uses D-Bus from then on. Needs a QApplication.
 class TrayStatusItem : public StatusItem {
 public:
     /// The painter outlives the item.
@@ -18,15 +18,15 @@ public:
     void setFace(const StatusFace& face) override;
     void setToolTip(const std::string& text) override;
 
-    /// The tray's protocol has no place for it.
+    /// Nothing to do: the tray's protocol has no such text.
     void setAccessibilityValue(const std::string& /*text*/) override {}
 
-    /// The tray's places are squares, whatever is wished for.
+    /// Nothing to do: the tray has square places only.
     void setPanelFace(PanelFace /*form*/) override {}
 
     [[nodiscard]] double textWidth(const std::string& text) const override;
 
-    /// Few trays say what color they have, so somebody else has to.
+    /// Few trays tell their color, so the caller chooses the ink.
     void setInk(Ink ink);
 
 private:
