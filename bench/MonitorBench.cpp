@@ -37,7 +37,7 @@ void measureEvent(benchmark::State& state, double eventTime) {
         const auto after = std::chrono::steady_clock::now();
         state.SetIterationTime(std::chrono::duration<double>(after - before).count());
     }
-    if (world.monitor->status() != Monitor::Status::up) {
+    if (world.monitor->reading().status != Monitor::Status::up) {
         state.SkipWithError("the connection is not up");
     }
 }
@@ -66,7 +66,7 @@ void OneSecond(benchmark::State& state) {
     for ([[maybe_unused]] auto iteration : state) {
         world.pass(1);
     }
-    if (world.monitor->status() != Monitor::Status::up) {
+    if (world.monitor->reading().status != Monitor::Status::up) {
         state.SkipWithError("the connection is not up");
     }
 }

@@ -7,6 +7,15 @@
 
 namespace tarnwick::MenuBarTitle {
 
+namespace {
+
+/// Longer round trips are shown in seconds.
+bool isInMilliseconds(double ms) {
+    return std::round(ms) <= 99;
+}
+
+} // namespace
+
 std::string_view rawValue(LossMode mode) {
     switch (mode) {
     case LossMode::off:
@@ -29,21 +38,15 @@ std::optional<LossMode> lossMode(std::string_view text) {
 }
 
 std::string ping(double ms) {
-    const double shown = std::max(ms, 0.0);
-    const double whole = std::round(shown);
-    if (whole <= 99) {
-        return Text::whole(whole) + "ms";
-    }
-    const int tenths = static_cast<int>(std::clamp(std::round(shown / 100), 1.0, 99.0));
-    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + "s";
+    return isInMilliseconds(ms) ? figure(ms) + "ms" : figure(ms);
 }
 
 std::string figure(double ms) {
-    std::string text = ping(ms);
-    if (text.ends_with("ms")) {
-        text.resize(text.size() - 2);
+    if (isInMilliseconds(ms)) {
+        return Text::whole(std::max(ms, 0.0));
     }
-    return text;
+    const int tenths = static_cast<int>(std::clamp(std::round(ms / 100), 1.0, 99.0));
+    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + "s";
 }
 
 int displayedLoss(double percent) {

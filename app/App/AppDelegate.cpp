@@ -102,7 +102,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
     windows_ =
         std::make_unique<DesktopWindows>(loop_, monitor_, menu_, setup.version, [this] { showSettings(); });
     panelMenu_ = std::make_unique<PanelMenuText>(
-        loop_, monitor_, menu_, [this] { windows_->openDropDownAtPointer(); });
+        loop_, monitor_.observedReading(), menu_, [this] { windows_->openDropDownAtPointer(); });
     notifier_ = std::make_unique<NotifierStatusItem>(NotifierStatusItem::Needs{
         .loop = loop_,
         .bus = bus_,
@@ -129,7 +129,12 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
     });
     notifier_->onWatcherChange = [this] { item_->watcherChanged(); };
     statusItem_ = std::make_unique<StatusItemController>(StatusItemController::Needs{
-        .loop = loop_, .monitor = monitor_, .item = *item_, .menu = menu_, .windows = *windows_});
+        .loop = loop_,
+        .monitor = monitor_,
+        .item = *item_,
+        .menu = menu_,
+        .windows = *windows_,
+        .textWidth = [this](const std::string& text) { return painter_.textWidth(text); }});
 }
 
 void AppDelegate::followColors() {

@@ -30,7 +30,7 @@ void dropActivationToken() {
 
 DesktopWindows::DesktopWindows(
     RunLoop& loop, Monitor& monitor, Menu& menu, std::string version, std::function<void()> openSettings)
-    : dropDown_(monitor, menu, loop),
+    : dropDown_(monitor.observedReading(), menu, loop),
       about_(std::move(version), menu),
       confirm_(menu),
       openSettings_(std::move(openSettings)) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <random>
+#include <ranges>
 
 namespace tarnwick {
 
@@ -40,43 +41,51 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
       pathMonitor_(environment.path),
       sleepMonitor_(environment.sleep),
       notifications_(environment.notifications),
+      measured_{.evaluatedAt = environment.loop.now()},
       recorder_(environment.store),
       watchdog_(watchdogConfig(prefs), environment.loop.now()),
       identifier_(static_cast<std::uint16_t>(randomBelow(std::uint64_t{1} << 16))),
-      nextPingId_(randomBelow(std::uint64_t{1} << 32)),
-      evaluatedAt_(environment.loop.now()) {
+      nextPingId_(randomBelow(std::uint64_t{1} << 32)) {
+    publish();
+}
+
+void Monitor::publish() {
+    ReadingSettings settings{
+        .hostname = prefs_.hostname(),
+        .slowPingThresholdMs = prefs_.slowPingThresholdMs(),
+        .pingTimeout = prefs_.pingTimeout(),
+        .pingInterval = prefs_.pingInterval(),
+        .lossTextMode = prefs_.lossTextMode(),
+    };
+    reading_.set(makeReading(measured_, settings, loop_.wallNow()));
 }
 
 void Monitor::start() {
     host_ = prefs_.hostname();
     pingInterval_ = prefs_.pingInterval();
     recorder_.load();
-    recording_.set(recorder_.state());
-    ledger_.mutate([this](PingLedger& ledger) {
-        ledger.resetSite(recorder_.figures(prefs_.hostname()));
-        return true;
-    });
+    measured_.recording = recorder_.state();
+    measured_.ledger.resetSite(recorder_.figures(prefs_.hostname()));
     housekeepingTimer_ = loop_.everyRoughly(
         loop_.now() + housekeepingInterval, housekeepingInterval, housekeepingTolerance, [this] { tick(); });
     prefs_.onChange = lifeline_.guarded([this] { settingsChanged(); });
     observeSystemEvents();
     refreshWatchdogConfig();
     carryOut(updatedWatchdog().reset(loop_.now(), 0, true));
+    publish();
 }
 
 void Monitor::saveStats(FileStore::Durability durability) {
     saveStatsOf(prefs_.hostname(), durability);
+    publish();
 }
 
 void Monitor::saveStatsOf(const std::string& host, FileStore::Durability durability) {
-    const auto saved = recorder_.save(host, ledger_.get().site(), durability);
+    const auto saved = recorder_.save(host, measured_.ledger.site(), durability);
     if (saved == StatsRecorder::Saved::tookOver) {
-        ledger_.mutate([&](PingLedger& ledger) {
-            ledger.resetSite(recorder_.figures(host));
-            return true;
-        });
+        measured_.ledger.resetSite(recorder_.figures(host));
     }
-    recording_.set(recorder_.state());
+    measured_.recording = recorder_.state();
 }
 
 void Monitor::refreshWatchdogConfig() {
@@ -99,16 +108,16 @@ void Monitor::schedulePingTimer() {
     const double interval = prefs_.pingInterval();
     const double now = loop_.now();
     const double firstFire = lastPingSent_ ? std::max(now, *lastPingSent_ + interval) : now + interval;
-    pingTimer_ = loop_.every(firstFire, interval, [this] { sendPing(); });
+    pingTimer_ = loop_.every(firstFire, interval, [this] {
+        sendPing();
+        publish();
+    });
 }
 
-Monitor::Sample* Monitor::sampleOf(Samples& samples, std::uint64_t id) {
-    for (std::size_t at = samples.size(); at-- > 0;) {
-        if (samples[at].id == id) {
-            return &samples[at];
-        }
-    }
-    return nullptr;
+Sample* Monitor::sampleOf(std::uint64_t id) {
+    const auto newestFirst = std::views::reverse(measured_.samples);
+    const auto sample = std::ranges::find(newestFirst, id, &Sample::id);
+    return sample != newestFirst.end() ? &*sample : nullptr;
 }
 
 void Monitor::sendPing() {
@@ -120,24 +129,22 @@ void Monitor::sendPing() {
     lastPingSent_ = loop_.now();
     pinger_->send(id);
     pending_.push_back({.id = id, .sent = loop_.now()});
-    samples_.mutate([&](Samples& samples) {
-        samplesInOrder_ = samples.empty() || (samplesInOrder_ && samples.back().date <= date);
-        samples.push_back({.id = id, .date = date});
-        forgetOldSamples(samples, date);
-        return true;
-    });
-    const bool counted = status_.get() != Status::down;
-    ledger_.mutate([&](PingLedger& ledger) { return ledger.sent(id, counted); });
+    Samples& samples = measured_.samples;
+    samplesInOrder_ = samples.empty() || (samplesInOrder_ && samples.back().date <= date);
+    samples.push_back({.id = id, .date = date});
+    forgetOldSamples(date);
+    measured_.ledger.sent(id, measured_.status != Status::down);
 }
 
-void Monitor::forgetOldSamples(Samples& samples, RunLoop::WallTime now) const {
+void Monitor::forgetOldSamples(RunLoop::WallTime now) {
+    Samples& samples = measured_.samples;
     const auto isOld = [now](const Sample& sample) { return now - sample.date > chartSpan; };
     if (samplesInOrder_) {
         while (isOld(samples.front())) {
             samples.pop_front();
         }
     } else {
-        // The wall clock was set back meanwhile: old ones may lie anywhere.
+        // The wall clock was set back: old ones may lie anywhere.
         std::erase_if(samples, isOld);
     }
 }
@@ -145,19 +152,20 @@ void Monitor::forgetOldSamples(Samples& samples, RunLoop::WallTime now) const {
 void Monitor::handle(const Pinger::Event& event) {
     const Overloaded visitor{
         [this](const Pinger::Started& started) { pingingStarted(started.address); },
-        [this](const Pinger::Switched& switched) { resolvedAddress_.set(switched.address.display); },
+        [this](const Pinger::Switched& switched) { measured_.resolvedAddress = switched.address.display; },
         [this](const Pinger::Failed& failed) {
-            startError_.set(failed.error);
+            measured_.startError = failed.error;
             carryOut(updatedWatchdog().startFailed(loop_.now()));
         },
         [this](const Pinger::Reply& reply) { receivedReply(reply.id, reply.at); },
     };
     std::visit(visitor, event);
+    publish();
 }
 
 void Monitor::pingingStarted(const ResolvedAddress& address) {
-    resolvedAddress_.set(address.display);
-    startError_.set(std::nullopt);
+    measured_.resolvedAddress = address.display;
+    measured_.startError = std::nullopt;
     watchdog_.pingingStarted(loop_.now());
     sendPing();
     schedulePingTimer();
@@ -172,18 +180,12 @@ void Monitor::receivedReply(std::uint64_t id, double at) {
     const double arrival = std::max(at, ping->sent);
     ping->reply = arrival;
     const double rttMs = (arrival - ping->sent) * 1000;
-    samples_.mutate([&](Samples& samples) {
-        Sample* sample = sampleOf(samples, id);
-        if (sample == nullptr) {
-            return false;
-        }
+    if (Sample* const sample = sampleOf(id)) {
         sample->rttMs = rttMs;
-        return true;
-    });
+    }
     carryOut(updatedWatchdog().replyReceived(arrival));
-    latestPingMs_.set(rttMs);
-    const bool withinTimeout = rttMs <= prefs_.pingTimeout() * 1000;
-    ledger_.mutate([&](PingLedger& ledger) { return ledger.replied(id, rttMs, withinTimeout); });
+    measured_.latestPingMs = rttMs;
+    measured_.ledger.replied(id, rttMs, rttMs <= prefs_.pingTimeout() * 1000);
 }
 
 } // namespace tarnwick

@@ -4,6 +4,7 @@
 #include "app/Monitor/StatsRecorder.h"
 #include "app/Observation/Observation.h"
 #include "app/Preferences/Preferences.h"
+#include "app/Reading/Reading.h"
 #include "core/ConnectionWatchdog.h"
 #include "core/Lifeline.h"
 #include "core/PendingPing.h"
@@ -14,7 +15,6 @@
 #include "platform/ports/PathMonitor.h"
 #include "platform/ports/SleepMonitor.h"
 
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -33,27 +33,12 @@ struct MonitorEnvironment {
     StatsStore store;
 };
 
-/// Observable: each published value wakes its observers only when it really changes. Main thread.
+/// Pings, judges, counts, and publishes the outcome as one `Reading`. Main thread.
 class Monitor {
 public:
     using Status = ConnectionWatchdog::Status;
-
-    /// Signal bars in every front end.
-    static constexpr int barLevels = 5;
-
-    /// One point of the latency chart.
-    struct Sample {
-        std::uint64_t id = 0;
-        RunLoop::WallTime date{}; ///< when it was sent
-        std::optional<double> rttMs = std::nullopt;
-        bool lost = false;
-
-        friend bool operator==(const Sample&, const Sample&) = default;
-    };
-
-    using Samples = std::deque<Sample>;
-
-    enum class QualityTone { neutral, good, middle, bad };
+    using Sample = tarnwick::Sample;
+    using Samples = tarnwick::Samples;
 
     /// `prefs` outlives the monitor.
     Monitor(Preferences& prefs, const MonitorEnvironment& environment);
@@ -63,8 +48,8 @@ public:
 
     /// Called once.
     void start();
-    /// Stores the all-time figures, if this process is the one that writes them. Failures are ignored. What
-    /// is not made to outlive a power cut never waits for the disk.
+    /// Stores the all-time figures, if this process is the one that writes them. Failures are ignored.
+    /// `Durability::crash` never blocks on the disk.
     void saveStats(FileStore::Durability durability = FileStore::Durability::powerCut);
 
     // Once started, the monitor follows its preferences, whatever sets them.
@@ -78,52 +63,16 @@ public:
 
     [[nodiscard]] Preferences& prefs() const { return prefs_; }
 
-    // Published values.
+    /// What there is to show. Made afresh at the end of each event (a reply, a tick, a command, a change of a
+    /// setting); observers are told only of real changes.
+    [[nodiscard]] const Reading& reading() const { return reading_.get(); }
 
-    [[nodiscard]] Status status() const { return status_.get(); }
+    [[nodiscard]] const Observed<Reading>& observedReading() const { return reading_; }
 
-    [[nodiscard]] std::optional<double> score() const { return score_.get(); }
+    /// What readings are made of. Not observable.
+    [[nodiscard]] const Measurements& measured() const { return measured_; }
 
-    [[nodiscard]] std::optional<double> latestPingMs() const { return latestPingMs_.get(); }
-
-    [[nodiscard]] double lossPercent() const { return lossPercent_.get(); }
-
-    [[nodiscard]] bool lossIsKnown() const { return lossIsKnown_.get(); }
-
-    [[nodiscard]] const std::optional<std::string>& resolvedAddress() const { return resolvedAddress_.get(); }
-
-    [[nodiscard]] const std::optional<std::string>& lastError() const { return lastError_.get(); }
-
-    [[nodiscard]] const std::optional<PingError>& startError() const { return startError_.get(); }
-
-    [[nodiscard]] bool pathSatisfied() const { return pathSatisfied_.get(); }
-
-    [[nodiscard]] const Samples& samples() const { return samples_.get(); }
-
-    [[nodiscard]] const PingLedger& ledger() const { return ledger_.get(); }
-
-    [[nodiscard]] StatsRecorder::State recording() const { return recording_.get(); }
-
-    // Values for display, derived from the published ones.
-
-    /// Lit bars of five; none without a score and while down.
-    [[nodiscard]] int bars() const;
-    /// Absent unless down.
-    [[nodiscard]] std::optional<DownReason> downReason() const;
-    /// The text of the status item.
-    [[nodiscard]] std::string menuTitle(bool showsLoss) const;
-    [[nodiscard]] std::string tooltip() const;
-    [[nodiscard]] bool showsLoss() const;
-    [[nodiscard]] std::string qualityTitle() const;
-    [[nodiscard]] QualityTone qualityTone() const;
-    [[nodiscard]] std::string downReasonText() const;
-    /// For assistive technology.
-    [[nodiscard]] std::string accessibilitySummary() const;
-
-    /// The monotonic time that the latest evaluation used, or that of the creation before the first one.
-    [[nodiscard]] double evaluatedAt() const { return evaluatedAt_; }
-
-    /// Called at the end of every tick.
+    /// Called at the end of every tick, with the reading published.
     std::function<void()> onTick;
 
 private:
@@ -135,34 +84,38 @@ private:
     void stopPinging();
     void schedulePingTimer();
     void sendPing();
-    void forgetOldSamples(Samples& samples, RunLoop::WallTime now) const;
+    void forgetOldSamples(RunLoop::WallTime now);
     void handle(const Pinger::Event& event);
     void pingingStarted(const ResolvedAddress& address);
     void receivedReply(std::uint64_t id, double at);
-    /// Looked for from the newest on; null when it has left the chart.
-    [[nodiscard]] static Sample* sampleOf(Samples& samples, std::uint64_t id);
+    /// Null when it has left the chart.
+    [[nodiscard]] Sample* sampleOf(std::uint64_t id);
 
     // The judging.
     void tick();
     /// The watchdog, told whether alerts are wanted now: every step that may announce something begins here.
     [[nodiscard]] ConnectionWatchdog& updatedWatchdog();
-    /// Publishes the watchdog's verdict after a step, then does what the step asked for.
+    /// Takes over the watchdog's verdict after a step, then does what the step asked for.
     void carryOut(const ConnectionWatchdog::Actions& actions);
     void carryOut(ConnectionWatchdog::Action action);
     void evaluate(double now);
     void markLost(std::uint64_t id);
     /// Of pings that have left the window: no answer or loss is booked for them any more.
     void forgetUnsettledBookings();
-    [[nodiscard]] bool isConnecting() const;
 
-    // What happens around it.
-    void observeSystemEvents();
+    /// Ends an event: makes the reading of what has been measured.
+    void publish();
+
+    // Commands.
     void saveStatsOf(const std::string& host, FileStore::Durability durability);
     void settingsChanged();
     void hostChanged();
     /// Keeps the gap since the last ping.
     void pingIntervalChanged();
     void refreshWatchdogConfig();
+
+    // System events.
+    void observeSystemEvents();
     void willSleep();
     void didWake();
     void pathUpdated(const NetworkPath& path);
@@ -177,20 +130,9 @@ private:
     SleepMonitor& sleepMonitor_;
     NotificationCenter& notifications_;
 
-    Observed<Status> status_{Status::starting};
-    Observed<std::optional<double>> score_;
-    Observed<std::optional<double>> latestPingMs_;
-    Observed<double> lossPercent_{0};
-    Observed<bool> lossIsKnown_{false};
-    Observed<std::optional<std::string>> resolvedAddress_;
-    Observed<std::optional<std::string>> lastError_;
-    Observed<std::optional<PingError>> startError_;
-    Observed<bool> pathSatisfied_{true};
-    Observed<Samples> samples_;  ///< of the last 300 s, oldest first
+    Measurements measured_;
+    Observed<Reading> reading_;
     bool samplesInOrder_ = true; ///< of their dates
-    Observed<PingLedger> ledger_;
-    Observed<StatsRecorder::State> recording_{StatsRecorder::State::records};
-
     StatsRecorder recorder_;
     std::vector<PendingPing> pending_; ///< in the scoring window, oldest first
     std::unique_ptr<Pinger> pinger_;
@@ -198,13 +140,12 @@ private:
     RunLoop::Handle housekeepingTimer_;
     ConnectionWatchdog watchdog_;
     std::uint16_t identifier_;
-    std::optional<double> lastPingSent_; ///< monotonic: setting the wall clock shall not hold up pinging
+    std::optional<double> lastPingSent_; ///< monotonic: setting the wall clock must not hold up pinging
     std::uint64_t nextPingId_;
     int tickCount_ = 0; ///< since the last periodic save
-    double evaluatedAt_;
     bool asleep_ = false;
     std::optional<std::string> lastPathKey_;
-    RunLoop::Handle pathWork_; ///< the reaction to a path change, while it waits for the next change
+    RunLoop::Handle pathWork_; ///< the pending reaction to a path change
     Lifeline lifeline_;
 };
 

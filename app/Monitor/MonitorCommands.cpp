@@ -21,21 +21,19 @@ void Monitor::settingsChanged() {
         pingInterval_ = prefs_.pingInterval();
         pingIntervalChanged();
     }
+    publish();
 }
 
 void Monitor::hostChanged() {
-    ledger_.mutate([this](PingLedger& ledger) {
-        ledger.resetSite(recorder_.figures(prefs_.hostname()));
-        ledger.resetSession();
-        return true;
-    });
-    samples_.set({});
-    score_.set(std::nullopt);
-    latestPingMs_.set(std::nullopt);
-    lossPercent_.set(0);
-    lossIsKnown_.set(false);
-    resolvedAddress_.set(std::nullopt);
-    startError_.set(std::nullopt);
+    measured_.ledger.resetSite(recorder_.figures(prefs_.hostname()));
+    measured_.ledger.resetSession();
+    measured_.samples.clear();
+    measured_.score = std::nullopt;
+    measured_.latestPingMs = std::nullopt;
+    measured_.lossPercent = 0;
+    measured_.lossIsKnown = false;
+    measured_.resolvedAddress = std::nullopt;
+    measured_.startError = std::nullopt;
     stopPinging();
     pending_.clear();
     refreshWatchdogConfig();
@@ -52,24 +50,21 @@ void Monitor::pingIntervalChanged() {
 }
 
 void Monitor::restoreDefaults() {
-    saveStats();
+    saveStatsOf(prefs_.hostname(), FileStore::Durability::powerCut);
     prefs_.restoreDefaults();
     pingIntervalChanged(); // also for an unchanged interval: the watchdog takes the default time-out
+    publish();
 }
 
 void Monitor::resetSessionStats() {
-    ledger_.mutate([](PingLedger& ledger) {
-        ledger.resetSession();
-        return true;
-    });
+    measured_.ledger.resetSession();
+    publish();
 }
 
 void Monitor::resetAllTimeStats() {
-    saveStats(); // taking over from another writer would bring its figures back
-    ledger_.mutate([](PingLedger& ledger) {
-        ledger.resetSite({});
-        return true;
-    });
+    // Now, and not after the reset: taking over from another writer would bring its figures back.
+    saveStatsOf(prefs_.hostname(), FileStore::Durability::powerCut);
+    measured_.ledger.resetSite({});
     saveStats();
 }
 

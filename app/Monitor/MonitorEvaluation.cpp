@@ -1,4 +1,4 @@
-// The monitor's tick: driving the watchdog, scoring the window, counting losses.
+// The monitor's tick: asking the watchdog, scoring the window, counting losses.
 #include "app/Monitor/Monitor.h"
 
 #include <unordered_set>
@@ -20,53 +20,46 @@ void Monitor::tick() {
     evaluate(now);
     if (++tickCount_ == ticksBetweenSaves) {
         tickCount_ = 0;
-        saveStats(FileStore::Durability::crash);
+        saveStatsOf(prefs_.hostname(), FileStore::Durability::crash);
     }
+    publish();
     if (onTick) {
         onTick();
     }
 }
 
 void Monitor::evaluate(double now) {
-    evaluatedAt_ = now;
+    measured_.evaluatedAt = now;
     const Evaluation evaluation = QualityScorer::evaluate(pending_, now, prefs_.scoringConfig());
     for (const PendingPing& ping : evaluation.newlyLost) {
         markLost(ping.id);
     }
     forgetUnsettledBookings();
-    const bool isKnown = !pending_.empty();
-    lossIsKnown_.set(isKnown);
-    lossPercent_.set(isKnown ? evaluation.lossPercent : 0);
+    measured_.lossIsKnown = !pending_.empty();
+    measured_.lossPercent = measured_.lossIsKnown ? evaluation.lossPercent : 0;
     // Without a score the last one stands: nothing better is known.
     if (evaluation.score) {
-        score_.set(evaluation.score);
+        measured_.score = evaluation.score;
     }
 }
 
 void Monitor::markLost(std::uint64_t id) {
-    ledger_.mutate([id](PingLedger& ledger) { return ledger.lost(id); });
-    samples_.mutate([id](Samples& samples) {
-        Sample* sample = sampleOf(samples, id);
-        if (sample == nullptr || sample->lost) {
-            return false;
-        }
+    measured_.ledger.lost(id);
+    if (Sample* const sample = sampleOf(id)) {
         sample->lost = true;
-        return true;
-    });
+    }
 }
 
 void Monitor::forgetUnsettledBookings() {
-    ledger_.mutate([this](PingLedger& ledger) {
-        if (ledger.bookings() == 0) {
-            return false;
-        }
-        std::unordered_set<std::uint64_t> ids;
-        ids.reserve(pending_.size());
-        for (const PendingPing& ping : pending_) {
-            ids.insert(ping.id);
-        }
-        return ledger.retain(ids);
-    });
+    if (measured_.ledger.bookings() == 0) {
+        return;
+    }
+    std::unordered_set<std::uint64_t> ids;
+    ids.reserve(pending_.size());
+    for (const PendingPing& ping : pending_) {
+        ids.insert(ping.id);
+    }
+    measured_.ledger.retain(ids);
 }
 
 ConnectionWatchdog& Monitor::updatedWatchdog() {
@@ -75,12 +68,10 @@ ConnectionWatchdog& Monitor::updatedWatchdog() {
 }
 
 void Monitor::carryOut(const ConnectionWatchdog::Actions& actions) {
-    status_.set(watchdog_.status());
+    measured_.status = watchdog_.status();
     for (const ConnectionWatchdog::Action action : actions) {
         carryOut(action);
     }
-    const std::optional<PingError>& error = startError_.get();
-    lastError_.set(error ? std::optional(error->message()) : std::nullopt);
 }
 
 void Monitor::carryOut(ConnectionWatchdog::Action action) {
@@ -90,7 +81,7 @@ void Monitor::carryOut(ConnectionWatchdog::Action action) {
         break;
     case ConnectionWatchdog::Action::startTimedOut:
         stopPinging();
-        startError_.set(PingError::resolution("lookup timed out"));
+        measured_.startError = PingError::resolution("lookup timed out");
         break;
     case ConnectionWatchdog::Action::announceDown:
         notifications_.post("Tarnwick — Connection down", "Your internet connection seems to be down.");

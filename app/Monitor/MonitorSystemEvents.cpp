@@ -44,19 +44,22 @@ void Monitor::didWake() {
     asleep_ = false;
     refreshWatchdogConfig();
     carryOut(updatedWatchdog().reset(loop_.now(), restartAfterWake, false));
+    publish();
 }
 
 void Monitor::pathUpdated(const NetworkPath& path) {
-    pathSatisfied_.set(path.satisfied);
+    measured_.pathSatisfied = path.satisfied;
     pathChanged(pathKey(path));
+    publish();
 }
 
 void Monitor::pathChanged(const std::string& key) {
-    // The first update only tells how things are.
+    // The first update is no change: there is nothing to compare it with.
     if (lastPathKey_ && *lastPathKey_ != key && !asleep_) {
         pathWork_ = loop_.after(pathDebounce, [this] {
             if (!asleep_) {
                 carryOut(updatedWatchdog().networkChanged(loop_.now()));
+                publish();
             }
         });
     }

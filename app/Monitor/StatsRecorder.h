@@ -1,6 +1,7 @@
 // The all-time figures of every host, and this process's right, or not, to write them.
 #pragma once
 
+#include "app/Reading/Measurements.h"
 #include "core/Storage/StatsLock.h"
 #include "core/Storage/StatsStore.h"
 
@@ -13,11 +14,7 @@ namespace tarnwick {
 /// disk, never over them.
 class StatsRecorder {
 public:
-    enum class State {
-        records,      ///< this process writes
-        otherRecords, ///< another one does; nothing is written here
-        cannotRecord, ///< nothing can be written in that folder
-    };
+    using State = Recording;
 
     enum class Saved {
         asTold,   ///< the counter stands, written or not

@@ -18,9 +18,20 @@ std::int64_t bucketNumber(RunLoop::WallTime date, double width) {
     return static_cast<std::int64_t>(std::floor(sinceEpoch.count() / width));
 }
 
+/// The round trips of the buckets that have one.
+std::vector<double> replyTimes(const std::vector<Bucket>& buckets) {
+    std::vector<double> times;
+    for (const Bucket& bucket : buckets) {
+        if (bucket.worstRtt) {
+            times.push_back(*bucket.worstRtt);
+        }
+    }
+    return times;
+}
+
 } // namespace
 
-std::vector<Bucket> buckets(const Monitor::Samples& samples, RunLoop::WallTime now, double pingInterval) {
+std::vector<Bucket> buckets(const Samples& samples, RunLoop::WallTime now, double pingInterval) {
     const double width = std::max(pingInterval, chartSeconds / mostBuckets);
     const int count = std::clamp(static_cast<int>(std::round(chartSeconds / width)), 1, mostBuckets);
     const std::int64_t first = bucketNumber(now, width) - count + 1;
@@ -28,7 +39,7 @@ std::vector<Bucket> buckets(const Monitor::Samples& samples, RunLoop::WallTime n
     for (std::size_t index = 0; index < result.size(); ++index) {
         result[index].id = first + static_cast<std::int64_t>(index);
     }
-    for (const Monitor::Sample& sample : samples) {
+    for (const Sample& sample : samples) {
         const std::int64_t index = bucketNumber(sample.date, width) - first;
         if (index < 0 || index >= count) {
             continue;
@@ -75,31 +86,26 @@ std::string summary(std::vector<double> rtts, int lost) {
            + Text::whole(rtts.back()) + " milliseconds, " + std::to_string(lost) + " lost";
 }
 
-BarTone tone(const Bucket& bucket, double lowThreshold, double highThreshold) {
+double Chart::scaleMax() const {
+    return LatencyChart::scaleMax(replyTimes(buckets), lowThresholdMs);
+}
+
+std::string Chart::summary() const {
+    const auto lost = std::ranges::count_if(buckets, &Bucket::lost);
+    return LatencyChart::summary(replyTimes(buckets), static_cast<int>(lost));
+}
+
+BarTone Chart::tone(const Bucket& bucket) const {
     if (!bucket.worstRtt) {
         return bucket.lost ? BarTone::outage : BarTone::none;
     }
     if (bucket.lost) {
         return BarTone::bad;
     }
-    if (*bucket.worstRtt <= lowThreshold) {
+    if (*bucket.worstRtt <= lowThresholdMs) {
         return BarTone::good;
     }
-    return *bucket.worstRtt <= (lowThreshold + highThreshold) / 2 ? BarTone::warn : BarTone::bad;
-}
-
-std::vector<double> replyTimes(const std::vector<Bucket>& buckets) {
-    std::vector<double> times;
-    for (const Bucket& bucket : buckets) {
-        if (bucket.worstRtt) {
-            times.push_back(*bucket.worstRtt);
-        }
-    }
-    return times;
-}
-
-int lostCount(const std::vector<Bucket>& buckets) {
-    return static_cast<int>(std::ranges::count_if(buckets, &Bucket::lost));
+    return *bucket.worstRtt <= (lowThresholdMs + highThresholdMs) / 2 ? BarTone::warn : BarTone::bad;
 }
 
 } // namespace tarnwick::LatencyChart

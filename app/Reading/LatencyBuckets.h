@@ -2,7 +2,7 @@
 // description.
 #pragma once
 
-#include "app/Monitor/Monitor.h"
+#include "app/Reading/Measurements.h"
 
 #include <optional>
 #include <string>
@@ -20,25 +20,34 @@ struct Bucket {
 
 /// The last five minutes, oldest first: 36 buckets, or one for each ping when the interval is longer than
 /// that.
-[[nodiscard]] std::vector<Bucket> buckets(
-    const Monitor::Samples& samples, RunLoop::WallTime now, double pingInterval);
+[[nodiscard]] std::vector<Bucket> buckets(const Samples& samples, RunLoop::WallTime now, double pingInterval);
 
-/// The top of the value axis, milliseconds. A single outlier does not flatten the chart. Takes replies'
-/// times.
+/// The top of the value axis, milliseconds, for these round trips. A single outlier does not flatten the
+/// chart.
 [[nodiscard]] double scaleMax(std::vector<double> rtts, double lowThreshold);
 
 /// `value` rounded up to a round axis maximum.
 [[nodiscard]] double niceCeil(double value);
 
-/// For assistive technology.
+/// In words, `lost` being the number of buckets with a loss.
 [[nodiscard]] std::string summary(std::vector<double> rtts, int lost);
 
-/// How a bucket is drawn: by its latency, as a wall when it knows nothing but losses, or not at all.
+/// How a bucket is drawn: by its latency, as a wall when all of its pings were lost, or not at all.
 enum class BarTone { none, good, warn, bad, outage };
-[[nodiscard]] BarTone tone(const Bucket& bucket, double lowThreshold, double highThreshold);
 
-/// The present replies' times of the buckets, in their order; the number of buckets with a loss.
-[[nodiscard]] std::vector<double> replyTimes(const std::vector<Bucket>& buckets);
-[[nodiscard]] int lostCount(const std::vector<Bucket>& buckets);
+/// Five minutes, and the latencies that tell fast replies from slow ones.
+struct Chart {
+    std::vector<Bucket> buckets{}; ///< oldest first
+    double lowThresholdMs = 0;     ///< slow above
+    double highThresholdMs = 0;    ///< useless above
+
+    /// The top of the value axis, milliseconds.
+    [[nodiscard]] double scaleMax() const;
+    [[nodiscard]] BarTone tone(const Bucket& bucket) const;
+    /// For assistive technology.
+    [[nodiscard]] std::string summary() const;
+
+    friend bool operator==(const Chart&, const Chart&) = default;
+};
 
 } // namespace tarnwick::LatencyChart

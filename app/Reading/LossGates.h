@@ -10,7 +10,7 @@ namespace tarnwick {
 
 class LossGates {
 public:
-    /// While a gate is only holding, `update` is due again after so many seconds, even if nothing changes.
+    /// Seconds after which `update` is due again while a gate is only holding, even if nothing changes.
     static constexpr double recheckAfter = 5.0;
 
     /// Takes in the present loss (percent; nothing while it is unknown) at monotonic second `now`. Returns

@@ -52,11 +52,11 @@ public:
     /// Runs the action of the item, if it is there, visible and enabled.
     void choose(MenuItem::Id id) const;
 
-    /// To be called by who reads the items without showing them: brings them up to date. While the menu is
-    /// open they are so by themselves.
+    /// Brings the items up to date before they are read without being shown. An open menu is always up to
+    /// date.
     void refresh() const;
 
-    /// To be called by who shows it, in pairs: before it is shown, and when it has gone.
+    /// Each view that shows the menu calls these in pairs: before it shows it, and after it has hidden it.
     void willOpen();
     void didClose();
 
@@ -70,7 +70,7 @@ private:
     void change(MenuItem::Id id, bool MenuItem::*property, bool value);
 
     Observed<Items> items_;
-    int shownIn_ = 0; ///< so many places
+    int shownIn_ = 0; ///< number of views that show it
 };
 
 } // namespace tarnwick

@@ -1,7 +1,5 @@
 #include "app/StatusItemController/PanelMenuText.h"
 
-#include "app/Reading/HeaderText.h"
-#include "app/Reading/LatencyBuckets.h"
 #include "app/Reading/StatsRows.h"
 
 #include <algorithm>
@@ -59,44 +57,40 @@ PanelMenuRow itemRow(int id, const MenuItem& item) {
 
 } // namespace
 
-std::string PanelMenuHeader::qualityLine(const Monitor& monitor) {
-    std::string text = monitor.qualityTitle();
-    if (monitor.status() == Monitor::Status::down) {
-        return text;
+std::string PanelMenuHeader::qualityLine(const Reading& reading) {
+    if (reading.isDown()) {
+        return reading.qualityTitle;
     }
-    text += " · " + HeaderText::latency(monitor);
-    if (const std::optional<std::string> loss = HeaderText::loss(monitor)) {
-        text += " · " + *loss;
+    std::string text = reading.qualityTitle + " · " + reading.latencyText;
+    if (reading.lossText) {
+        text += " · " + *reading.lossText;
     }
     return text;
 }
 
-std::string PanelMenuHeader::chartLine(const Monitor& monitor, RunLoop::WallTime now) {
-    const Preferences& prefs = monitor.prefs();
-    const auto buckets = LatencyChart::buckets(monitor.samples(), now, prefs.pingInterval());
-    const double top = LatencyChart::scaleMax(LatencyChart::replyTimes(buckets), prefs.slowPingThresholdMs());
+std::string PanelMenuHeader::chartLine(const LatencyChart::Chart& chart) {
+    const double top = chart.scaleMax();
     std::string text;
     for (std::size_t column = 0; column < chartWidth; ++column) {
-        text += block(buckets[column * buckets.size() / chartWidth], top);
+        text += block(chart.buckets[column * chart.buckets.size() / chartWidth], top);
     }
     return text;
 }
 
-std::string PanelMenuHeader::sessionLine(const Monitor& monitor, const Format::Grouping& grouping) {
-    const StatCounter& session = monitor.ledger().session();
-    const auto rows = StatsGrid::rows(session, monitor.ledger().site(), grouping);
+std::string PanelMenuHeader::sessionLine(const Reading& reading, const Format::Grouping& grouping) {
+    const auto rows = StatsGrid::rows(reading.session, reading.site, grouping);
     std::string text = std::string(StatsGrid::sessionTitle) + ": ";
     text += rows[StatsGrid::sentRow].session + " sent, ";
     text += rows[StatsGrid::lostRow].session + " lost";
-    if (session.replied > 0) {
+    if (reading.session.replied > 0) {
         text += ", average " + rows[StatsGrid::averageRow].session;
     }
     return text;
 }
 
 PanelMenuText::PanelMenuText(
-    RunLoop& loop, const Monitor& monitor, Menu& menu, std::function<void()> openDropDown)
-    : loop_(loop), monitor_(monitor), menu_(menu), openDropDown_(std::move(openDropDown)) {
+    RunLoop& loop, const Observed<Reading>& reading, Menu& menu, std::function<void()> openDropDown)
+    : loop_(loop), reading_(reading), menu_(menu), openDropDown_(std::move(openDropDown)) {
 }
 
 PanelMenuText::~PanelMenuText() {
@@ -105,11 +99,12 @@ PanelMenuText::~PanelMenuText() {
 
 std::vector<PanelMenuRow> PanelMenuText::rows() const {
     menu_.refresh();
+    const Reading& reading = reading_.get();
     std::vector<PanelMenuRow> rows{
-        {.id = qualityId, .label = PanelMenuHeader::qualityLine(monitor_)},
-        line(hostId, HeaderText::hostLine(monitor_)),
-        line(chartId, PanelMenuHeader::chartLine(monitor_, loop_.wallNow())),
-        line(sessionId, PanelMenuHeader::sessionLine(monitor_, grouping_)),
+        {.id = qualityId, .label = PanelMenuHeader::qualityLine(reading)},
+        line(hostId, reading.hostLine),
+        line(chartId, PanelMenuHeader::chartLine(reading.chart)),
+        line(sessionId, PanelMenuHeader::sessionLine(reading, grouping_)),
     };
     int id = firstItemId;
     for (const MenuItem& item : menu_.items()) {

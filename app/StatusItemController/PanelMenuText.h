@@ -2,8 +2,9 @@
 // below it.
 #pragma once
 
-#include "app/Monitor/Monitor.h"
+#include "app/Observation/Observation.h"
 #include "app/Reading/Format.h"
+#include "app/Reading/Reading.h"
 #include "app/StatusItemController/Menu.h"
 #include "platform/ports/PanelMenu.h"
 
@@ -20,28 +21,29 @@ namespace PanelMenuHeader {
 inline constexpr int chartWidth = 36;
 
 /// "Excellent · 23 ms · 3% loss": what a glance is after.
-[[nodiscard]] std::string qualityLine(const Monitor& monitor);
+[[nodiscard]] std::string qualityLine(const Reading& reading);
 /// One block for a stretch of the last five minutes, as high as its slowest reply; a stretch with nothing but
 /// losses is higher than any reply, and one without pings is a dot.
-[[nodiscard]] std::string chartLine(const Monitor& monitor, RunLoop::WallTime now);
+[[nodiscard]] std::string chartLine(const LatencyChart::Chart& chart);
 /// "Session: 1,204 sent, 3 lost, average 23.4 ms"
-[[nodiscard]] std::string sessionLine(const Monitor& monitor, const Format::Grouping& grouping);
+[[nodiscard]] std::string sessionLine(const Reading& reading, const Format::Grouping& grouping);
 
 } // namespace PanelMenuHeader
 
-/// Follows the monitor only while the menu is shown, and for a moment after a panel has asked for it. Main
+/// Follows the reading only while the menu is shown, and for a moment after a panel has asked for it. Main
 /// thread.
 class PanelMenuText final : public PanelMenu {
 public:
-    /// Some panels ask before they show the menu and say nothing of it afterwards, and some ask just ahead of
-    /// time: for so many seconds the rows stay true, enough to read them and to choose.
+    /// Seconds for which the rows stay true after a panel has asked for them: some panels never report that
+    /// they show the menu, and some only read ahead.
     static constexpr double readingTime = 30;
-    /// A panel that shows the menu and never says that it has closed it is believed for so many seconds after
-    /// its last sign of life.
+    /// Seconds after a panel's last call until the menu counts as closed: some panels never report that they
+    /// have closed it.
     static constexpr double longestShown = 600;
 
     /// What is handed in outlives this object. `openDropDown` is what a click on the header does.
-    PanelMenuText(RunLoop& loop, const Monitor& monitor, Menu& menu, std::function<void()> openDropDown);
+    PanelMenuText(
+        RunLoop& loop, const Observed<Reading>& reading, Menu& menu, std::function<void()> openDropDown);
     ~PanelMenuText() override;
 
     [[nodiscard]] std::vector<PanelMenuRow> rows() const override;
@@ -55,7 +57,7 @@ private:
     void refresh();
 
     RunLoop& loop_;
-    const Monitor& monitor_;
+    const Observed<Reading>& reading_;
     Menu& menu_;
     std::function<void()> openDropDown_;
     Format::Grouping grouping_ = Format::Grouping::ofUser();

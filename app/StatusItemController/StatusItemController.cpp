@@ -68,19 +68,19 @@ Menu::Items StatusItemController::menuItems(bool offersUpdates) {
 }
 
 void StatusItemController::update() {
+    const Reading& reading = monitor_.reading();
     updatePanelFace();
-    StatusFace face = iconFace();
-    if (monitor_.prefs().display() != Preferences::Display::iconOnly) {
-        addTitle(face);
+    if (StatusFace present = face(reading); present != appliedFace_) {
+        item_.setFace(present);
+        appliedFace_ = std::move(present);
     }
-    if (face != appliedFace_) {
-        item_.setFace(face);
-        appliedFace_ = std::move(face);
+    if (std::string toolTip = reading.itemToolTip(); toolTip != appliedToolTip_) {
+        item_.setToolTip(toolTip);
+        appliedToolTip_ = std::move(toolTip);
     }
-    updateToolTip();
-    if (std::string summary = monitor_.accessibilitySummary(); summary != appliedAccessibility_) {
-        item_.setAccessibilityValue(summary);
-        appliedAccessibility_ = std::move(summary);
+    if (reading.accessibilitySummary != appliedAccessibility_) {
+        item_.setAccessibilityValue(reading.accessibilitySummary);
+        appliedAccessibility_ = reading.accessibilitySummary;
     }
 }
 
@@ -91,51 +91,38 @@ void StatusItemController::updatePanelFace() {
     }
 }
 
-void StatusItemController::updateToolTip() {
-    std::string toolTip;
-    if (monitor_.status() != Monitor::Status::down) {
-        toolTip = monitor_.tooltip();
-    } else {
-        toolTip = monitor_.downReasonText();
-        if (const auto& error = monitor_.lastError()) {
-            toolTip += "\n" + *error;
-        }
+StatusFace StatusItemController::face(const Reading& reading) {
+    const Preferences::Display display = monitor_.prefs().display();
+    StatusFace face{.isDown = reading.isDown(), .icon = StatusFace::Icon::none};
+    if (display != Preferences::Display::textOnly) {
+        face.icon = reading.isDown() ? StatusFace::Icon::failed : StatusFace::Icon::bars;
+        face.activeBars = reading.bars;
     }
-    if (toolTip != appliedToolTip_) {
-        item_.setToolTip(toolTip);
-        appliedToolTip_ = std::move(toolTip);
+    if (display != Preferences::Display::iconOnly) {
+        addTitle(face, reading);
     }
+    return face;
 }
 
-StatusFace StatusItemController::iconFace() const {
-    if (monitor_.prefs().display() == Preferences::Display::textOnly) {
-        return {.icon = StatusFace::Icon::none};
-    }
-    if (monitor_.status() == Monitor::Status::down) {
-        return {.icon = StatusFace::Icon::failed};
-    }
-    return {.icon = StatusFace::Icon::bars, .activeBars = monitor_.bars()};
-}
-
-void StatusItemController::addTitle(StatusFace& face) {
-    const std::optional<int> lossDigits = updateLossGates();
+void StatusItemController::addTitle(StatusFace& face, const Reading& reading) {
+    const std::optional<int> lossDigits = updateLossGates(reading);
     // The title's width must not change below an open menu.
     if (!isMenuOpen_) {
         appliedLossDigits_ = lossDigits;
     }
-    face.title = monitor_.menuTitle(appliedLossDigits_.has_value());
-    if (const auto latest = monitor_.latestPingMs(); monitor_.status() != Monitor::Status::down) {
-        face.figure = latest ? MenuBarTitle::figure(*latest) : std::string(MenuBarTitle::waiting);
-    }
+    face.title = reading.menuTitle(appliedLossDigits_.has_value());
+    face.figure = reading.figure();
     const auto& [widest, width] = reservedText(appliedLossDigits_);
     face.widestTitle = widest;
-    face.textSlot = std::max(item_.textWidth(*face.title), width);
+    if (face.title != titleWidth_.first) {
+        titleWidth_ = {*face.title, needs_.textWidth(*face.title)};
+    }
+    face.textSlot = std::max(titleWidth_.second, width);
 }
 
-std::optional<int> StatusItemController::updateLossGates() {
-    const std::optional<double> loss =
-        monitor_.lossIsKnown() ? std::optional(monitor_.lossPercent()) : std::nullopt;
-    const std::optional<int> digits = gates_.update(loss, monitor_.prefs().lossTextMode(), needs_.loop.now());
+std::optional<int> StatusItemController::updateLossGates(const Reading& reading) {
+    const std::optional<int> digits =
+        gates_.update(reading.knownLoss(), reading.lossTextMode, needs_.loop.now());
     lossGateRecheck_.reset();
     if (gates_.isHolding()) {
         lossGateRecheck_ = needs_.loop.after(LossGates::recheckAfter, [this] { update(); });
@@ -147,7 +134,7 @@ const std::pair<std::string, double>& StatusItemController::reservedText(std::op
     if (!textSlot_ || textSlot_->lossDigits != lossDigits) {
         std::pair<std::string, double> widest{"", 0};
         for (const std::string& candidate : MenuBarTitle::widestCandidates(lossDigits)) {
-            if (const double width = item_.textWidth(candidate); width > widest.second) {
+            if (const double width = needs_.textWidth(candidate); width > widest.second) {
                 widest = {candidate, width};
             }
         }
@@ -171,7 +158,7 @@ void StatusItemController::refreshMenu() {
     if (needs_.updates != nullptr) {
         menu_.setEnabled(MenuItem::Id::checkForUpdates, needs_.updates->canCheckForUpdates());
     }
-    menu_.setHidden(MenuItem::Id::changeHost, monitor_.status() != Monitor::Status::down);
+    menu_.setHidden(MenuItem::Id::changeHost, !monitor_.reading().isDown());
 }
 
 void StatusItemController::chosen(MenuItem::Id id) {

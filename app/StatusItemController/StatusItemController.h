@@ -52,6 +52,8 @@ public:
         StatusItem& item;
         Menu& menu; ///< made of `menuItems`
         StatusItemWindows& windows;
+        /// Width of a text in the title's font, in points, rounded up.
+        std::function<double(const std::string&)> textWidth;
         UpdateFramework* updates = nullptr; ///< null where the program can't be replaced
     };
 
@@ -67,12 +69,11 @@ public:
 private:
     void update();
     void updatePanelFace();
-    void updateToolTip();
-    [[nodiscard]] StatusFace iconFace() const;
-    void addTitle(StatusFace& face);
-    std::optional<int> updateLossGates();
+    [[nodiscard]] StatusFace face(const Reading& reading);
+    void addTitle(StatusFace& face, const Reading& reading);
+    std::optional<int> updateLossGates(const Reading& reading);
 
-    /// The widest title with so many digits of loss, and its width.
+    /// The widest title with this many digits of loss, and its width.
     [[nodiscard]] const std::pair<std::string, double>& reservedText(std::optional<int> lossDigits);
 
     void menuWillOpen();
@@ -99,7 +100,8 @@ private:
         std::pair<std::string, double> widest;
     };
 
-    std::optional<TextSlot> textSlot_; ///< of the latest digit count
+    std::optional<TextSlot> textSlot_;            ///< of the latest digit count
+    std::pair<std::string, double> titleWidth_{}; ///< of the latest title
     LossGates gates_;
     RunLoop::Handle lossGateRecheck_; ///< at most one
     std::unique_ptr<RenderLoop> renderLoop_;

@@ -10,11 +10,11 @@ namespace tarnwick {
 
 namespace {
 
-/// A click on the status item first takes the focus away and is then told to us, by some panels when the
-/// button is let go: so many seconds after that the two belong together no more.
+/// A click on the status item takes the focus away first. The panel reports it later, in some cases when the
+/// button is released. Within this many seconds the two are one click.
 constexpr double sameClick = 0.3;
 
-/// Of a double click some panels tell twice in the same moment.
+/// Some panels report a double click as two clicks within this many seconds.
 constexpr double sameMoment = 0.02;
 
 } // namespace
@@ -24,8 +24,8 @@ void DropDown::LaterDeletion::operator()(DropDownWindow* window) const {
     window->deleteLater(); // one of its own events may be what closes it
 }
 
-DropDown::DropDown(Monitor& monitor, Menu& menu, RunLoop& loop)
-    : monitor_(monitor), menu_(menu), loop_(loop) {
+DropDown::DropDown(const Observed<Reading>& reading, Menu& menu, RunLoop& loop)
+    : reading_(reading), menu_(menu), loop_(loop) {
 }
 
 DropDown::~DropDown() {
@@ -51,7 +51,7 @@ void DropDown::open(std::optional<ScreenPoint> at) {
     isClosedByClick_ = false;
     if (!isOpen()) {
         menu_.willOpen();
-        window_.reset(std::make_unique<DropDownWindow>(monitor_, menu_, loop_).release());
+        window_.reset(std::make_unique<DropDownWindow>(reading_, menu_, loop_).release());
         window_->onDismiss = [this] { close(); };
         window_->onLoseFocus = [this] { lostFocus(); };
         window_->onChoose = [this](MenuItem::Id id) {

@@ -1,7 +1,8 @@
 // The window that drops down from the status item: the status view, and the menu's items below it.
 #pragma once
 
-#include "app/Monitor/Monitor.h"
+#include "app/Observation/Observation.h"
+#include "app/Reading/Reading.h"
 #include "app/StatusItemController/Menu.h"
 #include "core/RunLoop.h"
 #include "platform/ports/StatusItem.h"
@@ -14,11 +15,11 @@ namespace tarnwick {
 
 class DropDownWindow;
 
-/// Its window exists only while it is open: what is closed costs nothing. Everything handed in outlives it.
+/// Its window exists only while it is open. Everything handed in outlives it.
 /// Main thread.
 class DropDown {
 public:
-    DropDown(Monitor& monitor, Menu& menu, RunLoop& loop);
+    DropDown(const Observed<Reading>& reading, Menu& menu, RunLoop& loop);
     DropDown(const DropDown&) = delete;
     DropDown& operator=(const DropDown&) = delete;
     ~DropDown();
@@ -42,7 +43,7 @@ private:
     void buttonsMoved(const PressWatch::Buttons& buttons);
     void waitForEndOfClick();
 
-    Monitor& monitor_;
+    const Observed<Reading>& reading_;
     Menu& menu_;
     RunLoop& loop_;
 
@@ -51,10 +52,10 @@ private:
     };
 
     std::unique_ptr<DropDownWindow, LaterDeletion> window_;
-    /// On an X11 display: while it is open, and until the click that has closed it is over.
+    /// On X11 only: while it is open, and until the click that has closed it has ended.
     std::unique_ptr<PressWatch> presses_;
     bool isButtonHeld_ = false;
-    bool isClosedByClick_ = false; ///< that may still be told as a click on the item
+    bool isClosedByClick_ = false; ///< the panel may still report that click
     RunLoop::Handle endOfClick_;
     std::optional<double> toggledAt_; ///< monotonic: when a click last opened or closed it
 };

@@ -47,18 +47,18 @@ void drawShadow(QPainter& painter, const QRect& panel, bool isDark) {
 } // namespace
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
-DropDownWindow::DropDownWindow(Monitor& monitor, const Menu& menu, RunLoop& loop)
+DropDownWindow::DropDownWindow(const Observed<Reading>& reading, const Menu& menu, RunLoop& loop)
     : QWidget(
         nullptr, (QGuiApplication::platformName() == QLatin1String("wayland") ? Qt::Window : Qt::Tool)
                      | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint),
-      statusView_(new StatusMenuView(monitor, loop, this)),
+      statusView_(new StatusMenuView(reading, loop, this)),
       items_(new MenuItemsView(menu, loop, this)),
       shadow_(Compositing::isAvailable() ? shadowWidth : 0) {
     setWindowTitle(QStringLiteral("Tarnwick"));
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
     setAttribute(Qt::WA_TranslucentBackground, shadow_ > 0);
-    // Not the last window whose closing would end a program that has only its status item.
+    // Closing the last window would end the program, which may have only its status item left.
     setAttribute(Qt::WA_QuitOnClose, false);
     items_->onChoose = [this](MenuItem::Id id) {
         if (const auto choose = onChoose) { // the owner lets go of this window in it
@@ -164,7 +164,7 @@ void DropDownWindow::closeEvent(QCloseEvent* event) {
 }
 
 void DropDownWindow::mousePressEvent(QMouseEvent* event) {
-    // The shadow does not belong to the window for those who click on it.
+    // A click on the shadow counts as a click outside.
     if (!panel().contains(event->position().toPoint())) {
         if (const auto dismiss = onDismiss) {
             dismiss();

@@ -1,7 +1,8 @@
 // The drop-down's window: frame, keys, and what closes it.
 #pragma once
 
-#include "app/Monitor/Monitor.h"
+#include "app/Observation/Observation.h"
+#include "app/Reading/Reading.h"
 #include "app/StatusItemController/Menu.h"
 #include "platform/ports/StatusItem.h"
 
@@ -18,7 +19,7 @@ class StatusMenuView;
 
 class DropDownWindow final : public QWidget {
 public:
-    DropDownWindow(Monitor& monitor, const Menu& menu, RunLoop& loop);
+    DropDownWindow(const Observed<Reading>& reading, const Menu& menu, RunLoop& loop);
     ~DropDownWindow() override;
 
     /// Shows it at this point, if it may choose its place, and asks for the focus.

@@ -1,6 +1,5 @@
 #include "app/StatusMenuView/HeaderView.h"
 
-#include "app/Reading/HeaderText.h"
 #include "app/StatusItemController/Painting/SignalBars.h"
 #include "app/StatusItemController/Painting/TabularLine.h"
 #include "app/StatusMenuView/ViewStyle.h"
@@ -50,16 +49,16 @@ double drawLine(
 
 } // namespace
 
-HeaderContent HeaderContent::of(const Monitor& monitor) {
+HeaderContent HeaderContent::of(const Reading& reading) {
     return {
-        .bars = monitor.bars(),
-        .tone = monitor.qualityTone(),
-        .quality = QString::fromStdString(monitor.qualityTitle()),
-        .hostLine = QString::fromStdString(HeaderText::hostLine(monitor)),
-        .latency = QString::fromStdString(HeaderText::latency(monitor)),
-        .loss = QString::fromStdString(HeaderText::loss(monitor).value_or("")),
-        .isDown = monitor.status() == Monitor::Status::down,
-        .isLossy = monitor.lossPercent() > 0,
+        .bars = reading.bars,
+        .tone = reading.qualityTone,
+        .quality = QString::fromStdString(reading.qualityTitle),
+        .hostLine = QString::fromStdString(reading.hostLine),
+        .latency = QString::fromStdString(reading.latencyText),
+        .loss = QString::fromStdString(reading.lossText.value_or("")),
+        .isDown = reading.isDown(),
+        .isLossy = reading.isLossy(),
     };
 }
 
@@ -101,8 +100,7 @@ void HeaderView::paintEvent(QPaintEvent* /*event*/) {
     const double textTop = height() - fonts.leftHeight();
     const double barsTop = std::floor(textTop + (fonts.leftHeight() - style.length(barsHeight)) / 2);
     const QRectF bars(0, barsTop, style.length(barsWidth), style.length(barsHeight));
-    SignalBars::draw(
-        painter, bars, Monitor::barLevels, content_.bars, colors.of(content_.tone), colors.secondary());
+    SignalBars::draw(painter, bars, barLevels, content_.bars, colors.of(content_.tone), colors.secondary());
 
     const double textLeft = bars.right() + style.length(gap);
     const double textWidth = latencyLeft - style.length(gap) - textLeft;

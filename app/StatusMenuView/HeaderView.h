@@ -1,14 +1,15 @@
 // The head of the menu view: signal bars, quality, host, latency and loss.
 #pragma once
 
-#include "app/Monitor/Monitor.h"
+#include "app/Reading/Reading.h"
 #include "app/StatusMenuView/ReadAloud.h"
 
 namespace tarnwick {
 
+/// The header's part of a reading, in the toolkit's texts.
 struct HeaderContent {
     int bars = 0;
-    Monitor::QualityTone tone = Monitor::QualityTone::neutral;
+    QualityTone tone = QualityTone::neutral;
     QString quality{};
     QString hostLine{};
     QString latency{};
@@ -16,7 +17,7 @@ struct HeaderContent {
     bool isDown = false;
     bool isLossy = false;
 
-    [[nodiscard]] static HeaderContent of(const Monitor& monitor);
+    [[nodiscard]] static HeaderContent of(const Reading& reading);
     [[nodiscard]] QString spokenText() const;
 
     friend bool operator==(const HeaderContent&, const HeaderContent&) = default;

@@ -53,18 +53,16 @@ QPainterPath ChartBar::path() const {
     return path;
 }
 
-ChartLayout layout(
-    const std::vector<Bucket>& buckets, double lowThreshold, double highThreshold, QSizeF size,
-    double pixelRatio) {
+ChartLayout layout(const Chart& chart, QSizeF size, double pixelRatio) {
     ChartLayout layout;
-    const double top = scaleMax(replyTimes(buckets), lowThreshold);
+    const double top = chart.scaleMax();
     // A stored threshold of zero or less can make a scale without extent.
     const auto heightOf = [&](double ms) { return top > 0 ? size.height() * std::min(ms, top) / top : 0; };
     const auto snapped = [pixelRatio](double x) { return std::round(x * pixelRatio) / pixelRatio; };
-    const double slot = (size.width() + barGap) / static_cast<double>(buckets.size());
-    for (std::size_t index = 0; index < buckets.size(); ++index) {
-        const Bucket& bucket = buckets[index];
-        ChartBar bar{.tone = tone(bucket, lowThreshold, highThreshold)};
+    const double slot = (size.width() + barGap) / static_cast<double>(chart.buckets.size());
+    for (std::size_t index = 0; index < chart.buckets.size(); ++index) {
+        const Bucket& bucket = chart.buckets[index];
+        ChartBar bar{.tone = chart.tone(bucket)};
         if (bar.tone != BarTone::none) {
             const double height =
                 bucket.worstRtt ? std::max(heightOf(*bucket.worstRtt), smallestBar) : size.height();
@@ -75,34 +73,23 @@ ChartLayout layout(
         }
         layout.bars.push_back(bar);
     }
-    if (top > 0 && lowThreshold <= top) {
-        layout.threshold = size.height() - heightOf(lowThreshold);
+    if (top > 0 && chart.lowThresholdMs <= top) {
+        layout.threshold = size.height() - heightOf(chart.lowThresholdMs);
     }
     return layout;
 }
 
 } // namespace LatencyChart
 
-ChartContent ChartContent::of(const Monitor& monitor, RunLoop::WallTime now) {
-    const Preferences& prefs = monitor.prefs();
-    const ScoringConfig scoring = prefs.scoringConfig();
-    return {
-        .buckets = LatencyChart::buckets(monitor.samples(), now, prefs.pingInterval()),
-        .lowThresholdMs = scoring.lowThreshold * 1000,
-        .highThresholdMs = scoring.highThreshold * 1000,
-    };
-}
-
 LatencyChartView::LatencyChartView(QWidget* parent) : ReadAloudWidget(Role::chart, parent) {
 }
 
-void LatencyChartView::setContent(const ChartContent& content) {
-    if (content == content_) {
+void LatencyChartView::setChart(const LatencyChart::Chart& chart) {
+    if (chart == chart_) {
         return;
     }
-    content_ = content;
-    setSpokenText(QString::fromStdString(LatencyChart::summary(
-        LatencyChart::replyTimes(content.buckets), LatencyChart::lostCount(content.buckets))));
+    chart_ = chart;
+    setSpokenText(QString::fromStdString(chart.summary()));
     update();
 }
 
@@ -126,8 +113,7 @@ void LatencyChartView::paintEvent(QPaintEvent* /*event*/) {
 void LatencyChartView::drawChart(QPainter& painter) const {
     const ViewStyle style(*this);
     const LatencyChart::ChartLayout layout = LatencyChart::layout(
-        content_.buckets, content_.lowThresholdMs, content_.highThresholdMs,
-        {static_cast<double>(width()), static_cast<double>(chartHeight())}, devicePixelRatioF());
+        chart_, {static_cast<double>(width()), static_cast<double>(chartHeight())}, devicePixelRatioF());
     painter.setPen(Qt::NoPen);
     for (const LatencyChart::ChartBar& bar : layout.bars) {
         if (bar.tone != LatencyChart::BarTone::none) {
@@ -149,7 +135,7 @@ void LatencyChartView::drawCaption(QPainter& painter) const {
     const double baseline = chartHeight() + style.length(captionGap) + std::round(metrics.ascent());
     const TabularLine period(font, QStringLiteral("Last 5 minutes"));
     const TabularLine threshold(
-        font, "slow above " + QString::fromStdString(Format::wholeMs(content_.lowThresholdMs)));
+        font, "slow above " + QString::fromStdString(Format::wholeMs(chart_.lowThresholdMs)));
     const double left = std::floor(width() - threshold.width());
     painter.setPen(style.colors().secondary());
     period.draw(painter, {0, baseline});

@@ -30,30 +30,16 @@ struct ChartLayout {
 };
 
 /// Places the bars so that their sides lie on whole device pixels, `pixelRatio` of them to a unit of `size`.
-[[nodiscard]] ChartLayout layout(
-    const std::vector<Bucket>& buckets, double lowThreshold, double highThreshold, QSizeF size,
-    double pixelRatio);
+[[nodiscard]] ChartLayout layout(const Chart& chart, QSizeF size, double pixelRatio);
 
 } // namespace LatencyChart
-
-struct ChartContent {
-    std::vector<LatencyChart::Bucket> buckets{};
-    double lowThresholdMs = 0;
-    double highThresholdMs = 0;
-
-    [[nodiscard]] static ChartContent of(const Monitor& monitor, RunLoop::WallTime now);
-
-    friend bool operator==(const ChartContent&, const ChartContent&) = default;
-};
 
 class LatencyChartView final : public ReadAloudWidget {
 public:
     explicit LatencyChartView(QWidget* parent);
 
     /// Draws again only what differs.
-    void setContent(const ChartContent& content);
-
-    [[nodiscard]] const ChartContent& content() const { return content_; }
+    void setChart(const LatencyChart::Chart& chart);
 
     /// Of the bars, without the caption.
     [[nodiscard]] int chartHeight() const;
@@ -66,7 +52,7 @@ private:
     void drawChart(QPainter& painter) const;
     void drawCaption(QPainter& painter) const;
 
-    ChartContent content_;
+    LatencyChart::Chart chart_;
 };
 
 } // namespace tarnwick

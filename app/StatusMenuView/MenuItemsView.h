@@ -20,7 +20,7 @@ public:
     MenuItemsView(const Menu& menu, RunLoop& loop, QWidget* parent);
     ~MenuItemsView() override;
 
-    /// From now on nothing changes any more.
+    /// From now on nothing changes.
     void stopFollowing() { rendering_.reset(); }
 
     /// While Alt is held, alternates stand in for the items above them and mnemonics are underlined.

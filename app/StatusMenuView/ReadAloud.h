@@ -5,7 +5,7 @@
 
 namespace tarnwick {
 
-/// Draws all of its content by itself, so that there is nothing else below it to be read.
+/// Draws all of its content itself: there are no children to be read.
 class ReadAloudWidget : public QWidget {
 public:
     enum class Role { text, chart, group };

@@ -18,10 +18,9 @@ constexpr double spacing = 12;
 } // namespace
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
-StatusMenuView::StatusMenuView(Monitor& monitor, RunLoop& loop, QWidget* parent)
+StatusMenuView::StatusMenuView(const Observed<Reading>& reading, RunLoop& loop, QWidget* parent)
     : ReadAloudWidget(Role::group, parent),
-      monitor_(monitor),
-      loop_(loop),
+      reading_(reading),
       grouping_(Format::Grouping::ofUser()),
       header_(new HeaderView(this)),
       chart_(new LatencyChartView(this)),
@@ -35,10 +34,10 @@ StatusMenuView::StatusMenuView(Monitor& monitor, RunLoop& loop, QWidget* parent)
 StatusMenuView::~StatusMenuView() = default;
 
 void StatusMenuView::render() {
-    header_->setContent(HeaderContent::of(monitor_));
-    chart_->setContent(ChartContent::of(monitor_, loop_.wallNow()));
-    const PingLedger& ledger = monitor_.ledger();
-    grid_->setRows(StatsGrid::rows(ledger.session(), ledger.site(), grouping_));
+    const Reading& reading = reading_.get();
+    header_->setContent(HeaderContent::of(reading));
+    chart_->setChart(reading.chart);
+    grid_->setRows(StatsGrid::rows(reading.session, reading.site, grouping_));
 }
 
 QSize StatusMenuView::sizeHint() const {

@@ -1,8 +1,9 @@
 // What the drop-down shows above its items: how the connection is, how it was, and its statistics.
 #pragma once
 
-#include "app/Monitor/Monitor.h"
+#include "app/Observation/Observation.h"
 #include "app/Reading/Format.h"
+#include "app/Reading/Reading.h"
 #include "app/StatusMenuView/ReadAloud.h"
 
 #include <memory>
@@ -13,13 +14,13 @@ class HeaderView;
 class LatencyChartView;
 class StatsGridView;
 
-/// Follows the monitor for as long as it exists. Monitor and loop outlive it.
+/// Follows the reading, which outlives it together with the loop.
 class StatusMenuView final : public ReadAloudWidget {
 public:
-    StatusMenuView(Monitor& monitor, RunLoop& loop, QWidget* parent);
+    StatusMenuView(const Observed<Reading>& reading, RunLoop& loop, QWidget* parent);
     ~StatusMenuView() override;
 
-    /// From now on nothing changes any more.
+    /// From now on nothing changes.
     void stopFollowing() { rendering_.reset(); }
 
     /// Fixed: width by design, height by font.
@@ -32,8 +33,7 @@ private:
     void render();
     void place();
 
-    Monitor& monitor_;
-    RunLoop& loop_;
+    const Observed<Reading>& reading_;
     Format::Grouping grouping_;
     HeaderView* header_; ///< children
     LatencyChartView* chart_;

@@ -18,7 +18,7 @@ public:
     /// A length of the design, for the font at hand.
     [[nodiscard]] int length(double points) const;
 
-    /// A text of so many points where the design's usual text has 13.
+    /// The font for a text that has this many points in the design, whose usual text has 13.
     [[nodiscard]] QFont font(double points, QFont::Weight weight = QFont::Normal) const;
 
     [[nodiscard]] const LatencyPalette& colors() const { return colors_; }

@@ -56,16 +56,16 @@ Canvas::Canvas(ScreenSize size, bool ascii)
       cells_(static_cast<std::size_t>(size_.rows) * static_cast<std::size_t>(size_.columns)) {
 }
 
-void Canvas::put(int row, int column, char32_t glyph, Ink ink) {
+void Canvas::put(int row, int column, char32_t glyph, TextStyle style) {
     if (row < 0 || row >= size_.rows || column < 0 || column >= size_.columns) {
         return;
     }
     cells_
         [static_cast<std::size_t>(row) * static_cast<std::size_t>(size_.columns)
-         + static_cast<std::size_t>(column)] = {glyph, ink};
+         + static_cast<std::size_t>(column)] = {glyph, style};
 }
 
-void Canvas::text(int row, int column, int width, std::string_view text, Ink ink) {
+void Canvas::text(int row, int column, int width, std::string_view text, TextStyle style) {
     std::u32string glyphs = glyphsOf(text);
     if (int columns = columnsOf(glyphs); columns > width) {
         while (!glyphs.empty() && columns > width - 1) {
@@ -83,17 +83,17 @@ void Canvas::text(int row, int column, int width, std::string_view text, Ink ink
             continue; // a cell holds one character: marks that join it are left out
         }
         const bool isCut = columns == 2 && (at < 0 || at + 2 > size_.columns);
-        put(row, at, isCut ? U' ' : glyph, ink);
+        put(row, at, isCut ? U' ' : glyph, style);
         if (columns == 2) {
-            put(row, at + 1, isCut ? U' ' : 0, ink);
+            put(row, at + 1, isCut ? U' ' : 0, style);
         }
         at += columns;
     }
 }
 
-void Canvas::textRight(int row, int column, int width, std::string_view textToPut, Ink ink) {
+void Canvas::textRight(int row, int column, int width, std::string_view textToPut, TextStyle style) {
     const int used = std::min(widthOf(textToPut), width);
-    text(row, column + width - used, used, textToPut, ink);
+    text(row, column + width - used, used, textToPut, style);
 }
 
 const Cell& Canvas::at(int row, int column) const {

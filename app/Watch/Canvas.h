@@ -8,11 +8,11 @@
 namespace tarnwick {
 
 /// What a text means; the terminal decides what that looks like.
-enum class Ink { plain, strong, secondary, good, warn, bad, strongBad };
+enum class TextStyle { plain, strong, secondary, good, warn, bad, strongBad };
 
 struct Cell {
     char32_t glyph = U' '; ///< 0: the second half of the wide character to its left
-    Ink ink = Ink::plain;
+    TextStyle style = TextStyle::plain;
 
     friend bool operator==(const Cell&, const Cell&) = default;
 };
@@ -22,19 +22,18 @@ struct ScreenSize {
     int columns;
 };
 
-/// Whatever lies outside is cut off. Texts are UTF-8; what the terminal could misread (control characters,
-/// broken sequences) is replaced by a mark.
+/// Drawing outside of it is ignored. Texts are UTF-8; control characters and broken sequences, which a
+/// terminal could misread, are replaced by a mark.
 class Canvas {
 public:
-    /// `ascii`: the terminal shows nothing else, so every other character is replaced by its nearest
-    /// relative.
+    /// `ascii`: the terminal shows nothing else. Other characters are replaced by similar ones.
     Canvas(ScreenSize size, bool ascii);
 
-    void put(int row, int column, char32_t glyph, Ink ink);
+    void put(int row, int column, char32_t glyph, TextStyle style);
     /// At most `width` columns; a longer text ends in an ellipsis.
-    void text(int row, int column, int width, std::string_view text, Ink ink);
+    void text(int row, int column, int width, std::string_view text, TextStyle style);
     /// The same, ending at `column + width`.
-    void textRight(int row, int column, int width, std::string_view text, Ink ink);
+    void textRight(int row, int column, int width, std::string_view text, TextStyle style);
 
     [[nodiscard]] ScreenSize size() const { return size_; }
 

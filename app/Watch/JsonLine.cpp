@@ -9,27 +9,27 @@ namespace tarnwick {
 
 namespace {
 
-const char* caseName(Monitor::Status status) {
+const char* caseName(ConnectionWatchdog::Status status) {
     switch (status) {
-    case Monitor::Status::starting:
+    case ConnectionWatchdog::Status::starting:
         return "starting";
-    case Monitor::Status::up:
+    case ConnectionWatchdog::Status::up:
         return "up";
-    case Monitor::Status::down:
+    case ConnectionWatchdog::Status::down:
         break;
     }
     return "down";
 }
 
-const char* caseName(Monitor::QualityTone tone) {
+const char* caseName(QualityTone tone) {
     switch (tone) {
-    case Monitor::QualityTone::neutral:
+    case QualityTone::neutral:
         return "neutral";
-    case Monitor::QualityTone::good:
+    case QualityTone::good:
         return "good";
-    case Monitor::QualityTone::middle:
+    case QualityTone::middle:
         return "middle";
-    case Monitor::QualityTone::bad:
+    case QualityTone::bad:
         break;
     }
     return "bad";
@@ -60,38 +60,33 @@ void addCounter(JsonText& line, const char* key, const StatCounter& counter) {
     line.endObject();
 }
 
-void addVerdict(JsonText& line, const Monitor& monitor) {
-    line.add("status", caseName(monitor.status()));
-    line.add("score", monitor.score());
-    line.add("bars", monitor.bars());
-    line.add("latestPingMs", monitor.latestPingMs());
-    line.add("lossPercent", monitor.lossPercent());
-    line.add("lossIsKnown", monitor.lossIsKnown());
+void addVerdict(JsonText& line, const Reading& reading) {
+    line.add("status", caseName(reading.status));
+    line.add("score", reading.score);
+    line.add("bars", reading.bars);
+    line.add("latestPingMs", reading.latestPingMs);
+    line.add("lossPercent", reading.lossPercent);
+    line.add("lossIsKnown", reading.lossIsKnown);
 }
 
-void addTexts(JsonText& line, const Monitor& monitor, const std::string& menuTitle) {
+void addTexts(JsonText& line, const Reading& reading, const std::string& menuTitle) {
     line.add("menuTitle", menuTitle);
-    line.add("tooltip", monitor.tooltip());
-    line.add("qualityTitle", monitor.qualityTitle());
-    line.add("qualityTone", caseName(monitor.qualityTone()));
+    line.add("tooltip", reading.tooltip);
+    line.add("qualityTitle", reading.qualityTitle);
+    line.add("qualityTone", caseName(reading.qualityTone));
 }
 
-void addReasons(JsonText& line, const Monitor& monitor) {
-    const std::optional<DownReason> reason = monitor.downReason();
-    const std::optional<PingError>& startError = monitor.startError();
-    if (reason) {
-        line.add("downReason", caseName(reason->kind));
+void addReasons(JsonText& line, const Reading& reading) {
+    if (reading.downReason) {
+        line.add("downReason", caseName(reading.downReason->kind));
+        line.add("downReasonText", reading.downReasonText);
     } else {
         line.addNull("downReason");
-    }
-    if (monitor.status() == Monitor::Status::down) {
-        line.add("downReasonText", monitor.downReasonText());
-    } else {
         line.addNull("downReasonText");
     }
-    line.add("lastError", monitor.lastError());
-    if (startError) {
-        line.add("startError", startError->message());
+    line.add("lastError", reading.lastError);
+    if (reading.startError) {
+        line.add("startError", reading.startError->message());
     } else {
         line.addNull("startError");
     }
@@ -123,19 +118,19 @@ std::string timestamp(RunLoop::WallTime time) {
     return text;
 }
 
-std::string jsonLine(const Monitor& monitor, RunLoop::WallTime time, const std::string& menuTitle) {
+std::string jsonLine(const Reading& reading, RunLoop::WallTime time, const std::string& menuTitle) {
     JsonText line;
     line.add("time", timestamp(time));
-    line.add("monotonic", monitor.evaluatedAt());
-    line.add("host", monitor.prefs().hostname());
-    line.add("resolvedAddress", monitor.resolvedAddress());
-    addVerdict(line, monitor);
-    addTexts(line, monitor, menuTitle);
-    addReasons(line, monitor);
-    line.add("accessibilitySummary", monitor.accessibilitySummary());
-    addCounter(line, "session", monitor.ledger().session());
-    addCounter(line, "site", monitor.ledger().site());
-    line.add("samples", monitor.samples().size());
+    line.add("monotonic", reading.evaluatedAt.monotonic);
+    line.add("host", reading.host);
+    line.add("resolvedAddress", reading.resolvedAddress);
+    addVerdict(line, reading);
+    addTexts(line, reading, menuTitle);
+    addReasons(line, reading);
+    line.add("accessibilitySummary", reading.accessibilitySummary);
+    addCounter(line, "session", reading.session);
+    addCounter(line, "site", reading.site);
+    line.add("samples", reading.samples);
     return line.take() + "\n";
 }
 

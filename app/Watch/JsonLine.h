@@ -1,7 +1,7 @@
-// Everything that the monitor publishes, as one line of JSON.
+// A reading as one line of JSON.
 #pragma once
 
-#include "app/Monitor/Monitor.h"
+#include "app/Reading/Reading.h"
 
 #include <string>
 
@@ -9,7 +9,7 @@ namespace tarnwick {
 
 /// `menuTitle` is what the status item shows at this moment. Ends with a line break.
 [[nodiscard]] std::string jsonLine(
-    const Monitor& monitor, RunLoop::WallTime time, const std::string& menuTitle);
+    const Reading& reading, RunLoop::WallTime time, const std::string& menuTitle);
 
 /// RFC 3339 in UTC with milliseconds.
 [[nodiscard]] std::string timestamp(RunLoop::WallTime time);

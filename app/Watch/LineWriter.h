@@ -10,9 +10,9 @@ class LineWriter {
 public:
     enum class Written {
         whole,
-        leftOut, ///< the reader is behind: a measurement is not held up for it
-        closed,  ///< nobody reads any more
-        failed,  ///< it can't be written, as errno tells
+        leftOut, ///< the reader is behind; measuring does not wait for it
+        closed,  ///< the reader has gone
+        failed,  ///< errno says why
     };
 
     explicit LineWriter(int descriptor) : descriptor_(descriptor) {}

@@ -1,6 +1,5 @@
 #include "app/Watch/PlainLine.h"
 
-#include "app/Reading/HeaderText.h"
 #include "core/Text.h"
 #include "core/Utf8.h"
 
@@ -32,11 +31,11 @@ std::string padded(std::string text, std::size_t width, bool rightAligned) {
 
 } // namespace
 
-std::string plainLine(const Monitor& monitor, RunLoop::WallTime time) {
-    return localTime(time) + "  " + padded(monitor.qualityTitle(), qualityWidth, false)
-           + padded(HeaderText::latency(monitor), latencyWidth, true)
-           + padded(HeaderText::loss(monitor).value_or(""), lossWidth, true) + "  "
-           + Text::printable(HeaderText::hostLine(monitor)) + "\n";
+std::string plainLine(const Reading& reading, RunLoop::WallTime time) {
+    return localTime(time) + "  " + padded(reading.qualityTitle, qualityWidth, false)
+           + padded(reading.latencyText, latencyWidth, true)
+           + padded(reading.lossText.value_or(""), lossWidth, true) + "  " + Text::printable(reading.hostLine)
+           + "\n";
 }
 
 } // namespace tarnwick

@@ -39,8 +39,8 @@ void NoteLines::set(const std::vector<std::string>& notes) {
     told_ = notes;
 }
 
-LinePresentation::LinePresentation(RunLoop& loop, const Monitor& monitor, Quit quit)
-    : loop_(loop), monitor_(monitor), quit_(std::move(quit)), output_(STDOUT_FILENO) {
+LinePresentation::LinePresentation(RunLoop& loop, const Observed<Reading>& reading, Quit quit)
+    : loop_(loop), reading_(reading), quit_(std::move(quit)), output_(STDOUT_FILENO) {
 }
 
 void LinePresentation::show() {
@@ -52,18 +52,18 @@ void LinePresentation::setNotes(const std::vector<std::string>& notes) {
 }
 
 std::string JsonPresentation::line() {
-    const auto loss = monitor().lossIsKnown() ? std::optional(monitor().lossPercent()) : std::nullopt;
-    const auto digits = gates_.update(loss, monitor().prefs().lossTextMode(), loop().now());
-    return jsonLine(monitor(), loop().wallNow(), monitor().menuTitle(digits.has_value()));
+    const Reading& present = reading();
+    const auto digits = gates_.update(present.knownLoss(), present.lossTextMode, loop().now());
+    return jsonLine(present, loop().wallNow(), present.menuTitle(digits.has_value()));
 }
 
 std::string PlainPresentation::line() {
-    return plainLine(monitor(), loop().wallNow());
+    return plainLine(reading(), loop().wallNow());
 }
 
 ScreenPresentation::ScreenPresentation(
-    RunLoop& loop, const Monitor& monitor, std::unique_ptr<Terminal> terminal, Quit quit)
-    : loop_(loop), monitor_(monitor), terminal_(std::move(terminal)), quit_(std::move(quit)) {
+    RunLoop& loop, const Observed<Reading>& reading, std::unique_ptr<Terminal> terminal, Quit quit)
+    : loop_(loop), reading_(reading), terminal_(std::move(terminal)), quit_(std::move(quit)) {
     if (::isatty(STDIN_FILENO) != 0) {
         keyboard_ = loop.watchReadable(STDIN_FILENO, [this] { readKeys(); });
     }
@@ -74,17 +74,22 @@ void ScreenPresentation::show() {
         draw();
         return;
     }
+    draw();
     renderLoop_ = std::make_unique<RenderLoop>(loop_, [this] {
-        // A verdict or an answer is shown at once; all else has time until the next tick.
-        static_cast<void>(monitor_.status());
-        static_cast<void>(monitor_.latestPingMs());
-        withoutTracking([this] { draw(); });
+        // A verdict or an answer is shown at once. Everything else has time until the next tick.
+        const Reading& reading = reading_.get();
+        if (reading.status != drawnStatus_ || reading.latestPingMs != drawnLatency_) {
+            draw();
+        }
     });
 }
 
 void ScreenPresentation::draw() {
-    const ScreenContent content = screenContent(monitor_, loop_.wallNow(), grouping_, notes_);
-    terminal_->draw(drawScreen(content, terminal_->size(), terminal_->isAscii()));
+    const Reading& reading = reading_.get();
+    drawnStatus_ = reading.status;
+    drawnLatency_ = reading.latestPingMs;
+    terminal_->draw(drawScreen(
+        reading, {.grouping = grouping_, .notes = notes_, .ascii = terminal_->isAscii()}, terminal_->size()));
 }
 
 void ScreenPresentation::setNotes(const std::vector<std::string>& notes) {

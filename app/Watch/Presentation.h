@@ -1,9 +1,10 @@
-// The three ways in which the terminal program shows the model: a screen, plain lines, JSON lines.
+// The three forms in which the terminal program shows the reading: a screen, plain lines, JSON lines.
 #pragma once
 
-#include "app/Monitor/Monitor.h"
+#include "app/Observation/Observation.h"
 #include "app/Reading/Format.h"
 #include "app/Reading/LossGates.h"
+#include "app/Reading/Reading.h"
 #include "app/Watch/LineWriter.h"
 #include "app/Watch/Terminal.h"
 
@@ -16,7 +17,7 @@ namespace tarnwick {
 
 class Presentation {
 public:
-    /// Ends the program; with what has failed, or with an empty text when all is as it should be.
+    /// Ends the program, because of `problem` unless that is empty.
     using Quit = std::function<void(const std::string& problem)>;
 
     Presentation() = default;
@@ -26,14 +27,14 @@ public:
 
     /// Once after the start and then after every tick.
     virtual void show() = 0;
-    /// What the user should know or do at present; empty when there is nothing.
+    /// What the user should know or do now, most urgent first.
     virtual void setNotes(const std::vector<std::string>& notes) = 0;
 
     virtual void windowResized() {}
 };
 
-/// Notes as lines on standard error, beside the lines that a program may be reading. Each is told once, until
-/// it has ceased to hold.
+/// Notes as lines on standard error, apart from the output that another program may be reading. Each is
+/// written once, and again only after it was withdrawn.
 class NoteLines {
 public:
     void set(const std::vector<std::string>& notes);
@@ -45,8 +46,8 @@ private:
 /// A line of text each time, on standard output.
 class LinePresentation : public Presentation {
 public:
-    /// `quit` is called when nobody reads any more, or nothing can be written.
-    LinePresentation(RunLoop& loop, const Monitor& monitor, Quit quit);
+    /// `quit` is called when the reader has gone, or nothing can be written.
+    LinePresentation(RunLoop& loop, const Observed<Reading>& reading, Quit quit);
 
     void show() final;
     void setNotes(const std::vector<std::string>& notes) final;
@@ -57,11 +58,11 @@ protected:
 
     [[nodiscard]] const RunLoop& loop() const { return loop_; }
 
-    [[nodiscard]] const Monitor& monitor() const { return monitor_; }
+    [[nodiscard]] const Reading& reading() const { return reading_.get(); }
 
 private:
     RunLoop& loop_;
-    const Monitor& monitor_;
+    const Observed<Reading>& reading_;
     Quit quit_;
     LineWriter output_;
     NoteLines noteLines_;
@@ -90,7 +91,8 @@ private:
 /// The whole terminal, redrawn in place.
 class ScreenPresentation final : public Presentation {
 public:
-    ScreenPresentation(RunLoop& loop, const Monitor& monitor, std::unique_ptr<Terminal> terminal, Quit quit);
+    ScreenPresentation(
+        RunLoop& loop, const Observed<Reading>& reading, std::unique_ptr<Terminal> terminal, Quit quit);
 
     void show() override;
     void setNotes(const std::vector<std::string>& notes) override;
@@ -101,13 +103,15 @@ private:
     void readKeys();
 
     RunLoop& loop_;
-    const Monitor& monitor_;
+    const Observed<Reading>& reading_;
     std::unique_ptr<Terminal> terminal_;
     Quit quit_;
     Format::Grouping grouping_ = Format::Grouping::ofUser();
     std::vector<std::string> notes_;
+    ConnectionWatchdog::Status drawnStatus_ = ConnectionWatchdog::Status::starting;
+    std::optional<double> drawnLatency_;
     RunLoop::Handle keyboard_;
-    std::unique_ptr<RenderLoop> renderLoop_; ///< shows a change at once, not only at the next tick
+    std::unique_ptr<RenderLoop> renderLoop_; ///< draws between ticks; from the first showing on
 };
 
 } // namespace tarnwick

@@ -1,6 +1,6 @@
 #include "app/Watch/ScreenLayout.h"
 
-#include "app/Reading/HeaderText.h"
+#include "app/Reading/StatsRows.h"
 #include "core/Text.h"
 
 #include <algorithm>
@@ -15,7 +15,6 @@ using LatencyChart::BarTone;
 using LatencyChart::Bucket;
 
 constexpr int margin = 1;
-constexpr int barLevels = Monitor::barLevels;
 constexpr int headerIndent = barLevels + 2;
 constexpr int headerRows = 2;
 constexpr int gridRows = 1 + static_cast<int>(StatsGrid::rowCount);
@@ -55,36 +54,36 @@ Plan planRows(int rows, int wantedNoteRows) {
     return plan;
 }
 
-Ink inkOf(Monitor::QualityTone tone) {
+TextStyle styleOf(QualityTone tone) {
     switch (tone) {
-    case Monitor::QualityTone::neutral:
-        return Ink::secondary;
-    case Monitor::QualityTone::good:
-        return Ink::good;
-    case Monitor::QualityTone::middle:
-        return Ink::warn;
-    case Monitor::QualityTone::bad:
+    case QualityTone::neutral:
+        return TextStyle::secondary;
+    case QualityTone::good:
+        return TextStyle::good;
+    case QualityTone::middle:
+        return TextStyle::warn;
+    case QualityTone::bad:
         break;
     }
-    return Ink::bad;
+    return TextStyle::bad;
 }
 
-Ink inkOf(BarTone tone) {
+TextStyle styleOf(BarTone tone) {
     switch (tone) {
     case BarTone::good:
-        return Ink::good;
+        return TextStyle::good;
     case BarTone::warn:
-        return Ink::warn;
+        return TextStyle::warn;
     case BarTone::bad:
     case BarTone::outage:
-        return Ink::bad;
+        return TextStyle::bad;
     case BarTone::none:
         break;
     }
-    return Ink::secondary;
+    return TextStyle::secondary;
 }
 
-/// A cell filled from below to so many eighths.
+/// A cell with this many of its eighths filled, from below.
 char32_t block(int eighths, bool ascii) {
     if (ascii) {
         return U"..:::###"[std::clamp(eighths, 1, 8) - 1];
@@ -92,8 +91,7 @@ char32_t block(int eighths, bool ascii) {
     return U"▁▂▃▄▅▆▇█"[std::clamp(eighths, 1, 8) - 1];
 }
 
-/// An unlit bar is a mark on the ground: its shape tells, also where the terminal has neither color nor dim
-/// text.
+/// An unlit bar is a low mark, so that bars can be told apart without color and dim text.
 char32_t signalBar(int bar, bool isLit, bool ascii) {
     static constexpr std::array heights{2, 3, 5, 6, 8};
     if (ascii) {
@@ -102,26 +100,29 @@ char32_t signalBar(int bar, bool isLit, bool ascii) {
     return block(isLit ? heights.at(static_cast<std::size_t>(bar)) : 1, false);
 }
 
-void drawSignalBars(Canvas& canvas, int row, const ScreenContent& content) {
+void drawSignalBars(Canvas& canvas, int row, const Reading& reading) {
     for (int bar = 0; bar < barLevels; ++bar) {
-        const bool isLit = bar < content.bars;
-        const Ink ink = isLit ? inkOf(content.tone) : Ink::secondary;
-        canvas.put(row, margin + bar, signalBar(bar, isLit, canvas.isAscii()), ink);
+        const bool isLit = bar < reading.bars;
+        const TextStyle style = isLit ? styleOf(reading.qualityTone) : TextStyle::secondary;
+        canvas.put(row, margin + bar, signalBar(bar, isLit, canvas.isAscii()), style);
     }
 }
 
-void drawHeader(Canvas& canvas, int row, const ScreenContent& content) {
+void drawHeader(Canvas& canvas, int row, const Reading& reading) {
     const int width = canvas.size().columns - 2 * margin - headerIndent;
-    const int latencyWidth = std::min(canvas.widthOf(content.latency), width);
-    drawSignalBars(canvas, row, content);
-    canvas.text(row, margin + headerIndent, width - latencyWidth - 1, content.quality, Ink::strong);
+    const int latencyWidth = std::min(canvas.widthOf(reading.latencyText), width);
+    drawSignalBars(canvas, row, reading);
+    canvas.text(
+        row, margin + headerIndent, width - latencyWidth - 1, reading.qualityTitle, TextStyle::strong);
     canvas.textRight(
-        row, margin + headerIndent, width, content.latency, content.isDown ? Ink::strongBad : Ink::strong);
-    const std::string loss = content.loss.value_or("");
+        row, margin + headerIndent, width, reading.latencyText,
+        reading.isDown() ? TextStyle::strongBad : TextStyle::strong);
+    const std::string loss = reading.lossText.value_or("");
     const int lossWidth = loss.empty() ? 0 : canvas.widthOf(loss) + 1;
-    canvas.text(row + 1, margin + headerIndent, width - lossWidth, content.hostLine, Ink::secondary);
+    canvas.text(row + 1, margin + headerIndent, width - lossWidth, reading.hostLine, TextStyle::secondary);
     canvas.textRight(
-        row + 1, margin + headerIndent, width, loss, content.isLossy ? Ink::warn : Ink::secondary);
+        row + 1, margin + headerIndent, width, loss,
+        reading.isLossy() ? TextStyle::warn : TextStyle::secondary);
 }
 
 /// Where the chart lies, and its scale.
@@ -144,7 +145,7 @@ void drawThresholdLine(Canvas& canvas, const ChartFrame& frame, double threshold
     }
     const int row = frame.top + frame.rows - 1 - (frame.eighths(thresholdMs) - 1) / 8;
     for (int column = 0; column < columns; ++column) {
-        canvas.put(row, margin + column, canvas.isAscii() ? U'-' : U'╌', Ink::secondary);
+        canvas.put(row, margin + column, canvas.isAscii() ? U'-' : U'╌', TextStyle::secondary);
     }
 }
 
@@ -159,7 +160,7 @@ void drawColumn(Canvas& canvas, const ChartFrame& frame, int column, const Bucke
         } else if (isClipped && row == frame.top) {
             glyph = canvas.isAscii() ? U'^' : U'▲';
         }
-        canvas.put(row, column, glyph, inkOf(tone));
+        canvas.put(row, column, glyph, styleOf(tone));
     }
 }
 
@@ -169,13 +170,13 @@ void drawScale(Canvas& canvas, const ChartFrame& frame, int chartColumns) {
     const std::string withUnit = Format::wholeMs(frame.scaleMax);
     const std::string top = canvas.widthOf(withUnit) <= room ? withUnit : Text::whole(frame.scaleMax);
     if (canvas.widthOf(top) <= room && frame.rows > 1) {
-        canvas.text(frame.top, column, room, top, Ink::secondary);
-        canvas.text(frame.top + frame.rows - 1, column, room, "0", Ink::secondary);
+        canvas.text(frame.top, column, room, top, TextStyle::secondary);
+        canvas.text(frame.top + frame.rows - 1, column, room, "0", TextStyle::secondary);
     }
 }
 
-void drawChart(Canvas& canvas, int top, int rows, const ScreenContent& content) {
-    const int count = static_cast<int>(content.buckets.size());
+void drawChart(Canvas& canvas, int top, int rows, const LatencyChart::Chart& chart) {
+    const int count = static_cast<int>(chart.buckets.size());
     const int width = canvas.size().columns - 2 * margin;
     if (rows < 1 || count < 1 || width < 1) {
         return;
@@ -184,18 +185,18 @@ void drawChart(Canvas& canvas, int top, int rows, const ScreenContent& content) 
         .top = top,
         .rows = rows,
         .columnsPerBucket = std::max(width / count, 1),
-        .scaleMax = LatencyChart::scaleMax(LatencyChart::replyTimes(content.buckets), content.lowThresholdMs),
+        .scaleMax = chart.scaleMax(),
     };
     const int chartColumns = std::min(frame.columnsPerBucket * count, width);
-    drawThresholdLine(canvas, frame, content.lowThresholdMs, chartColumns);
+    drawThresholdLine(canvas, frame, chart.lowThresholdMs, chartColumns);
     drawScale(canvas, frame, chartColumns);
     // Too narrow for all: the newest are shown.
     const int skipped = std::max(count - width, 0);
     // From three columns on, one of them is air between the bars.
     const int barColumns = frame.columnsPerBucket >= 3 ? frame.columnsPerBucket - 1 : frame.columnsPerBucket;
     for (int index = skipped; index < count; ++index) {
-        const Bucket& bucket = content.buckets[static_cast<std::size_t>(index)];
-        const BarTone tone = LatencyChart::tone(bucket, content.lowThresholdMs, content.highThresholdMs);
+        const Bucket& bucket = chart.buckets[static_cast<std::size_t>(index)];
+        const BarTone tone = chart.tone(bucket);
         if (tone == BarTone::none) {
             continue;
         }
@@ -206,30 +207,31 @@ void drawChart(Canvas& canvas, int top, int rows, const ScreenContent& content) 
     }
 }
 
-void drawCaption(Canvas& canvas, int row, const ScreenContent& content) {
+void drawCaption(Canvas& canvas, int row, double lowThresholdMs) {
     const int width = canvas.size().columns - 2 * margin;
-    canvas.text(row, margin, width, "Last 5 minutes", Ink::secondary);
-    const std::string threshold = "slow above " + Format::wholeMs(content.lowThresholdMs);
+    canvas.text(row, margin, width, "Last 5 minutes", TextStyle::secondary);
+    const std::string threshold = "slow above " + Format::wholeMs(lowThresholdMs);
     if (canvas.widthOf(threshold) + 18 <= width) {
         const int textWidth = canvas.widthOf(threshold);
         for (int dash = 0; dash < 2; ++dash) {
             canvas.put(
-                row, margin + width - textWidth - 3 + dash, canvas.isAscii() ? U'-' : U'╌', Ink::secondary);
+                row, margin + width - textWidth - 3 + dash, canvas.isAscii() ? U'-' : U'╌',
+                TextStyle::secondary);
         }
-        canvas.textRight(row, margin, width, threshold, Ink::secondary);
+        canvas.textRight(row, margin, width, threshold, TextStyle::secondary);
     }
 }
 
-void drawGrid(Canvas& canvas, int row, const ScreenContent& content) {
+void drawGrid(Canvas& canvas, int row, const std::array<StatsGrid::Row, StatsGrid::rowCount>& lines) {
     const int session = margin + gridLabelWidth;
     const int allTime = session + gridValueWidth;
-    canvas.textRight(row, session, gridValueWidth, StatsGrid::sessionTitle, Ink::strong);
-    canvas.textRight(row, allTime, gridValueWidth, StatsGrid::allTimeTitle, Ink::strong);
-    for (const StatsGrid::Row& line : content.stats) {
+    canvas.textRight(row, session, gridValueWidth, StatsGrid::sessionTitle, TextStyle::strong);
+    canvas.textRight(row, allTime, gridValueWidth, StatsGrid::allTimeTitle, TextStyle::strong);
+    for (const StatsGrid::Row& line : lines) {
         ++row;
-        canvas.text(row, margin, gridLabelWidth, line.label, Ink::secondary);
-        canvas.textRight(row, session, gridValueWidth, line.session, Ink::plain);
-        canvas.textRight(row, allTime, gridValueWidth, line.allTime, Ink::plain);
+        canvas.text(row, margin, gridLabelWidth, line.label, TextStyle::secondary);
+        canvas.textRight(row, session, gridValueWidth, line.session, TextStyle::plain);
+        canvas.textRight(row, allTime, gridValueWidth, line.allTime, TextStyle::plain);
     }
 }
 
@@ -258,51 +260,30 @@ std::vector<std::string> wrapped(const Canvas& canvas, const std::vector<std::st
 
 } // namespace
 
-ScreenContent screenContent(
-    const Monitor& monitor, RunLoop::WallTime now, const Format::Grouping& grouping,
-    std::vector<std::string> notes) {
-    const Preferences& prefs = monitor.prefs();
-    const ScoringConfig scoring = prefs.scoringConfig();
-    return {
-        .bars = monitor.bars(),
-        .tone = monitor.qualityTone(),
-        .quality = monitor.qualityTitle(),
-        .hostLine = HeaderText::hostLine(monitor),
-        .latency = HeaderText::latency(monitor),
-        .isDown = monitor.status() == Monitor::Status::down,
-        .loss = HeaderText::loss(monitor),
-        .isLossy = monitor.lossPercent() > 0,
-        .buckets = LatencyChart::buckets(monitor.samples(), now, prefs.pingInterval()),
-        .lowThresholdMs = scoring.lowThreshold * 1000,
-        .highThresholdMs = scoring.highThreshold * 1000,
-        .stats = StatsGrid::rows(monitor.ledger().session(), monitor.ledger().site(), grouping),
-        .notes = std::move(notes),
-    };
-}
-
-Canvas drawScreen(const ScreenContent& content, ScreenSize size, bool ascii) {
-    Canvas canvas(size, ascii);
+Canvas drawScreen(const Reading& reading, const ScreenOptions& options, ScreenSize size) {
+    Canvas canvas(size, options.ascii);
     const int width = canvas.size().columns - 2 * margin;
-    const std::vector<std::string> notes = wrapped(canvas, content.notes, width);
+    const std::vector<std::string> notes = wrapped(canvas, options.notes, width);
     const Plan plan = planRows(canvas.size().rows, static_cast<int>(notes.size()));
     int row = plan.topBlank ? 1 : 0;
-    drawHeader(canvas, row, content);
+    drawHeader(canvas, row, reading);
     row += headerRows;
     for (int note = 0; note < plan.noteRows; ++note, ++row) {
         if (note == 0 && plan.gaps) {
             ++row;
         }
-        canvas.text(row, margin, width, notes[static_cast<std::size_t>(note)], Ink::warn);
+        canvas.text(row, margin, width, notes[static_cast<std::size_t>(note)], TextStyle::warn);
     }
     row += plan.gaps ? 1 : 0;
-    drawChart(canvas, row, plan.chartRows, content);
+    drawChart(canvas, row, plan.chartRows, reading.chart);
     row += plan.chartRows;
     if (plan.caption) {
-        drawCaption(canvas, row, content);
+        drawCaption(canvas, row, reading.chart.lowThresholdMs);
         ++row;
     }
     if (plan.grid) {
-        drawGrid(canvas, row + (plan.gaps ? 1 : 0), content);
+        const auto rows = StatsGrid::rows(reading.session, reading.site, options.grouping);
+        drawGrid(canvas, row + (plan.gaps ? 1 : 0), rows);
     }
     return canvas;
 }

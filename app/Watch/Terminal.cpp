@@ -49,21 +49,21 @@ struct Terminal::Screen {
         short pair;
     };
 
-    [[nodiscard]] Look look(Ink ink) const {
-        switch (ink) {
-        case Ink::strong:
+    [[nodiscard]] Look look(TextStyle style) const {
+        switch (style) {
+        case TextStyle::strong:
             return {A_BOLD, 0};
-        case Ink::secondary:
+        case TextStyle::secondary:
             return {A_DIM, 0};
-        case Ink::good:
+        case TextStyle::good:
             return {A_NORMAL, colored(goodPair)};
-        case Ink::warn:
+        case TextStyle::warn:
             return {A_NORMAL, colored(warnPair)};
-        case Ink::bad:
+        case TextStyle::bad:
             return {A_NORMAL, colored(badPair)};
-        case Ink::strongBad:
+        case TextStyle::strongBad:
             return {A_BOLD, colored(badPair)};
-        case Ink::plain:
+        case TextStyle::plain:
             break;
         }
         return {A_NORMAL, 0};
@@ -133,7 +133,7 @@ void Terminal::draw(const Canvas& canvas) {
             if (cell.glyph == 0 || cell == Cell{}) {
                 continue;
             }
-            const Screen::Look look = screen_->look(cell.ink);
+            const Screen::Look look = screen_->look(cell.style);
             const std::array<wchar_t, 2> text{static_cast<wchar_t>(cell.glyph), L'\0'};
             cchar_t character{};
             setcchar(&character, text.data(), look.attributes, look.pair, nullptr);

@@ -1,4 +1,4 @@
-// The terminal as a screen to draw on, by curses. Left as it was found.
+// The terminal as a screen to draw on, through curses.
 #pragma once
 
 #include "app/Watch/Canvas.h"
@@ -7,7 +7,7 @@
 
 namespace tarnwick {
 
-/// Takes the terminal when made and gives it back when destroyed. Main thread, one at a time.
+/// Takes over the terminal when made and restores it when destroyed. Main thread, one at a time.
 class Terminal {
 public:
     /// Nothing when standard output is no terminal that can be drawn on.

@@ -6,13 +6,13 @@ namespace tarnwick {
 
 namespace {
 
-std::optional<std::string> recordingNote(StatsRecorder::State state) {
-    switch (state) {
-    case StatsRecorder::State::records:
+std::optional<std::string> recordingNote(Recording recording) {
+    switch (recording) {
+    case Recording::records:
         return std::nullopt;
-    case StatsRecorder::State::otherRecords:
+    case Recording::otherRecords:
         return "Another Tarnwick records the statistics; this one records nothing.";
-    case StatsRecorder::State::cannotRecord:
+    case Recording::cannotRecord:
         break;
     }
     return "The statistics are not stored: their folder can’t be written or locked.";
@@ -37,7 +37,8 @@ void Watch::start() {
 
 void Watch::updateNotes() {
     std::vector<std::string> notes;
-    const std::optional<PingError>& error = needs_.monitor.startError();
+    const Reading& reading = needs_.monitor.reading();
+    const std::optional<PingError>& error = reading.startError;
     if (error && error->kind == PingError::Kind::socket) {
         if (const auto permission = needs_.missingPingPermission()) {
             notes.push_back("This user may not ping yet. Allow it with: " + *permission);
@@ -45,12 +46,12 @@ void Watch::updateNotes() {
             notes.push_back(error->message());
         }
     }
-    if (const auto note = recordingNote(needs_.monitor.recording())) {
+    if (const auto note = recordingNote(reading.recording)) {
         notes.push_back(*note);
     }
     if (notes != notes_) {
         notes_ = notes;
-        // What the presentation reads while it shows them is its own affair.
+        // The notes do not depend on what the presentation reads while it shows them.
         withoutTracking([this] { presentation_->setNotes(notes_); });
     }
 }

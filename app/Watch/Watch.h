@@ -1,6 +1,7 @@
-// The terminal program around the model: what it shows when, what it tells beside that, when it ends.
+// The terminal program around the model: when it shows the reading, and which notes it adds.
 #pragma once
 
+#include "app/Monitor/Monitor.h"
 #include "app/Watch/Presentation.h"
 
 #include <functional>

@@ -47,14 +47,14 @@ void openStandardDescriptors() {
 }
 
 std::unique_ptr<Presentation> makePresentation(
-    const WatchOptions& options, RunLoop& loop, const Monitor& monitor, Presentation::Quit quit) {
+    const WatchOptions& options, RunLoop& loop, const Observed<Reading>& reading, Presentation::Quit quit) {
     if (options.json) {
-        return std::make_unique<JsonPresentation>(loop, monitor, std::move(quit));
+        return std::make_unique<JsonPresentation>(loop, reading, std::move(quit));
     }
     if (auto terminal = Terminal::open()) {
-        return std::make_unique<ScreenPresentation>(loop, monitor, std::move(terminal), std::move(quit));
+        return std::make_unique<ScreenPresentation>(loop, reading, std::move(terminal), std::move(quit));
     }
-    return std::make_unique<PlainPresentation>(loop, monitor, std::move(quit));
+    return std::make_unique<PlainPresentation>(loop, reading, std::move(quit));
 }
 
 /// Returns what went wrong, or an empty text.
@@ -68,7 +68,7 @@ std::string run(const WatchOptions& options) {
     SystemPingNetwork network(loop);
     RoutePathMonitor path(loop);
     BusConnection systemBus(loop, BusConnection::systemAddress());
-    // Only for notifications, and so only for those who have switched them on, with the first one.
+    // Only for notifications: opened with the first one, if any is ever posted.
     BusConnection sessionBus(loop, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded);
     LogindSleepMonitor sleep(loop, systemBus);
     DesktopNotificationCenter notifications(
@@ -106,7 +106,7 @@ std::string run(const WatchOptions& options) {
             .monitor = monitor,
             .missingPingPermission = [] { return PingPermission::missingSetting(); },
         },
-        makePresentation(options, loop, monitor, quit));
+        makePresentation(options, loop, monitor.observedReading(), quit));
     shown = &watch;
     watch.start();
     const RunLoop::Handle end =
@@ -118,7 +118,7 @@ std::string run(const WatchOptions& options) {
 
 int start(const std::vector<std::string>& arguments) {
     openStandardDescriptors();
-    // A reader that goes away, or a file that may not grow, is noticed where something is written.
+    // Instead of signals, writing reports a reader that has gone and a file that may not grow.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     takeCharacterSet();
@@ -136,7 +136,7 @@ int start(const std::vector<std::string>& arguments) {
         std::puts("tarnwick-watch " TARNWICK_VERSION);
         return EXIT_SUCCESS;
     }
-    // Complained about once the terminal is itself again.
+    // Written after the terminal has been restored.
     const std::string problem = run(options);
     if (!problem.empty()) {
         std::fprintf(stderr, "tarnwick-watch: %s\n", problem.c_str());
@@ -148,8 +148,7 @@ int start(const std::vector<std::string>& arguments) {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    // Nothing is expected to throw; memory may run out all the same, and the terminal is given back on the
-    // way here.
+    // Only a lack of memory throws. The terminal is restored before the message is written.
     try {
         return start({argv + 1, argv + argc});
     } catch (const std::exception& error) {

@@ -26,8 +26,8 @@ StatusFace shownInImage(const StatusFace& face, Form form) {
         break;
     case Form::square:
     case Form::automatic:
+        shown.isDown = face.isDown;
         shown.figure = face.figure;
-        // Without a figure it is the title that tells whether there is a connection.
         shown.title = face.figure.empty() ? face.title : face.figure;
         break;
     }

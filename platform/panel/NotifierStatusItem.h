@@ -49,10 +49,6 @@ public:
     void setAccessibilityValue(const std::string& text) override;
     void setPanelFace(PanelFace form) override;
 
-    [[nodiscard]] double textWidth(const std::string& text) const override {
-        return needs_.painter.textWidth(text);
-    }
-
     /// The ink of images where it is unknown how dark the panel is; dark at first.
     void setFallbackInk(Ink ink);
 

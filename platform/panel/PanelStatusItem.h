@@ -39,10 +39,6 @@ public:
     void setAccessibilityValue(const std::string& text) override;
     void setPanelFace(PanelFace form) override;
 
-    [[nodiscard]] double textWidth(const std::string& text) const override {
-        return needs_.notifier.textWidth(text);
-    }
-
 private:
     void lookForTray();
     void showIn(StatusItem& item) const;

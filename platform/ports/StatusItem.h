@@ -7,15 +7,16 @@
 
 namespace tarnwick {
 
-/// What the status item shows, as a decision: how a certain panel can show it is the adapter's business.
+/// What the status item shows. How a certain panel can show it is for the adapter to decide.
 struct StatusFace {
     enum class Icon { none, bars, failed };
 
+    bool isDown = false; ///< the connection; then an icon is `failed`
     Icon icon = Icon::bars;
     int activeBars = 0; ///< of five; 0 unless the icon is the bars
     /// The text beside the icon. Absent: the icon alone.
     std::optional<std::string> title = std::nullopt;
-    /// The latency alone ("42", "1.2s"), for places too narrow for the title. Empty without a title, and
+    /// The latency alone ("42", "1.2s", "…"), for places too narrow for the title. Empty without a title, and
     /// while the connection is down.
     std::string figure{};
     /// The widest title to be expected at present, and its width: room for it keeps the neighbors in place.
@@ -56,9 +57,6 @@ public:
     /// What assistive technology says of the item, after its name.
     virtual void setAccessibilityValue(const std::string& text) = 0;
     virtual void setPanelFace(PanelFace form) = 0;
-
-    /// Width of a text in the title's font, rounded up to whole points.
-    [[nodiscard]] virtual double textWidth(const std::string& text) const = 0;
 
     /// A click; where it was, when the panel tells.
     std::function<void(std::optional<ScreenPoint>)> onActivate;

@@ -29,10 +29,6 @@ void TrayStatusItem::setToolTip(const std::string& text) {
     icon_.setToolTip(Qt::mightBeRichText(plain) ? Qt::convertFromPlainText(plain) : plain);
 }
 
-double TrayStatusItem::textWidth(const std::string& text) const {
-    return painter_.textWidth(text);
-}
-
 void TrayStatusItem::setInk(Ink ink) {
     ink_ = ink;
     showFace();

@@ -24,8 +24,6 @@ public:
     /// Nothing to do: the tray has square places only.
     void setPanelFace(PanelFace /*form*/) override {}
 
-    [[nodiscard]] double textWidth(const std::string& text) const override;
-
     /// Few trays tell their color, so the caller chooses the ink.
     void setInk(Ink ink);
 

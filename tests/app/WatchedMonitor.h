@@ -52,10 +52,10 @@ struct WatchedMonitor {
 
     /// Lets time pass until the connection counts as down; false when that takes more than ten minutes.
     [[nodiscard]] bool waitUntilDown() {
-        for (int second = 0; second < 600 && monitor.status() != Monitor::Status::down; ++second) {
+        for (int second = 0; second < 600 && monitor.reading().status != Monitor::Status::down; ++second) {
             loop.advance(1);
         }
-        return monitor.status() == Monitor::Status::down;
+        return monitor.reading().status == Monitor::Status::down;
     }
 };
 

@@ -65,10 +65,14 @@ public:
               .item = item,
               .menu = menu,
               .windows = windows,
+              .textWidth = [this](const std::string& text) { return item.textWidth(text); },
           }),
           statusRecorder_(world.loop, [this, &world] {
-              statuses.push_back(world.monitor->status());
-              since[statuses.back()] = world.loop.now();
+              const Status status = world.monitor->reading().status;
+              if (statuses.empty() || status != statuses.back()) {
+                  statuses.push_back(status);
+                  since[status] = world.loop.now();
+              }
           }) {}
 
     FakeLoginItem loginItem;
@@ -130,18 +134,16 @@ protected:
 
     /// How many of the chart's 36 bars have this tone.
     [[nodiscard]] std::int64_t bars(BarTone tone) const {
-        const auto buckets = LatencyChart::buckets(monitor->samples(), loop.wallNow(), prefs->pingInterval());
-        const double threshold = prefs->slowPingThresholdMs();
-        return std::ranges::count(buckets, tone, [=](const LatencyChart::Bucket& bucket) {
-            return LatencyChart::tone(bucket, threshold, threshold);
-        });
+        const LatencyChart::Chart& chart = monitor->reading().chart;
+        return std::ranges::count_if(
+            chart.buckets, [&](const LatencyChart::Bucket& bucket) { return chart.tone(bucket) == tone; });
     }
 
     // What was counted, and what it is to be compared with.
 
-    [[nodiscard]] const StatCounter& session() const { return monitor->ledger().session(); }
+    [[nodiscard]] const StatCounter& session() const { return monitor->measured().ledger.session(); }
 
-    [[nodiscard]] const StatCounter& allTime() const { return monitor->ledger().site(); }
+    [[nodiscard]] const StatCounter& allTime() const { return monitor->measured().ledger.site(); }
 
     [[nodiscard]] StatsByHost onDisk() const { return store().load(); }
 
@@ -216,7 +218,7 @@ protected:
         loop.runPending();
         EXPECT_EQ(spoken(), "Connecting");
         EXPECT_THAT(face(), showsBars(0, "…"));
-        EXPECT_THAT(monitor->samples(), IsEmpty());
+        EXPECT_THAT(monitor->measured().samples, IsEmpty());
     }
 
     void reachTheNewHost() {
@@ -272,7 +274,7 @@ protected:
         SCOPED_TRACE("the night, with a moment before and after it in which the machine still runs");
         const std::size_t pings = network.sent().size();
         const int lookups = network.lookups(server);
-        const PingLedger ledger = monitor->ledger();
+        const PingLedger ledger = monitor->measured().ledger;
         const std::string statistics = test::contentOf(statsFile());
 
         pass(3);
@@ -282,9 +284,9 @@ protected:
 
         EXPECT_THAT(network.sent(), SizeIs(pings));
         EXPECT_EQ(network.lookups(server), lookups);
-        EXPECT_EQ(monitor->ledger(), ledger);
+        EXPECT_EQ(monitor->measured().ledger, ledger);
         EXPECT_EQ(test::contentOf(statsFile()), statistics);
-        EXPECT_EQ(monitor->status(), Status::up);
+        EXPECT_EQ(monitor->reading().status, Status::up);
     }
 
     void wakeUpBeforeTheNetwork() {
@@ -300,12 +302,12 @@ protected:
         pass(3.03125);
         EXPECT_GT(network.lookups(server), lookups);
         EXPECT_THAT(network.sent(), SizeIs(pings));
-        EXPECT_EQ(monitor->status(), Status::starting);
+        EXPECT_EQ(monitor->reading().status, Status::starting);
 
         setHost(server, {serverAddress}, lookupDelay);
         path.report(true, {"wlan0"});
         pass(5);
-        EXPECT_EQ(monitor->status(), Status::up);
+        EXPECT_EQ(monitor->reading().status, Status::up);
         EXPECT_THAT(face(), showsBars(5, "31ms"));
     }
 
@@ -315,7 +317,8 @@ protected:
         EXPECT_EQ(session().replied, session().sent - 1); // the one that was on its way
         EXPECT_EQ(session().lost, 0);
         EXPECT_EQ(allTime(), session());
-        EXPECT_THAT(monitor->samples(), Each(Field(&Monitor::Sample::date, Ge(midnight + 24h + 7h))));
+        EXPECT_THAT(
+            monitor->measured().samples, Each(Field(&Monitor::Sample::date, Ge(midnight + 24h + 7h))));
         EXPECT_EQ(bars(BarTone::good), 2);
         EXPECT_EQ(bars(BarTone::none), 34);
         EXPECT_THAT(notifications.posted(), IsEmpty());
@@ -331,7 +334,7 @@ protected:
         fallSilent();
 
         pass(lastReply + 8 - loop.now());
-        EXPECT_EQ(monitor->status(), Status::up);
+        EXPECT_EQ(monitor->reading().status, Status::up);
         EXPECT_THAT(face(), showsBars(1, "31ms (10%)")); // three of thirty
         EXPECT_THAT(notifications.posted(), IsEmpty());
         pass(1);
@@ -382,7 +385,7 @@ protected:
         setHost(server, {serverAddress}, lookupDelay);
         answerAfter(wirelessDelay);
         pass(16);
-        EXPECT_EQ(monitor->status(), Status::up);
+        EXPECT_EQ(monitor->reading().status, Status::up);
         EXPECT_EQ(face().icon, StatusFace::Icon::bars);
         EXPECT_THAT(notifications.posted(), ElementsAre(connectionDown, connectionRestored));
 

@@ -17,7 +17,7 @@ protected:
     /// Sets the wall clock by so many seconds.
     void setWallClockBy(int seconds) { loop.setWallClock(loop.wallNow() + std::chrono::seconds(seconds)); }
 
-    [[nodiscard]] const StatCounter& session() const { return monitor->ledger().session(); }
+    [[nodiscard]] const StatCounter& session() const { return monitor->measured().ledger.session(); }
 };
 
 TEST_F(LongRunSimulationTest, HoursOfPingsGoOutWithoutDrift) {
@@ -58,8 +58,8 @@ TEST_F(LongRunSimulationTest, NothingGrowsFromHourToHour) {
 
     EXPECT_EQ(loop.timerCount(), timers);
     EXPECT_EQ(network.openSockets(), 1U);
-    EXPECT_EQ(monitor->samples().size(), 301U);
-    EXPECT_EQ(monitor->ledger().bookings(), 0U);
+    EXPECT_EQ(monitor->measured().samples.size(), 301U);
+    EXPECT_EQ(monitor->measured().ledger.bookings(), 0U);
 }
 
 TEST_F(LongRunSimulationTest, HoursOfSteadyAnswersAreCountedToTheLastOne) {
@@ -112,7 +112,7 @@ TEST_F(LongRunSimulationTest, AProcessThatWasStoppedBrieflyKeepsItsGrid) {
 
     const std::vector<double> times = sendTimes();
     EXPECT_THAT((std::vector(times.begin() + 11, times.end())), ElementsAre(15.5, 16, 17, 18));
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
 }
 
 TEST_F(LongRunSimulationTest, AProcessThatWasStoppedIsSoonUpAgain) {
@@ -122,7 +122,7 @@ TEST_F(LongRunSimulationTest, AProcessThatWasStoppedIsSoonUpAgain) {
     loop.stall(600);
     pass(2);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
 }
 
 class WallClockTest : public LongRunSimulationTest, public testing::WithParamInterface<int> {};
@@ -137,7 +137,7 @@ TEST_P(WallClockTest, SettingItStopsNeitherPingingNorJudging) {
     const std::vector<double> times = sendTimes();
     ASSERT_EQ(times.size(), 201U);
     EXPECT_EQ(times.back(), 200);
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
     EXPECT_EQ(session().replied, 201);
     EXPECT_EQ(session().lost, 0);
     EXPECT_EQ(session().slowestMs, 31.25);
@@ -155,7 +155,7 @@ TEST_F(LongRunSimulationTest, AWallClockSetForwardEmptiesTheChartOfWhatIsOldNow)
     setWallClockBy(3600);
     pass(10);
 
-    EXPECT_EQ(monitor->samples().size(), 10U);
+    EXPECT_EQ(monitor->measured().samples.size(), 10U);
 }
 
 TEST_F(LongRunSimulationTest, AWallClockSetBackLeavesTheChartBounded) {
@@ -165,7 +165,7 @@ TEST_F(LongRunSimulationTest, AWallClockSetBackLeavesTheChartBounded) {
     setWallClockBy(-3600);
     pass(1.5 * hour);
 
-    EXPECT_EQ(monitor->samples().size(), 301U);
+    EXPECT_EQ(monitor->measured().samples.size(), 301U);
 }
 
 } // namespace

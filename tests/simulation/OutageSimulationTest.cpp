@@ -47,10 +47,10 @@ TEST_F(OutageSimulationTest, IsDownAtTheFirstTickAfterTheReplyTimeout) {
     fallSilent();
 
     passUntil(18.5);
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
     passUntil(19);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::down);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
 }
 
 TEST_F(OutageSimulationTest, SilenceOfExactlyTheReplyTimeoutIsNotYetAnOutage) {
@@ -58,10 +58,10 @@ TEST_F(OutageSimulationTest, SilenceOfExactlyTheReplyTimeoutIsNotYetAnOutage) {
     start();
 
     pass(8);
-    EXPECT_EQ(monitor->status(), Monitor::Status::starting);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::starting);
     pass(1);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::down);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
 }
 
 TEST_F(OutageSimulationTest, ThePingerIsRestartedWithBackOffWhileDown) {
@@ -88,7 +88,7 @@ TEST_F(OutageSimulationTest, ARecoveryEndsTheRestarts) {
     answerAfter(usualDelay);
 
     pass(2);
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
 
     EXPECT_THAT(restartTimes(1800), IsEmpty());
 }
@@ -120,8 +120,8 @@ TEST_F(OutageSimulationTest, AnOutageCostsFewCountedPings) {
     answerAfter(usualDelay);
     pass(100);
 
-    EXPECT_LE(monitor->ledger().session().lost, 9);
-    EXPECT_GE(monitor->ledger().session().replied, 195);
+    EXPECT_LE(monitor->measured().ledger.session().lost, 9);
+    EXPECT_GE(monitor->measured().ledger.session().replied, 195);
 }
 
 // A name with several addresses.
@@ -131,13 +131,13 @@ TEST_F(OutageSimulationTest, ASilentFirstAddressIsLeftBeforeTheConnectionCountsA
     letOnly("192.0.2.2");
     start();
     std::vector<Monitor::Status> statuses;
-    monitor->onTick = [&] { statuses.push_back(monitor->status()); };
+    monitor->onTick = [&] { statuses.push_back(monitor->reading().status); };
 
     pass(1800);
 
     EXPECT_THAT(statuses, Each(AnyOf(Monitor::Status::starting, Monitor::Status::up)));
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
-    EXPECT_EQ(monitor->resolvedAddress(), "192.0.2.2");
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().resolvedAddress, "192.0.2.2");
     EXPECT_EQ(restarts(), 1);
 }
 
@@ -160,7 +160,7 @@ TEST_F(OutageSimulationTest, AddressesThatTakeTurnsInFallingSilentKeepTheConnect
     start();
     pass(60);
     std::vector<Monitor::Status> statuses;
-    monitor->onTick = [&] { statuses.push_back(monitor->status()); };
+    monitor->onTick = [&] { statuses.push_back(monitor->reading().status); };
 
     for (int turn = 0; turn < 50; ++turn) {
         letOnly(turn % 2 == 0 ? "192.0.2.2" : "192.0.2.1");
@@ -180,7 +180,7 @@ TEST_F(OutageSimulationTest, SendsThatFailMoveOnToTheNextAddress) {
     pass(1);
     network.setSendFails(false);
 
-    EXPECT_EQ(monitor->resolvedAddress(), "192.0.2.2");
+    EXPECT_EQ(monitor->reading().resolvedAddress, "192.0.2.2");
 }
 
 // The path.
@@ -197,7 +197,7 @@ TEST_F(OutageSimulationTest, ABurstOfAHundredPathChangesCostsOneRestart) {
     pass(60);
 
     EXPECT_EQ(restarts(), 2);
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
 }
 
 TEST_F(OutageSimulationTest, APathThatNeverRestsIsRestartedAtMostEveryTwoSeconds) {
@@ -211,7 +211,7 @@ TEST_F(OutageSimulationTest, APathThatNeverRestsIsRestartedAtMostEveryTwoSeconds
 
     EXPECT_LE(restarts(), 301);
     EXPECT_GT(restarts(), 100);
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
 }
 
 TEST_F(OutageSimulationTest, APathThatComesBackBringsTheConnectionBackAtOnce) {
@@ -221,14 +221,14 @@ TEST_F(OutageSimulationTest, APathThatComesBackBringsTheConnectionBackAtOnce) {
     fallSilent();
     path.report(false, {});
     pass(300);
-    ASSERT_EQ(monitor->downReasonText(), "No network connection");
+    ASSERT_EQ(monitor->reading().downReasonText, "No network connection");
 
     answerAfter(usualDelay);
     network.setSendFails(false);
     path.report(true, {"wlan0"});
     pass(2);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
 }
 
 // The night.
@@ -246,8 +246,8 @@ TEST_F(OutageSimulationTest, NightsAsleepLeaveNoTraceInTheFigures) {
     }
     pass(10);
 
-    EXPECT_EQ(monitor->ledger().session().lost, 0);
-    EXPECT_EQ(monitor->ledger().session().replied, monitor->ledger().session().sent);
+    EXPECT_EQ(monitor->measured().ledger.session().lost, 0);
+    EXPECT_EQ(monitor->measured().ledger.session().replied, monitor->measured().ledger.session().sent);
     EXPECT_THAT(notifications.posted(), IsEmpty());
     EXPECT_EQ(restarts(), 31);
 }
@@ -261,9 +261,9 @@ TEST_F(OutageSimulationTest, TheMorningAfterTheChartStartsAnew) {
     sleep.wake();
     pass(10);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
-    EXPECT_GE(monitor->samples().size(), 7U);
-    EXPECT_LE(monitor->samples().size(), 9U);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
+    EXPECT_GE(monitor->measured().samples.size(), 7U);
+    EXPECT_LE(monitor->measured().samples.size(), 9U);
 }
 
 } // namespace

@@ -70,8 +70,8 @@ public:
     explicit Inspector(MonitorWorld& world) : world_(world), monitor_(*world.monitor) {}
 
     void inspect() {
-        checkFigures(monitor_.ledger().session());
-        checkFigures(monitor_.ledger().site());
+        checkFigures(monitor_.measured().ledger.session());
+        checkFigures(monitor_.measured().ledger.site());
         checkWindow();
         checkChart();
         checkTexts();
@@ -105,17 +105,18 @@ private:
 
     /// What is still booked has been sent within the window.
     void checkWindow() const {
-        const double oldest = monitor_.evaluatedAt() - world_.prefs->scoringConfig().averageOver;
+        const double oldest =
+            monitor_.reading().evaluatedAt.monotonic - world_.prefs->scoringConfig().averageOver;
         const auto& sent = world_.network.sent();
         const auto first = std::ranges::lower_bound(sent, oldest, {}, &SentRequest::at);
-        RC_ASSERT(monitor_.ledger().bookings() <= static_cast<std::size_t>(sent.end() - first));
-        RC_ASSERT(monitor_.lossIsKnown() || monitor_.lossPercent() == 0);
-        RC_ASSERT(monitor_.lossPercent() >= 0 && monitor_.lossPercent() <= 100);
-        RC_ASSERT(!monitor_.lossIsKnown() || first != sent.end());
+        RC_ASSERT(monitor_.measured().ledger.bookings() <= static_cast<std::size_t>(sent.end() - first));
+        RC_ASSERT(monitor_.reading().lossIsKnown || monitor_.reading().lossPercent == 0);
+        RC_ASSERT(monitor_.reading().lossPercent >= 0 && monitor_.reading().lossPercent <= 100);
+        RC_ASSERT(!monitor_.reading().lossIsKnown || first != sent.end());
     }
 
     void checkChart() const {
-        const Monitor::Samples& samples = monitor_.samples();
+        const Monitor::Samples& samples = monitor_.measured().samples;
         if (samples.empty()) {
             return;
         }
@@ -126,61 +127,41 @@ private:
     }
 
     void checkTexts() const {
-        const bool isDown = monitor_.status() == Status::down;
-        const bool isConnecting = monitor_.status() == Status::starting && !monitor_.score();
-        RC_ASSERT(monitor_.menuTitle(true) == expectedTitle());
-        RC_ASSERT(monitor_.downReason().has_value() == isDown);
-        RC_ASSERT((monitor_.qualityTitle() == "Connection down") == isDown);
-        RC_ASSERT((monitor_.qualityTitle() == "Connecting…") == isConnecting);
-        RC_ASSERT((monitor_.qualityTone() == Monitor::QualityTone::neutral) == isConnecting);
-        RC_ASSERT(!isDown || monitor_.qualityTone() == Monitor::QualityTone::bad);
-        RC_ASSERT((monitor_.bars() == 0) == (isDown || !monitor_.score()));
-        RC_ASSERT(monitor_.accessibilitySummary().starts_with("Connection down, ") == isDown);
-        RC_ASSERT(
-            monitor_.tooltip().starts_with("Latest Ping Time: –\n") == !monitor_.latestPingMs().has_value());
-        RC_ASSERT(monitor_.tooltip().ends_with("Loss: –") == !monitor_.lossIsKnown());
-        RC_ASSERT(std::abs(monitor_.score().value_or(0) + 0.75) <= 1.75 + 1e-9); // -2.5 to 1
+        const Reading& reading = monitor_.reading();
+        const bool isDown = reading.isDown();
+        const bool isConnecting = reading.status == Status::starting && !reading.score;
+        RC_ASSERT(reading.menuTitle(true) == expectedTitle(reading));
+        RC_ASSERT(reading.downReason.has_value() == isDown);
+        RC_ASSERT((reading.qualityTitle == "Connection down") == isDown);
+        RC_ASSERT((reading.qualityTitle == "Connecting…") == isConnecting);
+        RC_ASSERT((reading.qualityTone == QualityTone::neutral) == isConnecting);
+        RC_ASSERT(!isDown || reading.qualityTone == QualityTone::bad);
+        RC_ASSERT((reading.bars == 0) == (isDown || !reading.score));
+        RC_ASSERT(reading.accessibilitySummary.starts_with("Connection down, ") == isDown);
+        RC_ASSERT(reading.tooltip.starts_with("Latest Ping Time: –\n") == !reading.latestPingMs.has_value());
+        RC_ASSERT(reading.tooltip.ends_with("Loss: –") == !reading.lossIsKnown);
+        RC_ASSERT(std::abs(reading.score.value_or(0) + 0.75) <= 1.75 + 1e-9); // -2.5 to 1
     }
 
-    [[nodiscard]] std::string expectedTitle() const {
-        if (monitor_.status() == Status::down) {
+    [[nodiscard]] static std::string expectedTitle(const Reading& reading) {
+        if (reading.isDown()) {
             return "Failed";
         }
-        if (!monitor_.latestPingMs()) {
+        if (!reading.latestPingMs) {
             return "…";
         }
-        const std::string latency = MenuBarTitle::ping(*monitor_.latestPingMs());
-        return monitor_.lossIsKnown() ? latency + MenuBarTitle::lossSuffix(monitor_.lossPercent()) : latency;
+        const std::string latency = MenuBarTitle::ping(*reading.latestPingMs);
+        return reading.lossIsKnown ? latency + MenuBarTitle::lossSuffix(reading.lossPercent) : latency;
     }
 
-    void checkObservers() const {
-        RC_ASSERT(status_.falseAlarms() == 0);
-        RC_ASSERT(score_.falseAlarms() == 0);
-        RC_ASSERT(latestPingMs_.falseAlarms() == 0);
-        RC_ASSERT(lossPercent_.falseAlarms() == 0);
-        RC_ASSERT(lossIsKnown_.falseAlarms() == 0);
-        RC_ASSERT(resolvedAddress_.falseAlarms() == 0);
-        RC_ASSERT(lastError_.falseAlarms() == 0);
-        RC_ASSERT(startError_.falseAlarms() == 0);
-        RC_ASSERT(pathSatisfied_.falseAlarms() == 0);
-        RC_ASSERT(ledger_.falseAlarms() == 0);
-    }
+    void checkObservers() const { RC_ASSERT(readings_.falseAlarms() == 0); }
 
     MonitorWorld& world_;
     Monitor& monitor_;
     std::size_t reviewed_ = 0;
     bool isOwed_ = false;
     bool mayBeForgotten_ = false;
-    ChangeCounter<Status> status_{[this] { return monitor_.status(); }};
-    ChangeCounter<std::optional<double>> score_{[this] { return monitor_.score(); }};
-    ChangeCounter<std::optional<double>> latestPingMs_{[this] { return monitor_.latestPingMs(); }};
-    ChangeCounter<double> lossPercent_{[this] { return monitor_.lossPercent(); }};
-    ChangeCounter<bool> lossIsKnown_{[this] { return monitor_.lossIsKnown(); }};
-    ChangeCounter<std::optional<std::string>> resolvedAddress_{[this] { return monitor_.resolvedAddress(); }};
-    ChangeCounter<std::optional<std::string>> lastError_{[this] { return monitor_.lastError(); }};
-    ChangeCounter<std::optional<PingError>> startError_{[this] { return monitor_.startError(); }};
-    ChangeCounter<bool> pathSatisfied_{[this] { return monitor_.pathSatisfied(); }};
-    ChangeCounter<PingLedger> ledger_{[this] { return monitor_.ledger(); }};
+    ChangeCounter<Reading> readings_{[this] { return monitor_.reading(); }};
 };
 
 /// A world to which steps happen.
@@ -212,12 +193,12 @@ public:
         world_.network.setSocketError(AF_INET, std::nullopt);
         changeHost("192.0.2.200");
         world_.pass(5);
-        RC_ASSERT(world_.monitor->status() == Status::up);
+        RC_ASSERT(world_.monitor->reading().status == Status::up);
     }
 
     /// What is counted is on disk at the end.
     void end() {
-        const StatCounter site = world_.monitor->ledger().site();
+        const StatCounter site = world_.monitor->measured().ledger.site();
         world_.end();
         RC_ASSERT(world_.store().load().at(world_.prefs->hostname()) == site);
     }

@@ -3,6 +3,7 @@
 
 #include "platform/ports/NotificationCenter.h"
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -24,6 +25,9 @@ public:
 
     void post(const std::string& title, const std::string& body) override {
         posted_.push_back({title, body});
+        if (onPost) {
+            onPost();
+        }
         ability_ = answer;
         if (ability_ == Ability::yes) {
             shown_.push_back({title, body});
@@ -39,6 +43,9 @@ public:
 
     /// The answer to a request for authorization. Unless it is "yes", posts are dropped.
     Ability answer = Ability::yes;
+
+    /// Called in the middle of each post.
+    std::function<void()> onPost;
 
     [[nodiscard]] int requests() const { return requests_; }
 

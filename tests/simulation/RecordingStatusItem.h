@@ -18,7 +18,8 @@ public:
 
     void setPanelFace(PanelFace form) override { panelFaces.push_back(form); }
 
-    [[nodiscard]] double textWidth(const std::string& text) const override {
+    /// Measures titles as the item would draw them.
+    [[nodiscard]] double textWidth(const std::string& text) {
         ++measured;
         const auto startsCharacter = [](char byte) {
             return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
@@ -39,7 +40,7 @@ public:
     std::vector<std::string> toolTips;
     std::vector<std::string> accessibilityValues;
     std::vector<PanelFace> panelFaces;
-    mutable int measured = 0;
+    int measured = 0;
 };
 
 } // namespace tarnwick::simulation

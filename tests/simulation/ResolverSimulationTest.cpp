@@ -51,7 +51,7 @@ TEST_F(ResolverSimulationTest, ANetworkChangeBreaksTheWaitForTheNextLookup) {
     path.report(true, {"wlan0"});
     pass(1.5);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
 }
 
 TEST_F(ResolverSimulationTest, AResolverThatComesBackEndsTheOutageAtTheNextRetry) {
@@ -62,8 +62,8 @@ TEST_F(ResolverSimulationTest, AResolverThatComesBackEndsTheOutageAtTheNextRetry
 
     pass(20);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
-    EXPECT_EQ(monitor->startError(), std::nullopt);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().startError, std::nullopt);
 }
 
 TEST_F(ResolverSimulationTest, EveryTickRunsWhileALookupHangs) {
@@ -105,8 +105,8 @@ TEST_F(LookupsInFlightTest, LookupsThatHangDoNotPileUp) {
         ASSERT_EQ(loop.heldWork(), 1U);
     }
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::down);
-    EXPECT_EQ(monitor->startError(), PingError::resolution("lookup timed out"));
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
+    EXPECT_EQ(monitor->reading().startError, PingError::resolution("lookup timed out"));
 }
 
 TEST_F(LookupsInFlightTest, TheHangingLookupsEndAnswersARetryThatWaitsForIt) {
@@ -115,7 +115,7 @@ TEST_F(LookupsInFlightTest, TheHangingLookupsEndAnswersARetryThatWaitsForIt) {
     loop.runPending();
 
     EXPECT_EQ(resolverCalls, 1);
-    EXPECT_EQ(monitor->startError(), PingError::resolution("Temporary failure in name resolution"));
+    EXPECT_EQ(monitor->reading().startError, PingError::resolution("Temporary failure in name resolution"));
 }
 
 TEST_F(LookupsInFlightTest, AnEndBetweenTwoRetriesTellsNothingToAnybody) {
@@ -124,7 +124,7 @@ TEST_F(LookupsInFlightTest, AnEndBetweenTwoRetriesTellsNothingToAnybody) {
     loop.runPending();
 
     EXPECT_EQ(resolverCalls, 1);
-    EXPECT_EQ(monitor->startError(), PingError::resolution("lookup timed out"));
+    EXPECT_EQ(monitor->reading().startError, PingError::resolution("lookup timed out"));
 }
 
 TEST_F(LookupsInFlightTest, AMonitorThatIsGoneHearsNothingOfTheEnd) {

@@ -18,11 +18,12 @@ void SettingsModel::refresh() {
 }
 
 std::optional<std::string> SettingsModel::addressLine() const {
-    if (const auto& address = monitor_.resolvedAddress()) {
-        return *address == values().hostname() ? std::nullopt : address;
+    const Reading& reading = monitor_.reading();
+    if (reading.resolvedAddress) {
+        return *reading.resolvedAddress == reading.host ? std::nullopt : reading.resolvedAddress;
     }
-    if (monitor_.status() == Monitor::Status::down && monitor_.lastError()) {
-        return monitor_.downReasonText();
+    if (reading.isDown() && reading.lastError) {
+        return reading.downReasonText;
     }
     return "Resolving…";
 }

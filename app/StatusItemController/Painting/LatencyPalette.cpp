@@ -43,15 +43,15 @@ QColor LatencyPalette::tertiary() const {
     return faded(text_, 0.42F);
 }
 
-QColor LatencyPalette::of(Monitor::QualityTone tone) const {
+QColor LatencyPalette::of(QualityTone tone) const {
     switch (tone) {
-    case Monitor::QualityTone::neutral:
+    case QualityTone::neutral:
         return secondary();
-    case Monitor::QualityTone::good:
+    case QualityTone::good:
         return good();
-    case Monitor::QualityTone::middle:
+    case QualityTone::middle:
         return warn();
-    case Monitor::QualityTone::bad:
+    case QualityTone::bad:
         break;
     }
     return bad();

@@ -1,8 +1,7 @@
 // The colors that tell good latencies from bad ones, on light ground and on dark.
 #pragma once
 
-#include "app/Monitor/Monitor.h"
-#include "app/Reading/LatencyBuckets.h"
+#include "app/Reading/Reading.h"
 
 #include <QColor>
 
@@ -27,7 +26,7 @@ public:
     [[nodiscard]] QColor secondary() const;
     [[nodiscard]] QColor tertiary() const;
 
-    [[nodiscard]] QColor of(Monitor::QualityTone tone) const;
+    [[nodiscard]] QColor of(QualityTone tone) const;
     /// Transparent for a slot without a bar.
     [[nodiscard]] QColor of(LatencyChart::BarTone tone) const;
 

@@ -37,7 +37,7 @@ private:
     Draw draw_;
 };
 
-/// Who holds the same pointer shows the same picture.
+/// Equal pointers are equal pictures.
 using TemplateImagePtr = std::shared_ptr<const TemplateImage>;
 
 /// Main thread.

@@ -1,7 +1,5 @@
 #include "app/StatusItemController/Painting/SquareFace.h"
 
-#include "core/MenuBarTitle.h"
-
 #include <QFontDatabase>
 #include <QPainter>
 
@@ -95,17 +93,14 @@ void drawTriangle(QPainter& painter, const QRect& rect) {
 } // namespace
 
 Content content(const StatusFace& face) {
-    if (face.icon == StatusFace::Icon::failed || face.title == MenuBarTitle::failed) {
+    if (face.isDown) {
         return {.triangle = true};
     }
-    Content content;
-    content.figure = QString::fromStdString(face.figure);
-    if (content.figure.isEmpty() && face.title == MenuBarTitle::waiting) {
-        content.figure = QString::fromStdString(*face.title);
-    }
-    content.bars = face.icon == StatusFace::Icon::bars;
-    content.activeBars = content.bars ? face.activeBars : 0;
-    return content;
+    return {
+        .figure = QString::fromStdString(face.figure),
+        .bars = face.icon == StatusFace::Icon::bars,
+        .activeBars = face.activeBars,
+    };
 }
 
 Layout layout(const Content& content, int side) {

@@ -26,8 +26,8 @@ TEST_F(MonitorStatisticsTest, SavesTheHostsFiguresUnderItsName) {
 
     monitor->saveStats();
 
-    EXPECT_THAT(store().load(), UnorderedElementsAre(testing::Pair(host, monitor->ledger().site())));
-    EXPECT_EQ(monitor->ledger().site().sent, 5);
+    EXPECT_THAT(store().load(), UnorderedElementsAre(testing::Pair(host, monitor->measured().ledger.site())));
+    EXPECT_EQ(monitor->measured().ledger.site().sent, 5);
 }
 
 TEST_F(MonitorStatisticsTest, AHostWithoutAnyCountIsNotWritten) {
@@ -56,8 +56,8 @@ TEST_F(MonitorStatisticsTest, TheNextRunGoesOnFromTheSavedFigures) {
 
     start();
 
-    EXPECT_EQ(monitor->ledger().site().sent, 6);
-    EXPECT_EQ(monitor->ledger().session().sent, 1);
+    EXPECT_EQ(monitor->measured().ledger.site().sent, 6);
+    EXPECT_EQ(monitor->measured().ledger.session().sent, 1);
 }
 
 TEST_F(MonitorStatisticsTest, OnlyASaveThatIsToOutliveAPowerCutWaitsForTheDisk) {
@@ -79,8 +79,8 @@ TEST_F(MonitorStatisticsTest, AFailureToSaveIsIgnoredAndTheNextSaveTriesAgain) {
     std::filesystem::create_directories(inTheWay);
 
     monitor->saveStats();
-    EXPECT_EQ(monitor->startError(), std::nullopt);
-    EXPECT_EQ(monitor->lastError(), std::nullopt);
+    EXPECT_EQ(monitor->reading().startError, std::nullopt);
+    EXPECT_EQ(monitor->reading().lastError, std::nullopt);
     std::filesystem::remove(inTheWay);
     monitor->saveStats();
 
@@ -94,7 +94,7 @@ TEST_F(MonitorStatisticsTest, AnUnreadableFileDoesNotKeepItFromCounting) {
     start();
     pass(4.5);
 
-    EXPECT_EQ(monitor->ledger().site().sent, 5);
+    EXPECT_EQ(monitor->measured().ledger.site().sent, 5);
 }
 
 TEST_F(MonitorStatisticsTest, ResettingTheSessionLeavesTheAllTimeFigures) {
@@ -103,8 +103,8 @@ TEST_F(MonitorStatisticsTest, ResettingTheSessionLeavesTheAllTimeFigures) {
 
     monitor->resetSessionStats();
 
-    EXPECT_EQ(monitor->ledger().session(), StatCounter());
-    EXPECT_EQ(monitor->ledger().site().sent, 5);
+    EXPECT_EQ(monitor->measured().ledger.session(), StatCounter());
+    EXPECT_EQ(monitor->measured().ledger.site().sent, 5);
 }
 
 TEST_F(MonitorStatisticsTest, ResettingTheSessionKeepsPingsInFlightOutOfIt) {
@@ -115,8 +115,8 @@ TEST_F(MonitorStatisticsTest, ResettingTheSessionKeepsPingsInFlightOutOfIt) {
     monitor->resetSessionStats();
     pass(0.25);
 
-    EXPECT_EQ(monitor->ledger().session(), StatCounter());
-    EXPECT_EQ(monitor->ledger().site().replied, 1);
+    EXPECT_EQ(monitor->measured().ledger.session(), StatCounter());
+    EXPECT_EQ(monitor->measured().ledger.site().replied, 1);
 }
 
 TEST_F(MonitorStatisticsTest, ResettingTheAllTimeFiguresIsStoredAtOnceForThisHostOnly) {
@@ -127,8 +127,8 @@ TEST_F(MonitorStatisticsTest, ResettingTheAllTimeFiguresIsStoredAtOnceForThisHos
     monitor->resetAllTimeStats();
 
     EXPECT_THAT(store().load(), UnorderedElementsAre(Key(otherHost)));
-    EXPECT_EQ(monitor->ledger().site(), StatCounter());
-    EXPECT_EQ(monitor->ledger().session().sent, 5);
+    EXPECT_EQ(monitor->measured().ledger.site(), StatCounter());
+    EXPECT_EQ(monitor->measured().ledger.session().sent, 5);
 }
 
 // Two processes with one file.
@@ -146,8 +146,8 @@ protected:
 };
 
 TEST_F(TwoMonitorsTest, TheFirstRecordsAndTheSecondKnowsIt) {
-    EXPECT_EQ(monitor->recording(), State::records);
-    EXPECT_EQ(other.monitor->recording(), State::otherRecords);
+    EXPECT_EQ(monitor->reading().recording, State::records);
+    EXPECT_EQ(other.monitor->reading().recording, State::otherRecords);
 }
 
 TEST_F(TwoMonitorsTest, TheSecondWritesNothing) {
@@ -163,7 +163,7 @@ TEST_F(TwoMonitorsTest, TheSecondShowsTheFiguresOfTheFile) {
     third.network.setHangingHost(host);
     third.start();
 
-    EXPECT_EQ(third.monitor->ledger().site().sent, 10);
+    EXPECT_EQ(third.monitor->measured().ledger.site().sent, 10);
 }
 
 TEST_F(TwoMonitorsTest, TheSecondTakesOverAfterTheFirstHasEnded) {
@@ -171,9 +171,9 @@ TEST_F(TwoMonitorsTest, TheSecondTakesOverAfterTheFirstHasEnded) {
 
     other.monitor->saveStats();
 
-    EXPECT_EQ(other.monitor->recording(), State::records);
-    EXPECT_EQ(other.monitor->ledger().site().sent, 10);
-    EXPECT_EQ(other.monitor->ledger().session().sent, 5);
+    EXPECT_EQ(other.monitor->reading().recording, State::records);
+    EXPECT_EQ(other.monitor->measured().ledger.site().sent, 10);
+    EXPECT_EQ(other.monitor->measured().ledger.session().sent, 5);
 }
 
 TEST_F(TwoMonitorsTest, AfterTheTakeoverTheSecondCountsOnFromTheFile) {
@@ -191,7 +191,7 @@ TEST_F(TwoMonitorsTest, TheTakeoverHappensAtARegularSave) {
 
     other.pass(20);
 
-    EXPECT_EQ(other.monitor->recording(), State::records);
+    EXPECT_EQ(other.monitor->reading().recording, State::records);
 }
 
 TEST_F(TwoMonitorsTest, AFirstThatWasKilledLeavesWhatItHadSaved) {
@@ -223,8 +223,8 @@ TEST_F(TwoMonitorsTest, ATakeoverAtAHostChangeShowsTheNewHostsFiguresFromTheFile
 
     other.monitor->setHostname(otherHost);
 
-    EXPECT_EQ(other.monitor->recording(), State::records);
-    EXPECT_EQ(other.monitor->ledger().site().sent, 7);
+    EXPECT_EQ(other.monitor->reading().recording, State::records);
+    EXPECT_EQ(other.monitor->measured().ledger.site().sent, 7);
     other.end();
     EXPECT_EQ(store().load().at(host).sent, 11);
 }
@@ -244,12 +244,12 @@ TEST_F(TwoMonitorsTest, WhereNothingCanBeWrittenTheMonitorSaysSoAndRecovers) {
     std::ofstream(inTheWay) << "a file where the folder should be";
     blocked.start();
     blocked.pass(4.5);
-    ASSERT_EQ(blocked.monitor->recording(), State::cannotRecord);
+    ASSERT_EQ(blocked.monitor->reading().recording, State::cannotRecord);
 
     std::filesystem::remove(inTheWay);
     blocked.monitor->saveStats();
 
-    EXPECT_EQ(blocked.monitor->recording(), State::records);
+    EXPECT_EQ(blocked.monitor->reading().recording, State::records);
     EXPECT_EQ(blocked.store().load().at(host).sent, 5);
 }
 

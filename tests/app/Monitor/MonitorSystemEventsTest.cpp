@@ -23,7 +23,7 @@ class MonitorSystemEventsTest : public testing::Test, protected MonitorWorld {
 protected:
     [[nodiscard]] bool hasSaved() const { return std::filesystem::exists(statsFile()); }
 
-    [[nodiscard]] const StatCounter& session() const { return monitor->ledger().session(); }
+    [[nodiscard]] const StatCounter& session() const { return monitor->measured().ledger.session(); }
 
     /// Send times from now on, in seconds from now.
     std::vector<double> sendTimesWithin(double seconds) {
@@ -53,16 +53,16 @@ TEST_P(IgnoredHostTest, ChangesNothingAndSavesNothing) {
     start();
     pass(5.5);
     defaults.forgetChanges();
-    const Monitor::Samples samples = monitor->samples();
-    const PingLedger ledger = monitor->ledger();
+    const Monitor::Samples samples = monitor->measured().samples;
+    const PingLedger ledger = monitor->measured().ledger;
 
     monitor->setHostname(GetParam().text);
 
     EXPECT_FALSE(hasSaved());
     EXPECT_THAT(defaults.changes(), IsEmpty());
     EXPECT_EQ(monitor->prefs().hostname(), host);
-    EXPECT_EQ(monitor->samples(), samples);
-    EXPECT_EQ(monitor->ledger(), ledger);
+    EXPECT_EQ(monitor->measured().samples, samples);
+    EXPECT_EQ(monitor->measured().ledger, ledger);
     EXPECT_EQ(restarts(), 1);
 }
 
@@ -106,26 +106,26 @@ TEST_F(HostChangeTest, SavesTheOldHostsFiguresBeforeTheSwitch) {
 TEST_F(HostChangeTest, EmptiesTheChartAndWhatIsPublished) {
     monitor->setHostname(otherHost);
 
-    EXPECT_THAT(monitor->samples(), IsEmpty());
-    EXPECT_EQ(monitor->score(), std::nullopt);
-    EXPECT_EQ(monitor->latestPingMs(), std::nullopt);
-    EXPECT_EQ(monitor->lossPercent(), 0);
-    EXPECT_FALSE(monitor->lossIsKnown());
-    EXPECT_EQ(monitor->resolvedAddress(), std::nullopt);
-    EXPECT_EQ(monitor->status(), Monitor::Status::starting);
+    EXPECT_THAT(monitor->measured().samples, IsEmpty());
+    EXPECT_EQ(monitor->reading().score, std::nullopt);
+    EXPECT_EQ(monitor->reading().latestPingMs, std::nullopt);
+    EXPECT_EQ(monitor->reading().lossPercent, 0);
+    EXPECT_FALSE(monitor->reading().lossIsKnown);
+    EXPECT_EQ(monitor->reading().resolvedAddress, std::nullopt);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::starting);
 }
 
 TEST_F(HostChangeTest, EmptiesTheSessionAndShowsTheNewHostsAllTimeFigures) {
     monitor->setHostname(otherHost);
 
     EXPECT_EQ(session(), StatCounter());
-    EXPECT_EQ(monitor->ledger().site(), otherFigures);
+    EXPECT_EQ(monitor->measured().ledger.site(), otherFigures);
 }
 
 TEST_F(HostChangeTest, AHostWithoutFiguresStartsFromZero) {
     monitor->setHostname("192.0.2.3");
 
-    EXPECT_EQ(monitor->ledger().site(), StatCounter());
+    EXPECT_EQ(monitor->measured().ledger.site(), StatCounter());
 }
 
 TEST_F(HostChangeTest, ComingBackShowsWhatWasCountedBefore) {
@@ -134,7 +134,7 @@ TEST_F(HostChangeTest, ComingBackShowsWhatWasCountedBefore) {
 
     monitor->setHostname(host);
 
-    EXPECT_EQ(monitor->ledger().site().sent, 6);
+    EXPECT_EQ(monitor->measured().ledger.site().sent, 6);
     EXPECT_EQ(session().sent, 0);
 }
 
@@ -143,19 +143,19 @@ TEST_F(HostChangeTest, PingsTheNewHostAtOnce) {
 
     EXPECT_THAT(sendTimesWithin(2), ElementsAre(0, 1, 2));
     EXPECT_EQ(network.sent().back().address, otherHost);
-    EXPECT_EQ(monitor->resolvedAddress(), otherHost);
+    EXPECT_EQ(monitor->reading().resolvedAddress, otherHost);
 }
 
 TEST_F(HostChangeTest, ClearsTheStartErrorOfTheOldHost) {
     setUnknownHost("nowhere.test");
     monitor->setHostname("nowhere.test");
     pass(1);
-    ASSERT_NE(monitor->startError(), std::nullopt);
+    ASSERT_NE(monitor->reading().startError, std::nullopt);
     network.setHangingHost("slow.test");
 
     monitor->setHostname("slow.test");
 
-    EXPECT_EQ(monitor->startError(), std::nullopt);
+    EXPECT_EQ(monitor->reading().startError, std::nullopt);
 }
 
 TEST_F(HostChangeTest, PingsInFlightToTheOldHostAreNeitherLostNorAnswered) {
@@ -166,8 +166,21 @@ TEST_F(HostChangeTest, PingsInFlightToTheOldHostAreNeitherLostNorAnswered) {
     pass(2.5);
 
     EXPECT_EQ(session(), (StatCounter{.sent = 3}));
-    EXPECT_EQ(monitor->ledger().site(), (StatCounter{.sent = 3}));
-    EXPECT_EQ(monitor->latestPingMs(), std::nullopt);
+    EXPECT_EQ(monitor->measured().ledger.site(), (StatCounter{.sent = 3}));
+    EXPECT_EQ(monitor->reading().latestPingMs, std::nullopt);
+}
+
+TEST_F(HostChangeTest, TheNewHostDoesNotShowTheOldOnesLoss) {
+    fallSilent();
+    pass(10);
+    ASSERT_GT(monitor->reading().lossPercent, 0);
+
+    answerAfter(usualDelay);
+    monitor->setHostname(otherHost);
+    pass(1.5);
+
+    ASSERT_TRUE(monitor->reading().lossIsKnown);
+    EXPECT_EQ(monitor->reading().lossPercent, 0);
 }
 
 TEST_F(HostChangeTest, TheNewHostOwesNoAnnouncementOfTheOldOnesOutage) {
@@ -180,7 +193,7 @@ TEST_F(HostChangeTest, TheNewHostOwesNoAnnouncementOfTheOldOnesOutage) {
     monitor->setHostname(otherHost);
     pass(5);
 
-    ASSERT_EQ(monitor->status(), Monitor::Status::up);
+    ASSERT_EQ(monitor->reading().status, Monitor::Status::up);
     EXPECT_EQ(notifications.posted().size(), 1U);
 }
 
@@ -190,10 +203,10 @@ TEST_F(HostChangeTest, ReadsTheSettingsForTheWatchdogAfresh) {
 
     monitor->setHostname("192.0.2.3");
     pass(24);
-    EXPECT_EQ(monitor->status(), Monitor::Status::starting);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::starting);
     pass(1.5);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::down);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
 }
 
 // A new interval, a new time-out.
@@ -214,10 +227,10 @@ TEST_F(MonitorSystemEventsTest, ANewIntervalGivesTheConnectionMoreTimeBeforeItIs
 
     prefs->setPingInterval(20);
     pass(60);
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
     pass(10);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::down);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
 }
 
 TEST_F(MonitorSystemEventsTest, ANewTimeoutAloneReachesTheScorerButNotTheWatchdog) {
@@ -228,8 +241,8 @@ TEST_F(MonitorSystemEventsTest, ANewTimeoutAloneReachesTheScorerButNotTheWatchdo
     prefs->setPingTimeout(20);
     pass(10);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::down);
-    EXPECT_EQ(monitor->lossPercent(), 0);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
+    EXPECT_EQ(monitor->reading().lossPercent, 0);
 }
 
 TEST_F(MonitorSystemEventsTest, ANewTimeoutDecidesWhichRepliesCount) {
@@ -261,7 +274,7 @@ TEST_F(RestoredDefaultsTest, WithTheDefaultHostKeepTheSession) {
     monitor->restoreDefaults();
 
     EXPECT_EQ(session().sent, 2);
-    EXPECT_EQ(monitor->samples().size(), 2U);
+    EXPECT_EQ(monitor->measured().samples.size(), 2U);
     EXPECT_EQ(restarts(), 1);
 }
 
@@ -291,7 +304,7 @@ TEST_F(RestoredDefaultsTest, WithAnotherHostActLikeAHostChange) {
     EXPECT_EQ(monitor->prefs().hostname(), defaultHost);
     EXPECT_EQ(network.sent().back().address, defaultHost);
     EXPECT_EQ(session().sent, 1);
-    EXPECT_EQ(monitor->samples().size(), 1U);
+    EXPECT_EQ(monitor->measured().samples.size(), 1U);
 }
 
 TEST_F(RestoredDefaultsTest, BringTheDefaultTimeoutToTheWatchdog) {
@@ -302,7 +315,7 @@ TEST_F(RestoredDefaultsTest, BringTheDefaultTimeoutToTheWatchdog) {
     monitor->restoreDefaults();
     pass(14);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::down);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
 }
 
 // Settings that were changed where they are stored.
@@ -325,9 +338,9 @@ TEST_F(ReloadedPreferencesTest, ANewHostIsPingedAtOnce) {
 TEST_F(ReloadedPreferencesTest, ANewHostEmptiesTheSessionAndShowsItsAllTimeFigures) {
     store(PreferenceKey::hostname, std::string(otherHost));
 
-    EXPECT_THAT(monitor->samples(), IsEmpty());
+    EXPECT_THAT(monitor->measured().samples, IsEmpty());
     EXPECT_EQ(session(), StatCounter());
-    EXPECT_EQ(monitor->ledger().site(), otherFigures);
+    EXPECT_EQ(monitor->measured().ledger.site(), otherFigures);
 }
 
 TEST_F(ReloadedPreferencesTest, TheOldHostsFiguresAreSavedUnderItsOwnName) {
@@ -374,10 +387,10 @@ TEST_F(ReloadedPreferencesTest, ANewHostAndTimeoutTakeEffectTogether) {
     store(PreferenceKey::hostname, std::string("192.0.2.3"));
 
     pass(24);
-    EXPECT_EQ(monitor->status(), Monitor::Status::starting);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::starting);
     pass(1.5);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::down);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
 }
 
 TEST_F(ReloadedPreferencesTest, ABlankHostIsRefused) {
@@ -439,7 +452,7 @@ TEST_F(MonitorSystemEventsTest, PingsInFlightAtSleepAreForgottenNeitherLostNorAn
     pass(1.5);
 
     EXPECT_EQ(session(), (StatCounter{.sent = 3}));
-    EXPECT_EQ(monitor->latestPingMs(), std::nullopt);
+    EXPECT_EQ(monitor->reading().latestPingMs, std::nullopt);
 }
 
 TEST_F(MonitorSystemEventsTest, SleepKeepsTheChartAndTheLatestPing) {
@@ -448,8 +461,8 @@ TEST_F(MonitorSystemEventsTest, SleepKeepsTheChartAndTheLatestPing) {
 
     sleep.goToSleep();
 
-    EXPECT_EQ(monitor->samples().size(), 6U);
-    EXPECT_EQ(monitor->latestPingMs(), usualDelay * 1000);
+    EXPECT_EQ(monitor->measured().samples.size(), 6U);
+    EXPECT_EQ(monitor->reading().latestPingMs, usualDelay * 1000);
 }
 
 class WakeTest : public MonitorSystemEventsTest, public testing::WithParamInterface<double> {};
@@ -526,13 +539,13 @@ TEST_F(MonitorSystemEventsTest, WakingBeginsANewEpisode) {
     pass(5);
     fallSilent();
     pass(15);
-    ASSERT_EQ(monitor->status(), Monitor::Status::down);
+    ASSERT_EQ(monitor->reading().status, Monitor::Status::down);
     sleep.goToSleep();
-    EXPECT_EQ(monitor->status(), Monitor::Status::down);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
 
     sleep.wake();
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::starting);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::starting);
 }
 
 TEST_F(MonitorSystemEventsTest, WakingReadsTheSettingsForTheWatchdogAfresh) {
@@ -544,10 +557,10 @@ TEST_F(MonitorSystemEventsTest, WakingReadsTheSettingsForTheWatchdogAfresh) {
 
     sleep.wake();
     pass(26);
-    EXPECT_EQ(monitor->status(), Monitor::Status::starting);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::starting);
     pass(2);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::down);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
 }
 
 TEST_F(MonitorSystemEventsTest, ADownAnnouncedBeforeASleepIsFollowedByItsEndAfterIt) {
@@ -672,10 +685,10 @@ TEST_F(PathTest, TheOrderOfTheInterfacesCounts) {
 
 TEST_F(PathTest, WhetherItIsSatisfiedIsPublishedAtOnce) {
     path.report(false, {});
-    EXPECT_FALSE(monitor->pathSatisfied());
+    EXPECT_FALSE(monitor->reading().pathSatisfied);
 
     path.report(true, {"eth0"});
-    EXPECT_TRUE(monitor->pathSatisfied());
+    EXPECT_TRUE(monitor->reading().pathSatisfied);
 }
 
 TEST_F(PathTest, ARestartComesNoSoonerThanTwoSecondsAfterTheLast) {
@@ -697,11 +710,11 @@ TEST_F(PathTest, AChangeGivesAFailingStartTimeBeforeItCountsAsDown) {
 
     path.report(true, {"wlan0"});
     pass(4);
-    EXPECT_EQ(monitor->status(), Monitor::Status::up);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
     EXPECT_GE(reactions(), 2);
     pass(20);
 
-    EXPECT_EQ(monitor->status(), Monitor::Status::down);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
 }
 
 TEST_F(PathTest, AChangeDuringSleepIsNeverActedOn) {
@@ -731,7 +744,7 @@ TEST_F(PathTest, WhetherItIsSatisfiedIsPublishedDuringSleepToo) {
 
     path.report(false, {});
 
-    EXPECT_FALSE(monitor->pathSatisfied());
+    EXPECT_FALSE(monitor->reading().pathSatisfied);
 }
 
 TEST_F(PathTest, GoingToSleepCancelsAPendingReaction) {

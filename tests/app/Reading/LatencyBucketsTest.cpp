@@ -12,22 +12,23 @@ namespace {
 
 using LatencyChart::BarTone;
 using LatencyChart::Bucket;
+using LatencyChart::Chart;
 
 RunLoop::WallTime at(double seconds) {
     return RunLoop::WallTime(
         std::chrono::duration_cast<RunLoop::WallTime::duration>(std::chrono::duration<double>(seconds)));
 }
 
-Monitor::Sample reply(double sentAt, double ms) {
+Sample reply(double sentAt, double ms) {
     return {.id = 1, .date = at(sentAt), .rttMs = ms};
 }
 
-Monitor::Sample loss(double sentAt) {
+Sample loss(double sentAt) {
     return {.id = 1, .date = at(sentAt), .lost = true};
 }
 
 /// The chart at second 10,009 with a ping every ten seconds: 30 buckets, the newest from 10,000 on.
-std::vector<Bucket> chartOf(const Monitor::Samples& samples) {
+std::vector<Bucket> chartOf(const Samples& samples) {
     return LatencyChart::buckets(samples, at(10'009), 10);
 }
 
@@ -67,7 +68,7 @@ TEST(LatencyChart, BucketsStartEmpty) {
 }
 
 TEST(LatencyChart, BucketsDoNotMoveWithTheClock) {
-    const Monitor::Samples samples{reply(9'985, 20)};
+    const Samples samples{reply(9'985, 20)};
 
     EXPECT_EQ(
         LatencyChart::buckets(samples, at(10'000), 10), LatencyChart::buckets(samples, at(10'009.999), 10));
@@ -116,7 +117,7 @@ TEST(LatencyChart, TheOldestBucketIsShown) {
 }
 
 TEST(LatencyChart, WithAPingEverySecondTheBucketsHoldAllOfTheLastFiveMinutes) {
-    Monitor::Samples samples;
+    Samples samples;
     for (int second = 0; second < 300; ++second) {
         samples.push_back(reply(10'000 + second, second));
     }
@@ -124,20 +125,20 @@ TEST(LatencyChart, WithAPingEverySecondTheBucketsHoldAllOfTheLastFiveMinutes) {
     const auto buckets = LatencyChart::buckets(samples, at(10'299.5), 1);
 
     EXPECT_EQ(buckets.size(), 36u);
-    EXPECT_EQ(LatencyChart::replyTimes(buckets).size(), 36u);
+    EXPECT_TRUE(
+        std::ranges::all_of(buckets, [](const Bucket& bucket) { return bucket.worstRtt.has_value(); }));
     EXPECT_EQ(buckets.back().worstRtt, 299);
 }
 
 TEST(LatencyChart, NoBucketIsWorseThanItsWorstSampleWhateverTheSamples) {
     EXPECT_TRUE(rc::check("every bucket value is that of a sample", [] {
         const auto interval = *rc::gen::inRange(1, 61);
-        Monitor::Samples samples;
+        Samples samples;
         for (const int offset : *rc::gen::container<std::vector<int>>(rc::gen::inRange(-400, 100))) {
             samples.push_back(reply(10'000 + offset, *rc::gen::inRange(0, 5000)));
         }
-        for (const double rtt :
-             LatencyChart::replyTimes(LatencyChart::buckets(samples, at(10'000), interval))) {
-            RC_ASSERT(std::ranges::any_of(samples, [&](const auto& sample) { return sample.rttMs == rtt; }));
+        for (const Bucket& bucket : LatencyChart::buckets(samples, at(10'000), interval)) {
+            RC_ASSERT(!bucket.worstRtt || std::ranges::count(samples, bucket.worstRtt, &Sample::rttMs) > 0);
         }
     }));
 }
@@ -227,12 +228,13 @@ TEST(LatencyChart, WithoutRepliesTheDescriptionCountsTheLosses) {
     EXPECT_EQ(LatencyChart::summary({}, 7), "7 lost, no replies");
 }
 
-TEST(LatencyChart, ItsInputsAreTheBucketsReplyTimesInOrderAndTheNumberOfBucketsWithALoss) {
+TEST(LatencyChart, AChartIsDescribedByItsReplyTimesAndItsBucketsWithALoss) {
     const auto buckets = chartOf(
         {reply(9'750, 30), reply(9'800, 10), loss(9'800), loss(9'801), loss(9'900), reply(10'000, 20)});
 
-    EXPECT_THAT(LatencyChart::replyTimes(buckets), testing::ElementsAre(30, 10, 20));
-    EXPECT_EQ(LatencyChart::lostCount(buckets), 2);
+    const Chart chart{.buckets = buckets, .lowThresholdMs = 100, .highThresholdMs = 1000};
+    EXPECT_EQ(chart.summary(), LatencyChart::summary({30, 10, 20}, 2));
+    EXPECT_EQ(chart.scaleMax(), LatencyChart::scaleMax({30, 10, 20}, 100));
 }
 
 // The bars' colors, with thresholds of 100 and 1000 ms.
@@ -245,7 +247,9 @@ struct Tone {
 class BucketTone : public testing::TestWithParam<Tone> {};
 
 TEST_P(BucketTone, FollowsLatencyAndLoss) {
-    EXPECT_EQ(LatencyChart::tone(GetParam().bucket, 100, 1000), GetParam().tone);
+    const Chart chart{.lowThresholdMs = 100, .highThresholdMs = 1000};
+
+    EXPECT_EQ(chart.tone(GetParam().bucket), GetParam().tone);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -30,7 +30,8 @@ class PanelMenuTextTest : public testing::Test, protected WatchedStatusItem {
 protected:
     void showMenu() {
         show();
-        panelMenu = std::make_unique<PanelMenuText>(loop, monitor, *menu, [this] { ++dropDownsOpened; });
+        panelMenu = std::make_unique<PanelMenuText>(
+            loop, monitor.observedReading(), *menu, [this] { ++dropDownsOpened; });
         panelMenu->onChange = [this] { ++changes; };
     }
 
@@ -56,14 +57,14 @@ TEST_F(PanelMenuTextTest, TheFirstLineHasQualityLatencyAndLoss) {
     answerAfter(0.042);
     watchFor(12.5);
 
-    EXPECT_EQ(PanelMenuHeader::qualityLine(monitor), "Excellent · 42 ms · 0% loss");
+    EXPECT_EQ(PanelMenuHeader::qualityLine(monitor.reading()), "Excellent · 42 ms · 0% loss");
 }
 
 TEST_F(PanelMenuTextTest, BeforeTheFirstReplyTheFirstLineHasADash) {
     fallSilent();
     watchFor(0.5);
 
-    EXPECT_EQ(PanelMenuHeader::qualityLine(monitor), "Connecting… · –");
+    EXPECT_EQ(PanelMenuHeader::qualityLine(monitor.reading()), "Connecting… · –");
 }
 
 TEST_F(PanelMenuTextTest, ADownIsSaidInWordsWithItsReasonBelow) {
@@ -82,14 +83,15 @@ TEST_F(PanelMenuTextTest, TheSessionLineHasItsFigures) {
     answerAfter(0.042);
     watchFor(5.5);
 
-    EXPECT_EQ(PanelMenuHeader::sessionLine(monitor, {}), "Session: 6 sent, 0 lost, average 42.0 ms");
+    EXPECT_EQ(
+        PanelMenuHeader::sessionLine(monitor.reading(), {}), "Session: 6 sent, 0 lost, average 42.0 ms");
 }
 
 TEST_F(PanelMenuTextTest, WithoutRepliesTheSessionLineHasNoAverage) {
     fallSilent();
     watchFor(1.5);
 
-    EXPECT_EQ(PanelMenuHeader::sessionLine(monitor, {}), "Session: 2 sent, 0 lost");
+    EXPECT_EQ(PanelMenuHeader::sessionLine(monitor.reading(), {}), "Session: 2 sent, 0 lost");
 }
 
 // The chart's line.
@@ -97,14 +99,14 @@ TEST_F(PanelMenuTextTest, WithoutRepliesTheSessionLineHasNoAverage) {
 TEST_F(PanelMenuTextTest, TheChartIsThirtySixBlocksWide) {
     watchFor(400.5);
 
-    EXPECT_EQ(characters(PanelMenuHeader::chartLine(monitor, loop.wallNow())), 36U);
+    EXPECT_EQ(characters(PanelMenuHeader::chartLine(monitor.reading().chart)), 36U);
 }
 
 TEST_F(PanelMenuTextTest, FewerBucketsAreStretchedToTheSameWidth) {
     prefs.setPingInterval(60);
     watchFor(400.5);
 
-    const std::string chart = PanelMenuHeader::chartLine(monitor, loop.wallNow());
+    const std::string chart = PanelMenuHeader::chartLine(monitor.reading().chart);
 
     EXPECT_EQ(characters(chart), 36U);
     // The oldest of the five may have left the chart.
@@ -114,7 +116,7 @@ TEST_F(PanelMenuTextTest, FewerBucketsAreStretchedToTheSameWidth) {
 TEST_F(PanelMenuTextTest, AStretchWithoutPingsIsADot) {
     watchFor(0.5);
 
-    EXPECT_EQ(count(PanelMenuHeader::chartLine(monitor, loop.wallNow()), "·"), 35U);
+    EXPECT_EQ(count(PanelMenuHeader::chartLine(monitor.reading().chart), "·"), 35U);
 }
 
 TEST_F(PanelMenuTextTest, AnOutageIsHigherThanTheSlowestReply) {
@@ -123,7 +125,7 @@ TEST_F(PanelMenuTextTest, AnOutageIsHigherThanTheSlowestReply) {
     fallSilent();
     loop.advance(100);
 
-    const std::string chart = PanelMenuHeader::chartLine(monitor, loop.wallNow());
+    const std::string chart = PanelMenuHeader::chartLine(monitor.reading().chart);
 
     EXPECT_GE(count(chart, "█"), 9U);
     EXPECT_EQ(count(chart, "▇"), 0U);
@@ -136,7 +138,7 @@ TEST_F(PanelMenuTextTest, SlowerRepliesAreHigher) {
     answerAfter(0.4);
     loop.advance(149);
 
-    const std::string chart = PanelMenuHeader::chartLine(monitor, loop.wallNow());
+    const std::string chart = PanelMenuHeader::chartLine(monitor.reading().chart);
 
     EXPECT_THAT(chart, StartsWith("▁▁▁▁▁▁▁▁▁▁▁▁▁▁"));
     EXPECT_GE(count(chart, "▅") + count(chart, "▆"), 15U);

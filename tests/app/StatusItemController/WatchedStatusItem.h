@@ -27,6 +27,7 @@ struct WatchedStatusItem : WatchedMonitor {
             .item = item,
             .menu = *menu,
             .windows = windows,
+            .textWidth = [this](const std::string& text) { return item.textWidth(text); },
             .updates = offersUpdates ? &updates : nullptr});
     }
 

@@ -80,7 +80,7 @@ protected:
     }
 
     test::StandardMenu menu;
-    DropDown dropDown{monitor, menu.menu, loop};
+    DropDown dropDown{monitor.observedReading(), menu.menu, loop};
 };
 
 } // namespace

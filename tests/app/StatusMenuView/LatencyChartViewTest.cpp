@@ -1,8 +1,11 @@
 // Where the chart's bars stand, and what they look like.
 #include "app/StatusMenuView/LatencyChartView.h"
 
-#include "app/StatusItemController/Painting/LatencyPalette.h"
+#include "app/StatusItemController/Painting/TabularLine.h"
+#include "app/StatusMenuView/ViewStyle.h"
+#include "tests/app/StatusMenuView/DrawnView.h"
 
+#include <QFontMetricsF>
 #include <QImage>
 
 #include <cmath>
@@ -28,8 +31,12 @@ Bucket loss() {
     return {.lost = true};
 }
 
+LatencyChart::Chart chartOf(std::vector<Bucket> buckets) {
+    return {.buckets = std::move(buckets), .lowThresholdMs = low, .highThresholdMs = high};
+}
+
 ChartLayout layout(const std::vector<Bucket>& buckets) {
-    return LatencyChart::layout(buckets, low, high, size, 1);
+    return LatencyChart::layout(chartOf(buckets), size, 1);
 }
 
 std::vector<Bucket> replies(std::size_t count, double ms) {
@@ -59,7 +66,7 @@ TEST(LatencyChartLayout, EveryPingIntervalFillsTheWidthWithItsBuckets) {
 
 TEST_P(ChartAtScale, SidesOfBarsLieOnWholePixelsOnePointApart) {
     const double scale = GetParam();
-    const ChartLayout chart = LatencyChart::layout(replies(36, 50), low, high, size, scale);
+    const ChartLayout chart = LatencyChart::layout(chartOf(replies(36, 50)), size, scale);
 
     for (std::size_t index = 0; index < chart.bars.size(); ++index) {
         const double left = chart.bars[index].rect.left() * scale;
@@ -131,8 +138,9 @@ TEST(LatencyChartLayout, AThresholdFarAboveTheDataHasNoLine) {
 }
 
 TEST(LatencyChartLayout, AThresholdOfNothingIsSurvived) {
-    const ChartLayout chart = LatencyChart::layout({reply(0)}, 0, 0, size, 1);
-    const ChartLayout empty = LatencyChart::layout({Bucket{}}, -100, -100, size, 1);
+    const ChartLayout chart = LatencyChart::layout({.buckets = {reply(0)}}, size, 1);
+    const ChartLayout empty = LatencyChart::layout(
+        {.buckets = {Bucket{}}, .lowThresholdMs = -100, .highThresholdMs = -100}, size, 1);
 
     EXPECT_TRUE(std::isfinite(chart.bars[0].rect.height()));
     EXPECT_EQ(empty.threshold, std::nullopt);
@@ -144,29 +152,18 @@ namespace {
 class LatencyChartViewTest : public testing::Test {
 protected:
     LatencyChartViewTest() {
-        QPalette palette = view.palette();
-        palette.setColor(QPalette::Window, Qt::white);
-        palette.setColor(QPalette::WindowText, Qt::black);
-        view.setPalette(palette);
+        view.setPalette(test::paperPalette());
         view.resize(292, view.sizeHint().height());
     }
 
     /// Two reply buckets and one with the given content, each 97 points wide.
     [[nodiscard]] QImage draw(const Bucket& last) {
-        view.setContent(
-            {.buckets = {reply(40), reply(40), last}, .lowThresholdMs = low, .highThresholdMs = high});
-        QImage image(view.size(), QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::white);
-        view.render(&image, {}, {}, QWidget::DrawChildren);
-        return image;
+        view.setChart(chartOf({reply(40), reply(40), last}));
+        return test::drawn(view);
     }
 
     LatencyChartView view{nullptr};
-    LatencyPalette colors{[] {
-        QPalette palette;
-        palette.setColor(QPalette::Window, Qt::white);
-        return palette;
-    }()};
+    LatencyPalette colors{test::paperPalette()};
 };
 
 } // namespace
@@ -214,8 +211,7 @@ TEST_F(LatencyChartViewTest, TheThresholdIsADashedLineOnePixelHigh) {
 }
 
 TEST_F(LatencyChartViewTest, ItIsReadAloudAsOneSummary) {
-    view.setContent(
-        {.buckets = {reply(20), reply(40), loss()}, .lowThresholdMs = low, .highThresholdMs = high});
+    view.setChart(chartOf({reply(20), reply(40), loss()}));
 
     EXPECT_EQ(view.accessibleName(), "Median 40 milliseconds, slowest 40 milliseconds, 1 lost");
 }
@@ -234,6 +230,25 @@ TEST_F(LatencyChartViewTest, TheCaptionStandsTenPointsBelowTheBars) {
         }
     }
     EXPECT_GT(inked, 50);
+}
+
+TEST_F(LatencyChartViewTest, TheCaptionEndsWithTheThreshold) {
+    const QImage image = draw(reply(90));
+    const ViewStyle style(view);
+    const QFont font = style.font(11);
+    const TabularLine text(font, "slow above 100 ms");
+    const int left = static_cast<int>(std::floor(view.width() - text.width()));
+    const double baseline = view.chartHeight() + style.length(10) + std::round(QFontMetricsF(font).ascent());
+    QImage expected = test::blankImage(view.size());
+    QPainter painter(&expected);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(style.colors().secondary());
+    text.draw(painter, {static_cast<double>(left), baseline});
+    painter.end();
+
+    const QRect place(
+        left, view.chartHeight() + 1, view.width() - left, view.height() - view.chartHeight() - 1);
+    EXPECT_EQ(image.copy(place), expected.copy(place));
 }
 
 } // namespace tarnwick

@@ -1,13 +1,18 @@
 // The view above the menu's items: what it says, also to assistive technology, and that it follows.
 #include "app/StatusMenuView/StatusMenuView.h"
 
+#include "app/StatusItemController/Painting/TabularLine.h"
 #include "app/StatusMenuView/HeaderView.h"
 #include "app/StatusMenuView/LatencyChartView.h"
 #include "app/StatusMenuView/StatsGridView.h"
+#include "app/StatusMenuView/ViewStyle.h"
+#include "tests/app/StatusMenuView/DrawnView.h"
 #include "tests/app/WatchedMonitor.h"
 
 #include <QAccessible>
+#include <QFontMetricsF>
 #include <QImage>
+#include <cmath>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,7 +52,7 @@ protected:
 } // namespace
 
 TEST_F(StatusMenuViewTest, ItIsThreeHundredAndTwentyPointsWideInTheUsualFont) {
-    StatusMenuView view(monitor, loop, nullptr);
+    StatusMenuView view(monitor.observedReading(), loop, nullptr);
     QFont font = view.font();
     font.setPixelSize(13);
     view.setFont(font);
@@ -56,7 +61,7 @@ TEST_F(StatusMenuViewTest, ItIsThreeHundredAndTwentyPointsWideInTheUsualFont) {
 }
 
 TEST_F(StatusMenuViewTest, ItGrowsWithTheUsersFont) {
-    StatusMenuView view(monitor, loop, nullptr);
+    StatusMenuView view(monitor.observedReading(), loop, nullptr);
     QFont font = view.font();
     font.setPixelSize(13);
     view.setFont(font);
@@ -69,7 +74,7 @@ TEST_F(StatusMenuViewTest, ItGrowsWithTheUsersFont) {
 }
 
 TEST_F(StatusMenuViewTest, PartsStandBelowEachOtherTwelvePointsApart) {
-    StatusMenuView view(monitor, loop, nullptr);
+    StatusMenuView view(monitor.observedReading(), loop, nullptr);
     QFont font = view.font();
     font.setPixelSize(13);
     view.setFont(font);
@@ -90,12 +95,12 @@ TEST_F(StatusMenuViewTest, PartsStandBelowEachOtherTwelvePointsApart) {
 TEST_F(StatusMenuViewTest, BeforeTheFirstReplyItIsConnectingWithNoBarsAndADash) {
     fallSilent();
     watchFor(0.5);
-    const StatusMenuView view(monitor, loop, nullptr);
+    const StatusMenuView view(monitor.observedReading(), loop, nullptr);
 
     EXPECT_EQ(
         part<HeaderView>(view).content(), (HeaderContent{
                                               .bars = 0,
-                                              .tone = Monitor::QualityTone::neutral,
+                                              .tone = QualityTone::neutral,
                                               .quality = "Connecting…",
                                               .hostLine = "1.1.1.1",
                                               .latency = "–",
@@ -104,12 +109,12 @@ TEST_F(StatusMenuViewTest, BeforeTheFirstReplyItIsConnectingWithNoBarsAndADash) 
 
 TEST_F(StatusMenuViewTest, AfterRepliesItTellsQualityLatencyAndLoss) {
     watchFor(20.5);
-    const StatusMenuView view(monitor, loop, nullptr);
+    const StatusMenuView view(monitor.observedReading(), loop, nullptr);
 
     EXPECT_EQ(
         part<HeaderView>(view).content(), (HeaderContent{
                                               .bars = 5,
-                                              .tone = Monitor::QualityTone::good,
+                                              .tone = QualityTone::good,
                                               .quality = "Excellent",
                                               .hostLine = "1.1.1.1",
                                               .latency = "20 ms",
@@ -121,7 +126,7 @@ TEST_F(StatusMenuViewTest, WhileDownItSaysWhyWithoutBarsOrLoss) {
     watchFor(20.5);
     fallSilent();
     ASSERT_TRUE(waitUntilDown());
-    const StatusMenuView view(monitor, loop, nullptr);
+    const StatusMenuView view(monitor.observedReading(), loop, nullptr);
     const HeaderContent& content = part<HeaderView>(view).content();
 
     EXPECT_EQ(content.bars, 0);
@@ -133,19 +138,19 @@ TEST_F(StatusMenuViewTest, WhileDownItSaysWhyWithoutBarsOrLoss) {
 
 TEST_F(StatusMenuViewTest, ItFollowsTheMonitor) {
     watchFor(20.5);
-    const StatusMenuView view(monitor, loop, nullptr);
+    const StatusMenuView view(monitor.observedReading(), loop, nullptr);
     answerAfter(0.25);
     loop.advance(2);
 
     EXPECT_EQ(part<HeaderView>(view).content().latency, "250 ms");
     EXPECT_EQ(
-        LatencyChart::replyTimes(part<LatencyChartView>(view).content().buckets).back(),
-        monitor.latestPingMs());
+        part<LatencyChartView>(view).accessibleName(),
+        "Median 20 milliseconds, slowest 250 milliseconds, 0 lost");
 }
 
 TEST_F(StatusMenuViewTest, ItNoLongerFollowsOnceToldSo) {
     watchFor(20.5);
-    StatusMenuView view(monitor, loop, nullptr);
+    StatusMenuView view(monitor.observedReading(), loop, nullptr);
     view.stopFollowing();
     answerAfter(0.25);
     loop.advance(5);
@@ -155,25 +160,25 @@ TEST_F(StatusMenuViewTest, ItNoLongerFollowsOnceToldSo) {
 
 TEST_F(StatusMenuViewTest, ItCanGoWhileAChangeIsOnItsWay) {
     watchFor(20.5);
-    auto view = std::make_unique<StatusMenuView>(monitor, loop, nullptr);
+    auto view = std::make_unique<StatusMenuView>(monitor.observedReading(), loop, nullptr);
     monitor.resetSessionStats();
     view.reset();
     loop.advance(1);
 
-    EXPECT_EQ(monitor.status(), Monitor::Status::up);
+    EXPECT_EQ(monitor.reading().status, Monitor::Status::up);
 }
 
 TEST_F(StatusMenuViewTest, ItKeepsNoTimer) {
     watchFor(20.5);
     const std::size_t before = loop.timerCount();
-    const StatusMenuView view(monitor, loop, nullptr);
+    const StatusMenuView view(monitor.observedReading(), loop, nullptr);
 
     EXPECT_EQ(loop.timerCount(), before);
 }
 
 TEST_F(StatusMenuViewTest, AssistiveTechnologySeesHeaderChartAndStatistics) {
     watchFor(20.5);
-    StatusMenuView view(monitor, loop, nullptr);
+    StatusMenuView view(monitor.observedReading(), loop, nullptr);
 
     EXPECT_THAT(
         childNames(view), ElementsAre(
@@ -186,7 +191,7 @@ TEST_F(StatusMenuViewTest, AssistiveTechnologySeesHeaderChartAndStatistics) {
 
 TEST_F(StatusMenuViewTest, HeaderAndChartAreOneElementEach) {
     watchFor(20.5);
-    StatusMenuView view(monitor, loop, nullptr);
+    StatusMenuView view(monitor.observedReading(), loop, nullptr);
 
     EXPECT_EQ(accessible(part<HeaderView>(view)).childCount(), 0);
     EXPECT_EQ(accessible(part<LatencyChartView>(view)).childCount(), 0);
@@ -194,7 +199,7 @@ TEST_F(StatusMenuViewTest, HeaderAndChartAreOneElementEach) {
 
 TEST_F(StatusMenuViewTest, EachRowOfStatisticsIsOneElement) {
     watchFor(3.5);
-    StatusMenuView view(monitor, loop, nullptr);
+    StatusMenuView view(monitor.observedReading(), loop, nullptr);
 
     EXPECT_THAT(
         childNames(part<StatsGridView>(view)),
@@ -224,6 +229,27 @@ TEST_F(StatusMenuViewTest, FiguresThatOutgrowTheirColumnPushItWider) {
     };
 
     EXPECT_LT(firstInk(1'000'000'000'000'000), firstInk(1) - 10);
+}
+
+TEST_F(StatusMenuViewTest, TheColumnsOfTheGridHaveTheirTitles) {
+    StatsGridView grid(nullptr);
+    grid.setPalette(test::paperPalette());
+    grid.resize(292, grid.sizeHint().height());
+    const ViewStyle style(grid);
+    const QFont font = style.font(11);
+    QImage expected = test::blankImage(grid.size());
+    QPainter painter(&expected);
+    painter.setPen(style.colors().secondary());
+    const auto drawTitle = [&](const QString& title, double right) {
+        const TabularLine line(font, title);
+        line.draw(painter, {right - line.width(), std::round(QFontMetricsF(font).ascent())});
+    };
+    drawTitle("Session", 292 - style.length(72) - style.length(12));
+    drawTitle("All Time", 292);
+    painter.end();
+
+    const QRect place(0, 0, 292, static_cast<int>(std::ceil(QFontMetricsF(font).height())));
+    EXPECT_EQ(test::drawn(grid).copy(place), expected.copy(place));
 }
 
 } // namespace tarnwick

@@ -22,7 +22,7 @@ protected:
     /// One row with `text` on it.
     static std::string row(std::string_view text, int width = 40, bool ascii = false) {
         Canvas canvas({1, 40}, ascii);
-        canvas.text(0, 0, width, text, Ink::plain);
+        canvas.text(0, 0, width, text, TextStyle::plain);
         return canvas.rowText(0);
     }
 };
@@ -55,9 +55,9 @@ TEST_F(CanvasTest, StartsBlank) {
 TEST_F(CanvasTest, ACharacterHasItsPlaceAndInk) {
     Canvas canvas({3, 5}, false);
 
-    canvas.put(2, 4, U'x', Ink::good);
+    canvas.put(2, 4, U'x', TextStyle::good);
 
-    EXPECT_EQ(canvas.at(2, 4), (Cell{U'x', Ink::good}));
+    EXPECT_EQ(canvas.at(2, 4), (Cell{U'x', TextStyle::good}));
 }
 
 TEST_F(CanvasTest, WhatLiesOutsideIsCutOff) {
@@ -66,10 +66,10 @@ TEST_F(CanvasTest, WhatLiesOutsideIsCutOff) {
 
     for (const auto& [row, column] :
          {std::pair(-1, 0), {2, 0}, {0, -1}, {0, 3}, {farOut, 0}, {0, farOut}, {-farOut, -farOut}}) {
-        canvas.put(row, column, U'x', Ink::plain);
+        canvas.put(row, column, U'x', TextStyle::plain);
     }
-    canvas.text(-1, 0, 3, "abc", Ink::plain);
-    canvas.text(2, 0, 3, "abc", Ink::plain);
+    canvas.text(-1, 0, 3, "abc", TextStyle::plain);
+    canvas.text(2, 0, 3, "abc", TextStyle::plain);
 
     EXPECT_TRUE(isBlank(canvas));
 }
@@ -77,7 +77,7 @@ TEST_F(CanvasTest, WhatLiesOutsideIsCutOff) {
 TEST_F(CanvasTest, ATextOverTheEdgeLosesWhatIsOutside) {
     Canvas canvas({1, 5}, false);
 
-    canvas.text(0, -2, 10, "abcdefghij", Ink::plain);
+    canvas.text(0, -2, 10, "abcdefghij", TextStyle::plain);
 
     EXPECT_EQ(canvas.rowText(0), "cdefg");
 }
@@ -86,9 +86,9 @@ TEST_F(CanvasTest, AScreenWithoutRowsOrColumnsTakesEverythingSilently) {
     for (const ScreenSize size :
          {ScreenSize{0, 0}, ScreenSize{0, 10}, ScreenSize{10, 0}, ScreenSize{-3, -3}}) {
         Canvas canvas(size, false);
-        canvas.put(0, 0, U'x', Ink::plain);
-        canvas.text(0, 0, 10, "text", Ink::plain);
-        canvas.textRight(0, 0, 10, "text", Ink::plain);
+        canvas.put(0, 0, U'x', TextStyle::plain);
+        canvas.text(0, 0, 10, "text", TextStyle::plain);
+        canvas.textRight(0, 0, 10, "text", TextStyle::plain);
         EXPECT_TRUE(isBlank(canvas));
     }
 }
@@ -112,7 +112,7 @@ TEST_F(CanvasTest, ATextWithoutRoomIsLeftOut) {
 TEST_F(CanvasTest, ATextMayEndAtItsRightEdge) {
     Canvas canvas({1, 10}, false);
 
-    canvas.textRight(0, 2, 6, "abc", Ink::plain);
+    canvas.textRight(0, 2, 6, "abc", TextStyle::plain);
 
     EXPECT_EQ(canvas.rowText(0), "     abc");
 }
@@ -120,7 +120,7 @@ TEST_F(CanvasTest, ATextMayEndAtItsRightEdge) {
 TEST_F(CanvasTest, ALongerTextAtTheRightEdgeEndsInAnEllipsisToo) {
     Canvas canvas({1, 10}, false);
 
-    canvas.textRight(0, 2, 4, "abcdefgh", Ink::plain);
+    canvas.textRight(0, 2, 4, "abcdefgh", TextStyle::plain);
 
     EXPECT_EQ(canvas.rowText(0), "  abc…");
 }
@@ -128,12 +128,12 @@ TEST_F(CanvasTest, ALongerTextAtTheRightEdgeEndsInAnEllipsisToo) {
 TEST_F(CanvasTest, AWideCharacterTakesTwoColumns) {
     Canvas canvas({1, 6}, false);
 
-    canvas.text(0, 0, 6, "日本x", Ink::strong);
+    canvas.text(0, 0, 6, "日本x", TextStyle::strong);
 
     EXPECT_EQ(canvas.widthOf("日本x"), 5);
-    EXPECT_EQ(canvas.at(0, 0), (Cell{U'日', Ink::strong}));
-    EXPECT_EQ(canvas.at(0, 1), (Cell{0, Ink::strong}));
-    EXPECT_EQ(canvas.at(0, 4), (Cell{U'x', Ink::strong}));
+    EXPECT_EQ(canvas.at(0, 0), (Cell{U'日', TextStyle::strong}));
+    EXPECT_EQ(canvas.at(0, 1), (Cell{0, TextStyle::strong}));
+    EXPECT_EQ(canvas.at(0, 4), (Cell{U'x', TextStyle::strong}));
     EXPECT_EQ(canvas.rowText(0), "日本x");
 }
 
@@ -144,12 +144,12 @@ TEST_F(CanvasTest, AWideCharacterThatDoesNotFitBeforeTheEllipsisIsLeftOut) {
 
 TEST_F(CanvasTest, NoHalfOfAWideCharacterIsShownAtTheEdge) {
     Canvas right({1, 3}, false);
-    right.text(0, 0, 10, "日本", Ink::plain);
+    right.text(0, 0, 10, "日本", TextStyle::plain);
     EXPECT_EQ(right.rowText(0), "日");
     EXPECT_EQ(right.at(0, 2).glyph, U' ');
 
     Canvas left({1, 3}, false);
-    left.text(0, -1, 10, "日x", Ink::plain);
+    left.text(0, -1, 10, "日x", TextStyle::plain);
     EXPECT_EQ(left.at(0, 0).glyph, U' ');
     EXPECT_EQ(left.at(0, 1).glyph, U'x');
 }
@@ -200,7 +200,7 @@ TEST_F(CanvasTest, NoTextWritesAControlCharacterOrLeavesItsPlace) {
         const int width = *rc::gen::inRange(-1, 12);
         const int column = *rc::gen::inRange(0, 8);
         Canvas canvas({3, 20}, *rc::gen::arbitrary<bool>());
-        canvas.text(1, column, width, bytes, Ink::plain);
+        canvas.text(1, column, width, bytes, TextStyle::plain);
         forEachCell(canvas, [&](int row, int at, const Cell& cell) {
             RC_ASSERT(cell.glyph == 0 || cell.glyph >= U' ');
             RC_ASSERT(cell.glyph < 0x7F || cell.glyph >= 0xA0);

@@ -1,11 +1,8 @@
-// Everything that the monitor publishes, as one line of JSON.
+// A reading as one line of JSON.
 #include "app/Watch/JsonLine.h"
-
-#include "tests/app/WatchedMonitor.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <nlohmann/json.hpp>
 
 namespace tarnwick {
@@ -14,11 +11,14 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-class JsonLineTest : public testing::Test, protected WatchedMonitor {
+class JsonLineTest : public testing::Test {
 protected:
-    [[nodiscard]] std::string text() const { return jsonLine(monitor, loop.wallNow(), "42ms (3%)"); }
+    [[nodiscard]] std::string text() const { return jsonLine(reading_, now_, "the title"); }
 
     [[nodiscard]] Json line() const { return Json::parse(text()); }
+
+    Reading reading_;
+    RunLoop::WallTime now_{};
 };
 
 RunLoop::WallTime at(std::chrono::milliseconds sinceEpoch) {
@@ -36,8 +36,6 @@ std::vector<std::string> keys(const Json& object) {
 } // namespace
 
 TEST_F(JsonLineTest, IsOneObjectOnOneLine) {
-    watchFor(3.5);
-
     const std::string written = text();
 
     EXPECT_EQ(written.find('\n'), written.size() - 1);
@@ -45,203 +43,108 @@ TEST_F(JsonLineTest, IsOneObjectOnOneLine) {
 }
 
 TEST_F(JsonLineTest, HasExactlyItsKeysInOrder) {
-    watchFor(3.5);
-
     EXPECT_THAT(
         keys(line()), testing::ElementsAre(
                           "time", "monotonic", "host", "resolvedAddress", "status", "score", "bars",
                           "latestPingMs", "lossPercent", "lossIsKnown", "menuTitle", "tooltip",
                           "qualityTitle", "qualityTone", "downReason", "downReasonText", "lastError",
                           "startError", "accessibilitySummary", "session", "site", "samples"));
+    const auto counter =
+        testing::ElementsAre("sent", "replied", "lost", "averageMs", "fastestMs", "slowestMs");
+    EXPECT_THAT(keys(line()["session"]), counter);
+    EXPECT_THAT(keys(line()["site"]), counter);
 }
 
-TEST_F(JsonLineTest, HasTheSameKeysInEveryState) {
+TEST_F(JsonLineTest, HasTheSameKeysWhileDown) {
     const std::vector<std::string> expected = keys(line());
-    fallSilent();
-    watchFor(3.5);
-    EXPECT_EQ(keys(line()), expected);
-    ASSERT_TRUE(waitUntilDown());
-    EXPECT_EQ(keys(line()), expected);
-}
 
-TEST_F(JsonLineTest, ACounterHasItsSixFigures) {
-    watchFor(3.5);
+    reading_.status = ConnectionWatchdog::Status::down;
+    reading_.downReason = DownReason{DownReason::Kind::noReplies};
 
-    EXPECT_THAT(
-        keys(line()["session"]),
-        testing::ElementsAre("sent", "replied", "lost", "averageMs", "fastestMs", "slowestMs"));
-    EXPECT_EQ(keys(line()["site"]), keys(line()["session"]));
+    EXPECT_EQ(keys(line()), expected);
 }
 
 TEST_F(JsonLineTest, WhatIsNotKnownYetIsNull) {
-    prefs.setHostname("example.org");
-    network.setHangingHost("example.org");
-    watchFor(0.5);
-
-    const Json written = line();
+    reading_.downReasonText = "No replies for 8 s";
 
     for (const char* key :
          {"resolvedAddress", "score", "latestPingMs", "downReason", "downReasonText", "lastError",
           "startError"}) {
-        EXPECT_TRUE(written[key].is_null()) << key;
+        EXPECT_TRUE(line()[key].is_null()) << key;
     }
-    EXPECT_EQ(written["status"], "starting");
-    EXPECT_EQ(written["bars"], 0);
-    EXPECT_EQ(written["lossPercent"], 0.0);
-    EXPECT_EQ(written["lossIsKnown"], false);
-    EXPECT_EQ(written["qualityTitle"], "Connecting…");
-    EXPECT_EQ(written["qualityTone"], "neutral");
-    EXPECT_EQ(written["accessibilitySummary"], "Connecting");
-    EXPECT_EQ(written["samples"], 0);
 }
 
-TEST_F(JsonLineTest, AWorkingConnectionIsWrittenWithItsFigures) {
-    prefs.setHostname("example.org");
-    resolve("example.org", "192.0.2.7");
-    answerAfter(0.04);
-    watchFor(5.5);
+TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
+    now_ = at(std::chrono::milliseconds(1));
+    reading_.evaluatedAt = {12.5};
+    reading_.host = "example.org";
+    reading_.resolvedAddress = "192.0.2.7";
+    reading_.status = ConnectionWatchdog::Status::up;
+    reading_.score = 0.75;
+    reading_.bars = 4;
+    reading_.latestPingMs = 40.5;
+    reading_.lossPercent = 2.5;
+    reading_.lossIsKnown = true;
+    reading_.tooltip = "the tool tip";
+    reading_.qualityTitle = "Good";
+    reading_.qualityTone = QualityTone::good;
+    reading_.lastError = "the last error";
+    reading_.startError = PingError::socket("Permission denied");
+    reading_.accessibilitySummary = "the summary";
+    reading_.session = {1, 2, 3, 4.5, 5.5, 6.5};
+    reading_.site = {7, 8, 9, 10.5, 11.5, 12.5};
+    reading_.samples = 300;
 
-    const Json written = line();
-
-    EXPECT_EQ(written["host"], "example.org");
-    EXPECT_EQ(written["resolvedAddress"], "192.0.2.7");
-    EXPECT_EQ(written["status"], "up");
-    EXPECT_EQ(written["score"], 1.0);
-    EXPECT_EQ(written["bars"], 5);
-    EXPECT_NEAR(written["latestPingMs"].get<double>(), 40, 0.001);
-    EXPECT_EQ(written["lossPercent"], 0.0);
-    EXPECT_EQ(written["lossIsKnown"], true);
-    EXPECT_EQ(written["tooltip"], "Latest Ping Time: 40ms\nRecent Packet Loss: 0%");
-    EXPECT_EQ(written["qualityTitle"], "Excellent");
-    EXPECT_EQ(written["qualityTone"], "good");
-    EXPECT_EQ(written["accessibilitySummary"], "Excellent, 40 milliseconds, 0 percent packet loss");
-    EXPECT_EQ(written["samples"], 6);
+    constexpr auto expected =
+        R"({"time":"1970-01-01T00:00:00.001Z","monotonic":12.5,"host":"example.org",)"
+        R"("resolvedAddress":"192.0.2.7","status":"up","score":0.75,"bars":4,"latestPingMs":40.5,)"
+        R"("lossPercent":2.5,"lossIsKnown":true,"menuTitle":"the title","tooltip":"the tool tip",)"
+        R"("qualityTitle":"Good","qualityTone":"good","downReason":null,"downReasonText":null,)"
+        R"("lastError":"the last error","startError":"Could not open ICMP socket: Permission denied",)"
+        R"("accessibilitySummary":"the summary",)"
+        R"("session":{"sent":1,"replied":2,"lost":3,"averageMs":4.5,"fastestMs":5.5,"slowestMs":6.5},)"
+        R"("site":{"sent":7,"replied":8,"lost":9,"averageMs":10.5,"fastestMs":11.5,"slowestMs":12.5},)"
+        R"("samples":300})"
+        "\n";
+    EXPECT_EQ(text(), expected);
 }
 
-TEST_F(JsonLineTest, TheCountersAreThoseOfTheLedger) {
-    answerAfter(0.04);
-    watchFor(5.5);
-
-    const Json session = line()["session"];
-
-    EXPECT_EQ(session["sent"], 6);
-    EXPECT_EQ(session["replied"], 6);
-    EXPECT_EQ(session["lost"], 0);
-    EXPECT_NEAR(session["averageMs"].get<double>(), 40, 0.001);
-    EXPECT_NEAR(session["fastestMs"].get<double>(), 40, 0.001);
-    EXPECT_NEAR(session["slowestMs"].get<double>(), 40, 0.001);
-    EXPECT_EQ(line()["site"], session);
+TEST_F(JsonLineTest, CasesAreWrittenByTheirNames) {
+    using Status = ConnectionWatchdog::Status;
+    using Kind = DownReason::Kind;
+    for (const auto& [status, name] :
+         {std::pair{Status::starting, "starting"}, {Status::up, "up"}, {Status::down, "down"}}) {
+        reading_.status = status;
+        EXPECT_EQ(line()["status"], name);
+    }
+    for (const auto& [tone, name] :
+         {std::pair{QualityTone::neutral, "neutral"},
+          {QualityTone::good, "good"},
+          {QualityTone::middle, "middle"},
+          {QualityTone::bad, "bad"}}) {
+        reading_.qualityTone = tone;
+        EXPECT_EQ(line()["qualityTone"], name);
+    }
+    reading_.downReasonText = "why";
+    for (const auto& [kind, name] :
+         {std::pair{Kind::socketError, "socketError"},
+          {Kind::hostNotFound, "hostNotFound"},
+          {Kind::noNetwork, "noNetwork"},
+          {Kind::noReplies, "noReplies"}}) {
+        reading_.downReason = DownReason{kind};
+        EXPECT_EQ(line()["downReason"], name);
+        EXPECT_EQ(line()["downReasonText"], "why");
+    }
 }
-
-TEST_F(JsonLineTest, TheMenuTitleIsTheOneHandedIn) {
-    EXPECT_EQ(line()["menuTitle"], "42ms (3%)");
-}
-
-TEST_F(JsonLineTest, TheMonotonicTimeIsThatOfTheLatestEvaluation) {
-    const double start = loop.now();
-    watchFor(3.7);
-
-    EXPECT_EQ(line()["monotonic"], start + 3);
-}
-
-TEST_F(JsonLineTest, TheTimeIsTheOneHandedIn) {
-    EXPECT_EQ(
-        Json::parse(jsonLine(monitor, at(std::chrono::milliseconds(1)), ""))["time"],
-        "1970-01-01T00:00:00.001Z");
-}
-
-// The tones and reasons by their names.
-
-struct Latency {
-    double seconds;
-    std::string tone;
-};
-
-class JsonTone : public JsonLineTest, public testing::WithParamInterface<Latency> {};
-
-TEST_P(JsonTone, IsWrittenByItsName) {
-    answerAfter(GetParam().seconds);
-    watchFor(20.5);
-
-    EXPECT_EQ(line()["qualityTone"], GetParam().tone);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    JsonLine, JsonTone, testing::Values(Latency{0.04, "good"}, Latency{0.55, "middle"}, Latency{2, "bad"}));
-
-struct Failure {
-    std::string name;
-    std::function<void(WatchedMonitor&)> arrange;
-    std::string reason;
-    std::string text;
-};
-
-class JsonDownReason : public JsonLineTest, public testing::WithParamInterface<Failure> {};
-
-TEST_P(JsonDownReason, IsWrittenByItsNameAndText) {
-    GetParam().arrange(*this);
-    monitor.start();
-    ASSERT_TRUE(waitUntilDown());
-
-    const Json written = line();
-
-    EXPECT_EQ(written["status"], "down");
-    EXPECT_EQ(written["downReason"], GetParam().reason);
-    EXPECT_EQ(written["downReasonText"], GetParam().text);
-    EXPECT_EQ(written["bars"], 0);
-    EXPECT_EQ(written["qualityTitle"], "Connection down");
-    EXPECT_EQ(written["qualityTone"], "bad");
-    EXPECT_EQ(written["accessibilitySummary"], "Connection down, " + GetParam().text);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    JsonLine, JsonDownReason,
-    testing::Values(
-        Failure{"NoReplies", [](auto& world) { world.fallSilent(); }, "noReplies", "No replies for 8 s"},
-        Failure{
-            "HostNotFound",
-            [](auto& world) {
-                world.prefs.setHostname("no.such.host");
-                world.network.setHost("no.such.host", PingError::resolution("Name or service not known"));
-            },
-            "hostNotFound", "Can’t find host “no.such.host”"},
-        Failure{
-            "SocketError", [](auto& world) { world.network.setSocketError(AF_INET, "Permission denied"); },
-            "socketError", "Can’t open a ping socket"},
-        Failure{
-            "NoNetwork",
-            [](auto& world) {
-                world.fallSilent();
-                world.loop.post([&world] { world.path.report(false); });
-            },
-            "noNetwork", "No network connection"}),
-    [](const auto& test) { return test.param.name; });
-
-TEST_F(JsonLineTest, AFailedStartIsWrittenWithItsMessage) {
-    network.setSocketError(AF_INET, "Permission denied");
-    watchFor(2.5);
-
-    const Json written = line();
-
-    ASSERT_TRUE(monitor.startError());
-    EXPECT_EQ(written["startError"], monitor.startError()->message());
-    EXPECT_EQ(written["lastError"], monitor.startError()->message());
-}
-
-// Texts that are not UTF-8, and texts that break lines.
 
 TEST_F(JsonLineTest, AHostThatIsNotUtf8IsWrittenWithMarksInItsPlace) {
-    prefs.setHostname("caf\xE9.example");
-    resolve("caf\xE9.example", "192.0.2.7");
-    watchFor(1.5);
+    reading_.host = "caf\xE9.example";
 
     EXPECT_EQ(line()["host"], "caf\uFFFD.example");
 }
 
 TEST_F(JsonLineTest, AHostWithALineBreakStaysOnTheLine) {
-    prefs.setHostname("two\nlines\"");
-    resolve("two\nlines\"", "192.0.2.7");
-    watchFor(1.5);
+    reading_.host = "two\nlines\"";
 
     EXPECT_EQ(text().find('\n'), text().size() - 1);
     EXPECT_EQ(line()["host"], "two\nlines\"");

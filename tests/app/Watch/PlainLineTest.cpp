@@ -1,7 +1,5 @@
-// The state of the connection in one line of plain text.
+// A reading in one line of plain text.
 #include "app/Watch/PlainLine.h"
-
-#include "tests/app/WatchedMonitor.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -13,9 +11,7 @@ namespace tarnwick {
 
 namespace {
 
-using testing::HasSubstr;
-
-class PlainLineTest : public testing::Test, protected WatchedMonitor {
+class PlainLineTest : public testing::Test {
 protected:
     PlainLineTest() { inTimeZone("UTC0"); }
 
@@ -30,8 +26,25 @@ protected:
     }
 
     [[nodiscard]] std::string line() const {
-        return plainLine(monitor, RunLoop::WallTime(std::chrono::seconds(1'709'251'199)));
+        return plainLine(reading_, RunLoop::WallTime(std::chrono::seconds(1'709'251'199)));
     }
+
+    /// Makes it one of a working connection.
+    void work() {
+        reading_.qualityTitle = "Excellent";
+        reading_.latencyText = "40 ms";
+        reading_.lossText = "0% loss";
+        reading_.hostLine = "1.1.1.1";
+    }
+
+    void goDown() {
+        reading_.qualityTitle = "Connection down";
+        reading_.latencyText = "Down";
+        reading_.lossText.reset();
+        reading_.hostLine = "No replies for 8 s";
+    }
+
+    Reading reading_;
 };
 
 /// The column, in characters, at which `part` begins.
@@ -45,22 +58,12 @@ std::ptrdiff_t columnOf(const std::string& line, const std::string& part) {
 
 } // namespace
 
-TEST_F(PlainLineTest, SaysTimeQualityLatencyLossAndHost) {
-    answerAfter(0.04);
-    watchFor(5.5);
+TEST_F(PlainLineTest, HasTimeQualityLatencyLossAndHostInColumns) {
+    work();
+    EXPECT_EQ(line(), "2024-02-29 23:59:59  Excellent          40 ms   0% loss  1.1.1.1\n");
 
-    const std::string text = line();
-
-    EXPECT_THAT(text, testing::StartsWith("2024-02-29 23:59:59"));
-    for (const char* part : {"Excellent", "40 ms", "0% loss", "1.1.1.1"}) {
-        EXPECT_THAT(text, HasSubstr(part));
-    }
-}
-
-TEST_F(PlainLineTest, EndsWithItsOnlyLineBreak) {
-    watchFor(5.5);
-
-    EXPECT_EQ(line().find('\n'), line().size() - 1);
+    goDown();
+    EXPECT_EQ(line(), "2024-02-29 23:59:59  Connection down     Down            No replies for 8 s\n");
 }
 
 TEST_F(PlainLineTest, TheTimeIsLocal) {
@@ -69,42 +72,17 @@ TEST_F(PlainLineTest, TheTimeIsLocal) {
     EXPECT_THAT(line(), testing::StartsWith("2024-03-01 02:29:59"));
 }
 
-TEST_F(PlainLineTest, BeforeTheFirstReplyItIsConnecting) {
-    fallSilent();
-    watchFor(0.5);
+TEST_F(PlainLineTest, CharactersOfSeveralBytesTakeOneColumn) {
+    work();
+    const std::ptrdiff_t host = columnOf(line(), "1.1.1.1");
 
-    EXPECT_THAT(line(), HasSubstr("Connecting…"));
-    EXPECT_THAT(line(), HasSubstr("–"));
-}
-
-TEST_F(PlainLineTest, WhileDownItNamesTheReasonInsteadOfTheHost) {
-    fallSilent();
-    monitor.start();
-    ASSERT_TRUE(waitUntilDown());
-
-    EXPECT_THAT(line(), HasSubstr("Connection down"));
-    EXPECT_THAT(line(), HasSubstr("No replies for 8 s"));
-    EXPECT_THAT(line(), testing::Not(HasSubstr("loss")));
-}
-
-TEST_F(PlainLineTest, TheColumnsStayWhereTheyAre) {
-    fallSilent();
-    watchFor(0.5);
-    const std::ptrdiff_t connecting = columnOf(line(), "1.1.1.1");
-
-    answerAfter(0.04);
-    loop.advance(5);
-    EXPECT_EQ(columnOf(line(), "1.1.1.1"), connecting);
-
-    fallSilent();
-    ASSERT_TRUE(waitUntilDown());
-    EXPECT_EQ(columnOf(line(), "No replies"), connecting);
+    reading_.qualityTitle = "Connecting…";
+    reading_.latencyText = "–";
+    EXPECT_EQ(columnOf(line(), "1.1.1.1"), host);
 }
 
 TEST_F(PlainLineTest, AHostWithALineBreakStaysOnTheLine) {
-    prefs.setHostname("two\nlines");
-    resolve("two\nlines", "192.0.2.7");
-    watchFor(1.5);
+    reading_.hostLine = "two\nlines";
 
     EXPECT_EQ(line().find('\n'), line().size() - 1);
 }

@@ -78,7 +78,7 @@ const std::string heldSuffix = "20ms (0%)";
 } // namespace
 
 TEST_F(PresentationTest, JsonIsOneObjectALine) {
-    JsonPresentation presentation(loop, monitor, quit());
+    JsonPresentation presentation(loop, monitor.observedReading(), quit());
     watchFor(3.5);
 
     const std::string lines = written(presentation) + written(presentation);
@@ -91,7 +91,7 @@ TEST_F(PresentationTest, JsonIsOneObjectALine) {
 }
 
 TEST_F(PresentationTest, JsonHasTheTitleWithoutLossWhileThereIsNone) {
-    JsonPresentation presentation(loop, monitor, quit());
+    JsonPresentation presentation(loop, monitor.observedReading(), quit());
     monitor.start();
 
     EXPECT_THAT(titles(presentation, 30), testing::Each(noLossSuffix));
@@ -99,7 +99,7 @@ TEST_F(PresentationTest, JsonHasTheTitleWithoutLossWhileThereIsNone) {
 
 TEST_F(PresentationTest, JsonHoldsTheLossInTheTitleForTenSecondsAfterItHasEnded) {
     loseOnePing();
-    JsonPresentation presentation(loop, monitor, quit());
+    JsonPresentation presentation(loop, monitor.observedReading(), quit());
     monitor.start();
 
     const auto shown = titles(presentation, 90);
@@ -116,7 +116,7 @@ TEST_F(PresentationTest, JsonHoldsTheLossInTheTitleForTenSecondsAfterItHasEnded)
 
 TEST_F(PresentationTest, JsonAlwaysHasTheLossInTheTitleWhenThatIsWanted) {
     prefs.setLossTextMode(MenuBarTitle::LossMode::always);
-    JsonPresentation presentation(loop, monitor, quit());
+    JsonPresentation presentation(loop, monitor.observedReading(), quit());
     monitor.start();
 
     EXPECT_THAT(titles(presentation, 10), testing::Each(heldSuffix));
@@ -125,14 +125,14 @@ TEST_F(PresentationTest, JsonAlwaysHasTheLossInTheTitleWhenThatIsWanted) {
 TEST_F(PresentationTest, JsonNeverHasTheLossInTheTitleWhenItIsSwitchedOff) {
     prefs.setLossTextMode(MenuBarTitle::LossMode::off);
     loseOnePing();
-    JsonPresentation presentation(loop, monitor, quit());
+    JsonPresentation presentation(loop, monitor.observedReading(), quit());
     monitor.start();
 
     EXPECT_THAT(titles(presentation, 60), testing::Each(noLossSuffix));
 }
 
 TEST_F(PresentationTest, PlainIsOneLineAShowing) {
-    PlainPresentation presentation(loop, monitor, quit());
+    PlainPresentation presentation(loop, monitor.observedReading(), quit());
     watchFor(3.5);
 
     const std::string line = written(presentation);
@@ -142,8 +142,8 @@ TEST_F(PresentationTest, PlainIsOneLineAShowing) {
 }
 
 TEST_F(PresentationTest, AClosedPipeEndsTheProgramWithoutAComplaint) {
-    JsonPresentation json(loop, monitor, quit());
-    PlainPresentation plain(loop, monitor, quit());
+    JsonPresentation json(loop, monitor.observedReading(), quit());
+    PlainPresentation plain(loop, monitor.observedReading(), quit());
     pipe_.closeReader();
 
     static_cast<void>(written(json));
@@ -153,7 +153,7 @@ TEST_F(PresentationTest, AClosedPipeEndsTheProgramWithoutAComplaint) {
 }
 
 TEST_F(PresentationTest, ASlowReaderEndsNothing) {
-    JsonPresentation presentation(loop, monitor, quit());
+    JsonPresentation presentation(loop, monitor.observedReading(), quit());
     pipe_.makeNonBlocking();
     pipe_.write(std::string(pipe_.capacity(), '.'));
     {
@@ -170,7 +170,7 @@ TEST_F(PresentationTest, OutputThatCannotBeWrittenEndsTheProgramWithTheReason) {
     if (!full.isOpen()) {
         TARNWICK_CANNOT_RUN("this system has no /dev/full");
     }
-    PlainPresentation presentation(loop, monitor, quit());
+    PlainPresentation presentation(loop, monitor.observedReading(), quit());
     {
         const Redirection redirection(full.get());
         presentation.show();
@@ -193,7 +193,7 @@ protected:
     }
 
 private:
-    JsonPresentation presentation_{loop, monitor, quit()};
+    JsonPresentation presentation_{loop, monitor.observedReading(), quit()};
 };
 
 TEST_F(NotesTest, EachIsALineOnStandardError) {

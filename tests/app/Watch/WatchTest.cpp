@@ -32,7 +32,7 @@ public:
 
     void show() override {
         ++shown_.times;
-        shown_.evaluations.push_back(monitor_.evaluatedAt());
+        shown_.evaluations.push_back(monitor_.reading().evaluatedAt.monotonic);
     }
 
     void setNotes(const std::vector<std::string>& notes) override {
@@ -122,7 +122,7 @@ TEST_F(WatchTest, SaysItWithoutWaitingForTheConnectionToCountAsDown) {
 
     startAndWait(0.5);
 
-    EXPECT_EQ(monitor.status(), Monitor::Status::starting);
+    EXPECT_EQ(monitor.reading().status, Monitor::Status::starting);
     EXPECT_THAT(shown_.notes, ElementsAre(HasSubstr("the command")));
 }
 
@@ -130,13 +130,13 @@ TEST_F(WatchTest, RecoversByItselfOnceTheUserMayPingAndTakesTheNoteBack) {
     network.setSocketError(AF_INET, "Permission denied");
     missingPermission_ = "the command";
     startAndWait(120);
-    ASSERT_EQ(monitor.status(), Monitor::Status::down);
+    ASSERT_EQ(monitor.reading().status, Monitor::Status::down);
 
     network.setSocketError(AF_INET, std::nullopt);
     missingPermission_.reset();
     loop.advance(60);
 
-    EXPECT_EQ(monitor.status(), Monitor::Status::up);
+    EXPECT_EQ(monitor.reading().status, Monitor::Status::up);
     EXPECT_THAT(shown_.notes, IsEmpty());
 }
 
@@ -155,7 +155,7 @@ TEST_F(WatchTest, AHostThatIsNotFoundNeedsNoNote) {
 
     startAndWait(60);
 
-    EXPECT_EQ(monitor.status(), Monitor::Status::down);
+    EXPECT_EQ(monitor.reading().status, Monitor::Status::down);
     EXPECT_THAT(shown_.notes, IsEmpty());
 }
 
@@ -188,7 +188,7 @@ TEST_F(WatchTest, TakesTheNoteBackWhenItTakesTheRecordingOver) {
     other.reset();
     loop.advance(25);
 
-    EXPECT_EQ(monitor.recording(), StatsRecorder::State::records);
+    EXPECT_EQ(monitor.reading().recording, StatsRecorder::State::records);
     EXPECT_THAT(shown_.notes, IsEmpty());
 }
 

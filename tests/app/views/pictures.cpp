@@ -34,7 +34,8 @@ namespace {
 
 StatusFace face(StatusFace::Icon icon, int bars, const std::string& title, const std::string& figure) {
     const QtFacePainter painter;
-    StatusFace face{.icon = icon, .activeBars = bars, .figure = figure};
+    StatusFace face{
+        .isDown = icon == StatusFace::Icon::failed, .icon = icon, .activeBars = bars, .figure = figure};
     if (!title.empty()) {
         face.title = title;
         face.textSlot = std::max(painter.textWidth(title), painter.textWidth("88ms"));
@@ -53,7 +54,7 @@ std::vector<StatusFace> faces() {
         all.push_back(face(Icon::bars, bars, "", ""));
     }
     all.push_back(face(Icon::failed, 0, "", ""));
-    all.push_back(face(Icon::bars, 0, "…", ""));
+    all.push_back(face(Icon::bars, 0, "…", "…"));
     all.push_back(face(Icon::bars, 5, "9ms", "9"));
     all.push_back(face(Icon::bars, 5, "42ms", "42"));
     all.push_back(face(Icon::bars, 3, "0.3s (3%)", "0.3s"));
@@ -142,7 +143,7 @@ void watchBusily(WatchedMonitor& world) {
 
 QImage grabDropDown(WatchedMonitor& world, const test::StandardMenu& menu, int steps, const QString& name) {
     Menu shown(menu.menu.items());
-    DropDown dropDown(world.monitor, shown, world.loop);
+    DropDown dropDown(world.monitor.observedReading(), shown, world.loop);
     const auto begin = std::chrono::steady_clock::now();
     dropDown.open(ScreenPoint{400, 4});
     QApplication::processEvents();

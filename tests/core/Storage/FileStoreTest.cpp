@@ -4,8 +4,8 @@
 #include "core/FileDescriptor.h"
 #include "tests/core/ChildProcess.h"
 #include "tests/core/Storage/PrivateMounts.h"
-#include "tests/support/SystemCalls.h"
 #include "tests/support/Files.h"
+#include "tests/support/SystemCalls.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -28,8 +28,6 @@ public:
 
     void setPanelFace(PanelFace /*form*/) override {}
 
-    [[nodiscard]] double textWidth(const std::string& text) const override { return shown_.textWidth(text); }
-
 private:
     RecordingStatusItem& shown_;
     int& alive_;
@@ -66,7 +64,7 @@ protected:
     std::unique_ptr<PanelStatusItem> item;
 };
 
-const StatusFace threeBars{.icon = StatusFace::Icon::bars, .activeBars = 3};
+const StatusFace threeBars{.activeBars = 3};
 
 } // namespace
 

@@ -2,12 +2,12 @@
 #include "platform/xdg/AutostartEntry.h"
 
 #include "tests/core/Required.h"
-#include "tests/support/Unprivileged.h"
 #include "tests/platform/ports/LoginItemContract.h"
 #include "tests/simulation/FakeLoginItem.h"
 #include "tests/support/Command.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Unprivileged.h"
 #include "tests/support/Variable.h"
 
 #include <chrono>

@@ -71,10 +71,10 @@ TEST(LatencyPalette, EveryColorStandsOutFromItsGround) {
 TEST(LatencyPalette, TonesHaveTheirColors) {
     const LatencyPalette palette(light());
 
-    EXPECT_EQ(palette.of(Monitor::QualityTone::neutral), palette.secondary());
-    EXPECT_EQ(palette.of(Monitor::QualityTone::good), palette.good());
-    EXPECT_EQ(palette.of(Monitor::QualityTone::middle), palette.warn());
-    EXPECT_EQ(palette.of(Monitor::QualityTone::bad), palette.bad());
+    EXPECT_EQ(palette.of(QualityTone::neutral), palette.secondary());
+    EXPECT_EQ(palette.of(QualityTone::good), palette.good());
+    EXPECT_EQ(palette.of(QualityTone::middle), palette.warn());
+    EXPECT_EQ(palette.of(QualityTone::bad), palette.bad());
 }
 
 TEST(LatencyPalette, AnOutageIsALittleTransparentAndAnEmptySlotWholly) {

@@ -123,9 +123,12 @@ TEST_F(QtFacePainterTest, InkDoesNotChangeWhatIsCovered) {
 }
 
 TEST_F(QtFacePainterTest, ADownIsTheSameTriangleInEverySquareFace) {
-    const StatusFace withText{.icon = StatusFace::Icon::failed, .title = "Failed", .textSlot = 40};
-    const StatusFace iconOnly{.icon = StatusFace::Icon::failed};
-    const StatusFace textOnly{.icon = StatusFace::Icon::none, .title = "Failed", .textSlot = 40};
+    const StatusFace iconOnly{.isDown = true, .icon = StatusFace::Icon::failed};
+    StatusFace withText = iconOnly;
+    withText.title = "Failed";
+    withText.textSlot = 40;
+    StatusFace textOnly = withText;
+    textOnly.icon = StatusFace::Icon::none;
     const Pixmap triangle = paint(iconOnly, Form::square, 22);
 
     EXPECT_EQ(paint(withText, Form::square, 22), triangle);

@@ -59,15 +59,15 @@ TEST(SquareFace, WithoutAnIconItShowsTheFigureAlone) {
 }
 
 TEST(SquareFace, ADownIsATriangleWithAndWithoutAnIcon) {
-    const StatusFace withIcon{.icon = StatusFace::Icon::failed, .title = "Failed"};
-    const StatusFace textOnly{.icon = StatusFace::Icon::none, .title = "Failed"};
+    const StatusFace withIcon{.isDown = true, .icon = StatusFace::Icon::failed, .title = "Failed"};
+    const StatusFace textOnly{.isDown = true, .icon = StatusFace::Icon::none, .title = "Failed"};
 
     EXPECT_EQ(SquareFace::content(withIcon), Content{.triangle = true});
     EXPECT_EQ(SquareFace::content(textOnly), Content{.triangle = true});
 }
 
 TEST(SquareFace, BeforeTheFirstReplyItShowsTheEllipsis) {
-    const StatusFace face{.icon = StatusFace::Icon::bars, .title = "…"};
+    const StatusFace face{.icon = StatusFace::Icon::bars, .title = "…", .figure = "…"};
 
     EXPECT_EQ(SquareFace::content(face), (Content{.figure = "…", .bars = true}));
 }

@@ -1,0 +1,59 @@
+// What has been measured and judged so far, before anything is made of it to show.
+#pragma once
+
+#include "core/ConnectionWatchdog.h"
+#include "core/MenuBarTitle.h"
+#include "core/PingError.h"
+#include "core/PingLedger.h"
+#include "core/RunLoop.h"
+
+#include <deque>
+#include <optional>
+#include <string>
+
+namespace tarnwick {
+
+/// One ping of the latency chart.
+struct Sample {
+    std::uint64_t id = 0;
+    RunLoop::WallTime date{}; ///< when it was sent
+    std::optional<double> rttMs = std::nullopt;
+    bool lost = false;
+
+    friend bool operator==(const Sample&, const Sample&) = default;
+};
+
+using Samples = std::deque<Sample>;
+
+/// Whether this process writes the all-time statistics.
+enum class Recording {
+    records,      ///< it does
+    otherRecords, ///< another process does; nothing is written here
+    cannotRecord, ///< nothing can be written in that folder
+};
+
+struct Measurements {
+    ConnectionWatchdog::Status status = ConnectionWatchdog::Status::starting;
+    std::optional<double> score = std::nullopt;
+    std::optional<double> latestPingMs = std::nullopt;
+    double lossPercent = 0;
+    bool lossIsKnown = false;
+    std::optional<std::string> resolvedAddress = std::nullopt;
+    std::optional<PingError> startError = std::nullopt;
+    bool pathSatisfied = true;
+    Samples samples{}; ///< of the last 300 s, in the order of sending
+    PingLedger ledger{};
+    Recording recording = Recording::records;
+    double evaluatedAt = 0; ///< monotonic seconds of the latest evaluation
+};
+
+/// The settings that decide what is shown.
+struct ReadingSettings {
+    std::string hostname{};
+    double slowPingThresholdMs = 0;
+    double pingTimeout = 0;  ///< seconds
+    double pingInterval = 0; ///< seconds
+    MenuBarTitle::LossMode lossTextMode = MenuBarTitle::LossMode::off;
+};
+
+} // namespace tarnwick

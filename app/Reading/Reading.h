@@ -1,0 +1,88 @@
+// What there is to show of the connection, as one value. Every front end is a view of it.
+#pragma once
+
+#include "app/Reading/LatencyBuckets.h"
+#include "app/Reading/Measurements.h"
+
+#include <optional>
+#include <string>
+
+namespace tarnwick {
+
+/// Signal bars in every front end.
+inline constexpr int barLevels = 5;
+
+enum class QualityTone { neutral, good, middle, bad };
+
+/// A moment in monotonic seconds. It makes no two readings differ: an evaluation that finds nothing new
+/// leaves nothing new to show.
+struct EvaluationTime {
+    double monotonic = 0;
+
+    friend constexpr bool operator==(EvaluationTime, EvaluationTime) { return true; }
+};
+
+struct Reading {
+    // The verdict.
+    ConnectionWatchdog::Status status = ConnectionWatchdog::Status::starting;
+    std::optional<double> score = std::nullopt;
+    int bars = 0; ///< lit, of `barLevels`; none without a score and while down
+    QualityTone qualityTone = QualityTone::neutral;
+    std::string qualityTitle{};
+    std::optional<DownReason> downReason = std::nullopt; ///< absent unless down
+    std::string downReasonText{};
+
+    // The host.
+    std::string host{};
+    std::optional<std::string> resolvedAddress = std::nullopt;
+    std::string hostLine{}; ///< host and address; why the connection is down, while it is
+    std::optional<PingError> startError = std::nullopt;
+    std::optional<std::string> lastError = std::nullopt; ///< the text of `startError`
+    bool pathSatisfied = true;
+
+    // Latency and loss.
+    std::optional<double> latestPingMs = std::nullopt;
+    std::string latencyText{}; ///< "23 ms", "Down", or a dash while nothing is known
+    double lossPercent = 0;
+    bool lossIsKnown = false;
+    bool showsLoss = false;
+    std::optional<std::string> lossText = std::nullopt; ///< "3% loss"; absent while none is to be shown
+    MenuBarTitle::LossMode lossTextMode = MenuBarTitle::LossMode::off; ///< for the status item's title
+
+    // Texts for more than one of these.
+    std::string tooltip{};              ///< latest latency and recent loss, on two lines
+    std::string accessibilitySummary{}; ///< for assistive technology
+
+    // What was counted, and the last five minutes.
+    StatCounter session{};
+    StatCounter site{}; ///< of this host, for all time
+    LatencyChart::Chart chart{};
+    std::size_t samples = 0; ///< pings in the last five minutes
+    Recording recording = Recording::records;
+
+    EvaluationTime evaluatedAt{};
+
+    friend bool operator==(const Reading&, const Reading&) = default;
+
+    [[nodiscard]] bool isDown() const { return status == ConnectionWatchdog::Status::down; }
+
+    [[nodiscard]] bool isLossy() const { return lossPercent > 0; }
+
+    /// The loss, unless it is unknown.
+    [[nodiscard]] std::optional<double> knownLoss() const {
+        return lossIsKnown ? std::optional(lossPercent) : std::nullopt;
+    }
+
+    /// The text of the status item: "42ms", "42ms (3%)", "…", "Failed".
+    [[nodiscard]] std::string menuTitle(bool withLoss) const;
+    /// The latency alone, for places too narrow for the title: "42", "1.2s", "…"; empty while down.
+    [[nodiscard]] std::string figure() const;
+    /// The status item's tool tip: `tooltip`, or why the connection is down with the last error.
+    [[nodiscard]] std::string itemToolTip() const;
+};
+
+/// `wallTime` is the end of the chart.
+[[nodiscard]] Reading makeReading(
+    const Measurements& measured, const ReadingSettings& settings, RunLoop::WallTime wallTime);
+
+} // namespace tarnwick
