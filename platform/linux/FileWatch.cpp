@@ -117,8 +117,8 @@ bool FileWatch::concernsFile(const char* events, std::size_t size) const {
             return true;
         }
         const bool isFolderGone = (event.mask & (folderGone | IN_UNMOUNT)) != 0;
-        if (std::ranges::any_of(watched_, [&](const Watched& watched) {
-                return watched.number == event.wd && (isFolderGone || watched.name == name);
+        if (std::ranges::any_of(watched_, [&, number = event.wd](const Watched& watched) {
+                return watched.number == number && (isFolderGone || watched.name == name);
             })) {
             return true;
         }
