@@ -113,6 +113,7 @@ void Preferences::reload() {
 
 void Preferences::restoreDefaults() {
     defaults_.edit([this] {
+        // The registered settings first: the store sees a fixed order.
         for (const bool isRegistered : {true, false}) {
             for (const SettingRow& row : settingTable) {
                 if ((row.kind == SettingDefault::registered) == isRegistered) {
