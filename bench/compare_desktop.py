@@ -26,7 +26,7 @@ from endtoend.waiting import eventually  # noqa: E402
 
 PANELS = {"xfce": XfcePanel, "lxqt": LxqtPanel}
 NETWORK_MANAGER = "org.freedesktop.NetworkManager"
-# Starting does not count, nor does the first picture in the panel.
+# Left out of the measurement: the start and the first picture in the panel.
 SETTLING_SECONDS = 8
 
 

@@ -15,7 +15,7 @@ class QPushButton;
 
 namespace tarnwick {
 
-/// Leading or trailing in the layout's direction. A label by itself follows the direction of its text.
+/// Leading or trailing in the layout's direction. Left alone, a label follows the direction of its text.
 void alignText(QLabel& label, Qt::Alignment side);
 
 void setTextColor(QLabel& label, const QColor& color);

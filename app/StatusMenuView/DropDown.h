@@ -25,7 +25,8 @@ public:
     ~DropDown();
 
     /// A click on the status item: opens there, or closes. The click that has just closed the window by
-    /// taking its focus away does not open it again, nor does a panel that tells of one click twice.
+    /// taking its focus away does not open it again, and a panel that reports one click twice does not
+    /// either.
     void toggle(std::optional<ScreenPoint> at);
     /// At a point, if there is one, else at the corner where panels usually have their items. When it is
     /// open already it comes to the front.

@@ -44,7 +44,7 @@ struct WatchedMonitor {
         network.setHost(host, std::vector{simulation::VirtualNetwork::address(address)});
     }
 
-    /// Starts the monitor and lets so many seconds pass.
+    /// Starts the monitor and lets `seconds` pass.
     void watchFor(double seconds) {
         monitor.start();
         loop.advance(seconds);

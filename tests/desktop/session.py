@@ -24,8 +24,8 @@ MARK = "TARNWICK_TEST_SESSION"
 # Some compositors refuse to run as root.
 NOBODY = 65534
 PR_SET_PDEATHSIG = 1
-# An ordinary session bus, but one that lets the tests look in whoever the session's user is, and starts only what the
-# session offers.
+# An ordinary session bus, except that the tests may listen on it as any user, and that it starts only the session's own
+# services.
 USUAL_BUS = pathlib.Path("/usr/share/dbus-1/session.conf")
 USUAL_SERVICES = "<standard_session_servicedirs />"
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"

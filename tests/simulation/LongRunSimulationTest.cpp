@@ -14,7 +14,7 @@ constexpr double hour = 3600;
 
 class LongRunSimulationTest : public testing::Test, protected MonitorWorld {
 protected:
-    /// Sets the wall clock by so many seconds.
+    /// Moves the wall clock by `seconds`.
     void setWallClockBy(int seconds) { loop.setWallClock(loop.wallNow() + std::chrono::seconds(seconds)); }
 
     [[nodiscard]] const StatCounter& session() const { return monitor->measured().ledger.session(); }

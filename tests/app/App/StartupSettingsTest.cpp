@@ -38,7 +38,7 @@ protected:
         qputenv("XDG_CURRENT_DESKTOP", desktops);
     }
 
-    /// Whether it was shown; nothing when nobody told in time.
+    /// Whether they were shown; nothing without an answer in time.
     [[nodiscard]] static std::optional<bool> open() { return test::answerOf(StartupSettings::open); }
 
     test::TemporaryFolder folder_;

@@ -16,7 +16,7 @@ const PingError notFound = PingError::resolution("Name or service not known");
 const PingError noSocket = PingError::socket("Permission denied");
 constexpr auto now = RunLoop::WallTime(std::chrono::hours(480'000));
 
-/// Scores with so many lit bars.
+/// Scores with this number of lit bars.
 constexpr double fiveBars = 1;
 constexpr double fourBars = 0.7;
 constexpr double threeBars = 0.5;

@@ -31,7 +31,7 @@ struct WatchedStatusItem : WatchedMonitor {
             .updates = offersUpdates ? &updates : nullptr});
     }
 
-    /// Shows it, starts the monitor and lets so many seconds pass.
+    /// Shows it, starts the monitor and lets `seconds` pass.
     void showFor(double seconds) {
         show();
         watchFor(seconds);

@@ -47,7 +47,7 @@ protected:
         return pipe_.read();
     }
 
-    /// The menu title that is written each second, for so many seconds.
+    /// The menu titles written in the next `seconds`, one each second.
     [[nodiscard]] std::vector<std::string> titles(JsonPresentation& presentation, int seconds) {
         std::vector<std::string> titles;
         for (int second = 0; second < seconds; ++second) {

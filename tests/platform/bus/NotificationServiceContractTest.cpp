@@ -350,7 +350,7 @@ TYPED_TEST(NotificationServiceContract, ABusThatDoesNotAnswerInTimeLetsThePostGo
     this->becomeImpatient(shortPatience);
     this->addService();
     this->center().post("stale", "");
-    // The connection is not taken up in this time, as if the bus took so long.
+    // The loop stands still in this time, as if the bus were slow to connect.
     this->beBusyUntil(this->loop_.now() + 2 * shortPatience);
 
     ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));

@@ -48,7 +48,7 @@ INSTANTIATE_TEST_SUITE_P(
         Permission{"WidenedUpward", "1000\t2000\n", {2001, 5}, "1000 2001"},
         Permission{"AnUnreadableSettingTellsNothing", "", {1000}, std::nullopt},
         Permission{"HalfASettingTellsNothing", "1000\n", {1000}, std::nullopt},
-        Permission{"WordsTellNothing", "nobody at all", {1000}, std::nullopt}),
+        Permission{"WordsTellNothing", "no numbers", {1000}, std::nullopt}),
     [](const auto& test) { return test.param.name; });
 
 TEST(PingPermission, OfThisProcessAgreesWithTheKernel) {

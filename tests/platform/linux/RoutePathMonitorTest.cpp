@@ -59,7 +59,7 @@ class TakeoverTest : public RoutePathTest, public testing::WithParamInterface<Ta
 /// Whether messages about routes name the interfaces of their next hops too.
 class NextHopTest : public RoutePathTest, public testing::WithParamInterface<bool> {};
 
-/// What a router tells its network: that it may be used for so many seconds.
+/// Announces a router that may be used for `lifetime` seconds.
 bool advertiseRouter(const std::string& fromInterface, std::uint16_t lifetime) {
     const FileDescriptor socket(::socket(AF_INET6, SOCK_RAW | SOCK_CLOEXEC, IPPROTO_ICMPV6));
     const int hops = 255;

@@ -92,7 +92,7 @@ TEST_F(SignalWatchTest, NothingIsReportedAfterTheWatchHasGone) {
         const SignalWatch watch(loop_, {SIGWINCH}, [this](int signal) { reported_.push_back(signal); });
     }
 
-    std::raise(SIGWINCH); // ignored unless somebody waits for it
+    std::raise(SIGWINCH); // ignored unless it is waited for
     runUntilIdle();
 
     EXPECT_TRUE(reported_.empty());

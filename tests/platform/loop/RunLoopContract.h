@@ -82,7 +82,7 @@ protected:
         return driver_.runUntil(condition);
     }
 
-    /// Runs the loop until all that is due within so many seconds has had its turn.
+    /// Runs the loop until all that is due within `seconds` has had its turn.
     [[nodiscard]] bool runFor(double seconds) {
         bool isOver = false;
         const RunLoop::Handle end = loop().after(seconds, [&] { isOver = true; });

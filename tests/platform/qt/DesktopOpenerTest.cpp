@@ -31,7 +31,7 @@ protected:
         std::filesystem::permissions(file, std::filesystem::perms::owner_all);
     }
 
-    /// Whether it was opened; nothing when nobody told in time.
+    /// Whether it was opened; nothing without an answer in time.
     [[nodiscard]] static std::optional<bool> open(const QString& what) {
         return test::answerOf([&what](DesktopOpened opened) { openWithDesktop(what, std::move(opened)); });
     }

@@ -11,7 +11,7 @@
 
 namespace tarnwick::test {
 
-/// What is told of a program that `start` starts; nothing when nobody told in time.
+/// The answer about a program that `start` starts; nothing without one in time.
 [[nodiscard]] inline std::optional<bool> answerOf(const std::function<void(DesktopOpened)>& start) {
     std::optional<bool> answer;
     start([&answer](bool isOpened) { answer = isOpened; });
