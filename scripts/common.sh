@@ -82,7 +82,7 @@ install_packages() {
 # Whether the desktop program is to be built too: ON or OFF. It needs the packages of the section [desktop].
 desktop=OFF
 
-# The clone was copied or the presets have changed: what CMake remembers is not to be trusted.
+# False also when the clone was copied or the presets have changed since: CMake's cache is out of date then.
 is_configured() {
     local folder=$1
     [ -f "$folder/build.ninja" ] \
