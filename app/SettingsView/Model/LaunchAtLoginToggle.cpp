@@ -1,6 +1,6 @@
 #include "app/SettingsView/Model/LaunchAtLoginToggle.h"
 
-#include "app/App/Login/LaunchAtLogin.h"
+#include "app/Login/LaunchAtLogin.h"
 
 #include <utility>
 

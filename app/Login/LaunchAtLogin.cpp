@@ -1,4 +1,4 @@
-#include "app/App/Login/LaunchAtLogin.h"
+#include "app/Login/LaunchAtLogin.h"
 
 namespace tarnwick::LaunchAtLogin {
 
