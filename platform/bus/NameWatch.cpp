@@ -10,6 +10,8 @@ namespace tarnwick {
 
 namespace {
 
+constexpr const char* daemonName = "org.freedesktop.DBus";
+
 class NameWatch {
 public:
     NameWatch(BusConnection& bus, const std::string& name, OwnerListener listener)
@@ -44,7 +46,7 @@ private:
     }
 
     void notify(const std::string& owner, NameNews news) const {
-        // The listener may end this watch, and with it the function.
+        // A copy: the listener may destroy this watch.
         const OwnerListener listener = listener_;
         listener(owner, news);
     }
@@ -52,7 +54,7 @@ private:
     BusConnection& bus_;
     std::string name_;
     OwnerListener listener_;
-    std::optional<std::string> owner_; ///< unknown until the connection has told it
+    std::optional<std::string> owner_; ///< unknown until the bus daemon has answered
     Lifeline lifeline_;
     Subscription stateSubscription_;
     Subscription match_;
@@ -71,6 +73,9 @@ std::string nameChangeRule(const std::string& name, const char* key) {
 }
 
 std::optional<NameChange> nameChange(BusMessage& message) {
+    if (message.sender() != daemonName) {
+        return std::nullopt;
+    }
     const auto values = message.read<std::string, std::string, std::string>();
     return values ? std::optional(NameChange{.name = std::get<0>(*values), .owner = std::get<2>(*values)})
                   : std::nullopt;

@@ -12,18 +12,18 @@ namespace tarnwick {
 class BusMessage;
 
 enum class NameNews {
-    found,   ///< the owner that a new connection finds
-    changed, ///< since then; without an owner also when the connection is lost
+    found,   ///< the present owner, on a new connection
+    changed, ///< another owner than before; none also when the connection is lost
 };
 
-/// Told the owner's unique name, empty while there is none: once after each connecting, and after that at
-/// each change. What is called by name in between is answered by that owner, or by a later one.
+/// Told the owner's unique name, or an empty text while there is none: once on each new connection, then at
+/// each change. A call by name reaches the owner told last, or a newer one.
 using OwnerListener = std::function<void(const std::string& owner, NameNews news)>;
 
 /// `bus` outlives the subscription. Asking for the owner does not start a service.
 [[nodiscard]] Subscription watchName(BusConnection& bus, const std::string& name, OwnerListener listener);
 
-/// What the bus daemon tells when a name gets another owner.
+/// A name has another owner.
 struct NameChange {
     std::string name;
     std::string owner; ///< a unique name; empty: none
@@ -31,6 +31,7 @@ struct NameChange {
 
 /// The match for one name or, with `arg0namespace`, for all below it.
 [[nodiscard]] std::string nameChangeRule(const std::string& name, const char* key = "arg0");
+/// Nothing unless the bus daemon itself sent it: any program may send such a signal straight to us.
 [[nodiscard]] std::optional<NameChange> nameChange(BusMessage& message);
 
 } // namespace tarnwick

@@ -116,6 +116,19 @@ TEST_F(NameWatchTest, TheEndOfAConnectionIsTheEndOfItsUniqueName) {
     EXPECT_THAT(told_.back(), Pair("", NameNews::changed));
 }
 
+TEST_F(NameWatchTest, OnlyTheBusDaemonIsBelieved) {
+    BusPeer& peer = addPeer();
+    watch();
+    ASSERT_TRUE(runUntilTold(1));
+
+    peer.emitTo(
+        bus_.uniqueName(), {"/org/freedesktop/DBus", "org.freedesktop.DBus"}, "NameOwnerChanged",
+        std::string(name), std::string(), peer.uniqueName());
+
+    ASSERT_TRUE(runUntilHeardBy(peer));
+    EXPECT_THAT(told_, ElementsAre(Pair("", NameNews::found)));
+}
+
 TEST_F(NameWatchTest, ItMayEndWhenItIsTold) {
     endsWhenTold_ = true;
     watch();
