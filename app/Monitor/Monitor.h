@@ -52,7 +52,7 @@ public:
     /// `Durability::crash` never blocks on the disk.
     void saveStats(FileStore::Durability durability = FileStore::Durability::powerCut);
 
-    // Once started, the monitor follows its preferences, whatever sets them.
+    // Once started, the monitor follows its preferences; it does not matter what sets them.
 
     /// White space around the text is dropped; an empty or unchanged host is ignored.
     void setHostname(const std::string& text);
@@ -100,10 +100,10 @@ private:
     void carryOut(ConnectionWatchdog::Action action);
     void evaluate(double now);
     void markLost(std::uint64_t id);
-    /// Of pings that have left the window: no answer or loss is booked for them any more.
+    /// Drops the bookings of pings that have left the window: their outcome is never counted.
     void forgetUnsettledBookings();
 
-    /// Ends an event: makes the reading of what has been measured.
+    /// Ends an event: makes and publishes the reading.
     void publish();
 
     // Commands.
@@ -132,7 +132,7 @@ private:
 
     Measurements measured_;
     Observed<Reading> reading_;
-    bool samplesInOrder_ = true; ///< of their dates
+    bool samplesInOrder_ = true; ///< their dates rise
     StatsRecorder recorder_;
     std::vector<PendingPing> pending_; ///< in the scoring window, oldest first
     std::unique_ptr<Pinger> pinger_;

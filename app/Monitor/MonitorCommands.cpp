@@ -1,5 +1,5 @@
-// What a user can tell the monitor to do: another host or interval, restored defaults, resets. Changed
-// settings act in one way, whatever changes them.
+// What a user can tell the monitor to do: another host or interval, restored defaults, resets. A changed
+// setting has the same effect from every source.
 #include "app/Monitor/Monitor.h"
 
 namespace tarnwick {
@@ -62,7 +62,7 @@ void Monitor::resetSessionStats() {
 }
 
 void Monitor::resetAllTimeStats() {
-    // Now, and not after the reset: taking over from another writer would bring its figures back.
+    // Before the reset: a save may take over the figures of another writer, and these are to be reset too.
     saveStatsOf(prefs_.hostname(), FileStore::Durability::powerCut);
     measured_.ledger.resetSite({});
     saveStats();

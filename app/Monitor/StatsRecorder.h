@@ -42,7 +42,7 @@ private:
     State state_ = State::cannotRecord;
     StatsByHost allTimeStats_;
     StatsByHost onDisk_;        ///< as last read or written here
-    bool hasKeptAside_ = false; ///< what can't be understood has a second name, or all was understood
+    bool hasKeptAside_ = false; ///< an unreadable file, if there was one, has been kept
     bool hasWritten_ = false;
     FileStore::Durability lastDurability_ = FileStore::Durability::crash;
 };

@@ -15,11 +15,11 @@ namespace tarnwick::Format {
 /// How a locale groups the digits of large numbers. A copy shares its locale.
 class Grouping {
 public:
-    /// None.
+    /// No grouping.
     Grouping() : Grouping("C") {}
 
-    /// That of the locale with this name, of the environment's locale for "". None where the system does not
-    /// have the locale.
+    /// The grouping of the locale with this name; "" is the environment's locale. No grouping when the system
+    /// does not have the locale.
     explicit Grouping(const char* localeName);
 
     [[nodiscard]] static Grouping ofUser() { return Grouping(""); }

@@ -18,8 +18,8 @@ struct Bucket {
     friend bool operator==(const Bucket&, const Bucket&) = default;
 };
 
-/// The last five minutes, oldest first: 36 buckets, or one for each ping when the interval is longer than
-/// that.
+/// The last five minutes, oldest first: 36 buckets, or fewer of one ping interval each when that is longer
+/// than 1/36 of the time.
 [[nodiscard]] std::vector<Bucket> buckets(const Samples& samples, RunLoop::WallTime now, double pingInterval);
 
 /// The top of the value axis, milliseconds, for these round trips. A single outlier does not flatten the

@@ -1,4 +1,4 @@
-// What has been measured and judged so far, before anything is made of it to show.
+// What has been measured and judged so far: the input of `makeReading`.
 #pragma once
 
 #include "core/ConnectionWatchdog.h"

@@ -14,8 +14,8 @@ inline constexpr int barLevels = 5;
 
 enum class QualityTone { neutral, good, middle, bad };
 
-/// A moment in monotonic seconds. It makes no two readings differ: an evaluation that finds nothing new
-/// leaves nothing new to show.
+/// In monotonic seconds. All values compare as equal, so that an evaluation which finds nothing new leaves
+/// the reading equal to the one before.
 struct EvaluationTime {
     double monotonic = 0;
 
@@ -49,7 +49,7 @@ struct Reading {
     std::optional<std::string> lossText = std::nullopt; ///< "3% loss"; absent while none is to be shown
     MenuBarTitle::LossMode lossTextMode = MenuBarTitle::LossMode::off; ///< for the status item's title
 
-    // Texts for more than one of these.
+    // Texts made of several of these.
     std::string tooltip{};              ///< latest latency and recent loss, on two lines
     std::string accessibilitySummary{}; ///< for assistive technology
 

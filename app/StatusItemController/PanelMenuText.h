@@ -1,4 +1,4 @@
-// The status item's menu for panels that draw it by themselves: the status view as lines of text, the items
+// The status item's menu for panels that draw menus themselves: the status view as lines of text, the items
 // below it.
 #pragma once
 
@@ -20,10 +20,10 @@ namespace PanelMenuHeader {
 /// How many blocks the chart's line has.
 inline constexpr int chartWidth = 36;
 
-/// "Excellent · 23 ms · 3% loss": what a glance is after.
+/// "Excellent · 23 ms · 3% loss"
 [[nodiscard]] std::string qualityLine(const Reading& reading);
-/// One block for a stretch of the last five minutes, as high as its slowest reply; a stretch with nothing but
-/// losses is higher than any reply, and one without pings is a dot.
+/// One block for each stretch of the last five minutes. Its height is that of the slowest reply. A stretch
+/// with only losses is higher than any reply; one without pings is a dot.
 [[nodiscard]] std::string chartLine(const LatencyChart::Chart& chart);
 /// "Session: 1,204 sent, 3 lost, average 23.4 ms"
 [[nodiscard]] std::string sessionLine(const Reading& reading, const Format::Grouping& grouping);

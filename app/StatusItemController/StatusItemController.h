@@ -32,8 +32,8 @@ public:
     StatusItemWindows& operator=(const StatusItemWindows&) = delete;
     virtual ~StatusItemWindows() = default;
 
-    /// Opens the menu below the status view, at the click where the panel told where that was; closes it when
-    /// it is open.
+    /// Opens the status view with the menu, at the click if the panel tells where it was. Closes them when
+    /// they are open.
     virtual void toggleDropDown(std::optional<ScreenPoint> at) = 0;
     virtual void showSettings() = 0;
     virtual void showAbout() = 0;
@@ -42,7 +42,7 @@ public:
     virtual void quit() = 0;
 };
 
-/// Touches the item only when what would be shown differs from what was shown last. Main thread.
+/// Touches the item only when something visible has changed. Main thread.
 class StatusItemController {
 public:
     /// All of it outlives the controller.

@@ -24,9 +24,8 @@ public:
     DropDown& operator=(const DropDown&) = delete;
     ~DropDown();
 
-    /// A click on the status item: opens there, or closes. The click that has just closed the window by
-    /// taking its focus away does not open it again, and a panel that reports one click twice does not
-    /// either.
+    /// A click on the status item: opens there, or closes. A click that has just closed the window by taking
+    /// its focus does not open it again. A click that a panel reports twice counts once.
     void toggle(std::optional<ScreenPoint> at);
     /// At a point, if there is one, else at the corner where panels usually have their items. When it is
     /// open already it comes to the front.

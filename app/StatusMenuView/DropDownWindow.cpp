@@ -61,7 +61,7 @@ DropDownWindow::DropDownWindow(const Observed<Reading>& reading, const Menu& men
     // Closing the last window would end the program, which may have only its status item left.
     setAttribute(Qt::WA_QuitOnClose, false);
     items_->onChoose = [this](MenuItem::Id id) {
-        if (const auto choose = onChoose) { // the owner lets go of this window in it
+        if (const auto choose = onChoose) { // a copy: the owner ends this window in the call
             choose(id);
         }
     };
@@ -149,7 +149,7 @@ bool DropDownWindow::event(QEvent* event) {
     if (event->type() == QEvent::WindowActivate) {
         hadFocus_ = true;
     } else if (event->type() == QEvent::WindowDeactivate && hadFocus_ && isVisible() && onLoseFocus) {
-        const auto loseFocus = onLoseFocus; // the owner lets go of this window in it
+        const auto loseFocus = onLoseFocus; // a copy: the owner ends this window in the call
         loseFocus();
         return true;
     }

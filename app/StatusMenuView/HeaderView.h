@@ -29,7 +29,7 @@ class HeaderView final : public ReadAloudWidget {
 public:
     explicit HeaderView(QWidget* parent);
 
-    /// Draws again only what differs.
+    /// Draws again only if something differs.
     void setContent(const HeaderContent& content);
 
     [[nodiscard]] const HeaderContent& content() const { return content_; }

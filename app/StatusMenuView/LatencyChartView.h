@@ -38,7 +38,7 @@ class LatencyChartView final : public ReadAloudWidget {
 public:
     explicit LatencyChartView(QWidget* parent);
 
-    /// Draws again only what differs.
+    /// Draws again only if something differs.
     void setChart(const LatencyChart::Chart& chart);
 
     /// Of the bars, without the caption.

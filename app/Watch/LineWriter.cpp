@@ -10,7 +10,7 @@ namespace tarnwick {
 
 namespace {
 
-/// A pipe that polls as writable takes so much without waiting, and no more for certain.
+/// A pipe that polls as writable takes PIPE_BUF bytes without blocking; a longer line may block.
 bool mayWait(int descriptor, std::size_t size) {
     struct stat info {};
 

@@ -70,11 +70,10 @@ ScreenPresentation::ScreenPresentation(
 }
 
 void ScreenPresentation::show() {
+    draw();
     if (renderLoop_) {
-        draw();
         return;
     }
-    draw();
     renderLoop_ = std::make_unique<RenderLoop>(loop_, [this] {
         // A verdict or an answer is shown at once. Everything else has time until the next tick.
         const Reading& reading = reading_.get();

@@ -111,7 +111,7 @@ private:
     ConnectionWatchdog::Status drawnStatus_ = ConnectionWatchdog::Status::starting;
     std::optional<double> drawnLatency_;
     RunLoop::Handle keyboard_;
-    std::unique_ptr<RenderLoop> renderLoop_; ///< draws between ticks; from the first showing on
+    std::unique_ptr<RenderLoop> renderLoop_; ///< draws between ticks; made by the first `show`
 };
 
 } // namespace tarnwick

@@ -20,7 +20,7 @@ public:
     [[nodiscard]] ScreenSize size() const;
     /// Follows the window to its present size.
     void resize();
-    /// Sends what differs from what is shown. Left out while the terminal takes nothing (it was paused).
+    /// Sends what differs from what is shown. Does nothing while the terminal is paused.
     void draw(const Canvas& canvas);
     /// Forgets what is shown, so that the next drawing sends everything.
     void repaint();

@@ -25,7 +25,7 @@ using namespace tarnwick;
 
 constexpr int usageFailure = 2;
 
-/// A machine that was never told a language still shows UTF-8 in its terminals.
+/// Terminals show UTF-8 even if no language is set.
 void takeCharacterSet() {
     for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
         if (const char* value = std::getenv(variable); value != nullptr && *value != '\0') {
@@ -36,8 +36,8 @@ void takeCharacterSet() {
     std::setlocale(LC_CTYPE, "C.UTF-8");
 }
 
-/// Started without one of the standard descriptors, the next file opened would take its place, and be written
-/// to.
+/// If the program is started without one of them, the next file that it opens would take the number, and
+/// receive the program's output.
 void openStandardDescriptors() {
     int descriptor = 0;
     do {
@@ -68,7 +68,7 @@ std::string run(const WatchOptions& options) {
     SystemPingNetwork network(loop);
     RoutePathMonitor path(loop);
     BusConnection systemBus(loop, BusConnection::systemAddress());
-    // Only for notifications: opened with the first one, if any is ever posted.
+    // Only for notifications: opened with the first one.
     BusConnection sessionBus(loop, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded);
     LogindSleepMonitor sleep(loop, systemBus);
     DesktopNotificationCenter notifications(

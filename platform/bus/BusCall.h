@@ -42,8 +42,8 @@ inline BusConnection::Call daemonCall(const char* method) {
     };
 }
 
-/// Asks for a name without waiting in line for it. `answered` learns whether it is ours, or nothing where the
-/// bus refuses it.
+/// Asks for a name, without queueing for it. `answered` is given whether the name is ours, or nothing when
+/// the request failed.
 template<typename Answered>
 void requestName(BusConnection& bus, const std::string& name, Answered answered) {
     static constexpr std::uint32_t doNotQueue = 4;

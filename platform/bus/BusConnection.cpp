@@ -84,8 +84,8 @@ void BusConnection::connect() {
         }
     }
     link_->onSent = [this] {
-        // While messages are processed this is done at their end. A failure shows again in `process`, which
-        // may end the connection; here the caller still works with it.
+        // `process` arms when it has finished. A failure must not end the connection here, since the
+        // caller still uses it; the next `process` ends it.
         if (!isProcessing_ && !arm()) {
             processSoon();
         }
@@ -93,7 +93,7 @@ void BusConnection::connect() {
     link_->sent();
 }
 
-/// At present; it is tried again.
+/// Plans the next attempt, and reports the state.
 void BusConnection::unavailable() {
     if (!address_.empty()) {
         retry_ = loop_.after(retryDelay_, [this] { connect(); });
@@ -124,8 +124,8 @@ void BusConnection::process() {
         return;
     }
     if (isProcessing_) {
-        // A handler runs a nested event loop, and the library can't be entered twice. What comes waits for
-        // the handler's end, without waking that loop again and again.
+        // A handler runs a nested event loop, and the library can't be entered twice. New messages wait until
+        // the handler returns; watching them would wake the nested loop again and again.
         stopWatching();
         return;
     }
@@ -133,7 +133,7 @@ void BusConnection::process() {
     auto step = BusLink::Step::worked;
     isProcessing_ = true;
     for (int i = 0; i < mostMessagesAtOnce && step == BusLink::Step::worked; ++i) {
-        // What came behind the welcome waits until the listeners know of the connection.
+        // Messages behind the bus's greeting wait until the listeners know of the connection.
         if (!wasReady && link_->isReady()) {
             break;
         }
@@ -148,14 +148,14 @@ void BusConnection::process() {
     }
 }
 
-/// Makes the loop call `process` when there will be something to do. False when the connection is lost.
+/// Makes the loop call `process` when there is something to do. False when the connection is lost.
 bool BusConnection::arm() {
     const std::optional<BusLink::Wait> wait = link_->wait();
     if (!wait) {
         return false;
     }
     if (!link_->isReady()) {
-        // Until it is, the library may try the next of several addresses, with a socket of the same number.
+        // Until then, the library may go on to the next address, with a new socket of the same number.
         stopWatching();
     }
     if (!readable_) {
@@ -194,7 +194,7 @@ void BusConnection::stopWatching() {
 }
 
 void BusConnection::lose() {
-    // Its users learn of the loss first, and let go of their parts of it.
+    // Destroyed at the end: the listeners first let go of the slots and objects that belong to it.
     const std::unique_ptr<BusLink> lost = std::exchange(link_, nullptr);
     lost->onSent = nullptr;
     stopWatching();

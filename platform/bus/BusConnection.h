@@ -51,7 +51,7 @@ public:
     /// Opens a connection that was to be opened when needed.
     void need();
 
-    /// Told of each change. When the connection is lost, listeners let go of all that they made with it.
+    /// Told of each change. When the connection is lost, listeners destroy everything that they made on it.
     [[nodiscard]] Subscription onStateChange(std::function<void(State)> listener) {
         return stateListeners_.add(std::move(listener));
     }
@@ -64,8 +64,8 @@ public:
     /// Empty unless connected.
     [[nodiscard]] std::string uniqueName() const;
 
-    /// Messages that match the rule, in this connection and in all later ones. A call made afterwards is
-    /// answered after the messages that came before its answer. A rule that the bus daemon refuses ends the
+    /// Hands over messages that match the rule, on this connection and on later ones. The answer to a call
+    /// made after this one never overtakes such a message. A rule that the bus daemon refuses ends the
     /// connection.
     [[nodiscard]] Subscription addMatch(std::string rule, std::function<void(BusMessage&)> handler);
 
@@ -77,8 +77,8 @@ public:
         double timeout = callTimeout;
     };
 
-    /// `append` adds the arguments; whether it could. `answered` is called later, once, with null for every
-    /// failure; perhaps never when the connection is lost. See also BusCall.h.
+    /// `append` adds the arguments and returns whether that worked. `answered` is called later, once, with
+    /// null for every failure; perhaps never when the connection is lost. See also BusCall.h.
     void call(
         const Call& call, const std::function<bool(BusMessage&)>& append,
         std::function<void(BusMessage*)> answered);

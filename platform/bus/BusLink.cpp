@@ -20,13 +20,13 @@ int handle(sd_bus_message* message, void* handler, sd_bus_error* /*error*/) noex
         BusMessage shared = BusMessage::sharing(message);
         (*static_cast<Handler*>(handler))(shared);
     } catch (...) {
-        // It must not pass through the library's code, and concerns this one message only.
+        // An exception must not pass through the library's C code. Only this message is lost.
         return 0;
     }
     return 0; // other matches get the message too
 }
 
-/// Hands the handler over to the slot, which may outlive a handler's wish to end it.
+/// The slot owns the handler from now on: a handler may end its own slot, and still runs to its end.
 Subscription owning(sd_bus_slot* slot, std::unique_ptr<Handler> handler) {
     sd_bus_slot_set_destroy_callback(
         slot, [](void* owned) { const std::unique_ptr<Handler> last(static_cast<Handler*>(owned)); });
@@ -42,8 +42,8 @@ std::unique_ptr<BusLink> BusLink::open(const std::string& address) {
         return nullptr;
     }
     std::unique_ptr<BusLink> link(new BusLink(bus));
-    // Only programs of the same user are on a session bus: their calls need no look at their privileges, for
-    // which the library would wait.
+    // On a session bus all programs belong to the same user. Without trust, the library would ask the daemon
+    // for the privileges of each caller, and block until it answers.
     const bool isStarted = sd_bus_set_address(bus, address.c_str()) >= 0 && sd_bus_set_bus_client(bus, 1) >= 0
                            && sd_bus_set_trusted(bus, 1) >= 0 && sd_bus_start(bus) >= 0;
     return isStarted ? std::move(link) : nullptr;
@@ -59,7 +59,7 @@ bool BusLink::isReady() const {
 
 std::string BusLink::uniqueName() const {
     const char* name = nullptr;
-    // Before it is ready, asking would wait for the name.
+    // Before the link is ready, this call would block until the name comes.
     return isReady() && sd_bus_get_unique_name(bus_, &name) >= 0 ? name : "";
 }
 

@@ -20,8 +20,8 @@ class BusLink {
 public:
     using Handler = std::function<void(BusMessage&)>;
 
-    /// Never blocks on a local socket; a host name in the address is looked up at once. Null when it is known
-    /// already that nothing listens at any of the addresses.
+    /// Never blocks on a local socket; the lookup of a host name in the address does. Null when every address
+    /// fails at once.
     [[nodiscard]] static std::unique_ptr<BusLink> open(const std::string& address);
 
     BusLink(const BusLink&) = delete;
@@ -29,21 +29,21 @@ public:
     /// Drops what has not been written yet.
     ~BusLink();
 
-    /// Connected, and has its name from the bus daemon. What is sent earlier waits for that.
+    /// Connected, and named by the bus daemon. What is sent earlier waits for that.
     [[nodiscard]] bool isReady() const;
 
-    /// Empty until then.
+    /// Empty until the link is ready.
     [[nodiscard]] std::string uniqueName() const;
 
     enum class Step { idle, worked, lost };
 
-    /// Writes what waits, and deals with one message. Not from inside a handler.
+    /// Writes what is queued, and handles one message. Not from inside a handler.
     [[nodiscard]] Step process();
 
-    /// The sender of the message that is dealt with; empty outside of `process`.
+    /// The sender of the message that is being handled; empty outside of `process`.
     [[nodiscard]] std::string currentSender() const;
 
-    /// What `process` is to be called for, besides something to read.
+    /// When `process` must be called, besides when there is something to read.
     struct Wait {
         int descriptor = -1;
         bool forWriting = false;
@@ -63,11 +63,11 @@ public:
     [[nodiscard]] BusMessage newSignal(
         const std::string& path, const std::string& interface, const std::string& signal) const;
 
-    /// `answered` is called once with the answer, which may be an error; so is a connection that is lost.
-    /// `timeout` in seconds. False when it can't be sent; then nothing is called.
+    /// `answered` is called once with the answer, which may be an error; a lost connection is an error too.
+    /// `timeout` in seconds. False when the call can't be sent; then `answered` is never called.
     [[nodiscard]] bool call(BusMessage& message, double timeout, Handler answered);
 
-    /// To be called when anything was sent: `wait` may say something else now.
+    /// Called after something was sent: the result of `wait` may differ now.
     std::function<void()> onSent;
 
     void sent() const {

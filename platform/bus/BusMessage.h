@@ -24,7 +24,7 @@ struct BusPath {
     friend bool operator==(const BusPath&, const BusPath&) = default;
 };
 
-/// Of a method whose answer carries nothing, or nothing of interest.
+/// The result of a method whose answer carries nothing, or nothing of interest.
 struct NoResult {};
 
 /// An error as an answer to a method call.
@@ -63,7 +63,7 @@ public:
 
     ~BusMessage();
 
-    /// With a reference of its own.
+    /// Adds a reference; the caller keeps its own.
     [[nodiscard]] static BusMessage sharing(sd_bus_message* message);
 
     [[nodiscard]] bool isValid() const { return message_ != nullptr; }
@@ -116,7 +116,7 @@ public:
     [[nodiscard]] bool readText(char type, std::string& text);
     [[nodiscard]] bool readDescriptor(FileDescriptor& descriptor);
     [[nodiscard]] bool readBytes(std::vector<std::uint8_t>& bytes);
-    /// False also behind the last element of an array.
+    /// False also at the end of an array.
     [[nodiscard]] bool enterContainer(char type, const std::string& contents);
     [[nodiscard]] bool exitContainer();
     [[nodiscard]] bool hasMoreElements();
@@ -292,7 +292,7 @@ struct BusType<std::tuple<Fields...>> {
     }
 };
 
-/// No type of the protocol: a variant that holds it can't be sent.
+/// Stands for a value of any other type, in variants that are read. It can't be sent.
 template<>
 struct BusType<std::monostate> {
     static std::string signature() { return ""; }

@@ -68,7 +68,7 @@ int BusObject::Members::onCall(sd_bus_message* message, void* members, sd_bus_er
             return 1;
         }
     } catch (...) {
-        // It must not pass through the library's code, and concerns this one call only.
+        // An exception must not pass through the library's C code. Only this call fails.
         return sd_bus_error_set(error, BusError::failed, "the call ended in an exception");
     }
     return sd_bus_error_set(error, BusError::failed, "the call could not be carried out");
@@ -136,7 +136,7 @@ bool BusObject::publish() {
     if (result < 0) {
         return false;
     }
-    // The library may still use a slot that its own handler has ended.
+    // A handler may end its own object. The library then uses the members until it destroys the slot.
     members_->self = members_;
     sd_bus_slot_set_destroy_callback(
         slot, [](void* members) { const auto last = std::move(static_cast<Members*>(members)->self); });

@@ -68,16 +68,16 @@ struct BusResults<BusOutcome<Result>> {
 };
 
 /// One interface at one path of one connection. Everything is declared first and then published. Calls with
-/// other arguments than declared, and an exception in a handler, are answered with an error. It goes from the
-/// bus with this object, also from inside a handler. Main thread.
+/// other arguments than declared, and an exception in a handler, are answered with an error. Its end removes
+/// it from the bus; a handler may destroy it. Main thread.
 class BusObject {
 public:
     /// The names of arguments and results, for tools that show the object: all of them, or none.
     using Names = std::initializer_list<std::string_view>;
 
     enum class Change {
-        silent, ///< a change is told by a signal of the interface, or never
-        told,   ///< by `emitChange`
+        silent, ///< changes are reported by a signal of the interface, or not at all
+        told,   ///< changes are reported by `emitChange`
     };
 
     /// `link` outlives it.

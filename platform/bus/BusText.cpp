@@ -8,6 +8,7 @@ std::string validUtf8(std::string_view text) {
     std::string valid;
     valid.reserve(text.size());
     while (!text.empty()) {
+        // A null byte would end the text on the bus: it is left out.
         if (const char32_t character = Utf8::takeCharacter(text); character != 0) {
             Utf8::append(valid, character);
         }

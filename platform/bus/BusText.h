@@ -9,7 +9,7 @@ namespace tarnwick {
 /// `text` with U+FFFD for each malformed byte, and without null bytes.
 [[nodiscard]] std::string validUtf8(std::string_view text);
 
-/// Markup that shows `text` as it is, with `lineBreak` in place of each line break.
+/// Escapes `text` so that markup shows it unchanged; `lineBreak` replaces each line break.
 [[nodiscard]] std::string asMarkup(std::string_view text, std::string_view lineBreak = "\n");
 
 } // namespace tarnwick

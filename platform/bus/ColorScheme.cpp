@@ -39,8 +39,8 @@ BusConnection::Call panelSettingCall(const char* method) {
     };
 }
 
-/// A new connection asks, which may start the service; a service that comes later is asked again. After its
-/// end, the last answer still holds.
+/// A new connection asks, even if that starts the service; a service that starts later is asked too. When
+/// the service ends, its last answer still holds.
 bool isReasonToAsk(const std::string& owner, NameNews news) {
     return news == NameNews::found || !owner.empty();
 }

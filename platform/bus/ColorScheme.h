@@ -23,8 +23,7 @@ public:
     /// The panel's own setting. Known only while it is followed.
     [[nodiscard]] std::optional<bool> panelIsDark() const { return panelIsDark_; }
 
-    /// Whether the present panel has such a setting. For another panel, asking would start a service for
-    /// nothing.
+    /// Whether the present panel has such a setting. Without one, asking would only start a service.
     void setFollowsPanel(bool follows);
 
     [[nodiscard]] Subscription onChange(std::function<void()> listener) {

@@ -30,7 +30,7 @@ DesktopNotificationCenter::DesktopNotificationCenter(
     RunLoop& loop, BusConnection& bus, Surroundings surroundings, const std::filesystem::path& iconFolder,
     double patience)
     : loop_(loop), bus_(bus), patience_(patience), service_(makeService(bus, surroundings, iconFolder)) {
-    // First, so that on a new connection the service is probed after its owner was asked for.
+    // Subscribed first: on a new connection, the question for the owner precedes the probe.
     serviceWatch_ = watchName(bus_, service_->busName(), [this](const std::string& owner, NameNews news) {
         serviceChanged(owner, news);
     });
@@ -109,7 +109,7 @@ void DesktopNotificationCenter::probed(bool isThere) {
     if (isThere) {
         showWaiting();
     } else if (isAskedAgain_) {
-        // What came while the service was silent gets a probe of its own.
+        // A notification or request came during the probe: it gets another one.
         probe();
     }
     ability_ = isThere ? Ability::yes : Ability::no;
@@ -118,7 +118,7 @@ void DesktopNotificationCenter::probed(bool isThere) {
 void DesktopNotificationCenter::showWaiting() {
     staleTimer_.reset();
     for (const Waiting& notification : std::exchange(waiting_, {})) {
-        // The timer that drops it may be due, but not have run yet.
+        // It may be too old although the timer that drops it has not run yet.
         if (loop_.now() < notification.deadline) {
             service_->show(notification.title, notification.body);
         }

@@ -17,8 +17,8 @@
 
 namespace tarnwick {
 
-/// No service is asked, which might start it, before there is something to show or authorization is
-/// requested. A notification that can't be shown yet waits a little for a service and is dropped after that:
+/// Asking a service may start it. So the first question waits for a notification, or a request for
+/// authorization. A notification that can't be shown yet waits a little for a service and is then dropped:
 /// late news mislead. Main thread.
 class DesktopNotificationCenter final : public NotificationCenter {
 public:

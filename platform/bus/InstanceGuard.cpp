@@ -19,7 +19,7 @@ constexpr const char* interface = "org.freedesktop.Application";
 constexpr const char* tokenKey = "activation-token";
 constexpr const char* tokenVariable = "XDG_ACTIVATION_TOKEN";
 
-/// Of interest are texts only.
+/// Only texts are read.
 using PlatformData = std::map<std::string, std::variant<std::monostate, std::string>>;
 
 /// The parameter of an action, of any type.
@@ -121,7 +121,7 @@ void InstanceGuard::nameDecided(std::optional<bool> isOurs) {
             activateOther();
         }
     }
-    // Two programs that found no bus when they started both go on when it comes.
+    // Otherwise nothing: two programs that were started without a bus both go on when it comes.
 }
 
 void InstanceGuard::activateOther() {
@@ -142,8 +142,8 @@ void InstanceGuard::activateOther() {
             [this](const std::optional<NoResult>& answer) { otherAnswered(answer.has_value()); }));
 }
 
-void InstanceGuard::otherAnswered(bool isWell) {
-    if (isWell) {
+void InstanceGuard::otherAnswered(bool hasShown) {
+    if (hasShown) {
         decide(Result::anotherRuns);
     } else {
         // It may have ended in between, and the name may be free.

@@ -26,7 +26,7 @@ public:
     static constexpr double patience = 2; ///< seconds, for the bus and then for the other program
 
     /// The token by which the desktop lets this start open a window in front of others; empty without one.
-    /// It is good for one window, so it is removed from the environment, which started programs inherit.
+    /// It serves one window, so it is removed from the environment that started programs inherit.
     /// To be called before there are threads.
     [[nodiscard]] static std::string takeActivationToken();
 
@@ -48,7 +48,7 @@ private:
     void busChanged();
     void nameDecided(std::optional<bool> isOurs);
     void activateOther();
-    void otherAnswered(bool isWell);
+    void otherAnswered(bool hasShown);
     void decide(Result result);
 
     RunLoop& loop_;

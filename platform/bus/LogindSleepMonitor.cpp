@@ -58,10 +58,10 @@ void LogindSleepMonitor::setManager(const std::string& uniqueName) {
         return;
     }
     manager_ = uniqueName;
-    // It belonged to the manager before.
+    // It belongs to the former manager.
     dropInhibitor();
     if (episodes_) {
-        tell(episodes_->setHasAnnouncer(false)); // the end of a sleep that the old one announced
+        tell(episodes_->setHasAnnouncer(false)); // ends a sleep that the former one announced
         tell(episodes_->setHasAnnouncer(!manager_.empty()));
         takeInhibitor();
     }
@@ -92,8 +92,8 @@ void LogindSleepMonitor::check() {
     }
 }
 
-/// A login manager refuses while a sleep is under way, and while it has too much to do. It is asked again at
-/// the end of the sleep, and some time after each refusal.
+/// A login manager refuses during a sleep, and when it is overloaded. It is asked again at the end of the
+/// sleep, and some time after each refusal.
 void LogindSleepMonitor::takeInhibitor() {
     if (manager_.empty() || inhibitor_.isOpen()) {
         return;
@@ -125,7 +125,7 @@ void LogindSleepMonitor::inhibitorArrived(FileDescriptor inhibitor) {
     }
 }
 
-/// Also a requested one that has not arrived yet.
+/// Also gives up a request that is still under way.
 void LogindSleepMonitor::dropInhibitor() {
     ++inhibitorRequest_;
     askAgainAt_.reset();

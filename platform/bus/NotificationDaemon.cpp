@@ -28,7 +28,7 @@ constexpr std::uint8_t normalUrgency = 1;
 Hints hints() {
     return {
         {"desktop-entry", "tarnwick"},
-        // Sound themes have it for news of any kind. Daemons without sound ignore it.
+        // A name of the sound theme for news of any kind. Daemons without sound ignore it.
         {"sound-name", "message-new-instant"},
         {"urgency", normalUrgency},
     };
@@ -61,7 +61,7 @@ NotificationDaemon::NotificationDaemon(BusConnection& bus, const std::filesystem
     : bus_(bus), iconFile_(iconFolder / "hicolor/scalable/apps/tarnwick.svg") {
 }
 
-/// The file, where there is one: some daemons look for icon names in other themes only.
+/// The icon's file if it exists, else its name: some daemons look names up in other themes only.
 std::string NotificationDaemon::icon() const {
     std::error_code ignored;
     return iconFile_.is_absolute() && std::filesystem::is_regular_file(iconFile_, ignored)

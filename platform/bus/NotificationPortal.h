@@ -1,5 +1,5 @@
-// The portal through which a sandboxed program notifies. It knows which program calls, and takes the name and
-// the icon from there.
+// The portal through which a sandboxed program notifies. It knows which program calls, and shows that
+// program's name and icon.
 #pragma once
 
 #include "core/Lifeline.h"

@@ -20,7 +20,7 @@ public:
     /// `answered` is told once, or never when the connection is lost.
     virtual void probe(double timeout, std::function<void(bool isThere)> answered) = 0;
 
-    /// Only after it has been found there. Its answer is not of interest.
+    /// Only after a successful probe. The service's answer is ignored.
     virtual void show(const std::string& title, const std::string& body) = 0;
 };
 

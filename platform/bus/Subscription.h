@@ -1,4 +1,4 @@
-// Tells several listeners; each listens while it holds its subscription.
+// Several listeners to one event. Each listens until its subscription is destroyed.
 #pragma once
 
 #include <functional>
@@ -8,7 +8,7 @@
 
 namespace tarnwick {
 
-/// Destroying it ends it, also from inside the listener.
+/// Its destruction ends the listening. The listener itself may destroy it.
 using Subscription = std::shared_ptr<const void>;
 
 template<typename... Arguments>
@@ -24,7 +24,7 @@ public:
 
     void tell(Arguments... arguments) {
         std::erase_if(entries_, [](const auto& entry) { return entry.expired(); });
-        // A listener may add others, and end any of them.
+        // A copy: a listener may add subscriptions, and end any of them.
         const auto present = entries_;
         for (const auto& weakEntry : present) {
             if (const auto entry = weakEntry.lock()) {

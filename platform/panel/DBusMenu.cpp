@@ -21,7 +21,7 @@ constexpr std::uint32_t protocolVersion = 3;
 constexpr int rootId = 0;
 
 using BusRow = std::tuple<std::int32_t, MenuProperties>;
-/// A row has no rows of its own.
+/// The last part is always empty: there are no submenus.
 using BusRowLayout = std::tuple<std::int32_t, MenuProperties, std::vector<std::variant<std::monostate>>>;
 using BusLayout = std::tuple<std::int32_t, MenuProperties, std::vector<std::variant<BusRowLayout>>>;
 using EventData = std::variant<std::monostate>;
@@ -52,7 +52,7 @@ public:
 
     [[nodiscard]] bool publish() { return object_.publish(); }
 
-    /// Tells what has changed since the panel was last told.
+    /// Reports what has changed since the last report.
     void update() {
         const std::vector<PanelMenuRow> before = std::exchange(rows_, menu_.menu_.rows());
         if (before == rows_) {
@@ -205,7 +205,7 @@ private:
         menu_.menu_.didHide();
     }
 
-    /// A panel that goes while it shows the menu can't tell that it has closed it.
+    /// A panel that ends while it shows the menu never reports that the menu is closed.
     void watchPanel() {
         if (!panel_.empty()) {
             panelWatch_ = watchName(menu_.bus_, panel_, [this](const std::string& owner, NameNews) {
@@ -271,7 +271,7 @@ private:
 
     DBusMenu& menu_;
     BusObject object_;
-    std::vector<PanelMenuRow> rows_; ///< as the panels were told
+    std::vector<PanelMenuRow> rows_; ///< as last reported to panels
     std::uint32_t revision_ = 1;
     std::string panel_;       ///< unique name of the panel that shows the menu; empty while it is closed
     Subscription panelWatch_; ///< while it is open
@@ -296,7 +296,7 @@ DBusMenu::~DBusMenu() {
 void DBusMenu::busChanged() {
     if (bus_.state() != BusConnection::State::connected) {
         if (exported_) {
-            // No panel can tell any more that it has closed the menu.
+            // Without the bus, no panel can report that it has closed the menu.
             menu_.didHide();
         }
         exported_.reset();

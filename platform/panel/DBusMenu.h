@@ -11,13 +11,13 @@
 
 namespace tarnwick {
 
-/// On the bus while there is one. Main thread.
+/// Published while the bus is connected. Main thread.
 class DBusMenu {
 public:
     static constexpr const char* path = "/MenuBar";
 
-    /// What is handed in outlives it; the menu's `onChange` is taken over. `iconThemePath` is a folder with
-    /// icons for the rows; empty: none.
+    /// What is handed in outlives it. It uses the menu's `onChange`. `iconThemePath` is a folder with icons
+    /// for the rows; empty: none.
     DBusMenu(RunLoop& loop, BusConnection& bus, PanelMenu& menu, std::string iconThemePath);
     DBusMenu(const DBusMenu&) = delete;
     DBusMenu& operator=(const DBusMenu&) = delete;

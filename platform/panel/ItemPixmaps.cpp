@@ -10,15 +10,15 @@ namespace tarnwick {
 
 namespace {
 
-// In points. Every further size costs painting and bytes on the bus at each change, which is why only the
-// scales of present screens count.
+// In points. Each size costs painting, and bytes on the bus, at every change. So there are only sizes for the
+// scales of the present screens.
 constexpr std::array usualHeights{16, 22, 24, 32};
 constexpr int largePanel = 48;
 constexpr double largestScale = 4;
 
-// Some panels take the largest image whatever their size. Scaled down, it keeps its proportions only when it
-// is large enough for its rounding to whole pixels not to matter.
-constexpr int leastLargest = 64;
+// In pixels. Some panels always scale the largest image down. A smaller one would look distorted there: its
+// width is rounded to whole pixels.
+constexpr int minimumOfLargest = 64;
 
 } // namespace
 
@@ -34,7 +34,7 @@ std::vector<std::uint8_t> networkBytes(const Pixmap& pixmap) {
 }
 
 std::vector<int> pixmapHeights(const std::vector<double>& scales) {
-    // Some toolkits leave the scaling to the display: scale 1 is always there.
+    // Scale 1 is always included: some toolkits leave the scaling to the display.
     std::set<int> heights(usualHeights.begin(), usualHeights.end());
     heights.insert(largePanel);
     for (const double scale : scales) {
@@ -42,8 +42,8 @@ std::vector<int> pixmapHeights(const std::vector<double>& scales) {
             heights.insert(static_cast<int>(std::lround(points * std::clamp(scale, 1.0, largestScale))));
         }
     }
-    if (*heights.rbegin() < leastLargest) {
-        heights.insert(leastLargest);
+    if (*heights.rbegin() < minimumOfLargest) {
+        heights.insert(minimumOfLargest);
     }
     return {heights.begin(), heights.end()};
 }

@@ -1,4 +1,4 @@
-// The images of a status item, as its panel gets them.
+// The status item's images, in the sizes that panels need.
 #pragma once
 
 #include "platform/ports/FacePainter.h"
@@ -12,14 +12,14 @@
 
 namespace tarnwick {
 
-/// The pixels as a panel reads them: alpha, red, green, blue of each, in this order on every machine.
+/// The bytes of all pixels, in the order that panels read: alpha, red, green, blue of each.
 [[nodiscard]] std::vector<std::uint8_t> networkBytes(const Pixmap& pixmap);
 
-/// Heights in pixels, rising, of the images that usual panels draw without scaling them on screens of these
-/// scales. A panel of another size takes the next larger one.
+/// The heights of images, in pixels and in rising order, that common panels on screens of these scales draw
+/// unscaled. Panels of other sizes scale the next larger image down.
 [[nodiscard]] std::vector<int> pixmapHeights(const std::vector<double>& scales);
 
-/// Paints when asked, and not twice the same. Main thread.
+/// Paints on request, and keeps the latest images for the next request. Main thread.
 class ItemPixmaps {
 public:
     /// The scales of the screens at present.
@@ -28,7 +28,7 @@ public:
     /// `painter` outlives it.
     ItemPixmaps(const FacePainter& painter, Scales scales) : painter_(painter), scales_(std::move(scales)) {}
 
-    /// One for each height. `face` without what the form does not show is painted less often.
+    /// One image for each height. Any change of `face` paints again: pass only what the form shows.
     [[nodiscard]] const std::vector<Pixmap>& images(
         const StatusFace& face, StatusItem::PanelFace form, Ink ink);
 

@@ -12,7 +12,7 @@ namespace {
 using Form = StatusItem::PanelFace;
 using Icon = StatusFace::Icon;
 
-/// As wide as a digit, and not dropped at the end of a text.
+/// A space as wide as a digit. Panels do not drop it at the end of a text.
 constexpr const char* figureSpace = "\u2007";
 
 StatusFace shownInImage(const StatusFace& face, Form form) {
@@ -53,9 +53,9 @@ bool hasTextInImage(const StatusFace& shown, Form form) {
     return shown.title.has_value();
 }
 
-/// `text` with figure spaces behind it, as near to the width as they get.
+/// Fills `text` up with figure spaces, to about this width in points.
 std::string padded(const std::string& text, double width, const FacePainter& painter) {
-    // Widths are rounded up: a row of spaces tells more precisely than one of them.
+    // Widths are rounded up to whole points, so many spaces are measured at once.
     constexpr int measured = 20;
     std::string spaces;
     for (int i = 0; i < measured; ++i) {
@@ -84,20 +84,20 @@ void addLabel(
     presentation.labelGuide = face.widestTitle;
 }
 
-/// What a panel has to be given so that it shows just this text.
-std::string shownAsItIs(const std::string& text, ToolTipMarkup markup) {
+/// Escapes `text` where the panel would read it as markup.
+std::string escaped(const std::string& text, ToolTipMarkup markup) {
     if (text.find_first_of("<>&") == std::string::npos) {
         return text;
     }
     if (markup == ToolTipMarkup::guessed) {
-        // The tags leave nothing to be guessed.
+        // With these tags the panel is sure to read it as markup.
         return "<span>" + asMarkup(text, "<br>") + "</span>";
     }
     return asMarkup(text);
 }
 
 void addToolTip(ItemPresentation& presentation, const std::string& text, const PanelHost& host) {
-    const std::string shown = shownAsItIs(text, host.toolTipMarkup);
+    const std::string shown = escaped(text, host.toolTipMarkup);
     if (host.showsToolTipTitleOnly && !text.empty()) {
         presentation.toolTipTitle = shown;
     } else {
@@ -112,7 +112,7 @@ bool ItemPresentation::hasOtherIcon(const ItemPresentation& other) const {
     if (iconName != other.iconName) {
         return true;
     }
-    // A panel that knows the icon by its name looks at nothing else.
+    // A panel that has the icon's name ignores the image.
     return iconName.empty() && (form != other.form || ink != other.ink || imageFace != other.imageFace);
 }
 

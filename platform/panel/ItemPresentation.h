@@ -1,4 +1,4 @@
-// What a certain panel is told of the status item: the decisions, as values.
+// How the status item is presented to one panel: all decisions, as one value.
 #pragma once
 
 #include "platform/panel/PanelHosts.h"
@@ -9,7 +9,7 @@
 
 namespace tarnwick {
 
-/// What the program wants to be shown, whatever the panel.
+/// What the program wants to show in any panel.
 struct ItemState {
     StatusFace face{};
     StatusItem::PanelFace form = StatusItem::PanelFace::automatic;
@@ -22,21 +22,21 @@ struct ItemPresentation {
 
     StatusItem::PanelFace form = StatusItem::PanelFace::square; ///< never automatic
     Ink ink = Ink::light;
-    StatusFace imageFace{}; ///< without what the image does not show in this form
-    std::string iconName{}; ///< of the icon theme; empty: only the image will do
+    StatusFace imageFace{}; ///< reduced to what the image shows in this form
+    std::string iconName{}; ///< in the icon theme; empty: the image is sent
     std::string label{};
     std::string labelGuide{}; ///< the widest text that the label will have
     std::string toolTipTitle{};
     std::string toolTipText{};
     std::string spoken{}; ///< by assistive technology
 
-    /// Whether the panel would draw another icon than for `other`.
+    /// Whether the panel draws another icon than for `other`.
     [[nodiscard]] bool hasOtherIcon(const ItemPresentation& other) const;
 
     friend bool operator==(const ItemPresentation&, const ItemPresentation&) = default;
 };
 
-/// `hasIconTheme` tells whether icons may go by name.
+/// `hasIconTheme`: icons may be sent by name.
 [[nodiscard]] ItemPresentation present(
     const ItemState& state, const PanelHost& host, Ink ink, bool hasIconTheme, const FacePainter& painter);
 

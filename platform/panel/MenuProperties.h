@@ -11,7 +11,7 @@
 
 namespace tarnwick {
 
-/// Keys that are pressed together, the last one no modifier; one such list for each stroke.
+/// A list for each stroke: the keys that are pressed together, modifiers first.
 using MenuShortcut = std::vector<std::vector<std::string>>;
 using MenuPropertyValue = std::variant<bool, std::string, MenuShortcut>;
 using MenuProperties = std::map<std::string, MenuPropertyValue>;
@@ -29,7 +29,7 @@ using MenuProperties = std::map<std::string, MenuPropertyValue>;
 [[nodiscard]] MenuProperties selected(
     const MenuProperties& properties, const std::vector<std::string>& names);
 
-/// Of one row that stays.
+/// What differs in a row that exists before and after.
 struct MenuRowChange {
     int id = 0;
     MenuProperties updated{};

@@ -44,7 +44,7 @@ public:
             object_.emit("NewToolTip");
         }
         if (now.spoken != before.spoken) {
-            // The protocol has no signal of its own for this one.
+            // The item's interface has no signal for this property.
             object_.emitChange(spokenName);
         }
     }
@@ -96,7 +96,7 @@ private:
         declareProperty("ToolTip", [this] {
             return BusToolTip("", BusPixmaps(), item_.shown_.toolTipTitle, item_.shown_.toolTipText);
         });
-        // Our own telling of its change reads it too, so reading it does not count.
+        // `emitChange` reads it too, so a read does not prove that a panel has taken the item.
         object_.property(
             spokenName, [this] { return item_.shown_.spoken; }, BusObject::Change::told);
     }

@@ -22,10 +22,10 @@
 
 namespace tarnwick {
 
-/// Panels forget it when its bus connection ends, with the program. Main thread.
+/// Panels drop the item when its bus connection ends. Main thread.
 class NotifierStatusItem final : public StatusItem {
 public:
-    /// What is referred to outlives the item.
+    /// The references outlive the item.
     struct Needs {
         RunLoop& loop;
         BusConnection& bus; ///< the session's
@@ -35,7 +35,7 @@ public:
         /// A folder with the program's icons by name, laid out as an icon theme. Empty: every icon is sent as
         /// an image.
         std::string iconThemePath{};
-        /// Images come in the sizes that panels take on screens of these scales.
+        /// Images are painted in the sizes that panels need on screens of these scales.
         ItemPixmaps::Scales screenScales = [] { return std::vector<double>{1, 2}; };
         PanelHostFinder::ProcessName processName = tarnwick::processName;
         double registrationPatience = WatcherRegistration::usualPatience;
@@ -55,7 +55,7 @@ public:
     /// Whether there is a watcher, which keeps the list of items for all panels.
     [[nodiscard]] bool hasWatcher() const { return !hosts_.watcher().empty(); }
 
-    /// The answer of `hasWatcher` has changed.
+    /// Called after the result of `hasWatcher` has changed.
     std::function<void()> onWatcherChange;
 
     /// The token by which the desktop lets the latest click open a window in front of others; empty when

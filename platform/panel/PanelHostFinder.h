@@ -24,7 +24,7 @@ public:
 
     [[nodiscard]] const PanelHost& host() const { return *host_; }
 
-    /// The connection that keeps the list of items, by its unique name; empty while there is none.
+    /// The unique name of the connection that keeps the list of items; empty while there is none.
     [[nodiscard]] std::string watcher() const;
 
     /// Told when the panel or the watcher changes.

@@ -12,8 +12,8 @@ namespace {
 
 using Form = StatusItem::PanelFace;
 
-// Measured with the panels of 2023. Those with a fixed ink draw a dark background unless their own theme says
-// otherwise, which nobody can ask them.
+// Measured with the panels of 2023. Those with a fixed ink have a dark background by default. A theme of
+// their own may change it; there is no way to ask.
 constexpr PanelHost gnomeShell{
     .process = "gnome-shell",
     .form = Form::label,
@@ -59,7 +59,7 @@ constexpr std::array<PanelHost, 8> table{
     gnomeShell,
     waybar,
     xfcePanel,
-    named(xfcePanel, "wrapper-2.0"), // runs a plug-in of that panel
+    named(xfcePanel, "wrapper-2.0"), // the process of that panel's plug-ins
     lxqtPanel,
     plasma,
     named(plasma, "kded5"), // keeps the list of items for that panel

@@ -1,4 +1,4 @@
-// What is known of the panels that show status items: the one place that tells them apart.
+// The table of panels that show status items: the only place that tells panels apart.
 #pragma once
 
 #include "platform/ports/FacePainter.h"
@@ -14,21 +14,21 @@ namespace tarnwick {
 /// Whether a panel reads a tool tip as markup.
 enum class ToolTipMarkup {
     always,  ///< as the protocol allows
-    guessed, ///< only where the text looks like markup; line breaks count in plain text alone
+    guessed, ///< only if the text looks like markup; line breaks work only in plain text
 };
 
 struct PanelHost {
-    std::string_view process{}; ///< as the kernel names it; empty: any other panel
-    StatusItem::PanelFace form = StatusItem::PanelFace::square; ///< that it shows best; never automatic
+    std::string_view process{}; ///< the kernel's name of it; empty: any other panel
+    StatusItem::PanelFace form = StatusItem::PanelFace::square; ///< the best one; never automatic
     bool drawsLabel = false;
     bool ignoresLabelGuide = false;             ///< the label's width follows its text
-    bool recolorsSymbolicIcons = false;         ///< those that it gets by name
-    std::optional<Ink> fixedInk = std::nullopt; ///< its background is the same whatever the user has set
-    bool hasOwnDarkMode = false;      ///< a setting of its own beside the desktop's, see `ColorScheme`
-    bool givesGlobalPositions = true; ///< a click's position is one on the desktop, as the protocol says
+    bool recolorsSymbolicIcons = false;         ///< those that are sent by name
+    std::optional<Ink> fixedInk = std::nullopt; ///< its background follows no setting that we can read
+    bool hasOwnDarkMode = false;                ///< a setting beside the desktop's, see `ColorScheme`
+    bool givesGlobalPositions = true;           ///< of clicks: desktop coordinates, as the protocol says
     bool showsToolTipTitleOnly = false;
-    ToolTipMarkup toolTipMarkup = ToolTipMarkup::always; ///< in the part of the tool tip that it shows
-    bool readsMenuAtOnce = false; ///< a panel that has not read the menu has not taken the item
+    ToolTipMarkup toolTipMarkup = ToolTipMarkup::always; ///< of the tool tip's part that it shows
+    bool readsMenuAtOnce = false; ///< it has not taken the item before it reads the menu
 };
 
 /// The entry for a process name, or the one for any other panel.
@@ -47,8 +47,8 @@ struct Backgrounds {
 
 [[nodiscard]] Ink inkFor(const PanelHost& host, const Backgrounds& backgrounds);
 
-/// Name of a process, empty when it has gone: as the kernel has it or, where the table has no entry for that,
-/// that of the file it runs.
+/// The kernel's name of a process, or the name of its program's file if only that is in the table. Empty when
+/// the process is gone.
 [[nodiscard]] std::string processName(unsigned pid);
 
 } // namespace tarnwick

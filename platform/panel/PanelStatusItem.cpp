@@ -48,7 +48,7 @@ void PanelStatusItem::setPanelFace(PanelFace form) {
 
 void PanelStatusItem::lookForTray() {
     trayTimer_.reset();
-    // Made also where there is no tray yet: it appears with the tray.
+    // Made even if there is no tray yet: the item appears as soon as there is one.
     tray_ = needs_.makeTrayItem();
     if (tray_) {
         forwardClicks(*tray_);

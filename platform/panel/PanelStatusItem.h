@@ -1,5 +1,5 @@
-// The status item wherever there is a place for it: with a StatusNotifier watcher, or else in the classic
-// tray.
+// The status item in the place that the desktop offers: with a StatusNotifier watcher or, without one, in the
+// classic tray.
 #pragma once
 
 #include "core/RunLoop.h"
@@ -21,9 +21,9 @@ public:
     /// All of it outlives the item.
     struct Needs {
         RunLoop& loop;
-        StatusItem& notifier; ///< shown by whoever watches
+        StatusItem& notifier; ///< shown while there is a watcher
         std::function<bool()> hasWatcher;
-        /// Null where displays have no classic tray.
+        /// Returns null on displays that never have a classic tray.
         std::function<std::unique_ptr<StatusItem>()> makeTrayItem;
         std::function<bool()> hasTray;
         std::function<void(const std::string&)> say; ///< tells the user, outside any panel
@@ -45,7 +45,7 @@ private:
     void forwardClicks(StatusItem& item);
 
     Needs needs_;
-    std::unique_ptr<StatusItem> tray_; ///< only while nobody watches
+    std::unique_ptr<StatusItem> tray_; ///< only while there is no watcher
     RunLoop::Handle trayTimer_;
     bool hasComplained_ = false;
     std::optional<StatusFace> face_;

@@ -17,7 +17,7 @@ inline constexpr double baseline = 3; ///< of the text, above the lower edge
 
 /// The desktop's font, of a size for these images: 13 points high at scale 1.
 [[nodiscard]] const QFont& font();
-/// Width kept for the icon, whichever it is.
+/// Width kept for the icon: that of the widest one.
 [[nodiscard]] double iconSlot();
 /// Width of a text, all digits counting as equally wide, rounded up to whole points.
 [[nodiscard]] double lineWidth(const QString& text);

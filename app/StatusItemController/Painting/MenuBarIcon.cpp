@@ -31,7 +31,7 @@ void addTriangle(QPainterPath& path, const std::array<QPointF, 3>& corners, doub
 }
 
 QPainterPath makeTrianglePath() {
-    QPainterPath path; // filled where an odd number of shapes lie on each other
+    QPainterPath path; // odd-even fill: a shape inside another one is a hole in it
     addTriangle(path, {QPointF{8, -0.9}, {16.4, 14}, {-0.4, 14}}, 2);
     addTriangle(path, {QPointF{8, 2.15}, {13.83, 12.5}, {2.17, 12.5}}, 0.7);
     path.addRoundedRect(QRectF(7, 4.7, 2, 4.3), 0.8, 0.8);
@@ -53,7 +53,7 @@ TemplateImage::TemplateImage(QSizeF size, QString accessibleDescription, Draw dr
 }
 
 QImage TemplateImage::image(double scale) const {
-    // A little less than a pixel too many is a rounding error.
+    // An excess this small is a rounding error, and needs no further pixel.
     const auto pixels = [scale](double points) {
         return static_cast<int>(std::ceil(points * scale - 0.001));
     };

@@ -14,7 +14,7 @@ class QPainter;
 
 namespace tarnwick {
 
-/// An image in points that only covers: black with opacity, tinted where it is shown.
+/// A mask, measured in points: black with opacity, tinted where it is shown.
 class TemplateImage {
 public:
     /// Draws in device pixels, `scale` of them to a point, from the top left.

@@ -21,7 +21,7 @@ struct Content {
     friend bool operator==(const Content&, const Content&) = default;
 };
 
-/// While the connection is down that is the triangle, with or without an icon.
+/// While the connection is down: the triangle, even if the face has no icon.
 [[nodiscard]] Content content(const StatusFace& face);
 
 /// Where it is drawn, in pixels of a square; all of it whole, so that edges are sharp at every size.

@@ -1,4 +1,4 @@
-// A line of text whose digits are all equally wide, whatever the font thinks of that.
+// A line of text whose digits are all equally wide, with any font.
 #pragma once
 
 #include <QFont>
