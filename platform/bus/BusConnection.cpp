@@ -208,6 +208,7 @@ void BusConnection::lose() {
 }
 
 Subscription BusConnection::addMatch(std::string rule, std::function<void(BusMessage&)> handler) {
+    std::erase_if(matches_, [](const auto& ended) { return ended.expired(); });
     auto match = std::make_shared<Match>();
     match->rule = std::move(rule);
     match->handler = std::move(handler);
