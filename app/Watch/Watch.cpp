@@ -36,9 +36,15 @@ void Watch::start() {
 }
 
 void Watch::updateNotes() {
-    std::vector<std::string> notes;
     const Reading& reading = needs_.monitor.reading();
     const std::optional<PingError>& error = reading.startError;
+    // The permission is looked up once for each error. A note stays true until the next attempt to ping.
+    if (notedRecording_ == reading.recording && notedError_ == error) {
+        return;
+    }
+    notedRecording_ = reading.recording;
+    notedError_ = error;
+    std::vector<std::string> notes;
     if (error && error->kind == PingError::Kind::socket) {
         if (const auto permission = needs_.missingPingPermission()) {
             notes.push_back("This user may not ping yet. Allow it with: " + *permission);

@@ -38,6 +38,8 @@ private:
     Needs needs_;
     std::unique_ptr<Presentation> presentation_;
     std::vector<std::string> notes_;
+    std::optional<Recording> notedRecording_; ///< what the notes were made from
+    std::optional<PingError> notedError_;     ///< likewise
     std::unique_ptr<RenderLoop> noteLoop_;
 };
 

@@ -140,6 +140,19 @@ TEST_F(WatchTest, RecoversByItselfOnceTheUserMayPingAndTakesTheNoteBack) {
     EXPECT_THAT(shown_.notes, IsEmpty());
 }
 
+TEST_F(WatchTest, KeepsTheNoteUntilTheNextAttemptToPing) {
+    network.setSocketError(AF_INET, "Permission denied");
+    missingPermission_ = "the command";
+    startAndWait(2);
+    ASSERT_EQ(shown_.timesNoted, 1);
+
+    missingPermission_.reset();
+    prefs.setSlowPingThresholdMs(prefs.slowPingThresholdMs() + 1);
+    loop.advance(0);
+
+    EXPECT_THAT(shown_.notes, ElementsAre(HasSubstr("the command")));
+}
+
 TEST_F(WatchTest, AnotherObstacleToASocketIsToldInTheSystemsWords) {
     network.setSocketError(AF_INET, "Too many open files");
 
