@@ -50,7 +50,7 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
 }
 
 void Monitor::publish() {
-    ReadingSettings settings{
+    const ReadingSettings settings{
         .hostname = prefs_.hostname(),
         .slowPingThresholdMs = prefs_.slowPingThresholdMs(),
         .pingTimeout = prefs_.pingTimeout(),

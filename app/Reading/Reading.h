@@ -19,7 +19,7 @@ enum class QualityTone { neutral, good, middle, bad };
 struct EvaluationTime {
     double monotonic = 0;
 
-    friend constexpr bool operator==(EvaluationTime, EvaluationTime) { return true; }
+    friend constexpr bool operator==(EvaluationTime /*a*/, EvaluationTime /*b*/) { return true; }
 };
 
 struct Reading {

@@ -81,7 +81,7 @@ public:
     template<typename... Values>
     [[nodiscard]] std::optional<std::tuple<Values...>> read() {
         std::tuple<Values...> values;
-        const auto readAll = [this](auto&... value) { return (readNext(value) && ...); };
+        const auto readAll = [this](auto&... value) { return (this->readNext(value) && ...); };
         return rewind() && std::apply(readAll, values) ? std::optional(std::move(values)) : std::nullopt;
     }
 
@@ -316,6 +316,7 @@ struct BusType<std::variant<Alternatives...>> {
         return std::visit(appendValue, variant);
     }
 
+    // NOLINTNEXTLINE(misc-no-recursion): the library bounds how deep containers may nest
     static bool read(BusMessage& message, Variant& variant) {
         const std::string contents = message.variantContents();
         if (contents.empty()) {
@@ -341,6 +342,7 @@ private:
         return isRead && message.exitContainer();
     }
 
+    // NOLINTNEXTLINE(misc-no-recursion): likewise
     static bool readOther(BusMessage& message, const std::string& contents, Variant& variant) {
         if (contents == "v") {
             // A variant inside a variant stands for what the inner one holds.

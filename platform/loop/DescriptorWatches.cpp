@@ -135,7 +135,7 @@ void DescriptorWatches::update(int descriptor) {
 }
 
 /// Asks epoll for what the descriptor's watches want. False when epoll refuses the descriptor.
-bool DescriptorWatches::request(int descriptor, Entry& entry) {
+bool DescriptorWatches::request(int descriptor, Entry& entry) const {
     const std::uint32_t wanted = entry.wanted();
     const std::uint32_t before = std::exchange(entry.registered, wanted);
     if (wanted == before) {

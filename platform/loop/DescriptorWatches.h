@@ -38,7 +38,7 @@ private:
     class Registration;
 
     void update(int descriptor);
-    bool request(int descriptor, Entry& entry);
+    bool request(int descriptor, Entry& entry) const;
     void remove(const Watch& watch);
 
     int epoll_;

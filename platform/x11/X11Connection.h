@@ -12,6 +12,7 @@ struct xcb_screen_t;
 namespace tarnwick::X11 {
 
 struct Free {
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory): it is from malloc
     void operator()(void* memory) const { std::free(memory); }
 };
 
