@@ -1,6 +1,8 @@
 // Test cases written as data: each names a behavior and lists steps with their expected results.
 #pragma once
 
+#include "tests/support/CaseName.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <ostream>
@@ -29,13 +31,11 @@ struct Case {
     friend std::ostream& operator<<(std::ostream& out, const Case& shown) { return out << shown.name; }
 };
 
-/// The cases of a file in tests/core/cases/, whose README.md describes the format.
+/// The cases of a file in the folder `cases` beside the tests. tests/core/cases/README.md describes the
+/// format.
 [[nodiscard]] std::vector<Case> readCases(const std::string& fileName);
 
 /// "FILE:LINE: WORD...": says where in the data a test failed.
 [[nodiscard]] std::string place(const Case& tested, const CaseStep& step);
-
-/// Names the test after its case.
-inline constexpr auto caseName = [](const auto& tested) { return tested.param.name; };
 
 } // namespace tarnwick::test

@@ -1,0 +1,62 @@
+// What becomes of the text that a user enters as the host. Other commands: cases/host.txt.
+#include "app/Monitor/Monitor.h"
+
+#include "tests/simulation/MonitorWorld.h"
+#include "tests/support/CaseName.h"
+
+#include <gmock/gmock.h>
+
+namespace tarnwick::simulation {
+
+namespace {
+
+class MonitorHostTextTest : public testing::Test, protected MonitorWorld {};
+
+TEST_F(MonitorHostTextTest, IsTrimmedAndStored) {
+    start();
+
+    monitor->setHostname(" \t192.0.2.2\r\n");
+
+    EXPECT_EQ(monitor->prefs().hostname(), "192.0.2.2");
+    EXPECT_EQ(defaults.stored(PreferenceKey::hostname), UserDefaults::Value(std::string("192.0.2.2")));
+}
+
+struct HostText {
+    std::string name;
+    std::string text;
+
+    friend void PrintTo(const HostText& param, std::ostream* out) { *out << param.name; }
+};
+
+class IgnoredHostTest : public MonitorHostTextTest, public testing::WithParamInterface<HostText> {};
+
+TEST_P(IgnoredHostTest, ChangesNothingAndSavesNothing) {
+    start();
+    pass(5.5);
+    defaults.forgetChanges();
+    const Samples samples = monitor->measured().samples;
+    const PingLedger ledger = monitor->measured().ledger;
+
+    monitor->setHostname(GetParam().text);
+    defaults.put(PreferenceKey::hostname, GetParam().text);
+    prefs->reload();
+
+    EXPECT_FALSE(std::filesystem::exists(statsFile()));
+    EXPECT_THAT(defaults.changes(), testing::IsEmpty());
+    EXPECT_EQ(monitor->prefs().hostname(), host);
+    EXPECT_EQ(monitor->measured().samples, samples);
+    EXPECT_EQ(monitor->measured().ledger, ledger);
+    EXPECT_EQ(restarts(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    MonitorCommandsTest, IgnoredHostTest,
+    testing::Values(
+        HostText{"Nothing", ""}, HostText{"Spaces", "   "}, HostText{"OtherWhiteSpace", "\t\r\n "},
+        HostText{"ThePresentHost", MonitorWorld::host}, HostText{"ItPaddedBySpaces", "  192.0.2.1 "},
+        HostText{"ItPaddedByLineBreaks", "\n192.0.2.1\t"}),
+    test::caseName);
+
+} // namespace
+
+} // namespace tarnwick::simulation
