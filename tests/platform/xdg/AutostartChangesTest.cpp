@@ -1,0 +1,227 @@
+// What enrolling and withdrawing write into the entry that starts the program with the session.
+#include "platform/xdg/AutostartEntry.h"
+
+#include "tests/platform/xdg/SessionFiles.h"
+#include "tests/support/CaseName.h"
+
+#include <gmock/gmock.h>
+
+namespace tarnwick {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Status = LoginItem::Status;
+using test::application;
+using test::fresh;
+using test::gnomeOff;
+using test::hidden;
+using test::own;
+using test::shown;
+using test::withdrawn;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::Optional;
+
+class AutostartChangesTest : public testing::Test {
+protected:
+    void storeUser(const std::string& text) const { files_.store(files_.userFile(), text); }
+
+    test::SessionFiles files_;
+};
+
+/// The user's entry before and after; empty where there is no file.
+struct Change {
+    std::string name;
+    std::string before;
+    std::string after;
+    std::vector<std::string> desktops = {};
+    std::optional<std::string> system = {};
+
+    friend void PrintTo(const Change& change, std::ostream* out) { *out << change.before; }
+};
+
+class ChangedEntry : public AutostartChangesTest, public testing::WithParamInterface<Change> {
+protected:
+    void SetUp() override {
+        if (!GetParam().before.empty()) {
+            storeUser(GetParam().before);
+        }
+        if (GetParam().system) {
+            files_.store(files_.systemFile(), *GetParam().system);
+        }
+    }
+
+    void expectChanged(Status status) const {
+        EXPECT_EQ(entry_.status(), status);
+        EXPECT_EQ(files_.text(), files_.withPaths(GetParam().after));
+        EXPECT_EQ(test::fileCount(files_.userFile().parent_path()), GetParam().after.empty() ? 0 : 1);
+        EXPECT_EQ(test::contentOf(files_.systemFile()), files_.withPaths(GetParam().system.value_or("")));
+    }
+
+    AutostartEntry entry_ = files_.entry(GetParam().desktops);
+};
+
+class Enrolling : public ChangedEntry {};
+
+TEST_P(Enrolling, LeavesAnEntryThatStartsTheProgram) {
+    EXPECT_EQ(entry_.enroll(), std::nullopt);
+    expectChanged(Status::enabled);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AutostartChangesTest, Enrolling,
+    testing::Values(
+        Change{"MakesAnEntry", "", fresh()},
+        Change{
+            "KeepsWhatOthersWrote",
+            "# by hand\n"
+                + application(
+                    "Name=Mine", "Name[de]=Meins", "X-GNOME-Autostart-Delay=5", hidden, gnomeOff, "",
+                    "[Desktop Action A]", "Exec=other"),
+            "# by hand\n"
+                + application(
+                    "Name=Mine", "Name[de]=Meins", "X-GNOME-Autostart-Delay=5", "TryExec=PROGRAM",
+                    "Exec=\"PROGRAM\"", "", "[Desktop Action A]", "Exec=other")},
+        Change{"ReplacesAProgramThatIsGone", own("TryExec=/nothing/tarnwick"), own("TryExec=PROGRAM")},
+        Change{
+            "ReplacesAnotherCopy", application("Name=Tarnwick", "Exec=COPY", "TryExec=COPY"),
+            own("TryExec=PROGRAM")},
+        Change{"DropsAListOfOtherDesktops", own("OnlyShowIn=GNOME;"), own("TryExec=PROGRAM"), {"XFCE"}},
+        Change{"DropsAListThatExcludesThisDesktop", own("NotShowIn=XFCE;"), own("TryExec=PROGRAM"), {"XFCE"}},
+        Change{
+            "KeepsAListThatAdmitsThisDesktop",
+            own("OnlyShowIn=XFCE;"),
+            own("OnlyShowIn=XFCE;", "TryExec=PROGRAM"),
+            {"XFCE"}},
+        Change{
+            "LeavesNothingOfAWithdrawal", own("# by hand", "TryExec=PROGRAM", hidden, withdrawn),
+            own("# by hand", "TryExec=PROGRAM")}),
+    test::caseName);
+
+class Withdrawing : public ChangedEntry {};
+
+TEST_P(Withdrawing, LeavesNoEntryThatStartsTheProgram) {
+    EXPECT_EQ(entry_.withdraw(), std::nullopt);
+    expectChanged(Status::notRegistered);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AutostartChangesTest, Withdrawing,
+    testing::Values(
+        Change{"RemovesWhatHoldsNothingOfOthers", fresh(), ""},
+        Change{"RemovesItAlsoWhenTheDesktopHadSwitchedItOff", fresh(hidden, gnomeOff), ""},
+        Change{
+            "HidesAnEntryWithLinesOfOthers", "# by hand\n" + fresh("X-GNOME-Autostart-Delay=5"),
+            "# by hand\n" + fresh("X-GNOME-Autostart-Delay=5", hidden, withdrawn)},
+        Change{
+            "ChangesNothingTheSecondTime", fresh("# by hand", hidden, withdrawn),
+            fresh("# by hand", hidden, withdrawn)},
+        Change{
+            "HidesItAgainAfterTheDesktopLetItStart", fresh("# by hand", shown, withdrawn),
+            fresh("# by hand", hidden, withdrawn)},
+        Change{
+            .name = "HidesTheSystemsEntryByACopy",
+            .before = "",
+            .after = own("Name[de]=Anzeige", hidden, withdrawn),
+            .system = own("Name[de]=Anzeige")},
+        Change{
+            .name = "HidesItBesideASystemsEntry",
+            .before = fresh(),
+            .after = fresh(hidden, withdrawn),
+            .system = own()}),
+    test::caseName);
+
+// Files that can't be written as they are.
+
+TEST_F(AutostartChangesTest, EnrollingMakesTheFolder) {
+    fs::remove_all(files_.userFolder());
+
+    EXPECT_EQ(files_.entry().enroll(), std::nullopt);
+
+    EXPECT_EQ(files_.text(), files_.withPaths(fresh()));
+}
+
+TEST_F(AutostartChangesTest, AFileThatIsNoEntryIsKeptUnderAnotherName) {
+    storeUser("no entry");
+
+    EXPECT_EQ(files_.entry().enroll(), std::nullopt);
+
+    EXPECT_EQ(files_.entry().status(), Status::enabled);
+    EXPECT_EQ(test::contentOf(files_.userFile().string() + ".unreadable"), "no entry");
+}
+
+TEST_F(AutostartChangesTest, ALinkedFileIsWrittenWhereItLies) {
+    const fs::path linked = files_.folder("dotfiles") / "entry";
+    files_.store(linked, own(hidden));
+    fs::create_directories(files_.userFile().parent_path());
+    fs::create_symlink(linked, files_.userFile());
+
+    EXPECT_EQ(files_.entry().enroll(), std::nullopt);
+
+    EXPECT_TRUE(fs::is_symlink(files_.userFile()));
+    EXPECT_THAT(test::contentOf(linked), Not(HasSubstr("Hidden")));
+}
+
+TEST_F(AutostartChangesTest, AMaskedEntryIsNotEnabledAndTheMaskIsNotWrittenTo) {
+    fs::create_directories(files_.userFile().parent_path());
+    fs::create_symlink("/dev/null", files_.userFile());
+    EXPECT_EQ(files_.entry().status(), Status::notRegistered);
+
+    EXPECT_THAT(files_.entry().enroll(), Optional(HasSubstr("autostart/tarnwick.desktop")));
+
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+}
+
+TEST_F(AutostartChangesTest, WithoutAKnownPlaceOfTheProgramEnrollingFailsInWords) {
+    EXPECT_THAT(AutostartEntry(std::nullopt, files_.session()).enroll(), Optional(Not(IsEmpty())));
+    EXPECT_FALSE(fs::exists(files_.userFile()));
+}
+
+TEST_F(AutostartChangesTest, AFolderThatCannotBeWrittenGivesItsNameAndTheReason) {
+    files_.protect();
+
+    EXPECT_THAT(
+        files_.entry().enroll(), Optional(
+                                     "Can’t change " + files_.userFile().string() + ": "
+                                     + std::make_error_code(std::errc::permission_denied).message()));
+}
+
+TEST_F(AutostartChangesTest, AFileInThePlaceOfTheFolderGivesTheReason) {
+    test::writeFile(files_.userFile().parent_path(), "in the way");
+
+    EXPECT_THAT(
+        files_.entry().enroll(),
+        Optional(HasSubstr(std::make_error_code(std::errc::not_a_directory).message())));
+}
+
+// Inside a sandbox.
+
+class SandboxedEntryTest : public AutostartChangesTest {
+protected:
+    [[nodiscard]] AutostartEntry entry() const {
+        AutostartEntry::Session session = files_.session();
+        session.isSandboxed = true;
+        return {files_.program(), session};
+    }
+};
+
+TEST_F(SandboxedEntryTest, EnrollingFailsInWordsAndWritesNothing) {
+    EXPECT_THAT(entry().enroll(), Optional(HasSubstr("sandbox")));
+
+    EXPECT_FALSE(fs::exists(files_.userFile()));
+    EXPECT_EQ(entry().status(), Status::notRegistered);
+}
+
+TEST_F(SandboxedEntryTest, WithdrawingIsNoFailureAndWritesNothing) {
+    storeUser(own());
+
+    EXPECT_EQ(entry().withdraw(), std::nullopt);
+
+    EXPECT_EQ(files_.text(), files_.withPaths(own()));
+}
+
+} // namespace
+
+} // namespace tarnwick
