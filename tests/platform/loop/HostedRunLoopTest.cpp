@@ -2,6 +2,8 @@
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/platform/loop/RunLoopContract.h"
 
+#include <poll.h>
+
 namespace tarnwick {
 
 namespace {

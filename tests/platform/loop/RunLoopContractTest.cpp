@@ -10,11 +10,11 @@ namespace tarnwick {
 
 namespace {
 
-class EpollDriver {
+class EpollDriver final : public LoopDriver {
 public:
-    RunLoop& loop() { return *loop_; }
+    RunLoop& loop() override { return *loop_; }
 
-    bool runUntil(const std::function<bool()>& condition) {
+    bool runUntil(const std::function<bool()>& condition) override {
         const double patience = loop_->now() + 20;
         while (!condition() && loop_->now() < patience) {
             loop_->runOne(0.1);
@@ -22,22 +22,18 @@ public:
         return condition();
     }
 
-    void isWatched(int /*descriptor*/) {}
-
-    void spend(double seconds) { spendBusily(seconds); }
-
-    void close() { loop_.reset(); }
+    void close() override { loop_.reset(); }
 
 private:
     std::unique_ptr<EpollRunLoop> loop_ = std::make_unique<EpollRunLoop>();
 };
 
-class VirtualDriver {
+class VirtualDriver final : public LoopDriver {
 public:
-    RunLoop& loop() { return loop_; }
+    RunLoop& loop() override { return loop_; }
 
     /// Moves on in small steps, and tells the loop what a real one would have learned from the system.
-    bool runUntil(const std::function<bool()>& condition) {
+    bool runUntil(const std::function<bool()>& condition) override {
         for (int step = 0; step < 10'000 && !condition(); ++step) {
             reportReady();
             loop_.advance(0.001);
@@ -45,10 +41,10 @@ public:
         return condition();
     }
 
-    void isWatched(int descriptor) { watched_.push_back(descriptor); }
+    void isWatched(int descriptor) override { watched_.push_back(descriptor); }
 
     /// No time passes while a task runs.
-    void spend(double /*seconds*/) {}
+    void spend(double /*seconds*/) override {}
 
 private:
     void reportReady() {
@@ -73,9 +69,11 @@ private:
 
 } // namespace
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Epoll, RunLoopContract, EpollDriver);
-INSTANTIATE_TYPED_TEST_SUITE_P(Epoll, RealRunLoopContract, EpollDriver);
-INSTANTIATE_TYPED_TEST_SUITE_P(Virtual, RunLoopContract, VirtualDriver);
+INSTANTIATE_TEST_SUITE_P(
+    Loop, RunLoopContract,
+    testing::Values(loopKind<EpollDriver>("Epoll"), loopKind<VirtualDriver>("Virtual")), test::caseName);
+INSTANTIATE_TEST_SUITE_P(
+    Loop, RealRunLoopContract, testing::Values(loopKind<EpollDriver>("Epoll")), test::caseName);
 
 TEST(EpollRunLoop, RunsUntilATaskStopsIt) {
     EpollRunLoop loop;
