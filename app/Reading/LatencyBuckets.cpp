@@ -60,7 +60,7 @@ double scaleMax(std::vector<double> rtts, double lowThreshold) {
     }
     std::ranges::sort(rtts);
     const auto position = static_cast<std::size_t>(std::floor(static_cast<double>(rtts.size()) * 0.95));
-    const double percentile = rtts[std::min(rtts.size() - 1, position)];
+    const double percentile = rtts[position];
     const double candidate = std::max(percentile * 1.25, 20.0);
     // Data near the threshold keeps the threshold in view.
     const double withThreshold = lowThreshold * 1.25;
