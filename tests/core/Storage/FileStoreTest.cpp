@@ -213,8 +213,8 @@ TEST_F(FileStoreTest, UsesUpTheDraftOfAProgramThatWasKilled) {
     draft += ".new";
     writeFile(draft, "half of something that was much longer");
 
-    EXPECT_FALSE(replace("new"));
-    EXPECT_EQ(contentOf(file), "new");
+    EXPECT_FALSE(replace(""));
+    EXPECT_EQ(contentOf(file), "");
     EXPECT_EQ(fileCount(folder.path()), 1);
 }
 

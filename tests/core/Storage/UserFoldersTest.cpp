@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <pwd.h>
+#include <unistd.h>
 
 namespace tarnwick {
 namespace {
@@ -41,10 +43,11 @@ TEST_F(UserFoldersTest, IgnoreRelativeAndEmptyNames) {
     EXPECT_EQ(UserFolders::config(), "/home/somebody/.config");
 }
 
-TEST_F(UserFoldersTest, AreAbsoluteWithoutAHomeInTheEnvironment) {
+TEST_F(UserFoldersTest, WithoutAHomeInTheEnvironmentAreInTheOneOfTheAccount) {
     ::unsetenv("HOME");
-    EXPECT_TRUE(UserFolders::data().is_absolute());
-    EXPECT_TRUE(UserFolders::config().is_absolute());
+    const passwd* const account = ::getpwuid(::getuid());
+    ASSERT_NE(account, nullptr);
+    EXPECT_EQ(UserFolders::config(), std::filesystem::path(account->pw_dir) / ".config");
 }
 
 TEST_F(UserFoldersTest, OfAllUsersAreInTheOrderThatTheEnvironmentGives) {
