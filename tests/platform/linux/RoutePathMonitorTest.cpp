@@ -1,15 +1,14 @@
-// The network path as a real kernel routes, in a network namespace that each test changes in earnest.
+// The network path as a real kernel routes, in a network namespace that each test changes.
 #include "tests/platform/linux/RoutePathTest.h"
 
 #include "platform/linux/RouteLookup.h"
+#include "tests/core/CaseFile.h"
 #include "tests/core/ChildProcess.h"
-#include "tests/simulation/VirtualRunLoop.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -18,8 +17,6 @@
 #include <linux/audit.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
-#include <net/if.h>
-#include <netinet/icmp6.h>
 #include <netinet/in.h>
 #include <sstream>
 #include <sys/prctl.h>
@@ -33,51 +30,54 @@ namespace {
 
 class RoutePathMonitorTest : public RoutePathTest {};
 
-class RejectingRouteTest : public RoutePathTest, public testing::WithParamInterface<std::string> {};
+class PathCases : public RoutePathTest, public testing::WithParamInterface<test::Case> {
+protected:
+    void play(const test::CaseStep& step) {
+        const std::string& name = step.words.front();
+        if (name == "updates") {
+            EXPECT_EQ(std::to_string(updates_.size()), step.expected);
+            return;
+        }
+        if (name == "routes") {
+            EXPECT_EQ(nextHops(AF_INET) + " over IPv4 " + nextHops(AF_INET6) + " over IPv6", step.expected);
+            return;
+        }
+        carryOut(step);
+        if (step.expected == "none") {
+            EXPECT_TRUE(runUntilUnsatisfied());
+        } else if (!step.expected.empty()) {
+            std::istringstream words(step.expected);
+            EXPECT_TRUE(runUntilSatisfiedOver({std::istream_iterator<std::string>(words), {}}));
+        }
+    }
 
-/// Commands after which the one default route, over wan0, leads nowhere.
-struct Loss {
-    std::string name;
-    std::string commands;
+private:
+    void carryOut(const test::CaseStep& step) {
+        const std::string& name = step.words.front();
+        if (name == "link") {
+            addLink(step.word(1));
+        } else if (name == "uplink") {
+            addLinkWithDefault(
+                step.word(1), static_cast<int>(step.number(2)), static_cast<int>(step.number(3)));
+        } else if (name == "start") {
+            start();
+        } else {
+            ASSERT_TRUE(name == "ip" || name == "ip6") << "no such step";
+            std::string command;
+            for (std::size_t word = 1; word < step.words.size(); ++word) {
+                command += step.word(word) + " ";
+            }
+            name == "ip" ? change(command) : change6(command);
+        }
+    }
 
-    friend void PrintTo(const Loss& param, std::ostream* out) { *out << param.name; }
+    static std::string nextHops(int family) {
+        return std::to_string(RouteLookup().toWorld(family)->nextHops.size());
+    }
 };
-
-class LostRouteTest : public RoutePathTest, public testing::WithParamInterface<Loss> {};
-
-/// A way for vpn0 to take the world over from wan0's default route, and back.
-struct Takeover {
-    std::string name;
-    std::string take;
-    std::string giveBack;
-
-    friend void PrintTo(const Takeover& param, std::ostream* out) { *out << param.name; }
-};
-
-class TakeoverTest : public RoutePathTest, public testing::WithParamInterface<Takeover> {};
 
 /// Whether messages about routes name the interfaces of their next hops too.
 class NextHopTest : public RoutePathTest, public testing::WithParamInterface<bool> {};
-
-/// Announces a router that may be used for `lifetime` seconds.
-bool advertiseRouter(const std::string& fromInterface, std::uint16_t lifetime) {
-    const FileDescriptor socket(::socket(AF_INET6, SOCK_RAW | SOCK_CLOEXEC, IPPROTO_ICMPV6));
-    const int hops = 255;
-    const unsigned index = ::if_nametoindex(fromInterface.c_str());
-    nd_router_advert advertisement{};
-    advertisement.nd_ra_type = ND_ROUTER_ADVERT;
-    advertisement.nd_ra_router_lifetime = htons(lifetime);
-    sockaddr_in6 everybody{};
-    everybody.sin6_family = AF_INET6;
-    everybody.sin6_scope_id = index;
-    return ::inet_pton(AF_INET6, "ff02::1", &everybody.sin6_addr) == 1
-           && ::setsockopt(socket.get(), IPPROTO_IPV6, IPV6_MULTICAST_HOPS, &hops, sizeof hops) == 0
-           && ::setsockopt(socket.get(), IPPROTO_IPV6, IPV6_MULTICAST_IF, &index, sizeof index) == 0
-           && ::sendto(
-                  socket.get(), &advertisement, sizeof advertisement, 0,
-                  reinterpret_cast<const sockaddr*>(&everybody), sizeof everybody)
-                  == static_cast<ssize_t>(sizeof advertisement);
-}
 
 /// The largest number in such a column of this namespace's netlink sockets that are in the link group: those
 /// that wait for news.
@@ -121,49 +121,15 @@ bool giveUpNetlink() {
 
 } // namespace
 
-TEST_F(RoutePathMonitorTest, AHostWithNoRouteAtAllIsUnsatisfiedFromTheStart) {
-    start();
-
-    ASSERT_TRUE(runUntilUnsatisfied());
-    EXPECT_EQ(updates_.size(), 1U);
+TEST_P(PathCases, Hold) {
+    for (const test::CaseStep& step : GetParam().steps) {
+        play(step);
+        ASSERT_FALSE(HasFailure()) << test::place(GetParam(), step);
+    }
 }
 
-TEST_F(RoutePathMonitorTest, TheFirstRouteAfterAStartWithoutOneSatisfies) {
-    startAndSettle();
-
-    addLinkWithDefault("wan0", 1, 100);
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan0"}));
-}
-
-TEST_F(RoutePathMonitorTest, AnIPv6RouteAloneSatisfies) {
-    addLink("wan0");
-    change("route add default via fe80::2 dev wan0");
-
-    start();
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan0"}));
-}
-
-TEST_F(RoutePathMonitorTest, IPv4sInterfaceComesBeforeIPv6s) {
-    addLink("wan0");
-    change("route add default via fe80::2 dev wan0 metric 1");
-    addLinkWithDefault("wan1", 1, 100);
-
-    start();
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan1", "wan0"}));
-}
-
-TEST_F(RoutePathMonitorTest, AnInterfaceWithoutARouteToTheWorldIsNotPartOfThePath) {
-    addLinkWithDefault("wan0", 1, 100);
-    addLink("lan0");
-    change("address add 192.168.7.1/24 dev lan0");
-
-    start();
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan0"}));
-}
+INSTANTIATE_TEST_SUITE_P(
+    NetworkPath, PathCases, testing::ValuesIn(test::readCases("path.txt")), test::caseName);
 
 TEST_F(RoutePathMonitorTest, ABurstCostsOneLookUpTwoWakeUpsAndOneUpdate) {
     addLink("wan0");
@@ -211,98 +177,6 @@ TEST_F(RoutePathMonitorTest, AFlapThatIsOverBeforeTheLookUpIsNotTold) {
     EXPECT_EQ(updates_.size(), 1U);
 }
 
-TEST_F(RoutePathMonitorTest, AFlapThatLastsIsToldBothWays) {
-    addLinkWithDefault("wan0", 1, 100);
-    startAndSettle();
-
-    change("route del default");
-    ASSERT_TRUE(runUntilUnsatisfied());
-    change("route add default via 10.1.0.2 dev wan0 metric 100");
-
-    ASSERT_TRUE(runUntilSatisfiedOver({"wan0"}));
-    EXPECT_EQ(updates_.size(), 3U);
-}
-
-TEST_F(RoutePathMonitorTest, ALostCarrierUnsatisfiesThoughTheRoutesOfBothFamiliesStay) {
-    addLinkWithDefault("wan0", 1, 100);
-    change("route add default via fe80::2 dev wan0");
-    startAndSettle();
-
-    change("link set dev wan0far down");
-    ASSERT_TRUE(runUntilUnsatisfied());
-    EXPECT_EQ(RouteLookup().toWorld(AF_INET)->nextHops.size(), 1U);
-    EXPECT_EQ(RouteLookup().toWorld(AF_INET6)->nextHops.size(), 1U);
-    change("link set dev wan0far up");
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan0"}));
-}
-
-TEST_F(RoutePathMonitorTest, ARouteThatStandsByDoesNotSatisfyWhileTheKernelPrefersADeadOne) {
-    addLinkWithDefault("wan0", 1, 100);
-    addLinkWithDefault("wan1", 2, 600);
-    startAndSettle();
-
-    change("link set dev wan0far down");
-    ASSERT_TRUE(runUntilUnsatisfied());
-    change("route del default via 10.1.0.2 metric 100");
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan1"}));
-}
-
-TEST_P(LostRouteTest, Unsatisfies) {
-    addLinkWithDefault("wan0", 1, 100);
-    startAndSettle();
-
-    change(GetParam().commands);
-
-    EXPECT_TRUE(runUntilUnsatisfied());
-}
-
-// The kernel tells of the routes that go with a deleted interface in no message of their own.
-INSTANTIATE_TEST_SUITE_P(
-    RoutePathMonitorTest, LostRouteTest,
-    testing::Values(
-        Loss{"ADeletedInterface", "link del wan0"},
-        Loss{"AnInterfaceThatIsTakenDown", "link set dev wan0 down"},
-        Loss{"ALastAddressThatTakesTheRoutesAlong", "address del 10.1.0.1/24 dev wan0"}),
-    [](const auto& test) { return test.param.name; });
-
-TEST_P(TakeoverTest, IsFollowedBothWays) {
-    addLinkWithDefault("wan0", 1, 100);
-    addLink("vpn0");
-    change("address add 10.2.0.1/24 dev vpn0\nroute add default dev vpn0 table 77");
-    startAndSettle();
-    ASSERT_EQ(updates_.back(), (NetworkPath{true, {"wan0"}}));
-
-    change(GetParam().take);
-    ASSERT_TRUE(runUntilSatisfiedOver({"vpn0", "wan0"}));
-    change(GetParam().giveBack);
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan0"}));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    RoutePathMonitorTest, TakeoverTest,
-    testing::Values(
-        Takeover{"ByADefaultRouteOfBetterMetric", "route add default dev vpn0 metric 50", "link del vpn0"},
-        Takeover{
-            "ByASplitDefault", "route add 0.0.0.0/1 via 10.2.0.2\nroute add 128.0.0.0/1 via 10.2.0.2",
-            "route del 0.0.0.0/1\nroute del 128.0.0.0/1"},
-        Takeover{
-            "ByARuleForAnotherTable", "rule add not fwmark 77 lookup 77",
-            "rule del not fwmark 77 lookup 77"}),
-    [](const auto& test) { return test.param.name; });
-
-TEST_F(RoutePathMonitorTest, DefaultRoutesThatStandByFollowInTheOrderOfTheirMetrics) {
-    addLinkWithDefault("wan0", 1, 300);
-    addLinkWithDefault("wan1", 2, 100);
-    addLinkWithDefault("wan2", 3, 200);
-
-    start();
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"wan1", "wan2", "wan0"}));
-}
-
 TEST_F(RoutePathMonitorTest, ARouteThatStandsByOverTheLastOfManyInterfacesIsPartOfThePath) {
     std::string cables;
     for (int cable = 0; cable < 60; ++cable) {
@@ -317,17 +191,6 @@ TEST_F(RoutePathMonitorTest, ARouteThatStandsByOverTheLastOfManyInterfacesIsPart
     start();
 
     EXPECT_TRUE(runUntilSatisfiedOver({"wan0", "wan1"}));
-}
-
-TEST_F(RoutePathMonitorTest, AnIPv6RuleCountsToo) {
-    addLink("vpn0");
-    change6("route add default dev vpn0 table 77");
-    startAndSettle();
-    ASSERT_EQ(updates_.back(), (NetworkPath{false, {}}));
-
-    change6("rule add not fwmark 77 lookup 77");
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"vpn0"}));
 }
 
 TEST_F(RoutePathMonitorTest, EachInterfaceOfAMultipathRouteIsPartOfThePath) {
@@ -361,90 +224,6 @@ TEST_P(NextHopTest, IsFollowedWhereItMoves) {
 INSTANTIATE_TEST_SUITE_P(RoutePathMonitorTest, NextHopTest, testing::Bool(), [](const auto& test) {
     return test.param ? "NamedWithItsInterface" : "NamedByItsNumberAlone";
 });
-
-TEST_F(RoutePathMonitorTest, ARenamedInterfaceIsToldByItsNewName) {
-    addLinkWithDefault("wan0", 1, 100);
-    startAndSettle();
-
-    change("link set dev wan0 down\nlink set dev wan0 name uplink\nlink set dev uplink up\n"
-           "route add default via 10.1.0.2");
-
-    EXPECT_TRUE(runUntilSatisfiedOver({"uplink"}));
-}
-
-TEST_P(RejectingRouteTest, IsNoWayToTheWorldThoughADefaultRouteStandsBehindIt) {
-    addLinkWithDefault("wan0", 1, 100);
-    change("route add default via fe80::2 dev wan0 metric 100");
-    startAndSettle();
-
-    change("route add " + GetParam() + " default metric 1");
-    change6("route add " + GetParam() + " default metric 1");
-
-    EXPECT_TRUE(runUntilUnsatisfied());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Types, RejectingRouteTest, testing::Values("unreachable", "prohibit", "blackhole"),
-    [](const auto& test) { return test.param; });
-
-TEST_F(RoutePathMonitorTest, ARouteThatStaysInsideTheMachineIsNoWayToTheWorld) {
-    change("route add default dev lo");
-
-    start();
-
-    EXPECT_TRUE(runUntilUnsatisfied());
-}
-
-TEST_F(RoutePathMonitorTest, AnIPv6RouteLearntFromARouterStopsCountingWhenItExpires) {
-    addLink("wan0");
-    change("address add fe80::1/64 dev wan0 nodad\naddress add fe80::2/64 dev wan0far nodad");
-    startAndSettle();
-    ASSERT_TRUE(advertiseRouter("wan0far", 1));
-    ASSERT_TRUE(runUntilSatisfiedOver({"wan0"}));
-    const double learnt = updatedAt_;
-
-    ASSERT_TRUE(runUntilUnsatisfied());
-
-    // The kernel's own message may come half a minute after the end.
-    EXPECT_GT(updatedAt_ - learnt, 0.5);
-    EXPECT_LT(updatedAt_ - learnt, RoutePathMonitor::slowInterval);
-}
-
-TEST_F(RoutePathMonitorTest, AnExpiringRouteBesideAnotherOneIsNotAskedAfter) {
-    addLinkWithDefault("wan0", 1, 100);
-    change6("route add default via fe80::2 dev wan0 expires 3");
-
-    const auto path = RoutedPath::present();
-
-    ASSERT_TRUE(path);
-    EXPECT_TRUE(path->path.satisfied);
-    EXPECT_EQ(path->expiresIn, std::nullopt);
-}
-
-TEST_F(RoutePathMonitorTest, AnExpiringRouteThatIsTheOnlyWaySaysWhenItEnds) {
-    addLink("wan0");
-    change6("route add default via fe80::2 dev wan0 expires 60");
-
-    const auto path = RoutedPath::present();
-
-    ASSERT_TRUE(path && path->expiresIn);
-    EXPECT_GT(*path->expiresIn, 40);
-    EXPECT_LE(*path->expiresIn, 60);
-}
-
-TEST_F(RoutePathMonitorTest, AnExpiringRouteThatIsNoWayIsNotAskedAfter) {
-    addLink("wan0");
-    change6("route add default via fe80::2 dev wan0 expires 60");
-    change("link set dev wan0far down");
-
-    std::optional<RoutedPath> path;
-    ASSERT_TRUE(runUntil([&path] {
-        path = RoutedPath::present();
-        return path && !path->path.satisfied;
-    }));
-
-    EXPECT_EQ(path->expiresIn, std::nullopt);
-}
 
 TEST_F(RoutePathMonitorTest, MessagesThatAreLostInAFloodAreMadeUpForByALookUpAndLaterOnesAreHeard) {
     addLink("wan0");
@@ -548,143 +327,6 @@ TEST_F(RoutePathMonitorTest, WithoutNetlinkNothingIsEverTold) {
         TARNWICK_CANNOT_RUN("this system filters no system calls");
     }
     EXPECT_EQ(status, 0);
-}
-
-/// In virtual time, with the kernel's answers made up. Its messages come when the test delivers them.
-class ScriptedPathTest : public RoutePathTest {
-protected:
-    void TearDown() override { monitor_.reset(); }
-
-    void startScripted() {
-        monitor_.emplace(virtualLoop_, [this] {
-            ++lookUps_;
-            return answer_;
-        });
-        start();
-    }
-
-    /// Whatever descriptor the monitor watches.
-    void deliverMessages() {
-        constexpr int moreThanAreOpen = 256;
-        for (int descriptor = 0; descriptor < moreThanAreOpen; ++descriptor) {
-            virtualLoop_.makeReadable(descriptor);
-        }
-    }
-
-    simulation::VirtualRunLoop virtualLoop_;
-    std::optional<RoutedPath> answer_ = RoutedPath{{true, {"wan0"}}, std::nullopt};
-};
-
-TEST_F(ScriptedPathTest, TheFirstUpdateComesSoonButNotFromInsideStart) {
-    startScripted();
-    EXPECT_TRUE(updates_.empty());
-
-    virtualLoop_.runPending();
-
-    EXPECT_THAT(updates_, testing::ElementsAre(NetworkPath{true, {"wan0"}}));
-}
-
-TEST_F(ScriptedPathTest, ALastingPathIsNotLookedUpAgainByItself) {
-    startScripted();
-
-    virtualLoop_.advance(24 * 3600);
-
-    EXPECT_EQ(lookUps_, 1);
-    EXPECT_EQ(virtualLoop_.timerCount(), 0U);
-}
-
-TEST_F(ScriptedPathTest, AnExpiringPathIsLookedUpSlowly) {
-    answer_->expiresIn = 1800;
-    startScripted();
-
-    virtualLoop_.advance(60);
-
-    EXPECT_GE(lookUps_, 11);
-    EXPECT_LE(lookUps_, 13);
-    EXPECT_EQ(updates_.size(), 1U);
-}
-
-TEST_F(ScriptedPathTest, AnExpiringPathIsLookedUpAsSoonAsItsTimeIsOver) {
-    answer_->expiresIn = 2;
-    startScripted();
-    virtualLoop_.advance(2);
-    ASSERT_EQ(lookUps_, 1);
-    answer_ = RoutedPath{{false, {}}, std::nullopt};
-
-    virtualLoop_.advance(0.1);
-
-    EXPECT_THAT(updates_, testing::ElementsAre(NetworkPath{true, {"wan0"}}, NetworkPath{false, {}}));
-}
-
-TEST_F(ScriptedPathTest, AnExpiryThatIsTooNearToBeToldIsStillLookedUp) {
-    answer_->expiresIn = 3;
-    startScripted();
-    virtualLoop_.advance(2.995);
-    change("link set dev lo down");
-    answer_->expiresIn.reset();
-    deliverMessages();
-    virtualLoop_.advance(RoutePathMonitor::settleTime);
-    ASSERT_EQ(lookUps_, 2);
-    answer_ = RoutedPath{{false, {}}, std::nullopt};
-
-    virtualLoop_.advance(0.1);
-
-    EXPECT_THAT(updates_, testing::ElementsAre(NetworkPath{true, {"wan0"}}, NetworkPath{false, {}}));
-}
-
-TEST_F(ScriptedPathTest, APathThatNoLongerExpiresIsLookedUpOnceMoreAndThenLeftAlone) {
-    answer_->expiresIn = 1800;
-    startScripted();
-    virtualLoop_.runPending();
-    answer_->expiresIn.reset();
-
-    virtualLoop_.advance(3600);
-
-    EXPECT_EQ(lookUps_, 3);
-    EXPECT_EQ(virtualLoop_.timerCount(), 0U);
-}
-
-TEST_F(ScriptedPathTest, ABurstThatDoesNotEndIsLookedUpSoonAfterItsFirstMessage) {
-    startScripted();
-    virtualLoop_.runPending();
-    const auto tellAgain = [this](const std::string& address) {
-        change("address add " + address + " dev lo");
-        deliverMessages();
-        virtualLoop_.advance(0.4 * RoutePathMonitor::settleTime);
-    };
-
-    tellAgain("10.1.0.1");
-    tellAgain("10.1.0.2");
-    ASSERT_EQ(lookUps_, 1);
-    tellAgain("10.1.0.3");
-
-    EXPECT_EQ(lookUps_, 2);
-}
-
-TEST_F(ScriptedPathTest, AQuestionWithoutAnAnswerTellsNothingAndIsAskedAgain) {
-    answer_.reset();
-    startScripted();
-    virtualLoop_.runPending();
-    ASSERT_TRUE(updates_.empty());
-    answer_ = RoutedPath{{true, {"wan0"}}, std::nullopt};
-
-    virtualLoop_.advance(RoutePathMonitor::slowInterval + 1);
-
-    EXPECT_EQ(updates_.size(), 1U);
-    EXPECT_EQ(lookUps_, 2);
-}
-
-TEST_F(ScriptedPathTest, ABareChangeOfOrderIsTold) {
-    answer_ = RoutedPath{{true, {"wan0", "wan1"}}, 1.0};
-    startScripted();
-    virtualLoop_.runPending();
-    answer_ = RoutedPath{{true, {"wan1", "wan0"}}, std::nullopt};
-
-    virtualLoop_.advance(2);
-
-    EXPECT_THAT(
-        updates_,
-        testing::ElementsAre(NetworkPath{true, {"wan0", "wan1"}}, NetworkPath{true, {"wan1", "wan0"}}));
 }
 
 } // namespace tarnwick
