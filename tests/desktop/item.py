@@ -7,7 +7,7 @@ import dataclasses
 from gi.repository import GLib
 
 from .bus import Bus, BusError
-from .panels import Desktop
+from .desktops import Desktop
 
 INTERFACE, MENU_INTERFACE = "org.kde.StatusNotifierItem", "com.canonical.dbusmenu"
 USUAL_PATH = "/StatusNotifierItem"

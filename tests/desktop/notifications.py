@@ -11,7 +11,7 @@ import signal
 
 from endtoend.waiting import eventually
 
-from .panels import Desktop, Installed, X11Desktop
+from .desktops import Desktop, Installed, X11Desktop
 from .pictures import Rectangle
 from .program import PATIENCE
 from .session import Session

@@ -13,7 +13,7 @@ from collections.abc import Sequence
 from endtoend.waiting import eventually
 
 from .item import Item
-from .panels import Desktop
+from .desktops import Desktop
 from .pictures import Rectangle
 
 PROGRAM = os.path.abspath(

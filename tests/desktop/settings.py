@@ -8,7 +8,7 @@ import pathlib
 from endtoend.waiting import eventually
 
 from .accessible import Node
-from .panels import Desktop
+from .desktops import Desktop
 from .pictures import Rectangle
 from .program import APPLICATION, HOST, PATIENCE, Program
 

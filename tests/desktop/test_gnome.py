@@ -10,8 +10,9 @@ from PIL import Image
 from endtoend.waiting import eventually
 
 from .bus import Listener
-from .checks import NEAR, NotifierChecks, distance, stays_closed
-from .panels import GnomePanel
+from .checks import NEAR, distance, stays_closed
+from .heavy_panels import GnomePanel
+from .notifier_checks import NotifierChecks
 from .pictures import Rectangle
 from .program import PATIENCE, Program
 from .x11 import MIDDLE, RIGHT

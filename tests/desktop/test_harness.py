@@ -8,8 +8,8 @@ import unittest
 
 from endtoend.waiting import eventually
 
-from . import panels, scratch_item
-from .panels import Desktop
+from . import heavy_panels, panels, scratch_item
+from .desktops import Desktop
 from .pictures import changed
 from .x11 import RIGHT
 
@@ -133,9 +133,9 @@ class Waybar(NotifierHarnessChecks, unittest.TestCase):
 
 
 class Gnome(NotifierHarnessChecks, unittest.TestCase):
-    panel = panels.GnomePanel
+    panel = heavy_panels.GnomePanel
     left_click = "Event"  # Of a menu that opens.
 
 
 class Plasma(NotifierHarnessChecks, unittest.TestCase):
-    panel = panels.PlasmaPanel
+    panel = heavy_panels.PlasmaPanel

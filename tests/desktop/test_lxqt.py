@@ -4,7 +4,8 @@ from __future__ import annotations
 
 import unittest
 
-from .checks import NotifierChecks, X11Checks
+from .checks import X11Checks
+from .notifier_checks import NotifierChecks
 from .panels import LxqtPanel
 
 

@@ -17,7 +17,8 @@ from lab import Behavior, Lab
 from .bus import BUS, BUS_PATH, Listener
 from .item import Item
 from .notifications import NOTIFICATIONS, BareDesktop, Daemon, Dunst, Requests, Xfce4Notifyd
-from .panels import X11Desktop, XfcePanel
+from .desktops import X11Desktop
+from .panels import XfcePanel
 from .pictures import Rectangle, changed
 from .program import APPLICATION, PATIENCE, PROGRAM, Program
 from .sandbox import sandbox_prefix

@@ -4,8 +4,8 @@ from __future__ import annotations
 
 import unittest
 
-from .checks import NotifierChecks
-from .panels import PlasmaPanel
+from .heavy_panels import PlasmaPanel
+from .notifier_checks import NotifierChecks
 
 
 class Plasma(NotifierChecks, unittest.TestCase):

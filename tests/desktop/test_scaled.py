@@ -6,7 +6,8 @@ import unittest
 
 from endtoend.waiting import eventually
 
-from .checks import NotifierChecks, X11Checks
+from .checks import X11Checks
+from .notifier_checks import NotifierChecks
 from .panels import ScaledXfcePanel
 from .pictures import Rectangle
 from .program import APPLICATION, PATIENCE

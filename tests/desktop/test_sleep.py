@@ -16,7 +16,7 @@ from gi.repository import GLib
 from endtoend.waiting import eventually, never
 
 from .headless import Headless, OfTheDesktop, OfTheTerminal
-from .panels import SKIPPED
+from .desktops import SKIPPED
 from .program import PATIENCE
 
 ADDRESS = "10.77.0.36"

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import unittest
 
-from .checks import NotifierChecks
+from .notifier_checks import NotifierChecks
 from .panels import WaybarPanel
 
 

@@ -6,7 +6,8 @@ import unittest
 
 from endtoend.waiting import eventually
 
-from .checks import READABLE_CONTRAST, NotifierChecks, X11Checks
+from .checks import READABLE_CONTRAST, X11Checks
+from .notifier_checks import NotifierChecks
 from .panels import XfcePanel
 from .pictures import background, brightness, ink_brightness
 from .program import PATIENCE
