@@ -31,10 +31,7 @@ int toMilliseconds(double seconds) {
 /// tell of every change at once.
 class EpollRunLoop::Awake {
 public:
-    explicit Awake(EpollRunLoop& loop) : loop_(loop) {
-        loop_.isAwake_ = true;
-        loop_.mailbox_->wake();
-    }
+    explicit Awake(EpollRunLoop& loop) : loop_(loop) { loop_.isAwake_ = true; }
 
     Awake(const Awake&) = delete;
     Awake& operator=(const Awake&) = delete;

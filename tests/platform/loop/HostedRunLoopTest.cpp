@@ -30,6 +30,7 @@ protected:
 } // namespace
 
 TEST_F(HostedRunLoopTest, RunsNothingAndWaitsForNothingWithoutAnEvent) {
+    const auto later = loop_.after(100, [] { ADD_FAILURE() << "a hundred seconds too early"; });
     EXPECT_FALSE(hasSomethingToRun());
 
     loop_.runReady();
@@ -138,6 +139,23 @@ TEST_F(HostedRunLoopTest, EachPostedTaskIsToldToTheHost) {
     }
 
     EXPECT_EQ(runs, 3);
+}
+
+TEST_F(HostedRunLoopTest, InATurnOfTheLoopsOwnATaskNeedsNoWakeUp) {
+    const WatchedPipe pipe;
+    RunLoop::Handle timer;
+    bool isWoken = true;
+    const auto watching = loop_.watchReadable(pipe.readingEnd(), [&] {
+        EXPECT_TRUE(pipe.take());
+        loop_.post([] {});
+        timer = loop_.after(0, [] {});
+        isWoken = hasSomethingToRun();
+    });
+    pipe.put("a");
+
+    ASSERT_TRUE(loop_.runOne(20));
+
+    EXPECT_FALSE(isWoken);
 }
 
 TEST_F(HostedRunLoopTest, ATaskThatATurnOfTheLoopsOwnLeavesBehindIsToldToTheHost) {

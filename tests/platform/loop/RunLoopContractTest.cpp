@@ -4,7 +4,12 @@
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/simulation/VirtualRunLoop.h"
 
+#include <fcntl.h>
+#include <filesystem>
 #include <poll.h>
+#include <pthread.h>
+#include <set>
+#include <string>
 
 namespace tarnwick {
 
@@ -116,6 +121,39 @@ TEST(EpollRunLoop, ATimeBeforeTheClocksZeroIsPast) {
     EXPECT_TRUE(loop.runOne(20));
 
     EXPECT_TRUE(hasRun);
+}
+
+TEST(EpollRunLoop, ProgramsThatItStartsInheritNoneOfItsDescriptors) {
+    const auto inheritable = [] {
+        std::set<std::string> descriptors;
+        for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+            const std::string descriptor = entry.path().filename();
+            if ((::fcntl(std::stoi(descriptor), F_GETFD) & FD_CLOEXEC) == 0) {
+                descriptors.insert(descriptor);
+            }
+        }
+        return descriptors;
+    };
+    const auto before = inheritable();
+
+    const EpollRunLoop loop;
+
+    EXPECT_EQ(inheritable(), before);
+}
+
+TEST(EpollRunLoop, TellsWhenNoThreadCanBeStarted) {
+    pthread_attr_t usual{};
+    pthread_attr_t tooLarge{};
+    ASSERT_EQ(::pthread_getattr_default_np(&usual), 0);
+    ASSERT_EQ(::pthread_getattr_default_np(&tooLarge), 0);
+    ASSERT_EQ(::pthread_attr_setstacksize(&tooLarge, std::size_t{1} << 60), 0);
+    ASSERT_EQ(::pthread_setattr_default_np(&tooLarge), 0);
+    EpollRunLoop loop;
+
+    const bool isStarted = loop.detach([] { return RunLoop::Task([] {}); });
+
+    EXPECT_FALSE(isStarted);
+    EXPECT_EQ(::pthread_setattr_default_np(&usual), 0);
 }
 
 TEST(EpollRunLoop, TellsWhenNothingCameInTime) {
