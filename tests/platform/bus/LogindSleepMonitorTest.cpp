@@ -1,24 +1,14 @@
-// Sleep and wake as logind tells them: played by a peer and, for the real service's interface, by
-// python-dbusmock's template of it; and as the clocks show them.
-#include "platform/bus/LogindSleepMonitor.h"
-
-#include "tests/core/Required.h"
-#include "tests/platform/bus/BusTest.h"
-#include "tests/platform/bus/FakeLogind.h"
+// Sleep and wake as logind announces them, played by a peer, and as the clocks show them.
+#include "tests/platform/bus/LogindSleepMonitorTest.h"
 
 #include <gmock/gmock.h>
 
-#include <csignal>
 #include <cstdint>
-#include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <optional>
-#include <sys/wait.h>
-#include <tuple>
-#include <unistd.h>
-#include <variant>
 
 namespace tarnwick {
 
@@ -55,62 +45,6 @@ PipeEnds openPipeEnds() {
     }
     return ends;
 }
-
-class LogindSleepMonitorTest : public BusTest {
-protected:
-    explicit LogindSleepMonitorTest(double patience = LogindSleepMonitor::usualPatience)
-        : monitor_(
-            loop_, bus_,
-            [this] {
-                ++clockReadings_;
-                return suspended_;
-            },
-            patience) {}
-
-    void addLogind() { logind_.emplace(addPeer()); }
-
-    /// It ends, and with it all that it knew.
-    void removeLogind() {
-        logind_.reset();
-        peers_.clear();
-    }
-
-    void start() {
-        monitor_.start({
-            .willSleep =
-                [this] {
-                    told_.emplace_back("sleep");
-                    inhibitorsWhileSaving_ = logind_ ? logind_->inhibitors() : 0;
-                },
-            .didWake = [this] { told_.emplace_back("wake"); },
-        });
-    }
-
-    /// With logind, which sleeps would wait for.
-    [[nodiscard]] bool startWithLogind() {
-        addLogind();
-        start();
-        return runUntilInhibited();
-    }
-
-    /// And until the permission has arrived.
-    [[nodiscard]] bool runUntilInhibited() {
-        return runUntil([this] { return logind_->inhibitors() == 1; }) && runUntilAllHeard();
-    }
-
-    [[nodiscard]] bool runUntilTold(const std::vector<std::string>& expected) {
-        return runUntil([this, &expected] { return told_ == expected; });
-    }
-
-    [[nodiscard]] bool runUntilAllHeard() { return runUntilHeardBy(logind_->peer()); }
-
-    double suspended_ = 0;
-    int clockReadings_ = 0; ///< one for each check, and for each announcement
-    std::vector<std::string> told_;
-    std::ptrdiff_t inhibitorsWhileSaving_ = 0;
-    std::optional<FakeLogind> logind_;
-    LogindSleepMonitor monitor_;
-};
 
 /// With a patience that a test can wait for.
 class ImpatientSleepMonitorTest : public LogindSleepMonitorTest {
@@ -414,95 +348,6 @@ TEST_F(LogindSleepMonitorTest, ASleepThatLogindAndTheClocksTellIsToldOnce) {
     ASSERT_TRUE(runUntilTold({"sleep", "wake"}));
     runFor(2 * LogindSleepMonitor::checkInterval);
     EXPECT_THAT(told_, ElementsAre("sleep", "wake"));
-}
-
-namespace {
-
-/// python-dbusmock in the place of systemd-logind: methods, types and signals as that service has them, in a
-/// process of its own.
-class MockedLogind {
-public:
-    explicit MockedLogind(const std::string& address) : process_(fork()) {
-        if (process_ == 0) {
-            setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
-            execl(
-                "/usr/bin/python3", "python3", "-m", "dbusmock", "--system", "--template", "logind",
-                static_cast<char*>(nullptr));
-            _exit(127);
-        }
-    }
-
-    MockedLogind(const MockedLogind&) = delete;
-    MockedLogind& operator=(const MockedLogind&) = delete;
-
-    ~MockedLogind() {
-        kill(process_, SIGKILL);
-        waitpid(process_, nullptr, 0);
-    }
-
-    /// Whether this machine has it.
-    [[nodiscard]] static bool isInstalled() {
-        return std::system("/usr/bin/python3 -c 'import dbusmock' 2> /dev/null") == 0;
-    }
-
-private:
-    pid_t process_;
-};
-
-class MockedLogindTest : public LogindSleepMonitorTest {
-protected:
-    using Inhibitor =
-        std::tuple<std::string, std::string, std::string, std::string, std::uint32_t, std::uint32_t>;
-
-    [[nodiscard]] std::vector<Inhibitor> inhibitors() {
-        const auto answer =
-            observer_->call({FakeLogind::name, FakeLogind::path, FakeLogind::interface}, "ListInhibitors");
-        return runUntilAnswered(answer) && answer->error().empty() ? answer->value<std::vector<Inhibitor>>()
-                                                                   : std::vector<Inhibitor>();
-    }
-
-    [[nodiscard]] bool runUntilInhibitorsAre(std::size_t count) {
-        const double end = loop_.now() + 20;
-        while (loop_.now() < end) {
-            if (inhibitors().size() == count) {
-                return true;
-            }
-        }
-        return false;
-    }
-
-    void announce(bool isStart) {
-        const std::vector<std::variant<bool>> arguments = {isStart};
-        const auto answer = observer_->call(
-            {FakeLogind::name, FakeLogind::path, "org.freedesktop.DBus.Mock"}, "EmitSignal",
-            std::string(FakeLogind::interface), std::string("PrepareForSleep"), std::string("b"), arguments);
-        ASSERT_TRUE(runUntilAnswered(answer));
-        ASSERT_EQ(answer->error(), "");
-    }
-
-    BusPeer* observer_ = nullptr;
-};
-
-} // namespace
-
-TEST_F(MockedLogindTest, AWholeSleepGoesAsWithTheRealService) {
-    if (!MockedLogind::isInstalled()) {
-        TARNWICK_CANNOT_RUN("python3-dbusmock is not installed");
-    }
-    observer_ = &addPeer();
-    start();
-    const MockedLogind logind(daemon_.address());
-    ASSERT_TRUE(runUntilInhibitorsAre(1));
-    EXPECT_EQ(std::get<0>(inhibitors().front()), "sleep");
-    EXPECT_EQ(std::get<3>(inhibitors().front()), "delay");
-
-    announce(true);
-    ASSERT_TRUE(runUntilTold({"sleep"}));
-    ASSERT_TRUE(runUntilInhibitorsAre(0));
-
-    announce(false);
-    ASSERT_TRUE(runUntilTold({"sleep", "wake"}));
-    EXPECT_TRUE(runUntilInhibitorsAre(1));
 }
 
 } // namespace tarnwick

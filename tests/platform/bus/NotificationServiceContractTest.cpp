@@ -1,10 +1,8 @@
-// What the desktop's notification center promises with either service, the notification daemon or the portal:
-// when one is absent, refuses, hangs, ends or comes back.
-#include "tests/platform/bus/NotificationDrivers.h"
+// What the desktop's notification center promises with either service: when one is absent, refuses, ends or
+// comes back.
+#include "tests/platform/bus/NotificationServiceContract.h"
 
 #include <gmock/gmock.h>
-
-#include <string>
 
 namespace tarnwick {
 
@@ -15,45 +13,9 @@ using State = BusConnection::State;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Seconds, for what a test waits to see given up.
-constexpr double shortPatience = 0.5;
-/// Seconds that leave time for a service to come, and for a test to see the end.
-constexpr double somePatience = 2;
-/// Seconds: waiting for another program takes longer.
-constexpr double atOnce = 1;
-
-template<class Driver>
-class NotificationServiceContract : public Driver {
-protected:
-    [[nodiscard]] bool connectWithService() {
-        this->addService();
-        return this->runUntilConnected();
-    }
-
-    [[nodiscard]] bool findService() {
-        this->addService();
-        this->center().requestAuthorization();
-        return this->runUntilAbilityIs(Ability::yes);
-    }
-
-    /// Keeps everything from running, the center included.
-    void beBusyUntil(double time) const {
-        while (this->loop_.now() < time) {
-        }
-    }
-
-    void expectLoopRunsAtOnce(double start) {
-        bool isRunning = false;
-        const auto timer = this->loop_.after(0, [&isRunning] { isRunning = true; });
-        EXPECT_TRUE(this->runUntil([&isRunning] { return isRunning; }));
-        EXPECT_LT(this->loop_.now() - start, atOnce);
-    }
-};
-
-using Drivers = testing::Types<DaemonDriver, PortalDriver>;
-TYPED_TEST_SUITE(NotificationServiceContract, Drivers);
-
 } // namespace
+
+TYPED_TEST_SUITE(NotificationServiceContract, NotificationServices);
 
 TYPED_TEST(NotificationServiceContract, TheServiceIsAskedOnceForAllNotifications) {
     ASSERT_TRUE(this->connectWithService());
@@ -129,12 +91,12 @@ TYPED_TEST(NotificationServiceContract, WithoutABusThereIsNoAuthorization) {
 }
 
 TYPED_TEST(NotificationServiceContract, WithoutABusWhatIsPostedIsDropped) {
-    this->becomeImpatient(shortPatience);
+    this->becomeImpatient(this->shortPatience);
     this->stopBus();
     ASSERT_TRUE(this->runUntilUnavailable());
 
     this->center().post("lost", "");
-    this->runFor(2 * shortPatience);
+    this->runFor(2 * this->shortPatience);
 
     ASSERT_TRUE(this->daemon_.start());
     this->addService();
@@ -144,11 +106,11 @@ TYPED_TEST(NotificationServiceContract, WithoutABusWhatIsPostedIsDropped) {
 }
 
 TYPED_TEST(NotificationServiceContract, WithoutAServiceWhatIsPostedIsDropped) {
-    this->becomeImpatient(shortPatience);
+    this->becomeImpatient(this->shortPatience);
     ASSERT_TRUE(this->runUntilConnected());
     this->center().post("lost", "");
     ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
-    this->runFor(2 * shortPatience);
+    this->runFor(2 * this->shortPatience);
 
     this->addService();
 
@@ -218,144 +180,6 @@ TYPED_TEST(NotificationServiceContract, AfterARestartOfTheBusItGoesOn) {
     ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
     this->center().post("second", "");
     EXPECT_TRUE(this->runUntilShown(1));
-}
-
-// Hanging.
-
-TYPED_TEST(NotificationServiceContract, AServiceThatHangsHoldsNothingUp) {
-    this->addHangingService();
-    ASSERT_TRUE(this->runUntilConnected());
-    const double start = this->loop_.now();
-
-    this->center().post("down", "");
-
-    this->expectLoopRunsAtOnce(start);
-}
-
-TYPED_TEST(NotificationServiceContract, AServiceThatHangsLaterOnHoldsNothingUp) {
-    ASSERT_TRUE(this->findService());
-    this->hangService();
-    const double start = this->loop_.now();
-
-    this->center().post("down", "");
-    this->center().post("up", "");
-
-    this->expectLoopRunsAtOnce(start);
-    EXPECT_THAT(this->titles(), IsEmpty());
-}
-
-TYPED_TEST(NotificationServiceContract, AServiceThatHangsLaterOnGetsWhatItMayStillShow) {
-    ASSERT_TRUE(this->findService());
-    this->hangService();
-    this->center().post("down", "");
-    this->center().post("up", "");
-    this->runFor(0.5);
-
-    this->wakeUpService();
-
-    ASSERT_TRUE(this->runUntilShown(2));
-    EXPECT_THAT(this->titles(), ElementsAre("down", "up"));
-}
-
-TYPED_TEST(NotificationServiceContract, AServiceThatDoesNotAnswerInTimeIsNoneAtPresent) {
-    this->becomeImpatient(shortPatience);
-    this->addHangingService();
-
-    this->center().requestAuthorization();
-
-    EXPECT_TRUE(this->runUntilAbilityIs(Ability::no));
-}
-
-TYPED_TEST(NotificationServiceContract, WhatAServiceHasNotTakenInTimeIsDropped) {
-    this->becomeImpatient(shortPatience);
-    this->addHangingService();
-    ASSERT_TRUE(this->runUntilConnected());
-    this->center().post("stale", "");
-    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
-
-    this->removeService();
-    this->addService();
-
-    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
-    ASSERT_TRUE(this->runUntilServiceHasHeard());
-    EXPECT_THAT(this->titles(), IsEmpty());
-}
-
-TYPED_TEST(NotificationServiceContract, AnUnansweredQuestionDropsNoLaterPost) {
-    this->becomeImpatient(somePatience);
-    this->addHangingService();
-    ASSERT_TRUE(this->runUntilConnected());
-    this->center().requestAuthorization();
-    this->runFor(0.75 * somePatience);
-    this->center().post("down", "");
-    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
-
-    this->removeService();
-    this->addService();
-
-    ASSERT_TRUE(this->runUntilShown(1));
-    EXPECT_THAT(this->titles(), ElementsAre("down"));
-}
-
-TYPED_TEST(NotificationServiceContract, AServiceThatWasSilentBeforeAPostIsAskedAgainForIt) {
-    this->becomeImpatient(somePatience);
-    this->addHangingService();
-    ASSERT_TRUE(this->runUntilConnected());
-    this->center().requestAuthorization();
-    this->runFor(0.75 * somePatience);
-    this->center().post("down", "");
-    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
-
-    this->wakeUpService();
-
-    ASSERT_TRUE(this->runUntilShown(1));
-    EXPECT_THAT(this->titles(), ElementsAre("down"));
-}
-
-TYPED_TEST(NotificationServiceContract, AServiceThatIsReplacedWhileItIsAskedLeavesTheAnswerToTheNext) {
-    this->becomeImpatient(shortPatience);
-    this->addHangingService();
-    ASSERT_TRUE(this->runUntilConnected());
-    this->center().requestAuthorization();
-    ASSERT_TRUE(this->runUntilHeardBy(this->addPeer()));
-
-    this->hanging_->releaseName(std::decay_t<decltype(this->service())>::name);
-    this->addService();
-
-    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
-    // The time of the question to the first one passes.
-    this->runFor(2 * shortPatience);
-    EXPECT_EQ(this->center().canNotify(), Ability::yes);
-}
-
-TYPED_TEST(NotificationServiceContract, AnAnswerThatIsReadTooLateShowsNothing) {
-    this->becomeImpatient(somePatience);
-    ASSERT_TRUE(this->runUntilConnected());
-    const double posted = this->loop_.now();
-    this->center().post("stale", "");
-    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
-    this->runFor(0.5 * somePatience);
-    this->addService();
-    ASSERT_TRUE(this->runUntil([this] { return this->service().questions() == 1; }));
-    ASSERT_LT(this->loop_.now(), posted + somePatience);
-
-    this->beBusyUntil(posted + 1.1 * somePatience);
-
-    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
-    ASSERT_TRUE(this->runUntilServiceHasHeard());
-    EXPECT_THAT(this->titles(), IsEmpty());
-}
-
-TYPED_TEST(NotificationServiceContract, ABusThatDoesNotAnswerInTimeLetsThePostGo) {
-    this->becomeImpatient(shortPatience);
-    this->addService();
-    this->center().post("stale", "");
-    // The loop stands still in this time, as if the bus were slow to connect.
-    this->beBusyUntil(this->loop_.now() + 2 * shortPatience);
-
-    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
-    ASSERT_TRUE(this->runUntilServiceHasHeard());
-    EXPECT_THAT(this->titles(), IsEmpty());
 }
 
 // Refusing.

@@ -225,7 +225,7 @@ INSTANTIATE_TEST_SUITE_P(RoutePathMonitorTest, NextHopTest, testing::Bool(), [](
     return test.param ? "NamedWithItsInterface" : "NamedByItsNumberAlone";
 });
 
-TEST_F(RoutePathMonitorTest, MessagesThatAreLostInAFloodAreMadeUpForByALookUpAndLaterOnesAreHeard) {
+TEST_F(RoutePathMonitorTest, MessagesLostInAFloodAreMadeUpForByALookUp) {
     addLink("wan0");
     change("address add 10.1.0.1/24 dev wan0");
     startAndSettle();

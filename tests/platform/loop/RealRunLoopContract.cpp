@@ -36,7 +36,7 @@ struct EndSignal {
 
 } // namespace
 
-TEST_P(RealRunLoopContract, ATaskPostedFromAnotherThreadWakesTheLoopAndRunsOnTheMainThread) {
+TEST_P(RealRunLoopContract, ATaskPostedFromAnotherThreadRunsOnTheMainThread) {
     std::optional<std::thread::id> ranOn;
     std::thread other([&] { loop().post([&] { ranOn = std::this_thread::get_id(); }); });
 
@@ -96,7 +96,7 @@ TEST_P(RealRunLoopContract, SlowDetachedWorkHoldsUpNoOtherTask) {
     EXPECT_TRUE(runUntil([&] { return hasResult; }));
 }
 
-TEST_P(RealRunLoopContract, DetachedWorkThatDoesNotReturnDoesNotHoldUpTheEndAndItsResultIsDropped) {
+TEST_P(RealRunLoopContract, UnfinishedDetachedWorkDoesNotHoldUpTheEndAndHasNoResult) {
     auto release = std::make_shared<std::promise<void>>();
     auto started = std::make_shared<std::promise<void>>();
     auto isResultRun = std::make_shared<std::atomic<bool>>(false);

@@ -222,7 +222,7 @@ TEST_P(RunLoopContract, DestroyingTheHandleEndsARoughlyRepeatedTask) {
     EXPECT_EQ(runs, before);
 }
 
-TEST_P(RunLoopContract, TheResultOfDetachedWorkRunsOnTheMainThreadAndNotInsideTheCall) {
+TEST_P(RunLoopContract, TheResultOfDetachedWorkRunsLaterOnTheMainThread) {
     std::optional<std::thread::id> ranOn;
     const bool isDetached =
         loop().detach([&ranOn] { return RunLoop::Task([&ranOn] { ranOn = std::this_thread::get_id(); }); });

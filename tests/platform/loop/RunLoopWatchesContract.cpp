@@ -118,7 +118,7 @@ TEST_P(RunLoopContract, ADescriptorMayBeWatchedAgainAfterItsFirstWatchHasEnded) 
     EXPECT_EQ(taken, "x");
 }
 
-TEST_P(RunLoopContract, ADescriptorMayBeClosedAndReplacedOnceItsWatchHasEndedInItsOwnTask) {
+TEST_P(RunLoopContract, ADescriptorMayBeReplacedOnceItsWatchHasEndedInItsOwnTask) {
     auto first = std::make_unique<WatchedPipe>();
     std::optional<WatchedPipe> second;
     RunLoop::Handle watching;

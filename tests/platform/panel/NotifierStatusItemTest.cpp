@@ -1,19 +1,9 @@
-// The status item as panels find, read and click it.
-#include "platform/panel/NotifierStatusItem.h"
+// The status item as panels read, hear and click it.
+#include "tests/platform/panel/NotifierStatusItemTest.h"
 
-#include "tests/platform/bus/BusTest.h"
-#include "tests/platform/panel/FakePainter.h"
-
-#include "platform/bus/BusObject.h"
+#include "tests/support/CaseName.h"
 
 #include <gmock/gmock.h>
-
-#include <cstdint>
-#include <map>
-#include <optional>
-#include <tuple>
-#include <variant>
-#include <vector>
 
 namespace tarnwick {
 
@@ -23,251 +13,25 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 using Form = StatusItem::PanelFace;
-using BusPixmap = std::tuple<std::int32_t, std::int32_t, std::vector<std::uint8_t>>;
-using Pixmaps = std::vector<BusPixmap>;
-using ToolTip = std::tuple<std::string, Pixmaps, std::string, std::string>;
-using Value =
-    std::variant<std::monostate, bool, std::int32_t, std::uint32_t, std::string, BusPath, Pixmaps, ToolTip>;
-using Properties = std::map<std::string, Value>;
 
-constexpr const char* itemInterface = "org.kde.StatusNotifierItem";
+const StatusFace otherText{
+    .activeBars = 4, .title = "43 ms", .figure = "43", .widestTitle = "888 ms", .textSlot = 42};
+const StatusFace otherBars{
+    .activeBars = 3, .title = "42 ms", .figure = "42", .widestTitle = "888 ms", .textSlot = 42};
 
-class EmptyMenu final : public PanelMenu {
-public:
-    [[nodiscard]] std::vector<PanelMenuRow> rows() const override { return {}; }
+/// A change of the item, and the signals that this panel hears of it.
+struct Change {
+    std::string name;
+    std::string panel;
+    std::function<void(NotifierStatusItem&)> change;
+    std::vector<std::string> told;
 
-    void choose(int) override {}
-
-    void willRead() override {}
-
-    void didShow() override {}
-
-    void didHide() override {}
+    friend void PrintTo(const Change& change, std::ostream* out) { *out << change.name; }
 };
 
-/// A panel that keeps the list of items too.
-class Panel {
-public:
-    explicit Panel(BusPeer& ofPanel)
-        : peer(ofPanel), watcher_(peer.link(), "/StatusNotifierWatcher", PanelHostFinder::watcherName) {
-        watcher_.method("RegisterStatusNotifierItem", {}, {}, [this](const std::string& service) {
-            registered.push_back(service);
-        });
-        EXPECT_TRUE(watcher_.publish());
-        peer.requestName(PanelHostFinder::watcherName);
-    }
-
-    BusPeer& peer;
-    std::vector<std::string> registered;
-
-private:
-    BusObject watcher_;
-};
-
-class NotifierStatusItemTest : public BusTest {
-protected:
-    static constexpr double patience = 0.1;
-
-    void makeItem(std::string process = "", double registrationPatience = 60) {
-        process_ = std::move(process);
-        item_.emplace(NotifierStatusItem::Needs{
-            .loop = loop_,
-            .bus = bus_,
-            .painter = painter_,
-            .menu = menu_,
-            .colors = colors_,
-            .iconThemePath = "/icons",
-            .processName = [this](unsigned) { return process_; },
-            .registrationPatience = registrationPatience,
-        });
-        item_->setFace({.activeBars = 2});
-    }
-
-    /// With a panel that is called as `process` and has taken the item.
-    void showIn(const std::string& process) {
-        Panel& panel = addPanel();
-        makeItem(process);
-        ASSERT_TRUE(runUntilRegistered(panel));
-        panel.peer.recordSignals("type='signal',path='/StatusNotifierItem'");
-        ASSERT_TRUE(runUntilHeardBy(panel.peer));
-    }
-
-    Panel& addPanel() { return *panels_.emplace_back(std::make_unique<Panel>(addPeer())); }
-
-    void stopBusAndPanels() {
-        panels_.clear();
-        stopBus();
-    }
-
-    [[nodiscard]] bool runUntilRegistered(const Panel& panel, std::size_t times = 1) {
-        return runUntil([&panel, times] { return panel.registered.size() >= times; });
-    }
-
-    [[nodiscard]] BusPeer::Target target(const char* interface) const {
-        return {bus_.uniqueName(), "/StatusNotifierItem", interface};
-    }
-
-    template<typename... Arguments>
-    std::shared_ptr<BusPeer::Answer> call(const std::string& method, const Arguments&... arguments) {
-        auto answer = panels_.front()->peer.call(target(itemInterface), method, arguments...);
-        EXPECT_TRUE(runUntilAnswered(answer));
-        return answer;
-    }
-
-    [[nodiscard]] Properties properties() {
-        const auto answer = panels_.front()->peer.call(
-            target("org.freedesktop.DBus.Properties"), "GetAll", std::string(itemInterface));
-        EXPECT_TRUE(runUntilAnswered(answer));
-        return answer->value<Properties>();
-    }
-
-    [[nodiscard]] std::string text(const std::string& property) {
-        return std::get<std::string>(properties().at(property));
-    }
-
-    /// What the panel hears of it.
-    [[nodiscard]] std::vector<std::string> signalsAfter(const std::function<void()>& change) {
-        EXPECT_TRUE(runUntilHeardBy(panels_.front()->peer));
-        (void)panels_.front()->peer.takeSignals();
-        change();
-        EXPECT_TRUE(runUntilHeardBy(panels_.front()->peer));
-        return panels_.front()->peer.takeSignals();
-    }
-
-    EmptyMenu menu_;
-    FakePainter painter_;
-    ColorScheme colors_{bus_};
-    std::string process_;
-    std::vector<std::unique_ptr<Panel>> panels_;
-    std::optional<NotifierStatusItem> item_;
-};
-
-const StatusFace textFace{
-    .activeBars = 4, .title = "42 ms", .figure = "42", .widestTitle = "888 ms", .textSlot = 42};
+class ToldChange : public NotifierStatusItemTest, public testing::WithParamInterface<Change> {};
 
 } // namespace
-
-TEST_F(NotifierStatusItemTest, ItRegistersByTheNameOfItsConnection) {
-    const Panel& panel = addPanel();
-    makeItem();
-
-    ASSERT_TRUE(runUntilRegistered(panel));
-
-    EXPECT_THAT(panel.registered, ElementsAre(bus_.uniqueName()));
-}
-
-TEST_F(NotifierStatusItemTest, ItRegistersWithAWatcherThatComesLate) {
-    makeItem();
-    ASSERT_TRUE(runUntilConnected());
-
-    const Panel& panel = addPanel();
-
-    EXPECT_TRUE(runUntilRegistered(panel));
-}
-
-TEST_F(NotifierStatusItemTest, ItRegistersAgainWithEachNewWatcher) {
-    Panel& first = addPanel();
-    makeItem();
-    ASSERT_TRUE(runUntilRegistered(first));
-    first.peer.releaseName(PanelHostFinder::watcherName);
-
-    const Panel& second = addPanel();
-
-    EXPECT_TRUE(runUntilRegistered(second));
-}
-
-TEST_F(NotifierStatusItemTest, ItRegistersAgainWhenTheBusComesBack) {
-    ASSERT_TRUE(runUntilRegistered((makeItem(), addPanel())));
-    stopBusAndPanels();
-    ASSERT_TRUE(runUntil([this] { return !item_->hasWatcher(); }));
-    ASSERT_TRUE(daemon_.start());
-
-    const Panel& panel = addPanel();
-
-    EXPECT_TRUE(runUntilRegistered(panel));
-}
-
-TEST_F(NotifierStatusItemTest, AnItemThatNobodyReadsIsRegisteredAgainABoundedNumberOfTimes) {
-    const Panel& panel = addPanel();
-    makeItem("", patience);
-
-    ASSERT_TRUE(runUntilRegistered(panel, 1 + WatcherRegistration::mostRepetitions));
-
-    runFor(4 * patience);
-    EXPECT_EQ(panel.registered.size(), 1 + WatcherRegistration::mostRepetitions);
-}
-
-TEST_F(NotifierStatusItemTest, AnItemThatHasBeenReadIsNotRegisteredAgain) {
-    const Panel& panel = addPanel();
-    makeItem("", 2 * patience);
-    ASSERT_TRUE(runUntilRegistered(panel));
-    (void)properties();
-
-    runFor(6 * patience);
-
-    EXPECT_EQ(panel.registered.size(), 1U);
-}
-
-TEST_F(NotifierStatusItemTest, TellingOfAChangeIsNotTakenForReading) {
-    const Panel& panel = addPanel();
-    makeItem("", 2 * patience);
-    ASSERT_TRUE(runUntilRegistered(panel));
-    item_->setAccessibilityValue("Good");
-
-    EXPECT_TRUE(runUntilRegistered(panel, 2));
-}
-
-TEST_F(NotifierStatusItemTest, APanelThatHasNotReadTheMenuAtOnceHasNotTakenTheItem) {
-    const Panel& panel = addPanel();
-    makeItem("gnome-shell", 2 * patience);
-    ASSERT_TRUE(runUntilRegistered(panel));
-    (void)properties();
-
-    EXPECT_TRUE(runUntilRegistered(panel, 2));
-}
-
-TEST_F(NotifierStatusItemTest, AfterReadingTheMenuSuchAPanelHasTakenTheItem) {
-    Panel& panel = addPanel();
-    makeItem("gnome-shell", 2 * patience);
-    ASSERT_TRUE(runUntilRegistered(panel));
-    const auto answer = panel.peer.call(
-        {bus_.uniqueName(), DBusMenu::path, "com.canonical.dbusmenu"}, "GetLayout", std::int32_t{0},
-        std::int32_t{-1}, std::vector<std::string>());
-    ASSERT_TRUE(runUntilAnswered(answer));
-
-    runFor(6 * patience);
-
-    EXPECT_EQ(panel.registered.size(), 1U);
-}
-
-TEST_F(NotifierStatusItemTest, ItTellsWhetherThereIsAWatcher) {
-    makeItem();
-    std::vector<bool> told;
-    item_->onWatcherChange = [&] { told.push_back(item_->hasWatcher()); };
-    ASSERT_TRUE(runUntilConnected());
-    EXPECT_FALSE(item_->hasWatcher());
-
-    Panel& panel = addPanel();
-    ASSERT_TRUE(runUntilRegistered(panel));
-    panel.peer.releaseName(PanelHostFinder::watcherName);
-
-    ASSERT_TRUE(runUntil([&told] { return told.size() == 2; }));
-    EXPECT_THAT(told, ElementsAre(true, false));
-}
-
-TEST_F(NotifierStatusItemTest, WithoutABusThereIsNoWatcher) {
-    BusConnection noBus(loop_, "");
-    const NotifierStatusItem item({
-        .loop = loop_,
-        .bus = noBus,
-        .painter = painter_,
-        .menu = menu_,
-        .colors = colors_,
-    });
-    ASSERT_TRUE(runUntil([&noBus] { return noBus.state() == BusConnection::State::unavailable; }));
-
-    EXPECT_FALSE(item.hasWatcher());
-}
 
 TEST_F(NotifierStatusItemTest, ItsFixedPropertiesSayWhatItIs) {
     showIn("");
@@ -361,65 +125,38 @@ TEST_F(NotifierStatusItemTest, AssistiveTechnologyIsToldTheValue) {
     EXPECT_EQ(text("IconAccessibleDesc"), "Tarnwick: Excellent");
 }
 
-TEST_F(NotifierStatusItemTest, WhatIsSetAgainIsNotTold) {
-    showIn("xfce4-panel");
+TEST_P(ToldChange, IsToldToThePanelThatShowsTheItem) {
+    showIn(GetParam().panel);
     item_->setFace(textFace);
     item_->setToolTip("42 ms");
 
-    EXPECT_THAT(
-        signalsAfter([this] {
-            item_->setFace(textFace);
-            item_->setToolTip("42 ms");
-        }),
-        IsEmpty());
+    EXPECT_EQ(signalsAfter([this] { GetParam().change(*item_); }), GetParam().told);
 }
 
-TEST_F(NotifierStatusItemTest, AnotherIconIsToldAsThat) {
-    showIn("xfce4-panel");
-
-    EXPECT_THAT(signalsAfter([this] { item_->setFace({.activeBars = 3}); }), ElementsAre("NewIcon"));
-}
-
-TEST_F(NotifierStatusItemTest, AtALabelAnotherTitleIsANewLabelOnly) {
-    showIn("gnome-shell");
-    item_->setFace(textFace);
-    StatusFace next = textFace;
-    next.title = "43 ms";
-    next.figure = "43";
-
-    EXPECT_THAT(signalsAfter([&] { item_->setFace(next); }), ElementsAre("XAyatanaNewLabel"));
-}
-
-TEST_F(NotifierStatusItemTest, InASquareAnotherFigureIsANewIconAndLabel) {
-    showIn("xfce4-panel");
-    item_->setFace(textFace);
-    StatusFace next = textFace;
-    next.title = "43 ms";
-    next.figure = "43";
-
-    EXPECT_THAT(signalsAfter([&] { item_->setFace(next); }), ElementsAre("NewIcon", "XAyatanaNewLabel"));
-}
-
-TEST_F(NotifierStatusItemTest, AnotherToolTipIsToldAsThat) {
-    showIn("xfce4-panel");
-
-    EXPECT_THAT(signalsAfter([this] { item_->setToolTip("43 ms"); }), ElementsAre("NewToolTip"));
-}
-
-TEST_F(NotifierStatusItemTest, AnotherSpokenValueIsAChangeOfItsProperty) {
-    showIn("xfce4-panel");
-
-    EXPECT_THAT(
-        signalsAfter([this] { item_->setAccessibilityValue("Good"); }),
-        ElementsAre("PropertiesChanged", "IconAccessibleDesc"));
-}
-
-TEST_F(NotifierStatusItemTest, AnotherFormIsANewIcon) {
-    showIn("lxqt-panel");
-    item_->setFace(textFace);
-
-    EXPECT_THAT(signalsAfter([this] { item_->setPanelFace(Form::wide); }), ElementsAre("NewIcon"));
-}
+INSTANTIATE_TEST_SUITE_P(
+    NotifierStatusItemTest, ToldChange,
+    testing::Values(
+        Change{"SameFace", "xfce4-panel", [](auto& item) { item.setFace(textFace); }, {}},
+        Change{"SameToolTip", "xfce4-panel", [](auto& item) { item.setToolTip("42 ms"); }, {}},
+        Change{"IconAlone", "xfce4-panel", [](auto& item) { item.setFace(otherBars); }, {"NewIcon"}},
+        Change{
+            "TitleAtALabel",
+            "gnome-shell",
+            [](auto& item) { item.setFace(otherText); },
+            {"XAyatanaNewLabel"}},
+        Change{
+            "FigureInASquare",
+            "xfce4-panel",
+            [](auto& item) { item.setFace(otherText); },
+            {"NewIcon", "XAyatanaNewLabel"}},
+        Change{"ToolTip", "xfce4-panel", [](auto& item) { item.setToolTip("43 ms"); }, {"NewToolTip"}},
+        Change{
+            "SpokenValue",
+            "xfce4-panel",
+            [](auto& item) { item.setAccessibilityValue("Good"); },
+            {"PropertiesChanged", "IconAccessibleDesc"}},
+        Change{"Form", "lxqt-panel", [](auto& item) { item.setPanelFace(Form::wide); }, {"NewIcon"}}),
+    test::caseName);
 
 TEST_F(NotifierStatusItemTest, WhereNobodyTellsHowDarkThePanelIsTheFallbackHolds) {
     showIn("some-panel");

@@ -1,0 +1,157 @@
+// What the desktop's notification center promises when its service hangs.
+#include "tests/platform/bus/NotificationServiceContract.h"
+
+#include <gmock/gmock.h>
+
+namespace tarnwick {
+
+namespace {
+
+using Ability = NotificationCenter::Ability;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+template<class Driver>
+class HangingNotificationService : public NotificationServiceContract<Driver> {};
+
+TYPED_TEST_SUITE(HangingNotificationService, NotificationServices);
+
+} // namespace
+
+TYPED_TEST(HangingNotificationService, AServiceThatHangsHoldsNothingUp) {
+    this->addHangingService();
+    ASSERT_TRUE(this->runUntilConnected());
+    const double start = this->loop_.now();
+
+    this->center().post("down", "");
+
+    this->expectLoopRunsAtOnce(start);
+}
+
+TYPED_TEST(HangingNotificationService, AServiceThatHangsLaterOnHoldsNothingUp) {
+    ASSERT_TRUE(this->findService());
+    this->hangService();
+    const double start = this->loop_.now();
+
+    this->center().post("down", "");
+    this->center().post("up", "");
+
+    this->expectLoopRunsAtOnce(start);
+    EXPECT_THAT(this->titles(), IsEmpty());
+}
+
+TYPED_TEST(HangingNotificationService, AServiceThatHangsLaterOnGetsWhatItMayStillShow) {
+    ASSERT_TRUE(this->findService());
+    this->hangService();
+    this->center().post("down", "");
+    this->center().post("up", "");
+    this->runFor(0.5);
+
+    this->wakeUpService();
+
+    ASSERT_TRUE(this->runUntilShown(2));
+    EXPECT_THAT(this->titles(), ElementsAre("down", "up"));
+}
+
+TYPED_TEST(HangingNotificationService, AServiceThatDoesNotAnswerInTimeIsNoneAtPresent) {
+    this->becomeImpatient(this->shortPatience);
+    this->addHangingService();
+
+    this->center().requestAuthorization();
+
+    EXPECT_TRUE(this->runUntilAbilityIs(Ability::no));
+}
+
+TYPED_TEST(HangingNotificationService, WhatAServiceHasNotTakenInTimeIsDropped) {
+    this->becomeImpatient(this->shortPatience);
+    this->addHangingService();
+    ASSERT_TRUE(this->runUntilConnected());
+    this->center().post("stale", "");
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+
+    this->removeService();
+    this->addService();
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    ASSERT_TRUE(this->runUntilServiceHasHeard());
+    EXPECT_THAT(this->titles(), IsEmpty());
+}
+
+TYPED_TEST(HangingNotificationService, AnUnansweredQuestionDropsNoLaterPost) {
+    this->becomeImpatient(this->somePatience);
+    this->addHangingService();
+    ASSERT_TRUE(this->runUntilConnected());
+    this->center().requestAuthorization();
+    this->runFor(0.75 * this->somePatience);
+    this->center().post("down", "");
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+
+    this->removeService();
+    this->addService();
+
+    ASSERT_TRUE(this->runUntilShown(1));
+    EXPECT_THAT(this->titles(), ElementsAre("down"));
+}
+
+TYPED_TEST(HangingNotificationService, AServiceThatWasSilentBeforeAPostIsAskedAgainForIt) {
+    this->becomeImpatient(this->somePatience);
+    this->addHangingService();
+    ASSERT_TRUE(this->runUntilConnected());
+    this->center().requestAuthorization();
+    this->runFor(0.75 * this->somePatience);
+    this->center().post("down", "");
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+
+    this->wakeUpService();
+
+    ASSERT_TRUE(this->runUntilShown(1));
+    EXPECT_THAT(this->titles(), ElementsAre("down"));
+}
+
+TYPED_TEST(HangingNotificationService, AServiceThatIsReplacedWhileItIsAskedLeavesTheAnswerToTheNext) {
+    this->becomeImpatient(this->shortPatience);
+    this->addHangingService();
+    ASSERT_TRUE(this->runUntilConnected());
+    this->center().requestAuthorization();
+    ASSERT_TRUE(this->runUntilHeardBy(this->addPeer()));
+
+    this->hanging_->releaseName(std::decay_t<decltype(this->service())>::name);
+    this->addService();
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    // The time of the question to the first one passes.
+    this->runFor(2 * this->shortPatience);
+    EXPECT_EQ(this->center().canNotify(), Ability::yes);
+}
+
+TYPED_TEST(HangingNotificationService, AnAnswerThatIsReadTooLateShowsNothing) {
+    this->becomeImpatient(this->somePatience);
+    ASSERT_TRUE(this->runUntilConnected());
+    const double posted = this->loop_.now();
+    this->center().post("stale", "");
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+    this->runFor(0.5 * this->somePatience);
+    this->addService();
+    ASSERT_TRUE(this->runUntil([this] { return this->service().questions() == 1; }));
+    ASSERT_LT(this->loop_.now(), posted + this->somePatience);
+
+    this->beBusyUntil(posted + 1.1 * this->somePatience);
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    ASSERT_TRUE(this->runUntilServiceHasHeard());
+    EXPECT_THAT(this->titles(), IsEmpty());
+}
+
+TYPED_TEST(HangingNotificationService, ABusThatDoesNotAnswerInTimeLetsThePostGo) {
+    this->becomeImpatient(this->shortPatience);
+    this->addService();
+    this->center().post("stale", "");
+    // The loop stands still in this time, as if the bus were slow to connect.
+    this->beBusyUntil(this->loop_.now() + 2 * this->shortPatience);
+
+    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
+    ASSERT_TRUE(this->runUntilServiceHasHeard());
+    EXPECT_THAT(this->titles(), IsEmpty());
+}
+
+} // namespace tarnwick

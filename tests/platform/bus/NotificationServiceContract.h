@@ -1,0 +1,49 @@
+// A notification center in front of one service, the notification daemon or the portal.
+#pragma once
+
+#include "tests/platform/bus/NotificationDrivers.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+template<class Driver>
+class NotificationServiceContract : public Driver {
+protected:
+    using Ability = NotificationCenter::Ability;
+
+    /// Seconds, for what a test waits to see given up.
+    static constexpr double shortPatience = 0.5;
+    /// Seconds that leave time for a service to come, and for a test to see the end.
+    static constexpr double somePatience = 2;
+    /// Seconds: waiting for another program takes longer.
+    static constexpr double atOnce = 1;
+
+    [[nodiscard]] bool connectWithService() {
+        this->addService();
+        return this->runUntilConnected();
+    }
+
+    [[nodiscard]] bool findService() {
+        this->addService();
+        this->center().requestAuthorization();
+        return this->runUntilAbilityIs(Ability::yes);
+    }
+
+    /// Keeps everything from running, the center included.
+    void beBusyUntil(double time) const {
+        while (this->loop_.now() < time) {
+        }
+    }
+
+    void expectLoopRunsAtOnce(double start) {
+        bool isRunning = false;
+        const auto timer = this->loop_.after(0, [&isRunning] { isRunning = true; });
+        EXPECT_TRUE(this->runUntil([&isRunning] { return isRunning; }));
+        EXPECT_LT(this->loop_.now() - start, atOnce);
+    }
+};
+
+using NotificationServices = testing::Types<DaemonDriver, PortalDriver>;
+
+} // namespace tarnwick

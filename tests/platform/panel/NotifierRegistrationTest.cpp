@@ -1,0 +1,138 @@
+// How the status item registers with panels.
+#include "tests/platform/panel/NotifierStatusItemTest.h"
+
+#include <gmock/gmock.h>
+
+namespace tarnwick {
+
+namespace {
+
+using testing::ElementsAre;
+
+class NotifierRegistrationTest : public NotifierStatusItemTest {};
+
+} // namespace
+
+TEST_F(NotifierRegistrationTest, ItRegistersByTheNameOfItsConnection) {
+    const Panel& panel = addPanel();
+    makeItem();
+
+    ASSERT_TRUE(runUntilRegistered(panel));
+
+    EXPECT_THAT(panel.registered, ElementsAre(bus_.uniqueName()));
+}
+
+TEST_F(NotifierRegistrationTest, ItRegistersWithAWatcherThatComesLate) {
+    makeItem();
+    ASSERT_TRUE(runUntilConnected());
+
+    const Panel& panel = addPanel();
+
+    EXPECT_TRUE(runUntilRegistered(panel));
+}
+
+TEST_F(NotifierRegistrationTest, ItRegistersAgainWithEachNewWatcher) {
+    Panel& first = addPanel();
+    makeItem();
+    ASSERT_TRUE(runUntilRegistered(first));
+    first.peer.releaseName(PanelHostFinder::watcherName);
+
+    const Panel& second = addPanel();
+
+    EXPECT_TRUE(runUntilRegistered(second));
+}
+
+TEST_F(NotifierRegistrationTest, ItRegistersAgainWhenTheBusComesBack) {
+    ASSERT_TRUE(runUntilRegistered((makeItem(), addPanel())));
+    stopBusAndPanels();
+    ASSERT_TRUE(runUntil([this] { return !item_->hasWatcher(); }));
+    ASSERT_TRUE(daemon_.start());
+
+    const Panel& panel = addPanel();
+
+    EXPECT_TRUE(runUntilRegistered(panel));
+}
+
+TEST_F(NotifierRegistrationTest, AnItemThatNobodyReadsIsRegisteredAgainABoundedNumberOfTimes) {
+    const Panel& panel = addPanel();
+    makeItem("", patience);
+
+    ASSERT_TRUE(runUntilRegistered(panel, 1 + WatcherRegistration::mostRepetitions));
+
+    runFor(4 * patience);
+    EXPECT_EQ(panel.registered.size(), 1 + WatcherRegistration::mostRepetitions);
+}
+
+TEST_F(NotifierRegistrationTest, AnItemThatHasBeenReadIsNotRegisteredAgain) {
+    const Panel& panel = addPanel();
+    makeItem("", 2 * patience);
+    ASSERT_TRUE(runUntilRegistered(panel));
+    (void)properties();
+
+    runFor(6 * patience);
+
+    EXPECT_EQ(panel.registered.size(), 1U);
+}
+
+TEST_F(NotifierRegistrationTest, TellingOfAChangeIsNotTakenForReading) {
+    const Panel& panel = addPanel();
+    makeItem("", 2 * patience);
+    ASSERT_TRUE(runUntilRegistered(panel));
+    item_->setAccessibilityValue("Good");
+
+    EXPECT_TRUE(runUntilRegistered(panel, 2));
+}
+
+TEST_F(NotifierRegistrationTest, APanelThatHasNotReadTheMenuAtOnceHasNotTakenTheItem) {
+    const Panel& panel = addPanel();
+    makeItem("gnome-shell", 2 * patience);
+    ASSERT_TRUE(runUntilRegistered(panel));
+    (void)properties();
+
+    EXPECT_TRUE(runUntilRegistered(panel, 2));
+}
+
+TEST_F(NotifierRegistrationTest, AfterReadingTheMenuSuchAPanelHasTakenTheItem) {
+    Panel& panel = addPanel();
+    makeItem("gnome-shell", 2 * patience);
+    ASSERT_TRUE(runUntilRegistered(panel));
+    const auto answer = panel.peer.call(
+        {bus_.uniqueName(), DBusMenu::path, "com.canonical.dbusmenu"}, "GetLayout", std::int32_t{0},
+        std::int32_t{-1}, std::vector<std::string>());
+    ASSERT_TRUE(runUntilAnswered(answer));
+
+    runFor(6 * patience);
+
+    EXPECT_EQ(panel.registered.size(), 1U);
+}
+
+TEST_F(NotifierRegistrationTest, ItTellsWhetherThereIsAWatcher) {
+    makeItem();
+    std::vector<bool> told;
+    item_->onWatcherChange = [&] { told.push_back(item_->hasWatcher()); };
+    ASSERT_TRUE(runUntilConnected());
+    EXPECT_FALSE(item_->hasWatcher());
+
+    Panel& panel = addPanel();
+    ASSERT_TRUE(runUntilRegistered(panel));
+    panel.peer.releaseName(PanelHostFinder::watcherName);
+
+    ASSERT_TRUE(runUntil([&told] { return told.size() == 2; }));
+    EXPECT_THAT(told, ElementsAre(true, false));
+}
+
+TEST_F(NotifierRegistrationTest, WithoutABusThereIsNoWatcher) {
+    BusConnection noBus(loop_, "");
+    const NotifierStatusItem item({
+        .loop = loop_,
+        .bus = noBus,
+        .painter = painter_,
+        .menu = menu_,
+        .colors = colors_,
+    });
+    ASSERT_TRUE(runUntil([&noBus] { return noBus.state() == BusConnection::State::unavailable; }));
+
+    EXPECT_FALSE(item.hasWatcher());
+}
+
+} // namespace tarnwick
