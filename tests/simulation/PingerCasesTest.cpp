@@ -9,10 +9,13 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 
+#include <algorithm>
+#include <array>
 #include <functional>
 #include <map>
 #include <memory>
-#include <sstream>
+#include <string>
+#include <string_view>
 
 namespace tarnwick::simulation {
 
@@ -23,16 +26,24 @@ using test::CaseStep;
 constexpr std::uint16_t identifier = 0x1234;
 constexpr double deadline = 4;
 
-const std::map<std::string, std::string> addressesByName{
-    {"a4", "192.0.2.1"}, {"b4", "192.0.2.2"}, {"a6", "2001:db8::1"}, {"b6", "2001:db8::2"}};
+struct NamedAddress {
+    std::string_view name;
+    std::string_view address;
+};
+
+constexpr std::array namedAddresses{
+    NamedAddress{"a4", "192.0.2.1"}, NamedAddress{"b4", "192.0.2.2"}, NamedAddress{"a6", "2001:db8::1"},
+    NamedAddress{"b6", "2001:db8::2"}};
+
+ResolvedAddress addressNamed(const std::string& name) {
+    const auto* const found = std::ranges::find(namedAddresses, name, &NamedAddress::name);
+    EXPECT_NE(found, namedAddresses.end()) << "no such address: " << name;
+    return VirtualNetwork::address(std::string(found->address));
+}
 
 std::string nameOf(const std::string& address) {
-    for (const auto& [name, named] : addressesByName) {
-        if (named == address) {
-            return name;
-        }
-    }
-    return address;
+    const auto* const found = std::ranges::find(namedAddresses, address, &NamedAddress::address);
+    return found != namedAddresses.end() ? std::string(found->name) : address;
 }
 
 std::string text(const Pinger::Event& event) {
@@ -94,7 +105,7 @@ private:
     static std::vector<ResolvedAddress> addressesFrom(const CaseStep& step, std::size_t word) {
         std::vector<ResolvedAddress> list;
         for (; word < step.words.size(); ++word) {
-            list.push_back(VirtualNetwork::address(addressesByName.at(step.word(word))));
+            list.push_back(addressNamed(step.word(word)));
         }
         return list;
     }

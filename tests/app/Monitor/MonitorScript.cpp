@@ -54,13 +54,17 @@ std::string shown(const std::vector<Value>& values) {
 } // namespace
 
 std::string MonitorScript::play(const Step& step) {
-    const std::string& name = step.words.front();
-    if (name == "second") {
-        if (!second_) {
-            second_ = std::make_unique<MonitorScript>(folder);
-        }
-        return second_->play({step.line, {step.words.begin() + 1, step.words.end()}, step.expected});
+    if (step.words.front() != "second") {
+        return carryOut(step);
     }
+    if (!second_) {
+        second_ = std::make_unique<MonitorScript>(folder);
+    }
+    return second_->carryOut({step.line, {step.words.begin() + 1, step.words.end()}, step.expected});
+}
+
+std::string MonitorScript::carryOut(const Step& step) {
+    const std::string& name = step.words.front();
     if (const auto command = commands_.find(name); command != commands_.end()) {
         command->second(step);
         return {};

@@ -26,6 +26,7 @@ public:
 private:
     using Step = test::CaseStep;
 
+    std::string carryOut(const Step& step);
     void addSteps();
     void addSettings();
     void addSurroundings();

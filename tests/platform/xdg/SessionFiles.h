@@ -123,24 +123,24 @@ private:
 // Texts of entries, in which PROGRAM stands for the path of the program.
 
 template<class... Lines>
-std::string text(const Lines&... lines) {
+std::string text(Lines... lines) {
     return ((std::string(lines) + "\n") + ...);
 }
 
 template<class... Lines>
-std::string application(const Lines&... lines) {
+std::string application(Lines... lines) {
     return text("[Desktop Entry]", "Type=Application", lines...);
 }
 
 /// Starts the program.
 template<class... Lines>
-std::string own(const Lines&... lines) {
+std::string own(Lines... lines) {
     return application("Name=Tarnwick", "Exec=\"PROGRAM\"", lines...);
 }
 
 /// As enrolling writes it where there is none.
 template<class... Lines>
-std::string fresh(const Lines&... lines) {
+std::string fresh(Lines... lines) {
     return application(
         "Name=Tarnwick", "Comment=Keeps an eye on your internet connection from the panel", "Icon=tarnwick",
         "TryExec=PROGRAM", "Exec=\"PROGRAM\"", "Terminal=false", lines...);
