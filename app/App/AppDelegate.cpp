@@ -54,7 +54,7 @@ void say(const std::string& text) {
 AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
     : loop_(loop),
       bus_(bus),
-      settings_(SettingsFile::defaultPath()),
+      settings_(loop, SettingsFile::defaultPath()),
       prefs_([&]() -> UserDefaults& {
           for (const auto& [key, value] : setup.settings) {
               settings_.setVolatile(key, value);
@@ -91,7 +91,10 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
     makeStatusItem(setup);
     monitor_.start();
     quitOnTerminationSignals();
-    sessionEnd_ = std::make_unique<SessionEnd>([this] { monitor_.saveStats(); });
+    sessionEnd_ = std::make_unique<SessionEnd>([this] {
+        monitor_.saveStats();
+        settings_.flush();
+    });
 }
 
 AppDelegate::~AppDelegate() {

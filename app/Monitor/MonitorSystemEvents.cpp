@@ -27,6 +27,7 @@ void Monitor::observeSystemEvents() {
             willSleep();
             // The machine may run out of power before it wakes.
             saveStats();
+            prefs_.flush();
         }),
         .didWake = lifeline_.guarded([this] { didWake(); }),
     });

@@ -91,11 +91,9 @@ void Preferences::assign(const std::vector<Assignment>& assignments) {
 
 void Preferences::set(const std::vector<Assignment>& assignments) {
     assign(assignments);
-    defaults_.edit([&] {
-        for (const auto& [index, value] : assignments) {
-            defaults_.set(settingTable.at(index).key, value);
-        }
-    });
+    for (const auto& [index, value] : assignments) {
+        defaults_.set(settingTable.at(index).key, value);
+    }
 }
 
 void Preferences::reload() {
@@ -112,23 +110,21 @@ void Preferences::reload() {
 }
 
 void Preferences::restoreDefaults() {
-    defaults_.edit([this] {
-        // The registered settings first: the store sees a fixed order.
-        for (const bool isRegistered : {true, false}) {
-            for (const SettingRow& row : settingTable) {
-                if ((row.kind == SettingDefault::registered) == isRegistered) {
-                    defaults_.remove(row.key);
-                }
+    // The registered settings first: the store sees a fixed order.
+    for (const bool isRegistered : {true, false}) {
+        for (const SettingRow& row : settingTable) {
+            if ((row.kind == SettingDefault::registered) == isRegistered) {
+                defaults_.remove(row.key);
             }
         }
-        std::vector<Assignment> presets;
-        for (std::size_t index = 0; index < settingTable.size(); ++index) {
-            if (settingTable.at(index).kind != SettingDefault::olderForm) {
-                presets.emplace_back(index, load(settingTable.at(index)));
-            }
+    }
+    std::vector<Assignment> presets;
+    for (std::size_t index = 0; index < settingTable.size(); ++index) {
+        if (settingTable.at(index).kind != SettingDefault::olderForm) {
+            presets.emplace_back(index, load(settingTable.at(index)));
         }
-        set(presets);
-    });
+    }
+    set(presets);
 }
 
 Preferences::Display Preferences::display() const {

@@ -1,4 +1,4 @@
-// The user's settings as observable properties. Every assignment is written to the store at once.
+// The user's settings as observable properties. Every assignment goes to the store at once.
 #pragma once
 
 #include "app/Observation/Observation.h"
@@ -68,6 +68,9 @@ public:
 
     /// Puts every setting back to its default, and stores them all.
     void restoreDefaults();
+
+    /// Lets the store write to the disk now what it would write soon.
+    void flush() { defaults_.flush(); }
 
     /// Called after a real change, once for all settings that change together, and before they are stored.
     std::function<void()> onChange;

@@ -60,7 +60,7 @@ std::unique_ptr<Presentation> makePresentation(
 /// Returns what went wrong, or an empty text.
 std::string run(const WatchOptions& options) {
     EpollRunLoop loop;
-    SettingsFile settings(SettingsFile::defaultPath());
+    SettingsFile settings(loop, SettingsFile::defaultPath());
     for (const auto& [key, value] : options.settings) {
         settings.setVolatile(key, value);
     }

@@ -1,7 +1,6 @@
 // The user's stored settings by key, with registered defaults below them.
 #pragma once
 
-#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -28,12 +27,12 @@ public:
     [[nodiscard]] virtual std::optional<double> number(const std::string& key) const = 0;
     [[nodiscard]] virtual std::optional<std::string> text(const std::string& key) const = 0;
 
-    /// Stored at once; a failure to store is not reported, and the value holds for this run.
+    /// Read back at once, stored soon. A failure to store is not reported, and the value holds for this run.
     virtual void set(const std::string& key, const Value& value) = 0;
     virtual void remove(const std::string& key) = 0;
 
-    /// Runs `changes`, whose sets and removals belong together and may be stored all at once, at its end.
-    virtual void edit(const std::function<void()>& changes) { changes(); }
+    /// Stores now what is not stored yet.
+    virtual void flush() = 0;
 };
 
 } // namespace tarnwick

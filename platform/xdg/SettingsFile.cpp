@@ -72,12 +72,15 @@ struct SettingsFile::Stored {
     }
 };
 
-SettingsFile::SettingsFile(std::filesystem::path path)
-    : path_(std::move(path)), stored_(std::make_unique<Stored>()) {
+SettingsFile::SettingsFile(RunLoop& loop, std::filesystem::path path)
+    : loop_(loop), path_(std::move(path)), stored_(std::make_unique<Stored>()) {
     reload();
 }
 
-SettingsFile::~SettingsFile() = default;
+// NOLINTNEXTLINE(bugprone-exception-escape): only a lack of memory throws, and it ends the program
+SettingsFile::~SettingsFile() {
+    flush();
+}
 
 std::filesystem::path SettingsFile::defaultPath() {
     return UserFolders::config() / "Tarnwick" / "settings.json";
@@ -134,29 +137,31 @@ std::optional<std::string> SettingsFile::text(const std::string& key) const {
 void SettingsFile::set(const std::string& key, const Value& value) {
     volatile_.erase(key);
     stored_->unsaved[key] = std::visit([](const auto& held) { return Json(held); }, value);
-    write();
+    changed();
 }
 
 void SettingsFile::remove(const std::string& key) {
     volatile_.erase(key);
     stored_->unsaved[key] = std::nullopt;
-    write();
+    changed();
 }
 
-void SettingsFile::edit(const std::function<void()>& changes) {
-    const bool isOutermost = !std::exchange(isEditing_, true);
-    changes();
-    if (isOutermost) {
-        isEditing_ = false;
+void SettingsFile::changed() {
+    // A pending write is not put off: a long row of changes is written while it goes on.
+    if (!writeTimer_) {
+        writeTimer_ = loop_.after(writeDelay, [this] { flush(); });
+    }
+}
+
+void SettingsFile::flush() {
+    writeTimer_.reset();
+    if (!stored_->unsaved.empty()) {
         write();
     }
 }
 
 void SettingsFile::write() {
-    if (isEditing_) {
-        return;
-    }
-    // Others may have changed the file since: their changes are kept.
+    // Other programs may have changed the file: their changes are kept.
     const std::optional<std::string> presentText = readText(path_);
     const bool hasForeignChanges = presentText != knownText_;
     const std::optional<Json> present = objectIn(presentText);
@@ -164,9 +169,9 @@ void SettingsFile::write() {
     if (!present || *present != next) {
         const std::string text = next.dump(4, ' ', false, Json::error_handler_t::replace) + "\n";
         if ((!present && FileStore::keepAside(path_)) || FileStore::replace(path_, text)) {
-            return; // the changes hold for this run, and go out with the next write
+            return; // the changes stay unsaved until the next write
         }
-        // The readers have yet to be told of foreign changes: the next reload is to find something new.
+        // After foreign changes the next reload must report something new.
         knownText_ = hasForeignChanges ? std::nullopt : std::optional(text);
     }
     stored_->object = std::move(next);

@@ -1,6 +1,7 @@
 // The user's settings as a JSON object in a file. Registered defaults lie below it, volatile values above.
 #pragma once
 
+#include "core/RunLoop.h"
 #include "platform/ports/UserDefaults.h"
 
 #include <filesystem>
@@ -9,10 +10,16 @@
 namespace tarnwick {
 
 /// Unknown keys are kept. A file that is no JSON object counts as empty, and gets a second name before it is
-/// overwritten. Nothing is written until a setting changes.
+/// overwritten. Nothing is written until a setting changes. Writing waits for the disk, so all changes of a
+/// short time are written together.
 class SettingsFile final : public UserDefaults {
 public:
-    explicit SettingsFile(std::filesystem::path path);
+    /// Seconds from the first unwritten change to the next write.
+    static constexpr double writeDelay = 0.2;
+
+    /// `loop` outlives it.
+    SettingsFile(RunLoop& loop, std::filesystem::path path);
+    /// Writes what is not written yet.
     ~SettingsFile() override;
 
     /// "Tarnwick/settings.json" in $XDG_CONFIG_HOME, else in ~/.config.
@@ -31,22 +38,24 @@ public:
     [[nodiscard]] std::optional<std::string> text(const std::string& key) const override;
     void set(const std::string& key, const Value& value) override;
     void remove(const std::string& key) override;
-    void edit(const std::function<void()>& changes) override;
+    void flush() override;
 
 private:
     struct Stored;
 
     template<class T>
     [[nodiscard]] std::optional<T> find(const std::string& key) const;
+    void changed();
     void write();
 
+    RunLoop& loop_;
     std::filesystem::path path_;
     /// Of the file, when all of it has been taken over: to tell own changes from those of others.
     std::optional<std::string> knownText_;
     Table registered_;
     Table volatile_;
     std::unique_ptr<Stored> stored_;
-    bool isEditing_ = false;
+    RunLoop::Handle writeTimer_; ///< from the first unwritten change to the write
 };
 
 } // namespace tarnwick

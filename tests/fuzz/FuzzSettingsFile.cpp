@@ -1,5 +1,7 @@
 // Any settings file: reading it is safe, and changing one setting keeps the others.
 #include "platform/xdg/SettingsFile.h"
+
+#include "platform/loop/EpollRunLoop.h"
 #include "tests/fuzz/Fuzzing.h"
 
 #include <array>
@@ -33,13 +35,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace tarnwick;
     static const fuzz::ScratchFolder folder;
     const std::filesystem::path file = folder.fileOf({data, size});
-    SettingsFile settings(file);
+    static EpollRunLoop loop;
+    SettingsFile settings(loop, file);
     const Reading before(settings);
 
     settings.set("SlowPingLowThreshold", 123.0);
     fuzz::require(settings.number("SlowPingLowThreshold") == 123.0);
 
-    const SettingsFile again(file);
+    settings.flush();
+    const SettingsFile again(loop, file);
     fuzz::require(again.number("SlowPingLowThreshold") == 123.0);
     fuzz::require(Reading(again) == before);
     return 0;

@@ -3,6 +3,7 @@
 
 #include "platform/ports/UserDefaults.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <variant>
@@ -31,7 +32,13 @@ public:
 
     [[nodiscard]] const std::vector<Change>& changes() const { return changes_; }
 
-    void forgetChanges() { changes_.clear(); }
+    void forgetChanges() {
+        changes_.clear();
+        flushed_ = 0;
+    }
+
+    /// Whether all changes were flushed.
+    [[nodiscard]] bool isFlushed() const { return flushed_ == changes_.size(); }
 
     void registerDefaults(const Table& defaults) override { registered_ = defaults; }
 
@@ -57,6 +64,8 @@ public:
         changes_.push_back({key, std::nullopt});
     }
 
+    void flush() override { flushed_ = changes_.size(); }
+
 private:
     template<class T>
     [[nodiscard]] std::optional<T> value(const std::string& key) const {
@@ -75,6 +84,7 @@ private:
     Table registered_;
     Table stored_;
     std::vector<Change> changes_;
+    std::size_t flushed_ = 0; ///< of the changes
 };
 
 } // namespace tarnwick::simulation

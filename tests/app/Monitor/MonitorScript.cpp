@@ -104,6 +104,7 @@ void MonitorScript::addSettings() {
     commands_["threshold"] = [this](const Step& step) { prefs->setSlowPingThresholdMs(step.number(1)); };
     commands_["alerts"] = [this](const Step& step) { prefs->setShowNotifications(step.word(1) == "on"); };
     questions_["host"] = [this](const Step&) { return prefs->hostname(); };
+    questions_["flushed"] = [this](const Step&) { return defaults.isFlushed() ? "yes" : "no"; };
 }
 
 void MonitorScript::addSurroundings() {

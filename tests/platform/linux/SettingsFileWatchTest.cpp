@@ -34,7 +34,7 @@ protected:
     EpollRunLoop loop_;
     test::TemporaryFolder folder_;
     std::filesystem::path path_ = folder_.path() / "Tarnwick" / "settings.json";
-    SettingsFile settings_{path_};
+    SettingsFile settings_{loop_, path_};
     Preferences prefs_{settings_};
     FileWatch watch_{loop_, path_, [this] {
                          ++told_;
@@ -62,7 +62,7 @@ TEST_F(SettingsFileWatchTest, AHandEditIsTakenOver) {
 }
 
 TEST_F(SettingsFileWatchTest, AChangeByAnotherProgramIsTakenOver) {
-    SettingsFile(path_).set("Hostname", std::string("other.program"));
+    SettingsFile(loop_, path_).set("Hostname", std::string("other.program"));
 
     ASSERT_TRUE(isTold());
 
@@ -82,6 +82,7 @@ TEST_F(SettingsFileWatchTest, AnOwnChangeCausesNoReload) {
 
 TEST_F(SettingsFileWatchTest, AHandEditAfterAnOwnChangeIsTakenOver) {
     prefs_.setHostname("own.example");
+    prefs_.flush();
     test::writeFile(path_, R"({"Hostname": "by.hand"})");
 
     ASSERT_TRUE(isTold());
@@ -98,6 +99,10 @@ TEST_F(SettingsFileWatchTest, AHandEditIsNotLostToAnOwnChangeRightAfterIt) {
 
     EXPECT_EQ(prefs_.hostname(), "by.hand");
     EXPECT_TRUE(prefs_.showNotifications());
+    prefs_.flush();
+    const SettingsFile later(loop_, path_);
+    EXPECT_EQ(later.text("Hostname"), "by.hand");
+    EXPECT_EQ(later.boolean("ShowNotifications"), true);
 }
 
 TEST_F(SettingsFileWatchTest, AFileInTheMakingChangesNothingUntilItIsWhole) {

@@ -1,6 +1,7 @@
 // The settings file: what is read from it, what is written to it, and what survives a damaged one.
 #include "platform/xdg/SettingsFile.h"
 
+#include "tests/simulation/VirtualRunLoop.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Variable.h"
@@ -26,7 +27,14 @@ class SettingsFileTest : public testing::Test {
 protected:
     [[nodiscard]] const fs::path& path() const { return path_; }
 
-    [[nodiscard]] Json onDisk() const { return Json::parse(test::contentOf(path_), nullptr, false); }
+    /// Changed settings are written after some of its time.
+    [[nodiscard]] simulation::VirtualRunLoop& loop() { return loop_; }
+
+    /// What the file holds once all changes are written.
+    [[nodiscard]] Json onDisk() {
+        loop_.advance(SettingsFile::writeDelay);
+        return Json::parse(test::contentOf(path_), nullptr, false);
+    }
 
     void store(const std::string& text) const { test::writeFile(path_, text); }
 
@@ -42,6 +50,7 @@ protected:
     }
 
 private:
+    simulation::VirtualRunLoop loop_;
     test::TemporaryFolder folder_;
     fs::path path_ = folder_.path() / "Tarnwick" / "settings.json";
 };
@@ -110,10 +119,11 @@ TEST_P(ChangedSettings, LieInTheFileAndAreRead) {
     if (GetParam().before) {
         store(*GetParam().before);
     }
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     settings.registerDefaults({{"PingTimeout", 4.0}});
 
     GetParam().act(settings);
+    loop().advance(SettingsFile::writeDelay);
 
     ASSERT_EQ(fs::exists(path()), GetParam().after.has_value());
     if (GetParam().after) {
@@ -178,6 +188,7 @@ INSTANTIATE_TEST_SUITE_P(
                 settings.setVolatile("Hostname", text("for.this.run"));
                 settings.setVolatile("PingTimeout", 9.0);
                 settings.set("PingInterval", 3.0);
+                settings.flush();
                 settings.remove("PingInterval");
             },
             R"({"Hostname": "stored.example"})",
@@ -219,7 +230,9 @@ INSTANTIATE_TEST_SUITE_P(
             [](auto& settings) {
                 const FullDisk full;
                 settings.set("PingTimeout", 3.0);
+                settings.flush();
                 settings.set("PingInterval", 5.0);
+                settings.flush();
             },
             R"({"PingTimeout": 2.0})",
             {{"PingTimeout", 3.0}, {"PingInterval", 5.0}}},
@@ -230,6 +243,7 @@ INSTANTIATE_TEST_SUITE_P(
                 {
                     const FullDisk full;
                     settings.set("PingTimeout", 3.0);
+                    settings.flush();
                 }
                 settings.set("PingInterval", 5.0);
             },
@@ -238,10 +252,10 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& test) { return test.param.name; });
 
 TEST_F(SettingsFileTest, ALaterRunReadsWhatAnEarlierOneStored) {
-    SettingsFile(path()).set("Hostname", std::string("häuschen.example"));
-    SettingsFile(path()).set("PingTimeout", 0.1);
+    SettingsFile(loop(), path()).set("Hostname", std::string("häuschen.example"));
+    SettingsFile(loop(), path()).set("PingTimeout", 0.1);
 
-    const SettingsFile settings(path());
+    const SettingsFile settings(loop(), path());
 
     EXPECT_THAT(settings.text("Hostname"), Optional(std::string("häuschen.example")));
     EXPECT_THAT(settings.number("PingTimeout"), Optional(0.1));
@@ -253,18 +267,18 @@ TEST_F(SettingsFileTest, AnyFiniteNumberAndAnyTextAreReadBackAsStored) {
         const auto valid = Json::parse(text).get<std::string>();
         RC_PRE(std::isfinite(number));
         {
-            SettingsFile settings(path());
+            SettingsFile settings(loop(), path());
             settings.set("Number", number);
             settings.set("Text", valid);
         }
-        const SettingsFile settings(path());
+        const SettingsFile settings(loop(), path());
         RC_ASSERT(settings.number("Number") == std::optional(number));
         RC_ASSERT(settings.text("Text") == std::optional(valid));
     }));
 }
 
 TEST_F(SettingsFileTest, ReadingAndRegisteringWriteNothing) {
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     settings.registerDefaults({{"PingTimeout", 4.0}});
     settings.setVolatile("PingInterval", 2.0);
     EXPECT_THAT(settings.number("PingTimeout"), Optional(4.0));
@@ -272,9 +286,9 @@ TEST_F(SettingsFileTest, ReadingAndRegisteringWriteNothing) {
     EXPECT_FALSE(fs::exists(path().parent_path()));
 }
 
-TEST_F(SettingsFileTest, AHandEditMadeMeanwhileIsKeptAndTakenOverWhenASettingIsStored) {
+TEST_F(SettingsFileTest, AHandEditIsKeptAndTakenOverWhenASettingIsStored) {
     store(R"({"PingTimeout": 2})");
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     store(R"({"PingTimeout": 2, "Hostname": "by.hand"})");
 
     settings.set("PingInterval", 3.0);
@@ -284,8 +298,8 @@ TEST_F(SettingsFileTest, AHandEditMadeMeanwhileIsKeptAndTakenOverWhenASettingIsS
 }
 
 TEST_F(SettingsFileTest, TwoProgramsDoNotUndoEachOthersSettings) {
-    SettingsFile one(path());
-    SettingsFile other(path());
+    SettingsFile one(loop(), path());
+    SettingsFile other(loop(), path());
 
     one.set("PingTimeout", 2.0);
     other.set("PingInterval", 3.0);
@@ -295,9 +309,10 @@ TEST_F(SettingsFileTest, TwoProgramsDoNotUndoEachOthersSettings) {
     EXPECT_EQ(onDisk(), Json::parse(R"({"PingTimeout": 2.0, "PingInterval": 3.0, "ShowIcon": false})"));
 }
 
-TEST_F(SettingsFileTest, AFileThatVanishedMeanwhileIsWrittenAgain) {
-    SettingsFile settings(path());
+TEST_F(SettingsFileTest, AFileThatHasVanishedIsWrittenAgain) {
+    SettingsFile settings(loop(), path());
     settings.set("PingTimeout", 2.0);
+    settings.flush();
     fs::remove_all(path().parent_path());
 
     settings.set("PingInterval", 3.0);
@@ -309,7 +324,7 @@ TEST_F(SettingsFileTest, AFileThatVanishedMeanwhileIsWrittenAgain) {
 
 TEST_F(SettingsFileTest, ReloadingTakesOverWhatOthersHaveChanged) {
     store(R"({"Hostname": "before.example", "PingTimeout": 2, "PingInterval": 3})");
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     settings.registerDefaults({{"PingTimeout", 4.0}});
     store(R"({ "Hostname" : "by.hand" })");
     EXPECT_THAT(settings.text("Hostname"), Optional(std::string("before.example")));
@@ -323,7 +338,7 @@ TEST_F(SettingsFileTest, ReloadingTakesOverWhatOthersHaveChanged) {
 
 TEST_F(SettingsFileTest, AFileThatIsGoneCountsAsEmptyOnceReloaded) {
     store(R"({"PingTimeout": 2})");
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     fs::remove_all(path().parent_path());
 
     EXPECT_TRUE(settings.reload());
@@ -332,29 +347,33 @@ TEST_F(SettingsFileTest, AFileThatIsGoneCountsAsEmptyOnceReloaded) {
 }
 
 TEST_F(SettingsFileTest, ReloadingFindsNothingNewInWhatWasStoredHere) {
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     EXPECT_FALSE(settings.reload());
     settings.set("PingTimeout", 2.0);
+    settings.flush();
     EXPECT_FALSE(settings.reload());
     settings.remove("PingTimeout");
+    settings.flush();
     EXPECT_FALSE(settings.reload());
 }
 
 TEST_F(SettingsFileTest, AHandEditIsNewAlsoAfterAnOwnChangeHasTakenItUp) {
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     store(R"({"Hostname": "by.hand"})");
     settings.set("PingTimeout", 2.0);
+    settings.flush();
 
     EXPECT_TRUE(settings.reload());
     EXPECT_FALSE(settings.reload());
 }
 
 TEST_F(SettingsFileTest, VolatileAndUnsavedValuesStayAboveWhatIsReloaded) {
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     settings.setVolatile("Hostname", text("for.this.run"));
     {
         const FullDisk disk;
         settings.set("PingTimeout", 9.0);
+        settings.flush();
     }
     store(R"({"Hostname": "by.hand", "PingTimeout": 2, "PingInterval": 3})");
 
@@ -368,7 +387,7 @@ TEST_F(SettingsFileTest, VolatileAndUnsavedValuesStayAboveWhatIsReloaded) {
 
 TEST_F(SettingsFileTest, ReloadingAFileThatIsOnlyHalfWrittenChangesNothing) {
     store(R"({"PingTimeout": 2})");
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     for (const std::string text : {"", "{", R"({"PingTimeout": 3, "Host)", "[3]"}) {
         store(text);
         EXPECT_FALSE(settings.reload());
@@ -394,7 +413,7 @@ TEST_P(MistypedSetting, ReadsAsItsDefaultWithoutLosingTheOthers) {
     const Mistyped& wrong = GetParam();
     store(R"({"Other": "kept", ")" + wrong.key + R"(": )" + wrong.json + "}");
     const Json before = onDisk();
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     settings.registerDefaults(
         {{"Hostname", std::string("default.example")}, {"PingTimeout", 4.0}, {"ShowIcon", true}});
 
@@ -434,7 +453,7 @@ class DamagedSettingsFile : public SettingsFileTest, public testing::WithParamIn
 
 TEST_P(DamagedSettingsFile, CountsAsEmptyAndIsLeftAloneWhileNothingIsStored) {
     store(GetParam().text);
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     settings.registerDefaults({{"PingTimeout", 4.0}});
 
     EXPECT_THAT(settings.number("PingTimeout"), Optional(4.0));
@@ -445,9 +464,10 @@ TEST_P(DamagedSettingsFile, CountsAsEmptyAndIsLeftAloneWhileNothingIsStored) {
 
 TEST_P(DamagedSettingsFile, IsKeptUnderAnotherNameBeforeItIsOverwritten) {
     store(GetParam().text);
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
 
     settings.set("PingTimeout", 2.0);
+    settings.flush();
     settings.set("PingInterval", 3.0);
 
     EXPECT_EQ(onDisk(), Json::parse(R"({"PingTimeout": 2.0, "PingInterval": 3.0})"));
@@ -466,9 +486,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(SettingsFileTest, EachDamagedFileIsKeptUnderANameOfItsOwn) {
     store("first damage");
-    SettingsFile(path()).set("PingTimeout", 2.0);
+    SettingsFile(loop(), path()).set("PingTimeout", 2.0);
     store("second damage");
-    SettingsFile(path()).set("PingTimeout", 3.0);
+    SettingsFile(loop(), path()).set("PingTimeout", 3.0);
 
     EXPECT_THAT(textsBeside(), testing::UnorderedElementsAre("first damage", "second damage"));
     EXPECT_EQ(onDisk()["PingTimeout"], 3.0);
@@ -476,7 +496,7 @@ TEST_F(SettingsFileTest, EachDamagedFileIsKeptUnderANameOfItsOwn) {
 
 TEST_F(SettingsFileTest, AFileDamagedWhileItIsInUseIsKeptAsideAndTheKnownSettingsAreNotLost) {
     store(R"({"PingTimeout": 2, "Window": "left"})");
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     store(R"({"PingTimeout": 2, "Window": )");
 
     settings.set("PingInterval", 3.0);
@@ -487,9 +507,10 @@ TEST_F(SettingsFileTest, AFileDamagedWhileItIsInUseIsKeptAsideAndTheKnownSetting
 
 TEST_F(SettingsFileTest, AFolderInItsPlaceIsNoReasonToStop) {
     fs::create_directories(path());
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
 
     settings.set("PingTimeout", 2.0);
+    settings.flush();
 
     EXPECT_THAT(settings.number("PingTimeout"), Optional(2.0));
 }
@@ -498,16 +519,17 @@ TEST_F(SettingsFileTest, AnUnknownValueOfGreatDepthIsNotLost) {
     const std::string deep = std::string(100'000, '[') + std::string(100'000, ']');
     const std::string old = R"({"Deep":)" + deep + "}";
     store(old);
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
 
     settings.set("PingTimeout", 2.0);
+    settings.flush();
 
     std::string text = test::contentOf(path());
     std::erase_if(text, [](char letter) { return letter == ' ' || letter == '\n'; });
     const bool isInTheFile = text.find(deep) != std::string::npos;
     const bool isBesideIt = textsBeside().contains(old);
     EXPECT_TRUE(isInTheFile || isBesideIt);
-    EXPECT_THAT(SettingsFile(path()).number("PingTimeout"), Optional(2.0));
+    EXPECT_THAT(SettingsFile(loop(), path()).number("PingTimeout"), Optional(2.0));
 }
 
 // Writing.
@@ -517,7 +539,7 @@ TEST_F(SettingsFileTest, AReaderFindsTheOldFileOrTheNewOneAsAWhole) {
     store(old);
     std::ifstream reader(path());
 
-    SettingsFile(path()).set("PingTimeout", 3.0);
+    SettingsFile(loop(), path()).set("PingTimeout", 3.0);
 
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}), old);
     EXPECT_EQ(onDisk()["PingTimeout"], 3.0);
@@ -525,40 +547,84 @@ TEST_F(SettingsFileTest, AReaderFindsTheOldFileOrTheNewOneAsAWhole) {
 }
 
 TEST_F(SettingsFileTest, ATextThatIsNotUtf8DoesNotKeepTheOthersFromBeingStored) {
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
     settings.set("Hostname", std::string("caf\xE9.example"));
+    settings.flush();
 
     settings.set("PingTimeout", 3.0);
 
     EXPECT_EQ(onDisk()["PingTimeout"], 3.0);
 }
 
-// Changes that belong together.
+// When it is written.
 
-TEST_F(SettingsFileTest, ChangesThatBelongTogetherAreReadAtOnceAndStoredAtTheirEnd) {
+TEST_F(SettingsFileTest, ChangesOfAShortTimeAreReadAtOnceAndWrittenTogether) {
     const std::string old = R"({"PingTimeout": 2.0})";
     store(old);
-    SettingsFile settings(path());
+    SettingsFile settings(loop(), path());
 
-    settings.edit([&] {
-        settings.remove("PingTimeout");
-        settings.set("PingInterval", 3.0);
-        EXPECT_EQ(test::contentOf(path()), old);
-        EXPECT_EQ(valuesIn(settings), (UserDefaults::Table{{"PingInterval", 3.0}}));
-    });
+    settings.remove("PingTimeout");
+    loop().advance(SettingsFile::writeDelay / 2);
+    settings.set("PingInterval", 3.0);
+    EXPECT_EQ(valuesIn(settings), (UserDefaults::Table{{"PingInterval", 3.0}}));
+    EXPECT_EQ(test::contentOf(path()), old);
+    loop().advance(SettingsFile::writeDelay / 2);
 
-    EXPECT_EQ(onDisk(), Json({{"PingInterval", 3.0}}));
+    EXPECT_EQ(Json::parse(test::contentOf(path())), Json({{"PingInterval", 3.0}}));
 }
 
-TEST_F(SettingsFileTest, AnEditWithinAnEditIsStoredWithTheOuterOne) {
-    SettingsFile settings(path());
+TEST_F(SettingsFileTest, AChangeIsNotPutOffByLaterOnes) {
+    SettingsFile settings(loop(), path());
 
-    settings.edit([&] {
-        settings.edit([&] { settings.set("PingTimeout", 2.0); });
-        EXPECT_FALSE(fs::exists(path()));
-    });
+    for (double value = 0; value < 8; ++value) {
+        settings.set("PingTimeout", value);
+        loop().advance(SettingsFile::writeDelay / 4);
+    }
 
-    EXPECT_EQ(onDisk(), Json({{"PingTimeout", 2.0}}));
+    EXPECT_TRUE(fs::exists(path()));
+}
+
+TEST_F(SettingsFileTest, AFlushWritesAtOnceAndLeavesNothingToDo) {
+    SettingsFile settings(loop(), path());
+    settings.set("PingTimeout", 2.0);
+
+    settings.flush();
+
+    EXPECT_EQ(Json::parse(test::contentOf(path())), Json({{"PingTimeout", 2.0}}));
+    EXPECT_EQ(loop().timerCount(), 0);
+}
+
+TEST_F(SettingsFileTest, WithoutAChangeAFlushWritesNothing) {
+    SettingsFile settings(loop(), path());
+
+    settings.flush();
+
+    EXPECT_FALSE(fs::exists(path()));
+}
+
+TEST_F(SettingsFileTest, WhatIsNotWrittenYetIsWrittenAtTheEnd) {
+    {
+        SettingsFile settings(loop(), path());
+        settings.set("PingTimeout", 2.0);
+        ASSERT_FALSE(fs::exists(path()));
+    }
+
+    EXPECT_EQ(Json::parse(test::contentOf(path())), Json({{"PingTimeout", 2.0}}));
+}
+
+TEST_F(SettingsFileTest, AHandEditBeforeTheWriteIsTakenOverAndKept) {
+    store(R"({"PingTimeout": 2})");
+    SettingsFile settings(loop(), path());
+    settings.set("PingInterval", 3.0);
+    store(R"({"PingTimeout": 5, "Hostname": "by.hand"})");
+
+    EXPECT_TRUE(settings.reload());
+
+    EXPECT_EQ(
+        valuesIn(settings),
+        (UserDefaults::Table{{"Hostname", text("by.hand")}, {"PingTimeout", 5.0}, {"PingInterval", 3.0}}));
+    EXPECT_EQ(onDisk(), Json::parse(R"({"PingTimeout": 5, "Hostname": "by.hand", "PingInterval": 3.0})"));
+    EXPECT_FALSE(settings.reload());
 }
 
 // Its place.
