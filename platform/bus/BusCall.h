@@ -13,22 +13,44 @@
 
 namespace tarnwick {
 
-/// `answered` is given the first result of the call, or nothing when it failed or is of another type.
+/// What a call has led to.
+template<typename Result>
+struct BusReply {
+    std::optional<Result> result{}; ///< nothing when the call failed, or when its result is of another type
+    std::string error{};            ///< the name of an error that came as the answer; empty when none came
+};
+
+/// `answered` is given a `BusReply` with the first result of the call.
 template<typename Result, typename... Arguments, typename Answered>
-void callBus(
+void askBus(
     BusConnection& bus, const BusConnection::Call& call, const std::tuple<Arguments...>& arguments,
     Answered answered) {
     const auto append = [&arguments](BusMessage& message) {
         return std::apply([&message](const auto&... value) { return message.append(value...); }, arguments);
     };
-    bus.call(call, append, [answered = std::move(answered)](BusMessage* reply) {
-        std::optional<Result> result;
-        if constexpr (std::is_same_v<Result, NoResult>) {
-            result = reply != nullptr ? std::optional(NoResult()) : std::nullopt;
-        } else if (auto values = reply != nullptr ? reply->read<Result>() : std::nullopt) {
-            result = std::get<0>(std::move(*values));
+    bus.call(call, append, [answered = std::move(answered)](BusMessage* message) {
+        BusReply<Result> reply;
+        if (message != nullptr) {
+            reply.error = message->errorName();
         }
-        answered(std::move(result));
+        if (message != nullptr && reply.error.empty()) {
+            if constexpr (std::is_same_v<Result, NoResult>) {
+                reply.result = NoResult();
+            } else if (auto values = message->read<Result>()) {
+                reply.result = std::get<0>(std::move(*values));
+            }
+        }
+        answered(std::move(reply));
+    });
+}
+
+/// The same where the kind of failure does not matter: `answered` is given the result, or nothing.
+template<typename Result, typename... Arguments, typename Answered>
+void callBus(
+    BusConnection& bus, const BusConnection::Call& call, const std::tuple<Arguments...>& arguments,
+    Answered answered) {
+    askBus<Result>(bus, call, arguments, [answered = std::move(answered)](BusReply<Result> reply) {
+        answered(std::move(reply.result));
     });
 }
 

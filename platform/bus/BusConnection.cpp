@@ -105,7 +105,7 @@ void BusConnection::unavailable() {
 void BusConnection::setState(State state) {
     if (state_ != state) {
         state_ = state;
-        stateListeners_.tell(state);
+        stateListeners_.tell();
     }
 }
 
@@ -204,7 +204,11 @@ void BusConnection::lose() {
             match->added.reset();
         }
     }
+    const auto unanswered = std::exchange(unanswered_, {});
     unavailable();
+    for (const auto& [number, answered] : unanswered) {
+        answered(nullptr);
+    }
 }
 
 Subscription BusConnection::addMatch(std::string rule, std::function<void(BusMessage&)> handler) {
@@ -224,14 +228,22 @@ void BusConnection::call(
     std::function<void(BusMessage*)> answered) {
     if (BusLink* const present = link()) {
         BusMessage message = present->newCall(call.destination, call.path, call.interface, call.method);
-        auto handler = [answered](BusMessage& reply) {
-            answered(reply.errorName().empty() ? &reply : nullptr);
-        };
+        const std::uint64_t number = ++latestCall_;
+        auto handler = [this, number](BusMessage& reply) { answer(number, &reply); };
         if (append(message) && present->call(message, call.timeout, std::move(handler))) {
+            unanswered_.emplace(number, std::move(answered));
             return;
         }
     }
     loop_.post([answered = std::move(answered)] { answered(nullptr); });
+}
+
+void BusConnection::answer(std::uint64_t call, BusMessage* reply) {
+    // The library answers with errors while it closes a lost connection: `lose` does that in order.
+    if (link_->isReady()) {
+        const auto node = unanswered_.extract(call);
+        node.mapped()(reply);
+    }
 }
 
 } // namespace tarnwick

@@ -6,7 +6,9 @@
 #include "core/RunLoop.h"
 #include "platform/bus/Subscription.h"
 
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -51,8 +53,9 @@ public:
     /// Opens a connection that was to be opened when needed.
     void need();
 
-    /// Told of each change. When the connection is lost, listeners destroy everything that they made on it.
-    [[nodiscard]] Subscription onStateChange(std::function<void(State)> listener) {
+    /// Told after each change; they read `state`, which may have changed again. When the connection is lost,
+    /// listeners destroy everything that they made on it.
+    [[nodiscard]] Subscription onStateChange(std::function<void()> listener) {
         return stateListeners_.add(std::move(listener));
     }
 
@@ -60,6 +63,8 @@ public:
 
     /// Null unless connected.
     [[nodiscard]] BusLink* link() const;
+
+    [[nodiscard]] RunLoop& loop() const { return loop_; }
 
     /// Empty unless connected.
     [[nodiscard]] std::string uniqueName() const;
@@ -78,13 +83,16 @@ public:
     };
 
     /// `append` adds the arguments and returns whether that worked. `answered` is called later, once, with
-    /// null for every failure; perhaps never when the connection is lost. See also BusCall.h.
+    /// the answer, which may be an error. It is called with null when the call could not be sent, and when
+    /// the connection is lost, after the listeners were told. See also BusCall.h.
     void call(
         const Call& call, const std::function<bool(BusMessage&)>& append,
         std::function<void(BusMessage*)> answered);
 
 private:
     struct Match;
+
+    using Answered = std::function<void(BusMessage*)>;
 
     void connect();
     void unavailable();
@@ -94,14 +102,17 @@ private:
     void stopWatching();
     void setTimer(std::optional<double> deadline);
     void lose();
+    void answer(std::uint64_t call, BusMessage* reply);
     void setState(State state);
 
     RunLoop& loop_;
     std::string address_;
     State state_ = State::connecting;
     double retryDelay_ = firstRetry;
-    Subscribers<State> stateListeners_;
+    Subscribers<> stateListeners_;
     std::vector<std::weak_ptr<Match>> matches_;
+    std::map<std::uint64_t, Answered> unanswered_; ///< the calls sent on the present connection, by number
+    std::uint64_t latestCall_ = 0;
     std::unique_ptr<BusLink> link_; ///< connected, or about to be
     bool isNeeded_ = false;
     bool isProcessing_ = false;

@@ -34,7 +34,7 @@ DesktopNotificationCenter::DesktopNotificationCenter(
     serviceWatch_ = watchName(bus_, service_->busName(), [this](const std::string& owner, NameNews news) {
         serviceChanged(owner, news);
     });
-    stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
+    stateSubscription_ = bus_.onStateChange([this] { busChanged(); });
 }
 
 void DesktopNotificationCenter::post(const std::string& title, const std::string& body) {

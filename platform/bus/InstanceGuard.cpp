@@ -82,7 +82,7 @@ InstanceGuard::InstanceGuard(
       activationToken_(std::move(activationToken)),
       decided_(std::move(decided)),
       busTimer_(loop.after(patience, [this] { decide(Result::noBus); })) {
-    stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
+    stateSubscription_ = bus_.onStateChange([this] { busChanged(); });
     loop_.post(lifeline_.guarded([this] {
         if (!exported_) {
             busChanged();

@@ -21,7 +21,7 @@ public:
                 tell(change->owner);
             }
         });
-        stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
+        stateSubscription_ = bus_.onStateChange([this] { busChanged(); });
         busChanged();
     }
 

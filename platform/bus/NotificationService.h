@@ -17,7 +17,7 @@ public:
     [[nodiscard]] virtual const std::string& busName() const = 0;
 
     /// Finds out whether it is there, which may start it, and what it can do. `timeout` in seconds;
-    /// `answered` is told once, or never when the connection is lost.
+    /// `answered` is told once; when the connection is lost, that the service is not there.
     virtual void probe(double timeout, std::function<void(bool isThere)> answered) = 0;
 
     /// Only after a successful probe. The service's answer is ignored.

@@ -285,7 +285,7 @@ DBusMenu::DBusMenu(RunLoop& loop, BusConnection& bus, PanelMenu& menu, std::stri
             exported_->update();
         }
     };
-    stateSubscription_ = bus_.onStateChange([this](BusConnection::State) { busChanged(); });
+    stateSubscription_ = bus_.onStateChange([this] { busChanged(); });
     busChanged();
 }
 

@@ -157,7 +157,7 @@ NotifierStatusItem::NotifierStatusItem(Needs needs)
     menu_.onRead = [this] { menuWasRead_ = true; };
     hosts_.onChange = [this] { hostChanged(); };
     colorSubscription_ = needs_.colors.onChange([this] { refresh(); });
-    stateSubscription_ = needs_.bus.onStateChange([this](BusConnection::State) { busChanged(); });
+    stateSubscription_ = needs_.bus.onStateChange([this] { busChanged(); });
     refresh();
     busChanged();
 }

@@ -21,7 +21,7 @@ bool isOfInterest(const std::string& name) {
 
 PanelHostFinder::PanelHostFinder(BusConnection& bus, ProcessName processName)
     : bus_(bus), processName_(std::move(processName)), host_(&panelHost("")) {
-    stateSubscription_ = bus_.onStateChange([this](BusConnection::State state) { busChanged(state); });
+    stateSubscription_ = bus_.onStateChange([this] { busChanged(); });
     ownerMatch_ = bus_.addMatch(nameChangeRule("org.kde", "arg0namespace"), [this](BusMessage& message) {
         if (const auto change = nameChange(message); change && isOfInterest(change->name)) {
             setOwner(change->name, change->owner);
@@ -37,9 +37,9 @@ std::string PanelHostFinder::watcher() const {
     return owner == owners_.end() ? std::string() : owner->second.uniqueName;
 }
 
-void PanelHostFinder::busChanged(BusConnection::State state) {
+void PanelHostFinder::busChanged() {
     owners_.clear();
-    if (state == BusConnection::State::connected) {
+    if (bus_.state() == BusConnection::State::connected) {
         lookAround();
     } else {
         decide();

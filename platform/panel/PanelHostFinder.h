@@ -36,7 +36,7 @@ private:
         std::string process{}; ///< empty until it is known
     };
 
-    void busChanged(BusConnection::State state);
+    void busChanged();
     void lookAround();
     void namesListed(const std::vector<std::string>& names);
     void setOwner(const std::string& name, const std::string& uniqueName);

@@ -3,15 +3,22 @@
 
 #include "tests/platform/bus/BusTest.h"
 
+#include "core/FileDescriptor.h"
 #include "platform/bus/BusCall.h"
+#include "platform/bus/BusLink.h"
 
 #include <gmock/gmock.h>
+#include <systemd/sd-bus.h>
 
+#include <array>
+#include <fcntl.h>
 #include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <sys/socket.h>
 #include <tuple>
+#include <unistd.h>
 #include <vector>
 
 namespace tarnwick {
@@ -19,7 +26,9 @@ namespace tarnwick {
 namespace {
 
 using State = BusConnection::State;
+using testing::Each;
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 class BusConnectionTest : public BusTest {
 protected:
@@ -79,7 +88,7 @@ TEST_F(BusConnectionTest, NothingRunsWhileNothingHappens) {
 
 TEST_F(BusConnectionTest, ABusThatGoesAwayAndComesBackIsToldEachTime) {
     std::vector<State> states;
-    const Subscription subscription = bus_.onStateChange([&states](State state) { states.push_back(state); });
+    const Subscription subscription = bus_.onStateChange([&] { states.push_back(bus_.state()); });
     ASSERT_TRUE(runUntilConnected());
 
     stopBus();
@@ -89,6 +98,30 @@ TEST_F(BusConnectionTest, ABusThatGoesAwayAndComesBackIsToldEachTime) {
     ASSERT_TRUE(runUntilConnected());
 
     EXPECT_THAT(states, ElementsAre(State::connected, State::unavailable, State::connected));
+}
+
+TEST_F(BusConnectionTest, AConnectionLostWhileItIsToldIsNotToldAsConnected) {
+    addEcho();
+    std::vector<State> states;
+    const Subscription first = bus_.onStateChange([this] {
+        if (bus_.state() == State::connected) {
+            // Its time-out lets the connection notice the loss; its descriptor is not watched in here.
+            bus_.call(
+                {.destination = "test.Echo",
+                 .path = "/echo",
+                 .interface = "test.Echo",
+                 .method = "Wait",
+                 .timeout = 0.1},
+                [](BusMessage&) { return true; }, [](BusMessage*) {});
+            stopBus();
+            EXPECT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+        }
+    });
+    const Subscription second = bus_.onStateChange([&] { states.push_back(bus_.state()); });
+
+    ASSERT_TRUE(runUntil([&states] { return !states.empty(); }));
+
+    EXPECT_THAT(states, Each(State::unavailable));
 }
 
 TEST_F(WithoutBusTest, AnAbsentBusIsAState) {
@@ -214,6 +247,51 @@ TEST_F(BusConnectionTest, ACallThatIsNotAnsweredFailsAfterItsTimeout) {
 
     ASSERT_TRUE(runUntil([&hasResult] { return hasResult == false; }));
     EXPECT_GE(loop_.now() - start, 0.2);
+}
+
+TEST_F(BusConnectionTest, ALostConnectionAnswersItsCallsOnceAfterTheListenersKnow) {
+    addEcho();
+    ASSERT_TRUE(runUntilConnected());
+    std::vector<State> statesWhenAnswered;
+    for (int call = 0; call < 2; ++call) {
+        callBus<NoResult>(bus_, echoCall("Wait"), std::tuple(), [&](const std::optional<NoResult>& done) {
+            EXPECT_FALSE(done.has_value());
+            statesWhenAnswered.push_back(bus_.state());
+        });
+    }
+
+    stopBus();
+
+    ASSERT_TRUE(runUntil([&] { return !statesWhenAnswered.empty(); }));
+    runFor(0.1);
+    EXPECT_THAT(statesWhenAnswered, ElementsAre(State::unavailable, State::unavailable));
+}
+
+TEST_F(BusConnectionTest, ABusThatBreaksTheProtocolIsLostAndItsCallsAreAnswered) {
+    addEcho();
+    ASSERT_TRUE(runUntilConnected());
+    int answers = 0;
+    const auto count = [&answers](const std::optional<NoResult>& done) {
+        EXPECT_FALSE(done.has_value());
+        ++answers;
+    };
+    callBus<NoResult>(bus_, echoCall("Wait"), std::tuple(), count);
+    // In the place of the bus.
+    std::array<int, 2> sockets{};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, sockets.data()), 0);
+    const FileDescriptor otherBus(sockets[0]);
+    const FileDescriptor ours(sockets[1]);
+    ASSERT_GE(::dup3(ours.get(), sd_bus_get_fd(bus_.link()->get()), O_CLOEXEC), 0);
+    const std::string noMessage(1000, 'x');
+    ASSERT_GT(::write(otherBus.get(), noMessage.data(), noMessage.size()), 0);
+
+    // The exchanged socket is not watched: the connection reads from it at the time-out of this call.
+    BusConnection::Call wakeUp = echoCall("Wait");
+    wakeUp.timeout = 0.05;
+    callBus<NoResult>(bus_, wakeUp, std::tuple(), count);
+
+    ASSERT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+    EXPECT_EQ(answers, 2);
 }
 
 TEST_F(WithoutBusTest, ACallWithoutABusFailsLater) {
@@ -356,6 +434,28 @@ TEST_F(BusMatchTest, ANestedLoopInAHandlerWaitsWithoutSpinning) {
 
     ASSERT_TRUE(runUntil([this] { return heard_.size() == 2; }));
     EXPECT_THAT(heard_, ElementsAre("first", "second"));
+    EXPECT_LE(nestedTasks, 2);
+}
+
+TEST_F(BusMatchTest, ANestedLoopAtATimeoutWaitsWithoutSpinning) {
+    addEcho();
+    const Subscription match = countSignals();
+    ASSERT_TRUE(runUntilConnected());
+    BusPeer& peer = addPeer();
+    BusConnection::Call call = echoCall("Wait");
+    call.timeout = 0.05;
+
+    int nestedTasks = 0;
+    callBus<NoResult>(bus_, call, std::tuple(), [&](const std::optional<NoResult>&) {
+        emit(peer, "for later");
+        const double end = loop_.now() + 0.3;
+        while (loop_.now() < end) {
+            nestedTasks += loop_.runOne(0.05) ? 1 : 0;
+        }
+        EXPECT_THAT(heard_, IsEmpty());
+    });
+
+    ASSERT_TRUE(runUntil([this] { return !heard_.empty(); }));
     EXPECT_LE(nestedTasks, 2);
 }
 
