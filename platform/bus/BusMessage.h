@@ -34,6 +34,7 @@ struct BusError {
 
     static constexpr const char* invalidArguments = "org.freedesktop.DBus.Error.InvalidArgs";
     static constexpr const char* failed = "org.freedesktop.DBus.Error.Failed";
+    static constexpr const char* nameHasNoOwner = "org.freedesktop.DBus.Error.NameHasNoOwner";
 };
 
 /// How a C++ type travels. There are specializations for `bool`, integers, `std::string`, `BusPath`,

@@ -39,8 +39,11 @@ BusConnection::Call panelSettingCall(const char* method) {
     };
 }
 
+constexpr const char* noPreference = "org.freedesktop.portal.Error.NotFound";
+constexpr const char* noPanelSetting = "org.xfce.Xfconf.Error.PropertyNotFound";
+
 /// A new connection asks, even if that starts the service; a service that starts later is asked too. When
-/// the service ends, its last answer still holds.
+/// the service ends or fails to answer, its last answer still holds.
 bool isReasonToAsk(const std::string& owner, NameNews news) {
     return news == NameNews::found || !owner.empty();
 }
@@ -99,10 +102,12 @@ void ColorScheme::watchDesktop() {
 }
 
 void ColorScheme::askDesktop() {
-    callBus<Preference>(
+    askBus<Preference>(
         bus_, portalCall("Read"), std::tuple(std::string(appearance), std::string(colorScheme)),
-        lifeline_.guarded([this](const std::optional<Preference>& reply) {
-            setDesktopIsDark(reply ? isDark(*reply) : std::nullopt);
+        lifeline_.guarded([this](const BusReply<Preference>& reply) {
+            if (reply.result || reply.error == noPreference) {
+                setDesktopIsDark(isDark(reply.result.value_or(Preference())));
+            }
         }));
 }
 
@@ -127,10 +132,12 @@ void ColorScheme::askPanel() {
     if (!followsPanel_ || bus_.state() != BusConnection::State::connected) {
         return;
     }
-    callBus<PanelSetting>(
+    askBus<PanelSetting>(
         bus_, panelSettingCall("GetProperty"), std::tuple(std::string(panelChannel), std::string(darkMode)),
-        lifeline_.guarded([this](const std::optional<PanelSetting>& reply) {
-            setPanelIsDark(reply ? setting(*reply) : std::nullopt);
+        lifeline_.guarded([this](const BusReply<PanelSetting>& reply) {
+            if (reply.result || reply.error == noPanelSetting) {
+                setPanelIsDark(setting(reply.result.value_or(PanelSetting())));
+            }
         }));
 }
 

@@ -14,8 +14,8 @@ constexpr const char* daemonName = "org.freedesktop.DBus";
 
 class NameWatch {
 public:
-    NameWatch(BusConnection& bus, const std::string& name, OwnerListener listener)
-        : bus_(bus), name_(name), listener_(std::move(listener)) {
+    NameWatch(BusConnection& bus, const std::string& name, OwnerListener listener, double retryDelay)
+        : bus_(bus), name_(name), listener_(std::move(listener)), retryDelay_(retryDelay) {
         match_ = bus_.addMatch(nameChangeRule(name), [this](BusMessage& message) {
             if (const auto change = nameChange(message); change && change->name == name_) {
                 tell(change->owner);
@@ -27,13 +27,25 @@ public:
 
 private:
     void busChanged() {
+        retry_.reset();
         if (bus_.state() == BusConnection::State::connected) {
-            callBus<std::string>(
-                bus_, daemonCall("GetNameOwner"), std::tuple(name_),
-                lifeline_.guarded(
-                    [this](const std::optional<std::string>& owner) { tell(owner.value_or("")); }));
+            ask();
         } else if (const auto lost = std::exchange(owner_, std::nullopt); lost && !lost->empty()) {
             notify("", NameNews::changed);
+        }
+    }
+
+    void ask() {
+        askBus<std::string>(
+            bus_, daemonCall("GetNameOwner"), std::tuple(name_),
+            lifeline_.guarded([this](const BusReply<std::string>& reply) { answered(reply); }));
+    }
+
+    void answered(const BusReply<std::string>& reply) {
+        if (reply.result || reply.error == BusError::nameHasNoOwner) {
+            tell(reply.result.value_or(""));
+        } else if (!owner_ && bus_.state() == BusConnection::State::connected) {
+            retry_ = bus_.loop().after(retryDelay_, [this] { ask(); });
         }
     }
 
@@ -54,7 +66,9 @@ private:
     BusConnection& bus_;
     std::string name_;
     OwnerListener listener_;
+    double retryDelay_;
     std::optional<std::string> owner_; ///< unknown until the bus daemon has answered
+    RunLoop::Handle retry_;            ///< after a question that failed
     Lifeline lifeline_;
     Subscription stateSubscription_;
     Subscription match_;
@@ -62,8 +76,9 @@ private:
 
 } // namespace
 
-Subscription watchName(BusConnection& bus, const std::string& name, OwnerListener listener) {
-    return std::make_shared<NameWatch>(bus, name, std::move(listener));
+Subscription watchName(
+    BusConnection& bus, const std::string& name, OwnerListener listener, double retryDelay) {
+    return std::make_shared<NameWatch>(bus, name, std::move(listener), retryDelay);
 }
 
 std::string nameChangeRule(const std::string& name, const char* key) {

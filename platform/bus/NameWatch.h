@@ -16,12 +16,14 @@ enum class NameNews {
     changed, ///< another owner than before; none also when the connection is lost
 };
 
-/// Told the owner's unique name, or an empty text while there is none: once on each new connection, then at
-/// each change. A call by name reaches the owner told last, or a newer one.
+/// Told the owner's unique name, or an empty text while there is none: once on each new connection, when the
+/// bus daemon has answered, then at each change. A call by name reaches the owner told last, or a newer one.
 using OwnerListener = std::function<void(const std::string& owner, NameNews news)>;
 
-/// `bus` outlives the subscription. Asking for the owner does not start a service.
-[[nodiscard]] Subscription watchName(BusConnection& bus, const std::string& name, OwnerListener listener);
+/// `bus` outlives the subscription. Asking for the owner does not start a service. When the bus daemon fails
+/// to answer, it is asked again after `retryDelay` seconds.
+[[nodiscard]] Subscription watchName(
+    BusConnection& bus, const std::string& name, OwnerListener listener, double retryDelay = 30);
 
 /// A name has another owner.
 struct NameChange {

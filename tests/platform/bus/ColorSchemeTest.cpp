@@ -34,6 +34,10 @@ protected:
         portal_.emplace(portalPeer_->link(), portalPath, portalInterface);
         portal_->method(
             "Read", {}, {}, [this](const std::string& group, const std::string& key) -> BusOutcome<Wrapped> {
+                ++portalReads_;
+                if (failure_) {
+                    return BusError{.name = *failure_, .text = "not today"};
+                }
                 if (group != "org.freedesktop.appearance" || key != "color-scheme") {
                     return BusError{.name = "org.freedesktop.portal.Error.NotFound", .text = key};
                 }
@@ -56,6 +60,9 @@ protected:
             "GetProperty", {}, {},
             [this, isDark](const std::string& channel, const std::string& property) -> BusOutcome<Value> {
                 ++panelReads_;
+                if (failure_) {
+                    return BusError{.name = *failure_, .text = "not today"};
+                }
                 if (channel != "xfce4-panel" || property != "/panels/dark-mode") {
                     return BusError{.name = "org.xfce.Xfconf.Error.PropertyNotFound", .text = property};
                 }
@@ -74,6 +81,21 @@ protected:
             value...);
     }
 
+    /// It is asked again then.
+    [[nodiscard]] bool runUntilPortalHasRestarted() {
+        const int before = portalReads_;
+        portalPeer_->releaseName("org.freedesktop.portal.Desktop");
+        portalPeer_->requestName("org.freedesktop.portal.Desktop");
+        return runUntil([this, before] { return portalReads_ > before; }) && runUntilHeardBy(*portalPeer_);
+    }
+
+    [[nodiscard]] bool runUntilPanelIsAskedAgain() {
+        const int before = panelReads_;
+        panelPeer_->releaseName("org.xfce.Xfconf");
+        panelPeer_->requestName("org.xfce.Xfconf");
+        return runUntil([this, before] { return panelReads_ > before; }) && runUntilHeardBy(*panelPeer_);
+    }
+
     [[nodiscard]] bool runUntilDesktopIs(std::optional<bool> isDark) {
         return runUntil([this, isDark] { return colors_.desktopIsDark() == isDark; });
     }
@@ -87,6 +109,8 @@ protected:
     std::optional<BusObject> portal_;
     std::optional<BusObject> settings_;
     std::uint32_t preference_ = 0;
+    std::optional<std::string> failure_; ///< the error that the services answer with
+    int portalReads_ = 0;
     int panelReads_ = 0;
     ColorScheme colors_{bus_};
 };
@@ -127,6 +151,30 @@ TEST_F(ColorSchemeTest, APreferenceThatIsNoneIsUnknown) {
     emitPreference("color-scheme", std::string("dark"));
 
     EXPECT_TRUE(runUntilDesktopIs(std::nullopt));
+}
+
+TEST_F(ColorSchemeTest, APreferenceThatThePortalDoesNotHaveIsUnknown) {
+    addPortal(1);
+    ASSERT_TRUE(runUntilDesktopIs(true));
+    failure_ = "org.freedesktop.portal.Error.NotFound";
+
+    ASSERT_TRUE(runUntilPortalHasRestarted());
+
+    EXPECT_EQ(colors_.desktopIsDark(), std::nullopt);
+}
+
+TEST_F(ColorSchemeTest, AFailureOfThePortalKeepsThePreferenceUntilItAnswers) {
+    addPortal(1);
+    ASSERT_TRUE(runUntilDesktopIs(true));
+    failure_ = BusError::failed;
+    ASSERT_TRUE(runUntilPortalHasRestarted());
+    EXPECT_EQ(colors_.desktopIsDark(), true);
+
+    failure_.reset();
+    preference_ = 2;
+    ASSERT_TRUE(runUntilPortalHasRestarted());
+
+    EXPECT_EQ(colors_.desktopIsDark(), false);
 }
 
 TEST_F(ColorSchemeTest, OtherSettingsOfTheDesktopDoNotCount) {
@@ -185,6 +233,28 @@ TEST_F(ColorSchemeTest, ARemovedPanelSettingIsUnknown) {
     emitPanelSetting("PropertyRemoved");
 
     EXPECT_TRUE(runUntilPanelIs(std::nullopt));
+}
+
+TEST_F(ColorSchemeTest, AFailureOfThePanelsServiceKeepsItsSetting) {
+    addPanelSettings(true);
+    colors_.setFollowsPanel(true);
+    ASSERT_TRUE(runUntilPanelIs(true));
+    failure_ = BusError::failed;
+
+    ASSERT_TRUE(runUntilPanelIsAskedAgain());
+
+    EXPECT_EQ(colors_.panelIsDark(), true);
+}
+
+TEST_F(ColorSchemeTest, APanelWithoutTheSettingIsUnknown) {
+    addPanelSettings(true);
+    colors_.setFollowsPanel(true);
+    ASSERT_TRUE(runUntilPanelIs(true));
+    failure_ = "org.xfce.Xfconf.Error.PropertyNotFound";
+
+    ASSERT_TRUE(runUntilPanelIsAskedAgain());
+
+    EXPECT_EQ(colors_.panelIsDark(), std::nullopt);
 }
 
 TEST_F(ColorSchemeTest, AChangeOfThePanelsSettingIsIgnoredUnlessThePanelIsFollowed) {

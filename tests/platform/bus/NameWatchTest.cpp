@@ -18,16 +18,20 @@ using testing::IsEmpty;
 using testing::Pair;
 
 constexpr const char* name = "test.Service";
+constexpr double retryDelay = 0.2;
 
 class NameWatchTest : public BusTest {
 protected:
     void watch(const std::string& watched = name) {
-        watch_ = watchName(bus_, watched, [this](const std::string& owner, NameNews news) {
-            told_.emplace_back(owner, news);
-            if (endsWhenTold_) {
-                watch_.reset();
-            }
-        });
+        watch_ = watchName(
+            bus_, watched,
+            [this](const std::string& owner, NameNews news) {
+                told_.emplace_back(owner, news);
+                if (endsWhenTold_) {
+                    watch_.reset();
+                }
+            },
+            retryDelay);
     }
 
     [[nodiscard]] bool runUntilTold(std::size_t count) {
@@ -114,6 +118,34 @@ TEST_F(NameWatchTest, TheEndOfAConnectionIsTheEndOfItsUniqueName) {
 
     ASSERT_TRUE(runUntilTold(2));
     EXPECT_THAT(told_.back(), Pair("", NameNews::changed));
+}
+
+TEST_F(NameWatchTest, AFailedQuestionIsRepeatedAndDoesNotMeanThatThereIsNoOwner) {
+    stopBus();
+    daemon_.refuseCall("GetNameOwner");
+    ASSERT_TRUE(daemon_.start());
+    BusPeer& peer = addPeer();
+    peer.requestName(name);
+    watch();
+    ASSERT_TRUE(runUntilConnected());
+    runFor(retryDelay * 2);
+    EXPECT_THAT(told_, IsEmpty());
+
+    daemon_.refuseCall("");
+    daemon_.reload();
+
+    ASSERT_TRUE(runUntilTold(1));
+    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::found)));
+}
+
+TEST_F(NameWatchTest, AConnectionLostDuringTheQuestionTellsNothing) {
+    ASSERT_TRUE(runUntilConnected());
+    watch();
+
+    stopBus();
+
+    ASSERT_TRUE(runUntil([this] { return bus_.state() == BusConnection::State::unavailable; }));
+    EXPECT_THAT(told_, IsEmpty());
 }
 
 TEST_F(NameWatchTest, OnlyTheBusDaemonIsBelieved) {

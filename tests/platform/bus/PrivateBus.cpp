@@ -38,6 +38,15 @@ void PrivateBus::refuse(const std::string& name) {
     configure("<deny own='" + name + "'/>");
 }
 
+void PrivateBus::refuseCall(const std::string& method) {
+    configure(
+        method.empty() ? "" : "<deny send_interface='org.freedesktop.DBus' send_member='" + method + "'/>");
+}
+
+void PrivateBus::reload() const {
+    kill(daemon_, SIGHUP);
+}
+
 void PrivateBus::configure(const std::string& rule) const {
     std::ofstream(folder_ + "/bus.conf") << "<busconfig><type>session</type><listen>" << address()
                                          << "</listen><auth>EXTERNAL</auth><policy context='default'>"

@@ -23,6 +23,10 @@ public:
     /// From the next start on, no program may own that name.
     void refuse(const std::string& name);
 
+    /// From the next start or `reload` on, the daemon refuses this call of its own; none: it answers all.
+    void refuseCall(const std::string& method);
+    void reload() const;
+
     /// The same for each start.
     [[nodiscard]] std::string address() const { return "unix:path=" + folder_ + "/bus"; }
 
