@@ -199,7 +199,14 @@ private:
         menu_.loop_.post(lifeline_.guarded([this] { watchPanel(); }));
     }
 
+    /// Several panels may have the menu: only the one that shows it can close it.
     void closed() {
+        if (panel_.empty() || panel_ == menu_.bus_.link()->currentSender()) {
+            hide();
+        }
+    }
+
+    void hide() {
         panel_.clear();
         panelWatch_.reset();
         menu_.menu_.didHide();
@@ -210,7 +217,7 @@ private:
         if (!panel_.empty()) {
             panelWatch_ = watchName(menu_.bus_, panel_, [this](const std::string& owner, NameNews) {
                 if (owner.empty()) {
-                    closed();
+                    hide();
                 }
             });
         }

@@ -238,6 +238,21 @@ TEST_F(DBusMenuTest, AClickClosesTheMenu) {
     EXPECT_EQ(list_.hides, 1);
 }
 
+TEST_F(DBusMenuTest, OnlyThePanelThatShowsTheMenuClosesIt) {
+    BusPeer& other = addPeer();
+    event(0, "opened");
+
+    ASSERT_TRUE(runUntilAnswered(
+        other.call(target(), "Event", std::int32_t{0}, std::string("closed"), noData, std::uint32_t{0})));
+    ASSERT_TRUE(runUntilAnswered(
+        other.call(target(), "Event", std::int32_t{3}, std::string("clicked"), noData, std::uint32_t{0})));
+    ASSERT_TRUE(runUntil([this] { return !list_.chosen.empty(); }));
+    EXPECT_EQ(list_.hides, 0);
+
+    event(0, "closed");
+    EXPECT_EQ(list_.hides, 1);
+}
+
 TEST_F(DBusMenuTest, PointingAtARowChoosesNothing) {
     event(3, "hovered");
 
