@@ -3,7 +3,7 @@
 #include "app/App/MainMenu.h"
 #include "app/App/ProgramIcon.h"
 #include "platform/qt/DesktopOpener.h"
-#include "platform/x11/Foreground.h"
+#include "platform/qt/Foreground.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>

@@ -3,7 +3,7 @@
 #include "app/App/MainMenu.h"
 #include "app/App/ProgramIcon.h"
 #include "app/StatusItemController/StatusItemController.h"
-#include "platform/x11/Foreground.h"
+#include "platform/qt/Foreground.h"
 
 #include <QMessageBox>
 #include <QPushButton>

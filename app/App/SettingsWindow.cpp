@@ -3,7 +3,7 @@
 #include "app/App/MainMenu.h"
 #include "app/App/ProgramIcon.h"
 #include "app/SettingsView/SettingsView.h"
-#include "platform/x11/Foreground.h"
+#include "platform/qt/Foreground.h"
 
 #include <QCursor>
 #include <QEvent>

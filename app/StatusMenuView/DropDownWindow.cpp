@@ -4,9 +4,9 @@
 #include "app/StatusMenuView/DropDownPlacement.h"
 #include "app/StatusMenuView/MenuItemsView.h"
 #include "app/StatusMenuView/StatusMenuView.h"
+#include "platform/qt/Compositing.h"
+#include "platform/qt/Foreground.h"
 #include "platform/qt/ScreenPixels.h"
-#include "platform/x11/Compositing.h"
-#include "platform/x11/Foreground.h"
 
 #include <QApplication>
 #include <QKeyEvent>

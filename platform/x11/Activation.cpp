@@ -1,18 +1,14 @@
-#include "platform/x11/Foreground.h"
+#include "platform/x11/Activation.h"
 
 #include "platform/x11/X11Connection.h"
 
-#include <QGuiApplication>
-#include <QWidget>
-
-#include <cstdint>
 #include <xcb/xcb.h>
 
-namespace tarnwick::Foreground {
+namespace tarnwick::X11 {
 
 namespace {
 
-/// Where a request comes from, in the window managers' protocol: a program that acts for the user.
+/// The protocol's value for a request that a program makes on behalf of the user.
 constexpr std::uint32_t fromUser = 2;
 
 /// The server's present time, taken from an event that we cause. Window managers take a request without a
@@ -25,26 +21,30 @@ xcb_timestamp_t serverTime(xcb_connection_t& connection, const xcb_screen_t& scr
         XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
     xcb_change_property(
         &connection, XCB_PROP_MODE_APPEND, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 0, nullptr);
-    xcb_flush(&connection);
+    // The server handles requests in their order: with the reply to a later one, the event has come. Waiting
+    // for the event would not end if the server did not send it.
+    const ReplyPtr<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(&connection, xcb_get_input_focus(&connection), nullptr));
     // This connection asked for nothing else, so the first event is this one or an error.
-    const X11::ReplyPtr<xcb_generic_event_t> event(xcb_wait_for_event(&connection));
-    if (event && X11::eventType(event->response_type) == XCB_PROPERTY_NOTIFY) {
+    const ReplyPtr<xcb_generic_event_t> event(xcb_poll_for_event(&connection));
+    if (event && eventType(event->response_type) == XCB_PROPERTY_NOTIFY) {
         return reinterpret_cast<const xcb_property_notify_event_t*>(event.get())->time;
     }
     return XCB_CURRENT_TIME;
 }
 
-/// Does nothing where no window manager knows the request.
-void askWindowManager(xcb_window_t window) {
-    const X11::ConnectionPtr connection = X11::connect();
+} // namespace
+
+void requestActivation(std::uint32_t window) {
+    const ConnectionPtr connection = connect();
     if (!connection) {
         return;
     }
-    const xcb_atom_t request = X11::atomNamed(*connection, "_NET_ACTIVE_WINDOW");
+    const xcb_atom_t request = atomNamed(*connection, "_NET_ACTIVE_WINDOW");
     if (request == XCB_ATOM_NONE) {
         return;
     }
-    const xcb_screen_t& screen = X11::firstScreen(*connection);
+    const xcb_screen_t& screen = firstScreen(*connection);
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
@@ -59,15 +59,4 @@ void askWindowManager(xcb_window_t window) {
     xcb_flush(connection.get());
 }
 
-} // namespace
-
-void show(QWidget& window) {
-    window.show();
-    window.raise();
-    window.activateWindow();
-    if (qGuiApp->nativeInterface<QNativeInterface::QX11Application>() != nullptr) {
-        askWindowManager(static_cast<xcb_window_t>(window.winId()));
-    }
-}
-
-} // namespace tarnwick::Foreground
+} // namespace tarnwick::X11
