@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/bus/BusConnection.h"
-#include "platform/bus/BusMessage.h"
+#include "platform/bus/BusType.h"
 
 #include <cstdint>
 #include <optional>

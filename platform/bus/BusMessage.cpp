@@ -31,10 +31,6 @@ std::string BusMessage::sender() const {
     return textOrEmpty(sd_bus_message_get_sender(message_));
 }
 
-std::string BusMessage::interface() const {
-    return textOrEmpty(sd_bus_message_get_interface(message_));
-}
-
 std::string BusMessage::member() const {
     return textOrEmpty(sd_bus_message_get_member(message_));
 }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/bus/BusLink.h"
-#include "platform/bus/BusMessage.h"
+#include "platform/bus/BusType.h"
 
 #include <functional>
 #include <initializer_list>
