@@ -1,6 +1,7 @@
 #include "core/Storage/FileStore.h"
 
 #include "core/FileDescriptor.h"
+#include "core/Storage/NamedFile.h"
 
 #include <array>
 #include <cerrno>
@@ -63,13 +64,7 @@ FileDescriptor openDraft(const fs::path& draft, std::error_code& error) {
         error = lastError();
         return {};
     }
-
-    struct stat opened {};
-
-    struct stat named {};
-
-    if (::fstat(file.get(), &opened) != 0 || ::stat(draft.c_str(), &named) != 0
-        || opened.st_ino != named.st_ino) {
+    if (!isNamed(file.get(), draft)) {
         // Another writer has just renamed this draft: it is the target file now.
         error = std::make_error_code(std::errc::resource_unavailable_try_again);
         return {};

@@ -1,9 +1,10 @@
 #include "core/Storage/StatsLock.h"
 
+#include "core/Storage/NamedFile.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <utility>
 
 namespace tarnwick {
@@ -14,7 +15,7 @@ StatsLock::StatsLock(std::filesystem::path file) : path_(std::move(file)) {
 
 StatsLock::Attempt StatsLock::acquire() {
     // The lock file may have been removed: then another process can lock a new one.
-    if (file_.isOpen() && isStillTheNamedFile()) {
+    if (file_.isOpen() && isNamed(file_.get(), path_)) {
         return Attempt::held;
     }
     file_.reset();
@@ -38,15 +39,6 @@ FileDescriptor StatsLock::openFile() const {
         file = FileDescriptor(::open(path_.c_str(), O_RDONLY | O_CLOEXEC));
     }
     return file;
-}
-
-bool StatsLock::isStillTheNamedFile() const {
-    struct stat locked {};
-
-    struct stat named {};
-
-    return ::fstat(file_.get(), &locked) == 0 && ::stat(path_.c_str(), &named) == 0
-           && locked.st_dev == named.st_dev && locked.st_ino == named.st_ino;
 }
 
 } // namespace tarnwick

@@ -25,7 +25,6 @@ public:
 
 private:
     [[nodiscard]] FileDescriptor openFile() const;
-    [[nodiscard]] bool isStillTheNamedFile() const;
 
     std::filesystem::path path_;
     FileDescriptor file_;
