@@ -24,7 +24,8 @@ fs::path home() {
         return *path;
     }
     const passwd* user = ::getpwuid(::getuid());
-    return user != nullptr ? user->pw_dir : "/";
+    const char* const path = user != nullptr ? user->pw_dir : nullptr;
+    return path != nullptr && *path == '/' ? path : "/";
 }
 
 } // namespace

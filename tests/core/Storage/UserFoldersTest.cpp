@@ -7,8 +7,21 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <optional>
 #include <pwd.h>
-#include <unistd.h>
+#include <string>
+
+namespace {
+
+/// The account that the user database has for each user, if any.
+std::optional<passwd> presentUser;
+
+} // namespace
+
+// In place of that of the C library.
+extern "C" passwd* getpwuid(uid_t /*user*/) {
+    return presentUser ? &*presentUser : nullptr;
+}
 
 namespace tarnwick {
 namespace {
@@ -17,16 +30,17 @@ namespace {
 class UserFoldersTest : public testing::Test {
 protected:
     UserFoldersTest() {
-        ::setenv("HOME", "/home/somebody", 1);
+        ::setenv("HOME", "/home/user", 1);
         ::unsetenv("XDG_DATA_HOME");
         ::unsetenv("XDG_CONFIG_HOME");
         ::unsetenv("XDG_CONFIG_DIRS");
+        presentUser.reset();
     }
 };
 
 TEST_F(UserFoldersTest, AreTheUsualOnesInTheHomeFolder) {
-    EXPECT_EQ(UserFolders::data(), "/home/somebody/.local/share");
-    EXPECT_EQ(UserFolders::config(), "/home/somebody/.config");
+    EXPECT_EQ(UserFolders::data(), "/home/user/.local/share");
+    EXPECT_EQ(UserFolders::config(), "/home/user/.config");
 }
 
 TEST_F(UserFoldersTest, AreTheOnesThatTheEnvironmentNames) {
@@ -39,15 +53,25 @@ TEST_F(UserFoldersTest, AreTheOnesThatTheEnvironmentNames) {
 TEST_F(UserFoldersTest, IgnoreRelativeAndEmptyNames) {
     ::setenv("XDG_DATA_HOME", "data", 1);
     ::setenv("XDG_CONFIG_HOME", "", 1);
-    EXPECT_EQ(UserFolders::data(), "/home/somebody/.local/share");
-    EXPECT_EQ(UserFolders::config(), "/home/somebody/.config");
+    EXPECT_EQ(UserFolders::data(), "/home/user/.local/share");
+    EXPECT_EQ(UserFolders::config(), "/home/user/.config");
 }
 
 TEST_F(UserFoldersTest, WithoutAHomeInTheEnvironmentAreInTheOneOfTheAccount) {
     ::unsetenv("HOME");
-    const passwd* const account = ::getpwuid(::getuid());
-    ASSERT_NE(account, nullptr);
-    EXPECT_EQ(UserFolders::config(), std::filesystem::path(account->pw_dir) / ".config");
+    std::string home = "/home/listed";
+    presentUser.emplace().pw_dir = home.data();
+    EXPECT_EQ(UserFolders::config(), "/home/listed/.config");
+}
+
+TEST_F(UserFoldersTest, AreAbsoluteWithoutAnyHome) {
+    ::unsetenv("HOME");
+    std::string empty;
+    EXPECT_EQ(UserFolders::config(), "/.config");
+    presentUser.emplace().pw_dir = nullptr;
+    EXPECT_EQ(UserFolders::config(), "/.config");
+    presentUser->pw_dir = empty.data();
+    EXPECT_EQ(UserFolders::config(), "/.config");
 }
 
 TEST_F(UserFoldersTest, OfAllUsersAreInTheOrderThatTheEnvironmentGives) {
