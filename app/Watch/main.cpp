@@ -104,7 +104,7 @@ std::string run(const WatchOptions& options) {
         {
             .loop = loop,
             .monitor = monitor,
-            .missingPingPermission = [] { return PingPermission::missingSetting(); },
+            .missingPingPermission = [] { return PingPermission::grantingCommand(); },
         },
         makePresentation(options, loop, monitor.observedReading(), quit));
     shown = &watch;

@@ -31,7 +31,7 @@ public:
 
     /// `systemBus` is the system's and outlives it.
     LogindSleepMonitor(
-        RunLoop& loop, BusConnection& systemBus, SuspendedClock suspendedTime = SuspendedTime::now,
+        RunLoop& loop, BusConnection& systemBus, SuspendedClock suspendedTime = SuspendedTime::sinceBoot,
         double patience = usualPatience);
 
     void start(Handlers handlers) override;

@@ -45,7 +45,7 @@ std::optional<std::string> nameOf(int socket, unsigned index) {
                                                        : std::nullopt;
 }
 
-bool isUp(int socket, const std::string& name) {
+bool isUpAndNotLoopback(int socket, const std::string& name) {
     ifreq request = requestFor(name);
     return ::ioctl(socket, SIOCGIFFLAGS, &request) == 0
            && (static_cast<unsigned short>(request.ifr_flags) & (IFF_UP | IFF_LOOPBACK)) == IFF_UP;

@@ -15,7 +15,6 @@ namespace tarnwick::NetworkInterfaces {
 [[nodiscard]] std::optional<unsigned> indexOf(int socket, const std::string& name);
 [[nodiscard]] std::optional<std::string> nameOf(int socket, unsigned index);
 
-/// Whether it is up and no loopback interface.
-[[nodiscard]] bool isUp(int socket, const std::string& name);
+[[nodiscard]] bool isUpAndNotLoopback(int socket, const std::string& name);
 
 } // namespace tarnwick::NetworkInterfaces

@@ -34,12 +34,12 @@ std::vector<std::uint32_t> processGroups() {
 
 } // namespace
 
-std::optional<std::string> missingSetting() {
+std::optional<std::string> grantingCommand() {
     const std::optional<std::string> setting = readSetting();
-    return setting ? missingSetting(*setting, processGroups()) : std::nullopt;
+    return setting ? grantingCommand(*setting, processGroups()) : std::nullopt;
 }
 
-std::optional<std::string> missingSetting(
+std::optional<std::string> grantingCommand(
     std::string_view pingGroupRange, const std::vector<std::uint32_t>& groups) {
     std::istringstream text{std::string(pingGroupRange)};
     std::uint32_t lowest = 0;

@@ -32,7 +32,7 @@ bool contains(const Names& names, const std::string& name) {
 void addUsable(Names& names, const WorldRoute& route, int socket) {
     for (const WorldRoute::NextHop& hop : route.nextHops) {
         const auto name = hop.hasCarrier ? NetworkInterfaces::nameOf(socket, hop.interface) : std::nullopt;
-        if (name && NetworkInterfaces::isUp(socket, *name) && !contains(names, *name)) {
+        if (name && NetworkInterfaces::isUpAndNotLoopback(socket, *name) && !contains(names, *name)) {
             names.push_back(*name);
         }
     }
@@ -62,7 +62,7 @@ std::optional<StandBy> standBy(RouteLookup& lookup, const std::string& name) {
 void addStandingBy(Names& names, RouteLookup& lookup) {
     std::vector<StandBy> others;
     for (const std::string& name : NetworkInterfaces::names(mostInterfaces)) {
-        if (!contains(names, name) && NetworkInterfaces::isUp(lookup.descriptor(), name)) {
+        if (!contains(names, name) && NetworkInterfaces::isUpAndNotLoopback(lookup.descriptor(), name)) {
             if (auto other = standBy(lookup, name)) {
                 others.push_back(std::move(*other));
             }

@@ -19,17 +19,17 @@ double seconds(clockid_t clock) {
 
 } // namespace
 
-double now() {
+double sinceBoot() {
     // An interruption between two readings would look like a sleep.
     double best = 0;
     double shortest = std::numeric_limits<double>::infinity();
     for (int attempt = 0; attempt < mostAttempts && shortest > nearlyAtOnce; ++attempt) {
         const double before = seconds(CLOCK_MONOTONIC);
-        const double sinceBoot = seconds(CLOCK_BOOTTIME);
+        const double withSleep = seconds(CLOCK_BOOTTIME);
         const double after = seconds(CLOCK_MONOTONIC);
         if (after - before < shortest) {
             shortest = after - before;
-            best = sinceBoot - after;
+            best = withSleep - after;
         }
     }
     return best;

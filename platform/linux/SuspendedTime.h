@@ -5,6 +5,6 @@ namespace tarnwick::SuspendedTime {
 
 /// Seconds that the machine has been suspended since its start: the lead of the boot-time clock over the
 /// monotonic one, which stops during a sleep. Only differences carry meaning. Any thread.
-[[nodiscard]] double now();
+[[nodiscard]] double sinceBoot();
 
 } // namespace tarnwick::SuspendedTime

@@ -27,7 +27,7 @@ class PingPermissionTest : public testing::TestWithParam<Permission> {};
 TEST_P(PingPermissionTest, AsksForNoMoreThanThisUserNeeds) {
     const Permission& given = GetParam();
 
-    const auto command = PingPermission::missingSetting(given.range, given.groups);
+    const auto command = PingPermission::grantingCommand(given.range, given.groups);
 
     const auto expected =
         given.newRange ? std::optional("sudo sysctl -w net.ipv4.ping_group_range=\"" + *given.newRange + "\"")
@@ -55,7 +55,7 @@ TEST(PingPermission, OfThisProcessAgreesWithTheKernel) {
     const FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_ICMP));
     const bool isRefused = !socket.isOpen() && errno == EACCES;
 
-    EXPECT_EQ(PingPermission::missingSetting().has_value(), isRefused);
+    EXPECT_EQ(PingPermission::grantingCommand().has_value(), isRefused);
 }
 
 } // namespace tarnwick
