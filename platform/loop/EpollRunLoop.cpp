@@ -5,9 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cmath>
 #include <cstddef>
-#include <limits>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -16,13 +14,7 @@ namespace tarnwick {
 
 namespace {
 
-constexpr int forever = -1;
-
-/// Rounded up, so that a wait never ends too early.
-int toMilliseconds(double seconds) {
-    return static_cast<int>(
-        std::clamp(std::ceil(seconds * 1000), 0.0, double{std::numeric_limits<int>::max()}));
-}
+constexpr int forever = -1; // as a wait in milliseconds
 
 } // namespace
 
@@ -62,13 +54,9 @@ EpollRunLoop::~EpollRunLoop() {
 void EpollRunLoop::run() {
     const Awake awake(*this);
     while (!isStopped_) {
-        turn(forever);
+        turn();
     }
-}
-
-bool EpollRunLoop::runOne(double seconds) {
-    const Awake awake(*this);
-    return turn(toMilliseconds(seconds));
+    isStopped_ = false;
 }
 
 void EpollRunLoop::runReady() {
@@ -120,12 +108,12 @@ bool EpollRunLoop::detach(std::function<Task()> work) {
 }
 
 /// One event and the tasks posted until then: so neither keeps the other waiting.
-bool EpollRunLoop::turn(int milliseconds) {
+void EpollRunLoop::turn() {
     alarm_.set(timers_.wakeUp());
-    const auto event = nextEvent(mailbox_->mayWait() ? milliseconds : 0);
+    const auto event = nextEvent(mailbox_->sleepUnlessTasksWait() ? forever : 0);
     mailbox_->wake();
-    const bool hasRunEvent = runEvent(event);
-    return runPosted() || hasRunEvent;
+    runEvent(event);
+    runPosted();
 }
 
 /// One at a time: a second one could be out of date after the first one's task. epoll goes round the
@@ -139,28 +127,24 @@ std::optional<epoll_event> EpollRunLoop::nextEvent(int milliseconds) const {
     return count == 1 ? std::optional(event) : std::nullopt;
 }
 
-bool EpollRunLoop::runEvent(const std::optional<epoll_event>& event) {
+void EpollRunLoop::runEvent(const std::optional<epoll_event>& event) {
     if (!event || event->data.fd == mailbox_->descriptor()) {
-        return false;
+        return;
     }
     if (event->data.fd == alarm_.descriptor()) {
         timers_.runDue();
     } else {
         watches_.run(*event);
     }
-    return true;
 }
 
 /// Tasks that these post wait for the next turn.
-bool EpollRunLoop::runPosted() {
-    bool hasRun = false;
+void EpollRunLoop::runPosted() {
     for (std::size_t count = mailbox_->size(); count > 0 && !isStopped_; --count) {
         if (const Task task = mailbox_->take()) {
             task();
-            hasRun = true;
         }
     }
-    return hasRun;
 }
 
 void EpollRunLoop::timersChanged() {

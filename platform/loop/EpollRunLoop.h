@@ -14,9 +14,9 @@
 
 namespace tarnwick {
 
-/// Either it runs by itself (`run`), or a toolkit's event loop hosts it: that waits until `descriptor` is
-/// readable and then calls `runReady`, also in an event loop that it runs inside a task. Timers, posted tasks
-/// and the other watches go on there; no task is run inside itself.
+/// A program runs the loop (`run`), or lets a toolkit's event loop host it: that one waits until `descriptor`
+/// is readable and then calls `runReady`. The toolkit may run a nested event loop inside a task: timers,
+/// posted tasks and the other watches go on there, and no task is run inside itself.
 class EpollRunLoop final : public RunLoop {
 public:
     /// Throws std::system_error when the system gives no descriptors.
@@ -27,11 +27,8 @@ public:
     /// Runs tasks on the calling thread, which becomes the main thread, until `stop`.
     void run();
 
-    /// Ends `run` after the present task; before `run`, it ends at once.
+    /// Ends the present `run` after the present task, else the next one at once.
     void stop() { isStopped_ = true; }
-
-    /// Waits until something is ready and runs one turn; false when nothing was within `seconds`.
-    bool runOne(double seconds);
 
     /// Readable while there is something for `runReady` to run. The loop's; stays the same.
     [[nodiscard]] int descriptor() const { return epoll_.get(); }
@@ -53,10 +50,10 @@ public:
 private:
     class Awake;
 
-    bool turn(int milliseconds);
+    void turn();
     [[nodiscard]] std::optional<epoll_event> nextEvent(int milliseconds) const;
-    bool runEvent(const std::optional<epoll_event>& event);
-    bool runPosted();
+    void runEvent(const std::optional<epoll_event>& event);
+    void runPosted();
     void timersChanged();
     void addToEpoll(int descriptor) const;
 

@@ -49,7 +49,7 @@ void Mailbox::wake() {
     isAwake_ = true;
 }
 
-bool Mailbox::mayWait() {
+bool Mailbox::sleepUnlessTasksWait() {
     const std::lock_guard lock(mutex_);
     isAwake_ = !tasks_.empty();
     return !isAwake_;

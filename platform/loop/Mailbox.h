@@ -31,10 +31,10 @@ public:
 
     /// The main thread is awake from now on.
     void wake();
-    /// The main thread wants to wait. False when tasks wait: then it stays awake.
-    [[nodiscard]] bool mayWait();
     /// The main thread is no longer awake; the descriptor tells of the tasks that wait.
     void sleep();
+    /// The same when no tasks wait. Otherwise the main thread stays awake; then false.
+    [[nodiscard]] bool sleepUnlessTasksWait();
 
     /// Destroys the tasks that wait. From now on nothing is taken in.
     void close();

@@ -6,6 +6,7 @@
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/core/ChildProcess.h"
 #include "tests/core/Pinger/PingSockets.h"
+#include "tests/support/LoopTurn.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -51,7 +52,7 @@ protected:
     [[nodiscard]] bool runUntil(const std::function<bool()>& isDone) {
         const double deadline = loop.now() + 5;
         while (!isDone() && loop.now() < deadline) {
-            loop.runOne(0.1);
+            test::runOneTurn(loop, 0.1);
         }
         return isDone();
     }
@@ -98,7 +99,7 @@ TEST_P(SystemEchoSocketTest, IsNotCalledAgainOnceItsDatagramsAreRead) {
     ASSERT_TRUE(send(*socket, 1));
     ASSERT_TRUE(runUntil([this] { return !received.empty(); }));
     const int callsForTheReply = calls;
-    EXPECT_FALSE(loop.runOne(0.05));
+    EXPECT_FALSE(test::runOneTurn(loop, 0.05));
     EXPECT_EQ(calls, callsForTheReply);
 }
 
@@ -187,7 +188,7 @@ bool arrivesBeforeItIsRead(EpollRunLoop& loop, EchoSocket& socket, std::optional
         return false;
     }
     while (!readable && MonotonicClock::now() < deadline) {
-        loop.runOne(0.1);
+        test::runOneTurn(loop, 0.1);
     }
     constexpr double lateness = 0.02;
     while (readable && MonotonicClock::now() < *readable + lateness) {

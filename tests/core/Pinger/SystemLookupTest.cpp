@@ -3,6 +3,7 @@
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/core/ChildProcess.h"
 #include "tests/simulation/VirtualRunLoop.h"
+#include "tests/support/LoopTurn.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -95,7 +96,7 @@ protected:
     [[nodiscard]] bool runUntilAnswered(std::size_t count) {
         const double deadline = loop->now() + patience;
         while (answered.size() < count && loop->now() < deadline) {
-            loop->runOne(0.1);
+            test::runOneTurn(*loop, 0.1);
         }
         return answered.size() == count;
     }
@@ -109,7 +110,7 @@ protected:
 TEST_F(SystemLookupTest, IsAnsweredOnceTheResolverAnswers) {
     ask("a", "first");
     ASSERT_TRUE(resolver->isCalledFor("a"));
-    EXPECT_FALSE(loop->runOne(0));
+    EXPECT_FALSE(test::runOneTurn(*loop, 0));
     resolver->letGo("a");
     EXPECT_TRUE(runUntilAnswered(1));
 }
@@ -158,7 +159,7 @@ TEST_F(SystemLookupTest, DoesNotHoldUpTheMainThread) {
     ask("a", "first");
     ASSERT_TRUE(resolver->isCalledFor("a"));
     loop->post([&isRun] { isRun = true; });
-    EXPECT_TRUE(loop->runOne(patience));
+    EXPECT_TRUE(test::runOneTurn(*loop, patience));
     EXPECT_TRUE(isRun);
 }
 
@@ -190,7 +191,7 @@ TEST_F(SystemLookupTest, IsDroppedWhenTheNetworkHasEndedMeanwhile) {
     ASSERT_TRUE(resolver->isCalledFor("a"));
     network.reset();
     resolver->letGo("a");
-    EXPECT_TRUE(loop->runOne(patience)); // the answer arrives
+    EXPECT_TRUE(test::runOneTurn(*loop, patience)); // the answer arrives
     EXPECT_THAT(answered, IsEmpty());
 }
 
@@ -205,7 +206,7 @@ TEST(SystemLookup, DoesNotHoldUpTheEndOfTheProgram) {
             return answerFor(host);
         });
         network.resolve("a", [](const Resolution&) {});
-        static_cast<void>(loop.runOne(0));
+        static_cast<void>(test::runOneTurn(loop, 0));
         std::exit(0);
     });
     EXPECT_EQ(program.exitStatus(), 0);

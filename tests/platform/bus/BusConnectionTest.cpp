@@ -6,6 +6,7 @@
 #include "core/FileDescriptor.h"
 #include "platform/bus/BusCall.h"
 #include "platform/bus/BusLink.h"
+#include "tests/support/LoopTurn.h"
 
 #include <gmock/gmock.h>
 #include <systemd/sd-bus.h>
@@ -83,7 +84,7 @@ TEST_F(BusConnectionTest, NothingRunsWhileNothingHappens) {
     ASSERT_TRUE(runUntilConnected());
     runFor(0.2);
 
-    EXPECT_FALSE(loop_.runOne(1.5));
+    EXPECT_FALSE(test::runOneTurn(loop_, 1.5));
 }
 
 TEST_F(BusConnectionTest, ABusThatGoesAwayAndComesBackIsToldEachTime) {
@@ -141,7 +142,7 @@ TEST_F(WithoutBusTest, RetriesComeFartherApart) {
     const double end = loop_.now() + 3.5;
     int tasks = 0;
     while (loop_.now() < end) {
-        tasks += loop_.runOne(0.1) ? 1 : 0;
+        tasks += test::runOneTurn(loop_, 0.1) ? 1 : 0;
     }
 
     // After one second, and two more after that; nothing but a timer each time.
@@ -157,7 +158,7 @@ TEST_F(WithoutBusTest, WithoutAnAddressThereIsNoBus) {
 TEST_F(BusConnectionTest, ItMayEndWhileItConnects) {
     ASSERT_TRUE(runUntilConnected());
     std::optional<BusConnection> connection(std::in_place, loop_, daemon_.address());
-    ASSERT_TRUE(loop_.runOne(1));
+    ASSERT_TRUE(test::runOneTurn(loop_, 1));
     ASSERT_EQ(connection->state(), State::connecting);
 
     connection.reset();
@@ -420,7 +421,7 @@ TEST_F(BusMatchTest, ANestedLoopInAHandlerWaitsWithoutSpinning) {
         onHeard_ = nullptr;
         const double end = loop_.now() + 0.3;
         while (loop_.now() < end) {
-            nestedTasks += loop_.runOne(0.05) ? 1 : 0;
+            nestedTasks += test::runOneTurn(loop_, 0.05) ? 1 : 0;
         }
         EXPECT_THAT(heard_, ElementsAre("first"));
     };
@@ -450,7 +451,7 @@ TEST_F(BusMatchTest, ANestedLoopAtATimeoutWaitsWithoutSpinning) {
         emit(peer, "for later");
         const double end = loop_.now() + 0.3;
         while (loop_.now() < end) {
-            nestedTasks += loop_.runOne(0.05) ? 1 : 0;
+            nestedTasks += test::runOneTurn(loop_, 0.05) ? 1 : 0;
         }
         EXPECT_THAT(heard_, IsEmpty());
     });

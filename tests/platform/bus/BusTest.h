@@ -6,6 +6,7 @@
 
 #include "platform/bus/BusConnection.h"
 #include "platform/loop/EpollRunLoop.h"
+#include "tests/support/LoopTurn.h"
 
 #include <gtest/gtest.h>
 
@@ -39,7 +40,7 @@ protected:
             if (condition()) {
                 return true;
             }
-            loop_.runOne(0.005);
+            test::runOneTurn(loop_, 0.005);
         }
         return false;
     }

@@ -4,6 +4,7 @@
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/core/ChildProcess.h"
 #include "tests/support/Files.h"
+#include "tests/support/LoopTurn.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -32,7 +33,7 @@ protected:
         const int before = told_;
         const double patience = loop_.now() + 20;
         while (told_ == before && loop_.now() < patience) {
-            loop_.runOne(0.1);
+            test::runOneTurn(loop_, 0.1);
         }
         return told_ > before;
     }
@@ -47,7 +48,7 @@ protected:
         test::writeFile(witness, "here");
         const double patience = loop_.now() + 20;
         while (!isSeen && loop_.now() < patience) {
-            loop_.runOne(0.1);
+            test::runOneTurn(loop_, 0.1);
         }
         return isSeen && told_ == before;
     }
@@ -55,7 +56,7 @@ protected:
     void runFor(double seconds) {
         const double end = loop_.now() + seconds;
         while (loop_.now() < end) {
-            loop_.runOne(end - loop_.now());
+            test::runOneTurn(loop_, end - loop_.now());
         }
     }
 

@@ -6,6 +6,7 @@
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/core/Required.h"
+#include "tests/support/LoopTurn.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -67,7 +68,7 @@ protected:
     [[nodiscard]] bool runUntil(const std::function<bool()>& condition) {
         const double patience = loop_.now() + 20;
         while (!condition() && loop_.now() < patience) {
-            wakeUps_ += loop_.runOne(0.1) ? 1 : 0;
+            wakeUps_ += test::runOneTurn(loop_, 0.1) ? 1 : 0;
         }
         return condition();
     }
@@ -87,7 +88,7 @@ protected:
     void runThroughABurst() {
         const double end = loop_.now() + 3 * RoutePathMonitor::settleTime;
         while (loop_.now() < end) {
-            wakeUps_ += loop_.runOne(end - loop_.now()) ? 1 : 0;
+            wakeUps_ += test::runOneTurn(loop_, end - loop_.now()) ? 1 : 0;
         }
     }
 

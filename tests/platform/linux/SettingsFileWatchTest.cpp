@@ -4,6 +4,7 @@
 #include "platform/loop/EpollRunLoop.h"
 #include "platform/xdg/SettingsFile.h"
 #include "tests/support/Files.h"
+#include "tests/support/LoopTurn.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -26,7 +27,7 @@ protected:
         const int before = told_;
         const double patience = loop_.now() + 20;
         while (told_ == before && loop_.now() < patience) {
-            loop_.runOne(0.1);
+            test::runOneTurn(loop_, 0.1);
         }
         return told_ > before;
     }

@@ -2,6 +2,7 @@
 #include "platform/linux/SignalWatch.h"
 
 #include "platform/loop/EpollRunLoop.h"
+#include "tests/support/LoopTurn.h"
 
 #include <csignal>
 #include <gmock/gmock.h>
@@ -23,14 +24,14 @@ protected:
     [[nodiscard]] bool runUntilReported(std::size_t count) {
         const double patience = loop_.now() + 20;
         while (reported_.size() < count && loop_.now() < patience) {
-            loop_.runOne(0.1);
+            test::runOneTurn(loop_, 0.1);
         }
         return reported_.size() >= count;
     }
 
     /// Runs the loop until whatever was waiting before this call has been dealt with.
     void runUntilIdle() {
-        while (loop_.runOne(0)) {
+        while (test::runOneTurn(loop_, 0)) {
         }
     }
 

@@ -141,7 +141,7 @@ TEST_F(HostedRunLoopTest, EachPostedTaskIsToldToTheHost) {
     EXPECT_EQ(runs, 3);
 }
 
-TEST_F(HostedRunLoopTest, InATurnOfTheLoopsOwnATaskNeedsNoWakeUp) {
+TEST_F(HostedRunLoopTest, WhileTheLoopRunsItselfATaskNeedsNoWakeUp) {
     const WatchedPipe pipe;
     RunLoop::Handle timer;
     bool isWoken = true;
@@ -150,18 +150,22 @@ TEST_F(HostedRunLoopTest, InATurnOfTheLoopsOwnATaskNeedsNoWakeUp) {
         loop_.post([] {});
         timer = loop_.after(0, [] {});
         isWoken = hasSomethingToRun();
+        loop_.stop();
     });
     pipe.put("a");
 
-    ASSERT_TRUE(loop_.runOne(20));
+    loop_.run();
 
     EXPECT_FALSE(isWoken);
 }
 
-TEST_F(HostedRunLoopTest, ATaskThatATurnOfTheLoopsOwnLeavesBehindIsToldToTheHost) {
+TEST_F(HostedRunLoopTest, ATaskLeftBehindByAStoppedRunIsToldToTheHost) {
     bool hasRun = false;
-    loop_.post([&] { loop_.post([&] { hasRun = true; }); });
-    ASSERT_TRUE(loop_.runOne(0));
+    loop_.post([&] {
+        loop_.post([&] { hasRun = true; });
+        loop_.stop();
+    });
+    loop_.run();
     EXPECT_FALSE(hasRun);
 
     EXPECT_TRUE(hasSomethingToRun());
@@ -170,11 +174,14 @@ TEST_F(HostedRunLoopTest, ATaskThatATurnOfTheLoopsOwnLeavesBehindIsToldToTheHost
     EXPECT_TRUE(hasRun);
 }
 
-TEST_F(HostedRunLoopTest, ATimerThatATurnOfTheLoopsOwnLeavesBehindIsToldToTheHost) {
+TEST_F(HostedRunLoopTest, ATimerLeftBehindByAStoppedRunIsToldToTheHost) {
     bool hasRun = false;
     RunLoop::Handle timer;
-    loop_.post([&] { timer = loop_.after(0.001, [&] { hasRun = true; }); });
-    ASSERT_TRUE(loop_.runOne(0));
+    loop_.post([&] {
+        timer = loop_.after(0.001, [&] { hasRun = true; });
+        loop_.stop();
+    });
+    loop_.run();
 
     ASSERT_TRUE(waitsFor(20'000));
     runAllReady();

@@ -242,7 +242,7 @@ TEST_F(NotifierStatusItemTest, NothingRunsWhileNothingChanges) {
     (void)properties();
     runFor(0.2);
 
-    EXPECT_FALSE(loop_.runOne(1.5));
+    EXPECT_FALSE(test::runOneTurn(loop_, 1.5));
 }
 
 } // namespace tarnwick

@@ -6,6 +6,7 @@
 #include "tests/platform/linux/NetworkNamespace.h"
 #include "tests/simulation/FakePathMonitor.h"
 #include "tests/simulation/VirtualRunLoop.h"
+#include "tests/support/LoopTurn.h"
 
 #include <memory>
 
@@ -63,7 +64,7 @@ public:
     bool runUntil(const std::function<bool()>& condition) {
         const double patience = loop_.now() + 20;
         while (!condition() && loop_.now() < patience) {
-            loop_.runOne(0.1);
+            test::runOneTurn(loop_, 0.1);
         }
         return condition();
     }
@@ -71,7 +72,7 @@ public:
     void settle() {
         const double end = loop_.now() + 3 * RoutePathMonitor::settleTime;
         while (loop_.now() < end) {
-            loop_.runOne(end - loop_.now());
+            test::runOneTurn(loop_, end - loop_.now());
         }
     }
 
