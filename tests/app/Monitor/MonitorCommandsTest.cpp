@@ -21,6 +21,23 @@ TEST_F(MonitorHostTextTest, IsTrimmedAndStored) {
     EXPECT_EQ(defaults.stored(PreferenceKey::hostname), UserDefaults::Value(std::string("192.0.2.2")));
 }
 
+TEST_F(MonitorHostTextTest, ChangedBeforeTheStartIsThatOfTheStartAsAreOtherSettings) {
+    create();
+    prefs->setHostname("192.0.2.2");
+    prefs->setPingTimeout(20);
+    fallSilent();
+
+    monitor->start();
+    pass(5.5);
+    prefs->setSlowPingThresholdMs(200);
+
+    // A host taken for a new one now would empty the session.
+    EXPECT_EQ(monitor->reading().session.sent, 6);
+    // With the usual time-out of four seconds it would be down.
+    pass(18.5);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::starting);
+}
+
 struct HostText {
     std::string name;
     std::string text;

@@ -98,6 +98,17 @@ TEST_F(MonitorEvaluationTest, TheTickIsPublishedBeforeTheFrontEndIsTold) {
     EXPECT_THAT(lost, ElementsAre(0, 0, 0, 0, 0, 1, 2));
 }
 
+TEST_F(MonitorEvaluationTest, ANewHostHasNoLossBeforeItsFirstTick) {
+    start();
+    fallSilent();
+    pass(10);
+    ASSERT_TRUE(monitor->reading().isLossy());
+
+    monitor->setHostname("192.0.2.2");
+
+    EXPECT_FALSE(monitor->reading().isLossy());
+}
+
 TEST_F(MonitorEvaluationTest, AChangedSettingChangesTheReading) {
     start();
     pass(5.5);
