@@ -29,7 +29,7 @@ public:
     /// Drops what has not been written yet.
     ~BusLink();
 
-    /// Connected, and named by the bus daemon. What is sent earlier waits for that.
+    /// Connected, and named by the bus daemon. Messages sent earlier wait for that.
     [[nodiscard]] bool isReady() const;
 
     /// Empty until the link is ready.

@@ -40,7 +40,7 @@ struct BusType;
 
 /// Shares the message with the library. Main thread.
 ///
-/// What a message carries was written by another program: reading the wrong type gives nothing.
+/// Another program wrote its contents: reading a wrong type gives nothing.
 class BusMessage {
 public:
     BusMessage() = default;

@@ -1,4 +1,4 @@
-// Who owns a name on the bus.
+// Follows the owner of a name on the bus.
 #pragma once
 
 #include "platform/bus/BusConnection.h"

@@ -1,5 +1,4 @@
-// Messages of the kernel's routing (rtnetlink). libmnl knows their layout; here they are spans that end where
-// the received bytes end.
+// Reads the kernel's routing messages (rtnetlink) with libmnl, and never past the received bytes.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// The kernel's messages about links, addresses, routes and rules, read for one question: may the path to the
-// internet have changed?
+// Finds out from the kernel's messages about links, addresses, routes and rules whether the path to the
+// internet may have changed.
 #pragma once
 
 #include "platform/linux/Netlink.h"
@@ -16,8 +16,8 @@ public:
 
     [[nodiscard]] int descriptor() const { return ::mnl_socket_get_fd(socket_.get()); }
 
-    /// Takes the waiting messages, of a flood a bounded number. True when any of them may have changed the
-    /// path, and when messages were lost.
+    /// Reads the waiting messages, but not all of a flood. True when one of them may mean a changed path, or
+    /// when messages were lost.
     [[nodiscard]] bool take();
 
     /// Whether any of the received `messages` may have changed the path.

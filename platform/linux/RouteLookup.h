@@ -9,8 +9,8 @@
 
 namespace tarnwick {
 
-/// An address that stands for any on the internet. It is reserved for documentation, so only routes to
-/// everywhere lead there. Empty for families other than IPv4 and IPv6.
+/// An address to ask for, in the place of all hosts on the internet. It is reserved for documentation, so no
+/// route to a particular network leads there. Empty for families other than IPv4 and IPv6.
 [[nodiscard]] Netlink::Bytes worldAddress(int family);
 
 struct WorldRoute {
@@ -21,7 +21,7 @@ struct WorldRoute {
         friend bool operator==(const NextHop&, const NextHop&) = default;
     };
 
-    std::vector<NextHop> nextHops; ///< several share the packets of a multipath route; none: unreachable
+    std::vector<NextHop> nextHops; ///< several for a multipath route; none: unreachable
     std::uint32_t metric = 0;
     bool hasNumberedHops = false;    ///< then the kernel may not name their interfaces
     std::optional<double> expiresIn; ///< seconds until the router's advertisement ends
@@ -38,7 +38,8 @@ public:
     /// Reads the content of an answer that describes a route. `content` is aligned for `rtmsg`.
     [[nodiscard]] static WorldRoute parseRoute(Netlink::Bytes content);
 
-    /// For questions about the interfaces that it names. Only once the kernel has answered.
+    /// The descriptor of its socket, for questions about the interfaces in an answer. Call it after an
+    /// answer.
     [[nodiscard]] int descriptor() const { return ::mnl_socket_get_fd(socket_.get()); }
 
 private:

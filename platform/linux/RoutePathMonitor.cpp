@@ -24,7 +24,7 @@ void RoutePathMonitor::start(Update update) {
 
 void RoutePathMonitor::readChanges() {
     if (changes_.take()) {
-        // The rest of the burst need not wake the program: the look-up takes it too.
+        // The rest of the burst does not wake the program: the look-up reads it.
         watch_.reset();
         lookUpAfter(settleTime);
     }

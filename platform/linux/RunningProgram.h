@@ -6,8 +6,8 @@
 
 namespace tarnwick {
 
-/// The file at that path now, even if it has replaced the one that was started. Nothing when the system does
-/// not say or the file is gone. `self` is the kernel's link to it.
+/// The path that the program was started from; the file there may be a newer one. Nothing when the system
+/// does not tell the path, or when no file is there. `self` is the kernel's link to the running program.
 [[nodiscard]] std::optional<std::filesystem::path> runningProgram(
     const std::filesystem::path& self = "/proc/self/exe");
 

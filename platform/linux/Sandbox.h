@@ -9,7 +9,7 @@
 namespace tarnwick {
 
 /// Flatpak puts a file below `root`. Snap sets a variable to the folder that holds `program`, the running
-/// one; programs elsewhere that a snap has started inherit the variable and do not count.
+/// program. A program outside of that folder has only inherited the variable from a snap that started it.
 [[nodiscard]] bool isSandboxed(
     const std::filesystem::path& root = "/",
     const std::optional<std::filesystem::path>& program = runningProgram());

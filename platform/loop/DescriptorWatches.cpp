@@ -13,7 +13,7 @@ constexpr std::uint32_t interest(Kind kind) {
     return kind == Kind::reading ? EPOLLIN : EPOLLOUT;
 }
 
-/// After a hang-up or an error a call on the descriptor returns at once, whichever it is.
+/// After a hang-up or an error, neither reading nor writing blocks.
 constexpr bool isReady(Kind kind, std::uint32_t events) {
     return (events & (interest(kind) | EPOLLHUP | EPOLLERR)) != 0;
 }
@@ -32,7 +32,7 @@ struct DescriptorWatches::Watch {
     bool isPaused = false; ///< not registered until the task has returned
 };
 
-/// What is watched about one descriptor.
+/// The watches of one descriptor.
 struct DescriptorWatches::Entry {
     std::array<std::shared_ptr<Watch>, 2> watches; ///< by kind
     std::uint32_t registered = 0;                  ///< events that epoll was asked for; 0: none

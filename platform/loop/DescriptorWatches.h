@@ -27,9 +27,9 @@ public:
     /// No handle when epoll refuses the descriptor, or when it already has a watch of this kind.
     [[nodiscard]] RunLoop::Handle add(int descriptor, Kind kind, RunLoop::Task task);
 
-    /// Runs one task that `event` is for; when both watches are ready, they take turns. May be called again
-    /// from inside a task, by an event loop that runs inside it: a task that has not returned is not run
-    /// again, and its watch pauses, so that its descriptor does not keep that event loop busy.
+    /// Runs the task that `event` is for; when both watches are ready, they take turns. A task may run a
+    /// nested event loop that calls this again: a task that has not returned is not run again then, and its
+    /// watch pauses, so that its descriptor does not keep the nested loop busy.
     void run(const epoll_event& event);
 
 private:

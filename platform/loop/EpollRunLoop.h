@@ -30,7 +30,7 @@ public:
     /// Ends the present `run` after the present task, else the next one at once.
     void stop() { isStopped_ = true; }
 
-    /// Readable while there is something for `runReady` to run. The loop's; stays the same.
+    /// Readable while `runReady` has something to run. The loop owns it; its number never changes.
     [[nodiscard]] int descriptor() const { return epoll_.get(); }
 
     /// Runs one turn of what is ready now, if anything; never waits.

@@ -13,8 +13,8 @@ namespace tarnwick {
 /// Detached threads share it with the loop, and find it closed when the loop is gone. `put` may be called on
 /// any thread, everything else on the main thread only.
 ///
-/// Its descriptor is readable while tasks wait. While the main thread is awake, which means that it will look
-/// for tasks before it waits again, the mailbox saves the system calls for that.
+/// Its descriptor is readable while tasks wait. This need not hold while the main thread is awake: then that
+/// thread looks for tasks before it waits, and the mailbox saves the system calls.
 class Mailbox {
 public:
     /// Throws std::system_error when the system gives no descriptor.
@@ -33,7 +33,7 @@ public:
     void wake();
     /// The main thread is no longer awake; the descriptor tells of the tasks that wait.
     void sleep();
-    /// The same when no tasks wait. Otherwise the main thread stays awake; then false.
+    /// The same if no tasks wait; otherwise the main thread stays awake, and the result is false.
     [[nodiscard]] bool sleepUnlessTasksWait();
 
     /// Destroys the tasks that wait. From now on nothing is taken in.

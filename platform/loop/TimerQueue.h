@@ -36,8 +36,8 @@ public:
     /// When to call `runDue` next, as time since the clock's zero; nothing when no timer waits.
     [[nodiscard]] std::optional<std::chrono::nanoseconds> wakeUp() const;
 
-    /// Runs each timer that is due once, the punctual ones first. May be called again from inside a task, by
-    /// an event loop that runs inside it; the task itself is left alone until it has returned.
+    /// Runs each timer that is due once, the punctual ones first. A task may run a nested event loop that
+    /// calls this again: a task that has not returned is not run again then.
     void runDue();
 
 private:

@@ -16,8 +16,8 @@ class DBusMenu {
 public:
     static constexpr const char* path = "/MenuBar";
 
-    /// What is handed in outlives it. It uses the menu's `onChange`. `iconThemePath` is a folder with icons
-    /// for the rows; empty: none.
+    /// The references outlive it. It sets the menu's `onChange`. `iconThemePath` is a folder with icons for
+    /// the rows; empty: none.
     DBusMenu(RunLoop& loop, BusConnection& bus, PanelMenu& menu, std::string iconThemePath);
     DBusMenu(const DBusMenu&) = delete;
     DBusMenu& operator=(const DBusMenu&) = delete;

@@ -195,8 +195,8 @@ void NotifierStatusItem::busChanged() {
     if (needs_.bus.state() != BusConnection::State::connected) {
         return;
     }
-    // It is registered by the connection's unique name. Some watchers notice another name late, and then show
-    // the item without its menu, or no item.
+    // Registered by the connection's unique name: some watchers notice a well-known name late, and then show
+    // the item without its menu, or not at all.
     exported_ = std::make_unique<Exported>(*this);
     if (exported_->publish()) {
         registration_.setService(needs_.bus.uniqueName());

@@ -28,7 +28,8 @@ struct PanelHost {
     bool givesGlobalPositions = true;           ///< of clicks: desktop coordinates, as the protocol says
     bool showsToolTipTitleOnly = false;
     ToolTipMarkup toolTipMarkup = ToolTipMarkup::always; ///< of the tool tip's part that it shows
-    bool readsMenuAtOnce = false; ///< it has not taken the item before it reads the menu
+    /// Right after it has taken the item: as long as the menu is unread, the item is not taken.
+    bool readsMenuAtOnce = false;
 };
 
 /// The entry for a process name, or the one for any other panel.

@@ -16,8 +16,8 @@ public:
     static constexpr double usualPatience = 3.5; ///< seconds
     static constexpr int mostRepetitions = 5;
 
-    /// What is handed in outlives it. `wasRead` tells whether a panel has read the item since the latest
-    /// call of `forgetReaders`.
+    /// The references outlive it. `wasRead` tells whether a panel has read the item since the latest call of
+    /// `forgetReaders`.
     struct Needs {
         RunLoop& loop;
         BusConnection& bus;

@@ -18,7 +18,7 @@ struct Pixmap {
     friend bool operator==(const Pixmap&, const Pixmap&) = default;
 };
 
-/// What an image is drawn with: the face is a mask, tinted for the panel that it stands in.
+/// The color of an image. A face is a mask, and is tinted to stand out from the panel.
 enum class Ink { dark, light };
 
 class FacePainter {

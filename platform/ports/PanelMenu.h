@@ -32,7 +32,7 @@ public:
     virtual void choose(int id) = 0;
     /// A panel is about to read the rows, to show them now or later.
     virtual void willRead() = 0;
-    /// A panel shows the menu; it has been closed. Panels may report either twice, or never.
+    /// A panel shows the menu; a panel has closed it. Panels may report each of them twice, or never.
     virtual void didShow() = 0;
     virtual void didHide() = 0;
 

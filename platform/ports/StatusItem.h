@@ -34,8 +34,8 @@ struct ScreenPoint {
     friend bool operator==(const ScreenPoint&, const ScreenPoint&) = default;
 };
 
-/// Shown from its creation to its destruction, wherever and as soon as there is a panel. What is set is
-/// shown as it is, also when it equals what was set before: change filters are the caller's. Main thread.
+/// Shown from its creation to its destruction, as soon as there is a panel. A setter shows its value also
+/// when it equals the one before: callers compare if they want to. Main thread.
 class StatusItem {
 public:
     /// In which form a panel is given the face.
@@ -58,7 +58,7 @@ public:
     virtual void setAccessibilityValue(const std::string& text) = 0;
     virtual void setPanelFace(PanelFace form) = 0;
 
-    /// A click; where it was, when the panel tells.
+    /// Called at a click, with its place if the panel tells it.
     std::function<void(std::optional<ScreenPoint>)> onActivate;
 };
 

@@ -20,7 +20,7 @@ public:
     UserDefaults& operator=(const UserDefaults&) = delete;
     virtual ~UserDefaults() = default;
 
-    /// What is read for a key that is not stored. Never stored itself.
+    /// The values of keys that are not stored. They are never stored themselves.
     virtual void registerDefaults(const Table& defaults) = 0;
 
     [[nodiscard]] virtual std::optional<bool> boolean(const std::string& key) const = 0;

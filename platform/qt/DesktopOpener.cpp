@@ -21,7 +21,7 @@ void standAlone() {
 } // namespace
 
 void startBeside(const QString& program, const QStringList& arguments, DesktopOpened ended) {
-    // Without a parent: a process is killed with the object that stands for it. It deletes itself.
+    // Without a parent, whose end would kill the process. It deletes itself.
     auto* const opener = new QProcess; // NOLINT(cppcoreguidelines-owning-memory)
     opener->setStandardInputFile(QProcess::nullDevice());
     opener->setStandardOutputFile(QProcess::nullDevice());

@@ -1,4 +1,4 @@
-// Starting other programs for the user: any, or what the desktop opens a file or a page with.
+// Starts other programs for the user: a given one, or the desktop's program for a file or a page.
 #pragma once
 
 #include <QString>
@@ -8,10 +8,10 @@
 
 namespace tarnwick {
 
-/// Called once, perhaps much later, with whether it went well.
+/// Called once, perhaps much later, with whether it worked.
 using DesktopOpened = std::function<void(bool)>;
 
-/// What is started outlives this program and knows nothing of its terminal and signals. Main thread.
+/// The started program outlives this one, and shares neither its terminal nor its signals. Main thread.
 void startBeside(const QString& program, const QStringList& arguments, DesktopOpened ended = {});
 
 void openWithDesktop(const QString& fileOrPage, DesktopOpened ended = {});

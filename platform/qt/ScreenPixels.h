@@ -21,9 +21,9 @@ namespace tarnwick::ScreenPixels {
 /// Where the pointer is. Absent on Wayland, which tells it only inside the program's own windows.
 [[nodiscard]] std::optional<ScreenPoint> pointer();
 
-/// Where a click was, in pixels. A panel that scales what it draws may tell the place in units of its own.
-/// The usual scale that brings the place near the pointer is taken. Without one, as after a key press, `told`
-/// is returned.
+/// Where a click was, in pixels. A panel that scales what it draws may tell the place in units of its own. If
+/// one of the usual scales brings the place near the pointer, it is applied. If none does, as after a key
+/// press, `told` is returned.
 [[nodiscard]] ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer);
 
 } // namespace tarnwick::ScreenPixels

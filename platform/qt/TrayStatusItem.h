@@ -7,9 +7,9 @@
 
 namespace tarnwick {
 
-/// For X11 displays on which no StatusNotifier watcher runs. The toolkit waits for a tray, returns to one
-/// that was restarted, and draws only while one shows the item. It looks for a watcher only once, when this
-/// is made; if it finds one, it uses D-Bus from then on. Needs a QApplication.
+/// The toolkit waits for a tray, shows the item again after a tray has restarted, and draws only while a tray
+/// shows the item. Make it only while no StatusNotifier watcher runs: the toolkit looks for one at that
+/// moment, and would use it instead of the tray from then on. Needs a QApplication.
 class TrayStatusItem : public StatusItem {
 public:
     /// The painter outlives the item.
@@ -24,7 +24,7 @@ public:
     /// Nothing to do: the tray has square places only.
     void setPanelFace(PanelFace /*form*/) override {}
 
-    /// Few trays tell their color, so the caller chooses the ink.
+    /// Most trays do not publish their color, so the caller chooses the ink.
     void setInk(Ink ink);
 
 private:

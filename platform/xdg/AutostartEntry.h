@@ -11,11 +11,11 @@ namespace tarnwick {
 
 /// Reads the files at each call. The user's own entry hides those of the system, which are never written.
 ///
-/// Switched off by the desktop: requires approval. Not registered: an entry that can't start here (its
-/// program is gone, it is for other desktops, it can't be read), and a user's own that starts another copy of
-/// the program. Enrolling mends all these. Withdrawing removes the entry; it hides the entry instead if it
-/// has lines of others, or if a system's entry would take its place. Never registered inside a sandbox. Main
-/// thread.
+/// An entry that the desktop has switched off requires approval. An entry counts as not registered if it
+/// can't start the program here (the program is gone, the entry is for other desktops, or can't be read), or
+/// if it is the user's own and starts another copy of the program. Enrolling repairs each of these.
+/// Withdrawing removes the user's entry, or hides it if other programs have added lines, or if a system's
+/// entry would take its place. Inside a sandbox nothing is registered. Main thread.
 class AutostartEntry final : public LoginItem {
 public:
     struct Session {

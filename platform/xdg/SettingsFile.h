@@ -25,8 +25,8 @@ public:
     /// "Tarnwick/settings.json" in $XDG_CONFIG_HOME, else in ~/.config.
     [[nodiscard]] static std::filesystem::path defaultPath();
 
-    /// Takes over what others have changed in the file; returns whether there is anything new. A text that is
-    /// no JSON object, such as one half written, changes nothing.
+    /// Takes over changes that other programs have made in the file; returns whether there are any. A text
+    /// that is no JSON object, such as a half-written one, changes nothing.
     bool reload();
 
     /// Holds for this run, above the stored value, and is never written. Storing or removing the key ends it.
@@ -50,7 +50,7 @@ private:
 
     RunLoop& loop_;
     std::filesystem::path path_;
-    /// Of the file, when all of it has been taken over: to tell own changes from those of others.
+    /// The file's text, if all of it has been taken over; it tells changes of other programs from our own.
     std::optional<std::string> knownText_;
     Table registered_;
     Table volatile_;

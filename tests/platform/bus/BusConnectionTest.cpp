@@ -211,7 +211,7 @@ TEST_F(BusConnectionTest, AMessageLargerThanTheSocketTakesGetsThrough) {
     EXPECT_TRUE(runUntil([&] { return answer == longText; }));
 }
 
-TEST_F(BusConnectionTest, ACallOfNobodyFails) {
+TEST_F(BusConnectionTest, ACallOfAMissingServiceFails) {
     ASSERT_TRUE(runUntilConnected());
 
     std::optional<bool> hasResult;

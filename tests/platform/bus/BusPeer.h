@@ -78,7 +78,7 @@ public:
         std::string interface;
     };
 
-    /// To everybody, or to one connection.
+    /// To all programs on the bus, or to one.
     template<typename... Arguments>
     void emit(const Source& source, const std::string& signal, const Arguments&... arguments) {
         emitTo("", source, signal, arguments...);

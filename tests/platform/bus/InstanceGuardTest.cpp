@@ -149,7 +149,7 @@ TEST_F(InstanceGuardTest, AfterTheEndOfTheFirstTheNextIsTheFirst) {
     EXPECT_THAT(next.results, ElementsAre(Result::first));
 }
 
-TEST_F(InstanceGuardTest, WithoutABusNobodyCanTell) {
+TEST_F(InstanceGuardTest, WithoutABusTheResultSaysSo) {
     const Start start(loop_, "");
 
     ASSERT_TRUE(runUntilDecided(start));

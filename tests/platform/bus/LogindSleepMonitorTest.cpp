@@ -262,7 +262,7 @@ TEST_F(LogindSleepMonitorTest, APermissionThatComesDuringTheSleepDoesNotHoldItUp
     EXPECT_EQ(logind_->inhibitors(), 0);
 }
 
-TEST_F(LogindSleepMonitorTest, AnnouncementsOfSomebodyElseDoNotCount) {
+TEST_F(LogindSleepMonitorTest, AnnouncementsOfOtherProgramsDoNotCount) {
     ASSERT_TRUE(startWithLogind());
     BusPeer& other = addPeer();
 
@@ -287,7 +287,7 @@ TEST_F(LogindSleepMonitorTest, ProgramsThatAreStartedFromHereDoNotHoldUpTheSleep
     EXPECT_EQ(after.inherited, before.inherited);
 }
 
-TEST_F(LogindSleepMonitorTest, NobodyIsToldOrHeldUpBeforeTheStart) {
+TEST_F(LogindSleepMonitorTest, BeforeTheStartNoSleepIsToldOrDelayed) {
     addLogind();
     ASSERT_TRUE(runUntilConnected());
 

@@ -1,4 +1,4 @@
-// Who may ping, read from the kernel's setting, and the command that changes it.
+// Whether a process may ping by the kernel's setting, and the command that changes the setting.
 #include "platform/linux/PingPermission.h"
 
 #include "core/FileDescriptor.h"
@@ -40,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Permission{"ClosedIsOpenedForTheOwnGroup", "1\t0\n", {1000}, "1000 1000"},
         Permission{"ClosedIsOpenedForRootsGroup", "1\t0\n", {0}, "0 0"},
-        Permission{"OpenToEverybodyMissesNothing", "0\t2147483647\n", {1000}, std::nullopt},
+        Permission{"OpenToAllGroupsMissesNothing", "0\t2147483647\n", {1000}, std::nullopt},
         Permission{"TheLowestGroupIsInside", "1000\t2000\n", {1000}, std::nullopt},
         Permission{"TheHighestGroupIsInside", "1000\t2000\n", {2000}, std::nullopt},
         Permission{"AnotherGroupOfTheProcessIsEnough", "27\t27\n", {1000, 24, 27}, std::nullopt},

@@ -26,15 +26,15 @@ bool advertiseRouter(const std::string& fromInterface, std::uint16_t lifetime) {
     nd_router_advert advertisement{};
     advertisement.nd_ra_type = ND_ROUTER_ADVERT;
     advertisement.nd_ra_router_lifetime = htons(lifetime);
-    sockaddr_in6 everybody{};
-    everybody.sin6_family = AF_INET6;
-    everybody.sin6_scope_id = index;
-    return ::inet_pton(AF_INET6, "ff02::1", &everybody.sin6_addr) == 1
+    sockaddr_in6 allNodes{};
+    allNodes.sin6_family = AF_INET6;
+    allNodes.sin6_scope_id = index;
+    return ::inet_pton(AF_INET6, "ff02::1", &allNodes.sin6_addr) == 1
            && ::setsockopt(socket.get(), IPPROTO_IPV6, IPV6_MULTICAST_HOPS, &hops, sizeof hops) == 0
            && ::setsockopt(socket.get(), IPPROTO_IPV6, IPV6_MULTICAST_IF, &index, sizeof index) == 0
            && ::sendto(
                   socket.get(), &advertisement, sizeof advertisement, 0,
-                  reinterpret_cast<const sockaddr*>(&everybody), sizeof everybody)
+                  reinterpret_cast<const sockaddr*>(&allNodes), sizeof allNodes)
                   == static_cast<ssize_t>(sizeof advertisement);
 }
 

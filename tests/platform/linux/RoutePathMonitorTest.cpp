@@ -150,7 +150,7 @@ TEST_F(RoutePathMonitorTest, ABurstCostsOneLookUpTwoWakeUpsAndOneUpdate) {
     EXPECT_THAT(updates_, testing::ElementsAre(NetworkPath{false, {}}, NetworkPath{true, {"wan0"}}));
 }
 
-TEST_F(RoutePathMonitorTest, WhatABurstBringsWhileItSettlesWakesNobody) {
+TEST_F(RoutePathMonitorTest, TheRestOfABurstWakesNothing) {
     addLink("wan0");
     startAndSettle();
     runThroughABurst();
@@ -301,7 +301,7 @@ TEST_F(RoutePathMonitorTest, AChangeIsToldWithinATenthOfASecond) {
     EXPECT_LE(delays[delays.size() / 2], 0.1) << testing::PrintToString(delays);
 }
 
-TEST_F(RoutePathMonitorTest, AChangeThatNobodyHasReadIsNotToldAfterTheEnd) {
+TEST_F(RoutePathMonitorTest, AnUnreadChangeIsNotToldAfterTheEnd) {
     addLinkWithDefault("wan0", 1, 100);
     startAndSettle();
     change("route del default");

@@ -305,7 +305,7 @@ TEST_F(TimerQueueTest, AnEventLoopInsideATaskRunsWhatElseIsDue) {
     EXPECT_THAT(names(), ElementsAre("opens", "other", "closes"));
 }
 
-TEST_F(TimerQueueTest, ATaskIsNotRunInsideItselfNorWaitedForMeanwhile) {
+TEST_F(TimerQueueTest, ARunningTaskIsNotRunAgainAndHasNoDeadline) {
     int depth = 0;
     int runs = 0;
     std::optional<nanoseconds> wakeUpInside = 0_s;

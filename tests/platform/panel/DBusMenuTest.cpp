@@ -343,7 +343,7 @@ TEST_F(DBusMenuTest, AMenuThatIsOnlyAboutToBeShownIsNotOpen) {
     EXPECT_EQ(list_.shows, 0);
 }
 
-TEST_F(DBusMenuTest, WhatHasChangedMeanwhileIsToldWhenTheMenuOpens) {
+TEST_F(DBusMenuTest, ChangedRowsAreToldWhenTheMenuOpens) {
     (void)layout();
     list_.list[0].label = "Good · 80 ms";
 

@@ -53,7 +53,7 @@ TEST_F(NotifierRegistrationTest, ItRegistersAgainWhenTheBusComesBack) {
     EXPECT_TRUE(runUntilRegistered(panel));
 }
 
-TEST_F(NotifierRegistrationTest, AnItemThatNobodyReadsIsRegisteredAgainABoundedNumberOfTimes) {
+TEST_F(NotifierRegistrationTest, AnUnreadItemIsRegisteredAgainABoundedNumberOfTimes) {
     const Panel& panel = addPanel();
     makeItem("", patience);
 

@@ -158,7 +158,7 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"Form", "lxqt-panel", [](auto& item) { item.setPanelFace(Form::wide); }, {"NewIcon"}}),
     test::caseName);
 
-TEST_F(NotifierStatusItemTest, WhereNobodyTellsHowDarkThePanelIsTheFallbackHolds) {
+TEST_F(NotifierStatusItemTest, WhereThePanelsColorIsUnknownTheFallbackHolds) {
     showIn("some-panel");
 
     EXPECT_THAT(signalsAfter([this] { item_->setFallbackInk(Ink::light); }), ElementsAre("NewIcon"));

@@ -85,7 +85,7 @@ TEST(PanelHostsTest, TheDesktopsPreferenceComesBeforeTheFallback) {
     EXPECT_EQ(inkFor({}, {.desktopIsDark = false, .fallback = Ink::light}), Ink::dark);
 }
 
-TEST(PanelHostsTest, WhereNobodyTellsTheFallbackHolds) {
+TEST(PanelHostsTest, WhereNothingIsKnownTheFallbackHolds) {
     EXPECT_EQ(inkFor({}, {.fallback = Ink::light}), Ink::light);
     EXPECT_EQ(inkFor({.hasOwnDarkMode = true}, {.fallback = Ink::dark}), Ink::dark);
 }

@@ -35,7 +35,7 @@ public:
 
 private:
     simulation::VirtualRunLoop loop_;
-    /// By itself on the heap, so that a sanitizer sees who uses it after its end.
+    /// Alone on the heap, so that a sanitizer reports uses after its end.
     std::unique_ptr<simulation::FakePathMonitor> monitor_ =
         std::make_unique<simulation::FakePathMonitor>(loop_);
 };

@@ -53,7 +53,7 @@ constexpr auto square = StatusItem::PanelFace::square;
 
 } // namespace
 
-TEST_F(FaceIconTest, NothingIsPaintedBeforeSomebodyWantsIt) {
+TEST_F(FaceIconTest, NothingIsPaintedBeforeItIsAskedFor) {
     const QIcon icon = faceIcon(face_, painter_, Ink::dark);
 
     EXPECT_FALSE(icon.isNull());

@@ -44,11 +44,11 @@ TEST_F(SessionEndTest, TheManagerIsToldNotToStartTheProgramAgain) {
     EXPECT_EQ(manager_->restartHint(), QSessionManager::RestartNever);
 }
 
-TEST_F(SessionEndTest, NobodyIsCalledWithoutARequest) {
+TEST_F(SessionEndTest, WithoutARequestNothingIsCalled) {
     EXPECT_EQ(calls_, 0);
 }
 
-TEST_F(SessionEndTest, NobodyIsCalledOnceItHasGone) {
+TEST_F(SessionEndTest, OnceItHasGoneNothingIsCalled) {
     sessionEnd_.reset();
 
     Q_EMIT qGuiApp->commitDataRequest(*manager_);
