@@ -14,6 +14,7 @@
 namespace {
 
 /// The account that the user database has for each user, if any.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): a C function reads it
 std::optional<passwd> presentUser;
 
 } // namespace

@@ -63,6 +63,7 @@ private:
     static Task checked(const std::shared_ptr<Task>& check, Task task) {
         // Copied: the task may destroy its handle, and itself with it.
         return [check, task = std::move(task)] {
+            // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): as said above
             const auto present = check;
             task();
             if (*present) {
