@@ -14,7 +14,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace tarnwick {
 
@@ -22,6 +25,58 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::Variable;
+
+/// Notes the steps of the launch by what each asks of the loop.
+class LaunchLoop final : public RunLoop {
+public:
+    std::vector<std::string> steps;
+    simulation::VirtualRunLoop inner;
+
+    [[nodiscard]] double now() const override { return inner.now(); }
+
+    [[nodiscard]] WallTime wallNow() const override { return inner.wallNow(); }
+
+    void post(Task task) override { inner.post(std::move(task)); }
+
+    [[nodiscard]] Handle after(double delay, Task task) override {
+        if (delay == PanelStatusItem::patience) {
+            note("the status item looks for a panel");
+        }
+        return inner.after(delay, std::move(task));
+    }
+
+    [[nodiscard]] Handle every(double firstFire, double interval, Task task) override {
+        return inner.every(firstFire, interval, std::move(task));
+    }
+
+    [[nodiscard]] Handle everyRoughly(
+        double firstFire, double interval, double tolerance, Task task) override {
+        note("the monitor begins to tick");
+        return inner.everyRoughly(firstFire, interval, tolerance, std::move(task));
+    }
+
+    [[nodiscard]] Handle watchReadable(int descriptor, Task task) override {
+        const fs::path link = "/proc/self/fd/" + std::to_string(descriptor);
+        if (fs::read_symlink(link) == "anon_inode:[signalfd]") {
+            note("signals are watched");
+        }
+        return inner.watchReadable(descriptor, std::move(task));
+    }
+
+    [[nodiscard]] Handle watchWritable(int descriptor, Task task) override {
+        return inner.watchWritable(descriptor, std::move(task));
+    }
+
+    [[nodiscard]] bool detach(std::function<Task()> work) override { return inner.detach(std::move(work)); }
+
+private:
+    /// A step that asks twice is noted once.
+    void note(const std::string& step) {
+        if (steps.empty() || steps.back() != step) {
+            steps.push_back(step);
+        }
+    }
+};
 
 /// On a desktop that has switched the program's login item off. It has no message bus.
 class AppDelegateTest : public testing::Test {
@@ -51,7 +106,7 @@ protected:
         delegate_.openDropDown("");
         QApplication::processEvents();
         click("Settings…");
-        loop_.runPending();
+        loop_.inner.runPending();
         QApplication::processEvents();
     }
 
@@ -63,7 +118,7 @@ protected:
     Variable desktop_{"XDG_CURRENT_DESKTOP", "XFCE"};
     Variable path_{"PATH", (folder_.path().string() + ":/bin").c_str()};
     Variable systemBus_{"DBUS_SYSTEM_BUS_ADDRESS", noBus_.c_str()};
-    simulation::VirtualRunLoop loop_;
+    LaunchLoop loop_;
     BusConnection bus_{loop_, noBus_};
     AppDelegate delegate_{
         loop_,
@@ -72,6 +127,13 @@ protected:
 };
 
 } // namespace
+
+TEST_F(AppDelegateTest, TheItemComesBeforeTheMonitorAndSignalsLast) {
+    EXPECT_EQ(
+        loop_.steps,
+        (std::vector<std::string>{
+            "the status item looks for a panel", "the monitor begins to tick", "signals are watched"}));
+}
 
 TEST_F(AppDelegateTest, TheEndOfTheSessionStoresTheStatistics) {
     auto* const manager = qGuiApp->findChild<QSessionManager*>();
