@@ -37,8 +37,6 @@ struct MonitorEnvironment {
 class Monitor {
 public:
     using Status = ConnectionWatchdog::Status;
-    using Sample = tarnwick::Sample;
-    using Samples = tarnwick::Samples;
 
     /// `prefs` outlives the monitor.
     Monitor(Preferences& prefs, const MonitorEnvironment& environment);

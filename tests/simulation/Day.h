@@ -124,9 +124,9 @@ protected:
 
     // What was counted, and what it is to be compared with.
 
-    [[nodiscard]] const StatCounter& session() const { return monitor->measured().ledger.session(); }
+    [[nodiscard]] const StatCounter& session() const { return monitor->reading().session; }
 
-    [[nodiscard]] const StatCounter& allTime() const { return monitor->measured().ledger.site(); }
+    [[nodiscard]] const StatCounter& allTime() const { return monitor->reading().site; }
 
     [[nodiscard]] StatsByHost onDisk() const { return store().load(); }
 

@@ -120,8 +120,8 @@ TEST_F(OutageSimulationTest, AnOutageCostsFewCountedPings) {
     answerAfter(usualDelay);
     pass(100);
 
-    EXPECT_LE(monitor->measured().ledger.session().lost, 9);
-    EXPECT_GE(monitor->measured().ledger.session().replied, 195);
+    EXPECT_LE(monitor->reading().session.lost, 9);
+    EXPECT_GE(monitor->reading().session.replied, 195);
 }
 
 // A name with several addresses.
@@ -246,8 +246,8 @@ TEST_F(OutageSimulationTest, NightsAsleepLeaveNoTraceInTheFigures) {
     }
     pass(10);
 
-    EXPECT_EQ(monitor->measured().ledger.session().lost, 0);
-    EXPECT_EQ(monitor->measured().ledger.session().replied, monitor->measured().ledger.session().sent);
+    EXPECT_EQ(monitor->reading().session.lost, 0);
+    EXPECT_EQ(monitor->reading().session.replied, monitor->reading().session.sent);
     EXPECT_THAT(notifications.posted(), IsEmpty());
     EXPECT_EQ(restarts(), 31);
 }
@@ -262,8 +262,8 @@ TEST_F(OutageSimulationTest, TheMorningAfterTheChartStartsAnew) {
     pass(10);
 
     EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
-    EXPECT_GE(monitor->measured().samples.size(), 7U);
-    EXPECT_LE(monitor->measured().samples.size(), 9U);
+    EXPECT_GE(monitor->reading().samples, 7U);
+    EXPECT_LE(monitor->reading().samples, 9U);
 }
 
 } // namespace

@@ -70,8 +70,8 @@ public:
     explicit Inspector(MonitorWorld& world) : world_(world), monitor_(*world.monitor) {}
 
     void inspect() {
-        checkFigures(monitor_.measured().ledger.session());
-        checkFigures(monitor_.measured().ledger.site());
+        checkFigures(monitor_.reading().session);
+        checkFigures(monitor_.reading().site);
         checkWindow();
         checkChart();
         checkTexts();
@@ -116,14 +116,13 @@ private:
     }
 
     void checkChart() const {
-        const Monitor::Samples& samples = monitor_.measured().samples;
+        const Samples& samples = monitor_.measured().samples;
         if (samples.empty()) {
             return;
         }
         RC_ASSERT(samples.back().date - samples.front().date <= std::chrono::seconds(300));
         RC_ASSERT(
-            std::ranges::adjacent_find(samples, std::ranges::greater_equal(), &Monitor::Sample::id)
-            == samples.end());
+            std::ranges::adjacent_find(samples, std::ranges::greater_equal(), &Sample::id) == samples.end());
     }
 
     void checkTexts() const {
@@ -198,7 +197,7 @@ public:
 
     /// What is counted is on disk at the end.
     void end() {
-        const StatCounter site = world_.monitor->measured().ledger.site();
+        const StatCounter site = world_.monitor->reading().site;
         world_.end();
         RC_ASSERT(world_.store().load().at(world_.prefs->hostname()) == site);
     }

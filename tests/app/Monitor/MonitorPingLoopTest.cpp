@@ -12,7 +12,7 @@ namespace {
 
 class MonitorPingLoopTest : public testing::Test, protected MonitorWorld {
 protected:
-    [[nodiscard]] const Monitor::Sample& sample(std::size_t index) const {
+    [[nodiscard]] const Sample& sample(std::size_t index) const {
         return monitor->measured().samples.at(index);
     }
 };
@@ -61,11 +61,9 @@ TEST_F(MonitorPingLoopTest, EachPingBecomesASampleOfItsTime) {
 
     pass(1);
 
-    ASSERT_EQ(monitor->measured().samples.size(), 2U);
-    EXPECT_EQ(sample(0), (Monitor::Sample{.id = network.sent()[0].id, .date = wallAtStart}));
-    EXPECT_EQ(
-        sample(1),
-        (Monitor::Sample{.id = network.sent()[1].id, .date = wallAtStart + std::chrono::seconds(1)}));
+    ASSERT_EQ(monitor->reading().samples, 2U);
+    EXPECT_EQ(sample(0), (Sample{.id = network.sent()[0].id, .date = wallAtStart}));
+    EXPECT_EQ(sample(1), (Sample{.id = network.sent()[1].id, .date = wallAtStart + std::chrono::seconds(1)}));
 }
 
 TEST_F(MonitorPingLoopTest, DropsOldSamplesWhereverTheyLieAfterTheWallClockWasSetBack) {
@@ -80,10 +78,10 @@ TEST_F(MonitorPingLoopTest, DropsOldSamplesWhereverTheyLieAfterTheWallClockWasSe
     pass(1);
 
     // Eleven from before and one from after lie around ten that are an hour old.
-    EXPECT_EQ(monitor->measured().samples.size(), 12U);
+    EXPECT_EQ(monitor->reading().samples, 12U);
     EXPECT_THAT(
         monitor->measured().samples,
-        testing::Each(testing::Field(&Monitor::Sample::date, testing::Gt(latestOfTheHourBack))));
+        testing::Each(testing::Field(&Sample::date, testing::Gt(latestOfTheHourBack))));
 }
 
 TEST_F(MonitorPingLoopTest, KeepsTheSamplesOfFiveMinutes) {
@@ -91,7 +89,7 @@ TEST_F(MonitorPingLoopTest, KeepsTheSamplesOfFiveMinutes) {
 
     pass(400);
 
-    EXPECT_EQ(monitor->measured().samples.size(), 301U);
+    EXPECT_EQ(monitor->reading().samples, 301U);
     EXPECT_EQ(loop.wallNow() - sample(0).date, std::chrono::seconds(300));
 }
 

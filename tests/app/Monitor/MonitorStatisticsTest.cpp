@@ -49,7 +49,7 @@ TEST_F(MonitorStatisticsTest, AnUnreadableFileDoesNotKeepItFromCounting) {
     start();
     pass(4.5);
 
-    EXPECT_EQ(monitor->measured().ledger.site().sent, 5);
+    EXPECT_EQ(monitor->reading().site.sent, 5);
 }
 
 TEST_F(MonitorStatisticsTest, WhereNothingCanBeWrittenTheMonitorSaysSoAndRecovers) {

@@ -98,10 +98,10 @@ TEST_F(IntervalFieldTest, ANewIntervalReschedulesThePings) {
     watchFor(10.5);
     present();
     submit(interval(), "5");
-    const std::int64_t before = monitor.measured().ledger.session().sent;
+    const std::int64_t before = monitor.reading().session.sent;
     loop.advance(20);
 
-    EXPECT_EQ(monitor.measured().ledger.session().sent - before, 4);
+    EXPECT_EQ(monitor.reading().session.sent - before, 4);
 }
 
 TEST_F(IntervalFieldTest, ItsUnitStandsBesideIt) {

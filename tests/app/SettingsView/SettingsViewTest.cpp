@@ -287,7 +287,7 @@ TEST_F(SettingsViewTest, AClickOnRestoreCommitsNoDraftBeforehand) {
     resolve("one.example", "192.0.2.1");
     watchFor(10.5);
     present();
-    const std::int64_t before = monitor.measured().ledger.session().sent;
+    const std::int64_t before = monitor.reading().session.sent;
     ASSERT_GT(before, 0);
     typeInto(host(), "one.example");
     QTest::mouseClick(&restore(), Qt::LeftButton);
@@ -295,7 +295,7 @@ TEST_F(SettingsViewTest, AClickOnRestoreCommitsNoDraftBeforehand) {
 
     EXPECT_EQ(prefs.hostname(), "1.1.1.1");
     EXPECT_EQ(host().text(), "1.1.1.1");
-    EXPECT_GE(monitor.measured().ledger.session().sent, before);
+    EXPECT_GE(monitor.reading().session.sent, before);
 }
 
 TEST_F(SettingsViewTest, RestoringDefaultsReplacesATypedInterval) {

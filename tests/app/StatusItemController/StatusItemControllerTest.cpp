@@ -495,8 +495,8 @@ TEST_F(StatusItemControllerTest, ResetSessionClearsTheSessionAlone) {
 
     menu->choose(Id::resetSession);
 
-    EXPECT_TRUE(monitor.measured().ledger.session().isEmpty());
-    EXPECT_EQ(monitor.measured().ledger.site().sent, 6);
+    EXPECT_TRUE(monitor.reading().session.isEmpty());
+    EXPECT_EQ(monitor.reading().site.sent, 6);
     EXPECT_TRUE(windows.questions.empty());
 }
 
@@ -510,7 +510,7 @@ TEST_F(StatusItemControllerTest, ResetAllTimeAsksForTheHostFirst) {
     EXPECT_EQ(windows.questions[0].text, "Are you sure you want to reset the all time stats for 1.1.1.1?");
     EXPECT_EQ(windows.questions[0].confirm, "Reset");
     EXPECT_EQ(windows.questions[0].cancel, "Cancel");
-    EXPECT_EQ(monitor.measured().ledger.site().sent, 6);
+    EXPECT_EQ(monitor.reading().site.sent, 6);
 }
 
 TEST_F(StatusItemControllerTest, AConfirmedResetClearsAndStoresTheAllTimeFigures) {
@@ -520,8 +520,8 @@ TEST_F(StatusItemControllerTest, AConfirmedResetClearsAndStoresTheAllTimeFigures
 
     windows.answer(true);
 
-    EXPECT_TRUE(monitor.measured().ledger.site().isEmpty());
-    EXPECT_EQ(monitor.measured().ledger.session().sent, 6);
+    EXPECT_TRUE(monitor.reading().site.isEmpty());
+    EXPECT_EQ(monitor.reading().session.sent, 6);
     const auto stored = StatsStore(statistics).load();
     EXPECT_TRUE(!stored.contains("1.1.1.1") || stored.at("1.1.1.1").isEmpty());
 }
@@ -532,7 +532,7 @@ TEST_F(StatusItemControllerTest, CancelLeavesTheStatisticsUntouched) {
 
     windows.answer(false);
 
-    EXPECT_EQ(monitor.measured().ledger.site().sent, 6);
+    EXPECT_EQ(monitor.reading().site.sent, 6);
 }
 
 TEST_F(StatusItemControllerTest, AnAnswerThatComesAfterAHostChangeResetsNothing) {
@@ -543,7 +543,7 @@ TEST_F(StatusItemControllerTest, AnAnswerThatComesAfterAHostChangeResetsNothing)
 
     windows.answer(true);
 
-    EXPECT_GT(monitor.measured().ledger.site().sent, 0);
+    EXPECT_GT(monitor.reading().site.sent, 0);
 }
 
 TEST_F(StatusItemControllerTest, AnAnswerThatComesAfterItsEndIsIgnored) {
@@ -553,7 +553,7 @@ TEST_F(StatusItemControllerTest, AnAnswerThatComesAfterItsEndIsIgnored) {
 
     windows.answer(true);
 
-    EXPECT_EQ(monitor.measured().ledger.site().sent, 6);
+    EXPECT_EQ(monitor.reading().site.sent, 6);
 }
 
 TEST_F(StatusItemControllerTest, AClickAfterItsEndIsIgnored) {

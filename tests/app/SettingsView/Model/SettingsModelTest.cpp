@@ -70,10 +70,10 @@ TEST_F(SettingsModelTest, WithoutAHostThePresentOneStays) {
 TEST_F(SettingsModelTest, ANewIntervalHoldsForTheNextPing) {
     watchFor(10.5);
     model.setPingInterval(5);
-    const std::uint64_t before = monitor.measured().ledger.session().sent;
+    const std::uint64_t before = monitor.reading().session.sent;
     loop.advance(20);
 
-    EXPECT_EQ(monitor.measured().ledger.session().sent - before, 4);
+    EXPECT_EQ(monitor.reading().session.sent - before, 4);
 }
 
 TEST_F(SettingsModelTest, AnUnchangedIntervalIsNotEvenStored) {
