@@ -66,6 +66,10 @@ void Observers::changed() {
     }
 }
 
+bool Observers::hasReaders() const {
+    return std::ranges::any_of(waiting_, [](const auto& weak) { return !weak.expired(); });
+}
+
 RenderLoop::RenderLoop(RunLoop& loop, std::function<void()> render)
     : loop_(loop), render_(std::move(render)) {
     run();

@@ -43,6 +43,9 @@ public:
 
     [[nodiscard]] std::size_t count() const { return waiting_.size(); }
 
+    /// Whether any registered function still waits.
+    [[nodiscard]] bool hasReaders() const;
+
 private:
     std::vector<std::weak_ptr<Tracking>> waiting_;
 };
@@ -84,6 +87,49 @@ public:
 private:
     T value_{};
     mutable Observers observers_; // registering a reader does not change the value
+};
+
+/// A value made of observed ones. Its readers are told only when it differs, however often its sources
+/// change. It follows its sources only while it has readers.
+template<class T>
+class Derived {
+public:
+    /// `make` reads the sources. It runs in the middle of their changes, so it must not change any.
+    explicit Derived(std::function<T()> make) : make_(std::move(make)) {}
+
+    Derived(const Derived&) = delete;
+    Derived& operator=(const Derived&) = delete;
+
+    [[nodiscard]] const T& get() const {
+        observers_.access();
+        if (!sources_) {
+            follow();
+        }
+        return value_;
+    }
+
+private:
+    void follow() const {
+        sources_ = withTracking([this] { value_ = make_(); }, [this] { sourceChanged(); });
+    }
+
+    void sourceChanged() const {
+        if (!observers_.hasReaders()) {
+            sources_.reset();
+            return;
+        }
+        const T before = value_;
+        follow();
+        if (!(value_ == before)) {
+            observers_.changed();
+        }
+    }
+
+    std::function<T()> make_;
+    // Made when it is read.
+    mutable T value_{};
+    mutable TrackingHandle sources_;
+    mutable Observers observers_;
 };
 
 /// Runs a function now, and again after each change of what it read. It runs from the main queue, so a burst

@@ -17,7 +17,7 @@ void SettingsModel::refresh() {
     }
 }
 
-std::optional<std::string> SettingsModel::addressLine() const {
+std::optional<std::string> SettingsModel::presentAddressLine() const {
     const Reading& reading = monitor_.reading();
     if (reading.resolvedAddress) {
         return *reading.resolvedAddress == reading.host ? std::nullopt : reading.resolvedAddress;

@@ -21,7 +21,7 @@ public:
     [[nodiscard]] const Preferences& values() const { return monitor_.prefs(); }
 
     /// The host's address if it differs from the host, that it is being resolved, or why it can't be.
-    [[nodiscard]] std::optional<std::string> addressLine() const;
+    [[nodiscard]] const std::optional<std::string>& addressLine() const { return addressLine_.get(); }
 
     /// A blank text is ignored.
     void commitHost(const std::string& text) { monitor_.setHostname(text); }
@@ -49,10 +49,14 @@ public:
     void refresh();
 
 private:
+    [[nodiscard]] std::optional<std::string> presentAddressLine() const;
+
     Monitor& monitor_;
     NotificationCenter& notifications_;
     LaunchAtLoginToggle launchAtLogin_;
     std::optional<UpdateSettings> updates_;
+    /// The reading changes at each ping, this line rarely.
+    Derived<std::optional<std::string>> addressLine_{[this] { return presentAddressLine(); }};
 };
 
 } // namespace tarnwick

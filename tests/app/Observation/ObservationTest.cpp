@@ -237,6 +237,62 @@ TEST(Observation, APropertyThatNeverChangesDoesNotCollectItsFormerReaders) {
 
 // The loop that draws again after each change.
 
+TEST(Derived, TellsItsReadersOnlyWhenItDiffers) {
+    Observed<int> source(10);
+    const Derived<int> tens([&] { return source.get() / 10; });
+    const Counted reader([&] { static_cast<void>(tens.get()); });
+
+    source.set(15);
+    source.set(19);
+    EXPECT_EQ(reader.changes, 0);
+    source.set(20);
+
+    EXPECT_EQ(reader.changes, 1);
+    EXPECT_EQ(tens.get(), 2);
+}
+
+TEST(Derived, IsTrueForEveryReaderAtAnyTime) {
+    Observed<int> source(10);
+    const Derived<int> tens([&] { return source.get() / 10; });
+    EXPECT_EQ(tens.get(), 1);
+
+    source.set(20);
+    source.set(30);
+
+    EXPECT_EQ(tens.get(), 3);
+}
+
+TEST(Derived, TellsOfChangesAfterTheFirst) {
+    Observed<int> source(10);
+    const Derived<int> tens([&] { return source.get() / 10; });
+    std::optional<Counted> reader;
+
+    for (const int value : {11, 20, 25, 30}) {
+        reader.emplace([&] { static_cast<void>(tens.get()); });
+        source.set(value);
+        EXPECT_EQ(reader->changes, value % 10 == 0 ? 1 : 0) << value;
+    }
+}
+
+TEST(Derived, WithoutReadersItFollowsNothing) {
+    Observed<int> source(10);
+    int made = 0;
+    const Derived<int> tens([&] {
+        ++made;
+        return source.get() / 10;
+    });
+    {
+        const Counted reader([&] { static_cast<void>(tens.get()); });
+        source.set(11);
+        ASSERT_EQ(made, 2);
+    }
+
+    source.set(12);
+    source.set(20);
+
+    EXPECT_EQ(made, 2);
+}
+
 TEST(RenderLoop, DrawsAtOnceAndAgainFromTheMainQueueAfterAChange) {
     simulation::VirtualRunLoop loop;
     Observed<int> property(1);

@@ -54,6 +54,27 @@ TEST_F(SettingsModelTest, OnceDownForAnErrorTheAddressLineTellsTheReason) {
     EXPECT_THAT(model.addressLine(), Eq("Can’t find host “nowhere.example”"));
 }
 
+TEST_F(SettingsModelTest, PingsLeaveTheReadersOfTheAddressLineAlone) {
+    resolve("one.example", "192.0.2.1");
+    model.commitHost("one.example");
+    watchFor(1);
+    int runs = 0;
+    const RenderLoop reader(loop, [&] {
+        static_cast<void>(model.addressLine());
+        ++runs;
+    });
+    const std::int64_t pings = monitor.reading().session.sent;
+
+    loop.advance(60);
+    ASSERT_EQ(monitor.reading().session.sent, pings + 60);
+    EXPECT_EQ(runs, 1);
+    model.commitHost("2.2.2.2");
+    loop.advance(1);
+
+    EXPECT_GT(runs, 1);
+    EXPECT_THAT(model.addressLine(), Eq(std::nullopt));
+}
+
 TEST_F(SettingsModelTest, AHostIsKeptWithoutTheWhiteSpaceAroundIt) {
     resolve("one.example", "192.0.2.1");
     model.commitHost("  one.example\n");
