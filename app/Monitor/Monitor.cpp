@@ -41,7 +41,6 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
       pathMonitor_(environment.path),
       sleepMonitor_(environment.sleep),
       notifications_(environment.notifications),
-      measured_{.evaluatedAt = environment.loop.now()},
       recorder_(environment.store),
       watchdog_(watchdogConfig(prefs), environment.loop.now()),
       identifier_(static_cast<std::uint16_t>(randomBelow(std::uint64_t{1} << 16))),

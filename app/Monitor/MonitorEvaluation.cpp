@@ -29,7 +29,6 @@ void Monitor::tick() {
 }
 
 void Monitor::evaluate(double now) {
-    measured_.evaluatedAt = now;
     const Evaluation evaluation = QualityScorer::evaluate(pending_, now, prefs_.scoringConfig());
     for (const PendingPing& ping : evaluation.newlyLost) {
         markLost(ping.id);

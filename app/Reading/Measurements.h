@@ -44,7 +44,6 @@ struct Measurements {
     Samples samples{}; ///< of the last 300 s, in the order of sending
     PingLedger ledger{};
     Recording recording = Recording::records;
-    double evaluatedAt = 0; ///< monotonic seconds of the latest evaluation
 };
 
 /// The settings that decide what is shown.

@@ -114,7 +114,6 @@ Reading copied(const Measurements& measured, const ReadingSettings& settings) {
     reading.site = measured.ledger.site();
     reading.samples = measured.samples.size();
     reading.recording = measured.recording;
-    reading.evaluatedAt = {measured.evaluatedAt};
     return reading;
 }
 

@@ -14,14 +14,6 @@ inline constexpr int barLevels = 5;
 
 enum class QualityTone { neutral, good, middle, bad };
 
-/// In monotonic seconds. All values compare as equal, so that an evaluation which finds nothing new leaves
-/// the reading equal to the one before.
-struct EvaluationTime {
-    double monotonic = 0;
-
-    friend constexpr bool operator==(EvaluationTime /*a*/, EvaluationTime /*b*/) { return true; }
-};
-
 struct Reading {
     // The verdict.
     ConnectionWatchdog::Status status = ConnectionWatchdog::Status::starting;
@@ -59,8 +51,6 @@ struct Reading {
     LatencyChart::Chart chart{};
     std::size_t samples = 0; ///< pings in the last five minutes
     Recording recording = Recording::records;
-
-    EvaluationTime evaluatedAt{};
 
     friend bool operator==(const Reading&, const Reading&) = default;
 

@@ -118,10 +118,11 @@ std::string timestamp(RunLoop::WallTime time) {
     return text;
 }
 
-std::string jsonLine(const Reading& reading, RunLoop::WallTime time, const std::string& menuTitle) {
+std::string jsonLine(
+    const Reading& reading, RunLoop::WallTime time, double monotonic, const std::string& menuTitle) {
     JsonText line;
     line.add("time", timestamp(time));
-    line.add("monotonic", reading.evaluatedAt.monotonic);
+    line.add("monotonic", monotonic);
     line.add("host", reading.host);
     line.add("resolvedAddress", reading.resolvedAddress);
     addVerdict(line, reading);

@@ -53,8 +53,9 @@ void LinePresentation::setNotes(const std::vector<std::string>& notes) {
 
 std::string JsonPresentation::line() {
     const Reading& present = reading();
-    const auto digits = gates_.update(present.knownLoss(), present.lossTextMode, loop().now());
-    return jsonLine(present, loop().wallNow(), present.menuTitle(digits.has_value()));
+    const double now = loop().now();
+    const auto digits = gates_.update(present.knownLoss(), present.lossTextMode, now);
+    return jsonLine(present, loop().wallNow(), now, present.menuTitle(digits.has_value()));
 }
 
 std::string PlainPresentation::line() {

@@ -105,8 +105,7 @@ private:
 
     /// What is still booked has been sent within the window.
     void checkWindow() const {
-        const double oldest =
-            monitor_.reading().evaluatedAt.monotonic - world_.prefs->scoringConfig().averageOver;
+        const double oldest = world_.loop.now() - world_.prefs->scoringConfig().averageOver;
         const auto& sent = world_.network.sent();
         const auto first = std::ranges::lower_bound(sent, oldest, {}, &SentRequest::at);
         RC_ASSERT(monitor_.measured().ledger.bookings() <= static_cast<std::size_t>(sent.end() - first));

@@ -63,12 +63,19 @@ TEST_F(MonitorEvaluationTest, ATickAsksTheWatchdogBeforeItJudgesTheWindow) {
     start();
     pass(5);
     fallSilent();
-    std::optional<double> judgedBefore;
-    notifications.onPost = [&] { judgedBefore = loop.now() - monitor->measured().evaluatedAt; };
+    std::optional<std::int64_t> lostBefore;
+    std::optional<std::int64_t> lostAfter;
+    notifications.onPost = [&] { lostBefore = monitor->measured().ledger.session().lost; };
+    monitor->onTick = [&] {
+        if (lostBefore && !lostAfter) {
+            lostAfter = monitor->measured().ledger.session().lost;
+        }
+    };
 
     pass(15);
 
-    EXPECT_EQ(judgedBefore, 1);
+    ASSERT_TRUE(lostAfter);
+    EXPECT_EQ(*lostAfter, *lostBefore + 1);
 }
 
 // What is published.

@@ -174,9 +174,6 @@ void MonitorScript::addPings() {
     questions_["sockets"] = [this](const Step&) { return shown(network.openSockets()); };
     questions_["timers"] = [this](const Step&) { return shown(loop.timerCount()); };
     questions_["ticks"] = [this](const Step& step) { return ticksWithin(step.number(1)); };
-    questions_["evaluated"] = [this](const Step&) {
-        return shown(monitor->reading().evaluatedAt.monotonic - startedAt);
-    };
     questions_["listensTo"] = [this](const Step&) {
         return shown(path.starts()) + " path " + shown(sleep.starts()) + " sleep";
     };

@@ -13,7 +13,7 @@ using Json = nlohmann::ordered_json;
 
 class JsonLineTest : public testing::Test {
 protected:
-    [[nodiscard]] std::string text() const { return jsonLine(reading_, now_, "the title"); }
+    [[nodiscard]] std::string text() const { return jsonLine(reading_, now_, 12.5, "the title"); }
 
     [[nodiscard]] Json line() const { return Json::parse(text()); }
 
@@ -76,7 +76,6 @@ TEST_F(JsonLineTest, WhatIsNotKnownYetIsNull) {
 
 TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
     now_ = at(std::chrono::milliseconds(1));
-    reading_.evaluatedAt = {12.5};
     reading_.host = "example.org";
     reading_.resolvedAddress = "192.0.2.7";
     reading_.status = ConnectionWatchdog::Status::up;
