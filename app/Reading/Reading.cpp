@@ -136,13 +136,6 @@ std::string Reading::figure() const {
     return latestPingMs ? MenuBarTitle::figure(*latestPingMs) : std::string(MenuBarTitle::waiting);
 }
 
-std::string Reading::itemToolTip() const {
-    if (!isDown()) {
-        return tooltip;
-    }
-    return lastError ? downReasonText + "\n" + *lastError : downReasonText;
-}
-
 Reading makeReading(
     const Measurements& measured, const ReadingSettings& settings, RunLoop::WallTime wallTime) {
     Reading reading = copied(measured, settings);
@@ -152,9 +145,6 @@ Reading makeReading(
     }
     if (reading.isDown()) {
         reading.downReason = DownReason::from(reading.startError, reading.pathSatisfied);
-    }
-    if (reading.startError) {
-        reading.lastError = reading.startError->message();
     }
     reading.showsLoss = reading.lossIsKnown && !isConnecting;
     if (reading.showsLoss && !reading.isDown()) {

@@ -29,7 +29,6 @@ struct Reading {
     std::optional<std::string> resolvedAddress = std::nullopt;
     std::string hostLine{}; ///< host and address; why the connection is down, while it is
     std::optional<PingError> startError = std::nullopt;
-    std::optional<std::string> lastError = std::nullopt; ///< the text of `startError`
     bool pathSatisfied = true;
 
     // Latency and loss.
@@ -42,7 +41,7 @@ struct Reading {
     MenuBarTitle::LossMode lossTextMode = MenuBarTitle::LossMode::off; ///< for the status item's title
 
     // Texts made of several of these.
-    std::string tooltip{};              ///< latest latency and recent loss, on two lines
+    std::string tooltip{};              ///< latest latency and recent loss, on two lines; also while down
     std::string accessibilitySummary{}; ///< for assistive technology
 
     // What was counted, and the last five minutes.
@@ -63,12 +62,15 @@ struct Reading {
         return lossIsKnown ? std::optional(lossPercent) : std::nullopt;
     }
 
+    /// The text of `startError`.
+    [[nodiscard]] std::optional<std::string> lastError() const {
+        return startError ? std::optional(startError->message()) : std::nullopt;
+    }
+
     /// The text of the status item: "42ms", "42ms (3%)", "…", "Failed".
     [[nodiscard]] std::string menuTitle(bool withLoss) const;
     /// The latency alone, for places too narrow for the title: "42", "1.2s", "…"; empty while down.
     [[nodiscard]] std::string figure() const;
-    /// The status item's tool tip: `tooltip`, or why the connection is down with the last error.
-    [[nodiscard]] std::string itemToolTip() const;
 };
 
 /// `wallTime` is the end of the chart.

@@ -6,6 +6,19 @@
 
 namespace tarnwick {
 
+namespace {
+
+/// While down: the reason, and the error behind it.
+std::string toolTipOf(const Reading& reading) {
+    if (!reading.isDown()) {
+        return reading.tooltip;
+    }
+    const std::optional<std::string> error = reading.lastError();
+    return error ? reading.downReasonText + "\n" + *error : reading.downReasonText;
+}
+
+} // namespace
+
 StatusItemController::StatusItemController(const Needs& needs)
     : needs_(needs), monitor_(needs.monitor), item_(needs.item), menu_(needs.menu) {
     menu_.onRefresh = [this] { refreshMenu(); };
@@ -74,7 +87,7 @@ void StatusItemController::update() {
         item_.setFace(present);
         appliedFace_ = std::move(present);
     }
-    if (std::string toolTip = reading.itemToolTip(); toolTip != appliedToolTip_) {
+    if (std::string toolTip = toolTipOf(reading); toolTip != appliedToolTip_) {
         item_.setToolTip(toolTip);
         appliedToolTip_ = std::move(toolTip);
     }

@@ -84,11 +84,8 @@ void addReasons(JsonText& line, const Reading& reading) {
         line.addNull("downReason");
         line.addNull("downReasonText");
     }
-    line.add("lastError", reading.lastError);
-    if (reading.startError) {
-        line.add("startError", reading.startError->message());
-    } else {
-        line.addNull("startError");
+    for (const char* key : {"lastError", "startError"}) {
+        line.add(key, reading.lastError());
     }
 }
 

@@ -22,7 +22,7 @@ std::optional<std::string> SettingsModel::presentAddressLine() const {
     if (reading.resolvedAddress) {
         return *reading.resolvedAddress == reading.host ? std::nullopt : reading.resolvedAddress;
     }
-    if (reading.isDown() && reading.lastError) {
+    if (reading.isDown() && reading.startError) {
         return reading.downReasonText;
     }
     return "Resolving…";

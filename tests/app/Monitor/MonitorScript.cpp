@@ -158,7 +158,7 @@ void MonitorScript::addVerdicts() {
     questions_["reason"] = [this](const Step&) { return shown(monitor->reading().downReason); };
     questions_["reasonText"] = [this](const Step&) { return monitor->reading().downReasonText; };
     questions_["startError"] = [this](const Step&) { return shown(monitor->reading().startError); };
-    questions_["lastError"] = [this](const Step&) { return shown(monitor->reading().lastError); };
+    questions_["lastError"] = [this](const Step&) { return shown(monitor->reading().lastError()); };
     questions_["address"] = [this](const Step&) { return shown(monitor->reading().resolvedAddress); };
     questions_["network"] = [this](const Step&) {
         return std::string(monitor->reading().pathSatisfied ? "on" : "off");

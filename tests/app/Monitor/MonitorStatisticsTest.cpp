@@ -35,7 +35,7 @@ TEST_F(MonitorStatisticsTest, AFailureToSaveIsIgnoredAndTheNextSaveTriesAgain) {
 
     monitor->saveStats();
     EXPECT_EQ(monitor->reading().startError, std::nullopt);
-    EXPECT_EQ(monitor->reading().lastError, std::nullopt);
+    EXPECT_EQ(monitor->reading().lastError(), std::nullopt);
     std::filesystem::remove(inTheWay);
     monitor->saveStats();
 

@@ -376,7 +376,7 @@ TEST_F(StatusItemControllerTest, TheToolTipOfADownHasTheLastErrorOnASecondLine) 
     showFor(30.5);
 
     ASSERT_EQ(monitor.reading().status, Monitor::Status::down);
-    EXPECT_EQ(item.toolTips.back(), "Can’t open a ping socket\n" + *monitor.reading().lastError);
+    EXPECT_EQ(item.toolTips.back(), "Can’t open a ping socket\n" + *monitor.reading().lastError());
 }
 
 TEST_F(StatusItemControllerTest, TellsAssistiveTechnologyTheSummary) {

@@ -87,7 +87,6 @@ TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
     reading_.tooltip = "the tool tip";
     reading_.qualityTitle = "Good";
     reading_.qualityTone = QualityTone::good;
-    reading_.lastError = "the last error";
     reading_.startError = PingError::socket("Permission denied");
     reading_.accessibilitySummary = "the summary";
     reading_.session = {1, 2, 3, 4.5, 5.5, 6.5};
@@ -99,7 +98,8 @@ TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
         R"("resolvedAddress":"192.0.2.7","status":"up","score":0.75,"bars":4,"latestPingMs":40.5,)"
         R"("lossPercent":2.5,"lossIsKnown":true,"menuTitle":"the title","tooltip":"the tool tip",)"
         R"("qualityTitle":"Good","qualityTone":"good","downReason":null,"downReasonText":null,)"
-        R"("lastError":"the last error","startError":"Could not open ICMP socket: Permission denied",)"
+        R"("lastError":"Could not open ICMP socket: Permission denied",)"
+        R"("startError":"Could not open ICMP socket: Permission denied",)"
         R"("accessibilitySummary":"the summary",)"
         R"("session":{"sent":1,"replied":2,"lost":3,"averageMs":4.5,"fastestMs":5.5,"slowestMs":6.5},)"
         R"("site":{"sent":7,"replied":8,"lost":9,"averageMs":10.5,"fastestMs":11.5,"slowestMs":12.5},)"
