@@ -69,8 +69,9 @@ void Monitor::start() {
         loop_.now() + housekeepingInterval, housekeepingInterval, housekeepingTolerance, [this] { tick(); });
     prefs_.onChange = lifeline_.guarded([this] { settingsChanged(); });
     observeSystemEvents();
+    watchdog_.setAlertsEnabled(prefs_.showNotifications());
     refreshWatchdogConfig();
-    carryOut(updatedWatchdog().reset(loop_.now(), 0, true));
+    carryOut(watchdog_.reset(loop_.now(), 0, true));
     publish();
 }
 
@@ -154,7 +155,7 @@ void Monitor::handle(const Pinger::Event& event) {
         [this](const Pinger::Switched& switched) { measured_.resolvedAddress = switched.address.display; },
         [this](const Pinger::Failed& failed) {
             measured_.startError = failed.error;
-            carryOut(updatedWatchdog().startFailed(loop_.now()));
+            carryOut(watchdog_.startFailed(loop_.now()));
         },
         [this](const Pinger::Reply& reply) { receivedReply(reply.id, reply.at); },
     };
@@ -182,7 +183,7 @@ void Monitor::receivedReply(std::uint64_t id, double at) {
     if (Sample* const sample = sampleOf(id)) {
         sample->rttMs = rttMs;
     }
-    carryOut(updatedWatchdog().replyReceived(arrival));
+    carryOut(watchdog_.replyReceived(arrival));
     measured_.latestPingMs = rttMs;
     measured_.ledger.replied(id, rttMs, rttMs <= prefs_.pingTimeout() * 1000);
 }

@@ -91,8 +91,6 @@ private:
 
     // The judging.
     void tick();
-    /// The watchdog, told whether alerts are wanted now: every step that may announce something begins here.
-    [[nodiscard]] ConnectionWatchdog& updatedWatchdog();
     /// Takes over the watchdog's verdict after a step, then does what the step asked for.
     void carryOut(const ConnectionWatchdog::Actions& actions);
     void carryOut(ConnectionWatchdog::Action action);

@@ -12,6 +12,7 @@ void Monitor::setHostname(const std::string& text) {
 }
 
 void Monitor::settingsChanged() {
+    watchdog_.setAlertsEnabled(prefs_.showNotifications());
     if (prefs_.hostname() != host_) {
         saveStatsOf(host_, FileStore::Durability::powerCut);
         host_ = prefs_.hostname();
@@ -39,7 +40,7 @@ void Monitor::hostChanged() {
     refreshWatchdogConfig();
     // Asleep, nothing is pinged: the wake decides when.
     const double restartAfter = asleep_ ? restartAfterWake : 0;
-    carryOut(updatedWatchdog().reset(loop_.now(), restartAfter, true));
+    carryOut(watchdog_.reset(loop_.now(), restartAfter, true));
 }
 
 void Monitor::pingIntervalChanged() {

@@ -16,7 +16,7 @@ void Monitor::tick() {
         return;
     }
     const double now = loop_.now();
-    carryOut(updatedWatchdog().tick(now));
+    carryOut(watchdog_.tick(now));
     evaluate(now);
     if (++tickCount_ == ticksBetweenSaves) {
         tickCount_ = 0;
@@ -59,11 +59,6 @@ void Monitor::forgetUnsettledBookings() {
         ids.insert(ping.id);
     }
     measured_.ledger.retain(ids);
-}
-
-ConnectionWatchdog& Monitor::updatedWatchdog() {
-    watchdog_.setAlertsEnabled(prefs_.showNotifications());
-    return watchdog_;
 }
 
 void Monitor::carryOut(const ConnectionWatchdog::Actions& actions) {

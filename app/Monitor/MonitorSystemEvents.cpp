@@ -44,7 +44,7 @@ void Monitor::willSleep() {
 void Monitor::didWake() {
     asleep_ = false;
     refreshWatchdogConfig();
-    carryOut(updatedWatchdog().reset(loop_.now(), restartAfterWake, false));
+    carryOut(watchdog_.reset(loop_.now(), restartAfterWake, false));
     publish();
 }
 
@@ -59,7 +59,7 @@ void Monitor::pathChanged(const std::string& key) {
     if (lastPathKey_ && *lastPathKey_ != key && !asleep_) {
         pathWork_ = loop_.after(pathDebounce, [this] {
             if (!asleep_) {
-                carryOut(updatedWatchdog().networkChanged(loop_.now()));
+                carryOut(watchdog_.networkChanged(loop_.now()));
                 publish();
             }
         });
