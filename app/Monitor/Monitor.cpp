@@ -60,6 +60,7 @@ void Monitor::publish() {
 }
 
 void Monitor::start() {
+    const Event event(*this);
     host_ = prefs_.hostname();
     pingInterval_ = prefs_.pingInterval();
     recorder_.load();
@@ -72,15 +73,14 @@ void Monitor::start() {
     watchdog_.setAlertsEnabled(prefs_.showNotifications());
     refreshWatchdogConfig();
     carryOut(watchdog_.reset(loop_.now(), 0, true));
-    publish();
 }
 
 void Monitor::saveStats(FileStore::Durability durability) {
     saveStatsOf(prefs_.hostname(), durability);
-    publish();
 }
 
 void Monitor::saveStatsOf(const std::string& host, FileStore::Durability durability) {
+    const Event event(*this);
     const auto saved = recorder_.save(host, measured_.ledger.site(), durability);
     if (saved == StatsRecorder::Saved::tookOver) {
         measured_.ledger.resetSite(recorder_.figures(host));
@@ -108,10 +108,7 @@ void Monitor::schedulePingTimer() {
     const double interval = prefs_.pingInterval();
     const double now = loop_.now();
     const double firstFire = lastPingSent_ ? std::max(now, *lastPingSent_ + interval) : now + interval;
-    pingTimer_ = loop_.every(firstFire, interval, [this] {
-        sendPing();
-        publish();
-    });
+    pingTimer_ = loop_.every(firstFire, interval, [this] { sendPing(); });
 }
 
 Sample* Monitor::sampleOf(std::uint64_t id) {
@@ -124,6 +121,7 @@ void Monitor::sendPing() {
     if (!pinger_) {
         return;
     }
+    const Event event(*this);
     const std::uint64_t id = nextPingId_++;
     const RunLoop::WallTime date = loop_.wallNow();
     lastPingSent_ = loop_.now();
@@ -149,7 +147,8 @@ void Monitor::forgetOldSamples(RunLoop::WallTime now) {
     }
 }
 
-void Monitor::handle(const Pinger::Event& event) {
+void Monitor::handle(const Pinger::Event& happened) {
+    const Event event(*this);
     const Overloaded visitor{
         [this](const Pinger::Started& started) { pingingStarted(started.address); },
         [this](const Pinger::Switched& switched) { measured_.resolvedAddress = switched.address.display; },
@@ -159,8 +158,7 @@ void Monitor::handle(const Pinger::Event& event) {
         },
         [this](const Pinger::Reply& reply) { receivedReply(reply.id, reply.at); },
     };
-    std::visit(visitor, event);
-    publish();
+    std::visit(visitor, happened);
 }
 
 void Monitor::pingingStarted(const ResolvedAddress& address) {

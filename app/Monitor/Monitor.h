@@ -83,7 +83,7 @@ private:
     void schedulePingTimer();
     void sendPing();
     void forgetOldSamples(RunLoop::WallTime now);
-    void handle(const Pinger::Event& event);
+    void handle(const Pinger::Event& happened);
     void pingingStarted(const ResolvedAddress& address);
     void receivedReply(std::uint64_t id, double at);
     /// Null when it has left the chart.
@@ -91,6 +91,7 @@ private:
 
     // The judging.
     void tick();
+    void judge();
     /// Takes over the watchdog's verdict after a step, then does what the step asked for.
     void carryOut(const ConnectionWatchdog::Actions& actions);
     void carryOut(ConnectionWatchdog::Action action);
@@ -99,7 +100,26 @@ private:
     /// Drops the bookings of pings that have left the window: their outcome is never counted.
     void forgetUnsettledBookings();
 
-    /// Ends an event: makes and publishes the reading.
+    /// One event, as long as it exists: publishes its outcome at the end. An event inside another one, such
+    /// as a sending that fails over to the next address, is part of it.
+    class Event {
+    public:
+        explicit Event(Monitor& monitor) : monitor_(monitor) { ++monitor_.openEvents_; }
+
+        Event(const Event&) = delete;
+        Event& operator=(const Event&) = delete;
+
+        ~Event() {
+            if (--monitor_.openEvents_ == 0) {
+                monitor_.publish();
+            }
+        }
+
+    private:
+        Monitor& monitor_;
+    };
+
+    /// Makes and publishes the reading.
     void publish();
 
     // Commands.
@@ -138,7 +158,8 @@ private:
     std::uint16_t identifier_;
     std::optional<double> lastPingSent_; ///< monotonic: setting the wall clock must not hold up pinging
     std::uint64_t nextPingId_;
-    int tickCount_ = 0; ///< since the last periodic save
+    int openEvents_ = 0; ///< those that have begun and not ended
+    int tickCount_ = 0;  ///< since the last periodic save
     bool asleep_ = false;
     std::optional<std::string> lastPathKey_;
     RunLoop::Handle pathWork_; ///< the pending reaction to a path change

@@ -12,6 +12,7 @@ void Monitor::setHostname(const std::string& text) {
 }
 
 void Monitor::settingsChanged() {
+    const Event event(*this);
     watchdog_.setAlertsEnabled(prefs_.showNotifications());
     if (prefs_.hostname() != host_) {
         saveStatsOf(host_, FileStore::Durability::powerCut);
@@ -22,7 +23,6 @@ void Monitor::settingsChanged() {
         pingInterval_ = prefs_.pingInterval();
         pingIntervalChanged();
     }
-    publish();
 }
 
 void Monitor::hostChanged() {
@@ -51,18 +51,19 @@ void Monitor::pingIntervalChanged() {
 }
 
 void Monitor::restoreDefaults() {
+    const Event event(*this);
     saveStatsOf(prefs_.hostname(), FileStore::Durability::powerCut);
     prefs_.restoreDefaults();
     pingIntervalChanged(); // also for an unchanged interval: the watchdog takes the default time-out
-    publish();
 }
 
 void Monitor::resetSessionStats() {
+    const Event event(*this);
     measured_.ledger.resetSession();
-    publish();
 }
 
 void Monitor::resetAllTimeStats() {
+    const Event event(*this);
     // Before the reset: a save may take over the figures of another writer, and these are to be reset too.
     saveStatsOf(prefs_.hostname(), FileStore::Durability::powerCut);
     measured_.ledger.resetSite({});

@@ -15,16 +15,20 @@ void Monitor::tick() {
     if (asleep_) {
         return;
     }
+    judge();
+    if (onTick) {
+        onTick();
+    }
+}
+
+void Monitor::judge() {
+    const Event event(*this);
     const double now = loop_.now();
     carryOut(watchdog_.tick(now));
     evaluate(now);
     if (++tickCount_ == ticksBetweenSaves) {
         tickCount_ = 0;
         saveStatsOf(prefs_.hostname(), FileStore::Durability::crash);
-    }
-    publish();
-    if (onTick) {
-        onTick();
     }
 }
 

@@ -23,35 +23,34 @@ std::string pathKey(const NetworkPath& path) {
 
 void Monitor::observeSystemEvents() {
     sleepMonitor_.start({
-        .willSleep = lifeline_.guarded([this] {
-            willSleep();
-            // The machine may run out of power before it wakes.
-            saveStats();
-            prefs_.flush();
-        }),
+        .willSleep = lifeline_.guarded([this] { willSleep(); }),
         .didWake = lifeline_.guarded([this] { didWake(); }),
     });
     pathMonitor_.start(lifeline_.guarded([this](const NetworkPath& path) { pathUpdated(path); }));
 }
 
 void Monitor::willSleep() {
+    const Event event(*this);
     asleep_ = true;
     pathWork_.reset();
     stopPinging();
     pending_.clear();
+    // The machine may run out of power before it wakes.
+    saveStats();
+    prefs_.flush();
 }
 
 void Monitor::didWake() {
+    const Event event(*this);
     asleep_ = false;
     refreshWatchdogConfig();
     carryOut(watchdog_.reset(loop_.now(), restartAfterWake, false));
-    publish();
 }
 
 void Monitor::pathUpdated(const NetworkPath& path) {
+    const Event event(*this);
     measured_.pathSatisfied = path.satisfied;
     pathChanged(pathKey(path));
-    publish();
 }
 
 void Monitor::pathChanged(const std::string& key) {
@@ -59,8 +58,8 @@ void Monitor::pathChanged(const std::string& key) {
     if (lastPathKey_ && *lastPathKey_ != key && !asleep_) {
         pathWork_ = loop_.after(pathDebounce, [this] {
             if (!asleep_) {
+                const Event event(*this);
                 carryOut(watchdog_.networkChanged(loop_.now()));
-                publish();
             }
         });
     }

@@ -1,9 +1,11 @@
 // What one ping holds and what becomes of it. When pings are sent, and the tick: cases/pings.txt.
 #include "app/Monitor/Monitor.h"
 
+#include "tests/simulation/ChangeCounter.h"
 #include "tests/simulation/MonitorWorld.h"
 
 #include <gmock/gmock.h>
+#include <optional>
 #include <set>
 
 namespace tarnwick::simulation {
@@ -105,6 +107,26 @@ TEST_F(MonitorPingLoopTest, TheReplyTimeoutIsTheDeadlineOfAnAddress) {
     EXPECT_EQ(network.sent()[2].address, "192.0.2.1");
     EXPECT_EQ(network.sent()[3].address, "192.0.2.2");
     EXPECT_EQ(monitor->reading().resolvedAddress, "192.0.2.2");
+}
+
+TEST_F(MonitorPingLoopTest, ASwitchOfAddressIsPublishedWithThePingThatCausedIt) {
+    defaults.put(PreferenceKey::hostname, std::string("twofold.test"));
+    defaults.put(PreferenceKey::pingTimeout, 2.0);
+    setHost("twofold.test", {"192.0.2.1", "192.0.2.2"});
+    fallSilent();
+    start();
+    std::optional<std::size_t> pingsAtSwitch;
+    const ChangeCounter<Reading> readings([&] {
+        const Reading& reading = monitor->reading();
+        if (!pingsAtSwitch && reading.resolvedAddress == "192.0.2.2") {
+            pingsAtSwitch = reading.samples;
+        }
+        return reading;
+    });
+
+    pass(3);
+
+    EXPECT_EQ(pingsAtSwitch, 3U);
 }
 
 TEST_F(MonitorPingLoopTest, TheRoundTripEndsWithTheArrivalNotWithTheReading) {
