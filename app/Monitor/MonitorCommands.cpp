@@ -52,9 +52,16 @@ void Monitor::pingIntervalChanged() {
 
 void Monitor::restoreDefaults() {
     const Event event(*this);
-    saveStatsOf(prefs_.hostname(), FileStore::Durability::powerCut);
+    const std::string hostBefore = host_;
+    const double intervalBefore = pingInterval_;
     prefs_.restoreDefaults();
-    pingIntervalChanged(); // also for an unchanged interval: the watchdog takes the default time-out
+    // A changed host or interval has been acted on by now.
+    if (host_ == hostBefore) {
+        saveStatsOf(host_, FileStore::Durability::powerCut);
+    }
+    if (pingInterval_ == intervalBefore) {
+        pingIntervalChanged(); // the watchdog takes the default time-out
+    }
 }
 
 void Monitor::resetSessionStats() {
