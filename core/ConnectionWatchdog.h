@@ -73,8 +73,6 @@ public:
 
     [[nodiscard]] const Config& config() const { return config_; }
 
-    friend bool operator==(const ConnectionWatchdog&, const ConnectionWatchdog&) = default;
-
 private:
     void goDown(Actions& actions);
     void scheduleRestartNoLaterThan(double time);

@@ -52,8 +52,6 @@ public:
 
     [[nodiscard]] bool isOpen() const { return isOpen_; }
 
-    [[nodiscard]] double holdSeconds() const { return holdSeconds_; }
-
 private:
     double holdSeconds_;
     bool isOpen_ = false;

@@ -39,9 +39,8 @@ Value textOf(LossMode mode) {
     return std::string(MenuBarTitle::rawValue(mode));
 }
 
-} // namespace
-
-const UserDefaults::Table& Preferences::registeredDefaults() {
+/// The values that hold where nothing is stored.
+const UserDefaults::Table& registeredDefaults() {
     static const UserDefaults::Table table = [] {
         UserDefaults::Table registered;
         for (const SettingRow& row : settingTable) {
@@ -53,6 +52,8 @@ const UserDefaults::Table& Preferences::registeredDefaults() {
     }();
     return table;
 }
+
+} // namespace
 
 Preferences::Preferences(UserDefaults& defaults) : defaults_(defaults) {
     defaults.registerDefaults(registeredDefaults());

@@ -26,9 +26,6 @@ public:
     /// `defaults` outlives this object.
     explicit Preferences(UserDefaults& defaults);
 
-    /// The values that hold where nothing is stored.
-    [[nodiscard]] static const UserDefaults::Table& registeredDefaults();
-
     /// Takes over what has changed in the store since it was last read; writes nothing. A blank host is
     /// refused, and white space around a host is dropped, as in the settings window.
     void reload();

@@ -30,8 +30,6 @@ public:
     /// Whether its visible part is at this point.
     [[nodiscard]] bool covers(ScreenPoint point) const;
 
-    [[nodiscard]] StatusMenuView& statusView() const { return *statusView_; }
-
     [[nodiscard]] MenuItemsView& items() const { return *items_; }
 
     /// Set by the owner.

@@ -32,8 +32,6 @@ public:
     /// Draws again only if something differs.
     void setContent(const HeaderContent& content);
 
-    [[nodiscard]] const HeaderContent& content() const { return content_; }
-
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:

@@ -102,18 +102,6 @@ const Cell& Canvas::at(int row, int column) const {
         + static_cast<std::size_t>(column));
 }
 
-std::string Canvas::rowText(int row) const {
-    std::string text;
-    for (int column = 0; column < size_.columns; ++column) {
-        // A wide character has its second half in the next cell.
-        if (const char32_t glyph = at(row, column).glyph; glyph != 0) {
-            Utf8::append(text, glyph);
-        }
-    }
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
-}
-
 int Canvas::widthOf(std::string_view text) const {
     return columnsOf(glyphsOf(text));
 }

@@ -40,8 +40,6 @@ public:
     [[nodiscard]] bool isAscii() const { return ascii_; }
 
     [[nodiscard]] const Cell& at(int row, int column) const;
-    /// One row as UTF-8, without the blanks at its end.
-    [[nodiscard]] std::string rowText(int row) const;
     /// Columns that a text takes.
     [[nodiscard]] int widthOf(std::string_view text) const;
 

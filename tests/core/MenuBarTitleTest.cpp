@@ -172,8 +172,11 @@ TEST(HoldGate, IsNotOpenedByAnInactiveUpdate) {
 }
 
 TEST(HoldGate, OfTheLossSuffixHoldsTenSecondsAndOfItsSecondDigitThirty) {
-    EXPECT_EQ(HoldGate::lossSuffix().holdSeconds(), 10);
-    EXPECT_EQ(HoldGate::twoDigitLoss().holdSeconds(), 30);
+    for (auto [gate, seconds] : {std::pair{HoldGate::lossSuffix(), 10}, {HoldGate::twoDigitLoss(), 30}}) {
+        gate.update(true, 0);
+        EXPECT_TRUE(gate.update(false, seconds - 0.5)) << seconds;
+        EXPECT_FALSE(gate.update(false, seconds)) << seconds;
+    }
 }
 
 } // namespace

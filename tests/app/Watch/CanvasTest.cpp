@@ -1,6 +1,8 @@
 // The grid of character cells.
 #include "app/Watch/Canvas.h"
 
+#include "tests/app/Watch/CanvasRows.h"
+
 #include <clocale>
 #include <functional>
 #include <gmock/gmock.h>
@@ -23,7 +25,7 @@ protected:
     static std::string row(std::string_view text, int width = 40, bool ascii = false) {
         Canvas canvas({1, 40}, ascii);
         canvas.text(0, 0, width, text, TextStyle::plain);
-        return canvas.rowText(0);
+        return rowText(canvas, 0);
     }
 };
 
@@ -79,7 +81,7 @@ TEST_F(CanvasTest, ATextOverTheEdgeLosesWhatIsOutside) {
 
     canvas.text(0, -2, 10, "abcdefghij", TextStyle::plain);
 
-    EXPECT_EQ(canvas.rowText(0), "cdefg");
+    EXPECT_EQ(rowText(canvas, 0), "cdefg");
 }
 
 TEST_F(CanvasTest, AScreenWithoutRowsOrColumnsTakesEverythingSilently) {
@@ -114,7 +116,7 @@ TEST_F(CanvasTest, ATextMayEndAtItsRightEdge) {
 
     canvas.textRight(0, 2, 6, "abc", TextStyle::plain);
 
-    EXPECT_EQ(canvas.rowText(0), "     abc");
+    EXPECT_EQ(rowText(canvas, 0), "     abc");
 }
 
 TEST_F(CanvasTest, ALongerTextAtTheRightEdgeEndsInAnEllipsisToo) {
@@ -122,7 +124,7 @@ TEST_F(CanvasTest, ALongerTextAtTheRightEdgeEndsInAnEllipsisToo) {
 
     canvas.textRight(0, 2, 4, "abcdefgh", TextStyle::plain);
 
-    EXPECT_EQ(canvas.rowText(0), "  abc…");
+    EXPECT_EQ(rowText(canvas, 0), "  abc…");
 }
 
 TEST_F(CanvasTest, AWideCharacterTakesTwoColumns) {
@@ -134,7 +136,7 @@ TEST_F(CanvasTest, AWideCharacterTakesTwoColumns) {
     EXPECT_EQ(canvas.at(0, 0), (Cell{U'日', TextStyle::strong}));
     EXPECT_EQ(canvas.at(0, 1), (Cell{0, TextStyle::strong}));
     EXPECT_EQ(canvas.at(0, 4), (Cell{U'x', TextStyle::strong}));
-    EXPECT_EQ(canvas.rowText(0), "日本x");
+    EXPECT_EQ(rowText(canvas, 0), "日本x");
 }
 
 TEST_F(CanvasTest, AWideCharacterThatDoesNotFitBeforeTheEllipsisIsLeftOut) {
@@ -145,7 +147,7 @@ TEST_F(CanvasTest, AWideCharacterThatDoesNotFitBeforeTheEllipsisIsLeftOut) {
 TEST_F(CanvasTest, NoHalfOfAWideCharacterIsShownAtTheEdge) {
     Canvas right({1, 3}, false);
     right.text(0, 0, 10, "日本", TextStyle::plain);
-    EXPECT_EQ(right.rowText(0), "日");
+    EXPECT_EQ(rowText(right, 0), "日");
     EXPECT_EQ(right.at(0, 2).glyph, U' ');
 
     Canvas left({1, 3}, false);

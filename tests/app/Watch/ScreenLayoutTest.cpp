@@ -2,6 +2,7 @@
 // then one letter for the style of every cell.
 #include "app/Watch/ScreenLayout.h"
 
+#include "tests/app/Watch/CanvasRows.h"
 #include "tests/support/Files.h"
 
 #include <algorithm>
@@ -174,7 +175,7 @@ char letterOf(const Cell& cell) {
 std::string written(const Canvas& canvas) {
     std::string text;
     for (int row = 0; row < canvas.size().rows; ++row) {
-        text += canvas.rowText(row) + "\n";
+        text += rowText(canvas, row) + "\n";
     }
     text += "-- styles\n";
     for (int row = 0; row < canvas.size().rows; ++row) {
@@ -252,7 +253,7 @@ TEST_P(AnyScreenSize, NothingIsDrawnOutsideAndNoWideCharacterIsCut) {
     ASSERT_EQ(canvas.size().rows, GetParam().rows);
     ASSERT_EQ(canvas.size().columns, GetParam().columns);
     for (int row = 0; row < canvas.size().rows; ++row) {
-        EXPECT_LE(canvas.widthOf(canvas.rowText(row)), canvas.size().columns);
+        EXPECT_LE(canvas.widthOf(rowText(canvas, row)), canvas.size().columns);
         for (int column = 0; column < canvas.size().columns; ++column) {
             const char32_t glyph = canvas.at(row, column).glyph;
             if (glyph >= 0x3000 && glyph < 0xA000) {
@@ -270,7 +271,7 @@ TEST_P(AnyScreenSize, AnAsciiTerminalGetsNothingElse) {
     const Canvas canvas = drawScreen(scene.reading, scene.options, GetParam());
 
     for (int row = 0; row < canvas.size().rows; ++row) {
-        const std::string text = canvas.rowText(row);
+        const std::string text = rowText(canvas, row);
         EXPECT_TRUE(std::ranges::all_of(text, [](char letter) { return letter >= ' ' && letter < 0x7F; }))
             << text;
     }
@@ -340,7 +341,7 @@ TEST_F(ScreenLayoutTest, TheChartGrowsWithTheScreenUpToALimit) {
 TEST_F(ScreenLayoutTest, ATerminalWithoutColorsStillTellsLitBarsFromOthers) {
     const Scene scene = inAscii(fair());
 
-    EXPECT_THAT(drawScreen(scene.reading, scene.options, small).rowText(0), testing::StartsWith(" ###.."));
+    EXPECT_THAT(rowText(drawScreen(scene.reading, scene.options, small), 0), testing::StartsWith(" ###.."));
 }
 
 } // namespace tarnwick
