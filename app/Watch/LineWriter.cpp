@@ -20,6 +20,24 @@ bool mayWait(int descriptor, std::size_t size) {
 } // namespace
 
 LineWriter::Written LineWriter::write(std::string_view line) {
+    if (!rest_.empty()) {
+        std::string_view rest = rest_;
+        const Written written = writeSome(rest);
+        rest_ = std::string(rest);
+        if (written != Written::whole) {
+            return written;
+        }
+    }
+    std::string_view unwritten = line;
+    const Written written = writeSome(unwritten);
+    if (written == Written::leftOut && unwritten.size() < line.size()) {
+        rest_ = std::string(unwritten);
+        return Written::whole;
+    }
+    return written;
+}
+
+LineWriter::Written LineWriter::writeSome(std::string_view& text) const {
     pollfd output{.fd = descriptor_, .events = POLLOUT, .revents = 0};
     if (::poll(&output, 1, 0) != 1) {
         return Written::leftOut;
@@ -28,11 +46,11 @@ LineWriter::Written LineWriter::write(std::string_view line) {
     if ((output.revents & POLLERR) != 0 || (output.revents & POLLOUT) == 0) {
         return Written::closed;
     }
-    if (mayWait(descriptor_, line.size())) {
+    if (mayWait(descriptor_, text.size())) {
         return Written::leftOut;
     }
-    while (!line.empty()) {
-        const ssize_t count = ::write(descriptor_, line.data(), line.size());
+    while (!text.empty()) {
+        const ssize_t count = ::write(descriptor_, text.data(), text.size());
         if (count < 0 && errno == EINTR) {
             continue;
         }
@@ -42,7 +60,7 @@ LineWriter::Written LineWriter::write(std::string_view line) {
         if (count < 0) {
             return errno == EPIPE ? Written::closed : Written::failed;
         }
-        line.remove_prefix(static_cast<std::size_t>(count));
+        text.remove_prefix(static_cast<std::size_t>(count));
     }
     return Written::whole;
 }

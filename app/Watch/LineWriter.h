@@ -1,6 +1,7 @@
-// Whole lines to a pipe or file, never waiting for a slow reader.
+// Whole lines to a pipe, file or terminal, never waiting for a slow reader.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace tarnwick {
@@ -9,7 +10,7 @@ namespace tarnwick {
 class LineWriter {
 public:
     enum class Written {
-        whole,
+        whole,   ///< or begun: the rest is kept, and goes out before anything else
         leftOut, ///< the reader is behind; measuring does not wait for it
         closed,  ///< the reader has gone
         failed,  ///< errno says why
@@ -17,11 +18,15 @@ public:
 
     explicit LineWriter(int descriptor) : descriptor_(descriptor) {}
 
-    /// `line` with its line break, written at once or not at all.
+    /// `line` with its line break.
     Written write(std::string_view line);
 
 private:
+    /// Takes what is written off the text: all of it, or what there is room for.
+    Written writeSome(std::string_view& text) const;
+
     int descriptor_;
+    std::string rest_; ///< of a line that has begun
 };
 
 } // namespace tarnwick

@@ -30,10 +30,13 @@ void quitUnlessWritten(LineWriter::Written written, const Presentation::Quit& qu
 
 } // namespace
 
+NoteLines::NoteLines() : output_(STDERR_FILENO) {
+}
+
 void NoteLines::set(const std::vector<std::string>& notes) {
     for (const std::string& note : notes) {
         if (std::ranges::find(told_, note) == told_.end()) {
-            LineWriter(STDERR_FILENO).write("tarnwick-watch: " + note + "\n");
+            output_.write("tarnwick-watch: " + note + "\n");
         }
     }
     told_ = notes;

@@ -37,9 +37,12 @@ public:
 /// written once, and again only after it was withdrawn.
 class NoteLines {
 public:
+    NoteLines();
+
     void set(const std::vector<std::string>& notes);
 
 private:
+    LineWriter output_;
     std::vector<std::string> told_;
 };
 

@@ -6,9 +6,15 @@
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <termios.h>
 
 namespace tarnwick {
 
@@ -30,6 +36,42 @@ protected:
     OutputPipe pipe_;
     LineWriter writer_{pipe_.writingEnd()};
     std::string line_ = std::string(99, 'x') + "\n";
+};
+
+/// A terminal whose window is read only when the test reads it. It takes a part of a line where a pipe takes
+/// none.
+class SlowTerminal {
+public:
+    SlowTerminal() {
+        std::array<int, 2> ends{-1, -1};
+        EXPECT_EQ(::openpty(ends.data(), &ends[1], nullptr, nullptr, nullptr), 0);
+        window_ = FileDescriptor(ends[0]);
+        program_ = FileDescriptor(ends[1]);
+        termios mode{};
+        ::tcgetattr(program_.get(), &mode);
+        ::cfmakeraw(&mode);
+        ::tcsetattr(program_.get(), TCSANOW, &mode);
+        for (const FileDescriptor* end : {&window_, &program_}) {
+            ::fcntl(end->get(), F_SETFL, O_RDWR | O_NONBLOCK);
+        }
+    }
+
+    [[nodiscard]] int writingEnd() const { return program_.get(); }
+
+    /// Reads what has arrived; waits for the first of it.
+    [[nodiscard]] std::string read() const {
+        std::array<char, 4096> buffer{};
+        pollfd input{.fd = window_.get(), .events = POLLIN, .revents = 0};
+        EXPECT_EQ(::poll(&input, 1, patienceMs), 1);
+        const ssize_t count = ::read(window_.get(), buffer.data(), buffer.size());
+        return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+    }
+
+private:
+    static constexpr int patienceMs = 20'000;
+
+    FileDescriptor window_;
+    FileDescriptor program_;
 };
 
 } // namespace
@@ -108,6 +150,27 @@ TEST_F(LineWriterTest, TellsWhenTheReaderOfAFullPipeHasGone) {
     pipe_.closeReader();
 
     EXPECT_EQ(writer_.write(line_), Written::closed);
+}
+
+TEST(LineWriter, ATerminalThatTookHalfALineGetsTheRestBeforeTheNextOne) {
+    const SlowTerminal terminal;
+    LineWriter writer(terminal.writingEnd());
+    const std::string line = std::string(2999, 'x') + "\n";
+    std::string expected;
+    while (expected.size() < 1'000'000 && writer.write(line) == Written::whole) {
+        expected += line;
+    }
+    expected += "last\n";
+
+    std::string text = terminal.read();
+    while (writer.write("last\n") != Written::whole && !testing::Test::HasFailure()) {
+        text += terminal.read();
+    }
+    while (text.size() < expected.size() && !testing::Test::HasFailure()) {
+        text += terminal.read();
+    }
+
+    EXPECT_EQ(text, expected);
 }
 
 TEST(LineWriter, ADescriptorThatIsNotOpenCountsAsClosed) {
