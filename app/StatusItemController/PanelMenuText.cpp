@@ -72,7 +72,8 @@ std::string PanelMenuHeader::chartLine(const LatencyChart::Chart& chart) {
     const double top = chart.scaleMax();
     std::string text;
     for (std::size_t column = 0; column < chartWidth; ++column) {
-        text += block(chart.buckets[column * chart.buckets.size() / chartWidth], top);
+        const std::size_t bucket = column * chart.buckets.size() / chartWidth;
+        text += bucket < chart.buckets.size() ? block(chart.buckets[bucket], top) : emptyBlock;
     }
     return text;
 }

@@ -102,6 +102,13 @@ TEST_F(PanelMenuTextTest, TheChartIsThirtySixBlocksWide) {
     EXPECT_EQ(characters(PanelMenuHeader::chartLine(monitor.reading().chart)), 36U);
 }
 
+TEST_F(PanelMenuTextTest, AChartWithoutBucketsIsALineOfDots) {
+    const std::string chart = PanelMenuHeader::chartLine({});
+
+    EXPECT_EQ(characters(chart), 36U);
+    EXPECT_EQ(count(chart, "·"), 36U);
+}
+
 TEST_F(PanelMenuTextTest, FewerBucketsAreStretchedToTheSameWidth) {
     prefs.setPingInterval(60);
     watchFor(400.5);
