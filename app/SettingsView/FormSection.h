@@ -1,7 +1,7 @@
 // A group of settings: rows on a card, and an explanation below.
 #pragma once
 
-#include "app/StatusMenuView/ViewStyle.h"
+#include "app/ViewStyle/ViewStyle.h"
 
 #include <QLabel>
 #include <QWidget>

@@ -5,7 +5,7 @@
 #include "app/SettingsView/FormSection.h"
 #include "app/SettingsView/IntervalBox.h"
 #include "app/SettingsView/ThresholdSlider.h"
-#include "app/StatusMenuView/ViewStyle.h"
+#include "app/ViewStyle/ViewStyle.h"
 
 #include <QCheckBox>
 #include <QComboBox>

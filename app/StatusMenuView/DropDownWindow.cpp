@@ -1,9 +1,9 @@
 #include "app/StatusMenuView/DropDownWindow.h"
 
-#include "app/StatusItemController/Painting/LatencyPalette.h"
 #include "app/StatusMenuView/DropDownPlacement.h"
 #include "app/StatusMenuView/MenuItemsView.h"
 #include "app/StatusMenuView/StatusMenuView.h"
+#include "app/ViewStyle/LatencyPalette.h"
 #include "platform/qt/Compositing.h"
 #include "platform/qt/Foreground.h"
 #include "platform/qt/ScreenPixels.h"

@@ -2,7 +2,7 @@
 
 #include "app/Reading/Format.h"
 #include "app/StatusItemController/Painting/TabularLine.h"
-#include "app/StatusMenuView/ViewStyle.h"
+#include "app/ViewStyle/ViewStyle.h"
 
 #include <QFontMetricsF>
 #include <QPainter>

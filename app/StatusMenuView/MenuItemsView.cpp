@@ -1,7 +1,7 @@
 #include "app/StatusMenuView/MenuItemsView.h"
 
 #include "app/StatusMenuView/MenuRow.h"
-#include "app/StatusMenuView/ViewStyle.h"
+#include "app/ViewStyle/ViewStyle.h"
 
 #include <QPainter>
 

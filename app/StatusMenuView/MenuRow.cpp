@@ -1,7 +1,7 @@
 #include "app/StatusMenuView/MenuRow.h"
 
 #include "app/StatusMenuView/MenuIcons.h"
-#include "app/StatusMenuView/ViewStyle.h"
+#include "app/ViewStyle/ViewStyle.h"
 
 #include <QFontMetricsF>
 #include <QKeyEvent>

@@ -1,7 +1,7 @@
 #include "app/StatusMenuView/StatsGridView.h"
 
 #include "app/StatusItemController/Painting/TabularLine.h"
-#include "app/StatusMenuView/ViewStyle.h"
+#include "app/ViewStyle/ViewStyle.h"
 
 #include <QFontMetricsF>
 #include <QPainter>

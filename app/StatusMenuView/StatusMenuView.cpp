@@ -3,7 +3,7 @@
 #include "app/StatusMenuView/HeaderView.h"
 #include "app/StatusMenuView/LatencyChartView.h"
 #include "app/StatusMenuView/StatsGridView.h"
-#include "app/StatusMenuView/ViewStyle.h"
+#include "app/ViewStyle/ViewStyle.h"
 
 namespace tarnwick {
 

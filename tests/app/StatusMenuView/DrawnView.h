@@ -1,7 +1,7 @@
 // Views as they are drawn on white, for tests that look at their pixels.
 #pragma once
 
-#include "app/StatusItemController/Painting/LatencyPalette.h"
+#include "app/ViewStyle/LatencyPalette.h"
 
 #include <QImage>
 #include <QPainter>

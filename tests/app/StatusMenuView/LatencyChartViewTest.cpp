@@ -2,7 +2,7 @@
 #include "app/StatusMenuView/LatencyChartView.h"
 
 #include "app/StatusItemController/Painting/TabularLine.h"
-#include "app/StatusMenuView/ViewStyle.h"
+#include "app/ViewStyle/ViewStyle.h"
 #include "tests/app/StatusMenuView/DrawnView.h"
 
 #include <QFontMetricsF>

@@ -5,7 +5,7 @@
 #include "app/StatusMenuView/HeaderView.h"
 #include "app/StatusMenuView/LatencyChartView.h"
 #include "app/StatusMenuView/StatsGridView.h"
-#include "app/StatusMenuView/ViewStyle.h"
+#include "app/ViewStyle/ViewStyle.h"
 #include "tests/app/StatusMenuView/DrawnView.h"
 #include "tests/app/WatchedMonitor.h"
 

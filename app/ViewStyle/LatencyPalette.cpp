@@ -1,4 +1,4 @@
-#include "app/StatusItemController/Painting/LatencyPalette.h"
+#include "app/ViewStyle/LatencyPalette.h"
 
 #include <QPalette>
 

@@ -1,7 +1,7 @@
 // Sizes, fonts and colors that views share.
 #pragma once
 
-#include "app/StatusItemController/Painting/LatencyPalette.h"
+#include "app/ViewStyle/LatencyPalette.h"
 
 #include <QFont>
 

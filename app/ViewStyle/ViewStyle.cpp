@@ -1,4 +1,4 @@
-#include "app/StatusMenuView/ViewStyle.h"
+#include "app/ViewStyle/ViewStyle.h"
 
 #include <QFontInfo>
 #include <QWidget>

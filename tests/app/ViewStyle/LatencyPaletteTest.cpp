@@ -1,5 +1,5 @@
 // Colors of latencies, on light and on dark ground.
-#include "app/StatusItemController/Painting/LatencyPalette.h"
+#include "app/ViewStyle/LatencyPalette.h"
 
 #include <QPalette>
 
