@@ -1,6 +1,8 @@
 // The signal bars and the warning triangle of the status item: masks, drawn at any scale.
 #pragma once
 
+#include "app/Reading/Reading.h"
+
 #include <QImage>
 #include <QPainterPath>
 #include <QRectF>
@@ -43,7 +45,6 @@ using TemplateImagePtr = std::shared_ptr<const TemplateImage>;
 /// Main thread.
 namespace MenuBarIcon {
 
-inline constexpr int levels = 5;
 inline constexpr double height = 14;
 inline constexpr double barWidth = 3;
 inline constexpr double barGap = 1;
@@ -70,7 +71,7 @@ void drawBars(QPainter& painter, const std::vector<Bar>& bars, double radius);
 [[nodiscard]] const QPainterPath& trianglePath();
 
 /// Made once for each number of active bars: every caller passes the same `levelCount`, at least 1.
-[[nodiscard]] TemplateImagePtr bars(int active, int levelCount = levels);
+[[nodiscard]] TemplateImagePtr bars(int active, int levelCount = barLevels);
 [[nodiscard]] TemplateImagePtr failed();
 
 } // namespace MenuBarIcon

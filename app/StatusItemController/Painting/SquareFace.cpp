@@ -25,12 +25,12 @@ struct Columns {
     int width;
     int gap;
 
-    [[nodiscard]] int total() const { return MenuBarIcon::levels * width + (MenuBarIcon::levels - 1) * gap; }
+    [[nodiscard]] int total() const { return barLevels * width + (barLevels - 1) * gap; }
 };
 
 Columns columns(int side) {
     const int gap = std::max(1, rounded(side / 22.0));
-    const int width = std::max(1, (side - (MenuBarIcon::levels - 1) * gap) / MenuBarIcon::levels);
+    const int width = std::max(1, (side - (barLevels - 1) * gap) / barLevels);
     Columns columns{0, width, gap};
     columns.left = (side - columns.total()) / 2;
     return columns;
@@ -40,11 +40,11 @@ Columns columns(int side) {
 std::vector<QRect> barRects(int side, int bottom, double wantedHeight) {
     const Columns place = columns(side);
     const double slope = (MenuBarIcon::height - MenuBarIcon::smallestBar) / MenuBarIcon::height;
-    const int steps = MenuBarIcon::levels - 1;
+    const int steps = barLevels - 1;
     const int step = std::max(1, rounded(wantedHeight * slope / steps));
     const int first = std::clamp(rounded(wantedHeight) - steps * step, std::min(2, step + 1), step + 1);
     std::vector<QRect> rects;
-    for (int index = 0; index < MenuBarIcon::levels; ++index) {
+    for (int index = 0; index < barLevels; ++index) {
         const int height = first + index * step;
         rects.emplace_back(
             place.left + index * (place.width + place.gap), bottom - height, place.width, height);
