@@ -1,5 +1,6 @@
 #include "app/Reading/LatencyBuckets.h"
 
+#include "app/Reading/Format.h"
 #include "core/Text.h"
 
 #include <algorithm>
@@ -88,6 +89,10 @@ std::string summary(std::vector<double> rtts, int lost) {
 
 double Chart::scaleMax() const {
     return LatencyChart::scaleMax(replyTimes(buckets), lowThresholdMs);
+}
+
+std::string Chart::thresholdText() const {
+    return "slow above " + Format::wholeMs(lowThresholdMs);
 }
 
 std::string Chart::summary() const {

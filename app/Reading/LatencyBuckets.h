@@ -32,6 +32,9 @@ struct Bucket {
 /// In words, `lost` being the number of buckets with a loss.
 [[nodiscard]] std::string summary(std::vector<double> rtts, int lost);
 
+/// What stands below the chart.
+inline constexpr const char* periodText = "Last 5 minutes";
+
 /// How a bucket is drawn: by its latency, as a wall when all of its pings were lost, or not at all.
 enum class BarTone { none, good, warn, bad, outage };
 
@@ -44,6 +47,8 @@ struct Chart {
     /// The top of the value axis, milliseconds.
     [[nodiscard]] double scaleMax() const;
     [[nodiscard]] BarTone tone(const Bucket& bucket) const;
+    /// What stands beside the line of the threshold: "slow above 100 ms".
+    [[nodiscard]] std::string thresholdText() const;
     /// For assistive technology.
     [[nodiscard]] std::string summary() const;
 

@@ -133,9 +133,8 @@ void LatencyChartView::drawCaption(QPainter& painter) const {
     const QFont font = style.font(11);
     const QFontMetricsF metrics(font);
     const double baseline = chartHeight() + style.length(captionGap) + std::round(metrics.ascent());
-    const TabularLine period(font, QStringLiteral("Last 5 minutes"));
-    const TabularLine threshold(
-        font, "slow above " + QString::fromStdString(Format::wholeMs(chart_.lowThresholdMs)));
+    const TabularLine period(font, QString::fromLatin1(LatencyChart::periodText));
+    const TabularLine threshold(font, QString::fromStdString(chart_.thresholdText()));
     const double left = std::floor(width() - threshold.width());
     painter.setPen(style.colors().secondary());
     period.draw(painter, {0, baseline});

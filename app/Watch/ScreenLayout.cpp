@@ -207,10 +207,10 @@ void drawChart(Canvas& canvas, int top, int rows, const LatencyChart::Chart& cha
     }
 }
 
-void drawCaption(Canvas& canvas, int row, double lowThresholdMs) {
+void drawCaption(Canvas& canvas, int row, const LatencyChart::Chart& chart) {
     const int width = canvas.size().columns - 2 * margin;
-    canvas.text(row, margin, width, "Last 5 minutes", TextStyle::secondary);
-    const std::string threshold = "slow above " + Format::wholeMs(lowThresholdMs);
+    canvas.text(row, margin, width, LatencyChart::periodText, TextStyle::secondary);
+    const std::string threshold = chart.thresholdText();
     if (canvas.widthOf(threshold) + 18 <= width) {
         const int textWidth = canvas.widthOf(threshold);
         for (int dash = 0; dash < 2; ++dash) {
@@ -278,7 +278,7 @@ Canvas drawScreen(const Reading& reading, const ScreenOptions& options, ScreenSi
     drawChart(canvas, row, plan.chartRows, reading.chart);
     row += plan.chartRows;
     if (plan.caption) {
-        drawCaption(canvas, row, reading.chart.lowThresholdMs);
+        drawCaption(canvas, row, reading.chart);
         ++row;
     }
     if (plan.grid) {
