@@ -8,6 +8,12 @@ namespace tarnwick {
 
 namespace {
 
+using Id = MenuItem::Id;
+
+MenuItem item(Id id, const char* title, char mnemonic, const char* iconName, char shortcut = 0) {
+    return {.id = id, .title = title, .mnemonic = mnemonic, .shortcut = shortcut, .iconName = iconName};
+}
+
 /// While down: the reason, and the error behind it.
 std::string toolTipOf(const Reading& reading) {
     if (!reading.isDown()) {
@@ -38,44 +44,26 @@ StatusItemController::~StatusItemController() {
 }
 
 Menu::Items StatusItemController::menuItems(bool offersUpdates) {
-    using Id = MenuItem::Id;
+    const MenuItem separator{.id = Id::separator};
+    MenuItem changeHost = item(Id::changeHost, "Change Host…", 'H', "network-wired-symbolic");
+    changeHost.hidden = true;
+    MenuItem resetAllTime = item(Id::resetAllTime, "Reset All Time Stats…", 'R', "view-refresh-symbolic");
+    resetAllTime.isAlternate = true;
     Menu::Items items{
         {.id = Id::header},
-        {.id = Id::changeHost,
-         .title = "Change Host…",
-         .mnemonic = 'H',
-         .iconName = "network-wired-symbolic",
-         .hidden = true},
-        {.id = Id::separator},
-        {.id = Id::resetSession,
-         .title = "Reset Session Stats",
-         .mnemonic = 'R',
-         .iconName = "view-refresh-symbolic"},
-        {.id = Id::resetAllTime,
-         .title = "Reset All Time Stats…",
-         .mnemonic = 'R',
-         .isAlternate = true,
-         .iconName = "view-refresh-symbolic"},
-        {.id = Id::separator},
-        {.id = Id::checkForUpdates,
-         .title = "Check for Updates…",
-         .mnemonic = 'U',
-         .iconName = "software-update-available-symbolic"},
-        {.id = Id::settings,
-         .title = "Settings…",
-         .mnemonic = 'S',
-         .shortcut = ',',
-         .iconName = "emblem-system-symbolic"},
-        {.id = Id::about, .title = "About Tarnwick", .mnemonic = 'A', .iconName = "help-about-symbolic"},
-        {.id = Id::separator},
-        {.id = Id::quit,
-         .title = "Quit Tarnwick",
-         .mnemonic = 'Q',
-         .shortcut = 'q',
-         .iconName = "system-shutdown-symbolic"},
+        changeHost,
+        separator,
+        item(Id::resetSession, "Reset Session Stats", 'R', "view-refresh-symbolic"),
+        resetAllTime,
+        separator,
+        item(Id::checkForUpdates, "Check for Updates…", 'U', "software-update-available-symbolic"),
+        item(Id::settings, "Settings…", 'S', "emblem-system-symbolic", ','),
+        item(Id::about, "About Tarnwick", 'A', "help-about-symbolic"),
+        separator,
+        item(Id::quit, "Quit Tarnwick", 'Q', "system-shutdown-symbolic", 'q'),
     };
     if (!offersUpdates) {
-        std::erase_if(items, [](const MenuItem& item) { return item.id == Id::checkForUpdates; });
+        std::erase_if(items, [](const MenuItem& each) { return each.id == Id::checkForUpdates; });
     }
     return items;
 }
@@ -169,35 +157,35 @@ void StatusItemController::menuDidClose() {
 
 void StatusItemController::refreshMenu() {
     if (needs_.updates != nullptr) {
-        menu_.setEnabled(MenuItem::Id::checkForUpdates, needs_.updates->canCheckForUpdates());
+        menu_.setEnabled(Id::checkForUpdates, needs_.updates->canCheckForUpdates());
     }
-    menu_.setHidden(MenuItem::Id::changeHost, !monitor_.reading().isDown());
+    menu_.setHidden(Id::changeHost, !monitor_.reading().isDown());
 }
 
 void StatusItemController::chosen(MenuItem::Id id) {
     switch (id) {
-    case MenuItem::Id::header:
-    case MenuItem::Id::separator:
+    case Id::header:
+    case Id::separator:
         break;
-    case MenuItem::Id::changeHost: // the host's field is in the settings
-    case MenuItem::Id::settings:
+    case Id::changeHost: // the host's field is in the settings
+    case Id::settings:
         needs_.windows.showSettings();
         break;
-    case MenuItem::Id::resetSession:
+    case Id::resetSession:
         monitor_.resetSessionStats();
         break;
-    case MenuItem::Id::resetAllTime:
+    case Id::resetAllTime:
         resetAllTimeSelected();
         break;
-    case MenuItem::Id::checkForUpdates:
+    case Id::checkForUpdates:
         if (needs_.updates != nullptr) {
             needs_.updates->checkForUpdates();
         }
         break;
-    case MenuItem::Id::about:
+    case Id::about:
         needs_.windows.showAbout();
         break;
-    case MenuItem::Id::quit:
+    case Id::quit:
         needs_.windows.quit();
         break;
     }
