@@ -1,6 +1,7 @@
 // tarnwick: the connection's quality in the panel.
 #include "app/App/AppDelegate.h"
 #include "app/CommandLine/AppOptions.h"
+#include "app/CommandLine/ArgumentParser.h"
 #include "platform/bus/InstanceGuard.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "platform/qt/QtLoopHost.h"
@@ -33,9 +34,9 @@ bool hasDisplay() {
 }
 
 /// The toolkit gets no arguments: its own options are none of this program's.
-int runApplication(const AppOptions& options, char* name, std::string startToken) {
+int runApplication(const AppOptions& options, std::string name, std::string startToken) {
     int count = 1;
-    std::array<char*, 2> arguments{name, nullptr};
+    std::array<char*, 2> arguments{name.data(), nullptr};
     const QApplication application(count, arguments.data());
     QApplication::setApplicationName("tarnwick");
     QApplication::setApplicationVersion(TARNWICK_VERSION);
@@ -71,7 +72,7 @@ int runApplication(const AppOptions& options, char* name, std::string startToken
     return QApplication::exec();
 }
 
-int start(const std::vector<std::string>& arguments, char* name) {
+int start(const std::vector<std::string>& arguments, const std::string& name) {
     // A closed pipe shows as an error of the write.
     std::signal(SIGPIPE, SIG_IGN);
     SignalWatch::block(AppDelegate::terminationSignals);
@@ -101,7 +102,7 @@ int start(const std::vector<std::string>& arguments, char* name) {
 
 int main(int argc, char* argv[]) {
     try {
-        return start({argv + 1, argv + argc}, argv[0]);
+        return start(argumentsOf(argc, argv), argc > 0 ? argv[0] : "tarnwick");
     } catch (const std::exception& error) {
         std::fprintf(stderr, "tarnwick: %s\n", error.what());
         return EXIT_FAILURE;

@@ -2,6 +2,10 @@
 
 namespace tarnwick {
 
+std::vector<std::string> argumentsOf(int argc, const char* const* argv) {
+    return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
+}
+
 ArgumentParser::ArgumentParser(const std::vector<std::string>& arguments, std::span<const option> known)
     : arguments_(arguments), known_(known) {
     pointers_.push_back(name_.data());

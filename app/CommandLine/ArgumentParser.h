@@ -8,6 +8,9 @@
 
 namespace tarnwick {
 
+/// The arguments of `main` without the program's name, which may be missing as well.
+[[nodiscard]] std::vector<std::string> argumentsOf(int argc, const char* const* argv);
+
 /// Only one at a time: the library keeps its position in global variables.
 class ArgumentParser {
 public:

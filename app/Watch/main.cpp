@@ -1,4 +1,5 @@
 // tarnwick-watch: the connection's quality in a terminal.
+#include "app/CommandLine/ArgumentParser.h"
 #include "app/CommandLine/WatchOptions.h"
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
@@ -150,7 +151,7 @@ int start(const std::vector<std::string>& arguments) {
 int main(int argc, char* argv[]) {
     // Only a lack of memory throws. The terminal is restored before the message is written.
     try {
-        return start({argv + 1, argv + argc});
+        return start(argumentsOf(argc, argv));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "tarnwick-watch: %s\n", error.what());
         return EXIT_FAILURE;

@@ -1,6 +1,9 @@
 // The command line of the desktop program.
 #include "app/CommandLine/AppOptions.h"
 
+#include "app/CommandLine/ArgumentParser.h"
+
+#include <array>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -25,6 +28,19 @@ std::string refused(const std::vector<std::string>& arguments) {
 }
 
 } // namespace
+
+TEST(ArgumentsOf, LeavesOutTheNameOfTheProgram) {
+    const std::array words{"tarnwick", "--help", "x"};
+
+    EXPECT_THAT(argumentsOf(3, words.data()), testing::ElementsAre("--help", "x"));
+    EXPECT_THAT(argumentsOf(1, words.data()), testing::IsEmpty());
+}
+
+TEST(ArgumentsOf, IsEmptyWithoutAName) {
+    const std::array<const char*, 1> words{nullptr};
+
+    EXPECT_THAT(argumentsOf(0, words.data()), testing::IsEmpty());
+}
 
 TEST(AppOptions, WithoutArgumentsEverythingIsAsStored) {
     const AppOptions options = accepted({});
