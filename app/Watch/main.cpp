@@ -58,36 +58,54 @@ std::unique_ptr<Presentation> makePresentation(
     return std::make_unique<PlainPresentation>(loop, reading, std::move(quit));
 }
 
+/// The model and all that it needs from the system.
+class Service {
+public:
+    explicit Service(const std::vector<Setting>& forThisRun)
+        : prefs_([&]() -> UserDefaults& {
+              for (const auto& [key, value] : forThisRun) {
+                  settings_.setVolatile(key, value);
+              }
+              return settings_;
+          }()) {}
+
+    [[nodiscard]] EpollRunLoop& loop() { return loop_; }
+
+    [[nodiscard]] Monitor& monitor() { return monitor_; }
+
+private:
+    EpollRunLoop loop_;
+    SettingsFile settings_{loop_, SettingsFile::defaultPath()};
+    Preferences prefs_;
+    SystemPingNetwork network_{loop_};
+    RoutePathMonitor path_{loop_};
+    BusConnection systemBus_{loop_, BusConnection::systemAddress()};
+    // Only for notifications: opened with the first one.
+    BusConnection sessionBus_{loop_, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded};
+    LogindSleepMonitor sleep_{loop_, systemBus_};
+    DesktopNotificationCenter notifications_{
+        loop_, sessionBus_, DesktopNotificationCenter::surroundings(), TARNWICK_ICON_FOLDER};
+    Monitor monitor_{
+        prefs_,
+        {
+            .loop = loop_,
+            .network = network_,
+            .path = path_,
+            .sleep = sleep_,
+            .notifications = notifications_,
+            .store = StatsStore::defaultStore(),
+        }};
+    FileWatch settingsWatch_{loop_, SettingsFile::defaultPath(), [this] {
+                                 if (settings_.reload()) {
+                                     prefs_.reload();
+                                 }
+                             }};
+};
+
 /// Returns what went wrong, or an empty text.
 std::string run(const WatchOptions& options) {
-    EpollRunLoop loop;
-    SettingsFile settings(loop, SettingsFile::defaultPath());
-    for (const auto& [key, value] : options.settings) {
-        settings.setVolatile(key, value);
-    }
-    Preferences prefs(settings);
-    SystemPingNetwork network(loop);
-    RoutePathMonitor path(loop);
-    BusConnection systemBus(loop, BusConnection::systemAddress());
-    // Only for notifications: opened with the first one.
-    BusConnection sessionBus(loop, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded);
-    LogindSleepMonitor sleep(loop, systemBus);
-    DesktopNotificationCenter notifications(
-        loop, sessionBus, DesktopNotificationCenter::surroundings(), TARNWICK_ICON_FOLDER);
-    Monitor monitor(
-        prefs, {
-                   .loop = loop,
-                   .network = network,
-                   .path = path,
-                   .sleep = sleep,
-                   .notifications = notifications,
-                   .store = StatsStore::defaultStore(),
-               });
-    const FileWatch settingsWatch(loop, SettingsFile::defaultPath(), [&] {
-        if (settings.reload()) {
-            prefs.reload();
-        }
-    });
+    Service service(options.settings);
+    EpollRunLoop& loop = service.loop();
     std::string problem;
     const auto quit = [&](const std::string& why) {
         problem = why;
@@ -104,16 +122,16 @@ std::string run(const WatchOptions& options) {
     Watch watch(
         {
             .loop = loop,
-            .monitor = monitor,
+            .monitor = service.monitor(),
             .missingPingPermission = [] { return PingPermission::grantingCommand(); },
         },
-        makePresentation(options, loop, monitor.observedReading(), quit));
+        makePresentation(options, loop, service.monitor().observedReading(), quit));
     shown = &watch;
     watch.start();
     const RunLoop::Handle end =
         options.forSeconds ? loop.after(*options.forSeconds, [&quit] { quit({}); }) : nullptr;
     loop.run();
-    monitor.saveStats();
+    service.monitor().saveStats();
     return problem;
 }
 
