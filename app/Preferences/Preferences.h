@@ -23,7 +23,7 @@ public:
 
     static constexpr std::array allDisplays{Display::iconAndText, Display::iconOnly, Display::textOnly};
 
-    /// `defaults` outlives this object.
+    /// Takes the host, the threshold and the time-out as they are stored. `defaults` outlives this object.
     explicit Preferences(UserDefaults& defaults);
 
     /// Takes over what has changed in the store since it was last read; writes nothing. A blank host is
