@@ -33,7 +33,7 @@ bool hasDisplay() {
     });
 }
 
-/// The toolkit gets no arguments: its own options are none of this program's.
+/// The toolkit gets no arguments: this program does not offer its options.
 int runApplication(const AppOptions& options, std::string name, std::string startToken) {
     int count = 1;
     std::array<char*, 2> arguments{name.data(), nullptr};

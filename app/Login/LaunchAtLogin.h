@@ -8,7 +8,7 @@
 
 namespace tarnwick::LaunchAtLogin {
 
-/// Nothing on success and where nothing is to be done, else what went wrong, for the user.
+/// Returns what went wrong, for the user; nothing on success, or when it is so already.
 [[nodiscard]] std::optional<std::string> set(LoginItem& item, bool enabled);
 
 } // namespace tarnwick::LaunchAtLogin

@@ -50,7 +50,7 @@ public:
     /// `Durability::crash` never blocks on the disk.
     void saveStats(FileStore::Durability durability = FileStore::Durability::powerCut);
 
-    // Once started, the monitor follows its preferences; it does not matter what sets them.
+    // Once started, the monitor follows its preferences, whatever sets them.
 
     /// White space around the text is dropped; an empty or unchanged host is ignored.
     void setHostname(const std::string& text);

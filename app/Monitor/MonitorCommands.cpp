@@ -38,7 +38,7 @@ void Monitor::hostChanged() {
     stopPinging();
     pending_.clear();
     refreshWatchdogConfig();
-    // Asleep, nothing is pinged: the wake decides when.
+    // Asleep, nothing is pinged; the wake restarts pinging.
     const double restartAfter = asleep_ ? restartAfterWake : 0;
     carryOut(watchdog_.reset(loop_.now(), restartAfter, true));
 }

@@ -40,7 +40,7 @@ void Monitor::evaluate(double now) {
     forgetUnsettledBookings();
     measured_.lossIsKnown = !pending_.empty();
     measured_.lossPercent = measured_.lossIsKnown ? evaluation.lossPercent : 0;
-    // Without a score the last one stands: nothing better is known.
+    // Without a new score the last one stays.
     if (evaluation.score) {
         measured_.score = evaluation.score;
     }

@@ -1,4 +1,4 @@
-// The all-time figures of every host, and this process's right, or not, to write them.
+// The all-time figures of every host, and whether this process may write them.
 #pragma once
 
 #include "app/Reading/Measurements.h"

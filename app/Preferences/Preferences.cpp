@@ -39,7 +39,7 @@ Value textOf(LossMode mode) {
     return std::string(MenuBarTitle::rawValue(mode));
 }
 
-/// The values that hold where nothing is stored.
+/// The defaults that the store itself gives.
 const UserDefaults::Table& registeredDefaults() {
     static const UserDefaults::Table table = [] {
         UserDefaults::Table registered;

@@ -18,7 +18,7 @@ namespace tarnwick {
 /// nothing; observers are told of real changes only. Main thread.
 class Preferences {
 public:
-    /// What the status item shows. There is no value for neither icon nor text.
+    /// What the status item shows: always an icon or a text.
     enum class Display { iconAndText = 0, iconOnly = 1, textOnly = 2 };
 
     static constexpr std::array allDisplays{Display::iconAndText, Display::iconOnly, Display::textOnly};
@@ -81,7 +81,7 @@ private:
         return std::get<T>(values_.at(index).get());
     }
 
-    /// The value that holds by what is stored.
+    /// The stored value, or else the default.
     [[nodiscard]] Value load(const SettingRow& row) const;
     /// Changes what is observed, without storing it.
     void assign(const std::vector<Assignment>& assignments);

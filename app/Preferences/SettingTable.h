@@ -96,7 +96,7 @@ consteval std::size_t settingIndex(std::string_view key) {
 [[nodiscard]] std::optional<UserDefaults::Value> admitted(
     const SettingRow& row, const UserDefaults::Value& value);
 
-/// What a text means for this setting: "true", "2.5", "example.org". Nothing when it is no such value.
+/// The value that a text gives for this setting: "true", "2.5", "example.org". Nothing for any other text.
 [[nodiscard]] std::optional<UserDefaults::Value> parsedSetting(
     const SettingRow& row, const std::string& text);
 

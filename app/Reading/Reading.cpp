@@ -97,7 +97,7 @@ std::string accessibilitySummary(const Reading& reading, bool isConnecting) {
     return text;
 }
 
-/// What is taken over as it was measured.
+/// The fields that are copies of a measurement or a setting.
 Reading copied(const Measurements& measured, const ReadingSettings& settings) {
     Reading reading;
     reading.status = measured.status;

@@ -41,7 +41,7 @@ public:
     /// have closed it.
     static constexpr double longestShown = 600;
 
-    /// What is handed in outlives this object. `openDropDown` is what a click on the header does.
+    /// All arguments outlive this object. A click on the header calls `openDropDown`.
     PanelMenuText(
         RunLoop& loop, const Observed<Reading>& reading, Menu& menu, std::function<void()> openDropDown);
     ~PanelMenuText() override;

@@ -35,7 +35,7 @@ QPoint beside(QPoint click, QSize size, Edge edge) {
     return {click.x() - gap - size.width(), click.y() - size.height() / 2};
 }
 
-/// What is larger than the room begins where the room begins.
+/// Anything larger than the room starts at its upper or left edge.
 int clamped(int value, int size, int low, int high) {
     return std::max(low, std::min(value, high - size));
 }

@@ -19,7 +19,7 @@ bool needsNoEscape(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; });
 }
 
-/// With quotation marks. The library's escapes and its check of the encoding are for the few that need them.
+/// With quotation marks. Few texts need the library, which escapes and checks the encoding.
 void appendString(std::string& text, std::string_view value) {
     using Json = nlohmann::json;
     if (needsNoEscape(value)) {

@@ -15,7 +15,7 @@ class JsonText {
 public:
     JsonText();
 
-    /// What is not valid UTF-8 is replaced by U+FFFD.
+    /// Invalid UTF-8 is replaced by U+FFFD.
     void add(std::string_view key, std::string_view value);
 
     void add(std::string_view key, const char* value) { add(key, std::string_view(value)); }

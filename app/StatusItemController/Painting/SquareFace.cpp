@@ -64,7 +64,7 @@ const QFont& figureFont() {
     return font;
 }
 
-/// Height of a digit with straight ends: round ones are a little higher, which should not count.
+/// Height of a digit with straight ends. Round digits are a little higher.
 double digitHeight() {
     static const double height = [] {
         QPainterPath one;

@@ -130,7 +130,7 @@ TEST_F(SettingsWindowTest, OnALowScreenTheFormScrollsAndTheKeyboardBringsTheRest
     EXPECT_TRUE(area->viewport()->rect().contains(place));
 }
 
-TEST_F(SettingsWindowTest, OnANarrowScreenTheFormScrollsSidewaysTooAndAllOfItCanBeReached) {
+TEST_F(SettingsWindowTest, OnANarrowScreenTheFormScrollsSidewaysToo) {
     QFont font = window.font();
     font.setPixelSize(60);
     window.setFont(font);

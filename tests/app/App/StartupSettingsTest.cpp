@@ -108,12 +108,12 @@ TEST_F(StartupSettingsTest, ItExistsWhereOneIsInstalled) {
     EXPECT_FALSE(StartupSettings::exists());
 }
 
-TEST_F(StartupSettingsTest, WithoutAnyNothingIsStartedAndNobodyIsTold) {
+TEST_F(StartupSettingsTest, WithoutAnyNothingIsStartedOrReported) {
     arrange("GNOME", {"systemsettings"});
     bool isTold = false;
 
     StartupSettings::open([&isTold](bool /*isOpened*/) { isTold = true; });
-    // What is started later ends later.
+    // By the end of this program the first call would have been answered.
     qputenv("XDG_CURRENT_DESKTOP", "KDE");
     EXPECT_EQ(open(), true);
 

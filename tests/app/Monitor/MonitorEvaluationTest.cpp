@@ -141,7 +141,7 @@ protected:
     }
 };
 
-TEST_F(ChangeSuppressionTest, EachPingAndEachReplyWakesObserversOnceAndATickWithoutNewsNever) {
+TEST_F(ChangeSuppressionTest, APingOrReplyWakesObserversOnceATickWithoutNewsNever) {
     setHost(host, {host}, 0.5); // pings at half seconds, ticks at whole ones
     start();
     passUntil(60.25);
@@ -161,7 +161,7 @@ TEST_F(ChangeSuppressionTest, EachPingAndEachReplyWakesObserversOnceAndATickWith
     EXPECT_LE(atTicks, 8);
 }
 
-TEST_F(ChangeSuppressionTest, AStartErrorThatComesBackUnchangedWakesNobody) {
+TEST_F(ChangeSuppressionTest, AStartErrorThatComesBackUnchangedWakesNoObserver) {
     setUnknownHost(host);
     start();
     ASSERT_NE(monitor->reading().startError, std::nullopt);

@@ -24,7 +24,7 @@ using State = StatsRecorder::State;
 
 constexpr auto host = "host.test";
 
-/// What a process does with its recorder: it counts, and saves what it has counted.
+/// A process that counts, and saves its counter.
 class Counting {
 public:
     explicit Counting(const StatsStore& store) : recorder_(store) {
@@ -189,7 +189,7 @@ public:
         }
     }
 
-    /// What it had reported before it was killed.
+    /// The last figure that it reported before it was killed.
     std::int64_t lastReport() {
         while (!isGone_) {
             nextReport();

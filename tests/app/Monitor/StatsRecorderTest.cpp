@@ -238,7 +238,7 @@ TEST_F(StatsRecorderTest, FiguresThatAppearedWhileItCouldNotRecordAreNotOverwrit
     EXPECT_EQ(store.load().at(host), sent(100));
 }
 
-TEST_F(StatsRecorderTest, AFolderThatIsEmptiedMeanwhileIsFilledAgain) {
+TEST_F(StatsRecorderTest, AFolderThatWasEmptiedIsFilledAgain) {
     start(first).save(host, sent(1), forTheCrash);
     fs::remove_all(store.url.parent_path());
 
@@ -379,7 +379,7 @@ TEST_F(StatsRecorderTest, AfterATakeoverItWritesWhatItIsTold) {
     EXPECT_EQ(store.load().at(host), sent(12));
 }
 
-TEST_F(StatsRecorderTest, ATakeoverDropsWhatWasCountedForOtherHostsMeanwhile) {
+TEST_F(StatsRecorderTest, ATakeoverDropsTheFiguresOfOtherHosts) {
     start(first).save(host, sent(10), forTheCrash);
     start(second).save(otherHost, sent(3), forTheCrash);
     first.reset();

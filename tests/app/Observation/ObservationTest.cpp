@@ -55,7 +55,7 @@ TEST(Observation, TheCallbackRunsWithinTheChangeAndSeesTheNewValue) {
     EXPECT_EQ(seen, "new");
 }
 
-TEST(Observation, AnEqualValueTellsNobody) {
+TEST(Observation, AnEqualValueTellsNoReader) {
     Observed<std::optional<double>> property(std::optional(1.5));
     const Counted reader([&] { static_cast<void>(property.get()); });
 
@@ -74,7 +74,7 @@ TEST(Observation, AReaderStillWaitsAfterAnEqualValue) {
     EXPECT_EQ(reader.changes, 1);
 }
 
-TEST(Observation, OneChangeAmongSeveralPropertiesReadIsEnoughAndTheOthersAddNothing) {
+TEST(Observation, TheFirstChangeOfSeveralPropertiesRunsTheCallbackOnce) {
     Observed<int> first(1);
     Observed<int> second(1);
     const Counted reader([&] { static_cast<void>(first.get() + second.get()); });
@@ -85,7 +85,7 @@ TEST(Observation, OneChangeAmongSeveralPropertiesReadIsEnoughAndTheOthersAddNoth
     EXPECT_EQ(reader.changes, 1);
 }
 
-TEST(Observation, AChangeOfAPropertyThatWasNotReadTellsNobody) {
+TEST(Observation, AChangeOfAnotherPropertyTellsNoReader) {
     Observed<int> isRead(1);
     Observed<int> isNotRead(1);
     const Counted reader([&] { static_cast<void>(isRead.get()); });
@@ -115,7 +115,7 @@ TEST(Observation, EveryReaderIsTold) {
     EXPECT_EQ(other.changes, 1);
 }
 
-TEST(Observation, ReadingOutsideATrackedFunctionRegistersNobody) {
+TEST(Observation, ReadingOutsideATrackedFunctionRegistersNothing) {
     Observed<int> property(1);
     const Counted reader([] {});
 
@@ -165,7 +165,7 @@ TEST(Observation, TheOuterFunctionIsTrackedAgainAfterANestedOne) {
     EXPECT_EQ(outer.changes, 1);
 }
 
-TEST(Observation, WhatIsReadWithoutTrackingIsNotRegisteredWithTheFunctionAroundIt) {
+TEST(Observation, ReadingWithoutTrackingRegistersNothingWithTheOuterFunction) {
     Observed<int> tracked(1);
     Observed<int> untracked(1);
     const Counted reader([&] {

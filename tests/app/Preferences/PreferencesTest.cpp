@@ -23,7 +23,7 @@ Value text(const std::string& value) {
     return value;
 }
 
-/// What the settings are to their readers.
+/// The settings as their readers see them.
 struct Settings {
     std::string hostname = "1.1.1.1";
     double slowPingThresholdMs = 100;
@@ -165,7 +165,7 @@ INSTANTIATE_TEST_SUITE_P(
         Reading{"FaceOfAnotherType", {{"PanelFace", 1.0}}, {}}),
     [](const auto& test) { return test.param.name; });
 
-TEST_F(PreferencesTest, TheRegisteredDefaultsAreThoseOfTheSevenSettingsWithoutAMigration) {
+TEST_F(PreferencesTest, RegisteredAreTheDefaultsOfSettingsWithoutAMigration) {
     const Preferences prefs(defaults_);
 
     EXPECT_EQ(
@@ -323,7 +323,7 @@ TEST_F(PreferencesTest, SettersTakeWhatTheyAreGiven) {
     EXPECT_EQ(defaults_.stored("PingInterval"), Value(0.2));
 }
 
-TEST_F(PreferencesTest, NeitherIconNorTextIsMendedInTheStoreWithoutTellingReadersOfTheDisplay) {
+TEST_F(PreferencesTest, MendsNeitherIconNorTextInTheStoreWithoutTellingReaders) {
     put({{"ShowIcon", false}, {"ShowText", false}});
     Preferences prefs(defaults_);
     const Reader reader([&] { static_cast<void>(prefs.display()); });

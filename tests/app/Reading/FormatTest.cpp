@@ -62,7 +62,7 @@ TEST(Format, ALocaleThatIsNotInstalledDoesNotGroup) {
     EXPECT_EQ(Format::integer(1234567, Format::Grouping("no_SUCH.locale")), "1234567");
 }
 
-TEST(Format, TheUsersLocaleIsThatOfTheEnvironmentAndDoesNotBecomeThatOfTheProcess) {
+TEST(Format, TheUsersLocaleStaysApartFromThatOfTheProcess) {
     const test::MadeLocale locale("en_US");
     if (!locale.isMade()) {
         TARNWICK_CANNOT_RUN("localedef is missing");

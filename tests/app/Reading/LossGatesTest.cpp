@@ -140,7 +140,7 @@ TEST(LossGates, HoldWhileOnlyTheSecondDigitIsNoLongerNeeded) {
     EXPECT_FALSE(gates.isHolding());
 }
 
-TEST(LossGates, AreLookedAtAgainAfterFiveSecondsSoTheTextGoesAtMostFiveSecondsLate) {
+TEST(LossGates, AreLookedAtAgainAfterFiveSeconds) {
     EXPECT_EQ(LossGates::recheckAfter, 5.0);
     LossGates gates = gatesAfter(12.4);
     std::vector<double> shown;

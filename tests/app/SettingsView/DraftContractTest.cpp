@@ -209,7 +209,7 @@ TEST_P(DraftContract, ATextWithoutAValueKeepsAChangeMadeElsewhere) {
     }
 }
 
-TEST_P(DraftContract, ATypedValueCountsAlsoWhenItWasShownBeforeAChangeMadeElsewhere) {
+TEST_P(DraftContract, ATypedValueCountsAfterAChangeMadeElsewhere) {
     typeInto(field(), GetParam().initial);
     changeElsewhere();
     settle();

@@ -29,7 +29,7 @@ TEST_F(SettingsAccessibilityTest, EveryControlTellsItsRoleAndWhatItIsFor) {
 
 TEST_F(SettingsAccessibilityTest, EveryControlIsNamedByItsLabel) {
     present();
-    // What a picker itself is called is what it has picked.
+    // A picker is called by its value, so the label must name it.
     for (QWidget* each : std::initializer_list<QWidget*>{
              &host(), &interval(), &threshold(), &display(), &lossText(), &alerts(), &launchAtLogin()}) {
         const auto labels = accessible(*each).relations(QAccessible::Label);

@@ -26,7 +26,7 @@ struct SettingsForm : WatchedMonitor {
     explicit SettingsForm(UpdateFramework* updates = nullptr)
         : model(monitor, notifications, loginItem, updates), window(model, loop, menu.menu) {}
 
-    /// What people know a control by.
+    /// The name of a control for people.
     [[nodiscard]] static std::string name(const QWidget& control) {
         const auto* const button = qobject_cast<const QPushButton*>(&control);
         return (button != nullptr ? button->text() : control.accessibleName()).toStdString();
@@ -95,7 +95,7 @@ struct SettingsForm : WatchedMonitor {
         settle();
     }
 
-    /// What has the keyboard.
+    /// The name of the control with the focus.
     [[nodiscard]] static std::string focused() {
         const QWidget* const widget = QApplication::focusWidget();
         return widget == nullptr ? "" : name(*widget);

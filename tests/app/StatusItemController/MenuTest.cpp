@@ -76,7 +76,7 @@ TEST_F(MenuTest, ReadersCanHaveItBroughtUpToDateWithoutOpeningIt) {
     EXPECT_EQ(opened, 0);
 }
 
-TEST_F(MenuTest, ClosingWhatIsNotOpenTellsNobody) {
+TEST_F(MenuTest, ClosingAClosedMenuTellsNoObserver) {
     menu.didClose();
 
     EXPECT_EQ(closed, 0);

@@ -258,7 +258,7 @@ TEST_F(PanelMenuTextTest, UnknownIdsAreIgnored) {
 
 // Following the monitor.
 
-TEST_F(PanelMenuTextTest, IsNotRefreshedWhileNobodySeesIt) {
+TEST_F(PanelMenuTextTest, IsNotRefreshedWhileItIsHidden) {
     showMenu();
     watchFor(30.5);
 

@@ -235,7 +235,7 @@ TEST_F(StatusItemControllerTest, TheLossTextStaysTenSecondsAfterLossHasEnded) {
     EXPECT_NEAR(held, 9, 0.05);
 }
 
-TEST_F(StatusItemControllerTest, TheTwoDigitWidthStaysThirtySecondsAfterTheLossFellBelowTenPercent) {
+TEST_F(StatusItemControllerTest, TheWidthOfTwoDigitsStaysThirtySecondsLonger) {
     prefs.setLossTextMode(LossMode::always);
     showFor(40.5);
     lose(4, 32);

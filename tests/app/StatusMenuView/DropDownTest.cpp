@@ -97,7 +97,7 @@ TEST_F(DropDownTest, ItTellsTheMenuWhenItOpensAndWhenItHasClosed) {
     EXPECT_EQ(menu.closed, 1);
 }
 
-TEST_F(DropDownTest, ClosingWhatIsClosedTellsNobody) {
+TEST_F(DropDownTest, ClosingAClosedWindowTellsNoObserver) {
     dropDown.close();
 
     EXPECT_EQ(menu.closed, 0);
@@ -249,7 +249,7 @@ TEST_F(DropDownTest, ItIsNamedAndFrameless) {
     EXPECT_TRUE(dropDown.window()->windowFlags().testFlag(Qt::FramelessWindowHint));
 }
 
-TEST_F(DropDownTest, ItemsStandBelowTheStatusInTheMenusOrderWithoutHiddenOnesAndAlternates) {
+TEST_F(DropDownTest, VisibleItemsStandBelowTheStatusInTheMenusOrder) {
     open();
 
     EXPECT_THAT(

@@ -34,7 +34,7 @@ QString themeFile(const QString& name) {
     return QStringLiteral(TARNWICK_ICONS "/hicolor/symbolic/apps/%1.svg").arg(name);
 }
 
-/// What is drawn by such a file, in its order.
+/// The shapes in such a file, in their order.
 std::vector<Shape> shapes(const QString& path, QString* style = nullptr) {
     QFile file(path);
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();

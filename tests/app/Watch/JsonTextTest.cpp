@@ -1,4 +1,4 @@
-// What is written must read back as the same values: the reader here is the library's.
+// The library must read the same values back.
 #include "app/Watch/JsonText.h"
 
 #include <gmock/gmock.h>

@@ -89,7 +89,7 @@ TEST_F(LineWriterTest, LinesKeepTheirOrder) {
     EXPECT_EQ(pipe_.read(), "first\nsecond\n");
 }
 
-TEST_F(LineWriterTest, ALineIsLeftOutWhenTheReaderIsFarBehindAndNobodyWaits) {
+TEST_F(LineWriterTest, ALineIsLeftOutAtOnceWhenTheReaderIsFarBehind) {
     fill();
 
     EXPECT_EQ(writer_.write(line_), Written::leftOut);
@@ -133,7 +133,7 @@ TEST_F(LineWriterTest, GoesOnWhenTheReaderHasCaughtUp) {
     EXPECT_EQ(pipe_.read(), "again\n");
 }
 
-TEST_F(LineWriterTest, TellsWhenNobodyReadsAnyMore) {
+TEST_F(LineWriterTest, TellsWhenTheReaderHasGone) {
     pipe_.closeReader();
 
     EXPECT_EQ(writer_.write(line_), Written::closed);

@@ -82,7 +82,7 @@ TEST_F(LaunchAtLoginToggleTest, TurnedOffWhileApprovalIsMissingItUnregisters) {
     EXPECT_FALSE(toggle().isOn());
 }
 
-TEST_F(LaunchAtLoginToggleTest, TurnedOnWhileApprovalIsMissingItChangesNothingAndReportsNoError) {
+TEST_F(LaunchAtLoginToggleTest, TurnedOnWithoutApprovalItChangesAndReportsNothing) {
     static_cast<void>(toggle());
     item.now = Status::requiresApproval;
     toggle().set(true);

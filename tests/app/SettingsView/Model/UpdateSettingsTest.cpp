@@ -96,7 +96,7 @@ TEST_F(UpdateSettingsTest, ItTellsOfChanges) {
     EXPECT_TRUE(tellsOf([this] { settings.refresh(); }));
 }
 
-TEST_F(UpdateSettingsTest, ReadAgainWithoutAChangeItTellsNobody) {
+TEST_F(UpdateSettingsTest, ReadAgainWithoutAChangeItTellsNoObserver) {
     framework.checks = true;
     framework.lastCheck = noon;
     settings.refresh();
