@@ -67,7 +67,7 @@ Value Preferences::load(const SettingRow& row) const {
     switch (row.rule) {
     case SettingRule::pingInterval:
     case SettingRule::lossMode:
-    case SettingRule::panelFace:
+    case SettingRule::form:
         if (const auto value = stored ? admitted(row, *stored) : std::nullopt) {
             return *value;
         }
@@ -139,9 +139,9 @@ LossMode Preferences::lossTextMode() const {
     return MenuBarTitle::lossMode(get<std::string>(packetLossTextMode)).value_or(LossMode::whenLossy);
 }
 
-StatusItem::PanelFace Preferences::panelFace() const {
-    return tarnwick::panelFace(get<std::string>(settingIndex(PreferenceKey::panelFace)))
-        .value_or(StatusItem::PanelFace::automatic);
+StatusItem::Form Preferences::panelFace() const {
+    return formOf(get<std::string>(settingIndex(PreferenceKey::panelFace)))
+        .value_or(StatusItem::Form::automatic);
 }
 
 void Preferences::setHostname(const std::string& hostname) {

@@ -11,9 +11,8 @@ namespace {
 
 using Value = UserDefaults::Value;
 
-constexpr std::array allPanelFaces{
-    StatusItem::PanelFace::automatic, StatusItem::PanelFace::label, StatusItem::PanelFace::wide,
-    StatusItem::PanelFace::square};
+constexpr std::array allForms{
+    StatusItem::Form::automatic, StatusItem::Form::label, StatusItem::Form::wide, StatusItem::Form::square};
 
 std::optional<Value> onlyIf(bool isRight, const Value& value) {
     return isRight ? std::optional(value) : std::nullopt;
@@ -41,8 +40,8 @@ std::optional<Value> admitted(const SettingRow& row, const Value& value) {
         return static_cast<double>(PingIntervalSetting::clamped(std::get<double>(value)));
     case SettingRule::lossMode:
         return onlyIf(MenuBarTitle::lossMode(std::get<std::string>(value)).has_value(), value);
-    case SettingRule::panelFace:
-        return onlyIf(panelFace(std::get<std::string>(value)).has_value(), value);
+    case SettingRule::form:
+        return onlyIf(formOf(std::get<std::string>(value)).has_value(), value);
     case SettingRule::boolean:
         break;
     }
@@ -84,24 +83,24 @@ std::optional<std::string> hostIn(std::string_view text) {
     return host.empty() ? std::nullopt : std::optional(std::string(host));
 }
 
-std::string_view rawValue(StatusItem::PanelFace face) {
-    switch (face) {
-    case StatusItem::PanelFace::label:
+std::string_view rawValue(StatusItem::Form form) {
+    switch (form) {
+    case StatusItem::Form::label:
         return "label";
-    case StatusItem::PanelFace::wide:
+    case StatusItem::Form::wide:
         return "wide";
-    case StatusItem::PanelFace::square:
+    case StatusItem::Form::square:
         return "square";
-    case StatusItem::PanelFace::automatic:
+    case StatusItem::Form::automatic:
         break;
     }
     return "auto";
 }
 
-std::optional<StatusItem::PanelFace> panelFace(std::string_view text) {
-    for (const StatusItem::PanelFace face : allPanelFaces) {
-        if (rawValue(face) == text) {
-            return face;
+std::optional<StatusItem::Form> formOf(std::string_view text) {
+    for (const StatusItem::Form form : allForms) {
+        if (rawValue(form) == text) {
+            return form;
         }
     }
     return std::nullopt;

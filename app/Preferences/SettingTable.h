@@ -35,8 +35,8 @@ enum class SettingRule {
     positiveNumber, ///< above 0
     pingInterval,   ///< a number; `PingIntervalSetting::clamped` brings it into range
     boolean,
-    lossMode,  ///< the stored text of a `MenuBarTitle::LossMode`
-    panelFace, ///< the stored text of a `StatusItem::PanelFace`
+    lossMode, ///< the stored text of a `MenuBarTitle::LossMode`
+    form,     ///< the stored text of a `StatusItem::Form`
 };
 
 /// How a setting's default reaches its readers.
@@ -75,8 +75,8 @@ inline constexpr std::array<SettingRow, 10> settingTable{{
      "true or false", ""},
     {PreferenceKey::showNotifications, false, SettingDefault::registered, SettingRule::boolean,
      "true or false", "notify when the connection goes down and comes back"},
-    {PreferenceKey::panelFace, "auto", SettingDefault::own, SettingRule::panelFace,
-     "auto, label, wide or square", "form of the panel item"},
+    {PreferenceKey::panelFace, "auto", SettingDefault::own, SettingRule::form, "auto, label, wide or square",
+     "form of the panel item"},
 }};
 
 /// The place of a key in the table. A key that is not there does not compile.
@@ -109,8 +109,8 @@ consteval std::size_t settingIndex(std::string_view key) {
 /// The host in a text: without white space around it; nothing when that leaves nothing.
 [[nodiscard]] std::optional<std::string> hostIn(std::string_view text);
 
-/// The stored text of a panel face and back; nothing for any other text, case included.
-[[nodiscard]] std::string_view rawValue(StatusItem::PanelFace face);
-[[nodiscard]] std::optional<StatusItem::PanelFace> panelFace(std::string_view text);
+/// The stored text of a form and back; nothing for any other text, case included.
+[[nodiscard]] std::string_view rawValue(StatusItem::Form form);
+[[nodiscard]] std::optional<StatusItem::Form> formOf(std::string_view text);
 
 } // namespace tarnwick

@@ -70,7 +70,7 @@ Menu::Items StatusItemController::menuItems(bool offersUpdates) {
 
 void StatusItemController::update() {
     const Reading& reading = monitor_.reading();
-    updatePanelFace();
+    updateForm();
     if (StatusFace present = face(reading); present != appliedFace_) {
         item_.setFace(present);
         appliedFace_ = std::move(present);
@@ -85,10 +85,10 @@ void StatusItemController::update() {
     }
 }
 
-void StatusItemController::updatePanelFace() {
-    if (const auto form = monitor_.prefs().panelFace(); form != appliedPanelFace_) {
-        item_.setPanelFace(form);
-        appliedPanelFace_ = form;
+void StatusItemController::updateForm() {
+    if (const auto form = monitor_.prefs().panelFace(); form != appliedForm_) {
+        item_.setForm(form);
+        appliedForm_ = form;
     }
 }
 

@@ -68,7 +68,7 @@ public:
 
 private:
     void update();
-    void updatePanelFace();
+    void updateForm();
     [[nodiscard]] StatusFace face(const Reading& reading);
     void addTitle(StatusFace& face, const Reading& reading);
     std::optional<int> updateLossGates(const Reading& reading);
@@ -89,7 +89,7 @@ private:
     bool isMenuOpen_ = false;
 
     // What the item shows now.
-    std::optional<StatusItem::PanelFace> appliedPanelFace_;
+    std::optional<StatusItem::Form> appliedForm_;
     std::optional<StatusFace> appliedFace_;
     std::optional<int> appliedLossDigits_;
     std::optional<std::string> appliedToolTip_;

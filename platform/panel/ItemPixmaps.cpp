@@ -48,7 +48,7 @@ std::vector<int> pixmapHeights(const std::vector<double>& scales) {
     return {heights.begin(), heights.end()};
 }
 
-const std::vector<Pixmap>& ItemPixmaps::images(const StatusFace& face, StatusItem::PanelFace form, Ink ink) {
+const std::vector<Pixmap>& ItemPixmaps::images(const StatusFace& face, StatusItem::Form form, Ink ink) {
     Key key{.face = face, .form = form, .ink = ink, .heights = pixmapHeights(scales_())};
     if (key_ != key) {
         images_.clear();

@@ -29,13 +29,12 @@ public:
     ItemPixmaps(const FacePainter& painter, Scales scales) : painter_(painter), scales_(std::move(scales)) {}
 
     /// One image for each height. Any change of `face` paints again: pass only what the form shows.
-    [[nodiscard]] const std::vector<Pixmap>& images(
-        const StatusFace& face, StatusItem::PanelFace form, Ink ink);
+    [[nodiscard]] const std::vector<Pixmap>& images(const StatusFace& face, StatusItem::Form form, Ink ink);
 
 private:
     struct Key {
         StatusFace face;
-        StatusItem::PanelFace form;
+        StatusItem::Form form;
         Ink ink;
         std::vector<int> heights;
 

@@ -9,7 +9,7 @@ namespace tarnwick {
 
 namespace {
 
-using Form = StatusItem::PanelFace;
+using Form = StatusItem::Form;
 using Icon = StatusFace::Icon;
 
 /// A space as wide as a digit. Panels do not drop it at the end of a text.

@@ -12,7 +12,7 @@ namespace tarnwick {
 /// What the program wants to show in any panel.
 struct ItemState {
     StatusFace face{};
-    StatusItem::PanelFace form = StatusItem::PanelFace::automatic;
+    StatusItem::Form form = StatusItem::Form::automatic;
     std::string toolTip{};
     std::string accessibilityValue{};
 };
@@ -20,7 +20,7 @@ struct ItemState {
 struct ItemPresentation {
     static constexpr const char* name = "Tarnwick";
 
-    StatusItem::PanelFace form = StatusItem::PanelFace::square; ///< never automatic
+    StatusItem::Form form = StatusItem::Form::square; ///< never automatic
     Ink ink = Ink::light;
     StatusFace imageFace{}; ///< reduced to what the image shows in this form
     std::string iconName{}; ///< in the icon theme; empty: the image is sent

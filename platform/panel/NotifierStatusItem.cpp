@@ -179,7 +179,7 @@ void NotifierStatusItem::setAccessibilityValue(const std::string& text) {
     refresh();
 }
 
-void NotifierStatusItem::setPanelFace(PanelFace form) {
+void NotifierStatusItem::setForm(Form form) {
     state_.form = form;
     refresh();
 }

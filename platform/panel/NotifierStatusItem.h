@@ -47,7 +47,7 @@ public:
     void setFace(const StatusFace& face) override;
     void setToolTip(const std::string& text) override;
     void setAccessibilityValue(const std::string& text) override;
-    void setPanelFace(PanelFace form) override;
+    void setForm(Form form) override;
 
     /// The ink of images where it is unknown how dark the panel is; dark at first.
     void setFallbackInk(Ink ink);

@@ -10,7 +10,7 @@ namespace tarnwick {
 
 namespace {
 
-using Form = StatusItem::PanelFace;
+using Form = StatusItem::Form;
 
 // Measured with the panels of 2023. Those with a fixed ink have a dark background by default. A theme of
 // their own may change it; there is no way to ask.

@@ -18,8 +18,8 @@ enum class ToolTipMarkup {
 };
 
 struct PanelHost {
-    std::string_view process{}; ///< the kernel's name of it; empty: any other panel
-    StatusItem::PanelFace form = StatusItem::PanelFace::square; ///< the best one; never automatic
+    std::string_view process{};                       ///< the kernel's name of it; empty: any other panel
+    StatusItem::Form form = StatusItem::Form::square; ///< the best one; never automatic
     bool drawsLabel = false;
     bool ignoresLabelGuide = false;             ///< the label's width follows its text
     bool recolorsSymbolicIcons = false;         ///< those that are sent by name

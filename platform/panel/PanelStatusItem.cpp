@@ -42,8 +42,8 @@ void PanelStatusItem::setAccessibilityValue(const std::string& text) {
     }
 }
 
-void PanelStatusItem::setPanelFace(PanelFace form) {
-    needs_.notifier.setPanelFace(form);
+void PanelStatusItem::setForm(Form form) {
+    needs_.notifier.setForm(form);
 }
 
 void PanelStatusItem::lookForTray() {

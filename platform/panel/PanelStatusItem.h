@@ -37,7 +37,7 @@ public:
     void setFace(const StatusFace& face) override;
     void setToolTip(const std::string& text) override;
     void setAccessibilityValue(const std::string& text) override;
-    void setPanelFace(PanelFace form) override;
+    void setForm(Form form) override;
 
 private:
     void lookForTray();

@@ -31,7 +31,7 @@ public:
     /// The face in this form (not `automatic`), `height` pixels high. The square is as wide as high; the
     /// wide one as wide as it needs; the label form is the icon alone.
     [[nodiscard]] virtual Pixmap paint(
-        const StatusFace& face, StatusItem::PanelFace form, int height, Ink ink) const = 0;
+        const StatusFace& face, StatusItem::Form form, int height, Ink ink) const = 0;
 
     /// Width of a text in the title's font, rounded up to whole points.
     [[nodiscard]] virtual double textWidth(const std::string& text) const = 0;

@@ -39,7 +39,7 @@ struct ScreenPoint {
 class StatusItem {
 public:
     /// In which form a panel is given the face.
-    enum class PanelFace {
+    enum class Form {
         automatic, ///< as the panel at hand needs it
         label,     ///< the icon as image, the title as the panel's own label beside it
         wide,      ///< icon and title in one image
@@ -56,7 +56,7 @@ public:
     virtual void setToolTip(const std::string& text) = 0;
     /// What assistive technology says of the item, after its name.
     virtual void setAccessibilityValue(const std::string& text) = 0;
-    virtual void setPanelFace(PanelFace form) = 0;
+    virtual void setForm(Form form) = 0;
 
     /// Called at a click, with its place if the panel tells it.
     std::function<void(std::optional<ScreenPoint>)> onActivate;

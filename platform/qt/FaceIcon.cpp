@@ -47,8 +47,7 @@ public:
 
 private:
     [[nodiscard]] QImage image(int side) const {
-        return side > 0 ? toImage(painter_.paint(face_, StatusItem::PanelFace::square, side, ink_))
-                        : QImage();
+        return side > 0 ? toImage(painter_.paint(face_, StatusItem::Form::square, side, ink_)) : QImage();
     }
 
     StatusFace face_;

@@ -22,7 +22,7 @@ public:
     void setAccessibilityValue(const std::string& /*text*/) override {}
 
     /// Nothing to do: the tray has square places only.
-    void setPanelFace(PanelFace /*form*/) override {}
+    void setForm(Form /*form*/) override {}
 
     /// Most trays do not publish their color, so the caller chooses the ink.
     void setInk(Ink ink);

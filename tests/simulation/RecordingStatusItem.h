@@ -16,7 +16,7 @@ public:
 
     void setAccessibilityValue(const std::string& text) override { accessibilityValues.push_back(text); }
 
-    void setPanelFace(PanelFace form) override { panelFaces.push_back(form); }
+    void setForm(Form form) override { forms.push_back(form); }
 
     /// Measures titles as the item would draw them.
     [[nodiscard]] double textWidth(const std::string& text) {
@@ -33,13 +33,13 @@ public:
 
     /// The number of calls.
     [[nodiscard]] std::size_t touches() const {
-        return faces.size() + toolTips.size() + accessibilityValues.size() + panelFaces.size();
+        return faces.size() + toolTips.size() + accessibilityValues.size() + forms.size();
     }
 
     std::vector<StatusFace> faces;
     std::vector<std::string> toolTips;
     std::vector<std::string> accessibilityValues;
-    std::vector<PanelFace> panelFaces;
+    std::vector<Form> forms;
     int measured = 0;
 };
 

@@ -60,19 +60,19 @@ QImage square(const SquareFace::Content& content, int height) {
     return result;
 }
 
-QImage mask(const StatusFace& face, StatusItem::PanelFace form, int height) {
+QImage mask(const StatusFace& face, StatusItem::Form form, int height) {
     switch (form) {
-    case StatusItem::PanelFace::wide:
+    case StatusItem::Form::wide:
         return wide(face, height);
-    case StatusItem::PanelFace::label:
+    case StatusItem::Form::label:
         // The text stands beside it.
         return square(
             {.triangle = face.icon == StatusFace::Icon::failed,
              .bars = face.icon == StatusFace::Icon::bars,
              .activeBars = face.activeBars},
             height);
-    case StatusItem::PanelFace::square:
-    case StatusItem::PanelFace::automatic:
+    case StatusItem::Form::square:
+    case StatusItem::Form::automatic:
         break;
     }
     return square(SquareFace::content(face), height);
@@ -84,7 +84,7 @@ QColor color(Ink ink) {
 
 } // namespace
 
-Pixmap QtFacePainter::paint(const StatusFace& face, StatusItem::PanelFace form, int height, Ink ink) const {
+Pixmap QtFacePainter::paint(const StatusFace& face, StatusItem::Form form, int height, Ink ink) const {
     QImage image = mask(face, form, std::max(height, 1));
     {
         QPainter painter(&image);

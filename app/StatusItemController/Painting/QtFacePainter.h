@@ -9,7 +9,7 @@ namespace tarnwick {
 class QtFacePainter final : public FacePainter {
 public:
     [[nodiscard]] Pixmap paint(
-        const StatusFace& face, StatusItem::PanelFace form, int height, Ink ink) const override;
+        const StatusFace& face, StatusItem::Form form, int height, Ink ink) const override;
     [[nodiscard]] double textWidth(const std::string& text) const override;
 };
 

@@ -15,7 +15,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Change = MemoryDefaults::Change;
 using Display = Preferences::Display;
-using Face = StatusItem::PanelFace;
+using Form = StatusItem::Form;
 using Value = UserDefaults::Value;
 using MenuBarTitle::LossMode;
 
@@ -32,7 +32,7 @@ struct Settings {
     Display display = Display::iconAndText;
     LossMode lossTextMode = LossMode::whenLossy;
     bool showNotifications = false;
-    Face panelFace = Face::automatic;
+    Form panelFace = Form::automatic;
 
     friend bool operator==(const Settings&, const Settings&) = default;
 };
@@ -119,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(
              {"PacketLossTextMode", text("off")},
              {"ShowNotifications", true},
              {"PanelFace", text("wide")}},
-            {"example.org", 250, 2.5, 5, Display::iconOnly, LossMode::off, true, Face::wide}},
+            {"example.org", 250, 2.5, 5, Display::iconOnly, LossMode::off, true, Form::wide}},
         Reading{"HostOfAnotherType", {{"Hostname", 8.8}}, {}},
         Reading{"IntervalOfAnotherType", {{"PingInterval", text("5")}}, {}},
         Reading{
@@ -158,8 +158,8 @@ INSTANTIATE_TEST_SUITE_P(
         Reading{"OlderFormOff", {{"ShowPacketLossText", false}}, {.lossTextMode = LossMode::off}},
         Reading{"OlderFormAsANumber", {{"ShowPacketLossText", 1.0}}, {}},
         Reading{"OlderFormAsAText", {{"ShowPacketLossText", text("true")}}, {}},
-        Reading{"LabelFace", {{"PanelFace", text("label")}}, {.panelFace = Face::label}},
-        Reading{"SquareFace", {{"PanelFace", text("square")}}, {.panelFace = Face::square}},
+        Reading{"LabelFace", {{"PanelFace", text("label")}}, {.panelFace = Form::label}},
+        Reading{"SquareFace", {{"PanelFace", text("square")}}, {.panelFace = Form::square}},
         Reading{"AutomaticFace", {{"PanelFace", text("auto")}}, {}},
         Reading{"UnknownFace", {{"PanelFace", text("Wide")}}, {}},
         Reading{"FaceOfAnotherType", {{"PanelFace", 1.0}}, {}}),
@@ -343,7 +343,7 @@ TEST_F(PreferencesTest, SettingsThatChangeTogetherInTheStoreAreActedOnTogether) 
     prefs.reload();
 
     EXPECT_THAT(
-        seen, ElementsAre(Settings{.hostname = "example.org", .pingTimeout = 9, .panelFace = Face::wide}));
+        seen, ElementsAre(Settings{.hostname = "example.org", .pingTimeout = 9, .panelFace = Form::wide}));
 }
 
 TEST_F(PreferencesTest, TheDisplaysHaveTheirNumbers) {

@@ -109,7 +109,7 @@ TEST_F(StatusItemControllerTest, FollowsTheDisplaySettingWhileRunning) {
 TEST_F(StatusItemControllerTest, HandsOverThePanelFaceOfTheSettings) {
     show();
 
-    EXPECT_THAT(item.panelFaces, ElementsAre(StatusItem::PanelFace::automatic));
+    EXPECT_THAT(item.forms, ElementsAre(StatusItem::Form::automatic));
 }
 
 TEST_F(StatusItemControllerTest, HandsOverANewPanelFaceOnce) {
@@ -119,7 +119,7 @@ TEST_F(StatusItemControllerTest, HandsOverANewPanelFaceOnce) {
     prefs.reload();
     loop.advance(5);
 
-    EXPECT_THAT(item.panelFaces, ElementsAre(StatusItem::PanelFace::automatic, StatusItem::PanelFace::wide));
+    EXPECT_THAT(item.forms, ElementsAre(StatusItem::Form::automatic, StatusItem::Form::wide));
 }
 
 // Change filters.

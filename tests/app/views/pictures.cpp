@@ -43,7 +43,7 @@ StatusFace face(StatusFace::Icon icon, int bars, const std::string& title, const
     return face;
 }
 
-QImage painted(const StatusFace& face, StatusItem::PanelFace form, int height, Ink ink) {
+QImage painted(const StatusFace& face, StatusItem::Form form, int height, Ink ink) {
     return test::toImage(QtFacePainter().paint(face, form, height, ink));
 }
 
@@ -65,7 +65,7 @@ std::vector<StatusFace> faces() {
     return all;
 }
 
-QImage sheet(StatusItem::PanelFace form, int height, Ink ink, int zoom) {
+QImage sheet(StatusItem::Form form, int height, Ink ink, int zoom) {
     const int gap = height / 3;
     std::vector<QImage> images;
     int width = gap;
@@ -86,7 +86,7 @@ QImage sheet(StatusItem::PanelFace form, int height, Ink ink, int zoom) {
 }
 
 void drawFaces(const QDir& folder) {
-    using Form = StatusItem::PanelFace;
+    using Form = StatusItem::Form;
     for (const auto& [form, name] :
          {std::pair{Form::square, "square"}, std::pair{Form::wide, "wide"},
           std::pair{Form::label, "label"}}) {
@@ -266,7 +266,7 @@ void drawInBothColors(const QDir& folder, const QString& scale, double points) {
 
 /// Wide and square faces one below the other, on a light panel and on a dark one.
 QImage faceStrips() {
-    using Form = StatusItem::PanelFace;
+    using Form = StatusItem::Form;
     std::vector<QImage> strips;
     for (const Form form : {Form::wide, Form::square}) {
         for (const Ink ink : {Ink::dark, Ink::light}) {

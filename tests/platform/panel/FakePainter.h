@@ -14,9 +14,9 @@ namespace tarnwick {
 class FakePainter final : public FacePainter {
 public:
     [[nodiscard]] Pixmap paint(
-        const StatusFace& face, StatusItem::PanelFace form, int height, Ink ink) const override {
+        const StatusFace& face, StatusItem::Form form, int height, Ink ink) const override {
         ++paintings;
-        const int width = form == StatusItem::PanelFace::wide ? 3 * height : height;
+        const int width = form == StatusItem::Form::wide ? 3 * height : height;
         const std::uint32_t color = ink == Ink::light ? 0x80F4F4F0U : 0x80242420U;
         return {
             .width = width,

@@ -11,7 +11,7 @@ namespace tarnwick {
 
 namespace {
 
-using Form = StatusItem::PanelFace;
+using Form = StatusItem::Form;
 using Icon = StatusFace::Icon;
 
 constexpr const char* figureSpace = "\u2007";

@@ -12,7 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using Form = StatusItem::PanelFace;
+using Form = StatusItem::Form;
 
 const StatusFace otherText{
     .activeBars = 4, .title = "43 ms", .figure = "43", .widestTitle = "888 ms", .textSlot = 42};
@@ -155,7 +155,7 @@ INSTANTIATE_TEST_SUITE_P(
             "xfce4-panel",
             [](auto& item) { item.setAccessibilityValue("Good"); },
             {"PropertiesChanged", "IconAccessibleDesc"}},
-        Change{"Form", "lxqt-panel", [](auto& item) { item.setPanelFace(Form::wide); }, {"NewIcon"}}),
+        Change{"Form", "lxqt-panel", [](auto& item) { item.setForm(Form::wide); }, {"NewIcon"}}),
     test::caseName);
 
 TEST_F(NotifierStatusItemTest, WhereThePanelsColorIsUnknownTheFallbackHolds) {

@@ -10,7 +10,7 @@ namespace tarnwick {
 
 namespace {
 
-using Form = StatusItem::PanelFace;
+using Form = StatusItem::Form;
 
 } // namespace
 

@@ -26,7 +26,7 @@ public:
 
     void setAccessibilityValue(const std::string& text) override { shown_.setAccessibilityValue(text); }
 
-    void setPanelFace(PanelFace /*form*/) override {}
+    void setForm(Form /*form*/) override {}
 
 private:
     RecordingStatusItem& shown_;

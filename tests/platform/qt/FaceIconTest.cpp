@@ -17,7 +17,7 @@ namespace {
 class PlainPainter final : public FacePainter {
 public:
     [[nodiscard]] Pixmap paint(
-        const StatusFace& face, StatusItem::PanelFace form, int height, Ink ink) const override {
+        const StatusFace& face, StatusItem::Form form, int height, Ink ink) const override {
         painted.emplace_back(form, height);
         return {.width = height, .height = height, .pixels = std::vector(area(height), color(face, ink))};
     }
@@ -31,7 +31,7 @@ public:
                | (ink == Ink::light ? 0xffU : 0U);
     }
 
-    mutable std::vector<std::pair<StatusItem::PanelFace, int>> painted;
+    mutable std::vector<std::pair<StatusItem::Form, int>> painted;
 
 private:
     static std::size_t area(int height) {
@@ -49,7 +49,7 @@ protected:
     StatusFace face_{.activeBars = 3};
 };
 
-constexpr auto square = StatusItem::PanelFace::square;
+constexpr auto square = StatusItem::Form::square;
 
 } // namespace
 

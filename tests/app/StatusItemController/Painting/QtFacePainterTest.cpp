@@ -11,7 +11,7 @@ namespace tarnwick {
 
 namespace {
 
-using Form = StatusItem::PanelFace;
+using Form = StatusItem::Form;
 
 class QtFacePainterTest : public testing::Test {
 protected:
