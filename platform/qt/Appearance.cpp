@@ -63,6 +63,10 @@ bool isDark() {
 }
 
 void prefer(std::optional<bool> wantsDark) {
+    const bool hasOurColors = QCoreApplication::testAttribute(Qt::AA_SetPalette);
+    if (hasOurColors && wantsDark == isDark()) {
+        return;
+    }
     // Gives the toolkit its own colors back, for the comparison.
     QApplication::setPalette(QPalette());
     if (wantsDark && *wantsDark != isDark()) {

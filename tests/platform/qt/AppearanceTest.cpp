@@ -1,6 +1,7 @@
 // Light and dark windows, as the user prefers them and whatever the toolkit begins with.
 #include "platform/qt/Appearance.h"
 
+#include "platform/qt/PaletteWatch.h"
 #include "tests/support/Contrast.h"
 
 #include <QApplication>
@@ -47,6 +48,18 @@ TEST_F(AppearanceTest, TheToolkitsColorsComeBackWithThePreference) {
     Appearance::prefer(toolkitIsDark);
 
     EXPECT_EQ(QApplication::palette(), toolkit);
+}
+
+TEST_F(AppearanceTest, EachChangeOfThePreferenceChangesThePaletteOnce) {
+    int changes = 0;
+    const PaletteWatch watch([&changes] { ++changes; });
+
+    Appearance::prefer(!toolkitIsDark);
+    EXPECT_EQ(changes, 1);
+    Appearance::prefer(!toolkitIsDark);
+    EXPECT_EQ(changes, 1);
+    Appearance::prefer(toolkitIsDark);
+    EXPECT_EQ(changes, 2);
 }
 
 TEST_F(AppearanceTest, TextIsReadableInEitherKind) {
