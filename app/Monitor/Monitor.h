@@ -70,8 +70,9 @@ public:
     /// What readings are made of. Not observable.
     [[nodiscard]] const Measurements& measured() const { return measured_; }
 
-    /// Called at the end of every tick, with the reading published.
-    std::function<void()> onTick;
+    /// Called at the end of every tick, with the reading published. `now` is the monotonic time of the
+    /// judgment.
+    std::function<void(double now)> onTick;
 
 private:
     /// Seconds that the network is given to come back after a sleep.
@@ -91,7 +92,7 @@ private:
 
     // The judging.
     void tick();
-    void judge();
+    void judge(double now);
     /// Takes over the watchdog's verdict after a step, then does what the step asked for.
     void carryOut(const ConnectionWatchdog::Actions& actions);
     void carryOut(ConnectionWatchdog::Action action);

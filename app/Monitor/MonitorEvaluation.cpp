@@ -15,15 +15,15 @@ void Monitor::tick() {
     if (asleep_) {
         return;
     }
-    judge();
+    const double now = loop_.now();
+    judge(now);
     if (onTick) {
-        onTick();
+        onTick(now);
     }
 }
 
-void Monitor::judge() {
+void Monitor::judge(double now) {
     const Event event(*this);
-    const double now = loop_.now();
     carryOut(watchdog_.tick(now));
     evaluate(now);
     if (++tickCount_ == ticksBetweenSaves) {

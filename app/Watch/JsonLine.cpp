@@ -116,10 +116,10 @@ std::string timestamp(RunLoop::WallTime time) {
 }
 
 std::string jsonLine(
-    const Reading& reading, RunLoop::WallTime time, double monotonic, const std::string& menuTitle) {
+    const Reading& reading, RunLoop::WallTime time, double judgedAt, const std::string& menuTitle) {
     JsonText line;
     line.add("time", timestamp(time));
-    line.add("monotonic", monotonic);
+    line.add("monotonic", judgedAt);
     line.add("host", reading.host);
     line.add("resolvedAddress", reading.resolvedAddress);
     addVerdict(line, reading);

@@ -7,10 +7,10 @@
 
 namespace tarnwick {
 
-/// `time` and `monotonic` (in seconds) are the time of the line by two clocks. `menuTitle` is what the status
-/// item shows at this moment. Ends with a line break.
+/// `time` is that of the line, `judgedAt` the monotonic second of the judgment. `menuTitle` is what the
+/// status item shows at this moment. Ends with a line break.
 [[nodiscard]] std::string jsonLine(
-    const Reading& reading, RunLoop::WallTime time, double monotonic, const std::string& menuTitle);
+    const Reading& reading, RunLoop::WallTime time, double judgedAt, const std::string& menuTitle);
 
 /// RFC 3339 in UTC with milliseconds.
 [[nodiscard]] std::string timestamp(RunLoop::WallTime time);

@@ -46,22 +46,21 @@ LinePresentation::LinePresentation(RunLoop& loop, const Observed<Reading>& readi
     : loop_(loop), reading_(reading), quit_(std::move(quit)), output_(STDOUT_FILENO) {
 }
 
-void LinePresentation::show() {
-    quitUnlessWritten(output_.write(line()), quit_);
+void LinePresentation::show(double judgedAt) {
+    quitUnlessWritten(output_.write(line(judgedAt)), quit_);
 }
 
 void LinePresentation::setNotes(const std::vector<std::string>& notes) {
     noteLines_.set(notes);
 }
 
-std::string JsonPresentation::line() {
+std::string JsonPresentation::line(double judgedAt) {
     const Reading& present = reading();
-    const double now = loop().now();
-    const auto digits = gates_.update(present.knownLoss(), present.lossTextMode, now);
-    return jsonLine(present, loop().wallNow(), now, present.menuTitle(digits.has_value()));
+    const auto digits = gates_.update(present.knownLoss(), present.lossTextMode, loop().now());
+    return jsonLine(present, loop().wallNow(), judgedAt, present.menuTitle(digits.has_value()));
 }
 
-std::string PlainPresentation::line() {
+std::string PlainPresentation::line(double /*judgedAt*/) {
     return plainLine(reading(), loop().wallNow());
 }
 
@@ -73,7 +72,11 @@ ScreenPresentation::ScreenPresentation(
     }
 }
 
-void ScreenPresentation::show() {
+void ScreenPresentation::show(double /*judgedAt*/) {
+    drawAndFollow();
+}
+
+void ScreenPresentation::drawAndFollow() {
     draw();
     if (renderLoop_) {
         return;
@@ -97,12 +100,12 @@ void ScreenPresentation::draw() {
 
 void ScreenPresentation::setNotes(const std::vector<std::string>& notes) {
     notes_ = notes;
-    show();
+    drawAndFollow();
 }
 
 void ScreenPresentation::windowResized() {
     terminal_->resize();
-    show();
+    drawAndFollow();
 }
 
 void ScreenPresentation::readKeys() {
@@ -121,7 +124,7 @@ void ScreenPresentation::readKeys() {
         break;
     case controlL:
         terminal_->repaint();
-        show();
+        drawAndFollow();
         break;
     default:
         break;

@@ -25,8 +25,8 @@ public:
     Presentation& operator=(const Presentation&) = delete;
     virtual ~Presentation() = default;
 
-    /// Once after the start and then after every tick.
-    virtual void show() = 0;
+    /// Once after the start and then after every tick. `judgedAt` is the monotonic time of the tick.
+    virtual void show(double judgedAt) = 0;
     /// What the user should know or do now, most urgent first.
     virtual void setNotes(const std::vector<std::string>& notes) = 0;
 
@@ -52,12 +52,12 @@ public:
     /// `quit` is called when the reader has gone, or nothing can be written.
     LinePresentation(RunLoop& loop, const Observed<Reading>& reading, Quit quit);
 
-    void show() final;
+    void show(double judgedAt) final;
     void setNotes(const std::vector<std::string>& notes) final;
 
 protected:
     /// The present state, with a line break at its end.
-    [[nodiscard]] virtual std::string line() = 0;
+    [[nodiscard]] virtual std::string line(double judgedAt) = 0;
 
     [[nodiscard]] const RunLoop& loop() const { return loop_; }
 
@@ -77,7 +77,7 @@ public:
     using LinePresentation::LinePresentation;
 
 private:
-    [[nodiscard]] std::string line() override;
+    [[nodiscard]] std::string line(double judgedAt) override;
 
     LossGates gates_;
 };
@@ -88,7 +88,7 @@ public:
     using LinePresentation::LinePresentation;
 
 private:
-    [[nodiscard]] std::string line() override;
+    [[nodiscard]] std::string line(double judgedAt) override;
 };
 
 /// The whole terminal, redrawn in place.
@@ -97,11 +97,13 @@ public:
     ScreenPresentation(
         RunLoop& loop, const Observed<Reading>& reading, std::unique_ptr<Terminal> terminal, Quit quit);
 
-    void show() override;
+    void show(double judgedAt) override;
     void setNotes(const std::vector<std::string>& notes) override;
     void windowResized() override;
 
 private:
+    /// Draws now, and from now on also at once when there is news.
+    void drawAndFollow();
     void draw();
     void readKeys();
 

@@ -29,9 +29,9 @@ Watch::~Watch() {
 }
 
 void Watch::start() {
-    needs_.monitor.onTick = [this] { presentation_->show(); };
+    needs_.monitor.onTick = [this](double now) { presentation_->show(now); };
     needs_.monitor.start();
-    presentation_->show();
+    presentation_->show(needs_.loop.now());
     noteLoop_ = std::make_unique<RenderLoop>(needs_.loop, [this] { updateNotes(); });
 }
 

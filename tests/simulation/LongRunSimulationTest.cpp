@@ -37,7 +37,7 @@ TEST_F(LongRunSimulationTest, LatenessOfOnePingNeverAddsToTheNext) {
     start();
     std::minstd_rand random(1);
     std::uniform_real_distribution<double> busyFor(0, longest);
-    monitor->onTick = [&] { loop.stall(busyFor(random)); };
+    monitor->onTick = [&](double /*now*/) { loop.stall(busyFor(random)); };
 
     pass(4 * hour);
 

@@ -131,7 +131,7 @@ TEST_F(OutageSimulationTest, ASilentFirstAddressIsLeftBeforeTheConnectionCountsA
     letOnly("192.0.2.2");
     start();
     std::vector<Monitor::Status> statuses;
-    monitor->onTick = [&] { statuses.push_back(monitor->reading().status); };
+    monitor->onTick = [&](double /*now*/) { statuses.push_back(monitor->reading().status); };
 
     pass(1800);
 
@@ -160,7 +160,7 @@ TEST_F(OutageSimulationTest, AddressesThatTakeTurnsInFallingSilentKeepTheConnect
     start();
     pass(60);
     std::vector<Monitor::Status> statuses;
-    monitor->onTick = [&] { statuses.push_back(monitor->reading().status); };
+    monitor->onTick = [&](double /*now*/) { statuses.push_back(monitor->reading().status); };
 
     for (int turn = 0; turn < 50; ++turn) {
         letOnly(turn % 2 == 0 ? "192.0.2.2" : "192.0.2.1");

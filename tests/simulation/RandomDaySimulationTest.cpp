@@ -172,7 +172,7 @@ public:
         world_.network.setHangingHost("hanging.test");
         world_.start();
         inspector_.emplace(world_);
-        world_.monitor->onTick = [this] { inspector_->inspect(); };
+        world_.monitor->onTick = [this](double /*now*/) { inspector_->inspect(); };
     }
 
     Day(const Day&) = delete;

@@ -70,7 +70,7 @@ TEST_F(ResolverSimulationTest, EveryTickRunsWhileALookupHangs) {
     network.setHangingHost(host);
     start();
     int ticks = 0;
-    monitor->onTick = [&] { ++ticks; };
+    monitor->onTick = [&](double /*now*/) { ++ticks; };
 
     pass(600);
 

@@ -66,7 +66,7 @@ TEST_F(MonitorEvaluationTest, ATickAsksTheWatchdogBeforeItJudgesTheWindow) {
     std::optional<std::int64_t> lostBefore;
     std::optional<std::int64_t> lostAfter;
     notifications.onPost = [&] { lostBefore = monitor->measured().ledger.session().lost; };
-    monitor->onTick = [&] {
+    monitor->onTick = [&](double /*now*/) {
         if (lostBefore && !lostAfter) {
             lostAfter = monitor->measured().ledger.session().lost;
         }
@@ -98,7 +98,9 @@ TEST_F(MonitorEvaluationTest, TheTickIsPublishedBeforeTheFrontEndIsTold) {
     start();
     fallSilent();
     std::vector<int> lost;
-    monitor->onTick = [&] { lost.push_back(static_cast<int>(monitor->reading().session.lost)); };
+    monitor->onTick = [&](double /*now*/) {
+        lost.push_back(static_cast<int>(monitor->reading().session.lost));
+    };
 
     pass(7);
 

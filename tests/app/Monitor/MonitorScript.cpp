@@ -249,7 +249,7 @@ std::string MonitorScript::pingsWithin(double seconds) {
 
 std::string MonitorScript::ticksWithin(double seconds) {
     std::vector<double> times;
-    monitor->onTick = [&] { times.push_back(loop.now() - startedAt); };
+    monitor->onTick = [&](double now) { times.push_back(now - startedAt); };
     pass(seconds);
     monitor->onTick = nullptr;
     return shown(times);

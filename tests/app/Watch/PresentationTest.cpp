@@ -42,7 +42,7 @@ protected:
     [[nodiscard]] std::string written(Shown& presentation) const {
         {
             const Redirection redirection(pipe_.writingEnd());
-            presentation.show();
+            presentation.show(loop.now());
         }
         return pipe_.read();
     }
@@ -158,7 +158,7 @@ TEST_F(PresentationTest, ASlowReaderEndsNothing) {
     pipe_.write(std::string(pipe_.capacity(), '.'));
     {
         const Redirection redirection(pipe_.writingEnd());
-        presentation.show();
+        presentation.show(loop.now());
     }
 
     EXPECT_THAT(problems_, testing::IsEmpty());
@@ -173,7 +173,7 @@ TEST_F(PresentationTest, OutputThatCannotBeWrittenEndsTheProgramWithTheReason) {
     PlainPresentation presentation(loop, monitor.observedReading(), quit());
     {
         const Redirection redirection(full.get());
-        presentation.show();
+        presentation.show(loop.now());
     }
 
     EXPECT_THAT(problems_, testing::ElementsAre(testing::HasSubstr("No space left on device")));

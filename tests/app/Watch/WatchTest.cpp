@@ -30,7 +30,7 @@ class RecordingPresentation final : public Presentation {
 public:
     RecordingPresentation(Shown& shown, const Monitor& monitor) : shown_(shown), monitor_(monitor) {}
 
-    void show() override {
+    void show(double /*judgedAt*/) override {
         ++shown_.times;
         shown_.lost.push_back(monitor_.reading().session.lost);
     }
