@@ -105,6 +105,15 @@ quietly() {
     return "$status"
 }
 
+# configure PRESET: only where needed.
+configure() {
+    local preset=$1 folder="$root/build/$1"
+    if ! is_configured "$folder"; then
+        (cd "$root" && quietly "${as_caller[@]}" cmake --fresh --preset "$preset" -D "TARNWICK_DESKTOP=$desktop") \
+            || fail "Configuring $preset failed."
+    fi
+}
+
 # build PRESET [TARGET]...: configures where needed, then builds what is out of date. One at a time per clone.
 build() {
     local preset=$1 folder="$root/build/$1" targets=()
@@ -115,10 +124,7 @@ build() {
     (
         flock 9
         cd "$root"
-        if ! is_configured "$folder"; then
-            quietly "${as_caller[@]}" cmake --fresh --preset "$preset" -D "TARNWICK_DESKTOP=$desktop" \
-                || fail "Configuring $preset failed."
-        fi
+        configure "$preset"
         if ! "${as_caller[@]}" ninja -C "$folder" -n "${targets[@]:1}" 2>/dev/null | grep -q 'no work to do'; then
             say "Building $preset"
             quietly "${as_caller[@]}" cmake --build --preset "$preset" --parallel "$(nproc)" "${targets[@]}" \

@@ -17,7 +17,7 @@ namespace tarnwick {
 
 namespace {
 
-constexpr int iconSide = 96;
+constexpr int aboutIconSide = 96;
 constexpr int margin = 28;
 
 const char* const credits = "Keeps an eye on your internet connection from the menu bar.";
@@ -41,7 +41,7 @@ QLabel* paragraph(const QString& text, double size, QFont::Weight weight = QFont
 
 QLabel* icon(const QWidget& window) {
     auto* const label = new QLabel;
-    label->setPixmap(programIcon().pixmap(QSize(iconSide, iconSide), window.devicePixelRatioF()));
+    label->setPixmap(programIcon().pixmap(QSize(aboutIconSide, aboutIconSide), window.devicePixelRatioF()));
     label->setAlignment(Qt::AlignCenter);
     return label;
 }

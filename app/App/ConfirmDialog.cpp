@@ -14,7 +14,7 @@ namespace tarnwick {
 
 namespace {
 
-constexpr int iconSide = 48;
+constexpr int questionIconSide = 48;
 
 } // namespace
 
@@ -35,7 +35,8 @@ void ConfirmDialog::ask(const Question& question, std::function<void(bool)> answ
     window_->setAttribute(Qt::WA_QuitOnClose, false);
     window_->setWindowTitle(QString::fromStdString(question.title));
     window_->setWindowIcon(programIcon());
-    window_->setIconPixmap(programIcon().pixmap(QSize(iconSide, iconSide), window_->devicePixelRatioF()));
+    window_->setIconPixmap(
+        programIcon().pixmap(QSize(questionIconSide, questionIconSide), window_->devicePixelRatioF()));
     window_->setTextFormat(Qt::PlainText);
     window_->setText(QString::fromStdString(question.text));
     window_->setModal(false);

@@ -6,7 +6,7 @@ namespace tarnwick {
 
 namespace {
 
-constexpr std::array<option, 4> knownOptions{{
+constexpr std::array<option, 4> appOptions{{
     CommonOptions::setOption,
     CommonOptions::helpOption,
     CommonOptions::versionOption,
@@ -31,7 +31,7 @@ std::string AppOptions::usage() {
 
 std::variant<AppOptions, UsageError> parseAppOptions(const std::vector<std::string>& arguments) {
     AppOptions options;
-    ArgumentParser parser(arguments, knownOptions);
+    ArgumentParser parser(arguments, appOptions);
     for (int letter = parser.next(); letter != ArgumentParser::endOfOptions; letter = parser.next()) {
         if (auto error = options.apply(letter, parser)) {
             return std::move(*error);

@@ -10,7 +10,7 @@ namespace {
 
 enum Option : int { json = CommonOptions::firstOwn, forSeconds };
 
-constexpr std::array<option, 6> knownOptions{{
+constexpr std::array<option, 6> watchOptions{{
     {"json", no_argument, nullptr, json},
     {"for", required_argument, nullptr, forSeconds},
     CommonOptions::setOption,
@@ -57,7 +57,7 @@ std::string WatchOptions::usage() {
 
 std::variant<WatchOptions, UsageError> parseWatchOptions(const std::vector<std::string>& arguments) {
     WatchOptions options;
-    ArgumentParser parser(arguments, knownOptions);
+    ArgumentParser parser(arguments, watchOptions);
     for (int letter = parser.next(); letter != ArgumentParser::endOfOptions; letter = parser.next()) {
         if (auto error = apply(letter, parser, options)) {
             return std::move(*error);

@@ -24,8 +24,8 @@ namespace {
 
 constexpr int shadowWidth = 14;
 constexpr int shadowDrop = 3; ///< the light comes from above
-constexpr double cornerRadius = 10;
-constexpr int topPadding = 4;
+constexpr double windowCornerRadius = 10;
+constexpr int paddingAboveContent = 4;
 
 ScreenPoint clickedAt(ScreenPoint told) {
     const std::optional<ScreenPoint> pointer = ScreenPixels::pointer();
@@ -40,7 +40,7 @@ void drawShadow(QPainter& painter, const QRect& panel, bool isDark) {
         const double share = 1 - static_cast<double>(ring) / (shadowWidth - shadowDrop + 1);
         painter.setBrush(QColor::fromRgbF(0, 0, 0, static_cast<float>(strength * share * share)));
         const QRect place = panel.adjusted(-ring, -ring, ring, ring).translated(0, shadowDrop);
-        painter.drawRoundedRect(place, cornerRadius + ring, cornerRadius + ring);
+        painter.drawRoundedRect(place, windowCornerRadius + ring, windowCornerRadius + ring);
     }
 }
 
@@ -103,7 +103,7 @@ QRect DropDownWindow::panel() const {
 void DropDownWindow::fit() {
     QSize size = statusView_->sizeHint();
     size.setWidth(std::max(size.width(), items_->sizeHint().width()));
-    size.rheight() += topPadding + items_->sizeHint().height();
+    size.rheight() += paddingAboveContent + items_->sizeHint().height();
 
     const auto [clicked, click] = opensAt_ ? ScreenPixels::locate(*opensAt_) : std::pair<QScreen*, QPoint>{};
     const QScreen* screen = clicked != nullptr ? clicked : QGuiApplication::primaryScreen();
@@ -121,7 +121,7 @@ void DropDownWindow::fit() {
 
 void DropDownWindow::resizeEvent(QResizeEvent* /*event*/) {
     const QRect inside = panel();
-    const int top = inside.top() + topPadding;
+    const int top = inside.top() + paddingAboveContent;
     statusView_->setGeometry(inside.left(), top, inside.width(), statusView_->sizeHint().height());
     const int itemsTop = statusView_->geometry().bottom() + 1;
     items_->setGeometry(inside.left(), itemsTop, inside.width(), inside.bottom() + 1 - itemsTop);
@@ -130,7 +130,7 @@ void DropDownWindow::resizeEvent(QResizeEvent* /*event*/) {
 void DropDownWindow::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     const bool isDark = LatencyPalette::isDark(palette());
-    const double radius = shadow_ > 0 ? cornerRadius : 0;
+    const double radius = shadow_ > 0 ? windowCornerRadius : 0;
     painter.setRenderHint(QPainter::Antialiasing);
     if (shadow_ > 0) {
         drawShadow(painter, panel(), isDark);

@@ -15,7 +15,7 @@ namespace tarnwick {
 namespace {
 
 constexpr double barGap = 1;
-constexpr double cornerRadius = 1.5;
+constexpr double barCornerRadius = 1.5;
 constexpr double smallestBar = 3;
 constexpr double notchWidth = 5;
 constexpr double notchDepth = 3;
@@ -39,7 +39,7 @@ namespace LatencyChart {
 
 QPainterPath ChartBar::path() const {
     QPainterPath path;
-    const double radius = std::min({cornerRadius, rect.width() / 2, rect.height() / 2});
+    const double radius = std::min({barCornerRadius, rect.width() / 2, rect.height() / 2});
     path.addRoundedRect(rect, radius, radius);
     if (isClipped) {
         const double half = std::min(notchWidth, rect.width()) / 2;

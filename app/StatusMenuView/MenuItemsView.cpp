@@ -13,7 +13,7 @@ namespace {
 
 constexpr double lineSpace = 9; ///< height of a separator with the air around it
 constexpr double lineInset = 14;
-constexpr double bottomPadding = 6;
+constexpr double paddingBelowRows = 6;
 
 bool isShown(const MenuItem& item) {
     return item.id != MenuItem::Id::header && !item.hidden;
@@ -110,7 +110,7 @@ void MenuItemsView::place() {
 
 QSize MenuItemsView::sizeHint() const {
     const ViewStyle style(*this);
-    QSize size(0, style.length(bottomPadding));
+    QSize size(0, style.length(paddingBelowRows));
     for (const Entry& entry : entries_) {
         if (entry.row == nullptr) {
             size.rheight() += style.length(lineSpace);

@@ -14,13 +14,13 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double points = 13;
+constexpr double textPoints = 13;
 constexpr double outerMargin = 6; ///< of the highlight, from the sides of the window
 constexpr double innerMargin = 8; ///< of the content, from the sides of the highlight
 constexpr double iconSide = 16;
 constexpr double iconGap = 8;
 constexpr double verticalPadding = 4;
-constexpr double cornerRadius = 5;
+constexpr double rowCornerRadius = 5;
 
 } // namespace
 
@@ -63,7 +63,7 @@ void MenuRow::setShowsMnemonic(bool shows) {
 
 QSize MenuRow::sizeHint() const {
     const ViewStyle style(*this);
-    const QFontMetricsF metrics(style.font(points));
+    const QFontMetricsF metrics(style.font(textPoints));
     const double text = std::ceil(metrics.height());
     const double side = 2 * style.length(outerMargin + innerMargin) + style.length(iconSide + iconGap);
     const double width = side + metrics.horizontalAdvance(QString::fromStdString(item_.title))
@@ -124,7 +124,7 @@ void MenuRow::paintEvent(QPaintEvent* /*event*/) {
     if (isHighlighted) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(palette().color(QPalette::Active, QPalette::Highlight));
-        painter.drawRoundedRect(rect().adjusted(outer, 0, -outer, 0), cornerRadius, cornerRadius);
+        painter.drawRoundedRect(rect().adjusted(outer, 0, -outer, 0), rowCornerRadius, rowCornerRadius);
     }
 
     double left = outer + style.length(innerMargin);
@@ -134,7 +134,7 @@ void MenuRow::paintEvent(QPaintEvent* /*event*/) {
         menuIcon(QString::fromStdString(item_.iconName), side, color, devicePixelRatioF()));
     left += side + style.length(iconGap);
 
-    painter.setFont(style.font(points));
+    painter.setFont(style.font(textPoints));
     const QFontMetricsF metrics(painter.font());
     const double baseline = std::round((height() - metrics.height()) / 2 + metrics.ascent());
     painter.setPen(color);

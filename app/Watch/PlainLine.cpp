@@ -11,8 +11,8 @@ namespace tarnwick {
 namespace {
 
 constexpr std::size_t qualityWidth = 15;
-constexpr std::size_t latencyWidth = 9;
-constexpr std::size_t lossWidth = 10;
+constexpr std::size_t latencyColumn = 9;
+constexpr std::size_t lossColumn = 10;
 
 std::string localTime(RunLoop::WallTime time) {
     const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
@@ -33,9 +33,9 @@ std::string padded(std::string text, std::size_t width, bool rightAligned) {
 
 std::string plainLine(const Reading& reading, RunLoop::WallTime time) {
     return localTime(time) + "  " + padded(reading.qualityTitle, qualityWidth, false)
-           + padded(reading.latencyText, latencyWidth, true)
-           + padded(reading.lossText.value_or(""), lossWidth, true) + "  " + Text::printable(reading.hostLine)
-           + "\n";
+           + padded(reading.latencyText, latencyColumn, true)
+           + padded(reading.lossText.value_or(""), lossColumn, true) + "  "
+           + Text::printable(reading.hostLine) + "\n";
 }
 
 } // namespace tarnwick

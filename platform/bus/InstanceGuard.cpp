@@ -15,7 +15,7 @@ namespace tarnwick {
 namespace {
 
 constexpr const char* objectPath = "/org/tarnwick/Tarnwick";
-constexpr const char* interface = "org.freedesktop.Application";
+constexpr const char* applicationInterface = "org.freedesktop.Application";
 constexpr const char* tokenKey = "activation-token";
 constexpr const char* tokenVariable = "XDG_ACTIVATION_TOKEN";
 
@@ -44,7 +44,7 @@ std::string activationToken(const PlatformData& data) {
 /// The object on one connection.
 class InstanceGuard::Exported {
 public:
-    explicit Exported(InstanceGuard& guard) : object_(*guard.bus_.link(), objectPath, interface) {
+    explicit Exported(InstanceGuard& guard) : object_(*guard.bus_.link(), objectPath, applicationInterface) {
         object_.method("Activate", {"platform_data"}, {}, [&guard](const PlatformData& data) {
             // The other program gets its answer first.
             guard.loop_.post(guard.lifeline_.guarded([&guard, token = activationToken(data)] {
@@ -133,7 +133,7 @@ void InstanceGuard::activateOther() {
         {
             .destination = name,
             .path = objectPath,
-            .interface = interface,
+            .interface = applicationInterface,
             .method = "Activate",
             .timeout = patience,
         },

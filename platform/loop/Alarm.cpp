@@ -8,7 +8,6 @@
 namespace tarnwick {
 
 using std::chrono::nanoseconds;
-using std::chrono::seconds;
 
 Alarm::Alarm() : timer_(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)) {
     if (!timer_.isOpen()) {
@@ -23,7 +22,7 @@ void Alarm::set(std::optional<nanoseconds> time) {
     time_ = time;
     // The system takes zero for "never".
     const nanoseconds value = time ? std::max(*time, nanoseconds(1)) : nanoseconds::zero();
-    const auto whole = std::chrono::duration_cast<seconds>(value);
+    const auto whole = std::chrono::duration_cast<std::chrono::seconds>(value);
     itimerspec setting{};
     setting.it_value.tv_sec = whole.count();
     setting.it_value.tv_nsec = (value - whole).count();

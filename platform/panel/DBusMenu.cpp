@@ -16,7 +16,7 @@ namespace tarnwick {
 
 namespace {
 
-constexpr const char* interface = "com.canonical.dbusmenu";
+constexpr const char* menuInterface = "com.canonical.dbusmenu";
 constexpr std::uint32_t protocolVersion = 3;
 constexpr int rootId = 0;
 
@@ -40,7 +40,7 @@ BusError unknownId(std::int32_t id) {
 class DBusMenu::Exported {
 public:
     explicit Exported(DBusMenu& menu)
-        : menu_(menu), object_(*menu.bus_.link(), path, interface), rows_(menu.menu_.rows()) {
+        : menu_(menu), object_(*menu.bus_.link(), path, menuInterface), rows_(menu.menu_.rows()) {
         declareReading();
         declareEvents();
         declareProperties();

@@ -11,7 +11,7 @@ namespace tarnwick {
 
 namespace {
 
-constexpr const char* interface = "org.kde.StatusNotifierItem";
+constexpr const char* itemInterface = "org.kde.StatusNotifierItem";
 constexpr const char* itemPath = "/StatusNotifierItem";
 
 using BusPixmap = std::tuple<std::int32_t, std::int32_t, std::vector<std::uint8_t>>;
@@ -24,7 +24,7 @@ using BusToolTip = std::tuple<std::string, BusPixmaps, std::string, std::string>
 class NotifierStatusItem::Exported {
 public:
     explicit Exported(NotifierStatusItem& item)
-        : item_(item), object_(*item.needs_.bus.link(), itemPath, interface) {
+        : item_(item), object_(*item.needs_.bus.link(), itemPath, itemInterface) {
         declareFixedProperties();
         declareChangingProperties();
         declareClicks();

@@ -34,25 +34,25 @@ TEST(PingIntervalSetting, SurvivesANumberBeyondEveryInteger) {
     EXPECT_EQ(PingIntervalSetting::clamped(-1e300), 1);
 }
 
-struct Text {
+struct Typed {
     const char* text;
     std::optional<int> expected;
 };
 
-class ParsedInterval : public testing::TestWithParam<Text> {};
+class ParsedInterval : public testing::TestWithParam<Typed> {};
 
 INSTANTIATE_TEST_SUITE_P(
     Number, ParsedInterval,
     testing::Values(
-        Text{"7", 7}, Text{" \t7 \n", 7}, Text{"\r\n7\v\f", 7}, Text{"\u00A07\u2003", 7}, Text{"0", 1},
-        Text{"90", 60}, Text{"2.5", 3}, Text{"2.4", 2}, Text{"1e1", 10}, Text{"+5", 5}, Text{"-5", 1},
-        Text{"inf", 60}, Text{"-inf", 1}, Text{"nan", 1}, Text{"1e999", 60}, Text{"1e-999", 1}));
+        Typed{"7", 7}, Typed{" \t7 \n", 7}, Typed{"\r\n7\v\f", 7}, Typed{"\u00A07\u2003", 7}, Typed{"0", 1},
+        Typed{"90", 60}, Typed{"2.5", 3}, Typed{"2.4", 2}, Typed{"1e1", 10}, Typed{"+5", 5}, Typed{"-5", 1},
+        Typed{"inf", 60}, Typed{"-inf", 1}, Typed{"nan", 1}, Typed{"1e999", 60}, Typed{"1e-999", 1}));
 INSTANTIATE_TEST_SUITE_P(
     NoNumber, ParsedInterval,
     testing::Values(
-        Text{"", {}}, Text{" \n", {}}, Text{"7s", {}}, Text{"s7", {}}, Text{"7 8", {}}, Text{"2,5", {}},
-        Text{"1e", {}}, Text{"-", {}}, Text{"- 5", {}}, Text{"ten", {}}, Text{"1_000", {}},
-        Text{"0x10", {}}));
+        Typed{"", {}}, Typed{" \n", {}}, Typed{"7s", {}}, Typed{"s7", {}}, Typed{"7 8", {}}, Typed{"2,5", {}},
+        Typed{"1e", {}}, Typed{"-", {}}, Typed{"- 5", {}}, Typed{"ten", {}}, Typed{"1_000", {}},
+        Typed{"0x10", {}}));
 
 TEST_P(ParsedInterval, IsClampedOrNothing) {
     EXPECT_EQ(PingIntervalSetting::parse(GetParam().text), GetParam().expected) << GetParam().text;

@@ -35,7 +35,7 @@ TEST(TrimmedText, WithoutWhiteSpaceIsUnchanged) {
     EXPECT_EQ(Text::trimmed("1.1.1.1"), "1.1.1.1");
 }
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double unbounded = std::numeric_limits<double>::infinity();
 
 struct Numeral {
     const char* text;
@@ -48,8 +48,8 @@ INSTANTIATE_TEST_SUITE_P(
     Number, ParsedText,
     testing::Values(
         Numeral{"0", 0.0}, Numeral{"-1.5", -1.5}, Numeral{"+2", 2.0}, Numeral{".5", 0.5},
-        Numeral{"1e3", 1000.0}, Numeral{"1E-2", 0.01}, Numeral{"inf", infinity}, Numeral{"-inf", -infinity},
-        Numeral{"1e999", infinity}, Numeral{"-1e999", -infinity}, Numeral{"1e-999", 0.0},
+        Numeral{"1e3", 1000.0}, Numeral{"1E-2", 0.01}, Numeral{"inf", unbounded}, Numeral{"-inf", -unbounded},
+        Numeral{"1e999", unbounded}, Numeral{"-1e999", -unbounded}, Numeral{"1e-999", 0.0},
         Numeral{"-1E-999", 0.0}, Numeral{"", {}}, Numeral{" 1", {}}, Numeral{"1 ", {}}, Numeral{"\n1", {}},
         Numeral{"1x", {}}, Numeral{"1e999x", {}}, Numeral{"1,5", {}}, Numeral{"--1", {}}, Numeral{"+-1", {}},
         Numeral{"++1", {}}, Numeral{"+", {}}, Numeral{"0x10", {}}, Numeral{"0x1p4", {}}));

@@ -163,9 +163,9 @@ private:
 };
 
 /// A world to which steps happen.
-class Day {
+class RandomDay {
 public:
-    Day() {
+    RandomDay() {
         world_.setHost("twofold.test", {"192.0.2.3", "2001:db8::3"});
         world_.setHost("slow.test", {"192.0.2.4"}, 6);
         world_.setUnknownHost("unknown.test");
@@ -175,8 +175,8 @@ public:
         world_.monitor->onTick = [this](double /*now*/) { inspector_->inspect(); };
     }
 
-    Day(const Day&) = delete;
-    Day& operator=(const Day&) = delete;
+    RandomDay(const RandomDay&) = delete;
+    RandomDay& operator=(const RandomDay&) = delete;
 
     void take(const Step& step) {
         inspector_->reviewAnnouncements();
@@ -327,7 +327,7 @@ private:
 };
 
 void live(const std::vector<Step>& steps) {
-    Day day;
+    RandomDay day;
     for (const Step& step : steps) {
         day.take(step);
     }

@@ -11,7 +11,7 @@ namespace tarnwick {
 
 namespace {
 
-AppOptions accepted(const std::vector<std::string>& arguments) {
+AppOptions appOptions(const std::vector<std::string>& arguments) {
     const auto parsed = parseAppOptions(arguments);
     if (const auto* error = std::get_if<UsageError>(&parsed)) {
         ADD_FAILURE() << error->text;
@@ -20,7 +20,7 @@ AppOptions accepted(const std::vector<std::string>& arguments) {
     return std::get<AppOptions>(parsed);
 }
 
-std::string refused(const std::vector<std::string>& arguments) {
+std::string appRefusal(const std::vector<std::string>& arguments) {
     const auto parsed = parseAppOptions(arguments);
     const auto* error = std::get_if<UsageError>(&parsed);
     EXPECT_NE(error, nullptr);
@@ -43,7 +43,7 @@ TEST(ArgumentsOf, IsEmptyWithoutAName) {
 }
 
 TEST(AppOptions, WithoutArgumentsEverythingIsAsStored) {
-    const AppOptions options = accepted({});
+    const AppOptions options = appOptions({});
 
     EXPECT_FALSE(options.help);
     EXPECT_FALSE(options.version);
@@ -52,13 +52,13 @@ TEST(AppOptions, WithoutArgumentsEverythingIsAsStored) {
 
 TEST(AppOptions, SettingsAreTakenInTheirOrder) {
     EXPECT_THAT(
-        accepted({"--set", "PingInterval=5", "--set=PanelFace=wide"}).settings,
+        appOptions({"--set", "PingInterval=5", "--set=PanelFace=wide"}).settings,
         testing::ElementsAre(Setting("PingInterval", 5.0), Setting("PanelFace", std::string("wide"))));
 }
 
 TEST(AppOptions, HelpAndVersionAreTaken) {
-    EXPECT_TRUE(accepted({"--help"}).help);
-    EXPECT_TRUE(accepted({"--version"}).version);
+    EXPECT_TRUE(appOptions({"--help"}).help);
+    EXPECT_TRUE(appOptions({"--version"}).version);
 }
 
 TEST(AppOptions, TheUsageNamesEveryOptionAndListsTheSettings) {
@@ -69,14 +69,14 @@ TEST(AppOptions, TheUsageNamesEveryOptionAndListsTheSettings) {
 }
 
 TEST(AppOptions, WhatIsUnknownIsNamed) {
-    EXPECT_EQ(refused({"--json"}), "unknown option \"--json\"");
-    EXPECT_EQ(refused({"-x"}), "unknown option \"-x\"");
-    EXPECT_EQ(refused({"example.org"}), "unknown argument \"example.org\"");
+    EXPECT_EQ(appRefusal({"--json"}), "unknown option \"--json\"");
+    EXPECT_EQ(appRefusal({"-x"}), "unknown option \"-x\"");
+    EXPECT_EQ(appRefusal({"example.org"}), "unknown argument \"example.org\"");
 }
 
 TEST(AppOptions, AMissingOrWrongValueIsNamed) {
-    EXPECT_EQ(refused({"--set"}), "--set needs a value");
-    EXPECT_EQ(refused({"--set", "ShowIcon=2"}), "ShowIcon must be true or false, not \"2\"");
+    EXPECT_EQ(appRefusal({"--set"}), "--set needs a value");
+    EXPECT_EQ(appRefusal({"--set", "ShowIcon=2"}), "ShowIcon must be true or false, not \"2\"");
 }
 
 } // namespace tarnwick

@@ -22,22 +22,23 @@ namespace {
 using test::TemporaryFolder;
 using State = StatsRecorder::State;
 
-constexpr auto host = "host.test";
+constexpr auto sharedHost = "host.test";
 
 /// A process that counts, and saves its counter.
 class Counting {
 public:
     explicit Counting(const StatsStore& store) : recorder_(store) {
         recorder_.load();
-        counter_ = recorder_.figures(host);
+        counter_ = recorder_.figures(sharedHost);
     }
 
     void count() { counter_.addPingSent(); }
 
     /// True when the figures are on disk now.
     bool save() {
-        if (recorder_.save(host, counter_, FileStore::Durability::crash) == StatsRecorder::Saved::tookOver) {
-            counter_ = recorder_.figures(host);
+        if (recorder_.save(sharedHost, counter_, FileStore::Durability::crash)
+            == StatsRecorder::Saved::tookOver) {
+            counter_ = recorder_.figures(sharedHost);
         }
         return recorder_.state() == State::records;
     }
@@ -53,7 +54,7 @@ private:
 
 std::int64_t onDisk(const StatsStore& store) {
     const StatsByHost figures = store.load();
-    const auto found = figures.find(host);
+    const auto found = figures.find(sharedHost);
     return found != figures.end() ? found->second.sent : 0;
 }
 

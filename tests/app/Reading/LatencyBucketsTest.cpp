@@ -22,7 +22,7 @@ Sample reply(double sentAt, double ms) {
     return {.id = 1, .date = at(sentAt), .rttMs = ms};
 }
 
-Sample loss(double sentAt) {
+Sample lostAt(double sentAt) {
     return {.id = 1, .date = at(sentAt), .lost = true};
 }
 
@@ -85,7 +85,7 @@ TEST(LatencyChart, ABucketHasItsSlowestReply) {
 }
 
 TEST(LatencyChart, ALossMarksTheBucketAndKeepsItsSlowestReply) {
-    const Bucket bucket = chartOf({reply(10'001, 40), reply(10'002, 120), loss(10'003)}).back();
+    const Bucket bucket = chartOf({reply(10'001, 40), reply(10'002, 120), lostAt(10'003)}).back();
 
     EXPECT_EQ(bucket.worstRtt, 120);
     EXPECT_TRUE(bucket.lost);
@@ -106,7 +106,7 @@ TEST(LatencyChart, APingThatIsStillOutLeavesItsBucketEmpty) {
 }
 
 TEST(LatencyChart, SamplesBeforeTheFirstAndAfterTheLastBucketAreIgnored) {
-    const auto buckets = chartOf({reply(9'709.999, 20), loss(9'000), reply(10'010, 20), loss(99'999)});
+    const auto buckets = chartOf({reply(9'709.999, 20), lostAt(9'000), reply(10'010, 20), lostAt(99'999)});
 
     EXPECT_EQ(buckets, chartOf({}));
 }
@@ -232,7 +232,7 @@ TEST(LatencyChart, WithoutRepliesTheDescriptionCountsTheLosses) {
 
 TEST(LatencyChart, AChartIsDescribedByItsReplyTimesAndItsBucketsWithALoss) {
     const auto buckets = chartOf(
-        {reply(9'750, 30), reply(9'800, 10), loss(9'800), loss(9'801), loss(9'900), reply(10'000, 20)});
+        {reply(9'750, 30), reply(9'800, 10), lostAt(9'800), lostAt(9'801), lostAt(9'900), reply(10'000, 20)});
 
     const Chart chart{.buckets = buckets, .lowThresholdMs = 100, .highThresholdMs = 1000};
     EXPECT_EQ(chart.summary(), LatencyChart::summary({30, 10, 20}, 2));
@@ -241,12 +241,12 @@ TEST(LatencyChart, AChartIsDescribedByItsReplyTimesAndItsBucketsWithALoss) {
 
 // The bars' colors, with thresholds of 100 and 1000 ms.
 
-struct Tone {
+struct ExpectedTone {
     Bucket bucket;
     BarTone tone;
 };
 
-class BucketTone : public testing::TestWithParam<Tone> {};
+class BucketTone : public testing::TestWithParam<ExpectedTone> {};
 
 TEST_P(BucketTone, FollowsLatencyAndLoss) {
     const Chart chart{.lowThresholdMs = 100, .highThresholdMs = 1000};
@@ -257,10 +257,10 @@ TEST_P(BucketTone, FollowsLatencyAndLoss) {
 INSTANTIATE_TEST_SUITE_P(
     LatencyChart, BucketTone,
     testing::Values(
-        Tone{{.worstRtt = 20}, BarTone::good}, Tone{{.worstRtt = 100}, BarTone::good},
-        Tone{{.worstRtt = 100.1}, BarTone::warn}, Tone{{.worstRtt = 550}, BarTone::warn},
-        Tone{{.worstRtt = 550.1}, BarTone::bad}, Tone{{.worstRtt = 3000}, BarTone::bad},
-        Tone{{.worstRtt = 20, .lost = true}, BarTone::bad}, Tone{{.lost = true}, BarTone::outage},
-        Tone{{}, BarTone::none}));
+        ExpectedTone{{.worstRtt = 20}, BarTone::good}, ExpectedTone{{.worstRtt = 100}, BarTone::good},
+        ExpectedTone{{.worstRtt = 100.1}, BarTone::warn}, ExpectedTone{{.worstRtt = 550}, BarTone::warn},
+        ExpectedTone{{.worstRtt = 550.1}, BarTone::bad}, ExpectedTone{{.worstRtt = 3000}, BarTone::bad},
+        ExpectedTone{{.worstRtt = 20, .lost = true}, BarTone::bad},
+        ExpectedTone{{.lost = true}, BarTone::outage}, ExpectedTone{{}, BarTone::none}));
 
 } // namespace tarnwick

@@ -7,11 +7,11 @@ namespace tarnwick {
 
 namespace {
 
-constexpr QSize size{320, 480};
+constexpr QSize dropDownSize{320, 480};
 constexpr QRect screen{0, 0, 1920, 1080};
 
 QRect place(std::optional<QPoint> click, const QRect& available) {
-    return DropDownPlacement::place(click, size, screen, available);
+    return DropDownPlacement::place(click, dropDownSize, screen, available);
 }
 
 } // namespace
@@ -21,7 +21,7 @@ TEST(DropDownPlacement, BelowAPanelAtTheTop) {
 
     EXPECT_EQ(frame.top(), 24 + 4);
     EXPECT_EQ(frame.center().x(), 900 - 1);
-    EXPECT_EQ(frame.size(), size);
+    EXPECT_EQ(frame.size(), dropDownSize);
 }
 
 TEST(DropDownPlacement, AboveAPanelAtTheBottom) {
@@ -61,7 +61,7 @@ TEST(DropDownPlacement, ItIsInsideTheAvailableAreaWhereverTheClickIs) {
 
 TEST(DropDownPlacement, OnASecondScreenItStaysThere) {
     const QRect second(1920, 0, 1280, 1024);
-    const QRect frame = DropDownPlacement::place(QPoint(1925, 5), size, second, second);
+    const QRect frame = DropDownPlacement::place(QPoint(1925, 5), dropDownSize, second, second);
 
     EXPECT_TRUE(second.contains(frame));
 }
@@ -76,7 +76,7 @@ TEST(DropDownPlacement, WithoutAClickItIsAtTheUpperRight) {
 TEST(DropDownPlacement, OnAScreenThatIsTooSmallItsBeginningIsSeen) {
     const QRect small(0, 0, 300, 400);
 
-    EXPECT_EQ(DropDownPlacement::place(QPoint(10, 10), size, small, small).topLeft(), QPoint(4, 4));
+    EXPECT_EQ(DropDownPlacement::place(QPoint(10, 10), dropDownSize, small, small).topLeft(), QPoint(4, 4));
 }
 
 } // namespace tarnwick

@@ -21,7 +21,7 @@ using LatencyChart::ChartLayout;
 
 constexpr double low = 100;
 constexpr double high = 1000;
-constexpr QSizeF size{292, 64};
+constexpr QSizeF chartSize{292, 64};
 
 Bucket reply(double ms) {
     return {.worstRtt = ms};
@@ -36,7 +36,7 @@ LatencyChart::Chart chartOf(std::vector<Bucket> buckets) {
 }
 
 ChartLayout layout(const std::vector<Bucket>& buckets) {
-    return LatencyChart::layout(chartOf(buckets), size, 1);
+    return LatencyChart::layout(chartOf(buckets), chartSize, 1);
 }
 
 std::vector<Bucket> replies(std::size_t count, double ms) {
@@ -66,7 +66,7 @@ TEST(LatencyChartLayout, EveryPingIntervalFillsTheWidthWithItsBuckets) {
 
 TEST_P(ChartAtScale, SidesOfBarsLieOnWholePixelsOnePointApart) {
     const double scale = GetParam();
-    const ChartLayout chart = LatencyChart::layout(chartOf(replies(36, 50)), size, scale);
+    const ChartLayout chart = LatencyChart::layout(chartOf(replies(36, 50)), chartSize, scale);
 
     for (std::size_t index = 0; index < chart.bars.size(); ++index) {
         const double left = chart.bars[index].rect.left() * scale;
@@ -138,9 +138,9 @@ TEST(LatencyChartLayout, AThresholdFarAboveTheDataHasNoLine) {
 }
 
 TEST(LatencyChartLayout, AThresholdOfNothingIsSurvived) {
-    const ChartLayout chart = LatencyChart::layout({.buckets = {reply(0)}}, size, 1);
+    const ChartLayout chart = LatencyChart::layout({.buckets = {reply(0)}}, chartSize, 1);
     const ChartLayout empty = LatencyChart::layout(
-        {.buckets = {Bucket{}}, .lowThresholdMs = -100, .highThresholdMs = -100}, size, 1);
+        {.buckets = {Bucket{}}, .lowThresholdMs = -100, .highThresholdMs = -100}, chartSize, 1);
 
     EXPECT_TRUE(std::isfinite(chart.bars[0].rect.height()));
     EXPECT_EQ(empty.threshold, std::nullopt);

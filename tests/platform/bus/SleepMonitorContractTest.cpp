@@ -72,8 +72,8 @@ protected:
     std::vector<std::string> told_;
 };
 
-using Drivers = testing::Types<FakeDriver, LogindDriver>;
-TYPED_TEST_SUITE(SleepMonitorContract, Drivers);
+using SleepDrivers = testing::Types<FakeDriver, LogindDriver>;
+TYPED_TEST_SUITE(SleepMonitorContract, SleepDrivers);
 
 } // namespace
 

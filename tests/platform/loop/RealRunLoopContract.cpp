@@ -21,7 +21,7 @@ namespace tarnwick {
 
 namespace {
 
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds joinPatience{20};
 
 /// Tells when its last copy has gone.
 struct EndSignal {
@@ -108,13 +108,13 @@ TEST_P(RealRunLoopContract, UnfinishedDetachedWorkDoesNotHoldUpTheEndAndHasNoRes
             released.wait();
             return RunLoop::Task([isResultRun] { *isResultRun = true; });
         }));
-    ASSERT_EQ(started->get_future().wait_for(patience), std::future_status::ready);
+    ASSERT_EQ(started->get_future().wait_for(joinPatience), std::future_status::ready);
 
     driver().close();
     EXPECT_NE(ended.wait_for(std::chrono::seconds(0)), std::future_status::ready);
 
     release->set_value();
-    EXPECT_EQ(ended.wait_for(patience), std::future_status::ready);
+    EXPECT_EQ(ended.wait_for(joinPatience), std::future_status::ready);
     EXPECT_FALSE(*isResultRun);
 }
 
