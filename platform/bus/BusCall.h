@@ -49,6 +49,7 @@ template<typename Result, typename... Arguments, typename Answered>
 void callBus(
     BusConnection& bus, const BusConnection::Call& call, const std::tuple<Arguments...>& arguments,
     Answered answered) {
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): some results can only be moved
     askBus<Result>(bus, call, arguments, [answered = std::move(answered)](BusReply<Result> reply) {
         answered(std::move(reply.result));
     });

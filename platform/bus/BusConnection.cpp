@@ -72,6 +72,7 @@ std::string BusConnection::uniqueName() const {
 }
 
 void BusConnection::connect() {
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the analyzer loses the pointer in the move
     link_ = address_.empty() ? nullptr : BusLink::open(address_);
     if (!link_) {
         unavailable();
