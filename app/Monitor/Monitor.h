@@ -110,7 +110,8 @@ private:
         Event(const Event&) = delete;
         Event& operator=(const Event&) = delete;
 
-        ~Event() {
+        // Only a lack of memory could throw, and it ends the program anyway.
+        ~Event() { // NOLINT(bugprone-exception-escape)
             if (--monitor_.openEvents_ == 0) {
                 monitor_.publish();
             }
