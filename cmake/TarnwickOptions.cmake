@@ -8,6 +8,8 @@ set(CMAKE_CXX_SCAN_FOR_MODULES OFF)
 add_library(tarnwick_options INTERFACE)
 target_include_directories(tarnwick_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(tarnwick_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+# So that the linker can leave out what is not used.
+target_compile_options(tarnwick_options INTERFACE $<$<CONFIG:Release>:-ffunction-sections>)
 target_compile_definitions(tarnwick_options INTERFACE _FILE_OFFSET_BITS=64)
 
 if(TARNWICK_SANITIZE)
