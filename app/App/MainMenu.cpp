@@ -9,12 +9,12 @@ namespace tarnwick::MainMenu {
 
 namespace {
 
-QAction& addAction(QWidget& window, const QString& title, const QKeySequence& keys) {
+QAction* addAction(QWidget& window, const QString& title, const QKeySequence& keys) {
     // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): owned by the window
     auto* const action = new QAction(title, &window);
     action->setShortcut(keys);
     window.addAction(action);
-    return *action;
+    return action;
 }
 
 } // namespace
@@ -25,12 +25,12 @@ void install(QWidget& window, const Menu& menu) {
             continue;
         }
         const QString key = QString(QLatin1Char(item.shortcut)).toUpper();
-        const QAction& action =
+        const QAction* const action =
             addAction(window, QString::fromStdString(item.title), QKeySequence("Ctrl+" + key));
-        QObject::connect(&action, &QAction::triggered, &window, [&menu, id = item.id] { menu.choose(id); });
+        QObject::connect(action, &QAction::triggered, &window, [&menu, id = item.id] { menu.choose(id); });
     }
-    const QAction& close = addAction(window, QStringLiteral("Close"), QKeySequence("Ctrl+W"));
-    QObject::connect(&close, &QAction::triggered, &window, &QWidget::close);
+    const QAction* const close = addAction(window, QStringLiteral("Close"), QKeySequence("Ctrl+W"));
+    QObject::connect(close, &QAction::triggered, &window, &QWidget::close);
 }
 
 } // namespace tarnwick::MainMenu
