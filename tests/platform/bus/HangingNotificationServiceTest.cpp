@@ -12,7 +12,21 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 template<class Driver>
-class HangingNotificationService : public NotificationServiceContract<Driver> {};
+class HangingNotificationService : public NotificationServiceContract<Driver> {
+protected:
+    /// Posts "down" shortly before the center gives the service up.
+    [[nodiscard]] bool postWhileAQuestionIsUnanswered() {
+        this->becomeImpatient(this->somePatience);
+        this->addHangingService();
+        if (!this->runUntilConnected()) {
+            return false;
+        }
+        this->center().requestAuthorization();
+        this->runFor(0.75 * this->somePatience);
+        this->center().post("down", "");
+        return this->runUntilAbilityIs(Ability::no);
+    }
+};
 
 TYPED_TEST_SUITE(HangingNotificationService, NotificationServices);
 
@@ -78,13 +92,7 @@ TYPED_TEST(HangingNotificationService, WhatAServiceHasNotTakenInTimeIsDropped) {
 }
 
 TYPED_TEST(HangingNotificationService, AnUnansweredQuestionDropsNoLaterPost) {
-    this->becomeImpatient(this->somePatience);
-    this->addHangingService();
-    ASSERT_TRUE(this->runUntilConnected());
-    this->center().requestAuthorization();
-    this->runFor(0.75 * this->somePatience);
-    this->center().post("down", "");
-    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+    ASSERT_TRUE(this->postWhileAQuestionIsUnanswered());
 
     this->removeService();
     this->addService();
@@ -94,13 +102,7 @@ TYPED_TEST(HangingNotificationService, AnUnansweredQuestionDropsNoLaterPost) {
 }
 
 TYPED_TEST(HangingNotificationService, AServiceThatWasSilentBeforeAPostIsAskedAgainForIt) {
-    this->becomeImpatient(this->somePatience);
-    this->addHangingService();
-    ASSERT_TRUE(this->runUntilConnected());
-    this->center().requestAuthorization();
-    this->runFor(0.75 * this->somePatience);
-    this->center().post("down", "");
-    ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
+    ASSERT_TRUE(this->postWhileAQuestionIsUnanswered());
 
     this->wakeUpService();
 
