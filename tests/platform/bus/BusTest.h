@@ -25,9 +25,10 @@ protected:
     /// On the bus until the end of the test, or until the bus is stopped.
     BusPeer& addPeer() { return *peers_.emplace_back(std::make_unique<BusPeer>(daemon_.address())); }
 
+    /// The bus goes first: it would answer a call to a peer that leaves.
     void stopBus() {
-        peers_.clear();
         daemon_.stop();
+        peers_.clear();
     }
 
     /// Lets program and peers work until the condition holds; false when it does not hold in 20 seconds.
