@@ -1,83 +1,23 @@
-// The recorder of the all-time figures: one writer, takeover, failures, and what is written when.
-#include "app/Monitor/StatsRecorder.h"
+// The recorder of the all-time figures: failures, and what is written when.
+#include "tests/app/Monitor/StatsRecorderTest.h"
 
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/CaseName.h"
 
-#include <algorithm>
 #include <fstream>
 #include <gmock/gmock.h>
-#include <iterator>
-#include <optional>
-#include <sys/stat.h>
+#include <vector>
 
 namespace tarnwick {
 
 namespace {
 
-using test::TemporaryFolder;
+namespace fs = std::filesystem;
+using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 using testing::UnorderedElementsAre;
 using Saved = StatsRecorder::Saved;
 using State = StatsRecorder::State;
-
-namespace fs = std::filesystem;
-
-constexpr auto forTheCrash = FileStore::Durability::crash;
-constexpr auto forThePowerCut = FileStore::Durability::powerCut;
-
-constexpr auto host = "host.test";
-constexpr auto otherHost = "other.test";
-
-StatCounter sent(std::int64_t count) {
-    return {.sent = count};
-}
-
-class StatsRecorderTest : public testing::Test {
-protected:
-    StatsRecorder& start(std::optional<StatsRecorder>& recorder) const {
-        recorder.emplace(store);
-        recorder->load();
-        return *recorder;
-    }
-
-    [[nodiscard]] std::string fileText(const fs::path& path) const {
-        std::ifstream file(path);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    void writeFile(const std::string& text) const {
-        fs::create_directories(store.url.parent_path());
-        std::ofstream(store.url) << text;
-    }
-
-    /// Each replacement of the file makes a new one of the same name.
-    [[nodiscard]] ino_t fileNumber() const {
-        struct stat info {};
-
-        return ::stat(store.url.c_str(), &info) == 0 ? info.st_ino : 0;
-    }
-
-    /// While this stands, no new figures can be put in the file's place.
-    [[nodiscard]] fs::path obstacle() const { return store.url.string() + ".new"; }
-
-    void letWritingFail() const { fs::create_directories(obstacle()); }
-
-    void letWritingSucceed() const { fs::remove(obstacle()); }
-
-    /// Copies of files kept aside.
-    [[nodiscard]] std::ptrdiff_t keptAside() const {
-        return std::count_if(
-            fs::directory_iterator(store.url.parent_path()), fs::directory_iterator(), [](const auto& entry) {
-                return entry.path().filename().string().starts_with("stats.json.unreadable");
-            });
-    }
-
-    test::TemporaryFolder folder;
-    StatsStore store{folder.path() / "Tarnwick" / "stats.json"};
-    std::optional<StatsRecorder> first;
-    std::optional<StatsRecorder> second;
-};
 
 TEST_F(StatsRecorderTest, CannotRecordBeforeItHasLoaded) {
     EXPECT_EQ(StatsRecorder(store).state(), State::cannotRecord);
@@ -132,16 +72,6 @@ TEST_F(StatsRecorderTest, ACounterWithoutCountsIsEmptyWhateverItsTimes) {
     EXPECT_THAT(store.load(), IsEmpty());
 }
 
-TEST_F(StatsRecorderTest, UnchangedFiguresAreNotWrittenAgain) {
-    start(first);
-    first->save(host, sent(1), forTheCrash);
-    const ino_t before = fileNumber();
-
-    first->save(host, sent(1), forTheCrash);
-
-    EXPECT_EQ(fileNumber(), before);
-}
-
 TEST_F(StatsRecorderTest, ChangedFiguresAreWritten) {
     start(first);
     first->save(host, sent(1), forTheCrash);
@@ -151,25 +81,16 @@ TEST_F(StatsRecorderTest, ChangedFiguresAreWritten) {
     EXPECT_EQ(store.load().at(host), sent(2));
 }
 
-TEST_F(StatsRecorderTest, UnchangedFiguresAreWrittenAgainWhenTheyShallOutliveMore) {
+TEST_F(StatsRecorderTest, UnchangedFiguresAreWrittenAgainOnlyToOutliveMore) {
     start(first);
-    first->save(host, sent(1), forTheCrash);
-    const ino_t before = fileNumber();
+    std::vector<bool> isWritten;
+    for (const auto durability : {forTheCrash, forTheCrash, forThePowerCut, forTheCrash, forThePowerCut}) {
+        const ino_t before = fileNumber();
+        first->save(host, sent(1), durability);
+        isWritten.push_back(fileNumber() != before);
+    }
 
-    first->save(host, sent(1), forThePowerCut);
-
-    EXPECT_NE(fileNumber(), before);
-}
-
-TEST_F(StatsRecorderTest, UnchangedFiguresAreNotWrittenAgainWhenTheyOutliveEnough) {
-    start(first);
-    first->save(host, sent(1), forThePowerCut);
-    const ino_t before = fileNumber();
-
-    first->save(host, sent(1), forTheCrash);
-    first->save(host, sent(1), forThePowerCut);
-
-    EXPECT_EQ(fileNumber(), before);
+    EXPECT_THAT(isWritten, ElementsAre(true, false, true, false, false));
 }
 
 // Failures.
@@ -186,25 +107,15 @@ TEST_F(StatsRecorderTest, AFailedWriteLeavesTheOldFileWhole) {
 
 TEST_F(StatsRecorderTest, AFailedWriteIsMadeUpForByTheNextSaveOfTheSameFigures) {
     start(first);
-    letWritingFail();
-    first->save(host, sent(4), forTheCrash);
-    letWritingSucceed();
+    for (const int count : {3, 4}) { // the first write, and one after a good one
+        letWritingFail();
+        first->save(host, sent(count), forTheCrash);
+        letWritingSucceed();
 
-    first->save(host, sent(4), forTheCrash);
+        first->save(host, sent(count), forTheCrash);
 
-    EXPECT_EQ(store.load().at(host), sent(4));
-}
-
-TEST_F(StatsRecorderTest, AFailedWriteAmongGoodOnesIsMadeUpForToo) {
-    start(first);
-    first->save(host, sent(3), forTheCrash);
-    letWritingFail();
-    first->save(host, sent(4), forTheCrash);
-    letWritingSucceed();
-
-    first->save(host, sent(4), forTheCrash);
-
-    EXPECT_EQ(store.load().at(host), sent(4));
+        EXPECT_EQ(store.load().at(host), sent(count));
+    }
 }
 
 TEST_F(StatsRecorderTest, CannotRecordWhereNoFolderCanBeMade) {
@@ -212,7 +123,7 @@ TEST_F(StatsRecorderTest, CannotRecordWhereNoFolderCanBeMade) {
 
     EXPECT_EQ(start(first).state(), State::cannotRecord);
     EXPECT_EQ(first->save(host, sent(1), forTheCrash), Saved::asTold);
-    EXPECT_EQ(fileText(store.url.parent_path()), "in the way");
+    EXPECT_EQ(test::contentOf(store.url.parent_path()), "in the way");
 }
 
 TEST_F(StatsRecorderTest, RecordsAsSoonAsTheFolderCanBeMadeAndLosesNoCount) {
@@ -265,7 +176,7 @@ TEST_P(UnreadableFileTest, IsKeptAsideBeforeItIsOverwritten) {
 
     first->save(host, sent(1), forTheCrash);
 
-    EXPECT_EQ(fileText(store.url.string() + ".unreadable"), GetParam().text);
+    EXPECT_EQ(test::contentOf(store.url.string() + ".unreadable"), GetParam().text);
     EXPECT_EQ(store.load().at(host), sent(1));
 }
 
@@ -278,14 +189,14 @@ INSTANTIATE_TEST_SUITE_P(
         Unreadable{
             "MissingKey",
             R"({"host.test": {"averageMs": 1, "fastestMs": 1, "lost": 0, "replied": 1, "sent": 1}})"}),
-    [](const auto& instance) { return instance.param.name; });
+    test::caseName);
 
 TEST_F(StatsRecorderTest, AnUnreadableFileIsLeftAloneUntilTheFirstSave) {
     writeFile("no JSON");
 
     start(first);
 
-    EXPECT_EQ(fileText(store.url), "no JSON");
+    EXPECT_EQ(test::contentOf(store.url), "no JSON");
     EXPECT_EQ(keptAside(), 0);
 }
 
@@ -326,95 +237,8 @@ TEST_F(StatsRecorderTest, ASecondUnreadableFileIsKeptBesideTheFirst) {
         first.reset();
     }
 
-    EXPECT_EQ(fileText(store.url.string() + ".unreadable"), "one");
-    EXPECT_EQ(fileText(store.url.string() + ".unreadable-2"), "two");
-}
-
-// Two recorders.
-
-TEST_F(StatsRecorderTest, TheSecondOfTwoDoesNotRecord) {
-    start(first);
-
-    EXPECT_EQ(start(second).state(), State::otherRecords);
-    EXPECT_EQ(first->state(), State::records);
-}
-
-TEST_F(StatsRecorderTest, WhileAnotherRecordsNothingIsWritten) {
-    start(first).save(host, sent(10), forTheCrash);
-    start(second);
-
-    EXPECT_EQ(second->save(host, sent(11), forTheCrash), Saved::asTold);
-
-    EXPECT_EQ(store.load().at(host), sent(10));
-}
-
-TEST_F(StatsRecorderTest, WhileAnotherRecordsItCountsOnInMemory) {
-    start(first).save(host, sent(10), forTheCrash);
-    start(second).save(host, sent(11), forTheCrash);
-
-    EXPECT_EQ(second->figures(host), sent(11));
-}
-
-TEST_F(StatsRecorderTest, TakesOverFromTheFiguresOnDiskNeverOverThem) {
-    start(first);
-    start(second).save(host, sent(5), forTheCrash);
-    first->save(host, sent(10), forTheCrash);
-    first.reset();
-
-    EXPECT_EQ(second->save(host, sent(6), forTheCrash), Saved::tookOver);
-
-    EXPECT_EQ(second->state(), State::records);
-    EXPECT_EQ(second->figures(host), sent(10));
-    EXPECT_EQ(store.load().at(host), sent(10));
-}
-
-TEST_F(StatsRecorderTest, AfterATakeoverItWritesWhatItIsTold) {
-    start(first).save(host, sent(10), forTheCrash);
-    start(second);
-    first.reset();
-    second->save(host, sent(1), forTheCrash);
-
-    EXPECT_EQ(second->save(host, sent(12), forTheCrash), Saved::asTold);
-
-    EXPECT_EQ(store.load().at(host), sent(12));
-}
-
-TEST_F(StatsRecorderTest, ATakeoverDropsTheFiguresOfOtherHosts) {
-    start(first).save(host, sent(10), forTheCrash);
-    start(second).save(otherHost, sent(3), forTheCrash);
-    first.reset();
-
-    second->save(host, sent(1), forTheCrash);
-    second->save(host, sent(11), forTheCrash);
-
-    EXPECT_THAT(store.load(), UnorderedElementsAre(Pair(host, sent(11))));
-}
-
-TEST_F(StatsRecorderTest, ATakeoverOfAnUnreadableFileKeepsItAside) {
-    start(first);
-    start(second);
-    writeFile("no JSON");
-    first.reset();
-    second->save(host, sent(1), forTheCrash);
-
-    second->save(host, sent(2), forTheCrash);
-
-    EXPECT_EQ(fileText(store.url.string() + ".unreadable"), "no JSON");
-    EXPECT_EQ(store.load().at(host), sent(2));
-}
-
-TEST_F(StatsRecorderTest, TheOneThatEndsLastDoesNotUndoTheOneThatTookOver) {
-    std::optional<StatsRecorder> third;
-    start(first).save(host, sent(10), forTheCrash);
-    start(second);
-    start(third);
-    first.reset();
-    second->save(host, sent(1), forTheCrash);
-    second->save(host, sent(20), forTheCrash);
-
-    EXPECT_EQ(third->save(host, sent(2), forTheCrash), Saved::asTold);
-    EXPECT_EQ(third->state(), State::otherRecords);
-    EXPECT_EQ(store.load().at(host), sent(20));
+    EXPECT_EQ(test::contentOf(store.url.string() + ".unreadable"), "one");
+    EXPECT_EQ(test::contentOf(store.url.string() + ".unreadable-2"), "two");
 }
 
 } // namespace
