@@ -294,9 +294,7 @@ TEST_F(PanelMenuTextTest, ChangeHostComesAndGoesWhileItIsShown) {
     showMenu();
     watchFor(5.5);
     panelMenu->didShow();
-    fallSilent();
-    ASSERT_TRUE(waitUntilDown());
-    loop.runPending();
+    ASSERT_TRUE(goDown());
     EXPECT_FALSE(menuItem(MenuItem::Id::changeHost)->hidden);
 
     answerAfter(0.02);

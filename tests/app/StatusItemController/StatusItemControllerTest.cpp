@@ -1,5 +1,7 @@
-// What the status item shows, when it is touched, and what its menu does.
+// What the status item shows, and when it is touched.
 #include "tests/app/StatusItemController/WatchedStatusItem.h"
+
+#include "tests/support/CaseName.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,11 +13,8 @@ namespace {
 
 using Display = Preferences::Display;
 using Icon = StatusFace::Icon;
-using Id = MenuItem::Id;
 using MenuBarTitle::LossMode;
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
 
 class StatusItemControllerTest : public testing::Test, protected WatchedStatusItem {
 protected:
@@ -31,19 +30,59 @@ protected:
     [[nodiscard]] bool showsLoss() const { return title().find('%') != std::string::npos; }
 };
 
+struct Shown {
+    std::string name;
+    Display display;
+    double latency; ///< of all replies, in seconds
+    bool isDown;    ///< after some replies
+    StatusFace face;
+
+    friend void PrintTo(const Shown& shown, std::ostream* out) { *out << shown.name; }
+};
+
+class FaceTest : public StatusItemControllerTest, public testing::WithParamInterface<Shown> {};
+
 } // namespace
 
 // The face.
 
-TEST_F(StatusItemControllerTest, ShowsIconAndTextOfAWorkingConnection) {
-    answerAfter(0.042);
+TEST_P(FaceTest, ShowsTheConnectionInTheChosenDisplay) {
+    const auto& [name, display, latency, isDown, expected] = GetParam();
+    prefs.setDisplay(display);
+    answerAfter(latency);
     showFor(5.5);
+    ASSERT_TRUE(!isDown || goDown());
 
-    EXPECT_EQ(face().icon, Icon::bars);
-    EXPECT_EQ(face().activeBars, 5);
-    EXPECT_EQ(title(), "42ms");
-    EXPECT_EQ(face().figure, "42");
+    EXPECT_EQ(face().isDown, isDown);
+    EXPECT_EQ(face().icon, expected.icon);
+    EXPECT_EQ(face().activeBars, expected.activeBars);
+    EXPECT_EQ(face().title, expected.title);
+    EXPECT_EQ(face().figure, expected.figure);
+    EXPECT_EQ(face().widestTitle.empty(), !expected.title);
+    EXPECT_EQ(face().textSlot == 0, !expected.title);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    StatusItemControllerTest, FaceTest,
+    testing::Values(
+        Shown{
+            "IconAndText",
+            Display::iconAndText,
+            0.042,
+            false,
+            {.activeBars = 5, .title = "42ms", .figure = "42"}},
+        Shown{"Icon", Display::iconOnly, 0.042, false, {.activeBars = 5}},
+        Shown{
+            "Text", Display::textOnly, 1.24, false, {.icon = Icon::none, .title = "1.2s", .figure = "1.2s"}},
+        Shown{
+            "IconAndTextWhileDown",
+            Display::iconAndText,
+            0.042,
+            true,
+            {.icon = Icon::failed, .title = "Failed"}},
+        Shown{"IconWhileDown", Display::iconOnly, 0.042, true, {.icon = Icon::failed}},
+        Shown{"TextWhileDown", Display::textOnly, 0.042, true, {.icon = Icon::none, .title = "Failed"}}),
+    test::caseName);
 
 TEST_F(StatusItemControllerTest, BeforeTheFirstReplyTheBarsAreEmptyAndTheTextWaits) {
     fallSilent();
@@ -53,46 +92,6 @@ TEST_F(StatusItemControllerTest, BeforeTheFirstReplyTheBarsAreEmptyAndTheTextWai
     EXPECT_EQ(face().activeBars, 0);
     EXPECT_EQ(title(), "…");
     EXPECT_EQ(face().figure, "…");
-}
-
-TEST_F(StatusItemControllerTest, ADownShowsTheTriangleAndNoFigure) {
-    showFor(5.5);
-    fallSilent();
-    ASSERT_TRUE(waitUntilDown());
-    loop.runPending();
-
-    EXPECT_EQ(face().icon, Icon::failed);
-    EXPECT_EQ(face().activeBars, 0);
-    EXPECT_EQ(title(), "Failed");
-    EXPECT_EQ(face().figure, "");
-}
-
-TEST_F(StatusItemControllerTest, TheIconAloneHasNoTitleAndNoSlot) {
-    prefs.setDisplay(Display::iconOnly);
-    showFor(5.5);
-
-    EXPECT_EQ(face(), (StatusFace{.icon = Icon::bars, .activeBars = 5}));
-}
-
-TEST_F(StatusItemControllerTest, TheTextAloneHasNoIcon) {
-    prefs.setDisplay(Display::textOnly);
-    answerAfter(1.24);
-    showFor(5.5);
-
-    EXPECT_EQ(face().icon, Icon::none);
-    EXPECT_EQ(title(), "1.2s");
-    EXPECT_EQ(face().figure, "1.2s");
-}
-
-TEST_F(StatusItemControllerTest, TheTextAloneSaysFailedWhileDown) {
-    prefs.setDisplay(Display::textOnly);
-    showFor(5.5);
-    fallSilent();
-    ASSERT_TRUE(waitUntilDown());
-    loop.runPending();
-
-    EXPECT_EQ(face().icon, Icon::none);
-    EXPECT_EQ(title(), "Failed");
 }
 
 TEST_F(StatusItemControllerTest, FollowsTheDisplaySettingWhileRunning) {
@@ -275,30 +274,17 @@ TEST_F(StatusItemControllerTest, AlmostEverythingLostIsShownWithTwoDigits) {
     EXPECT_EQ(face().widestTitle, "88ms (88%)");
 }
 
-TEST_F(StatusItemControllerTest, ALossOfMoreThanNinetyNinePercentCountsAsNinetyNine) {
-    EXPECT_EQ(MenuBarTitle::title(20, 99.6), "20ms (99%)");
-    EXPECT_EQ(LossGates().update(99.6, LossMode::always, 0), 2);
-}
-
 // The open menu.
 
-TEST_F(StatusItemControllerTest, WhileTheMenuIsOpenTheTitleKeepsItsWidth) {
+TEST_F(StatusItemControllerTest, TheTitleKeepsItsWidthUntilTheMenuCloses) {
     showFor(40.5);
     menu->willOpen();
     const double slot = face().textSlot;
     lose(4, 32);
     ASSERT_GE(secondsUntil([this] { return monitor.reading().lossPercent > 5; }), 0);
     loop.advance(1);
-
     EXPECT_FALSE(showsLoss());
     EXPECT_EQ(face().textSlot, slot);
-}
-
-TEST_F(StatusItemControllerTest, WhenTheMenuClosesTheTitleIsEvaluatedAtOnce) {
-    showFor(40.5);
-    menu->willOpen();
-    lose(4, 32);
-    ASSERT_GE(secondsUntil([this] { return monitor.reading().lossPercent > 5; }), 0);
 
     menu->didClose();
 
@@ -314,45 +300,6 @@ TEST_F(StatusItemControllerTest, TheLatencyFollowsWhileTheMenuIsOpen) {
     EXPECT_EQ(title(), "77ms");
 }
 
-TEST_F(StatusItemControllerTest, ChangeHostIsShownOnlyWhileDown) {
-    showFor(5.5);
-    menu->willOpen();
-    EXPECT_TRUE(menuItem(Id::changeHost)->hidden);
-    menu->didClose();
-    fallSilent();
-    ASSERT_TRUE(waitUntilDown());
-
-    menu->willOpen();
-
-    EXPECT_FALSE(menuItem(Id::changeHost)->hidden);
-}
-
-TEST_F(StatusItemControllerTest, ChangeHostComesAndGoesWhileTheMenuStaysOpen) {
-    showFor(5.5);
-    menu->willOpen();
-    fallSilent();
-    ASSERT_TRUE(waitUntilDown());
-    loop.runPending();
-    EXPECT_FALSE(menuItem(Id::changeHost)->hidden);
-
-    answerAfter(0.02);
-    ASSERT_GE(secondsUntil([this] { return monitor.reading().status == Monitor::Status::up; }), 0);
-    loop.runPending();
-
-    EXPECT_TRUE(menuItem(Id::changeHost)->hidden);
-}
-
-TEST_F(StatusItemControllerTest, AClosedMenuIsNotFollowed) {
-    showFor(5.5);
-    menu->willOpen();
-    menu->didClose();
-    fallSilent();
-    ASSERT_TRUE(waitUntilDown());
-    loop.runPending();
-
-    EXPECT_TRUE(menuItem(Id::changeHost)->hidden);
-}
-
 // Texts beside the face.
 
 TEST_F(StatusItemControllerTest, TheToolTipHasLatencyAndLoss) {
@@ -364,9 +311,7 @@ TEST_F(StatusItemControllerTest, TheToolTipHasLatencyAndLoss) {
 
 TEST_F(StatusItemControllerTest, TheToolTipOfADownHasItsReason) {
     showFor(5.5);
-    fallSilent();
-    ASSERT_TRUE(waitUntilDown());
-    loop.runPending();
+    ASSERT_TRUE(goDown());
 
     EXPECT_EQ(item.toolTips.back(), "No replies for 8 s");
 }
@@ -384,183 +329,6 @@ TEST_F(StatusItemControllerTest, TellsAssistiveTechnologyTheSummary) {
     showFor(12.5);
 
     EXPECT_EQ(item.accessibilityValues.back(), "Excellent, 42 milliseconds, 0 percent packet loss");
-}
-
-// The menu.
-
-TEST_F(StatusItemControllerTest, TheMenuHasItsItemsInOrder) {
-    show(true);
-
-    std::vector<std::string> titles;
-    for (const MenuItem& entry : menu->items()) {
-        titles.push_back(entry.id == Id::separator ? "-" : entry.title);
-    }
-
-    EXPECT_THAT(
-        titles, ElementsAre(
-                    "", "Change Host…", "-", "Reset Session Stats", "Reset All Time Stats…", "-",
-                    "Check for Updates…", "Settings…", "About Tarnwick", "-", "Quit Tarnwick"));
-}
-
-TEST_F(StatusItemControllerTest, CheckForUpdatesIsAbsentWhereTheProgramCannotBeReplaced) {
-    show(false);
-
-    EXPECT_EQ(menuItem(Id::checkForUpdates), nullptr);
-}
-
-TEST_F(StatusItemControllerTest, CheckForUpdatesIsEnabledOnlyWhenItIsPossible) {
-    show(true);
-    updates.canCheck = false;
-    menu->willOpen();
-    EXPECT_FALSE(menuItem(Id::checkForUpdates)->enabled);
-    menu->choose(Id::checkForUpdates);
-    EXPECT_EQ(updates.checksAskedFor, 0);
-    menu->didClose();
-
-    updates.canCheck = true;
-    menu->willOpen();
-    menu->choose(Id::checkForUpdates);
-
-    EXPECT_EQ(updates.checksAskedFor, 1);
-}
-
-TEST_F(StatusItemControllerTest, TheAlternateIsTheOneBelowResetSession) {
-    show();
-    const auto& items = menu->items();
-    const auto alternate = std::ranges::find(items, true, &MenuItem::isAlternate);
-
-    ASSERT_NE(alternate, items.end());
-    EXPECT_EQ(alternate->id, Id::resetAllTime);
-    EXPECT_EQ(std::prev(alternate)->id, Id::resetSession);
-}
-
-TEST_F(StatusItemControllerTest, SettingsAndQuitHaveShortcuts) {
-    show();
-
-    EXPECT_EQ(menuItem(Id::settings)->shortcut, ',');
-    EXPECT_EQ(menuItem(Id::quit)->shortcut, 'q');
-}
-
-TEST_F(StatusItemControllerTest, EveryMnemonicIsALetterOfItsTitle) {
-    show(true);
-
-    for (const MenuItem& entry : menu->items()) {
-        if (!entry.title.empty()) {
-            EXPECT_NE(entry.title.find(entry.mnemonic), std::string::npos) << entry.title;
-        }
-    }
-}
-
-TEST_F(StatusItemControllerTest, AClickTogglesTheDropDownWhereItWas) {
-    show();
-
-    item.onActivate(ScreenPoint{700, 12});
-    item.onActivate(std::nullopt);
-
-    EXPECT_THAT(windows.dropDowns, ElementsAre(std::optional(ScreenPoint{700, 12}), std::nullopt));
-}
-
-TEST_F(StatusItemControllerTest, ChangeHostAndSettingsOpenTheSameWindow) {
-    show();
-    menu->setHidden(Id::changeHost, false);
-
-    menu->choose(Id::changeHost);
-    menu->choose(Id::settings);
-
-    EXPECT_EQ(windows.settingsShown, 2);
-}
-
-TEST_F(StatusItemControllerTest, AboutAndQuitDoWhatTheySay) {
-    show();
-
-    menu->choose(Id::about);
-    menu->choose(Id::quit);
-
-    EXPECT_EQ(windows.aboutShown, 1);
-    EXPECT_EQ(windows.quits, 1);
-}
-
-TEST_F(StatusItemControllerTest, AHiddenItemCannotBeChosen) {
-    show();
-
-    menu->choose(Id::changeHost);
-
-    EXPECT_EQ(windows.settingsShown, 0);
-}
-
-// Resets.
-
-TEST_F(StatusItemControllerTest, ResetSessionClearsTheSessionAlone) {
-    showFor(5.5);
-
-    menu->choose(Id::resetSession);
-
-    EXPECT_TRUE(monitor.reading().session.isEmpty());
-    EXPECT_EQ(monitor.reading().site.sent, 6);
-    EXPECT_TRUE(windows.questions.empty());
-}
-
-TEST_F(StatusItemControllerTest, ResetAllTimeAsksForTheHostFirst) {
-    showFor(5.5);
-
-    menu->choose(Id::resetAllTime);
-
-    ASSERT_EQ(windows.questions.size(), 1U);
-    EXPECT_EQ(windows.questions[0].title, "Reset All Time Stats");
-    EXPECT_EQ(windows.questions[0].text, "Are you sure you want to reset the all time stats for 1.1.1.1?");
-    EXPECT_EQ(windows.questions[0].confirm, "Reset");
-    EXPECT_EQ(windows.questions[0].cancel, "Cancel");
-    EXPECT_EQ(monitor.reading().site.sent, 6);
-}
-
-TEST_F(StatusItemControllerTest, AConfirmedResetClearsAndStoresTheAllTimeFigures) {
-    showFor(5.5);
-    monitor.saveStats();
-    menu->choose(Id::resetAllTime);
-
-    windows.answer(true);
-
-    EXPECT_TRUE(monitor.reading().site.isEmpty());
-    EXPECT_EQ(monitor.reading().session.sent, 6);
-    const auto stored = StatsStore(statistics).load();
-    EXPECT_TRUE(!stored.contains("1.1.1.1") || stored.at("1.1.1.1").isEmpty());
-}
-
-TEST_F(StatusItemControllerTest, CancelLeavesTheStatisticsUntouched) {
-    showFor(5.5);
-    menu->choose(Id::resetAllTime);
-
-    windows.answer(false);
-
-    EXPECT_EQ(monitor.reading().site.sent, 6);
-}
-
-TEST_F(StatusItemControllerTest, AnAnswerThatComesAfterAHostChangeResetsNothing) {
-    showFor(5.5);
-    menu->choose(Id::resetAllTime);
-    monitor.setHostname("192.0.2.8");
-    loop.advance(5);
-
-    windows.answer(true);
-
-    EXPECT_GT(monitor.reading().site.sent, 0);
-}
-
-TEST_F(StatusItemControllerTest, AnAnswerThatComesAfterItsEndIsIgnored) {
-    showFor(5.5);
-    menu->choose(Id::resetAllTime);
-    controller.reset();
-
-    windows.answer(true);
-
-    EXPECT_EQ(monitor.reading().site.sent, 6);
-}
-
-TEST_F(StatusItemControllerTest, AClickAfterItsEndIsIgnored) {
-    show();
-    controller.reset();
-
-    EXPECT_FALSE(item.onActivate);
 }
 
 } // namespace tarnwick

@@ -44,6 +44,15 @@ struct WatchedStatusItem : WatchedMonitor {
         });
     }
 
+    /// No ping is answered any more: the connection goes down, and what is shown follows. False when it stays
+    /// up.
+    [[nodiscard]] bool goDown() {
+        fallSilent();
+        const bool isDown = waitUntilDown();
+        loop.runPending();
+        return isDown;
+    }
+
     [[nodiscard]] const StatusFace& face() const { return item.faces.back(); }
 
     [[nodiscard]] std::string title() const { return face().title.value_or("(none)"); }
