@@ -1,21 +1,16 @@
-// The connection to a bus, whatever becomes of the bus.
-#include "platform/bus/BusConnection.h"
-
-#include "tests/platform/bus/BusTest.h"
+// The connection to a bus, whatever becomes of the bus, and its calls.
+#include "tests/platform/bus/BusConnectionTest.h"
 
 #include "core/FileDescriptor.h"
-#include "platform/bus/BusCall.h"
 #include "platform/bus/BusLink.h"
-#include "tests/support/LoopTurn.h"
 
 #include <gmock/gmock.h>
 #include <systemd/sd-bus.h>
 
 #include <array>
+#include <cstdint>
 #include <fcntl.h>
-#include <functional>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <sys/socket.h>
 #include <tuple>
@@ -26,37 +21,34 @@ namespace tarnwick {
 
 namespace {
 
-using State = BusConnection::State;
 using testing::Each;
 using testing::ElementsAre;
-using testing::IsEmpty;
-
-class BusConnectionTest : public BusTest {
-protected:
-    /// A program that answers "Echo" with what it got, and "Wait" never.
-    void addEcho() {
-        BusPeer& peer = addPeer();
-        peer.requestName("test.Echo");
-        echo_ = peer.takeCalls("/echo", [](BusMessage& call) {
-            if (call.member() == "Echo") {
-                BusMessage reply = call.reply();
-                ASSERT_TRUE(reply.append(std::get<0>(call.read<std::string>().value())));
-                ASSERT_TRUE(reply.send());
-            }
-        });
-    }
-
-    [[nodiscard]] static BusConnection::Call echoCall(const char* method) {
-        return {.destination = "test.Echo", .path = "/echo", .interface = "test.Echo", .method = method};
-    }
-
-    Subscription echo_;
-};
 
 /// The same where no bus is running.
 class WithoutBusTest : public BusConnectionTest {
 protected:
     void SetUp() override {}
+};
+
+/// Connected, with a program to call.
+class BusCallTest : public BusConnectionTest {
+protected:
+    void SetUp() override {
+        BusConnectionTest::SetUp();
+        addEcho();
+        ASSERT_TRUE(runUntilConnected());
+    }
+
+    /// Calls, and runs until the answer has come. Nothing when the call has failed.
+    template<typename Result, typename... Arguments>
+    std::optional<Result> answer(const BusConnection::Call& call, const Arguments&... arguments) {
+        std::optional<std::optional<Result>> answer;
+        callBus<Result>(bus_, call, std::tuple(arguments...), [&answer](const std::optional<Result>& result) {
+            answer = result;
+        });
+        EXPECT_TRUE(runUntil([&answer] { return answer.has_value(); }));
+        return answer.value_or(std::nullopt);
+    }
 };
 
 } // namespace
@@ -93,7 +85,7 @@ TEST_F(BusConnectionTest, ABusThatGoesAwayAndComesBackIsToldEachTime) {
     ASSERT_TRUE(runUntilConnected());
 
     stopBus();
-    ASSERT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+    ASSERT_TRUE(runUntilUnavailable());
     EXPECT_EQ(bus_.uniqueName(), "");
     ASSERT_TRUE(daemon_.start());
     ASSERT_TRUE(runUntilConnected());
@@ -107,15 +99,9 @@ TEST_F(BusConnectionTest, AConnectionLostWhileItIsToldIsNotToldAsConnected) {
     const Subscription first = bus_.onStateChange([this] {
         if (bus_.state() == State::connected) {
             // Its time-out lets the connection notice the loss; its descriptor is not watched in here.
-            bus_.call(
-                {.destination = "test.Echo",
-                 .path = "/echo",
-                 .interface = "test.Echo",
-                 .method = "Wait",
-                 .timeout = 0.1},
-                [](BusMessage&) { return true; }, [](BusMessage*) {});
+            callBus<NoResult>(bus_, echoCall("Wait", 0.1), std::tuple(), [](const auto&) {});
             stopBus();
-            EXPECT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+            EXPECT_TRUE(runUntilUnavailable());
         }
     });
     const Subscription second = bus_.onStateChange([&] { states.push_back(bus_.state()); });
@@ -126,11 +112,11 @@ TEST_F(BusConnectionTest, AConnectionLostWhileItIsToldIsNotToldAsConnected) {
 }
 
 TEST_F(WithoutBusTest, AnAbsentBusIsAState) {
-    EXPECT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+    EXPECT_TRUE(runUntilUnavailable());
 }
 
 TEST_F(WithoutBusTest, ABusThatComesLateIsFound) {
-    ASSERT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+    ASSERT_TRUE(runUntilUnavailable());
 
     ASSERT_TRUE(daemon_.start());
 
@@ -138,15 +124,9 @@ TEST_F(WithoutBusTest, ABusThatComesLateIsFound) {
 }
 
 TEST_F(WithoutBusTest, RetriesComeFartherApart) {
-    ASSERT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
-    const double end = loop_.now() + 3.5;
-    int tasks = 0;
-    while (loop_.now() < end) {
-        tasks += test::runOneTurn(loop_, 0.1) ? 1 : 0;
-    }
-
+    ASSERT_TRUE(runUntilUnavailable());
     // After one second, and two more after that; nothing but a timer each time.
-    EXPECT_EQ(tasks, 2);
+    EXPECT_EQ(turnsWithin(3.5), 2);
 }
 
 TEST_F(WithoutBusTest, WithoutAnAddressThereIsNoBus) {
@@ -186,73 +166,38 @@ TEST_F(BusConnectionTest, OfSeveralAddressesTheFirstThatListensIsTaken) {
     EXPECT_TRUE(runUntil([&connection] { return connection.state() == State::connected; }));
 }
 
-TEST_F(BusConnectionTest, ACallIsAnswered) {
-    addEcho();
-    ASSERT_TRUE(runUntilConnected());
+// Calls.
 
-    std::optional<std::string> answer;
-    callBus<std::string>(
-        bus_, echoCall("Echo"), std::tuple(std::string("hello")),
-        [&answer](const std::optional<std::string>& text) { answer = text; });
-
-    EXPECT_TRUE(runUntil([&answer] { return answer == "hello"; }));
+TEST_F(BusCallTest, ACallIsAnswered) {
+    EXPECT_EQ(answer<std::string>(echoCall("Echo"), std::string("hello")), "hello");
 }
 
-TEST_F(BusConnectionTest, AMessageLargerThanTheSocketTakesGetsThrough) {
-    addEcho();
-    ASSERT_TRUE(runUntilConnected());
+TEST_F(BusCallTest, AMessageLargerThanTheSocketTakesGetsThrough) {
     const std::string longText(8'000'000, 'x');
 
-    std::optional<std::string> answer;
-    callBus<std::string>(
-        bus_, echoCall("Echo"), std::tuple(longText),
-        [&answer](const std::optional<std::string>& text) { answer = text; });
-
-    EXPECT_TRUE(runUntil([&] { return answer == longText; }));
+    EXPECT_TRUE(answer<std::string>(echoCall("Echo"), longText) == longText);
 }
 
-TEST_F(BusConnectionTest, ACallOfAMissingServiceFails) {
-    ASSERT_TRUE(runUntilConnected());
+TEST_F(BusCallTest, ACallOfAMissingServiceFails) {
+    BusConnection::Call call = echoCall("Echo");
+    call.destination = "test.Missing";
 
-    std::optional<bool> hasResult;
-    callBus<std::string>(
-        bus_, echoCall("Echo"), std::tuple(std::string("hello")),
-        [&hasResult](const std::optional<std::string>& text) { hasResult = text.has_value(); });
-
-    EXPECT_TRUE(runUntil([&hasResult] { return hasResult == false; }));
+    EXPECT_EQ(answer<std::string>(call, std::string("hello")), std::nullopt);
 }
 
-TEST_F(BusConnectionTest, ACallWithAnotherResultThanExpectedFails) {
-    addEcho();
-    ASSERT_TRUE(runUntilConnected());
-
-    std::optional<bool> hasResult;
-    callBus<std::uint32_t>(
-        bus_, echoCall("Echo"), std::tuple(std::string("hello")),
-        [&hasResult](const std::optional<std::uint32_t>& number) { hasResult = number.has_value(); });
-
-    EXPECT_TRUE(runUntil([&hasResult] { return hasResult == false; }));
+TEST_F(BusCallTest, ACallWithAnotherResultThanExpectedFails) {
+    EXPECT_EQ(answer<std::uint32_t>(echoCall("Echo"), std::string("hello")), std::nullopt);
 }
 
-TEST_F(BusConnectionTest, ACallThatIsNotAnsweredFailsAfterItsTimeout) {
-    addEcho();
-    ASSERT_TRUE(runUntilConnected());
-    BusConnection::Call call = echoCall("Wait");
-    call.timeout = 0.2;
+TEST_F(BusCallTest, ACallThatIsNotAnsweredFailsAfterItsTimeout) {
     const double start = loop_.now();
 
-    std::optional<bool> hasResult;
-    callBus<NoResult>(bus_, call, std::tuple(), [&hasResult](const std::optional<NoResult>& done) {
-        hasResult = done.has_value();
-    });
+    EXPECT_FALSE(answer<NoResult>(echoCall("Wait", 0.2)).has_value());
 
-    ASSERT_TRUE(runUntil([&hasResult] { return hasResult == false; }));
     EXPECT_GE(loop_.now() - start, 0.2);
 }
 
-TEST_F(BusConnectionTest, ALostConnectionAnswersItsCallsOnceAfterTheListenersKnow) {
-    addEcho();
-    ASSERT_TRUE(runUntilConnected());
+TEST_F(BusCallTest, ALostConnectionAnswersItsCallsOnceAfterTheListenersKnow) {
     std::vector<State> statesWhenAnswered;
     for (int call = 0; call < 2; ++call) {
         callBus<NoResult>(bus_, echoCall("Wait"), std::tuple(), [&](const std::optional<NoResult>& done) {
@@ -268,9 +213,7 @@ TEST_F(BusConnectionTest, ALostConnectionAnswersItsCallsOnceAfterTheListenersKno
     EXPECT_THAT(statesWhenAnswered, ElementsAre(State::unavailable, State::unavailable));
 }
 
-TEST_F(BusConnectionTest, ABusThatBreaksTheProtocolIsLostAndItsCallsAreAnswered) {
-    addEcho();
-    ASSERT_TRUE(runUntilConnected());
+TEST_F(BusCallTest, ABusThatBreaksTheProtocolIsLostAndItsCallsAreAnswered) {
     int answers = 0;
     const auto count = [&answers](const std::optional<NoResult>& done) {
         EXPECT_FALSE(done.has_value());
@@ -287,11 +230,9 @@ TEST_F(BusConnectionTest, ABusThatBreaksTheProtocolIsLostAndItsCallsAreAnswered)
     ASSERT_GT(::write(otherBus.get(), noMessage.data(), noMessage.size()), 0);
 
     // The exchanged socket is not watched: the connection reads from it at the time-out of this call.
-    BusConnection::Call wakeUp = echoCall("Wait");
-    wakeUp.timeout = 0.05;
-    callBus<NoResult>(bus_, wakeUp, std::tuple(), count);
+    callBus<NoResult>(bus_, echoCall("Wait", 0.05), std::tuple(), count);
 
-    ASSERT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
+    ASSERT_TRUE(runUntilUnavailable());
     EXPECT_EQ(answers, 2);
 }
 
@@ -303,161 +244,6 @@ TEST_F(WithoutBusTest, ACallWithoutABusFailsLater) {
 
     EXPECT_EQ(hasResult, std::nullopt);
     EXPECT_TRUE(runUntil([&hasResult] { return hasResult == false; }));
-}
-
-namespace {
-
-/// Counts signals of a test's own.
-class BusMatchTest : public BusConnectionTest {
-protected:
-    [[nodiscard]] Subscription countSignals() {
-        return bus_.addMatch("type='signal',interface='test.Signals'", [this](BusMessage& message) {
-            const auto values = message.read<std::string>();
-            heard_.push_back(values ? std::get<0>(*values) : "");
-            if (onHeard_) {
-                onHeard_();
-            }
-        });
-    }
-
-    static void emit(BusPeer& peer, const std::string& text) {
-        peer.emit({"/signals", "test.Signals"}, "Spoken", text);
-    }
-
-    std::function<void()> onHeard_;
-    std::vector<std::string> heard_;
-};
-
-} // namespace
-
-TEST_F(BusMatchTest, SignalsThatMatchAreHandedOver) {
-    const Subscription match = countSignals();
-    ASSERT_TRUE(runUntilConnected());
-
-    emit(addPeer(), "hello");
-
-    ASSERT_TRUE(runUntil([this] { return !heard_.empty(); }));
-    EXPECT_THAT(heard_, ElementsAre("hello"));
-}
-
-TEST_F(BusMatchTest, AMatchMayBeAddedWhileConnected) {
-    ASSERT_TRUE(runUntilConnected());
-    const Subscription match = countSignals();
-
-    emit(addPeer(), "hello");
-
-    EXPECT_TRUE(runUntil([this] { return !heard_.empty(); }));
-}
-
-TEST_F(BusMatchTest, AMatchHoldsOnTheNextConnectionToo) {
-    const Subscription match = countSignals();
-    ASSERT_TRUE(runUntilConnected());
-    stopBus();
-    ASSERT_TRUE(runUntil([this] { return bus_.state() == State::unavailable; }));
-    ASSERT_TRUE(daemon_.start());
-    ASSERT_TRUE(runUntilConnected());
-
-    emit(addPeer(), "again");
-
-    ASSERT_TRUE(runUntil([this] { return !heard_.empty(); }));
-    EXPECT_THAT(heard_, ElementsAre("again"));
-}
-
-TEST_F(BusMatchTest, AnEndedMatchHearsNothing) {
-    Subscription match = countSignals();
-    ASSERT_TRUE(runUntilConnected());
-
-    match.reset();
-    BusPeer& peer = addPeer();
-    emit(peer, "hello");
-
-    ASSERT_TRUE(runUntilHeardBy(peer));
-    EXPECT_TRUE(heard_.empty());
-}
-
-TEST_F(BusMatchTest, AMatchMayEndInsideItsHandler) {
-    Subscription match = countSignals();
-    onHeard_ = [&match] { match.reset(); };
-    ASSERT_TRUE(runUntilConnected());
-    BusPeer& peer = addPeer();
-
-    emit(peer, "first");
-    emit(peer, "second");
-
-    ASSERT_TRUE(runUntilHeardBy(peer));
-    EXPECT_THAT(heard_, ElementsAre("first"));
-}
-
-TEST_F(BusMatchTest, AnExceptionInAHandlerConcernsThatMessageOnly) {
-    const Subscription match = countSignals();
-    onHeard_ = [] { throw std::runtime_error("not today"); };
-    ASSERT_TRUE(runUntilConnected());
-    BusPeer& peer = addPeer();
-
-    emit(peer, "first");
-    emit(peer, "second");
-
-    ASSERT_TRUE(runUntilHeardBy(peer));
-    EXPECT_THAT(heard_, ElementsAre("first", "second"));
-    EXPECT_EQ(bus_.state(), State::connected);
-}
-
-TEST_F(BusMatchTest, ASignalWithOtherContentsThanExpectedHasNoValues) {
-    const Subscription match = countSignals();
-    ASSERT_TRUE(runUntilConnected());
-    BusPeer& peer = addPeer();
-
-    peer.emit({"/signals", "test.Signals"}, "Spoken", std::uint32_t{7});
-    peer.emit({"/signals", "test.Signals"}, "Spoken");
-
-    ASSERT_TRUE(runUntilHeardBy(peer));
-    EXPECT_THAT(heard_, ElementsAre("", ""));
-}
-
-TEST_F(BusMatchTest, ANestedLoopInAHandlerWaitsWithoutSpinning) {
-    const Subscription match = countSignals();
-    int nestedTasks = 0;
-    onHeard_ = [&] {
-        onHeard_ = nullptr;
-        const double end = loop_.now() + 0.3;
-        while (loop_.now() < end) {
-            nestedTasks += test::runOneTurn(loop_, 0.05) ? 1 : 0;
-        }
-        EXPECT_THAT(heard_, ElementsAre("first"));
-    };
-    ASSERT_TRUE(runUntilConnected());
-    BusPeer& peer = addPeer();
-
-    // The second one is still at the bus when the first is handled.
-    emit(peer, "first");
-    ASSERT_TRUE(peer.call({"org.freedesktop.DBus", "/", "org.freedesktop.DBus"}, "GetId") != nullptr);
-    emit(peer, "second");
-
-    ASSERT_TRUE(runUntil([this] { return heard_.size() == 2; }));
-    EXPECT_THAT(heard_, ElementsAre("first", "second"));
-    EXPECT_LE(nestedTasks, 2);
-}
-
-TEST_F(BusMatchTest, ANestedLoopAtATimeoutWaitsWithoutSpinning) {
-    addEcho();
-    const Subscription match = countSignals();
-    ASSERT_TRUE(runUntilConnected());
-    BusPeer& peer = addPeer();
-    BusConnection::Call call = echoCall("Wait");
-    call.timeout = 0.05;
-
-    int nestedTasks = 0;
-    callBus<NoResult>(bus_, call, std::tuple(), [&](const std::optional<NoResult>&) {
-        emit(peer, "for later");
-        const double end = loop_.now() + 0.3;
-        while (loop_.now() < end) {
-            nestedTasks += test::runOneTurn(loop_, 0.05) ? 1 : 0;
-        }
-        EXPECT_THAT(heard_, IsEmpty());
-    });
-
-    ASSERT_TRUE(runUntil([this] { return !heard_.empty(); }));
-    EXPECT_LE(nestedTasks, 2);
 }
 
 } // namespace tarnwick

@@ -56,6 +56,10 @@ protected:
         return runUntil([this] { return bus_.state() == BusConnection::State::connected; });
     }
 
+    [[nodiscard]] bool runUntilUnavailable() {
+        return runUntil([this] { return bus_.state() == BusConnection::State::unavailable; });
+    }
+
     [[nodiscard]] bool runUntilAnswered(const std::shared_ptr<BusPeer::Answer>& answer) {
         return runUntil([&answer] { return answer->hasCome; });
     }

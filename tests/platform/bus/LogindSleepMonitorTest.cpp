@@ -187,7 +187,7 @@ TEST_F(LogindSleepMonitorTest, ARestartedBusIsUsedAgain) {
     ASSERT_TRUE(startWithLogind());
     logind_.reset();
     stopBus();
-    ASSERT_TRUE(runUntil([this] { return bus_.state() == BusConnection::State::unavailable; }));
+    ASSERT_TRUE(runUntilUnavailable());
 
     ASSERT_TRUE(daemon_.start());
     addLogind();
@@ -322,7 +322,7 @@ TEST_F(LogindSleepMonitorTest, WithoutLogindTheClocksTellOfASleep) {
 TEST_F(LogindSleepMonitorTest, WithoutABusTheClocksTellOfASleep) {
     stopBus();
     start();
-    ASSERT_TRUE(runUntil([this] { return bus_.state() == BusConnection::State::unavailable; }));
+    ASSERT_TRUE(runUntilUnavailable());
 
     suspended_ += 3600;
 

@@ -98,7 +98,7 @@ TEST_F(NameWatchTest, WithoutTheBusThereIsNoOwnerUntilItComesBack) {
     told_.clear();
 
     stopBus();
-    ASSERT_TRUE(runUntil([this] { return bus_.state() == BusConnection::State::unavailable; }));
+    ASSERT_TRUE(runUntilUnavailable());
     EXPECT_THAT(told_, ElementsAre(Pair("", NameNews::changed)));
     told_.clear();
     ASSERT_TRUE(daemon_.start());
@@ -144,7 +144,7 @@ TEST_F(NameWatchTest, AConnectionLostDuringTheQuestionTellsNothing) {
 
     stopBus();
 
-    ASSERT_TRUE(runUntil([this] { return bus_.state() == BusConnection::State::unavailable; }));
+    ASSERT_TRUE(runUntilUnavailable());
     EXPECT_THAT(told_, IsEmpty());
 }
 

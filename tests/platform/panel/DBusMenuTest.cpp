@@ -443,7 +443,7 @@ TEST_F(DBusMenuTest, WhenTheBusGoesTheMenuIsNoLongerShown) {
 
 TEST_F(DBusMenuTest, WhenTheBusComesBackTheMenuIsThereAgain) {
     stopBus();
-    ASSERT_TRUE(runUntil([this] { return bus_.state() == BusConnection::State::unavailable; }));
+    ASSERT_TRUE(runUntilUnavailable());
     ASSERT_TRUE(daemon_.start());
     ASSERT_TRUE(runUntilConnected());
     panel_ = &addPeer();
