@@ -285,7 +285,7 @@ class PanelChecks:
 
         self.ends_well(program, end)
 
-    def test_the_shortcut_for_quitting_ends_it_with_the_statistics_saved(self) -> None:
+    def test_the_quit_shortcut_ends_it_with_the_statistics_saved(self) -> None:
         program = self.running()
 
         def quit_by_keyboard() -> None:
@@ -349,7 +349,7 @@ class X11Checks(PanelChecks):
         self.assertTrue(stays_closed(program), "it opened")
         self.assertIsNone(program.process.poll())
 
-    def test_an_open_drop_down_follows_the_desktop_from_light_to_dark(self) -> None:
+    def test_an_open_drop_down_turns_dark_with_the_desktop(self) -> None:
         preference = ColorPreference(self.desktop.session, dark=False)
         self.addCleanup(preference.close)
         program = self.running()

@@ -126,7 +126,7 @@ class NotifierChecks(PanelChecks):
         self.desktop.key("Escape")
         self.wait_until_closed(program)
 
-    def test_quit_in_the_panels_menu_ends_it_with_the_statistics_saved(self) -> None:
+    def test_quit_in_the_panels_menu_ends_it_and_saves_statistics(self) -> None:
         program = self.running()
 
         def quit_by_menu() -> None:
@@ -152,7 +152,7 @@ class NotifierChecks(PanelChecks):
         # Its reserve, the classic tray, would be no item.
         eventually(lambda: self.item_of(program), PATIENCE, "the item is registered again")
 
-    def test_a_question_comes_to_the_front_and_a_polite_signal_ends_it(self) -> None:
+    def test_a_question_comes_to_the_front_and_sigterm_ends_it(self) -> None:
         program = self.running()
 
         def end() -> None:

@@ -180,10 +180,10 @@ class Notifications(ConcurrentTestCase):
     def test_xfce4_notifyd_shows_an_outage_and_its_end(self) -> None:
         self.check_outage(Xfce4Notifyd, "10.77.0.36")
 
-    def test_dunst_shows_an_outage_and_its_end_for_the_terminal_program(self) -> None:
+    def test_dunst_shows_the_terminal_programs_outage_and_its_end(self) -> None:
         self.check_outage(Dunst, "10.77.0.41", watch.PROGRAM)
 
-    def test_it_covers_the_settings_window_and_leaves_it_the_keyboard(self) -> None:
+    def test_it_covers_the_settings_window_and_takes_no_keyboard(self) -> None:
         address = "10.77.0.37"
         with self.desktop(SmallPanel, "frontmost") as desktop:
             daemon, requests = Dunst(desktop), Requests(desktop.session)
@@ -282,7 +282,7 @@ class Notifications(ConcurrentTestCase):
             session.start_bus()
             self.check_terminal("10.77.0.43", bus_of(session))
 
-    def test_a_daemon_that_hangs_does_not_hold_the_terminal_program_up(self) -> None:
+    def test_a_hanging_daemon_does_not_hold_the_terminal_program_up(self) -> None:
         with self.desktop(BareDesktop, "hanging-terminal") as desktop:
             Dunst(desktop).hang()
             with Listener(desktop.session.bus.address, QUESTION) as listener:

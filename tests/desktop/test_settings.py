@@ -54,7 +54,7 @@ class Settings(SettingsWindow, unittest.TestCase):
         eventually(self.desktop.screen.keyboard_is_free, PATIENCE, "the window manager has let go of the keyboard")
         return after
 
-    def test_closed_with_its_shortcut_it_opens_again_where_it_was_left(self) -> None:
+    def test_closed_with_its_shortcut_it_reopens_where_it_was_left(self) -> None:
         left_at = self.drag_title(-150, 40)
 
         # The second time would show a window that wanders by the size of its frame.
@@ -74,7 +74,7 @@ class Settings(SettingsWindow, unittest.TestCase):
 
         eventually(lambda: self.window().height == before.height, PATIENCE, "the window is as high as its form")
 
-    def test_the_shortcut_for_quitting_ends_it_and_drops_what_is_typed(self) -> None:
+    def test_the_quit_shortcut_ends_it_and_drops_what_is_typed(self) -> None:
         self.type_into("Host to Ping", "localhost")
 
         self.assert_dropped_at_the_end(lambda: self.desktop.key("q", "Control_L"))

@@ -83,7 +83,7 @@ def full_pipe() -> Iterator[int]:
 
 
 class Json(ConcurrentTestCase):
-    def test_every_object_has_exactly_the_keys_in_order_with_their_types(self) -> None:
+    def test_every_object_has_just_the_keys_in_order_with_types(self) -> None:
         lab.behave("10.77.0.10", Behavior(delay_ms=10))
         with (
             new_home() as home,
@@ -195,7 +195,7 @@ class Timing(ConcurrentTestCase):
     def test_a_reader_of_json_that_stalls_does_not_stop_the_pings(self) -> None:
         self.stalls("10.77.0.23", "--json")
 
-    def test_a_reader_of_plain_lines_that_stalls_does_not_stop_the_pings(self) -> None:
+    def test_a_stalled_reader_of_plain_lines_does_not_stop_pings(self) -> None:
         self.stalls("10.77.0.24")
 
     def stalls(self, address: str, *options: str) -> None:
@@ -217,7 +217,7 @@ class Timing(ConcurrentTestCase):
 
 
 class PlainLines(ConcurrentTestCase):
-    def test_one_line_a_tick_says_the_quality_the_host_and_the_latency(self) -> None:
+    def test_one_line_a_tick_has_quality_host_and_latency(self) -> None:
         lab.behave("10.77.0.30", Behavior(delay_ms=43))
         with new_home() as home, Watch(home, "10.77.0.30", as_json=False) as watch:
             lines = watch.wait_for_lines(5)

@@ -71,7 +71,7 @@ def addresses_of(name: str) -> list[str]:
 
 
 class AConnection(ConcurrentTestCase):
-    def test_a_steady_fast_one_is_excellent_with_five_bars_and_no_loss(self) -> None:
+    def test_a_steady_fast_one_is_excellent_with_five_bars(self) -> None:
         lab.behave("10.77.0.10", Behavior(delay_ms=40))
         with new_home() as home, Watch(home, "10.77.0.10") as watch:
             watch.wait_for_lines(12)

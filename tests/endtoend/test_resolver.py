@@ -42,7 +42,7 @@ def thread_count(pid: int) -> int:
 
 
 class AResolverThatHangs(ConcurrentTestCase):
-    def test_it_is_given_up_and_tried_again_without_piling_up_threads(self) -> None:
+    def test_it_is_given_up_and_retried_without_piling_up_threads(self) -> None:
         with (
             new_home() as home,
             dead_name_server("10.77.0.53") as prefix,

@@ -139,7 +139,7 @@ class TheEndOfTheProgram(ConcurrentTestCase):
 
 
 class AKill(ConcurrentTestCase):
-    def test_it_leaves_a_whole_file_or_none_and_the_next_start_goes_on(self) -> None:
+    def test_it_leaves_a_whole_file_or_none_for_the_next_start(self) -> None:
         address = "10.77.0.20"
         lab.behave(address, Behavior())
         moments = random.Random(20)
@@ -171,7 +171,7 @@ class TwoProgramsAtOnce(ConcurrentTestCase):
     def test_the_second_says_so_and_takes_over_at_its_end(self) -> None:
         self.second_takes_over("10.77.0.30", signal.SIGTERM)
 
-    def test_the_second_takes_over_at_its_end_when_the_first_was_killed(self) -> None:
+    def test_the_second_takes_over_at_its_end_from_a_killed_first(self) -> None:
         self.second_takes_over("10.77.0.31", signal.SIGKILL)
 
     def test_the_second_takes_over_at_a_periodic_save(self) -> None:
@@ -272,7 +272,7 @@ class TwoProgramsAtOnce(ConcurrentTestCase):
 
 
 class ADiskThatRefuses(ConcurrentTestCase):
-    def test_a_read_only_folder_keeps_its_file_and_the_program_goes_on(self) -> None:
+    def test_with_a_read_only_folder_it_goes_on_and_the_file_stays(self) -> None:
         address = "10.77.0.40"
         lab.behave(address, Behavior())
         with new_home() as home:

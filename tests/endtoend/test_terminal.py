@@ -207,7 +207,7 @@ class TheTerminalAfterwards(ConcurrentTestCase):
                 terminal.wait_for(is_up, 4, "a good connection")
                 self.was_restored(terminal, terminal.finish(number))
 
-    def test_the_end_of_the_time_asked_for_leaves_the_terminal_as_it_was(self) -> None:
+    def test_at_the_end_of_its_time_the_terminal_is_as_it_was(self) -> None:
         with new_home() as home, Terminal(home, "10.77.0.10", lifetime=2) as terminal:
             self.was_restored(terminal, terminal.wait(within=2 + PATIENCE_SECONDS))
 

@@ -127,7 +127,7 @@ class Replies:
         self.assertGreaterEqual(request.took_ms, 80)
         self.assertLessEqual(request.left, received + CLOCK_READING)
 
-    def test_the_time_of_a_request_does_not_depend_on_when_it_is_read(self) -> None:
+    def test_a_requests_time_does_not_depend_on_when_it_is_read(self) -> None:
         lab.behave(self.address, Behavior())
         with lab.held_up():
             self.echo.send(1)
@@ -194,7 +194,7 @@ class Replies:
 
         self.assertEqual(sequence_of(self.echo.exchange(2)), 2)
 
-    def test_an_address_without_a_behavior_is_silent_and_still_counted(self) -> None:
+    def test_an_address_without_a_behavior_is_silent_but_counted(self) -> None:
         address = UNKNOWN[self.family]
         before = len(lab.requests(address))
 

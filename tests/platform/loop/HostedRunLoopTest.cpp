@@ -38,7 +38,7 @@ TEST_F(HostedRunLoopTest, RunsNothingAndWaitsForNothingWithoutAnEvent) {
     EXPECT_FALSE(hasSomethingToRun());
 }
 
-TEST_F(HostedRunLoopTest, AnInputsTaskThatHasNotReturnedDoesNotKeepAnInnerEventLoopBusy) {
+TEST_F(HostedRunLoopTest, AnInputsTaskThatHasNotReturnedKeepsNoInnerEventLoopBusy) {
     const WatchedPipe pipe;
     int runs = 0;
     const auto watching = loop_.watchReadable(pipe.readingEnd(), [&] {
