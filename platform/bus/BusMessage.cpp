@@ -47,7 +47,9 @@ BusMessage BusMessage::reply() const {
 
 BusMessage BusMessage::reply(const BusError& error) const {
     const std::string text = validUtf8(error.text);
-    const sd_bus_error content = SD_BUS_ERROR_MAKE_CONST(error.name.c_str(), text.c_str());
+    sd_bus_error content{};
+    content.name = error.name.c_str();
+    content.message = text.c_str();
     sd_bus_message* reply = nullptr;
     return sd_bus_message_new_method_error(message_, &reply, &content) < 0 ? BusMessage() : BusMessage(reply);
 }

@@ -64,12 +64,11 @@ StatisticsScript::StatisticsScript(const std::filesystem::path& file) {
         complain(0, "cannot be read: " + file.string());
     }
     addTicks();
-    std::ranges::stable_sort(steps_, {}, &Step::moment);
 }
 
 std::vector<std::string> StatisticsScript::play() {
-    for (const Step& step : steps_) {
-        step.act();
+    for (const auto& [moment, act] : steps_) {
+        act();
     }
     return complaints_;
 }
@@ -172,7 +171,7 @@ void StatisticsScript::readExpectations(std::size_t line, double at, std::istrea
 }
 
 void StatisticsScript::addStep(Moment moment, std::function<void()> act) {
-    steps_.push_back({moment, std::move(act)});
+    steps_.emplace(moment, std::move(act));
 }
 
 void StatisticsScript::addPing(
@@ -189,10 +188,7 @@ void StatisticsScript::addPing(
 
 /// One a second until the last thing that happens.
 void StatisticsScript::addTicks() {
-    double end = 0;
-    for (const Step& step : steps_) {
-        end = std::max(end, step.moment.at);
-    }
+    const double end = steps_.empty() ? 0 : steps_.rbegin()->first.at;
     for (double now = 1; now <= end; ++now) {
         addStep({now, tickRank, 0}, [this, now] { tick(now); });
     }

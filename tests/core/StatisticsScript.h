@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -35,11 +36,6 @@ private:
         friend auto operator<=>(const Moment&, const Moment&) = default;
     };
 
-    struct Step {
-        Moment moment;
-        std::function<void()> act;
-    };
-
     void readLine(std::size_t line, const std::string& text);
     void readSettings(std::istream& words);
     void readPings(std::size_t line, std::istream& words);
@@ -60,7 +56,7 @@ private:
     std::vector<PendingPing> pings_;
     Evaluation evaluation_;
     std::uint64_t nextId_ = 65'000; ///< so that long scripts pass the 16-bit boundary
-    std::vector<Step> steps_;
+    std::multimap<Moment, std::function<void()>> steps_;
     std::vector<std::string> complaints_;
     int expectationCount_ = 0;
 };

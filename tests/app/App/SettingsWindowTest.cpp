@@ -147,13 +147,13 @@ TEST_F(SettingsWindowTest, OnANarrowScreenTheFormScrollsSidewaysToo) {
 }
 
 TEST_F(SettingsWindowTest, OnALowerScreenItIsNoHigherThanThatAndGrowsAgainOnItsWayBack) {
-    const QScreen* const low = screenNamed("low");
-    ASSERT_NE(low, nullptr);
+    const QScreen* const lowScreen = screenNamed("low");
+    ASSERT_NE(lowScreen, nullptr);
     present();
 
-    window.move(low->geometry().topLeft());
+    window.move(lowScreen->geometry().topLeft());
     settle();
-    EXPECT_LT(window.height(), low->availableGeometry().height());
+    EXPECT_LT(window.height(), lowScreen->availableGeometry().height());
     window.move(0, 0);
     settle();
 

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
@@ -198,8 +199,11 @@ TEST_F(SystemLookupTest, IsDroppedWhenTheNetworkHasEndedMeanwhile) {
 TEST(SystemLookup, DoesNotHoldUpTheEndOfTheProgram) {
     ChildProcess program([](const ChildProcess::Report& report) -> int {
         EpollRunLoop loop;
-        SystemPingNetwork network(loop, [&report](const std::string& host) {
+        std::atomic<bool> isLookingUp = false;
+        SystemPingNetwork network(loop, [&](const std::string& host) {
             report();
+            isLookingUp = true;
+            isLookingUp.notify_one();
             for (;;) {
                 ::pause();
             }
@@ -207,6 +211,7 @@ TEST(SystemLookup, DoesNotHoldUpTheEndOfTheProgram) {
         });
         network.resolve("a", [](const Resolution&) {});
         static_cast<void>(test::runOneTurn(loop, 0));
+        isLookingUp.wait(false);
         std::exit(0);
     });
     EXPECT_EQ(program.exitStatus(), 0);

@@ -26,7 +26,7 @@ struct Change {
     std::function<void(NotifierStatusItem&)> change;
     std::vector<std::string> told;
 
-    friend void PrintTo(const Change& change, std::ostream* out) { *out << change.name; }
+    friend void PrintTo(const Change& printed, std::ostream* out) { *out << printed.name; }
 };
 
 class ToldChange : public NotifierStatusItemTest, public testing::WithParamInterface<Change> {};

@@ -136,8 +136,9 @@ TEST(DesktopEntryTest, AnyValueIsReadBackAsItWasSet) {
     EXPECT_TRUE(rc::check("a value comes back", [] {
         const auto value =
             *rc::gen::container<std::string>(rc::gen::elementOf(std::string("ab \\;=\"$`%#[]\n\t\rä")));
-        // White space at the end is lost.
-        RC_PRE(value.empty() || std::string_view(" \n\t\r").find(value.back()) == std::string_view::npos);
+        const bool endsInWhiteSpace =
+            !value.empty() && std::string_view(" \n\t\r").find(value.back()) != std::string_view::npos;
+        RC_PRE(!endsInWhiteSpace); // it would be lost
         DesktopEntry entry;
         entry.set("Key", value);
         const auto again = DesktopEntry::parse(entry.text());

@@ -91,7 +91,7 @@ TEST_F(SettingsModelTest, WithoutAHostThePresentOneStays) {
 TEST_F(SettingsModelTest, ANewIntervalHoldsForTheNextPing) {
     watchFor(10.5);
     model.setPingInterval(5);
-    const std::uint64_t before = monitor.reading().session.sent;
+    const std::int64_t before = monitor.reading().session.sent;
     loop.advance(20);
 
     EXPECT_EQ(monitor.reading().session.sent - before, 4);
