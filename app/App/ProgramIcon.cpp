@@ -1,10 +1,34 @@
 #include "app/App/ProgramIcon.h"
 
+#include <QPainter>
+#include <QPixmap>
+#include <QSvgRenderer>
+
 namespace tarnwick {
 
+namespace {
+
+/// Painted here: the toolkit reads such a file as an icon only with a plug-in, which Debian 13 packages
+/// apart.
+QIcon builtInIcon() {
+    QSvgRenderer renderer(QStringLiteral(":/tarnwick/icons/tarnwick.svg"));
+    QIcon icon;
+    for (const int side : {16, 24, 32, 48, 64, 96, 128, 192, 256}) {
+        QPixmap pixmap(side, side);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        renderer.render(&painter);
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
+
+} // namespace
+
 QIcon programIcon() {
-    return QIcon::fromTheme(
-        QStringLiteral("tarnwick"), QIcon(QStringLiteral(":/tarnwick/icons/tarnwick.svg")));
+    const QIcon ofTheme = QIcon::fromTheme(QStringLiteral("tarnwick"));
+    return ofTheme.availableSizes().isEmpty() ? builtInIcon() : ofTheme;
 }
 
 } // namespace tarnwick
