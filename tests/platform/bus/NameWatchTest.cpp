@@ -140,6 +140,7 @@ TEST_F(NameWatchTest, AFailedQuestionIsRepeatedAndDoesNotMeanThatThereIsNoOwner)
 
 TEST_F(NameWatchTest, AConnectionLostDuringTheQuestionTellsNothing) {
     ASSERT_TRUE(runUntilConnected());
+    daemon_.hang();
     watch();
 
     stopBus();

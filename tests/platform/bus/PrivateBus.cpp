@@ -47,6 +47,11 @@ void PrivateBus::reload() const {
     kill(daemon_, SIGHUP);
 }
 
+void PrivateBus::hang() const {
+    kill(daemon_, SIGSTOP);
+    waitpid(daemon_, nullptr, WUNTRACED);
+}
+
 void PrivateBus::configure(const std::string& rule) const {
     std::ofstream(folder_ + "/bus.conf") << "<busconfig><type>session</type><listen>" << address()
                                          << "</listen><auth>EXTERNAL</auth><policy context='default'>"

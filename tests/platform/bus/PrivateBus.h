@@ -27,6 +27,9 @@ public:
     void refuseCall(const std::string& method);
     void reload() const;
 
+    /// From now on the daemon reads nothing and answers nothing.
+    void hang() const;
+
     /// The same for each start.
     [[nodiscard]] std::string address() const { return "unix:path=" + folder_ + "/bus"; }
 

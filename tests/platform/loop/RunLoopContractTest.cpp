@@ -4,6 +4,7 @@
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/simulation/VirtualRunLoop.h"
 #include "tests/support/LoopTurn.h"
+#include "tests/support/ThreadsEnd.h"
 
 #include <fcntl.h>
 #include <filesystem>
@@ -17,6 +18,8 @@ namespace tarnwick {
 namespace {
 
 constexpr double patience = 20;
+
+const auto* const threadsEnd = testing::AddGlobalTestEnvironment(new test::ThreadsEnd);
 
 /// An epoll loop that checks something after each task.
 class CheckedLoop final : public RunLoop {

@@ -1,0 +1,36 @@
+// The end of a test program whose tests detach threads.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <iterator>
+#include <thread>
+
+namespace tarnwick::test {
+
+/// Waits at the end of the program until the detached threads have ended: the leak checker takes what an
+/// ending thread still owns for a leak.
+class ThreadsEnd : public testing::Environment {
+public:
+    void SetUp() override { usual_ = count(); }
+
+    void TearDown() override {
+        constexpr std::chrono::milliseconds pause(5);
+        for (int attempt = 0; attempt < 4000 && count() > usual_; ++attempt) {
+            std::this_thread::sleep_for(pause);
+        }
+        EXPECT_EQ(count(), usual_);
+    }
+
+private:
+    [[nodiscard]] static std::ptrdiff_t count() {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+    }
+
+    std::ptrdiff_t usual_ = 0; ///< a sanitizer may have one of its own
+};
+
+} // namespace tarnwick::test
