@@ -72,6 +72,15 @@ FileDescriptor openDraft(const fs::path& draft, std::error_code& error) {
     return file;
 }
 
+/// Without this, a power cut may bring back the old name of a file that was renamed. Some file systems can't
+/// flush a folder: that is no error, as the file is in its place.
+void flushFolder(const fs::path& folder) {
+    const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (opened.isOpen()) {
+        static_cast<void>(::fsync(opened.get()));
+    }
+}
+
 void keepPermissions(const fs::path& target, int descriptor) {
     struct stat old {};
 
@@ -154,8 +163,12 @@ std::error_code replace(const fs::path& path, std::string_view text, Durability 
     }
     if (error) {
         ::unlink(draft.c_str());
+        return error;
     }
-    return error;
+    if (durability == Durability::powerCut) {
+        flushFolder(target.parent_path());
+    }
+    return {};
 }
 
 std::error_code keepAside(const fs::path& path) {

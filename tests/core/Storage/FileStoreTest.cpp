@@ -8,6 +8,7 @@
 #include "tests/support/SystemCalls.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -99,15 +100,25 @@ TEST_F(FileStoreTest, CreatesTheFoldersAboveTheFile) {
     EXPECT_EQ(contentOf(file), "new");
 }
 
-TEST_F(FileStoreTest, FlushesAFileToTheDiskOnlyToOutliveAPowerCut) {
-    flushes = 0;
-    EXPECT_FALSE(FileStore::replace(file, "first", FileStore::Durability::crash));
-    EXPECT_EQ(read(), "first");
-    EXPECT_EQ(flushes, 0);
+TEST_F(FileStoreTest, FlushesTheTextBeforeAndTheFolderAfterRenamingToOutliveAPowerCut) {
+    diskCalls.clear();
 
-    EXPECT_FALSE(FileStore::replace(file, "second", FileStore::Durability::powerCut));
-    EXPECT_EQ(read(), "second");
-    EXPECT_EQ(flushes, 1);
+    EXPECT_FALSE(FileStore::replace(file, "new", FileStore::Durability::powerCut));
+
+    EXPECT_EQ(read(), "new");
+    EXPECT_THAT(
+        diskCalls, testing::ElementsAre(
+                       "flush figures.json.new", "rename figures.json.new",
+                       "flush " + folder.path().filename().string()));
+}
+
+TEST_F(FileStoreTest, DoesNotWaitForTheDiskToOutliveACrash) {
+    diskCalls.clear();
+
+    EXPECT_FALSE(FileStore::replace(file, "new", FileStore::Durability::crash));
+
+    EXPECT_EQ(read(), "new");
+    EXPECT_THAT(diskCalls, testing::ElementsAre("rename figures.json.new"));
 }
 
 TEST_F(FileStoreTest, LeavesAnOpenReaderTheOldText) {
