@@ -67,11 +67,9 @@ void StatsRecorder::write(FileStore::Durability durability) {
     if (hasWritten_ && figures == onDisk_ && isAsDurable) {
         return; // nothing has been counted since
     }
-    // Once: while saving fails, the file stays as it is.
-    if (!hasKeptAside_ && store_.keepAsideIfUnreadable()) {
+    if (!hasWritten_ && store_.keepAsideIfUnreadable()) {
         return;
     }
-    hasKeptAside_ = true;
     if (store_.save(figures, durability)) {
         return;
     }

@@ -41,8 +41,7 @@ private:
     StatsLock lock_;
     State state_ = State::cannotRecord;
     StatsByHost allTimeStats_;
-    StatsByHost onDisk_;        ///< as last read or written here
-    bool hasKeptAside_ = false; ///< an unreadable file, if there was one, has been kept
+    StatsByHost onDisk_; ///< as last read or written here
     bool hasWritten_ = false;
     FileStore::Durability lastDurability_ = FileStore::Durability::crash;
 };

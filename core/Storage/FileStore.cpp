@@ -180,6 +180,9 @@ std::error_code keepAside(const fs::path& path) {
             return {};
         }
         if (errno == EEXIST) {
+            if (std::error_code error; fs::equivalent(target, aside, error)) {
+                return {}; // kept already: the file was not replaced since
+            }
             continue;
         }
         // A file system without hard links: rename instead.

@@ -21,7 +21,7 @@ enum class Durability { crash, powerCut };
     const std::filesystem::path& path, std::string_view text, Durability durability = Durability::powerCut);
 
 /// Gives the file a second name ("NAME.unreadable", "NAME.unreadable-2", ...), so that replacing it loses
-/// nothing. Follows links. A missing file is no error.
+/// nothing. A file that has such a name already gets no other. Follows links. A missing file is no error.
 [[nodiscard]] std::error_code keepAside(const std::filesystem::path& path);
 
 } // namespace tarnwick::FileStore

@@ -336,6 +336,15 @@ TEST_F(FileStoreTest, KeepsEveryFileThatIsPutAside) {
     EXPECT_EQ(contentOf(folder.path() / "figures.json.unreadable-3"), "three");
 }
 
+TEST_F(FileStoreTest, KeepsAFileAsideOnceWhileItIsNotReplaced) {
+    writeFile(file, "odd");
+
+    EXPECT_FALSE(FileStore::keepAside(file));
+    EXPECT_FALSE(FileStore::keepAside(file));
+
+    EXPECT_EQ(fileCount(folder.path()), 2);
+}
+
 TEST_F(FileStoreTest, KeepsTheFileAsideThatALinkNames) {
     const fs::path target = folder.path() / "elsewhere" / "real.json";
     fs::create_directory(target.parent_path());

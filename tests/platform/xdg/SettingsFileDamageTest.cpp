@@ -95,6 +95,24 @@ TEST_F(SettingsFileTest, EachDamagedFileIsKeptUnderANameOfItsOwn) {
     EXPECT_EQ(onDisk()["PingTimeout"], 3.0);
 }
 
+TEST_F(SettingsFileTest, ADamagedFileIsKeptOnceWhileTheDiskIsFull) {
+    store("damage");
+    SettingsFile settings(loop_, path_);
+    {
+        const FullDisk fullDisk;
+        settings.set("PingTimeout", 2.0);
+        settings.flush();
+        settings.set("PingInterval", 3.0);
+        settings.flush();
+        EXPECT_THAT(textsBeside(), testing::ElementsAre("damage"));
+    }
+
+    settings.flush();
+
+    EXPECT_THAT(textsBeside(), testing::ElementsAre("damage"));
+    EXPECT_EQ(onDisk(), Json::parse(R"({"PingTimeout": 2.0, "PingInterval": 3.0})"));
+}
+
 TEST_F(SettingsFileTest, AFileDamagedWhileInUseIsKeptAsideAndLosesNoSetting) {
     store(R"({"PingTimeout": 2, "Window": "left"})");
     SettingsFile settings(loop_, path_);
