@@ -21,15 +21,15 @@ constexpr int forever = -1; // as a wait in milliseconds
 /// While one exists, the loop decides when the thread waits. So it sets the alarm once before each wait, and
 /// tasks posted by tasks need no signal. Otherwise the host may wait at any time, and the descriptor must
 /// tell of every change at once.
-class EpollRunLoop::Awake {
+class EpollRunLoop::OwnRun {
 public:
-    explicit Awake(EpollRunLoop& loop) : loop_(loop) { loop_.isAwake_ = true; }
+    explicit OwnRun(EpollRunLoop& loop) : loop_(loop) { loop_.isRunning_ = true; }
 
-    Awake(const Awake&) = delete;
-    Awake& operator=(const Awake&) = delete;
+    OwnRun(const OwnRun&) = delete;
+    OwnRun& operator=(const OwnRun&) = delete;
 
-    ~Awake() {
-        loop_.isAwake_ = false;
+    ~OwnRun() {
+        loop_.isRunning_ = false;
         loop_.mailbox_->sleep();
         loop_.timersChanged();
     }
@@ -52,7 +52,7 @@ EpollRunLoop::~EpollRunLoop() {
 }
 
 void EpollRunLoop::run() {
-    const Awake awake(*this);
+    const OwnRun ownRun(*this);
     while (!isStopped_) {
         turn();
     }
@@ -148,7 +148,7 @@ void EpollRunLoop::runPosted() {
 }
 
 void EpollRunLoop::timersChanged() {
-    if (!isAwake_) {
+    if (!isRunning_) {
         alarm_.set(timers_.wakeUp());
     }
 }

@@ -27,7 +27,8 @@ public:
     /// Runs tasks on the calling thread, which becomes the main thread, until `stop`.
     void run();
 
-    /// Ends the present `run` after the present task, else the next one at once.
+    /// Ends `run` after the task that is running. Called while the loop does not run, it makes the next `run`
+    /// return at once.
     void stop() { isStopped_ = true; }
 
     /// Readable while `runReady` has something to run. The loop owns it; its number never changes.
@@ -48,7 +49,7 @@ public:
     [[nodiscard]] bool detach(std::function<Task()> work) override;
 
 private:
-    class Awake;
+    class OwnRun;
 
     void turn();
     [[nodiscard]] std::optional<epoll_event> nextEvent(int milliseconds) const;
@@ -62,7 +63,7 @@ private:
     Alarm alarm_;
     TimerQueue timers_;
     DescriptorWatches watches_;
-    bool isAwake_ = false; ///< it will look for timers and posted tasks before it waits again
+    bool isRunning_ = false; ///< inside `run`: the alarm is set once before each wait
     bool isStopped_ = false;
 };
 
