@@ -6,6 +6,7 @@
 #include "tests/platform/bus/BusTest.h"
 #include "tests/platform/bus/FakeNotificationServices.h"
 #include "tests/simulation/RecordingNotificationCenter.h"
+#include "tests/support/ClockAhead.h"
 
 #include <gtest/gtest.h>
 
@@ -72,8 +73,11 @@ protected:
 
     /// A center that gives up after these seconds, instead of one that waits longer than any test.
     void becomeImpatient(double patience) {
-        center_.emplace(loop_, bus_, surroundings, std::filesystem::path(), patience);
+        center_.emplace(clock_, bus_, surroundings, std::filesystem::path(), patience);
     }
+
+    /// Makes what is posted too old, before a timer has noticed.
+    void outlastPatience() { clock_.putForward(longPatience); }
 
     NotificationCenter& center() { return *center_; }
 
@@ -114,7 +118,8 @@ protected:
 
 private:
     std::optional<Service> service_;
-    std::optional<DesktopNotificationCenter> center_{std::in_place,           loop_,       bus_, surroundings,
+    test::ClockAhead clock_{loop_};
+    std::optional<DesktopNotificationCenter> center_{std::in_place,           clock_,      bus_, surroundings,
                                                      std::filesystem::path(), longPatience};
 };
 

@@ -16,8 +16,6 @@ protected:
     static constexpr double shortPatience = 0.5;
     /// Seconds that leave time for a service to come, and for a test to see the end.
     static constexpr double somePatience = 2;
-    /// Seconds: waiting for another program takes longer.
-    static constexpr double atOnce = 1;
 
     [[nodiscard]] bool connectWithService() {
         this->addService();
@@ -30,17 +28,12 @@ protected:
         return this->runUntilAbilityIs(Ability::yes);
     }
 
-    /// Keeps everything from running, the center included.
-    void beBusyUntil(double time) const {
-        while (this->loop_.now() < time) {
-        }
-    }
-
-    void expectLoopRunsAtOnce(double start) {
+    /// `start` is before the call that must not wait: its answer would take until the call's time-out.
+    void expectNothingWaited(double start) {
         bool isRunning = false;
         const auto timer = this->loop_.after(0, [&isRunning] { isRunning = true; });
         EXPECT_TRUE(this->runUntil([&isRunning] { return isRunning; }));
-        EXPECT_LT(this->loop_.now() - start, atOnce);
+        EXPECT_LT(this->loop_.now() - start, BusConnection::callTimeout);
     }
 };
 

@@ -68,10 +68,11 @@ TEST_F(NotifierRegistrationTest, AnItemThatHasBeenReadIsNotRegisteredAgain) {
     makeItem("", 2 * patience);
     ASSERT_TRUE(runUntilRegistered(panel));
     (void)properties();
+    const std::size_t whenRead = panel.registered.size();
 
     runFor(6 * patience);
 
-    EXPECT_EQ(panel.registered.size(), 1U);
+    EXPECT_EQ(panel.registered.size(), whenRead);
 }
 
 TEST_F(NotifierRegistrationTest, TellingOfAChangeIsNotTakenForReading) {
@@ -100,10 +101,11 @@ TEST_F(NotifierRegistrationTest, AfterReadingTheMenuSuchAPanelHasTakenTheItem) {
         {bus_.uniqueName(), DBusMenu::path, "com.canonical.dbusmenu"}, "GetLayout", std::int32_t{0},
         std::int32_t{-1}, std::vector<std::string>());
     ASSERT_TRUE(runUntilAnswered(answer));
+    const std::size_t whenRead = panel.registered.size();
 
     runFor(6 * patience);
 
-    EXPECT_EQ(panel.registered.size(), 1U);
+    EXPECT_EQ(panel.registered.size(), whenRead);
 }
 
 TEST_F(NotifierRegistrationTest, ItTellsWhetherThereIsAWatcher) {
