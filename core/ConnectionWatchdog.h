@@ -71,8 +71,6 @@ public:
 
     [[nodiscard]] bool isResolving() const { return isResolving_; }
 
-    [[nodiscard]] const Config& config() const { return config_; }
-
 private:
     void goDown(Actions& actions);
     void scheduleRestartNoLaterThan(double time);

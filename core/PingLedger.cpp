@@ -2,23 +2,23 @@
 
 namespace tarnwick {
 
-bool PingLedger::sent(std::uint64_t id, bool counted) {
+void PingLedger::sent(std::uint64_t id, bool counted) {
     if (!counted) {
-        return false;
+        return;
     }
     session_.addPingSent();
     site_.addPingSent();
     bookings_[id] = Booking{sessionEpoch_, siteEpoch_};
-    return true;
 }
 
-bool PingLedger::replied(std::uint64_t id, double ms, bool withinTimeout) {
+void PingLedger::replied(std::uint64_t id, double ms, bool withinTimeout) {
     if (!withinTimeout) {
-        return lost(id);
+        lost(id);
+        return;
     }
     const std::optional<Booking> booking = settle(id);
     if (!booking) {
-        return false;
+        return;
     }
     if (booking->session == sessionEpoch_) {
         session_.addPingResponse(ms);
@@ -26,13 +26,12 @@ bool PingLedger::replied(std::uint64_t id, double ms, bool withinTimeout) {
     if (booking->site == siteEpoch_) {
         site_.addPingResponse(ms);
     }
-    return true;
 }
 
-bool PingLedger::lost(std::uint64_t id) {
+void PingLedger::lost(std::uint64_t id) {
     const std::optional<Booking> booking = settle(id);
     if (!booking) {
-        return false;
+        return;
     }
     if (booking->session == sessionEpoch_) {
         session_.addPingTimeout();
@@ -40,11 +39,10 @@ bool PingLedger::lost(std::uint64_t id) {
     if (booking->site == siteEpoch_) {
         site_.addPingTimeout();
     }
-    return true;
 }
 
-bool PingLedger::retain(const std::unordered_set<std::uint64_t>& ids) {
-    return std::erase_if(bookings_, [&ids](const auto& entry) { return !ids.contains(entry.first); }) > 0;
+void PingLedger::retain(const std::unordered_set<std::uint64_t>& ids) {
+    std::erase_if(bookings_, [&ids](const auto& entry) { return !ids.contains(entry.first); });
 }
 
 void PingLedger::resetSession() {

@@ -17,15 +17,13 @@ class PingLedger {
 public:
     explicit PingLedger(const StatCounter& site = {}) : site_(site) {}
 
-    // Each returns whether anything has changed.
-
     /// A ping that is not counted is not booked.
-    bool sent(std::uint64_t id, bool counted);
+    void sent(std::uint64_t id, bool counted);
     /// `ms` is the round-trip time. A reply after the time-out settles the ping as lost.
-    bool replied(std::uint64_t id, double ms, bool withinTimeout);
-    bool lost(std::uint64_t id);
+    void replied(std::uint64_t id, double ms, bool withinTimeout);
+    void lost(std::uint64_t id);
     /// Forgets the bookings of all other pings. The counters do not change.
-    bool retain(const std::unordered_set<std::uint64_t>& ids);
+    void retain(const std::unordered_set<std::uint64_t>& ids);
 
     void resetSession();
     void resetSite(const StatCounter& to);
@@ -40,8 +38,8 @@ public:
 
 private:
     struct Booking {
-        std::optional<int> session;
-        std::optional<int> site;
+        int session;
+        int site;
 
         friend bool operator==(const Booking&, const Booking&) = default;
     };

@@ -109,7 +109,7 @@ private:
     std::string address_;
     State state_ = State::connecting;
     double retryDelay_ = firstRetry;
-    Subscribers<> stateListeners_;
+    Subscribers stateListeners_;
     std::vector<std::weak_ptr<Match>> matches_;
     std::map<std::uint64_t, Answered> unanswered_; ///< the calls sent on the present connection, by number
     std::uint64_t latestCall_ = 0;

@@ -42,7 +42,7 @@ private:
     std::optional<bool> desktopIsDark_;
     std::optional<bool> panelIsDark_;
     bool followsPanel_ = false;
-    Subscribers<> listeners_;
+    Subscribers listeners_;
     Lifeline lifeline_;
     std::vector<Subscription> subscriptions_;
 };

@@ -11,10 +11,9 @@ namespace tarnwick {
 /// Its destruction ends the listening. The listener itself may destroy it.
 using Subscription = std::shared_ptr<const void>;
 
-template<typename... Arguments>
 class Subscribers {
 public:
-    using Listener = std::function<void(Arguments...)>;
+    using Listener = std::function<void()>;
 
     [[nodiscard]] Subscription add(Listener listener) {
         auto entry = std::make_shared<const Listener>(std::move(listener));
@@ -22,13 +21,13 @@ public:
         return entry;
     }
 
-    void tell(Arguments... arguments) {
+    void tell() {
         std::erase_if(entries_, [](const auto& entry) { return entry.expired(); });
         // A copy: a listener may add subscriptions, and end any of them.
         const auto present = entries_;
         for (const auto& weakEntry : present) {
             if (const auto entry = weakEntry.lock()) {
-                (*entry)(arguments...);
+                (*entry)();
             }
         }
     }

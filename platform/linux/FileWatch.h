@@ -25,8 +25,6 @@ public:
     FileWatch(const FileWatch&) = delete;
     FileWatch& operator=(const FileWatch&) = delete;
 
-    [[nodiscard]] bool isWatching() const { return readable_ != nullptr; }
-
 private:
     struct Place {
         std::filesystem::path folder;

@@ -27,9 +27,6 @@ public:
     PressWatch(const PressWatch&) = delete;
     PressWatch& operator=(const PressWatch&) = delete;
 
-    /// False where it can do nothing.
-    [[nodiscard]] bool isWatching() const { return watch_ != nullptr; }
-
 private:
     struct Moved {
         bool pressed = false;

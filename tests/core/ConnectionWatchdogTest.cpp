@@ -79,6 +79,7 @@ private:
     }
 
     std::string limit(const Config& config) {
+        config_ = config;
         watchdog_.setConfig(config);
         return {};
     }
@@ -91,9 +92,8 @@ private:
             {"minRestartInterval", &Config::minRestartInterval},
             {"maxRestartInterval", &Config::maxRestartInterval},
         };
-        Config config = watchdog_.config();
-        config.*limits.at(name) = value;
-        return limit(config);
+        config_.*limits.at(name) = value;
+        return limit(config_);
     }
 
     /// The states that most cases begin with, each one step further.
@@ -142,7 +142,8 @@ private:
         return times.str();
     }
 
-    ConnectionWatchdog watchdog_{Config::original(4, 1), 0};
+    Config config_ = Config::original(4, 1);
+    ConnectionWatchdog watchdog_{config_, 0};
     ConnectionWatchdog::Status status_ = ConnectionWatchdog::Status::starting;
 };
 

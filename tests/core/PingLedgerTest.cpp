@@ -22,7 +22,7 @@ TEST(PingLedger, BeginsWithAnEmptySessionAndTheStoredFiguresOfTheHost) {
 
 TEST(PingLedger, CountsASentPingInBothCounters) {
     PingLedger ledger;
-    EXPECT_TRUE(ledger.sent(7, true));
+    ledger.sent(7, true);
     EXPECT_EQ(ledger.session().sent, 1);
     EXPECT_EQ(ledger.site().sent, 1);
     EXPECT_EQ(ledger.bookings(), 1U);
@@ -30,16 +30,16 @@ TEST(PingLedger, CountsASentPingInBothCounters) {
 
 TEST(PingLedger, KeepsNoTraceOfAnUncountedPing) {
     PingLedger ledger(stored);
-    EXPECT_FALSE(ledger.sent(7, false));
-    EXPECT_FALSE(ledger.replied(7, 20, true));
-    EXPECT_FALSE(ledger.lost(7));
+    ledger.sent(7, false);
+    ledger.replied(7, 20, true);
+    ledger.lost(7);
     EXPECT_EQ(ledger, PingLedger(stored));
 }
 
 TEST(PingLedger, RecordsAReplyInBothCounters) {
     PingLedger ledger;
     ledger.sent(7, true);
-    EXPECT_TRUE(ledger.replied(7, 20, true));
+    ledger.replied(7, 20, true);
     EXPECT_EQ(ledger.session(), answeredOnce(20));
     EXPECT_EQ(ledger.site(), answeredOnce(20));
     EXPECT_EQ(ledger.bookings(), 0U);
@@ -58,7 +58,7 @@ TEST(PingLedger, ContinuesTheStoredFiguresOfTheHost) {
 TEST(PingLedger, RecordsALossInBothCounters) {
     PingLedger ledger;
     ledger.sent(7, true);
-    EXPECT_TRUE(ledger.lost(7));
+    ledger.lost(7);
     EXPECT_EQ(ledger.session(), (StatCounter{.sent = 1, .lost = 1}));
     EXPECT_EQ(ledger.site(), (StatCounter{.sent = 1, .lost = 1}));
 }
@@ -66,11 +66,11 @@ TEST(PingLedger, RecordsALossInBothCounters) {
 TEST(PingLedger, CountsAReplyAfterTheTimeoutAsALossOnce) {
     PingLedger ledger;
     ledger.sent(7, true);
-    EXPECT_TRUE(ledger.replied(7, 5000, false));
+    ledger.replied(7, 5000, false);
 
-    EXPECT_FALSE(ledger.replied(7, 5000, false));
-    EXPECT_FALSE(ledger.replied(7, 20, true));
-    EXPECT_FALSE(ledger.lost(7));
+    ledger.replied(7, 5000, false);
+    ledger.replied(7, 20, true);
+    ledger.lost(7);
     EXPECT_EQ(ledger.session(), (StatCounter{.sent = 1, .lost = 1}));
     EXPECT_EQ(ledger.site(), (StatCounter{.sent = 1, .lost = 1}));
 }
@@ -79,7 +79,7 @@ TEST(PingLedger, LetsNoLossFollowAReply) {
     PingLedger ledger;
     ledger.sent(7, true);
     ledger.replied(7, 20, true);
-    EXPECT_FALSE(ledger.lost(7));
+    ledger.lost(7);
     EXPECT_EQ(ledger.session(), answeredOnce(20));
 }
 
@@ -87,16 +87,16 @@ TEST(PingLedger, LetsNoReplyFollowALoss) {
     PingLedger ledger;
     ledger.sent(7, true);
     ledger.lost(7);
-    EXPECT_FALSE(ledger.replied(7, 20, true));
+    ledger.replied(7, 20, true);
     EXPECT_EQ(ledger.session(), (StatCounter{.sent = 1, .lost = 1}));
 }
 
 TEST(PingLedger, IgnoresUnknownPings) {
     PingLedger ledger(stored);
-    EXPECT_FALSE(ledger.replied(8, 20, true));
-    EXPECT_FALSE(ledger.replied(8, 5000, false));
-    EXPECT_FALSE(ledger.lost(8));
-    EXPECT_FALSE(ledger.retain({8}));
+    ledger.replied(8, 20, true);
+    ledger.replied(8, 5000, false);
+    ledger.lost(8);
+    ledger.retain({8});
     EXPECT_EQ(ledger, PingLedger(stored));
 }
 
@@ -104,7 +104,7 @@ TEST(PingLedger, ANewSessionHasNoRepliesToEarlierPings) {
     PingLedger ledger;
     ledger.sent(7, true);
     ledger.resetSession();
-    EXPECT_TRUE(ledger.replied(7, 20, true));
+    ledger.replied(7, 20, true);
     EXPECT_EQ(ledger.session(), StatCounter());
     EXPECT_EQ(ledger.site(), answeredOnce(20));
 }
@@ -190,8 +190,9 @@ TEST(PingLedger, BooksAPingAnewWhenItsIdIsSentAgain) {
 TEST(PingLedger, ForgetsThePingsThatAreNotRetained) {
     PingLedger ledger;
     ledger.sent(7, true);
-    EXPECT_TRUE(ledger.retain({}));
-    EXPECT_FALSE(ledger.lost(7));
+    ledger.retain({});
+    EXPECT_EQ(ledger.bookings(), 0U);
+    ledger.lost(7);
     EXPECT_EQ(ledger.session(), (StatCounter{.sent = 1}));
     EXPECT_EQ(ledger.site(), (StatCounter{.sent = 1}));
 }
@@ -200,16 +201,17 @@ TEST(PingLedger, KeepsThePingsThatAreRetained) {
     PingLedger ledger;
     ledger.sent(7, true);
     ledger.sent(8, true);
-    EXPECT_TRUE(ledger.retain({8, 9}));
+    ledger.retain({8, 9});
     EXPECT_EQ(ledger.bookings(), 1U);
-    EXPECT_TRUE(ledger.lost(8));
+    ledger.lost(8);
+    EXPECT_EQ(ledger.session().lost, 1);
 }
 
 TEST(PingLedger, ChangesNothingWhenEveryPingIsRetained) {
     PingLedger ledger;
     ledger.sent(7, true);
     const PingLedger before = ledger;
-    EXPECT_FALSE(ledger.retain({7}));
+    ledger.retain({7});
     EXPECT_EQ(ledger, before);
 }
 
