@@ -85,12 +85,10 @@ std::vector<std::string> widestCandidates(std::optional<int> lossDigits) {
 bool HoldGate::update(bool active, double now) {
     if (active) {
         lastActiveAt_ = now;
-        isOpen_ = true;
-    } else if (!isOpen_ || !lastActiveAt_ || now - *lastActiveAt_ >= holdSeconds_) {
+    } else if (lastActiveAt_ && now - *lastActiveAt_ >= holdSeconds_) {
         lastActiveAt_.reset();
-        isOpen_ = false;
     }
-    return isOpen_;
+    return isOpen();
 }
 
 } // namespace tarnwick::MenuBarTitle

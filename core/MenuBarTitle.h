@@ -50,12 +50,11 @@ public:
     /// Returns whether the gate is open now.
     bool update(bool active, double now);
 
-    [[nodiscard]] bool isOpen() const { return isOpen_; }
+    [[nodiscard]] bool isOpen() const { return lastActiveAt_.has_value(); }
 
 private:
     double holdSeconds_;
-    bool isOpen_ = false;
-    std::optional<double> lastActiveAt_;
+    std::optional<double> lastActiveAt_; ///< only while it is open
 };
 
 } // namespace tarnwick::MenuBarTitle

@@ -85,11 +85,8 @@ bool Pinger::send(std::uint64_t id) {
     if (to == nullptr) {
         return false;
     }
-    const auto socket = sockets_.find(to->family);
-    if (socket == sockets_.end()) {
-        return false;
-    }
-    const bool sent = socket->second->send(echoRequest(id, socket->second->identifier(), to->family), *to);
+    EchoSocket& socket = *sockets_.at(to->family);
+    const bool sent = socket.send(echoRequest(id, socket.identifier(), to->family), *to);
     rememberAddressOf(id);
     if (sent ? selector_.sent(loop_.now()) : selector_.sendFailed()) {
         reportSwitch();

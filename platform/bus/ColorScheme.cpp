@@ -129,7 +129,7 @@ void ColorScheme::watchPanel() {
 }
 
 void ColorScheme::askPanel() {
-    if (!followsPanel_ || bus_.state() != BusConnection::State::connected) {
+    if (!followsPanel_) {
         return;
     }
     askBus<PanelSetting>(

@@ -96,6 +96,7 @@ void InstanceGuard::busChanged() {
     exported_.reset();
     if (bus_.state() == BusConnection::State::unavailable) {
         decide(Result::noBus);
+        return;
     }
     if (bus_.state() != BusConnection::State::connected) {
         return;
