@@ -78,7 +78,7 @@ void PressWatch::readAvailable() {
     }
     if (xcb_connection_has_error(connection_.get()) != 0) {
         watch_.reset(); // a broken connection stays readable
-        moved.released = isHeld_;
+        moved.released = moved.released || isHeld_;
         isHeld_ = false;
     }
     if (buttons.pressedAt || moved.released) {
