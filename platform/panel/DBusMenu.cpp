@@ -196,7 +196,7 @@ private:
         menu_.menu_.didShow();
         update();
         panel_ = menu_.bus_.link()->currentSender();
-        menu_.loop_.post(lifeline_.guarded([this] { watchPanel(); }));
+        watchPanel();
     }
 
     /// Several panels may have the menu: only the one that shows it can close it.
@@ -214,13 +214,11 @@ private:
 
     /// A panel that ends while it shows the menu never reports that the menu is closed.
     void watchPanel() {
-        if (!panel_.empty()) {
-            panelWatch_ = watchName(menu_.bus_, panel_, [this](const std::string& owner, NameNews) {
-                if (owner.empty()) {
-                    hide();
-                }
-            });
-        }
+        panelWatch_ = watchName(menu_.bus_, panel_, [this](const std::string& owner, NameNews) {
+            if (owner.empty()) {
+                hide();
+            }
+        });
     }
 
     bool aboutToShow(std::int32_t id) {
