@@ -1,5 +1,7 @@
 #include "core/Text.h"
 
+#include "core/Utf8.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -83,10 +85,16 @@ std::string fixed(double value, int digits) {
     return {buffer.data(), result.ptr};
 }
 
+bool isControl(char32_t character) {
+    return character < 0x20 || (character >= 0x7F && character < 0xA0);
+}
+
 std::string printable(std::string_view text) {
-    std::string result(text);
-    std::ranges::replace_if(
-        result, [](unsigned char byte) { return byte < 0x20 || byte == 0x7F; }, '?');
+    std::string result;
+    while (!text.empty()) {
+        const char32_t character = Utf8::takeCharacter(text);
+        Utf8::append(result, isControl(character) ? U'?' : character);
+    }
     return result;
 }
 

@@ -20,7 +20,11 @@ namespace tarnwick::Text {
 /// `value` with this many digits after the point. `value` is finite.
 [[nodiscard]] std::string fixed(double value, int digits);
 
-/// `text` with a question mark for each control character: safe to print as part of a line.
+/// Those below a space, Delete, and U+0080 to U+009F, which terminals obey too.
+[[nodiscard]] bool isControl(char32_t character);
+
+/// `text` (UTF-8) with a question mark for each control character, and U+FFFD for each byte that belongs to
+/// no character: safe to print as part of a line.
 [[nodiscard]] std::string printable(std::string_view text);
 
 } // namespace tarnwick::Text

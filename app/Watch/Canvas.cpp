@@ -1,5 +1,6 @@
 #include "app/Watch/Canvas.h"
 
+#include "core/Text.h"
 #include "core/Utf8.h"
 
 #include <algorithm>
@@ -37,10 +38,6 @@ char32_t nearestAscii(char32_t glyph) {
     default:
         return glyph < 0x80 ? glyph : U'?';
     }
-}
-
-bool isControl(char32_t glyph) {
-    return glyph < 0x20 || (glyph >= 0x7F && glyph < 0xA0);
 }
 
 int columnsOf(const std::u32string& glyphs) {
@@ -110,7 +107,7 @@ std::u32string Canvas::glyphsOf(std::string_view text) const {
     std::u32string glyphs;
     while (!text.empty()) {
         char32_t glyph = Utf8::takeCharacter(text);
-        if (isControl(glyph)) {
+        if (Text::isControl(glyph)) {
             glyph = Utf8::replacement;
         }
         glyphs.push_back(ascii_ ? nearestAscii(glyph) : glyph);

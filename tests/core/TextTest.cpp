@@ -108,6 +108,14 @@ TEST(PrintableText, HasAQuestionMarkForEveryControlCharacter) {
     EXPECT_EQ(Text::printable(std::string_view("a\x1B[31m\n\tb\0\x7F", 11)), "a?[31m??b??");
 }
 
+TEST(PrintableText, HasAQuestionMarkForTheControlCharactersBehindAscii) {
+    EXPECT_EQ(Text::printable("a\u0080\u009B31m\u009F\u00A0b"), "a??31m?\u00A0b");
+}
+
+TEST(PrintableText, HasNoByteThatBelongsToNoCharacter) {
+    EXPECT_EQ(Text::printable("a\x9B\xC3"), "a\uFFFD\uFFFD");
+}
+
 TEST(PrintableText, KeepsLettersOfEveryScript) {
     EXPECT_EQ(Text::printable("Bücher “1”…"), "Bücher “1”…");
 }
