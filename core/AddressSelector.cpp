@@ -1,12 +1,6 @@
 #include "core/AddressSelector.h"
 
-#include <algorithm>
-
 namespace tarnwick {
-
-int AddressSelector::next() const {
-    return (index + 1) % std::max(count, 1);
-}
 
 bool AddressSelector::sent(double now) {
     if (!waitingSince) {
@@ -15,16 +9,20 @@ bool AddressSelector::sent(double now) {
     if (now - *waitingSince < deadline) {
         return false;
     }
-    // A single address stays the current one; its deadline starts anew with the next send.
-    return sendFailed();
+    return moveOn();
 }
 
 bool AddressSelector::sendFailed() {
+    return moveOn();
+}
+
+/// A single address stays the current one; its deadline starts anew with the next send.
+bool AddressSelector::moveOn() {
     waitingSince.reset();
-    if (count < 2 || next() == index) {
+    if (count < 2) {
         return false;
     }
-    index = next();
+    index = (index + 1) % count;
     return true;
 }
 

@@ -23,7 +23,7 @@ struct AddressSelector {
     friend bool operator==(const AddressSelector&, const AddressSelector&) = default;
 
 private:
-    [[nodiscard]] int next() const;
+    bool moveOn();
 };
 
 } // namespace tarnwick
