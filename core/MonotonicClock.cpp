@@ -1,13 +1,11 @@
 #include "core/MonotonicClock.h"
 
-#include <ctime>
+#include "core/ClockPair.h"
 
 namespace tarnwick::MonotonicClock {
 
 double now() {
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+    return secondsOn(CLOCK_MONOTONIC);
 }
 
 } // namespace tarnwick::MonotonicClock

@@ -1,13 +1,11 @@
 // Linux: the port that a datagram ICMP socket is bound to is the identifier of its requests and replies.
-#include "core/MonotonicClock.h"
+#include "core/ClockPair.h"
 #include "core/Pinger/IcmpSocket.h"
 #include "core/Pinger/ReceiveTime.h"
 
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <ctime>
-#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/ip_icmp.h>
 #include <sys/socket.h>
@@ -25,35 +23,6 @@ union SocketAddress {
 
 SocketError socketError() {
     return {std::strerror(errno)};
-}
-
-double seconds(const timespec& time) {
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
-double wallClock() {
-    timespec time{};
-    clock_gettime(CLOCK_REALTIME, &time);
-    return seconds(time);
-}
-
-struct ClockPair {
-    double monotonic;
-    double wall;
-};
-
-/// Reads both clocks at the same moment: again when the thread was interrupted in between.
-ClockPair readClocks() {
-    constexpr int mostTries = 3;
-    constexpr double uninterrupted = 0.0002;
-    ClockPair pair{};
-    for (int attempt = 0; attempt < mostTries; ++attempt) {
-        pair = {.monotonic = MonotonicClock::now(), .wall = wallClock()};
-        if (MonotonicClock::now() - pair.monotonic < uninterrupted) {
-            break;
-        }
-    }
-    return pair;
 }
 
 /// Binds to the any-address: a source address would tie the socket to an interface that may go away.
@@ -81,11 +50,6 @@ std::optional<std::uint16_t> boundIdentifier(int descriptor, std::int32_t family
     return ntohs(family == AF_INET ? address.v4.sin_port : address.v6.sin6_port);
 }
 
-void makeNonBlocking(int descriptor) {
-    ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
-    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-}
-
 void setOption(int descriptor, int option, int value) {
     ::setsockopt(descriptor, SOL_SOCKET, option, &value, sizeof value);
 }
@@ -105,11 +69,10 @@ std::optional<double> kernelStamp(msghdr& message) {
 
 std::variant<IcmpSocket, SocketError> openIcmpSocket(std::int32_t family, std::uint16_t wantedIdentifier) {
     const int protocol = family == AF_INET ? int{IPPROTO_ICMP} : int{IPPROTO_ICMPV6};
-    FileDescriptor descriptor(::socket(family, SOCK_DGRAM, protocol));
+    FileDescriptor descriptor(::socket(family, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, protocol));
     if (!descriptor.isOpen()) {
         return socketError();
     }
-    makeNonBlocking(descriptor.get());
     // These sockets start with address reuse on: a bind to the identifier of another program would succeed
     // and take its replies away.
     setOption(descriptor.get(), SO_REUSEADDR, 0);
@@ -125,8 +88,7 @@ std::variant<IcmpSocket, SocketError> openIcmpSocket(std::int32_t family, std::u
 }
 
 double wallAheadOfMonotonic() {
-    const ClockPair now = readClocks();
-    return now.wall - now.monotonic;
+    return ClockPair::read(CLOCK_REALTIME).difference();
 }
 
 std::optional<ReceivedDatagram> receiveDatagram(
@@ -142,8 +104,8 @@ std::optional<ReceivedDatagram> receiveDatagram(
     if (size < 1) {
         return std::nullopt;
     }
-    const ClockPair now = readClocks();
-    const ReceiveReadings readings{now.monotonic, now.wall, kernelStamp(message)};
+    const ClockPair now = ClockPair::read(CLOCK_REALTIME);
+    const ReceiveReadings readings{now.monotonic, now.other, kernelStamp(message)};
     return ReceivedDatagram{static_cast<std::size_t>(size), receiveTime(readings, wallAhead)};
 }
 
