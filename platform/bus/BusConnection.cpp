@@ -91,7 +91,7 @@ void BusConnection::connect() {
             processSoon();
         }
     };
-    link_->sent();
+    link_->onSent();
 }
 
 /// Plans the next attempt, and reports the state.

@@ -98,7 +98,7 @@ Subscription BusLink::addMatch(const std::string& rule, Handler handler) {
         return nullptr;
     }
     Subscription match = owning(slot, std::move(owned));
-    sent();
+    callOnSent();
     return match;
 }
 
@@ -128,8 +128,24 @@ bool BusLink::call(BusMessage& message, double timeout, Handler answered) {
     }
     const Subscription untilAnswered = owning(slot, std::move(owned));
     sd_bus_slot_set_floating(slot, 1);
-    sent();
+    callOnSent();
     return true;
+}
+
+bool BusLink::send(BusMessage& message) {
+    if (!message.send()) {
+        return false;
+    }
+    callOnSent();
+    return true;
+}
+
+void BusLink::emitChange(const std::string& path, const std::string& interface, const char* property) {
+    const int result = sd_bus_emit_properties_changed(
+        bus_, path.c_str(), interface.c_str(), property, static_cast<char*>(nullptr));
+    if (result >= 0) {
+        callOnSent();
+    }
 }
 
 } // namespace tarnwick

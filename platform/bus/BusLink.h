@@ -67,19 +67,25 @@ public:
     /// `timeout` in seconds. False when the call can't be sent; then `answered` is never called.
     [[nodiscard]] bool call(BusMessage& message, double timeout, Handler answered);
 
+    /// Without waiting. False when the message can't be sent.
+    bool send(BusMessage& message);
+
+    /// Reads this property of an object on the link, and tells its new value.
+    void emitChange(const std::string& path, const std::string& interface, const char* property);
+
     /// Called after something was sent: the result of `wait` may differ now.
     std::function<void()> onSent;
-
-    void sent() const {
-        if (onSent) {
-            onSent();
-        }
-    }
 
     [[nodiscard]] sd_bus* get() const { return bus_; }
 
 private:
     explicit BusLink(sd_bus* bus) : bus_(bus) {}
+
+    void callOnSent() const {
+        if (onSent) {
+            onSent();
+        }
+    }
 
     sd_bus* bus_;
 };

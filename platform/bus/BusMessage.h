@@ -90,7 +90,8 @@ public:
     [[nodiscard]] BusMessage reply() const;
     [[nodiscard]] BusMessage reply(const BusError& error) const;
 
-    /// Without waiting. False when the connection is going down.
+    /// Sends an answer from inside a handler, without waiting. False when the connection is going down. All
+    /// other messages are sent by `BusLink`.
     bool send();
 
     // The parts that values are made of, for `BusType`. A `type` is the letter that the protocol gives it.

@@ -149,11 +149,7 @@ BusMessage BusObject::newSignal(const std::string& signal) const {
 }
 
 void BusObject::emitChange(const char* property) {
-    if (sd_bus_emit_properties_changed(
-            link_.get(), path_.c_str(), interface_.c_str(), property, static_cast<char*>(nullptr))
-        >= 0) {
-        link_.sent();
-    }
+    link_.emitChange(path_, interface_, property);
 }
 
 } // namespace tarnwick

@@ -111,8 +111,8 @@ public:
     template<typename... Values>
     void emit(const std::string& signal, const Values&... values) {
         BusMessage message = newSignal(signal);
-        if (message.append(values...) && message.send()) {
-            link_.sent();
+        if (message.append(values...)) {
+            link_.send(message);
         }
     }
 
