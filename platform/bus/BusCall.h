@@ -55,6 +55,12 @@ void callBus(
     });
 }
 
+/// The same for a call whose answer does not matter.
+template<typename... Arguments>
+void tellBus(BusConnection& bus, const BusConnection::Call& call, const std::tuple<Arguments...>& arguments) {
+    callBus<NoResult>(bus, call, arguments, [](const std::optional<NoResult>&) {});
+}
+
 /// A call of the bus daemon itself.
 inline BusConnection::Call daemonCall(const char* method) {
     return {

@@ -92,12 +92,11 @@ void NotificationDaemon::probe(double timeout, std::function<void(bool isThere)>
 }
 
 void NotificationDaemon::show(const std::string& title, const std::string& body) {
-    callBus<NoResult>(
+    tellBus(
         bus_, call("Notify"),
         std::tuple(
             std::string("Tarnwick"), replacesNone, icon(), title, readsMarkup_ ? asMarkup(body) : body,
-            std::vector<std::string>(), hints(), usualTime),
-        [](const std::optional<NoResult>&) {});
+            std::vector<std::string>(), hints(), usualTime));
 }
 
 } // namespace tarnwick

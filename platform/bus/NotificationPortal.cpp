@@ -58,9 +58,7 @@ void NotificationPortal::show(const std::string& title, const std::string& body)
     if (version_ >= firstVersionWithSound) {
         notification.emplace("sound", "default");
     }
-    callBus<NoResult>(
-        bus_, call(notificationInterface, "AddNotification"), std::tuple(id, notification),
-        [](const std::optional<NoResult>&) {});
+    tellBus(bus_, call(notificationInterface, "AddNotification"), std::tuple(id, notification));
 }
 
 } // namespace tarnwick

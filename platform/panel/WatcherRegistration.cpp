@@ -35,8 +35,8 @@ void WatcherRegistration::start() {
 }
 
 void WatcherRegistration::registerItem() {
-    // The answer is of no interest: some panels answer and never read the item.
-    callBus<NoResult>(
+    // The answer does not matter: some panels answer and never read the item.
+    tellBus(
         needs_.bus,
         {
             .destination = watcher_,
@@ -44,7 +44,7 @@ void WatcherRegistration::registerItem() {
             .interface = "org.kde.StatusNotifierWatcher",
             .method = "RegisterStatusNotifierItem",
         },
-        std::tuple(service_), [](const std::optional<NoResult>&) {});
+        std::tuple(service_));
     checkTimer_ = needs_.loop.after(patience_, [this] { check(); });
 }
 
