@@ -13,7 +13,7 @@ SleepEpisodes::Events SleepEpisodes::setHasAnnouncer(bool hasAnnouncer) {
 SleepEpisodes::Events SleepEpisodes::sleepAnnounced(const Clocks& clocks) {
     // An announcement that arrives after the sleep belongs to the sleep that is over.
     const bool isLate = noteSuspension(clocks) || sleptAt_.has_value();
-    return fallAsleep(clocks.now + (isLate ? wakeDelay : longestFarewell));
+    return fallAsleep(clocks.now + (isLate ? wakeDelay : longestPreparation));
 }
 
 SleepEpisodes::Events SleepEpisodes::wakeAnnounced(const Clocks& clocks) {

@@ -20,14 +20,14 @@ public:
         double suspended = 0; ///< how long the machine has slept since it started
     };
 
-    /// A longer suspension between two calls is a sleep.
+    /// A suspension between two calls is a sleep when it is longer than this.
     static constexpr double shortestSleep = 1;
     /// An announcement may arrive this long after the sleep that it belongs to.
     static constexpr double announcementDelay = 0.5;
     /// The end of a sleep is announced within this time, or never.
     static constexpr double wakeDelay = 5;
     /// Still awake this long after an announced sleep: the sleep was canceled.
-    static constexpr double longestFarewell = 60;
+    static constexpr double longestPreparation = 60;
 
     explicit SleepEpisodes(const Clocks& start) : lastSuspended_(start.suspended) {}
 

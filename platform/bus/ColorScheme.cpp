@@ -21,9 +21,12 @@ constexpr const char* darkMode = "/panels/dark-mode";
 using Preference = std::variant<std::monostate, std::uint32_t>;
 using PanelSetting = std::variant<std::monostate, bool>;
 
+constexpr const char* portalName = "org.freedesktop.portal.Desktop";
+constexpr const char* panelSettingsName = "org.xfce.Xfconf";
+
 BusConnection::Call portalCall(const char* method) {
     return {
-        .destination = "org.freedesktop.portal.Desktop",
+        .destination = portalName,
         .path = "/org/freedesktop/portal/desktop",
         .interface = "org.freedesktop.portal.Settings",
         .method = method,
@@ -32,7 +35,7 @@ BusConnection::Call portalCall(const char* method) {
 
 BusConnection::Call panelSettingCall(const char* method) {
     return {
-        .destination = "org.xfce.Xfconf",
+        .destination = panelSettingsName,
         .path = "/org/xfce/Xfconf",
         .interface = "org.xfce.Xfconf",
         .method = method,
@@ -45,7 +48,7 @@ constexpr const char* noPanelSetting = "org.xfce.Xfconf.Error.PropertyNotFound";
 /// A new connection asks, even if that starts the service; a service that starts later is asked too. When
 /// the service ends or fails to answer, its last answer still holds.
 bool isReasonToAsk(const std::string& owner, NameNews news) {
-    return news == NameNews::found || !owner.empty();
+    return news == NameNews::first || !owner.empty();
 }
 
 std::optional<bool> isDark(const Preference& value) {
@@ -93,12 +96,11 @@ void ColorScheme::watchDesktop() {
                 setDesktopIsDark(isDark(std::get<2>(*values)));
             }
         }));
-    subscriptions_.push_back(
-        watchName(bus_, portalCall("").destination, [this](const std::string& owner, NameNews news) {
-            if (isReasonToAsk(owner, news)) {
-                askDesktop();
-            }
-        }));
+    subscriptions_.push_back(watchName(bus_, portalName, [this](const std::string& owner, NameNews news) {
+        if (isReasonToAsk(owner, news)) {
+            askDesktop();
+        }
+    }));
 }
 
 void ColorScheme::askDesktop() {
@@ -121,7 +123,7 @@ void ColorScheme::watchPanel() {
     subscriptions_.push_back(
         bus_.addMatch(rule + "'PropertyRemoved'", [this](BusMessage&) { setPanelIsDark(std::nullopt); }));
     subscriptions_.push_back(
-        watchName(bus_, panelSettingCall("").destination, [this](const std::string& owner, NameNews news) {
+        watchName(bus_, panelSettingsName, [this](const std::string& owner, NameNews news) {
             if (isReasonToAsk(owner, news)) {
                 askPanel();
             }

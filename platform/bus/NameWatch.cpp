@@ -51,7 +51,7 @@ private:
 
     void tell(const std::string& owner) {
         if (owner_ != owner) {
-            const NameNews news = owner_ ? NameNews::changed : NameNews::found;
+            const NameNews news = owner_ ? NameNews::changed : NameNews::first;
             owner_ = owner;
             notify(owner, news);
         }

@@ -12,7 +12,7 @@ namespace tarnwick {
 class BusMessage;
 
 enum class NameNews {
-    found,   ///< the present owner, on a new connection
+    first,   ///< the first answer on a connection; empty: the name has no owner
     changed, ///< another owner than before; none also when the connection is lost
 };
 

@@ -58,7 +58,7 @@ bool prefixCovers(Bytes prefix, unsigned length, Bytes address) {
 
 /// Only routes to the internet matter. The kernel also sends messages about clones, which it makes for each
 /// host that it learns about.
-bool leadsToWorld(Bytes content) {
+bool leadsToInternet(Bytes content) {
     const auto route = Netlink::structureAt<rtmsg>(content);
     if (!route || (route->rtm_flags & RTM_F_CLONED) != 0) {
         return false;
@@ -69,7 +69,7 @@ bool leadsToWorld(Bytes content) {
             prefix = value;
         }
     });
-    return prefixCovers(prefix, route->rtm_dst_len, worldAddress(route->rtm_family));
+    return prefixCovers(prefix, route->rtm_dst_len, internetAddress(route->rtm_family));
 }
 
 /// Messages about the ports of a bridge look like messages about links.
@@ -85,7 +85,7 @@ bool matters(int type, Bytes content) {
         return concernsLink(content);
     case RTM_NEWROUTE:
     case RTM_DELROUTE:
-        return leadsToWorld(content);
+        return leadsToInternet(content);
     case RTM_NEWADDR:
     case RTM_DELADDR:
     case RTM_NEWRULE:

@@ -20,16 +20,16 @@ constexpr std::array<std::byte, Size> bytes(const std::array<unsigned char, Size
     return result;
 }
 
-constexpr auto world4 = bytes<4>({203, 0, 113, 9});
-constexpr auto world6 = bytes<16>({0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9});
+constexpr auto internet4 = bytes<4>({203, 0, 113, 9});
+constexpr auto internet6 = bytes<16>({0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9});
 
 bool hasCarrier(unsigned flags) {
     return (flags & (RTNH_F_DEAD | RTNH_F_LINKDOWN)) == 0;
 }
 
 /// Sorted, because the kernel may list the equal hops of a multipath route in any order.
-std::vector<WorldRoute::NextHop> parseNextHops(Bytes rest) {
-    std::vector<WorldRoute::NextHop> hops;
+std::vector<InternetRoute::NextHop> parseNextHops(Bytes rest) {
+    std::vector<InternetRoute::NextHop> hops;
     while (const auto hop = Netlink::structureAt<rtnexthop>(rest)) {
         if (hop->rtnh_len < sizeof(rtnexthop) || hop->rtnh_len > rest.size()) {
             break;
@@ -37,7 +37,7 @@ std::vector<WorldRoute::NextHop> parseNextHops(Bytes rest) {
         hops.push_back({static_cast<unsigned>(hop->rtnh_ifindex), hasCarrier(hop->rtnh_flags)});
         rest = rest.subspan(std::min<std::size_t>(MNL_ALIGN(hop->rtnh_len), rest.size()));
     }
-    std::ranges::sort(hops, {}, &WorldRoute::NextHop::interface);
+    std::ranges::sort(hops, {}, &InternetRoute::NextHop::interface);
     return hops;
 }
 
@@ -50,39 +50,39 @@ std::optional<double> secondsLeft(Bytes value) {
 
 } // namespace
 
-Bytes worldAddress(int family) {
+Bytes internetAddress(int family) {
     switch (family) {
     case AF_INET:
-        return world4;
+        return internet4;
     case AF_INET6:
-        return world6;
+        return internet6;
     default:
         return {};
     }
 }
 
-std::optional<WorldRoute> RouteLookup::toWorld(int family, unsigned interface) {
+std::optional<InternetRoute> RouteLookup::toInternet(int family, unsigned interface) {
     // First the route with all its next hops, then the one next hop that a packet would take.
-    std::optional<WorldRoute> route = ask(family, interface, RTM_F_FIB_MATCH);
+    std::optional<InternetRoute> route = ask(family, interface, RTM_F_FIB_MATCH);
     if (route && route->nextHops.empty() && route->hasNumberedHops) {
         route = ask(family, interface, 0);
     }
     return route;
 }
 
-std::optional<WorldRoute> RouteLookup::ask(int family, unsigned interface, unsigned flags) {
+std::optional<InternetRoute> RouteLookup::ask(int family, unsigned interface, unsigned flags) {
     if (!socket_ || !send(family, interface, flags)) {
         return std::nullopt;
     }
     alignas(nlmsghdr) std::array<std::byte, answerSize> buffer{};
     const ssize_t size = ::mnl_socket_recvfrom(socket_.get(), buffer.data(), buffer.size());
-    std::optional<WorldRoute> route;
+    std::optional<InternetRoute> route;
     Netlink::forEachMessage(
         Bytes(buffer).first(static_cast<std::size_t>(std::max<ssize_t>(size, 0))),
         [&](const nlmsghdr& header, Bytes content) {
             if (header.nlmsg_seq == sequence_) {
                 // Any error (unreachable, prohibited, no such family) means that there is no route.
-                route = header.nlmsg_type == RTM_NEWROUTE ? parseRoute(content) : WorldRoute{};
+                route = header.nlmsg_type == RTM_NEWROUTE ? parseRoute(content) : InternetRoute{};
             }
         });
     return route;
@@ -95,7 +95,7 @@ bool RouteLookup::send(int family, unsigned interface, unsigned flags) {
     question->nlmsg_flags = NLM_F_REQUEST;
     question->nlmsg_seq = ++sequence_;
     auto* const route = static_cast<rtmsg*>(::mnl_nlmsg_put_extra_header(question, sizeof(rtmsg)));
-    const Bytes address = worldAddress(family);
+    const Bytes address = internetAddress(family);
     route->rtm_family = static_cast<unsigned char>(family);
     route->rtm_dst_len = static_cast<unsigned char>(address.size() * 8);
     route->rtm_flags = flags;
@@ -106,12 +106,12 @@ bool RouteLookup::send(int family, unsigned interface, unsigned flags) {
     return ::mnl_socket_sendto(socket_.get(), question, question->nlmsg_len) == ssize_t{question->nlmsg_len};
 }
 
-WorldRoute RouteLookup::parseRoute(Bytes content) {
+InternetRoute RouteLookup::parseRoute(Bytes content) {
     const auto header = Netlink::structureAt<rtmsg>(content);
     if (!header || header->rtm_type != RTN_UNICAST) {
         return {};
     }
-    WorldRoute route;
+    InternetRoute route;
     Netlink::forEachAttribute<rtmsg>(content, [&](int type, Bytes value) {
         switch (type) {
         case RTA_OIF:

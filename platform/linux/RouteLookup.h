@@ -11,9 +11,9 @@ namespace tarnwick {
 
 /// An address to ask for, in the place of all hosts on the internet. It is reserved for documentation, so no
 /// route to a particular network leads there. Empty for families other than IPv4 and IPv6.
-[[nodiscard]] Netlink::Bytes worldAddress(int family);
+[[nodiscard]] Netlink::Bytes internetAddress(int family);
 
-struct WorldRoute {
+struct InternetRoute {
     struct NextHop {
         unsigned interface; ///< its index
         bool hasCarrier;
@@ -31,19 +31,19 @@ struct WorldRoute {
 /// an interface up.
 class RouteLookup {
 public:
-    /// The route to the family's `worldAddress`; with `interface`, the one over it. Nothing when the kernel
-    /// did not answer.
-    [[nodiscard]] std::optional<WorldRoute> toWorld(int family, unsigned interface = 0);
+    /// The route to the family's `internetAddress`; with `interface`, the one over it. Nothing when the
+    /// kernel did not answer.
+    [[nodiscard]] std::optional<InternetRoute> toInternet(int family, unsigned interface = 0);
 
     /// Reads the content of an answer that describes a route. `content` is aligned for `rtmsg`.
-    [[nodiscard]] static WorldRoute parseRoute(Netlink::Bytes content);
+    [[nodiscard]] static InternetRoute parseRoute(Netlink::Bytes content);
 
     /// The descriptor of its socket, for questions about the interfaces in an answer. Call it after an
     /// answer.
     [[nodiscard]] int descriptor() const { return ::mnl_socket_get_fd(socket_.get()); }
 
 private:
-    [[nodiscard]] std::optional<WorldRoute> ask(int family, unsigned interface, unsigned flags);
+    [[nodiscard]] std::optional<InternetRoute> ask(int family, unsigned interface, unsigned flags);
     [[nodiscard]] bool send(int family, unsigned interface, unsigned flags);
 
     Netlink::Socket socket_ = Netlink::openSocket();

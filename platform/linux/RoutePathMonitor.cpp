@@ -12,7 +12,8 @@ constexpr double expiryMargin = 0.03;
 
 } // namespace
 
-RoutePathMonitor::RoutePathMonitor(RunLoop& loop, LookUp lookUp) : loop_(loop), lookUp_(std::move(lookUp)) {
+RoutePathMonitor::RoutePathMonitor(RunLoop& loop, PathSource presentPath)
+    : loop_(loop), presentPath_(std::move(presentPath)) {
 }
 
 void RoutePathMonitor::start(Update update) {
@@ -40,7 +41,7 @@ void RoutePathMonitor::lookUp() {
     if (!watch_) {
         watch_ = loop_.watchReadable(changes_.descriptor(), [this] { readChanges(); });
     }
-    const std::optional<RoutedPath> present = lookUp_();
+    const std::optional<RoutedPath> present = presentPath_();
     if (const auto seconds = nextLookUp(present)) {
         lookUpAfter(*seconds);
     }

@@ -15,14 +15,14 @@ namespace tarnwick {
 /// kernel sends no messages about routes it never reports anything.
 class RoutePathMonitor final : public PathMonitor {
 public:
-    using LookUp = std::function<std::optional<RoutedPath>()>;
+    using PathSource = std::function<std::optional<RoutedPath>()>;
 
     /// From the first message of a burst to the look-up.
     static constexpr double settleTime = 0.03;
     /// Between look-ups while changes may come without a message.
     static constexpr double slowInterval = 5;
 
-    explicit RoutePathMonitor(RunLoop& loop, LookUp lookUp = RoutedPath::present);
+    explicit RoutePathMonitor(RunLoop& loop, PathSource presentPath = RoutedPath::present);
 
     void start(Update update) override;
 
@@ -35,7 +35,7 @@ private:
     void report(const NetworkPath& path);
 
     RunLoop& loop_;
-    LookUp lookUp_;
+    PathSource presentPath_;
     Update update_;
     std::optional<NetworkPath> reported_;
     bool wasExpiring_ = false; ///< at the last look-up

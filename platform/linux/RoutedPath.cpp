@@ -29,8 +29,8 @@ bool contains(const Names& names, const std::string& name) {
     return std::ranges::find(names, name) != names.end();
 }
 
-void addUsable(Names& names, const WorldRoute& route, int socket) {
-    for (const WorldRoute::NextHop& hop : route.nextHops) {
+void addUsable(Names& names, const InternetRoute& route, int socket) {
+    for (const InternetRoute::NextHop& hop : route.nextHops) {
         const auto name = hop.hasCarrier ? NetworkInterfaces::nameOf(socket, hop.interface) : std::nullopt;
         if (name && NetworkInterfaces::isUpAndNotLoopback(socket, *name) && !contains(names, *name)) {
             names.push_back(*name);
@@ -49,7 +49,7 @@ struct StandBy {
 std::optional<StandBy> standBy(RouteLookup& lookup, const std::string& name) {
     const auto index = NetworkInterfaces::indexOf(lookup.descriptor(), name).value_or(0);
     for (std::size_t family = 0; index != 0 && family < families.size(); ++family) {
-        const WorldRoute route = lookup.toWorld(families[family], index).value_or(WorldRoute{});
+        const InternetRoute route = lookup.toInternet(families[family], index).value_or(InternetRoute{});
         Names usable;
         addUsable(usable, route, lookup.descriptor());
         if (contains(usable, name)) {
@@ -78,8 +78,8 @@ void addStandingBy(Names& names, RouteLookup& lookup) {
 
 std::optional<RoutedPath> RoutedPath::present() {
     RouteLookup lookup;
-    const auto route4 = lookup.toWorld(AF_INET);
-    const auto route6 = lookup.toWorld(AF_INET6);
+    const auto route4 = lookup.toInternet(AF_INET);
+    const auto route6 = lookup.toInternet(AF_INET6);
     if (!route4 || !route6) {
         return std::nullopt;
     }

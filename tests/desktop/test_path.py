@@ -1,4 +1,4 @@
-"""The way to the world changes: both programs start their pings anew, and say so when there is none."""
+"""The way to the internet changes: both programs start their pings anew, and say so when there is none."""
 
 from __future__ import annotations
 
@@ -43,7 +43,7 @@ def ping_sockets() -> set[str]:
 class AnotherWay(Headless):
     address = ADDRESS
 
-    def test_another_way_to_the_world_starts_the_pings_anew_once(self) -> None:
+    def test_another_way_to_the_internet_starts_the_pings_anew_once(self) -> None:
         self.start()
         eventually(lambda: self.requests() >= STEADY_PINGS, PATIENCE, "pings")
         first = ping_sockets()
@@ -71,7 +71,7 @@ del AnotherWay  # only its subclasses are tests
 
 
 class NoWay(unittest.TestCase):
-    def test_without_a_way_to_the_world_an_outage_is_the_networks(self) -> None:
+    def test_without_a_way_to_the_internet_an_outage_is_the_networks(self) -> None:
         with Lab() as lab, new_home() as home:
             lab.behave(ADDRESS, Behavior())
             with Watch(home, *settings(PingTimeout=1), ADDRESS) as watch:

@@ -298,7 +298,7 @@ class AnOutage(ConcurrentTestCase):
 
     def test_refused_sockets_are_named_and_recover_with_the_range(self) -> None:
         # A network namespace of the program's own: its range starts closed, and opening it disturbs no other test.
-        # A way to the world leads out of it, or there would be no network instead.
+        # A way to the internet leads out of it, or there would be no network instead.
         setup = (
             "ip link set lo up && ip link add out type veth peer name far && ip link set far up && ip link set out up"
             " && ip address add 192.0.2.1/24 dev out && ip route add default via 192.0.2.2"

@@ -166,7 +166,7 @@ class Lab:
         ip("address", "add", f"{OWN_IPV4}/24", "dev", DEVICE)
         ip("address", "add", f"{OWN_IPV6}/64", "dev", DEVICE, "nodad")
         ip("link", "set", DEVICE, "up")
-        # A way to the world, as far as the program can tell; what goes there ends at the responder as well.
+        # A way to the internet, as far as the program can tell; what goes there ends at the responder as well.
         ip("route", "add", "default", "dev", DEVICE)
         ip("-6", "route", "add", "default", "dev", DEVICE)
 

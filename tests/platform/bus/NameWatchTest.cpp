@@ -52,14 +52,14 @@ TEST_F(NameWatchTest, AConnectionFindsTheOwner) {
     watch();
 
     ASSERT_TRUE(runUntilTold(1));
-    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::found)));
+    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::first)));
 }
 
 TEST_F(NameWatchTest, AConnectionFindsThatThereIsNoOwner) {
     watch();
 
     ASSERT_TRUE(runUntilTold(1));
-    EXPECT_THAT(told_, ElementsAre(Pair("", NameNews::found)));
+    EXPECT_THAT(told_, ElementsAre(Pair("", NameNews::first)));
 }
 
 TEST_F(NameWatchTest, AWatchThatBeginsLaterFindsTheOwnerToo) {
@@ -70,7 +70,7 @@ TEST_F(NameWatchTest, AWatchThatBeginsLaterFindsTheOwnerToo) {
     watch();
 
     ASSERT_TRUE(runUntilTold(1));
-    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::found)));
+    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::first)));
 }
 
 TEST_F(NameWatchTest, EachChangeIsToldOnceInItsOrder) {
@@ -87,7 +87,7 @@ TEST_F(NameWatchTest, EachChangeIsToldOnceInItsOrder) {
     ASSERT_TRUE(runUntilHeardBy(first));
     EXPECT_THAT(
         told_, ElementsAre(
-                   Pair("", NameNews::found), Pair(first.uniqueName(), NameNews::changed),
+                   Pair("", NameNews::first), Pair(first.uniqueName(), NameNews::changed),
                    Pair("", NameNews::changed), Pair(second.uniqueName(), NameNews::changed)));
 }
 
@@ -106,7 +106,7 @@ TEST_F(NameWatchTest, WithoutTheBusThereIsNoOwnerUntilItComesBack) {
     peer.requestName(name);
 
     ASSERT_TRUE(runUntilTold(1));
-    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::found)));
+    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::first)));
 }
 
 TEST_F(NameWatchTest, TheEndOfAConnectionIsTheEndOfItsUniqueName) {
@@ -135,7 +135,7 @@ TEST_F(NameWatchTest, AFailedQuestionIsRepeatedAndDoesNotMeanThatThereIsNoOwner)
     daemon_.reload();
 
     ASSERT_TRUE(runUntilTold(1));
-    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::found)));
+    EXPECT_THAT(told_, ElementsAre(Pair(peer.uniqueName(), NameNews::first)));
 }
 
 TEST_F(NameWatchTest, AConnectionLostDuringTheQuestionTellsNothing) {
@@ -159,7 +159,7 @@ TEST_F(NameWatchTest, OnlyTheBusDaemonIsBelieved) {
         std::string(name), std::string(), peer.uniqueName());
 
     ASSERT_TRUE(runUntilHeardBy(peer));
-    EXPECT_THAT(told_, ElementsAre(Pair("", NameNews::found)));
+    EXPECT_THAT(told_, ElementsAre(Pair("", NameNews::first)));
 }
 
 TEST_F(NameWatchTest, ItMayEndWhenItIsTold) {

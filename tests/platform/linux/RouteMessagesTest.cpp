@@ -80,13 +80,13 @@ bool matters(const Content& content) {
 
 } // namespace
 
-TEST(RouteChanges, RoutesThatCoverTheWorldMatter) {
+TEST(RouteChanges, RoutesThatCoverTheInternetMatter) {
     EXPECT_TRUE(matters(message(RTM_NEWROUTE, routeTo(ipv4(0, 0, 0, 0), 0))));
     EXPECT_TRUE(matters(message(RTM_DELROUTE, routeTo(ipv4(128, 0, 0, 0), 1))));
     EXPECT_TRUE(matters(message(RTM_NEWROUTE, routeTo(ipv4(203, 0, 112, 0), 23))));
     EXPECT_TRUE(matters(message(RTM_NEWROUTE, routeTo(ipv4(203, 0, 113, 9), 32))));
-    const auto world6 = worldAddress(AF_INET6);
-    EXPECT_TRUE(matters(message(RTM_NEWROUTE, routeTo({world6.begin(), world6.end()}, 3))));
+    const auto internet6 = internetAddress(AF_INET6);
+    EXPECT_TRUE(matters(message(RTM_NEWROUTE, routeTo({internet6.begin(), internet6.end()}, 3))));
 }
 
 TEST(RouteChanges, RoutesToSomewhereElseDoNotMatter) {
@@ -128,28 +128,28 @@ TEST(RouteChanges, AnyBytesAreReadToTheirEnd) {
 }
 
 TEST(RouteLookup, ARouteNamesItsInterfaceAndMetric) {
-    const WorldRoute route = RouteLookup::parseRoute(
+    const InternetRoute route = RouteLookup::parseRoute(
         answer(RTN_UNICAST) + attribute(RTA_PRIORITY, bytesOf(std::uint32_t{600}))
         + attribute(RTA_OIF, bytesOf(7)));
 
-    EXPECT_THAT(route.nextHops, testing::ElementsAre(WorldRoute::NextHop{7, true}));
+    EXPECT_THAT(route.nextHops, testing::ElementsAre(InternetRoute::NextHop{7, true}));
     EXPECT_EQ(route.metric, 600U);
     EXPECT_EQ(route.expiresIn, std::nullopt);
 }
 
 TEST(RouteLookup, ARouteOverALinkThatIsDownHasNoCarrier) {
-    const WorldRoute route =
+    const InternetRoute route =
         RouteLookup::parseRoute(answer(RTN_UNICAST, RTNH_F_LINKDOWN) + attribute(RTA_OIF, bytesOf(7)));
 
-    EXPECT_THAT(route.nextHops, testing::ElementsAre(WorldRoute::NextHop{7, false}));
+    EXPECT_THAT(route.nextHops, testing::ElementsAre(InternetRoute::NextHop{7, false}));
 }
 
 TEST(RouteLookup, TheHopsOfAMultipathRouteHaveOneOrderHoweverTheyAreListed) {
-    const WorldRoute route = RouteLookup::parseRoute(
+    const InternetRoute route = RouteLookup::parseRoute(
         answer(RTN_UNICAST)
         + attribute(RTA_MULTIPATH, hop(9, 0) + hop(3, RTNH_F_LINKDOWN) + hop(5, RTNH_F_DEAD)));
 
-    using Hop = WorldRoute::NextHop;
+    using Hop = InternetRoute::NextHop;
     EXPECT_THAT(route.nextHops, testing::ElementsAre(Hop{3, false}, Hop{5, false}, Hop{9, true}));
 }
 

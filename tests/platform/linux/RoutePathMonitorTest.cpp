@@ -72,7 +72,7 @@ private:
     }
 
     static std::string nextHops(int family) {
-        return std::to_string(RouteLookup().toWorld(family)->nextHops.size());
+        return std::to_string(RouteLookup().toInternet(family)->nextHops.size());
     }
 };
 
