@@ -51,7 +51,7 @@ public:
     };
     using Actions = std::vector<Action>;
 
-    /// Begins an episode at `now`. No restart is due before the first `reset`.
+    /// Begins an episode at `now`. Before the first `reset`, only a long silence asks for a restart.
     ConnectionWatchdog(const Config& config, double now);
 
     /// Begins a new episode, with a restart after `restartAfter`. A new host drops an owed `announceUp`.

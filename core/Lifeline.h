@@ -1,4 +1,4 @@
-// Callbacks that may run after the object behind them is gone, and then do nothing.
+// Keeps callbacks from running after the end of the object that they belong to.
 #pragma once
 
 #include <memory>

@@ -32,7 +32,7 @@ inline constexpr std::string_view failed = "Failed"; ///< the connection is down
 [[nodiscard]] std::string lossSuffix(double percent);
 [[nodiscard]] std::string title(double pingMs, std::optional<double> lossPercent);
 [[nodiscard]] bool showsLoss(LossMode mode, bool gateOpen);
-/// Texts for measuring: the widest is as wide as any title with `lossDigits` digits of loss (none: no loss).
+/// The texts to measure for the widest title: with one or two digits of loss, or without loss.
 [[nodiscard]] std::vector<std::string> widestCandidates(std::optional<int> lossDigits);
 
 /// Opens at once and closes `holdSeconds` after it was last active.

@@ -12,8 +12,10 @@ namespace tarnwick {
 struct ScoringConfig {
     double lowThreshold;  ///< a round trip up to here scores a perfect 1.0
     double highThreshold; ///< here the score of a ping reaches 0.0
-    double timeout;       ///< a ping without reply for longer is lost
-    double averageOver;   ///< length of the window
+    /// An answer that takes longer counts as lost. So does an unanswered ping, once it is also older than
+    /// `highThreshold`.
+    double timeout;
+    double averageOver; ///< length of the window
 
     static constexpr double minimumWindow = 30.0;
     static constexpr double minimumPingsInWindow = 10.0;

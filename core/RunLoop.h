@@ -55,9 +55,9 @@ public:
     }
 
     /// Runs `task` while `descriptor` has something to read (level-triggered); an error or the end of the
-    /// other side counts as well. The caller keeps the descriptor open until the handle is gone. No handle
-    /// when the system can't watch it (a regular file, `/dev/null`), or when it has a watch of this kind
-    /// already.
+    /// other side counts as well. The caller keeps the descriptor open until the handle is gone. Null when
+    /// the system can't watch the descriptor (a regular file, `/dev/null`), or when the descriptor already
+    /// has a watch of this kind.
     [[nodiscard]] virtual Handle watchReadable(int descriptor, Task task) = 0;
 
     /// The same while `descriptor` takes data without blocking. A descriptor may have one watch of each kind.

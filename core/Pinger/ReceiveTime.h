@@ -12,7 +12,8 @@ struct ReceiveReadings {
     std::optional<double> stamp = std::nullopt; ///< the kernel's own wall-clock stamp of the arrival
 };
 
-/// Monotonic seconds: of the kernel's stamp if it shows that the thread read late, else of the reading.
+/// When the datagram arrived, in monotonic seconds: the kernel's stamp if the thread read late, otherwise the
+/// time of reading.
 /// `wallAhead` is wall minus monotonic time at the request. If the difference has changed since, the wall
 /// clock was set, and the stamp is ignored.
 [[nodiscard]] double receiveTime(const ReceiveReadings& readings, double wallAhead);

@@ -96,7 +96,7 @@ PingNetwork::OpenResult SystemPingNetwork::open(
     auto socket = std::make_unique<SystemEchoSocket>(
         loop_, std::move(std::get<IcmpSocket>(opened)), std::move(onReadable));
     if (!socket->isWatched()) {
-        return SocketError{"the system can't watch it"};
+        return SocketError{"the limit of watched descriptors is reached"};
     }
     return socket;
 }

@@ -12,7 +12,8 @@ namespace tarnwick {
 /// At most one lookup is in flight for each host text; further questions wait for its answer. Main thread.
 class SystemPingNetwork final : public PingNetwork {
 public:
-    /// May block. Called on a detached thread, so it must own all that it touches.
+    /// May block. Called on a detached thread; for an address literal, on the main thread. It must own all
+    /// that it touches.
     using BlockingResolver = std::function<Resolution(const std::string& host)>;
 
     explicit SystemPingNetwork(RunLoop& loop);

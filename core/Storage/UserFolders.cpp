@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The rules make a relative path invalid.
+/// The base directory specification says to ignore relative paths.
 std::optional<fs::path> absolutePath(const char* variable) {
     const char* value = std::getenv(variable);
     return value != nullptr && *value == '/' ? std::optional<fs::path>(value) : std::nullopt;

@@ -17,7 +17,7 @@
 
 namespace tarnwick {
 
-/// Asking a service may start it. So the first question waits for a notification, or a request for
+/// Asking may start the service, so nothing is asked before the first notification or request for
 /// authorization. A notification that can't be shown yet waits a little for a service and is then dropped:
 /// late news mislead. Main thread.
 class DesktopNotificationCenter final : public NotificationCenter {

@@ -21,7 +21,7 @@ class LogindSleepMonitor final : public SleepMonitor {
 public:
     using SuspendedClock = std::function<double()>;
 
-    /// How often the clocks are compared, and how much later that may be: late enough to share the wake-up of
+    /// Seconds between two looks at the clocks, and how much later a look may be, to share the wake-up of
     /// another timer.
     static constexpr double checkInterval = 1;
     static constexpr double checkTolerance = 2;

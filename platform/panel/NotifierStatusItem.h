@@ -75,7 +75,8 @@ private:
     Needs needs_;
     ItemState state_;
     Ink fallbackInk_ = Ink::dark;
-    ItemPresentation shown_; ///< what the panel has been told
+    /// What panels read. While there is a watcher, they are told of each difference.
+    ItemPresentation shown_;
     ItemPixmaps pixmaps_;
     DBusMenu menu_;
     PanelHostFinder hosts_;

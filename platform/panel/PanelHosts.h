@@ -28,7 +28,7 @@ struct PanelHost {
     bool givesGlobalPositions = true;           ///< of clicks: desktop coordinates, as the protocol says
     bool showsToolTipTitleOnly = false;
     ToolTipMarkup toolTipMarkup = ToolTipMarkup::always; ///< of the tool tip's part that it shows
-    /// Right after it has taken the item: as long as the menu is unread, the item is not taken.
+    /// It reads the menu as soon as it takes the item. While the menu is unread, the item is not taken.
     bool readsMenuAtOnce = false;
 };
 

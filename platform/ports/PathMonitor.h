@@ -25,7 +25,7 @@ public:
     virtual ~PathMonitor() = default;
 
     /// Calls `update` with the present path soon after it has returned, then with each path that differs from
-    /// the last one. Called once.
+    /// the last one. Never calls it where the system can't tell. Called once.
     virtual void start(Update update) = 0;
 };
 

@@ -34,8 +34,8 @@ struct ScreenPoint {
     friend bool operator==(const ScreenPoint&, const ScreenPoint&) = default;
 };
 
-/// Shown from its creation to its destruction, as soon as there is a panel. A setter shows its value also
-/// when it equals the one before: callers compare if they want to. Main thread.
+/// Shown from its creation to its destruction, as soon as there is a panel. An item may show an equal
+/// value again: callers compare first. Main thread.
 class StatusItem {
 public:
     /// In which form a panel is given the face.

@@ -26,8 +26,8 @@ struct Disconnect {
 
 using ConnectionPtr = std::unique_ptr<xcb_connection_t, Disconnect>;
 
-/// Connects to the display that `DISPLAY` names. Null when that fails. Beside the toolkit's connection, which
-/// takes the events that arrive on it.
+/// Connects to the display that `DISPLAY` names. Null when that fails. A connection of our own: the toolkit
+/// takes all events that arrive on its connection.
 [[nodiscard]] ConnectionPtr connect();
 
 /// The display's first screen.

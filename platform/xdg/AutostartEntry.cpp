@@ -64,7 +64,7 @@ bool holdsNothingElse(DesktopEntry entry) {
     return entry == newEntry(entry.value(Key::tryExec).value_or(""), entry.value(Key::exec).value_or(""));
 }
 
-/// Neither an entry nor an error where the file is no desktop entry.
+/// Nothing, and no error, when the file is not a desktop entry.
 std::optional<DesktopEntry> read(const fs::path& file, std::error_code& error) {
     const auto text = FileStore::read(file, error);
     return text ? DesktopEntry::parse(*text) : std::nullopt;
