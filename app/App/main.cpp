@@ -2,6 +2,7 @@
 #include "app/App/AppDelegate.h"
 #include "app/CommandLine/AppOptions.h"
 #include "app/CommandLine/ArgumentParser.h"
+#include "app/CommandLine/StartUp.h"
 #include "platform/bus/InstanceGuard.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "platform/qt/QtLoopHost.h"
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -22,8 +22,6 @@
 namespace {
 
 using namespace tarnwick;
-
-constexpr int usageFailure = 2;
 
 bool hasDisplay() {
     constexpr std::array variables{"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"};
@@ -73,29 +71,18 @@ int runApplication(const AppOptions& options, std::string name, std::string star
 }
 
 int start(const std::vector<std::string>& arguments, const std::string& name) {
-    // A closed pipe shows as an error of the write.
-    std::signal(SIGPIPE, SIG_IGN);
+    startUp();
     SignalWatch::block(AppDelegate::terminationSignals);
-    const auto parsed = parseAppOptions(arguments);
-    if (const auto* error = std::get_if<UsageError>(&parsed)) {
-        std::fprintf(stderr, "tarnwick: %s\n", error->text.c_str());
-        return usageFailure;
-    }
-    const auto& options = std::get<AppOptions>(parsed);
-    if (options.help) {
-        std::fputs(AppOptions::usage().c_str(), stdout);
-        return EXIT_SUCCESS;
-    }
-    if (options.version) {
-        std::puts("tarnwick " TARNWICK_VERSION);
-        return EXIT_SUCCESS;
+    const auto commandLine = parseAppOptions(arguments);
+    if (const auto status = answerWithoutRunning({"tarnwick", TARNWICK_VERSION}, commandLine)) {
+        return *status;
     }
     if (!hasDisplay()) {
         std::fputs(
             "tarnwick: there is no display here; tarnwick-watch shows the same in a terminal\n", stderr);
         return EXIT_FAILURE;
     }
-    return runApplication(options, name, InstanceGuard::takeActivationToken());
+    return runApplication(std::get<AppOptions>(commandLine), name, InstanceGuard::takeActivationToken());
 }
 
 } // namespace

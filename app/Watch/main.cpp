@@ -1,5 +1,6 @@
 // tarnwick-watch: the connection's quality in a terminal.
 #include "app/CommandLine/ArgumentParser.h"
+#include "app/CommandLine/StartUp.h"
 #include "app/CommandLine/WatchOptions.h"
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
@@ -17,14 +18,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace {
 
 using namespace tarnwick;
-
-constexpr int usageFailure = 2;
 
 /// Terminals show UTF-8 even if no language is set.
 void takeCharacterSet() {
@@ -35,16 +32,6 @@ void takeCharacterSet() {
         }
     }
     std::setlocale(LC_CTYPE, "C.UTF-8");
-}
-
-/// If the program is started without one of them, the next file that it opens would take the number, and
-/// receive the program's output.
-void openStandardDescriptors() {
-    int descriptor = 0;
-    do {
-        descriptor = ::open("/dev/null", O_RDWR);
-    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-    ::close(descriptor);
 }
 
 std::unique_ptr<Presentation> makePresentation(
@@ -136,27 +123,14 @@ std::string run(const WatchOptions& options) {
 }
 
 int start(const std::vector<std::string>& arguments) {
-    openStandardDescriptors();
-    // Instead of signals, writing reports a reader that has gone and a file that may not grow.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    startUp();
     takeCharacterSet();
-    const auto parsed = parseWatchOptions(arguments);
-    if (const auto* error = std::get_if<UsageError>(&parsed)) {
-        std::fprintf(stderr, "tarnwick-watch: %s\n", error->text.c_str());
-        return usageFailure;
-    }
-    const auto& options = std::get<WatchOptions>(parsed);
-    if (options.help) {
-        std::fputs(WatchOptions::usage().c_str(), stdout);
-        return EXIT_SUCCESS;
-    }
-    if (options.version) {
-        std::puts("tarnwick-watch " TARNWICK_VERSION);
-        return EXIT_SUCCESS;
+    const auto commandLine = parseWatchOptions(arguments);
+    if (const auto status = answerWithoutRunning({"tarnwick-watch", TARNWICK_VERSION}, commandLine)) {
+        return *status;
     }
     // Written after the terminal has been restored.
-    const std::string problem = run(options);
+    const std::string problem = run(std::get<WatchOptions>(commandLine));
     if (!problem.empty()) {
         std::fprintf(stderr, "tarnwick-watch: %s\n", problem.c_str());
         return EXIT_FAILURE;

@@ -19,6 +19,9 @@ from .program import HOST, PATIENCE, PROGRAM, pings_sent
 
 DEAD_NAME_SERVER = "10.77.0.57"
 USAGE_FAILURE = 2
+# As commands before the program.
+WITHOUT_STANDARD_DESCRIPTORS = ("sh", "-c", 'exec "$0" "$@" <&- >&- 2>&-')
+WITHOUT_ROOM_IN_FILES = ("sh", "-c", 'ulimit -f 0 && exec "$0" "$@"')
 WITHOUT_DISPLAY = {"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}
 WITH_DISPLAY = WITHOUT_DISPLAY | {"QT_QPA_PLATFORM": "offscreen"}
 
@@ -119,6 +122,22 @@ class WithoutADesktop(unittest.TestCase):
             self.assertEqual(program.end(signal.SIGTERM), 0)
             self.assertGreaterEqual(program.saved_pings(), 3)
             self.assertEqual(program.log.read_text().count("No panel"), 1)
+
+    def test_its_own_files_do_not_take_the_numbers_of_closed_descriptors(self) -> None:
+        before = pings_sent()
+        with running(prefix=WITHOUT_STANDARD_DESCRIPTORS) as program:
+            eventually(lambda: pings_sent() > before, PATIENCE, "a ping")
+
+            opened = [os.readlink(f"/proc/{program.process.pid}/fd/{number}") for number in range(3)]
+            self.assertEqual(opened, ["/dev/null"] * 3)
+            self.assertEqual(program.end(signal.SIGTERM), 0)
+
+    def test_a_file_that_may_not_grow_does_not_end_it(self) -> None:
+        before = pings_sent()
+        with running(prefix=WITHOUT_ROOM_IN_FILES) as program:
+            eventually(lambda: pings_sent() > before, PATIENCE, "a ping")
+
+            self.assertEqual(program.end(signal.SIGTERM), 0)
 
     def test_settings_of_the_command_line_are_not_stored(self) -> None:
         with running() as program:

@@ -234,6 +234,16 @@ class PlainLines(ConcurrentTestCase):
             self.assertEqual(watch.errors(), "")
 
 
+class ClosedDescriptors(ConcurrentTestCase):
+    def test_the_programs_own_files_do_not_take_their_numbers(self) -> None:
+        without_descriptors = ("sh", "-c", 'exec "$0" "$@" <&- >&- 2>&-')
+        with new_home() as home, Watch(home, "10.77.0.19", as_json=False, prefix=without_descriptors) as watch:
+            eventually(lambda: lab.requests("10.77.0.19"), PATIENCE_SECONDS, "a ping")
+
+            opened = [os.readlink(f"/proc/{watch.pid}/fd/{number}") for number in range(3)]
+            self.assertEqual(opened, ["/dev/null"] * 3)
+
+
 class HelpAndVersion(unittest.TestCase):
     def test_help_names_every_option_and_touches_nothing(self) -> None:
         with new_home() as home:
