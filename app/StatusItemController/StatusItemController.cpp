@@ -70,25 +70,15 @@ Menu::Items StatusItemController::menuItems(bool offersUpdates) {
 
 void StatusItemController::update() {
     const Reading& reading = monitor_.reading();
-    updateForm();
-    if (StatusFace present = face(reading); present != appliedFace_) {
-        item_.setFace(present);
-        appliedFace_ = std::move(present);
-    }
-    if (std::string toolTip = toolTipOf(reading); toolTip != appliedToolTip_) {
-        item_.setToolTip(toolTip);
-        appliedToolTip_ = std::move(toolTip);
-    }
-    if (reading.accessibilitySummary != appliedAccessibility_) {
-        item_.setAccessibilityValue(reading.accessibilitySummary);
-        appliedAccessibility_ = reading.accessibilitySummary;
-    }
-}
-
-void StatusItemController::updateForm() {
-    if (const auto form = monitor_.prefs().panelFace(); form != appliedForm_) {
-        item_.setForm(form);
-        appliedForm_ = form;
+    ItemState state{
+        .face = face(reading),
+        .form = monitor_.prefs().panelFace(),
+        .toolTip = toolTipOf(reading),
+        .accessibilityValue = reading.accessibilitySummary,
+    };
+    if (state != shown_) {
+        item_.show(state);
+        shown_ = std::move(state);
     }
 }
 

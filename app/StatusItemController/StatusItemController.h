@@ -68,7 +68,6 @@ public:
 
 private:
     void update();
-    void updateForm();
     [[nodiscard]] StatusFace face(const Reading& reading);
     void addTitle(StatusFace& face, const Reading& reading);
     std::optional<int> updateLossGates(const Reading& reading);
@@ -88,12 +87,8 @@ private:
     Menu& menu_;
     bool isMenuOpen_ = false;
 
-    // What the item shows now.
-    std::optional<StatusItem::Form> appliedForm_;
-    std::optional<StatusFace> appliedFace_;
-    std::optional<int> appliedLossDigits_;
-    std::optional<std::string> appliedToolTip_;
-    std::optional<std::string> appliedAccessibility_;
+    std::optional<ItemState> shown_;
+    std::optional<int> appliedLossDigits_; ///< in the title
 
     struct TextSlot {
         std::optional<int> lossDigits;

@@ -9,14 +9,6 @@
 
 namespace tarnwick {
 
-/// What the program wants to show in any panel.
-struct ItemState {
-    StatusFace face{};
-    StatusItem::Form form = StatusItem::Form::automatic;
-    std::string toolTip{};
-    std::string accessibilityValue{};
-};
-
 struct ItemPresentation {
     static constexpr const char* name = "Tarnwick";
 

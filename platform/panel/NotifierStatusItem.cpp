@@ -164,23 +164,8 @@ NotifierStatusItem::NotifierStatusItem(Needs needs)
 
 NotifierStatusItem::~NotifierStatusItem() = default;
 
-void NotifierStatusItem::setFace(const StatusFace& face) {
-    state_.face = face;
-    refresh();
-}
-
-void NotifierStatusItem::setToolTip(const std::string& text) {
-    state_.toolTip = text;
-    refresh();
-}
-
-void NotifierStatusItem::setAccessibilityValue(const std::string& text) {
-    state_.accessibilityValue = text;
-    refresh();
-}
-
-void NotifierStatusItem::setForm(Form form) {
-    state_.form = form;
+void NotifierStatusItem::show(const ItemState& state) {
+    state_ = state;
     refresh();
 }
 

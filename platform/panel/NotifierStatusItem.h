@@ -44,10 +44,7 @@ public:
     explicit NotifierStatusItem(Needs needs);
     ~NotifierStatusItem() override;
 
-    void setFace(const StatusFace& face) override;
-    void setToolTip(const std::string& text) override;
-    void setAccessibilityValue(const std::string& text) override;
-    void setForm(Form form) override;
+    void show(const ItemState& state) override;
 
     /// The ink of images where it is unknown how dark the panel is; dark at first.
     void setFallbackInk(Ink ink);

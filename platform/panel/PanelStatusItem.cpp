@@ -18,32 +18,12 @@ void PanelStatusItem::watcherChanged() {
     }
 }
 
-void PanelStatusItem::setFace(const StatusFace& face) {
-    face_ = face;
-    needs_.notifier.setFace(face);
+void PanelStatusItem::show(const ItemState& state) {
+    state_ = state;
+    needs_.notifier.show(state);
     if (tray_) {
-        tray_->setFace(face);
+        tray_->show(state);
     }
-}
-
-void PanelStatusItem::setToolTip(const std::string& text) {
-    toolTip_ = text;
-    needs_.notifier.setToolTip(text);
-    if (tray_) {
-        tray_->setToolTip(text);
-    }
-}
-
-void PanelStatusItem::setAccessibilityValue(const std::string& text) {
-    accessibilityValue_ = text;
-    needs_.notifier.setAccessibilityValue(text);
-    if (tray_) {
-        tray_->setAccessibilityValue(text);
-    }
-}
-
-void PanelStatusItem::setForm(Form form) {
-    needs_.notifier.setForm(form);
 }
 
 void PanelStatusItem::lookForTray() {
@@ -52,21 +32,13 @@ void PanelStatusItem::lookForTray() {
     tray_ = needs_.makeTrayItem();
     if (tray_) {
         forwardClicks(*tray_);
-        showIn(*tray_);
+        tray_->show(state_);
     }
     if (!hasComplained_ && !(tray_ && needs_.hasTray())) {
         hasComplained_ = true;
         needs_.say(
             "No panel shows status items here yet. Measuring continues; the item appears with a panel.");
     }
-}
-
-void PanelStatusItem::showIn(StatusItem& item) const {
-    if (face_) {
-        item.setFace(*face_);
-    }
-    item.setToolTip(toolTip_);
-    item.setAccessibilityValue(accessibilityValue_);
 }
 
 void PanelStatusItem::forwardClicks(StatusItem& item) {

@@ -7,7 +7,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace tarnwick {
@@ -34,23 +33,17 @@ public:
     /// To be called when the answer of `hasWatcher` may have changed.
     void watcherChanged();
 
-    void setFace(const StatusFace& face) override;
-    void setToolTip(const std::string& text) override;
-    void setAccessibilityValue(const std::string& text) override;
-    void setForm(Form form) override;
+    void show(const ItemState& state) override;
 
 private:
     void lookForTray();
-    void showIn(StatusItem& item) const;
     void forwardClicks(StatusItem& item);
 
     Needs needs_;
     std::unique_ptr<StatusItem> tray_; ///< only while there is no watcher
     RunLoop::Handle trayTimer_;
     bool hasComplained_ = false;
-    std::optional<StatusFace> face_;
-    std::string toolTip_;
-    std::string accessibilityValue_;
+    ItemState state_;
 };
 
 } // namespace tarnwick

@@ -34,8 +34,9 @@ struct ScreenPoint {
     friend bool operator==(const ScreenPoint&, const ScreenPoint&) = default;
 };
 
-/// Shown from its creation to its destruction, as soon as there is a panel. An item may show an equal
-/// value again: callers compare first. Main thread.
+struct ItemState;
+
+/// Shown from its creation to its destruction, as soon as there is a panel. Main thread.
 class StatusItem {
 public:
     /// In which form a panel is given the face.
@@ -51,15 +52,20 @@ public:
     StatusItem& operator=(const StatusItem&) = delete;
     virtual ~StatusItem() = default;
 
-    virtual void setFace(const StatusFace& face) = 0;
-    /// May have several lines.
-    virtual void setToolTip(const std::string& text) = 0;
-    /// What assistive technology says of the item, after its name.
-    virtual void setAccessibilityValue(const std::string& text) = 0;
-    virtual void setForm(Form form) = 0;
+    virtual void show(const ItemState& state) = 0;
 
     /// Called at a click, with its place if the panel tells it.
     std::function<void(std::optional<ScreenPoint>)> onActivate;
+};
+
+/// All that the item shows.
+struct ItemState {
+    StatusFace face{};
+    StatusItem::Form form = StatusItem::Form::automatic;
+    std::string toolTip{};            ///< may have several lines
+    std::string accessibilityValue{}; ///< what assistive technology says of the item, after its name
+
+    friend bool operator==(const ItemState&, const ItemState&) = default;
 };
 
 } // namespace tarnwick

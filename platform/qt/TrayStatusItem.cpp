@@ -6,6 +6,8 @@
 #include <QCursor>
 #include <QTextDocument>
 
+#include <utility>
+
 namespace tarnwick {
 
 TrayStatusItem::TrayStatusItem(const FacePainter& painter, Ink ink) : painter_(painter), ink_(ink) {
@@ -14,28 +16,29 @@ TrayStatusItem::TrayStatusItem(const FacePainter& painter, Ink ink) : painter_(p
             onActivate(bottomCenter());
         }
     });
-    showFace();
+    drawFace();
     icon_.show();
 }
 
-void TrayStatusItem::setFace(const StatusFace& face) {
-    face_ = face;
-    showFace();
-}
-
-void TrayStatusItem::setToolTip(const std::string& text) {
-    // The toolkit takes some plain texts for markup: such a text is handed over as markup.
-    const QString plain = QString::fromStdString(text);
-    icon_.setToolTip(Qt::mightBeRichText(plain) ? Qt::convertFromPlainText(plain) : plain);
+void TrayStatusItem::show(const ItemState& state) {
+    const ItemState before = std::exchange(state_, state);
+    if (state.face != before.face) {
+        drawFace();
+    }
+    if (state.toolTip != before.toolTip) {
+        // The toolkit takes some plain texts for markup: such a text is handed over as markup.
+        const QString plain = QString::fromStdString(state.toolTip);
+        icon_.setToolTip(Qt::mightBeRichText(plain) ? Qt::convertFromPlainText(plain) : plain);
+    }
 }
 
 void TrayStatusItem::setInk(Ink ink) {
     ink_ = ink;
-    showFace();
+    drawFace();
 }
 
-void TrayStatusItem::showFace() {
-    icon_.setIcon(faceIcon(face_, painter_, ink_));
+void TrayStatusItem::drawFace() {
+    icon_.setIcon(faceIcon(state_.face, painter_, ink_));
 }
 
 std::optional<ScreenPoint> TrayStatusItem::bottomCenter() const {

@@ -15,24 +15,19 @@ public:
     /// The painter outlives the item.
     TrayStatusItem(const FacePainter& painter, Ink ink);
 
-    void setFace(const StatusFace& face) override;
-    void setToolTip(const std::string& text) override;
-
-    /// Nothing to do: the tray's protocol has no such text.
-    void setAccessibilityValue(const std::string& /*text*/) override {}
-
-    /// Nothing to do: the tray has square places only.
-    void setForm(Form /*form*/) override {}
+    /// Without the text for assistive technology, which the tray's protocol lacks, and always square: a tray
+    /// has no other places. Redraws only a face that differs.
+    void show(const ItemState& state) override;
 
     /// Most trays do not publish their color, so the caller chooses the ink.
     void setInk(Ink ink);
 
 private:
-    void showFace();
+    void drawFace();
     [[nodiscard]] std::optional<ScreenPoint> bottomCenter() const;
 
     const FacePainter& painter_;
-    StatusFace face_;
+    ItemState state_;
     Ink ink_;
     QSystemTrayIcon icon_;
 };

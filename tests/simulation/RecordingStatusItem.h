@@ -1,4 +1,4 @@
-// A status item without a panel: it records the calls.
+// A status item without a panel: it records what it shows.
 #pragma once
 
 #include "platform/ports/StatusItem.h"
@@ -10,13 +10,13 @@ namespace tarnwick::simulation {
 /// Every character of a text is ten points wide.
 class RecordingStatusItem final : public StatusItem {
 public:
-    void setFace(const StatusFace& face) override { faces.push_back(face); }
-
-    void setToolTip(const std::string& text) override { toolTips.push_back(text); }
-
-    void setAccessibilityValue(const std::string& text) override { accessibilityValues.push_back(text); }
-
-    void setForm(Form form) override { forms.push_back(form); }
+    void show(const ItemState& state) override {
+        ++touches;
+        add(faces, state.face);
+        add(toolTips, state.toolTip);
+        add(accessibilityValues, state.accessibilityValue);
+        add(forms, state.form);
+    }
 
     /// Measures titles as the item would draw them.
     [[nodiscard]] double textWidth(const std::string& text) {
@@ -31,16 +31,21 @@ public:
         return width;
     }
 
-    /// The number of calls.
-    [[nodiscard]] std::size_t touches() const {
-        return faces.size() + toolTips.size() + accessibilityValues.size() + forms.size();
-    }
-
+    int touches = 0; ///< the number of calls
+    // Each value that differs from the one before it.
     std::vector<StatusFace> faces;
     std::vector<std::string> toolTips;
     std::vector<std::string> accessibilityValues;
     std::vector<Form> forms;
     int measured = 0;
+
+private:
+    template<class T>
+    static void add(std::vector<T>& values, const T& value) {
+        if (values.empty() || values.back() != value) {
+            values.push_back(value);
+        }
+    }
 };
 
 } // namespace tarnwick::simulation

@@ -139,7 +139,7 @@ TEST_F(StatusItemControllerTest, WithTheIconAloneAnUnchangedBarCountSetsTheImage
 
 TEST_F(StatusItemControllerTest, PingsWithUnchangedBarsAndTextDoNotTouchTheItem) {
     showFor(5.5);
-    const std::size_t touches = item.touches();
+    const int touches = item.touches;
 
     // The latency changes with every ping, the text that is made of it does not.
     for (int second = 0; second < 60; ++second) {
@@ -148,28 +148,44 @@ TEST_F(StatusItemControllerTest, PingsWithUnchangedBarsAndTextDoNotTouchTheItem)
     }
 
     EXPECT_GT(network.sent().size(), 60U);
-    EXPECT_EQ(item.touches(), touches);
+    EXPECT_EQ(item.touches, touches);
+}
+
+TEST_F(StatusItemControllerTest, AReplyThatChangesFaceAndTextsTouchesTheItemOnce) {
+    showFor(5.5);
+    const int touches = item.touches;
+    const std::size_t faces = item.faces.size();
+    const std::size_t toolTips = item.toolTips.size();
+    const std::size_t spoken = item.accessibilityValues.size();
+
+    answerAfter(0.077);
+    loop.advance(1);
+
+    EXPECT_EQ(item.faces.size(), faces + 1);
+    EXPECT_EQ(item.toolTips.size(), toolTips + 1);
+    EXPECT_EQ(item.accessibilityValues.size(), spoken + 1);
+    EXPECT_EQ(item.touches, touches + 1);
 }
 
 TEST_F(StatusItemControllerTest, ABurstOfChangesCostsOneRedraw) {
     showFor(5.5);
-    const std::size_t faces = item.faces.size();
+    const int touches = item.touches;
 
     prefs.setDisplay(Display::iconOnly);
     prefs.setDisplay(Display::textOnly);
     prefs.setLossTextMode(LossMode::always);
     loop.runPending();
 
-    EXPECT_EQ(item.faces.size(), faces + 1);
+    EXPECT_EQ(item.touches, touches + 1);
 }
 
 TEST_F(StatusItemControllerTest, AChangeIsDrawnFromTheQueueNotInTheMiddleOfIt) {
     showFor(5.5);
-    const std::size_t faces = item.faces.size();
+    const int touches = item.touches;
 
     prefs.setDisplay(Display::iconOnly);
 
-    EXPECT_EQ(item.faces.size(), faces);
+    EXPECT_EQ(item.touches, touches);
 }
 
 TEST_F(StatusItemControllerTest, TheWidestTextsAreMeasuredOncePerDigitCount) {

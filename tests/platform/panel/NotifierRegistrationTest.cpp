@@ -79,7 +79,8 @@ TEST_F(NotifierRegistrationTest, TellingOfAChangeIsNotTakenForReading) {
     const Panel& panel = addPanel();
     makeItem("", 2 * patience);
     ASSERT_TRUE(runUntilRegistered(panel));
-    item_->setAccessibilityValue("Good");
+    state_.accessibilityValue = "Good";
+    item_->show(state_);
 
     EXPECT_TRUE(runUntilRegistered(panel, 2));
 }

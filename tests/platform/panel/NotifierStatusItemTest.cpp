@@ -23,7 +23,7 @@ const StatusFace otherBars{
 struct Change {
     std::string name;
     std::string panel;
-    std::function<void(NotifierStatusItem&)> change;
+    std::function<void(ItemState&)> change;
     std::vector<std::string> told;
 
     friend void PrintTo(const Change& printed, std::ostream* out) { *out << printed.name; }
@@ -77,7 +77,7 @@ TEST_F(NotifierStatusItemTest, AWideIconKeepsItsHeight) {
 TEST_F(NotifierStatusItemTest, NothingIsPaintedUntilAPanelReadsTheIcon) {
     showIn("lxqt-panel");
 
-    item_->setFace(textFace);
+    showFace(textFace);
     ASSERT_TRUE(runUntilHeardBy(panels_.front()->peer));
 
     EXPECT_EQ(painter_.paintings, 0);
@@ -85,7 +85,7 @@ TEST_F(NotifierStatusItemTest, NothingIsPaintedUntilAPanelReadsTheIcon) {
 
 TEST_F(NotifierStatusItemTest, TheToolTipHasTitleAndText) {
     showIn("xfce4-panel");
-    item_->setToolTip("example.org\n42 ms");
+    showToolTip("example.org\n42 ms");
 
     const auto toolTip = std::get<ToolTip>(properties().at("ToolTip"));
 
@@ -95,7 +95,7 @@ TEST_F(NotifierStatusItemTest, TheToolTipHasTitleAndText) {
 
 TEST_F(NotifierStatusItemTest, TheLabelGoesToEveryPanel) {
     showIn("lxqt-panel");
-    item_->setFace(textFace);
+    showFace(textFace);
 
     const Properties values = properties();
 
@@ -106,7 +106,7 @@ TEST_F(NotifierStatusItemTest, TheLabelGoesToEveryPanel) {
 TEST_F(NotifierStatusItemTest, TextThatIsNoTextDoesNotCostTheConnection) {
     showIn("xfce4-panel");
 
-    item_->setToolTip("host \xFF\xFE");
+    showToolTip("host \xFF\xFE");
 
     EXPECT_EQ(std::get<3>(std::get<ToolTip>(properties().at("ToolTip"))), "host \uFFFD\uFFFD");
 }
@@ -120,42 +120,48 @@ TEST_F(NotifierStatusItemTest, TheIconGoesByNameWhereThePanelRecolorsIt) {
 TEST_F(NotifierStatusItemTest, AssistiveTechnologyIsToldTheValue) {
     showIn("gnome-shell");
 
-    item_->setAccessibilityValue("Excellent");
+    state_.accessibilityValue = "Excellent";
+    item_->show(state_);
 
     EXPECT_EQ(text("IconAccessibleDesc"), "Tarnwick: Excellent");
 }
 
 TEST_P(ToldChange, IsToldToThePanelThatShowsTheItem) {
     showIn(GetParam().panel);
-    item_->setFace(textFace);
-    item_->setToolTip("42 ms");
+    showFace(textFace);
+    showToolTip("42 ms");
 
-    EXPECT_EQ(signalsAfter([this] { GetParam().change(*item_); }), GetParam().told);
+    EXPECT_EQ(
+        signalsAfter([this] {
+            GetParam().change(state_);
+            item_->show(state_);
+        }),
+        GetParam().told);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     NotifierStatusItemTest, ToldChange,
     testing::Values(
-        Change{"SameFace", "xfce4-panel", [](auto& item) { item.setFace(textFace); }, {}},
-        Change{"SameToolTip", "xfce4-panel", [](auto& item) { item.setToolTip("42 ms"); }, {}},
-        Change{"IconAlone", "xfce4-panel", [](auto& item) { item.setFace(otherBars); }, {"NewIcon"}},
+        Change{"SameFace", "xfce4-panel", [](auto& state) { state.face = textFace; }, {}},
+        Change{"SameToolTip", "xfce4-panel", [](auto& state) { state.toolTip = "42 ms"; }, {}},
+        Change{"IconAlone", "xfce4-panel", [](auto& state) { state.face = otherBars; }, {"NewIcon"}},
         Change{
             "TitleAtALabel",
             "gnome-shell",
-            [](auto& item) { item.setFace(otherText); },
+            [](auto& state) { state.face = otherText; },
             {"XAyatanaNewLabel"}},
         Change{
             "FigureInASquare",
             "xfce4-panel",
-            [](auto& item) { item.setFace(otherText); },
+            [](auto& state) { state.face = otherText; },
             {"NewIcon", "XAyatanaNewLabel"}},
-        Change{"ToolTip", "xfce4-panel", [](auto& item) { item.setToolTip("43 ms"); }, {"NewToolTip"}},
+        Change{"ToolTip", "xfce4-panel", [](auto& state) { state.toolTip = "43 ms"; }, {"NewToolTip"}},
         Change{
             "SpokenValue",
             "xfce4-panel",
-            [](auto& item) { item.setAccessibilityValue("Good"); },
+            [](auto& state) { state.accessibilityValue = "Good"; },
             {"PropertiesChanged", "IconAccessibleDesc"}},
-        Change{"Form", "lxqt-panel", [](auto& item) { item.setForm(Form::wide); }, {"NewIcon"}}),
+        Change{"Form", "lxqt-panel", [](auto& state) { state.form = Form::wide; }, {"NewIcon"}}),
     test::caseName);
 
 TEST_F(NotifierStatusItemTest, WhereThePanelsColorIsUnknownTheFallbackHolds) {
@@ -224,7 +230,7 @@ TEST_F(NotifierStatusItemTest, CallsWithWrongArgumentsAreErrors) {
 
 TEST_F(NotifierStatusItemTest, AnotherPanelIsToldTheItemInItsOwnForm) {
     showIn("kded5");
-    item_->setFace(textFace);
+    showFace(textFace);
     process_ = "waybar";
     Panel& panel = *panels_.front();
 

@@ -76,7 +76,17 @@ protected:
             .processName = [this](unsigned) { return process_; },
             .registrationPatience = registrationPatience,
         });
-        item_->setFace({.activeBars = 2});
+        showFace({.activeBars = 2});
+    }
+
+    void showFace(const StatusFace& face) {
+        state_.face = face;
+        item_->show(state_);
+    }
+
+    void showToolTip(const std::string& text) {
+        state_.toolTip = text;
+        item_->show(state_);
     }
 
     /// With a panel that is called as `process` and has taken the item.
@@ -136,6 +146,7 @@ protected:
     std::string process_;
     std::vector<std::unique_ptr<Panel>> panels_;
     std::optional<NotifierStatusItem> item_;
+    ItemState state_; ///< that the item shows
 };
 
 inline const StatusFace textFace{

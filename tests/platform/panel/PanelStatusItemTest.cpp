@@ -20,13 +20,7 @@ public:
 
     ~TrayItem() override { --alive_; }
 
-    void setFace(const StatusFace& face) override { shown_.setFace(face); }
-
-    void setToolTip(const std::string& text) override { shown_.setToolTip(text); }
-
-    void setAccessibilityValue(const std::string& text) override { shown_.setAccessibilityValue(text); }
-
-    void setForm(Form /*form*/) override {}
+    void show(const ItemState& state) override { shown_.show(state); }
 
 private:
     RecordingStatusItem& shown_;
@@ -64,32 +58,31 @@ protected:
     std::unique_ptr<PanelStatusItem> item;
 };
 
-const StatusFace threeBars{.activeBars = 3};
+const ItemState threeBars{.face = {.activeBars = 3}, .toolTip = "tip", .accessibilityValue = "Good"};
 
 } // namespace
 
 TEST_F(PanelStatusItemTest, WithAWatcherThereIsNoTrayItem) {
     hasWatcher = true;
     make();
-    item->setFace(threeBars);
+    item->show(threeBars);
     loop.advance(60);
 
     EXPECT_EQ(trayItems, 0);
-    EXPECT_THAT(notifier.faces, testing::ElementsAre(threeBars));
+    EXPECT_THAT(notifier.faces, testing::ElementsAre(threeBars.face));
     EXPECT_TRUE(said.empty());
 }
 
 TEST_F(PanelStatusItemTest, WithoutAWatcherTheTrayTakesOverAfterAWhile) {
     make();
-    item->setFace(threeBars);
-    item->setToolTip("tip");
+    item->show(threeBars);
     loop.advance(1.9);
     EXPECT_EQ(trayItems, 0);
 
     loop.advance(0.2);
 
     EXPECT_EQ(trayItems, 1);
-    EXPECT_THAT(tray.faces, testing::ElementsAre(threeBars));
+    EXPECT_THAT(tray.faces, testing::ElementsAre(threeBars.face));
     EXPECT_THAT(tray.toolTips, testing::ElementsAre("tip"));
     EXPECT_TRUE(said.empty());
 }
@@ -128,13 +121,11 @@ TEST_F(PanelStatusItemTest, WhenTheWatcherGoesForGoodTheTrayTakesOver) {
 TEST_F(PanelStatusItemTest, TheTrayItemFollowsChanges) {
     make();
     loop.advance(3);
-    item->setFace(threeBars);
-    item->setToolTip("tip");
-    item->setAccessibilityValue("Good");
+    item->show(threeBars);
 
-    EXPECT_THAT(tray.faces, testing::ElementsAre(threeBars));
-    EXPECT_EQ(tray.toolTips.back(), "tip");
-    EXPECT_EQ(tray.accessibilityValues.back(), "Good");
+    EXPECT_EQ(tray.faces.back(), threeBars.face);
+    EXPECT_EQ(tray.toolTips.back(), threeBars.toolTip);
+    EXPECT_EQ(tray.accessibilityValues.back(), threeBars.accessibilityValue);
 }
 
 TEST_F(PanelStatusItemTest, ClicksComeFromEitherPlace) {
