@@ -52,16 +52,9 @@ void Monitor::pingIntervalChanged() {
 
 void Monitor::restoreDefaults() {
     const Event event(*this);
-    const std::string hostBefore = host_;
-    const double intervalBefore = pingInterval_;
+    saveStats();
     prefs_.restoreDefaults();
-    // A changed host or interval has been acted on by now.
-    if (host_ == hostBefore) {
-        saveStatsOf(host_, FileStore::Durability::powerCut);
-    }
-    if (pingInterval_ == intervalBefore) {
-        pingIntervalChanged(); // the watchdog takes the default time-out
-    }
+    pingIntervalChanged(); // even if only the time-out differs: the watchdog takes it over here
 }
 
 void Monitor::resetSessionStats() {
