@@ -45,6 +45,7 @@ StatsRecorder::Saved StatsRecorder::save(
         if (before == State::otherRecords || isFromAnotherWriter(present)) {
             onDisk_ = present;
             allTimeStats_ = std::move(present);
+            written_.reset();
             return Saved::tookOver;
         }
     }
@@ -63,18 +64,16 @@ bool StatsRecorder::isFromAnotherWriter(const StatsByHost& present) const {
 void StatsRecorder::write(FileStore::Durability durability) {
     StatsByHost figures = allTimeStats_;
     std::erase_if(figures, [](const auto& entry) { return entry.second.isEmpty(); });
-    const bool isAsDurable = durability <= lastDurability_;
-    if (hasWritten_ && figures == onDisk_ && isAsDurable) {
+    if (written_ && durability <= *written_ && figures == onDisk_) {
         return; // nothing has been counted since
     }
-    if (!hasWritten_ && store_.keepAsideIfUnreadable()) {
+    if (!written_ && store_.keepAsideIfUnreadable()) {
         return;
     }
     if (store_.save(figures, durability)) {
         return;
     }
-    hasWritten_ = true;
-    lastDurability_ = durability;
+    written_ = durability;
     onDisk_ = std::move(figures);
 }
 

@@ -5,6 +5,7 @@
 #include "core/Storage/StatsLock.h"
 #include "core/Storage/StatsStore.h"
 
+#include <optional>
 #include <string>
 
 namespace tarnwick {
@@ -17,8 +18,9 @@ public:
     using State = Recording;
 
     enum class Saved {
-        asTold,   ///< the counter stands, written or not
-        tookOver, ///< this process has just become the writer: the figures on disk replace those told
+        asTold,   ///< the counter passed in still holds, written or not
+        tookOver, ///< this process has just become the writer: read `figures` again, the ones on disk replace
+                  ///< the counter passed in
     };
 
     explicit StatsRecorder(StatsStore store);
@@ -41,9 +43,8 @@ private:
     StatsLock lock_;
     State state_ = State::cannotRecord;
     StatsByHost allTimeStats_;
-    StatsByHost onDisk_; ///< as last read or written here
-    bool hasWritten_ = false;
-    FileStore::Durability lastDurability_ = FileStore::Durability::crash;
+    StatsByHost onDisk_;                           ///< as last read or written here
+    std::optional<FileStore::Durability> written_; ///< of the file; none: another process wrote it
 };
 
 } // namespace tarnwick

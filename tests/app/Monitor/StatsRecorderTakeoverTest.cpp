@@ -61,6 +61,19 @@ TEST_F(StatsRecorderTakeoverTest, AfterATakeoverItWritesWhatItIsTold) {
     EXPECT_EQ(store.load().at(host), sent(12));
 }
 
+TEST_F(StatsRecorderTakeoverTest, FiguresTakenOverAreWrittenAgainToOutliveAPowerCut) {
+    start(first).save(host, sent(10), forThePowerCut);
+    std::filesystem::remove(store.url.string() + ".lock");
+    start(second).save(host, sent(11), forTheCrash);
+    second.reset();
+    ASSERT_EQ(first->save(host, sent(12), forThePowerCut), Saved::tookOver);
+    const ino_t takenOver = fileNumber();
+
+    first->save(host, sent(11), forThePowerCut);
+
+    EXPECT_NE(fileNumber(), takenOver);
+}
+
 TEST_F(StatsRecorderTakeoverTest, ATakeoverDropsTheFiguresOfOtherHosts) {
     start(first).save(host, sent(10), forTheCrash);
     start(second).save(otherHost, sent(3), forTheCrash);
