@@ -34,8 +34,6 @@ ConnectionWatchdog::Config watchdogConfig(const Preferences& prefs) {
 
 Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
     : prefs_(prefs),
-      host_(prefs.hostname()),
-      pingInterval_(prefs.pingInterval()),
       loop_(environment.loop),
       network_(environment.network),
       pathMonitor_(environment.path),
@@ -60,7 +58,7 @@ void Monitor::publish() {
 }
 
 void Monitor::start() {
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     host_ = prefs_.hostname();
     pingInterval_ = prefs_.pingInterval();
     recorder_.load();
@@ -80,7 +78,7 @@ void Monitor::saveStats(FileStore::Durability durability) {
 }
 
 void Monitor::saveStatsOf(const std::string& host, FileStore::Durability durability) {
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     const auto saved = recorder_.save(host, measured_.ledger.site(), durability);
     if (saved == StatsRecorder::Saved::tookOver) {
         measured_.ledger.resetSite(recorder_.figures(host));
@@ -121,7 +119,7 @@ void Monitor::sendPing() {
     if (!pinger_) {
         return;
     }
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     const std::uint64_t id = nextPingId_++;
     const RunLoop::WallTime date = loop_.wallNow();
     lastPingSent_ = loop_.now();
@@ -148,7 +146,7 @@ void Monitor::forgetOldSamples(RunLoop::WallTime now) {
 }
 
 void Monitor::handle(const Pinger::Event& happened) {
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     const Overloaded visitor{
         [this](const Pinger::Started& started) { pingingStarted(started.address); },
         [this](const Pinger::Switched& switched) { measured_.resolvedAddress = switched.address.display; },

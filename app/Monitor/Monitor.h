@@ -101,17 +101,17 @@ private:
     /// Drops the bookings of pings that have left the window: their outcome is never counted.
     void forgetUnsettledBookings();
 
-    /// One event, as long as it exists: publishes its outcome at the end. An event inside another one, such
-    /// as a sending that fails over to the next address, is part of it.
-    class Event {
+    /// Publishes the reading when the outermost one is destroyed. They nest: a send that switches to another
+    /// address belongs to the event that sent.
+    class PublishAtEnd {
     public:
-        explicit Event(Monitor& monitor) : monitor_(monitor) { ++monitor_.openEvents_; }
+        explicit PublishAtEnd(Monitor& monitor) : monitor_(monitor) { ++monitor_.openEvents_; }
 
-        Event(const Event&) = delete;
-        Event& operator=(const Event&) = delete;
+        PublishAtEnd(const PublishAtEnd&) = delete;
+        PublishAtEnd& operator=(const PublishAtEnd&) = delete;
 
         // Only a lack of memory could throw, and it ends the program anyway.
-        ~Event() { // NOLINT(bugprone-exception-escape)
+        ~PublishAtEnd() { // NOLINT(bugprone-exception-escape)
             if (--monitor_.openEvents_ == 0) {
                 monitor_.publish();
             }
@@ -140,8 +140,9 @@ private:
     void pathChanged(const std::string& key);
 
     Preferences& prefs_;
-    std::string host_;    ///< of the preferences, as the monitor last acted on it
-    double pingInterval_; ///< the same
+    // The host and the interval that the monitor last acted on.
+    std::string host_;
+    double pingInterval_ = 0;
     RunLoop& loop_;
     PingNetwork& network_;
     PathMonitor& pathMonitor_;
@@ -160,7 +161,7 @@ private:
     std::uint16_t identifier_;
     std::optional<double> lastPingSent_; ///< monotonic: setting the wall clock must not hold up pinging
     std::uint64_t nextPingId_;
-    int openEvents_ = 0; ///< those that have begun and not ended
+    int openEvents_ = 0; ///< instances of `PublishAtEnd`
     int tickCount_ = 0;  ///< since the last periodic save
     bool asleep_ = false;
     std::optional<std::string> lastPathKey_;

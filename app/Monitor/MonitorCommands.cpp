@@ -12,7 +12,7 @@ void Monitor::setHostname(const std::string& text) {
 }
 
 void Monitor::settingsChanged() {
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     watchdog_.setAlertsEnabled(prefs_.showNotifications());
     if (prefs_.hostname() != host_) {
         saveStatsOf(host_, FileStore::Durability::powerCut);
@@ -51,19 +51,19 @@ void Monitor::pingIntervalChanged() {
 }
 
 void Monitor::restoreDefaults() {
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     saveStats();
     prefs_.restoreDefaults();
     pingIntervalChanged(); // even if only the time-out differs: the watchdog takes it over here
 }
 
 void Monitor::resetSessionStats() {
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     measured_.ledger.resetSession();
 }
 
 void Monitor::resetAllTimeStats() {
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     // Before the reset: a save may take over the figures of another writer, and these are to be reset too.
     saveStatsOf(prefs_.hostname(), FileStore::Durability::powerCut);
     measured_.ledger.resetSite({});

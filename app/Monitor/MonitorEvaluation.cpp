@@ -23,7 +23,7 @@ void Monitor::tick() {
 }
 
 void Monitor::judge(double now) {
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     carryOut(watchdog_.tick(now));
     evaluate(now);
     if (++tickCount_ == ticksBetweenSaves) {
@@ -39,7 +39,7 @@ void Monitor::evaluate(double now) {
     }
     forgetUnsettledBookings();
     measured_.lossIsKnown = !pending_.empty();
-    measured_.lossPercent = measured_.lossIsKnown ? evaluation.lossPercent : 0;
+    measured_.lossPercent = evaluation.lossPercent;
     // Without a new score the last one stays.
     if (evaluation.score) {
         measured_.score = evaluation.score;

@@ -30,7 +30,7 @@ void Monitor::observeSystemEvents() {
 }
 
 void Monitor::willSleep() {
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     asleep_ = true;
     pathWork_.reset();
     stopPinging();
@@ -41,14 +41,14 @@ void Monitor::willSleep() {
 }
 
 void Monitor::didWake() {
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     asleep_ = false;
     refreshWatchdogConfig();
     carryOut(watchdog_.reset(loop_.now(), restartAfterWake, false));
 }
 
 void Monitor::pathUpdated(const NetworkPath& path) {
-    const Event event(*this);
+    const PublishAtEnd publishAtEnd(*this);
     measured_.pathSatisfied = path.satisfied;
     pathChanged(pathKey(path));
 }
@@ -57,10 +57,8 @@ void Monitor::pathChanged(const std::string& key) {
     // The first update is no change: there is nothing to compare it with.
     if (lastPathKey_ && *lastPathKey_ != key && !asleep_) {
         pathWork_ = loop_.after(pathDebounce, [this] {
-            if (!asleep_) {
-                const Event event(*this);
-                carryOut(watchdog_.networkChanged(loop_.now()));
-            }
+            const PublishAtEnd publishAtEnd(*this);
+            carryOut(watchdog_.networkChanged(loop_.now()));
         });
     }
     lastPathKey_ = key;
