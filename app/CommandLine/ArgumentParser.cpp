@@ -19,7 +19,10 @@ ArgumentParser::ArgumentParser(const std::vector<std::string>& arguments, std::s
 
 int ArgumentParser::next() {
     const int count = static_cast<int>(pointers_.size()) - 1;
-    return getopt_long(count, pointers_.data(), ":", known_.data(), nullptr);
+    const int found = getopt_long(count, pointers_.data(), ":", known_.data(), nullptr);
+    // The library returns the same for an unknown option and for an unwanted value; only the value has an
+    // option.
+    return found == '?' && optopt >= firstOption ? unwantedValue : found;
 }
 
 std::string ArgumentParser::culprit() const {
@@ -27,7 +30,8 @@ std::string ArgumentParser::culprit() const {
         return {'-', static_cast<char>(optopt)};
     }
     const auto position = static_cast<std::size_t>(optind) - 1;
-    return position < pointers_.size() - 1 ? pointers_[position] : "";
+    const std::string argument = position < pointers_.size() - 1 ? pointers_[position] : "";
+    return optopt >= firstOption ? argument.substr(0, argument.find('=')) : argument;
 }
 
 std::vector<std::string> ArgumentParser::rest() const {

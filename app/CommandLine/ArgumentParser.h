@@ -16,6 +16,7 @@ class ArgumentParser {
 public:
     static constexpr int endOfOptions = -1;
     static constexpr int missingValue = ':';
+    static constexpr int unwantedValue = '=';
 
     /// The first value for options of `known`, above those of all letters.
     static constexpr int firstOption = 256;
@@ -26,13 +27,14 @@ public:
     ArgumentParser(const ArgumentParser&) = delete;
     ArgumentParser& operator=(const ArgumentParser&) = delete;
 
-    /// The value in `known` of the next option, `missingValue` or `endOfOptions`; another number for an
-    /// unknown option.
+    /// The value in `known` of the next option, `missingValue`, `unwantedValue` or `endOfOptions`; another
+    /// number for an unknown option.
     int next();
 
     [[nodiscard]] static std::string value() { return optarg; }
 
-    /// The option that the latest error is about: a single letter, else the whole argument.
+    /// The option that the latest error is about: a single letter, else the whole argument, without an
+    /// unwanted value.
     [[nodiscard]] std::string culprit() const;
 
     [[nodiscard]] std::vector<std::string> rest() const;

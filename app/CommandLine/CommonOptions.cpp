@@ -23,6 +23,8 @@ std::optional<UsageError> CommonOptions::apply(int letter, const ArgumentParser&
     }
     case ArgumentParser::missingValue:
         return UsageError{parser.culprit() + " needs a value"};
+    case ArgumentParser::unwantedValue:
+        return UsageError{parser.culprit() + " takes no value"};
     default:
         return UsageError{"unknown option " + quoted(parser.culprit())};
     }

@@ -77,6 +77,7 @@ TEST(AppOptions, WhatIsUnknownIsNamed) {
 TEST(AppOptions, AMissingOrWrongValueIsNamed) {
     EXPECT_EQ(appRefusal({"--set"}), "--set needs a value");
     EXPECT_EQ(appRefusal({"--set", "ShowIcon=2"}), "ShowIcon must be true or false, not \"2\"");
+    EXPECT_EQ(appRefusal({"--help=me"}), "--help takes no value");
 }
 
 } // namespace tarnwick

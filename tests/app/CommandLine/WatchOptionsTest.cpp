@@ -121,10 +121,11 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Value, RefusedCommandLine,
     testing::Values(
-        Refused{{"--json=yes"}, "--json"}, Refused{{"--for"}, "--for"}, Refused{{"--json", "--set"}, "--set"},
-        Refused{{"--for", "long"}, "long"}, Refused{{"--for", "0"}, "--for"}, Refused{{"--for", "-5"}, "-5"},
-        Refused{{"--for", "inf"}, "inf"}, Refused{{"--for", ""}, "--for"}, Refused{{"--for", "nan"}, "nan"},
-        Refused{{"--for", "5s"}, "5s"}, Refused{{"--for", "0x10"}, "0x10"}));
+        Refused{{"--json=yes"}, "--json takes no value"}, Refused{{"--for"}, "--for"},
+        Refused{{"--json", "--set"}, "--set"}, Refused{{"--for", "long"}, "long"},
+        Refused{{"--for", "0"}, "--for"}, Refused{{"--for", "-5"}, "-5"}, Refused{{"--for", "inf"}, "inf"},
+        Refused{{"--for", ""}, "--for"}, Refused{{"--for", "nan"}, "nan"}, Refused{{"--for", "5s"}, "5s"},
+        Refused{{"--for", "0x10"}, "0x10"}));
 INSTANTIATE_TEST_SUITE_P(
     Host, RefusedCommandLine,
     testing::Values(
