@@ -10,7 +10,6 @@
 #include <QScreen>
 #include <QSystemTrayIcon>
 
-#include <csignal>
 #include <cstdio>
 
 namespace tarnwick {
@@ -54,13 +53,8 @@ void say(const std::string& text) {
 AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
     : loop_(loop),
       bus_(bus),
-      settings_(loop, SettingsFile::defaultPath()),
-      prefs_([&]() -> UserDefaults& {
-          for (const auto& [key, value] : setup.settings) {
-              settings_.setVolatile(key, value);
-          }
-          return settings_;
-      }()),
+      settings_(loop, SettingsFile::defaultPath(), setup.settings),
+      prefs_(settings_),
       network_(loop),
       path_(loop),
       systemBus_(loop, BusConnection::systemAddress()),

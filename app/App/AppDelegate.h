@@ -3,7 +3,6 @@
 
 #include "app/App/DesktopWindows.h"
 #include "app/App/SettingsWindow.h"
-#include "app/CommandLine/SettingArgument.h"
 #include "app/Monitor/Monitor.h"
 #include "app/StatusItemController/Painting/QtFacePainter.h"
 #include "app/StatusItemController/PanelMenuText.h"
@@ -26,7 +25,6 @@
 #include <csignal>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace tarnwick {
 
@@ -37,7 +35,7 @@ public:
     static constexpr auto terminationSignals = {SIGTERM, SIGINT};
 
     struct Setup {
-        std::vector<Setting> settings; ///< for this run only
+        UserDefaults::Table settings; ///< for this run only
         std::string version;
         std::string iconFolder; ///< an icon theme with the program's own icons
     };

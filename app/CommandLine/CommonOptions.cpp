@@ -18,7 +18,8 @@ std::optional<UsageError> CommonOptions::apply(int letter, const ArgumentParser&
         if (auto* error = std::get_if<UsageError>(&setting)) {
             return std::move(*error);
         }
-        settings.push_back(std::get<Setting>(std::move(setting)));
+        auto& [key, value] = std::get<Setting>(setting);
+        settings.insert_or_assign(std::move(key), std::move(value));
         return std::nullopt;
     }
     case ArgumentParser::missingValue:

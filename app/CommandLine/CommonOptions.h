@@ -5,7 +5,6 @@
 #include "app/CommandLine/SettingArgument.h"
 
 #include <optional>
-#include <vector>
 
 namespace tarnwick {
 
@@ -19,8 +18,7 @@ struct CommonOptions {
 
     bool help = false;
     bool version = false;
-    /// For this run only, in the given order.
-    std::vector<Setting> settings;
+    UserDefaults::Table settings; ///< for this run only; of a key given twice the last value
 
     /// Applies what the parser has found, unless it is one of the program's own options. Returns an error.
     [[nodiscard]] std::optional<UsageError> apply(int letter, const ArgumentParser& parser);

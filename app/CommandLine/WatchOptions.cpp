@@ -72,7 +72,7 @@ std::variant<WatchOptions, UsageError> parseWatchOptions(const std::vector<std::
         if (!value) {
             return UsageError{"HOST must be a host name or address, not " + quoted(host)};
         }
-        options.settings.emplace_back(PreferenceKey::hostname, *value);
+        options.settings.insert_or_assign(PreferenceKey::hostname, *value);
     }
     return options;
 }

@@ -10,7 +10,7 @@
 
 namespace tarnwick {
 
-/// A HOST argument becomes the last of the settings.
+/// A HOST argument becomes a setting, and replaces one of `--set`.
 struct WatchOptions : CommonOptions {
     bool json = false;
     std::optional<double> forSeconds;

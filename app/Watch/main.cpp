@@ -48,13 +48,8 @@ std::unique_ptr<Presentation> makePresentation(
 /// The model and all that it needs from the system.
 class Service {
 public:
-    explicit Service(const std::vector<Setting>& forThisRun)
-        : prefs_([&]() -> UserDefaults& {
-              for (const auto& [key, value] : forThisRun) {
-                  settings_.setVolatile(key, value);
-              }
-              return settings_;
-          }()) {}
+    explicit Service(UserDefaults::Table forThisRun)
+        : settings_(loop_, SettingsFile::defaultPath(), std::move(forThisRun)) {}
 
     [[nodiscard]] EpollRunLoop& loop() { return loop_; }
 
@@ -62,8 +57,8 @@ public:
 
 private:
     EpollRunLoop loop_;
-    SettingsFile settings_{loop_, SettingsFile::defaultPath()};
-    Preferences prefs_;
+    SettingsFile settings_;
+    Preferences prefs_{settings_};
     SystemPingNetwork network_{loop_};
     RoutePathMonitor path_{loop_};
     BusConnection systemBus_{loop_, BusConnection::systemAddress()};

@@ -72,8 +72,11 @@ struct SettingsFile::Stored {
     }
 };
 
-SettingsFile::SettingsFile(RunLoop& loop, std::filesystem::path path)
-    : loop_(loop), path_(std::move(path)), stored_(std::make_unique<Stored>()) {
+SettingsFile::SettingsFile(RunLoop& loop, std::filesystem::path path, Table forThisRun)
+    : loop_(loop),
+      path_(std::move(path)),
+      forThisRun_(std::move(forThisRun)),
+      stored_(std::make_unique<Stored>()) {
     reload();
 }
 
@@ -100,10 +103,6 @@ bool SettingsFile::reload() {
     return true;
 }
 
-void SettingsFile::setVolatile(const std::string& key, const Value& value) {
-    volatile_[key] = value;
-}
-
 void SettingsFile::registerDefaults(const Table& defaults) {
     for (const auto& [key, value] : defaults) {
         registered_[key] = value;
@@ -112,7 +111,7 @@ void SettingsFile::registerDefaults(const Table& defaults) {
 
 template<class T>
 std::optional<T> SettingsFile::find(const std::string& key) const {
-    if (const auto value = valueIn<T>(volatile_, key)) {
+    if (const auto value = valueIn<T>(forThisRun_, key)) {
         return value;
     }
     const Json* stored = stored_->find(key);
@@ -135,13 +134,13 @@ std::optional<std::string> SettingsFile::text(const std::string& key) const {
 }
 
 void SettingsFile::set(const std::string& key, const Value& value) {
-    volatile_.erase(key);
+    forThisRun_.erase(key);
     stored_->unsaved[key] = std::visit([](const auto& held) { return Json(held); }, value);
     changed();
 }
 
 void SettingsFile::remove(const std::string& key) {
-    volatile_.erase(key);
+    forThisRun_.erase(key);
     stored_->unsaved[key] = std::nullopt;
     changed();
 }

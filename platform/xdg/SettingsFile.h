@@ -1,4 +1,4 @@
-// The user's settings as a JSON object in a file. Registered defaults lie below it, volatile values above.
+// The user's settings as a JSON object in a file. Registered defaults lie below it, values for one run above.
 #pragma once
 
 #include "core/RunLoop.h"
@@ -17,8 +17,9 @@ public:
     /// Seconds from the first unwritten change to the next write.
     static constexpr double writeDelay = 0.2;
 
-    /// `loop` outlives it.
-    SettingsFile(RunLoop& loop, std::filesystem::path path);
+    /// `loop` outlives it. The values `forThisRun` lie above the stored ones and are never written; storing
+    /// or removing a key ends its value.
+    SettingsFile(RunLoop& loop, std::filesystem::path path, Table forThisRun = {});
     /// Writes what is not written yet.
     ~SettingsFile() override;
 
@@ -28,9 +29,6 @@ public:
     /// Takes over changes that other programs have made in the file; returns whether there are any. A text
     /// that is no JSON object, such as a half-written one, changes nothing.
     bool reload();
-
-    /// Holds for this run, above the stored value, and is never written. Storing or removing the key ends it.
-    void setVolatile(const std::string& key, const Value& value);
 
     void registerDefaults(const Table& defaults) override;
     [[nodiscard]] std::optional<bool> boolean(const std::string& key) const override;
@@ -53,7 +51,7 @@ private:
     /// The file's text, if all of it has been taken over; it tells changes of other programs from our own.
     std::optional<std::string> knownText_;
     Table registered_;
-    Table volatile_;
+    Table forThisRun_;
     std::unique_ptr<Stored> stored_;
     RunLoop::Handle writeTimer_; ///< from the first unwritten change to the write
 };

@@ -21,7 +21,7 @@ Setting text(const std::string& key, const std::string& value) {
 struct Request {
     bool json = false;
     std::optional<double> forSeconds = std::nullopt;
-    std::vector<Setting> settings{};
+    UserDefaults::Table settings{};
     bool help = false;
     bool version = false;
 
@@ -84,14 +84,14 @@ INSTANTIATE_TEST_SUITE_P(
             {"example.org", "--set", "ShowIcon=false", "--for", "3", "--json"},
             {true, 3, {{"ShowIcon", false}, text("Hostname", "example.org")}}}));
 INSTANTIATE_TEST_SUITE_P(
-    TheLastOfAKeyWinsSoTheyKeepTheirOrder, AcceptedCommandLine,
+    TheLastOfAKeyWins, AcceptedCommandLine,
     testing::Values(
         Accepted{
             {"--set", "PingTimeout=2", "--set", "PingInterval=5", "--set", "PingTimeout=3"},
-            {.settings = {{"PingTimeout", 2.0}, {"PingInterval", 5.0}, {"PingTimeout", 3.0}}}},
+            {.settings = {{"PingTimeout", 3.0}, {"PingInterval", 5.0}}}},
         Accepted{
             {"argument.example", "--set", "Hostname=setting.example"},
-            {.settings = {text("Hostname", "setting.example"), text("Hostname", "argument.example")}}}));
+            {.settings = {text("Hostname", "argument.example")}}}));
 INSTANTIATE_TEST_SUITE_P(
     Hosts, AcceptedCommandLine,
     testing::Values(

@@ -121,14 +121,16 @@ TEST_F(SettingsFileWatchTest, AFileInTheMakingChangesNothingUntilItIsWhole) {
 }
 
 TEST_F(SettingsFileWatchTest, WhatHoldsForThisRunStaysAbove) {
-    settings_.setVolatile("Hostname", std::string("for.this.run"));
-    prefs_.reload();
-
+    SettingsFile settings(loop_, path_, {{"Hostname", std::string("for.this.run")}});
+    Preferences prefs(settings);
     test::writeFile(path_, R"({"Hostname": "by.hand", "PingInterval": 5})");
     ASSERT_TRUE(isTold());
 
-    EXPECT_EQ(prefs_.hostname(), "for.this.run");
-    EXPECT_EQ(prefs_.pingInterval(), 5);
+    EXPECT_TRUE(settings.reload());
+    prefs.reload();
+
+    EXPECT_EQ(prefs.hostname(), "for.this.run");
+    EXPECT_EQ(prefs.pingInterval(), 5);
 }
 
 TEST_F(SettingsFileWatchTest, WithoutTheFileTheDefaultsHold) {

@@ -92,9 +92,8 @@ TEST_F(SettingsFileTest, AHandEditIsNewAlsoAfterAnOwnChangeHasTakenItUp) {
     EXPECT_FALSE(settings.reload());
 }
 
-TEST_F(SettingsFileTest, VolatileAndUnsavedValuesStayAboveWhatIsReloaded) {
-    SettingsFile settings(loop_, path_);
-    settings.setVolatile("Hostname", std::string("for.this.run"));
+TEST_F(SettingsFileTest, ValuesForThisRunAndUnsavedOnesStayAboveWhatIsReloaded) {
+    SettingsFile settings(loop_, path_, {{"Hostname", std::string("for.this.run")}});
     {
         const FullDisk disk;
         settings.set("PingTimeout", 9.0);

@@ -30,6 +30,7 @@ struct Change {
     std::function<void(SettingsFile&)> act;
     std::optional<std::string> after; ///< as a JSON object; none: no file
     UserDefaults::Table read;
+    UserDefaults::Table forThisRun{};
 
     friend std::ostream& operator<<(std::ostream& out, const Change& change) { return out << change.name; }
 };
@@ -42,7 +43,7 @@ TEST_P(ChangedSettings, LieInTheFileAndAreRead) {
     if (GetParam().before) {
         store(*GetParam().before);
     }
-    SettingsFile settings(loop_, path_);
+    SettingsFile settings(loop_, path_, GetParam().forThisRun);
     settings.registerDefaults({{"PingTimeout", 4.0}});
 
     GetParam().act(settings);
@@ -97,44 +98,37 @@ INSTANTIATE_TEST_SUITE_P(
             {},
             {{"PingTimeout", 4.0}}},
         Change{
-            "AVolatileValueLiesAboveTheStoredOneAndIsNotWritten",
+            "AValueForThisRunLiesAboveTheStoredOneAndIsNotWritten",
             R"({"Hostname": "stored.example"})",
             [](auto& settings) {
-                settings.setVolatile("Hostname", text("for.this.run"));
-                settings.setVolatile("PingTimeout", 9.0);
                 settings.set("PingInterval", 3.0);
                 settings.flush();
                 settings.remove("PingInterval");
             },
             R"({"Hostname": "stored.example"})",
+            {{"Hostname", text("for.this.run")}, {"PingTimeout", 9.0}},
             {{"Hostname", text("for.this.run")}, {"PingTimeout", 9.0}}},
         Change{
-            "AVolatileValueEndsWhenItsKeyIsStored",
+            "AValueForThisRunEndsWhenItsKeyIsStored",
             {},
-            [](auto& settings) {
-                settings.setVolatile("PingTimeout", 9.0);
-                settings.set("PingTimeout", 2.0);
-            },
+            [](auto& settings) { settings.set("PingTimeout", 2.0); },
             R"({"PingTimeout": 2.0})",
-            {{"PingTimeout", 2.0}}},
+            {{"PingTimeout", 2.0}},
+            {{"PingTimeout", 9.0}}},
         Change{
-            "AVolatileValueEndsWhenTheStoredValueIsStoredAgain",
+            "AValueForThisRunEndsWhenTheStoredValueIsStoredAgain",
             R"({"PingTimeout": 2.0})",
-            [](auto& settings) {
-                settings.setVolatile("PingTimeout", 9.0);
-                settings.set("PingTimeout", 2.0);
-            },
+            [](auto& settings) { settings.set("PingTimeout", 2.0); },
             R"({"PingTimeout": 2.0})",
-            {{"PingTimeout", 2.0}}},
+            {{"PingTimeout", 2.0}},
+            {{"PingTimeout", 9.0}}},
         Change{
-            "AVolatileValueEndsWhenItsKeyIsRemoved",
+            "AValueForThisRunEndsWhenItsKeyIsRemoved",
             R"({"PingTimeout": 2.0})",
-            [](auto& settings) {
-                settings.setVolatile("PingTimeout", 9.0);
-                settings.remove("PingTimeout");
-            },
+            [](auto& settings) { settings.remove("PingTimeout"); },
             "{}",
-            {{"PingTimeout", 4.0}}},
+            {{"PingTimeout", 4.0}},
+            {{"PingTimeout", 9.0}}},
         Change{
             "AFullDiskLeavesTheOldFileWhileTheValuesHold",
             R"({"PingTimeout": 2.0})",
@@ -179,9 +173,8 @@ TEST_F(SettingsFileTest, ALaterRunReadsAnyFiniteNumberAndAnyTextAsStored) {
 }
 
 TEST_F(SettingsFileTest, ReadingAndRegisteringWriteNothing) {
-    SettingsFile settings(loop_, path_);
+    SettingsFile settings(loop_, path_, {{"PingInterval", 2.0}});
     settings.registerDefaults({{"PingTimeout", 4.0}});
-    settings.setVolatile("PingInterval", 2.0);
     EXPECT_THAT(settings.number("PingTimeout"), Optional(4.0));
 
     EXPECT_FALSE(fs::exists(path_.parent_path()));
