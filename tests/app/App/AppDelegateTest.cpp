@@ -110,6 +110,13 @@ protected:
         QApplication::processEvents();
     }
 
+    /// As the session manager announces it.
+    static void endSession() {
+        auto* const manager = qGuiApp->findChild<QSessionManager*>();
+        ASSERT_NE(manager, nullptr);
+        Q_EMIT qGuiApp->commitDataRequest(*manager);
+    }
+
     test::TemporaryFolder folder_;
     std::string noBus_ = "unix:path=" + (folder_.path() / "bus").string();
     Variable config_{"XDG_CONFIG_HOME", folder_.path().c_str()};
@@ -136,14 +143,23 @@ TEST_F(AppDelegateTest, TheItemComesBeforeTheMonitorAndSignalsLast) {
 }
 
 TEST_F(AppDelegateTest, TheEndOfTheSessionStoresTheStatistics) {
-    auto* const manager = qGuiApp->findChild<QSessionManager*>();
-    ASSERT_NE(manager, nullptr);
     const fs::path statistics = folder_.path() / "Tarnwick/stats.json";
     ASSERT_FALSE(fs::exists(statistics));
 
-    Q_EMIT qGuiApp->commitDataRequest(*manager);
+    endSession();
 
     EXPECT_TRUE(fs::exists(statistics));
+}
+
+TEST_F(AppDelegateTest, TheEndOfTheSessionStoresChangedSettingsAtOnce) {
+    showSettings();
+    click("Restore Default Settings");
+    const fs::path settings = folder_.path() / "Tarnwick/settings.json";
+    ASSERT_FALSE(fs::exists(settings));
+
+    endSession();
+
+    EXPECT_TRUE(fs::exists(settings));
 }
 
 TEST_F(AppDelegateTest, TheSettingsWindowLeadsToTheDesktopsStartupSettings) {
