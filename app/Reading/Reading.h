@@ -1,7 +1,7 @@
 // What there is to show of the connection, as one value. Every front end is a view of it.
 #pragma once
 
-#include "app/Reading/LatencyBuckets.h"
+#include "app/Reading/LatencyChart.h"
 #include "app/Reading/Measurements.h"
 
 #include <optional>

@@ -1,6 +1,6 @@
 #include "app/StatusItemController/PanelMenuText.h"
 
-#include "app/Reading/StatsRows.h"
+#include "app/Reading/StatsGrid.h"
 
 #include <algorithm>
 #include <array>

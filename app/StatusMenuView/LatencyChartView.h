@@ -1,7 +1,7 @@
 // The latency chart of the menu view, with its caption.
 #pragma once
 
-#include "app/Reading/LatencyBuckets.h"
+#include "app/Reading/LatencyChart.h"
 #include "app/StatusMenuView/ReadAloud.h"
 
 #include <QPainterPath>

@@ -1,7 +1,7 @@
 // The statistics of the menu view: the session beside all time.
 #pragma once
 
-#include "app/Reading/StatsRows.h"
+#include "app/Reading/StatsGrid.h"
 #include "app/StatusMenuView/ReadAloud.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "app/Watch/ScreenLayout.h"
 
-#include "app/Reading/StatsRows.h"
+#include "app/Reading/StatsGrid.h"
 #include "core/Text.h"
 
 #include <algorithm>

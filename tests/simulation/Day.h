@@ -1,7 +1,7 @@
 // A laptop and its user around the monitor, put together as the desktop program does.
 #pragma once
 
-#include "app/Reading/LatencyBuckets.h"
+#include "app/Reading/LatencyChart.h"
 #include "app/SettingsView/Model/SettingsModel.h"
 #include "app/StatusItemController/StatusItemController.h"
 #include "tests/simulation/FakeLoginItem.h"

@@ -1,5 +1,5 @@
 // The latency chart as data: its buckets, its scale, its colors, its description.
-#include "app/Reading/LatencyBuckets.h"
+#include "app/Reading/LatencyChart.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // The statistics grid as texts.
-#include "app/Reading/StatsRows.h"
+#include "app/Reading/StatsGrid.h"
 
 #include "tests/core/Required.h"
 #include "tests/support/MadeLocale.h"

@@ -1,4 +1,4 @@
-#include "app/Reading/StatsRows.h"
+#include "app/Reading/StatsGrid.h"
 
 #include "core/Text.h"
 

@@ -1,4 +1,4 @@
-#include "app/Reading/LatencyBuckets.h"
+#include "app/Reading/LatencyChart.h"
 
 #include "app/Reading/Format.h"
 #include "core/Text.h"
