@@ -50,7 +50,7 @@ double ScoringConfig::averagingWindow(double pingInterval) {
 ScoringConfig ScoringConfig::original(double slowPingThresholdMs, double timeout, double pingInterval) {
     return {
         .lowThreshold = slowPingThresholdMs / 1000,
-        .highThreshold = (slowPingThresholdMs + 900) / 1000,
+        .highThreshold = (slowPingThresholdMs + thresholdSpanMs) / 1000,
         .timeout = timeout,
         .averageOver = averagingWindow(pingInterval),
     };

@@ -17,6 +17,8 @@ struct ScoringConfig {
     double timeout;
     double averageOver; ///< length of the window
 
+    /// In milliseconds: from the threshold of a slow ping to a score of zero.
+    static constexpr double thresholdSpanMs = 900;
     static constexpr double minimumWindow = 30.0;
     static constexpr double minimumPingsInWindow = 10.0;
 

@@ -11,7 +11,6 @@ namespace {
 constexpr double housekeepingInterval = 1.0;
 /// The tick comes about a millisecond before each ping: it can wait that long and share the wake-up.
 constexpr double housekeepingTolerance = 0.01;
-constexpr auto chartSpan = std::chrono::seconds(300);
 
 template<class... Visitors>
 struct Overloaded : Visitors... {
@@ -134,7 +133,7 @@ void Monitor::sendPing() {
 
 void Monitor::forgetOldSamples(RunLoop::WallTime now) {
     Samples& samples = measured_.samples;
-    const auto isOld = [now](const Sample& sample) { return now - sample.date > chartSpan; };
+    const auto isOld = [now](const Sample& sample) { return now - sample.date > LatencyChart::span; };
     if (samplesInOrder_) {
         while (isOld(samples.front())) {
             samples.pop_front();

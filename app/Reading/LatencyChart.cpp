@@ -4,14 +4,13 @@
 #include "core/Text.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace tarnwick::LatencyChart {
 
 namespace {
 
-constexpr double chartSeconds = 300;
+constexpr double chartSeconds = std::chrono::duration<double>(span).count();
 constexpr int mostBuckets = 36;
 
 std::int64_t bucketNumber(RunLoop::WallTime date, double width) {

@@ -4,6 +4,7 @@
 
 #include "app/Reading/Measurements.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,8 +19,11 @@ struct Bucket {
     friend bool operator==(const Bucket&, const Bucket&) = default;
 };
 
-/// The last five minutes, oldest first: 36 buckets, or fewer of one ping interval each when that is longer
-/// than 1/36 of the time.
+/// How far the chart reaches back.
+inline constexpr std::chrono::seconds span{300};
+
+/// The last five minutes, oldest first, in 36 buckets. When the ping interval is longer than such a bucket,
+/// each bucket is one interval long, and there are fewer.
 [[nodiscard]] std::vector<Bucket> buckets(const Samples& samples, RunLoop::WallTime now, double pingInterval);
 
 /// The top of the value axis, milliseconds, for these round trips. A single outlier does not flatten the

@@ -11,8 +11,6 @@ namespace tarnwick {
 namespace {
 
 constexpr std::string_view noValue = "–";
-/// From the slow-ping threshold up to a score of zero.
-constexpr double thresholdSpanMs = 900;
 
 std::string qualityTitle(const Reading& reading, bool isConnecting) {
     if (isConnecting) {
@@ -160,7 +158,7 @@ Reading makeReading(
     reading.chart = {
         .buckets = LatencyChart::buckets(measured.samples, wallTime, settings.pingInterval),
         .lowThresholdMs = settings.slowPingThresholdMs,
-        .highThresholdMs = settings.slowPingThresholdMs + thresholdSpanMs,
+        .highThresholdMs = settings.slowPingThresholdMs + ScoringConfig::thresholdSpanMs,
     };
     return reading;
 }

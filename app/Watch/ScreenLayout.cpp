@@ -211,11 +211,12 @@ void drawCaption(Canvas& canvas, int row, const LatencyChart::Chart& chart) {
     const int width = canvas.size().columns - 2 * margin;
     canvas.text(row, margin, width, LatencyChart::periodText, TextStyle::secondary);
     const std::string threshold = chart.thresholdText();
-    if (canvas.widthOf(threshold) + 18 <= width) {
-        const int textWidth = canvas.widthOf(threshold);
-        for (int dash = 0; dash < 2; ++dash) {
+    const int textWidth = canvas.widthOf(threshold);
+    constexpr int dashes = 2; // and a space
+    if (canvas.widthOf(LatencyChart::periodText) + 1 + dashes + 1 + textWidth <= width) {
+        for (int dash = 0; dash < dashes; ++dash) {
             canvas.put(
-                row, margin + width - textWidth - 3 + dash, canvas.isAscii() ? U'-' : U'╌',
+                row, margin + width - textWidth - dashes - 1 + dash, canvas.isAscii() ? U'-' : U'╌',
                 TextStyle::secondary);
         }
         canvas.textRight(row, margin, width, threshold, TextStyle::secondary);
