@@ -1,6 +1,6 @@
 #include "app/SettingsView/Model/LaunchAtLoginToggle.h"
 
-#include "app/Login/LaunchAtLogin.h"
+#include "app/SettingsView/Model/LaunchAtLogin.h"
 
 #include <utility>
 

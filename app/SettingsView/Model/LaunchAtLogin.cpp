@@ -1,4 +1,4 @@
-#include "app/Login/LaunchAtLogin.h"
+#include "app/SettingsView/Model/LaunchAtLogin.h"
 
 namespace tarnwick::LaunchAtLogin {
 

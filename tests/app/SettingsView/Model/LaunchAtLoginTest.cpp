@@ -1,5 +1,5 @@
 // Starting with the session as the user wishes: when the login item is changed, and when it is left alone.
-#include "app/Login/LaunchAtLogin.h"
+#include "app/SettingsView/Model/LaunchAtLogin.h"
 
 #include "tests/simulation/FakeLoginItem.h"
 
