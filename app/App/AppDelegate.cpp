@@ -1,6 +1,5 @@
 #include "app/App/AppDelegate.h"
 
-#include "app/App/StartupSettings.h"
 #include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
 #include "platform/qt/Appearance.h"
@@ -96,8 +95,8 @@ AppDelegate::~AppDelegate() {
 }
 
 void AppDelegate::makeStatusItem(const Setup& setup) {
-    windows_ =
-        std::make_unique<DesktopWindows>(loop_, monitor_, menu_, setup.version, [this] { showSettings(); });
+    windows_ = std::make_unique<DesktopWindows>(
+        loop_, monitor_.observedReading(), menu_, settingsModel_, setup.version);
     panelMenu_ = std::make_unique<PanelMenuText>(
         loop_, monitor_.observedReading(), menu_, [this] { windows_->openDropDownAtPointer(); });
     notifier_ = std::make_unique<NotifierStatusItem>(NotifierStatusItem::Needs{
@@ -125,7 +124,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .say = say,
     });
     notifier_->onWatcherChange = [this] { item_->watcherChanged(); };
-    statusItem_ = std::make_unique<StatusItemController>(StatusItemController::Needs{
+    controller_ = std::make_unique<StatusItemController>(StatusItemController::Needs{
         .loop = loop_,
         .monitor = monitor_,
         .item = *item_,
@@ -150,16 +149,6 @@ void AppDelegate::followColors() {
 void AppDelegate::quitOnTerminationSignals() {
     signals_ = std::make_unique<SignalWatch>(
         loop_, terminationSignals, [this](int /*signal*/) { windows_->quit(); });
-}
-
-void AppDelegate::showSettings() {
-    if (!settingsWindow_) {
-        if (StartupSettings::exists()) {
-            settingsModel_.launchAtLogin().showApproval = [] { StartupSettings::open(); };
-        }
-        settingsWindow_ = std::make_unique<SettingsWindow>(settingsModel_, loop_, menu_);
-    }
-    settingsWindow_->present();
 }
 
 } // namespace tarnwick

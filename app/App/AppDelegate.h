@@ -2,7 +2,6 @@
 #pragma once
 
 #include "app/App/DesktopWindows.h"
-#include "app/App/SettingsWindow.h"
 #include "app/Monitor/Monitor.h"
 #include "app/StatusItemController/Painting/QtFacePainter.h"
 #include "app/StatusItemController/PanelMenuText.h"
@@ -55,7 +54,6 @@ private:
     void makeStatusItem(const Setup& setup);
     void followColors();
     void quitOnTerminationSignals();
-    void showSettings();
 
     RunLoop& loop_;
     BusConnection& bus_;
@@ -71,7 +69,6 @@ private:
     FileWatch settingsWatch_;
     Menu menu_;
     SettingsModel settingsModel_;
-    std::unique_ptr<SettingsWindow> settingsWindow_; ///< made at its first use
     QtFacePainter painter_;
     ColorScheme colors_;
     Subscription colorChange_;
@@ -79,7 +76,7 @@ private:
     std::unique_ptr<PanelMenuText> panelMenu_;
     std::unique_ptr<NotifierStatusItem> notifier_;
     std::unique_ptr<PanelStatusItem> item_;
-    std::unique_ptr<StatusItemController> statusItem_;
+    std::unique_ptr<StatusItemController> controller_;
     std::unique_ptr<PaletteWatch> paletteWatch_;
     std::unique_ptr<SignalWatch> signals_;
     std::unique_ptr<SessionEnd> sessionEnd_;

@@ -1,5 +1,6 @@
 #include "app/App/DesktopWindows.h"
 
+#include "app/App/StartupSettings.h"
 #include "platform/qt/ScreenPixels.h"
 
 #include <QGuiApplication>
@@ -29,11 +30,13 @@ void dropActivationToken() {
 } // namespace
 
 DesktopWindows::DesktopWindows(
-    RunLoop& loop, Monitor& monitor, Menu& menu, std::string version, std::function<void()> openSettings)
-    : dropDown_(monitor.observedReading(), menu, loop),
+    RunLoop& loop, const Observed<Reading>& reading, Menu& menu, SettingsModel& settings, std::string version)
+    : loop_(loop),
+      menu_(menu),
+      settings_(settings),
+      dropDown_(reading, menu, loop),
       about_(std::move(version), menu),
-      confirm_(menu),
-      openSettings_(std::move(openSettings)) {
+      confirm_(menu) {
 }
 
 void DesktopWindows::toggleDropDown(std::optional<ScreenPoint> at) {
@@ -58,7 +61,13 @@ void DesktopWindows::openDropDown(const std::string& activationToken) {
 
 void DesktopWindows::showSettings() {
     useActivationTokenOfClick();
-    openSettings_();
+    if (!settingsWindow_) {
+        if (StartupSettings::exists()) {
+            settings_.launchAtLogin().showApproval = [] { StartupSettings::open(); };
+        }
+        settingsWindow_ = std::make_unique<SettingsWindow>(settings_, loop_, menu_);
+    }
+    settingsWindow_->present();
 }
 
 void DesktopWindows::showAbout() {

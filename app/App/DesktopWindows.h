@@ -3,10 +3,12 @@
 
 #include "app/App/AboutPanel.h"
 #include "app/App/ConfirmDialog.h"
+#include "app/App/SettingsWindow.h"
 #include "app/StatusItemController/StatusItemController.h"
 #include "app/StatusMenuView/DropDown.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -15,9 +17,10 @@ namespace tarnwick {
 /// Main thread.
 class DesktopWindows final : public StatusItemWindows {
 public:
-    /// All arguments outlive this object.
+    /// All references outlive this object.
     DesktopWindows(
-        RunLoop& loop, Monitor& monitor, Menu& menu, std::string version, std::function<void()> openSettings);
+        RunLoop& loop, const Observed<Reading>& reading, Menu& menu, SettingsModel& settings,
+        std::string version);
 
     void toggleDropDown(std::optional<ScreenPoint> at) override;
     /// For requests other than a click on the item: opens, never closes.
@@ -36,10 +39,13 @@ public:
 private:
     void useActivationTokenOfClick() const;
 
+    RunLoop& loop_;
+    Menu& menu_;
+    SettingsModel& settings_;
     DropDown dropDown_;
+    std::unique_ptr<SettingsWindow> settingsWindow_; ///< made at its first use
     AboutPanel about_;
     ConfirmDialog confirm_;
-    std::function<void()> openSettings_;
 };
 
 } // namespace tarnwick
