@@ -66,28 +66,24 @@ std::string PlainPresentation::line(double /*judgedAt*/) {
 
 ScreenPresentation::ScreenPresentation(
     RunLoop& loop, const Observed<Reading>& reading, std::unique_ptr<Terminal> terminal, Quit quit)
-    : loop_(loop), reading_(reading), terminal_(std::move(terminal)), quit_(std::move(quit)) {
+    : reading_(reading),
+      terminal_(std::move(terminal)),
+      quit_(std::move(quit)),
+      renderLoop_(loop, [this] { drawNews(); }) {
     if (::isatty(STDIN_FILENO) != 0) {
         keyboard_ = loop.watchReadable(STDIN_FILENO, [this] { readKeys(); });
     }
 }
 
 void ScreenPresentation::show(double /*judgedAt*/) {
-    drawAndFollow();
+    draw();
 }
 
-void ScreenPresentation::drawAndFollow() {
-    draw();
-    if (renderLoop_) {
-        return;
+void ScreenPresentation::drawNews() {
+    const Reading& reading = reading_.get();
+    if (reading.status != drawnStatus_ || reading.latestPingMs != drawnLatency_) {
+        draw();
     }
-    renderLoop_ = std::make_unique<RenderLoop>(loop_, [this] {
-        // A verdict or an answer is shown at once. Everything else has time until the next tick.
-        const Reading& reading = reading_.get();
-        if (reading.status != drawnStatus_ || reading.latestPingMs != drawnLatency_) {
-            draw();
-        }
-    });
 }
 
 void ScreenPresentation::draw() {
@@ -100,12 +96,12 @@ void ScreenPresentation::draw() {
 
 void ScreenPresentation::setNotes(const std::vector<std::string>& notes) {
     notes_ = notes;
-    drawAndFollow();
+    draw();
 }
 
 void ScreenPresentation::windowResized() {
     terminal_->resize();
-    drawAndFollow();
+    draw();
 }
 
 void ScreenPresentation::readKeys() {
@@ -124,7 +120,7 @@ void ScreenPresentation::readKeys() {
         break;
     case controlL:
         terminal_->repaint();
-        drawAndFollow();
+        draw();
         break;
     default:
         break;

@@ -102,12 +102,11 @@ public:
     void windowResized() override;
 
 private:
-    /// Draws now, and from now on also at once when there is news.
-    void drawAndFollow();
     void draw();
+    /// Draws a new verdict or answer between ticks. Everything else has time until the next tick.
+    void drawNews();
     void readKeys();
 
-    RunLoop& loop_;
     const Observed<Reading>& reading_;
     std::unique_ptr<Terminal> terminal_;
     Quit quit_;
@@ -116,7 +115,7 @@ private:
     ConnectionWatchdog::Status drawnStatus_ = ConnectionWatchdog::Status::starting;
     std::optional<double> drawnLatency_;
     RunLoop::Handle keyboard_;
-    std::unique_ptr<RenderLoop> renderLoop_; ///< draws between ticks; made by the first `show`
+    RenderLoop renderLoop_;
 };
 
 } // namespace tarnwick
