@@ -49,7 +49,6 @@ QLabel* icon(const QWidget& window) {
 QDialog* makeWindow(const QString& version) {
     auto* const window = new QDialog;
     window->setAttribute(Qt::WA_DeleteOnClose);
-    window->setAttribute(Qt::WA_QuitOnClose, false);
     window->setWindowTitle(QStringLiteral("About Tarnwick"));
     window->setWindowIcon(programIcon());
     auto* const layout = new QVBoxLayout(window);

@@ -32,7 +32,6 @@ void ConfirmDialog::ask(const Question& question, std::function<void(bool)> answ
     // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): deletes itself when closed
     window_ = new QMessageBox;
     window_->setAttribute(Qt::WA_DeleteOnClose);
-    window_->setAttribute(Qt::WA_QuitOnClose, false);
     window_->setWindowTitle(QString::fromStdString(question.title));
     window_->setWindowIcon(programIcon());
     window_->setIconPixmap(

@@ -34,7 +34,6 @@ SettingsWindow::SettingsWindow(SettingsModel& model, RunLoop& loop, const Menu& 
         nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       view_(new SettingsView(model, loop, nullptr)),
       area_(new QScrollArea(this)) {
-    setAttribute(Qt::WA_QuitOnClose, false);
     setWindowTitle(QStringLiteral("Tarnwick Settings"));
     setWindowIcon(programIcon());
     area_->setWidget(view_);

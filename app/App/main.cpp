@@ -39,6 +39,7 @@ int runApplication(const AppOptions& options, std::string name, std::string star
     QApplication::setApplicationName("tarnwick");
     QApplication::setApplicationVersion(TARNWICK_VERSION);
     QGuiApplication::setDesktopFileName("tarnwick");
+    // The status item stays when the last window is closed.
     QApplication::setQuitOnLastWindowClosed(false);
     EpollRunLoop loop;
     const QtLoopHost host(loop);

@@ -4,7 +4,6 @@
 #include "app/Observation/Observation.h"
 
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 

@@ -16,7 +16,6 @@
 #include <QWindow>
 
 #include <algorithm>
-#include <cmath>
 
 namespace tarnwick {
 
@@ -58,8 +57,6 @@ DropDownWindow::DropDownWindow(const Observed<Reading>& reading, const Menu& men
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
     setAttribute(Qt::WA_TranslucentBackground, shadow_ > 0);
-    // Closing the last window would end the program, which may have only its status item left.
-    setAttribute(Qt::WA_QuitOnClose, false);
     items_->onChoose = [this](MenuItem::Id id) {
         if (const auto choose = onChoose) { // a copy: the owner ends this window in the call
             choose(id);

@@ -1,6 +1,5 @@
 #include "app/StatusMenuView/LatencyChartView.h"
 
-#include "app/Reading/Format.h"
 #include "app/StatusItemController/Painting/TabularLine.h"
 #include "app/ViewStyle/ViewStyle.h"
 

@@ -6,7 +6,6 @@
 
 #include <QRect>
 
-#include <optional>
 #include <vector>
 
 namespace tarnwick::SquareFace {

@@ -88,8 +88,7 @@ TEST_F(SettingsWindowTest, OpenedAgainItStaysWhereItWasLeft) {
     EXPECT_EQ(window.pos(), QPoint(11, 22));
 }
 
-TEST_F(SettingsWindowTest, ClosingItEndsNothing) {
-    EXPECT_FALSE(window.testAttribute(Qt::WA_QuitOnClose));
+TEST_F(SettingsWindowTest, ClosingItDoesNotDeleteIt) {
     EXPECT_FALSE(window.testAttribute(Qt::WA_DeleteOnClose));
 }
 
