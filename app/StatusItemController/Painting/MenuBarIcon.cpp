@@ -110,8 +110,8 @@ const QPainterPath& trianglePath() {
 
 TemplateImagePtr bars(int active, int levelCount) {
     requireBars(levelCount);
-    static std::map<int, TemplateImagePtr> cache;
-    TemplateImagePtr& image = cache[active];
+    static std::map<std::pair<int, int>, TemplateImagePtr> cache;
+    TemplateImagePtr& image = cache[{active, levelCount}];
     if (!image) {
         const double width = levelCount * barWidth + (levelCount - 1) * barGap;
         image = std::make_shared<TemplateImage>(

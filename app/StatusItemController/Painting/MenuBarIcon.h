@@ -70,7 +70,7 @@ void drawBars(QPainter& painter, const std::vector<Bar>& bars, double radius);
 /// The outline of a triangle with an exclamation mark, in points, as `failed` shows it.
 [[nodiscard]] const QPainterPath& trianglePath();
 
-/// Made once for each number of active bars: every caller passes the same `levelCount`, at least 1.
+/// `levelCount` is at least 1. Each picture is made once.
 [[nodiscard]] TemplateImagePtr bars(int active, int levelCount = barLevels);
 [[nodiscard]] TemplateImagePtr failed();
 

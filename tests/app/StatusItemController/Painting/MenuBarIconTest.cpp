@@ -32,6 +32,7 @@ TEST(MenuBarIcon, TheSameCountIsTheIdenticalImage) {
 
     EXPECT_EQ(MenuBarIcon::bars(3), first);
     EXPECT_NE(MenuBarIcon::bars(4), first);
+    EXPECT_NE(MenuBarIcon::bars(3, 4), first);
     EXPECT_EQ(MenuBarIcon::failed(), MenuBarIcon::failed());
 }
 
