@@ -139,7 +139,7 @@ LossMode Preferences::lossTextMode() const {
     return MenuBarTitle::lossMode(get<std::string>(packetLossTextMode)).value_or(LossMode::whenLossy);
 }
 
-StatusItem::Form Preferences::panelFace() const {
+StatusItem::Form Preferences::panelForm() const {
     return formOf(get<std::string>(settingIndex(PreferenceKey::panelFace)))
         .value_or(StatusItem::Form::automatic);
 }

@@ -51,7 +51,7 @@ public:
         return get<bool>(settingIndex(PreferenceKey::showNotifications));
     }
 
-    [[nodiscard]] StatusItem::Form panelFace() const;
+    [[nodiscard]] StatusItem::Form panelForm() const;
 
     void setHostname(const std::string& hostname);
     void setSlowPingThresholdMs(double milliseconds);

@@ -72,7 +72,7 @@ void StatusItemController::update() {
     const Reading& reading = monitor_.reading();
     ItemState state{
         .face = face(reading),
-        .form = monitor_.prefs().panelFace(),
+        .form = monitor_.prefs().panelForm(),
         .toolTip = toolTipOf(reading),
         .accessibilityValue = reading.accessibilitySummary,
     };

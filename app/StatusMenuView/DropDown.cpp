@@ -40,7 +40,7 @@ void DropDown::toggle(std::optional<ScreenPoint> at) {
     }
     if (isOpen()) {
         close();
-    } else if (std::exchange(isClosedByClick_, false)) {
+    } else if (std::exchange(mayBeSameClick_, false)) {
         presses_.reset();
     } else {
         open(at);
@@ -48,7 +48,7 @@ void DropDown::toggle(std::optional<ScreenPoint> at) {
 }
 
 void DropDown::open(std::optional<ScreenPoint> at) {
-    isClosedByClick_ = false;
+    mayBeSameClick_ = false;
     if (!isOpen()) {
         menu_.willOpen();
         window_.reset(std::make_unique<DropDownWindow>(reading_, menu_, loop_).release());
@@ -69,7 +69,7 @@ void DropDown::open(std::optional<ScreenPoint> at) {
 
 void DropDown::close() {
     presses_.reset();
-    isClosedByClick_ = false;
+    mayBeSameClick_ = false;
     hide();
 }
 
@@ -82,7 +82,7 @@ void DropDown::hide() {
 
 void DropDown::lostFocus() {
     hide();
-    isClosedByClick_ = true;
+    mayBeSameClick_ = true;
     waitForEndOfClick();
 }
 
@@ -90,7 +90,7 @@ void DropDown::buttonsMoved(const PressWatch::Buttons& buttons) {
     isButtonHeld_ = buttons.isHeld;
     if (isOpen() && buttons.pressedAt && !window_->covers(*buttons.pressedAt)) {
         lostFocus();
-    } else if (isClosedByClick_) {
+    } else if (mayBeSameClick_) {
         waitForEndOfClick();
     }
 }
@@ -102,7 +102,7 @@ void DropDown::waitForEndOfClick() {
             if (!isOpen()) {
                 presses_.reset();
             }
-            isClosedByClick_ = false;
+            mayBeSameClick_ = false;
         });
     }
 }

@@ -55,7 +55,7 @@ private:
     /// On X11 only: while it is open, and until the click that has closed it has ended.
     std::unique_ptr<PressWatch> presses_;
     bool isButtonHeld_ = false;
-    bool isClosedByClick_ = false; ///< the panel may still report that click
+    bool mayBeSameClick_ = false; ///< a click reported now may be the one that took the focus
     RunLoop::Handle endOfClick_;
     std::optional<double> toggledAt_; ///< monotonic: when a click last opened or closed it
 };

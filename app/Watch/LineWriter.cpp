@@ -24,7 +24,7 @@ LineWriter::Written LineWriter::write(std::string_view line) {
         std::string_view rest = rest_;
         const Written written = writeSome(rest);
         rest_ = std::string(rest);
-        if (written != Written::whole) {
+        if (written != Written::taken) {
             return written;
         }
     }
@@ -32,7 +32,7 @@ LineWriter::Written LineWriter::write(std::string_view line) {
     const Written written = writeSome(unwritten);
     if (written == Written::leftOut && unwritten.size() < line.size()) {
         rest_ = std::string(unwritten);
-        return Written::whole;
+        return Written::taken;
     }
     return written;
 }
@@ -62,7 +62,7 @@ LineWriter::Written LineWriter::writeSome(std::string_view& text) const {
         }
         text.remove_prefix(static_cast<std::size_t>(count));
     }
-    return Written::whole;
+    return Written::taken;
 }
 
 } // namespace tarnwick

@@ -10,7 +10,7 @@ namespace tarnwick {
 class LineWriter {
 public:
     enum class Written {
-        whole,   ///< or begun: the rest is kept, and goes out before anything else
+        taken,   ///< written, or begun; the rest is kept and goes out before the next line
         leftOut, ///< the reader is behind; measuring does not wait for it
         closed,  ///< the reader has gone
         failed,  ///< errno says why

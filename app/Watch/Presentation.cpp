@@ -16,7 +16,7 @@ namespace {
 
 void quitUnlessWritten(LineWriter::Written written, const Presentation::Quit& quit) {
     switch (written) {
-    case LineWriter::Written::whole:
+    case LineWriter::Written::taken:
     case LineWriter::Written::leftOut:
         break;
     case LineWriter::Written::closed:

@@ -175,7 +175,7 @@ TEST_F(PreferencesTest, SettingsThatChangeTogetherInTheStoreAreActedOnTogether) 
     prefs.reload();
 
     EXPECT_THAT(
-        seen, ElementsAre(Settings{.hostname = "example.org", .pingTimeout = 9, .panelFace = Form::wide}));
+        seen, ElementsAre(Settings{.hostname = "example.org", .pingTimeout = 9, .panelForm = Form::wide}));
 }
 
 // Restoring the defaults.

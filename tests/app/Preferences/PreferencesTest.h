@@ -23,14 +23,14 @@ struct Settings {
     Preferences::Display display = Preferences::Display::iconAndText;
     MenuBarTitle::LossMode lossTextMode = MenuBarTitle::LossMode::whenLossy;
     bool showNotifications = false;
-    StatusItem::Form panelFace = StatusItem::Form::automatic;
+    StatusItem::Form panelForm = StatusItem::Form::automatic;
 
     friend bool operator==(const Settings&, const Settings&) = default;
 };
 
 inline Settings all(const Preferences& prefs) {
     return {prefs.hostname(), prefs.slowPingThresholdMs(), prefs.pingTimeout(),       prefs.pingInterval(),
-            prefs.display(),  prefs.lossTextMode(),        prefs.showNotifications(), prefs.panelFace()};
+            prefs.display(),  prefs.lossTextMode(),        prefs.showNotifications(), prefs.panelForm()};
 }
 
 class PreferencesTest : public testing::Test {

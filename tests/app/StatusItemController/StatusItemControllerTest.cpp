@@ -105,13 +105,13 @@ TEST_F(StatusItemControllerTest, FollowsTheDisplaySettingWhileRunning) {
     EXPECT_EQ(title(), "20ms");
 }
 
-TEST_F(StatusItemControllerTest, HandsOverThePanelFaceOfTheSettings) {
+TEST_F(StatusItemControllerTest, HandsOverTheFormOfTheSettings) {
     show();
 
     EXPECT_THAT(item.forms, ElementsAre(StatusItem::Form::automatic));
 }
 
-TEST_F(StatusItemControllerTest, HandsOverANewPanelFaceOnce) {
+TEST_F(StatusItemControllerTest, HandsOverANewFormOnce) {
     showFor(5.5);
     defaults.put(PreferenceKey::panelFace, std::string("wide"));
 

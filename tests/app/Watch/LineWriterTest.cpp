@@ -27,7 +27,7 @@ protected:
     /// Writes lines of a hundred bytes until one is left out; their number.
     int fill() {
         int whole = 0;
-        while (whole < 100'000 && writer_.write(line_) == Written::whole) {
+        while (whole < 100'000 && writer_.write(line_) == Written::taken) {
             ++whole;
         }
         return whole;
@@ -77,7 +77,7 @@ private:
 } // namespace
 
 TEST_F(LineWriterTest, ALineIsWrittenAtOnce) {
-    EXPECT_EQ(writer_.write("a line\n"), Written::whole);
+    EXPECT_EQ(writer_.write("a line\n"), Written::taken);
 
     EXPECT_EQ(pipe_.read(), "a line\n");
 }
@@ -122,14 +122,14 @@ TEST_F(LineWriterTest, ALongLineIsWrittenAsAWholeOrNotAtAll) {
 
     std::string text = pipe_.read();
     std::erase(text, '.');
-    EXPECT_EQ(text, written == Written::whole ? longLine : "");
+    EXPECT_EQ(text, written == Written::taken ? longLine : "");
 }
 
 TEST_F(LineWriterTest, GoesOnWhenTheReaderHasCaughtUp) {
     fill();
     static_cast<void>(pipe_.read());
 
-    EXPECT_EQ(writer_.write("again\n"), Written::whole);
+    EXPECT_EQ(writer_.write("again\n"), Written::taken);
     EXPECT_EQ(pipe_.read(), "again\n");
 }
 
@@ -157,13 +157,13 @@ TEST(LineWriter, ATerminalThatTookHalfALineGetsTheRestBeforeTheNextOne) {
     LineWriter writer(terminal.writingEnd());
     const std::string line = std::string(2999, 'x') + "\n";
     std::string expected;
-    while (expected.size() < 1'000'000 && writer.write(line) == Written::whole) {
+    while (expected.size() < 1'000'000 && writer.write(line) == Written::taken) {
         expected += line;
     }
     expected += "last\n";
 
     std::string text = terminal.read();
-    while (writer.write("last\n") != Written::whole && !testing::Test::HasFailure()) {
+    while (writer.write("last\n") != Written::taken && !testing::Test::HasFailure()) {
         text += terminal.read();
     }
     while (text.size() < expected.size() && !testing::Test::HasFailure()) {
@@ -183,8 +183,8 @@ TEST(LineWriter, AFileTakesEveryLineHoweverLong) {
     const FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
     LineWriter writer(file.get());
 
-    EXPECT_EQ(writer.write("first\n"), Written::whole);
-    EXPECT_EQ(writer.write(std::string(99'999, 'x') + "\n"), Written::whole);
+    EXPECT_EQ(writer.write("first\n"), Written::taken);
+    EXPECT_EQ(writer.write(std::string(99'999, 'x') + "\n"), Written::taken);
 
     EXPECT_EQ(test::contentOf(path), "first\n" + std::string(99'999, 'x') + "\n");
 }
