@@ -25,22 +25,21 @@ std::string toolTipOf(const Reading& reading) {
 
 } // namespace
 
-StatusItemController::StatusItemController(const Needs& needs)
-    : needs_(needs), monitor_(needs.monitor), item_(needs.item), menu_(needs.menu) {
-    menu_.onRefresh = [this] { refreshMenu(); };
-    menu_.onWillOpen = [this] { menuWillOpen(); };
-    menu_.onDidClose = [this] { menuDidClose(); };
-    menu_.onChoose = [this](MenuItem::Id id) { chosen(id); };
-    item_.onActivate = [this](std::optional<ScreenPoint> at) { needs_.windows.toggleDropDown(at); };
+StatusItemController::StatusItemController(Needs needs) : needs_(std::move(needs)) {
+    needs_.menu.onRefresh = [this] { refreshMenu(); };
+    needs_.menu.onWillOpen = [this] { menuWillOpen(); };
+    needs_.menu.onDidClose = [this] { menuDidClose(); };
+    needs_.menu.onChoose = [this](MenuItem::Id id) { chosen(id); };
+    needs_.item.onActivate = [this](std::optional<ScreenPoint> at) { needs_.windows.toggleDropDown(at); };
     renderLoop_ = std::make_unique<RenderLoop>(needs_.loop, [this] { update(); });
 }
 
 StatusItemController::~StatusItemController() {
-    item_.onActivate = nullptr;
-    menu_.onRefresh = nullptr;
-    menu_.onWillOpen = nullptr;
-    menu_.onDidClose = nullptr;
-    menu_.onChoose = nullptr;
+    needs_.item.onActivate = nullptr;
+    needs_.menu.onRefresh = nullptr;
+    needs_.menu.onWillOpen = nullptr;
+    needs_.menu.onDidClose = nullptr;
+    needs_.menu.onChoose = nullptr;
 }
 
 Menu::Items StatusItemController::menuItems(bool offersUpdates) {
@@ -69,21 +68,21 @@ Menu::Items StatusItemController::menuItems(bool offersUpdates) {
 }
 
 void StatusItemController::update() {
-    const Reading& reading = monitor_.reading();
+    const Reading& reading = needs_.monitor.reading();
     ItemState state{
         .face = face(reading),
-        .form = monitor_.prefs().panelForm(),
+        .form = needs_.monitor.prefs().panelForm(),
         .toolTip = toolTipOf(reading),
         .accessibilityValue = reading.accessibilitySummary,
     };
     if (state != shown_) {
-        item_.show(state);
+        needs_.item.show(state);
         shown_ = std::move(state);
     }
 }
 
 StatusFace StatusItemController::face(const Reading& reading) {
-    const Preferences::Display display = monitor_.prefs().display();
+    const Preferences::Display display = needs_.monitor.prefs().display();
     StatusFace face{.isDown = reading.isDown(), .icon = StatusFace::Icon::none};
     if (display != Preferences::Display::textOnly) {
         face.icon = reading.isDown() ? StatusFace::Icon::failed : StatusFace::Icon::bars;
@@ -147,9 +146,9 @@ void StatusItemController::menuDidClose() {
 
 void StatusItemController::refreshMenu() {
     if (needs_.updates != nullptr) {
-        menu_.setEnabled(Id::checkForUpdates, needs_.updates->canCheckForUpdates());
+        needs_.menu.setEnabled(Id::checkForUpdates, needs_.updates->canCheckForUpdates());
     }
-    menu_.setHidden(Id::changeHost, !monitor_.reading().isDown());
+    needs_.menu.setHidden(Id::changeHost, !needs_.monitor.reading().isDown());
 }
 
 void StatusItemController::chosen(MenuItem::Id id) {
@@ -162,7 +161,7 @@ void StatusItemController::chosen(MenuItem::Id id) {
         needs_.windows.showSettings();
         break;
     case Id::resetSession:
-        monitor_.resetSessionStats();
+        needs_.monitor.resetSessionStats();
         break;
     case Id::resetAllTime:
         resetAllTimeSelected();
@@ -182,7 +181,7 @@ void StatusItemController::chosen(MenuItem::Id id) {
 }
 
 void StatusItemController::resetAllTimeSelected() {
-    const std::string host = monitor_.prefs().hostname();
+    const std::string host = needs_.monitor.prefs().hostname();
     const Question question{
         .title = "Reset All Time Stats",
         .text = "Are you sure you want to reset the all time stats for " + host + "?",
@@ -191,8 +190,8 @@ void StatusItemController::resetAllTimeSelected() {
     };
     const auto answered = [this, host](bool confirmed) {
         // The question named one host: the figures of another one stay.
-        if (confirmed && monitor_.prefs().hostname() == host) {
-            monitor_.resetAllTimeStats();
+        if (confirmed && needs_.monitor.prefs().hostname() == host) {
+            needs_.monitor.resetAllTimeStats();
         }
     };
     needs_.windows.ask(question, lifeline_.guarded(answered));

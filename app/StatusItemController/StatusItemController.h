@@ -18,7 +18,7 @@ namespace tarnwick {
 
 /// A question to be answered with yes or no.
 struct Question {
-    std::string title; ///< of its window: what is done after a yes
+    std::string title; ///< of the question's window; says what a yes does
     std::string text;
     std::string confirm; ///< the button that says yes
     std::string cancel;
@@ -60,7 +60,7 @@ public:
     /// The menu's items from top to bottom.
     [[nodiscard]] static Menu::Items menuItems(bool offersUpdates);
 
-    explicit StatusItemController(const Needs& needs);
+    explicit StatusItemController(Needs needs);
 
     StatusItemController(const StatusItemController&) = delete;
     StatusItemController& operator=(const StatusItemController&) = delete;
@@ -82,9 +82,6 @@ private:
     void resetAllTimeSelected();
 
     Needs needs_;
-    Monitor& monitor_;
-    StatusItem& item_;
-    Menu& menu_;
     bool isMenuOpen_ = false;
 
     std::optional<ItemState> shown_;
