@@ -1,4 +1,4 @@
-// The user's settings as observable properties. Every assignment goes to the store at once.
+// The user's settings as observable properties.
 #pragma once
 
 #include "app/Observation/Observation.h"
@@ -14,8 +14,8 @@
 
 namespace tarnwick {
 
-/// Reads the store at creation and in `reload`. Setters take any value, and write also one that changes
-/// nothing; observers are told of real changes only. Main thread.
+/// Reads the store at creation and in `reload`. Setters take any value and always store it. Observers and
+/// `onChange` are told only of real changes, before the value is stored. Main thread.
 class Preferences {
 public:
     /// What the status item shows: always an icon or a text.
@@ -66,7 +66,7 @@ public:
     /// Puts every setting back to its default, and stores them all.
     void restoreDefaults();
 
-    /// Lets the store write to the disk now what it would write soon.
+    /// Writes to the disk now what is waiting to be written.
     void flush() { defaults_.flush(); }
 
     /// Called after a real change, once for all settings that change together, and before they are stored.

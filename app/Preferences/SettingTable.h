@@ -29,7 +29,8 @@ inline constexpr auto showNotifications = "ShowNotifications";
 inline constexpr auto panelFace = "PanelFace";
 } // namespace PreferenceKey
 
-/// Which values a setting takes.
+/// Which values a setting takes. `--set` enforces every rule. Loading enforces `pingInterval`, `lossMode` and
+/// `form`; reloading also `host`. Setters enforce none.
 enum class SettingRule {
     host,           ///< a text that is not blank, without the white space around it
     positiveNumber, ///< above 0
@@ -42,7 +43,7 @@ enum class SettingRule {
 /// How a setting's default reaches its readers.
 enum class SettingDefault {
     registered, ///< the store gives it where the key is absent
-    own,        ///< the store must tell an absent key from the default: `Preferences` puts it in
+    own,        ///< `Preferences` fills in the default, so that the store can tell that the key is absent
     olderForm,  ///< none: the key is read only to migrate another setting, and never written
 };
 

@@ -10,9 +10,9 @@ class QWidget;
 
 namespace tarnwick {
 
-/// Begins when the user changes the text: by typing, pasting or with assistive technology. It is committed
-/// when Enter is pressed or another control gets the focus, and at once in a field without the focus, as when
-/// a text is dropped there. Another window or a menu that opens leaves the draft as it is.
+/// A draft begins when the user changes the text: by typing, pasting or with assistive technology. It is
+/// committed when Enter is pressed or another control gets the focus, and at once in a field without the
+/// focus, as when a text is dropped there. Another window or a menu that opens leaves the draft as it is.
 class Draft final : public QObject {
 public:
     /// `field` is the widget that has the focus while `text` is edited; both may be the same, and both

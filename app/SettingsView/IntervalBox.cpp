@@ -73,7 +73,9 @@ void IntervalBox::stepBy(int steps) {
     const auto typed = draft_.exists() ? parsed(text()) : std::nullopt;
     showSeconds(typed.value_or(setting_.get()));
     QSpinBox::stepBy(steps);
-    setting_.set(value()); // no signal is sent for a typed end of the range that the step leaves unchanged
+    // A step at the end of the range changes no value, so no signal comes. The typed number must still be
+    // set.
+    setting_.set(value());
 }
 
 QAbstractSpinBox::StepEnabled IntervalBox::stepEnabled() const {
@@ -100,8 +102,8 @@ QValidator::State IntervalBox::validate(QString& /*text*/, int& /*position*/) co
     return QValidator::Acceptable;
 }
 
-// The base class interprets the text in many places. These two make it find an unchanged value, so that it
-// leaves a draft alone.
+// The base class reads the text at many events. These two make it find the old value, so that it does not
+// replace a draft.
 
 int IntervalBox::valueFromText(const QString& /*text*/) const {
     return value();

@@ -30,12 +30,12 @@ inline constexpr int chartWidth = 36;
 
 } // namespace PanelMenuHeader
 
-/// Follows the reading only while the menu is shown, and for a moment after a panel has asked for it. Main
+/// Follows the reading while the menu is shown, and for half a minute after a panel has asked for it. Main
 /// thread.
 class PanelMenuText final : public PanelMenu {
 public:
-    /// Seconds for which the rows stay true after a panel has asked for them: some panels never report that
-    /// they show the menu, and some only read ahead.
+    /// Seconds for which the rows are kept up to date after a panel has read them: some panels never report
+    /// that they show the menu, and some only read ahead.
     static constexpr double readingTime = 30;
     /// Seconds after a panel's last call until the menu counts as closed: some panels never report that they
     /// have closed it.

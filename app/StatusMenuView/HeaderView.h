@@ -38,7 +38,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    /// Returns where it begins.
+    /// Returns its left edge.
     double drawLatency(QPainter& painter, const ViewStyle& style) const;
 
     HeaderContent content_;

@@ -31,7 +31,7 @@ public:
     /// The first one, or the last.
     void highlightEnd(int direction);
 
-    /// Chooses the row that this key chooses, if there is one.
+    /// Chooses the row with this mnemonic or shortcut. False when no row has it.
     bool chooseByMnemonic(QChar letter);
     bool chooseByShortcut(QChar character);
 

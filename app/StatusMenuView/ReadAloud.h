@@ -1,11 +1,12 @@
-// Widgets that assistive technology reads as one element each.
+// Widgets for assistive technology.
 #pragma once
 
 #include <QWidget>
 
 namespace tarnwick {
 
-/// Draws all of its content itself: there are no children to be read.
+/// A widget that assistive technology reads as one element with `setSpokenText`. Texts and charts draw all of
+/// their content themselves; a group has such widgets as children.
 class ReadAloudWidget : public QWidget {
 public:
     enum class Role { text, chart, group };

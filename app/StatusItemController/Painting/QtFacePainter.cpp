@@ -13,7 +13,7 @@ namespace tarnwick {
 
 namespace {
 
-/// Height of a menu bar, in points, that an image of 14 points fits with the right margins.
+/// A bar of this height, in points, leaves the right margins around an image of 14 points.
 constexpr double barHeight = 22;
 
 TemplateImagePtr icon(const StatusFace& face) {

@@ -121,7 +121,8 @@ Layout layout(const Content& content, int side) {
     } else if (content.bars) {
         layout.bars = barRects(side, side, side * barsShare);
         const int gap = std::max(1, rounded(side / 22.0));
-        // Where it shows, round digits get room for their excess over straight ones.
+        // Round digits are a little higher than straight ones. In large squares the figure starts lower, so
+        // that they fit.
         const int margin = side / 44;
         layout.figure = {0, margin, side, side - layout.bars.back().height() - gap - margin};
     } else if (hasFigure) {

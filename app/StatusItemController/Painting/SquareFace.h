@@ -23,7 +23,7 @@ struct Content {
 /// While the connection is down: the triangle, even if the face has no icon.
 [[nodiscard]] Content content(const StatusFace& face);
 
-/// Where it is drawn, in pixels of a square; all of it whole, so that edges are sharp at every size.
+/// Where the parts lie, in whole pixels of the square, so that edges are sharp at every size.
 struct Layout {
     QRect triangle{};
     QRect figure{}; ///< the figure is as high as this, and at most as wide
