@@ -51,6 +51,20 @@ protected:
 
 } // namespace
 
+TEST_F(PanelMenuTextTest, TheMenuIsOpenFromItsShowingToItsHiding) {
+    showMenu();
+    int opened = 0;
+    int closed = 0;
+    menu->onWillOpen = [&opened] { ++opened; };
+    menu->onDidClose = [&closed] { ++closed; };
+
+    panelMenu->didShow();
+    EXPECT_EQ(std::pair(opened, closed), std::pair(1, 0));
+
+    panelMenu->didHide();
+    EXPECT_EQ(std::pair(opened, closed), std::pair(1, 1));
+}
+
 // The header.
 
 TEST_F(PanelMenuTextTest, TheFirstLineHasQualityLatencyAndLoss) {
