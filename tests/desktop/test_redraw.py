@@ -54,11 +54,14 @@ class Redraw(unittest.TestCase):
     def test_a_change_is_told(self) -> None:
         program = Program(self.desktop)
         self.addCleanup(program.end)
-        item = program.item()
+        item = program.item_up()
         bus = self.desktop.session.bus
         with Listener(bus.address, f"type='signal',sender='{bus.owner(item.service)}'") as listener:
-            program.item_up()
+            settings = self.desktop.session.config / "Tarnwick/settings.json"
+            self.desktop.session.write(settings, '{"PanelFace": "wide"}')
+            self.addCleanup(settings.unlink)
 
-            told = {message.member for message in listener.messages()}
+            def is_told() -> bool:
+                return "NewIcon" in {message.member for message in listener.messages()}
 
-        self.assertIn("NewToolTip", told)
+            eventually(is_told, PATIENCE, "the panel is told of the other image")
