@@ -15,14 +15,18 @@ namespace tarnwick::test {
 /// ending thread still owns for a leak.
 class ThreadsEnd : public testing::Environment {
 public:
-    void SetUp() override { usual_ = count(); }
+    void SetUp() override {
+        // Before its first thread, a program may not have that of a sanitizer yet.
+        std::thread([] {}).join();
+        usual_ = count();
+    }
 
     void TearDown() override {
         constexpr std::chrono::milliseconds pause(5);
         for (int attempt = 0; attempt < 4000 && count() > usual_; ++attempt) {
             std::this_thread::sleep_for(pause);
         }
-        EXPECT_EQ(count(), usual_);
+        EXPECT_LE(count(), usual_);
     }
 
 private:
@@ -30,7 +34,7 @@ private:
         return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
     }
 
-    std::ptrdiff_t usual_ = 0; ///< a sanitizer may have one of its own
+    std::ptrdiff_t usual_ = 0;
 };
 
 } // namespace tarnwick::test
