@@ -81,6 +81,9 @@ void LogindSleepMonitor::managerAnnounced(bool isStart) {
 }
 
 void LogindSleepMonitor::check() {
+    if (!episodes_) {
+        return;
+    }
     const bool wasAsleep = episodes_->isAsleep();
     tell(episodes_->check(clocks()));
     const bool hasWoken = wasAsleep && !episodes_->isAsleep();
