@@ -53,7 +53,6 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
     : loop_(loop),
       bus_(bus),
       settings_(loop, SettingsFile::defaultPath(), setup.settings),
-      prefs_(settings_),
       network_(loop),
       path_(loop),
       systemBus_(loop, BusConnection::systemAddress()),
@@ -61,7 +60,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       notifications_(loop, bus, DesktopNotificationCenter::surroundings(), setup.iconFolder),
       loginItem_(runningProgram(), AutostartEntry::presentSession(isSandboxed())),
       monitor_(
-          prefs_,
+          settings_.preferences(),
           {
               .loop = loop,
               .network = network_,
@@ -69,13 +68,6 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
               .sleep = sleep_,
               .notifications = notifications_,
               .store = StatsStore::defaultStore(),
-          }),
-      settingsWatch_(
-          loop, SettingsFile::defaultPath(),
-          [this] {
-              if (settings_.reload()) {
-                  prefs_.reload();
-              }
           }),
       // No update framework yet.
       menu_(StatusItemController::menuItems(false)),
@@ -86,7 +78,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
     quitOnTerminationSignals();
     sessionEnd_ = std::make_unique<SessionEnd>([this] {
         monitor_.saveStats();
-        settings_.flush();
+        settings_.preferences().flush();
     });
 }
 

@@ -6,12 +6,12 @@
 #include "app/StatusItemController/Painting/QtFacePainter.h"
 #include "app/StatusItemController/PanelMenuText.h"
 #include "app/StatusItemController/StatusItemController.h"
+#include "app/UserSettings/UserSettings.h"
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/bus/BusConnection.h"
 #include "platform/bus/ColorScheme.h"
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/LogindSleepMonitor.h"
-#include "platform/linux/FileWatch.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/SignalWatch.h"
 #include "platform/panel/NotifierStatusItem.h"
@@ -57,8 +57,7 @@ private:
 
     RunLoop& loop_;
     BusConnection& bus_;
-    SettingsFile settings_;
-    Preferences prefs_;
+    UserSettings settings_;
     SystemPingNetwork network_;
     RoutePathMonitor path_;
     BusConnection systemBus_;
@@ -66,7 +65,6 @@ private:
     DesktopNotificationCenter notifications_;
     AutostartEntry loginItem_;
     Monitor monitor_;
-    FileWatch settingsWatch_;
     Menu menu_;
     SettingsModel settingsModel_;
     QtFacePainter painter_;

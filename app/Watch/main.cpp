@@ -2,11 +2,11 @@
 #include "app/CommandLine/ArgumentParser.h"
 #include "app/CommandLine/StartUp.h"
 #include "app/CommandLine/WatchOptions.h"
+#include "app/UserSettings/UserSettings.h"
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/LogindSleepMonitor.h"
-#include "platform/linux/FileWatch.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/SignalWatch.h"
@@ -57,8 +57,7 @@ public:
 
 private:
     EpollRunLoop loop_;
-    SettingsFile settings_;
-    Preferences prefs_{settings_};
+    UserSettings settings_;
     SystemPingNetwork network_{loop_};
     RoutePathMonitor path_{loop_};
     BusConnection systemBus_{loop_, BusConnection::systemAddress()};
@@ -68,7 +67,7 @@ private:
     DesktopNotificationCenter notifications_{
         loop_, sessionBus_, DesktopNotificationCenter::surroundings(), TARNWICK_ICON_FOLDER};
     Monitor monitor_{
-        prefs_,
+        settings_.preferences(),
         {
             .loop = loop_,
             .network = network_,
@@ -77,11 +76,6 @@ private:
             .notifications = notifications_,
             .store = StatsStore::defaultStore(),
         }};
-    FileWatch settingsWatch_{loop_, SettingsFile::defaultPath(), [this] {
-                                 if (settings_.reload()) {
-                                     prefs_.reload();
-                                 }
-                             }};
 };
 
 /// Returns what went wrong, or an empty text.

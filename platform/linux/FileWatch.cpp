@@ -43,8 +43,19 @@ FileWatch::FileWatch(RunLoop& loop, fs::path file, std::function<void()> onChang
       inotify_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
     if (inotify_.isOpen()) {
         watchPlaces();
-        readable_ = loop.watchReadable(inotify_.get(), [this] { readEvents(); });
+        readable_ = loop.watchReadable(inotify_.get(), [this] {
+            if (takeEvents()) {
+                changed();
+            }
+        });
     }
+}
+
+void FileWatch::forgetChanges() {
+    settling_.reset();
+    // First, since it makes events itself.
+    watchPlaces();
+    static_cast<void>(takeEvents());
 }
 
 std::vector<FileWatch::Place> FileWatch::places() const {
@@ -92,7 +103,7 @@ void FileWatch::watch(const std::vector<Place>& places) {
     watched_ = std::move(next);
 }
 
-void FileWatch::readEvents() {
+bool FileWatch::takeEvents() {
     EventBuffer buffer;
     bool isChanged = false;
     for (int reads = 0; reads < mostReads; ++reads) {
@@ -102,9 +113,7 @@ void FileWatch::readEvents() {
         }
         isChanged = concernsFile(buffer.bytes.data(), static_cast<std::size_t>(size)) || isChanged;
     }
-    if (isChanged) {
-        changed();
-    }
+    return isChanged;
 }
 
 bool FileWatch::concernsFile(const char* events, std::size_t size) const {

@@ -25,6 +25,10 @@ public:
     FileWatch(const FileWatch&) = delete;
     FileWatch& operator=(const FileWatch&) = delete;
 
+    /// Reports nothing of what has happened so far. Look at the file afterwards: other programs may have
+    /// changed it too.
+    void forgetChanges();
+
 private:
     struct Place {
         std::filesystem::path folder;
@@ -41,7 +45,8 @@ private:
     [[nodiscard]] std::vector<Place> places() const;
     void watchPlaces();
     void watch(const std::vector<Place>& places);
-    void readEvents();
+    /// Whether one of the waiting events concerns the file.
+    [[nodiscard]] bool takeEvents();
     [[nodiscard]] bool concernsFile(const char* events, std::size_t size) const;
     void changed();
 

@@ -82,6 +82,7 @@ SettingsFile::SettingsFile(RunLoop& loop, std::filesystem::path path, Table forT
 
 // NOLINTNEXTLINE(bugprone-exception-escape): only a lack of memory throws, and it ends the program
 SettingsFile::~SettingsFile() {
+    onWritten = nullptr;
     flush();
 }
 
@@ -165,7 +166,8 @@ void SettingsFile::write() {
     const bool hasForeignChanges = presentText != knownText_;
     const std::optional<Json> present = objectIn(presentText);
     Json next = stored_->withUnsaved(present.value_or(stored_->object));
-    if (!present || *present != next) {
+    const bool isNew = !present || *present != next;
+    if (isNew) {
         const std::string text = next.dump(4, ' ', false, Json::error_handler_t::replace) + "\n";
         if ((!present && FileStore::keepAside(path_)) || FileStore::replace(path_, text)) {
             return; // the changes stay unsaved until the next write
@@ -175,6 +177,9 @@ void SettingsFile::write() {
     }
     stored_->object = std::move(next);
     stored_->unsaved.clear();
+    if (isNew && onWritten) {
+        onWritten();
+    }
 }
 
 } // namespace tarnwick

@@ -5,6 +5,7 @@
 #include "platform/ports/UserDefaults.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 
 namespace tarnwick {
@@ -20,7 +21,7 @@ public:
     /// `loop` outlives it. The values `forThisRun` lie above the stored ones and are never written; storing
     /// or removing a key ends its value.
     SettingsFile(RunLoop& loop, std::filesystem::path path, Table forThisRun = {});
-    /// Writes what is not written yet.
+    /// Writes what is not written yet, without a call of `onWritten`.
     ~SettingsFile() override;
 
     /// "Tarnwick/settings.json" in $XDG_CONFIG_HOME, else in ~/.config.
@@ -37,6 +38,9 @@ public:
     void set(const std::string& key, const Value& value) override;
     void remove(const std::string& key) override;
     void flush() override;
+
+    /// Called after each write of the file.
+    std::function<void()> onWritten;
 
 private:
     struct Stored;

@@ -151,6 +151,33 @@ TEST_F(FileWatchTest, WritingWithoutEndIsTold) {
     EXPECT_TRUE(isTold());
 }
 
+TEST_F(FileWatchTest, ForgottenChangesAreNotTold) {
+    watch();
+    test::writeFile(file_, "second");
+    watch_->forgetChanges();
+    EXPECT_TRUE(isQuiet());
+    test::writeFile(file_, "third");
+    EXPECT_TRUE(isTold());
+}
+
+TEST_F(FileWatchTest, AChangeThatWaitsForItsReportIsForgottenToo) {
+    watch();
+    test::writeFile(file_, "second");
+    test::runOneTurn(loop_, 20);
+    watch_->forgetChanges();
+    EXPECT_TRUE(isQuiet());
+}
+
+TEST_F(FileWatchTest, FoldersMadeWithTheForgottenChangeAreWatched) {
+    fs::remove_all(home_);
+    watch();
+    test::writeFile(file_, "second");
+    watch_->forgetChanges();
+    EXPECT_TRUE(isQuiet());
+    test::writeFile(file_, "third");
+    EXPECT_TRUE(isTold());
+}
+
 // Folders.
 
 TEST_F(FileWatchTest, AFileThatIsMadeLaterIsToldTogetherWithItsFolders) {

@@ -258,6 +258,25 @@ TEST_F(SettingsFileTest, WhatIsNotWrittenYetIsWrittenAtTheEnd) {
     EXPECT_EQ(Json::parse(test::contentOf(path_)), Json({{"PingTimeout", 2.0}}));
 }
 
+TEST_F(SettingsFileTest, EachWriteButTheOneAtTheEndIsTold) {
+    int told = 0;
+    {
+        SettingsFile settings(loop_, path_);
+        settings.onWritten = [&] { ++told; };
+        settings.flush();
+        EXPECT_EQ(told, 0);
+        settings.set("PingTimeout", 2.0);
+        settings.flush();
+        EXPECT_EQ(told, 1);
+        settings.set("PingTimeout", 2.0);
+        settings.flush();
+        EXPECT_EQ(told, 1) << "the file held this already";
+        settings.set("PingTimeout", 3.0);
+    }
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(Json::parse(test::contentOf(path_)), Json({{"PingTimeout", 3.0}}));
+}
+
 // Its place.
 
 TEST(SettingsFilePath, FollowsTheFoldersOfTheUser) {

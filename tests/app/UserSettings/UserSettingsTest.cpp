@@ -1,0 +1,142 @@
+// The settings with their file, its watch and the programs' loop, on a real file system.
+#include "app/UserSettings/UserSettings.h"
+
+#include "platform/loop/EpollRunLoop.h"
+#include "tests/support/Files.h"
+#include "tests/support/LoopTurn.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace tarnwick {
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class UserSettingsTest : public testing::Test {
+protected:
+    Preferences& open() {
+        settings_ = std::make_unique<UserSettings>(loop_, file_, UserDefaults::Table{});
+        return settings_->preferences();
+    }
+
+    /// Whether it is so soon.
+    [[nodiscard]] bool isSoon(const std::function<bool()>& condition) {
+        const double patience = loop_.now() + 20;
+        while (!condition() && loop_.now() < patience) {
+            test::runOneTurn(loop_, 0.1);
+        }
+        return condition();
+    }
+
+    [[nodiscard]] bool isWritten(const std::string& text) {
+        return isSoon([&] { return test::contentOf(file_).find(text) != std::string::npos; });
+    }
+
+    test::TemporaryFolder folder_;
+    fs::path file_ = folder_.path() / "config" / "Product" / "settings.json";
+    EpollRunLoop loop_;
+    std::unique_ptr<UserSettings> settings_;
+};
+
+/// What lies at the place of the file before the program's own write.
+class OwnWrite : public UserSettingsTest, public testing::WithParamInterface<const char*> {
+protected:
+    OwnWrite() {
+        const std::string present = GetParam();
+        if (present == "folder") {
+            fs::create_directories(file_.parent_path());
+        } else if (present == "file") {
+            test::writeFile(file_, "{}");
+        } else if (present == "damage") {
+            test::writeFile(file_, "no object");
+        } else if (present == "link") {
+            test::writeFile(folder_.path() / "elsewhere" / "real.json", "{}");
+            fs::create_directories(file_.parent_path());
+            fs::create_symlink(folder_.path() / "elsewhere" / "real.json", file_);
+        }
+    }
+};
+
+} // namespace
+
+// The system puts an event into the queue while the file changes: no event comes later.
+TEST_P(OwnWrite, LeavesTheLoopNothingToDo) {
+    Preferences& preferences = open();
+    preferences.setHostname("own.example");
+    ASSERT_TRUE(isWritten("own.example"));
+    EXPECT_FALSE(test::runOneTurn(loop_, 0));
+}
+
+TEST_P(OwnWrite, DoesNotEndTheWatch) {
+    Preferences& preferences = open();
+    preferences.setHostname("own.example");
+    ASSERT_TRUE(isWritten("own.example"));
+    test::writeFile(file_, R"({"Hostname": "other.example"})");
+    EXPECT_TRUE(isSoon([&] { return preferences.hostname() == "other.example"; }));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Over, OwnWrite, testing::Values("nothing", "folder", "file", "damage", "link"),
+    [](const auto& tried) { return std::string(tried.param); });
+
+TEST_F(UserSettingsTest, AHandEditIsTakenOverAndToldOnce) {
+    test::writeFile(file_, R"({"Hostname": "first.example", "PingInterval": 2})");
+    const Preferences& preferences = open();
+    int hostChanges = 0;
+    const TrackingHandle reader =
+        withTracking([&] { static_cast<void>(preferences.hostname()); }, [&] { ++hostChanges; });
+    test::writeFile(file_, R"({"Hostname": "by.hand", "PingInterval": 600})");
+    EXPECT_TRUE(isSoon([&] { return preferences.hostname() == "by.hand"; }));
+    EXPECT_EQ(preferences.pingInterval(), 60);
+    EXPECT_EQ(hostChanges, 1);
+}
+
+TEST_F(UserSettingsTest, TwoRunningProgramsLearnOfEachOthersChanges) {
+    Preferences& mine = open();
+    UserSettings other(loop_, file_, {});
+    mine.setHostname("mine.example");
+    EXPECT_TRUE(isSoon([&] { return other.preferences().hostname() == "mine.example"; }));
+    other.preferences().setPingInterval(7);
+    EXPECT_TRUE(isSoon([&] { return mine.pingInterval() == 7; }));
+    EXPECT_EQ(mine.hostname(), "mine.example");
+}
+
+TEST_F(UserSettingsTest, AValueForThisRunStaysAboveAHandEdit) {
+    UserSettings settings(loop_, file_, {{PreferenceKey::hostname, std::string("for.this.run")}});
+    test::writeFile(file_, R"({"Hostname": "by.hand", "PingInterval": 5})");
+    EXPECT_TRUE(isSoon([&] { return settings.preferences().pingInterval() == 5; }));
+    EXPECT_EQ(settings.preferences().hostname(), "for.this.run");
+}
+
+TEST_F(UserSettingsTest, WithoutTheFileTheDefaultsHold) {
+    test::writeFile(file_, R"({"Hostname": "first.example"})");
+    const Preferences& preferences = open();
+    fs::remove_all(file_.parent_path());
+    EXPECT_TRUE(isSoon([&] { return preferences.hostname() == "1.1.1.1"; }));
+    test::writeFile(file_, R"({"Hostname": "again.example"})");
+    EXPECT_TRUE(isSoon([&] { return preferences.hostname() == "again.example"; }));
+}
+
+TEST_F(UserSettingsTest, AChangeByAnotherProgramJustBeforeTheWriteIsTakenOver) {
+    Preferences& preferences = open();
+    preferences.setPingInterval(7);
+    test::writeFile(file_, R"({"Hostname": "other.example"})");
+    preferences.flush();
+    EXPECT_EQ(preferences.hostname(), "other.example");
+    EXPECT_EQ(preferences.pingInterval(), 7);
+    EXPECT_THAT(test::contentOf(file_), HasSubstr("other.example"));
+}
+
+TEST_F(UserSettingsTest, AnUnsavedChangeIsWrittenAtTheEnd) {
+    open().setHostname("own.example");
+    settings_.reset();
+    EXPECT_THAT(test::contentOf(file_), HasSubstr("own.example"));
+}
+
+} // namespace tarnwick
