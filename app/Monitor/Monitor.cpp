@@ -104,8 +104,7 @@ void Monitor::stopPinging() {
 void Monitor::schedulePingTimer() {
     const double interval = prefs_.pingInterval();
     const double now = loop_.now();
-    const double firstFire = lastPingSent_ ? std::max(now, *lastPingSent_ + interval) : now + interval;
-    pingTimer_ = loop_.every(firstFire, interval, [this] { sendPing(); });
+    pingTimer_ = loop_.every(std::max(now, lastPingSent_ + interval), interval, [this] { sendPing(); });
 }
 
 Sample* Monitor::sampleOf(std::uint64_t id) {
@@ -115,9 +114,6 @@ Sample* Monitor::sampleOf(std::uint64_t id) {
 }
 
 void Monitor::sendPing() {
-    if (!pinger_) {
-        return;
-    }
     const PublishAtEnd publishAtEnd(*this);
     const std::uint64_t id = nextPingId_++;
     const RunLoop::WallTime date = loop_.wallNow();

@@ -35,10 +35,9 @@ void Monitor::hostChanged() {
     measured_.lossIsKnown = false;
     measured_.resolvedAddress = std::nullopt;
     measured_.startError = std::nullopt;
-    stopPinging();
     pending_.clear();
     refreshWatchdogConfig();
-    // Asleep, nothing is pinged; the wake restarts pinging.
+    // Restarts pinging at once. Asleep, nothing is pinged; the wake restarts it.
     const double restartAfter = asleep_ ? restartAfterWake : 0;
     carryOut(watchdog_.reset(loop_.now(), restartAfter, true));
 }

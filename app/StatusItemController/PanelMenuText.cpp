@@ -26,7 +26,7 @@ std::string_view block(const LatencyChart::Bucket& bucket, double scaleMax) {
     if (!bucket.worstRtt) {
         return bucket.lost ? lossBlock : emptyBlock;
     }
-    const double share = std::min(*bucket.worstRtt / scaleMax, 1.0);
+    const double share = *bucket.worstRtt / scaleMax;
     const auto step = static_cast<std::size_t>(share * static_cast<double>(replyBlocks.size()));
     return replyBlocks[std::min(step, replyBlocks.size() - 1)];
 }
@@ -119,7 +119,6 @@ std::vector<PanelMenuRow> PanelMenuText::rows() const {
 void PanelMenuText::choose(int id) {
     if (id == qualityId) {
         openDropDown_();
-        return;
     }
     const auto position = static_cast<std::size_t>(id - firstItemId);
     if (id >= firstItemId && position < menu_.items().size()) {

@@ -47,7 +47,6 @@ void Pinger::stop() {
     sockets_.clear();
     addresses_.clear();
     sentTo_.clear();
-    selector_ = {};
 }
 
 const ResolvedAddress* Pinger::address() const {
