@@ -25,9 +25,9 @@ using namespace test;
 
 class FileStoreTest : public testing::Test {
 protected:
-    [[nodiscard]] std::optional<std::string> read() {
-        error_.clear();
-        return FileStore::read(file, error_);
+    [[nodiscard]] std::optional<std::string> read() const {
+        std::error_code error;
+        return FileStore::read(file, error);
     }
 
     [[nodiscard]] std::error_code replace(std::string_view text) const {
@@ -36,49 +36,20 @@ protected:
 
     test::TemporaryFolder folder;
     fs::path file = folder.path() / "figures.json";
-    std::error_code error_;
 };
 
-TEST_F(FileStoreTest, ReadsAFileAsAWhole) {
-    const std::string text = std::string(10'000, 'a') + '\0' + "end\n";
-    writeFile(file, text);
-    EXPECT_EQ(read(), text);
-    EXPECT_FALSE(error_);
+TEST_F(FileStoreTest, ReadsOnAfterASignal) {
+    writeFile(file, "whole");
+    interruptedReads = 2;
+    EXPECT_EQ(read(), "whole");
+    EXPECT_EQ(interruptedReads, 0);
 }
 
-TEST_F(FileStoreTest, ReadsAnEmptyFileAsAnEmptyText) {
-    writeFile(file, "");
-    EXPECT_EQ(read(), "");
-}
-
-TEST_F(FileStoreTest, TellsAMissingFileFromOthers) {
-    EXPECT_EQ(read(), std::nullopt);
-    EXPECT_EQ(error_, std::errc::no_such_file_or_directory);
-}
-
-TEST_F(FileStoreTest, DoesNotReadAFolder) {
-    fs::create_directory(file);
-    EXPECT_EQ(read(), std::nullopt);
-    EXPECT_TRUE(error_);
-}
-
-TEST_F(FileStoreTest, DoesNotWaitForTheOtherEndOfAPipe) {
-    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
-    EXPECT_EQ(read(), std::nullopt);
-    EXPECT_TRUE(error_);
-}
-
-TEST_F(FileStoreTest, DoesNotReadAFileOfMoreThanSixteenMegabytes) {
-    writeFile(file, "");
-    fs::resize_file(file, (std::uintmax_t{16} << 20) + 1);
-    EXPECT_EQ(read(), std::nullopt);
-    EXPECT_EQ(error_, std::errc::file_too_large);
-}
-
-TEST_F(FileStoreTest, DoesNotReadADeviceThatNeverEnds) {
-    file = "/dev/zero";
-    EXPECT_EQ(read(), std::nullopt);
-    EXPECT_TRUE(error_);
+TEST_F(FileStoreTest, WritesOnAfterASignal) {
+    interruptedWrites = 2;
+    EXPECT_FALSE(replace("whole"));
+    EXPECT_EQ(interruptedWrites, 0);
+    EXPECT_EQ(contentOf(file), "whole");
 }
 
 TEST_F(FileStoreTest, WritesAFileThatWasNotThere) {
@@ -138,6 +109,13 @@ TEST_F(FileStoreTest, KeepsThePermissionsOfTheOldFile) {
     EXPECT_EQ(fs::status(file).permissions(), wanted);
 }
 
+TEST_F(FileStoreTest, GivesANewFileThePermissionsThatTheUserWants) {
+    const mode_t before = ::umask(0);
+    EXPECT_FALSE(replace("new"));
+    ::umask(before);
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms{0666});
+}
+
 TEST_F(FileStoreTest, FollowsALinkToTheFileThatItNames) {
     const fs::path target = folder.path() / "elsewhere" / "real.json";
     fs::create_directory(target.parent_path());
@@ -156,6 +134,12 @@ TEST_F(FileStoreTest, FollowsALinkThatNamesItsTargetRelativeToItself) {
     ASSERT_FALSE(replace("new"));
     EXPECT_TRUE(fs::is_symlink(file));
     EXPECT_EQ(contentOf(folder.path() / "real.json"), "new");
+}
+
+TEST_F(FileStoreTest, ReplacesALinkThatNamesItself) {
+    fs::create_symlink(file, file);
+    EXPECT_FALSE(replace("new"));
+    EXPECT_EQ(contentOf(file), "new");
 }
 
 TEST_F(FileStoreTest, ReportsAFileThatStandsInThePlaceOfAFolder) {
@@ -244,11 +228,22 @@ TEST_F(FileStoreTest, LetsASecondWriterOfTheSameMomentTryAgainLater) {
     writeFile(file, "old");
     fs::path draft = file;
     draft += ".new";
-    const FileDescriptor other(::open(draft.c_str(), O_WRONLY | O_CREAT, 0600));
+    FileDescriptor other(::open(draft.c_str(), O_WRONLY | O_CREAT, 0600));
     ASSERT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), 0);
 
     EXPECT_EQ(replace("new"), std::errc::resource_unavailable_try_again);
     EXPECT_EQ(contentOf(file), "old");
+
+    other.reset();
+    EXPECT_FALSE(replace("new"));
+    EXPECT_EQ(contentOf(file), "new");
+}
+
+TEST_F(FileStoreTest, IsWrittenWhereTheFileSystemHasNoLocks) {
+    lockError = ENOLCK;
+    EXPECT_FALSE(replace("new"));
+    EXPECT_EQ(lockError, 0);
+    EXPECT_EQ(contentOf(file), "new");
 }
 
 TEST_F(FileStoreTest, LeavesAFileAloneThatAnotherWriterPutInPlaceAsItsDraft) {
@@ -354,6 +349,40 @@ TEST_F(FileStoreTest, KeepsTheFileAsideThatALinkNames) {
     EXPECT_FALSE(FileStore::keepAside(file));
     ASSERT_FALSE(replace("new"));
     EXPECT_EQ(contentOf(folder.path() / "elsewhere" / "real.json.unreadable"), "odd");
+}
+
+TEST_F(FileStoreTest, KeepsNoMoreThanNinetyNineFilesAside) {
+    for (int number = 1; number <= 99; ++number) {
+        writeFile(file, "odd");
+        ASSERT_FALSE(FileStore::keepAside(file));
+        fs::remove(file);
+    }
+    writeFile(file, "one too many");
+    EXPECT_EQ(FileStore::keepAside(file), std::errc::file_exists);
+    EXPECT_EQ(contentOf(file), "one too many");
+    EXPECT_EQ(fileCount(folder.path()), 100);
+}
+
+/// On a file system without hard links.
+class FileStoreWithoutLinks : public FileStoreTest {
+protected:
+    FileStoreWithoutLinks() { linkError = EPERM; }
+
+    ~FileStoreWithoutLinks() override { linkError = 0; }
+};
+
+TEST_F(FileStoreWithoutLinks, KeepsAFileAsideByRenamingIt) {
+    writeFile(file, "odd");
+    EXPECT_FALSE(FileStore::keepAside(file));
+    EXPECT_FALSE(fs::exists(file));
+    EXPECT_EQ(contentOf(folder.path() / "figures.json.unreadable"), "odd");
+}
+
+TEST_F(FileStoreWithoutLinks, ReportsAFileThatCanNotBeKeptAside) {
+    writeFile(file, "odd");
+    fs::create_directory(folder.path() / "figures.json.unreadable");
+    EXPECT_EQ(FileStore::keepAside(file), std::errc::is_a_directory);
+    EXPECT_EQ(contentOf(file), "odd");
 }
 
 TEST_F(FileStoreTest, HasNothingToPutAsideWithoutAFile) {

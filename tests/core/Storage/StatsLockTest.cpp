@@ -2,14 +2,17 @@
 #include "core/Storage/StatsLock.h"
 
 #include "tests/core/ChildProcess.h"
+#include "tests/core/Storage/PrivateMounts.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Unprivileged.h"
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <fstream>
 #include <optional>
+#include <sys/stat.h>
 
 namespace tarnwick {
 namespace {
@@ -132,6 +135,55 @@ TEST_F(StatsLockTest, IsNotToBeHadOnAFileThatMayNotBeRead) {
     fs::permissions(lockFile, fs::perms::none);
 
     EXPECT_EQ(first->acquire(), Attempt::impossible);
+}
+
+TEST_F(StatsLockTest, MakesAFileWithThePermissionsThatTheUserWants) {
+    const mode_t before = ::umask(0);
+    EXPECT_EQ(first->acquire(), Attempt::taken);
+    ::umask(before);
+    EXPECT_EQ(fs::status(lockFile).permissions(), fs::perms{0666});
+}
+
+/// Whether a program that is started now would get the open lock file: it would hold the lock on.
+bool isPassedOn(const fs::path& file) {
+    for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code error;
+        if (fs::equivalent(entry.path(), file, error) && !error) {
+            return (::fcntl(std::stoi(entry.path().filename()), F_GETFD) & FD_CLOEXEC) == 0;
+        }
+    }
+    ADD_FAILURE() << file << " is not open";
+    return true;
+}
+
+TEST_F(StatsLockTest, IsNotPassedOnToProgramsThatAreStarted) {
+    ASSERT_EQ(first->acquire(), Attempt::taken);
+    EXPECT_FALSE(isPassedOn(lockFile));
+}
+
+TEST_F(StatsLockTest, OnAFileThatMayOnlyBeReadIsNotPassedOnEither) {
+    const Unprivileged user;
+    ASSERT_TRUE(user.isOrdinary());
+    writeFile(lockFile, "");
+    fs::permissions(lockFile, fs::perms::owner_read);
+
+    ASSERT_EQ(first->acquire(), Attempt::taken);
+    EXPECT_FALSE(isPassedOn(lockFile));
+}
+
+TEST_F(StatsLockTest, IsImpossibleOnADiskThatIsWriteProtected) {
+    const std::optional<int> status = exitStatusOf([this] {
+        if (!havePrivateMounts() || !mountSmallDisk(folder.path())) {
+            return noMounts;
+        }
+        fs::create_directory(lockFile.parent_path());
+        writeFile(lockFile, "");
+        return protectFromWriting(folder.path()) && first->acquire() == Attempt::impossible ? 0 : 1;
+    });
+    if (status == noMounts) {
+        TARNWICK_CANNOT_RUN("no file systems of its own here");
+    }
+    EXPECT_EQ(status, 0);
 }
 
 } // namespace
