@@ -9,6 +9,7 @@
 #include <clocale>
 #include <cmath>
 #include <limits>
+#include <locale>
 #include <string>
 
 namespace tarnwick {
@@ -64,6 +65,19 @@ TEST(ParsedNumber, OutOfRangeIsJudgedByItsSizeAndNotByItsExponent) {
     EXPECT_EQ(Text::parseNumber("1" + zeros), unbounded);
     EXPECT_EQ(Text::parseNumber("-1" + zeros + "e-5"), -unbounded);
     EXPECT_EQ(Text::parseNumber("0." + zeros + "1e5"), 0.0);
+}
+
+/// Writes one and a half as "1,5".
+class DecimalComma : public std::numpunct<char> {
+protected:
+    char do_decimal_point() const override { return ','; }
+};
+
+TEST(ParsedNumber, OutOfRangeKeepsItsPointWhateverTheGlobalLocale) {
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
+    const std::optional<double> number = Text::parseNumber("1.5e-999");
+    std::locale::global(before);
+    EXPECT_EQ(number, 0.0);
 }
 
 TEST(ParsedNumber, MayBeNotANumber) {

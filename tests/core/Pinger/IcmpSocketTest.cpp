@@ -112,6 +112,9 @@ TEST_P(IcmpSocketTest, HasTheKernelsIdentifierWhenTheOneAskedForIsTaken) {
     EXPECT_NE(second.identifier, first.identifier);
     EXPECT_NE(second.identifier, 0);
     EXPECT_EQ(second.identifier, boundPort(second.descriptor.get()));
+    const IcmpSocket third = open(first.identifier);
+    EXPECT_NE(third.identifier, first.identifier);
+    EXPECT_NE(third.identifier, second.identifier);
 }
 
 TEST_P(IcmpSocketTest, HasTheKernelsIdentifierWhenNoneIsAskedFor) {

@@ -83,6 +83,11 @@ INSTANTIATE_TEST_SUITE_P(
     ReceiveTime, WallClockJump,
     testing::Values(Jump{0.0099, false}, Jump{0.0101, true}, Jump{-0.0099, false}, Jump{-0.0101, true}));
 
+TEST(ReceiveTime, IsOrdinaryAtTheLimits) {
+    EXPECT_EQ(receiveTime({.monotonic = 0.001, .wall = 0.001, .stamp = 0}, 0), 0.001);
+    EXPECT_EQ(receiveTime({.monotonic = 0, .wall = 0.01, .stamp = 0}, 0), -0.01);
+}
+
 TEST(ReceiveTime, IsNeverAfterTheMonotonicReading) {
     EXPECT_EQ(receiveTime({.monotonic = monotonic, .wall = wall, .stamp = wall + 5}, wallAhead), monotonic);
 }
