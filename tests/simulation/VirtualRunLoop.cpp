@@ -82,6 +82,11 @@ RunLoop::Handle VirtualRunLoop::every(double firstFire, double interval, Task ta
     return addTimer(firstFire, interval, std::move(task));
 }
 
+RunLoop::Handle VirtualRunLoop::everyRoughly(double firstFire, double interval, double tolerance, Task task) {
+    largestTolerance_ = std::max(largestTolerance_, tolerance);
+    return every(firstFire, interval, std::move(task));
+}
+
 RunLoop::Handle VirtualRunLoop::addTimer(double fireTime, double interval, Task task) {
     const std::uint64_t key = nextKey_++;
     timers_.emplace(

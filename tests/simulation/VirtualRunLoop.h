@@ -34,6 +34,9 @@ public:
     /// Makes a watched descriptor count as writable once.
     void makeWritable(int descriptor) { runWatches(writingWatches_, descriptor); }
 
+    /// Seconds by which a timer of all that were made may be late; none is.
+    [[nodiscard]] double largestTolerance() const { return largestTolerance_; }
+
     [[nodiscard]] std::size_t timerCount() const { return timers_.size(); }
 
     [[nodiscard]] double now() const override { return now_; }
@@ -42,6 +45,8 @@ public:
     void post(Task task) override;
     [[nodiscard]] Handle after(double delay, Task task) override;
     [[nodiscard]] Handle every(double firstFire, double interval, Task task) override;
+    [[nodiscard]] Handle everyRoughly(
+        double firstFire, double interval, double tolerance, Task task) override;
     [[nodiscard]] Handle watchReadable(int descriptor, Task task) override;
     [[nodiscard]] Handle watchWritable(int descriptor, Task task) override;
     [[nodiscard]] bool detach(std::function<Task()> work) override;
@@ -80,6 +85,7 @@ private:
     static void runWatches(const Watches& watches, int descriptor);
 
     double now_ = 1000;
+    double largestTolerance_ = 0;
     WallTime wallAtStart_ = WallTime(std::chrono::hours(24 * 365 * 50));
     std::deque<Task> posted_;
     bool holdsDetachedWork_ = false;

@@ -74,6 +74,29 @@ TEST_F(StatsRecorderTakeoverTest, FiguresTakenOverAreWrittenAgainToOutliveAPower
     EXPECT_NE(fileNumber(), takenOver);
 }
 
+TEST_F(StatsRecorderTakeoverTest, FiguresAreTakenOverOnce) {
+    start(first).save(host, sent(10), forTheCrash);
+    std::filesystem::remove(store.url.string() + ".lock");
+    start(second).save(host, sent(11), forTheCrash);
+    second.reset();
+    ASSERT_EQ(first->save(host, sent(12), forTheCrash), Saved::tookOver);
+    std::filesystem::remove(store.url.string() + ".lock");
+
+    EXPECT_EQ(first->save(host, sent(12), forTheCrash), Saved::asTold);
+
+    EXPECT_EQ(store.load().at(host), sent(12));
+}
+
+TEST_F(StatsRecorderTakeoverTest, NothingIsTakenOverFromTheOwnFileOfAHostWithoutCounts) {
+    start(first).save(host, sent(10), forTheCrash);
+    first->save(otherHost, {}, forTheCrash);
+    std::filesystem::remove(store.url.string() + ".lock");
+
+    EXPECT_EQ(first->save(otherHost, sent(1), forTheCrash), Saved::asTold);
+
+    EXPECT_THAT(store.load(), UnorderedElementsAre(Pair(host, sent(10)), Pair(otherHost, sent(1))));
+}
+
 TEST_F(StatsRecorderTakeoverTest, ATakeoverDropsTheFiguresOfOtherHosts) {
     start(first).save(host, sent(10), forTheCrash);
     start(second).save(otherHost, sent(3), forTheCrash);

@@ -230,6 +230,20 @@ TEST_F(StatsRecorderTest, SavesThatFailKeepAnUnreadableFileAsideOnlyOnce) {
     EXPECT_EQ(keptAside(), 1);
 }
 
+TEST_F(StatsRecorderTest, AnUnreadableFileThatCanNotBeKeptAsideIsNotOverwritten) {
+    for (int number = 1; number <= 99; ++number) {
+        writeFile("no JSON");
+        start(first).save(host, sent(1), forTheCrash);
+        first.reset();
+    }
+    ASSERT_EQ(keptAside(), 99);
+    writeFile("one too many");
+
+    start(first).save(host, sent(1), forTheCrash);
+
+    EXPECT_EQ(test::contentOf(store.url), "one too many");
+}
+
 TEST_F(StatsRecorderTest, ASecondUnreadableFileIsKeptBesideTheFirst) {
     for (const std::string text : {"one", "two"}) {
         writeFile(text);
