@@ -209,6 +209,34 @@ TEST_F(LaunchAtLoginToggleTest, FollowingKeepsTheFailureThatWasReported) {
     EXPECT_THAT(toggle().message(), Eq("No room left"));
 }
 
+TEST_F(LaunchAtLoginToggleTest, TurnedOffAfterItWasRemovedElsewhereItNeedsNoApproval) {
+    item.now = Status::requiresApproval;
+    static_cast<void>(toggle());
+    item.now = Status::notRegistered;
+    toggle().set(false);
+
+    EXPECT_THAT(toggle().message(), Eq(std::nullopt));
+}
+
+TEST_F(LaunchAtLoginToggleTest, LeadsToTheApprovalThatIsMissingWhereItCanBeShown) {
+    EXPECT_FALSE(toggle().leadsToApproval());
+    item.now = Status::requiresApproval;
+    toggle().follow();
+    EXPECT_TRUE(toggle().leadsToApproval());
+
+    toggle().showApproval = nullptr;
+    EXPECT_FALSE(toggle().leadsToApproval());
+}
+
+TEST_F(LaunchAtLoginToggleTest, AFailureLeadsToNoApproval) {
+    item.failure = "No room left";
+    toggle().set(true);
+    item.now = Status::requiresApproval;
+    toggle().follow();
+
+    EXPECT_FALSE(toggle().leadsToApproval());
+}
+
 // Over the entry that desktops read.
 
 namespace {

@@ -45,6 +45,15 @@ TEST_F(SettingsModelTest, WhileAHostIsLookedUpItIsResolving) {
     EXPECT_THAT(model.addressLine(), Eq("Resolving…"));
 }
 
+TEST_F(SettingsModelTest, BeforeTheDownAHostThatIsNotFoundIsStillResolving) {
+    network.setHost("nowhere.example", PingError::resolution("No such host"));
+    model.commitHost("nowhere.example");
+    watchFor(1);
+    ASSERT_TRUE(monitor.reading().startError);
+
+    EXPECT_THAT(model.addressLine(), Eq("Resolving…"));
+}
+
 TEST_F(SettingsModelTest, OnceDownForAnErrorTheAddressLineTellsTheReason) {
     network.setHost("nowhere.example", PingError::resolution("No such host"));
     model.commitHost("nowhere.example");
