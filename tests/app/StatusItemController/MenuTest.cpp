@@ -80,6 +80,8 @@ TEST_F(MenuTest, ClosingAClosedMenuTellsNoObserver) {
     menu.didClose();
 
     EXPECT_EQ(closed, 0);
+    menu.willOpen();
+    EXPECT_EQ(opened, 1);
 }
 
 } // namespace tarnwick

@@ -96,16 +96,25 @@ TEST_F(StatusItemMenuTest, ItsItemsOpenTheWindowsOfTheirTitles) {
     show();
     menu->setHidden(Id::changeHost, false);
 
-    for (const Id id : {Id::changeHost, Id::settings, Id::about, Id::quit}) {
-        menu->choose(id);
-    }
-
+    menu->choose(Id::changeHost);
+    EXPECT_EQ(windows.settingsShown, 1);
+    menu->choose(Id::settings);
     EXPECT_EQ(windows.settingsShown, 2);
+    menu->choose(Id::about);
     EXPECT_EQ(windows.aboutShown, 1);
+    EXPECT_EQ(windows.quits, 0);
+    menu->choose(Id::quit);
     EXPECT_EQ(windows.quits, 1);
+    EXPECT_EQ(windows.aboutShown, 1);
 }
 
 // Change Host.
+
+TEST_F(StatusItemMenuTest, ChangeHostIsHiddenBeforeTheFirstOpening) {
+    show();
+
+    EXPECT_TRUE(menuItem(Id::changeHost)->hidden);
+}
 
 TEST_F(StatusItemMenuTest, AMenuOpenedWhileDownShowsChangeHost) {
     showFor(5.5);
@@ -200,6 +209,10 @@ TEST_F(StatusItemMenuTest, AfterTheControllersEndAnswersAndClicksDoNothing) {
 
     EXPECT_EQ(monitor.reading().site.sent, 6);
     EXPECT_FALSE(item.onActivate);
+    EXPECT_FALSE(menu->onRefresh);
+    EXPECT_FALSE(menu->onWillOpen);
+    EXPECT_FALSE(menu->onDidClose);
+    EXPECT_FALSE(menu->onChoose);
 }
 
 } // namespace tarnwick
