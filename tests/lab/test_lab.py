@@ -117,7 +117,6 @@ class Replies:
         lab.behave(self.address, Behavior(delay_ms=80, copies=2))
 
         sent = self.echo.send(1)
-        self.assertIsNone(lab.requests(self.address)[-1].left)
         self.assertIsNotNone(self.echo.receive())
         received = time.monotonic()
         self.assertIsNotNone(self.echo.receive())
@@ -139,24 +138,6 @@ class Replies:
         request = lab.requests(self.address)[-1]
         self.assertLessEqual(request.at, sent + CLOCK_READING)
         self.assertGreaterEqual(request.took_ms, 100)
-
-    def test_several_delays_are_used_in_turn(self) -> None:
-        lab.behave(self.address, Behavior(delay_ms=(150.0, 0.0)))
-
-        for sequence in (1, 2):
-            self.echo.send(sequence)
-
-        self.assertEqual([sequence_of(self.echo.receive()) for _ in range(2)], [2, 1])
-
-    def test_jitter_adds_to_the_delay_and_never_more_than_it_says(self) -> None:
-        behavior = Behavior(delay_ms=10, jitter_ms=60)
-        chance = random.Random(1)
-
-        delays = [behavior.delay_seconds(index, chance) for index in range(100)]
-
-        self.assertGreaterEqual(min(delays), 0.010)
-        self.assertLessEqual(max(delays), 0.070)
-        self.assertGreater(max(delays) - min(delays), 0.030)
 
     def test_a_pattern_loses_exactly_the_requests_it_marks(self) -> None:
         lab.behave(self.address, Behavior(lose_pattern="..x"))
@@ -189,6 +170,7 @@ class Replies:
         lab.behave(self.address, SILENT)
         self.echo.send(1)
         self.assertEqual(self.echo.receive_all(), [])
+        self.assertIsNone(lab.requests(self.address)[-1].left)
 
         lab.change(self.address, silent=False)
 
@@ -292,6 +274,25 @@ class RepliesOverIPv4(Replies, unittest.TestCase):
 
 class RepliesOverIPv6(Replies, unittest.TestCase):
     family = socket.AF_INET6
+
+
+class DelaysOfABehavior(unittest.TestCase):
+    def delays(self, behavior: Behavior, count: int) -> list[float]:
+        """In seconds, of the first requests."""
+        chance = random.Random(1)
+        return [behavior.delay_seconds(index, chance) for index in range(count)]
+
+    def test_several_delays_are_used_in_turn(self) -> None:
+        behavior = Behavior(delay_ms=(150.0, 0.0, 20.0))
+
+        self.assertEqual(self.delays(behavior, 5), [0.15, 0, 0.02, 0.15, 0])
+
+    def test_jitter_adds_to_the_delay_and_never_more_than_it_says(self) -> None:
+        delays = self.delays(Behavior(delay_ms=10, jitter_ms=60), 100)
+
+        self.assertGreaterEqual(min(delays), 0.010)
+        self.assertLessEqual(max(delays), 0.070)
+        self.assertGreater(max(delays) - min(delays), 0.030)
 
 
 class TheLaboratory(unittest.TestCase):
