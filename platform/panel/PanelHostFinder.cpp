@@ -19,8 +19,8 @@ bool isOfInterest(const std::string& name) {
 
 } // namespace
 
-PanelHostFinder::PanelHostFinder(BusConnection& bus, ProcessName processName)
-    : bus_(bus), processName_(std::move(processName)), host_(&panelHost("")) {
+PanelHostFinder::PanelHostFinder(BusConnection& bus, ProcessName processName, double retryDelay)
+    : bus_(bus), processName_(std::move(processName)), retryDelay_(retryDelay), host_(&panelHost("")) {
     stateSubscription_ = bus_.onStateChange([this] { busChanged(); });
     ownerMatch_ = bus_.addMatch(nameChangeRule("org.kde", "arg0namespace"), [this](BusMessage& message) {
         if (const auto change = nameChange(message); change && isOfInterest(change->name)) {
@@ -39,6 +39,7 @@ std::string PanelHostFinder::watcher() const {
 
 void PanelHostFinder::busChanged() {
     owners_.clear();
+    retry_.reset();
     if (bus_.state() == BusConnection::State::connected) {
         lookAround();
     } else {
@@ -46,26 +47,38 @@ void PanelHostFinder::busChanged() {
     }
 }
 
-void PanelHostFinder::lookAround() {
-    callBus<std::vector<std::string>>(
-        bus_, daemonCall("ListNames"), std::tuple(),
-        lifeline_.guarded([this](const std::optional<std::vector<std::string>>& reply) {
-            if (reply) {
-                namesListed(*reply);
+/// Asks the bus daemon. When it fails to answer, the whole look around is repeated later.
+template<typename Result, typename... Arguments, typename Answered>
+void PanelHostFinder::ask(const char* method, const std::tuple<Arguments...>& arguments, Answered answered) {
+    askBus<Result>(
+        bus_, daemonCall(method), arguments,
+        lifeline_.guarded([this, answered = std::move(answered)](const BusReply<Result>& reply) {
+            if (reply.result) {
+                answered(*reply.result);
+            } else if (reply.error != BusError::nameHasNoOwner) {
+                lookAgainLater();
             }
         }));
+}
+
+void PanelHostFinder::lookAgainLater() {
+    if (!retry_ && bus_.state() == BusConnection::State::connected) {
+        retry_ = bus_.loop().after(retryDelay_, [this] { lookAround(); });
+    }
+}
+
+void PanelHostFinder::lookAround() {
+    retry_.reset();
+    ask<std::vector<std::string>>(
+        "ListNames", std::tuple(), [this](const std::vector<std::string>& names) { namesListed(names); });
 }
 
 void PanelHostFinder::namesListed(const std::vector<std::string>& names) {
     for (const std::string& name : names) {
         if (isOfInterest(name)) {
-            callBus<std::string>(
-                bus_, daemonCall("GetNameOwner"), std::tuple(name),
-                lifeline_.guarded([this, name](const std::optional<std::string>& reply) {
-                    if (reply) {
-                        setOwner(name, *reply);
-                    }
-                }));
+            ask<std::string>("GetNameOwner", std::tuple(name), [this, name](const std::string& uniqueName) {
+                setOwner(name, uniqueName);
+            });
         }
     }
 }
@@ -73,6 +86,9 @@ void PanelHostFinder::namesListed(const std::vector<std::string>& names) {
 void PanelHostFinder::setOwner(const std::string& name, const std::string& uniqueName) {
     const auto known = owners_.find(name);
     if (known != owners_.end() && known->second.uniqueName == uniqueName) {
+        if (known->second.process.empty()) {
+            askProcess(name, uniqueName);
+        }
         return;
     }
     if (uniqueName.empty()) {
@@ -85,15 +101,14 @@ void PanelHostFinder::setOwner(const std::string& name, const std::string& uniqu
 }
 
 void PanelHostFinder::askProcess(const std::string& name, const std::string& uniqueName) {
-    callBus<std::uint32_t>(
-        bus_, daemonCall("GetConnectionUnixProcessID"), std::tuple(uniqueName),
-        lifeline_.guarded([this, name, uniqueName](const std::optional<std::uint32_t>& reply) {
+    ask<std::uint32_t>(
+        "GetConnectionUnixProcessID", std::tuple(uniqueName), [this, name, uniqueName](std::uint32_t pid) {
             const auto owner = owners_.find(name);
-            if (reply && owner != owners_.end() && owner->second.uniqueName == uniqueName) {
-                owner->second.process = processName_(*reply);
+            if (owner != owners_.end() && owner->second.uniqueName == uniqueName) {
+                owner->second.process = processName_(pid);
                 decide();
             }
-        }));
+        });
 }
 
 void PanelHostFinder::decide() {

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "core/Lifeline.h"
+#include "core/RunLoop.h"
 #include "platform/bus/BusConnection.h"
 #include "platform/panel/PanelHosts.h"
 
 #include <functional>
 #include <map>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace tarnwick {
@@ -18,9 +20,13 @@ public:
     using ProcessName = std::function<std::string(unsigned pid)>;
 
     static constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
+    /// Seconds after a question that failed until the bus is asked again.
+    static constexpr double usualRetryDelay = 30;
 
     /// `bus` outlives it.
-    explicit PanelHostFinder(BusConnection& bus, ProcessName processName = tarnwick::processName);
+    explicit PanelHostFinder(
+        BusConnection& bus, ProcessName processName = tarnwick::processName,
+        double retryDelay = usualRetryDelay);
 
     [[nodiscard]] const PanelHost& host() const { return *host_; }
 
@@ -36,6 +42,10 @@ private:
         std::string process{}; ///< empty until it is known
     };
 
+    template<typename Result, typename... Arguments, typename Answered>
+    void ask(const char* method, const std::tuple<Arguments...>& arguments, Answered answered);
+    void lookAgainLater();
+
     void busChanged();
     void lookAround();
     void namesListed(const std::vector<std::string>& names);
@@ -45,9 +55,11 @@ private:
 
     BusConnection& bus_;
     ProcessName processName_;
+    double retryDelay_;
     std::map<std::string, Owner> owners_; ///< of the watcher's name and of the panels' names
     const PanelHost* host_;
     std::string decidedWatcher_;
+    RunLoop::Handle retry_; ///< after a question that failed
     Lifeline lifeline_;
     Subscription stateSubscription_;
     Subscription ownerMatch_;

@@ -11,11 +11,14 @@ namespace tarnwick {
 
 namespace {
 
+constexpr double retryDelay = 0.2;
+
 class PanelHostFinderTest : public BusTest {
 protected:
     /// All programs of the test are one process; it is called as `process_` says at the time.
     void find() {
-        finder_.emplace(bus_, [this](unsigned) { return process_; });
+        finder_.emplace(
+            bus_, [this](unsigned) { return process_; }, retryDelay);
         finder_->onChange = [this] { ++changes_; };
     }
 
@@ -23,10 +26,20 @@ protected:
         return runUntil([this, &process] { return finder_->host().process == process; });
     }
 
+    /// Until the bus daemon has refused one of three questions, each of which follows the answer to the one
+    /// before.
+    [[nodiscard]] bool runUntilRefused() {
+        BusPeer& peer = addPeer();
+        return runUntilHeardBy(peer) && runUntilHeardBy(peer) && runUntilHeardBy(peer);
+    }
+
     std::string process_;
     int changes_ = 0;
     std::optional<PanelHostFinder> finder_;
 };
+
+/// One of the questions to the bus daemon.
+class PanelHostQuestion : public PanelHostFinderTest, public testing::WithParamInterface<const char*> {};
 
 } // namespace
 
@@ -114,5 +127,29 @@ TEST_F(PanelHostFinderTest, ABusThatGoesTakesItsWatcherAlong) {
 
     EXPECT_TRUE(runUntil([this] { return finder_->watcher().empty(); }));
 }
+
+TEST_P(PanelHostQuestion, IsRepeatedAfterAFailure) {
+    stopBus();
+    daemon_.refuseCall(GetParam());
+    ASSERT_TRUE(daemon_.start());
+    BusPeer& panel = addPeer();
+    panel.requestName(PanelHostFinder::watcherName);
+    process_ = "waybar";
+    find();
+    ASSERT_TRUE(runUntilConnected());
+    ASSERT_TRUE(runUntilRefused());
+    ASSERT_EQ(finder_->host().process, "");
+
+    daemon_.refuseCall("");
+    daemon_.reload();
+
+    ASSERT_TRUE(runUntilHostIs("waybar"));
+    EXPECT_EQ(finder_->watcher(), panel.uniqueName());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    PanelHostFinder, PanelHostQuestion,
+    testing::Values("ListNames", "GetNameOwner", "GetConnectionUnixProcessID"),
+    [](const auto& test) { return std::string(test.param); });
 
 } // namespace tarnwick
