@@ -155,8 +155,12 @@ void SettingsFile::changed() {
 
 void SettingsFile::flush() {
     writeTimer_.reset();
+    retryTimer_.reset();
     if (!stored_->unsaved.empty()) {
         write();
+    }
+    if (!stored_->unsaved.empty()) {
+        retryTimer_ = loop_.after(retryDelay, [this] { flush(); });
     }
 }
 
@@ -170,7 +174,7 @@ void SettingsFile::write() {
     if (isNew) {
         const std::string text = next.dump(4, ' ', false, Json::error_handler_t::replace) + "\n";
         if ((!present && FileStore::keepAside(path_)) || FileStore::replace(path_, text)) {
-            return; // the changes stay unsaved until the next write
+            return; // the changes stay unsaved
         }
         // After foreign changes the next reload must report something new.
         knownText_ = hasForeignChanges ? std::nullopt : std::optional(text);

@@ -17,6 +17,8 @@ class SettingsFile final : public UserDefaults {
 public:
     /// Seconds from the first unwritten change to the next write.
     static constexpr double writeDelay = 0.2;
+    /// Seconds from a write that failed to the next one.
+    static constexpr double retryDelay = 10;
 
     /// `loop` outlives it. The values `forThisRun` lie above the stored ones and are never written; storing
     /// or removing a key ends its value.
@@ -58,6 +60,7 @@ private:
     Table forThisRun_;
     std::unique_ptr<Stored> stored_;
     RunLoop::Handle writeTimer_; ///< from the first unwritten change to the write
+    RunLoop::Handle retryTimer_; ///< after a write that failed
 };
 
 } // namespace tarnwick

@@ -230,6 +230,22 @@ TEST_F(SettingsFileTest, AChangeIsNotPutOffByLaterOnes) {
     EXPECT_TRUE(fs::exists(path_));
 }
 
+TEST_F(SettingsFileTest, AWriteThatFailsIsRepeatedUntilItSucceeds) {
+    SettingsFile settings(loop_, path_);
+    settings.set("PingTimeout", 2.0);
+    {
+        const FullDisk full;
+        loop_.advance(SettingsFile::writeDelay + SettingsFile::retryDelay);
+    }
+
+    loop_.advance(SettingsFile::retryDelay - SettingsFile::writeDelay);
+    EXPECT_FALSE(fs::exists(path_));
+    loop_.advance(SettingsFile::writeDelay);
+
+    EXPECT_EQ(Json::parse(test::contentOf(path_)), Json({{"PingTimeout", 2.0}}));
+    EXPECT_EQ(loop_.timerCount(), 0);
+}
+
 TEST_F(SettingsFileTest, AFlushWritesAtOnceAndLeavesNothingToDo) {
     SettingsFile settings(loop_, path_);
     settings.set("PingTimeout", 2.0);
