@@ -9,6 +9,10 @@ PanelStatusItem::PanelStatusItem(Needs needs) : needs_(std::move(needs)) {
     watcherChanged();
 }
 
+PanelStatusItem::~PanelStatusItem() {
+    needs_.notifier.onActivate = nullptr;
+}
+
 void PanelStatusItem::watcherChanged() {
     if (needs_.hasWatcher()) {
         trayTimer_.reset();

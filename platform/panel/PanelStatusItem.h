@@ -20,7 +20,7 @@ public:
     /// All of it outlives the item.
     struct Needs {
         RunLoop& loop;
-        StatusItem& notifier; ///< shown while there is a watcher
+        StatusItem& notifier; ///< shown while there is a watcher; the item sets its `onActivate`
         std::function<bool()> hasWatcher;
         /// Returns null on displays that never have a classic tray.
         std::function<std::unique_ptr<StatusItem>()> makeTrayItem;
@@ -29,6 +29,7 @@ public:
     };
 
     explicit PanelStatusItem(Needs needs);
+    ~PanelStatusItem() override;
 
     /// To be called when the answer of `hasWatcher` may have changed.
     void watcherChanged();

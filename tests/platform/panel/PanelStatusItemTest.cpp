@@ -140,12 +140,20 @@ TEST_F(PanelStatusItemTest, ClicksComeFromEitherPlace) {
     EXPECT_THAT(clicks, testing::ElementsAre(std::optional(ScreenPoint{1, 2}), std::nullopt));
 }
 
-TEST_F(PanelStatusItemTest, AClickBeforeAnybodyListensIsHarmless) {
+TEST_F(PanelStatusItemTest, AClickWithoutAListenerIsHarmless) {
     make();
 
     notifier.onActivate(std::nullopt);
 
     EXPECT_FALSE(item->onActivate);
+}
+
+TEST_F(PanelStatusItemTest, AnEndedItemIsToldOfNoClick) {
+    make();
+
+    item.reset();
+
+    EXPECT_FALSE(notifier.onActivate);
 }
 
 TEST_F(PanelStatusItemTest, WithNeitherItIsSaidOnce) {
