@@ -215,8 +215,9 @@ struct BusType<std::variant<Alternatives...>> {
         }
         bool isKnown = false;
         const auto readAs = [&]<typename Value>(std::type_identity<Value>) {
-            isKnown = contents == BusType<Value>::signature();
-            return isKnown && readValue<Value>(message, contents, variant);
+            const bool matches = contents == BusType<Value>::signature();
+            isKnown = isKnown || matches;
+            return matches && readValue<Value>(message, contents, variant);
         };
         if ((readAs(std::type_identity<Alternatives>()) || ...)) {
             return true;

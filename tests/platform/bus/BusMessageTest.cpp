@@ -120,6 +120,14 @@ TEST_F(BusMessageTest, AVariantThatMustHaveACertainTypeIsNoResultWithAnother) {
     EXPECT_EQ(message.read<std::variant<std::uint32_t>>(), std::nullopt);
 }
 
+TEST_F(BusMessageTest, AVariantOfAKnownTypeWithUnknownContentsIsNoResult) {
+    using Numbers = std::vector<std::variant<std::uint32_t>>;
+    using Texts = std::vector<std::variant<std::string>>;
+    BusMessage message = arrived(std::variant<Texts>(Texts{"text"}));
+
+    EXPECT_EQ((message.read<std::variant<Other, Numbers, bool>>()), std::nullopt);
+}
+
 TEST_F(BusMessageTest, AVariantInsideAVariantIsWhatTheInnerOneHolds) {
     using Inner = std::variant<std::uint32_t>;
     using Middle = std::variant<Inner>;
