@@ -149,7 +149,7 @@ class NotifierChecks(PanelChecks):
         self.desktop.kill_panel()
         self.desktop.start_panel()
 
-        # Its reserve, the classic tray, would be no item.
+        # The classic tray would not count: it registers no item.
         eventually(lambda: self.item_of(program), PATIENCE, "the item is registered again")
 
     def test_a_question_comes_to_the_front_and_sigterm_ends_it(self) -> None:

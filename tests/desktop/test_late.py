@@ -47,7 +47,7 @@ class WithoutPanel(unittest.TestCase):
         self.assertGreater(place.width, 0)
         self.assertEqual(len(self.complaints()), 1, self.program.output)
 
-    def test_a_second_start_opens_the_drop_down_all_the_same(self) -> None:
+    def test_a_second_start_opens_the_drop_down_without_a_panel(self) -> None:
         self.wait_for_pings(1)
 
         self.assertEqual(self.program.start_again(), 0)

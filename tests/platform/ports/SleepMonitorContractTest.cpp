@@ -43,6 +43,7 @@ protected:
     void getReady() {
         logind_.emplace(addPeer());
         ASSERT_TRUE(runUntilConnected());
+        // Until the bus daemon has the monitor's question for logind; until the monitor has the answer.
         ASSERT_TRUE(settle());
         ASSERT_TRUE(settle());
     }
