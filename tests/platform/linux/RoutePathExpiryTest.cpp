@@ -44,15 +44,15 @@ TEST_F(RoutePathExpiryTest, AnIPv6RouteLearntFromARouterStopsCountingWhenItExpir
     addLink("wan0");
     change("address add fe80::1/64 dev wan0 nodad\naddress add fe80::2/64 dev wan0far nodad");
     startAndSettle();
-    ASSERT_TRUE(advertiseRouter("wan0far", 1));
+    const double announced = loop_.now();
+    ASSERT_TRUE(advertiseRouter("wan0far", 3));
     ASSERT_TRUE(runUntilSatisfiedOver({"wan0"}));
-    const double learnt = updatedAt_;
 
     ASSERT_TRUE(runUntilUnsatisfied());
 
+    EXPECT_GE(updatedAt_ - announced, 2.9);
     // The kernel's own message may come half a minute after the end.
-    EXPECT_GT(updatedAt_ - learnt, 0.5);
-    EXPECT_LT(updatedAt_ - learnt, RoutePathMonitor::slowInterval);
+    EXPECT_LT(updatedAt_ - announced, 15);
 }
 
 TEST_F(RoutePathExpiryTest, AnExpiringRouteBesideAnotherOneIsNotAskedAfter) {
