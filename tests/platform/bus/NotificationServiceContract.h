@@ -12,11 +12,6 @@ class NotificationServiceContract : public Driver {
 protected:
     using Ability = NotificationCenter::Ability;
 
-    /// Seconds, for what a test waits to see given up.
-    static constexpr double shortPatience = 0.5;
-    /// Seconds that leave time for a service to come, and for a test to see the end.
-    static constexpr double somePatience = 2;
-
     [[nodiscard]] bool connectWithService() {
         this->addService();
         return this->runUntilConnected();

@@ -91,12 +91,11 @@ TYPED_TEST(NotificationServiceContract, WithoutABusThereIsNoAuthorization) {
 }
 
 TYPED_TEST(NotificationServiceContract, WithoutABusWhatIsPostedIsDropped) {
-    this->becomeImpatient(this->shortPatience);
     this->stopBus();
     ASSERT_TRUE(this->runUntilUnavailable());
 
     this->center().post("lost", "");
-    this->runFor(2 * this->shortPatience);
+    this->outlastPatience();
 
     ASSERT_TRUE(this->daemon_.start());
     this->addService();
@@ -106,11 +105,10 @@ TYPED_TEST(NotificationServiceContract, WithoutABusWhatIsPostedIsDropped) {
 }
 
 TYPED_TEST(NotificationServiceContract, WithoutAServiceWhatIsPostedIsDropped) {
-    this->becomeImpatient(this->shortPatience);
     ASSERT_TRUE(this->runUntilConnected());
     this->center().post("lost", "");
     ASSERT_TRUE(this->runUntilAbilityIs(Ability::no));
-    this->runFor(2 * this->shortPatience);
+    this->outlastPatience();
 
     this->addService();
 
