@@ -85,6 +85,8 @@ void ColorScheme::setFollowsPanel(bool follows) {
     }
 }
 
+// Every program may send such signals straight to us: only those of the service itself count.
+
 void ColorScheme::watchDesktop() {
     subscriptions_.push_back(bus_.addMatch(
         "type='signal',sender='org.freedesktop.portal.Desktop',"
@@ -92,11 +94,12 @@ void ColorScheme::watchDesktop() {
         "appearance'",
         [this](BusMessage& message) {
             const auto values = message.read<std::string, std::string, Preference>();
-            if (values && std::get<1>(*values) == colorScheme) {
+            if (values && message.sender() == portal_ && std::get<1>(*values) == colorScheme) {
                 setDesktopIsDark(isDark(std::get<2>(*values)));
             }
         }));
     subscriptions_.push_back(watchName(bus_, portalName, [this](const std::string& owner, NameNews news) {
+        portal_ = owner;
         if (isReasonToAsk(owner, news)) {
             askDesktop();
         }
@@ -118,12 +121,18 @@ void ColorScheme::watchPanel() {
                              "arg0='xfce4-panel',arg1='/panels/dark-mode',member=";
     subscriptions_.push_back(bus_.addMatch(rule + "'PropertyChanged'", [this](BusMessage& message) {
         const auto values = message.read<std::string, std::string, PanelSetting>();
-        setPanelIsDark(values ? setting(std::get<2>(*values)) : std::nullopt);
+        if (values && message.sender() == panelSettings_) {
+            setPanelIsDark(setting(std::get<2>(*values)));
+        }
+    }));
+    subscriptions_.push_back(bus_.addMatch(rule + "'PropertyRemoved'", [this](BusMessage& message) {
+        if (message.sender() == panelSettings_) {
+            setPanelIsDark(std::nullopt);
+        }
     }));
     subscriptions_.push_back(
-        bus_.addMatch(rule + "'PropertyRemoved'", [this](BusMessage&) { setPanelIsDark(std::nullopt); }));
-    subscriptions_.push_back(
         watchName(bus_, panelSettingsName, [this](const std::string& owner, NameNews news) {
+            panelSettings_ = owner;
             if (isReasonToAsk(owner, news)) {
                 askPanel();
             }

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace tarnwick {
@@ -39,6 +40,8 @@ private:
     void setPanelIsDark(std::optional<bool> isDark);
 
     BusConnection& bus_;
+    std::string portal_;        ///< the unique name of the service; empty while there is none
+    std::string panelSettings_; ///< likewise
     std::optional<bool> desktopIsDark_;
     std::optional<bool> panelIsDark_;
     bool followsPanel_ = false;

@@ -187,6 +187,19 @@ TEST_F(ColorSchemeTest, OtherSettingsOfTheDesktopDoNotCount) {
     EXPECT_EQ(colors_.desktopIsDark(), true);
 }
 
+TEST_F(ColorSchemeTest, OnlyThePortalIsBelieved) {
+    addPortal(1);
+    ASSERT_TRUE(runUntilDesktopIs(true));
+    BusPeer& other = addPeer();
+
+    other.emitTo(
+        bus_.uniqueName(), {portalPath, portalInterface}, "SettingChanged",
+        std::string("org.freedesktop.appearance"), std::string("color-scheme"), Value(std::uint32_t{2}));
+
+    ASSERT_TRUE(runUntilHeardBy(other));
+    EXPECT_EQ(colors_.desktopIsDark(), true);
+}
+
 TEST_F(ColorSchemeTest, APortalThatComesLateIsAsked) {
     ASSERT_TRUE(runUntilConnected());
 
@@ -233,6 +246,35 @@ TEST_F(ColorSchemeTest, ARemovedPanelSettingIsUnknown) {
     emitPanelSetting("PropertyRemoved");
 
     EXPECT_TRUE(runUntilPanelIs(std::nullopt));
+}
+
+TEST_F(ColorSchemeTest, OnlyThePanelsServiceIsBelieved) {
+    addPanelSettings(true);
+    colors_.setFollowsPanel(true);
+    ASSERT_TRUE(runUntilPanelIs(true));
+    BusPeer& other = addPeer();
+    const BusPeer::Source source{panelPath, panelInterface};
+    const std::string channel = "xfce4-panel";
+    const std::string property = "/panels/dark-mode";
+
+    other.emitTo(bus_.uniqueName(), source, "PropertyChanged", channel, property, Value(false));
+    ASSERT_TRUE(runUntilHeardBy(other));
+    EXPECT_EQ(colors_.panelIsDark(), true);
+    other.emitTo(bus_.uniqueName(), source, "PropertyRemoved", channel, property);
+
+    ASSERT_TRUE(runUntilHeardBy(other));
+    EXPECT_EQ(colors_.panelIsDark(), true);
+}
+
+TEST_F(ColorSchemeTest, AChangeOfThePanelsSettingWithoutAValueDoesNotCount) {
+    BusPeer& peer = addPanelSettings(true);
+    colors_.setFollowsPanel(true);
+    ASSERT_TRUE(runUntilPanelIs(true));
+
+    emitPanelSetting("PropertyChanged");
+
+    ASSERT_TRUE(runUntilHeardBy(peer));
+    EXPECT_EQ(colors_.panelIsDark(), true);
 }
 
 TEST_F(ColorSchemeTest, AFailureOfThePanelsServiceKeepsItsSetting) {
