@@ -62,8 +62,8 @@ void DropDown::open(std::optional<ScreenPoint> at) {
     window_->open(at);
     if (!presses_ && QGuiApplication::platformName() == QLatin1String("xcb")) {
         isButtonHeld_ = false;
-        presses_ = std::make_unique<PressWatch>(
-            loop_, [this](const PressWatch::Buttons& buttons) { buttonsMoved(buttons); });
+        presses_ = std::make_unique<X11::PressWatch>(
+            loop_, [this](const X11::PressWatch::Buttons& buttons) { buttonsMoved(buttons); });
     }
 }
 
@@ -86,7 +86,7 @@ void DropDown::lostFocus() {
     waitForEndOfClick();
 }
 
-void DropDown::buttonsMoved(const PressWatch::Buttons& buttons) {
+void DropDown::buttonsMoved(const X11::PressWatch::Buttons& buttons) {
     isButtonHeld_ = buttons.isHeld;
     if (isOpen() && buttons.pressedAt && !window_->covers(*buttons.pressedAt)) {
         lostFocus();

@@ -40,7 +40,7 @@ public:
 private:
     void hide();
     void lostFocus();
-    void buttonsMoved(const PressWatch::Buttons& buttons);
+    void buttonsMoved(const X11::PressWatch::Buttons& buttons);
     void waitForEndOfClick();
 
     const Observed<Reading>& reading_;
@@ -53,7 +53,7 @@ private:
 
     std::unique_ptr<DropDownWindow, LaterDeletion> window_;
     /// On X11 only: while it is open, and until the click that has closed it has ended.
-    std::unique_ptr<PressWatch> presses_;
+    std::unique_ptr<X11::PressWatch> presses_;
     bool isButtonHeld_ = false;
     bool mayBeSameClick_ = false; ///< a click reported now may be the one that took the focus
     RunLoop::Handle endOfClick_;

@@ -4,11 +4,9 @@
 #include <xcb/xcb.h>
 #include <xcb/xinput.h>
 
-namespace tarnwick {
+namespace tarnwick::X11 {
 
 namespace {
-
-using X11::ReplyPtr;
 
 constexpr std::uint16_t neededMajor = 2;
 constexpr std::uint16_t neededMinor = 2;
@@ -26,7 +24,7 @@ bool knowsRawEvents(xcb_connection_t* connection) {
 
 /// The event as one of a button; null for any other, and for a wheel.
 const xcb_input_raw_button_press_event_t* buttonEvent(const xcb_generic_event_t& event) {
-    if (X11::eventType(event.response_type) != XCB_GE_GENERIC) {
+    if (eventType(event.response_type) != XCB_GE_GENERIC) {
         return nullptr;
     }
     const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
@@ -42,7 +40,7 @@ const xcb_input_raw_button_press_event_t* buttonEvent(const xcb_generic_event_t&
 } // namespace
 
 PressWatch::PressWatch(RunLoop& loop, std::function<void(const Buttons&)> onButtons)
-    : onButtons_(std::move(onButtons)), connection_(X11::connect()) {
+    : onButtons_(std::move(onButtons)), connection_(connect()) {
     if (connection_ && selectButtons()) {
         watch_ = loop.watchReadable(xcb_get_file_descriptor(connection_.get()), [this] { readAvailable(); });
     }
@@ -54,7 +52,7 @@ bool PressWatch::selectButtons() {
     if (extension == nullptr || extension->present == 0 || !knowsRawEvents(connection)) {
         return false;
     }
-    root_ = X11::firstScreen(*connection).root;
+    root_ = firstScreen(*connection).root;
 
     struct {
         xcb_input_event_mask_t head;
@@ -108,4 +106,4 @@ std::optional<ScreenPoint> PressWatch::pointer() const {
     return reply ? std::optional(ScreenPoint{reply->root_x, reply->root_y}) : std::nullopt;
 }
 
-} // namespace tarnwick
+} // namespace tarnwick::X11

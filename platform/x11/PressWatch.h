@@ -9,7 +9,7 @@
 #include <functional>
 #include <optional>
 
-namespace tarnwick {
+namespace tarnwick::X11 {
 
 /// Tells of presses in other programs' windows and on the bare desktop; those still get them. Needed because
 /// some desktops leave the keyboard with a window after a click elsewhere. Without an X11 display, or with
@@ -39,10 +39,10 @@ private:
     [[nodiscard]] std::optional<ScreenPoint> pointer() const;
 
     std::function<void(const Buttons&)> onButtons_;
-    X11::ConnectionPtr connection_;
+    ConnectionPtr connection_;
     std::uint32_t root_ = 0;
     bool isHeld_ = false;
     RunLoop::Handle watch_;
 };
 
-} // namespace tarnwick
+} // namespace tarnwick::X11
