@@ -6,8 +6,6 @@ systemd-logind cannot run here: python-dbusmock's template stands in for it, wit
 from __future__ import annotations
 
 import json
-import os
-import sys
 import time
 from importlib.util import find_spec
 
@@ -16,7 +14,7 @@ from gi.repository import GLib
 from endtoend.waiting import eventually, never
 
 from .headless import Headless, OfTheDesktop, OfTheTerminal
-from .desktops import SKIPPED
+from .desktops import Installed
 from .program import PATIENCE
 
 ADDRESS = "10.77.0.36"
@@ -27,15 +25,18 @@ RESTART_SECONDS = 2
 ASLEEP_SECONDS = 3
 
 
+class Dbusmock(Installed):
+    @classmethod
+    def missing(cls) -> list[str]:
+        return [] if find_spec("dbusmock") else ["python3-dbusmock"]
+
+
 class Night(Headless):
     address = ADDRESS
 
     @classmethod
     def setUpClass(cls) -> None:
-        if find_spec("dbusmock") is None:
-            required = os.environ.get("TARNWICK_DESKTOPS") == "require"
-            print(f"{'FAILED' if required else 'SKIPPED'}: not installed: python3-dbusmock", file=sys.stderr)
-            sys.exit(1 if required else SKIPPED)
+        Dbusmock.require()
 
     def setUp(self) -> None:
         super().setUp()
