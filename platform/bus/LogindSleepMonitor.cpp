@@ -33,10 +33,10 @@ LogindSleepMonitor::LogindSleepMonitor(
 
 void LogindSleepMonitor::start(Handlers handlers) {
     handlers_ = std::move(handlers);
-    episodes_.emplace(clocks());
-    tell(episodes_->setHasAnnouncer(!manager_.empty()));
-    checkTimer_ =
-        loop_.everyRoughly(loop_.now() + checkInterval, checkInterval, checkTolerance, [this] { check(); });
+    SleepEpisodes& episodes = episodes_.emplace(clocks());
+    tell(episodes.setHasAnnouncer(!manager_.empty()));
+    checkTimer_ = loop_.everyRoughly(
+        loop_.now() + checkInterval, checkInterval, checkTolerance, [this, &episodes] { check(episodes); });
     takeInhibitor();
 }
 
@@ -80,13 +80,10 @@ void LogindSleepMonitor::managerAnnounced(bool isStart) {
     }
 }
 
-void LogindSleepMonitor::check() {
-    if (!episodes_) {
-        return;
-    }
-    const bool wasAsleep = episodes_->isAsleep();
-    tell(episodes_->check(clocks()));
-    const bool hasWoken = wasAsleep && !episodes_->isAsleep();
+void LogindSleepMonitor::check(SleepEpisodes& episodes) {
+    const bool wasAsleep = episodes.isAsleep();
+    tell(episodes.check(clocks()));
+    const bool hasWoken = wasAsleep && !episodes.isAsleep();
     if (hasWoken || (askAgainAt_ && loop_.now() >= *askAgainAt_)) {
         takeInhibitor();
     }

@@ -41,7 +41,7 @@ private:
     void tell(const SleepEpisodes::Events& events) const;
     void setManager(const std::string& uniqueName);
     void managerAnnounced(bool isStart);
-    void check();
+    void check(SleepEpisodes& episodes);
     void takeInhibitor();
     void inhibitorArrived(FileDescriptor inhibitor);
     void dropInhibitor();
