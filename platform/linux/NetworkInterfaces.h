@@ -2,6 +2,7 @@
 // bring one up, as a netlink dump of the links would.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>

@@ -4,6 +4,7 @@
 #include "core/FileDescriptor.h"
 #include "core/RunLoop.h"
 
+#include <functional>
 #include <initializer_list>
 
 namespace tarnwick {

@@ -4,6 +4,7 @@
 #include "core/RunLoop.h"
 #include "platform/bus/BusConnection.h"
 
+#include <functional>
 #include <string>
 
 namespace tarnwick {
