@@ -2,6 +2,7 @@
 
 #include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
+#include "platform/linux/SuspendedTime.h"
 #include "platform/qt/Appearance.h"
 #include "platform/qt/TrayStatusItem.h"
 
@@ -43,6 +44,11 @@ std::vector<double> screenScales() {
     return scales;
 }
 
+DesktopNotificationCenter::Surroundings notificationSurroundings() {
+    using Surroundings = DesktopNotificationCenter::Surroundings;
+    return isSandboxed() ? Surroundings::sandbox : Surroundings::desktop;
+}
+
 void say(const std::string& text) {
     std::fprintf(stderr, "tarnwick: %s\n", text.c_str());
 }
@@ -56,8 +62,8 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       network_(loop),
       path_(loop),
       systemBus_(loop, BusConnection::systemAddress()),
-      sleep_(loop, systemBus_),
-      notifications_(loop, bus, DesktopNotificationCenter::surroundings(), setup.iconFolder),
+      sleep_(loop, systemBus_, SuspendedTime::sinceBoot),
+      notifications_(loop, bus, notificationSurroundings(), setup.iconFolder),
       loginItem_(runningProgram(), AutostartEntry::presentSession(isSandboxed())),
       monitor_(
           settings_.preferences(),

@@ -9,7 +9,9 @@
 #include "platform/bus/LogindSleepMonitor.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/RoutePathMonitor.h"
+#include "platform/linux/Sandbox.h"
 #include "platform/linux/SignalWatch.h"
+#include "platform/linux/SuspendedTime.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "platform/xdg/SettingsFile.h"
 
@@ -45,6 +47,11 @@ std::unique_ptr<Presentation> makePresentation(
     return std::make_unique<PlainPresentation>(loop, reading, std::move(quit));
 }
 
+DesktopNotificationCenter::Surroundings notificationSurroundings() {
+    using Surroundings = DesktopNotificationCenter::Surroundings;
+    return isSandboxed() ? Surroundings::sandbox : Surroundings::desktop;
+}
+
 /// The model and all that it needs from the system.
 class Service {
 public:
@@ -63,9 +70,9 @@ private:
     BusConnection systemBus_{loop_, BusConnection::systemAddress()};
     // Only for notifications: opened with the first one.
     BusConnection sessionBus_{loop_, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded};
-    LogindSleepMonitor sleep_{loop_, systemBus_};
+    LogindSleepMonitor sleep_{loop_, systemBus_, SuspendedTime::sinceBoot};
     DesktopNotificationCenter notifications_{
-        loop_, sessionBus_, DesktopNotificationCenter::surroundings(), TARNWICK_ICON_FOLDER};
+        loop_, sessionBus_, notificationSurroundings(), TARNWICK_ICON_FOLDER};
     Monitor monitor_{
         settings_.preferences(),
         {

@@ -2,7 +2,6 @@
 
 #include "platform/bus/NotificationDaemon.h"
 #include "platform/bus/NotificationPortal.h"
-#include "platform/linux/Sandbox.h"
 
 #include <utility>
 
@@ -21,10 +20,6 @@ std::unique_ptr<NotificationService> makeService(
 }
 
 } // namespace
-
-DesktopNotificationCenter::Surroundings DesktopNotificationCenter::surroundings() {
-    return isSandboxed() ? Surroundings::sandbox : Surroundings::desktop;
-}
 
 DesktopNotificationCenter::DesktopNotificationCenter(
     RunLoop& loop, BusConnection& bus, Surroundings surroundings, const std::filesystem::path& iconFolder,

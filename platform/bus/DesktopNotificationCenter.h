@@ -22,10 +22,8 @@ namespace tarnwick {
 /// late news mislead. Main thread.
 class DesktopNotificationCenter final : public NotificationCenter {
 public:
-    enum class Surroundings { desktop, sandbox };
-
     /// Of this process.
-    [[nodiscard]] static Surroundings surroundings();
+    enum class Surroundings { desktop, sandbox };
 
     /// Seconds that a notification waits for an absent or silent bus or service.
     static constexpr double usualPatience = 5;

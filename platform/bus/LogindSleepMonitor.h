@@ -7,7 +7,6 @@
 #include "core/RunLoop.h"
 #include "core/SleepEpisodes.h"
 #include "platform/bus/BusConnection.h"
-#include "platform/linux/SuspendedTime.h"
 #include "platform/ports/SleepMonitor.h"
 
 #include <functional>
@@ -19,6 +18,7 @@ namespace tarnwick {
 /// Without a login manager, or without a bus, only the clocks show a sleep. Main thread.
 class LogindSleepMonitor final : public SleepMonitor {
 public:
+    /// Seconds that the machine has been suspended; only differences carry meaning.
     using SuspendedClock = std::function<double()>;
 
     /// Seconds between two looks at the clocks, and how much later a look may be, to share the wake-up of
@@ -31,7 +31,7 @@ public:
 
     /// `systemBus` is the system's and outlives it.
     LogindSleepMonitor(
-        RunLoop& loop, BusConnection& systemBus, SuspendedClock suspendedTime = SuspendedTime::sinceBoot,
+        RunLoop& loop, BusConnection& systemBus, SuspendedClock suspendedTime,
         double patience = usualPatience);
 
     void start(Handlers handlers) override;

@@ -301,7 +301,7 @@ TEST_F(LogindSleepMonitorTest, BeforeTheStartNoSleepIsToldOrDelayed) {
 
 TEST_F(LogindSleepMonitorTest, ItsEndLetsTheSleepGo) {
     addLogind();
-    std::optional<LogindSleepMonitor> monitor(std::in_place, loop_, bus_);
+    std::optional<LogindSleepMonitor> monitor(std::in_place, loop_, bus_, [] { return 0.0; });
     monitor->start({});
     ASSERT_TRUE(runUntilInhibited());
 
