@@ -1,5 +1,6 @@
 #include "app/App/AppDelegate.h"
 
+#include "platform/linux/ProcessNames.h"
 #include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
 #include "platform/linux/SuspendedTime.h"
@@ -103,6 +104,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .painter = painter_,
         .menu = *panelMenu_,
         .colors = colors_,
+        .processNames = processNames,
         .iconThemePath = setup.iconFolder,
         .screenScales = screenScales,
     });

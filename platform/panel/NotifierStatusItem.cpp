@@ -145,7 +145,7 @@ NotifierStatusItem::NotifierStatusItem(Needs needs)
     : needs_(std::move(needs)),
       pixmaps_(needs_.painter, needs_.screenScales),
       menu_(needs_.loop, needs_.bus, needs_.menu, needs_.iconThemePath),
-      hosts_(needs_.bus, needs_.processName),
+      hosts_(needs_.bus, needs_.processNames),
       registration_(
           {
               .loop = needs_.loop,

@@ -33,12 +33,12 @@ public:
         const FacePainter& painter;
         PanelMenu& menu;
         ColorScheme& colors;
+        PanelHostFinder::ProcessNames processNames;
         /// A folder with the program's icons by name, laid out as an icon theme. Empty: every icon is sent as
         /// an image.
         std::string iconThemePath{};
         /// Images are painted in the sizes that panels need on screens of these scales.
         ItemPixmaps::Scales screenScales = [] { return std::vector<double>{1, 2}; };
-        PanelHostFinder::ProcessName processName = tarnwick::processName;
         double registrationPatience = WatcherRegistration::usualPatience;
     };
 

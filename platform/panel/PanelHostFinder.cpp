@@ -19,8 +19,8 @@ bool isOfInterest(const std::string& name) {
 
 } // namespace
 
-PanelHostFinder::PanelHostFinder(BusConnection& bus, ProcessName processName, double retryDelay)
-    : bus_(bus), processName_(std::move(processName)), retryDelay_(retryDelay), host_(&panelHost("")) {
+PanelHostFinder::PanelHostFinder(BusConnection& bus, ProcessNames processNames, double retryDelay)
+    : bus_(bus), processNames_(std::move(processNames)), retryDelay_(retryDelay), host_(&panelHost("")) {
     stateSubscription_ = bus_.onStateChange([this] { busChanged(); });
     ownerMatch_ = bus_.addMatch(nameChangeRule("org.kde", "arg0namespace"), [this](BusMessage& message) {
         if (const auto change = nameChange(message); change && isOfInterest(change->name)) {
@@ -105,7 +105,7 @@ void PanelHostFinder::askProcess(const std::string& name, const std::string& uni
         "GetConnectionUnixProcessID", std::tuple(uniqueName), [this, name, uniqueName](std::uint32_t pid) {
             const auto owner = owners_.find(name);
             if (owner != owners_.end() && owner->second.uniqueName == uniqueName) {
-                owner->second.process = processName_(pid);
+                owner->second.process = panelProcess(processNames_(pid));
                 decide();
             }
         });

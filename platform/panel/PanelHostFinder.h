@@ -17,7 +17,8 @@ namespace tarnwick {
 /// Main thread.
 class PanelHostFinder {
 public:
-    using ProcessName = std::function<std::string(unsigned pid)>;
+    /// All names that a process goes by, the usual one first. Empty when the process is gone.
+    using ProcessNames = std::function<std::vector<std::string>(unsigned pid)>;
 
     static constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
     /// Seconds after a question that failed until the bus is asked again.
@@ -25,8 +26,7 @@ public:
 
     /// `bus` outlives it.
     explicit PanelHostFinder(
-        BusConnection& bus, ProcessName processName = tarnwick::processName,
-        double retryDelay = usualRetryDelay);
+        BusConnection& bus, ProcessNames processNames, double retryDelay = usualRetryDelay);
 
     [[nodiscard]] const PanelHost& host() const { return *host_; }
 
@@ -54,7 +54,7 @@ private:
     void decide();
 
     BusConnection& bus_;
-    ProcessName processName_;
+    ProcessNames processNames_;
     double retryDelay_;
     std::map<std::string, Owner> owners_; ///< of the watcher's name and of the panels' names
     const PanelHost* host_;

@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
-#include <fstream>
-#include <system_error>
 
 namespace tarnwick {
 
@@ -102,18 +99,13 @@ Ink inkFor(const PanelHost& host, const Backgrounds& backgrounds) {
     return *isDark ? Ink::light : Ink::dark;
 }
 
-std::string processName(unsigned pid) {
-    const std::filesystem::path folder = "/proc/" + std::to_string(pid);
-    std::string name;
-    std::getline(std::ifstream(folder / "comm"), name);
-    if (!isKnown(panelHost(name))) {
-        std::error_code error;
-        const std::filesystem::path program = std::filesystem::read_symlink(folder / "exe", error);
-        if (!error && isKnown(panelHost(program.filename().string()))) {
-            return program.filename().string();
-        }
+std::string panelProcess(const std::vector<std::string>& names) {
+    const auto known =
+        std::ranges::find_if(names, [](const std::string& name) { return isKnown(panelHost(name)); });
+    if (known != names.end()) {
+        return *known;
     }
-    return name;
+    return names.empty() ? std::string() : names.front();
 }
 
 } // namespace tarnwick

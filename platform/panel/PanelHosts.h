@@ -48,8 +48,7 @@ struct Backgrounds {
 
 [[nodiscard]] Ink inkFor(const PanelHost& host, const Backgrounds& backgrounds);
 
-/// The kernel's name of a process, or the name of its program's file if only that is in the table. Empty when
-/// the process is gone.
-[[nodiscard]] std::string processName(unsigned pid);
+/// Of the names that a process goes by, the one that is in the table, else the first. Empty without a name.
+[[nodiscard]] std::string panelProcess(const std::vector<std::string>& names);
 
 } // namespace tarnwick

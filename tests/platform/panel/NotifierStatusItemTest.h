@@ -72,8 +72,8 @@ protected:
             .painter = painter_,
             .menu = menu_,
             .colors = colors_,
+            .processNames = [this](unsigned) { return std::vector{process_}; },
             .iconThemePath = "/icons",
-            .processName = [this](unsigned) { return process_; },
             .registrationPatience = registrationPatience,
         });
         showFace({.activeBars = 2});

@@ -18,7 +18,7 @@ protected:
     /// All programs of the test are one process; it is called as `process_` says at the time.
     void find() {
         finder_.emplace(
-            bus_, [this](unsigned) { return process_; }, retryDelay);
+            bus_, [this](unsigned) { return std::vector{process_}; }, retryDelay);
         finder_->onChange = [this] { ++changes_; };
     }
 

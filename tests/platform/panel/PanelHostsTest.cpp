@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <unistd.h>
 
 namespace tarnwick {
 
@@ -90,17 +89,14 @@ TEST(PanelHostsTest, WhereNothingIsKnownTheFallbackHolds) {
     EXPECT_EQ(inkFor({.hasOwnDarkMode = true}, {.fallback = Ink::dark}), Ink::dark);
 }
 
-TEST(PanelHostsTest, AProcessIsCalledAsTheKernelCallsIt) {
-    std::string truncated = "PanelHostsTest";
-    truncated.resize(std::min<std::size_t>(truncated.size(), 15));
-
-    EXPECT_EQ(processName(static_cast<unsigned>(getpid())), truncated);
+TEST(PanelHostsTest, AProcessGoesByTheNameThatIsInTheTable) {
+    EXPECT_EQ(panelProcess({"waybar", "waybar-wrapped"}), "waybar");
+    EXPECT_EQ(panelProcess({".waybar-wrapped", "waybar"}), "waybar");
 }
 
-TEST(PanelHostsTest, AProcessThatHasGoneHasNoName) {
-    constexpr unsigned beyondAllProcesses = 4'194'305;
-
-    EXPECT_EQ(processName(beyondAllProcesses), "");
+TEST(PanelHostsTest, AProcessThatIsInNoTableGoesByItsFirstName) {
+    EXPECT_EQ(panelProcess({"python3", "python3.11"}), "python3");
+    EXPECT_EQ(panelProcess({}), "");
 }
 
 } // namespace tarnwick
