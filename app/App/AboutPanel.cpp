@@ -18,7 +18,7 @@ namespace tarnwick {
 namespace {
 
 constexpr int aboutIconSide = 96;
-constexpr int margin = 28;
+constexpr int panelMargin = 28;
 
 const char* const credits = "Keeps an eye on your internet connection from the menu bar.";
 const char* const productPage = "https://tarnwick.example/";
@@ -52,7 +52,7 @@ QDialog* makeWindow(const QString& version) {
     window->setWindowTitle(QStringLiteral("About Tarnwick"));
     window->setWindowIcon(programIcon());
     auto* const layout = new QVBoxLayout(window);
-    layout->setContentsMargins(margin, margin, margin, margin / 2);
+    layout->setContentsMargins(panelMargin, panelMargin, panelMargin, panelMargin / 2);
     layout->setSpacing(4);
     layout->addWidget(icon(*window));
     layout->addSpacing(8);

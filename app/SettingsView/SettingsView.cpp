@@ -25,8 +25,8 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double viewWidth = 440;
-constexpr double margin = 20;
+constexpr double formWidth = 440;
+constexpr double formMargin = 20;
 constexpr double sectionGap = 18;
 constexpr double hostWidth = 232;
 constexpr double intervalWidth = 44;
@@ -222,7 +222,7 @@ SettingsView::~SettingsView() {
 }
 
 QSize SettingsView::sizeHint() const {
-    const int width = ViewStyle(*this).length(viewWidth);
+    const int width = ViewStyle(*this).length(formWidth);
     return {width, layout()->totalHeightForWidth(width)};
 }
 
@@ -274,7 +274,7 @@ void SettingsView::applyStyle() {
     for (FormSection* section : sections_) {
         section->setStyle(style);
     }
-    const int side = style.length(margin);
+    const int side = style.length(formMargin);
     layout()->setContentsMargins(side, side, side, side);
     layout()->setSpacing(style.length(sectionGap));
     host_->setFixedWidth(style.length(hostWidth));

@@ -42,7 +42,7 @@ private:
     ThresholdSlider& slider_;
 };
 
-QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
+QAccessibleInterface* makeSliderInterface(const QString& /*className*/, QObject* object) {
     auto* const slider = dynamic_cast<ThresholdSlider*>(object);
     // The toolkit's accessibility cache takes ownership.
     return slider == nullptr ? nullptr : new AccessibleThreshold(*slider);
@@ -52,7 +52,7 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
 
 ThresholdSlider::ThresholdSlider(QWidget* parent) : QSlider(Qt::Horizontal, parent) {
     static const bool isInstalled = [] {
-        QAccessible::installFactory(makeInterface);
+        QAccessible::installFactory(makeSliderInterface);
         return true;
     }();
     static_cast<void>(isInstalled);

@@ -19,7 +19,7 @@ QAccessible::Role accessibleRole(ReadAloudWidget::Role role) {
     return QAccessible::Grouping;
 }
 
-QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
+QAccessibleInterface* makeReadAloud(const QString& /*className*/, QObject* object) {
     auto* const widget = dynamic_cast<ReadAloudWidget*>(object);
     // Owned by the accessibility cache of the toolkit.
     return widget == nullptr ? nullptr : new QAccessibleWidget(widget, accessibleRole(widget->role()));
@@ -29,7 +29,7 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
 
 ReadAloudWidget::ReadAloudWidget(Role role, QWidget* parent) : QWidget(parent), role_(role) {
     static const bool isInstalled = [] {
-        QAccessible::installFactory(makeInterface);
+        QAccessible::installFactory(makeReadAloud);
         return true;
     }();
     static_cast<void>(isInstalled);

@@ -77,17 +77,17 @@ std::string BusLink::currentSender() const {
 }
 
 std::optional<BusLink::Wait> BusLink::wait() const {
-    constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
+    constexpr std::uint64_t noTimeOut = std::numeric_limits<std::uint64_t>::max();
     const int descriptor = sd_bus_get_fd(bus_);
     const int events = sd_bus_get_events(bus_);
-    std::uint64_t time = never;
+    std::uint64_t time = noTimeOut;
     if (descriptor < 0 || events < 0 || sd_bus_get_timeout(bus_, &time) < 0) {
         return std::nullopt;
     }
     return Wait{
         .descriptor = descriptor,
         .forWriting = (events & POLLOUT) != 0,
-        .deadline = time == never ? std::nullopt : std::optional(static_cast<double>(time) / 1e6),
+        .deadline = time == noTimeOut ? std::nullopt : std::optional(static_cast<double>(time) / 1e6),
     };
 }
 

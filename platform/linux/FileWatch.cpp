@@ -20,7 +20,7 @@ constexpr std::uint32_t entryChanged =
     IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE | IN_ATTRIB | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
 
 /// Folders may come and go while they are looked up.
-constexpr int mostAttempts = 10;
+constexpr int mostLookUps = 10;
 /// In a flood the loop gets its turn in between.
 constexpr int mostReads = 16;
 
@@ -76,7 +76,7 @@ std::vector<FileWatch::Place> FileWatch::places() const {
 
 void FileWatch::watchPlaces() {
     std::vector<Place> present = places();
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+    for (int attempt = 0; attempt < mostLookUps; ++attempt) {
         watch(present);
         std::vector<Place> next = places();
         if (next == present) {

@@ -17,7 +17,7 @@ using Netlink::Bytes;
 constexpr std::size_t receiveSize = 16UL * 1024;
 
 // About as many as the receive buffer holds.
-constexpr int mostMessagesAtOnce = 512;
+constexpr int mostRouteMessagesAtOnce = 512;
 
 // The kernel doubles it. Lost messages cost one look-up, which was due anyway.
 constexpr int receiveBuffer = 256 * 1024;
@@ -113,7 +113,7 @@ RouteChanges::RouteChanges() {
 bool RouteChanges::take() {
     alignas(nlmsghdr) std::array<std::byte, receiveSize> buffer{};
     bool anyMatters = false;
-    for (int message = 0; message < mostMessagesAtOnce; ++message) {
+    for (int message = 0; message < mostRouteMessagesAtOnce; ++message) {
         const ssize_t size = ::mnl_socket_recvfrom(socket_.get(), buffer.data(), buffer.size());
         if (size >= 0) {
             anyMatters = anyMatters || mayChangePath(Bytes(buffer).first(static_cast<std::size_t>(size)));
