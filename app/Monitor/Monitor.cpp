@@ -104,7 +104,8 @@ void Monitor::stopPinging() {
 void Monitor::schedulePingTimer() {
     const double interval = prefs_.pingInterval();
     const double now = loop_.now();
-    pingTimer_ = loop_.every(std::max(now, lastPingSent_ + interval), interval, [this] { sendPing(); });
+    const double firstFire = lastPingSent_ ? std::max(now, *lastPingSent_ + interval) : now + interval;
+    pingTimer_ = loop_.every(firstFire, interval, [this] { sendPing(); });
 }
 
 Sample* Monitor::sampleOf(std::uint64_t id) {
@@ -114,6 +115,9 @@ Sample* Monitor::sampleOf(std::uint64_t id) {
 }
 
 void Monitor::sendPing() {
+    if (!pinger_) {
+        return;
+    }
     const PublishAtEnd publishAtEnd(*this);
     const std::uint64_t id = nextPingId_++;
     const RunLoop::WallTime date = loop_.wallNow();

@@ -81,9 +81,7 @@ private:
     // The ping loop.
     void restartPinger();
     void stopPinging();
-    /// After the first ping.
     void schedulePingTimer();
-    /// While a pinger runs.
     void sendPing();
     void forgetOldSamples(RunLoop::WallTime now);
     void handle(const Pinger::Event& happened);
@@ -161,7 +159,7 @@ private:
     RunLoop::Handle housekeepingTimer_;
     ConnectionWatchdog watchdog_;
     std::uint16_t identifier_;
-    double lastPingSent_ = 0; ///< monotonic: setting the wall clock must not hold up pinging
+    std::optional<double> lastPingSent_; ///< monotonic: setting the wall clock must not hold up pinging
     std::uint64_t nextPingId_;
     int openEvents_ = 0; ///< instances of `PublishAtEnd`
     int tickCount_ = 0;  ///< since the last periodic save

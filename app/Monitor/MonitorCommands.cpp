@@ -35,9 +35,10 @@ void Monitor::hostChanged() {
     measured_.lossIsKnown = false;
     measured_.resolvedAddress = std::nullopt;
     measured_.startError = std::nullopt;
+    stopPinging();
     pending_.clear();
     refreshWatchdogConfig();
-    // Restarts pinging at once. Asleep, nothing is pinged; the wake restarts it.
+    // Asleep, nothing is pinged; the wake restarts pinging.
     const double restartAfter = asleep_ ? restartAfterWake : 0;
     carryOut(watchdog_.reset(loop_.now(), restartAfter, true));
 }

@@ -119,6 +119,7 @@ std::vector<PanelMenuRow> PanelMenuText::rows() const {
 void PanelMenuText::choose(int id) {
     if (id == qualityId) {
         openDropDown_();
+        return;
     }
     const auto position = static_cast<std::size_t>(id - firstItemId);
     if (id >= firstItemId && position < menu_.items().size()) {

@@ -47,6 +47,7 @@ void Pinger::stop() {
     sockets_.clear();
     addresses_.clear();
     sentTo_.clear();
+    selector_ = {};
 }
 
 const ResolvedAddress* Pinger::address() const {
