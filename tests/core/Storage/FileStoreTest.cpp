@@ -103,7 +103,7 @@ TEST_F(FileStoreTest, LeavesAnOpenReaderTheOldText) {
 
 TEST_F(FileStoreTest, KeepsThePermissionsOfTheOldFile) {
     writeFile(file, "old");
-    const auto wanted = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
+    const fs::perms wanted{0641};
     fs::permissions(file, wanted);
     ASSERT_FALSE(replace("new"));
     EXPECT_EQ(fs::status(file).permissions(), wanted);
