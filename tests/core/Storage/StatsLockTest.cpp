@@ -141,7 +141,7 @@ TEST_F(StatsLockTest, MakesAFileWithThePermissionsThatTheUserWants) {
     const mode_t before = ::umask(0);
     EXPECT_EQ(first->acquire(), Attempt::taken);
     ::umask(before);
-    EXPECT_EQ(fs::status(lockFile).permissions(), fs::perms{0666});
+    EXPECT_EQ(static_cast<unsigned>(fs::status(lockFile).permissions()), 0666U);
 }
 
 /// Whether a program that is started now would get the open lock file: it would hold the lock on.
