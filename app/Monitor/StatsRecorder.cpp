@@ -27,8 +27,14 @@ StatsRecorder::StatsRecorder(StatsStore store) : store_(std::move(store)), lock_
 void StatsRecorder::load() {
     // The lock first: what is read under it can't be overwritten by another process's last save.
     state_ = stateAfter(lock_.acquire());
-    onDisk_ = store_.load();
+    take(store_.read());
+}
+
+void StatsRecorder::take(std::optional<StatsByHost> present) {
+    isUnread_ = !present;
+    onDisk_ = std::move(present).value_or(StatsByHost{});
     allTimeStats_ = onDisk_;
+    written_.reset();
 }
 
 StatCounter StatsRecorder::figures(const std::string& host) const {
@@ -40,14 +46,14 @@ StatsRecorder::Saved StatsRecorder::save(
     const std::string& host, const StatCounter& counter, FileStore::Durability durability) {
     const StatsLock::Attempt attempt = lock_.acquire();
     const State before = std::exchange(state_, stateAfter(attempt));
-    if (attempt == StatsLock::Attempt::taken) {
-        StatsByHost present = store_.load();
-        if (before == State::otherRecords || isFromAnotherWriter(present)) {
-            onDisk_ = present;
-            allTimeStats_ = std::move(present);
-            written_.reset();
+    // Reading may have failed for a moment only, as with too many open files.
+    if (attempt == StatsLock::Attempt::taken || (attempt == StatsLock::Attempt::held && isUnread_)) {
+        std::optional<StatsByHost> present = store_.read();
+        if (before == State::otherRecords || (present && isFromAnotherWriter(*present))) {
+            take(std::move(present));
             return Saved::tookOver;
         }
+        isUnread_ = !present;
     }
     allTimeStats_[host] = counter;
     if (state_ == State::records) {
@@ -64,15 +70,16 @@ bool StatsRecorder::isFromAnotherWriter(const StatsByHost& present) const {
 void StatsRecorder::write(FileStore::Durability durability) {
     StatsByHost figures = allTimeStats_;
     std::erase_if(figures, [](const auto& entry) { return entry.second.isEmpty(); });
-    if (written_ && durability <= *written_ && figures == onDisk_) {
+    if (!isUnread_ && written_ && durability <= *written_ && figures == onDisk_) {
         return; // nothing has been counted since
     }
-    if (!written_ && store_.keepAsideIfUnreadable()) {
+    if (isUnread_ && FileStore::keepAside(store_.url)) {
         return;
     }
     if (store_.save(figures, durability)) {
         return;
     }
+    isUnread_ = false;
     written_ = durability;
     onDisk_ = std::move(figures);
 }

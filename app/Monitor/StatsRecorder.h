@@ -19,8 +19,8 @@ public:
 
     enum class Saved {
         asTold,   ///< the counter passed in still holds, written or not
-        tookOver, ///< this process has just become the writer: read `figures` again, the ones on disk replace
-                  ///< the counter passed in
+        tookOver, ///< this process has just become the writer, or the file has just become readable: read
+                  ///< `figures` again, the ones on disk replace the counter passed in
     };
 
     explicit StatsRecorder(StatsStore store);
@@ -30,12 +30,14 @@ public:
     /// The counter of a host, empty when it has none.
     [[nodiscard]] StatCounter figures(const std::string& host) const;
     /// Remembers the host's counter and writes all that are not empty. A failure to write is ignored: the old
-    /// file stands, and the next save tries again.
+    /// file stands, and the next save tries again. A file that can't be read is kept under another name
+    /// first.
     Saved save(const std::string& host, const StatCounter& counter, FileStore::Durability durability);
 
     [[nodiscard]] State state() const { return state_; }
 
 private:
+    void take(std::optional<StatsByHost> present);
     [[nodiscard]] bool isFromAnotherWriter(const StatsByHost& present) const;
     void write(FileStore::Durability durability);
 
@@ -44,6 +46,7 @@ private:
     State state_ = State::cannotRecord;
     StatsByHost allTimeStats_;
     StatsByHost onDisk_;                           ///< as last read or written here
+    bool isUnread_ = false;                        ///< a file is there, and reading it failed
     std::optional<FileStore::Durability> written_; ///< of the file; none: another process wrote it
 };
 

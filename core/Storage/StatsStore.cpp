@@ -4,7 +4,6 @@
 #include "core/Storage/UserFolders.h"
 
 #include <limits>
-#include <optional>
 
 namespace tarnwick {
 
@@ -93,22 +92,17 @@ StatsStore StatsStore::defaultStore() {
     return {supportDirectory() / "Tarnwick" / "stats.json"};
 }
 
-StatsByHost StatsStore::load() const {
+std::optional<StatsByHost> StatsStore::read() const {
     std::error_code error;
     const std::optional<std::string> text = FileStore::read(url, error);
-    if (!text) {
-        return {};
+    if (error == std::errc::no_such_file_or_directory) {
+        return StatsByHost{};
     }
-    return decode(*text).value_or(StatsByHost{});
+    return text ? decode(*text) : std::nullopt;
 }
 
-std::error_code StatsStore::keepAsideIfUnreadable() const {
-    std::error_code error;
-    const std::optional<std::string> text = FileStore::read(url, error);
-    if (error == std::errc::no_such_file_or_directory || (text && decode(*text))) {
-        return {};
-    }
-    return FileStore::keepAside(url);
+StatsByHost StatsStore::load() const {
+    return read().value_or(StatsByHost{});
 }
 
 std::error_code StatsStore::save(const StatsByHost& stats, FileStore::Durability durability) const {

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -22,11 +23,11 @@ struct StatsStore {
     /// "Tarnwick/stats.json" in there.
     [[nodiscard]] static StatsStore defaultStore();
 
-    /// All or nothing: no figures from a missing or unreadable file, or if a single counter is wrong.
+    /// All or nothing: none when the file can't be read or a single counter in it is wrong. A missing file
+    /// holds no figures.
+    [[nodiscard]] std::optional<StatsByHost> read() const;
+    /// Likewise, with no figures from a file that can't be read.
     [[nodiscard]] StatsByHost load() const;
-
-    /// Keeps a copy of a file that `load` can't read, so that the next `save` loses nothing.
-    [[nodiscard]] std::error_code keepAsideIfUnreadable() const;
 
     /// Replaces the file as a whole; creates its folder. After an error the old file is unchanged.
     [[nodiscard]] std::error_code save(

@@ -121,6 +121,20 @@ TEST_F(StatsRecorderTakeoverTest, ATakeoverOfAnUnreadableFileKeepsItAside) {
     EXPECT_EQ(store.load().at(host), sent(2));
 }
 
+TEST_F(StatsRecorderTakeoverTest, ATakeoverIsMadeUpForWhenReadingFailedForAMoment) {
+    start(first).save(host, sent(10), forTheCrash);
+    start(second);
+    first.reset();
+    letReadingFail();
+    second->save(host, sent(1), forTheCrash);
+    letReadingSucceed();
+
+    EXPECT_EQ(second->save(host, sent(2), forTheCrash), Saved::tookOver);
+
+    EXPECT_EQ(second->figures(host), sent(10));
+    EXPECT_EQ(store.load().at(host), sent(10));
+}
+
 TEST_F(StatsRecorderTakeoverTest, TheOneThatEndsLastDoesNotUndoTheOneThatTookOver) {
     std::optional<StatsRecorder> third;
     start(first).save(host, sent(10), forTheCrash);

@@ -149,6 +149,18 @@ TEST_F(StatsRecorderTest, FiguresThatAppearedWhileItCouldNotRecordAreNotOverwrit
     EXPECT_EQ(store.load().at(host), sent(100));
 }
 
+TEST_F(StatsRecorderTest, AnUnreadableFileThatAppearedWhileItCouldNotRecordIsKeptAside) {
+    std::ofstream(store.url.parent_path()) << "in the way";
+    start(first).save(host, sent(1), forTheCrash);
+    fs::remove(store.url.parent_path());
+    writeFile("no JSON");
+
+    first->save(host, sent(2), forTheCrash);
+
+    EXPECT_EQ(test::contentOf(store.url.string() + ".unreadable"), "no JSON");
+    EXPECT_EQ(store.load().at(host), sent(2));
+}
+
 TEST_F(StatsRecorderTest, AFolderThatWasEmptiedIsFilledAgain) {
     start(first).save(host, sent(1), forTheCrash);
     fs::remove_all(store.url.parent_path());
@@ -190,6 +202,30 @@ INSTANTIATE_TEST_SUITE_P(
             "MissingKey",
             R"({"host.test": {"averageMs": 1, "fastestMs": 1, "lost": 0, "replied": 1, "sent": 1}})"}),
     test::caseName);
+
+TEST_F(StatsRecorderTest, FiguresThatCouldNotBeReadForAMomentAreNotOverwritten) {
+    ASSERT_FALSE(store.save({{host, sent(100)}, {otherHost, sent(5)}}));
+    letReadingFail();
+    start(first);
+    letReadingSucceed();
+
+    EXPECT_EQ(first->save(host, sent(1), forTheCrash), Saved::tookOver);
+
+    EXPECT_EQ(first->figures(host), sent(100));
+    EXPECT_THAT(store.load(), UnorderedElementsAre(Pair(host, sent(100)), Pair(otherHost, sent(5))));
+    EXPECT_EQ(keptAside(), 0);
+}
+
+TEST_F(StatsRecorderTest, AnUnreadableFileOfAnotherWriterIsReplacedByUnchangedFigures) {
+    start(first).save(host, sent(1), forTheCrash);
+    fs::remove(store.url.string() + ".lock");
+    writeFile("no JSON");
+
+    first->save(host, sent(1), forTheCrash);
+
+    EXPECT_EQ(test::contentOf(store.url.string() + ".unreadable"), "no JSON");
+    EXPECT_EQ(store.load().at(host), sent(1));
+}
 
 TEST_F(StatsRecorderTest, AnUnreadableFileIsLeftAloneUntilTheFirstSave) {
     writeFile("no JSON");

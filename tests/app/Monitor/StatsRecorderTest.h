@@ -48,6 +48,16 @@ protected:
 
     void letWritingSucceed() const { std::filesystem::remove(obstacle()); }
 
+    [[nodiscard]] std::filesystem::path readable() const { return store.url.string() + ".readable"; }
+
+    /// A link to itself is in the place of the file.
+    void letReadingFail() const {
+        std::filesystem::rename(store.url, readable());
+        std::filesystem::create_symlink(store.url.filename(), store.url);
+    }
+
+    void letReadingSucceed() const { std::filesystem::rename(readable(), store.url); }
+
     /// Copies of files kept aside.
     [[nodiscard]] std::ptrdiff_t keptAside() const {
         return std::count_if(

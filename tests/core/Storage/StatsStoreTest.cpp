@@ -59,6 +59,10 @@ TEST_F(StatsStoreTest, LoadsNothingWithoutAFile) {
     EXPECT_THAT(store.load(), IsEmpty());
 }
 
+TEST_F(StatsStoreTest, ReadsNoFiguresWithoutAFile) {
+    EXPECT_EQ(store.read(), StatsByHost{});
+}
+
 TEST_F(StatsStoreTest, LoadsNothingFromAnEmptyObject) {
     EXPECT_THAT(loadedFrom("{}"), IsEmpty());
 }
@@ -156,21 +160,9 @@ TEST_P(UnreadableStats, LoadAsNothingAndAreOverwrittenByTheNextSave) {
     EXPECT_THAT(store.load(), ElementsAre(Pair("h", figures)));
 }
 
-TEST_P(UnreadableStats, AreKeptAsideWhenThatIsAskedFor) {
+TEST_P(UnreadableStats, AreNotReadAsNoFigures) {
     writeFile(store.url, GetParam());
-    EXPECT_FALSE(store.keepAsideIfUnreadable());
-    EXPECT_EQ(contentOf(folder.path() / "stats.json.unreadable"), GetParam());
-}
-
-TEST_F(StatsStoreTest, KeepsNoReadableFileAside) {
-    writeFile(store.url, fileText(goodMembers()));
-    EXPECT_FALSE(store.keepAsideIfUnreadable());
-    EXPECT_EQ(fileCount(folder.path()), 1);
-}
-
-TEST_F(StatsStoreTest, KeepsNothingAsideWithoutAFile) {
-    EXPECT_FALSE(store.keepAsideIfUnreadable());
-    EXPECT_EQ(fileCount(folder.path()), 0);
+    EXPECT_EQ(store.read(), std::nullopt);
 }
 
 TEST_F(StatsStoreTest, LoadsNothingFromEveryTruncationOfAGoodFile) {
@@ -250,6 +242,7 @@ TEST_F(StatsStoreTest, SavesTheOtherHostsBesideOneWhoseTextIsNoUtf8) {
 TEST_F(StatsStoreTest, LoadsNothingFromAFolderInItsPlace) {
     fs::create_directory(store.url);
     EXPECT_THAT(store.load(), IsEmpty());
+    EXPECT_EQ(store.read(), std::nullopt);
 }
 
 } // namespace
