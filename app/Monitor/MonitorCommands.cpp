@@ -13,6 +13,7 @@ void Monitor::setHostname(const std::string& text) {
 
 void Monitor::settingsChanged() {
     const PublishAtEnd publishAtEnd(*this);
+    // A new time-out has to wait: the watchdog takes it over with the next host, interval or wake.
     watchdog_.setAlertsEnabled(prefs_.showNotifications());
     if (prefs_.hostname() != host_) {
         saveStatsOf(host_, FileStore::Durability::powerCut);
