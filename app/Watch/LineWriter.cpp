@@ -37,7 +37,7 @@ LineWriter::Written LineWriter::write(std::string_view line) {
     return written;
 }
 
-LineWriter::Written LineWriter::writeSome(std::string_view& text) const {
+LineWriter::Written LineWriter::writeSome(std::string_view& text) {
     pollfd output{.fd = descriptor_, .events = POLLOUT, .revents = 0};
     if (::poll(&output, 1, 0) != 1) {
         return Written::leftOut;
@@ -58,7 +58,8 @@ LineWriter::Written LineWriter::writeSome(std::string_view& text) const {
             return Written::leftOut;
         }
         if (count < 0) {
-            return errno == EPIPE ? Written::closed : Written::failed;
+            error_ = {errno, std::generic_category()};
+            return error_ == std::errc::broken_pipe ? Written::closed : Written::failed;
         }
         text.remove_prefix(static_cast<std::size_t>(count));
     }

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace tarnwick {
 
@@ -13,7 +14,7 @@ public:
         taken,   ///< written, or begun; the rest is kept and goes out before the next line
         leftOut, ///< the reader is behind; measuring does not wait for it
         closed,  ///< the reader has gone
-        failed,  ///< errno says why
+        failed,  ///< `error` says why
     };
 
     explicit LineWriter(int descriptor) : descriptor_(descriptor) {}
@@ -21,11 +22,15 @@ public:
     /// `line` with its line break.
     Written write(std::string_view line);
 
+    /// Why a line failed to be written.
+    [[nodiscard]] std::error_code error() const { return error_; }
+
 private:
     /// Takes what is written off the text: all of it, or what there is room for.
-    Written writeSome(std::string_view& text) const;
+    Written writeSome(std::string_view& text);
 
     int descriptor_;
+    std::error_code error_;
     std::string rest_; ///< of a line that has begun
 };
 

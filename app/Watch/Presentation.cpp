@@ -5,30 +5,10 @@
 #include "app/Watch/ScreenLayout.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
 namespace tarnwick {
-
-namespace {
-
-void quitUnlessWritten(LineWriter::Written written, const Presentation::Quit& quit) {
-    switch (written) {
-    case LineWriter::Written::taken:
-    case LineWriter::Written::leftOut:
-        break;
-    case LineWriter::Written::closed:
-        quit({});
-        break;
-    case LineWriter::Written::failed:
-        quit("can't write the output: " + std::generic_category().message(errno));
-        break;
-    }
-}
-
-} // namespace
 
 NoteLines::NoteLines() : output_(STDERR_FILENO) {
 }
@@ -47,7 +27,17 @@ LinePresentation::LinePresentation(RunLoop& loop, const Observed<Reading>& readi
 }
 
 void LinePresentation::show(double judgedAt) {
-    quitUnlessWritten(output_.write(line(judgedAt)), quit_);
+    switch (output_.write(line(judgedAt))) {
+    case LineWriter::Written::taken:
+    case LineWriter::Written::leftOut:
+        break;
+    case LineWriter::Written::closed:
+        quit_({});
+        break;
+    case LineWriter::Written::failed:
+        quit_("can't write the output: " + output_.error().message());
+        break;
+    }
 }
 
 void LinePresentation::setNotes(const std::vector<std::string>& notes) {

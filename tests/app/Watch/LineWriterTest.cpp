@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -192,14 +191,16 @@ TEST(LineWriter, AFileTakesEveryLineHoweverLong) {
     EXPECT_EQ(test::contentOf(path), "first\n" + std::string(99'999, 'x') + "\n");
 }
 
-TEST(LineWriter, AFullDiskIsAFailureThatErrnoTells) {
+TEST(LineWriter, TellsThatTheDiskIsFull) {
     const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
     if (!full.isOpen()) {
         TARNWICK_CANNOT_RUN("this system has no /dev/full");
     }
 
-    EXPECT_EQ(LineWriter(full.get()).write("x\n"), Written::failed);
-    EXPECT_EQ(errno, ENOSPC);
+    LineWriter writer(full.get());
+
+    EXPECT_EQ(writer.write("x\n"), Written::failed);
+    EXPECT_EQ(writer.error(), std::errc::no_space_on_device);
 }
 
 } // namespace tarnwick
