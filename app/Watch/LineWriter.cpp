@@ -1,21 +1,17 @@
 #include "app/Watch/LineWriter.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tarnwick {
 
 namespace {
 
-/// A pipe that polls as writable takes PIPE_BUF bytes without blocking; a longer line may block.
-bool mayWait(int descriptor, std::size_t size) {
-    struct stat info {};
-
-    return size > PIPE_BUF && ::fstat(descriptor, &info) == 0 && !S_ISREG(info.st_mode);
-}
+/// A pipe that polls as writable takes this many bytes without blocking.
+constexpr std::size_t takenWithoutBlocking = PIPE_BUF;
 
 } // namespace
 
@@ -38,19 +34,16 @@ LineWriter::Written LineWriter::write(std::string_view line) {
 }
 
 LineWriter::Written LineWriter::writeSome(std::string_view& text) {
-    pollfd output{.fd = descriptor_, .events = POLLOUT, .revents = 0};
-    if (::poll(&output, 1, 0) != 1) {
-        return Written::leftOut;
-    }
-    // The far end of a pipe has gone, whether or not there is room in it.
-    if ((output.revents & POLLERR) != 0 || (output.revents & POLLOUT) == 0) {
-        return Written::closed;
-    }
-    if (mayWait(descriptor_, text.size())) {
-        return Written::leftOut;
-    }
     while (!text.empty()) {
-        const ssize_t count = ::write(descriptor_, text.data(), text.size());
+        pollfd output{.fd = descriptor_, .events = POLLOUT, .revents = 0};
+        if (::poll(&output, 1, 0) != 1) {
+            return Written::leftOut;
+        }
+        // The far end of a pipe has gone, whether or not there is room in it.
+        if ((output.revents & POLLERR) != 0 || (output.revents & POLLOUT) == 0) {
+            return Written::closed;
+        }
+        const ssize_t count = ::write(descriptor_, text.data(), std::min(text.size(), takenWithoutBlocking));
         if (count < 0 && errno == EINTR) {
             continue;
         }

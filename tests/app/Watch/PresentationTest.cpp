@@ -90,6 +90,16 @@ TEST_F(PresentationTest, JsonIsOneObjectALine) {
     }
 }
 
+TEST_F(PresentationTest, JsonShowsAHostThatIsLongerThanAPipeTakesAtOnce) {
+    JsonPresentation presentation(loop, monitor.observedReading(), quit());
+    const std::string host(5000, 'h');
+    resolve(host, "192.0.2.7");
+    prefs.setHostname(host);
+    watchFor(3.5);
+
+    EXPECT_EQ(nlohmann::json::parse(written(presentation))["host"], host);
+}
+
 TEST_F(PresentationTest, JsonHasTheTitleWithoutLossWhileThereIsNone) {
     JsonPresentation presentation(loop, monitor.observedReading(), quit());
     monitor.start();
