@@ -4,7 +4,6 @@
 #include "core/Text.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace tarnwick {
 
@@ -14,11 +13,6 @@ namespace {
 constexpr std::size_t longestHost = 1024;
 
 constexpr std::size_t settingColumn = 32; ///< where the descriptions begin
-
-std::optional<double> finiteNumber(const std::string& text) {
-    const std::optional<double> number = Text::parseNumber(text);
-    return number && std::isfinite(*number) ? number : std::nullopt;
-}
 
 } // namespace
 
@@ -30,7 +24,7 @@ std::string quoted(const std::string& text) {
 }
 
 std::optional<double> positiveNumber(const std::string& text) {
-    const std::optional<double> number = finiteNumber(text);
+    const std::optional<double> number = numberIn(text);
     return number && *number > 0 ? number : std::nullopt;
 }
 

@@ -53,8 +53,8 @@ std::optional<Value> parsedSetting(const SettingRow& row, const std::string& tex
         return admitted(row, text);
     }
     if (std::holds_alternative<double>(row.preset)) {
-        const std::optional<double> number = Text::parseNumber(text);
-        return number && std::isfinite(*number) ? admitted(row, *number) : std::nullopt;
+        const std::optional<double> number = numberIn(text);
+        return number ? admitted(row, *number) : std::nullopt;
     }
     return onlyIf(text == "true" || text == "false", text == "true");
 }
@@ -81,6 +81,11 @@ std::string description(const SettingRow& row) {
 std::optional<std::string> hostIn(std::string_view text) {
     const std::string_view host = Text::trimmed(text);
     return host.empty() ? std::nullopt : std::optional(std::string(host));
+}
+
+std::optional<double> numberIn(std::string_view text) {
+    const std::optional<double> number = Text::parseNumber(text);
+    return number && std::isfinite(*number) ? number : std::nullopt;
 }
 
 std::string_view rawValue(StatusItem::Form form) {

@@ -110,6 +110,9 @@ consteval std::size_t settingIndex(std::string_view key) {
 /// The host in a text: without white space around it; nothing when that leaves nothing.
 [[nodiscard]] std::optional<std::string> hostIn(std::string_view text);
 
+/// The finite number that is all of a text; nothing for any other text.
+[[nodiscard]] std::optional<double> numberIn(std::string_view text);
+
 /// The stored text of a form and back; nothing for any other text, case included.
 [[nodiscard]] std::string_view rawValue(StatusItem::Form form);
 [[nodiscard]] std::optional<StatusItem::Form> formOf(std::string_view text);
