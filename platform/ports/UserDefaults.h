@@ -20,7 +20,8 @@ public:
     UserDefaults& operator=(const UserDefaults&) = delete;
     virtual ~UserDefaults() = default;
 
-    /// The values of keys that are not stored. They are never stored themselves.
+    /// The values of keys that are not stored, added to those registered before. They are never stored
+    /// themselves.
     virtual void registerDefaults(const Table& defaults) = 0;
 
     [[nodiscard]] virtual std::optional<bool> boolean(const std::string& key) const = 0;

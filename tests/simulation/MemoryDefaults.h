@@ -40,7 +40,11 @@ public:
     /// Whether all changes were flushed.
     [[nodiscard]] bool isFlushed() const { return flushed_ == changes_.size(); }
 
-    void registerDefaults(const Table& defaults) override { registered_ = defaults; }
+    void registerDefaults(const Table& defaults) override {
+        for (const auto& [key, value] : defaults) {
+            registered_[key] = value;
+        }
+    }
 
     [[nodiscard]] std::optional<bool> boolean(const std::string& key) const override {
         return value<bool>(key);
