@@ -144,6 +144,7 @@ Reading makeReading(
     if (reading.isDown()) {
         reading.downReason = DownReason::from(reading.startError, reading.pathSatisfied);
     }
+    // In this order: later texts contain earlier ones.
     reading.showsLoss = reading.lossIsKnown && !isConnecting;
     if (reading.showsLoss && !reading.isDown()) {
         reading.lossText = Text::whole(reading.lossPercent) + "% loss";

@@ -22,7 +22,7 @@ struct Reading {
     QualityTone qualityTone = QualityTone::neutral;
     std::string qualityTitle{};
     std::optional<DownReason> downReason = std::nullopt; ///< absent unless down
-    std::string downReasonText{};
+    std::string downReasonText{}; ///< while not down, that of no replies: look at `downReason` first
 
     // The host.
     std::string host{};
