@@ -25,6 +25,8 @@ namespace {
 
 using namespace tarnwick;
 
+constexpr auto watchedSignals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGWINCH};
+
 /// Terminals show UTF-8 even if no language is set.
 void takeCharacterSet() {
     for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
@@ -87,6 +89,8 @@ private:
 
 /// Returns what went wrong, or an empty text.
 std::string run(const WatchOptions& options) {
+    // What arrives before they are watched waits until then.
+    SignalWatch::block(watchedSignals);
     Service service(options.settings);
     EpollRunLoop& loop = service.loop();
     std::string problem;
@@ -94,14 +98,6 @@ std::string run(const WatchOptions& options) {
         problem = why;
         loop.stop();
     };
-    Watch* shown = nullptr;
-    const SignalWatch signals(loop, {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGWINCH}, [&](int signal) {
-        if (signal != SIGWINCH) {
-            quit({});
-        } else if (shown != nullptr) {
-            shown->windowResized();
-        }
-    });
     Watch watch(
         {
             .loop = loop,
@@ -109,7 +105,13 @@ std::string run(const WatchOptions& options) {
             .missingPingPermission = [] { return PingPermission::grantingCommand(); },
         },
         makePresentation(options, loop, service.monitor().observedReading(), quit));
-    shown = &watch;
+    const SignalWatch signals(loop, watchedSignals, [&](int signal) {
+        if (signal == SIGWINCH) {
+            watch.windowResized();
+        } else {
+            quit({});
+        }
+    });
     watch.start();
     const RunLoop::Handle end =
         options.forSeconds ? loop.after(*options.forSeconds, [&quit] { quit({}); }) : nullptr;
