@@ -9,7 +9,7 @@ namespace tarnwick {
 namespace {
 
 constexpr double housekeepingInterval = 1.0;
-/// The tick comes about a millisecond before each ping: it can wait that long and share the wake-up.
+/// A tick may come this late. Pings fire about a millisecond after it, so both share one wake-up.
 constexpr double housekeepingTolerance = 0.01;
 
 template<class... Visitors>

@@ -38,7 +38,7 @@ struct HeaderFonts {
     QFont latency;
 };
 
-/// One line of text below `top`; returns where the next one begins.
+/// Draws one line of text; returns the top of the next one.
 double drawLine(
     QPainter& painter, const QFont& font, const QColor& color, QPointF topLeft, const QString& text) {
     const QFontMetricsF metrics(font);

@@ -38,7 +38,7 @@ void Watch::start() {
 void Watch::updateNotes() {
     const Reading& reading = needs_.monitor.reading();
     const std::optional<PingError>& error = reading.startError;
-    // The permission is looked up once for each error. A note stays true until the next attempt to ping.
+    // An error that stays the same needs no second look at the permission.
     if (notedRecording_ == reading.recording && notedError_ == error) {
         return;
     }

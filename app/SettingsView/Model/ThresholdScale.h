@@ -14,7 +14,8 @@ inline constexpr double stepMs = 10;
 /// The threshold at a place, rounded to the nearest step and limited to the scale.
 [[nodiscard]] double thresholdAt(double place);
 
-/// The threshold a number of steps higher, or lower if negative. Between two steps, the first one is shorter.
+/// The threshold a number of steps higher, or lower if negative. From between two multiples, the first step
+/// goes to the nearest one in that direction.
 [[nodiscard]] double stepped(double ms, int steps);
 
 /// Parts of equal length on the logarithmic scale, each smaller than a step. Position 0 is the lowest end.
