@@ -42,7 +42,7 @@ std::size_t messageOffset(std::span<const std::uint8_t> datagram, std::int32_t f
     if (family != AF_INET || datagram.empty() || datagram[0] >> 4 != 4) {
         return 0;
     }
-    return std::size_t{datagram[0] & 0x3FU} * 4;
+    return std::size_t{datagram[0] & 0x0FU} * 4;
 }
 
 } // namespace
