@@ -62,7 +62,7 @@ void Monitor::start() {
     pingInterval_ = prefs_.pingInterval();
     recorder_.load();
     measured_.recording = recorder_.state();
-    measured_.ledger.resetSite(recorder_.figures(prefs_.hostname()));
+    measured_.ledger.resetSite(recorder_.counterOf(prefs_.hostname()));
     housekeepingTimer_ = loop_.everyRoughly(
         loop_.now() + housekeepingInterval, housekeepingInterval, housekeepingTolerance, [this] { tick(); });
     prefs_.onChange = lifeline_.guarded([this] { settingsChanged(); });
@@ -80,7 +80,7 @@ void Monitor::saveStatsOf(const std::string& host, FileStore::Durability durabil
     const PublishAtEnd publishAtEnd(*this);
     const auto saved = recorder_.save(host, measured_.ledger.site(), durability);
     if (saved == StatsRecorder::Saved::tookOver) {
-        measured_.ledger.resetSite(recorder_.figures(host));
+        measured_.ledger.resetSite(recorder_.counterOf(host));
     }
     measured_.recording = recorder_.state();
 }

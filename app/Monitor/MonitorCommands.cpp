@@ -27,7 +27,7 @@ void Monitor::settingsChanged() {
 }
 
 void Monitor::hostChanged() {
-    measured_.ledger.resetSite(recorder_.figures(prefs_.hostname()));
+    measured_.ledger.resetSite(recorder_.counterOf(prefs_.hostname()));
     measured_.ledger.resetSession();
     measured_.samples.clear();
     measured_.score = std::nullopt;

@@ -37,7 +37,7 @@ void StatsRecorder::take(std::optional<StatsByHost> present) {
     written_.reset();
 }
 
-StatCounter StatsRecorder::figures(const std::string& host) const {
+StatCounter StatsRecorder::counterOf(const std::string& host) const {
     const auto found = allTimeStats_.find(host);
     return found != allTimeStats_.end() ? found->second : StatCounter{};
 }
@@ -59,7 +59,7 @@ StatsRecorder::Saved StatsRecorder::save(
     if (state_ == State::records) {
         write(durability);
     }
-    return Saved::asTold;
+    return Saved::kept;
 }
 
 bool StatsRecorder::isFromAnotherWriter(const StatsByHost& present) const {

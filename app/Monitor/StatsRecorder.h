@@ -18,9 +18,9 @@ public:
     using State = Recording;
 
     enum class Saved {
-        asTold,   ///< the counter passed in still holds, written or not
+        kept,     ///< the counter passed in still holds, written or not
         tookOver, ///< this process has just become the writer, or the file has just become readable: read
-                  ///< `figures` again, the ones on disk replace the counter passed in
+                  ///< `counterOf` again, as the figures on disk replace the counter passed in
     };
 
     explicit StatsRecorder(StatsStore store);
@@ -28,7 +28,7 @@ public:
     /// Takes the lock if it is free, then reads the figures.
     void load();
     /// The counter of a host, empty when it has none.
-    [[nodiscard]] StatCounter figures(const std::string& host) const;
+    [[nodiscard]] StatCounter counterOf(const std::string& host) const;
     /// Remembers the host's counter and writes all that are not empty. A failure to write is ignored: the old
     /// file stands, and the next save tries again. A file that can't be read is kept under another name
     /// first.

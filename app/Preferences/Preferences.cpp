@@ -44,7 +44,7 @@ const UserDefaults::Table& registeredDefaults() {
     static const UserDefaults::Table table = [] {
         UserDefaults::Table registered;
         for (const SettingRow& row : settingTable) {
-            if (row.kind == SettingDefault::registered) {
+            if (row.defaultFrom == SettingDefault::registered) {
                 registered.emplace(row.key, defaultOf(row));
             }
         }
@@ -114,14 +114,14 @@ void Preferences::restoreDefaults() {
     // The registered settings first: the store sees a fixed order.
     for (const bool isRegistered : {true, false}) {
         for (const SettingRow& row : settingTable) {
-            if ((row.kind == SettingDefault::registered) == isRegistered) {
+            if ((row.defaultFrom == SettingDefault::registered) == isRegistered) {
                 defaults_.remove(row.key);
             }
         }
     }
     std::vector<Assignment> presets;
     for (std::size_t index = 0; index < settingTable.size(); ++index) {
-        if (settingTable.at(index).kind != SettingDefault::olderForm) {
+        if (settingTable.at(index).defaultFrom != SettingDefault::olderForm) {
             presets.emplace_back(index, load(settingTable.at(index)));
         }
     }

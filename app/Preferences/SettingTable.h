@@ -50,7 +50,7 @@ enum class SettingDefault {
 struct SettingRow {
     const char* key;
     std::variant<bool, double, std::string_view> preset; ///< the default, in the setting's type
-    SettingDefault kind;
+    SettingDefault defaultFrom;
     SettingRule rule;
     std::string_view values;  ///< completes "KEY must be ..."
     std::string_view meaning; ///< for users; empty for an older form

@@ -38,7 +38,7 @@ void setEdge(QWidget& control) {
     control.setPalette(own);
 }
 
-void evenOut(QStyleOptionSpinBox& option, const QWidget& box) {
+void useFullHeight(QStyleOptionSpinBox& option, const QWidget& box) {
     if (isToolkitsOwn(*box.style())) {
         option.rect.adjust(0, -1, 0, 1); // the style leaves one pixel free above and below
     }

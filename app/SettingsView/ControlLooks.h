@@ -16,6 +16,6 @@ namespace tarnwick::ControlLooks {
 void setEdge(QWidget& control);
 
 /// Draws a spin box at its full height, like line edits and pickers.
-void evenOut(QStyleOptionSpinBox& option, const QWidget& box);
+void useFullHeight(QStyleOptionSpinBox& option, const QWidget& box);
 
 } // namespace tarnwick::ControlLooks

@@ -94,7 +94,7 @@ void IntervalBox::setFieldWidth(int width) {
 void IntervalBox::paintEvent(QPaintEvent* /*event*/) {
     QStyleOptionSpinBox option;
     initStyleOption(&option);
-    ControlLooks::evenOut(option, *this);
+    ControlLooks::useFullHeight(option, *this);
     QStylePainter(this).drawComplexControl(QStyle::CC_SpinBox, option);
 }
 

@@ -29,7 +29,7 @@ class Counting {
 public:
     explicit Counting(const StatsStore& store) : recorder_(store) {
         recorder_.load();
-        counter_ = recorder_.figures(sharedHost);
+        counter_ = recorder_.counterOf(sharedHost);
     }
 
     void count() { counter_.addPingSent(); }
@@ -38,7 +38,7 @@ public:
     bool save() {
         if (recorder_.save(sharedHost, counter_, FileStore::Durability::crash)
             == StatsRecorder::Saved::tookOver) {
-            counter_ = recorder_.figures(sharedHost);
+            counter_ = recorder_.counterOf(sharedHost);
         }
         return recorder_.state() == State::records;
     }

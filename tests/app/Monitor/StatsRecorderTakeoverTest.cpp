@@ -25,7 +25,7 @@ TEST_F(StatsRecorderTakeoverTest, WhileAnotherRecordsNothingIsWritten) {
     start(first).save(host, sent(10), forTheCrash);
     start(second);
 
-    EXPECT_EQ(second->save(host, sent(11), forTheCrash), Saved::asTold);
+    EXPECT_EQ(second->save(host, sent(11), forTheCrash), Saved::kept);
 
     EXPECT_EQ(store.load().at(host), sent(10));
 }
@@ -34,7 +34,7 @@ TEST_F(StatsRecorderTakeoverTest, WhileAnotherRecordsItCountsOnInMemory) {
     start(first).save(host, sent(10), forTheCrash);
     start(second).save(host, sent(11), forTheCrash);
 
-    EXPECT_EQ(second->figures(host), sent(11));
+    EXPECT_EQ(second->counterOf(host), sent(11));
 }
 
 TEST_F(StatsRecorderTakeoverTest, TakesOverFromTheFiguresOnDiskNeverOverThem) {
@@ -46,7 +46,7 @@ TEST_F(StatsRecorderTakeoverTest, TakesOverFromTheFiguresOnDiskNeverOverThem) {
     EXPECT_EQ(second->save(host, sent(6), forTheCrash), Saved::tookOver);
 
     EXPECT_EQ(second->state(), State::records);
-    EXPECT_EQ(second->figures(host), sent(10));
+    EXPECT_EQ(second->counterOf(host), sent(10));
     EXPECT_EQ(store.load().at(host), sent(10));
 }
 
@@ -56,7 +56,7 @@ TEST_F(StatsRecorderTakeoverTest, AfterATakeoverItWritesWhatItIsTold) {
     first.reset();
     second->save(host, sent(1), forTheCrash);
 
-    EXPECT_EQ(second->save(host, sent(12), forTheCrash), Saved::asTold);
+    EXPECT_EQ(second->save(host, sent(12), forTheCrash), Saved::kept);
 
     EXPECT_EQ(store.load().at(host), sent(12));
 }
@@ -82,7 +82,7 @@ TEST_F(StatsRecorderTakeoverTest, FiguresAreTakenOverOnce) {
     ASSERT_EQ(first->save(host, sent(12), forTheCrash), Saved::tookOver);
     std::filesystem::remove(store.url.string() + ".lock");
 
-    EXPECT_EQ(first->save(host, sent(12), forTheCrash), Saved::asTold);
+    EXPECT_EQ(first->save(host, sent(12), forTheCrash), Saved::kept);
 
     EXPECT_EQ(store.load().at(host), sent(12));
 }
@@ -92,7 +92,7 @@ TEST_F(StatsRecorderTakeoverTest, NothingIsTakenOverFromTheOwnFileOfAHostWithout
     first->save(otherHost, {}, forTheCrash);
     std::filesystem::remove(store.url.string() + ".lock");
 
-    EXPECT_EQ(first->save(otherHost, sent(1), forTheCrash), Saved::asTold);
+    EXPECT_EQ(first->save(otherHost, sent(1), forTheCrash), Saved::kept);
 
     EXPECT_THAT(store.load(), UnorderedElementsAre(Pair(host, sent(10)), Pair(otherHost, sent(1))));
 }
@@ -131,7 +131,7 @@ TEST_F(StatsRecorderTakeoverTest, ATakeoverIsMadeUpForWhenReadingFailedForAMomen
 
     EXPECT_EQ(second->save(host, sent(2), forTheCrash), Saved::tookOver);
 
-    EXPECT_EQ(second->figures(host), sent(10));
+    EXPECT_EQ(second->counterOf(host), sent(10));
     EXPECT_EQ(store.load().at(host), sent(10));
 }
 
@@ -144,7 +144,7 @@ TEST_F(StatsRecorderTakeoverTest, TheOneThatEndsLastDoesNotUndoTheOneThatTookOve
     second->save(host, sent(1), forTheCrash);
     second->save(host, sent(20), forTheCrash);
 
-    EXPECT_EQ(third->save(host, sent(2), forTheCrash), Saved::asTold);
+    EXPECT_EQ(third->save(host, sent(2), forTheCrash), Saved::kept);
     EXPECT_EQ(third->state(), State::otherRecords);
     EXPECT_EQ(store.load().at(host), sent(20));
 }

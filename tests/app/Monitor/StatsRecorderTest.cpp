@@ -28,7 +28,7 @@ TEST_F(StatsRecorderTest, AloneItRecords) {
 }
 
 TEST_F(StatsRecorderTest, AHostThatIsNotInTheFileHasAnEmptyCounter) {
-    EXPECT_EQ(start(first).figures(host), StatCounter());
+    EXPECT_EQ(start(first).counterOf(host), StatCounter());
 }
 
 TEST_F(StatsRecorderTest, ReadsTheFiguresOfEveryHost) {
@@ -36,8 +36,8 @@ TEST_F(StatsRecorderTest, ReadsTheFiguresOfEveryHost) {
 
     start(first);
 
-    EXPECT_EQ(first->figures(host), sent(3));
-    EXPECT_EQ(first->figures(otherHost), sent(5));
+    EXPECT_EQ(first->counterOf(host), sent(3));
+    EXPECT_EQ(first->counterOf(otherHost), sent(5));
 }
 
 TEST_F(StatsRecorderTest, LoadingWritesNothing) {
@@ -50,7 +50,7 @@ TEST_F(StatsRecorderTest, SavingKeepsTheOtherHosts) {
     ASSERT_FALSE(store.save({{otherHost, sent(5)}}));
     start(first);
 
-    EXPECT_EQ(first->save(host, sent(1), forTheCrash), Saved::asTold);
+    EXPECT_EQ(first->save(host, sent(1), forTheCrash), Saved::kept);
 
     EXPECT_THAT(store.load(), UnorderedElementsAre(Pair(host, sent(1)), Pair(otherHost, sent(5))));
 }
@@ -100,7 +100,7 @@ TEST_F(StatsRecorderTest, AFailedWriteLeavesTheOldFileWhole) {
     start(first);
     letWritingFail();
 
-    EXPECT_EQ(first->save(host, sent(4), forTheCrash), Saved::asTold);
+    EXPECT_EQ(first->save(host, sent(4), forTheCrash), Saved::kept);
 
     EXPECT_THAT(store.load(), UnorderedElementsAre(Pair(host, sent(3))));
 }
@@ -122,7 +122,7 @@ TEST_F(StatsRecorderTest, CannotRecordWhereNoFolderCanBeMade) {
     std::ofstream(store.url.parent_path()) << "in the way";
 
     EXPECT_EQ(start(first).state(), State::cannotRecord);
-    EXPECT_EQ(first->save(host, sent(1), forTheCrash), Saved::asTold);
+    EXPECT_EQ(first->save(host, sent(1), forTheCrash), Saved::kept);
     EXPECT_EQ(test::contentOf(store.url.parent_path()), "in the way");
 }
 
@@ -131,7 +131,7 @@ TEST_F(StatsRecorderTest, RecordsAsSoonAsTheFolderCanBeMadeAndLosesNoCount) {
     start(first).save(host, sent(1), forTheCrash);
     fs::remove(store.url.parent_path());
 
-    EXPECT_EQ(first->save(host, sent(2), forTheCrash), Saved::asTold);
+    EXPECT_EQ(first->save(host, sent(2), forTheCrash), Saved::kept);
 
     EXPECT_EQ(first->state(), State::records);
     EXPECT_EQ(store.load().at(host), sent(2));
@@ -145,7 +145,7 @@ TEST_F(StatsRecorderTest, FiguresThatAppearedWhileItCouldNotRecordAreNotOverwrit
 
     EXPECT_EQ(first->save(host, sent(2), forTheCrash), Saved::tookOver);
 
-    EXPECT_EQ(first->figures(host), sent(100));
+    EXPECT_EQ(first->counterOf(host), sent(100));
     EXPECT_EQ(store.load().at(host), sent(100));
 }
 
@@ -184,7 +184,7 @@ class UnreadableFileTest : public StatsRecorderTest, public testing::WithParamIn
 TEST_P(UnreadableFileTest, IsKeptAsideBeforeItIsOverwritten) {
     writeFile(GetParam().text);
     start(first);
-    ASSERT_EQ(first->figures(host), StatCounter());
+    ASSERT_EQ(first->counterOf(host), StatCounter());
 
     first->save(host, sent(1), forTheCrash);
 
@@ -211,7 +211,7 @@ TEST_F(StatsRecorderTest, FiguresThatCouldNotBeReadForAMomentAreNotOverwritten) 
 
     EXPECT_EQ(first->save(host, sent(1), forTheCrash), Saved::tookOver);
 
-    EXPECT_EQ(first->figures(host), sent(100));
+    EXPECT_EQ(first->counterOf(host), sent(100));
     EXPECT_THAT(store.load(), UnorderedElementsAre(Pair(host, sent(100)), Pair(otherHost, sent(5))));
     EXPECT_EQ(keptAside(), 0);
 }
