@@ -4,19 +4,6 @@
 
 namespace tarnwick {
 
-DownReason DownReason::from(const std::optional<PingError>& startError, bool pathSatisfied) {
-    if (!pathSatisfied) {
-        return {Kind::noNetwork};
-    }
-    if (!startError) {
-        return {Kind::noReplies};
-    }
-    if (startError->kind == PingError::Kind::socket) {
-        return {Kind::socketError, startError->text};
-    }
-    return {Kind::hostNotFound};
-}
-
 ConnectionWatchdog::Config ConnectionWatchdog::Config::original(double timeout, double pingInterval) {
     const double replyTimeout = timeout + std::max(2 * pingInterval, std::min(4 * pingInterval, 60.0));
     return {

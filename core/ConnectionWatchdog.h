@@ -1,26 +1,10 @@
 // Decides when the connection is down or up, when the pinger is restarted, and what is announced.
 #pragma once
 
-#include "core/PingError.h"
-
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace tarnwick {
-
-/// Why the connection is down.
-struct DownReason {
-    enum class Kind { socketError, hostNotFound, noNetwork, noReplies };
-
-    Kind kind;
-    std::string text = {}; ///< the system's words, for `socketError` only
-
-    /// Without a network path the other reasons are only consequences.
-    [[nodiscard]] static DownReason from(const std::optional<PingError>& startError, bool pathSatisfied);
-
-    friend bool operator==(const DownReason&, const DownReason&) = default;
-};
 
 /// A state machine without timers, clock, input or output: told what happens and when, it returns the actions
 /// to carry out, in order. All times are monotonic seconds.

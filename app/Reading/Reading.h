@@ -3,6 +3,7 @@
 
 #include "app/Reading/LatencyChart.h"
 #include "app/Reading/Measurements.h"
+#include "core/DownReason.h"
 
 #include <optional>
 #include <string>

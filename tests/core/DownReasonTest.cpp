@@ -1,5 +1,5 @@
 // Why the connection is called down.
-#include "core/ConnectionWatchdog.h"
+#include "core/DownReason.h"
 
 #include <gtest/gtest.h>
 
