@@ -67,7 +67,7 @@ public:
 
     [[nodiscard]] const Observed<Reading>& observedReading() const { return reading_; }
 
-    /// What readings are made of. Not observable.
+    /// What readings are made of. For tests; not observable.
     [[nodiscard]] const Measurements& measured() const { return measured_; }
 
     /// Called at the end of every tick, with the reading published. `now` is the monotonic time of the

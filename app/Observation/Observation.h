@@ -41,6 +41,7 @@ public:
     /// Tells and forgets the registered functions.
     void changed();
 
+    /// How many are registered, also those that have ended. For tests.
     [[nodiscard]] std::size_t count() const { return waiting_.size(); }
 
     /// Whether any registered function still waits.
