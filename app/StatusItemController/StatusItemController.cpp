@@ -3,6 +3,7 @@
 #include "core/MenuBarTitle.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tarnwick {
 
@@ -102,12 +103,12 @@ void StatusItemController::addTitle(StatusFace& face, const Reading& reading) {
     }
     face.title = reading.menuTitle(appliedLossDigits_.has_value());
     face.figure = reading.figure();
-    const auto& [widest, width] = reservedText(appliedLossDigits_);
-    face.widestTitle = widest;
-    if (face.title != titleWidth_.first) {
-        titleWidth_ = {*face.title, needs_.textWidth(*face.title)};
+    const MeasuredText& widest = widestTitle(appliedLossDigits_);
+    face.widestTitle = widest.text;
+    if (face.title != title_.text) {
+        title_ = measured(*face.title);
     }
-    face.textSlot = std::max(titleWidth_.second, width);
+    face.textSlot = std::max(title_.width, widest.width);
 }
 
 std::optional<int> StatusItemController::updateLossGates(const Reading& reading) {
@@ -120,17 +121,22 @@ std::optional<int> StatusItemController::updateLossGates(const Reading& reading)
     return digits;
 }
 
-const std::pair<std::string, double>& StatusItemController::reservedText(std::optional<int> lossDigits) {
-    if (!textSlot_ || textSlot_->lossDigits != lossDigits) {
-        std::pair<std::string, double> widest{"", 0};
+StatusItemController::MeasuredText StatusItemController::measured(const std::string& text) const {
+    return {text, needs_.textWidth(text)};
+}
+
+const StatusItemController::MeasuredText& StatusItemController::widestTitle(std::optional<int> lossDigits) {
+    if (!widest_ || widestLossDigits_ != lossDigits) {
+        MeasuredText widest;
         for (const std::string& candidate : MenuBarTitle::widestCandidates(lossDigits)) {
-            if (const double width = needs_.textWidth(candidate); width > widest.second) {
-                widest = {candidate, width};
+            if (MeasuredText title = measured(candidate); title.width > widest.width) {
+                widest = std::move(title);
             }
         }
-        textSlot_ = {.lossDigits = lossDigits, .widest = std::move(widest)};
+        widest_ = std::move(widest);
+        widestLossDigits_ = lossDigits;
     }
-    return textSlot_->widest;
+    return *widest_;
 }
 
 void StatusItemController::menuWillOpen() {

@@ -12,7 +12,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 
 namespace tarnwick {
 
@@ -72,8 +71,14 @@ private:
     void addTitle(StatusFace& face, const Reading& reading);
     std::optional<int> updateLossGates(const Reading& reading);
 
-    /// The widest title with this many digits of loss, and its width.
-    [[nodiscard]] const std::pair<std::string, double>& reservedText(std::optional<int> lossDigits);
+    struct MeasuredText {
+        std::string text{};
+        double width = 0; ///< points
+    };
+
+    [[nodiscard]] MeasuredText measured(const std::string& text) const;
+    /// The widest title with this many digits of loss.
+    [[nodiscard]] const MeasuredText& widestTitle(std::optional<int> lossDigits);
 
     void menuWillOpen();
     void menuDidClose();
@@ -87,13 +92,9 @@ private:
     std::optional<ItemState> shown_;
     std::optional<int> appliedLossDigits_; ///< in the title
 
-    struct TextSlot {
-        std::optional<int> lossDigits;
-        std::pair<std::string, double> widest;
-    };
-
-    std::optional<TextSlot> textSlot_;            ///< of the latest digit count
-    std::pair<std::string, double> titleWidth_{}; ///< of the latest title
+    MeasuredText title_;                 ///< the latest
+    std::optional<MeasuredText> widest_; ///< for `widestLossDigits_`
+    std::optional<int> widestLossDigits_;
     LossGates gates_;
     RunLoop::Handle lossGateRecheck_; ///< at most one
     std::unique_ptr<RenderLoop> renderLoop_;
