@@ -2,6 +2,7 @@
 
 #include "app/App/MainMenu.h"
 #include "app/App/ProgramIcon.h"
+#include "app/ViewStyle/ViewStyle.h"
 #include "platform/qt/DesktopOpener.h"
 #include "platform/qt/Foreground.h"
 
@@ -17,8 +18,12 @@ namespace tarnwick {
 
 namespace {
 
-constexpr int aboutIconSide = 96;
-constexpr int panelMargin = 28;
+// Sizes of the design, in points.
+constexpr double aboutIconSide = 96;
+constexpr double panelMargin = 28;
+constexpr double nameSize = 20.8;
+constexpr double versionSize = 13;
+constexpr double smallSize = 11;
 
 const char* const credits = "Keeps an eye on your internet connection from the menu bar.";
 const char* const productPage = "https://tarnwick.example/";
@@ -26,12 +31,9 @@ const char* const license = "© 2026 The Tarnwick authors. MIT License.";
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the window owns its widgets
 
-/// A centered paragraph. `size` is relative to the usual font.
-QLabel* paragraph(const QString& text, double size, QFont::Weight weight = QFont::Normal) {
+/// A centered paragraph.
+QLabel* paragraph(const QString& text, const QFont& font) {
     auto* const label = new QLabel(text);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * size);
-    font.setWeight(weight);
     label->setFont(font);
     label->setAlignment(Qt::AlignCenter);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse);
@@ -39,9 +41,9 @@ QLabel* paragraph(const QString& text, double size, QFont::Weight weight = QFont
     return label;
 }
 
-QLabel* icon(const QWidget& window) {
+QLabel* icon(const QWidget& window, int side) {
     auto* const label = new QLabel;
-    label->setPixmap(programIcon().pixmap(QSize(aboutIconSide, aboutIconSide), window.devicePixelRatioF()));
+    label->setPixmap(programIcon().pixmap(QSize(side, side), window.devicePixelRatioF()));
     label->setAlignment(Qt::AlignCenter);
     return label;
 }
@@ -51,18 +53,20 @@ QDialog* makeWindow(const QString& version) {
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->setWindowTitle(QStringLiteral("About Tarnwick"));
     window->setWindowIcon(programIcon());
+    const ViewStyle style(*window);
     auto* const layout = new QVBoxLayout(window);
-    layout->setContentsMargins(panelMargin, panelMargin, panelMargin, panelMargin / 2);
-    layout->setSpacing(4);
-    layout->addWidget(icon(*window));
-    layout->addSpacing(8);
-    layout->addWidget(paragraph(QStringLiteral("Tarnwick"), 1.6, QFont::DemiBold));
-    layout->addWidget(paragraph("Version " + version, 1));
-    layout->addSpacing(12);
+    const int side = style.length(panelMargin);
+    layout->setContentsMargins(side, side, side, side / 2);
+    layout->setSpacing(style.length(4));
+    layout->addWidget(icon(*window, style.length(aboutIconSide)));
+    layout->addSpacing(style.length(8));
+    layout->addWidget(paragraph(QStringLiteral("Tarnwick"), style.font(nameSize, QFont::DemiBold)));
+    layout->addWidget(paragraph("Version " + version, style.font(versionSize)));
+    layout->addSpacing(style.length(12));
     const QString link = QStringLiteral("<a href=\"%1\">%1</a>").arg(QLatin1String(productPage));
-    layout->addWidget(paragraph(QLatin1String(credits) + "<br>" + link, 11.0 / 13));
-    layout->addWidget(paragraph(QString::fromUtf8(license), 11.0 / 13));
-    layout->addSpacing(12);
+    layout->addWidget(paragraph(QLatin1String(credits) + "<br>" + link, style.font(smallSize)));
+    layout->addWidget(paragraph(QString::fromUtf8(license), style.font(smallSize)));
+    layout->addSpacing(style.length(12));
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     buttons->button(QDialogButtonBox::Close)->setIcon({});
     QObject::connect(buttons, &QDialogButtonBox::rejected, window, &QDialog::close);

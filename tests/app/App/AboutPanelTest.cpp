@@ -6,12 +6,15 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QFontInfo>
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <vector>
 
 namespace tarnwick {
 
@@ -55,6 +58,24 @@ TEST_F(AboutPanelTest, ItShowsTheProgramsIcon) {
 
     ASSERT_FALSE(labels.isEmpty());
     EXPECT_GE(labels.front()->pixmap().width(), 96);
+}
+
+TEST_F(AboutPanelTest, ItsTextsFollowAFontThatIsSetInPixels) {
+    const QFont usual = QApplication::font();
+    QFont font = usual;
+    font.setPixelSize(26);
+    QApplication::setFont(font);
+
+    panel.show();
+
+    std::vector<int> heights;
+    for (const QLabel* label : panel.window()->findChildren<QLabel*>()) {
+        if (!label->text().isEmpty()) {
+            heights.push_back(QFontInfo(label->font()).pixelSize());
+        }
+    }
+    EXPECT_THAT(heights, ElementsAre(42, 26, 22, 22));
+    QApplication::setFont(usual);
 }
 
 TEST_F(AboutPanelTest, ShownTwiceItIsOneWindow) {
