@@ -46,6 +46,8 @@ using TemplateImagePtr = std::shared_ptr<const TemplateImage>;
 namespace MenuBarIcon {
 
 inline constexpr double height = 14;
+/// A panel of this height leaves the right margins around an image of `height`.
+inline constexpr double panelHeight = 22;
 inline constexpr double barWidth = 3;
 inline constexpr double barGap = 1;
 inline constexpr double smallestBar = 3;

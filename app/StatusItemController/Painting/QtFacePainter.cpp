@@ -13,9 +13,6 @@ namespace tarnwick {
 
 namespace {
 
-/// A bar of this height, in points, leaves the right margins around an image of 14 points.
-constexpr double barHeight = 22;
-
 TemplateImagePtr icon(const StatusFace& face) {
     switch (face.icon) {
     case StatusFace::Icon::bars:
@@ -43,8 +40,8 @@ QImage wide(const StatusFace& face, int height) {
     if (!image) {
         return blank(height, height);
     }
-    const double scale =
-        std::max(1.0, std::round(height * image->size().height() / barHeight)) / image->size().height();
+    const double pixels = std::round(height * image->size().height() / MenuBarIcon::panelHeight);
+    const double scale = std::max(1.0, pixels) / image->size().height();
     const QImage mask = image->image(scale);
     const int margin = static_cast<int>(std::lround(scale));
     QImage result = blank(mask.width() + 2 * margin, height);

@@ -20,6 +20,11 @@ int rounded(double value) {
     return static_cast<int>(std::lround(value));
 }
 
+/// One point in whole pixels.
+int onePoint(int side) {
+    return std::max(1, rounded(side / MenuBarIcon::panelHeight));
+}
+
 struct Columns {
     int left;
     int width;
@@ -29,7 +34,7 @@ struct Columns {
 };
 
 Columns columns(int side) {
-    const int gap = std::max(1, rounded(side / 22.0));
+    const int gap = onePoint(side);
     const int width = std::max(1, (side - (barLevels - 1) * gap) / barLevels);
     Columns columns{0, width, gap};
     columns.left = (side - columns.total()) / 2;
@@ -76,7 +81,7 @@ double digitHeight() {
 
 QRect triangleRect(int side) {
     const QSizeF points = MenuBarIcon::failed()->size();
-    const int width = side - 2 * std::max(1, rounded(side / 22.0));
+    const int width = side - 2 * onePoint(side);
     const int height = rounded(width * points.height() / points.width());
     return {(side - width) / 2, (side - height) / 2, width, height};
 }
@@ -120,10 +125,10 @@ Layout layout(const Content& content, int side) {
         }
     } else if (content.bars) {
         layout.bars = barRects(side, side, side * barsShare);
-        const int gap = std::max(1, rounded(side / 22.0));
+        const int gap = onePoint(side);
         // Round digits are a little higher than straight ones. In large squares the figure starts lower, so
         // that they fit.
-        const int margin = side / 44;
+        const int margin = static_cast<int>(side / MenuBarIcon::panelHeight / 2);
         layout.figure = {0, margin, side, side - layout.bars.back().height() - gap - margin};
     } else if (hasFigure) {
         const int height = rounded(side * loneFigureShare);
@@ -172,7 +177,8 @@ void draw(QPainter& painter, const Content& content, int side) {
             {place.bars[index], isActive ? MenuBarIcon::activeOpacity : MenuBarIcon::inactiveOpacity});
     }
     // Rounded corners would blur bars as small as these.
-    MenuBarIcon::drawBars(painter, bars, side < 32 ? 0 : MenuBarIcon::cornerRadiusPixels(side / 22.0));
+    const double scale = side / MenuBarIcon::panelHeight;
+    MenuBarIcon::drawBars(painter, bars, side < 32 ? 0 : MenuBarIcon::cornerRadiusPixels(scale));
 }
 
 } // namespace tarnwick::SquareFace
