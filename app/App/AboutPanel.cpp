@@ -79,7 +79,7 @@ QDialog* makeWindow(const QString& version) {
 
 } // namespace
 
-AboutPanel::AboutPanel(std::string version, const Menu& menu) : version_(std::move(version)), menu_(menu) {
+AboutPanel::AboutPanel(std::string version, Menu& menu) : version_(std::move(version)), menu_(menu) {
 }
 
 AboutPanel::~AboutPanel() {

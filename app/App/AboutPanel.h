@@ -14,7 +14,7 @@ class Menu;
 class AboutPanel {
 public:
     /// The panel takes the shortcuts of the menu, which outlives it.
-    AboutPanel(std::string version, const Menu& menu);
+    AboutPanel(std::string version, Menu& menu);
     AboutPanel(const AboutPanel&) = delete;
     AboutPanel& operator=(const AboutPanel&) = delete;
     ~AboutPanel();
@@ -26,7 +26,7 @@ public:
 
 private:
     std::string version_;
-    const Menu& menu_;
+    Menu& menu_;
     QPointer<QDialog> window_;
 };
 

@@ -15,7 +15,7 @@ struct Question;
 class ConfirmDialog {
 public:
     /// The window takes the shortcuts of the menu, which outlives it.
-    explicit ConfirmDialog(const Menu& menu) : menu_(menu) {}
+    explicit ConfirmDialog(Menu& menu) : menu_(menu) {}
 
     ConfirmDialog(const ConfirmDialog&) = delete;
     ConfirmDialog& operator=(const ConfirmDialog&) = delete;
@@ -31,7 +31,7 @@ public:
     [[nodiscard]] QMessageBox* window() const { return window_; }
 
 private:
-    const Menu& menu_;
+    Menu& menu_;
     QPointer<QMessageBox> window_;
 };
 

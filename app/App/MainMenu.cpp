@@ -19,7 +19,7 @@ QAction* addAction(QWidget& window, const QString& title, const QKeySequence& ke
 
 } // namespace
 
-void install(QWidget& window, const Menu& menu) {
+void install(QWidget& window, Menu& menu) {
     for (const MenuItem& item : menu.items()) {
         if (item.shortcut == 0) {
             continue;

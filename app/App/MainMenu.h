@@ -11,7 +11,7 @@ namespace MainMenu {
 
 /// Gives a window the shortcuts of the menu's items and the one that closes it. Fields have their own for
 /// editing. The menu outlives the window.
-void install(QWidget& window, const Menu& menu);
+void install(QWidget& window, Menu& menu);
 
 } // namespace MainMenu
 

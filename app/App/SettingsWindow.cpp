@@ -29,7 +29,7 @@ QScreen& screenOfUser() {
 } // namespace
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this window
-SettingsWindow::SettingsWindow(SettingsModel& model, RunLoop& loop, const Menu& menu)
+SettingsWindow::SettingsWindow(SettingsModel& model, RunLoop& loop, Menu& menu)
     : QMainWindow(
         nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       view_(new SettingsView(model, loop, nullptr)),

@@ -17,7 +17,7 @@ class SettingsView;
 class SettingsWindow final : public QMainWindow {
 public:
     /// All arguments outlive the window, which takes the menu's shortcuts.
-    SettingsWindow(SettingsModel& model, RunLoop& loop, const Menu& menu);
+    SettingsWindow(SettingsModel& model, RunLoop& loop, Menu& menu);
     SettingsWindow(const SettingsWindow&) = delete;
     SettingsWindow& operator=(const SettingsWindow&) = delete;
     /// Drops what is typed but not committed.

@@ -23,7 +23,7 @@ void Menu::change(MenuItem::Id id, bool MenuItem::*property, bool value) {
     });
 }
 
-void Menu::choose(MenuItem::Id id) const {
+void Menu::choose(MenuItem::Id id) {
     bool canBeChosen = false;
     withoutTracking([&] {
         const auto item = std::ranges::find(items(), id, &MenuItem::id);
@@ -34,7 +34,7 @@ void Menu::choose(MenuItem::Id id) const {
     }
 }
 
-void Menu::refresh() const {
+void Menu::refresh() {
     if (onRefresh) {
         onRefresh();
     }

@@ -49,11 +49,11 @@ public:
     void setEnabled(MenuItem::Id id, bool enabled);
 
     /// Runs the action of the item, if it is there, visible and enabled.
-    void choose(MenuItem::Id id) const;
+    void choose(MenuItem::Id id);
 
     /// Brings the items up to date before they are read without being shown. An open menu is always up to
     /// date.
-    void refresh() const;
+    void refresh();
 
     /// Each view that shows the menu calls these in pairs: before it shows it, and after it has hidden it.
     void willOpen();

@@ -97,7 +97,7 @@ PanelMenuText::~PanelMenuText() {
     didHide();
 }
 
-std::vector<PanelMenuRow> PanelMenuText::rows() const {
+std::vector<PanelMenuRow> PanelMenuText::rows() {
     menu_.refresh();
     const Reading& reading = reading_.get();
     std::vector<PanelMenuRow> rows{

@@ -46,7 +46,7 @@ public:
         RunLoop& loop, const Observed<Reading>& reading, Menu& menu, std::function<void()> openDropDown);
     ~PanelMenuText() override;
 
-    [[nodiscard]] std::vector<PanelMenuRow> rows() const override;
+    [[nodiscard]] std::vector<PanelMenuRow> rows() override;
     void choose(int id) override;
     void willRead() override;
     void didShow() override;

@@ -27,7 +27,8 @@ public:
     PanelMenu& operator=(const PanelMenu&) = delete;
     virtual ~PanelMenu() = default;
 
-    [[nodiscard]] virtual std::vector<PanelMenuRow> rows() const = 0;
+    /// Brings the menu up to date, then reads it from top to bottom.
+    [[nodiscard]] virtual std::vector<PanelMenuRow> rows() = 0;
     /// A row was chosen. Unknown ids are ignored.
     virtual void choose(int id) = 0;
     /// A panel is about to read the rows, to show them now or later.

@@ -198,7 +198,7 @@ void drawDropDowns(const QDir& folder, const QString& style) {
 QImage grabSettings(
     WatchedMonitor& world, simulation::FakeLoginItem& loginItem, const QString& clicked = {},
     UpdateFramework* updates = nullptr) {
-    const test::StandardMenu menu;
+    test::StandardMenu menu;
     SettingsModel model(world.monitor, world.notifications, loginItem, updates);
     model.launchAtLogin().showApproval = [] {};
     SettingsWindow window(model, world.loop, menu.menu);

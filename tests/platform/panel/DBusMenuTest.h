@@ -28,7 +28,7 @@ using Event = std::tuple<std::int32_t, std::string, std::variant<std::string>, s
 
 class ListedMenu final : public PanelMenu {
 public:
-    [[nodiscard]] std::vector<PanelMenuRow> rows() const override { return list; }
+    [[nodiscard]] std::vector<PanelMenuRow> rows() override { return list; }
 
     void choose(int id) override { chosen.push_back(id); }
 

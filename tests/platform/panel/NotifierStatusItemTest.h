@@ -30,7 +30,7 @@ inline constexpr auto itemInterface = "org.kde.StatusNotifierItem";
 
 class EmptyMenu final : public PanelMenu {
 public:
-    [[nodiscard]] std::vector<PanelMenuRow> rows() const override { return {}; }
+    [[nodiscard]] std::vector<PanelMenuRow> rows() override { return {}; }
 
     void choose(int) override {}
 
