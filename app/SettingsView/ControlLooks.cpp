@@ -1,6 +1,7 @@
 #include "app/SettingsView/ControlLooks.h"
 
 #include <QPalette>
+#include <QPushButton>
 #include <QStyle>
 #include <QStyleOptionSpinBox>
 #include <QWidget>
@@ -8,6 +9,9 @@
 namespace tarnwick::ControlLooks {
 
 namespace {
+
+constexpr double controlHeight = 28;
+constexpr double buttonInset = 16;
 
 /// The edge's color between background and text.
 constexpr double edgeShare = 0.42;
@@ -36,6 +40,15 @@ void setEdge(QWidget& control) {
         own.setColor(QPalette::Window, edge.lighter(darkening));
     }
     control.setPalette(own);
+}
+
+void setHeight(QWidget& control, const ViewStyle& style) {
+    control.setMinimumHeight(style.length(controlHeight));
+}
+
+void setWidth(QPushButton& button, const ViewStyle& style) {
+    const int text = button.fontMetrics().horizontalAdvance(button.text());
+    button.setMinimumWidth(text + 2 * style.length(buttonInset));
 }
 
 void useFullHeight(QStyleOptionSpinBox& option, const QWidget& box) {

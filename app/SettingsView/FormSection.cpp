@@ -3,10 +3,12 @@
 #include "app/SettingsView/ControlLooks.h"
 
 #include <QAbstractButton>
+#include <QCheckBox>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSignalBlocker>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -82,6 +84,11 @@ void setTextColor(QLabel& label, const QColor& color) {
     QPalette palette = label.palette();
     palette.setColor(QPalette::WindowText, color);
     label.setPalette(palette);
+}
+
+void showOn(QCheckBox& box, bool isOn) {
+    const QSignalBlocker quiet(box);
+    box.setChecked(isOn);
 }
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the parent owns its widgets and layouts

@@ -10,6 +10,7 @@
 #include <initializer_list>
 #include <vector>
 
+class QCheckBox;
 class QHBoxLayout;
 class QPushButton;
 
@@ -19,6 +20,9 @@ namespace tarnwick {
 void alignText(QLabel& label, Qt::Alignment side);
 
 void setTextColor(QLabel& label, const QColor& color);
+
+/// Checks or unchecks the box without a signal.
+void showOn(QCheckBox& box, bool isOn);
 
 /// One line of a card: a label at one end, its controls at the other. A click on the label clicks the first
 /// control if that is a button, else focuses it.
@@ -47,7 +51,7 @@ private:
     QPushButton* remedy_ = nullptr; ///< a child
 };
 
-class FormSection final : public QWidget {
+class FormSection : public QWidget {
 public:
     explicit FormSection(QWidget* parent);
 
@@ -56,7 +60,7 @@ public:
     /// Also the accessible description of the controls added so far.
     void setFooter(const QString& text);
 
-    void setStyle(const ViewStyle& style);
+    virtual void setStyle(const ViewStyle& style);
 
 private:
     class Card;

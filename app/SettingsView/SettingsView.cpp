@@ -1,10 +1,10 @@
 #include "app/SettingsView/SettingsView.h"
 
 #include "app/SettingsView/ControlLooks.h"
-#include "app/SettingsView/DateText.h"
 #include "app/SettingsView/FormSection.h"
 #include "app/SettingsView/IntervalBox.h"
 #include "app/SettingsView/ThresholdSlider.h"
+#include "app/SettingsView/UpdateSection.h"
 #include "app/ViewStyle/ViewStyle.h"
 
 #include <QCheckBox>
@@ -32,9 +32,7 @@ constexpr double hostWidth = 232;
 constexpr double intervalWidth = 44;
 constexpr double sliderWidth = 160;
 constexpr double thresholdWidth = 64;
-constexpr double controlHeight = 28;
 constexpr double textInset = 2; ///< in the host field
-constexpr double buttonInset = 16;
 
 QString displayTitle(Preferences::Display display) {
     switch (display) {
@@ -77,11 +75,6 @@ void showPicked(QComboBox& picker, Case picked) {
     picker.setCurrentIndex(picker.findData(static_cast<int>(picked)));
 }
 
-void showOn(QCheckBox& box, bool isOn) {
-    const QSignalBlocker quiet(box);
-    box.setChecked(isOn);
-}
-
 } // namespace
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
@@ -105,7 +98,8 @@ SettingsView::SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent)
     makeThresholdSection();
     makeBehaviorSection();
     if (UpdateSettings* const updates = model_.updates()) {
-        makeUpdateSection(*updates);
+        updates_ = new UpdateSection(*updates, this);
+        sections_.push_back(updates_);
     }
     for (FormSection* const section : sections_) {
         column->addWidget(section);
@@ -180,26 +174,6 @@ void SettingsView::makeBehaviorSection() {
     });
 }
 
-void SettingsView::makeUpdateSection(UpdateSettings& updates) {
-    FormSection& section = addSection();
-    checkAutomatically_ = new QCheckBox(this);
-    installAutomatically_ = new QCheckBox(this);
-    lastChecked_ = new QLabel(this);
-    checkNow_ = new QPushButton(QStringLiteral("Check Now"), this);
-    section.addRow(QStringLiteral("Check for Updates Automatically"), {checkAutomatically_});
-    section.addRow(QStringLiteral("Install Updates Automatically"), {installAutomatically_});
-    section.addRow(QStringLiteral("Last Checked"), {lastChecked_, checkNow_});
-    checkNow_->setAutoDefault(false);
-    connect(checkAutomatically_, &QCheckBox::toggled, this, [&updates](bool on) {
-        updates.setChecksAutomatically(on);
-    });
-    connect(installAutomatically_, &QCheckBox::toggled, this, [&updates](bool on) {
-        updates.setInstallsAutomatically(on);
-    });
-    connect(checkNow_, &QPushButton::clicked, this, [&updates] { updates.checkNow(); });
-    section.setFooter(QString::fromStdString(updates.explanation()));
-}
-
 void SettingsView::makeRestoreButton() {
     restore_ = new QPushButton(QStringLiteral("Restore Default Settings"), this);
     restore_->setAutoDefault(false);
@@ -262,7 +236,6 @@ void SettingsView::changeEvent(QEvent* event) {
     case QEvent::LocaleChange:
         showThreshold();
         interval_->follow();
-        showUpdates();
         break;
     default:
         break;
@@ -281,25 +254,15 @@ void SettingsView::applyStyle() {
     interval_->setFieldWidth(style.length(intervalWidth));
     threshold_->setFixedWidth(style.length(sliderWidth));
     thresholdText_->setFixedWidth(style.length(thresholdWidth));
-    for (QLabel* value : {address_, thresholdText_, lastChecked_}) {
-        if (value != nullptr) {
-            setTextColor(*value, style.colors().secondary());
-            alignText(*value, Qt::AlignTrailing);
-        }
+    for (QLabel* value : {address_, thresholdText_}) {
+        setTextColor(*value, style.colors().secondary());
+        alignText(*value, Qt::AlignTrailing);
     }
     for (QWidget* control : std::initializer_list<QWidget*>{
-             host_, interval_, display_, lossText_, alerts_, launchAtLogin_, checkAutomatically_,
-             installAutomatically_, checkNow_, restore_}) {
-        if (control != nullptr) {
-            control->setMinimumHeight(style.length(controlHeight));
-        }
+             host_, interval_, display_, lossText_, alerts_, launchAtLogin_, restore_}) {
+        ControlLooks::setHeight(*control, style);
     }
-    for (QPushButton* button : {checkNow_, restore_}) {
-        if (button != nullptr) {
-            const int text = button->fontMetrics().horizontalAdvance(button->text());
-            button->setMinimumWidth(text + 2 * style.length(buttonInset));
-        }
-    }
+    ControlLooks::setWidth(*restore_, style);
     const int inset = style.length(textInset);
     host_->setTextMargins(inset, 0, inset, 0);
     ControlLooks::setEdge(*restore_);
@@ -323,7 +286,9 @@ void SettingsView::render() {
     showPicked(*lossText_, model_.values().lossTextMode());
     showOn(*alerts_, model_.values().showNotifications());
     showLaunchAtLogin();
-    showUpdates();
+    if (updates_ != nullptr) {
+        updates_->render();
+    }
 }
 
 void SettingsView::showHost(const std::string& host) {
@@ -346,17 +311,6 @@ void SettingsView::showLaunchAtLogin() {
     showOn(*launchAtLogin_, model_.launchAtLogin().isOn());
     launchAtLogin_->setAccessibleDescription(message);
     launchRow_->setNote(message, model_.launchAtLogin().leadsToApproval());
-}
-
-void SettingsView::showUpdates() {
-    const UpdateSettings* const updates = model_.updates();
-    if (updates == nullptr) {
-        return;
-    }
-    showOn(*checkAutomatically_, updates->checksAutomatically());
-    showOn(*installAutomatically_, updates->installsAutomatically());
-    const auto& last = updates->lastChecked();
-    lastChecked_->setText(last ? dateText(*last, locale()) : QStringLiteral("Never"));
 }
 
 void SettingsView::commitHost() {

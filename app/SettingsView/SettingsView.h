@@ -23,6 +23,7 @@ namespace tarnwick {
 class FormRow;
 class FormSection;
 class ThresholdSlider;
+class UpdateSection;
 
 /// Host and interval are drafts until they are committed: by Enter, when another control gets the focus, or
 /// when the form is hidden. All other controls set their value at once. While visible, the form shows every
@@ -49,7 +50,6 @@ private:
     void makeIntervalSection();
     void makeThresholdSection();
     void makeBehaviorSection();
-    void makeUpdateSection(UpdateSettings& updates);
     void makeRestoreButton();
     [[nodiscard]] IntervalBox::Setting intervalSetting();
     void applyStyle();
@@ -59,7 +59,6 @@ private:
     void showHost(const std::string& host);
     void showThreshold();
     void showLaunchAtLogin();
-    void showUpdates();
     void commitHost();
     void restoreDefaults();
 
@@ -82,10 +81,7 @@ private:
     QCheckBox* alerts_;
     QCheckBox* launchAtLogin_;
     FormRow* launchRow_ = nullptr;
-    QCheckBox* checkAutomatically_ = nullptr; ///< this and the next three: null without an update framework
-    QCheckBox* installAutomatically_ = nullptr;
-    QLabel* lastChecked_ = nullptr;
-    QPushButton* checkNow_ = nullptr;
+    UpdateSection* updates_ = nullptr; ///< null without an update framework
     QPushButton* restore_ = nullptr;
     std::vector<FormSection*> sections_; ///< from top to bottom
 
