@@ -1,6 +1,7 @@
 #include "app/App/MainMenu.h"
 
 #include "app/StatusItemController/Menu.h"
+#include "app/StatusMenuView/MenuRow.h"
 
 #include <QAction>
 #include <QWidget>
@@ -24,12 +25,11 @@ void install(QWidget& window, Menu& menu) {
         if (item.shortcut == 0) {
             continue;
         }
-        const QString key = QString(QLatin1Char(item.shortcut)).toUpper();
         const QAction* const action =
-            addAction(window, QString::fromStdString(item.title), QKeySequence("Ctrl+" + key));
+            addAction(window, QString::fromStdString(item.title), shortcutKeys(item.shortcut));
         QObject::connect(action, &QAction::triggered, &window, [&menu, id = item.id] { menu.choose(id); });
     }
-    const QAction* const close = addAction(window, QStringLiteral("Close"), QKeySequence("Ctrl+W"));
+    const QAction* const close = addAction(window, QStringLiteral("Close"), shortcutKeys('w'));
     QObject::connect(close, &QAction::triggered, &window, &QWidget::close);
 }
 

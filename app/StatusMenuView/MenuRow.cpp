@@ -5,7 +5,6 @@
 
 #include <QFontMetricsF>
 #include <QKeyEvent>
-#include <QKeySequence>
 #include <QPainter>
 
 #include <cmath>
@@ -24,12 +23,16 @@ constexpr double rowCornerRadius = 5;
 
 } // namespace
 
-QString shortcutText(char shortcut) {
+QKeySequence shortcutKeys(char shortcut) {
     if (shortcut == 0) {
         return {};
     }
     const auto key = static_cast<int>(QChar::fromLatin1(shortcut).toUpper().unicode());
-    return QKeySequence(Qt::ControlModifier | Qt::Key(key)).toString(QKeySequence::NativeText);
+    return {Qt::ControlModifier | Qt::Key(key)};
+}
+
+QString shortcutText(char shortcut) {
+    return shortcutKeys(shortcut).toString(QKeySequence::NativeText);
 }
 
 MenuRow::MenuRow(QWidget* parent) : QPushButton(parent) {

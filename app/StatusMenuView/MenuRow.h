@@ -3,6 +3,7 @@
 
 #include "app/StatusItemController/Menu.h"
 
+#include <QKeySequence>
 #include <QPushButton>
 
 #include <functional>
@@ -38,6 +39,9 @@ private:
     MenuItem item_;
     bool showsMnemonic_ = false;
 };
+
+/// The keys of a shortcut: Control with the key of this character. None for 0.
+[[nodiscard]] QKeySequence shortcutKeys(char shortcut);
 
 /// How a shortcut is written for people: "Ctrl+Q".
 [[nodiscard]] QString shortcutText(char shortcut);
