@@ -1,10 +1,7 @@
 // The menu as rows of text, for panels that draw it by themselves.
-#include "app/StatusItemController/PanelMenuText.h"
-
-#include "tests/app/StatusItemController/WatchedStatusItem.h"
+#include "tests/app/StatusItemController/PanelMenuTextTest.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tarnwick {
 
@@ -26,53 +23,7 @@ std::size_t characters(const std::string& text) {
         text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
 }
 
-class PanelMenuTextTest : public testing::Test, protected WatchedStatusItem {
-protected:
-    void showMenu() {
-        show();
-        panelMenu = std::make_unique<PanelMenuText>(
-            loop, monitor.observedReading(), *menu, [this] { ++dropDownsOpened; });
-        panelMenu->onChange = [this] { ++changes; };
-    }
-
-    [[nodiscard]] const PanelMenuRow& row(const std::string& label) {
-        rows = panelMenu->rows();
-        const auto found =
-            std::ranges::find_if(rows, [&](const PanelMenuRow& one) { return one.label.starts_with(label); });
-        EXPECT_NE(found, rows.end()) << label;
-        return found != rows.end() ? *found : rows.front();
-    }
-
-    std::unique_ptr<PanelMenuText> panelMenu;
-    std::vector<PanelMenuRow> rows;
-    int dropDownsOpened = 0;
-    int changes = 0;
-};
-
 } // namespace
-
-TEST_F(PanelMenuTextTest, TheMenuIsOpenFromItsShowingToItsHiding) {
-    showMenu();
-    int opened = 0;
-    int closed = 0;
-    menu->onWillOpen = [&opened] { ++opened; };
-    menu->onDidClose = [&closed] { ++closed; };
-
-    panelMenu->didShow();
-    EXPECT_EQ(std::pair(opened, closed), std::pair(1, 0));
-
-    panelMenu->didHide();
-    EXPECT_EQ(std::pair(opened, closed), std::pair(1, 1));
-
-    panelMenu->didHide();
-    EXPECT_EQ(std::pair(opened, closed), std::pair(1, 1));
-
-    panelMenu->didShow();
-    EXPECT_EQ(std::pair(opened, closed), std::pair(2, 1));
-
-    panelMenu.reset();
-    EXPECT_EQ(std::pair(opened, closed), std::pair(2, 2));
-}
 
 // The header.
 
@@ -288,151 +239,6 @@ TEST_F(PanelMenuTextTest, UnknownIdsAreIgnored) {
     }
 
     EXPECT_EQ(dropDownsOpened + windows.settingsShown + windows.aboutShown + windows.quits, 0);
-}
-
-// Following the monitor.
-
-TEST_F(PanelMenuTextTest, IsNotRefreshedWhileItIsHidden) {
-    showMenu();
-    watchFor(30.5);
-
-    EXPECT_EQ(changes, 0);
-}
-
-TEST_F(PanelMenuTextTest, IsRefreshedWhileItIsShown) {
-    showMenu();
-    watchFor(5.5);
-    panelMenu->didShow();
-    changes = 0;
-
-    answerAfter(0.077);
-    loop.advance(3);
-
-    EXPECT_GE(changes, 1);
-    EXPECT_THAT(panelMenu->rows().front().label, HasSubstr("77 ms"));
-}
-
-TEST_F(PanelMenuTextTest, TellsNothingOfAReadingWithTheSameRows) {
-    showMenu();
-    watchFor(5.5);
-    panelMenu->didShow();
-    ASSERT_TRUE(goDown());
-    changes = 0;
-
-    loop.advance(60);
-
-    // Every eight seconds or so the chart begins a block, which then turns out lost. Pings come every second.
-    EXPECT_GE(changes, 7);
-    EXPECT_LE(changes, 20);
-}
-
-TEST_F(PanelMenuTextTest, IsNotRefreshedAfterItHasBeenClosed) {
-    showMenu();
-    watchFor(5.5);
-    panelMenu->didShow();
-    panelMenu->didHide();
-    changes = 0;
-
-    loop.advance(30);
-
-    EXPECT_EQ(changes, 0);
-}
-
-TEST_F(PanelMenuTextTest, ChangeHostComesAndGoesWhileItIsShown) {
-    showMenu();
-    watchFor(5.5);
-    panelMenu->didShow();
-    ASSERT_TRUE(goDown());
-    EXPECT_FALSE(menuItem(MenuItem::Id::changeHost)->hidden);
-
-    answerAfter(0.02);
-    loop.advance(10);
-
-    EXPECT_TRUE(menuItem(MenuItem::Id::changeHost)->hidden);
-}
-
-TEST_F(PanelMenuTextTest, APanelThatOnlyReadsItDoesNotOpenTheMenu) {
-    showMenu();
-    watchFor(40.5);
-    panelMenu->willRead();
-    lose(4, 32);
-
-    loop.advance(PanelMenuText::readingTime - 1);
-
-    EXPECT_NE(title().find('%'), std::string::npos);
-}
-
-TEST_F(PanelMenuTextTest, WhileAPanelShowsItTheTitleKeepsItsWidth) {
-    showMenu();
-    watchFor(40.5);
-    panelMenu->didShow();
-    lose(4, 32);
-
-    loop.advance(PanelMenuText::readingTime - 1);
-
-    EXPECT_EQ(title().find('%'), std::string::npos);
-}
-
-TEST_F(PanelMenuTextTest, IsRefreshedForAWhileAfterAPanelHasAskedForIt) {
-    showMenu();
-    watchFor(5.5);
-    panelMenu->willRead();
-    loop.advance(PanelMenuText::readingTime - 3);
-    changes = 0;
-
-    loop.advance(2);
-
-    EXPECT_GE(changes, 1);
-}
-
-TEST_F(PanelMenuTextTest, IsNotRefreshedForLongAfterAPanelHasAskedForIt) {
-    showMenu();
-    watchFor(5.5);
-    panelMenu->willRead();
-    loop.advance(PanelMenuText::readingTime + 0.5);
-    changes = 0;
-
-    loop.advance(30);
-
-    EXPECT_EQ(changes, 0);
-}
-
-TEST_F(PanelMenuTextTest, AskingForAMenuThatIsShownDoesNotEndIt) {
-    showMenu();
-    watchFor(5.5);
-    panelMenu->didShow();
-    panelMenu->willRead();
-    loop.advance(PanelMenuText::readingTime + 1);
-    changes = 0;
-
-    loop.advance(3);
-
-    EXPECT_GE(changes, 1);
-}
-
-TEST_F(PanelMenuTextTest, APanelThatNeverSaysThatItHasClosedItIsNotBelievedForever) {
-    showMenu();
-    watchFor(5.5);
-    panelMenu->didShow();
-    loop.advance(PanelMenuText::longestShown + 0.5);
-    changes = 0;
-
-    loop.advance(60);
-
-    EXPECT_EQ(changes, 0);
-}
-
-TEST_F(PanelMenuTextTest, ShownTwiceAndClosedOnceItIsClosed) {
-    showMenu();
-    watchFor(5.5);
-    panelMenu->didShow();
-    panelMenu->didShow();
-    panelMenu->didHide();
-    changes = 0;
-
-    loop.advance(30);
-
-    EXPECT_EQ(changes, 0);
 }
 
 } // namespace tarnwick
