@@ -31,7 +31,7 @@ QScreen& screenOfUser() {
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this window
 SettingsWindow::SettingsWindow(SettingsModel& model, RunLoop& loop, Menu& menu)
     : QMainWindow(
-        nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+          nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       view_(new SettingsView(model, loop, nullptr)),
       area_(new QScrollArea(this)) {
     setWindowTitle(QStringLiteral("Tarnwick Settings"));
@@ -67,8 +67,7 @@ void SettingsWindow::center() {
     setScreen(&screenOfUser());
     winId(); // creates the native window, which knows its screen
     // Posted: the window arrives on the new screen with its old size.
-    connect(
-        windowHandle(), &QWindow::screenChanged, this, [this] { followScreen(); }, Qt::QueuedConnection);
+    connect(windowHandle(), &QWindow::screenChanged, this, [this] { followScreen(); }, Qt::QueuedConnection);
     followScreen();
     QRect place(QPoint(), size());
     place.moveCenter(available.center());

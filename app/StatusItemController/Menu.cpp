@@ -12,7 +12,7 @@ void Menu::setEnabled(MenuItem::Id id, bool enabled) {
     change(id, &MenuItem::enabled, enabled);
 }
 
-void Menu::change(MenuItem::Id id, bool MenuItem::*property, bool value) {
+void Menu::change(MenuItem::Id id, bool MenuItem::* property, bool value) {
     items_.mutate([&](Items& items) {
         const auto item = std::ranges::find(items, id, &MenuItem::id);
         if (item == items.end() || (*item).*property == value) {

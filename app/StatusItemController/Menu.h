@@ -66,7 +66,7 @@ public:
     std::function<void()> onDidClose;
 
 private:
-    void change(MenuItem::Id id, bool MenuItem::*property, bool value);
+    void change(MenuItem::Id id, bool MenuItem::* property, bool value);
 
     Observed<Items> items_;
     int shownIn_ = 0; ///< number of views that show it

@@ -26,9 +26,11 @@ public:
     void addNull(std::string_view key);
 
     template<class Integer>
-    requires std::is_integral_v<Integer>
+        requires std::is_integral_v<Integer>
 
-    void add(std::string_view key, Integer value) { addInteger(key, static_cast<long long>(value)); }
+    void add(std::string_view key, Integer value) {
+        addInteger(key, static_cast<long long>(value));
+    }
 
     template<class Value>
     void add(std::string_view key, const std::optional<Value>& value) {

@@ -82,7 +82,7 @@ void flushFolder(const fs::path& folder) {
 }
 
 void keepPermissions(const fs::path& target, int descriptor) {
-    struct stat old {};
+    struct stat old{};
 
     if (::stat(target.c_str(), &old) == 0) {
         // The owner can always read and write it: the next run must. A file system without permissions
@@ -112,7 +112,7 @@ std::optional<std::string> read(const fs::path& path, std::error_code& error) {
     // Without blocking, in case it is a pipe.
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
 
-    struct stat info {};
+    struct stat info{};
 
     if (!file.isOpen() || ::fstat(file.get(), &info) != 0) {
         error = lastError();

@@ -5,9 +5,9 @@
 namespace tarnwick {
 
 bool isNamed(int descriptor, const std::filesystem::path& path) {
-    struct stat opened {};
+    struct stat opened{};
 
-    struct stat named {};
+    struct stat named{};
 
     return ::fstat(descriptor, &opened) == 0 && ::stat(path.c_str(), &named) == 0
            && opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;

@@ -47,7 +47,7 @@ public:
         }
     }
 
-    [[nodiscard]] StatCounter counter(int History::*epoch, int current) const {
+    [[nodiscard]] StatCounter counter(int History::* epoch, int current) const {
         StatCounter figures;
         double sum = 0;
         for (const History& ping : pings_) {

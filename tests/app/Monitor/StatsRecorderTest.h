@@ -36,7 +36,7 @@ protected:
 
     /// Each replacement of the file makes a new one of the same name.
     [[nodiscard]] ino_t fileNumber() const {
-        struct stat info {};
+        struct stat info{};
 
         return ::stat(store.url.c_str(), &info) == 0 ? info.st_ino : 0;
     }

@@ -37,8 +37,7 @@ protected:
         object_->method("Break", {}, {}, [] { throw std::runtime_error("broken"); });
         object_->method("End", {}, {}, [this] { object_.reset(); });
         object_->property("Silent", [] { return std::string("silent"); });
-        object_->property(
-            "Told", [this] { return told_; }, BusObject::Change::told);
+        object_->property("Told", [this] { return told_; }, BusObject::Change::told);
         object_->property("Broken", []() -> bool { throw std::runtime_error("broken"); });
         object_->signal<std::string>("Spoken", {"text"});
         ASSERT_TRUE(object_->publish());

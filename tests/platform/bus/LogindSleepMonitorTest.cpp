@@ -52,7 +52,7 @@ protected:
     ImpatientSleepMonitorTest() : LogindSleepMonitorTest(0.25) {}
 
     /// With a logind that has not let it wait.
-    void startInVain(bool FakeLogind::*behavior) {
+    void startInVain(bool FakeLogind::* behavior) {
         addLogind();
         *logind_.*behavior = true;
         start();

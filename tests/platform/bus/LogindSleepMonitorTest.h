@@ -16,12 +16,12 @@ class LogindSleepMonitorTest : public BusTest {
 protected:
     explicit LogindSleepMonitorTest(double patience = LogindSleepMonitor::usualPatience)
         : monitor_(
-            loop_, bus_,
-            [this] {
-                ++clockReadings_;
-                return suspended_;
-            },
-            patience) {}
+              loop_, bus_,
+              [this] {
+                  ++clockReadings_;
+                  return suspended_;
+              },
+              patience) {}
 
     void addLogind() { logind_.emplace(addPeer()); }
 

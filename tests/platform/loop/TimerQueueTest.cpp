@@ -23,8 +23,7 @@ class TimerQueueTest : public testing::Test {
 protected:
     using Schedule = TimerQueue::Schedule;
 
-    [[nodiscard]] RunLoop::Handle add(
-        const Schedule& schedule, RunLoop::Task task = [] {}) {
+    [[nodiscard]] RunLoop::Handle add(const Schedule& schedule, RunLoop::Task task = [] {}) {
         return queue_.add(schedule, std::move(task));
     }
 

@@ -17,8 +17,7 @@ class PanelHostFinderTest : public BusTest {
 protected:
     /// All programs of the test are one process; it is called as `process_` says at the time.
     void find() {
-        finder_.emplace(
-            bus_, [this](unsigned) { return std::vector{process_}; }, retryDelay);
+        finder_.emplace(bus_, [this](unsigned) { return std::vector{process_}; }, retryDelay);
         finder_->onChange = [this] { ++changes_; };
     }
 

@@ -44,8 +44,8 @@ class KernelDriver {
 public:
     KernelDriver()
         : isReady_(
-            namespace_.isEntered() && test::NetworkNamespace::addLink("wan0")
-            && test::NetworkNamespace::addLink("wan1")) {}
+              namespace_.isEntered() && test::NetworkNamespace::addLink("wan0")
+              && test::NetworkNamespace::addLink("wan1")) {}
 
     [[nodiscard]] std::string obstacle() const {
         return isReady_ ? "" : "this machine gives no network namespace, or has no ip command";
