@@ -71,7 +71,7 @@ TEST_F(FileStoreTest, CreatesTheFoldersAboveTheFile) {
     EXPECT_EQ(contentOf(file), "new");
 }
 
-TEST_F(FileStoreTest, FlushesTheTextBeforeAndTheFolderAfterRenamingToOutliveAPowerCut) {
+TEST_F(FileStoreTest, ForAPowerCutFlushesTheTextFirstAndTheFolderLast) {
     diskCalls.clear();
 
     EXPECT_FALSE(FileStore::replace(file, "new", FileStore::Durability::powerCut));
