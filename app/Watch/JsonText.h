@@ -1,11 +1,11 @@
 // Writes a JSON object straight into text, without building a tree of values first.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 namespace tarnwick {
 
@@ -25,9 +25,7 @@ public:
     void add(std::string_view key, double value);
     void addNull(std::string_view key);
 
-    template<class Integer>
-        requires std::is_integral_v<Integer>
-
+    template<std::integral Integer>
     void add(std::string_view key, Integer value) {
         addInteger(key, static_cast<long long>(value));
     }
