@@ -23,6 +23,7 @@ void Menu::change(MenuItem::Id id, bool MenuItem::* property, bool value) {
     });
 }
 
+// NOLINTBEGIN(readability-make-member-function-const): they change what the menu stands for
 void Menu::choose(MenuItem::Id id) {
     bool canBeChosen = false;
     withoutTracking([&] {
@@ -39,6 +40,8 @@ void Menu::refresh() {
         onRefresh();
     }
 }
+
+// NOLINTEND(readability-make-member-function-const)
 
 void Menu::willOpen() {
     ++shownIn_;
