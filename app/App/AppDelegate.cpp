@@ -45,11 +45,6 @@ std::vector<double> screenScales() {
     return scales;
 }
 
-DesktopNotificationCenter::Surroundings notificationSurroundings() {
-    using Surroundings = DesktopNotificationCenter::Surroundings;
-    return isSandboxed() ? Surroundings::sandbox : Surroundings::desktop;
-}
-
 void say(const std::string& text) {
     std::fprintf(stderr, "tarnwick: %s\n", text.c_str());
 }
@@ -64,7 +59,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       path_(loop),
       systemBus_(loop, BusConnection::systemAddress()),
       sleep_(loop, systemBus_, SuspendedTime::sinceBoot),
-      notifications_(loop, bus, notificationSurroundings(), setup.iconFolder),
+      notifications_(loop, bus, DesktopNotificationCenter::surroundings(isSandboxed()), setup.iconFolder),
       loginItem_(runningProgram(), AutostartEntry::presentSession(isSandboxed())),
       monitor_(
           settings_.preferences(),

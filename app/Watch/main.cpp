@@ -49,11 +49,6 @@ std::unique_ptr<Presentation> makePresentation(
     return std::make_unique<PlainPresentation>(loop, reading, std::move(quit));
 }
 
-DesktopNotificationCenter::Surroundings notificationSurroundings() {
-    using Surroundings = DesktopNotificationCenter::Surroundings;
-    return isSandboxed() ? Surroundings::sandbox : Surroundings::desktop;
-}
-
 /// The model and all that it needs from the system.
 class Service {
 public:
@@ -74,7 +69,7 @@ private:
     BusConnection sessionBus_{loop_, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded};
     LogindSleepMonitor sleep_{loop_, systemBus_, SuspendedTime::sinceBoot};
     DesktopNotificationCenter notifications_{
-        loop_, sessionBus_, notificationSurroundings(), TARNWICK_ICON_FOLDER};
+        loop_, sessionBus_, DesktopNotificationCenter::surroundings(isSandboxed()), TARNWICK_ICON_FOLDER};
     Monitor monitor_{
         settings_.preferences(),
         {

@@ -25,6 +25,10 @@ public:
     /// Of this process.
     enum class Surroundings { desktop, sandbox };
 
+    [[nodiscard]] static Surroundings surroundings(bool isSandboxed) {
+        return isSandboxed ? Surroundings::sandbox : Surroundings::desktop;
+    }
+
     /// Seconds that a notification waits for an absent or silent bus or service.
     static constexpr double usualPatience = 5;
     /// Notifications that wait; one more drops the oldest.
