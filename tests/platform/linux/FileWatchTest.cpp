@@ -52,6 +52,14 @@ protected:
         return isSeen && told_ == before;
     }
 
+    void expectThatAChangeCanBeForgotten() {
+        test::writeFile(file_, "second");
+        watch_->forgetChanges();
+        EXPECT_TRUE(isQuiet());
+        test::writeFile(file_, "third");
+        EXPECT_TRUE(isTold());
+    }
+
     void runFor(double seconds) {
         const double end = loop_.now() + seconds;
         while (loop_.now() < end) {
@@ -153,11 +161,7 @@ TEST_F(FileWatchTest, WritingWithoutEndIsTold) {
 
 TEST_F(FileWatchTest, ForgottenChangesAreNotTold) {
     watch();
-    test::writeFile(file_, "second");
-    watch_->forgetChanges();
-    EXPECT_TRUE(isQuiet());
-    test::writeFile(file_, "third");
-    EXPECT_TRUE(isTold());
+    expectThatAChangeCanBeForgotten();
 }
 
 TEST_F(FileWatchTest, AChangeThatWaitsForItsReportIsForgottenToo) {
@@ -171,11 +175,7 @@ TEST_F(FileWatchTest, AChangeThatWaitsForItsReportIsForgottenToo) {
 TEST_F(FileWatchTest, FoldersMadeWithTheForgottenChangeAreWatched) {
     fs::remove_all(home_);
     watch();
-    test::writeFile(file_, "second");
-    watch_->forgetChanges();
-    EXPECT_TRUE(isQuiet());
-    test::writeFile(file_, "third");
-    EXPECT_TRUE(isTold());
+    expectThatAChangeCanBeForgotten();
 }
 
 // Folders.
