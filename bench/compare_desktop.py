@@ -23,9 +23,13 @@ sys.path.insert(0, str(ROOT / "tests"))
 from desktop.panels import LxqtPanel, X11Desktop, XfcePanel  # noqa: E402
 
 from endtoend.waiting import eventually  # noqa: E402
+from lab.behavior import Behavior  # noqa: E402
+from lab.network import Lab  # noqa: E402
 
 PANELS = {"xfce": XfcePanel, "lxqt": LxqtPanel}
 NETWORK_MANAGER = "org.freedesktop.NetworkManager"
+LOOPBACK = "127.0.0.1"
+LABORATORY_HOST = "10.77.0.9"
 # Left out of the measurement: the start and the first picture in the panel.
 SETTLING_SECONDS = 8
 
@@ -47,13 +51,17 @@ def parse_arguments() -> argparse.Namespace:
         "--panel", choices=PANELS, default="xfce", help="xfce shares its libraries with the applet, lxqt with none"
     )
     parser.add_argument("--only", default="", help="just the programs whose name contains this")
+    parser.add_argument(
+        "--changing", action="store_true", help="ping a host that takes another 20 to 32 ms each time, not loopback"
+    )
     parser.add_argument("--program", default=str(ROOT / "build/release/app/tarnwick"), metavar="PATH")
     parser.add_argument("--empty", default=str(ROOT / "build/bench/bench/empty-tray"), metavar="PATH")
     return parser.parse_args()
 
 
 def programs(options: argparse.Namespace) -> dict[str, list[str]]:
-    tarnwick = [options.program, "--set", "Hostname=127.0.0.1", "--set", "PingInterval=1"]
+    host = LABORATORY_HOST if options.changing else LOOPBACK
+    tarnwick = [options.program, "--set", f"Hostname={host}", "--set", "PingInterval=1"]
     return {
         "tarnwick, icon and text": tarnwick,
         "tarnwick, icon": [*tarnwick, "--set", "ShowText=false"],
@@ -141,6 +149,9 @@ def main() -> int:
     compared = {name: command for name, command in programs(options).items() if options.only in name}
     runs: dict[str, list[Run]] = {name: [] for name in compared}
     panel = PANELS[options.panel]()
+    laboratory = Lab() if options.changing else None
+    if laboratory is not None:
+        laboratory.behave(LABORATORY_HOST, Behavior(delay_ms=20, jitter_ms=12))
     panel.start()
     try:
         give_network_manager(panel)
@@ -149,6 +160,8 @@ def main() -> int:
                 runs[name].append(measure(panel, name, command, options.seconds))
     finally:
         panel.stop()
+        if laboratory is not None:
+            laboratory.close()
     report(runs, options.seconds)
     return 0
 
