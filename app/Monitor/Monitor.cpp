@@ -181,6 +181,9 @@ void Monitor::receivedReply(std::uint64_t id, double at) {
     carryOut(watchdog_.replyReceived(arrival));
     measured_.latestPingMs = rttMs;
     measured_.ledger.replied(id, rttMs, rttMs <= prefs_.pingTimeout() * 1000);
+    if (measured_.status == Status::up && !measured_.score) {
+        evaluate(loop_.now()); // bars belong to the first answer: the tick would be up to a second late
+    }
 }
 
 } // namespace tarnwick

@@ -84,14 +84,16 @@ TEST_F(MonitorEvaluationTest, TheReadingIsThatOfTheLatestEvent) {
     start();
     EXPECT_EQ(monitor->reading().session.sent, 1);
     EXPECT_EQ(monitor->reading().latencyText, "–");
+    EXPECT_EQ(monitor->reading().qualityTitle, "Connecting…");
 
     pass(0.5);
     EXPECT_EQ(monitor->reading().latencyText, "31 ms");
-    EXPECT_FALSE(monitor->reading().lossIsKnown);
-
-    pass(0.5);
     EXPECT_TRUE(monitor->reading().lossIsKnown);
     EXPECT_EQ(monitor->reading().qualityTitle, "Excellent");
+
+    fallSilent();
+    pass(5.5);
+    EXPECT_EQ(monitor->reading().session.lost, 1);
 }
 
 TEST_F(MonitorEvaluationTest, TheTickIsPublishedBeforeTheFrontEndIsTold) {
