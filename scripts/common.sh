@@ -27,16 +27,55 @@ may_become_root() {
     [ "$EUID" -eq 0 ] || command -v sudo >/dev/null
 }
 
-# Asks for a password only in a terminal.
+# Whether a question can be asked and answered here. Known before any output goes to a log.
+at_terminal=
+if [ -t 0 ] && [ -t 2 ]; then
+    at_terminal=yes
+fi
+
+# Without a terminal a password can't be asked for.
 as_root() {
     if [ "$EUID" -eq 0 ]; then
         "$@"
-    elif [ -t 0 ] && [ -t 2 ]; then
+    elif [ -n "$at_terminal" ]; then
         sudo -- "$@"
     else
         sudo -n -- "$@"
     fi
 }
+
+# Asks for the password, where one is needed: what follows may write to a log.
+become_root() {
+    [ "$EUID" -eq 0 ] || sudo -n true 2>/dev/null || { [ -n "$at_terminal" ] && sudo -v; }
+}
+
+# by_hand COMMAND: how a user types a command that needs root.
+by_hand() {
+    if [ "$EUID" -eq 0 ]; then
+        printf '%s' "$1"
+    elif command -v sudo >/dev/null; then
+        printf 'sudo %s' "$1"
+    else
+        printf "su -c '%s'" "$1"
+    fi
+}
+
+# answer_help ARGUMENT...: prints the script's own head. --help is answered before anything is installed or built.
+answer_help() {
+    case ${1:-} in
+    -h | --help)
+        sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0"
+        exit 0
+        ;;
+    esac
+}
+
+# For output that is shown only when something fails. It goes when the script ends, also by Ctrl-C; `exec` needs a call.
+scratch=$(mktemp -d)
+remove_scratch() {
+    rm -rf "$scratch"
+}
+trap remove_scratch EXIT
 
 # packages SECTION...: the names in these sections of the list, one a line.
 packages() {
@@ -66,17 +105,17 @@ install_packages() {
     mapfile -t wanted < <(packages "$@")
     mapfile -t missing < <(missing_packages "${wanted[@]}")
     [ ${#missing[@]} -gt 0 ] || return 0
-    may_become_root || fail "Not root, and no sudo here. Have installed first: apt-get install ${missing[*]}"
     say "Installing: ${missing[*]}"
-    log=$(mktemp)
+    if ! may_become_root || ! become_root; then
+        fail "Installing needs root. By hand: $(by_hand "apt-get install --no-install-recommends ${missing[*]}")"
+    fi
+    log="$scratch/packages"
     if ! { as_root apt-get -o DPkg::Lock::Timeout=300 update \
         && as_root env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=300 install -y \
             --no-install-recommends "${missing[@]}"; } </dev/null >"$log" 2>&1; then
         tail -n 40 "$log" >&2
-        rm -f "$log"
-        fail "The packages could not be installed. By hand: apt-get install ${missing[*]}"
+        fail "The packages could not be installed. By hand: $(by_hand "apt-get install --no-install-recommends ${missing[*]}")"
     fi
-    rm -f "$log"
 }
 
 # Whether the desktop program is to be built too: ON or OFF. It needs the packages of the section [desktop].
@@ -98,10 +137,9 @@ quietly() {
         "$@" >&2
         return
     fi
-    log=$(mktemp)
+    log="$scratch/output"
     "$@" </dev/null >"$log" 2>&1 || status=$?
     [ "$status" -eq 0 ] || cat "$log" >&2
-    rm -f "$log"
     return "$status"
 }
 
