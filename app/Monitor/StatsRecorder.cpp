@@ -27,13 +27,21 @@ StatsRecorder::StatsRecorder(StatsStore store) : store_(std::move(store)), lock_
 void StatsRecorder::load() {
     // The lock first: what is read under it can't be overwritten by another process's last save.
     state_ = stateAfter(lock_.acquire());
-    take(store_.read());
+    take(read());
+}
+
+std::optional<StatsByHost> StatsRecorder::read() {
+    // The version first: a file that is replaced while it is read is read again at the next save.
+    seen_ = FileStore::versionOf(store_.url);
+    auto present = store_.read();
+    isUnread_ = !present;
+    return present;
 }
 
 void StatsRecorder::take(std::optional<StatsByHost> present) {
-    isUnread_ = !present;
-    onDisk_ = std::move(present).value_or(StatsByHost{});
-    allTimeStats_ = onDisk_;
+    onDisk_ = present.value_or(StatsByHost{});
+    // After a power cut a file that was not flushed may hold anything.
+    allTimeStats_ = present ? *std::move(present) : store_.flushedFigures();
     written_.reset();
 }
 
@@ -46,20 +54,24 @@ StatsRecorder::Saved StatsRecorder::save(
     const std::string& host, const StatCounter& counter, FileStore::Durability durability) {
     const StatsLock::Attempt attempt = lock_.acquire();
     const State before = std::exchange(state_, stateAfter(attempt));
-    // Reading may have failed for a moment only, as with too many open files.
-    if (attempt == StatsLock::Attempt::taken || (attempt == StatsLock::Attempt::held && isUnread_)) {
-        std::optional<StatsByHost> present = store_.read();
+    if (state_ == State::records && (attempt == StatsLock::Attempt::taken || mustBeRead())) {
+        std::optional<StatsByHost> present = read();
         if (before == State::otherRecords || (present && isFromAnotherWriter(*present))) {
             take(std::move(present));
             return Saved::tookOver;
         }
-        isUnread_ = !present;
     }
     allTimeStats_[host] = counter;
     if (state_ == State::records) {
         write(durability);
     }
     return Saved::kept;
+}
+
+bool StatsRecorder::mustBeRead() const {
+    // Reading may have failed for a moment only, as with too many open files. The file may also have come
+    // since: with a mounted disk, or from a backup.
+    return isUnread_ || FileStore::versionOf(store_.url) != seen_;
 }
 
 bool StatsRecorder::isFromAnotherWriter(const StatsByHost& present) const {
@@ -80,6 +92,7 @@ void StatsRecorder::write(FileStore::Durability durability) {
         return;
     }
     isUnread_ = false;
+    seen_ = FileStore::versionOf(store_.url);
     written_ = durability;
     onDisk_ = std::move(figures);
 }

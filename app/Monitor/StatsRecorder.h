@@ -19,8 +19,9 @@ public:
 
     enum class Saved {
         kept,     ///< the counter passed in still holds, written or not
-        tookOver, ///< this process has just become the writer, or the file has just become readable: read
-                  ///< `counterOf` again, as the figures on disk replace the counter passed in
+        tookOver, ///< the file holds figures that are not from here: this process has just become the writer,
+                  ///< or the file has just come or become readable. Read `counterOf` again, as the figures on
+                  ///< disk replace the counter passed in
     };
 
     explicit StatsRecorder(StatsStore store);
@@ -37,7 +38,10 @@ public:
     [[nodiscard]] State state() const { return state_; }
 
 private:
+    /// None when it can't be read.
+    std::optional<StatsByHost> read();
     void take(std::optional<StatsByHost> present);
+    [[nodiscard]] bool mustBeRead() const;
     [[nodiscard]] bool isFromAnotherWriter(const StatsByHost& present) const;
     void write(FileStore::Durability durability);
 
@@ -47,6 +51,7 @@ private:
     StatsByHost allTimeStats_;
     StatsByHost onDisk_;                           ///< as last read or written here
     bool isUnread_ = false;                        ///< a file is there, and reading it failed
+    FileStore::Version seen_;                      ///< of the file, when it was last read or written here
     std::optional<FileStore::Durability> written_; ///< of the file; none: another process wrote it
 };
 

@@ -81,6 +81,16 @@ void flushFolder(const fs::path& folder) {
     }
 }
 
+/// The file replaces the one that had the name. Where the file system has no hard links, that one stays.
+void giveFlushedName(const fs::path& target) {
+    const fs::path name = flushedName(target);
+    const fs::path next = draftOf(name);
+    ::unlink(next.c_str()); // left by a program that was killed here
+    if (::link(target.c_str(), next.c_str()) == 0) {
+        ::rename(next.c_str(), name.c_str());
+    }
+}
+
 void keepPermissions(const fs::path& target, int descriptor) {
     struct stat old{};
 
@@ -145,13 +155,31 @@ std::optional<std::string> read(const fs::path& path, std::error_code& error) {
     }
 }
 
-std::error_code replace(const fs::path& path, std::string_view text, Durability durability) {
-    const fs::path target = linkTarget(path);
+std::error_code makeFolders(const fs::path& folder) {
     std::error_code error;
-    fs::create_directories(target.parent_path(), error);
-    if (error) {
+    fs::path settled = folder;
+    while (!fs::exists(settled, error) && settled.has_relative_path()) {
+        settled = settled.parent_path();
+    }
+    if (!fs::create_directories(folder, error)) {
         return error;
     }
+    for (fs::path made = folder; made != settled && made.has_relative_path(); made = made.parent_path()) {
+        flushFolder(made.parent_path());
+    }
+    return {};
+}
+
+namespace {
+
+enum class SecondName { none, flushed };
+
+std::error_code replaceTarget(
+    const fs::path& target, std::string_view text, Durability durability, SecondName secondName) {
+    if (const std::error_code error = makeFolders(target.parent_path())) {
+        return error;
+    }
+    std::error_code error;
     const fs::path draft = draftOf(target);
     const FileDescriptor file = openDraft(draft, error);
     if (error) {
@@ -165,10 +193,43 @@ std::error_code replace(const fs::path& path, std::string_view text, Durability 
         ::unlink(draft.c_str());
         return error;
     }
+    if (secondName == SecondName::flushed) {
+        giveFlushedName(target);
+    }
     if (durability == Durability::powerCut) {
         flushFolder(target.parent_path());
     }
     return {};
+}
+
+} // namespace
+
+std::error_code replace(const fs::path& path, std::string_view text, Durability durability) {
+    return replaceTarget(linkTarget(path), text, durability, SecondName::none);
+}
+
+std::error_code replaceAndKeep(const fs::path& path, std::string_view text) {
+    return replaceTarget(linkTarget(path), text, Durability::powerCut, SecondName::flushed);
+}
+
+fs::path flushedName(const fs::path& path) {
+    fs::path name = linkTarget(path);
+    name += ".flushed";
+    return name;
+}
+
+Version versionOf(const fs::path& path) {
+    struct stat info{};
+
+    if (::stat(path.c_str(), &info) != 0) {
+        return {};
+    }
+    constexpr std::int64_t nsPerSecond = 1'000'000'000;
+    return {
+        .device = info.st_dev,
+        .number = info.st_ino,
+        .size = info.st_size,
+        .changedNs = info.st_mtim.tv_sec * nsPerSecond + info.st_mtim.tv_nsec};
 }
 
 std::error_code keepAside(const fs::path& path) {

@@ -1,13 +1,49 @@
 #include "core/Storage/StatsLock.h"
 
+#include "core/Storage/FileStore.h"
 #include "core/Storage/NamedFile.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <fcntl.h>
+#include <iterator>
+#include <string>
 #include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <utility>
 
 namespace tarnwick {
+
+namespace {
+
+using Attempt = StatsLock::Attempt;
+
+/// For a file system without locks: a socket's name outside the file system, which the system gives to one
+/// process of this machine at a time.
+Attempt takeSystemName(int lockFile, FileDescriptor& socket) {
+    struct stat info{};
+
+    socket = FileDescriptor(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    if (!socket.isOpen() || ::fstat(lockFile, &info) != 0) {
+        return Attempt::impossible;
+    }
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string name = "tarnwick " + std::to_string(info.st_dev) + " " + std::to_string(info.st_ino);
+    // The first byte stays zero: the name is in no folder.
+    std::ranges::copy(name, std::begin(address.sun_path) + 1);
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): so the call takes addresses of every kind
+    if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), size) == 0) {
+        return Attempt::taken;
+    }
+    return errno == EADDRINUSE ? Attempt::heldByOther : Attempt::impossible;
+}
+
+} // namespace
 
 StatsLock::StatsLock(std::filesystem::path file) : path_(std::move(file)) {
     path_ += ".lock";
@@ -19,20 +55,23 @@ StatsLock::Attempt StatsLock::acquire() {
         return Attempt::held;
     }
     file_.reset();
+    systemName_.reset();
     FileDescriptor candidate = openFile();
     if (!candidate.isOpen()) {
         return Attempt::impossible;
     }
+    Attempt attempt = Attempt::taken;
     if (::flock(candidate.get(), LOCK_EX | LOCK_NB) != 0) {
-        return errno == EWOULDBLOCK ? Attempt::heldByOther : Attempt::impossible;
+        attempt = errno == EWOULDBLOCK ? Attempt::heldByOther : takeSystemName(candidate.get(), systemName_);
     }
-    file_ = std::move(candidate);
-    return Attempt::taken;
+    if (attempt == Attempt::taken) {
+        file_ = std::move(candidate);
+    }
+    return attempt;
 }
 
 FileDescriptor StatsLock::openFile() const {
-    std::error_code error;
-    std::filesystem::create_directories(path_.parent_path(), error);
+    static_cast<void>(FileStore::makeFolders(path_.parent_path())); // opening tells whether it is there
     FileDescriptor file(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
     if (!file.isOpen() && errno == EACCES) {
         // The file of another user, perhaps root: a lock needs no write permission.

@@ -7,15 +7,16 @@
 
 namespace tarnwick {
 
-/// An advisory lock on "NAME.lock". The system releases it when the process ends, however that happens. The
-/// lock file stays: after its removal two processes could lock two different files of the same name.
+/// An advisory lock on "NAME.lock", or where its file system has no locks, one that holds on this machine.
+/// The system releases it when the process ends, however that happens. The lock file stays: after its removal
+/// two processes could lock two different files of the same name.
 class StatsLock {
 public:
     enum class Attempt {
         taken,       ///< this process is the writer now
         held,        ///< this process is the writer already
         heldByOther, ///< another process is
-        impossible,  ///< the folder is not writable, or its file system has no locks
+        impossible,  ///< the folder is not writable
     };
 
     explicit StatsLock(std::filesystem::path file);
@@ -28,6 +29,7 @@ private:
 
     std::filesystem::path path_;
     FileDescriptor file_;
+    FileDescriptor systemName_; ///< open only where the file system has no locks
 };
 
 } // namespace tarnwick

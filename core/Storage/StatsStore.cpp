@@ -66,6 +66,16 @@ std::optional<StatsByHost> decode(const std::string& text) {
     return stats;
 }
 
+/// A missing file holds no figures.
+std::optional<StatsByHost> figuresIn(const std::filesystem::path& file) {
+    std::error_code error;
+    const std::optional<std::string> text = FileStore::read(file, error);
+    if (error == std::errc::no_such_file_or_directory) {
+        return StatsByHost{};
+    }
+    return text ? decode(*text) : std::nullopt;
+}
+
 std::string encode(const StatsByHost& stats) {
     Json file = Json::object();
     for (const auto& [host, counter] : stats) {
@@ -93,20 +103,22 @@ StatsStore StatsStore::defaultStore() {
 }
 
 std::optional<StatsByHost> StatsStore::read() const {
-    std::error_code error;
-    const std::optional<std::string> text = FileStore::read(url, error);
-    if (error == std::errc::no_such_file_or_directory) {
-        return StatsByHost{};
-    }
-    return text ? decode(*text) : std::nullopt;
+    return figuresIn(url);
 }
 
 StatsByHost StatsStore::load() const {
-    return read().value_or(StatsByHost{});
+    auto present = read();
+    return present ? *std::move(present) : flushedFigures();
+}
+
+StatsByHost StatsStore::flushedFigures() const {
+    return figuresIn(FileStore::flushedName(url)).value_or(StatsByHost{});
 }
 
 std::error_code StatsStore::save(const StatsByHost& stats, FileStore::Durability durability) const {
-    return FileStore::replace(url, encode(stats), durability);
+    const std::string text = encode(stats);
+    return durability == FileStore::Durability::powerCut ? FileStore::replaceAndKeep(url, text)
+                                                         : FileStore::replace(url, text, durability);
 }
 
 } // namespace tarnwick

@@ -26,8 +26,11 @@ struct StatsStore {
     /// All or nothing: none when the file can't be read or a single counter in it is wrong. A missing file
     /// holds no figures.
     [[nodiscard]] std::optional<StatsByHost> read() const;
-    /// Likewise, with no figures from a file that can't be read.
+    /// Likewise. From a file that can't be read: the figures that were last saved to survive a power cut, or
+    /// none.
     [[nodiscard]] StatsByHost load() const;
+    /// Those last saved to survive a power cut; none when there are none.
+    [[nodiscard]] StatsByHost flushedFigures() const;
 
     /// Replaces the file as a whole; creates its folder. After an error the old file is unchanged.
     [[nodiscard]] std::error_code save(

@@ -29,6 +29,34 @@ TEST_F(MonitorStatisticsTest, OnlyASaveThatIsToOutliveAPowerCutWaitsForTheDisk) 
     EXPECT_THAT(test::diskCalls, hasFlushed);
 }
 
+TEST_F(MonitorStatisticsTest, WithoutLocksAProgramThatIsAloneRecords) {
+    test::lockError = ENOLCK;
+    start();
+    ASSERT_EQ(test::lockError, 0);
+    EXPECT_EQ(monitor->reading().recording, State::records);
+    pass(4.5);
+
+    monitor->saveStats();
+
+    EXPECT_EQ(store().load().at(host).sent, 5);
+}
+
+TEST_F(MonitorStatisticsTest, WithoutLocksOnlyOneOfTwoRecords) {
+    test::lockError = ENOLCK;
+    start();
+    StatsRecorder second(store());
+    test::lockError = ENOLCK;
+    second.load();
+    ASSERT_EQ(test::lockError, 0);
+    EXPECT_EQ(second.state(), State::otherRecords);
+
+    monitor.reset();
+    test::lockError = ENOLCK;
+    second.save(host, {.sent = 1}, FileStore::Durability::crash);
+
+    EXPECT_EQ(second.state(), State::records);
+}
+
 TEST_F(MonitorStatisticsTest, AFailureToSaveIsIgnoredAndTheNextSaveTriesAgain) {
     start();
     pass(4.5);

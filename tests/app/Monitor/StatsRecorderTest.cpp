@@ -216,6 +216,49 @@ TEST_F(StatsRecorderTest, FiguresThatCouldNotBeReadForAMomentAreNotOverwritten) 
     EXPECT_EQ(keptAside(), 0);
 }
 
+TEST_F(StatsRecorderTest, FiguresThatComeAfterTheStartAreNotOverwritten) {
+    start(first);
+    ASSERT_FALSE(store.save({{host, sent(31'000'000)}, {otherHost, sent(5)}}));
+
+    EXPECT_EQ(first->save(host, sent(1), forTheCrash), Saved::tookOver);
+
+    EXPECT_EQ(first->counterOf(host), sent(31'000'000));
+    EXPECT_THAT(store.load(), UnorderedElementsAre(Pair(host, sent(31'000'000)), Pair(otherHost, sent(5))));
+}
+
+TEST_F(StatsRecorderTest, FiguresRestoredWhileItRecordsAreNotOverwritten) {
+    start(first).save(host, sent(1), forTheCrash);
+    ASSERT_FALSE(store.save({{host, sent(100)}}));
+
+    EXPECT_EQ(first->save(host, sent(2), forTheCrash), Saved::tookOver);
+    EXPECT_EQ(first->save(host, sent(101), forTheCrash), Saved::kept);
+
+    EXPECT_EQ(store.load().at(host), sent(101));
+}
+
+TEST_F(StatsRecorderTest, AnUnreadableFileThatComesAfterTheStartIsKeptAside) {
+    start(first).save(host, sent(1), forTheCrash);
+    writeFile("no JSON");
+
+    first->save(host, sent(2), forTheCrash);
+
+    EXPECT_EQ(test::contentOf(store.url.string() + ".unreadable"), "no JSON");
+    EXPECT_EQ(store.load().at(host), sent(2));
+}
+
+TEST_F(StatsRecorderTest, GoesOnFromTheFlushedFiguresWhenAPowerCutSpoiledTheFile) {
+    start(first).save(host, sent(10), forThePowerCut);
+    first->save(host, sent(20), forTheCrash);
+    first.reset();
+    writeFile("");
+
+    EXPECT_EQ(start(second).counterOf(host), sent(10));
+    second->save(host, sent(11), forTheCrash);
+
+    EXPECT_EQ(store.load().at(host), sent(11));
+    EXPECT_EQ(keptAside(), 1);
+}
+
 TEST_F(StatsRecorderTest, AnUnreadableFileOfAnotherWriterIsReplacedByUnchangedFigures) {
     start(first).save(host, sent(1), forTheCrash);
     fs::remove(store.url.string() + ".lock");

@@ -83,6 +83,31 @@ TEST_F(FileStoreTest, ForAPowerCutFlushesTheTextFirstAndTheFolderLast) {
                        "flush " + folder.path().filename().string()));
 }
 
+TEST_F(FileStoreTest, GivesAFlushedTextItsSecondNameBeforeTheFolderIsFlushed) {
+    diskCalls.clear();
+
+    EXPECT_FALSE(FileStore::replaceAndKeep(file, "new"));
+    ASSERT_FALSE(FileStore::replace(file, "newer", FileStore::Durability::crash));
+
+    EXPECT_THAT(
+        diskCalls, testing::ElementsAre(
+                       "flush figures.json.new", "rename figures.json.new", "rename figures.json.flushed.new",
+                       "flush " + folder.path().filename().string(), "rename figures.json.new"));
+    EXPECT_EQ(contentOf(FileStore::flushedName(file)), "new");
+}
+
+TEST_F(FileStoreTest, FlushesEachFolderThatItMakesAndTheOneThatHoldsThem) {
+    file = folder.path() / "one" / "two" / "figures.json";
+    diskCalls.clear();
+
+    EXPECT_FALSE(FileStore::replace(file, "new", FileStore::Durability::powerCut));
+
+    EXPECT_THAT(
+        diskCalls, testing::ElementsAre(
+                       "flush one", "flush " + folder.path().filename().string(), "flush figures.json.new",
+                       "rename figures.json.new", "flush two"));
+}
+
 TEST_F(FileStoreTest, DoesNotWaitForTheDiskToOutliveACrash) {
     diskCalls.clear();
 

@@ -222,9 +222,46 @@ TEST_F(StatsStoreTest, CreatesItsFolderWhenSaving) {
 }
 
 TEST_F(StatsStoreTest, LeavesNothingBesideTheFile) {
-    ASSERT_FALSE(store.save({{"h", figures}}));
-    ASSERT_FALSE(store.save({{"h", figures}}));
+    ASSERT_FALSE(store.save({{"h", figures}}, FileStore::Durability::crash));
+    ASSERT_FALSE(store.save({{"h", figures}}, FileStore::Durability::crash));
     EXPECT_EQ(fileCount(folder.path()), 1);
+}
+
+class FlushedStats : public StatsStoreTest {
+protected:
+    FlushedStats() {
+        EXPECT_FALSE(store.save({{"flushed.example", figures}}, FileStore::Durability::powerCut));
+        EXPECT_FALSE(store.save({{"later.example", figures}}, FileStore::Durability::crash));
+    }
+};
+
+TEST_F(FlushedStats, AreLoadedWhenTheFileCanNotBeRead) {
+    EXPECT_THAT(loadedFrom(""), ElementsAre(Pair("flushed.example", figures)));
+    EXPECT_EQ(store.read(), std::nullopt);
+}
+
+TEST_F(FlushedStats, AreNotLoadedWhileTheFileCanBeRead) {
+    EXPECT_THAT(store.load(), ElementsAre(Pair("later.example", figures)));
+}
+
+TEST_F(FlushedStats, DoNotComeBackForAFileThatWasRemoved) {
+    fs::remove(store.url);
+    EXPECT_THAT(store.load(), IsEmpty());
+}
+
+TEST_F(FlushedStats, AreReplacedByTheNextFlush) {
+    ASSERT_FALSE(store.save({{"next.example", figures}}, FileStore::Durability::powerCut));
+    ASSERT_FALSE(store.save({}, FileStore::Durability::crash));
+    EXPECT_THAT(loadedFrom("{"), ElementsAre(Pair("next.example", figures)));
+    EXPECT_EQ(fileCount(folder.path()), 2);
+}
+
+TEST_F(FlushedStats, OutliveAKillWhileTheirNameWasGiven) {
+    writeFile(store.url.string() + ".flushed.new", "left behind");
+    ASSERT_FALSE(store.save({{"next.example", figures}}, FileStore::Durability::powerCut));
+    ASSERT_FALSE(store.save({}, FileStore::Durability::crash));
+    EXPECT_THAT(loadedFrom("{"), ElementsAre(Pair("next.example", figures)));
+    EXPECT_EQ(fileCount(folder.path()), 2);
 }
 
 TEST_F(StatsStoreTest, ReportsThatItCannotSave) {
