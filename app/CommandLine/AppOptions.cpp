@@ -23,10 +23,12 @@ std::string AppOptions::usage() {
            "of the running instance.\n"
            "\n"
            "  --set KEY=VALUE  a setting for this run only; may be repeated\n"
-           "  --help           show this text\n"
+           "  -h, --help       show this text\n"
            "  --version        show the version\n"
            "\n"
-           + settingsUsage();
+           + settingsUsage()
+           + "\n"
+             "The exit status is 0 at an ordinary end, 1 if it could not run, 2 for a wrong command line.\n";
 }
 
 std::variant<AppOptions, UsageError> parseAppOptions(const std::vector<std::string>& arguments) {

@@ -19,7 +19,7 @@ ArgumentParser::ArgumentParser(const std::vector<std::string>& arguments, std::s
 
 int ArgumentParser::next() {
     const int count = static_cast<int>(pointers_.size()) - 1;
-    const int found = getopt_long(count, pointers_.data(), ":", known_.data(), nullptr);
+    const int found = getopt_long(count, pointers_.data(), ":h", known_.data(), nullptr);
     // The library returns the same for an unknown option and for an unwanted value; only the value has an
     // option.
     return found == '?' && optopt >= firstOption ? unwantedValue : found;

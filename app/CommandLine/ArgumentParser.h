@@ -27,8 +27,11 @@ public:
     ArgumentParser(const ArgumentParser&) = delete;
     ArgumentParser& operator=(const ArgumentParser&) = delete;
 
-    /// The value in `known` of the next option, `missingValue`, `unwantedValue` or `endOfOptions`; another
-    /// number for an unknown option.
+    /// Of the option "-h".
+    static constexpr int shortHelp = 'h';
+
+    /// The value in `known` of the next option, `shortHelp`, `missingValue`, `unwantedValue` or
+    /// `endOfOptions`; another number for an unknown option.
     int next();
 
     [[nodiscard]] static std::string value() { return optarg; }

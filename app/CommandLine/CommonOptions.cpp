@@ -8,6 +8,7 @@ namespace tarnwick {
 std::optional<UsageError> CommonOptions::apply(int letter, const ArgumentParser& parser) {
     switch (letter) {
     case helpLetter:
+    case ArgumentParser::shortHelp:
         help = true;
         return std::nullopt;
     case versionLetter:

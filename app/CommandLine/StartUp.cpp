@@ -29,7 +29,7 @@ void startUp() {
 }
 
 int refuse(const Program& program, const UsageError& error) {
-    std::fprintf(stderr, "%s: %s\n", program.name.c_str(), error.text.c_str());
+    std::fprintf(stderr, "%s: %s; see --help\n", program.name.c_str(), error.text.c_str());
     return usageFailure;
 }
 

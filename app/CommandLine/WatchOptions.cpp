@@ -47,12 +47,15 @@ std::string WatchOptions::usage() {
            "  --json           print one JSON object a line, at once and then every second\n"
            "  --for SECONDS    stop after this time\n"
            "  --set KEY=VALUE  a setting for this run only; may be repeated\n"
-           "  --help           show this text\n"
+           "  -h, --help       show this text\n"
            "  --version        show the version\n"
            "\n"
            + settingsUsage()
            + "\n"
-             "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n";
+             "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n"
+             "The exit status is 0 after that, 1 if it could not run or write its output, 2 for a wrong "
+             "command "
+             "line.\n";
 }
 
 std::variant<WatchOptions, UsageError> parseWatchOptions(const std::vector<std::string>& arguments) {

@@ -61,7 +61,7 @@ inline constexpr std::array<SettingRow, 10> settingTable{{
     {PreferenceKey::hostname, "1.1.1.1", SettingDefault::registered, SettingRule::host,
      "a host name or address", "what to ping"},
     {PreferenceKey::slowPingLowThreshold, 100.0, SettingDefault::registered, SettingRule::positiveNumber,
-     "a number of milliseconds above 0", "latency from which a ping is slow"},
+     "a number of milliseconds above 0", "latency above which a ping is slow"},
     {PreferenceKey::pingTimeout, 4.0, SettingDefault::registered, SettingRule::positiveNumber,
      "a number of seconds above 0", "when an unanswered ping is lost"},
     {PreferenceKey::pingInterval, double{PingIntervalSetting::defaultSeconds}, SettingDefault::registered,

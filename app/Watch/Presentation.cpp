@@ -59,8 +59,9 @@ ScreenPresentation::ScreenPresentation(
     : reading_(reading),
       terminal_(std::move(terminal)),
       quit_(std::move(quit)),
+      readsKeys_(::isatty(STDIN_FILENO) != 0),
       renderLoop_(loop, [this] { drawNews(); }) {
-    if (::isatty(STDIN_FILENO) != 0) {
+    if (readsKeys_) {
         keyboard_ = loop.watchReadable(STDIN_FILENO, [this] { readKeys(); });
     }
 }
@@ -81,7 +82,9 @@ void ScreenPresentation::draw() {
     drawnStatus_ = reading.status;
     drawnLatency_ = reading.latestPingMs;
     terminal_->draw(drawScreen(
-        reading, {.grouping = grouping_, .notes = notes_, .ascii = terminal_->isAscii()}, terminal_->size()));
+        reading,
+        {.grouping = grouping_, .notes = notes_, .ascii = terminal_->isAscii(), .readsKeys = readsKeys_},
+        terminal_->size()));
 }
 
 void ScreenPresentation::setNotes(const std::vector<std::string>& notes) {

@@ -114,6 +114,7 @@ private:
     std::vector<std::string> notes_;
     ConnectionWatchdog::Status drawnStatus_ = ConnectionWatchdog::Status::starting;
     std::optional<double> drawnLatency_;
+    const bool readsKeys_;
     RunLoop::Handle keyboard_;
     RenderLoop renderLoop_;
 };

@@ -223,9 +223,13 @@ void drawCaption(Canvas& canvas, int row, const LatencyChart::Chart& chart) {
     }
 }
 
-void drawGrid(Canvas& canvas, int row, const std::array<StatsGrid::Row, StatsGrid::rowCount>& lines) {
+void drawGrid(
+    Canvas& canvas, int row, const std::array<StatsGrid::Row, StatsGrid::rowCount>& lines, bool tellsKeys) {
     const int session = margin + gridLabelWidth;
     const int allTime = session + gridValueWidth;
+    if (tellsKeys) {
+        canvas.text(row, margin, gridLabelWidth, "q quits", TextStyle::secondary);
+    }
     canvas.textRight(row, session, gridValueWidth, StatsGrid::sessionTitle, TextStyle::strong);
     canvas.textRight(row, allTime, gridValueWidth, StatsGrid::allTimeTitle, TextStyle::strong);
     for (const StatsGrid::Row& line : lines) {
@@ -284,7 +288,7 @@ Canvas drawScreen(const Reading& reading, const ScreenOptions& options, ScreenSi
     }
     if (plan.grid) {
         const auto rows = StatsGrid::rows(reading.session, reading.site, options.grouping);
-        drawGrid(canvas, row + (plan.gaps ? 1 : 0), rows);
+        drawGrid(canvas, row + (plan.gaps ? 1 : 0), rows, options.readsKeys);
     }
     return canvas;
 }

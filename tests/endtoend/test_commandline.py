@@ -302,7 +302,7 @@ class WrongArguments(unittest.TestCase):
 
                 self.assertEqual(done.returncode, 2)
                 self.assertEqual(done.stdout, "")
-                self.assertRegex(done.stderr, r"\A[^\n]+\n\Z")
+                self.assertRegex(done.stderr, r"\A[^\n]+; see --help\n\Z")
                 self.assertEqual(home.files(), [])
 
     def test_the_line_names_what_was_wrong(self) -> None:

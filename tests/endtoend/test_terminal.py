@@ -190,6 +190,7 @@ class TheTerminalAfterwards(ConcurrentTestCase):
     def test_the_q_key_ends_it_and_leaves_the_terminal_as_it_was(self) -> None:
         with new_home() as home, Terminal(home, "10.77.0.10") as terminal:
             terminal.wait_for(is_up, 4, "a good connection")
+            self.assertIn("q quits", terminal.text())
             terminal.type(b"q")
             self.was_restored(terminal, terminal.wait())
             self.assertGreaterEqual(home.stats()["10.77.0.10"]["sent"], 1)

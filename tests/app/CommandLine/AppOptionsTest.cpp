@@ -57,6 +57,11 @@ TEST(AppOptions, SettingsAreTaken) {
             Setting("PingInterval", 5.0), Setting("PanelFace", std::string("wide"))));
 }
 
+TEST(AppOptions, HelpHasAShortForm) {
+    EXPECT_TRUE(appOptions({"-h"}).help);
+    EXPECT_EQ(appRefusal({"-x"}), "unknown option \"-x\"");
+}
+
 TEST(AppOptions, HelpAndVersionAreTaken) {
     EXPECT_TRUE(appOptions({"--help"}).help);
     EXPECT_TRUE(appOptions({"--version"}).version);

@@ -189,6 +189,11 @@ std::string written(const Canvas& canvas) {
     return text;
 }
 
+Scene withKeyboard(Scene scene) {
+    scene.options.readsKeys = true;
+    return scene;
+}
+
 struct Golden {
     std::string name;
     Scene scene;
@@ -224,14 +229,14 @@ INSTANTIATE_TEST_SUITE_P(
     ScreenLayout, GoldenScreen,
     testing::Values(
         Golden{"fair-smallest", fair(), smallest}, Golden{"fair-usual", fair(), usual},
-        Golden{"bars-small", everyBar(), small}, Golden{"bars-usual", everyBar(), usual},
-        Golden{"bars-large", everyBar(), large}, Golden{"bars-ascii", inAscii(everyBar()), usual},
-        Golden{"bars-narrow", everyBar(), {10, 20}}, Golden{"very-poor", veryPoor(), small},
-        Golden{"excellent", excellent(), {24, 40}}, Golden{"connecting", connecting(), usual},
-        Golden{"down", down(), usual}, Golden{"five-buckets", fiveMinuteBuckets(), small},
-        Golden{"notes-smallest", withNotes(), smallest}, Golden{"notes-usual", withNotes(), usual},
-        Golden{"notes-ascii", inAscii(withNotes()), {24, 40}}, Golden{"long-texts", longTexts(), small},
-        Golden{"long-host", longHostWithoutLoss(), smallest}),
+        Golden{"keys-usual", withKeyboard(fair()), usual}, Golden{"bars-small", everyBar(), small},
+        Golden{"bars-usual", everyBar(), usual}, Golden{"bars-large", everyBar(), large},
+        Golden{"bars-ascii", inAscii(everyBar()), usual}, Golden{"bars-narrow", everyBar(), {10, 20}},
+        Golden{"very-poor", veryPoor(), small}, Golden{"excellent", excellent(), {24, 40}},
+        Golden{"connecting", connecting(), usual}, Golden{"down", down(), usual},
+        Golden{"five-buckets", fiveMinuteBuckets(), small}, Golden{"notes-smallest", withNotes(), smallest},
+        Golden{"notes-usual", withNotes(), usual}, Golden{"notes-ascii", inAscii(withNotes()), {24, 40}},
+        Golden{"long-texts", longTexts(), small}, Golden{"long-host", longHostWithoutLoss(), smallest}),
     [](const auto& instance) {
         std::string name = instance.param.name;
         std::ranges::replace(name, '-', '_');
