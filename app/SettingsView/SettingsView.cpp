@@ -1,5 +1,6 @@
 #include "app/SettingsView/SettingsView.h"
 
+#include "app/Reading/Format.h"
 #include "app/SettingsView/ControlLooks.h"
 #include "app/SettingsView/FormSection.h"
 #include "app/SettingsView/IntervalBox.h"
@@ -18,7 +19,6 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <cmath>
 #include <initializer_list>
 
 namespace tarnwick {
@@ -303,7 +303,7 @@ void SettingsView::showHost(const std::string& host) {
 void SettingsView::showThreshold() {
     const double ms = model_.values().slowPingThresholdMs();
     threshold_->follow(ms);
-    thresholdText_->setText(locale().toString(std::round(ms), 'f', 0) + " ms");
+    thresholdText_->setText(QString::fromStdString(Format::wholeMs(ms)));
 }
 
 void SettingsView::showLaunchAtLogin() {
