@@ -38,6 +38,7 @@ void ConfirmDialog::ask(const Question& question, std::function<void(bool)> answ
         programIcon().pixmap(QSize(questionIconSide, questionIconSide), window_->devicePixelRatioF()));
     window_->setTextFormat(Qt::PlainText);
     window_->setText(QString::fromStdString(question.text));
+    window_->setInformativeText(QString::fromStdString(question.note));
     window_->setModal(false);
     const auto* const accept =
         window_->addButton(QString::fromStdString(question.confirm), QMessageBox::DestructiveRole);

@@ -38,6 +38,7 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
       pathMonitor_(environment.path),
       sleepMonitor_(environment.sleep),
       notifications_(environment.notifications),
+      announcing_(environment.announcing),
       recorder_(environment.store),
       watchdog_(watchdogConfig(prefs), environment.loop.now()),
       identifier_(static_cast<std::uint16_t>(randomBelow(std::uint64_t{1} << 16))),

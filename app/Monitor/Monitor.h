@@ -31,6 +31,11 @@ struct MonitorEnvironment {
     SleepMonitor& sleep;
     NotificationCenter& notifications;
     StatsStore store;
+
+    /// Several programs may see the same outage. It is to be announced once.
+    enum class Announcing { always, unlessAnotherRecords };
+
+    Announcing announcing = Announcing::always;
 };
 
 /// Pings, judges, counts, and publishes the outcome as one `Reading`. Main thread.
@@ -56,7 +61,7 @@ public:
     void setHostname(const std::string& text);
     void restoreDefaults();
     void resetSessionStats();
-    /// Of the current host; stored at once.
+    /// Of the current host. Stored at once, or while another process records, when this one takes over.
     void resetAllTimeStats();
 
     [[nodiscard]] Preferences& prefs() const { return prefs_; }
@@ -96,6 +101,7 @@ private:
     /// Takes over the watchdog's verdict after a step, then does what the step asked for.
     void carryOut(const ConnectionWatchdog::Actions& actions);
     void carryOut(ConnectionWatchdog::Action action);
+    void announce(const std::string& title, const std::string& body);
     void evaluate(double now);
     void markLost(std::uint64_t id);
     /// Drops the bookings of pings that have left the window: their outcome is never counted.
@@ -148,6 +154,7 @@ private:
     PathMonitor& pathMonitor_;
     SleepMonitor& sleepMonitor_;
     NotificationCenter& notifications_;
+    MonitorEnvironment::Announcing announcing_;
 
     Measurements measured_;
     Observed<Reading> reading_;

@@ -67,6 +67,7 @@ void Monitor::resetAllTimeStats() {
     const PublishAtEnd publishAtEnd(*this);
     // Before the reset: a save may take over the figures of another writer, and these are to be reset too.
     saveStatsOf(prefs_.hostname(), FileStore::Durability::powerCut);
+    recorder_.reset(prefs_.hostname());
     measured_.ledger.resetSite({});
     saveStats();
 }

@@ -41,7 +41,11 @@ std::optional<StatsByHost> StatsRecorder::read() {
 void StatsRecorder::take(std::optional<StatsByHost> present) {
     onDisk_ = present.value_or(StatsByHost{});
     // After a power cut a file that was not flushed may hold anything.
-    allTimeStats_ = present ? *std::move(present) : store_.flushedFigures();
+    StatsByHost figures = present ? *std::move(present) : store_.flushedFigures();
+    for (const std::string& host : resetHosts_) {
+        figures[host] = counterOf(host);
+    }
+    allTimeStats_ = std::move(figures);
     written_.reset();
 }
 
@@ -50,18 +54,26 @@ StatCounter StatsRecorder::counterOf(const std::string& host) const {
     return found != allTimeStats_.end() ? found->second : StatCounter{};
 }
 
+void StatsRecorder::reset(const std::string& host) {
+    allTimeStats_[host] = {};
+    resetHosts_.insert(host);
+}
+
 StatsRecorder::Saved StatsRecorder::save(
     const std::string& host, const StatCounter& counter, FileStore::Durability durability) {
+    allTimeStats_[host] = counter;
     const StatsLock::Attempt attempt = lock_.acquire();
     const State before = std::exchange(state_, stateAfter(attempt));
     if (state_ == State::records && (attempt == StatsLock::Attempt::taken || mustBeRead())) {
         std::optional<StatsByHost> present = read();
         if (before == State::otherRecords || (present && isFromAnotherWriter(*present))) {
             take(std::move(present));
+            if (!resetHosts_.empty()) {
+                write(durability); // this save may be the last one
+            }
             return Saved::tookOver;
         }
     }
-    allTimeStats_[host] = counter;
     if (state_ == State::records) {
         write(durability);
     }
@@ -94,6 +106,7 @@ void StatsRecorder::write(FileStore::Durability durability) {
     isUnread_ = false;
     seen_ = FileStore::versionOf(store_.url);
     written_ = durability;
+    resetHosts_.clear();
     onDisk_ = std::move(figures);
 }
 

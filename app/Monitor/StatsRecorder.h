@@ -6,6 +6,7 @@
 #include "core/Storage/StatsStore.h"
 
 #include <optional>
+#include <set>
 #include <string>
 
 namespace tarnwick {
@@ -35,6 +36,10 @@ public:
     /// first.
     Saved save(const std::string& host, const StatCounter& counter, FileStore::Durability durability);
 
+    /// Empties the host's counter: whatever the file holds for the host when this process next writes no
+    /// longer counts. So a reset while another process records holds after the takeover.
+    void reset(const std::string& host);
+
     [[nodiscard]] State state() const { return state_; }
 
 private:
@@ -49,6 +54,7 @@ private:
     StatsLock lock_;
     State state_ = State::cannotRecord;
     StatsByHost allTimeStats_;
+    std::set<std::string> resetHosts_;             ///< since this process last wrote
     StatsByHost onDisk_;                           ///< as last read or written here
     bool isUnread_ = false;                        ///< a file is there, and reading it failed
     FileStore::Version seen_;                      ///< of the file, when it was last read or written here

@@ -11,6 +11,9 @@ namespace {
 
 using Id = MenuItem::Id;
 
+constexpr auto resetWaitsNote =
+    "Another Tarnwick records the statistics. They are reset when it has ended and this one records.";
+
 MenuItem item(Id id, const char* title, char mnemonic, const char* iconName, char shortcut = 0) {
     return {.id = id, .title = title, .mnemonic = mnemonic, .shortcut = shortcut, .iconName = iconName};
 }
@@ -191,6 +194,7 @@ void StatusItemController::resetAllTimeSelected() {
     const Question question{
         .title = "Reset All Time Stats",
         .text = "Are you sure you want to reset the all time stats for " + host + "?",
+        .note = needs_.monitor.reading().recording == Recording::otherRecords ? resetWaitsNote : "",
         .confirm = "Reset",
         .cancel = "Cancel",
     };

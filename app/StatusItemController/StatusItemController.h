@@ -19,6 +19,7 @@ namespace tarnwick {
 struct Question {
     std::string title; ///< of the question's window; says what a yes does
     std::string text;
+    std::string note{};  ///< what else to know before the answer; empty: nothing
     std::string confirm; ///< the button that says yes
     std::string cancel;
 };

@@ -6,6 +6,7 @@
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/bus/DesktopNotificationCenter.h"
+#include "platform/bus/InstanceGuard.h"
 #include "platform/bus/LogindSleepMonitor.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/RoutePathMonitor.h"
@@ -69,7 +70,12 @@ private:
     BusConnection sessionBus_{loop_, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded};
     LogindSleepMonitor sleep_{loop_, systemBus_, SuspendedTime::sinceBoot};
     DesktopNotificationCenter notifications_{
-        loop_, sessionBus_, DesktopNotificationCenter::surroundings(isSandboxed()), TARNWICK_ICON_FOLDER};
+        loop_,
+        sessionBus_,
+        DesktopNotificationCenter::surroundings(isSandboxed()),
+        TARNWICK_ICON_FOLDER,
+        DesktopNotificationCenter::usualPatience,
+        InstanceGuard::name};
     Monitor monitor_{
         settings_.preferences(),
         {
@@ -79,6 +85,7 @@ private:
             .sleep = sleep_,
             .notifications = notifications_,
             .store = StatsStore::defaultStore(),
+            .announcing = MonitorEnvironment::Announcing::unlessAnotherRecords,
         }};
 };
 

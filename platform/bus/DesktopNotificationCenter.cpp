@@ -23,8 +23,13 @@ std::unique_ptr<NotificationService> makeService(
 
 DesktopNotificationCenter::DesktopNotificationCenter(
     RunLoop& loop, BusConnection& bus, Surroundings surroundings, const std::filesystem::path& iconFolder,
-    double patience)
+    double patience, const std::string& yieldsTo)
     : loop_(loop), bus_(bus), patience_(patience), service_(makeService(bus, surroundings, iconFolder)) {
+    if (!yieldsTo.empty()) {
+        otherWatch_ = watchName(bus_, yieldsTo, [this](const std::string& owner, NameNews /*news*/) {
+            isYielding_ = !owner.empty();
+        });
+    }
     // Subscribed first: on a new connection, the question for the owner precedes the probe.
     serviceWatch_ = watchName(bus_, service_->busName(), [this](const std::string& owner, NameNews news) {
         serviceChanged(owner, news);
@@ -114,7 +119,7 @@ void DesktopNotificationCenter::showWaiting() {
     staleTimer_.reset();
     for (const Waiting& notification : std::exchange(waiting_, {})) {
         // It may be too old although the timer that drops it has not run yet.
-        if (loop_.now() < notification.deadline) {
+        if (loop_.now() < notification.deadline && !isYielding_) {
             service_->show(notification.title, notification.body);
         }
     }

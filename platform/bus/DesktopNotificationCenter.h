@@ -35,10 +35,12 @@ public:
     static constexpr std::size_t mostWaiting = 8;
 
     /// `bus` is the session's and outlives it. `iconFolder` holds the program's own icons, laid out as an
-    /// icon theme; empty: the desktop's theme may have one.
+    /// icon theme; empty: the desktop's theme may have one. While another program has the name `yieldsTo` on
+    /// the bus, notifications are dropped: that program shows the same; empty: none does.
     DesktopNotificationCenter(
         RunLoop& loop, BusConnection& bus, Surroundings surroundings,
-        const std::filesystem::path& iconFolder = {}, double patience = usualPatience);
+        const std::filesystem::path& iconFolder = {}, double patience = usualPatience,
+        const std::string& yieldsTo = {});
 
     void post(const std::string& title, const std::string& body) override;
     void requestAuthorization() override;
@@ -70,8 +72,10 @@ private:
     bool isAskedAgain_ = false; ///< since the present probe began
     int probe_ = 0;             ///< answers to earlier probes are ignored
     std::deque<Waiting> waiting_;
+    bool isYielding_ = false;
     RunLoop::Handle staleTimer_;
     Lifeline lifeline_;
+    Subscription otherWatch_;
     Subscription serviceWatch_;
     Subscription stateSubscription_;
 };

@@ -33,7 +33,11 @@ protected:
 
     void ask() {
         const Question question{
-            .title = "Reset Everything", .text = "Really?", .confirm = "Reset", .cancel = "Keep"};
+            .title = "Reset Everything",
+            .text = "Really?",
+            .note = "Another one keeps its own.",
+            .confirm = "Reset",
+            .cancel = "Keep"};
         dialog->ask(question, [this](bool answer) { answers.push_back(answer); });
         QApplication::processEvents();
     }
@@ -72,6 +76,12 @@ TEST_F(ConfirmDialogTest, ItsTitleNamesWhatIsAskedAbout) {
     ask();
 
     EXPECT_EQ(dialog->window()->windowTitle(), "Reset Everything");
+}
+
+TEST_F(ConfirmDialogTest, ItShowsTheNoteBelowTheQuestion) {
+    ask();
+
+    EXPECT_EQ(dialog->window()->informativeText(), "Another one keeps its own.");
 }
 
 TEST_F(ConfirmDialogTest, TheActionsButtonAnswersYes) {

@@ -58,6 +58,30 @@ TEST_F(MonitorEvaluationTest, NotificationsThatAreDroppedChangeNothingElse) {
     EXPECT_EQ(silenced.sendTimes(), sendTimes());
 }
 
+TEST_F(MonitorEvaluationTest, OfTwoThatYieldTheOneThatRecordsAnnouncesAnOutage) {
+    MonitorWorld second(folder);
+    announcing = second.announcing = MonitorEnvironment::Announcing::unlessAnotherRecords;
+    defaults.put(PreferenceKey::showNotifications, true);
+    start();
+
+    const OutageRecord waiting(second);
+    const OutageRecord recording(*this);
+
+    EXPECT_EQ(waiting.readings.back().recording, Recording::otherRecords);
+    EXPECT_THAT(second.notifications.posted(), IsEmpty());
+    EXPECT_EQ(notifications.posted().size(), 2U);
+}
+
+TEST_F(MonitorEvaluationTest, OneThatDoesNotYieldAnnouncesWhileAnotherRecords) {
+    MonitorWorld second(folder);
+    start();
+
+    const OutageRecord waiting(second);
+
+    EXPECT_EQ(waiting.readings.back().recording, Recording::otherRecords);
+    EXPECT_EQ(second.notifications.posted().size(), 2U);
+}
+
 TEST_F(MonitorEvaluationTest, ATickAsksTheWatchdogBeforeItJudgesTheWindow) {
     defaults.put(PreferenceKey::showNotifications, true);
     start();

@@ -1,6 +1,8 @@
 // The status item's menu: what stands in it, and what its items do.
 #include "tests/app/StatusItemController/WatchedStatusItem.h"
 
+#include "core/Storage/StatsLock.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -165,6 +167,28 @@ TEST_F(StatusItemMenuTest, ResetAllTimeAsksForTheHostFirst) {
     EXPECT_EQ(windows.questions[0].confirm, "Reset");
     EXPECT_EQ(windows.questions[0].cancel, "Cancel");
     EXPECT_EQ(monitor.reading().site.sent, 6);
+}
+
+TEST_F(StatusItemMenuTest, ResetAllTimeSaysWhenTheResetCountsIfAnotherRecords) {
+    StatsLock other(statistics);
+    ASSERT_EQ(other.acquire(), StatsLock::Attempt::taken);
+    showFor(5.5);
+
+    menu->choose(Id::resetAllTime);
+
+    EXPECT_EQ(
+        windows.questions.back().text, "Are you sure you want to reset the all time stats for 1.1.1.1?");
+    EXPECT_EQ(
+        windows.questions.back().note,
+        "Another Tarnwick records the statistics. They are reset when it has ended and this one records.");
+}
+
+TEST_F(StatusItemMenuTest, ResetAllTimeAddsNoNoteWhenThisOneRecords) {
+    showFor(5.5);
+
+    menu->choose(Id::resetAllTime);
+
+    EXPECT_EQ(windows.questions.back().note, "");
 }
 
 TEST_F(StatusItemMenuTest, AConfirmedResetClearsAndStoresTheAllTimeFigures) {

@@ -76,6 +76,11 @@ protected:
         center_.emplace(clock_, bus_, surroundings, std::filesystem::path(), patience);
     }
 
+    /// A center that shows nothing while another program has this name.
+    void yieldTo(const std::string& name) {
+        center_.emplace(clock_, bus_, surroundings, std::filesystem::path(), longPatience, name);
+    }
+
     /// Makes what is posted too old, before a timer has noticed.
     void outlastPatience() { clock_.putForward(longPatience); }
 
