@@ -22,6 +22,7 @@ sys.path.insert(0, str(ROOT / "tests"))
 
 from desktop.panels import LxqtPanel, X11Desktop, XfcePanel  # noqa: E402
 
+from endtoend import built  # noqa: E402
 from endtoend.waiting import eventually  # noqa: E402
 from lab.behavior import Behavior  # noqa: E402
 from lab.network import Lab  # noqa: E402
@@ -54,9 +55,13 @@ def parse_arguments() -> argparse.Namespace:
     parser.add_argument(
         "--changing", action="store_true", help="ping a host that takes another 20 to 32 ms each time, not loopback"
     )
-    parser.add_argument("--program", default=str(ROOT / "build/release/app/tarnwick"), metavar="PATH")
+    parser.add_argument("--program", metavar="PATH", help="not the one of the preset release")
     parser.add_argument("--empty", default=str(ROOT / "build/bench/bench/empty-tray"), metavar="PATH")
-    return parser.parse_args()
+    options = parser.parse_args()
+    options.program = built.program("tarnwick", options.program)
+    if not os.access(options.empty, os.X_OK):
+        sys.exit(f"{options.empty} is not built: cmake --preset bench && cmake --build --preset bench --target empty-tray")
+    return options
 
 
 def programs(options: argparse.Namespace) -> dict[str, list[str]]:

@@ -23,6 +23,10 @@ from collections.abc import Iterator
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 LABORATORY = ROOT / "tests" / "lab" / "run"
+sys.path.insert(0, str(ROOT / "tests"))
+
+from endtoend import built  # noqa: E402
+
 TARGET = "127.0.0.1"
 ETHERNET_IPV4 = 0x0800
 ECHO_REQUEST = 8
@@ -59,8 +63,9 @@ def parse_arguments() -> argparse.Namespace:
     parser.add_argument("--rounds", type=int, default=3, help="how often all three run, side by side (3)")
     parser.add_argument("--bus", action="store_true", help="with a bus and a mock of the login manager on it")
     parser.add_argument("--starts", type=int, default=20, help="how often the first ping is timed (20)")
-    parser.add_argument("--program", default=str(ROOT / "build/release/app/tarnwick-watch"), metavar="PATH")
+    parser.add_argument("--program", metavar="PATH", help="not the one of the preset release")
     options = parser.parse_args()
+    options.program = built.program("tarnwick-watch", options.program)
     if options.seconds <= 2 * SETTLING_SECONDS or options.rounds < 1 or options.starts < 1:
         parser.error("too short to say anything")
     return options

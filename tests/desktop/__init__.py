@@ -2,7 +2,7 @@
 
     lab/run /usr/bin/python3 -B -m unittest -v desktop.test_xfce
 
-The program under test is $TARNWICK (build/release/app/tarnwick when unset). Every session has its own display, home
+The program under test is $TARNWICK (when unset, the first that is built of the presets release and debug). Every session has its own display, home
 folder and buses; logs and pictures of the latest run stay below build/desktop. A module whose panel is not
 installed says so and exits with 77, or with 1 when TARNWICK_DESKTOPS=require.
 """

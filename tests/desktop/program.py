@@ -10,15 +10,14 @@ import signal
 import subprocess
 from collections.abc import Sequence
 
+from endtoend import built
 from endtoend.waiting import eventually
 
 from .item import Item
 from .desktops import Desktop
 from .pictures import Rectangle
 
-PROGRAM = os.path.abspath(
-    os.environ.get("TARNWICK") or pathlib.Path(__file__).resolve().parents[2] / "build/release/app/tarnwick"
-)
+PROGRAM = built.program("tarnwick", os.environ.get("TARNWICK"))
 HOST = "127.0.0.1"
 TITLE = "Tarnwick"
 # As assistive technology and the windowing system know it.

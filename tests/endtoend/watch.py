@@ -14,10 +14,9 @@ import threading
 import time
 from collections.abc import Callable, Iterator, Sequence
 
-PROGRAM = os.path.abspath(
-    os.environ.get("TARNWICK_WATCH")
-    or pathlib.Path(__file__).resolve().parents[2] / "build/release/app/tarnwick-watch"
-)
+from . import built
+
+PROGRAM = built.program("tarnwick-watch", os.environ.get("TARNWICK_WATCH"))
 # Every program is told to end after this, so that none outlives an interrupted test run.
 LIFETIME_SECONDS = 100
 # Added to what a wait should take, for a machine that is busy with other things.
