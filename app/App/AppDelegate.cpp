@@ -77,11 +77,8 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       colors_(bus) {
     makeStatusItem(setup);
     monitor_.start();
-    quitOnTerminationSignals();
-    sessionEnd_ = std::make_unique<SessionEnd>([this] {
-        monitor_.saveStats();
-        settings_.preferences().flush();
-    });
+    sessionEnd_ = std::make_unique<SessionEnd>([this] { save(); });
+    displayLoss_ = std::make_unique<DisplayLoss>([this] { save(); });
 }
 
 AppDelegate::~AppDelegate() {
@@ -141,9 +138,9 @@ void AppDelegate::followColors() {
     paletteWatch_ = std::make_unique<PaletteWatch>([this] { notifier_->setFallbackInk(inkOfPalette()); });
 }
 
-void AppDelegate::quitOnTerminationSignals() {
-    signals_ = std::make_unique<SignalWatch>(
-        loop_, terminationSignals, [this](int /*signal*/) { windows_->quit(); });
+void AppDelegate::save() {
+    monitor_.saveStats();
+    settings_.preferences().flush();
 }
 
 } // namespace tarnwick

@@ -13,15 +13,14 @@
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/LogindSleepMonitor.h"
 #include "platform/linux/RoutePathMonitor.h"
-#include "platform/linux/SignalWatch.h"
 #include "platform/panel/NotifierStatusItem.h"
 #include "platform/panel/PanelStatusItem.h"
+#include "platform/qt/DisplayLoss.h"
 #include "platform/qt/PaletteWatch.h"
 #include "platform/qt/SessionEnd.h"
 #include "platform/xdg/AutostartEntry.h"
 #include "platform/xdg/SettingsFile.h"
 
-#include <csignal>
 #include <memory>
 #include <string>
 
@@ -30,9 +29,6 @@ namespace tarnwick {
 /// Owns everything for the life of the process. Main thread.
 class AppDelegate {
 public:
-    /// They end the program after the statistics are saved.
-    static constexpr auto terminationSignals = {SIGTERM, SIGINT};
-
     struct Setup {
         UserDefaults::Table settings; ///< for this run only
         std::string version;
@@ -53,7 +49,7 @@ public:
 private:
     void makeStatusItem(const Setup& setup);
     void followColors();
-    void quitOnTerminationSignals();
+    void save();
 
     RunLoop& loop_;
     BusConnection& bus_;
@@ -76,8 +72,8 @@ private:
     std::unique_ptr<PanelStatusItem> item_;
     std::unique_ptr<StatusItemController> controller_;
     std::unique_ptr<PaletteWatch> paletteWatch_;
-    std::unique_ptr<SignalWatch> signals_;
     std::unique_ptr<SessionEnd> sessionEnd_;
+    std::unique_ptr<DisplayLoss> displayLoss_;
 };
 
 } // namespace tarnwick

@@ -4,6 +4,7 @@
 #include "app/CommandLine/ArgumentParser.h"
 #include "app/CommandLine/StartUp.h"
 #include "platform/bus/InstanceGuard.h"
+#include "platform/linux/SignalWatch.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "platform/qt/QtLoopHost.h"
 
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -22,6 +24,9 @@
 namespace {
 
 using namespace tarnwick;
+
+/// They end the program after the statistics are saved.
+constexpr auto terminationSignals = {SIGTERM, SIGINT, SIGHUP};
 
 bool hasDisplay() {
     constexpr std::array variables{"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"};
@@ -43,6 +48,7 @@ int runApplication(const AppOptions& options, std::string name, std::string star
     QApplication::setQuitOnLastWindowClosed(false);
     EpollRunLoop loop;
     const QtLoopHost host(loop);
+    const SignalWatch signals(loop, terminationSignals, [](int /*signal*/) { QCoreApplication::exit(); });
     BusConnection bus(loop, BusConnection::sessionAddress());
     std::unique_ptr<AppDelegate> delegate;
     const auto begin = [&](InstanceGuard::Result result) {
@@ -72,8 +78,9 @@ int runApplication(const AppOptions& options, std::string name, std::string star
 }
 
 int start(const std::vector<std::string>& arguments, const std::string& name) {
+    // A display or a bus may be slow to answer.
+    SignalWatch::endProcessUntilWatched(terminationSignals);
     startUp();
-    SignalWatch::block(AppDelegate::terminationSignals);
     const auto commandLine = parseAppOptions(arguments);
     if (const auto status = answerWithoutRunning({"tarnwick", TARNWICK_VERSION}, commandLine)) {
         return *status;

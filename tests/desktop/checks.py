@@ -270,7 +270,7 @@ class PanelChecks:
         self.assertGreaterEqual(program.saved_pings(), 1)
 
     def test_a_polite_signal_ends_it_with_the_statistics_saved(self) -> None:
-        for number in (signal.SIGTERM, signal.SIGINT):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             with self.subTest(number.name):
                 program = self.running()
                 self.ends_well(program, lambda program=program, number=number: program.send(number))

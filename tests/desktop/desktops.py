@@ -88,6 +88,8 @@ class Desktop(Installed):
     @abc.abstractmethod
     def start_display(self) -> None: ...
 
+    display: subprocess.Popen[bytes]  # the program that draws the screen, once it is started
+
     @abc.abstractmethod
     def close_display(self) -> None: ...
 
@@ -226,6 +228,10 @@ class X11Desktop(Desktop):
         self.session.start_bus()
         if self.window_manager:
             self.screen.start_window_manager(self.session)
+
+    @property
+    def display(self) -> subprocess.Popen[bytes]:
+        return self.screen.server
 
     def close_display(self) -> None:
         if hasattr(self, "screen"):

@@ -213,10 +213,10 @@ class WaybarPanel(Desktop):
         }
         file = session.config / "sway.conf"
         session.write(file, SWAY.format(width=self.area.width, height=self.area.height))
-        compositor = session.spawn("display", ["sway", "-c", str(file)])
+        self.display = session.spawn("display", ["sway", "-c", str(file)])
 
         def socket() -> pathlib.Path | None:
-            if compositor.poll() is not None:
+            if self.display.poll() is not None:
                 raise AssertionError(f"the compositor ended: {session.log('display')}")
             sockets = session.runtime.glob("wayland-*")
             return next((path for path in sockets if not path.name.endswith(".lock")), None)

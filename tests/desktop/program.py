@@ -54,7 +54,11 @@ class Program:
 
     def start_again(self) -> int:
         """The exit status of a second program beside this one."""
-        return self._spawn("second").wait(timeout=PATIENCE)
+        return self.start_beside().wait(timeout=PATIENCE)
+
+    def start_beside(self) -> subprocess.Popen[bytes]:
+        """A second program."""
+        return self._spawn("second")
 
     def end(self) -> None:
         self.session.kill(self.process)

@@ -123,6 +123,25 @@ class WithoutADesktop(unittest.TestCase):
             self.assertGreaterEqual(program.saved_pings(), 3)
             self.assertEqual(program.log.read_text().count("No panel"), 1)
 
+    def test_a_terminal_that_is_closed_ends_it_with_the_statistics_saved(self) -> None:
+        before = pings_sent()
+        with running() as program:
+            eventually(lambda: pings_sent() >= before + 2, PATIENCE, "two pings")
+
+            self.assertEqual(program.end(signal.SIGHUP), 0)
+            self.assertGreaterEqual(program.saved_pings(), 2)
+
+    def test_nohup_keeps_it_running_without_its_terminal(self) -> None:
+        before = pings_sent()
+        with running(prefix=("nohup",)) as program:
+            eventually(lambda: pings_sent() > before, PATIENCE, "a ping")
+
+            program.process.send_signal(signal.SIGHUP)
+
+            hung_up = pings_sent()
+            eventually(lambda: pings_sent() >= hung_up + 2, PATIENCE, "two more pings")
+            self.assertEqual(program.end(signal.SIGTERM), 0)
+
     def test_its_own_files_do_not_take_the_numbers_of_closed_descriptors(self) -> None:
         before = pings_sent()
         with running(prefix=WITHOUT_STANDARD_DESCRIPTORS) as program:

@@ -34,7 +34,7 @@ def holds(lock: pathlib.Path, process: int) -> bool:
 class X11Screen:
     def __init__(self, session: Session, width: int = 1280, height: int = 800) -> None:
         self.area = Rectangle(0, 0, width, height)
-        self._server, self.name = self._start_server(session, f"{width}x{height}x24")
+        self.server, self.name = self._start_server(session, f"{width}x{height}x24")
         session.environment["DISPLAY"] = self.name
         self._display = self._connect()
 
@@ -42,8 +42,8 @@ class X11Screen:
         """The server's socket is there a moment before it takes connections."""
 
         def connected() -> display.Display | None:
-            if self._server.poll() is not None:
-                raise AssertionError(f"the display ended with {self._server.returncode}")
+            if self.server.poll() is not None:
+                raise AssertionError(f"the display ended with {self.server.returncode}")
             with contextlib.suppress(error.DisplayConnectionError, error.ConnectionClosedError, OSError):
                 return display.Display(self.name)
             return None
@@ -82,8 +82,8 @@ class X11Screen:
         except (OSError, error.ConnectionClosedError):
             pass  # The server was the first to go.
         # It takes its socket and its lock away.
-        self._server.terminate()
-        self._server.wait()
+        self.server.terminate()
+        self.server.wait()
 
     def start_window_manager(self, session: Session) -> subprocess.Popen[bytes]:
         manager = session.spawn("openbox", ["openbox"])

@@ -5,6 +5,7 @@
 #include "tests/support/LoopTurn.h"
 
 #include <csignal>
+#include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <thread>
@@ -86,6 +87,44 @@ TEST_F(SignalWatchTest, ASignalThatCameToTheProcessWhileAThreadRanIsReportedToo)
 
     sender.join();
     EXPECT_THAT(reported_, testing::ElementsAre(SIGUSR1));
+}
+
+TEST_F(SignalWatchTest, AnIgnoredHangupStaysIgnored) {
+    const auto before = std::signal(SIGHUP, SIG_IGN);
+    const SignalWatch watch(loop_, {SIGHUP, SIGUSR1}, [this](int signal) { reported_.push_back(signal); });
+
+    std::raise(SIGHUP);
+    std::raise(SIGUSR1);
+    ASSERT_TRUE(runUntilReported(1));
+    runUntilIdle();
+
+    EXPECT_THAT(reported_, testing::ElementsAre(SIGUSR1));
+    std::signal(SIGHUP, before);
+}
+
+TEST(SignalsBeforeTheWatchDeathTest, TheyEndTheProcessWithoutAnError) {
+    EXPECT_EXIT(
+        {
+            SignalWatch::endProcessUntilWatched({SIGTERM});
+            std::raise(SIGTERM);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(SignalWatchTest, AnEarlierThreadPassesASignalOnToTheWatch) {
+    const auto before = std::signal(SIGUSR1, SIG_DFL);
+    SignalWatch::endProcessUntilWatched({SIGUSR1});
+    std::promise<void> isOver;
+    std::thread early([over = isOver.get_future()] { over.wait(); });
+    const SignalWatch watch(loop_, {SIGUSR1}, [this](int signal) { reported_.push_back(signal); });
+
+    pthread_kill(early.native_handle(), SIGUSR1);
+
+    EXPECT_TRUE(runUntilReported(1));
+    isOver.set_value();
+    early.join();
+    EXPECT_THAT(reported_, testing::ElementsAre(SIGUSR1));
+    std::signal(SIGUSR1, before);
 }
 
 TEST_F(SignalWatchTest, NothingIsReportedAfterTheWatchHasGone) {
