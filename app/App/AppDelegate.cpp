@@ -1,5 +1,6 @@
 #include "app/App/AppDelegate.h"
 
+#include "platform/linux/PingPermission.h"
 #include "platform/linux/ProcessNames.h"
 #include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
@@ -70,6 +71,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
               .sleep = sleep_,
               .notifications = notifications_,
               .store = StatsStore::defaultStore(),
+              .missingPingPermission = [] { return PingPermission::grantingCommand(); },
           }),
       // No update framework yet.
       menu_(StatusItemController::menuItems(false)),

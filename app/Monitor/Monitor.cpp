@@ -39,6 +39,7 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
       sleepMonitor_(environment.sleep),
       notifications_(environment.notifications),
       announcing_(environment.announcing),
+      missingPingPermission_(environment.missingPingPermission),
       recorder_(environment.store),
       watchdog_(watchdogConfig(prefs), environment.loop.now()),
       identifier_(static_cast<std::uint16_t>(randomBelow(std::uint64_t{1} << 16))),
@@ -150,10 +151,7 @@ void Monitor::handle(const Pinger::Event& happened) {
     const Overloaded visitor{
         [this](const Pinger::Started& started) { pingingStarted(started.address); },
         [this](const Pinger::Switched& switched) { measured_.resolvedAddress = switched.address.display; },
-        [this](const Pinger::Failed& failed) {
-            measured_.startError = failed.error;
-            carryOut(watchdog_.startFailed(loop_.now()));
-        },
+        [this](const Pinger::Failed& failed) { pingingFailed(failed.error); },
         [this](const Pinger::Reply& reply) { receivedReply(reply.id, reply.at); },
     };
     std::visit(visitor, happened);
@@ -165,6 +163,13 @@ void Monitor::pingingStarted(const ResolvedAddress& address) {
     watchdog_.pingingStarted(loop_.now());
     sendPing();
     schedulePingTimer();
+}
+
+void Monitor::pingingFailed(const PingError& error) {
+    measured_.startError = error;
+    const bool mayBeForbidden = error.kind == PingError::Kind::socket && missingPingPermission_;
+    measured_.pingPermissionCommand = mayBeForbidden ? missingPingPermission_() : std::nullopt;
+    carryOut(watchdog_.startFailed(loop_.now()));
 }
 
 void Monitor::receivedReply(std::uint64_t id, double at) {

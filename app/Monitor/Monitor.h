@@ -36,6 +36,8 @@ struct MonitorEnvironment {
     enum class Announcing { always, unlessAnotherRecords };
 
     Announcing announcing = Announcing::always;
+    /// The shell command that lets this user ping; nothing when this user may.
+    std::function<std::optional<std::string>()> missingPingPermission = nullptr;
 };
 
 /// Pings, judges, counts, and publishes the outcome as one `Reading`. Main thread.
@@ -64,6 +66,11 @@ public:
     /// Of the current host. Stored at once, or while another process records, when this one takes over.
     void resetAllTimeStats();
 
+    /// Tells the user something beside the figures, in every front end. Takes the place of the last one of
+    /// this kind. For what the monitor can't know: mistakes in the settings, no panel.
+    void setNotice(const Notice& notice);
+    void clearNotice(Notice::Kind kind);
+
     [[nodiscard]] Preferences& prefs() const { return prefs_; }
 
     /// What there is to show. Made afresh at the end of each event (a reply, a tick, a command, a change of a
@@ -91,6 +98,7 @@ private:
     void forgetOldSamples(RunLoop::WallTime now);
     void handle(const Pinger::Event& happened);
     void pingingStarted(const ResolvedAddress& address);
+    void pingingFailed(const PingError& error);
     void receivedReply(std::uint64_t id, double at);
     /// Null when it has left the chart.
     [[nodiscard]] Sample* sampleOf(std::uint64_t id);
@@ -155,6 +163,7 @@ private:
     SleepMonitor& sleepMonitor_;
     NotificationCenter& notifications_;
     MonitorEnvironment::Announcing announcing_;
+    std::function<std::optional<std::string>()> missingPingPermission_;
 
     Measurements measured_;
     Observed<Reading> reading_;

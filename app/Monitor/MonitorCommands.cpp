@@ -72,4 +72,15 @@ void Monitor::resetAllTimeStats() {
     saveStats();
 }
 
+void Monitor::setNotice(const Notice& notice) {
+    const PublishAtEnd publishAtEnd(*this);
+    clearNotice(notice.kind);
+    measured_.notices.push_back(notice);
+}
+
+void Monitor::clearNotice(Notice::Kind kind) {
+    const PublishAtEnd publishAtEnd(*this);
+    std::erase_if(measured_.notices, [kind](const Notice& notice) { return notice.kind == kind; });
+}
+
 } // namespace tarnwick

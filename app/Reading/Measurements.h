@@ -1,6 +1,7 @@
 // What has been measured and judged so far: the input of `makeReading`.
 #pragma once
 
+#include "app/Reading/Notice.h"
 #include "core/ConnectionWatchdog.h"
 #include "core/MenuBarTitle.h"
 #include "core/PingError.h"
@@ -40,10 +41,13 @@ struct Measurements {
     bool lossIsKnown = false;
     std::optional<std::string> resolvedAddress = std::nullopt;
     std::optional<PingError> startError = std::nullopt;
+    /// What lets this user ping; nothing unless the lack of this permission caused `startError`.
+    std::optional<std::string> pingPermissionCommand = std::nullopt;
     bool pathSatisfied = true;
     Samples samples{}; ///< of the last 300 s, in the order of sending
     PingLedger ledger{};
     Recording recording = Recording::records;
+    Notices notices{}; ///< that the rest of the program has set
 };
 
 /// The settings that decide what is shown.

@@ -112,6 +112,7 @@ Reading copied(const Measurements& measured, const ReadingSettings& settings) {
     reading.site = measured.ledger.site();
     reading.samples = measured.samples.size();
     reading.recording = measured.recording;
+    reading.notices = noticesOf(measured);
     return reading;
 }
 

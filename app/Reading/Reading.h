@@ -52,6 +52,9 @@ struct Reading {
     std::size_t samples = 0; ///< pings in the last five minutes
     Recording recording = Recording::records;
 
+    // What the user should know or do, the most important first.
+    Notices notices{};
+
     friend bool operator==(const Reading&, const Reading&) = default;
 
     [[nodiscard]] bool isDown() const { return status == ConnectionWatchdog::Status::down; }

@@ -89,6 +89,14 @@ void addReasons(JsonText& line, const Reading& reading) {
     }
 }
 
+std::vector<std::string> linesOf(const Notices& notices) {
+    std::vector<std::string> lines;
+    for (const Notice& notice : notices) {
+        lines.push_back(notice.line());
+    }
+    return lines;
+}
+
 /// Over the `count` characters at `position`; further digits to the left are left out.
 void putDigits(std::string& text, std::size_t position, std::size_t count, std::integral auto number) {
     for (std::size_t place = position + count; place > position; --place) {
@@ -129,6 +137,7 @@ std::string jsonLine(
     addCounter(line, "session", reading.session);
     addCounter(line, "site", reading.site);
     line.add("samples", reading.samples);
+    line.add("notices", linesOf(reading.notices));
     return line.take() + "\n";
 }
 

@@ -66,6 +66,16 @@ void JsonText::addNull(std::string_view key) {
     text_ += "null";
 }
 
+void JsonText::add(std::string_view key, const std::vector<std::string>& values) {
+    addKey(key);
+    text_ += '[';
+    for (std::size_t place = 0; place < values.size(); ++place) {
+        text_ += place > 0 ? "," : "";
+        appendString(text_, values[place]);
+    }
+    text_ += ']';
+}
+
 void JsonText::beginObject(std::string_view key) {
     addKey(key);
     text_ += '{';

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tarnwick {
 
@@ -24,6 +25,8 @@ public:
     /// A number with a point or an exponent, the shortest that reads back as the same; null unless finite.
     void add(std::string_view key, double value);
     void addNull(std::string_view key);
+    /// A list.
+    void add(std::string_view key, const std::vector<std::string>& values);
 
     template<std::integral Integer>
     void add(std::string_view key, Integer value) {

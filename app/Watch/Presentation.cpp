@@ -3,6 +3,7 @@
 #include "app/Watch/JsonLine.h"
 #include "app/Watch/PlainLine.h"
 #include "app/Watch/ScreenLayout.h"
+#include "core/Text.h"
 
 #include <algorithm>
 #include <unistd.h>
@@ -10,20 +11,25 @@
 
 namespace tarnwick {
 
-NoteLines::NoteLines() : output_(STDERR_FILENO) {
+NoticeLines::NoticeLines(RunLoop& loop, const Observed<Reading>& reading)
+    : output_(STDERR_FILENO), renderLoop_(loop, [this, &reading] { tell(reading.get().notices); }) {
 }
 
-void NoteLines::set(const std::vector<std::string>& notes) {
-    for (const std::string& note : notes) {
-        if (std::ranges::find(told_, note) == told_.end()) {
-            output_.write("tarnwick-watch: " + note + "\n");
+void NoticeLines::tell(const Notices& notices) {
+    for (const Notice& notice : notices) {
+        if (std::ranges::find(told_, notice) == told_.end()) {
+            output_.write("tarnwick-watch: " + Text::printable(notice.line()) + "\n");
         }
     }
-    told_ = notes;
+    told_ = notices;
 }
 
 LinePresentation::LinePresentation(RunLoop& loop, const Observed<Reading>& reading, Quit quit)
-    : loop_(loop), reading_(reading), quit_(std::move(quit)), output_(STDOUT_FILENO) {
+    : loop_(loop),
+      reading_(reading),
+      quit_(std::move(quit)),
+      output_(STDOUT_FILENO),
+      noticeLines_(loop, reading) {
 }
 
 void LinePresentation::show(double judgedAt) {
@@ -38,10 +44,6 @@ void LinePresentation::show(double judgedAt) {
         quit_("can't write the output: " + output_.error().message());
         break;
     }
-}
-
-void LinePresentation::setNotes(const std::vector<std::string>& notes) {
-    noteLines_.set(notes);
 }
 
 std::string JsonPresentation::line(double judgedAt) {
@@ -72,7 +74,8 @@ void ScreenPresentation::show(double /*judgedAt*/) {
 
 void ScreenPresentation::drawNews() {
     const Reading& reading = reading_.get();
-    if (reading.status != drawnStatus_ || reading.latestPingMs != drawnLatency_) {
+    if (reading.status != drawnStatus_ || reading.latestPingMs != drawnLatency_
+        || reading.notices != drawnNotices_) {
         draw();
     }
 }
@@ -81,15 +84,10 @@ void ScreenPresentation::draw() {
     const Reading& reading = reading_.get();
     drawnStatus_ = reading.status;
     drawnLatency_ = reading.latestPingMs;
+    drawnNotices_ = reading.notices;
     terminal_->draw(drawScreen(
-        reading,
-        {.grouping = grouping_, .notes = notes_, .ascii = terminal_->isAscii(), .readsKeys = readsKeys_},
+        reading, {.grouping = grouping_, .ascii = terminal_->isAscii(), .readsKeys = readsKeys_},
         terminal_->size()));
-}
-
-void ScreenPresentation::setNotes(const std::vector<std::string>& notes) {
-    notes_ = notes;
-    draw();
 }
 
 void ScreenPresentation::windowResized() {

@@ -11,7 +11,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace tarnwick {
 
@@ -27,23 +26,22 @@ public:
 
     /// Once after the start and then after every tick. `judgedAt` is the monotonic time of the tick.
     virtual void show(double judgedAt) = 0;
-    /// What the user should know or do now, most urgent first.
-    virtual void setNotes(const std::vector<std::string>& notes) = 0;
 
     virtual void windowResized() {}
 };
 
-/// Notes as lines on standard error, apart from the output that another program may be reading. Each is
-/// written once, and again only after it was withdrawn.
-class NoteLines {
+/// The reading's notices as lines on standard error, apart from the output that another program may be
+/// reading. Each is written once, and again only if it comes back.
+class NoticeLines {
 public:
-    NoteLines();
-
-    void set(const std::vector<std::string>& notes);
+    NoticeLines(RunLoop& loop, const Observed<Reading>& reading);
 
 private:
+    void tell(const Notices& notices);
+
     LineWriter output_;
-    std::vector<std::string> told_;
+    Notices told_;
+    RenderLoop renderLoop_;
 };
 
 /// A line of text each time, on standard output.
@@ -53,7 +51,6 @@ public:
     LinePresentation(RunLoop& loop, const Observed<Reading>& reading, Quit quit);
 
     void show(double judgedAt) final;
-    void setNotes(const std::vector<std::string>& notes) final;
 
 protected:
     /// The present state, with a line break at its end.
@@ -68,7 +65,7 @@ private:
     const Observed<Reading>& reading_;
     Quit quit_;
     LineWriter output_;
-    NoteLines noteLines_;
+    NoticeLines noticeLines_;
 };
 
 /// One JSON object a line.
@@ -98,12 +95,11 @@ public:
         RunLoop& loop, const Observed<Reading>& reading, std::unique_ptr<Terminal> terminal, Quit quit);
 
     void show(double judgedAt) override;
-    void setNotes(const std::vector<std::string>& notes) override;
     void windowResized() override;
 
 private:
     void draw();
-    /// Draws a new verdict or answer between ticks. Everything else has time until the next tick.
+    /// Draws a new verdict, answer or notice between ticks. Everything else has time until the next tick.
     void drawNews();
     void readKeys();
 
@@ -111,9 +107,9 @@ private:
     std::unique_ptr<Terminal> terminal_;
     Quit quit_;
     Format::Grouping grouping_ = Format::Grouping::ofUser();
-    std::vector<std::string> notes_;
     ConnectionWatchdog::Status drawnStatus_ = ConnectionWatchdog::Status::starting;
     std::optional<double> drawnLatency_;
+    Notices drawnNotices_;
     const bool readsKeys_;
     RunLoop::Handle keyboard_;
     RenderLoop renderLoop_;

@@ -27,23 +27,23 @@ constexpr int gridValueWidth = 12;
 struct Plan {
     bool topBlank = false;
     bool gaps = false;
-    int noteRows = 0;
+    int noticeRows = 0;
     int chartRows = 0;
     bool caption = false;
     bool grid = false;
 };
 
-/// Hands out rows by importance: header, notes, a small chart, its caption, the grid, air, a larger chart.
-Plan planRows(int rows, int wantedNoteRows) {
+/// Hands out rows by importance: header, notices, a small chart, its caption, the grid, air, a larger chart.
+Plan planRows(int rows, int wantedNoticeRows) {
     Plan plan;
     int left = rows - headerRows;
-    plan.noteRows = std::clamp(left, 0, wantedNoteRows);
-    left -= plan.noteRows;
+    plan.noticeRows = std::clamp(left, 0, wantedNoticeRows);
+    left -= plan.noticeRows;
     plan.chartRows = std::clamp(left, 0, fewestChartRows);
     left -= plan.chartRows;
     plan.caption = left >= 1;
     left -= plan.caption ? 1 : 0;
-    const int gapRows = plan.noteRows > 0 ? 3 : 2;
+    const int gapRows = plan.noticeRows > 0 ? 3 : 2;
     plan.grid = left >= gridRows;
     left -= plan.grid ? gridRows : 0;
     plan.gaps = plan.grid && left >= gapRows;
@@ -240,10 +240,11 @@ void drawGrid(
     }
 }
 
-/// Breaks texts at blanks into lines of at most `width` columns.
-std::vector<std::string> wrapped(const Canvas& canvas, const std::vector<std::string>& texts, int width) {
+/// Broken at blanks into lines of at most `width` columns.
+std::vector<std::string> wrapped(const Canvas& canvas, const Notices& notices, int width) {
     std::vector<std::string> lines;
-    for (const std::string& text : texts) {
+    for (const Notice& notice : notices) {
+        const std::string text = notice.line();
         std::string line;
         for (std::size_t at = 0; at < text.size();) {
             const std::size_t end = std::min(text.find(' ', at), text.size());
@@ -268,16 +269,16 @@ std::vector<std::string> wrapped(const Canvas& canvas, const std::vector<std::st
 Canvas drawScreen(const Reading& reading, const ScreenOptions& options, ScreenSize size) {
     Canvas canvas(size, options.ascii);
     const int width = canvas.size().columns - 2 * margin;
-    const std::vector<std::string> notes = wrapped(canvas, options.notes, width);
-    const Plan plan = planRows(canvas.size().rows, static_cast<int>(notes.size()));
+    const std::vector<std::string> notices = wrapped(canvas, reading.notices, width);
+    const Plan plan = planRows(canvas.size().rows, static_cast<int>(notices.size()));
     int row = plan.topBlank ? 1 : 0;
     drawHeader(canvas, row, reading);
     row += headerRows;
-    for (int note = 0; note < plan.noteRows; ++note, ++row) {
-        if (note == 0 && plan.gaps) {
+    for (int line = 0; line < plan.noticeRows; ++line, ++row) {
+        if (line == 0 && plan.gaps) {
             ++row;
         }
-        canvas.text(row, margin, width, notes[static_cast<std::size_t>(note)], TextStyle::warn);
+        canvas.text(row, margin, width, notices[static_cast<std::size_t>(line)], TextStyle::warn);
     }
     row += plan.gaps ? 1 : 0;
     drawChart(canvas, row, plan.chartRows, reading.chart);

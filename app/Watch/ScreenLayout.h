@@ -5,16 +5,12 @@
 #include "app/Reading/Reading.h"
 #include "app/Watch/Canvas.h"
 
-#include <string>
-#include <vector>
-
 namespace tarnwick {
 
 struct ScreenOptions {
     Format::Grouping grouping{};
-    std::vector<std::string> notes{}; ///< what the user should know or do, most urgent first
-    bool ascii = false;               ///< the terminal shows nothing else
-    bool readsKeys = false;           ///< so that the screen tells which
+    bool ascii = false;     ///< the terminal shows nothing else
+    bool readsKeys = false; ///< so that the screen tells which
 };
 
 /// From 40 columns by 6 rows up everything has its place; a smaller screen shows what fits.

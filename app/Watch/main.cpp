@@ -86,6 +86,7 @@ private:
             .notifications = notifications_,
             .store = StatsStore::defaultStore(),
             .announcing = MonitorEnvironment::Announcing::unlessAnotherRecords,
+            .missingPingPermission = [] { return PingPermission::grantingCommand(); },
         }};
 };
 
@@ -101,12 +102,7 @@ std::string run(const WatchOptions& options) {
         loop.stop();
     };
     Watch watch(
-        {
-            .loop = loop,
-            .monitor = service.monitor(),
-            .missingPingPermission = [] { return PingPermission::grantingCommand(); },
-        },
-        makePresentation(options, loop, service.monitor().observedReading(), quit));
+        loop, service.monitor(), makePresentation(options, loop, service.monitor().observedReading(), quit));
     const SignalWatch signals(loop, watchedSignals, [&](int signal) {
         if (signal == SIGWINCH) {
             watch.windowResized();

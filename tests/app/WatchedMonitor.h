@@ -22,6 +22,7 @@ struct WatchedMonitor {
     simulation::RecordingNotificationCenter notifications;
     simulation::MemoryDefaults defaults;
     Preferences prefs{defaults};
+    std::optional<std::string> missingPermission; ///< the command that lets the user ping
     std::filesystem::path statistics = folder.path() / "stats.json";
     Monitor monitor{
         prefs,
@@ -30,7 +31,8 @@ struct WatchedMonitor {
          .path = path,
          .sleep = sleep,
          .notifications = notifications,
-         .store = {statistics}}};
+         .store = {statistics},
+         .missingPingPermission = [this] { return missingPermission; }}};
 
     void answerAfter(double seconds) {
         network.setBehavior([seconds](const auto&) { return simulation::Answer{.delay = seconds}; });

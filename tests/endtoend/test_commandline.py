@@ -45,6 +45,7 @@ KEYS: dict[str, tuple[type, ...]] = {
     "session": (dict,),
     "site": (dict,),
     "samples": (int,),
+    "notices": (list,),
 }
 COUNTER_KEYS = {"sent", "replied", "lost", "averageMs", "fastestMs", "slowestMs"}
 F_SETPIPE_SZ = 1031

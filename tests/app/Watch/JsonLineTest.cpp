@@ -48,7 +48,7 @@ TEST_F(JsonLineTest, HasExactlyItsKeysInOrder) {
                           "time", "monotonic", "host", "resolvedAddress", "status", "score", "bars",
                           "latestPingMs", "lossPercent", "lossIsKnown", "menuTitle", "tooltip",
                           "qualityTitle", "qualityTone", "downReason", "downReasonText", "lastError",
-                          "startError", "accessibilitySummary", "session", "site", "samples"));
+                          "startError", "accessibilitySummary", "session", "site", "samples", "notices"));
     const auto counter =
         testing::ElementsAre("sent", "replied", "lost", "averageMs", "fastestMs", "slowestMs");
     EXPECT_THAT(keys(line()["session"]), counter);
@@ -92,6 +92,9 @@ TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
     reading_.session = {1, 2, 3, 4.5, 5.5, 6.5};
     reading_.site = {7, 8, 9, 10.5, 11.5, 12.5};
     reading_.samples = 300;
+    reading_.notices = {
+        {.kind = Notice::Kind::mayNotPing, .text = "Allow it with:", .command = "the command"},
+        {.kind = Notice::Kind::noPanel, .text = "No panel"}};
 
     constexpr auto expected =
         R"({"time":"1970-01-01T00:00:00.001Z","monotonic":12.5,"host":"example.org",)"
@@ -103,7 +106,7 @@ TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
         R"("accessibilitySummary":"the summary",)"
         R"("session":{"sent":1,"replied":2,"lost":3,"averageMs":4.5,"fastestMs":5.5,"slowestMs":6.5},)"
         R"("site":{"sent":7,"replied":8,"lost":9,"averageMs":10.5,"fastestMs":11.5,"slowestMs":12.5},)"
-        R"("samples":300})"
+        R"("samples":300,"notices":["Allow it with: the command","No panel"]})"
         "\n";
     EXPECT_EQ(text(), expected);
 }

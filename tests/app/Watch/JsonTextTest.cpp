@@ -100,6 +100,14 @@ TEST(JsonText, ControlCharactersQuotesAndBackslashesAreEscaped) {
     EXPECT_EQ(objectWith("a\"b\\c\n\x01\x7F"), "{\"key\":\"a\\\"b\\\\c\\n\\u0001\x7F\"}");
 }
 
+TEST(JsonText, AListHasItsTextsInOrder) {
+    const auto listWith = [](const std::vector<std::string>& values) { return objectWith(values); };
+
+    EXPECT_EQ(listWith({}), R"({"key":[]})");
+    EXPECT_EQ(listWith({"one"}), R"({"key":["one"]})");
+    EXPECT_EQ(listWith({"a \"b\"", "", "two"}), R"({"key":["a \"b\"","","two"]})");
+}
+
 RC_GTEST_PROP(JsonText, AnyFloatingPointNumberReadsBackAsTheSame, (double value)) {
     const Json read = readBack(value);
     RC_ASSERT(read.is_number_float());

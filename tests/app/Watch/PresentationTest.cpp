@@ -189,39 +189,55 @@ TEST_F(PresentationTest, OutputThatCannotBeWrittenEndsTheProgramWithTheReason) {
     EXPECT_THAT(problems_, testing::ElementsAre(testing::HasSubstr("No space left on device")));
 }
 
-// Notes beside the lines.
+// Notices beside the lines.
 
-class NotesTest : public PresentationTest {
+class NoticeLinesTest : public PresentationTest {
 protected:
-    /// What is written on standard error for these notes.
-    [[nodiscard]] std::string told(const std::vector<std::string>& notes) {
+    /// What is written on standard error when `change` has happened.
+    template<class Change>
+    [[nodiscard]] std::string toldAfter(Change change) {
         {
             const Redirection redirection(pipe_.writingEnd(), STDERR_FILENO);
-            presentation_.setNotes(notes);
+            change();
+            loop.runPending();
         }
         return pipe_.read();
+    }
+
+    [[nodiscard]] std::string toldOf(Notice::Kind kind, const std::string& text) {
+        return toldAfter([&] { monitor.setNotice({.kind = kind, .text = text}); });
     }
 
 private:
     JsonPresentation presentation_{loop, monitor.observedReading(), quit()};
 };
 
-TEST_F(NotesTest, EachIsALineOnStandardError) {
-    EXPECT_EQ(told({"first", "second"}), "tarnwick-watch: first\ntarnwick-watch: second\n");
+TEST_F(NoticeLinesTest, EachIsALineOnStandardError) {
+    const std::string told = toldAfter([this] {
+        monitor.setNotice({.kind = Notice::Kind::noPanel, .text = "second"});
+        monitor.setNotice({.kind = Notice::Kind::settingsMistake, .text = "first:", .command = "edit"});
+    });
+
+    EXPECT_EQ(told, "tarnwick-watch: first: edit\ntarnwick-watch: second\n");
 }
 
-TEST_F(NotesTest, ANoteThatStillHoldsIsNotToldAgain) {
-    static_cast<void>(told({"first"}));
+TEST_F(NoticeLinesTest, ANoticeThatStillHoldsIsNotToldAgain) {
+    static_cast<void>(toldOf(Notice::Kind::noPanel, "first"));
 
-    EXPECT_EQ(told({"first", "second"}), "tarnwick-watch: second\n");
-    EXPECT_EQ(told({"second"}), "");
+    EXPECT_EQ(toldOf(Notice::Kind::settingsMistake, "second"), "tarnwick-watch: second\n");
+    EXPECT_EQ(toldAfter([this] { monitor.clearNotice(Notice::Kind::noPanel); }), "");
+    EXPECT_EQ(toldAfter([this] { watchFor(30); }), "");
 }
 
-TEST_F(NotesTest, ANoteThatHoldsAgainIsToldAgain) {
-    static_cast<void>(told({"first"}));
-    EXPECT_EQ(told({}), "");
+TEST_F(NoticeLinesTest, ANoticeThatHoldsAgainIsToldAgain) {
+    static_cast<void>(toldOf(Notice::Kind::noPanel, "first"));
+    EXPECT_EQ(toldAfter([this] { monitor.clearNotice(Notice::Kind::noPanel); }), "");
 
-    EXPECT_EQ(told({"first"}), "tarnwick-watch: first\n");
+    EXPECT_EQ(toldOf(Notice::Kind::noPanel, "first"), "tarnwick-watch: first\n");
+}
+
+TEST_F(NoticeLinesTest, ATerminalGetsNoControlCharactersOfATextFromOutside) {
+    EXPECT_EQ(toldOf(Notice::Kind::settingsMistake, "key \x1b[2J").find('\x1b'), std::string::npos);
 }
 
 } // namespace tarnwick

@@ -120,11 +120,15 @@ Scene fiveMinuteBuckets() {
     return scene;
 }
 
-Scene withNotes() {
+Scene withNotices() {
     Scene scene = fair();
-    scene.options.notes = {
-        "This user may not ping yet. Allow it with: sudo sysctl -w net.ipv4.ping_group_range=\"1000 1000\"",
-        "Another Tarnwick records the statistics; this one records nothing.", std::string(100, 'w')};
+    scene.reading.notices = {
+        {.kind = Notice::Kind::mayNotPing,
+         .text = "This user may not ping yet. Allow it with:",
+         .command = "sudo sysctl -w net.ipv4.ping_group_range=\"1000 1000\""},
+        {.kind = Notice::Kind::settingsMistake,
+         .text = "Another Tarnwick records the statistics; this one records nothing."},
+        {.kind = Notice::Kind::noPanel, .text = std::string(100, 'w')}};
     return scene;
 }
 
@@ -234,9 +238,10 @@ INSTANTIATE_TEST_SUITE_P(
         Golden{"bars-ascii", inAscii(everyBar()), usual}, Golden{"bars-narrow", everyBar(), {10, 20}},
         Golden{"very-poor", veryPoor(), small}, Golden{"excellent", excellent(), {24, 40}},
         Golden{"connecting", connecting(), usual}, Golden{"down", down(), usual},
-        Golden{"five-buckets", fiveMinuteBuckets(), small}, Golden{"notes-smallest", withNotes(), smallest},
-        Golden{"notes-usual", withNotes(), usual}, Golden{"notes-ascii", inAscii(withNotes()), {24, 40}},
-        Golden{"long-texts", longTexts(), small}, Golden{"long-host", longHostWithoutLoss(), smallest}),
+        Golden{"five-buckets", fiveMinuteBuckets(), small},
+        Golden{"notices-smallest", withNotices(), smallest}, Golden{"notices-usual", withNotices(), usual},
+        Golden{"notices-ascii", inAscii(withNotices()), {24, 40}}, Golden{"long-texts", longTexts(), small},
+        Golden{"long-host", longHostWithoutLoss(), smallest}),
     [](const auto& instance) {
         std::string name = instance.param.name;
         std::ranges::replace(name, '-', '_');
@@ -251,7 +256,8 @@ TEST_P(AnyScreenSize, NothingIsDrawnOutsideAndNoWideCharacterIsCut) {
     Scene scene = everyBar();
     scene.reading.hostLine = "日本語日本語日本語日本語日本語日本語日本語日本語日本語日本語";
     scene.reading.qualityTitle = scene.reading.hostLine;
-    scene.options.notes = {scene.reading.hostLine + " " + scene.reading.hostLine};
+    scene.reading.notices = {
+        {.kind = Notice::Kind::noPanel, .text = scene.reading.hostLine + " " + scene.reading.hostLine}};
 
     const Canvas canvas = drawScreen(scene.reading, scene.options, GetParam());
 
@@ -271,7 +277,8 @@ TEST_P(AnyScreenSize, NothingIsDrawnOutsideAndNoWideCharacterIsCut) {
 
 TEST_P(AnyScreenSize, AnAsciiTerminalGetsNothingElse) {
     Scene scene = inAscii(everyBar());
-    scene.options.notes = {"This user may not ping yet – “allow” it…"};
+    scene.reading.notices = {
+        {.kind = Notice::Kind::mayNotPing, .text = "This user may not ping yet – “allow” it…"}};
 
     const Canvas canvas = drawScreen(scene.reading, scene.options, GetParam());
 
@@ -297,7 +304,9 @@ TEST_F(ScreenLayoutTest, AnyReadingFitsOnAnyScreen) {
         reading.hostLine = *rc::gen::arbitrary<std::string>();
         reading.latencyText = *rc::gen::arbitrary<std::string>();
         reading.lossText = *rc::gen::arbitrary<std::string>();
-        scene.options.notes = *rc::gen::arbitrary<std::vector<std::string>>();
+        for (const std::string& text : *rc::gen::arbitrary<std::vector<std::string>>()) {
+            reading.notices.push_back({.kind = Notice::Kind::noPanel, .text = text});
+        }
         scene.options.ascii = *rc::gen::arbitrary<bool>();
         reading.chart.buckets.resize(*rc::gen::inRange<std::size_t>(0, 37));
         for (Bucket& bucket : reading.chart.buckets) {

@@ -1,0 +1,58 @@
+#include "app/Reading/Notice.h"
+
+#include "app/Reading/Measurements.h"
+
+#include <algorithm>
+
+namespace tarnwick {
+
+namespace {
+
+std::optional<Notice> pingNotice(const Measurements& measured) {
+    const std::optional<PingError>& error = measured.startError;
+    if (!error || error->kind != PingError::Kind::socket) {
+        return std::nullopt;
+    }
+    if (measured.pingPermissionCommand) {
+        return Notice{
+            .kind = Notice::Kind::mayNotPing,
+            .text = "This user may not ping yet. Allow it with:",
+            .command = measured.pingPermissionCommand};
+    }
+    return Notice{.kind = Notice::Kind::noPingSocket, .text = error->message()};
+}
+
+std::optional<Notice> recordingNotice(Recording recording) {
+    switch (recording) {
+    case Recording::records:
+        return std::nullopt;
+    case Recording::otherRecords:
+        return Notice{
+            .kind = Notice::Kind::notRecorded,
+            .text = "Another Tarnwick records the statistics; this one records nothing."};
+    case Recording::cannotRecord:
+        break;
+    }
+    return Notice{
+        .kind = Notice::Kind::notRecorded,
+        .text = "The statistics are not stored: their folder can’t be written or locked."};
+}
+
+} // namespace
+
+std::string Notice::line() const {
+    return command ? text + " " + *command : text;
+}
+
+Notices noticesOf(const Measurements& measured) {
+    Notices notices = measured.notices;
+    for (auto& notice : {pingNotice(measured), recordingNotice(measured.recording)}) {
+        if (notice) {
+            notices.push_back(*notice);
+        }
+    }
+    std::ranges::stable_sort(notices, {}, &Notice::kind);
+    return notices;
+}
+
+} // namespace tarnwick

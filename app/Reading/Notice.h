@@ -1,0 +1,37 @@
+// What the user should know or do, beside the figures.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+struct Measurements;
+
+struct Notice {
+    /// One of each kind at most. They are shown in this order, the most important first.
+    enum class Kind {
+        mayNotPing,      ///< this user may not open ping sockets
+        noPingSocket,    ///< a ping socket can't be opened for another reason
+        settingsMistake, ///< the settings file has a mistake
+        noPanel,         ///< no panel shows the status item
+        notRecorded,     ///< this process does not store the statistics
+    };
+
+    Kind kind;
+    std::string text{};                                ///< one line; ends in a colon before a command
+    std::optional<std::string> command = std::nullopt; ///< for a shell; front ends offer to copy it
+
+    /// Text and command.
+    [[nodiscard]] std::string line() const;
+
+    friend bool operator==(const Notice&, const Notice&) = default;
+};
+
+using Notices = std::vector<Notice>;
+
+/// Those that follow from what was measured, and those that the rest of the program has set.
+[[nodiscard]] Notices noticesOf(const Measurements& measured);
+
+} // namespace tarnwick

@@ -1,0 +1,139 @@
+// What the monitor tells the user beside the figures, and when it takes that back.
+#include "app/Monitor/Monitor.h"
+#include "core/Storage/StatsLock.h"
+#include "tests/app/WatchedMonitor.h"
+#include "tests/support/Files.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+
+namespace tarnwick {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class MonitorNoticesTest : public testing::Test, protected WatchedMonitor {
+protected:
+    void forbidPinging() {
+        network.setSocketError(AF_INET, "Permission denied");
+        missingPermission = "the command";
+    }
+
+    [[nodiscard]] std::vector<std::string> lines() const {
+        std::vector<std::string> texts;
+        for (const Notice& notice : monitor.reading().notices) {
+            texts.push_back(notice.line());
+        }
+        return texts;
+    }
+};
+
+const std::string mayNotPing = "This user may not ping yet. Allow it with: the command";
+const std::string otherRecords = "Another Tarnwick records the statistics; this one records nothing.";
+
+} // namespace
+
+TEST_F(MonitorNoticesTest, ThereIsNoneWhileAllIsWell) {
+    watchFor(60);
+
+    EXPECT_THAT(lines(), IsEmpty());
+}
+
+// Permission to ping.
+
+TEST_F(MonitorNoticesTest, ASocketThatIsNotAllowedIsToldBeforeTheConnectionIsDown) {
+    forbidPinging();
+
+    watchFor(0.5);
+
+    EXPECT_EQ(monitor.reading().status, Monitor::Status::starting);
+    EXPECT_THAT(lines(), ElementsAre(mayNotPing));
+}
+
+TEST_F(MonitorNoticesTest, PingingBeginsAndTheNoticeGoesOnceTheUserMayPing) {
+    forbidPinging();
+    watchFor(120);
+    ASSERT_EQ(monitor.reading().status, Monitor::Status::down);
+    ASSERT_THAT(lines(), ElementsAre(mayNotPing));
+
+    network.setSocketError(AF_INET, std::nullopt);
+    missingPermission.reset();
+    loop.advance(60);
+
+    EXPECT_EQ(monitor.reading().status, Monitor::Status::up);
+    EXPECT_THAT(lines(), IsEmpty());
+}
+
+TEST_F(MonitorNoticesTest, ThePermissionIsAskedForAtAnAttemptToPingOnly) {
+    forbidPinging();
+    watchFor(0.5);
+
+    missingPermission.reset();
+    prefs.setSlowPingThresholdMs(prefs.slowPingThresholdMs() + 1);
+    loop.advance(0);
+
+    EXPECT_THAT(lines(), ElementsAre(mayNotPing));
+}
+
+TEST_F(MonitorNoticesTest, AHostThatIsNotFoundSaysNothingOfThePermission) {
+    prefs.setHostname("no.such.host");
+    network.setHost("no.such.host", PingError::resolution("Name or service not known"));
+    missingPermission = "the command";
+
+    watchFor(60);
+
+    EXPECT_EQ(monitor.reading().status, Monitor::Status::down);
+    EXPECT_THAT(lines(), IsEmpty());
+}
+
+// Recording.
+
+TEST_F(MonitorNoticesTest, AnotherProgramThatRecordsIsToldUntilItEnds) {
+    auto other = std::make_unique<StatsLock>(statistics);
+    ASSERT_EQ(other->acquire(), StatsLock::Attempt::taken);
+    watchFor(5);
+    EXPECT_THAT(lines(), ElementsAre(otherRecords));
+
+    other.reset();
+    loop.advance(25);
+
+    EXPECT_THAT(lines(), IsEmpty());
+}
+
+// What the rest of the program knows.
+
+TEST_F(MonitorNoticesTest, ANoticeIsThereUntilItIsCleared) {
+    watchFor(1);
+
+    monitor.setNotice({.kind = Notice::Kind::noPanel, .text = "No panel"});
+    EXPECT_THAT(lines(), ElementsAre("No panel"));
+    loop.advance(60);
+    EXPECT_THAT(lines(), ElementsAre("No panel"));
+
+    monitor.clearNotice(Notice::Kind::noPanel);
+    EXPECT_THAT(lines(), IsEmpty());
+}
+
+TEST_F(MonitorNoticesTest, ANoticeTakesThePlaceOfTheLastOneOfItsKind) {
+    monitor.setNotice({.kind = Notice::Kind::settingsMistake, .text = "first"});
+    monitor.setNotice({.kind = Notice::Kind::noPanel, .text = "other"});
+
+    monitor.setNotice({.kind = Notice::Kind::settingsMistake, .text = "second"});
+
+    EXPECT_THAT(lines(), ElementsAre("second", "other"));
+}
+
+TEST_F(MonitorNoticesTest, ANoticeStaysWhenTheHostChanges) {
+    watchFor(1);
+    monitor.setNotice({.kind = Notice::Kind::noPanel, .text = "No panel"});
+
+    monitor.setHostname("192.0.2.9");
+    loop.advance(1);
+
+    EXPECT_THAT(lines(), ElementsAre("No panel"));
+}
+
+} // namespace tarnwick
