@@ -7,8 +7,8 @@ namespace tarnwick {
 namespace {
 
 constexpr int mostAttempts = 5;
-/// Seconds from one reading of the monotonic clock to the next.
-constexpr double uninterrupted = 0.0002;
+/// Seconds from one reading of the monotonic clock to the next: far less than the shortest round trip.
+constexpr double uninterrupted = 0.000005;
 
 } // namespace
 

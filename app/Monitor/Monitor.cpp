@@ -123,9 +123,9 @@ void Monitor::sendPing() {
     const PublishAtEnd publishAtEnd(*this);
     const std::uint64_t id = nextPingId_++;
     const RunLoop::WallTime date = loop_.wallNow();
-    lastPingSent_ = loop_.now();
-    pinger_->send(id);
-    pending_.push_back({.id = id, .sent = loop_.now()});
+    const double sent = pinger_->send(id).at;
+    lastPingSent_ = sent;
+    pending_.push_back({.id = id, .sent = sent});
     Samples& samples = measured_.samples;
     samplesInOrder_ = samples.empty() || (samplesInOrder_ && samples.back().date <= date);
     samples.push_back({.id = id, .date = date});
@@ -177,14 +177,15 @@ void Monitor::receivedReply(std::uint64_t id, double at) {
     if (ping == pending_.end() || ping->reply) {
         return;
     }
-    // On the same machine the answer is there before the sending call returns.
+    // The kernel's stamp comes from another clock: it may err by more than loopback takes.
     const double arrival = std::max(at, ping->sent);
     ping->reply = arrival;
     const double rttMs = (arrival - ping->sent) * 1000;
     if (Sample* const sample = sampleOf(id)) {
         sample->rttMs = rttMs;
     }
-    carryOut(watchdog_.replyReceived(arrival));
+    // The silence begins with the reading: a busy machine is no outage.
+    carryOut(watchdog_.replyReceived(loop_.now()));
     measured_.latestPingMs = rttMs;
     measured_.ledger.replied(id, rttMs, rttMs <= prefs_.pingTimeout() * 1000);
     if (measured_.status == Status::up && !measured_.score) {

@@ -20,7 +20,10 @@ std::string time(const StatCounter& counter, double ms) {
     if (counter.replied < 1) {
         return "–";
     }
-    return Text::fixed(ms, ms >= 100 ? 0 : 1) + " ms";
+    // On the same machine a round trip takes some hundredths of a millisecond, not none.
+    constexpr double wouldRoundToZero = 0.05;
+    const int digits = ms < wouldRoundToZero ? 2 : 1;
+    return Text::fixed(ms, ms >= 100 ? 0 : digits) + " ms";
 }
 
 } // namespace

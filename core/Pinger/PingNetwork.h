@@ -22,9 +22,15 @@ struct SocketError {
     std::string text;
 };
 
+/// What became of a message that was to be sent.
+struct SendOutcome {
+    bool isSent; ///< the system took the whole message
+    double at;   ///< monotonic seconds immediately before the system was given it
+};
+
 struct ReceivedDatagram {
     std::size_t size;
-    double at; ///< monotonic seconds of its arrival
+    double at; ///< monotonic seconds of its arrival, which may lie before the reading
 };
 
 /// An open datagram ICMP socket of one address family, closed by its destruction. Main thread.
@@ -37,8 +43,8 @@ public:
 
     /// Replies come back to this socket only if the requests carry this identifier.
     [[nodiscard]] virtual std::uint16_t identifier() const = 0;
-    /// True when the system took the whole message. Never blocks.
-    virtual bool send(std::span<const std::uint8_t> message, const ResolvedAddress& to) = 0;
+    /// Never blocks.
+    virtual SendOutcome send(std::span<const std::uint8_t> message, const ResolvedAddress& to) = 0;
     /// The next waiting datagram, cut to the buffer; nothing when none waits, or on an error. Never blocks.
     virtual std::optional<ReceivedDatagram> receive(std::span<std::uint8_t> buffer) = 0;
 };

@@ -80,18 +80,18 @@ void Pinger::open(const std::vector<ResolvedAddress>& resolved) {
     }
 }
 
-bool Pinger::send(std::uint64_t id) {
+SendOutcome Pinger::send(std::uint64_t id) {
     const ResolvedAddress* to = address();
     if (to == nullptr) {
-        return false;
+        return {.isSent = false, .at = loop_.now()};
     }
     EchoSocket& socket = *sockets_.at(to->family);
-    const bool sent = socket.send(echoRequest(id, socket.identifier(), to->family), *to);
+    const SendOutcome outcome = socket.send(echoRequest(id, socket.identifier(), to->family), *to);
     rememberAddressOf(id);
-    if (sent ? selector_.sent(loop_.now()) : selector_.sendFailed()) {
+    if (outcome.isSent ? selector_.sent(outcome.at) : selector_.sendFailed()) {
         reportSwitch();
     }
-    return sent;
+    return outcome;
 }
 
 void Pinger::rememberAddressOf(std::uint64_t id) {

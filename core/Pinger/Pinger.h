@@ -33,7 +33,7 @@ public:
         PingError error;
     };
 
-    /// An answer to ping `id` arrived at monotonic second `at`.
+    /// An answer to ping `id` arrived at monotonic second `at`; a busy thread reads it later.
     struct Reply {
         std::uint64_t id;
         double at;
@@ -53,8 +53,8 @@ public:
     void start();
     /// Closes the sockets; no event of this run comes after it.
     void stop();
-    /// Sends one echo request to the current address; true when the socket took all of it.
-    bool send(std::uint64_t id);
+    /// Sends one echo request to the current address; while there is none, it sends nothing.
+    SendOutcome send(std::uint64_t id);
 
     [[nodiscard]] bool isRunning() const { return !sockets_.empty(); }
 

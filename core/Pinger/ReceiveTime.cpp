@@ -1,13 +1,12 @@
 #include "core/Pinger/ReceiveTime.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tarnwick {
 
 namespace {
 
-/// Seconds. An idle thread reads within microseconds.
-constexpr double ordinaryLag = 0.001;
 /// Seconds. Slewing moves the clock by less between a request and its answer.
 constexpr double clockWasSet = 0.01;
 
@@ -17,8 +16,7 @@ double receiveTime(const ReceiveReadings& readings, double wallAhead) {
     if (!readings.stamp || std::abs(readings.wall - readings.monotonic - wallAhead) > clockWasSet) {
         return readings.monotonic;
     }
-    const double lag = readings.wall - *readings.stamp;
-    return lag > ordinaryLag ? readings.monotonic - lag : readings.monotonic;
+    return readings.monotonic - std::max(readings.wall - *readings.stamp, 0.0);
 }
 
 } // namespace tarnwick

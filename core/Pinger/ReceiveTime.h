@@ -12,8 +12,8 @@ struct ReceiveReadings {
     std::optional<double> stamp = std::nullopt; ///< the kernel's own wall-clock stamp of the arrival
 };
 
-/// When the datagram arrived, in monotonic seconds: the kernel's stamp if the thread read late, otherwise the
-/// time of reading.
+/// When the datagram arrived, in monotonic seconds: the time of the kernel's stamp; without a stamp, that of
+/// the reading.
 /// `wallAhead` is wall minus monotonic time at the request. If the difference has changed since, the wall
 /// clock was set, and the stamp is ignored.
 [[nodiscard]] double receiveTime(const ReceiveReadings& readings, double wallAhead);

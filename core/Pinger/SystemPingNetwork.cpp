@@ -1,5 +1,6 @@
 #include "core/Pinger/SystemPingNetwork.h"
 
+#include "core/MonotonicClock.h"
 #include "core/Pinger/IcmpSocket.h"
 #include "core/Pinger/Resolve.h"
 
@@ -23,13 +24,15 @@ public:
 
     [[nodiscard]] std::uint16_t identifier() const override { return socket_.identifier; }
 
-    bool send(std::span<const std::uint8_t> message, const ResolvedAddress& to) override {
+    SendOutcome send(std::span<const std::uint8_t> message, const ResolvedAddress& to) override {
         wallAhead_ = wallAheadOfMonotonic();
         const auto* address = reinterpret_cast<const sockaddr*>(to.sockaddr.data());
-        const ssize_t sent = ::sendto(
-            socket_.descriptor.get(), message.data(), message.size(), 0, address,
-            static_cast<socklen_t>(to.sockaddr.size()));
-        return sent == static_cast<ssize_t>(message.size());
+        const auto length = static_cast<socklen_t>(to.sockaddr.size());
+        // After the call it may be too late: the answering side can have had the processor by then.
+        const double at = MonotonicClock::now();
+        const ssize_t sent =
+            ::sendto(socket_.descriptor.get(), message.data(), message.size(), 0, address, length);
+        return {.isSent = sent == static_cast<ssize_t>(message.size()), .at = at};
     }
 
     std::optional<ReceivedDatagram> receive(std::span<std::uint8_t> buffer) override {

@@ -67,8 +67,8 @@ protected:
 
 TEST_F(ClockPairAttempts, TheFirstUninterruptedOneIsTaken) {
     attempt(1, 0.5);
-    attempt(2, 0.0001);
-    attempt(3, 0.00005);
+    attempt(2, 0.000004);
+    attempt(3, 0.000002);
 
     EXPECT_EQ(chosen(), 2);
     EXPECT_EQ(nextReadings.size(), 3U);

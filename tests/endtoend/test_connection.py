@@ -13,6 +13,7 @@ import unittest
 from lab import SILENT, Behavior, Lab, Names
 
 from .concurrently import ConcurrentTestCase
+from .round_trips import errors_ms
 from .waiting import eventually
 from .watch import PATIENCE_SECONDS, Watch, new_home, settings
 
@@ -51,12 +52,9 @@ def strayed_ms(watch: Watch, address: str) -> float:
     """How far the latencies that the program shows stray from those that the kernel stamped: the middle one.
 
     For an address that answers every request in order. A busy machine makes single pings stray: the program reads the
-    clock just after it sends, and may wait for a processor in between.
+    clock just before it sends, and may wait for a processor in between.
     """
-    answered = [request for request in lab.requests(address) if request.left is not None]
-    shown = {now["session"]["replied"]: now["latestPingMs"] for now in watch.values()}
-    strays = [abs(latency - answered[count - 1].took_ms) for count, latency in shown.items() if count > 0]
-    return statistics.median(strays)
+    return statistics.median(abs(error) for error in errors_ms(lab, watch, address))
 
 
 def score_of(latency_ms: float) -> float:

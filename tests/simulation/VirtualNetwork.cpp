@@ -51,7 +51,7 @@ public:
 
     [[nodiscard]] std::uint16_t identifier() const override { return identifier_; }
 
-    bool send(std::span<const std::uint8_t> message, const ResolvedAddress& to) override {
+    SendOutcome send(std::span<const std::uint8_t> message, const ResolvedAddress& to) override {
         const SentRequest request{
             .at = network_.loop_.now(),
             .address = to.display,
@@ -60,10 +60,10 @@ public:
         };
         network_.sent_.push_back(request);
         if (network_.sendFails_) {
-            return false;
+            return {.isSent = false, .at = request.at};
         }
         network_.transmit(*this, request);
-        return true;
+        return {.isSent = true, .at = request.at};
     }
 
     std::optional<ReceivedDatagram> receive(std::span<std::uint8_t> buffer) override {

@@ -152,7 +152,7 @@ TEST_F(MonitorPingLoopTest, TheRoundTripEndsWithTheArrivalNotWithTheReading) {
     EXPECT_EQ(monitor->reading().latestPingMs, 250);
 }
 
-TEST_F(MonitorPingLoopTest, AnAnswerThatArrivedBeforeTheSendReturnedTookNoTime) {
+TEST_F(MonitorPingLoopTest, TheRoundTripBeginsBeforeTheSendNotWhenItReturns) {
     network.setBehavior([this](const SentRequest&) {
         loop.stall(0.5); // the sending call takes its time
         return Answer{.delay = 0, .waited = 0.25};
@@ -160,8 +160,33 @@ TEST_F(MonitorPingLoopTest, AnAnswerThatArrivedBeforeTheSendReturnedTookNoTime) 
     start();
     loop.runPending();
 
-    EXPECT_EQ(monitor->reading().latestPingMs, 0);
+    EXPECT_EQ(monitor->reading().latestPingMs, 250);
     EXPECT_EQ(monitor->reading().session.replied, 1);
+}
+
+TEST_F(MonitorPingLoopTest, AStampFromBeforeTheSendMakesNoRoundTripBelowZero) {
+    network.setBehavior([](const SentRequest&) { return Answer{.delay = 0.25, .waited = 0.5}; });
+    start();
+
+    pass(0.5);
+
+    EXPECT_EQ(monitor->reading().latestPingMs, 0);
+}
+
+TEST_F(MonitorPingLoopTest, TheSilenceBeginsWithTheReadingOfAnAnswerNotWithItsArrival) {
+    network.setBehavior([this](const SentRequest& request) {
+        const bool isFirst = request.at == startedAt;
+        return Answer{.delay = 7, .copies = isFirst ? 1 : 0, .waited = 6.5};
+    });
+    start();
+    pass(7);
+    ASSERT_EQ(monitor->reading().status, Monitor::Status::up);
+    ASSERT_EQ(monitor->reading().latestPingMs, 500);
+
+    pass(8);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::up);
+    pass(1);
+    EXPECT_EQ(monitor->reading().status, Monitor::Status::down);
 }
 
 } // namespace

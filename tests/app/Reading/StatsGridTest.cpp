@@ -104,8 +104,9 @@ TEST_P(RoundTripTime, HasOneDecimalBelow100MillisecondsAndNoneFromThereOn) {
 INSTANTIATE_TEST_SUITE_P(
     StatsGrid, RoundTripTime,
     testing::Values(
-        Time{0.04, "0.0 ms"}, Time{9.25, "9.2 ms"}, Time{99.94, "99.9 ms"}, Time{99.96, "100.0 ms"},
-        Time{100, "100 ms"}, Time{100.6, "101 ms"}, Time{1234.4, "1234 ms"}));
+        Time{0.013, "0.01 ms"}, Time{0.0499, "0.05 ms"}, Time{0.06, "0.1 ms"}, Time{9.25, "9.2 ms"},
+        Time{99.94, "99.9 ms"}, Time{99.96, "100.0 ms"}, Time{100, "100 ms"}, Time{100.6, "101 ms"},
+        Time{1234.4, "1234 ms"}));
 
 TEST(StatsGrid, EachRowSaysItselfAloud) {
     const Rows rows = StatsGrid::rows({.sent = 1204}, {.sent = 88310}, {});

@@ -127,7 +127,7 @@ private:
     }
 
     void send(std::uint64_t id) {
-        if (!pinger->send(id)) {
+        if (!pinger->send(id).isSent) {
             tell("not sent");
         }
     }

@@ -52,7 +52,7 @@ TEST_F(PingerTest, RemembersWhatItWasMadeWith) {
 TEST_F(PingerTest, SendsTheRequestWithItsIdAndIdentifierToTheCurrentAddress) {
     start();
 
-    EXPECT_TRUE(pinger.send(0x123456789abcdef0));
+    EXPECT_TRUE(pinger.send(0x123456789abcdef0).isSent);
 
     ASSERT_EQ(network.sent().size(), 1U);
     EXPECT_EQ(network.sent()[0].address, address);

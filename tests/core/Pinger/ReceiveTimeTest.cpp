@@ -16,9 +16,10 @@ TEST(ReceiveTime, WithoutAStampIsTheMonotonicReading) {
     EXPECT_EQ(receiveTime({.monotonic = monotonic, .wall = wall, .stamp = {}}, wallAhead), monotonic);
 }
 
-TEST(ReceiveTime, OfAnIdleThreadIsTheMonotonicReading) {
-    EXPECT_EQ(
-        receiveTime({.monotonic = monotonic, .wall = wall, .stamp = wall - 4e-6}, wallAhead), monotonic);
+TEST(ReceiveTime, OfAnIdleThreadIsTheTimeOfTheStampToo) {
+    EXPECT_NEAR(
+        receiveTime({.monotonic = monotonic, .wall = wall, .stamp = wall - 2e-5}, wallAhead),
+        monotonic - 2e-5, tolerance);
 }
 
 TEST(ReceiveTime, OfABusyThreadIsTheTimeOfTheStamp) {
@@ -46,23 +47,6 @@ TEST(ReceiveTime, DoesNotTrustTheStampOnceTheWallClockWasSetBack) {
         monotonic);
 }
 
-struct Lag {
-    double seconds;
-    bool isLate;
-};
-
-class ReadingLag : public testing::TestWithParam<Lag> {};
-
-TEST_P(ReadingLag, CountsAboveAMillisecond) {
-    const auto [lag, isLate] = GetParam();
-
-    EXPECT_NEAR(
-        receiveTime({.monotonic = monotonic, .wall = wall, .stamp = wall - lag}, wallAhead),
-        isLate ? monotonic - lag : monotonic, tolerance);
-}
-
-INSTANTIATE_TEST_SUITE_P(ReceiveTime, ReadingLag, testing::Values(Lag{0.00099, false}, Lag{0.00101, true}));
-
 struct Jump {
     double seconds;
     bool isSet;
@@ -83,8 +67,7 @@ INSTANTIATE_TEST_SUITE_P(
     ReceiveTime, WallClockJump,
     testing::Values(Jump{0.0099, false}, Jump{0.0101, true}, Jump{-0.0099, false}, Jump{-0.0101, true}));
 
-TEST(ReceiveTime, IsOrdinaryAtTheLimits) {
-    EXPECT_EQ(receiveTime({.monotonic = 0.001, .wall = 0.001, .stamp = 0}, 0), 0.001);
+TEST(ReceiveTime, TrustsTheStampAtTheLimit) {
     EXPECT_EQ(receiveTime({.monotonic = 0, .wall = 0.01, .stamp = 0}, 0), -0.01);
 }
 

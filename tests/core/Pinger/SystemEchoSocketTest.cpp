@@ -36,7 +36,8 @@ protected:
     }
 
     [[nodiscard]] static bool send(EchoSocket& socket, std::uint64_t id) {
-        return socket.send(echoRequest(id, socket.identifier(), GetParam().family), addressOf(GetParam()));
+        return socket.send(echoRequest(id, socket.identifier(), GetParam().family), addressOf(GetParam()))
+            .isSent;
     }
 
     /// All that waits in the socket, as ping ids.
@@ -129,14 +130,14 @@ TEST_P(SystemEchoSocketTest, MayBeEndedByItsOwnCall) {
 TEST_P(SystemEchoSocketTest, TellsThatAMessageIsTooLongToBeSent) {
     socket = open([] {});
     const std::vector<std::uint8_t> tooLong(70'000);
-    EXPECT_FALSE(socket->send(tooLong, addressOf(GetParam())));
+    EXPECT_FALSE(socket->send(tooLong, addressOf(GetParam())).isSent);
 }
 
 TEST_P(SystemEchoSocketTest, TellsThatAnAddressCannotBeSentTo) {
     socket = open([] {});
     ResolvedAddress cut = addressOf(GetParam());
     cut.sockaddr.resize(4);
-    EXPECT_FALSE(socket->send(echoRequest(1, socket->identifier(), GetParam().family), cut));
+    EXPECT_FALSE(socket->send(echoRequest(1, socket->identifier(), GetParam().family), cut).isSent);
 }
 
 TEST_P(SystemEchoSocketTest, StillSendsAfterASendHasFailed) {
@@ -154,6 +155,21 @@ TEST_P(SystemEchoSocketTest, HasNothingToReceiveBeforeARequest) {
     EXPECT_THAT(received, IsEmpty());
 }
 
+TEST_P(SystemEchoSocketTest, TellsATimeOfSendingThatIsNotAfterTheArrivalOfTheReply) {
+    std::optional<ReceivedDatagram> reply;
+    std::array<std::uint8_t, 2048> buffer{};
+    socket = open([&] { reply = socket->receive(buffer); });
+    const EchoMessage request = echoRequest(4, socket->identifier(), GetParam().family);
+
+    const double before = loop.now();
+    const SendOutcome outcome = socket->send(request, addressOf(GetParam()));
+    ASSERT_TRUE(runUntil([&reply] { return reply.has_value(); }));
+
+    // The kernel answers on loopback before the call returns.
+    EXPECT_GE(outcome.at, before);
+    EXPECT_LE(outcome.at, reply->at);
+}
+
 TEST_P(SystemEchoSocketTest, ReachesTheAddressThatTheSystemsResolverGives) {
     std::optional<Resolution> resolution;
     network.resolve(GetParam().address, [&resolution](const Resolution& found) { resolution = found; });
@@ -162,7 +178,8 @@ TEST_P(SystemEchoSocketTest, ReachesTheAddressThatTheSystemsResolverGives) {
     ASSERT_NE(addresses, nullptr);
 
     socket = open([this] { drain(*socket, received); });
-    ASSERT_TRUE(socket->send(echoRequest(3, socket->identifier(), GetParam().family), addresses->front()));
+    const EchoMessage request = echoRequest(3, socket->identifier(), GetParam().family);
+    ASSERT_TRUE(socket->send(request, addresses->front()).isSent);
     EXPECT_TRUE(runUntil([this] { return !received.empty(); }));
     EXPECT_THAT(received, ElementsAre(3));
 }
@@ -184,7 +201,7 @@ bool moveMonotonicClock(int seconds) {
 bool arrivesBeforeItIsRead(EpollRunLoop& loop, EchoSocket& socket, std::optional<double>& readable) {
     readable.reset();
     const double deadline = MonotonicClock::now() + 5;
-    if (!socket.send(echoRequest(1, socket.identifier(), AF_INET), addressOf(ipv4Loopback))) {
+    if (!socket.send(echoRequest(1, socket.identifier(), AF_INET), addressOf(ipv4Loopback)).isSent) {
         return false;
     }
     while (!readable && MonotonicClock::now() < deadline) {
