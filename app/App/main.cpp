@@ -1,5 +1,6 @@
 // tarnwick: the connection's quality in the panel.
 #include "app/App/AppDelegate.h"
+#include "app/App/DisplayCheck.h"
 #include "app/CommandLine/AppOptions.h"
 #include "app/CommandLine/ArgumentParser.h"
 #include "app/CommandLine/StartUp.h"
@@ -10,7 +11,6 @@
 
 #include <QApplication>
 
-#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdio>
@@ -27,14 +27,6 @@ using namespace tarnwick;
 
 /// They end the program after the statistics are saved.
 constexpr auto terminationSignals = {SIGTERM, SIGINT, SIGHUP};
-
-bool hasDisplay() {
-    constexpr std::array variables{"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"};
-    return std::ranges::any_of(variables, [](const char* variable) {
-        const char* const value = std::getenv(variable);
-        return value != nullptr && *value != '\0';
-    });
-}
 
 /// The toolkit gets no arguments: this program does not offer its options.
 int runApplication(const AppOptions& options, std::string name, std::string startToken) {
@@ -85,9 +77,8 @@ int start(const std::vector<std::string>& arguments, const std::string& name) {
     if (const auto status = answerWithoutRunning({"tarnwick", TARNWICK_VERSION}, commandLine)) {
         return *status;
     }
-    if (!hasDisplay()) {
-        std::fputs(
-            "tarnwick: there is no display here; tarnwick-watch shows the same in a terminal\n", stderr);
+    if (const auto problem = DisplayCheck::problem()) {
+        std::fprintf(stderr, "tarnwick: %s; tarnwick-watch shows the same in a terminal\n", problem->c_str());
         return EXIT_FAILURE;
     }
     return runApplication(std::get<AppOptions>(commandLine), name, InstanceGuard::takeActivationToken());

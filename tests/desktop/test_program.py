@@ -111,6 +111,17 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(done.returncode, 1)
         self.assertIn("tarnwick-watch", done.stderr)
 
+    def test_a_display_that_does_not_answer_is_named(self) -> None:
+        for display, name in (
+            ({"DISPLAY": ":4077"}, ":4077"),
+            ({"WAYLAND_DISPLAY": "wayland-4077", "XDG_RUNTIME_DIR": "/nowhere"}, "wayland-4077"),
+        ):
+            with self.subTest(name):
+                done = run(environment=WITHOUT_DISPLAY | display)
+
+                self.assertEqual(done.returncode, 1)
+                self.assertRegex(done.stderr, rf'^tarnwick: the display "{name}" does not answer; tarnwick-watch [^\n]+\n$')
+
 
 class WithoutADesktop(unittest.TestCase):
     def test_without_a_bus_it_says_so_once_and_measures(self) -> None:
