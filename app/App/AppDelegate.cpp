@@ -91,7 +91,10 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
     windows_ = std::make_unique<DesktopWindows>(
         loop_, monitor_.observedReading(), menu_, settingsModel_, setup.version);
     panelMenu_ = std::make_unique<PanelMenuText>(
-        loop_, monitor_.observedReading(), menu_, [this] { windows_->openDropDownAtPointer(); });
+        loop_, monitor_.observedReading(), menu_,
+        PanelMenuText::Actions{
+            .openDropDown = [this] { windows_->openDropDownAtPointer(); },
+            .copyCommand = [this](const std::string& command) { windows_->copy(command); }});
     notifier_ = std::make_unique<NotifierStatusItem>(NotifierStatusItem::Needs{
         .loop = loop_,
         .bus = bus_,

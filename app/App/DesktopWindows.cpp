@@ -1,6 +1,7 @@
 #include "app/App/DesktopWindows.h"
 
 #include "app/App/StartupSettings.h"
+#include "platform/qt/Clipboard.h"
 #include "platform/qt/ScreenPixels.h"
 
 #include <QGuiApplication>
@@ -13,11 +14,15 @@ namespace {
 
 constexpr auto activationTokenVariable = "XDG_ACTIVATION_TOKEN";
 
+bool isOnWayland() {
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
 /// On Wayland the toolkit takes the token from the environment for the next window that it activates, and
 /// removes it. On other platforms the token would stay there, and programs started from here would inherit
 /// it.
 void useActivationToken(const std::string& token) {
-    if (!token.empty() && QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
+    if (!token.empty() && isOnWayland()) {
         qputenv(activationTokenVariable, QByteArray::fromStdString(token));
     }
 }
@@ -52,6 +57,13 @@ void DesktopWindows::toggleDropDown(std::optional<ScreenPoint> at) {
 void DesktopWindows::openDropDownAtPointer() {
     useActivationTokenOfClick();
     dropDown_.open(ScreenPixels::pointer());
+}
+
+void DesktopWindows::copy(const std::string& text) {
+    Clipboard::copy(text);
+    if (isOnWayland()) {
+        openDropDownAtPointer();
+    }
 }
 
 void DesktopWindows::openDropDown(const std::string& activationToken) {

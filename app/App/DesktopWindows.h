@@ -27,6 +27,9 @@ public:
     void openDropDown(const std::string& activationToken);
     /// The same, at the pointer, for a click in the panel's menu.
     void openDropDownAtPointer();
+    /// To the clipboard, for a click in the panel's menu. On Wayland this needs a window with the focus, so
+    /// it opens the drop-down.
+    void copy(const std::string& text);
 
     /// Returns the token with which a click may open a window in front of others; empty where there is none.
     std::function<std::string()> takeActivationToken;

@@ -15,12 +15,15 @@ constexpr std::array<std::string_view, 6> replyBlocks{"▁", "▂", "▃", "▄"
 constexpr std::string_view lossBlock = "█";
 constexpr std::string_view emptyBlock = "·";
 
-// Row ids: the lines of the header first, then the menu's items in their order.
+// Row ids: the lines of the header first, then the menu's items in their order, then three rows for each kind
+// of notice.
 constexpr int qualityId = 1;
 constexpr int hostId = 2;
 constexpr int chartId = 3;
 constexpr int sessionId = 4;
 constexpr int firstItemId = 10;
+constexpr int firstNoticeId = 100;
+constexpr int noticeIds = 3;
 
 std::string_view block(const LatencyChart::Bucket& bucket, double scaleMax) {
     if (!bucket.worstRtt) {
@@ -33,6 +36,25 @@ std::string_view block(const LatencyChart::Bucket& bucket, double scaleMax) {
 
 PanelMenuRow line(int id, std::string text) {
     return {.id = id, .label = std::move(text), .enabled = false};
+}
+
+int noticeId(Notice::Kind kind) {
+    return firstNoticeId + static_cast<int>(kind) * noticeIds;
+}
+
+int copyId(Notice::Kind kind) {
+    return noticeId(kind) + 2;
+}
+
+void addNotice(std::vector<PanelMenuRow>& rows, const Notice& notice) {
+    const int id = noticeId(notice.kind);
+    rows.push_back(line(id, notice.text));
+    rows.back().iconName = "dialog-warning-symbolic";
+    if (notice.command) {
+        rows.push_back(line(id + 1, *notice.command));
+        rows.push_back(
+            {.id = copyId(notice.kind), .label = "Copy Command", .iconName = "edit-copy-symbolic"});
+    }
 }
 
 std::string shortcutKey(char shortcut) {
@@ -88,9 +110,8 @@ std::string PanelMenuHeader::sessionLine(const Reading& reading, const Format::G
     return text;
 }
 
-PanelMenuText::PanelMenuText(
-    RunLoop& loop, const Observed<Reading>& reading, Menu& menu, std::function<void()> openDropDown)
-    : loop_(loop), reading_(reading), menu_(menu), openDropDown_(std::move(openDropDown)) {
+PanelMenuText::PanelMenuText(RunLoop& loop, const Observed<Reading>& reading, Menu& menu, Actions actions)
+    : loop_(loop), reading_(reading), menu_(menu), actions_(std::move(actions)) {
 }
 
 PanelMenuText::~PanelMenuText() {
@@ -103,9 +124,12 @@ std::vector<PanelMenuRow> PanelMenuText::rows() {
     std::vector<PanelMenuRow> rows{
         {.id = qualityId, .label = PanelMenuHeader::qualityLine(reading)},
         line(hostId, reading.hostLine),
-        line(chartId, PanelMenuHeader::chartLine(reading.chart)),
-        line(sessionId, PanelMenuHeader::sessionLine(reading, grouping_)),
     };
+    for (const Notice& notice : reading.notices) {
+        addNotice(rows, notice);
+    }
+    rows.push_back(line(chartId, PanelMenuHeader::chartLine(reading.chart)));
+    rows.push_back(line(sessionId, PanelMenuHeader::sessionLine(reading, grouping_)));
     int id = firstItemId;
     for (const MenuItem& item : menu_.items()) {
         if (item.id != MenuItem::Id::header) {
@@ -118,12 +142,24 @@ std::vector<PanelMenuRow> PanelMenuText::rows() {
 
 void PanelMenuText::choose(int id) {
     if (id == qualityId) {
-        openDropDown_();
+        actions_.openDropDown();
+        return;
+    }
+    if (id >= firstNoticeId) {
+        copyCommand(id);
         return;
     }
     const auto position = static_cast<std::size_t>(id - firstItemId);
     if (id >= firstItemId && position < menu_.items().size()) {
         menu_.choose(menu_.items()[position].id);
+    }
+}
+
+void PanelMenuText::copyCommand(int id) const {
+    for (const Notice& notice : reading_.get().notices) {
+        if (notice.command && copyId(notice.kind) == id) {
+            actions_.copyCommand(*notice.command);
+        }
     }
 }
 

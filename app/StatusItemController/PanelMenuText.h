@@ -8,6 +8,7 @@
 #include "app/StatusItemController/Menu.h"
 #include "platform/ports/PanelMenu.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -41,9 +42,13 @@ public:
     /// have closed it.
     static constexpr double longestShown = 600;
 
-    /// All arguments outlive this object. A click on the header calls `openDropDown`.
-    PanelMenuText(
-        RunLoop& loop, const Observed<Reading>& reading, Menu& menu, std::function<void()> openDropDown);
+    struct Actions {
+        std::function<void()> openDropDown;                  ///< after a click on the header
+        std::function<void(const std::string&)> copyCommand; ///< to the clipboard
+    };
+
+    /// All references outlive this object.
+    PanelMenuText(RunLoop& loop, const Observed<Reading>& reading, Menu& menu, Actions actions);
     ~PanelMenuText() override;
 
     [[nodiscard]] std::vector<PanelMenuRow> rows() override;
@@ -53,13 +58,14 @@ public:
     void didHide() override;
 
 private:
+    void copyCommand(int id) const;
     void followFor(double seconds);
     void refresh();
 
     RunLoop& loop_;
     const Observed<Reading>& reading_;
     Menu& menu_;
-    std::function<void()> openDropDown_;
+    Actions actions_;
     Format::Grouping grouping_ = Format::Grouping::ofUser();
     bool isShown_ = false;
     std::vector<PanelMenuRow> shownRows_;

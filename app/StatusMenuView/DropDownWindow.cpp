@@ -48,8 +48,8 @@ void drawShadow(QPainter& painter, const QRect& panel, bool isDark) {
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
 DropDownWindow::DropDownWindow(const Observed<Reading>& reading, const Menu& menu, RunLoop& loop)
     : QWidget(
-          nullptr, (QGuiApplication::platformName() == QLatin1String("wayland") ? Qt::Window : Qt::Tool)
-                       | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint),
+        nullptr, (QGuiApplication::platformName() == QLatin1String("wayland") ? Qt::Window : Qt::Tool)
+                     | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint),
       statusView_(new StatusMenuView(reading, loop, this)),
       items_(new MenuItemsView(menu, loop, this)),
       shadow_(Compositing::isAvailable() ? shadowWidth : 0) {
@@ -63,6 +63,7 @@ DropDownWindow::DropDownWindow(const Observed<Reading>& reading, const Menu& men
         }
     };
     items_->onSizeChange = [this] { fit(); };
+    statusView_->onSizeChange = [this] { fit(); };
 }
 
 // NOLINTEND(cppcoreguidelines-owning-memory)
@@ -174,6 +175,9 @@ void DropDownWindow::mouseMoveEvent(QMouseEvent* event) {
 }
 
 bool DropDownWindow::focusNextPrevChild(bool next) {
+    if (statusView_->hasButtons()) {
+        return QWidget::focusNextPrevChild(next);
+    }
     items_->highlightNext(next ? 1 : -1);
     return true;
 }

@@ -2,8 +2,11 @@
 
 #include "app/StatusMenuView/HeaderView.h"
 #include "app/StatusMenuView/LatencyChartView.h"
+#include "app/StatusMenuView/NoticesView.h"
 #include "app/StatusMenuView/StatsGridView.h"
 #include "app/ViewStyle/ViewStyle.h"
+
+#include <QPushButton>
 
 namespace tarnwick {
 
@@ -38,15 +41,49 @@ void StatusMenuView::render() {
     header_->setContent(HeaderContent::of(reading));
     chart_->setChart(reading.chart);
     grid_->setRows(StatsGrid::rows(reading.session, reading.site, grouping_));
+    if (reading.notices != shownNotices_) {
+        showNotices(reading.notices);
+    }
+}
+
+void StatusMenuView::showNotices(const Notices& notices) {
+    shownNotices_ = notices;
+    if (notices_ != nullptr) {
+        notices_->hide();
+        notices_->deleteLater(); // one of its buttons may be what changes the notices
+        notices_ = nullptr;
+    }
+    if (!notices.empty()) {
+        const ViewStyle style(*this);
+        const int width = style.length(viewWidth) - 2 * style.length(sidePadding);
+        notices_ = new NoticesView(notices, width, this); // NOLINT(cppcoreguidelines-owning-memory): a child
+        notices_->stackUnder(chart_);                     // so that it is read after the header
+        notices_->show();
+    }
+    place();
+    if (onSizeChange) {
+        onSizeChange();
+    }
+}
+
+bool StatusMenuView::hasButtons() const {
+    return notices_ != nullptr && notices_->findChild<QPushButton*>() != nullptr;
+}
+
+std::vector<QWidget*> StatusMenuView::parts() const {
+    if (notices_ != nullptr) {
+        return {header_, notices_, chart_, grid_};
+    }
+    return {header_, chart_, grid_};
 }
 
 QSize StatusMenuView::sizeHint() const {
     const ViewStyle style(*this);
-    const int heights =
-        header_->sizeHint().height() + chart_->sizeHint().height() + grid_->sizeHint().height();
-    return {
-        style.length(viewWidth),
-        style.length(topPadding) + heights + 2 * style.length(spacing) + style.length(bottomPadding)};
+    int height = style.length(topPadding) - style.length(spacing) + style.length(bottomPadding);
+    for (const QWidget* part : parts()) {
+        height += part->sizeHint().height() + style.length(spacing);
+    }
+    return {style.length(viewWidth), height};
 }
 
 void StatusMenuView::resizeEvent(QResizeEvent* /*event*/) {
@@ -57,8 +94,7 @@ void StatusMenuView::place() {
     const ViewStyle style(*this);
     const int left = style.length(sidePadding);
     int y = style.length(topPadding);
-    for (QWidget* part :
-         {static_cast<QWidget*>(header_), static_cast<QWidget*>(chart_), static_cast<QWidget*>(grid_)}) {
+    for (QWidget* part : parts()) {
         const int height = part->sizeHint().height();
         part->setGeometry(left, y, width() - 2 * left, height);
         y += height + style.length(spacing);

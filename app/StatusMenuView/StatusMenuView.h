@@ -6,12 +6,15 @@
 #include "app/Reading/Reading.h"
 #include "app/StatusMenuView/ReadAloud.h"
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 namespace tarnwick {
 
 class HeaderView;
 class LatencyChartView;
+class NoticesView;
 class StatsGridView;
 
 /// Follows the reading, which outlives it together with the loop.
@@ -23,19 +26,29 @@ public:
     /// From now on nothing changes.
     void stopFollowing() { rendering_.reset(); }
 
-    /// Fixed: width by design, height by font.
+    /// Width by design, height by font and notices.
     [[nodiscard]] QSize sizeHint() const override;
+
+    /// Whether there is something in it that Tab can reach.
+    [[nodiscard]] bool hasButtons() const;
+
+    /// Set by the owner. Called when notices come or go.
+    std::function<void()> onSizeChange;
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     void render();
+    void showNotices(const Notices& notices);
+    [[nodiscard]] std::vector<QWidget*> parts() const;
     void place();
 
     const Observed<Reading>& reading_;
     Format::Grouping grouping_;
-    HeaderView* header_; ///< children
+    HeaderView* header_;             ///< children
+    NoticesView* notices_ = nullptr; ///< a child while there are notices
+    Notices shownNotices_;
     LatencyChartView* chart_;
     StatsGridView* grid_;
     std::unique_ptr<RenderLoop> rendering_;

@@ -210,6 +210,54 @@ TEST_F(PanelMenuTextTest, ShortcutsAreNamedAsKeys) {
     EXPECT_EQ(row("About Tarnwick").shortcutKey, "");
 }
 
+// Notices.
+
+TEST_F(PanelMenuTextTest, ANoticeStandsBelowTheHostWithItsCommand) {
+    showMenu();
+    watchFor(5.5);
+    monitor.setNotice({.kind = Notice::Kind::noPanel, .text = "Nothing to do"});
+    monitor.setNotice({.kind = Notice::Kind::settingsMistake, .text = "Do it with:", .command = "it"});
+
+    const auto lines = panelMenu->rows();
+
+    std::vector<std::string> labels;
+    for (std::size_t index = 1; index < 7; ++index) {
+        labels.push_back(lines[index].label + (lines[index].enabled ? "" : " (disabled)"));
+    }
+    EXPECT_THAT(
+        labels, testing::ElementsAre(
+                    "1.1.1.1 (disabled)", "Do it with: (disabled)", "it (disabled)", "Copy Command",
+                    "Nothing to do (disabled)", testing::_));
+}
+
+TEST_F(PanelMenuTextTest, TheRowsOfANoticeKeepTheirIdsWhenAnotherComes) {
+    showMenu();
+    monitor.setNotice({.kind = Notice::Kind::noPanel, .text = "Do it with:", .command = "it"});
+    const int textId = row("Do it with:").id;
+    const int copyId = row("Copy Command").id;
+
+    monitor.setNotice({.kind = Notice::Kind::settingsMistake, .text = "Another"});
+
+    EXPECT_EQ(row("Do it with:").id, textId);
+    EXPECT_EQ(row("Copy Command").id, copyId);
+}
+
+TEST_F(PanelMenuTextTest, CopyCommandCopiesTheCommandOfItsNotice) {
+    showMenu();
+    monitor.setNotice({.kind = Notice::Kind::settingsMistake, .text = "One:", .command = "first"});
+    const int firstId = row("Copy Command").id;
+    monitor.setNotice({.kind = Notice::Kind::noPanel, .text = "Two:", .command = "second"});
+
+    panelMenu->choose(firstId);
+    panelMenu->choose(row("One:").id);
+    EXPECT_THAT(copied, testing::ElementsAre("first"));
+
+    monitor.clearNotice(Notice::Kind::settingsMistake);
+    panelMenu->choose(firstId);
+    panelMenu->choose(row("Copy Command").id);
+    EXPECT_THAT(copied, testing::ElementsAre("first", "second"));
+}
+
 // Choosing.
 
 TEST_F(PanelMenuTextTest, AClickOnTheHeaderOpensTheDropDown) {
@@ -234,10 +282,12 @@ TEST_F(PanelMenuTextTest, UnknownIdsAreIgnored) {
     showMenu();
     const int behindTheLast = panelMenu->rows().back().id + 1;
 
-    for (const int id : {-1, 0, 2, 3, 4, 5, 9, 10, behindTheLast, 99, std::numeric_limits<int>::max()}) {
+    for (const int id :
+         {-1, 0, 2, 3, 4, 5, 9, 10, behindTheLast, 99, 100, 102, std::numeric_limits<int>::max()}) {
         panelMenu->choose(id);
     }
 
+    EXPECT_TRUE(copied.empty());
     EXPECT_EQ(dropDownsOpened + windows.settingsShown + windows.aboutShown + windows.quits, 0);
 }
 

@@ -17,7 +17,10 @@ protected:
     void showMenu() {
         show();
         panelMenu = std::make_unique<PanelMenuText>(
-            loop, monitor.observedReading(), *menu, [this] { ++dropDownsOpened; });
+            loop, monitor.observedReading(), *menu,
+            PanelMenuText::Actions{
+                .openDropDown = [this] { ++dropDownsOpened; },
+                .copyCommand = [this](const std::string& command) { copied.push_back(command); }});
         panelMenu->onChange = [this] { ++changes; };
     }
 
@@ -32,6 +35,7 @@ protected:
     std::unique_ptr<PanelMenuText> panelMenu;
     std::vector<PanelMenuRow> rows;
     int dropDownsOpened = 0;
+    std::vector<std::string> copied;
     int changes = 0;
 };
 

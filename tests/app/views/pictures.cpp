@@ -25,6 +25,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <netinet/in.h>
 #include <random>
 #include <vector>
 
@@ -191,6 +192,17 @@ void drawDropDowns(const QDir& folder, const QString& style) {
         menu.menu.setHidden(MenuItem::Id::changeHost, !world.waitUntilDown());
         world.loop.advance(60);
         save(world, 0, "down");
+    }
+    {
+        WatchedMonitor world;
+        world.network.setSocketError(AF_INET, "Permission denied");
+        world.missingPermission = "sudo sysctl -w net.ipv4.ping_group_range=\"1000 1000\"";
+        menu.menu.setHidden(MenuItem::Id::changeHost, true);
+        world.watchFor(20);
+        world.monitor.setNotice(
+            {.kind = Notice::Kind::noPanel,
+             .text = "No panel shows status items, so there is no signal bar."});
+        save(world, 0, "notices");
     }
 }
 

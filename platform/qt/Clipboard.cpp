@@ -1,0 +1,22 @@
+#include "platform/qt/Clipboard.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QWindow>
+
+namespace tarnwick::Clipboard {
+
+void copy(const std::string& text) {
+    const QString copied = QString::fromStdString(text);
+    QGuiApplication::clipboard()->setText(copied);
+    if (QGuiApplication::focusWindow() != nullptr
+        || !QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
+        return;
+    }
+    QObject::connect(
+        qGuiApp, &QGuiApplication::focusWindowChanged, qGuiApp,
+        [copied] { QGuiApplication::clipboard()->setText(copied); },
+        Qt::ConnectionType(Qt::QueuedConnection | Qt::SingleShotConnection));
+}
+
+} // namespace tarnwick::Clipboard

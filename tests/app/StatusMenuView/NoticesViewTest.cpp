@@ -1,0 +1,156 @@
+// What the user should know, in the drop-down: read, copied, and given room only while it is there.
+#include "app/StatusMenuView/NoticesView.h"
+#include "app/StatusMenuView/NoticeButton.h"
+#include "app/StatusMenuView/StatusMenuView.h"
+#include "tests/app/StatusMenuView/DrawnView.h"
+#include "tests/app/StatusMenuView/DropDownTest.h"
+
+#include <QAccessible>
+#include <QClipboard>
+
+#include <gmock/gmock.h>
+
+namespace tarnwick {
+
+namespace {
+
+using testing::ElementsAre;
+
+const Notice withCommand{.kind = Notice::Kind::settingsMistake, .text = "Do it with:", .command = "it"};
+const Notice withoutCommand{.kind = Notice::Kind::noPanel, .text = "No panel"};
+
+class NoticesViewTest : public DropDownTest {
+protected:
+    NoticesViewTest() { QGuiApplication::clipboard()->setText("before"); }
+
+    [[nodiscard]] static std::vector<std::string> childNames(QObject& object) {
+        std::vector<std::string> names;
+        const QAccessibleInterface* const interface = QAccessible::queryAccessibleInterface(&object);
+        for (int index = 0; index < interface->childCount(); ++index) {
+            names.push_back(interface->child(index)->text(QAccessible::Name).toStdString());
+        }
+        return names;
+    }
+
+    template<class View>
+    [[nodiscard]] View* find() const {
+        for (QWidget* child : dropDown.window()->findChildren<QWidget*>()) {
+            if (auto* const found = dynamic_cast<View*>(child)) {
+                return found;
+            }
+        }
+        return nullptr;
+    }
+
+    template<class View>
+    [[nodiscard]] View& part() const {
+        View* const found = find<View>();
+        if (found == nullptr) {
+            throw std::logic_error("no such part");
+        }
+        return *found;
+    }
+
+    [[nodiscard]] static std::string clipboard() {
+        return QGuiApplication::clipboard()->text().toStdString();
+    }
+
+    void pass() {
+        loop.advance(1);
+        QApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+};
+
+} // namespace
+
+TEST_F(NoticesViewTest, AssistiveTechnologySeesThemBelowTheHeader) {
+    monitor.setNotice(withoutCommand);
+    monitor.setNotice(withCommand);
+    watchFor(20.5);
+    open();
+
+    EXPECT_THAT(
+        childNames(part<StatusMenuView>()),
+        ElementsAre(
+            "Excellent, 1.1.1.1, 20 ms, 0% loss", "Notices", testing::StartsWith("Median"), "Statistics"));
+    EXPECT_THAT(childNames(part<NoticesView>()), ElementsAre("Do it with: it", "Copy", "No panel"));
+    EXPECT_EQ(part<NoticeButton>().accessibleDescription(), "it");
+}
+
+TEST_F(NoticesViewTest, TheWindowGivesThemRoomWhenTheyComeAndTakesItBack) {
+    watchFor(20.5);
+    open();
+    const int before = dropDown.window()->height();
+
+    monitor.setNotice(withCommand);
+    pass();
+    const int withNotice = dropDown.window()->height();
+    EXPECT_EQ(withNotice - before, part<NoticesView>().height() + 12);
+    EXPECT_EQ(part<StatusMenuView>().height(), part<StatusMenuView>().sizeHint().height());
+
+    loop.advance(30);
+    QApplication::processEvents();
+    EXPECT_EQ(dropDown.window()->height(), withNotice);
+
+    monitor.clearNotice(withCommand.kind);
+    pass();
+    EXPECT_EQ(dropDown.window()->height(), before);
+    EXPECT_EQ(find<NoticesView>(), nullptr);
+}
+
+TEST_F(NoticesViewTest, ALongTextIsBrokenIntoLines) {
+    Notice notice = withoutCommand;
+    const NoticesView oneLine({notice}, 292, nullptr);
+    notice.text = "a text that is far too long to have room in one line of the drop-down, so it has several";
+    const NoticesView blanks({notice}, 292, nullptr);
+    notice.text = std::string(200, 'w');
+    const NoticesView word({notice}, 292, nullptr);
+
+    EXPECT_GT(blanks.sizeHint().height(), oneLine.sizeHint().height() + 10);
+    EXPECT_GT(word.sizeHint().height(), oneLine.sizeHint().height() + 50);
+}
+
+TEST_F(NoticesViewTest, TextAndCommandAreDrawnOnAWarmGround) {
+    NoticesView view({withCommand, withoutCommand}, 292, nullptr);
+    view.setPalette(test::paperPalette());
+    view.resize(view.sizeHint());
+
+    const QImage image = test::drawn(view);
+
+    EXPECT_NE(image.pixelColor(146, 3), QColor(Qt::white));
+    EXPECT_EQ(image.pixelColor(146, 3), image.pixelColor(146, image.height() - 4));
+    const int half = image.height() / 4;
+    EXPECT_TRUE(test::hasColor(image, QRect(10, 10, 200, half - 10), Qt::black));
+    EXPECT_TRUE(test::hasColor(image, QRect(10, image.height() - 30, 200, 20), Qt::black));
+}
+
+TEST_F(NoticesViewTest, TheButtonCopiesTheCommandAndSaysSo) {
+    monitor.setNotice(withCommand);
+    open();
+
+    part<NoticeButton>().click();
+
+    EXPECT_EQ(clipboard(), "it");
+    EXPECT_EQ(part<NoticeButton>().text(), "Copied");
+    EXPECT_TRUE(dropDown.isOpen());
+}
+
+TEST_F(NoticesViewTest, TabReachesTheButtonAndReturnPressesIt) {
+    monitor.setNotice(withCommand);
+    open();
+
+    press(Qt::Key_Tab);
+    ASSERT_TRUE(part<NoticeButton>().hasFocus());
+    press(Qt::Key_Return);
+    EXPECT_EQ(clipboard(), "it");
+
+    press(Qt::Key_Tab);
+    EXPECT_EQ(highlighted(), titles().front());
+    press(Qt::Key_Backtab);
+    EXPECT_TRUE(part<NoticeButton>().hasFocus());
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(dropDown.isOpen());
+}
+
+} // namespace tarnwick
