@@ -43,8 +43,10 @@ public:
     /// Saves the statistics.
     ~AppDelegate();
 
-    /// For another start of the program. The desktop lets a window with this token come to the front.
+    /// For this start or another one. The desktop lets a window with this token come to the front.
     void openDropDown(const std::string& activationToken) { windows_->openDropDown(activationToken); }
+
+    void openSettings(const std::string& activationToken) { windows_->openSettings(activationToken); }
 
 private:
     void makeStatusItem(const Setup& setup);

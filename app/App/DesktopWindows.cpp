@@ -71,8 +71,17 @@ void DesktopWindows::openDropDown(const std::string& activationToken) {
     dropDown_.open(std::nullopt);
 }
 
+void DesktopWindows::openSettings(const std::string& activationToken) {
+    useActivationToken(activationToken);
+    presentSettings();
+}
+
 void DesktopWindows::showSettings() {
     useActivationTokenOfClick();
+    presentSettings();
+}
+
+void DesktopWindows::presentSettings() {
     if (!settingsWindow_) {
         if (StartupSettings::exists()) {
             settings_.launchAtLogin().showApproval = [] { StartupSettings::open(); };

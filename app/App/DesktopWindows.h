@@ -25,7 +25,8 @@ public:
     void toggleDropDown(std::optional<ScreenPoint> at) override;
     /// For requests other than a click on the item: opens, never closes.
     void openDropDown(const std::string& activationToken);
-    /// The same, at the pointer, for a click in the panel's menu.
+    void openSettings(const std::string& activationToken);
+    /// The drop-down at the pointer, for a click in the panel's menu.
     void openDropDownAtPointer();
     /// To the clipboard, for a click in the panel's menu. On Wayland this needs a window with the focus, so
     /// it opens the drop-down.
@@ -41,6 +42,7 @@ public:
 
 private:
     void useActivationTokenOfClick() const;
+    void presentSettings();
 
     RunLoop& loop_;
     Menu& menu_;

@@ -1,6 +1,7 @@
 // tarnwick: the connection's quality in the panel.
 #include "app/App/AppDelegate.h"
 #include "app/App/DisplayCheck.h"
+#include "app/App/RunningInstance.h"
 #include "app/CommandLine/AppOptions.h"
 #include "app/CommandLine/ArgumentParser.h"
 #include "app/CommandLine/StartUp.h"
@@ -18,18 +19,52 @@
 #include <exception>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace {
 
 using namespace tarnwick;
+using Instance = InstanceGuard;
 
 /// They end the program after the statistics are saved.
 constexpr auto terminationSignals = {SIGTERM, SIGINT, SIGHUP};
 
+Instance::Request requestFor(const AppOptions& options) {
+    return options.request == AppOptions::Request::settings ? Instance::Request::settings
+                                                            : Instance::Request::show;
+}
+
+/// The exit status of a start that has found another instance.
+int statusBesideAnother(Instance::Result result, const AppOptions& options) {
+    if (result == Instance::Result::anotherIsSilent) {
+        saySilentInstance();
+        return EXIT_FAILURE;
+    }
+    if (!options.settings.empty()) {
+        std::fputs("tarnwick: another instance is running; --set can't change its settings\n", stderr);
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}
+
+void serve(AppDelegate& delegate, Instance::Request request, const std::string& activationToken) {
+    switch (request) {
+    case Instance::Request::nothing:
+        break;
+    case Instance::Request::show:
+        delegate.openDropDown(activationToken);
+        break;
+    case Instance::Request::settings:
+        delegate.openSettings(activationToken);
+        break;
+    case Instance::Request::quit:
+        QCoreApplication::exit();
+        break;
+    }
+}
+
 /// The toolkit gets no arguments: this program does not offer its options.
-int runApplication(const AppOptions& options, std::string name, std::string startToken) {
+int runApplication(const AppOptions& options, std::string name, const std::string& startToken) {
     int count = 1;
     std::array<char*, 2> arguments{name.data(), nullptr};
     const QApplication application(count, arguments.data());
@@ -43,14 +78,9 @@ int runApplication(const AppOptions& options, std::string name, std::string star
     const SignalWatch signals(loop, terminationSignals, [](int /*signal*/) { QCoreApplication::exit(); });
     BusConnection bus(loop, BusConnection::sessionAddress());
     std::unique_ptr<AppDelegate> delegate;
-    const auto begin = [&](InstanceGuard::Result result) {
-        if (result == InstanceGuard::Result::anotherRuns) {
-            QCoreApplication::quit();
-            return;
-        }
-        if (result == InstanceGuard::Result::anotherIsSilent) {
-            std::fputs("tarnwick: another instance is running, but it does not answer\n", stderr);
-            QCoreApplication::exit(EXIT_FAILURE);
+    const auto begin = [&](Instance::Result result) {
+        if (result == Instance::Result::anotherRuns || result == Instance::Result::anotherIsSilent) {
+            QCoreApplication::exit(statusBesideAnother(result, options));
             return;
         }
         delegate = std::make_unique<AppDelegate>(
@@ -59,11 +89,16 @@ int runApplication(const AppOptions& options, std::string name, std::string star
                 .settings = options.settings,
                 .version = TARNWICK_VERSION,
                 .iconFolder = TARNWICK_ICON_FOLDER});
+        if (options.request != AppOptions::Request::none) {
+            serve(*delegate, requestFor(options), startToken);
+        }
     };
-    InstanceGuard instance(loop, bus, std::move(startToken), begin);
-    instance.onActivate = [&](const std::string& activationToken) {
+    // Its settings can't be changed from here, and it is left alone then.
+    const auto request = options.settings.empty() ? requestFor(options) : Instance::Request::nothing;
+    InstanceGuard instance(loop, bus, {.request = request, .activationToken = startToken}, begin);
+    instance.onRequest = [&](Instance::Request asked, const std::string& activationToken) {
         if (delegate) {
-            delegate->openDropDown(activationToken);
+            serve(*delegate, asked, activationToken);
         }
     };
     return QApplication::exec();
@@ -77,11 +112,15 @@ int start(const std::vector<std::string>& arguments, const std::string& name) {
     if (const auto status = answerWithoutRunning({"tarnwick", TARNWICK_VERSION}, commandLine)) {
         return *status;
     }
+    const auto& options = std::get<AppOptions>(commandLine);
+    if (options.request == AppOptions::Request::quit) {
+        return quitRunningInstance();
+    }
     if (const auto problem = DisplayCheck::problem()) {
         std::fprintf(stderr, "tarnwick: %s; tarnwick-watch shows the same in a terminal\n", problem->c_str());
         return EXIT_FAILURE;
     }
-    return runApplication(std::get<AppOptions>(commandLine), name, InstanceGuard::takeActivationToken());
+    return runApplication(options, name, InstanceGuard::takeActivationToken());
 }
 
 } // namespace

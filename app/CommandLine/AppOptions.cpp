@@ -1,27 +1,62 @@
 #include "app/CommandLine/AppOptions.h"
 
 #include <array>
+#include <optional>
 
 namespace tarnwick {
 
 namespace {
 
-constexpr std::array<option, 4> appOptions{{
+enum Option : int { show = CommonOptions::firstOwn, settings, quit };
+
+constexpr std::array<option, 7> appOptions{{
+    {"show", no_argument, nullptr, show},
+    {"settings", no_argument, nullptr, settings},
+    {"quit", no_argument, nullptr, quit},
     CommonOptions::setOption,
     CommonOptions::helpOption,
     CommonOptions::versionOption,
     {nullptr, 0, nullptr, 0},
 }};
 
+std::optional<AppOptions::Request> requestOf(int letter) {
+    switch (letter) {
+    case show:
+        return AppOptions::Request::show;
+    case settings:
+        return AppOptions::Request::settings;
+    case quit:
+        return AppOptions::Request::quit;
+    default:
+        return std::nullopt;
+    }
+}
+
+std::optional<UsageError> apply(int letter, const ArgumentParser& parser, AppOptions& options) {
+    const auto request = requestOf(letter);
+    if (!request) {
+        return options.apply(letter, parser);
+    }
+    if (options.request != AppOptions::Request::none && options.request != *request) {
+        return UsageError{"only one of --show, --settings and --quit is possible"};
+    }
+    options.request = *request;
+    return std::nullopt;
+}
+
 } // namespace
 
 std::string AppOptions::usage() {
-    return "usage: tarnwick [--set KEY=VALUE]...\n"
+    return "usage: tarnwick [--show | --settings] [--set KEY=VALUE]...\n"
+           "       tarnwick --quit\n"
            "\n"
            "Shows the quality of the internet connection in the panel. Starting it again opens the "
            "drop-down\n"
-           "of the running instance.\n"
+           "of the running instance; settings for a run are refused then.\n"
            "\n"
+           "  --show           open the drop-down, of the running instance if there is one\n"
+           "  --settings       open the settings window, of the running instance if there is one\n"
+           "  --quit           end the running instance\n"
            "  --set KEY=VALUE  a setting for this run only; may be repeated\n"
            "  -h, --help       show this text\n"
            "  --version        show the version\n"
@@ -35,9 +70,12 @@ std::variant<AppOptions, UsageError> parseAppOptions(const std::vector<std::stri
     AppOptions options;
     ArgumentParser parser(arguments, appOptions);
     for (int letter = parser.next(); letter != ArgumentParser::endOfOptions; letter = parser.next()) {
-        if (auto error = options.apply(letter, parser)) {
+        if (auto error = apply(letter, parser, options)) {
             return std::move(*error);
         }
+    }
+    if (options.request == AppOptions::Request::quit && !options.settings.empty()) {
+        return UsageError{"--quit takes no --set"};
     }
     if (const std::vector<std::string> rest = parser.rest(); !rest.empty()) {
         return UsageError{"unknown argument " + quoted(rest.front())};

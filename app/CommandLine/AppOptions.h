@@ -10,6 +10,15 @@
 namespace tarnwick {
 
 struct AppOptions : CommonOptions {
+    enum class Request {
+        none,     ///< only to be there; a running instance opens its drop-down
+        show,     ///< to open the drop-down
+        settings, ///< to open the settings window
+        quit,     ///< to end the running instance
+    };
+
+    Request request = Request::none;
+
     [[nodiscard]] static std::string usage();
 };
 

@@ -3,6 +3,7 @@
 #include "platform/bus/BusCall.h"
 #include "platform/bus/BusObject.h"
 
+#include <array>
 #include <cstdlib>
 #include <map>
 #include <tuple>
@@ -18,6 +19,12 @@ constexpr const char* objectPath = "/org/tarnwick/Tarnwick";
 constexpr const char* applicationInterface = "org.freedesktop.Application";
 constexpr const char* tokenKey = "activation-token";
 constexpr const char* tokenVariable = "XDG_ACTIVATION_TOKEN";
+
+/// The names of actions on the bus. `Request::show` has a method of its own.
+constexpr std::array<std::pair<const char*, InstanceGuard::Request>, 2> actions{{
+    {"settings", InstanceGuard::Request::settings},
+    {"quit", InstanceGuard::Request::quit},
+}};
 
 /// Only texts are read.
 using PlatformData = std::map<std::string, std::variant<std::monostate, std::string>>;
@@ -46,25 +53,37 @@ class InstanceGuard::Exported {
 public:
     explicit Exported(InstanceGuard& guard) : object_(*guard.bus_.link(), objectPath, applicationInterface) {
         object_.method("Activate", {"platform_data"}, {}, [&guard](const PlatformData& data) {
-            // The other program gets its answer first.
-            guard.loop_.post(guard.lifeline_.guarded([&guard, token = activationToken(data)] {
-                if (guard.onActivate) {
-                    guard.onActivate(token);
-                }
-            }));
+            passOn(guard, Request::show, data);
         });
-        // There are no files to open and no actions.
+        // There are no files to open.
         object_.method(
             "Open", {"uris", "platform_data"}, {},
             [](const std::vector<std::string>&, const PlatformData&) {});
         object_.method(
             "ActivateAction", {"action_name", "parameter", "platform_data"}, {},
-            [](const std::string&, const std::vector<Parameter>&, const PlatformData&) {});
+            [&guard](
+                const std::string& name, const std::vector<Parameter>& /*parameter*/,
+                const PlatformData& data) {
+                for (const auto& [action, request] : actions) {
+                    if (name == action) {
+                        passOn(guard, request, data);
+                    }
+                }
+            });
     }
 
     [[nodiscard]] bool publish() { return object_.publish(); }
 
 private:
+    static void passOn(InstanceGuard& guard, Request request, const PlatformData& data) {
+        // The other program gets its answer first.
+        guard.loop_.post(guard.lifeline_.guarded([&guard, request, token = activationToken(data)] {
+            if (guard.onRequest) {
+                guard.onRequest(request, token);
+            }
+        }));
+    }
+
     BusObject object_;
 };
 
@@ -76,10 +95,10 @@ std::string InstanceGuard::takeActivationToken() {
 }
 
 InstanceGuard::InstanceGuard(
-    RunLoop& loop, BusConnection& bus, std::string activationToken, std::function<void(Result)> decided)
+    RunLoop& loop, BusConnection& bus, Start start, std::function<void(Result)> decided)
     : loop_(loop),
       bus_(bus),
-      activationToken_(std::move(activationToken)),
+      start_(std::move(start)),
       decided_(std::move(decided)),
       busTimer_(loop.after(patience, [this] { decide(Result::noBus); })) {
     stateSubscription_ = bus_.onStateChange([this] { busChanged(); });
@@ -116,35 +135,47 @@ void InstanceGuard::nameDecided(std::optional<bool> isOurs) {
     } else if (*isOurs) {
         decide(Result::first);
     } else if (decided_ && bus_.state() == BusConnection::State::connected) {
-        if (hasAskedOther_) {
+        if (start_.request == Request::nothing) {
+            decide(Result::anotherRuns);
+        } else if (hasAskedOther_) {
             decide(Result::anotherIsSilent);
         } else {
-            activateOther();
+            askOther();
         }
     }
     // Otherwise nothing: two programs that were started without a bus both go on when it comes.
 }
 
-void InstanceGuard::activateOther() {
+void InstanceGuard::askOther() {
     // The bus has answered: from now on the call's own timeout counts.
     busTimer_.reset();
     hasAskedOther_ = true;
-    callBus<NoResult>(
-        bus_,
-        {
-            .destination = name,
-            .path = objectPath,
-            .interface = applicationInterface,
-            .method = "Activate",
-            .timeout = patience,
-        },
-        std::tuple(platformData(activationToken_)),
-        lifeline_.guarded(
-            [this](const std::optional<NoResult>& answer) { otherAnswered(answer.has_value()); }));
+    const auto call = [this](const char* method, const auto& arguments) {
+        callBus<NoResult>(
+            bus_,
+            {
+                .destination = name,
+                .path = objectPath,
+                .interface = applicationInterface,
+                .method = method,
+                .timeout = patience,
+            },
+            arguments, lifeline_.guarded([this](const std::optional<NoResult>& answer) {
+                otherAnswered(answer.has_value());
+            }));
+    };
+    const PlatformData data = platformData(start_.activationToken);
+    for (const auto& [action, request] : actions) {
+        if (request == start_.request) {
+            call("ActivateAction", std::tuple(std::string(action), std::vector<Parameter>(), data));
+            return;
+        }
+    }
+    call("Activate", std::tuple(data));
 }
 
-void InstanceGuard::otherAnswered(bool hasShown) {
-    if (hasShown) {
+void InstanceGuard::otherAnswered(bool hasTaken) {
+    if (hasTaken) {
         decide(Result::anotherRuns);
     } else {
         // It may have ended in between, and the name may be free.

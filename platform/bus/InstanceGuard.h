@@ -1,4 +1,4 @@
-// One running program per user session: a second start asks the first one to show itself.
+// One running program per user session: a second start asks the first one for something.
 #pragma once
 
 #include "core/Lifeline.h"
@@ -15,9 +15,12 @@ namespace tarnwick {
 /// Main thread.
 class InstanceGuard {
 public:
+    /// What a start asks of the program that is running already.
+    enum class Request { nothing, show, settings, quit };
+
     enum class Result {
         first,
-        anotherRuns,     ///< and has been asked to show itself
+        anotherRuns,     ///< and has taken the request
         anotherIsSilent, ///< runs, but has not answered when asked
         noBus,           ///< no bus, or one that gives no names: several programs may run
     };
@@ -30,30 +33,33 @@ public:
     /// To be called before there are threads.
     [[nodiscard]] static std::string takeActivationToken();
 
-    /// `decided` is called once, soon. `bus` is the session's and outlives it. `activationToken` is passed on
-    /// to the program that shows itself instead of this one.
-    InstanceGuard(
-        RunLoop& loop, BusConnection& bus, std::string activationToken, std::function<void(Result)> decided);
+    struct Start {
+        Request request = Request::show;
+        std::string activationToken{}; ///< passed on with the request
+    };
+
+    /// `decided` is called once, soon. `bus` is the session's and outlives it.
+    InstanceGuard(RunLoop& loop, BusConnection& bus, Start start, std::function<void(Result)> decided);
     InstanceGuard(const InstanceGuard&) = delete;
     InstanceGuard& operator=(const InstanceGuard&) = delete;
     ~InstanceGuard();
 
-    /// Another start has asked this one to show itself. The token, which may be empty, lets it open a window
+    /// Another start has asked this one for something. The token, which may be empty, lets it open a window
     /// in front of others.
-    std::function<void(const std::string& activationToken)> onActivate;
+    std::function<void(Request request, const std::string& activationToken)> onRequest;
 
 private:
     class Exported;
 
     void busChanged();
     void nameDecided(std::optional<bool> isOurs);
-    void activateOther();
-    void otherAnswered(bool hasShown);
+    void askOther();
+    void otherAnswered(bool hasTaken);
     void decide(Result result);
 
     RunLoop& loop_;
     BusConnection& bus_;
-    std::string activationToken_;
+    Start start_;
     std::function<void(Result)> decided_; ///< empty after its call
     std::unique_ptr<Exported> exported_;  ///< only while connected
     RunLoop::Handle busTimer_;

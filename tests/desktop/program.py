@@ -38,27 +38,29 @@ def pings_sent() -> int:
 class Program:
     """Running from the constructor on; `end` kills what is left of it."""
 
-    def __init__(self, desktop: Desktop, prefix: Sequence[str] = (), **settings: object) -> None:
+    def __init__(
+        self, desktop: Desktop, prefix: Sequence[str] = (), options: Sequence[str] = (), **settings: object
+    ) -> None:
         """`prefix` is a command that becomes the program, whose own command line follows."""
         self.desktop = desktop
         self.prefix = prefix
         self.session = desktop.session
         (self.session.logs / "program.log").unlink(missing_ok=True)
-        self.process = self._spawn("program", **settings)
-
-    def _spawn(self, log: str, **settings: object) -> subprocess.Popen[bytes]:
-        arguments = []
+        arguments = list(options)
         for key, value in ({"Hostname": HOST, "PingInterval": 1} | settings).items():
             arguments += ["--set", f"{key}={value}"]
+        self.process = self._spawn("program", arguments)
+
+    def _spawn(self, log: str, arguments: Sequence[str]) -> subprocess.Popen[bytes]:
         return self.session.spawn(log, [*self.prefix, self.session.own_copy(PROGRAM), *arguments])
 
-    def start_again(self) -> int:
+    def start_again(self, *arguments: str) -> int:
         """The exit status of a second program beside this one."""
-        return self.start_beside().wait(timeout=PATIENCE)
+        return self.start_beside(*arguments).wait(timeout=PATIENCE)
 
-    def start_beside(self) -> subprocess.Popen[bytes]:
+    def start_beside(self, *arguments: str) -> subprocess.Popen[bytes]:
         """A second program."""
-        return self._spawn("second")
+        return self._spawn("second", arguments)
 
     def end(self) -> None:
         self.session.kill(self.process)

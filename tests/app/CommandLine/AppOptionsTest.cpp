@@ -57,6 +57,20 @@ TEST(AppOptions, SettingsAreTaken) {
             Setting("PingInterval", 5.0), Setting("PanelFace", std::string("wide"))));
 }
 
+TEST(AppOptions, ARequestIsTaken) {
+    using Request = AppOptions::Request;
+
+    EXPECT_EQ(appOptions({}).request, Request::none);
+    EXPECT_EQ(appOptions({"--show"}).request, Request::show);
+    EXPECT_EQ(appOptions({"--settings", "--settings"}).request, Request::settings);
+    EXPECT_EQ(appOptions({"--quit"}).request, Request::quit);
+}
+
+TEST(AppOptions, ThereIsOnlyOneRequest) {
+    EXPECT_EQ(appRefusal({"--show", "--quit"}), "only one of --show, --settings and --quit is possible");
+    EXPECT_EQ(appRefusal({"--quit", "--set", "PingInterval=5"}), "--quit takes no --set");
+}
+
 TEST(AppOptions, HelpHasAShortForm) {
     EXPECT_TRUE(appOptions({"-h"}).help);
     EXPECT_EQ(appRefusal({"-x"}), "unknown option \"-x\"");
@@ -69,7 +83,8 @@ TEST(AppOptions, HelpAndVersionAreTaken) {
 
 TEST(AppOptions, TheUsageNamesEveryOptionAndListsTheSettings) {
     for (const std::string& part :
-         {std::string("--set KEY=VALUE"), std::string("--help"), std::string("--version"), settingsUsage()}) {
+         {std::string("--set KEY=VALUE"), std::string("--help"), std::string("--version"),
+          std::string("--show"), std::string("--settings"), std::string("--quit"), settingsUsage()}) {
         EXPECT_THAT(AppOptions::usage(), testing::HasSubstr(part));
     }
 }

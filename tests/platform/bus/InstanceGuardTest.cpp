@@ -17,20 +17,24 @@ namespace tarnwick {
 
 namespace {
 
+using Request = InstanceGuard::Request;
 using Result = InstanceGuard::Result;
 using testing::ElementsAre;
+using testing::Pair;
 
 /// One start of the program.
 struct Start {
-    Start(RunLoop& loop, const std::string& address, std::string activationToken = "")
+    Start(RunLoop& loop, const std::string& address, InstanceGuard::Start start = {})
         : bus(loop, address),
-          guard(loop, bus, std::move(activationToken), [this](Result result) { results.push_back(result); }) {
-        guard.onActivate = [this](const std::string& token) { activations.push_back(token); };
+          guard(loop, bus, std::move(start), [this](Result result) { results.push_back(result); }) {
+        guard.onRequest = [this](Request request, const std::string& token) {
+            requests.emplace_back(request, token);
+        };
     }
 
     BusConnection bus;
     std::vector<Result> results;
-    std::vector<std::string> activations;
+    std::vector<std::pair<Request, std::string>> requests;
     InstanceGuard guard;
 };
 
@@ -70,7 +74,7 @@ TEST_F(InstanceGuardTest, ASecondStartActivatesTheFirst) {
     ASSERT_TRUE(runUntilDecided(second));
 
     EXPECT_THAT(second.results, ElementsAre(Result::anotherRuns));
-    EXPECT_TRUE(runUntil([&first] { return first.activations.size() == 1; }));
+    EXPECT_TRUE(runUntil([&first] { return first.requests.size() == 1; }));
 }
 
 TEST_F(InstanceGuardTest, ABusThatRefusesTheNameSaysNothingOfOthers) {
@@ -88,11 +92,39 @@ TEST_F(InstanceGuardTest, ASecondStartPassesItsActivationTokenOn) {
     const Start first(loop_, daemon_.address());
     ASSERT_TRUE(runUntilDecided(first));
 
-    const Start second(loop_, daemon_.address(), "token-1");
+    const Start second(loop_, daemon_.address(), {.activationToken = "token-1"});
 
     ASSERT_TRUE(runUntilDecided(second));
-    ASSERT_TRUE(runUntil([&first] { return !first.activations.empty(); }));
-    EXPECT_THAT(first.activations, ElementsAre("token-1"));
+    ASSERT_TRUE(runUntil([&first] { return !first.requests.empty(); }));
+    EXPECT_THAT(first.requests, ElementsAre(Pair(Request::show, "token-1")));
+}
+
+TEST_F(InstanceGuardTest, ASecondStartAsksTheFirstForWhatItIsFor) {
+    for (const Request request : {Request::settings, Request::quit}) {
+        const Start first(loop_, daemon_.address());
+        ASSERT_TRUE(runUntilDecided(first));
+
+        const Start second(loop_, daemon_.address(), {.request = request, .activationToken = "token-1"});
+
+        ASSERT_TRUE(runUntilDecided(second));
+        EXPECT_THAT(second.results, ElementsAre(Result::anotherRuns));
+        ASSERT_TRUE(runUntil([&first] { return !first.requests.empty(); }));
+        EXPECT_THAT(first.requests, ElementsAre(Pair(request, "token-1")));
+    }
+}
+
+TEST_F(InstanceGuardTest, AStartThatAsksForNothingLeavesTheFirstAlone) {
+    const Start first(loop_, daemon_.address());
+    ASSERT_TRUE(runUntilDecided(first));
+    const Start second(loop_, daemon_.address(), {.request = Request::nothing});
+    ASSERT_TRUE(runUntilDecided(second));
+    EXPECT_THAT(second.results, ElementsAre(Result::anotherRuns));
+
+    const Start third(loop_, daemon_.address());
+    ASSERT_TRUE(runUntilDecided(third));
+
+    ASSERT_TRUE(runUntil([&first] { return !first.requests.empty(); }));
+    EXPECT_EQ(first.requests.size(), 1);
 }
 
 TEST_F(InstanceGuardTest, TheActivationTokenLeavesTheEnvironment) {
@@ -180,7 +212,7 @@ TEST_F(InstanceGuardTest, WhoFoundNoBusIsTheFirstWhenItComes) {
     EXPECT_THAT(start.results, ElementsAre(Result::noBus));
 }
 
-TEST_F(InstanceGuardTest, OpeningFilesAndActionsDoNothing) {
+TEST_F(InstanceGuardTest, OpeningFilesAndUnknownActionsDoNothing) {
     const Start start(loop_, daemon_.address());
     ASSERT_TRUE(runUntilDecided(start));
     BusPeer& peer = addPeer();
@@ -190,12 +222,12 @@ TEST_F(InstanceGuardTest, OpeningFilesAndActionsDoNothing) {
     const auto open = peer.call(target(), "Open", std::vector<std::string>{"file:///x"}, noData);
     ASSERT_TRUE(runUntilAnswered(open));
     const auto action =
-        peer.call(target(), "ActivateAction", std::string("quit"), std::vector<Value>(), noData);
+        peer.call(target(), "ActivateAction", std::string("dance"), std::vector<Value>(), noData);
     ASSERT_TRUE(runUntilAnswered(action));
 
     EXPECT_EQ(open->error(), "");
     EXPECT_EQ(action->error(), "");
-    EXPECT_TRUE(start.activations.empty());
+    EXPECT_TRUE(start.requests.empty());
 }
 
 TEST_F(InstanceGuardTest, AnActivationWithWrongArgumentsIsAnError) {
@@ -206,7 +238,7 @@ TEST_F(InstanceGuardTest, AnActivationWithWrongArgumentsIsAnError) {
 
     ASSERT_TRUE(runUntilAnswered(answer));
     EXPECT_EQ(answer->error(), BusError::invalidArguments);
-    EXPECT_TRUE(start.activations.empty());
+    EXPECT_TRUE(start.requests.empty());
 }
 
 } // namespace tarnwick

@@ -1,0 +1,123 @@
+"""What a second start asks of the running program, and the desktop's entry that starts both."""
+
+from __future__ import annotations
+
+import configparser
+import os
+import pathlib
+import shlex
+import subprocess
+import tempfile
+import unittest
+
+from endtoend.waiting import eventually, never
+
+from .panels import LatePanel
+from .program import PATIENCE, PROGRAM, Program, pings_sent
+
+ENTRY = pathlib.Path(__file__).resolve().parents[2] / "packaging/tarnwick.desktop"
+SETTINGS_TITLE = "Tarnwick Settings"
+INSTANCE = "org.tarnwick.Tarnwick"
+SHORT_SECONDS = 0.5
+
+
+class Requests(unittest.TestCase):
+    def setUp(self) -> None:
+        LatePanel.require()
+        self.desktop = LatePanel()
+        self.desktop.start()
+        self.addCleanup(self.desktop.stop)
+
+    def started(self) -> Program:
+        before = pings_sent()
+        program = Program(self.desktop)
+        self.addCleanup(program.end)
+        eventually(lambda: pings_sent() >= before + 2, PATIENCE, "two pings")
+        return program
+
+    def has_settings(self) -> bool:
+        return any(title == SETTINGS_TITLE for title, _ in self.desktop.windows())
+
+    def second_output(self) -> str:
+        return self.desktop.session.log("second")
+
+    def test_settings_for_a_run_are_refused_while_another_runs(self) -> None:
+        program = self.started()
+
+        self.assertEqual(program.start_again("--set", "PingInterval=5"), 1)
+
+        self.assertRegex(self.second_output(), r"^tarnwick: [^\n]*--set[^\n]*\n$")
+        self.assertTrue(never(program.drop_down, SHORT_SECONDS), "it opened")
+
+    def test_show_opens_the_drop_down_of_the_running_one(self) -> None:
+        program = self.started()
+
+        self.assertEqual(program.start_again("--show"), 0)
+
+        eventually(program.drop_down, PATIENCE, "the drop-down")
+
+    def test_settings_opens_those_of_the_running_one(self) -> None:
+        program = self.started()
+
+        self.assertEqual(program.start_again("--settings"), 0)
+
+        eventually(self.has_settings, PATIENCE, "the settings window")
+        self.assertIsNone(program.drop_down())
+
+    def test_quit_ends_the_running_one_with_the_statistics_saved(self) -> None:
+        program = self.started()
+
+        self.assertEqual(program.start_again("--quit"), 0, self.second_output())
+
+        self.assertIsNone(self.desktop.session.bus.owner(INSTANCE))
+        self.assertEqual(program.exit_status(), 0)
+        self.assertGreaterEqual(program.saved_pings(), 1)
+
+    def test_the_first_start_can_show_something_too(self) -> None:
+        for option, is_open in (("--show", lambda program: program.drop_down()), ("--settings", lambda _: self.has_settings())):
+            with self.subTest(option):
+                program = Program(self.desktop, options=(option,))
+                self.addCleanup(program.end)
+
+                eventually(lambda is_open=is_open, program=program: is_open(program), PATIENCE, "its window")
+
+                program.end()
+
+
+class QuitWithoutAnother(unittest.TestCase):
+    def test_it_says_that_none_runs(self) -> None:
+        with tempfile.TemporaryDirectory() as home:
+            done = subprocess.run(
+                [PROGRAM, "--quit"],
+                env={"PATH": os.environ["PATH"], "HOME": home, "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"},
+                capture_output=True,
+                text=True,
+                timeout=PATIENCE,
+                check=False,
+            )
+
+        self.assertEqual(done.returncode, 1)
+        self.assertRegex(done.stderr, r"^tarnwick: [^\n]*not running[^\n]*\n$")
+
+
+class DesktopEntry(unittest.TestCase):
+    def test_desktops_accept_it(self) -> None:
+        done = subprocess.run(
+            ["desktop-file-validate", str(ENTRY)], capture_output=True, text=True, timeout=PATIENCE, check=False
+        )
+
+        self.assertEqual((done.returncode, done.stdout + done.stderr), (0, ""))
+
+    def test_it_offers_the_settings_and_the_end(self) -> None:
+        entry = configparser.ConfigParser(interpolation=None)
+        entry.optionxform = str
+        entry.read(ENTRY, encoding="utf-8")
+
+        actions = entry["Desktop Entry"]["Actions"].rstrip(";").split(";")
+
+        commands = [shlex.split(entry[f"Desktop Action {action}"]["Exec"]) for action in actions]
+        self.assertEqual(commands, [["tarnwick", "--settings"], ["tarnwick", "--quit"]])
+
+
+if __name__ == "__main__":
+    unittest.main()
