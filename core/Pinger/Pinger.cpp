@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -56,7 +57,7 @@ const ResolvedAddress* Pinger::address() const {
 }
 
 void Pinger::open(const std::vector<ResolvedAddress>& resolved) {
-    std::string failure = "no usable address";
+    std::optional<std::string> failure; // the first: where pinging is forbidden, IPv6 may only be absent
     std::set<std::int32_t> families;
     for (const ResolvedAddress& candidate : resolved) {
         families.insert(candidate.family);
@@ -64,7 +65,7 @@ void Pinger::open(const std::vector<ResolvedAddress>& resolved) {
     for (const std::int32_t family : families) {
         auto opened = network_.open(family, identifier_, [this, family] { readAvailable(family); });
         if (auto* error = std::get_if<SocketError>(&opened)) {
-            failure = std::move(error->text);
+            failure = failure.value_or(error->text);
         } else {
             sockets_.emplace(family, std::move(std::get<std::unique_ptr<EchoSocket>>(opened)));
         }
@@ -74,7 +75,7 @@ void Pinger::open(const std::vector<ResolvedAddress>& resolved) {
     });
     selector_ = {.count = static_cast<int>(addresses_.size()), .deadline = responseDeadline_};
     if (addresses_.empty()) {
-        emit(Failed{PingError::socket(failure)});
+        emit(Failed{PingError::socket(failure.value_or("no usable address"))});
     } else {
         emit(Started{addresses_.front()});
     }

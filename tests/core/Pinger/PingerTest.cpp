@@ -49,6 +49,21 @@ TEST_F(PingerTest, RemembersWhatItWasMadeWith) {
     EXPECT_EQ(pinger.identifier(), identifier);
 }
 
+TEST_F(PingerTest, AFamilyThatIsAbsentDoesNotHideThatTheFirstIsForbidden) {
+    network.setHost(
+        "host", std::vector{VirtualNetwork::address("2001:db8::1"), VirtualNetwork::address(address)});
+    network.setSocketError(AF_INET, "Permission denied");
+    network.setSocketError(AF_INET6, "Address family not supported by protocol");
+    std::vector<Pinger::Event> events;
+    pinger.onEvent = [&events](const Pinger::Event& event) { events.push_back(event); };
+
+    start();
+
+    ASSERT_EQ(events.size(), 1U);
+    ASSERT_TRUE(std::holds_alternative<Pinger::Failed>(events[0]));
+    EXPECT_EQ(std::get<Pinger::Failed>(events[0]).error, PingError::socket("Permission denied"));
+}
+
 TEST_F(PingerTest, SendsTheRequestWithItsIdAndIdentifierToTheCurrentAddress) {
     start();
 
