@@ -64,6 +64,7 @@ void Monitor::start() {
     pingInterval_ = prefs_.pingInterval();
     recorder_.load();
     measured_.recording = recorder_.state();
+    measured_.recordingProblem = recorder_.problem();
     measured_.ledger.resetSite(recorder_.counterOf(prefs_.hostname()));
     housekeepingTimer_ = loop_.everyRoughly(
         loop_.now() + housekeepingInterval, housekeepingInterval, housekeepingTolerance, [this] { tick(); });
@@ -85,6 +86,7 @@ void Monitor::saveStatsOf(const std::string& host, FileStore::Durability durabil
         measured_.ledger.resetSite(recorder_.counterOf(host));
     }
     measured_.recording = recorder_.state();
+    measured_.recordingProblem = recorder_.problem();
 }
 
 void Monitor::refreshWatchdogConfig() {

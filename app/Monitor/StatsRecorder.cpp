@@ -95,19 +95,27 @@ void StatsRecorder::write(FileStore::Durability durability) {
     StatsByHost figures = allTimeStats_;
     std::erase_if(figures, [](const auto& entry) { return entry.second.isEmpty(); });
     if (!isUnread_ && written_ && durability <= *written_ && figures == onDisk_) {
+        problem_.clear();
         return; // nothing has been counted since
     }
-    if (isUnread_ && FileStore::keepAside(store_.url)) {
-        return;
+    problem_ = replaceFile(std::move(figures), durability);
+}
+
+std::error_code StatsRecorder::replaceFile(StatsByHost figures, FileStore::Durability durability) {
+    if (isUnread_) {
+        if (const std::error_code error = FileStore::keepAside(store_.url)) {
+            return error;
+        }
     }
-    if (store_.save(figures, durability)) {
-        return;
+    if (const std::error_code error = store_.save(figures, durability)) {
+        return error;
     }
     isUnread_ = false;
     seen_ = FileStore::versionOf(store_.url);
     written_ = durability;
     resetHosts_.clear();
     onDisk_ = std::move(figures);
+    return {};
 }
 
 } // namespace tarnwick

@@ -8,6 +8,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <system_error>
 
 namespace tarnwick {
 
@@ -31,8 +32,8 @@ public:
     void load();
     /// The counter of a host, empty when it has none.
     [[nodiscard]] StatCounter counterOf(const std::string& host) const;
-    /// Remembers the host's counter and writes all that are not empty. A failure to write is ignored: the old
-    /// file stands, and the next save tries again. A file that can't be read is kept under another name
+    /// Remembers the host's counter and writes all that are not empty. After a failure to write the old file
+    /// stands, and the next save tries again. A file that can't be read is kept under another name
     /// first.
     Saved save(const std::string& host, const StatCounter& counter, FileStore::Durability durability);
 
@@ -42,6 +43,9 @@ public:
 
     [[nodiscard]] State state() const { return state_; }
 
+    /// Why the last write failed, in the system's words; empty when it did not. For `State::records`.
+    [[nodiscard]] std::string problem() const { return problem_ ? problem_.message() : std::string(); }
+
 private:
     /// None when it can't be read.
     std::optional<StatsByHost> read();
@@ -49,10 +53,13 @@ private:
     [[nodiscard]] bool mustBeRead() const;
     [[nodiscard]] bool isFromAnotherWriter(const StatsByHost& present) const;
     void write(FileStore::Durability durability);
+    /// Returns why it failed.
+    std::error_code replaceFile(StatsByHost figures, FileStore::Durability durability);
 
     StatsStore store_;
     StatsLock lock_;
     State state_ = State::cannotRecord;
+    std::error_code problem_;
     StatsByHost allTimeStats_;
     std::set<std::string> resetHosts_;             ///< since this process last wrote
     StatsByHost onDisk_;                           ///< as last read or written here

@@ -47,7 +47,8 @@ struct Measurements {
     Samples samples{}; ///< of the last 300 s, in the order of sending
     PingLedger ledger{};
     Recording recording = Recording::records;
-    Notices notices{}; ///< that the rest of the program has set
+    std::string recordingProblem{}; ///< why the statistics could not be written last; empty when they were
+    Notices notices{};              ///< that the rest of the program has set
 };
 
 /// The settings that decide what is shown.

@@ -22,10 +22,15 @@ std::optional<Notice> pingNotice(const Measurements& measured) {
     return Notice{.kind = Notice::Kind::noPingSocket, .text = error->message()};
 }
 
-std::optional<Notice> recordingNotice(Recording recording) {
-    switch (recording) {
+std::optional<Notice> recordingNotice(const Measurements& measured) {
+    switch (measured.recording) {
     case Recording::records:
-        return std::nullopt;
+        if (measured.recordingProblem.empty()) {
+            return std::nullopt;
+        }
+        return Notice{
+            .kind = Notice::Kind::notRecorded,
+            .text = "The statistics are not stored: " + measured.recordingProblem + "."};
     case Recording::otherRecords:
         return Notice{
             .kind = Notice::Kind::notRecorded,
@@ -46,7 +51,7 @@ std::string Notice::line() const {
 
 Notices noticesOf(const Measurements& measured) {
     Notices notices = measured.notices;
-    for (auto& notice : {pingNotice(measured), recordingNotice(measured.recording)}) {
+    for (auto& notice : {pingNotice(measured), recordingNotice(measured)}) {
         if (notice) {
             notices.push_back(*notice);
         }

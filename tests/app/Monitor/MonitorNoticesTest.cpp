@@ -103,6 +103,36 @@ TEST_F(MonitorNoticesTest, AnotherProgramThatRecordsIsToldUntilItEnds) {
     EXPECT_THAT(lines(), IsEmpty());
 }
 
+TEST_F(MonitorNoticesTest, AFailedWriteIsToldUntilAnotherSucceeds) {
+    // A folder in the place of the file that is written first.
+    const std::filesystem::path inTheWay = statistics.string() + ".new";
+    std::filesystem::create_directories(inTheWay);
+    watchFor(25);
+    EXPECT_THAT(lines(), ElementsAre("The statistics are not stored: Is a directory."));
+
+    std::filesystem::remove(inTheWay);
+    loop.advance(20);
+
+    EXPECT_THAT(lines(), IsEmpty());
+}
+
+TEST_F(MonitorNoticesTest, AFolderThatCannotBeWrittenIsTold) {
+    test::writeFile(folder.path() / "file", "");
+    Monitor unstored(
+        prefs, {.loop = loop,
+                .network = network,
+                .path = path,
+                .sleep = sleep,
+                .notifications = notifications,
+                .store = {folder.path() / "file" / "stats.json"}});
+    unstored.start();
+
+    ASSERT_EQ(unstored.reading().notices.size(), 1U);
+    EXPECT_EQ(
+        unstored.reading().notices[0].text,
+        "The statistics are not stored: their folder can’t be written or locked.");
+}
+
 // What the rest of the program knows.
 
 TEST_F(MonitorNoticesTest, ANoticeIsThereUntilItIsCleared) {

@@ -71,6 +71,13 @@ TEST(Notice, TellsWhyTheStatisticsAreNotRecorded) {
             .text = "The statistics are not stored: their folder can’t be written or locked."}));
 }
 
+TEST(Notice, TellsWhyTheStatisticsCouldNotBeWritten) {
+    EXPECT_THAT(
+        noticesOf({.recordingProblem = "No space left on device"}),
+        ElementsAre(Notice{
+            .kind = Kind::notRecorded, .text = "The statistics are not stored: No space left on device."}));
+}
+
 TEST(Notice, TheMostImportantOneIsTheFirst) {
     const Measurements measured{
         .startError = PingError::socket("Permission denied"),
