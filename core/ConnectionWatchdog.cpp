@@ -84,6 +84,14 @@ ConnectionWatchdog::Actions ConnectionWatchdog::networkChanged(double now) {
     return tick(now);
 }
 
+void ConnectionWatchdog::heldUp(double now) {
+    episodeStart_ = now;
+    graceUntil_ = std::max(graceUntil_, now + config_.grace);
+    if (isResolving_) {
+        lastRestart_ = now;
+    }
+}
+
 ConnectionWatchdog::Actions ConnectionWatchdog::tick(double now) {
     Actions actions;
     giveUpStalledStart(now, actions);

@@ -44,6 +44,9 @@ public:
     [[nodiscard]] Actions startFailed(double now);
     [[nodiscard]] Actions replyReceived(double now);
     [[nodiscard]] Actions networkChanged(double now);
+    /// The program has not run for a while, and runs again at `now`: that it heard nothing says nothing of
+    /// the connection. Silence, grace and the time of a lookup begin anew; the status stays.
+    void heldUp(double now);
     [[nodiscard]] Actions tick(double now);
 
     void setConfig(const Config& config) { config_ = config; }

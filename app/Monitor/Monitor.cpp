@@ -8,7 +8,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double housekeepingInterval = 1.0;
 /// A tick may come this late. Pings fire about a millisecond after it, so both share one wake-up.
 constexpr double housekeepingTolerance = 0.01;
 
@@ -66,8 +65,9 @@ void Monitor::start() {
     measured_.recording = recorder_.state();
     measured_.recordingProblem = recorder_.problem();
     measured_.ledger.resetSite(recorder_.counterOf(prefs_.hostname()));
-    housekeepingTimer_ = loop_.everyRoughly(
-        loop_.now() + housekeepingInterval, housekeepingInterval, housekeepingTolerance, [this] { tick(); });
+    lastTick_ = loop_.now();
+    housekeepingTimer_ =
+        loop_.everyRoughly(lastTick_ + tickInterval, tickInterval, housekeepingTolerance, [this] { tick(); });
     prefs_.onChange = lifeline_.guarded([this] { settingsChanged(); });
     observeSystemEvents();
     watchdog_.setAlertsEnabled(prefs_.showNotifications());

@@ -87,6 +87,7 @@ public:
     std::function<void(double now)> onTick;
 
 private:
+    static constexpr double tickInterval = 1.0; ///< seconds
     /// Seconds that the network is given to come back after a sleep.
     static constexpr double restartAfterWake = 2.0;
 
@@ -106,6 +107,8 @@ private:
     // The judging.
     void tick();
     void judge(double now);
+    /// After a time in which the program did not run; it did at `lastTick`.
+    void startSilenceAnew(double lastTick, double now);
     /// Takes over the watchdog's verdict after a step, then does what the step asked for.
     void carryOut(const ConnectionWatchdog::Actions& actions);
     void carryOut(ConnectionWatchdog::Action action);
@@ -177,8 +180,9 @@ private:
     std::uint16_t identifier_;
     std::optional<double> lastPingSent_; ///< monotonic: setting the wall clock must not hold up pinging
     std::uint64_t nextPingId_;
-    int openEvents_ = 0; ///< instances of `PublishAtEnd`
-    int tickCount_ = 0;  ///< since the last periodic save
+    int openEvents_ = 0;  ///< instances of `PublishAtEnd`
+    int tickCount_ = 0;   ///< since the last periodic save
+    double lastTick_ = 0; ///< monotonic, also while asleep
     bool asleep_ = false;
     std::optional<std::string> lastPathKey_;
     RunLoop::Handle pathWork_; ///< the pending reaction to a path change

@@ -2,24 +2,41 @@
 #include "app/Monitor/Monitor.h"
 
 #include <unordered_set>
+#include <utility>
 
 namespace tarnwick {
 
 namespace {
 
 constexpr int ticksBetweenSaves = 20;
+/// Seconds between two ticks. After a longer pause the program was stopped, or starved by a machine that
+/// swaps. It is shorter than the shortest silence that counts as an outage.
+constexpr double longestPause = 3;
 
 } // namespace
 
 void Monitor::tick() {
+    const double now = loop_.now();
+    const double lastTick = std::exchange(lastTick_, now);
     if (asleep_) {
         return;
     }
-    const double now = loop_.now();
+    if (now - lastTick > longestPause) {
+        startSilenceAnew(lastTick, now);
+    }
     judge(now);
     if (onTick) {
         onTick(now);
     }
+}
+
+void Monitor::startSilenceAnew(double lastTick, double now) {
+    watchdog_.heldUp(now);
+    // What was sent after the tick that should have come was sent after the pause.
+    const double pauseBeganBy = lastTick + tickInterval;
+    std::erase_if(pending_, [&](const PendingPing& ping) {
+        return !ping.reply && !ping.lost && ping.sent <= pauseBeganBy;
+    });
 }
 
 void Monitor::judge(double now) {

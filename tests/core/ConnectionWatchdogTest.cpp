@@ -48,6 +48,11 @@ protected:
             {"started", [&] { return started(step.number(1)); }},
             {"failed", [&] { return outcome(watchdog_.startFailed(step.number(1))); }},
             {"reply", [&] { return outcome(watchdog_.replyReceived(step.number(1))); }},
+            {"heldUp",
+             [&] {
+                 watchdog_.heldUp(step.number(1));
+                 return outcome({});
+             }},
             {"network", [&] { return outcome(watchdog_.networkChanged(step.number(1))); }},
             {"tick", [&] { return outcome(watchdog_.tick(step.number(1))); }},
             {"ticks", [&] { return restarts(step.number(1), step.number(2)); }},

@@ -109,6 +109,7 @@ void MonitorScript::addSettings() {
 
 void MonitorScript::addSurroundings() {
     commands_["pass"] = [this](const Step& step) { pass(step.number(1)); };
+    commands_["stall"] = [this](const Step& step) { loop.stall(step.number(1)); };
     commands_["answers"] = [this](const Step& step) { setDelays(step); };
     commands_["silence"] = [this](const Step&) { fallSilent(); };
     commands_["reply"] = [this](const Step& step) {
