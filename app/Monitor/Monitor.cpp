@@ -61,6 +61,7 @@ void Monitor::start() {
     const PublishAtEnd publishAtEnd(*this);
     host_ = prefs_.hostname();
     pingInterval_ = prefs_.pingInterval();
+    pingTimeout_ = prefs_.pingTimeout();
     recorder_.load();
     measured_.recording = recorder_.state();
     measured_.recordingProblem = recorder_.problem();

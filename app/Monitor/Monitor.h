@@ -157,9 +157,10 @@ private:
     void pathChanged(const std::string& key);
 
     Preferences& prefs_;
-    // The host and the interval that the monitor last acted on.
+    // The settings that the monitor last acted on.
     std::string host_;
-    double pingInterval_ = 0;
+    double pingInterval_ = 0; ///< seconds
+    double pingTimeout_ = 0;  ///< seconds
     RunLoop& loop_;
     PingNetwork& network_;
     PathMonitor& pathMonitor_;

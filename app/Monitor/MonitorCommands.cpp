@@ -13,12 +13,15 @@ void Monitor::setHostname(const std::string& text) {
 
 void Monitor::settingsChanged() {
     const PublishAtEnd publishAtEnd(*this);
-    // A new time-out has to wait: the watchdog takes it over with the next host, interval or wake.
     watchdog_.setAlertsEnabled(prefs_.showNotifications());
     if (prefs_.hostname() != host_) {
         saveStatsOf(host_, FileStore::Durability::powerCut);
         host_ = prefs_.hostname();
         hostChanged();
+    }
+    if (prefs_.pingTimeout() != pingTimeout_) {
+        pingTimeout_ = prefs_.pingTimeout();
+        refreshWatchdogConfig();
     }
     if (prefs_.pingInterval() != pingInterval_) {
         pingInterval_ = prefs_.pingInterval();
@@ -55,7 +58,6 @@ void Monitor::restoreDefaults() {
     const PublishAtEnd publishAtEnd(*this);
     saveStats();
     prefs_.restoreDefaults();
-    pingIntervalChanged(); // even if only the time-out differs: the watchdog takes it over here
 }
 
 void Monitor::resetSessionStats() {
