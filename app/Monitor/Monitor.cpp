@@ -129,23 +129,19 @@ void Monitor::sendPing() {
     const double sent = pinger_->send(id).at;
     lastPingSent_ = sent;
     pending_.push_back({.id = id, .sent = sent});
-    Samples& samples = measured_.samples;
-    samplesInOrder_ = samples.empty() || (samplesInOrder_ && samples.back().date <= date);
-    samples.push_back({.id = id, .date = date});
-    forgetOldSamples(date);
+    addSample({.id = id, .date = date});
     measured_.ledger.sent(id, measured_.status != Status::down);
 }
 
-void Monitor::forgetOldSamples(RunLoop::WallTime now) {
+void Monitor::addSample(const Sample& sample) {
     Samples& samples = measured_.samples;
-    const auto isOld = [now](const Sample& sample) { return now - sample.date > LatencyChart::span; };
-    if (samplesInOrder_) {
-        while (isOld(samples.front())) {
-            samples.pop_front();
-        }
-    } else {
-        // The wall clock was set back: old ones may lie anywhere.
-        std::erase_if(samples, isOld);
+    // After the wall clock was set back, the chart would draw these once more when their time comes again.
+    while (!samples.empty() && samples.back().date > sample.date) {
+        samples.pop_back();
+    }
+    samples.push_back(sample);
+    while (sample.date - samples.front().date > LatencyChart::span) {
+        samples.pop_front();
     }
 }
 

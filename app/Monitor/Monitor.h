@@ -96,7 +96,8 @@ private:
     void stopPinging();
     void schedulePingTimer();
     void sendPing();
-    void forgetOldSamples(RunLoop::WallTime now);
+    /// Adds one to the chart's, and drops those that have left it.
+    void addSample(const Sample& sample);
     void handle(const Pinger::Event& happened);
     void pingingStarted(const ResolvedAddress& address);
     void pingingFailed(const PingError& error);
@@ -171,7 +172,6 @@ private:
 
     Measurements measured_;
     Observed<Reading> reading_;
-    bool samplesInOrder_ = true; ///< their dates rise
     StatsRecorder recorder_;
     std::vector<PendingPing> pending_; ///< in the scoring window, oldest first
     std::unique_ptr<Pinger> pinger_;

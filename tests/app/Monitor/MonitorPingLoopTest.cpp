@@ -75,22 +75,43 @@ TEST_F(MonitorPingLoopTest, EachPingBecomesASampleOfItsTime) {
     EXPECT_EQ(sample(1), (Sample{.id = network.sent()[1].id, .date = wallAtStart + std::chrono::seconds(1)}));
 }
 
-TEST_F(MonitorPingLoopTest, DropsOldSamplesWhereverTheyLieAfterTheWallClockWasSetBack) {
-    const auto hour = std::chrono::hours(1);
+TEST_F(MonitorPingLoopTest, DropsSamplesOfALaterTimeWhenTheWallClockWasSetBack) {
     start();
     pass(10.5);
-    loop.setWallClock(loop.wallNow() - hour);
-    pass(10);
-    const auto latestOfTheHourBack = loop.wallNow();
-    loop.setWallClock(loop.wallNow() + hour);
+    loop.setWallClock(loop.wallNow() - std::chrono::seconds(5));
 
     pass(1);
 
-    // Eleven from before and one from after lie around ten that are an hour old.
-    EXPECT_EQ(monitor->reading().samples, 12U);
+    // Seven from before that are not later, and the latest.
+    EXPECT_EQ(monitor->reading().samples, 8U);
     EXPECT_THAT(
         monitor->measured().samples,
-        testing::Each(testing::Field(&Sample::date, testing::Gt(latestOfTheHourBack))));
+        testing::Each(testing::Field(&Sample::date, testing::Le(loop.wallNow()))));
+}
+
+TEST_F(MonitorPingLoopTest, AnOutageIsNotDrawnAgainAfterTheWallClockWasSetBack) {
+    start();
+    pass(10.5);
+    fallSilent();
+    pass(60);
+    answerAfter(usualDelay);
+    pass(30);
+    loop.setWallClock(loop.wallNow() - std::chrono::minutes(10));
+
+    pass(10.0 * 60);
+
+    const std::vector<LatencyChart::Bucket>& buckets = monitor->reading().chart.buckets;
+    EXPECT_THAT(buckets, testing::Each(testing::Field(&LatencyChart::Bucket::lost, false)));
+}
+
+TEST_F(MonitorPingLoopTest, DropsOldSamplesAfterTheWallClockWasSetForward) {
+    start();
+    pass(10.5);
+    loop.setWallClock(loop.wallNow() + std::chrono::hours(1));
+
+    pass(1);
+
+    EXPECT_EQ(monitor->reading().samples, 1U);
 }
 
 TEST_F(MonitorPingLoopTest, KeepsTheSamplesOfFiveMinutes) {
