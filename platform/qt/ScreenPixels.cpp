@@ -7,8 +7,27 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 namespace tarnwick::ScreenPixels {
+
+namespace {
+
+/// A panel may tell any number as the place of a click: one that no `int` holds becomes the nearest.
+int scaled(int coordinate, double scale) {
+    using Limits = std::numeric_limits<int>;
+    const double value = std::round(coordinate * scale);
+    return static_cast<int>(std::clamp<double>(value, Limits::min(), Limits::max()));
+}
+
+bool isWithin(double reach, ScreenPoint one, ScreenPoint other) {
+    // In floating point, where the difference of two far points has room.
+    const double across = std::abs(static_cast<double>(one.x) - other.x);
+    const double down = std::abs(static_cast<double>(one.y) - other.y);
+    return std::max(across, down) <= reach;
+}
+
+} // namespace
 
 ScreenPoint of(const QPoint& point) {
     const QScreen* screen = QGuiApplication::screenAt(point);
@@ -46,10 +65,8 @@ ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer) {
     constexpr std::array scales{1.0, 1.25, 1.5, 1.75, 2.0, 2.5, 3.0};
     constexpr int reach = 48; // in units of the panel: some tell the icon's middle or corner
     for (const double scale : scales) {
-        const ScreenPoint pixel{
-            .x = static_cast<int>(std::lround(told.x * scale)),
-            .y = static_cast<int>(std::lround(told.y * scale))};
-        if (std::max(std::abs(pixel.x - pointer.x), std::abs(pixel.y - pointer.y)) <= reach * scale) {
+        const ScreenPoint pixel{.x = scaled(told.x, scale), .y = scaled(told.y, scale)};
+        if (isWithin(reach * scale, pixel, pointer)) {
             return pixel;
         }
     }

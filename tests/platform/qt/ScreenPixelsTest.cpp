@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace tarnwick {
 
 TEST(ScreenPixels, APointOfTheToolkitIsFoundAgain) {
@@ -32,6 +34,15 @@ TEST(ScreenPixels, AClickInThePanelsOwnUnitsIsScaledToThePointer) {
         ScreenPixels::clicked({.x = 625, .y = 13}, {.x = 1252, .y = 24}), (ScreenPoint{.x = 1250, .y = 26}));
     EXPECT_EQ(
         ScreenPixels::clicked({.x = 800, .y = 20}, {.x = 1203, .y = 30}), (ScreenPoint{.x = 1200, .y = 30}));
+}
+
+TEST(ScreenPixels, AClickFarBeyondEveryScreenStandsAsTold) {
+    for (const int far : {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+        const ScreenPoint told{.x = far, .y = far};
+
+        EXPECT_EQ(ScreenPixels::clicked(told, {.x = 10, .y = 10}), told);
+        EXPECT_EQ(ScreenPixels::clicked(told, {.x = -10, .y = -10}), told);
+    }
 }
 
 TEST(ScreenPixels, WithThePointerElsewhereAClickStandsAsTold) {
