@@ -6,6 +6,8 @@
 #include "app/CommandLine/ArgumentParser.h"
 #include "app/CommandLine/StartUp.h"
 #include "platform/bus/InstanceGuard.h"
+#include "platform/linux/OwnIcons.h"
+#include "platform/linux/Sandbox.h"
 #include "platform/linux/SignalWatch.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "platform/qt/QtLoopHost.h"
@@ -88,7 +90,7 @@ int runApplication(const AppOptions& options, std::string name, const std::strin
             AppDelegate::Setup{
                 .settings = options.settings,
                 .version = TARNWICK_VERSION,
-                .iconFolder = TARNWICK_ICON_FOLDER});
+                .iconFolder = ownIcons(isSandboxed()).string()});
         if (options.request != AppOptions::Request::none) {
             serve(*delegate, requestFor(options), startToken);
         }

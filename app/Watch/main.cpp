@@ -8,6 +8,7 @@
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/InstanceGuard.h"
 #include "platform/bus/LogindSleepMonitor.h"
+#include "platform/linux/OwnIcons.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/Sandbox.h"
@@ -73,7 +74,7 @@ private:
         loop_,
         sessionBus_,
         DesktopNotificationCenter::surroundings(isSandboxed()),
-        TARNWICK_ICON_FOLDER,
+        ownIcons(isSandboxed()),
         DesktopNotificationCenter::usualPatience,
         InstanceGuard::name};
     Monitor monitor_{

@@ -106,12 +106,17 @@ class Session:
         self.give_away()
 
     def own_copy(self, file: str) -> str:
-        """The path of an executable that the session's user may start, wherever the original is."""
+        """The path of an executable that the session's user may start, wherever the original is, with its icons."""
         if self.user is None:
             return file
-        copy = self.folder / pathlib.Path(file).name
+        original = pathlib.Path(file)
+        copy = self.folder / "installed/bin" / original.name
         if not copy.exists():
-            shutil.copy2(file, copy)
+            copy.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy2(original, copy)
+            icons = original.parents[1] / "share/icons"
+            if icons.is_dir():
+                shutil.copytree(icons, self.folder / "installed/share/icons", dirs_exist_ok=True)
             self.give_away()
         return str(copy)
 

@@ -1,0 +1,21 @@
+# What `cmake --install` puts where. The programs find the icons relative to themselves, so the whole may be moved.
+include(GNUInstallDirs)
+
+file(RELATIVE_PATH TARNWICK_ICONS_FROM_PROGRAM ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/icons)
+
+# The build tree gets them at the same place, seen from its programs.
+set(TARNWICK_PROGRAMS ${PROJECT_BINARY_DIR}/app)
+get_filename_component(icons_of_build ${TARNWICK_PROGRAMS}/${TARNWICK_ICONS_FROM_PROGRAM} ABSOLUTE)
+get_filename_component(above_icons ${icons_of_build} DIRECTORY)
+file(MAKE_DIRECTORY ${above_icons})
+file(CREATE_LINK ${PROJECT_SOURCE_DIR}/packaging/icons ${icons_of_build} SYMBOLIC)
+
+# tarnwick_install(): once the programs are known.
+function(tarnwick_install)
+    install(TARGETS tarnwick-watch RUNTIME)
+    install(DIRECTORY packaging/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR}/icons)
+    if(TARNWICK_DESKTOP)
+        install(TARGETS tarnwick RUNTIME)
+        install(FILES packaging/tarnwick.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+    endif()
+endfunction()

@@ -1,0 +1,102 @@
+"""The programs as `cmake --install` puts them somewhere, and what panels get of their icons."""
+
+from __future__ import annotations
+
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+from endtoend.waiting import eventually
+
+from .item import Item
+from .panels import XfcePanel
+from .program import HOST, PATIENCE, PROGRAM
+
+BUILD = pathlib.Path(PROGRAM).parents[1]
+SOURCES = pathlib.Path(__file__).resolve().parents[2]
+PROGRAMS = ("tarnwick", "tarnwick-watch")
+ICON = "hicolor/scalable/apps/tarnwick.svg"
+
+
+def built_for_release() -> bool:
+    cache = (BUILD / "CMakeCache.txt").read_text(encoding="utf-8")
+    return "CMAKE_BUILD_TYPE:STRING=Release" in cache
+
+
+class Installed(unittest.TestCase):
+    folder: pathlib.Path
+    desktop: XfcePanel
+
+    @classmethod
+    def setUpClass(cls) -> None:
+        XfcePanel.require()
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        first = pathlib.Path(folder.name) / "first"
+        command = ["cmake", "--install", str(BUILD), "--prefix", str(first)]
+        subprocess.run(command, check=True, capture_output=True, timeout=PATIENCE)
+        cls.folder = first.rename(first.with_name("moved"))
+        cls.desktop = XfcePanel()
+        cls.desktop.start()
+        cls.addClassCleanup(cls.desktop.stop)
+
+    def icon_properties(self, program: pathlib.Path) -> dict[str, object]:
+        """Of the item of a program that shows bars alone."""
+        settings = ("--set", f"Hostname={HOST}", "--set", "ShowText=false")
+        process = self.desktop.session.spawn("installed", [str(program), *settings])
+        self.addCleanup(self.desktop.session.kill, process)
+        item = eventually(lambda: Item.of_process(self.desktop, process.pid), PATIENCE, "the item is registered")
+
+        def known() -> dict[str, object] | None:
+            properties = item.properties()
+            # The panel is known a moment after the item is there.
+            return properties if properties["IconName"] or not properties["IconThemePath"] else None
+
+        return eventually(known, PATIENCE, "the icon")
+
+    def test_the_programs_start_where_they_are_moved_to(self) -> None:
+        for name in PROGRAMS:
+            done = subprocess.run(
+                [self.folder / "bin" / name, "--version"], capture_output=True, text=True, timeout=PATIENCE, check=True
+            )
+
+            self.assertRegex(done.stdout, rf"^{name} \d")
+
+    def test_they_find_the_icons_there(self) -> None:
+        properties = self.icon_properties(self.folder / "bin/tarnwick")
+
+        self.assertEqual(properties["IconThemePath"], str(self.folder / "share/icons"))
+        name = properties["IconName"]
+        self.assertTrue((self.folder / f"share/icons/hicolor/symbolic/apps/{name}.svg").is_file(), name)
+
+    def test_a_panel_gets_pictures_where_the_icons_are_missing(self) -> None:
+        icons = self.folder / "share/icons"
+        away = icons.rename(icons.with_name("away"))
+        self.addCleanup(away.rename, icons)
+
+        properties = self.icon_properties(self.folder / "bin/tarnwick")
+
+        self.assertEqual((properties["IconThemePath"], properties["IconName"]), ("", ""))
+        self.assertTrue(properties["IconPixmap"])
+
+    def test_the_build_tree_has_them_too(self) -> None:
+        folder = pathlib.Path(self.icon_properties(pathlib.Path(PROGRAM))["IconThemePath"])
+
+        self.assertTrue((folder / ICON).is_file(), folder)
+
+    def test_the_desktop_finds_the_entry_and_its_icon(self) -> None:
+        entry = self.folder / "share/applications/tarnwick.desktop"
+        subprocess.run(["desktop-file-validate", entry], check=True, timeout=PATIENCE)
+
+        self.assertIn("\nIcon=tarnwick\n", entry.read_text(encoding="utf-8"))
+        self.assertTrue((self.folder / "share/icons" / ICON).is_file())
+
+    @unittest.skipUnless(built_for_release(), "other builds name the sources in their checks")
+    def test_nothing_names_the_place_of_the_sources(self) -> None:
+        for name in PROGRAMS:
+            self.assertNotIn(str(SOURCES).encode(), (self.folder / "bin" / name).read_bytes())
+
+
+if __name__ == "__main__":
+    unittest.main()
