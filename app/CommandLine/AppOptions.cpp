@@ -7,12 +7,12 @@ namespace tarnwick {
 
 namespace {
 
-enum Option : int { show = CommonOptions::firstOwn, settings, quit };
+enum AppLetter : int { showLetter = CommonOptions::firstOwn, settingsLetter, quitLetter };
 
 constexpr std::array<option, 7> appOptions{{
-    {"show", no_argument, nullptr, show},
-    {"settings", no_argument, nullptr, settings},
-    {"quit", no_argument, nullptr, quit},
+    {"show", no_argument, nullptr, showLetter},
+    {"settings", no_argument, nullptr, settingsLetter},
+    {"quit", no_argument, nullptr, quitLetter},
     CommonOptions::setOption,
     CommonOptions::helpOption,
     CommonOptions::versionOption,
@@ -21,11 +21,11 @@ constexpr std::array<option, 7> appOptions{{
 
 std::optional<AppOptions::Request> requestOf(int letter) {
     switch (letter) {
-    case show:
+    case showLetter:
         return AppOptions::Request::show;
-    case settings:
+    case settingsLetter:
         return AppOptions::Request::settings;
-    case quit:
+    case quitLetter:
         return AppOptions::Request::quit;
     default:
         return std::nullopt;
