@@ -4,6 +4,7 @@
 #include "core/Pinger/IcmpSocket.h"
 #include "core/Pinger/Resolve.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <array>
 #include <netinet/in.h>
@@ -45,6 +46,9 @@ private:
     RunLoop::Handle watch_; // last member: ends before the descriptor is closed
 };
 
+/// A lookup that hangs takes a thread, for minutes.
+constexpr std::ptrdiff_t mostLookupsOfAHost = 3;
+
 bool isNumericAddress(const std::string& host) {
     std::array<std::uint8_t, sizeof(in6_addr)> address{};
     return ::inet_pton(AF_INET, host.c_str(), address.data()) == 1
@@ -62,21 +66,20 @@ SystemPingNetwork::SystemPingNetwork(RunLoop& loop, BlockingResolver resolver)
 }
 
 void SystemPingNetwork::resolve(const std::string& host, ResolveDone done) {
-    const auto [entry, isNew] = waiting_->try_emplace(host);
-    entry->second.push_back(std::move(done));
-    if (!isNew) {
-        return;
+    const auto isOfHost = [&](const auto& lookup) { return lookup.second.host == host; };
+    if (std::ranges::count_if(inFlight_, isOfHost) >= mostLookupsOfAHost) {
+        waiting_[host] = std::move(done);
+    } else {
+        lookUp({host, std::move(done)});
     }
-    const auto answer = [host, weakWaiting = std::weak_ptr(waiting_)](const Resolution& resolution) {
-        const auto waiting = weakWaiting.lock();
-        if (!waiting) {
-            return;
-        }
-        const auto answered = waiting->extract(host);
-        for (const ResolveDone& tell : answered.mapped()) {
-            tell(resolution);
-        }
-    };
+}
+
+void SystemPingNetwork::lookUp(Question question) {
+    const std::uint64_t number = nextNumber_++;
+    const std::string host = question.host;
+    inFlight_.emplace(number, std::move(question));
+    const auto answer =
+        lifeline_.guarded([this, number](const Resolution& resolution) { answered(number, resolution); });
     if (isNumericAddress(host)) {
         // No name server is asked, so nothing can block: not worth a thread.
         loop_.post([answer, resolution = resolver_(host)] { answer(resolution); });
@@ -88,6 +91,15 @@ void SystemPingNetwork::resolve(const std::string& host, ResolveDone done) {
     if (!started) {
         loop_.post([answer] { answer(PingError::resolution("no thread for the lookup")); });
     }
+}
+
+void SystemPingNetwork::answered(std::uint64_t number, const Resolution& resolution) {
+    const auto ended = inFlight_.extract(number);
+    const Question& question = ended.mapped();
+    if (auto next = waiting_.extract(question.host)) {
+        lookUp({question.host, std::move(next.mapped())});
+    }
+    question.done(resolution); // the last step: it may destroy this network
 }
 
 PingNetwork::OpenResult SystemPingNetwork::open(

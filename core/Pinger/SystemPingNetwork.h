@@ -1,15 +1,19 @@
 // The real network: the system's resolver on a detached thread, and datagram ICMP sockets.
 #pragma once
 
+#include "core/Lifeline.h"
 #include "core/Pinger/PingNetwork.h"
 #include "core/RunLoop.h"
 
+#include <cstdint>
 #include <map>
-#include <vector>
+#include <string>
 
 namespace tarnwick {
 
-/// At most one lookup is in flight for each host text; further questions wait for its answer. Main thread.
+/// Each question is a lookup of its own, since an older one may still ask the network before. At most three
+/// are in flight for a host text: of further questions the latest waits until one of them ends, and the
+/// others get no answer. Main thread.
 class SystemPingNetwork final : public PingNetwork {
 public:
     /// May block. Called on a detached thread; for an address literal, on the main thread. It must own all
@@ -24,12 +28,20 @@ public:
         std::int32_t family, std::uint16_t wantedIdentifier, std::function<void()> onReadable) override;
 
 private:
-    using Waiting = std::map<std::string, std::vector<ResolveDone>>;
+    struct Question {
+        std::string host;
+        ResolveDone done;
+    };
+
+    void lookUp(Question question);
+    void answered(std::uint64_t number, const Resolution& resolution);
 
     RunLoop& loop_;
     BlockingResolver resolver_;
-    /// Answers on their way hold it weakly: they find it gone once the network is destroyed.
-    std::shared_ptr<Waiting> waiting_ = std::make_shared<Waiting>();
+    std::map<std::uint64_t, Question> inFlight_; ///< by a number that is never used again
+    std::map<std::string, ResolveDone> waiting_; ///< by host
+    std::uint64_t nextNumber_ = 0;
+    Lifeline lifeline_;
 };
 
 } // namespace tarnwick

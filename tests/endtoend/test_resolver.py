@@ -59,10 +59,10 @@ class AResolverThatHangs(ConcurrentTestCase):
             self.assertEqual(down["downReason"], "hostNotFound")
             self.assertEqual(down["downReasonText"], "Can’t find host “slow.lab”")
 
-            # The second try begins at about 15 s and is given up at about 25 s.
+            # The second try begins at about 15 s and is given up at about 25 s. The first one still hangs.
             for count in range(len(watch.values()) + 1, 28):
                 watch.wait_for_lines(count)
-                self.assertLessEqual(thread_count(watch.pid), threads_at_first)
+                self.assertLessEqual(thread_count(watch.pid), threads_at_first + 1)
 
             arrivals = [line.at for line in watch.lines]
             gaps = [later - earlier for earlier, later in zip(arrivals, arrivals[1:])]

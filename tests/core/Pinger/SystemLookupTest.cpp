@@ -1,4 +1,4 @@
-// Lookups on threads of their own: one for a host text at a time, and none that holds anything up.
+// Lookups on threads of their own: a few for a host text at a time, and none that holds anything up.
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/core/ChildProcess.h"
@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <map>
 #include <mutex>
+#include <set>
 #include <thread>
 
 namespace {
@@ -48,9 +49,9 @@ class HangingResolver {
 public:
     Resolution operator()(const std::string& host) {
         std::unique_lock lock(mutex_);
-        ++calls_[host];
+        const int number = ++calls_[host];
         changed_.notify_all();
-        const auto isLetGo = [&] { return letGo_.contains(host); };
+        const auto isLetGo = [&] { return letGo_.contains(host) || letGoAlone_.contains({host, number}); };
         changed_.wait_for(lock, std::chrono::duration<double>(2 * patience), isLetGo);
         ++answered_;
         changed_.notify_all();
@@ -63,10 +64,17 @@ public:
         changed_.notify_all();
     }
 
-    [[nodiscard]] bool isCalledFor(const std::string& host) {
+    /// The first call is number 1.
+    void letGo(const std::string& host, int number) {
+        const std::lock_guard lock(mutex_);
+        letGoAlone_.emplace(host, number);
+        changed_.notify_all();
+    }
+
+    [[nodiscard]] bool isCalledFor(const std::string& host, int times = 1) {
         std::unique_lock lock(mutex_);
         return changed_.wait_for(
-            lock, std::chrono::duration<double>(patience), [&] { return calls_[host] > 0; });
+            lock, std::chrono::duration<double>(patience), [&] { return calls_[host] >= times; });
     }
 
     [[nodiscard]] int callsFor(const std::string& host) {
@@ -85,6 +93,7 @@ private:
     std::condition_variable changed_;
     std::map<std::string, int> calls_;
     std::map<std::string, bool> letGo_;
+    std::set<std::pair<std::string, int>> letGoAlone_;
     int answered_ = 0;
 };
 
@@ -131,24 +140,41 @@ TEST_F(SystemLookupTest, IsAnsweredOnceTheResolverAnswers) {
     EXPECT_TRUE(runUntilAnswered(1));
 }
 
-TEST_F(SystemLookupTest, IsSharedByAllWhoAskForTheSameHostMeanwhile) {
-    for (const char* who : {"first", "second", "third"}) {
+TEST_F(SystemLookupTest, IsAnsweredWhileAnOlderOneOfTheSameHostHangs) {
+    ask("a", "first");
+    ASSERT_TRUE(resolver->isCalledFor("a"));
+    ask("a", "second");
+    ASSERT_TRUE(resolver->isCalledFor("a", 2));
+    resolver->letGo("a", 2);
+    EXPECT_TRUE(runUntilAnswered(1));
+    EXPECT_THAT(answered, ElementsAre("second"));
+    resolver->letGo("a");
+    EXPECT_TRUE(runUntilAnswered(2));
+}
+
+TEST_F(SystemLookupTest, BeyondThreeWaitsForAnOlderOneToEnd) {
+    for (const char* who : {"first", "second", "third", "fourth"}) {
         ask("a", who);
     }
-    resolver->letGo("a");
-    EXPECT_TRUE(runUntilAnswered(3));
-    EXPECT_THAT(answered, ElementsAre("first", "second", "third"));
-    EXPECT_EQ(resolver->callsFor("a"), 1);
+    ASSERT_TRUE(resolver->isCalledFor("a", 3));
+    EXPECT_EQ(resolver->callsFor("a"), 3);
+    resolver->letGo("a", 1);
+    ASSERT_TRUE(runUntilAnswered(1));
+    ASSERT_TRUE(resolver->isCalledFor("a", 4));
+    resolver->letGo("a", 4);
+    EXPECT_TRUE(runUntilAnswered(2));
+    EXPECT_EQ(answered.back(), "fourth");
 }
 
 TEST_F(SystemLookupTest, DoesNotPileUpWithRetries) {
     for (int retry = 0; retry < 50; ++retry) {
-        ask("a", "retry");
+        ask("a", std::to_string(retry));
     }
-    ASSERT_TRUE(resolver->isCalledFor("a"));
+    ASSERT_TRUE(resolver->isCalledFor("a", 3));
     resolver->letGo("a");
-    EXPECT_TRUE(runUntilAnswered(50));
-    EXPECT_EQ(resolver->callsFor("a"), 1);
+    EXPECT_TRUE(runUntilAnswered(4));
+    EXPECT_THAT(answered, testing::UnorderedElementsAre("0", "1", "2", "49"));
+    EXPECT_EQ(resolver->callsFor("a"), 4);
 }
 
 TEST_F(SystemLookupTest, OfOneHostDoesNotHoldUpAnother) {
