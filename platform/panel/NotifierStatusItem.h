@@ -50,7 +50,7 @@ public:
     /// The ink of images where it is unknown how dark the panel is; dark at first.
     void setFallbackInk(Ink ink);
 
-    /// Whether there is a watcher, which keeps the list of items for all panels.
+    /// Whether there is a watcher, which keeps the list of items for all panels, and a panel that shows it.
     [[nodiscard]] bool hasWatcher() const { return !hosts_.watcher().empty(); }
 
     /// Called after the result of `hasWatcher` has changed.

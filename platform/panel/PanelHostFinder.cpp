@@ -6,12 +6,17 @@
 #include <cstdint>
 #include <tuple>
 #include <utility>
+#include <variant>
 
 namespace tarnwick {
 
 namespace {
 
 constexpr std::string_view hostPrefix = "org.kde.StatusNotifierHost-";
+constexpr const char* watcherPath = "/StatusNotifierWatcher";
+
+/// Of another type where the watcher does not know the property.
+using Registered = std::variant<std::monostate, bool>;
 
 bool isOfInterest(const std::string& name) {
     return name == PanelHostFinder::watcherName || name.starts_with(hostPrefix);
@@ -27,18 +32,58 @@ PanelHostFinder::PanelHostFinder(BusConnection& bus, ProcessNames processNames, 
             setOwner(change->name, change->owner);
         }
     });
+    hostMatch_ = bus_.addMatch(
+        std::string("type='signal',interface='") + watcherName + "',path='" + watcherPath + "'",
+        [this](BusMessage& message) {
+            const bool isAboutHosts = message.member() == "StatusNotifierHostRegistered"
+                                      || message.member() == "StatusNotifierHostUnregistered";
+            if (isAboutHosts && message.sender() == watcherOwner()) {
+                askForHost();
+            }
+        });
     if (bus_.state() == BusConnection::State::connected) {
         lookAround();
     }
 }
 
-std::string PanelHostFinder::watcher() const {
+std::string PanelHostFinder::watcherOwner() const {
     const auto owner = owners_.find(watcherName);
     return owner == owners_.end() ? std::string() : owner->second.uniqueName;
 }
 
+std::string PanelHostFinder::watcher() const {
+    // Some panels have a name and are not known to the watcher yet.
+    const bool hasNamedHost = owners_.size() > owners_.count(watcherName);
+    return isShownByHost_ || hasNamedHost ? watcherOwner() : std::string();
+}
+
+void PanelHostFinder::askForHost() {
+    callBus<Registered>(
+        bus_,
+        {
+            .destination = watcherOwner(),
+            .path = watcherPath,
+            .interface = "org.freedesktop.DBus.Properties",
+            .method = "Get",
+        },
+        std::tuple(std::string(watcherName), std::string("IsStatusNotifierHostRegistered")),
+        lifeline_.guarded([this, asked = watcherOwner()](const std::optional<Registered>& answer) {
+            if (asked == watcherOwner()) {
+                // A watcher that can't tell has a panel: most are panels themselves.
+                const auto* const isShown = answer ? std::get_if<bool>(&*answer) : nullptr;
+                setShownByHost(isShown == nullptr || *isShown);
+            }
+        }));
+}
+
+void PanelHostFinder::setShownByHost(bool isShown) {
+    isShownByHost_ = isShown;
+    decide();
+}
+
 void PanelHostFinder::busChanged() {
     owners_.clear();
+    isShownByHost_ = false;
     retry_.reset();
     if (bus_.state() == BusConnection::State::connected) {
         lookAround();
@@ -96,6 +141,12 @@ void PanelHostFinder::setOwner(const std::string& name, const std::string& uniqu
     } else {
         owners_.insert_or_assign(name, Owner{.uniqueName = uniqueName});
         askProcess(name, uniqueName);
+    }
+    if (name == watcherName) {
+        isShownByHost_ = false;
+    }
+    if (!watcherOwner().empty()) {
+        askForHost();
     }
     decide();
 }

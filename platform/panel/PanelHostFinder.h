@@ -30,7 +30,8 @@ public:
 
     [[nodiscard]] const PanelHost& host() const { return *host_; }
 
-    /// The unique name of the connection that keeps the list of items; empty while there is none.
+    /// The unique name of the connection that keeps the list of items; empty while there is none, and while
+    /// no panel shows that list.
     [[nodiscard]] std::string watcher() const;
 
     /// Told when the panel or the watcher changes.
@@ -51,6 +52,10 @@ private:
     void namesListed(const std::vector<std::string>& names);
     void setOwner(const std::string& name, const std::string& uniqueName);
     void askProcess(const std::string& name, const std::string& uniqueName);
+    [[nodiscard]] std::string watcherOwner() const;
+    /// Asks the watcher whether a panel shows its list.
+    void askForHost();
+    void setShownByHost(bool isShown);
     void decide();
 
     BusConnection& bus_;
@@ -59,10 +64,12 @@ private:
     std::map<std::string, Owner> owners_; ///< of the watcher's name and of the panels' names
     const PanelHost* host_;
     std::string decidedWatcher_;
-    RunLoop::Handle retry_; ///< after a question that failed
+    bool isShownByHost_ = false; ///< what the present watcher says
+    RunLoop::Handle retry_;      ///< after a question that failed
     Lifeline lifeline_;
     Subscription stateSubscription_;
     Subscription ownerMatch_;
+    Subscription hostMatch_;
 };
 
 } // namespace tarnwick

@@ -124,6 +124,39 @@ TEST_F(NotifierRegistrationTest, ItTellsWhetherThereIsAWatcher) {
     EXPECT_THAT(told, ElementsAre(true, false));
 }
 
+TEST_F(NotifierRegistrationTest, AListThatNoPanelShowsIsNoPlaceForIt) {
+    const Panel& watcher = addPanel(false);
+    makeItem();
+    ASSERT_TRUE(runUntilConnected());
+
+    runFor(patience);
+
+    EXPECT_FALSE(item_->hasWatcher());
+    EXPECT_TRUE(watcher.registered.empty());
+}
+
+TEST_F(NotifierRegistrationTest, ItRegistersWhenAPanelShowsTheList) {
+    Panel& watcher = addPanel(false);
+    makeItem();
+    ASSERT_TRUE(runUntilConnected());
+    runFor(patience);
+
+    watcher.registerHost();
+
+    EXPECT_TRUE(runUntilRegistered(watcher));
+    EXPECT_TRUE(item_->hasWatcher());
+}
+
+TEST_F(NotifierRegistrationTest, APanelWithANameShowsTheListBeforeTheWatcherKnows) {
+    Panel& watcher = addPanel(false);
+    makeItem();
+    ASSERT_TRUE(runUntilConnected());
+
+    watcher.peer.requestName("org.kde.StatusNotifierHost-1");
+
+    EXPECT_TRUE(runUntilRegistered(watcher));
+}
+
 TEST_F(NotifierRegistrationTest, WithoutABusThereIsNoWatcher) {
     BusConnection noBus(loop_, "");
     const NotifierStatusItem item({

@@ -41,11 +41,14 @@ public:
     void didHide() override {}
 };
 
-/// A panel that keeps the list of items too.
+/// A panel that keeps the list of items too; not shown: it keeps the list for panels that are yet to come.
 class Panel {
 public:
-    explicit Panel(BusPeer& ofPanel)
+    explicit Panel(BusPeer& ofPanel, bool isShown = true)
         : peer(ofPanel), watcher_(peer.link(), "/StatusNotifierWatcher", PanelHostFinder::watcherName) {
+        watcher_.property("IsStatusNotifierHostRegistered", [this] { return hasHost; });
+        watcher_.signal<>("StatusNotifierHostRegistered");
+        hasHost = isShown;
         watcher_.method("RegisterStatusNotifierItem", {}, {}, [this](const std::string& service) {
             registered.push_back(service);
         });
@@ -53,8 +56,14 @@ public:
         peer.requestName(PanelHostFinder::watcherName);
     }
 
+    void registerHost() {
+        hasHost = true;
+        watcher_.emit("StatusNotifierHostRegistered");
+    }
+
     BusPeer& peer;
     std::vector<std::string> registered;
+    bool hasHost = true;
 
 private:
     BusObject watcher_;
@@ -98,7 +107,9 @@ protected:
         ASSERT_TRUE(runUntilHeardBy(panel.peer));
     }
 
-    Panel& addPanel() { return *panels_.emplace_back(std::make_unique<Panel>(addPeer())); }
+    Panel& addPanel(bool isShown = true) {
+        return *panels_.emplace_back(std::make_unique<Panel>(addPeer(), isShown));
+    }
 
     void stopBusAndPanels() {
         panels_.clear();

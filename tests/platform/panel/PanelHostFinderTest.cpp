@@ -25,6 +25,10 @@ protected:
         return runUntil([this, &process] { return finder_->host().process == process; });
     }
 
+    [[nodiscard]] bool runUntilWatched() {
+        return runUntil([this] { return !finder_->watcher().empty(); });
+    }
+
     /// Until the bus daemon has refused one of three questions, each of which follows the answer to the one
     /// before.
     [[nodiscard]] bool runUntilRefused() {
@@ -50,6 +54,7 @@ TEST_F(PanelHostFinderTest, AWatcherThatIsThereIsFound) {
     find();
 
     ASSERT_TRUE(runUntilHostIs("gnome-shell"));
+    ASSERT_TRUE(runUntilWatched());
     EXPECT_EQ(finder_->watcher(), panel.uniqueName());
 }
 
@@ -69,6 +74,7 @@ TEST_F(PanelHostFinderTest, AWatcherThatGoesIsMissed) {
     process_ = "waybar";
     find();
     ASSERT_TRUE(runUntilHostIs("waybar"));
+    ASSERT_TRUE(runUntilWatched());
 
     panel.releaseName(PanelHostFinder::watcherName);
 
@@ -121,6 +127,7 @@ TEST_F(PanelHostFinderTest, ABusThatGoesTakesItsWatcherAlong) {
     process_ = "waybar";
     find();
     ASSERT_TRUE(runUntilHostIs("waybar"));
+    ASSERT_TRUE(runUntilWatched());
 
     stopBus();
 
@@ -143,6 +150,7 @@ TEST_P(PanelHostQuestion, IsRepeatedAfterAFailure) {
     daemon_.reload();
 
     ASSERT_TRUE(runUntilHostIs("waybar"));
+    ASSERT_TRUE(runUntilWatched());
     EXPECT_EQ(finder_->watcher(), panel.uniqueName());
 }
 
