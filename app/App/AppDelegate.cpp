@@ -1,5 +1,6 @@
 #include "app/App/AppDelegate.h"
 
+#include "app/App/PingAllowance.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/ProcessNames.h"
 #include "platform/linux/RunningProgram.h"
@@ -87,14 +88,35 @@ AppDelegate::~AppDelegate() {
     monitor_.saveStats();
 }
 
+std::function<void()> AppDelegate::allowingPing() {
+    if (!PingAllowance::canAsk()) {
+        return nullptr;
+    }
+    return [this] {
+        const auto tryAgain = lifeline_.guarded([this](bool isAllowed) {
+            if (isAllowed) {
+                monitor_.tryAgain();
+            }
+        });
+        if (const auto range = PingPermission::missingRange()) {
+            PingAllowance::ask(*range, tryAgain);
+        } else {
+            tryAgain(true); // it has been allowed since
+        }
+    };
+}
+
 void AppDelegate::makeStatusItem(const Setup& setup) {
+    settingsModel_.allowPinging = allowingPing();
     windows_ = std::make_unique<DesktopWindows>(
-        loop_, monitor_.observedReading(), menu_, settingsModel_, setup.version);
+        loop_, monitor_.observedReading(), menu_, settingsModel_, setup.version,
+        NoticeActions{.allowPinging = settingsModel_.allowPinging});
     panelMenu_ = std::make_unique<PanelMenuText>(
         loop_, monitor_.observedReading(), menu_,
         PanelMenuText::Actions{
             .openDropDown = [this] { windows_->openDropDownAtPointer(); },
-            .copyCommand = [this](const std::string& command) { windows_->copy(command); }});
+            .copyCommand = [this](const std::string& command) { windows_->copy(command); },
+            .allowPinging = settingsModel_.allowPinging});
     notifier_ = std::make_unique<NotifierStatusItem>(NotifierStatusItem::Needs{
         .loop = loop_,
         .bus = bus_,

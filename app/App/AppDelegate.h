@@ -7,6 +7,7 @@
 #include "app/StatusItemController/PanelMenuText.h"
 #include "app/StatusItemController/StatusItemController.h"
 #include "app/UserSettings/UserSettings.h"
+#include "core/Lifeline.h"
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/bus/BusConnection.h"
 #include "platform/bus/ColorScheme.h"
@@ -21,6 +22,7 @@
 #include "platform/xdg/AutostartEntry.h"
 #include "platform/xdg/SettingsFile.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -49,6 +51,8 @@ public:
     void openSettings(const std::string& activationToken) { windows_->openSettings(activationToken); }
 
 private:
+    /// Asks an administrator to let this user ping; null where the desktop can't ask.
+    [[nodiscard]] std::function<void()> allowingPing();
     void makeStatusItem(const Setup& setup);
     void followColors();
     void save();
@@ -76,6 +80,7 @@ private:
     std::unique_ptr<PaletteWatch> paletteWatch_;
     std::unique_ptr<SessionEnd> sessionEnd_;
     std::unique_ptr<DisplayLoss> displayLoss_;
+    Lifeline lifeline_;
 };
 
 } // namespace tarnwick

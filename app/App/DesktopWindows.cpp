@@ -35,11 +35,12 @@ void dropActivationToken() {
 } // namespace
 
 DesktopWindows::DesktopWindows(
-    RunLoop& loop, const Observed<Reading>& reading, Menu& menu, SettingsModel& settings, std::string version)
+    RunLoop& loop, const Observed<Reading>& reading, Menu& menu, SettingsModel& settings, std::string version,
+    const NoticeActions& actions)
     : loop_(loop),
       menu_(menu),
       settings_(settings),
-      dropDown_(reading, menu, loop),
+      dropDown_(reading, menu, loop, actions),
       about_(std::move(version), menu),
       confirm_(menu) {
 }

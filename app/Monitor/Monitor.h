@@ -66,6 +66,9 @@ public:
     /// Of the current host. Stored at once, or while another process records, when this one takes over.
     void resetAllTimeStats();
 
+    /// What kept pinging from starting may have gone: starts again within two seconds.
+    void tryAgain();
+
     /// Tells the user something beside the figures, in every front end. Takes the place of the last one of
     /// this kind. For what the monitor can't know: mistakes in the settings, no panel.
     void setNotice(const Notice& notice);

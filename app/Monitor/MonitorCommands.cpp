@@ -74,6 +74,11 @@ void Monitor::resetAllTimeStats() {
     saveStats();
 }
 
+void Monitor::tryAgain() {
+    const PublishAtEnd publishAtEnd(*this);
+    carryOut(watchdog_.networkChanged(loop_.now()));
+}
+
 void Monitor::setNotice(const Notice& notice) {
     const PublishAtEnd publishAtEnd(*this);
     clearNotice(notice.kind);

@@ -120,6 +120,12 @@ FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls,
     column->addLayout(noteLine_);
 }
 
+void FormRow::addButton(QPushButton& button) {
+    constexpr int behindTheStretch = 2;
+    line_->insertWidget(behindTheStretch, &button);
+    controls_.push_back(&button);
+}
+
 void FormRow::setNote(const QString& text, bool offersRemedy) {
     note_->setText(text);
     note_->setVisible(!text.isEmpty());

@@ -31,6 +31,9 @@ public:
     /// The label names the first control, also for assistive technology.
     FormRow(const QString& label, std::initializer_list<QWidget*> controls, QWidget* parent);
 
+    /// A button before the controls.
+    void addButton(QPushButton& button);
+
     /// A text below the line; hidden while empty. `offersRemedy` shows the remedy's button beside it.
     void setNote(const QString& text, bool offersRemedy = false);
 

@@ -1,5 +1,6 @@
 #include "app/SettingsView/SettingsView.h"
 
+#include "app/NoticesView/NoticesView.h"
 #include "app/Reading/Format.h"
 #include "app/SettingsView/ControlLooks.h"
 #include "app/SettingsView/FormSection.h"
@@ -90,6 +91,7 @@ SettingsView::SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent)
       thresholdText_(new QLabel(this)),
       display_(new QComboBox(this)),
       lossText_(new QComboBox(this)),
+      testAlert_(new QPushButton(QStringLiteral("Test"), this)),
       alerts_(new QCheckBox(this)),
       launchAtLogin_(new QCheckBox(this)) {
     auto* const column = new QVBoxLayout(this);
@@ -155,7 +157,11 @@ void SettingsView::makeBehaviorSection() {
     FormSection& section = addSection();
     section.addRow(QStringLiteral("Display"), {display_});
     section.addRow(QStringLiteral("Packet Loss Text"), {lossText_});
-    section.addRow(QStringLiteral("Connection Up/Down Alerts"), {alerts_});
+    alertsRow_ = section.addRow(QStringLiteral("Connection Up/Down Alerts"), {alerts_});
+    testAlert_->setAutoDefault(false);
+    testAlert_->setAccessibleDescription(QStringLiteral("Shows a notification"));
+    alertsRow_->addButton(*testAlert_);
+    connect(testAlert_, &QPushButton::clicked, this, [this] { model_.testNotification(); });
     launchRow_ = section.addRow(QStringLiteral("Launch at Login"), {launchAtLogin_});
     launchRow_->addRemedy(
         QStringLiteral("Startup Settings…"), [this] { model_.launchAtLogin().showApproval(); });
@@ -259,10 +265,11 @@ void SettingsView::applyStyle() {
         alignText(*value, Qt::AlignTrailing);
     }
     for (QWidget* control : std::initializer_list<QWidget*>{
-             host_, interval_, display_, lossText_, alerts_, launchAtLogin_, restore_}) {
+             host_, interval_, display_, lossText_, testAlert_, alerts_, launchAtLogin_, restore_}) {
         ControlLooks::setHeight(*control, style);
     }
     ControlLooks::setWidth(*restore_, style);
+    ControlLooks::setWidth(*testAlert_, style);
     const int inset = style.length(textInset);
     host_->setTextMargins(inset, 0, inset, 0);
     ControlLooks::setEdge(*restore_);
@@ -280,11 +287,12 @@ void SettingsView::render() {
     const auto address = model_.addressLine();
     address_->setText(QString::fromStdString(address.value_or("")));
     addressRow_->setVisible(address.has_value());
+    showNotices(model_.notices());
     interval_->follow();
     showThreshold();
     showPicked(*display_, model_.values().display());
     showPicked(*lossText_, model_.values().lossTextMode());
-    showOn(*alerts_, model_.values().showNotifications());
+    showAlerts();
     showLaunchAtLogin();
     if (updates_ != nullptr) {
         updates_->render();
@@ -311,6 +319,36 @@ void SettingsView::showLaunchAtLogin() {
     showOn(*launchAtLogin_, model_.launchAtLogin().isOn());
     launchAtLogin_->setAccessibleDescription(message);
     launchRow_->setNote(message, model_.launchAtLogin().leadsToApproval());
+}
+
+void SettingsView::showAlerts() {
+    const bool isMute = model_.canNotify() == NotificationCenter::Ability::no;
+    const QString message = isMute ? QStringLiteral("Nothing here shows notifications.") : QString();
+    showOn(*alerts_, model_.values().showNotifications());
+    alerts_->setAccessibleDescription(message);
+    alertsRow_->setNote(message);
+}
+
+void SettingsView::showNotices(const Notices& notices) {
+    if (notices == shownNotices_) {
+        return;
+    }
+    shownNotices_ = notices;
+    if (notices_ != nullptr) {
+        notices_->hide();
+        notices_->deleteLater(); // one of its buttons may be what changes the notices
+        notices_ = nullptr;
+    }
+    if (!notices.empty()) {
+        const ViewStyle style(*this);
+        const int width = style.length(formWidth) - 2 * style.length(formMargin);
+        notices_ = new NoticesView( // NOLINT(cppcoreguidelines-owning-memory): a child
+            notices, {.allowPinging = model_.allowPinging}, width, this);
+        notices_->setFixedSize(notices_->sizeHint());
+        qobject_cast<QVBoxLayout*>(layout())->insertWidget(0, notices_);
+        notices_->show();
+    }
+    updateGeometry();
 }
 
 void SettingsView::commitHost() {

@@ -22,6 +22,7 @@ namespace tarnwick {
 
 class FormRow;
 class FormSection;
+class NoticesView;
 class ThresholdSlider;
 class UpdateSection;
 
@@ -59,6 +60,8 @@ private:
     void showHost(const std::string& host);
     void showThreshold();
     void showLaunchAtLogin();
+    void showAlerts();
+    void showNotices(const Notices& notices);
     void commitHost();
     void restoreDefaults();
 
@@ -78,11 +81,15 @@ private:
     QLabel* thresholdText_;
     QComboBox* display_;
     QComboBox* lossText_;
+    QPushButton* testAlert_;
     QCheckBox* alerts_;
+    FormRow* alertsRow_ = nullptr;
     QCheckBox* launchAtLogin_;
     FormRow* launchRow_ = nullptr;
     UpdateSection* updates_ = nullptr; ///< null without an update framework
     QPushButton* restore_ = nullptr;
+    NoticesView* notices_ = nullptr; ///< while there are notices
+    Notices shownNotices_;
     std::vector<FormSection*> sections_; ///< from top to bottom
 
     std::unique_ptr<RenderLoop> rendering_; ///< only while it is shown

@@ -15,7 +15,7 @@ constexpr std::array<std::string_view, 6> replyBlocks{"▁", "▂", "▃", "▄"
 constexpr std::string_view lossBlock = "█";
 constexpr std::string_view emptyBlock = "·";
 
-// Row ids: the lines of the header first, then the menu's items in their order, then three rows for each kind
+// Row ids: the lines of the header first, then the menu's items in their order, then four rows for each kind
 // of notice.
 constexpr int qualityId = 1;
 constexpr int hostId = 2;
@@ -23,7 +23,7 @@ constexpr int chartId = 3;
 constexpr int sessionId = 4;
 constexpr int firstItemId = 10;
 constexpr int firstNoticeId = 100;
-constexpr int noticeIds = 3;
+constexpr int noticeIds = 4;
 
 std::string_view block(const LatencyChart::Bucket& bucket, double scaleMax) {
     if (!bucket.worstRtt) {
@@ -46,16 +46,7 @@ int copyId(Notice::Kind kind) {
     return noticeId(kind) + 2;
 }
 
-void addNotice(std::vector<PanelMenuRow>& rows, const Notice& notice) {
-    const int id = noticeId(notice.kind);
-    rows.push_back(line(id, notice.text));
-    rows.back().iconName = "dialog-warning-symbolic";
-    if (notice.command) {
-        rows.push_back(line(id + 1, *notice.command));
-        rows.push_back(
-            {.id = copyId(notice.kind), .label = "Copy Command", .iconName = "edit-copy-symbolic"});
-    }
-}
+constexpr int allowId = firstNoticeId + static_cast<int>(Notice::Kind::mayNotPing) * noticeIds + 3;
 
 std::string shortcutKey(char shortcut) {
     if (shortcut == ',') {
@@ -146,7 +137,7 @@ void PanelMenuText::choose(int id) {
         return;
     }
     if (id >= firstNoticeId) {
-        copyCommand(id);
+        chooseOfNotice(id);
         return;
     }
     const auto position = static_cast<std::size_t>(id - firstItemId);
@@ -155,7 +146,24 @@ void PanelMenuText::choose(int id) {
     }
 }
 
-void PanelMenuText::copyCommand(int id) const {
+void PanelMenuText::addNotice(std::vector<PanelMenuRow>& rows, const Notice& notice) const {
+    const int id = noticeId(notice.kind);
+    rows.push_back(line(id, notice.text));
+    rows.back().iconName = "dialog-warning-symbolic";
+    if (notice.command) {
+        rows.push_back(line(id + 1, *notice.command));
+        rows.push_back(
+            {.id = copyId(notice.kind), .label = "Copy Command", .iconName = "edit-copy-symbolic"});
+    }
+    if (notice.kind == Notice::Kind::mayNotPing && actions_.allowPinging) {
+        rows.push_back({.id = allowId, .label = "Allow Pinging…"});
+    }
+}
+
+void PanelMenuText::chooseOfNotice(int id) const {
+    if (id == allowId && actions_.allowPinging) {
+        actions_.allowPinging();
+    }
     for (const Notice& notice : reading_.get().notices) {
         if (notice.command && copyId(notice.kind) == id) {
             actions_.copyCommand(*notice.command);

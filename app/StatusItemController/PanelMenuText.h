@@ -45,6 +45,8 @@ public:
     struct Actions {
         std::function<void()> openDropDown;                  ///< after a click on the header
         std::function<void(const std::string&)> copyCommand; ///< to the clipboard
+        /// Asks an administrator to let this user ping; null where nothing can ask.
+        std::function<void()> allowPinging = nullptr;
     };
 
     /// All references outlive this object.
@@ -58,7 +60,8 @@ public:
     void didHide() override;
 
 private:
-    void copyCommand(int id) const;
+    void addNotice(std::vector<PanelMenuRow>& rows, const Notice& notice) const;
+    void chooseOfNotice(int id) const;
     void followFor(double seconds);
     void refresh();
 

@@ -24,8 +24,8 @@ void DropDown::LaterDeletion::operator()(DropDownWindow* window) const {
     window->deleteLater(); // one of its own events may be what closes it
 }
 
-DropDown::DropDown(const Observed<Reading>& reading, Menu& menu, RunLoop& loop)
-    : reading_(reading), menu_(menu), loop_(loop) {
+DropDown::DropDown(const Observed<Reading>& reading, Menu& menu, RunLoop& loop, NoticeActions actions)
+    : reading_(reading), menu_(menu), loop_(loop), actions_(std::move(actions)) {
 }
 
 DropDown::~DropDown() {
@@ -51,7 +51,7 @@ void DropDown::open(std::optional<ScreenPoint> at) {
     mayBeSameClick_ = false;
     if (!isOpen()) {
         menu_.willOpen();
-        window_.reset(std::make_unique<DropDownWindow>(reading_, menu_, loop_).release());
+        window_.reset(std::make_unique<DropDownWindow>(reading_, menu_, loop_, actions_).release());
         window_->onDismiss = [this] { close(); };
         window_->onLoseFocus = [this] { lostFocus(); };
         window_->onChoose = [this](MenuItem::Id id) {

@@ -1,6 +1,7 @@
 // The window that drops down from the status item: the status view, and the menu's items below it.
 #pragma once
 
+#include "app/NoticesView/NoticesView.h"
 #include "app/Observation/Observation.h"
 #include "app/Reading/Reading.h"
 #include "app/StatusItemController/Menu.h"
@@ -19,7 +20,7 @@ class DropDownWindow;
 /// Main thread.
 class DropDown {
 public:
-    DropDown(const Observed<Reading>& reading, Menu& menu, RunLoop& loop);
+    DropDown(const Observed<Reading>& reading, Menu& menu, RunLoop& loop, NoticeActions actions = {});
     DropDown(const DropDown&) = delete;
     DropDown& operator=(const DropDown&) = delete;
     ~DropDown();
@@ -46,6 +47,7 @@ private:
     const Observed<Reading>& reading_;
     Menu& menu_;
     RunLoop& loop_;
+    NoticeActions actions_;
 
     struct LaterDeletion {
         void operator()(DropDownWindow* window) const;

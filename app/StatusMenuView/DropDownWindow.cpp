@@ -46,11 +46,12 @@ void drawShadow(QPainter& painter, const QRect& panel, bool isDark) {
 } // namespace
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
-DropDownWindow::DropDownWindow(const Observed<Reading>& reading, const Menu& menu, RunLoop& loop)
+DropDownWindow::DropDownWindow(
+    const Observed<Reading>& reading, const Menu& menu, RunLoop& loop, const NoticeActions& actions)
     : QWidget(
         nullptr, (QGuiApplication::platformName() == QLatin1String("wayland") ? Qt::Window : Qt::Tool)
                      | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint),
-      statusView_(new StatusMenuView(reading, loop, this)),
+      statusView_(new StatusMenuView(reading, loop, this, actions)),
       items_(new MenuItemsView(menu, loop, this)),
       shadow_(Compositing::isAvailable() ? shadowWidth : 0) {
     setWindowTitle(QStringLiteral("Tarnwick"));

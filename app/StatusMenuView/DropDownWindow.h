@@ -1,6 +1,7 @@
 // The drop-down's window: frame, keys, and what closes it.
 #pragma once
 
+#include "app/NoticesView/NoticesView.h"
 #include "app/Observation/Observation.h"
 #include "app/Reading/Reading.h"
 #include "app/StatusItemController/Menu.h"
@@ -18,7 +19,8 @@ class StatusMenuView;
 
 class DropDownWindow final : public QWidget {
 public:
-    DropDownWindow(const Observed<Reading>& reading, const Menu& menu, RunLoop& loop);
+    DropDownWindow(
+        const Observed<Reading>& reading, const Menu& menu, RunLoop& loop, const NoticeActions& actions);
     ~DropDownWindow() override;
 
     /// Shows it at this point, if it may choose its place, and asks for the focus.

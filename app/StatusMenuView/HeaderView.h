@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/Reading/Reading.h"
-#include "app/StatusMenuView/ReadAloud.h"
+#include "app/ViewStyle/ReadAloud.h"
 
 namespace tarnwick {
 

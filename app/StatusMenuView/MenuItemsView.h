@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/StatusItemController/Menu.h"
-#include "app/StatusMenuView/ReadAloud.h"
+#include "app/ViewStyle/ReadAloud.h"
 #include "core/RunLoop.h"
 
 #include <functional>

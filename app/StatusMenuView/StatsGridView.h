@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/Reading/StatsGrid.h"
-#include "app/StatusMenuView/ReadAloud.h"
+#include "app/ViewStyle/ReadAloud.h"
 
 #include <array>
 

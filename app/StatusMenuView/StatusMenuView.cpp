@@ -2,11 +2,12 @@
 
 #include "app/StatusMenuView/HeaderView.h"
 #include "app/StatusMenuView/LatencyChartView.h"
-#include "app/StatusMenuView/NoticesView.h"
 #include "app/StatusMenuView/StatsGridView.h"
 #include "app/ViewStyle/ViewStyle.h"
 
 #include <QPushButton>
+
+#include <utility>
 
 namespace tarnwick {
 
@@ -21,9 +22,11 @@ constexpr double spacing = 12;
 } // namespace
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
-StatusMenuView::StatusMenuView(const Observed<Reading>& reading, RunLoop& loop, QWidget* parent)
+StatusMenuView::StatusMenuView(
+    const Observed<Reading>& reading, RunLoop& loop, QWidget* parent, NoticeActions actions)
     : ReadAloudWidget(Role::group, parent),
       reading_(reading),
+      actions_(std::move(actions)),
       grouping_(Format::Grouping::ofUser()),
       header_(new HeaderView(this)),
       chart_(new LatencyChartView(this)),
@@ -56,8 +59,9 @@ void StatusMenuView::showNotices(const Notices& notices) {
     if (!notices.empty()) {
         const ViewStyle style(*this);
         const int width = style.length(viewWidth) - 2 * style.length(sidePadding);
-        notices_ = new NoticesView(notices, width, this); // NOLINT(cppcoreguidelines-owning-memory): a child
-        notices_->stackUnder(chart_);                     // so that it is read after the header
+        notices_ = new NoticesView(
+            notices, actions_, width, this); // NOLINT(cppcoreguidelines-owning-memory): a child
+        notices_->stackUnder(chart_);        // so that it is read after the header
         notices_->show();
     }
     place();

@@ -1,10 +1,11 @@
 // What the drop-down shows above its items: how the connection is, how it was, and its statistics.
 #pragma once
 
+#include "app/NoticesView/NoticesView.h"
 #include "app/Observation/Observation.h"
 #include "app/Reading/Format.h"
 #include "app/Reading/Reading.h"
-#include "app/StatusMenuView/ReadAloud.h"
+#include "app/ViewStyle/ReadAloud.h"
 
 #include <functional>
 #include <memory>
@@ -14,13 +15,13 @@ namespace tarnwick {
 
 class HeaderView;
 class LatencyChartView;
-class NoticesView;
 class StatsGridView;
 
 /// Follows the reading, which outlives it together with the loop.
 class StatusMenuView final : public ReadAloudWidget {
 public:
-    StatusMenuView(const Observed<Reading>& reading, RunLoop& loop, QWidget* parent);
+    StatusMenuView(
+        const Observed<Reading>& reading, RunLoop& loop, QWidget* parent, NoticeActions actions = {});
     ~StatusMenuView() override;
 
     /// From now on nothing changes.
@@ -45,6 +46,7 @@ private:
     void place();
 
     const Observed<Reading>& reading_;
+    NoticeActions actions_;
     Format::Grouping grouping_;
     HeaderView* header_;             ///< children
     NoticesView* notices_ = nullptr; ///< a child while there are notices

@@ -62,7 +62,7 @@ void DesktopNotificationCenter::findService() {
     isWanted_ = true;
     bus_.need();
     if (bus_.state() == BusConnection::State::unavailable) {
-        ability_ = Ability::no;
+        setAbility(Ability::no);
     } else if (bus_.state() == BusConnection::State::connected) {
         if (isProbing_) {
             isAskedAgain_ = true;
@@ -90,7 +90,7 @@ void DesktopNotificationCenter::serviceChanged(const std::string& owner, NameNew
         probe();
     } else if (!isProbing_) {
         // Many end when they have nothing to show, and are started again by the next notification.
-        ability_ = Ability::unknown;
+        setAbility(Ability::unknown);
     }
 }
 
@@ -112,7 +112,13 @@ void DesktopNotificationCenter::probed(bool isThere) {
         // A notification or request came during the probe: it gets another one.
         probe();
     }
-    ability_ = isThere ? Ability::yes : Ability::no;
+    setAbility(isThere ? Ability::yes : Ability::no);
+}
+
+void DesktopNotificationCenter::setAbility(Ability ability) {
+    if (std::exchange(ability_, ability) != ability && onAbilityChange) {
+        onAbilityChange();
+    }
 }
 
 void DesktopNotificationCenter::showWaiting() {

@@ -54,6 +54,7 @@ private:
         double deadline; ///< monotonic seconds
     };
 
+    void setAbility(Ability ability);
     void busChanged();
     void serviceChanged(const std::string& owner, NameNews news);
     void findService();

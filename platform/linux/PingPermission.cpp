@@ -32,14 +32,7 @@ std::vector<std::uint32_t> processGroups() {
     return groups;
 }
 
-} // namespace
-
-std::optional<std::string> grantingCommand() {
-    const std::optional<std::string> setting = readSetting();
-    return setting ? grantingCommand(*setting, processGroups()) : std::nullopt;
-}
-
-std::optional<std::string> grantingCommand(
+std::optional<GroupRange> missingRange(
     std::string_view pingGroupRange, const std::vector<std::uint32_t>& groups) {
     std::istringstream text{std::string(pingGroupRange)};
     std::uint32_t lowest = 0;
@@ -56,8 +49,39 @@ std::optional<std::string> grantingCommand(
     const bool isClosed = lowest > highest;
     const std::uint32_t from = isClosed ? own : std::min(lowest, own);
     const std::uint32_t to = isClosed ? own : std::max(highest, own);
-    return "sudo sysctl -w net.ipv4.ping_group_range=\"" + std::to_string(from) + " " + std::to_string(to)
-           + "\"";
+    return GroupRange{.lowest = from, .highest = to};
+}
+
+std::string textOf(const GroupRange& range) {
+    return std::to_string(range.lowest) + " " + std::to_string(range.highest);
+}
+
+} // namespace
+
+std::optional<GroupRange> missingRange() {
+    const std::optional<std::string> setting = readSetting();
+    return setting ? missingRange(*setting, processGroups()) : std::nullopt;
+}
+
+std::optional<std::string> grantingCommand() {
+    const std::optional<std::string> setting = readSetting();
+    return setting ? grantingCommand(*setting, processGroups()) : std::nullopt;
+}
+
+std::optional<std::string> grantingCommand(
+    std::string_view pingGroupRange, const std::vector<std::uint32_t>& groups) {
+    const std::optional<GroupRange> range = missingRange(pingGroupRange, groups);
+    return range ? std::optional("sudo sysctl -w net.ipv4.ping_group_range=\"" + textOf(*range) + "\"")
+                 : std::nullopt;
+}
+
+std::vector<std::string> keepingCommand(
+    const GroupRange& range, const std::string& setting, const std::string& keptIn) {
+    // What varies goes in as arguments: the script itself is fixed.
+    constexpr auto script =
+        "umask 022 && printf '%s' \"$1\" >\"$2\" && "
+        "printf '# Lets Tarnwick ping.\\nnet.ipv4.ping_group_range = %s\\n' \"$1\" >\"$3\"";
+    return {"/bin/sh", "-c", script, "sh", textOf(range), setting, keptIn};
 }
 
 } // namespace tarnwick::PingPermission

@@ -1,6 +1,7 @@
 // Shows a notification to the user.
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace tarnwick {
@@ -28,6 +29,9 @@ public:
     virtual void requestAuthorization() = 0;
 
     [[nodiscard]] virtual Ability canNotify() const = 0;
+
+    /// Called when `canNotify` has another answer. Set by the owner.
+    std::function<void()> onAbilityChange;
 };
 
 } // namespace tarnwick

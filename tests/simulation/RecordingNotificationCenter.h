@@ -6,6 +6,7 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tarnwick::simulation {
@@ -28,7 +29,7 @@ public:
         if (onPost) {
             onPost();
         }
-        ability_ = answer;
+        answered();
         if (ability_ == Ability::yes) {
             shown_.push_back({title, body});
         }
@@ -36,7 +37,7 @@ public:
 
     void requestAuthorization() override {
         ++requests_;
-        ability_ = answer;
+        answered();
     }
 
     [[nodiscard]] Ability canNotify() const override { return ability_; }
@@ -56,6 +57,12 @@ public:
     [[nodiscard]] const std::vector<Notification>& shown() const { return shown_; }
 
 private:
+    void answered() {
+        if (std::exchange(ability_, answer) != answer && onAbilityChange) {
+            onAbilityChange();
+        }
+    }
+
     std::vector<Notification> posted_;
     std::vector<Notification> shown_;
     Ability ability_ = Ability::unknown;

@@ -8,12 +8,17 @@ SettingsModel::SettingsModel(
     if (updates != nullptr) {
         updates_.emplace(*updates);
     }
+    canNotify_.set(notifications.canNotify());
+    notifications.onAbilityChange = lifeline_.guarded([this] { canNotify_.set(notifications_.canNotify()); });
 }
 
 void SettingsModel::refresh() {
     launchAtLogin_.refresh();
     if (updates_) {
         updates_->refresh();
+    }
+    if (values().showNotifications()) {
+        notifications_.requestAuthorization();
     }
 }
 
@@ -32,6 +37,11 @@ void SettingsModel::setPingInterval(int seconds) {
     if (seconds != values().pingInterval()) {
         monitor_.prefs().setPingInterval(seconds);
     }
+}
+
+void SettingsModel::testNotification() {
+    notifications_.post(
+        "Tarnwick — Test", "This is how Tarnwick tells you that the connection is down or back.");
 }
 
 void SettingsModel::setShowNotifications(bool show) {

@@ -5,6 +5,7 @@
 #include "app/SettingsView/Model/LaunchAtLoginToggle.h"
 #include "app/SettingsView/Model/UpdateSettings.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -22,6 +23,12 @@ public:
 
     /// The host's address if it differs from the host, that it is being resolved, or why it can't be.
     [[nodiscard]] const std::optional<std::string>& addressLine() const { return addressLine_.get(); }
+
+    /// What the user should know or do.
+    [[nodiscard]] const Notices& notices() const { return notices_.get(); }
+
+    /// Asks an administrator to let this user ping; null where nothing can ask. Set by the owner.
+    std::function<void()> allowPinging;
 
     /// A blank text is ignored.
     void commitHost(const std::string& text) { monitor_.setHostname(text); }
@@ -45,7 +52,14 @@ public:
     /// Null without an update framework.
     [[nodiscard]] UpdateSettings* updates() { return updates_ ? &*updates_ : nullptr; }
 
+    /// Whether notifications can be shown; `unknown` until the user wants some.
+    [[nodiscard]] NotificationCenter::Ability canNotify() const { return canNotify_.get(); }
+
+    /// Posts one, whether or not alerts are on.
+    void testNotification();
+
     /// Reads the login item and the update settings again: their changes are not observable.
+    /// While alerts are on, asks again whether they can be shown.
     void refresh();
 
 private:
@@ -57,6 +71,9 @@ private:
     std::optional<UpdateSettings> updates_;
     /// The reading changes at each ping, this line rarely.
     Derived<std::optional<std::string>> addressLine_{[this] { return presentAddressLine(); }};
+    Derived<Notices> notices_{[this] { return monitor_.reading().notices; }};
+    Observed<NotificationCenter::Ability> canNotify_;
+    Lifeline lifeline_;
 };
 
 } // namespace tarnwick

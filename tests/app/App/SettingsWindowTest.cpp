@@ -168,7 +168,7 @@ TEST_F(SettingsWindowTest, ItBeginsWithTheHostsField) {
 TEST_F(SettingsWindowTest, TabLeadsThroughAllControlsFromTopToBottomAndAround) {
     present();
     std::vector<std::string> order;
-    for (int presses = 0; presses < 9; ++presses) {
+    for (int presses = 0; presses < 10; ++presses) {
         order.push_back(focused());
         press(Qt::Key_Tab);
     }
@@ -176,7 +176,7 @@ TEST_F(SettingsWindowTest, TabLeadsThroughAllControlsFromTopToBottomAndAround) {
     EXPECT_THAT(
         order,
         ElementsAre(
-            "Host to Ping", "Ping Every", "Slow Ping Threshold", "Display", "Packet Loss Text",
+            "Host to Ping", "Ping Every", "Slow Ping Threshold", "Display", "Packet Loss Text", "Test",
             "Connection Up/Down Alerts", "Launch at Login", "Restore Default Settings", "Host to Ping"));
 }
 

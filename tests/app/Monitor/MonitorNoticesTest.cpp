@@ -67,6 +67,19 @@ TEST_F(MonitorNoticesTest, PingingBeginsAndTheNoticeGoesOnceTheUserMayPing) {
     EXPECT_THAT(lines(), IsEmpty());
 }
 
+TEST_F(MonitorNoticesTest, TryingAgainStartsPingingWithinTwoSeconds) {
+    forbidPinging();
+    watchFor(300);
+    network.setSocketError(AF_INET, std::nullopt);
+    missingPermission.reset();
+
+    monitor.tryAgain();
+    loop.advance(2.1);
+
+    EXPECT_EQ(monitor.reading().status, Monitor::Status::up);
+    EXPECT_THAT(lines(), IsEmpty());
+}
+
 TEST_F(MonitorNoticesTest, ThePermissionIsAskedForAtAnAttemptToPingOnly) {
     forbidPinging();
     watchFor(0.5);

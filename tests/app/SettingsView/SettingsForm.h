@@ -54,6 +54,8 @@ struct SettingsForm : WatchedMonitor {
 
     [[nodiscard]] QCheckBox& alerts() { return control<QCheckBox>("Connection Up/Down Alerts"); }
 
+    [[nodiscard]] QPushButton& test() { return control<QPushButton>("Test"); }
+
     [[nodiscard]] QCheckBox& launchAtLogin() { return control<QCheckBox>("Launch at Login"); }
 
     [[nodiscard]] QPushButton& restore() { return control<QPushButton>("Restore Default Settings"); }

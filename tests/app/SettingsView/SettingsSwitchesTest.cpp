@@ -71,6 +71,39 @@ TEST_F(SettingsSwitchesTest, TurningAlertsOnAsksForWhatTheyNeedAndTurningThemOff
     EXPECT_EQ(notifications.requests(), 1);
 }
 
+TEST_F(SettingsSwitchesTest, ANoteTellsThatNothingShowsNotifications) {
+    notifications.answer = NotificationCenter::Ability::no;
+    present();
+    EXPECT_THAT(labels(), Not(HasSubstr("Nothing here shows notifications.")));
+
+    alerts().click();
+    settle();
+    EXPECT_THAT(labels(), HasSubstr("Nothing here shows notifications."));
+    EXPECT_EQ(alerts().accessibleDescription(), "Nothing here shows notifications.");
+
+    notifications.answer = NotificationCenter::Ability::yes;
+    test().click();
+    settle();
+    EXPECT_THAT(labels(), Not(HasSubstr("Nothing here shows notifications.")));
+}
+
+TEST_F(SettingsSwitchesTest, AlertsThatAreOnAreAskedAboutWhenTheWindowOpens) {
+    notifications.answer = NotificationCenter::Ability::no;
+    prefs.setShowNotifications(true);
+    present();
+
+    EXPECT_THAT(labels(), HasSubstr("Nothing here shows notifications."));
+}
+
+TEST_F(SettingsSwitchesTest, TheTestButtonPostsANotificationAlsoWhileAlertsAreOff) {
+    present();
+    test().click();
+
+    ASSERT_EQ(notifications.shown().size(), 1U);
+    EXPECT_EQ(notifications.shown()[0].title, "Tarnwick — Test");
+    EXPECT_FALSE(prefs.showNotifications());
+}
+
 TEST_F(SettingsSwitchesTest, AlertsTurnedOnElsewhereAskNothing) {
     present();
     prefs.setShowNotifications(true);

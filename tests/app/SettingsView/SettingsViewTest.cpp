@@ -387,4 +387,21 @@ TEST_F(SettingsViewTest, ArabicDigitsAreShownAndUnderstood) {
     EXPECT_EQ(box.text(), QString::fromUtf8("٣٠"));
 }
 
+TEST_F(SettingsViewTest, ANoticeStandsAboveTheForm) {
+    present();
+    const int before = window.height();
+    EXPECT_THROW(static_cast<void>(control<QPushButton>("Copy")), std::logic_error);
+
+    monitor.setNotice({.kind = Notice::Kind::settingsMistake, .text = "Do it with:", .command = "it"});
+    settle();
+    EXPECT_GT(window.height(), before);
+    EXPECT_LT(control<QPushButton>("Copy").mapTo(&window, QPoint()).y(), host().mapTo(&window, QPoint()).y());
+
+    monitor.clearNotice(Notice::Kind::settingsMistake);
+    settle();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(window.height(), before);
+    EXPECT_THROW(static_cast<void>(control<QPushButton>("Copy")), std::logic_error);
+}
+
 } // namespace tarnwick

@@ -258,6 +258,25 @@ TEST_F(PanelMenuTextTest, CopyCommandCopiesTheCommandOfItsNotice) {
     EXPECT_THAT(copied, testing::ElementsAre("first", "second"));
 }
 
+TEST_F(PanelMenuTextTest, AllowPingingIsThereWhileTheUserMayNotPing) {
+    showMenu();
+    const auto labels = [this] {
+        std::vector<std::string> texts;
+        for (const PanelMenuRow& one : panelMenu->rows()) {
+            texts.push_back(one.label);
+        }
+        return texts;
+    };
+    EXPECT_THAT(labels(), testing::Not(testing::Contains("Allow Pinging…")));
+
+    monitor.setNotice({.kind = Notice::Kind::mayNotPing, .text = "Allow it with:", .command = "it"});
+    EXPECT_THAT(labels(), testing::Contains("Allow Pinging…"));
+    panelMenu->choose(row("Allow Pinging…").id);
+
+    EXPECT_EQ(permissionsAsked, 1);
+    EXPECT_TRUE(copied.empty());
+}
+
 // Choosing.
 
 TEST_F(PanelMenuTextTest, AClickOnTheHeaderOpensTheDropDown) {
@@ -283,7 +302,7 @@ TEST_F(PanelMenuTextTest, UnknownIdsAreIgnored) {
     const int behindTheLast = panelMenu->rows().back().id + 1;
 
     for (const int id :
-         {-1, 0, 2, 3, 4, 5, 9, 10, behindTheLast, 99, 100, 102, std::numeric_limits<int>::max()}) {
+         {-1, 0, 2, 3, 4, 5, 9, 10, behindTheLast, 99, 100, 102, 104, std::numeric_limits<int>::max()}) {
         panelMenu->choose(id);
     }
 

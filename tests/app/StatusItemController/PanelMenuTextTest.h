@@ -20,7 +20,8 @@ protected:
             loop, monitor.observedReading(), *menu,
             PanelMenuText::Actions{
                 .openDropDown = [this] { ++dropDownsOpened; },
-                .copyCommand = [this](const std::string& command) { copied.push_back(command); }});
+                .copyCommand = [this](const std::string& command) { copied.push_back(command); },
+                .allowPinging = [this] { ++permissionsAsked; }});
         panelMenu->onChange = [this] { ++changes; };
     }
 
@@ -35,6 +36,7 @@ protected:
     std::unique_ptr<PanelMenuText> panelMenu;
     std::vector<PanelMenuRow> rows;
     int dropDownsOpened = 0;
+    int permissionsAsked = 0;
     std::vector<std::string> copied;
     int changes = 0;
 };

@@ -144,7 +144,8 @@ void watchBusily(WatchedMonitor& world) {
 
 QImage grabDropDown(WatchedMonitor& world, const test::StandardMenu& menu, int steps, const QString& name) {
     Menu shown(menu.menu.items());
-    DropDown dropDown(world.monitor.observedReading(), shown, world.loop);
+    DropDown dropDown(
+        world.monitor.observedReading(), shown, world.loop, NoticeActions{.allowPinging = [] {}});
     const auto begin = std::chrono::steady_clock::now();
     dropDown.open(ScreenPoint{400, 4});
     QApplication::processEvents();
@@ -213,6 +214,7 @@ QImage grabSettings(
     test::StandardMenu menu;
     SettingsModel model(world.monitor, world.notifications, loginItem, updates);
     model.launchAtLogin().showApproval = [] {};
+    model.allowPinging = [] {};
     SettingsWindow window(model, world.loop, menu.menu);
     window.present();
     for (QCheckBox* box : window.findChildren<QCheckBox*>()) {
@@ -242,6 +244,15 @@ void drawSettings(const QDir& folder, const QString& style) {
     grabSettings(world, loginItem).save(folder.filePath("settings-" + style + ".png"));
     loginItem.now = LoginItem::Status::requiresApproval;
     grabSettings(world, loginItem).save(folder.filePath("settings-switched-off-" + style + ".png"));
+    {
+        WatchedMonitor refused;
+        refused.network.setSocketError(AF_INET, "Permission denied");
+        refused.missingPermission = "sudo sysctl -w net.ipv4.ping_group_range=\"1000 1000\"";
+        refused.notifications.answer = NotificationCenter::Ability::no;
+        refused.prefs.setShowNotifications(true);
+        refused.watchFor(20);
+        grabSettings(refused, loginItem).save(folder.filePath("settings-notices-" + style + ".png"));
+    }
     loginItem.now = LoginItem::Status::notRegistered;
     loginItem.failure = "The folder /home/one/.config/autostart can't be written: Permission denied";
     grabSettings(world, loginItem, "Launch at Login")

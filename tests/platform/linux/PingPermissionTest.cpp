@@ -2,11 +2,15 @@
 #include "platform/linux/PingPermission.h"
 
 #include "core/FileDescriptor.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <regex>
 #include <sys/socket.h>
 
 namespace tarnwick {
@@ -50,6 +54,23 @@ INSTANTIATE_TEST_SUITE_P(
         Permission{"HalfASettingTellsNothing", "1000\n", {1000}, std::nullopt},
         Permission{"WordsTellNothing", "no numbers", {1000}, std::nullopt}),
     [](const auto& test) { return test.param.name; });
+
+TEST(PingPermission, TheKeepingCommandSetsTheRangeNowAndForLaterBoots) {
+    const test::TemporaryFolder folder;
+    const std::string setting = folder.path() / "a setting";
+    const std::string keptIn = folder.path() / "$(kept) 'in'.conf";
+    const std::vector<std::string> words =
+        PingPermission::keepingCommand({.lowest = 7, .highest = 4294967295}, setting, keptIn);
+    std::string command = "exec";
+    for (const std::string& word : words) {
+        command += " '" + std::regex_replace(word, std::regex("'"), R"('\'')") + "'";
+    }
+
+    ASSERT_EQ(std::system(command.c_str()), 0);
+
+    EXPECT_EQ(test::contentOf(setting), "7 4294967295");
+    EXPECT_EQ(test::contentOf(keptIn), "# Lets Tarnwick ping.\nnet.ipv4.ping_group_range = 7 4294967295\n");
+}
 
 TEST(PingPermission, OfThisProcessAgreesWithTheKernel) {
     const FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_ICMP));

@@ -1,4 +1,4 @@
-#include "app/StatusMenuView/NoticeButton.h"
+#include "app/NoticesView/NoticeButton.h"
 
 #include "app/ViewStyle/ViewStyle.h"
 

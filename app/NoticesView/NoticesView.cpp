@@ -1,7 +1,7 @@
-#include "app/StatusMenuView/NoticesView.h"
+#include "app/NoticesView/NoticesView.h"
 
-#include "app/StatusMenuView/NoticeButton.h"
-#include "app/StatusMenuView/WrappedText.h"
+#include "app/NoticesView/NoticeButton.h"
+#include "app/NoticesView/WrappedText.h"
 #include "app/ViewStyle/ViewStyle.h"
 #include "platform/qt/Clipboard.h"
 
@@ -16,6 +16,7 @@ constexpr double noticePoints = 11;
 constexpr double cardPadding = 10;
 constexpr double cardRadius = 6;
 constexpr double cardGap = 8;
+constexpr double buttonGap = 6;
 constexpr double partGap = 5; ///< between text, command and buttons
 constexpr float cardOpacity = 0.13F;
 
@@ -57,13 +58,13 @@ private:
     bool hasCommand_;
 };
 
-NoticesView::NoticesView(const Notices& notices, int width, QWidget* parent)
+NoticesView::NoticesView(const Notices& notices, const NoticeActions& actions, int width, QWidget* parent)
     : ReadAloudWidget(Role::group, parent), width_(width) {
     setSpokenText(QStringLiteral("Notices"));
     const int gap = ViewStyle(*this).length(cardGap);
     int top = 0;
     for (const Notice& notice : notices) {
-        top = addCard(notice, top) + gap;
+        top = addCard(notice, actions, top) + gap;
     }
 }
 
@@ -72,21 +73,25 @@ QSize NoticesView::sizeHint() const {
 }
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): texts and buttons are owned by this widget
-int NoticesView::addCard(const Notice& notice, int top) {
+int NoticesView::addCard(const Notice& notice, const NoticeActions& actions, int top) {
     const ViewStyle style(*this);
     const int padding = style.length(cardPadding);
     auto* const text = new NoticeText(notice, width_ - 2 * padding, this);
     text->move(padding, top + padding);
     int bottom = text->geometry().bottom() + 1;
     if (notice.command) {
-        addCopyButton(*notice.command, {width_ - padding, bottom + style.length(partGap)});
+        const int buttonTop = bottom + style.length(partGap);
+        const int left = addCopyButton(*notice.command, {width_ - padding, buttonTop});
+        if (notice.kind == Notice::Kind::mayNotPing && actions.allowPinging) {
+            addAllowButton(actions.allowPinging, {left - style.length(buttonGap), buttonTop});
+        }
         bottom = childrenRect().bottom() + 1;
     }
     cards_.emplace_back(0, top, width_, bottom + padding - top);
     return cards_.back().bottom() + 1;
 }
 
-void NoticesView::addCopyButton(const std::string& command, QPoint topRight) {
+int NoticesView::addCopyButton(const std::string& command, QPoint topRight) {
     auto* const button = new NoticeButton(QStringLiteral("Copied"), this);
     const QSize size = button->sizeHint(); // room for the longer of its two texts
     button->setText(QStringLiteral("Copy"));
@@ -96,6 +101,14 @@ void NoticesView::addCopyButton(const std::string& command, QPoint topRight) {
         Clipboard::copy(command);
         button->setText(QStringLiteral("Copied"));
     });
+    return button->x();
+}
+
+void NoticesView::addAllowButton(const std::function<void()>& allow, QPoint topRight) {
+    auto* const button = new NoticeButton(QStringLiteral("Allow…"), this);
+    const QSize size = button->sizeHint();
+    button->setGeometry(QRect(topRight - QPoint(size.width(), 0), size));
+    QObject::connect(button, &QPushButton::clicked, button, allow);
 }
 
 // NOLINTEND(cppcoreguidelines-owning-memory)

@@ -1,4 +1,4 @@
-#include "app/StatusMenuView/WrappedText.h"
+#include "app/NoticesView/WrappedText.h"
 
 #include <QPainter>
 #include <QTextOption>

@@ -1,6 +1,6 @@
 // What the user should know, in the drop-down: read, copied, and given room only while it is there.
-#include "app/StatusMenuView/NoticesView.h"
-#include "app/StatusMenuView/NoticeButton.h"
+#include "app/NoticesView/NoticesView.h"
+#include "app/NoticesView/NoticeButton.h"
 #include "app/StatusMenuView/StatusMenuView.h"
 #include "tests/app/StatusMenuView/DrawnView.h"
 #include "tests/app/StatusMenuView/DropDownTest.h"
@@ -101,18 +101,18 @@ TEST_F(NoticesViewTest, TheWindowGivesThemRoomWhenTheyComeAndTakesItBack) {
 
 TEST_F(NoticesViewTest, ALongTextIsBrokenIntoLines) {
     Notice notice = withoutCommand;
-    const NoticesView oneLine({notice}, 292, nullptr);
+    const NoticesView oneLine({notice}, {}, 292, nullptr);
     notice.text = "a text that is far too long to have room in one line of the drop-down, so it has several";
-    const NoticesView blanks({notice}, 292, nullptr);
+    const NoticesView blanks({notice}, {}, 292, nullptr);
     notice.text = std::string(200, 'w');
-    const NoticesView word({notice}, 292, nullptr);
+    const NoticesView word({notice}, {}, 292, nullptr);
 
     EXPECT_GT(blanks.sizeHint().height(), oneLine.sizeHint().height() + 10);
     EXPECT_GT(word.sizeHint().height(), oneLine.sizeHint().height() + 50);
 }
 
 TEST_F(NoticesViewTest, TextAndCommandAreDrawnOnAWarmGround) {
-    NoticesView view({withCommand, withoutCommand}, 292, nullptr);
+    NoticesView view({withCommand, withoutCommand}, {}, 292, nullptr);
     view.setPalette(test::paperPalette());
     view.resize(view.sizeHint());
 
@@ -134,6 +134,23 @@ TEST_F(NoticesViewTest, TheButtonCopiesTheCommandAndSaysSo) {
     EXPECT_EQ(clipboard(), "it");
     EXPECT_EQ(part<NoticeButton>().text(), "Copied");
     EXPECT_TRUE(dropDown.isOpen());
+}
+
+TEST_F(NoticesViewTest, OnlyALackOfPermissionOffersToAllowPinging) {
+    int asked = 0;
+    const NoticeActions actions{.allowPinging = [&asked] { ++asked; }};
+    const Notice mayNotPing{.kind = Notice::Kind::mayNotPing, .text = "Allow it with:", .command = "it"};
+    const auto buttons = [](const NoticesView& view) { return view.findChildren<QPushButton*>(); };
+    const NoticesView view({mayNotPing}, actions, 292, nullptr);
+
+    ASSERT_EQ(buttons(view).size(), 2);
+    EXPECT_EQ(buttons(view)[1]->text(), "Allow…");
+    EXPECT_LT(buttons(view)[1]->geometry().right(), buttons(view)[0]->geometry().left());
+    buttons(view)[1]->click();
+    EXPECT_EQ(asked, 1);
+
+    EXPECT_EQ(buttons(NoticesView({mayNotPing}, {}, 292, nullptr)).size(), 1);
+    EXPECT_EQ(buttons(NoticesView({withCommand}, actions, 292, nullptr)).size(), 1);
 }
 
 TEST_F(NoticesViewTest, TabReachesTheButtonAndReturnPressesIt) {

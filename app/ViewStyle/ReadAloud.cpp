@@ -1,4 +1,4 @@
-#include "app/StatusMenuView/ReadAloud.h"
+#include "app/ViewStyle/ReadAloud.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>

@@ -1,0 +1,41 @@
+// What the user should know or do: each notice on a card, with buttons for what helps.
+#pragma once
+
+#include "app/Reading/Notice.h"
+#include "app/ViewStyle/ReadAloud.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+struct NoticeActions {
+    /// Asks an administrator to let this user ping; null where nothing can ask.
+    std::function<void()> allowPinging = nullptr;
+};
+
+class NoticesView final : public ReadAloudWidget {
+public:
+    /// Made for these notices, at least one, and for this width.
+    NoticesView(const Notices& notices, const NoticeActions& actions, int width, QWidget* parent);
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    class NoticeText;
+
+    /// Returns the bottom of the card.
+    int addCard(const Notice& notice, const NoticeActions& actions, int top);
+    /// Returns the left edge of the button.
+    int addCopyButton(const std::string& command, QPoint topRight);
+    void addAllowButton(const std::function<void()>& allow, QPoint topRight);
+
+    int width_;
+    std::vector<QRect> cards_;
+};
+
+} // namespace tarnwick
