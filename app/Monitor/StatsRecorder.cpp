@@ -69,13 +69,13 @@ StatsRecorder::Saved StatsRecorder::save(
         if (before == State::otherRecords || (present && isFromAnotherWriter(*present))) {
             take(std::move(present));
             if (!resetHosts_.empty()) {
-                write(durability); // this save may be the last one
+                write(host, durability); // this save may be the last one
             }
             return Saved::tookOver;
         }
     }
     if (state_ == State::records) {
-        write(durability);
+        write(host, durability);
     }
     return Saved::kept;
 }
@@ -91,9 +91,10 @@ bool StatsRecorder::isFromAnotherWriter(const StatsByHost& present) const {
     return !present.empty() && present != onDisk_;
 }
 
-void StatsRecorder::write(FileStore::Durability durability) {
+void StatsRecorder::write(const std::string& host, FileStore::Durability durability) {
     StatsByHost figures = allTimeStats_;
     std::erase_if(figures, [](const auto& entry) { return entry.second.isEmpty(); });
+    dropLeastPinged(figures, host);
     if (!isUnread_ && written_ && durability <= *written_ && figures == onDisk_) {
         problem_.clear();
         return; // nothing has been counted since

@@ -52,7 +52,7 @@ private:
     void take(std::optional<StatsByHost> present);
     [[nodiscard]] bool mustBeRead() const;
     [[nodiscard]] bool isFromAnotherWriter(const StatsByHost& present) const;
-    void write(FileStore::Durability durability);
+    void write(const std::string& host, FileStore::Durability durability);
     /// Returns why it failed.
     std::error_code replaceFile(StatsByHost figures, FileStore::Durability durability);
 

@@ -56,20 +56,55 @@ fs::path draftOf(const fs::path& target) {
     return draft;
 }
 
-/// Opens the draft for this writer alone. A second writer at the same moment gets an error.
-FileDescriptor openDraft(const fs::path& draft, std::error_code& error) {
-    FileDescriptor file(::open(draft.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
+/// A pipe, a device, a link, or a file that has another name too. A folder can't lose its name so easily.
+bool isForeign(const fs::path& draft) {
+    struct stat info{};
+
+    return ::lstat(draft.c_str(), &info) == 0 && !S_ISDIR(info.st_mode)
+           && (!S_ISREG(info.st_mode) || info.st_nlink > 1);
+}
+
+/// The error for something that must keep its place; none for a file, for nothing and for a link that leads
+/// nowhere.
+std::error_code refusalToReplace(const fs::path& target) {
+    struct stat info{};
+
+    if (::lstat(target.c_str(), &info) != 0 || S_ISREG(info.st_mode) || S_ISLNK(info.st_mode)) {
+        return {};
+    }
+    return std::make_error_code(
+        S_ISDIR(info.st_mode) ? std::errc::is_a_directory : std::errc::operation_not_supported);
+}
+
+/// Whether an open draft is this writer's alone.
+std::error_code claim(int descriptor, const fs::path& draft) {
     // A file system without locks gives another error: then writing goes on without one.
-    if (!file.isOpen() || (::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)) {
-        error = lastError();
-        return {};
+    if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        return lastError();
     }
-    if (!isNamed(file.get(), draft)) {
+    if (!isNamed(descriptor, draft)) {
         // Another writer has just renamed this draft: it is the target file now.
-        error = std::make_error_code(std::errc::resource_unavailable_try_again);
-        return {};
+        return std::make_error_code(std::errc::resource_unavailable_try_again);
     }
-    return file;
+    return isForeign(draft) ? std::make_error_code(std::errc::file_exists) : std::error_code();
+}
+
+/// Opens the draft for this writer alone. A second writer at the same moment gets an error. What is no draft
+/// of this program loses that name.
+FileDescriptor openDraft(const fs::path& draft, std::error_code& error) {
+    for (const bool isLast : {false, true}) {
+        // Without waiting, in case it is a pipe.
+        FileDescriptor file(
+            ::open(draft.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666));
+        error = file.isOpen() ? claim(file.get(), draft) : lastError();
+        if (!error) {
+            return file;
+        }
+        if (isLast || !isForeign(draft) || ::unlink(draft.c_str()) != 0) {
+            break;
+        }
+    }
+    return {};
 }
 
 /// Without this, a power cut may bring back the old name of a file that was renamed. Some file systems can't
@@ -176,6 +211,9 @@ enum class SecondName { none, flushed };
 
 std::error_code replaceTarget(
     const fs::path& target, std::string_view text, Durability durability, SecondName secondName) {
+    if (const std::error_code error = refusalToReplace(target)) {
+        return error;
+    }
     if (const std::error_code error = makeFolders(target.parent_path())) {
         return error;
     }
@@ -212,6 +250,15 @@ std::error_code replaceAndKeep(const fs::path& path, std::string_view text) {
     return replaceTarget(linkTarget(path), text, Durability::powerCut, SecondName::flushed);
 }
 
+void flush(const fs::path& path) {
+    const fs::path target = linkTarget(path);
+    const FileDescriptor file(::open(target.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (file.isOpen()) {
+        static_cast<void>(::fdatasync(file.get()));
+        flushFolder(target.parent_path());
+    }
+}
+
 fs::path flushedName(const fs::path& path) {
     fs::path name = linkTarget(path);
     name += ".flushed";
@@ -232,22 +279,30 @@ Version versionOf(const fs::path& path) {
         .changedNs = info.st_mtim.tv_sec * nsPerSecond + info.st_mtim.tv_nsec};
 }
 
-std::error_code keepAside(const fs::path& path) {
+std::error_code keepAside(const fs::path& path, fs::path* keptAs) {
     const fs::path target = linkTarget(path);
+    if (const std::error_code error = refusalToReplace(target); error == std::errc::operation_not_supported) {
+        return error;
+    }
     for (int number = 1; number <= mostKeptAside; ++number) {
         fs::path aside = target;
         aside += number == 1 ? ".unreadable" : ".unreadable-" + std::to_string(number);
-        if (::link(target.c_str(), aside.c_str()) == 0 || errno == ENOENT) {
-            return {};
-        }
-        if (errno == EEXIST) {
-            if (std::error_code error; fs::equivalent(target, aside, error)) {
-                return {}; // kept already: the file was not replaced since
+        if (::link(target.c_str(), aside.c_str()) != 0) {
+            if (errno == ENOENT) {
+                return {};
             }
-            continue;
+            if (errno == EEXIST) {
+                if (std::error_code error; !fs::equivalent(target, aside, error)) {
+                    continue; // kept earlier, of another file
+                }
+            } else if (::rename(target.c_str(), aside.c_str()) != 0) { // without hard links
+                return lastError();
+            }
         }
-        // A file system without hard links: rename instead.
-        return ::rename(target.c_str(), aside.c_str()) == 0 ? std::error_code() : lastError();
+        if (keptAs != nullptr) {
+            *keptAs = aside;
+        }
+        return {};
     }
     return std::make_error_code(std::errc::file_exists);
 }

@@ -20,9 +20,13 @@ enum class Durability { crash, powerCut };
 [[nodiscard]] std::error_code makeFolders(const std::filesystem::path& folder);
 
 /// Replaces the file atomically: after a crash or on a full disk it holds either the old text or the new one.
-/// Makes the folder, keeps the permissions, replaces the target of a link.
+/// Makes the folder, keeps the permissions, replaces the target of a link. A pipe, device or folder in its
+/// place stays, and is an error.
 [[nodiscard]] std::error_code replace(
     const std::filesystem::path& path, std::string_view text, Durability durability = Durability::powerCut);
+
+/// Makes a text that was replaced to outlive a crash survive a power cut too.
+void flush(const std::filesystem::path& path);
 
 /// The second name of the text that was last written to survive a power cut: "NAME.flushed".
 [[nodiscard]] std::filesystem::path flushedName(const std::filesystem::path& path);
@@ -45,6 +49,8 @@ struct Version {
 
 /// Gives the file a second name ("NAME.unreadable", "NAME.unreadable-2", ...), so that replacing it loses
 /// nothing. A file that has such a name already gets no other. Follows links. A missing file is no error.
-[[nodiscard]] std::error_code keepAside(const std::filesystem::path& path);
+/// `keptAs` is given that name.
+[[nodiscard]] std::error_code keepAside(
+    const std::filesystem::path& path, std::filesystem::path* keptAs = nullptr);
 
 } // namespace tarnwick::FileStore

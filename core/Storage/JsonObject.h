@@ -3,12 +3,28 @@
 
 #include <nlohmann/json.hpp>
 
+#include <map>
 #include <optional>
 #include <string>
 
 namespace tarnwick {
 
-/// None when the text is no JSON object, or is nested too deep for the stack.
+/// Lines count from 1.
+struct JsonMistake {
+    int line = 1;
+    std::string text;
+};
+
+struct JsonReading {
+    nlohmann::json object = nlohmann::json::object(); ///< the part before the mistake, if there is one
+    std::map<std::string, int> lines{};               ///< of the keys of `object`, the last one of each
+    std::optional<JsonMistake> mistake{};
+};
+
+/// A text that is no JSON object, or is nested too deep for the stack, is a mistake. In linear time.
+[[nodiscard]] JsonReading readJsonObject(const std::string& text);
+
+/// None when there is a mistake.
 [[nodiscard]] std::optional<nlohmann::json> parseJsonObject(const std::string& text);
 
 } // namespace tarnwick

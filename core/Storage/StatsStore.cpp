@@ -3,7 +3,10 @@
 #include "core/Storage/JsonObject.h"
 #include "core/Storage/UserFolders.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <limits>
+#include <vector>
 
 namespace tarnwick {
 
@@ -119,6 +122,24 @@ std::error_code StatsStore::save(const StatsByHost& stats, FileStore::Durability
     const std::string text = encode(stats);
     return durability == FileStore::Durability::powerCut ? FileStore::replaceAndKeep(url, text)
                                                          : FileStore::replace(url, text, durability);
+}
+
+void dropLeastPinged(StatsByHost& stats, const std::string& kept) {
+    if (stats.size() <= StatsStore::mostHosts) {
+        return;
+    }
+    std::vector<StatsByHost::const_iterator> hosts;
+    for (auto host = stats.cbegin(); host != stats.cend(); ++host) {
+        if (host->first != kept) {
+            hosts.push_back(host);
+        }
+    }
+    const std::size_t surplus = stats.size() - StatsStore::mostHosts;
+    const auto firstKept = hosts.begin() + static_cast<std::ptrdiff_t>(surplus);
+    std::ranges::nth_element(hosts, firstKept, {}, [](const auto& host) { return host->second.sent; });
+    for (auto host = hosts.begin(); host != firstKept; ++host) {
+        stats.erase(*host);
+    }
 }
 
 } // namespace tarnwick

@@ -32,9 +32,15 @@ struct StatsStore {
     /// Those last saved to survive a power cut; none when there are none.
     [[nodiscard]] StatsByHost flushedFigures() const;
 
+    /// So many hosts are stored at most: a file of 8 MiB.
+    static constexpr std::size_t mostHosts = 20'000;
+
     /// Replaces the file as a whole; creates its folder. After an error the old file is unchanged.
     [[nodiscard]] std::error_code save(
         const StatsByHost& stats, FileStore::Durability durability = FileStore::Durability::powerCut) const;
 };
+
+/// Drops the hosts with the fewest pings until `StatsStore::mostHosts` are left. `kept` stays.
+void dropLeastPinged(StatsByHost& stats, const std::string& kept);
 
 } // namespace tarnwick

@@ -170,6 +170,21 @@ TEST_F(StatsRecorderTest, AFolderThatWasEmptiedIsFilledAgain) {
     EXPECT_EQ(store.load().at(host), sent(2));
 }
 
+TEST_F(StatsRecorderTest, OfTooManyHostsTheCurrentOneIsStored) {
+    StatsByHost many;
+    for (std::size_t number = 0; number < StatsStore::mostHosts; ++number) {
+        many[std::to_string(number) + ".test"] = sent(100);
+    }
+    ASSERT_FALSE(store.save(many));
+    start(first);
+
+    first->save(host, sent(1), forTheCrash);
+
+    const StatsByHost stored = store.load();
+    EXPECT_EQ(stored.size(), StatsStore::mostHosts);
+    EXPECT_TRUE(stored.contains(host));
+}
+
 // A file that can't be read.
 
 struct Unreadable {

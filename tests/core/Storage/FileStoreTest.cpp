@@ -228,28 +228,6 @@ TEST_F(FileStoreOnASmallDisk, LeavesTheOldFileWholeWhenTheDiskIsWriteProtected) 
     EXPECT_DONE(status);
 }
 
-TEST_F(FileStoreTest, UsesUpTheDraftOfAProgramThatWasKilled) {
-    writeFile(file, "old");
-    fs::path draft = file;
-    draft += ".new";
-    writeFile(draft, "half of something that was much longer");
-
-    EXPECT_FALSE(replace(""));
-    EXPECT_EQ(contentOf(file), "");
-    EXPECT_EQ(fileCount(folder.path()), 1);
-}
-
-TEST_F(FileStoreTest, DoesNotWriteThroughALinkInThePlaceOfItsDraft) {
-    const fs::path foreign = folder.path() / "foreign";
-    writeFile(foreign, "foreign");
-    fs::path draft = file;
-    draft += ".new";
-    fs::create_symlink(foreign, draft);
-
-    EXPECT_TRUE(replace("new"));
-    EXPECT_EQ(contentOf(foreign), "foreign");
-}
-
 TEST_F(FileStoreTest, LetsASecondWriterOfTheSameMomentTryAgainLater) {
     writeFile(file, "old");
     fs::path draft = file;

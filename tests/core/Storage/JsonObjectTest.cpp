@@ -1,8 +1,11 @@
 // What is taken for the object in a file.
 #include "core/Storage/JsonObject.h"
 
+#include "tests/support/CaseName.h"
+
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 
 namespace tarnwick {
@@ -26,6 +29,64 @@ INSTANTIATE_TEST_SUITE_P(JsonObject, NoJsonObject, testing::Values("", "{", "{} 
 
 TEST_P(NoJsonObject, IsNone) {
     EXPECT_FALSE(parseJsonObject(GetParam()));
+}
+
+TEST(JsonObject, OfManyMembersIsReadInTimeProportionalToTheirNumber) {
+    const auto secondsFor = [](int members) {
+        std::string text = "{";
+        for (int member = 0; member < members; ++member) {
+            text += (member > 0 ? ",\"" : "\"") + std::to_string(member) + "\":{\"sent\":1}";
+        }
+        text += "}";
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(parseJsonObject(text).value().size(), static_cast<std::size_t>(members));
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    secondsFor(1000);
+    // In quadratic time it would be 256 times as long.
+    EXPECT_LT(secondsFor(32'000), 64 * secondsFor(2000));
+}
+
+TEST(JsonObject, TellsTheLineOfEachKey) {
+    const JsonReading reading = readJsonObject("{\n\"a\":\n1, \"b\": {\n\"c\": 2}\n,\n\n\"d\": 3}");
+    EXPECT_FALSE(reading.mistake);
+    EXPECT_EQ(reading.lines, (std::map<std::string, int>{{"a", 2}, {"b", 3}, {"d", 7}}));
+}
+
+struct Mistaken {
+    std::string name;
+    std::string text;
+    int line;
+    std::string reason;
+    std::string before; ///< the part that is read
+
+    friend void PrintTo(const Mistaken& mistaken, std::ostream* out) { *out << mistaken.name; }
+};
+
+class MistakenJson : public testing::TestWithParam<Mistaken> {};
+
+INSTANTIATE_TEST_SUITE_P(
+    JsonObject, MistakenJson,
+    testing::Values(
+        Mistaken{
+            "TrailingComma", "{\n\"a\": 1,\n}", 3, "unexpected '}'; expected string literal", R"({"a":1})"},
+        Mistaken{"List", "[1]", 1, "it must be one JSON object: { ... }", "{}"},
+        Mistaken{
+            "MissingComma", "{\"a\": 1\n \"b\": 2}", 2, "unexpected string literal; expected '}'",
+            R"({"a":1})"},
+        Mistaken{"Empty", "", 1, "unexpected end of input; expected '[', '{', or a literal", "{}"},
+        Mistaken{"TooDeep", "{\n" + nested(101).substr(1), 2, "it is nested too deep", ""}),
+    test::caseName);
+
+TEST_P(MistakenJson, IsToldWithItsLineAndWhatStandsBeforeIt) {
+    const JsonReading reading = readJsonObject(GetParam().text);
+
+    ASSERT_TRUE(reading.mistake);
+    EXPECT_EQ(reading.mistake->line, GetParam().line);
+    EXPECT_EQ(reading.mistake->text, GetParam().reason);
+    if (!GetParam().before.empty()) {
+        EXPECT_EQ(reading.object.dump(), GetParam().before);
+    }
 }
 
 TEST(JsonObject, MayHoldValuesAHundredDeep) {

@@ -276,6 +276,22 @@ TEST_F(StatsStoreTest, SavesTheOtherHostsBesideOneWhoseTextIsNoUtf8) {
     EXPECT_EQ(store.load().at("good.example"), figures);
 }
 
+TEST_F(StatsStoreTest, DropsTheHostsWithTheFewestPingsWhenThereAreTooMany) {
+    StatsByHost stats;
+    for (std::size_t number = 0; number <= StatsStore::mostHosts; ++number) {
+        stats[std::to_string(number) + ".example"] = {.sent = 1000 + static_cast<std::int64_t>(number)};
+    }
+    stats["present.example"] = {.sent = 1};
+
+    dropLeastPinged(stats, "present.example");
+
+    EXPECT_EQ(stats.size(), StatsStore::mostHosts);
+    EXPECT_TRUE(stats.contains("present.example"));
+    EXPECT_FALSE(stats.contains("0.example"));
+    EXPECT_FALSE(stats.contains("1.example"));
+    EXPECT_TRUE(stats.contains("2.example"));
+}
+
 TEST_F(StatsStoreTest, LoadsNothingFromAFolderInItsPlace) {
     fs::create_directory(store.url);
     EXPECT_THAT(store.load(), IsEmpty());
