@@ -85,15 +85,30 @@ std::string fixed(double value, int digits) {
     return {buffer.data(), result.ptr};
 }
 
+namespace {
+
+/// Unicode's own, beside the control characters.
+bool isLineBreak(char32_t character) {
+    return character == 0x2028 || character == 0x2029;
+}
+
+} // namespace
+
 bool isControl(char32_t character) {
     return character < 0x20 || (character >= 0x7F && character < 0xA0);
+}
+
+bool changesDirection(char32_t character) {
+    return character == 0x061C || character == 0x200E || character == 0x200F
+           || (character >= 0x202A && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);
 }
 
 std::string printable(std::string_view text) {
     std::string result;
     while (!text.empty()) {
         const char32_t character = Utf8::takeCharacter(text);
-        Utf8::append(result, isControl(character) ? U'?' : character);
+        const bool isHarmful = isControl(character) || changesDirection(character) || isLineBreak(character);
+        Utf8::append(result, isHarmful ? U'?' : character);
     }
     return result;
 }

@@ -23,8 +23,12 @@ namespace tarnwick::Text {
 /// Those below a space, Delete, and U+0080 to U+009F, which terminals obey too.
 [[nodiscard]] bool isControl(char32_t character);
 
-/// `text` (UTF-8) with a question mark for each control character, and U+FFFD for each byte that belongs to
-/// no character: safe to print as part of a line.
+/// The marks that turn the order of the letters around them, for right-to-left scripts. In a host's name they
+/// make it look like another one.
+[[nodiscard]] bool changesDirection(char32_t character);
+
+/// `text` (UTF-8) with a question mark for each control character, line break and change of direction, and
+/// U+FFFD for each byte that belongs to no character: safe to print as part of a line.
 [[nodiscard]] std::string printable(std::string_view text);
 
 } // namespace tarnwick::Text

@@ -107,7 +107,7 @@ std::u32string Canvas::glyphsOf(std::string_view text) const {
     std::u32string glyphs;
     while (!text.empty()) {
         char32_t glyph = Utf8::takeCharacter(text);
-        if (Text::isControl(glyph)) {
+        if (Text::isControl(glyph) || Text::changesDirection(glyph)) {
             glyph = Utf8::replacement;
         }
         glyphs.push_back(ascii_ ? nearestAscii(glyph) : glyph);

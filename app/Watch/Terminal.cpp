@@ -7,6 +7,7 @@
 #include <poll.h>
 #include <string_view>
 #include <sys/ioctl.h>
+#include <termios.h>
 #include <unistd.h>
 
 #define NCURSES_WIDECHAR 1
@@ -36,6 +37,15 @@ bool startColors() {
 bool takesOutput() {
     pollfd output{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
     return ::poll(&output, 1, 0) == 1 && (output.revents & POLLOUT) != 0;
+}
+
+/// Output that the user has paused would hold up the end.
+void resumeOutput() {
+    if (!takesOutput()) {
+        // Only after a pause by call does the system end a pause by key.
+        ::tcflow(STDOUT_FILENO, TCOOFF);
+        ::tcflow(STDOUT_FILENO, TCOON);
+    }
 }
 
 } // namespace
@@ -104,6 +114,7 @@ Terminal::Terminal(std::unique_ptr<Screen> screen)
 }
 
 Terminal::~Terminal() {
+    resumeOutput();
     endwin();
     delscreen(screen_->handle);
 }

@@ -126,6 +126,11 @@ TEST(PrintableText, HasAQuestionMarkForTheControlCharactersBehindAscii) {
     EXPECT_EQ(Text::printable("a\u0080\u009B31m\u009F\u00A0b"), "a??31m?\u00A0b");
 }
 
+TEST(PrintableText, HasAQuestionMarkForWhatTurnsTheLettersAround) {
+    EXPECT_EQ(Text::printable("a\u202Eb\u202A\u2066c\u2069\u200E\u200F\u061Cd\u2028\u2029"), "a?b??c????d??");
+    EXPECT_EQ(Text::printable("\u200Da\u2070\u2065"), "\u200Da\u2070\u2065");
+}
+
 TEST(PrintableText, HasNoByteThatBelongsToNoCharacter) {
     EXPECT_EQ(Text::printable("a\x9B\xC3"), "a\uFFFD\uFFFD");
 }

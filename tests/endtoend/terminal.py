@@ -143,6 +143,15 @@ class Terminal:
     def type(self, keys: bytes) -> None:
         os.write(self._master, keys)
 
+    def pause(self) -> None:
+        """Holds up all output, as a user does with Ctrl-S."""
+        self.type(b"\x13")
+        deadline = time.monotonic() + PATIENCE_SECONDS
+        while select.select([], [self._slave], [], 0)[1]:
+            if time.monotonic() > deadline:
+                raise AssertionError("the output goes on")
+            time.sleep(0.01)
+
     def resize(self, columns: int, rows: int) -> None:
         """Gives the terminal another size; the kernel tells the program. What was drawn before is forgotten."""
         with self._lock:

@@ -208,6 +208,12 @@ class TheTerminalAfterwards(ConcurrentTestCase):
                 terminal.wait_for(is_up, 4, "a good connection")
                 self.was_restored(terminal, terminal.finish(number))
 
+    def test_a_termination_signal_ends_it_while_the_output_is_paused(self) -> None:
+        with new_home() as home, Terminal(home, "10.77.0.10") as terminal:
+            terminal.wait_for(is_up, 4, "a good connection")
+            terminal.pause()
+            self.was_restored(terminal, terminal.finish())
+
     def test_at_the_end_of_its_time_the_terminal_is_as_it_was(self) -> None:
         with new_home() as home, Terminal(home, "10.77.0.10", lifetime=2) as terminal:
             self.was_restored(terminal, terminal.wait(within=2 + PATIENCE_SECONDS))

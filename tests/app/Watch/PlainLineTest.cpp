@@ -81,6 +81,12 @@ TEST_F(PlainLineTest, CharactersOfSeveralBytesTakeOneColumn) {
     EXPECT_EQ(columnOf(line(), "1.1.1.1"), host);
 }
 
+TEST_F(PlainLineTest, AHostCanNeitherCommandTheTerminalNorTurnTheLineAround) {
+    reading_.hostLine = "a\u009B31m\u202Eb";
+
+    EXPECT_THAT(line(), testing::EndsWith("  a?31m?b\n"));
+}
+
 TEST_F(PlainLineTest, AHostWithALineBreakStaysOnTheLine) {
     reading_.hostLine = "two\nlines";
 
