@@ -1,6 +1,7 @@
 #include "app/App/AppDelegate.h"
 
 #include "app/App/PingAllowance.h"
+#include "core/Text.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/ProcessNames.h"
 #include "platform/linux/RunningProgram.h"
@@ -78,6 +79,12 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       menu_(StatusItemController::menuItems(false)),
       settingsModel_(monitor_, notifications_, loginItem_),
       colors_(bus) {
+    settings_.tellMistakes([this](const std::vector<std::string>& mistakes) {
+        for (const std::string& mistake : mistakes) {
+            say(Text::printable(mistake));
+        }
+        monitor_.setSettingsMistakes(mistakes);
+    });
     makeStatusItem(setup);
     monitor_.start();
     sessionEnd_ = std::make_unique<SessionEnd>([this] { save(); });
@@ -86,6 +93,9 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
 
 AppDelegate::~AppDelegate() {
     monitor_.saveStats();
+    if (const std::string& problem = monitor_.measured().recordingProblem; !problem.empty()) {
+        say("the statistics could not be stored: " + problem);
+    }
 }
 
 std::function<void()> AppDelegate::allowingPing() {

@@ -9,9 +9,6 @@ namespace tarnwick {
 
 namespace {
 
-/// Four times the longest name of the name system: room for a scope and for other notations.
-constexpr std::size_t longestHost = 1024;
-
 constexpr std::size_t settingColumn = 32; ///< where the descriptions begin
 
 } // namespace
@@ -29,8 +26,7 @@ std::optional<double> positiveNumber(const std::string& text) {
 }
 
 std::optional<std::string> hostArgument(const std::string& text) {
-    auto host = hostIn(text);
-    return host && host->size() <= longestHost ? host : std::nullopt;
+    return hostIn(text);
 }
 
 std::variant<Setting, UsageError> parseSetting(const std::string& text) {
@@ -45,7 +41,7 @@ std::variant<Setting, UsageError> parseSetting(const std::string& text) {
     }
     const std::string written = text.substr(equals + 1);
     const auto value = parsedSetting(*row, written);
-    if (!value || (row->rule == SettingRule::host && !hostArgument(written))) {
+    if (!value) {
         return UsageError{key + " must be " + std::string(row->values) + ", not " + quoted(written)};
     }
     return Setting(key, *value);

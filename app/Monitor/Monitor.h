@@ -73,6 +73,8 @@ public:
     /// this kind. For what the monitor can't know: mistakes in the settings, no panel.
     void setNotice(const Notice& notice);
     void clearNotice(Notice::Kind kind);
+    /// The notice about the settings file; none for no mistakes.
+    void setSettingsMistakes(const std::vector<std::string>& mistakes);
 
     [[nodiscard]] Preferences& prefs() const { return prefs_; }
 

@@ -85,6 +85,14 @@ void Monitor::setNotice(const Notice& notice) {
     measured_.notices.push_back(notice);
 }
 
+void Monitor::setSettingsMistakes(const std::vector<std::string>& mistakes) {
+    if (mistakes.empty()) {
+        clearNotice(Notice::Kind::settingsMistake);
+    } else {
+        setNotice(settingsNotice(mistakes));
+    }
+}
+
 void Monitor::clearNotice(Notice::Kind kind) {
     const PublishAtEnd publishAtEnd(*this);
     std::erase_if(measured_.notices, [kind](const Notice& notice) { return notice.kind == kind; });

@@ -62,22 +62,16 @@ Preferences::Preferences(UserDefaults& defaults) : defaults_(defaults) {
     }
 }
 
-Value Preferences::load(const SettingRow& row) const {
+std::optional<Value> Preferences::admittedValue(const SettingRow& row) const {
     const std::optional<Value> stored = storedValue(defaults_, row);
-    switch (row.rule) {
-    case SettingRule::pingInterval:
-    case SettingRule::lossMode:
-    case SettingRule::form:
-        if (const auto value = stored ? admitted(row, *stored) : std::nullopt) {
-            return *value;
-        }
-        return row.rule == SettingRule::lossMode ? textOf(migratedLossMode(defaults_)) : defaultOf(row);
-    case SettingRule::host:
-    case SettingRule::positiveNumber:
-    case SettingRule::boolean:
-        break; // taken as stored
+    return stored ? admitted(row, *stored) : std::nullopt;
+}
+
+Value Preferences::load(const SettingRow& row) const {
+    if (const auto value = admittedValue(row)) {
+        return *value;
     }
-    return stored.value_or(defaultOf(row));
+    return row.rule == SettingRule::lossMode ? textOf(migratedLossMode(defaults_)) : defaultOf(row);
 }
 
 void Preferences::assign(const std::vector<Assignment>& assignments) {
@@ -101,10 +95,13 @@ void Preferences::reload() {
     std::vector<Assignment> changes;
     for (std::size_t index = 0; index < settingTable.size(); ++index) {
         const SettingRow& row = settingTable.at(index);
-        const Value value = load(row);
-        const auto kept = row.rule == SettingRule::host ? admitted(row, value) : value;
-        if (kept) {
-            changes.emplace_back(index, *kept);
+        // What can't be meant leaves these as they are. The others fall back to their defaults.
+        const bool needsMeaning = row.rule == SettingRule::host || row.rule == SettingRule::positiveNumber
+                                  || row.rule == SettingRule::timeout;
+        if (!needsMeaning) {
+            changes.emplace_back(index, load(row));
+        } else if (const auto value = admittedValue(row)) {
+            changes.emplace_back(index, *value);
         }
     }
     assign(changes);

@@ -23,11 +23,11 @@ public:
 
     static constexpr std::array allDisplays{Display::iconAndText, Display::iconOnly, Display::textOnly};
 
-    /// Takes the host, the threshold and the time-out as they are stored. `defaults` outlives this object.
+    /// A stored value that can't be meant counts as absent. `defaults` outlives this object.
     explicit Preferences(UserDefaults& defaults);
 
-    /// Takes over what has changed in the store since it was last read; writes nothing. A blank host is
-    /// refused, and white space around a host is dropped, as in the settings window.
+    /// Takes over what has changed in the store since it was last read; writes nothing. A host or
+    /// number that can't be meant changes nothing.
     void reload();
 
     [[nodiscard]] const std::string& hostname() const {
@@ -81,7 +81,9 @@ private:
         return std::get<T>(values_.at(index).get());
     }
 
-    /// The stored value, or else the default.
+    /// The stored value as its rule keeps it; nothing when the rule refuses it.
+    [[nodiscard]] std::optional<Value> admittedValue(const SettingRow& row) const;
+    /// That value, or else the default.
     [[nodiscard]] Value load(const SettingRow& row) const;
     /// Changes what is observed, without storing it.
     void assign(const std::vector<Assignment>& assignments);

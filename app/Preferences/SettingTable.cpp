@@ -14,6 +14,10 @@ using Value = UserDefaults::Value;
 constexpr std::array allForms{
     StatusItem::Form::automatic, StatusItem::Form::label, StatusItem::Form::wide, StatusItem::Form::square};
 
+// Seconds.
+constexpr double shortestTimeout = 0.01;
+constexpr double longestTimeout = 3600;
+
 std::optional<Value> onlyIf(bool isRight, const Value& value) {
     return isRight ? std::optional(value) : std::nullopt;
 }
@@ -36,6 +40,9 @@ std::optional<Value> admitted(const SettingRow& row, const Value& value) {
         return hostIn(std::get<std::string>(value));
     case SettingRule::positiveNumber:
         return onlyIf(std::get<double>(value) > 0, value);
+    case SettingRule::timeout:
+        return onlyIf(
+            std::get<double>(value) >= shortestTimeout && std::get<double>(value) <= longestTimeout, value);
     case SettingRule::pingInterval:
         return static_cast<double>(PingIntervalSetting::clamped(std::get<double>(value)));
     case SettingRule::lossMode:
@@ -54,7 +61,8 @@ std::optional<Value> parsedSetting(const SettingRow& row, const std::string& tex
     }
     if (std::holds_alternative<double>(row.preset)) {
         const std::optional<double> number = numberIn(text);
-        return number ? admitted(row, *number) : std::nullopt;
+        const std::optional<Value> kept = number ? admitted(row, *number) : std::nullopt;
+        return kept && *kept == Value(*number) ? kept : std::nullopt;
     }
     return onlyIf(text == "true" || text == "false", text == "true");
 }
@@ -80,7 +88,7 @@ std::string description(const SettingRow& row) {
 
 std::optional<std::string> hostIn(std::string_view text) {
     const std::string_view host = Text::trimmed(text);
-    return host.empty() ? std::nullopt : std::optional(std::string(host));
+    return host.empty() || host.size() > longestHost ? std::nullopt : std::optional(std::string(host));
 }
 
 std::optional<double> numberIn(std::string_view text) {

@@ -29,12 +29,13 @@ inline constexpr auto showNotifications = "ShowNotifications";
 inline constexpr auto panelFace = "PanelFace";
 } // namespace PreferenceKey
 
-/// Which values a setting takes. `--set` enforces every rule. Loading enforces `pingInterval`, `lossMode` and
-/// `form`; reloading also `host`. Setters enforce none.
+/// Which values a setting takes, from the file, from `--set` and in the settings window. Setters enforce
+/// none.
 enum class SettingRule {
-    host,           ///< a text that is not blank, without the white space around it
+    host,           ///< a text that is not blank or absurdly long, without the white space around it
     positiveNumber, ///< above 0
-    pingInterval,   ///< a number; `PingIntervalSetting::clamped` brings it into range
+    timeout,        ///< a number of seconds that is no absurd time to wait
+    pingInterval,   ///< a whole number; from the file, `PingIntervalSetting::clamped` brings it into range
     boolean,
     lossMode, ///< the stored text of a `MenuBarTitle::LossMode`
     form,     ///< the stored text of a `StatusItem::Form`
@@ -62,10 +63,10 @@ inline constexpr std::array<SettingRow, 10> settingTable{{
      "a host name or address", "what to ping"},
     {PreferenceKey::slowPingLowThreshold, 100.0, SettingDefault::registered, SettingRule::positiveNumber,
      "a number of milliseconds above 0", "latency above which a ping is slow"},
-    {PreferenceKey::pingTimeout, 4.0, SettingDefault::registered, SettingRule::positiveNumber,
-     "a number of seconds above 0", "when an unanswered ping is lost"},
+    {PreferenceKey::pingTimeout, 4.0, SettingDefault::registered, SettingRule::timeout,
+     "a number of seconds, 0.01 to 3600", "when an unanswered ping is lost"},
     {PreferenceKey::pingInterval, double{PingIntervalSetting::defaultSeconds}, SettingDefault::registered,
-     SettingRule::pingInterval, "a number of seconds, 1 to 60", "time between pings"},
+     SettingRule::pingInterval, "a whole number of seconds, 1 to 60", "time between pings"},
     {PreferenceKey::showIcon, true, SettingDefault::registered, SettingRule::boolean, "true or false",
      "show the bars in the panel"},
     {PreferenceKey::showText, true, SettingDefault::registered, SettingRule::boolean, "true or false",
@@ -97,7 +98,8 @@ consteval std::size_t settingIndex(std::string_view key) {
 [[nodiscard]] std::optional<UserDefaults::Value> admitted(
     const SettingRow& row, const UserDefaults::Value& value);
 
-/// The value that a text gives for this setting: "true", "2.5", "example.org". Nothing for any other text.
+/// The value that a text gives for this setting: "true", "2.5", "example.org". Nothing for any other text,
+/// and for a number that would have to be brought into range.
 [[nodiscard]] std::optional<UserDefaults::Value> parsedSetting(
     const SettingRow& row, const std::string& text);
 
@@ -107,7 +109,10 @@ consteval std::size_t settingIndex(std::string_view key) {
 /// What the setting means and takes, in one line for users.
 [[nodiscard]] std::string description(const SettingRow& row);
 
-/// The host in a text: without white space around it; nothing when that leaves nothing.
+/// Bytes of a host: four times the longest name of the name system, room for a scope and other notations.
+inline constexpr std::size_t longestHost = 1024;
+
+/// The host in a text: without white space around it; nothing when that leaves nothing, or too much.
 [[nodiscard]] std::optional<std::string> hostIn(std::string_view text);
 
 /// The finite number that is all of a text; nothing for any other text.

@@ -49,6 +49,12 @@ std::string Notice::line() const {
     return command ? text + " " + *command : text;
 }
 
+Notice settingsNotice(const std::vector<std::string>& mistakes) {
+    const std::size_t others = mistakes.size() - 1;
+    const std::string more = others > 0 ? " (and " + std::to_string(others) + " more)" : "";
+    return {.kind = Notice::Kind::settingsMistake, .text = mistakes.front() + more};
+}
+
 Notices noticesOf(const Measurements& measured) {
     Notices notices = measured.notices;
     for (auto& notice : {pingNotice(measured), recordingNotice(measured)}) {

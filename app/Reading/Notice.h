@@ -31,6 +31,9 @@ struct Notice {
 
 using Notices = std::vector<Notice>;
 
+/// For one or more mistakes in the settings file, each in one line.
+[[nodiscard]] Notice settingsNotice(const std::vector<std::string>& mistakes);
+
 /// Those that follow from what was measured, and those that the rest of the program has set.
 [[nodiscard]] Notices noticesOf(const Measurements& measured);
 

@@ -55,7 +55,10 @@ std::unique_ptr<Presentation> makePresentation(
 class Service {
 public:
     explicit Service(UserDefaults::Table forThisRun)
-        : settings_(loop_, SettingsFile::defaultPath(), std::move(forThisRun)) {}
+        : settings_(loop_, SettingsFile::defaultPath(), std::move(forThisRun)) {
+        settings_.tellMistakes(
+            [this](const std::vector<std::string>& mistakes) { monitor_.setSettingsMistakes(mistakes); });
+    }
 
     [[nodiscard]] EpollRunLoop& loop() { return loop_; }
 
@@ -91,8 +94,18 @@ private:
         }};
 };
 
-/// Returns what went wrong, or an empty text.
-std::string run(const WatchOptions& options) {
+/// What is to be said once the terminal has been restored.
+struct Ending {
+    std::string problem; ///< why the program ended; empty: it was told to
+    std::string unsaved; ///< why the last save failed; empty: it did not
+};
+
+std::string reasonOfFailedSave(const Monitor& monitor) {
+    const std::string& problem = monitor.measured().recordingProblem;
+    return problem.empty() ? "" : "the statistics could not be stored: " + problem;
+}
+
+Ending run(const WatchOptions& options) {
     // What arrives before they are watched waits until then.
     SignalWatch::block(watchedSignals);
     Service service(options.settings);
@@ -116,7 +129,7 @@ std::string run(const WatchOptions& options) {
         options.forSeconds ? loop.after(*options.forSeconds, [&quit] { quit({}); }) : nullptr;
     loop.run();
     service.monitor().saveStats();
-    return problem;
+    return {.problem = problem, .unsaved = reasonOfFailedSave(service.monitor())};
 }
 
 int start(const std::vector<std::string>& arguments) {
@@ -126,13 +139,13 @@ int start(const std::vector<std::string>& arguments) {
     if (const auto status = answerWithoutRunning({"tarnwick-watch", TARNWICK_VERSION}, commandLine)) {
         return *status;
     }
-    // Written after the terminal has been restored.
-    const std::string problem = run(std::get<WatchOptions>(commandLine));
-    if (!problem.empty()) {
-        std::fprintf(stderr, "tarnwick-watch: %s\n", problem.c_str());
-        return EXIT_FAILURE;
+    const Ending ending = run(std::get<WatchOptions>(commandLine));
+    for (const std::string& words : {ending.unsaved, ending.problem}) {
+        if (!words.empty()) {
+            std::fprintf(stderr, "tarnwick-watch: %s\n", words.c_str());
+        }
     }
-    return EXIT_SUCCESS;
+    return ending.problem.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 } // namespace

@@ -33,21 +33,49 @@ std::optional<T> valueIn(const UserDefaults::Table& table, const std::string& ke
     return value != nullptr ? std::optional(*value) : std::nullopt;
 }
 
-/// Nothing when the file is there but can't be read. No file is an empty object.
-std::optional<std::string> readText(const std::filesystem::path& path) {
-    std::error_code error;
-    auto text = FileStore::read(path, error);
-    return error == std::errc::no_such_file_or_directory ? std::optional<std::string>("{}") : text;
+/// What the file holds as text; the error when it is there but can't be read. No file is an empty object.
+struct FileText {
+    std::optional<std::string> text;
+    std::error_code error{};
+};
+
+FileText readText(const std::filesystem::path& path) {
+    FileText file;
+    file.text = FileStore::read(path, file.error);
+    if (file.error == std::errc::no_such_file_or_directory) {
+        return {.text = "{}"};
+    }
+    return file;
 }
 
-std::optional<Json> objectIn(const std::optional<std::string>& text) {
-    return text ? parseJsonObject(*text) : std::nullopt;
+JsonReading readingOf(const FileText& file) {
+    if (file.text) {
+        return readJsonObject(*file.text);
+    }
+    const bool isNoFile = file.error == std::errc::invalid_argument;
+    return {.mistake = JsonMistake{.line = 0, .text = isNoFile ? "it is no file" : file.error.message()}};
+}
+
+std::string textOf(const JsonMistake& mistake) {
+    return mistake.line > 0 ? "line " + std::to_string(mistake.line) + ": " + mistake.text : mistake.text;
+}
+
+std::optional<UserDefaults::Value> valueOf(const Json& value) {
+    if (const auto boolean = valueAs<bool>(value)) {
+        return *boolean;
+    }
+    if (const auto number = valueAs<double>(value)) {
+        return *number;
+    }
+    const auto text = valueAs<std::string>(value);
+    return text ? std::optional<UserDefaults::Value>(*text) : std::nullopt;
 }
 
 } // namespace
 
 struct SettingsFile::Stored {
     Json object = Json::object();                         ///< as last known on disk
+    std::map<std::string, int> lines{};                   ///< of its keys
     std::map<std::string, std::optional<Json>> unsaved{}; ///< changes not on disk yet; none: removed
 
     /// An unsaved change, else the value on disk.
@@ -77,7 +105,11 @@ SettingsFile::SettingsFile(RunLoop& loop, std::filesystem::path path, Table forT
       path_(std::move(path)),
       forThisRun_(std::move(forThisRun)),
       stored_(std::make_unique<Stored>()) {
-    reload();
+    if (!reload() && !mistake_.empty()) {
+        JsonReading reading = readingOf(readText(path_));
+        stored_->object = std::move(reading.object);
+        stored_->lines = std::move(reading.lines);
+    }
 }
 
 // NOLINTNEXTLINE(bugprone-exception-escape): only a lack of memory throws, and it ends the program
@@ -91,17 +123,45 @@ std::filesystem::path SettingsFile::defaultPath() {
 }
 
 bool SettingsFile::reload() {
-    auto text = readText(path_);
-    if (text == knownText_) {
+    FileText file = readText(path_);
+    if (file.text && file.text == knownText_) {
         return false;
     }
-    auto present = objectIn(text);
-    if (!present) {
+    JsonReading reading = readingOf(file);
+    mistake_ = reading.mistake ? textOf(*reading.mistake) : "";
+    if (reading.mistake) {
         return false;
     }
-    stored_->object = std::move(*present);
-    knownText_ = std::move(text);
+    stored_->object = std::move(reading.object);
+    stored_->lines = std::move(reading.lines);
+    knownText_ = std::move(file.text);
     return true;
+}
+
+bool SettingsFile::isWhole() const {
+    return !isMissing() && !readingOf(readText(path_)).mistake;
+}
+
+std::vector<StoredSetting> SettingsFile::stored() const {
+    std::vector<StoredSetting> settings;
+    for (const auto& [key, value] : stored_->object.items()) {
+        if (stored_->unsaved.contains(key)) {
+            continue;
+        }
+        const auto line = stored_->lines.find(key);
+        settings.push_back({
+            .key = key,
+            .value = valueOf(value),
+            .written = value.dump(-1, ' ', false, Json::error_handler_t::replace),
+            .line = line != stored_->lines.end() ? line->second : 0,
+        });
+    }
+    return settings;
+}
+
+bool SettingsFile::isMissing() const {
+    std::error_code error;
+    return !std::filesystem::exists(path_, error) && !error;
 }
 
 void SettingsFile::registerDefaults(const Table& defaults) {
@@ -147,35 +207,56 @@ void SettingsFile::remove(const std::string& key) {
 }
 
 void SettingsFile::changed() {
-    // A pending write is not put off: a long row of changes is written while it goes on.
-    if (!writeTimer_) {
-        writeTimer_ = loop_.after(writeDelay, [this] { flush(); });
-    }
+    writeTimer_ = loop_.after(writeDelay, [this] { store(FileStore::Durability::crash); });
 }
 
 void SettingsFile::flush() {
-    writeTimer_.reset();
-    retryTimer_.reset();
-    if (!stored_->unsaved.empty()) {
-        write();
-    }
-    if (!stored_->unsaved.empty()) {
-        retryTimer_ = loop_.after(retryDelay, [this] { flush(); });
+    store(FileStore::Durability::powerCut);
+    if (!isFlushed_) {
+        FileStore::flush(path_);
+        isFlushed_ = true;
     }
 }
 
-void SettingsFile::write() {
+void SettingsFile::store(FileStore::Durability durability) {
+    writeTimer_.reset();
+    retryTimer_.reset();
+    if (!stored_->unsaved.empty()) {
+        write(durability);
+    }
+    if (!stored_->unsaved.empty()) {
+        retryTimer_ = loop_.after(retryDelay, [this, durability] { store(durability); });
+    }
+}
+
+bool SettingsFile::keepAside(const JsonMistake& mistake) {
+    std::filesystem::path keptAs;
+    if (FileStore::keepAside(path_, &keptAs)) {
+        return false;
+    }
+    keptAside_ = textOf(mistake) + "; it is kept as " + keptAs.string();
+    return true;
+}
+
+void SettingsFile::write(FileStore::Durability durability) {
     // Other programs may have changed the file: their changes are kept.
-    const std::optional<std::string> presentText = readText(path_);
-    const bool hasForeignChanges = presentText != knownText_;
-    const std::optional<Json> present = objectIn(presentText);
-    Json next = stored_->withUnsaved(present.value_or(stored_->object));
-    const bool isNew = !present || *present != next;
+    const FileText file = readText(path_);
+    const bool hasForeignChanges = file.text != knownText_;
+    const JsonReading reading = readingOf(file);
+    // Not what is left of a damaged file. And a file that is away for a moment has lost nothing: only a
+    // reload takes its absence for empty.
+    const bool isOnDisk = !reading.mistake && !isMissing();
+    Json next = stored_->withUnsaved(isOnDisk ? reading.object : stored_->object);
+    const bool isNew = reading.mistake || reading.object != next;
     if (isNew) {
         const std::string text = next.dump(4, ' ', false, Json::error_handler_t::replace) + "\n";
-        if ((!present && FileStore::keepAside(path_)) || FileStore::replace(path_, text)) {
+        if ((reading.mistake && !keepAside(*reading.mistake))
+            || FileStore::replace(path_, text, durability)) {
             return; // the changes stay unsaved
         }
+        mistake_.clear();
+        isFlushed_ = durability == FileStore::Durability::powerCut;
+        stored_->lines = readJsonObject(text).lines;
         // After foreign changes the next reload must report something new.
         knownText_ = hasForeignChanges ? std::nullopt : std::optional(text);
     }

@@ -2,21 +2,27 @@
 #pragma once
 
 #include "core/RunLoop.h"
+#include "core/Storage/FileStore.h"
+#include "platform/ports/StoredSetting.h"
 #include "platform/ports/UserDefaults.h"
 
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace tarnwick {
 
-/// Unknown keys are kept. A file that is no JSON object counts as empty, and gets a second name before it is
-/// overwritten. Nothing is written until a setting changes. Writing waits for the disk, so all changes of a
-/// short time are written together.
+struct JsonMistake;
+
+/// Unknown keys are kept. Of a file that is no JSON object the part before the mistake counts, and it gets a
+/// second name before it is overwritten. Nothing is written until a setting changes. The changes of a slider
+/// that moves are written together, once it rests, without waiting for the disk; `flush` waits.
 class SettingsFile final : public UserDefaults {
 public:
-    /// Seconds from the first unwritten change to the next write.
-    static constexpr double writeDelay = 0.2;
+    /// Seconds from the latest change to its write.
+    static constexpr double writeDelay = 0.5;
     /// Seconds from a write that failed to the next one.
     static constexpr double retryDelay = 10;
 
@@ -30,8 +36,23 @@ public:
     [[nodiscard]] static std::filesystem::path defaultPath();
 
     /// Takes over changes that other programs have made in the file; returns whether there are any. A text
-    /// that is no JSON object, such as a half-written one, changes nothing.
+    /// that is no JSON object, such as a half-written one, changes nothing. A missing file is an empty one.
     bool reload();
+
+    /// False while the file is missing or half-written. Editors take it away for a moment.
+    [[nodiscard]] bool isWhole() const;
+
+    /// What is stored and not changed since.
+    [[nodiscard]] std::vector<StoredSetting> stored() const;
+
+    /// Why the file could not be read when it was last looked at, and what became of it: "line 2: ...".
+    /// Empty: it could.
+    [[nodiscard]] const std::string& mistake() const { return mistake_; }
+
+    /// The same of a file that was overwritten here, with the name under which it is kept.
+    [[nodiscard]] const std::string& keptAside() const { return keptAside_; }
+
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
     void registerDefaults(const Table& defaults) override;
     [[nodiscard]] std::optional<bool> boolean(const std::string& key) const override;
@@ -49,8 +70,12 @@ private:
 
     template<class T>
     [[nodiscard]] std::optional<T> find(const std::string& key) const;
+    [[nodiscard]] bool isMissing() const;
     void changed();
-    void write();
+    void store(FileStore::Durability durability);
+    void write(FileStore::Durability durability);
+    /// Before it is overwritten. False when that failed.
+    bool keepAside(const JsonMistake& mistake);
 
     RunLoop& loop_;
     std::filesystem::path path_;
@@ -59,7 +84,10 @@ private:
     Table registered_;
     Table forThisRun_;
     std::unique_ptr<Stored> stored_;
-    RunLoop::Handle writeTimer_; ///< from the first unwritten change to the write
+    std::string mistake_;
+    std::string keptAside_;
+    bool isFlushed_ = true;      ///< what was written here
+    RunLoop::Handle writeTimer_; ///< from the latest change to its write
     RunLoop::Handle retryTimer_; ///< after a write that failed
 };
 

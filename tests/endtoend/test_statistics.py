@@ -329,6 +329,7 @@ class ADiskThatRefuses(ConcurrentTestCase):
                 with Watch(home, *ONE_PING, address) as watch:
                     wait_for_reply(watch)
                     self.assertEqual(watch.finish(), 0)
+                    self.assertIn("the statistics could not be stored: No space left on device", watch.errors())
                 self.assertEqual(home.stats_file.read_bytes(), before)
 
     def test_a_host_that_was_never_pinged_is_not_written(self) -> None:

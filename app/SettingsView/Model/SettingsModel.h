@@ -38,6 +38,9 @@ public:
 
     void setSlowPingThresholdMs(double ms) { monitor_.prefs().setSlowPingThresholdMs(ms); }
 
+    /// Everything set so far survives a power cut from now on. May wait for the disk.
+    void flush() { monitor_.prefs().flush(); }
+
     void setDisplay(Preferences::Display display) { monitor_.prefs().setDisplay(display); }
 
     void setLossTextMode(MenuBarTitle::LossMode mode) { monitor_.prefs().setLossTextMode(mode); }

@@ -61,6 +61,16 @@ TEST_F(SettingsWindowTest, ItIsNamedAfterWhatItIs) {
     EXPECT_EQ(QAccessible::queryAccessibleInterface(&window)->role(), QAccessible::Window);
 }
 
+TEST_F(SettingsWindowTest, ClosingItFlushesWhatWasSetInIt) {
+    present();
+    prefs.setSlowPingThresholdMs(250);
+    ASSERT_FALSE(defaults.isFlushed());
+
+    window.close();
+
+    EXPECT_TRUE(defaults.isFlushed());
+}
+
 TEST_F(SettingsWindowTest, ItCanBeClosedButNeitherResizedNorMinimized) {
     present();
 

@@ -45,7 +45,8 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair("Hostname= 2001:db8::9 ", text("2001:db8::9")), std::pair("Hostname=a=b", text("a=b")),
         std::pair("PingTimeout=2.5", 2.5), std::pair("PingTimeout=1e1", 10.0),
         std::pair("PingTimeout=0.5", 0.5), std::pair("PingInterval=5", 5.0),
-        std::pair("PingInterval=600", 60.0), std::pair("PingInterval=0.2", 1.0),
+        std::pair("PingInterval=60", 60.0), std::pair("PingInterval=1.0", 1.0),
+        std::pair("PingTimeout=0.01", 0.01), std::pair("PingTimeout=3600", 3600.0),
         std::pair("SlowPingLowThreshold=250", 250.0), std::pair("ShowIcon=true", true),
         std::pair("ShowText=false", false), std::pair("ShowNotifications=true", true),
         std::pair("PacketLossTextMode=off", text("off")),
@@ -71,8 +72,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         "PingTimeout=fast", "PingTimeout=true", "PingTimeout=4s", "PingTimeout= 4", "PingTimeout=0",
         "PingTimeout=-1", "PingTimeout=nan", "PingTimeout=inf", "PingTimeout=1e999", "PingTimeout=0x10",
-        "PingInterval=", "PingInterval=one", "PingInterval=nan", "PingInterval=0x10",
-        "SlowPingLowThreshold=0", "SlowPingLowThreshold=slow"));
+        "PingTimeout=0.009", "PingTimeout=3601", "PingTimeout=1e300", "PingInterval=0", "PingInterval=61",
+        "PingInterval=1.5", "PingInterval=600", "PingInterval=-1", "PingInterval=", "PingInterval=one",
+        "PingInterval=nan", "PingInterval=0x10", "SlowPingLowThreshold=0", "SlowPingLowThreshold=slow"));
 INSTANTIATE_TEST_SUITE_P(
     NoChoice, RefusedSetting,
     testing::Values(
@@ -81,7 +83,8 @@ INSTANTIATE_TEST_SUITE_P(
         "PacketLossTextMode=", "ShowPacketLossText=1", "PanelFace=tall", "PanelFace="));
 
 TEST(SettingArgument, AnErrorSaysWhatWasExpected) {
-    EXPECT_EQ(error("PingTimeout=soon"), "PingTimeout must be a number of seconds above 0, not \"soon\"");
+    EXPECT_EQ(
+        error("PingTimeout=soon"), "PingTimeout must be a number of seconds, 0.01 to 3600, not \"soon\"");
     EXPECT_EQ(error("ShowIcon=1"), "ShowIcon must be true or false, not \"1\"");
     EXPECT_EQ(
         error("PacketLossTextMode=never"),

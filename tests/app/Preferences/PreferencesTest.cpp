@@ -70,10 +70,14 @@ INSTANTIATE_TEST_SUITE_P(
             {"example.org", 250, 2.5, 5, Display::iconOnly, LossMode::off, true, Form::wide}},
         Stored{"HostOfAnotherType", {{"Hostname", 8.8}}, {}},
         Stored{"IntervalOfAnotherType", {{"PingInterval", text("5")}}, {}},
-        Stored{
-            "TimeoutAndThresholdAsTheyAre",
-            {{"PingTimeout", -1.0}, {"SlowPingLowThreshold", 1e6}},
-            {.slowPingThresholdMs = 1e6, .pingTimeout = -1}},
+        Stored{"HighThreshold", {{"SlowPingLowThreshold", 1e6}}, {.slowPingThresholdMs = 1e6}},
+        Stored{"NegativeThreshold", {{"SlowPingLowThreshold", -1.0}}, {}},
+        Stored{"NegativeTimeout", {{"PingTimeout", -3.0}}, {}},
+        Stored{"TimeoutOfDays", {{"PingTimeout", 1e6}}, {}},
+        Stored{"NoTimeToAnswer", {{"PingTimeout", 1e-9}}, {}},
+        Stored{"BlankHost", {{"Hostname", text(" ")}}, {}},
+        Stored{"EndlessHost", {{"Hostname", text(std::string(4000, 'a'))}}, {}},
+        Stored{"HostInWhiteSpace", {{"Hostname", text(" example.org\n")}}, {.hostname = "example.org"}},
         Stored{"ShortInterval", {{"PingInterval", 0.2}}, {.pingInterval = 1}},
         Stored{"NegativeInterval", {{"PingInterval", -3.0}}, {.pingInterval = 1}},
         Stored{"LongInterval", {{"PingInterval", 600.0}}, {.pingInterval = 60}},
@@ -128,21 +132,27 @@ TEST_F(PreferencesTest, RegisteredAreTheDefaultsOfSettingsWithoutAMigration) {
                                 }));
 }
 
-TEST_F(PreferencesTest, ABlankHostIsRefusedAtReloadingAsInTheSettingsWindow) {
-    put({{"Hostname", text("example.org")}});
+TEST_F(PreferencesTest, WhatCanNotBeMeantChangesNothingAtReloading) {
+    put({{"Hostname", text("example.org")}, {"PingTimeout", 2.0}, {"SlowPingLowThreshold", 50.0}});
     Preferences prefs(defaults_);
     for (const char* blank : {"", " ", "\t\n"}) {
-        put({{"Hostname", text(blank)}, {"PingTimeout", 9.0}});
+        put({
+            {"Hostname", text(blank)},
+            {"PingTimeout", -3.0},
+            {"SlowPingLowThreshold", 0.0},
+            {"PingInterval", 9.0},
+        });
         prefs.reload();
-        EXPECT_EQ(prefs.hostname(), "example.org");
-        EXPECT_EQ(prefs.pingTimeout(), 9);
+        EXPECT_EQ(
+            all(prefs),
+            (Settings{
+                .hostname = "example.org", .slowPingThresholdMs = 50, .pingTimeout = 2, .pingInterval = 9}));
     }
 }
 
-TEST_F(PreferencesTest, AHostIsTrimmedAtReloadingAndTakenAsStoredAtCreation) {
-    put({{"Hostname", text(" example.org\n")}});
+TEST_F(PreferencesTest, AHostIsTrimmedAtReloading) {
     Preferences prefs(defaults_);
-    EXPECT_EQ(prefs.hostname(), " example.org\n");
+    put({{"Hostname", text(" example.org\n")}});
 
     prefs.reload();
 

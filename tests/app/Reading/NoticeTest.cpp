@@ -78,6 +78,11 @@ TEST(Notice, TellsWhyTheStatisticsCouldNotBeWritten) {
             .kind = Kind::notRecorded, .text = "The statistics are not stored: No space left on device."}));
 }
 
+TEST(Notice, OfTheSettingsTellsTheFirstMistakeAndHowManyMoreThereAre) {
+    EXPECT_EQ(settingsNotice({"one"}), (Notice{.kind = Kind::settingsMistake, .text = "one"}));
+    EXPECT_EQ(settingsNotice({"one", "two", "three"}).text, "one (and 2 more)");
+}
+
 TEST(Notice, TheMostImportantOneIsTheFirst) {
     const Measurements measured{
         .startError = PingError::socket("Permission denied"),

@@ -5,6 +5,7 @@
 #include "tests/support/Files.h"
 #include "tests/support/LoopTurn.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Unprivileged.h"
 
 #include <functional>
 #include <gmock/gmock.h>
@@ -123,6 +124,22 @@ TEST_F(UserSettingsTest, WithoutTheFileTheDefaultsHold) {
     EXPECT_TRUE(isSoon([&] { return preferences.hostname() == "again.example"; }));
 }
 
+TEST_F(UserSettingsTest, AFileThatIsAwayForAMomentChangesNothing) {
+    test::writeFile(file_, R"({"Hostname": "first.example"})");
+    const Preferences& preferences = open();
+    std::vector<std::string> hosts;
+    const RunLoop::Handle watching =
+        loop_.every(loop_.now(), 0.05, [&] { hosts.push_back(preferences.hostname()); });
+
+    fs::remove(file_);
+    ASSERT_TRUE(
+        isSoon([&, end = loop_.now() + UserSettings::longestAbsence / 2] { return loop_.now() > end; }));
+    test::writeFile(file_, R"({"Hostname": "second.example"})");
+
+    EXPECT_TRUE(isSoon([&] { return preferences.hostname() == "second.example"; }));
+    EXPECT_THAT(hosts, testing::Not(testing::Contains("1.1.1.1")));
+}
+
 TEST_F(UserSettingsTest, AChangeByAnotherProgramJustBeforeTheWriteIsTakenOver) {
     Preferences& preferences = open();
     preferences.setPingInterval(7);
@@ -131,6 +148,93 @@ TEST_F(UserSettingsTest, AChangeByAnotherProgramJustBeforeTheWriteIsTakenOver) {
     EXPECT_EQ(preferences.hostname(), "other.example");
     EXPECT_EQ(preferences.pingInterval(), 7);
     EXPECT_THAT(test::contentOf(file_), HasSubstr("other.example"));
+}
+
+/// What is told of the file at the start, without its name.
+class MistakenSettings : public UserSettingsTest {
+protected:
+    [[nodiscard]] std::vector<std::string> toldOf(const std::string& text) {
+        test::writeFile(file_, text);
+        return told();
+    }
+
+    [[nodiscard]] std::vector<std::string> told() {
+        open();
+        std::vector<std::string> told;
+        settings_->tellMistakes([&](const std::vector<std::string>& mistakes) { told = mistakes; });
+        settings_->tellMistakes({});
+        for (std::string& mistake : told) {
+            EXPECT_THAT(mistake, testing::StartsWith(file_.string()));
+            mistake.erase(0, file_.string().size());
+        }
+        return told;
+    }
+};
+
+TEST_F(MistakenSettings, AreToldWithFileLineAndKeyAndTheOthersHold) {
+    EXPECT_THAT(
+        toldOf("{\n\"hostname\": \"one.example\",\n\"PingInterval\": \"2\",\n\"PingTimeout\": 2}"),
+        testing::ElementsAre(
+            ", line 2: there is no setting \"hostname\"; Hostname is one",
+            ", line 3: PingInterval must be a whole number of seconds, 1 to 60, not \"2\"; ignored"));
+    EXPECT_EQ(settings_->preferences().pingTimeout(), 2);
+    EXPECT_EQ(settings_->preferences().pingInterval(), 1);
+}
+
+TEST_F(MistakenSettings, ThatAreNoJsonCountUpToTheMistake) {
+    EXPECT_THAT(
+        toldOf("{\"Hostname\": \"one.example\",\n}"),
+        testing::ElementsAre(", line 2: unexpected '}'; expected string literal"));
+    EXPECT_EQ(settings_->preferences().hostname(), "one.example");
+    EXPECT_THAT(toldOf("[1]"), testing::ElementsAre(", line 1: it must be one JSON object: { ... }"));
+}
+
+TEST_F(MistakenSettings, MayBeAFolder) {
+    fs::create_directories(file_);
+    EXPECT_THAT(told(), testing::ElementsAre(": it is no file"));
+}
+
+TEST_F(MistakenSettings, MayBeAFileThatMayNotBeRead) {
+    const test::Unprivileged user;
+    ASSERT_TRUE(user.isOrdinary());
+    test::writeFile(file_, "{}");
+    fs::permissions(file_, fs::perms::none);
+    EXPECT_THAT(told(), testing::ElementsAre(": Permission denied"));
+}
+
+TEST_F(MistakenSettings, AreNotToldOfAGoodFileOrOfNone) {
+    EXPECT_THAT(told(), testing::IsEmpty());
+    EXPECT_THAT(toldOf("{}"), testing::IsEmpty());
+}
+
+TEST_F(MistakenSettings, ThatAreOverwrittenAreToldWithTheNameOfTheCopy) {
+    test::writeFile(file_, "{\n,}");
+    Preferences& preferences = open();
+    std::vector<std::string> told;
+    settings_->tellMistakes([&](const std::vector<std::string>& mistakes) { told = mistakes; });
+
+    preferences.setPingInterval(7);
+    preferences.flush();
+
+    EXPECT_THAT(
+        told, testing::ElementsAre(
+                  file_.string() + ", line 2: unexpected ','; expected string literal; it is kept as "
+                  + file_.string() + ".unreadable"));
+}
+
+TEST_F(MistakenSettings, AreToldAndWithdrawnWhileTheProgramRuns) {
+    open();
+    std::vector<std::size_t> counts;
+    settings_->tellMistakes(
+        [&](const std::vector<std::string>& mistakes) { counts.push_back(mistakes.size()); });
+
+    test::writeFile(file_, R"({"PingTimeout": -3})");
+    ASSERT_TRUE(isSoon([&] { return counts.size() == 1; }));
+    EXPECT_EQ(settings_->preferences().pingTimeout(), 4);
+    test::writeFile(file_, R"({"PingTimeout": 3})");
+    ASSERT_TRUE(isSoon([&] { return counts.size() == 2; }));
+
+    EXPECT_THAT(counts, testing::ElementsAre(1, 0));
 }
 
 TEST_F(UserSettingsTest, AnUnsavedChangeIsWrittenAtTheEnd) {

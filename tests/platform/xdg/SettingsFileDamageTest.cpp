@@ -63,6 +63,14 @@ TEST_P(DamagedSettingsFile, CountsAsEmptyAndIsLeftAloneWhileNothingIsStored) {
     EXPECT_THAT(textsBeside(), testing::IsEmpty());
 }
 
+TEST_F(SettingsFileTest, OfADamagedFileThePartBeforeTheMistakeCountsAtTheStart) {
+    store(R"({"PingTimeout": 2, "Hostname": "one.example",})");
+    SettingsFile settings(loop_, path_);
+
+    EXPECT_THAT(settings.number("PingTimeout"), Optional(2.0));
+    EXPECT_THAT(settings.text("Hostname"), Optional(std::string("one.example")));
+}
+
 TEST_P(DamagedSettingsFile, IsKeptUnderAnotherNameBeforeItIsOverwritten) {
     store(GetParam().text);
     SettingsFile settings(loop_, path_);
@@ -78,7 +86,7 @@ TEST_P(DamagedSettingsFile, IsKeptUnderAnotherNameBeforeItIsOverwritten) {
 INSTANTIATE_TEST_SUITE_P(
     AllKinds, DamagedSettingsFile,
     testing::Values(
-        Damaged{"Truncated", R"({"PingTimeout": 2, "Host)"}, Damaged{"NoJson", "PingTimeout = 2\n"},
+        Damaged{"Truncated", R"({"PingTim)"}, Damaged{"NoJson", "PingTimeout = 2\n"},
         Damaged{"AListInsteadOfAnObject", R"(["PingTimeout", 2])"}, Damaged{"OnlyANumber", "2"},
         Damaged{"NullBytes", std::string(64, '\0')}, Damaged{"BrokenUtf8", "{\"Hostname\": \"\xC3\x28\"}"},
         Damaged{"ANumberBeyondAllRange", R"({"PingTimeout": 1e999})"},

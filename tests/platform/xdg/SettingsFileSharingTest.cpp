@@ -47,6 +47,16 @@ TEST_F(SettingsFileTest, AFileThatHasVanishedIsWrittenAgain) {
     EXPECT_EQ(onDisk()["PingInterval"], 3.0);
 }
 
+TEST_F(SettingsFileTest, AWriteWhileTheFileIsAwayLosesNoOtherSetting) {
+    store(R"({"Hostname": "kept.example"})");
+    SettingsFile settings(loop_, path_);
+    fs::remove(path_);
+
+    settings.set("PingInterval", 3.0);
+
+    EXPECT_EQ(onDisk(), Json({{"Hostname", "kept.example"}, {"PingInterval", 3.0}}));
+}
+
 TEST_F(SettingsFileTest, ReloadingTakesOverWhatOthersHaveChanged) {
     store(R"({"Hostname": "before.example", "PingTimeout": 2, "PingInterval": 3})");
     SettingsFile settings(loop_, path_);

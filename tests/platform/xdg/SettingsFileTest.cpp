@@ -2,6 +2,7 @@
 #include "tests/platform/xdg/SettingsFileTest.h"
 
 #include "tests/support/CaseName.h"
+#include "tests/support/SystemCalls.h"
 #include "tests/support/Variable.h"
 
 #include <fstream>
@@ -214,20 +215,43 @@ TEST_F(SettingsFileTest, ChangesOfAShortTimeAreReadAtOnceAndWrittenTogether) {
     settings.set("PingInterval", 3.0);
     EXPECT_EQ(valuesIn(settings), (UserDefaults::Table{{"PingInterval", 3.0}}));
     EXPECT_EQ(test::contentOf(path_), old);
-    loop_.advance(SettingsFile::writeDelay / 2);
+    loop_.advance(SettingsFile::writeDelay);
 
     EXPECT_EQ(Json::parse(test::contentOf(path_)), Json({{"PingInterval", 3.0}}));
 }
 
-TEST_F(SettingsFileTest, AChangeIsNotPutOffByLaterOnes) {
+TEST_F(SettingsFileTest, ARowOfChangesIsWrittenOnceItRests) {
     SettingsFile settings(loop_, path_);
+    int writes = 0;
+    settings.onWritten = [&] { ++writes; };
 
-    for (double value = 0; value < 8; ++value) {
-        settings.set("PingTimeout", value);
+    for (double value = 0; value < 195; ++value) {
+        settings.set("SlowPingLowThreshold", value);
         loop_.advance(SettingsFile::writeDelay / 4);
     }
+    EXPECT_EQ(writes, 0);
 
-    EXPECT_TRUE(fs::exists(path_));
+    EXPECT_EQ(onDisk()["SlowPingLowThreshold"], 194.0);
+    EXPECT_EQ(writes, 1);
+}
+
+TEST_F(SettingsFileTest, OnlyAFlushWaitsForTheDisk) {
+    const auto hasFlushed = testing::Contains(testing::StartsWith("flush settings.json"));
+    SettingsFile settings(loop_, path_);
+    test::diskCalls.clear();
+    settings.set("PingTimeout", 2.0);
+    loop_.advance(SettingsFile::writeDelay);
+    ASSERT_TRUE(fs::exists(path_));
+    EXPECT_THAT(test::diskCalls, testing::Not(hasFlushed));
+
+    settings.flush();
+    EXPECT_THAT(test::diskCalls, hasFlushed);
+    test::diskCalls.clear();
+    settings.flush();
+    EXPECT_THAT(test::diskCalls, testing::IsEmpty());
+    settings.set("PingTimeout", 3.0);
+    settings.flush();
+    EXPECT_THAT(test::diskCalls, hasFlushed);
 }
 
 TEST_F(SettingsFileTest, AWriteThatFailsIsRepeatedUntilItSucceeds) {
