@@ -96,6 +96,7 @@ void Monitor::refreshWatchdogConfig() {
 
 void Monitor::restartPinger() {
     stopPinging();
+    lastStart_ = loop_.now();
     pinger_ = std::make_unique<Pinger>(loop_, network_, prefs_.hostname(), identifier_, prefs_.pingTimeout());
     pinger_->onEvent = [this](const Pinger::Event& event) { handle(event); };
     pinger_->start();

@@ -95,6 +95,9 @@ private:
     static constexpr double tickInterval = 1.0; ///< seconds
     /// Seconds that the network is given to come back after a sleep.
     static constexpr double restartAfterWake = 2.0;
+    /// Seconds between a start of pinging and one for a new host: a host that changes all the time must not
+    /// flood the network with lookups and pings.
+    static constexpr double shortestRun = 1.0;
 
     // The ping loop.
     void restartPinger();
@@ -186,9 +189,10 @@ private:
     std::uint16_t identifier_;
     std::optional<double> lastPingSent_; ///< monotonic: setting the wall clock must not hold up pinging
     std::uint64_t nextPingId_;
-    int openEvents_ = 0;  ///< instances of `PublishAtEnd`
-    int tickCount_ = 0;   ///< since the last periodic save
-    double lastTick_ = 0; ///< monotonic, also while asleep
+    int openEvents_ = 0;              ///< instances of `PublishAtEnd`
+    int tickCount_ = 0;               ///< since the last periodic save
+    double lastTick_ = 0;             ///< monotonic, also while asleep
+    double lastStart_ = -shortestRun; ///< monotonic, of pinging
     bool asleep_ = false;
     std::optional<std::string> lastPathKey_;
     RunLoop::Handle pathWork_; ///< the pending reaction to a path change

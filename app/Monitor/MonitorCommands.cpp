@@ -2,6 +2,8 @@
 // setting has the same effect from every source.
 #include "app/Monitor/Monitor.h"
 
+#include <algorithm>
+
 namespace tarnwick {
 
 void Monitor::setHostname(const std::string& text) {
@@ -43,8 +45,9 @@ void Monitor::hostChanged() {
     pending_.clear();
     refreshWatchdogConfig();
     // Asleep, nothing is pinged; the wake restarts pinging.
-    const double restartAfter = asleep_ ? restartAfterWake : 0;
-    carryOut(watchdog_.reset(loop_.now(), restartAfter, true));
+    const double now = loop_.now();
+    const double restartAfter = asleep_ ? restartAfterWake : std::max(lastStart_ + shortestRun - now, 0.0);
+    carryOut(watchdog_.reset(now, restartAfter, true));
 }
 
 void Monitor::pingIntervalChanged() {

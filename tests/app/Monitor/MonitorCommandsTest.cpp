@@ -4,6 +4,7 @@
 #include "tests/simulation/MonitorWorld.h"
 #include "tests/support/CaseName.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace tarnwick::simulation {
@@ -19,6 +20,22 @@ TEST_F(MonitorHostTextTest, IsTrimmedAndStored) {
 
     EXPECT_EQ(monitor->prefs().hostname(), "192.0.2.2");
     EXPECT_EQ(defaults.stored(PreferenceKey::hostname), UserDefaults::Value(std::string("192.0.2.2")));
+}
+
+TEST_F(MonitorHostTextTest, ThatChangesAllTheTimeIsPingedAtMostOnceASecond) {
+    start();
+    pass(5.5);
+    const double begin = loop.now();
+
+    for (int change = 0; change < 200; ++change) {
+        monitor->setHostname("192.0.2." + std::to_string(2 + change));
+        pass(0.125);
+    }
+
+    const auto pings = std::ranges::count_if(
+        network.sent(), [=](double at) { return at >= begin; }, &SentRequest::at);
+    EXPECT_GE(pings, 10);
+    EXPECT_LE(pings, 26); // in 25 seconds
 }
 
 TEST_F(MonitorHostTextTest, ChangedBeforeTheStartIsThatOfTheStartAsAreOtherSettings) {
