@@ -49,8 +49,8 @@ void drawShadow(QPainter& painter, const QRect& panel, bool isDark) {
 DropDownWindow::DropDownWindow(
     const Observed<Reading>& reading, const Menu& menu, RunLoop& loop, const NoticeActions& actions)
     : QWidget(
-        nullptr, (QGuiApplication::platformName() == QLatin1String("wayland") ? Qt::Window : Qt::Tool)
-                     | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint),
+          nullptr, (QGuiApplication::platformName() == QLatin1String("wayland") ? Qt::Window : Qt::Tool)
+                       | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint),
       statusView_(new StatusMenuView(reading, loop, this, actions)),
       items_(new MenuItemsView(menu, loop, this)),
       shadow_(Compositing::isAvailable() ? shadowWidth : 0) {

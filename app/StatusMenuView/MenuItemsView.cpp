@@ -182,7 +182,7 @@ bool MenuItemsView::chooseByShortcut(QChar character) {
     return chooseBy(&MenuItem::shortcut, character);
 }
 
-bool MenuItemsView::chooseBy(char MenuItem::*key, QChar typed) {
+bool MenuItemsView::chooseBy(char MenuItem::* key, QChar typed) {
     const std::vector<MenuRow*> rows = choosableRows();
     const auto row = std::ranges::find_if(rows, [key, typed](const MenuRow* candidate) {
         const char own = candidate->item().*key;

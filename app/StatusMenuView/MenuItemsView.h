@@ -62,7 +62,7 @@ private:
     void showItems();
     void place();
     [[nodiscard]] std::vector<MenuRow*> choosableRows() const;
-    bool chooseBy(char MenuItem::*key, QChar typed);
+    bool chooseBy(char MenuItem::* key, QChar typed);
 
     const Menu& menu_;
     std::vector<Entry> entries_;

@@ -20,6 +20,7 @@ constexpr int patienceMs = 2000;
 // NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 std::function<void()> lossHandler; ///< main thread only
 QtMessageHandler previousMessageHandler = nullptr;
+
 // NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 void handleLoss() {
