@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cctype>
 #include <string_view>
+#include <tuple>
 
 namespace tarnwick {
 
@@ -63,7 +64,8 @@ std::string mistakeIn(const StoredSetting& stored) {
 } // namespace
 
 std::vector<std::string> settingMistakes(std::vector<StoredSetting> stored) {
-    std::ranges::stable_sort(stored, {}, &StoredSetting::line);
+    std::ranges::sort(
+        stored, {}, [](const StoredSetting& setting) { return std::tie(setting.line, setting.key); });
     std::vector<std::string> mistakes;
     for (const StoredSetting& setting : stored) {
         if (const std::string mistake = mistakeIn(setting); !mistake.empty()) {

@@ -62,7 +62,7 @@ Notices noticesOf(const Measurements& measured) {
             notices.push_back(*notice);
         }
     }
-    std::ranges::stable_sort(notices, {}, &Notice::kind);
+    std::ranges::sort(notices, {}, &Notice::kind);
     return notices;
 }
 
