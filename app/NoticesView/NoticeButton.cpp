@@ -61,7 +61,8 @@ void NoticeButton::paintEvent(QPaintEvent* /*event*/) {
         painter.setBrush(palette().color(QPalette::Active, QPalette::Highlight));
     } else {
         painter.setPen(faint(text, 0.22F));
-        painter.setBrush(faint(text, isDown() ? 0.2F : underMouse() ? 0.12F : 0.05F));
+        const float atRest = underMouse() ? 0.12F : 0.05F;
+        painter.setBrush(faint(text, isDown() ? 0.2F : atRest));
     }
     const double radius = style.length(buttonRadius);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);

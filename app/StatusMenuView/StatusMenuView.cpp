@@ -59,9 +59,9 @@ void StatusMenuView::showNotices(const Notices& notices) {
     if (!notices.empty()) {
         const ViewStyle style(*this);
         const int width = style.length(viewWidth) - 2 * style.length(sidePadding);
-        notices_ = new NoticesView(
-            notices, actions_, width, this); // NOLINT(cppcoreguidelines-owning-memory): a child
-        notices_->stackUnder(chart_);        // so that it is read after the header
+        // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): a child
+        notices_ = new NoticesView(notices, actions_, width, this);
+        notices_->stackUnder(chart_); // so that it is read after the header
         notices_->show();
     }
     place();
