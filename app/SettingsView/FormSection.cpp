@@ -123,6 +123,7 @@ FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls,
 void FormRow::addButton(QPushButton& button) {
     constexpr int behindTheStretch = 2;
     line_->insertWidget(behindTheStretch, &button);
+    button.stackUnder(controls_.front()); // assistive technology reads it in its place
     controls_.push_back(&button);
 }
 

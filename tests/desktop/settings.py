@@ -21,6 +21,7 @@ CONTROLS = [
     ("slider", "Slow Ping Threshold"),
     ("combo box", "Icon and Text"),
     ("combo box", "When There's Loss"),
+    ("push button", "Test"),
     ("check box", "Connection Up/Down Alerts"),
     ("check box", "Launch at Login"),
     ("push button", "Restore Default Settings"),
