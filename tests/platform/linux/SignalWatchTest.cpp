@@ -4,11 +4,13 @@
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/support/LoopTurn.h"
 
+#include <array>
 #include <csignal>
-#include <future>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace tarnwick {
@@ -114,14 +116,20 @@ TEST(SignalsBeforeTheWatchDeathTest, TheyEndTheProcessWithoutAnError) {
 TEST_F(SignalWatchTest, AnEarlierThreadPassesASignalOnToTheWatch) {
     const auto before = std::signal(SIGUSR1, SIG_DFL);
     SignalWatch::endProcessUntilWatched({SIGUSR1});
-    std::promise<void> isOver;
-    std::thread early([over = isOver.get_future()] { over.wait(); });
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    // A call in which ThreadSanitizer delivers signals; it holds them back while a thread waits for a future.
+    std::thread early([end = FileDescriptor(ends[0])] {
+        char byte = 0;
+        static_cast<void>(::read(end.get(), &byte, 1));
+    });
+    FileDescriptor isOver(ends[1]);
     const SignalWatch watch(loop_, {SIGUSR1}, [this](int signal) { reported_.push_back(signal); });
 
     pthread_kill(early.native_handle(), SIGUSR1);
 
     EXPECT_TRUE(runUntilReported(1));
-    isOver.set_value();
+    isOver.reset();
     early.join();
     EXPECT_THAT(reported_, testing::ElementsAre(SIGUSR1));
     std::signal(SIGUSR1, before);
