@@ -54,6 +54,11 @@ std::string_view trimmed(std::string_view text) {
     return text;
 }
 
+bool hasSpace(std::string_view text) {
+    return std::ranges::any_of(
+        spaces, [text](auto space) { return text.find(space) != std::string_view::npos; });
+}
+
 std::optional<double> parseNumber(std::string_view text) {
     if (text.starts_with('+') && !text.starts_with("+-")) {
         text.remove_prefix(1); // std::from_chars knows only the minus sign

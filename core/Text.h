@@ -10,6 +10,9 @@ namespace tarnwick::Text {
 /// `text` (UTF-8) without white space at both ends: that of every script, line breaks and no-break spaces.
 [[nodiscard]] std::string_view trimmed(std::string_view text);
 
+/// Whether white space is anywhere in `text` (UTF-8).
+[[nodiscard]] bool hasSpace(std::string_view text);
+
 /// The decimal floating-point number that is all of `text`, with optional sign and exponent; "inf" and "nan"
 /// too. Too large for a double: infinite. Too small: zero.
 [[nodiscard]] std::optional<double> parseNumber(std::string_view text);

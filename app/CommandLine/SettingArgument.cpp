@@ -25,10 +25,6 @@ std::optional<double> positiveNumber(const std::string& text) {
     return number && *number > 0 ? number : std::nullopt;
 }
 
-std::optional<std::string> hostArgument(const std::string& text) {
-    return hostIn(text);
-}
-
 std::variant<Setting, UsageError> parseSetting(const std::string& text) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos) {

@@ -23,9 +23,8 @@ using Setting = std::pair<std::string, UserDefaults::Value>;
 /// The part of a usage text that lists all settings.
 [[nodiscard]] std::string settingsUsage();
 
-/// Nothing when the text is no such value.
+/// Nothing when the text is no such number.
 [[nodiscard]] std::optional<double> positiveNumber(const std::string& text);
-[[nodiscard]] std::optional<std::string> hostArgument(const std::string& text);
 
 /// For error messages: in quotation marks, on one line.
 [[nodiscard]] std::string quoted(const std::string& text);

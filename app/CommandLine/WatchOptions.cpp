@@ -1,6 +1,7 @@
 #include "app/CommandLine/WatchOptions.h"
 
 #include "app/Preferences/SettingTable.h"
+#include "core/HostText.h"
 
 #include <array>
 
@@ -71,11 +72,11 @@ std::variant<WatchOptions, UsageError> parseWatchOptions(const std::vector<std::
         return UsageError{"only one HOST can be watched, not also " + quoted(hosts[1])};
     }
     for (const std::string& host : hosts) {
-        const auto value = hostArgument(host);
-        if (!value) {
+        auto found = hostIn(host);
+        if (std::holds_alternative<HostMistake>(found)) {
             return UsageError{"HOST must be a host name or address, not " + quoted(host)};
         }
-        options.settings.insert_or_assign(PreferenceKey::hostname, *value);
+        options.settings.insert_or_assign(PreferenceKey::hostname, std::get<std::string>(std::move(found)));
     }
     return options;
 }

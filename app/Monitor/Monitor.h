@@ -59,7 +59,7 @@ public:
 
     // Once started, the monitor follows its preferences, whatever sets them.
 
-    /// White space around the text is dropped; an empty or unchanged host is ignored.
+    /// Takes the host that `hostIn` finds in the text. No host, or the present one, is ignored.
     void setHostname(const std::string& text);
     void restoreDefaults();
     void resetSessionStats();

@@ -2,13 +2,16 @@
 // setting has the same effect from every source.
 #include "app/Monitor/Monitor.h"
 
+#include "core/HostText.h"
+
 #include <algorithm>
 
 namespace tarnwick {
 
 void Monitor::setHostname(const std::string& text) {
-    const std::optional<std::string> host = hostIn(text);
-    if (host && *host != prefs_.hostname()) {
+    const auto found = hostIn(text);
+    const auto* const host = std::get_if<std::string>(&found);
+    if (host != nullptr && *host != prefs_.hostname()) {
         prefs_.setHostname(*host);
     }
 }

@@ -1,9 +1,11 @@
 #include "app/Preferences/SettingTable.h"
 
+#include "core/HostText.h"
 #include "core/MenuBarTitle.h"
 #include "core/Text.h"
 
 #include <cmath>
+#include <utility>
 
 namespace tarnwick {
 
@@ -22,6 +24,12 @@ std::optional<Value> onlyIf(bool isRight, const Value& value) {
     return isRight ? std::optional(value) : std::nullopt;
 }
 
+std::optional<Value> hostOf(const std::string& text) {
+    auto found = hostIn(text);
+    auto* const host = std::get_if<std::string>(&found);
+    return host != nullptr ? std::optional<Value>(std::move(*host)) : std::nullopt;
+}
+
 } // namespace
 
 Value defaultOf(const SettingRow& row) {
@@ -37,7 +45,7 @@ Value defaultOf(const SettingRow& row) {
 std::optional<Value> admitted(const SettingRow& row, const Value& value) {
     switch (row.rule) {
     case SettingRule::host:
-        return hostIn(std::get<std::string>(value));
+        return hostOf(std::get<std::string>(value));
     case SettingRule::positiveNumber:
         return onlyIf(std::get<double>(value) > 0, value);
     case SettingRule::timeout:
@@ -84,11 +92,6 @@ std::string description(const SettingRow& row) {
         text += row.values;
     }
     return text;
-}
-
-std::optional<std::string> hostIn(std::string_view text) {
-    const std::string_view host = Text::trimmed(text);
-    return host.empty() || host.size() > longestHost ? std::nullopt : std::optional(std::string(host));
 }
 
 std::optional<double> numberIn(std::string_view text) {

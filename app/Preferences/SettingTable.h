@@ -32,7 +32,7 @@ inline constexpr auto panelFace = "PanelFace";
 /// Which values a setting takes, from the file, from `--set` and in the settings window. Setters enforce
 /// none.
 enum class SettingRule {
-    host,           ///< a text that is not blank or absurdly long, without the white space around it
+    host,           ///< what `hostIn` finds in a text
     positiveNumber, ///< above 0
     timeout,        ///< a number of seconds that is no absurd time to wait
     pingInterval,   ///< a whole number; from the file, `PingIntervalSetting::clamped` brings it into range
@@ -108,12 +108,6 @@ consteval std::size_t settingIndex(std::string_view key) {
 
 /// What the setting means and takes, in one line for users.
 [[nodiscard]] std::string description(const SettingRow& row);
-
-/// Bytes of a host: four times the longest name of the name system, room for a scope and other notations.
-inline constexpr std::size_t longestHost = 1024;
-
-/// The host in a text: without white space around it; nothing when that leaves nothing, or too much.
-[[nodiscard]] std::optional<std::string> hostIn(std::string_view text);
 
 /// The finite number that is all of a text; nothing for any other text.
 [[nodiscard]] std::optional<double> numberIn(std::string_view text);

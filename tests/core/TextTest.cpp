@@ -36,6 +36,14 @@ TEST(TrimmedText, WithoutWhiteSpaceIsUnchanged) {
     EXPECT_EQ(Text::trimmed("1.1.1.1"), "1.1.1.1");
 }
 
+TEST(SpaceInText, IsFoundAnywhereAndInEveryScript) {
+    for (const char* text : {"a b", " a", "a\n", "a\u00A0b", "\u3000"}) {
+        EXPECT_TRUE(Text::hasSpace(text)) << '"' << text << '"';
+    }
+    EXPECT_FALSE(Text::hasSpace(""));
+    EXPECT_FALSE(Text::hasSpace("à\u2026b"));
+}
+
 constexpr double unbounded = std::numeric_limits<double>::infinity();
 
 struct Numeral {

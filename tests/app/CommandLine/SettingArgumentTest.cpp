@@ -42,7 +42,8 @@ INSTANTIATE_TEST_SUITE_P(
     Settings, AcceptedSetting,
     testing::Values(
         std::pair("Hostname=example.org", text("example.org")),
-        std::pair("Hostname= 2001:db8::9 ", text("2001:db8::9")), std::pair("Hostname=a=b", text("a=b")),
+        std::pair("Hostname= 2001:db8::9 ", text("2001:db8::9")),
+        std::pair("Hostname=https://one.example/?a=b", text("one.example")),
         std::pair("PingTimeout=2.5", 2.5), std::pair("PingTimeout=1e1", 10.0),
         std::pair("PingTimeout=0.5", 0.5), std::pair("PingInterval=5", 5.0),
         std::pair("PingInterval=60", 60.0), std::pair("PingInterval=1.0", 1.0),
@@ -67,6 +68,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values("Nonsense=1", "hostname=example.org", "PingTimeout =4", "Hostname2=x"));
 INSTANTIATE_TEST_SUITE_P(
     NoValue, RefusedSetting, testing::Values("PingTimeout", "PingTimeout=", "Hostname=", "Hostname=  "));
+INSTANTIATE_TEST_SUITE_P(
+    NoHost, RefusedSetting, testing::Values("Hostname=a=b", "Hostname=a b", "Hostname=a:b", "Hostname=[a]"));
 INSTANTIATE_TEST_SUITE_P(
     NoNumber, RefusedSetting,
     testing::Values(

@@ -96,6 +96,7 @@ INSTANTIATE_TEST_SUITE_P(
     Hosts, AcceptedCommandLine,
     testing::Values(
         Accepted{{" example.org\t"}, {.settings = {text("Hostname", "example.org")}}},
+        Accepted{{"https://example.org:8443/x"}, {.settings = {text("Hostname", "example.org")}}},
         Accepted{{"--set=Hostname= example.org "}, {.settings = {text("Hostname", "example.org")}}},
         Accepted{{"--", "--json"}, {.settings = {text("Hostname", "--json")}}},
         Accepted{{std::string(1024, 'a')}, {.settings = {text("Hostname", std::string(1024, 'a'))}}}));
@@ -130,7 +131,7 @@ INSTANTIATE_TEST_SUITE_P(
     Host, RefusedCommandLine,
     testing::Values(
         Refused{{"one.example", "two.example"}, "two.example"}, Refused{{""}, "HOST"},
-        Refused{{"  "}, "HOST"}, Refused{{std::string(1025, 'a')}, "HOST"},
+        Refused{{"  "}, "HOST"}, Refused{{"one example"}, "HOST"}, Refused{{std::string(1025, 'a')}, "HOST"},
         Refused{{"--set", "Hostname=" + std::string(1025, 'a')}, "Hostname"}));
 INSTANTIATE_TEST_SUITE_P(
     LineBreak, RefusedCommandLine,

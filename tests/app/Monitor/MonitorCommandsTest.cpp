@@ -22,6 +22,15 @@ TEST_F(MonitorHostTextTest, IsTrimmedAndStored) {
     EXPECT_EQ(defaults.stored(PreferenceKey::hostname), UserDefaults::Value(std::string("192.0.2.2")));
 }
 
+TEST_F(MonitorHostTextTest, OfAPastedUrlGivesItsHost) {
+    start();
+
+    monitor->setHostname("https://192.0.2.2/x");
+
+    EXPECT_EQ(monitor->prefs().hostname(), "192.0.2.2");
+    EXPECT_EQ(defaults.stored(PreferenceKey::hostname), UserDefaults::Value(std::string("192.0.2.2")));
+}
+
 TEST_F(MonitorHostTextTest, ThatChangesAllTheTimeIsPingedAtMostOnceASecond) {
     start();
     pass(5.5);
@@ -32,8 +41,8 @@ TEST_F(MonitorHostTextTest, ThatChangesAllTheTimeIsPingedAtMostOnceASecond) {
         pass(0.125);
     }
 
-    const auto pings =
-        std::ranges::count_if(network.sent(), [=](double at) { return at >= begin; }, &SentRequest::at);
+    const auto pings = std::ranges::count_if(
+        network.sent(), [=](double at) { return at >= begin; }, &SentRequest::at);
     EXPECT_GE(pings, 10);
     EXPECT_LE(pings, 26); // in 25 seconds
 }
@@ -86,7 +95,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         HostText{"Nothing", ""}, HostText{"Spaces", "   "}, HostText{"OtherWhiteSpace", "\t\r\n "},
         HostText{"ThePresentHost", MonitorWorld::host}, HostText{"ItPaddedBySpaces", "  192.0.2.1 "},
-        HostText{"ItPaddedByLineBreaks", "\n192.0.2.1\t"}),
+        HostText{"ItPaddedByLineBreaks", "\n192.0.2.1\t"}, HostText{"ItInAUrl", "http://192.0.2.1:8080/"},
+        HostText{"TwoHosts", "192.0.2.2 192.0.2.3"}),
     test::caseName);
 
 } // namespace

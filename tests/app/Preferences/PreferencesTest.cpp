@@ -77,6 +77,8 @@ INSTANTIATE_TEST_SUITE_P(
         Stored{"NoTimeToAnswer", {{"PingTimeout", 1e-9}}, {}},
         Stored{"BlankHost", {{"Hostname", text(" ")}}, {}},
         Stored{"EndlessHost", {{"Hostname", text(std::string(4000, 'a'))}}, {}},
+        Stored{"BlankInHost", {{"Hostname", text("one example")}}, {}},
+        Stored{"Url", {{"Hostname", text("https://example.org/x")}}, {.hostname = "example.org"}},
         Stored{"HostInWhiteSpace", {{"Hostname", text(" example.org\n")}}, {.hostname = "example.org"}},
         Stored{"ShortInterval", {{"PingInterval", 0.2}}, {.pingInterval = 1}},
         Stored{"NegativeInterval", {{"PingInterval", -3.0}}, {.pingInterval = 1}},

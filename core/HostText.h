@@ -1,0 +1,33 @@
+// The host in a text that a user typed or pasted.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace tarnwick {
+
+/// Why a text can be no host.
+enum class HostMistake {
+    empty,      ///< nothing but white space
+    noHost,     ///< a URL without a host, as "https://"
+    tooLong,    ///< more bytes than `longestHost`
+    blank,      ///< white space inside
+    character,  ///< a character that no host name has
+    emptyPart,  ///< two dots in a row, or one at the beginning
+    port,       ///< behind its only colon is no port number
+    brackets,   ///< they are not in pairs, or what they hold is no IPv6 address
+    notAddress, ///< several colons, as in an IPv6 address, yet it is none
+};
+
+/// Bytes of a host: four times the longest name of the name system, room for a scope and other notations.
+inline constexpr std::size_t longestHost = 1024;
+
+/// The host name or address in a text (UTF-8). What stands around it is dropped: white space, scheme, user
+/// name, brackets, port, path, the dot at the end. Whether the host exists is another question.
+[[nodiscard]] std::variant<std::string, HostMistake> hostIn(std::string_view text);
+
+/// For users: completes "This is no host: ...".
+[[nodiscard]] std::string_view reason(HostMistake mistake);
+
+} // namespace tarnwick
