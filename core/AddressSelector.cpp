@@ -19,6 +19,7 @@ bool AddressSelector::sendFailed() {
 /// A single address stays the current one; its deadline starts anew with the next send.
 bool AddressSelector::moveOn() {
     waitingSince.reset();
+    hasAnswered = false;
     if (count < 2) {
         return false;
     }
@@ -29,6 +30,7 @@ bool AddressSelector::moveOn() {
 bool AddressSelector::replied(int from) {
     if (from == index) {
         waitingSince.reset();
+        hasAnswered = true;
         return false;
     }
     if (from < 0 || from >= count) {
@@ -39,6 +41,7 @@ bool AddressSelector::replied(int from) {
         return false;
     }
     index = from;
+    hasAnswered = true;
     return true;
 }
 

@@ -10,6 +10,7 @@ struct AddressSelector {
     double deadline = 4.0;                             ///< seconds that the current address may go unanswered
     int index = 0;                                     ///< the current address
     std::optional<double> waitingSince = std::nullopt; ///< monotonic time of the first unanswered send to it
+    bool hasAnswered = false;                          ///< the current address, since it is the current one
 
     // Each returns whether `index` has moved to another address.
 
@@ -19,6 +20,9 @@ struct AddressSelector {
     bool sendFailed();
     /// The address `from` answered. A late answer moves `index` back to it.
     bool replied(int from);
+
+    /// The current address was sent to, and has never answered.
+    [[nodiscard]] bool isInVain() const { return waitingSince && !hasAnswered; }
 
     friend bool operator==(const AddressSelector&, const AddressSelector&) = default;
 

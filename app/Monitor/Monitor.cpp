@@ -97,13 +97,17 @@ void Monitor::refreshWatchdogConfig() {
 void Monitor::restartPinger() {
     stopPinging();
     lastStart_ = loop_.now();
-    pinger_ = std::make_unique<Pinger>(loop_, network_, prefs_.hostname(), identifier_, prefs_.pingTimeout());
+    pinger_ = std::make_unique<Pinger>(
+        loop_, network_, prefs_.hostname(), identifier_, prefs_.pingTimeout(), place_);
     pinger_->onEvent = [this](const Pinger::Event& event) { handle(event); };
     pinger_->start();
 }
 
 void Monitor::stopPinging() {
     pingTimer_.reset();
+    if (pinger_) {
+        place_ = pinger_->place();
+    }
     pinger_.reset();
 }
 

@@ -183,7 +183,8 @@ private:
     StatsRecorder recorder_;
     std::vector<PendingPing> pending_; ///< in the scoring window, oldest first
     std::unique_ptr<Pinger> pinger_;
-    RunLoop::Handle pingTimer_; ///< only while a pinger has reported that it started
+    std::optional<Pinger::Place> place_; ///< where the last pinger stood; nothing for a new host
+    RunLoop::Handle pingTimer_;          ///< only while a pinger has reported that it started
     RunLoop::Handle housekeepingTimer_;
     ConnectionWatchdog watchdog_;
     std::uint16_t identifier_;

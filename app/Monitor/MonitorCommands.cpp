@@ -45,6 +45,7 @@ void Monitor::hostChanged() {
     measured_.resolvedAddress = std::nullopt;
     measured_.startError = std::nullopt;
     stopPinging();
+    place_.reset();
     pending_.clear();
     refreshWatchdogConfig();
     // Asleep, nothing is pinged; the wake restarts pinging.

@@ -20,12 +20,13 @@ constexpr int mostDatagramsAtOnce = 256;
 
 Pinger::Pinger(
     RunLoop& loop, PingNetwork& network, std::string hostName, std::uint16_t identifier,
-    double responseDeadline)
+    double responseDeadline, std::optional<Place> goOnFrom)
     : loop_(loop),
       network_(network),
       hostName_(std::move(hostName)),
       identifier_(identifier),
-      responseDeadline_(responseDeadline) {
+      responseDeadline_(responseDeadline),
+      placeBefore_(std::move(goOnFrom)) {
 }
 
 void Pinger::start() {
@@ -45,6 +46,7 @@ void Pinger::start() {
 
 void Pinger::stop() {
     ++generation_;
+    placeBefore_ = place();
     sockets_.clear();
     addresses_.clear();
     sentTo_.clear();
@@ -54,6 +56,23 @@ void Pinger::stop() {
 const ResolvedAddress* Pinger::address() const {
     const auto index = static_cast<std::size_t>(selector_.index);
     return index < addresses_.size() ? &addresses_[index] : nullptr;
+}
+
+std::optional<Pinger::Place> Pinger::place() const {
+    const ResolvedAddress* const current = address();
+    return current != nullptr ? std::optional(Place{*current, selector_.isInVain()}) : placeBefore_;
+}
+
+int Pinger::firstIndex() const {
+    if (!placeBefore_) {
+        return 0;
+    }
+    const auto before = std::ranges::find(addresses_, placeBefore_->address);
+    if (before == addresses_.end()) {
+        return 0;
+    }
+    const auto index = static_cast<std::size_t>(before - addresses_.begin());
+    return static_cast<int>((index + (placeBefore_->isInVain ? 1 : 0)) % addresses_.size());
 }
 
 void Pinger::open(const std::vector<ResolvedAddress>& resolved) {
@@ -73,11 +92,12 @@ void Pinger::open(const std::vector<ResolvedAddress>& resolved) {
     std::ranges::copy_if(resolved, std::back_inserter(addresses_), [this](const ResolvedAddress& candidate) {
         return sockets_.contains(candidate.family);
     });
-    selector_ = {.count = static_cast<int>(addresses_.size()), .deadline = responseDeadline_};
+    selector_ = {
+        .count = static_cast<int>(addresses_.size()), .deadline = responseDeadline_, .index = firstIndex()};
     if (addresses_.empty()) {
         emit(Failed{PingError::socket(failure.value_or("no usable address"))});
     } else {
-        emit(Started{addresses_.front()});
+        emit(Started{*address()});
     }
 }
 

@@ -9,6 +9,7 @@
 #include "core/RunLoop.h"
 
 #include <map>
+#include <optional>
 
 namespace tarnwick {
 
@@ -18,7 +19,7 @@ class Pinger {
 public:
     static constexpr std::span<const std::uint8_t, 8> magic = echoMagic;
 
-    /// The sockets are open; this is the first address.
+    /// The sockets are open; this is the address that the run begins with.
     struct Started {
         ResolvedAddress address;
     };
@@ -41,15 +42,22 @@ public:
 
     using Event = std::variant<Started, Switched, Failed, Reply>;
 
+    /// Where a run stands among the host's addresses.
+    struct Place {
+        ResolvedAddress address;
+        bool isInVain; ///< it has not answered: the next run begins with the address after it
+    };
+
     /// `responseDeadline`: seconds that an address may stay silent before the next one is tried.
     Pinger(
         RunLoop& loop, PingNetwork& network, std::string hostName, std::uint16_t identifier,
-        double responseDeadline);
+        double responseDeadline, std::optional<Place> goOnFrom = std::nullopt);
 
     Pinger(const Pinger&) = delete;
     Pinger& operator=(const Pinger&) = delete;
 
-    /// Ends the present run and begins another; the outcome comes later as `Started` or `Failed`.
+    /// Ends the present run and begins another, which goes on from its place; the outcome comes later as
+    /// `Started` or `Failed`.
     void start();
     /// Closes the sockets; no event of this run comes after it.
     void stop();
@@ -61,6 +69,9 @@ public:
     /// The current address; nothing while there is none.
     [[nodiscard]] const ResolvedAddress* address() const;
 
+    /// Of this run, else of the one before; nothing while the host has never had an address.
+    [[nodiscard]] std::optional<Place> place() const;
+
     [[nodiscard]] const std::vector<ResolvedAddress>& addresses() const { return addresses_; }
 
     [[nodiscard]] const std::string& hostName() const { return hostName_; }
@@ -71,6 +82,8 @@ public:
     std::function<void(const Event&)> onEvent;
 
 private:
+    /// Which of the addresses a run begins with.
+    [[nodiscard]] int firstIndex() const;
     void open(const std::vector<ResolvedAddress>& resolved);
     void readAvailable(std::int32_t family);
     void receivedReply(std::uint64_t id, double at);
@@ -85,6 +98,7 @@ private:
     double responseDeadline_;
     std::vector<ResolvedAddress> addresses_;
     AddressSelector selector_;
+    std::optional<Place> placeBefore_;    ///< of the run before
     std::map<std::uint64_t, int> sentTo_; ///< index in `addresses_` by ping id
     std::map<std::int32_t, std::unique_ptr<EchoSocket>> sockets_;
     int generation_ = 0; ///< counts runs; results of earlier ones are dropped

@@ -117,6 +117,37 @@ TEST(AddressSelector, NeverMovesWithALoneAddress) {
     EXPECT_EQ(selector, (AddressSelector{.count = 1, .deadline = 4, .index = 1}));
 }
 
+// Whether the current address was tried in vain.
+
+TEST(AddressSelector, IsInVainFromTheFirstSendToTheFirstReply) {
+    AddressSelector selector = selectorOf(2);
+    EXPECT_FALSE(selector.isInVain());
+    selector.sent(0);
+    EXPECT_TRUE(selector.isInVain());
+    selector.replied(0);
+    EXPECT_FALSE(selector.isInVain());
+    selector.sent(1);
+    EXPECT_FALSE(selector.isInVain());
+}
+
+TEST(AddressSelector, IsInVainOnlyOnceTheNextAddressIsSentTo) {
+    AddressSelector selector = selectorOf(2);
+    selector.sent(0);
+    selector.replied(0);
+    selector.sendFailed();
+    EXPECT_FALSE(selector.isInVain());
+    selector.sent(1);
+    EXPECT_TRUE(selector.isInVain());
+}
+
+TEST(AddressSelector, IsNotInVainAfterALateReply) {
+    AddressSelector selector = selectorOf(2);
+    selector.sendFailed();
+    selector.replied(0);
+    selector.sent(1);
+    EXPECT_FALSE(selector.isInVain());
+}
+
 class ReplyFromAnUnknownAddress : public testing::TestWithParam<int> {};
 
 INSTANTIATE_TEST_SUITE_P(AddressSelector, ReplyFromAnUnknownAddress, testing::Values(-1, 2, 3, 1'000'000));
@@ -145,6 +176,7 @@ TEST(AddressSelector, IsEqualOnlyWhenAllItsFieldsAre) {
     EXPECT_NE(one, (AddressSelector{.count = 2, .deadline = 5}));
     EXPECT_NE(one, (AddressSelector{.count = 2, .deadline = 4, .index = 1}));
     EXPECT_NE(one, (AddressSelector{.count = 2, .deadline = 4, .index = 0, .waitingSince = 0}));
+    EXPECT_NE(one, (AddressSelector{.count = 2, .deadline = 4, .hasAnswered = true}));
 }
 
 } // namespace

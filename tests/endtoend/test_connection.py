@@ -32,6 +32,7 @@ HOSTS = {
     "pair.lab": ["10.77.0.40", "10.77.0.41"],
     "families.lab": ["10.77.0.42", "fd77::42"],
     "both.lab": ["10.77.0.43", "fd77::43"],
+    "five.lab": [f"10.77.0.{last}" for last in range(44, 49)],
 }
 
 lab: Lab
@@ -368,6 +369,17 @@ class ANameWithSeveralAddresses(ConcurrentTestCase):
             self.assertEqual({now["resolvedAddress"] for now in watch.values()[1:]}, {first})
             self.assertEqual(watch.latest["host"], "both.lab")
             self.assertEqual(lab.requests(second), [])
+
+    def test_the_fourth_of_five_is_reached_across_restarts(self) -> None:
+        fourth = addresses_of("five.lab")[3]
+        lab.behave(fourth, Behavior(delay_ms=10))  # the others are silent
+        with new_home() as home, Watch(home, "five.lab") as watch:
+            watch.wait_for(lambda now: now["status"] == "down", 12, "down")
+
+            # A restart every 15 seconds leaves time for three addresses.
+            up = watch.wait_for(lambda now: now["status"] == "up", 14, "up")
+
+            self.assertEqual(up["resolvedAddress"], fourth)
 
 
 if __name__ == "__main__":

@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <span>
+
 namespace tarnwick::simulation {
 
 namespace {
@@ -32,6 +34,13 @@ protected:
         defaults.put(PreferenceKey::hostname, std::string("twofold.test"));
         setHost("twofold.test", {"192.0.2.1", "192.0.2.2"});
     }
+
+    void useFivefoldHost() {
+        defaults.put(PreferenceKey::hostname, std::string("fivefold.test"));
+        setHost("fivefold.test", fivefold);
+    }
+
+    const std::vector<std::string> fivefold{"192.0.2.1", "192.0.2.2", "192.0.2.3", "192.0.2.4", "192.0.2.5"};
 
     /// Only this address answers.
     void letOnly(const std::string& address) {
@@ -181,6 +190,52 @@ TEST_F(OutageSimulationTest, SendsThatFailMoveOnToTheNextAddress) {
     network.setSendFails(false);
 
     EXPECT_EQ(monitor->reading().resolvedAddress, "192.0.2.2");
+}
+
+TEST_F(OutageSimulationTest, EveryAddressHasItsTurnAcrossRestarts) {
+    useFivefoldHost();
+    for (const std::string& one : fivefold) {
+        letOnly(one);
+        start();
+        pass(60);
+
+        EXPECT_EQ(monitor->reading().status, Monitor::Status::up) << one;
+        EXPECT_EQ(monitor->reading().resolvedAddress, one);
+        kill();
+    }
+}
+
+TEST_F(OutageSimulationTest, ARestartKeepsTheAddressThatAnswers) {
+    useFivefoldHost();
+    letOnly(fivefold[3]);
+    start();
+    path.report(true, {"eth0"});
+    pass(60);
+    const std::size_t before = network.sent().size();
+
+    path.report(true, {"wlan0"});
+    pass(10);
+    sleep.goToSleep();
+    sleep.wake();
+    pass(10);
+
+    EXPECT_GE(restarts(), 4);
+    const std::span<const SentRequest> since = std::span(network.sent()).subspan(before);
+    EXPECT_THAT(since, SizeIs(testing::Ge(15U)));
+    EXPECT_THAT(since, Each(testing::Field(&SentRequest::address, fivefold[3])));
+}
+
+TEST_F(OutageSimulationTest, AnotherHostBeginsWithItsFirstAddress) {
+    useFivefoldHost();
+    setHost("other.test", fivefold);
+    letOnly(fivefold[3]);
+    start();
+    pass(60);
+
+    monitor->setHostname("other.test");
+    pass(1);
+
+    EXPECT_EQ(monitor->reading().resolvedAddress, fivefold[0]);
 }
 
 // The path.
