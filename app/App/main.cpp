@@ -32,8 +32,14 @@ using Instance = InstanceGuard;
 constexpr auto terminationSignals = {SIGTERM, SIGINT, SIGHUP};
 
 Instance::Request requestFor(const AppOptions& options) {
-    return options.request == AppOptions::Request::settings ? Instance::Request::settings
-                                                            : Instance::Request::show;
+    switch (options.request) {
+    case AppOptions::Request::settings:
+        return Instance::Request::settings;
+    case AppOptions::Request::stay:
+        return Instance::Request::nothing;
+    default:
+        return Instance::Request::show;
+    }
 }
 
 /// The exit status of a start that has found another instance.

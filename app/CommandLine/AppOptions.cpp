@@ -7,12 +7,13 @@ namespace tarnwick {
 
 namespace {
 
-enum AppLetter : int { showLetter = CommonOptions::firstOwn, settingsLetter, quitLetter };
+enum AppLetter : int { showLetter = CommonOptions::firstOwn, settingsLetter, quitLetter, sessionLetter };
 
-constexpr std::array<option, 7> appOptions{{
+constexpr std::array<option, 8> appOptions{{
     {"show", no_argument, nullptr, showLetter},
     {"settings", no_argument, nullptr, settingsLetter},
     {"quit", no_argument, nullptr, quitLetter},
+    {"from-session", no_argument, nullptr, sessionLetter},
     CommonOptions::setOption,
     CommonOptions::helpOption,
     CommonOptions::versionOption,
@@ -27,6 +28,8 @@ std::optional<AppOptions::Request> requestOf(int letter) {
         return AppOptions::Request::settings;
     case quitLetter:
         return AppOptions::Request::quit;
+    case sessionLetter:
+        return AppOptions::Request::stay;
     default:
         return std::nullopt;
     }
@@ -38,7 +41,7 @@ std::optional<UsageError> apply(int letter, const ArgumentParser& parser, AppOpt
         return options.apply(letter, parser);
     }
     if (options.request != AppOptions::Request::none && options.request != *request) {
-        return UsageError{"only one of --show, --settings and --quit is possible"};
+        return UsageError{"only one of --show, --settings, --from-session and --quit is possible"};
     }
     options.request = *request;
     return std::nullopt;
@@ -47,7 +50,7 @@ std::optional<UsageError> apply(int letter, const ArgumentParser& parser, AppOpt
 } // namespace
 
 std::string AppOptions::usage() {
-    return "usage: tarnwick [--show | --settings] [--set KEY=VALUE]...\n"
+    return "usage: tarnwick [--show | --settings | --from-session] [--set KEY=VALUE]...\n"
            "       tarnwick --quit\n"
            "\n"
            "Shows the quality of the internet connection in the panel. Starting it again opens the "
@@ -57,6 +60,7 @@ std::string AppOptions::usage() {
            "  --show           open the drop-down, of the running instance if there is one\n"
            "  --settings       open the settings window, of the running instance if there is one\n"
            "  --quit           end the running instance\n"
+           "  --from-session   for starts with the session: no window opens\n"
            "  --set KEY=VALUE  a setting for this run only; may be repeated\n"
            "  -h, --help       show this text\n"
            "  --version        show the version\n"

@@ -11,10 +11,11 @@ namespace tarnwick {
 
 struct AppOptions : CommonOptions {
     enum class Request {
-        none,     ///< only to be there; a running instance opens its drop-down
+        none,     ///< a person has started it; a running instance opens its drop-down
         show,     ///< to open the drop-down
         settings, ///< to open the settings window
         quit,     ///< to end the running instance
+        stay,     ///< the session has started it: to be there and open nothing
     };
 
     Request request = Request::none;

@@ -31,6 +31,8 @@ constexpr auto withdrawn = "X-Tarnwick-Withdrawn";
 
 constexpr auto application = "Application";
 constexpr auto fileName = "tarnwick.desktop";
+/// Tells the program that the session has started it.
+constexpr auto fromSession = "--from-session";
 
 fs::path entryIn(const fs::path& settingsFolder) {
     return settingsFolder / "autostart" / fileName;
@@ -190,7 +192,7 @@ std::optional<std::string> AutostartEntry::enroll() {
     if (error && !isAbsent(error)) {
         return failure(userFile(), error);
     }
-    const std::string command = DesktopCommand::starting(*program_);
+    const std::string command = DesktopCommand::starting(*program_, fromSession);
     if (!entry) {
         return write(newEntry(program_->native(), command));
     }

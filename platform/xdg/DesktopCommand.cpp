@@ -41,16 +41,16 @@ bool isExecutableFile(const fs::path& path) {
 
 } // namespace
 
-std::string starting(const fs::path& program) {
+std::string starting(const fs::path& program, const std::string& option) {
     const std::string& path = program.native();
     if (std::ranges::all_of(path, isPlain)) {
-        return path;
+        return path + " " + option;
     }
     if (path.find('%') == std::string::npos) {
-        return inQuotes(path);
+        return inQuotes(path) + " " + option;
     }
     // Desktops turn "%%" into "%" in arguments only, not in the program's name: a shell starts it.
-    return "sh -c " + inQuotes(R"(exec "$0")") + " " + inQuotes(path);
+    return "sh -c " + inQuotes(R"(exec "$0" "$@")") + " " + inQuotes(path) + " " + option;
 }
 
 std::optional<std::string> program(std::string_view command) {

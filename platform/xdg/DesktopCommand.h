@@ -8,8 +8,9 @@
 
 namespace tarnwick::DesktopCommand {
 
-/// The value of Exec that starts the program at this path, with any characters in it.
-[[nodiscard]] std::string starting(const std::filesystem::path& program);
+/// The value of Exec that starts the program at this path, with any characters in it. `option` is of plain
+/// letters.
+[[nodiscard]] std::string starting(const std::filesystem::path& program, const std::string& option);
 
 /// The program as the value of Exec names it; nothing when the value can't be read.
 [[nodiscard]] std::optional<std::string> program(std::string_view command);

@@ -64,6 +64,13 @@ class Requests(unittest.TestCase):
         eventually(self.has_settings, PATIENCE, "the settings window")
         self.assertIsNone(program.drop_down())
 
+    def test_a_start_with_the_session_leaves_the_running_one_alone(self) -> None:
+        program = self.started()
+
+        self.assertEqual(program.start_again("--from-session"), 0)
+
+        self.assertTrue(never(program.drop_down, SHORT_SECONDS), "it opened")
+
     def test_quit_ends_the_running_one_with_the_statistics_saved(self) -> None:
         program = self.started()
 

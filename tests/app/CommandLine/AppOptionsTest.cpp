@@ -64,10 +64,13 @@ TEST(AppOptions, ARequestIsTaken) {
     EXPECT_EQ(appOptions({"--show"}).request, Request::show);
     EXPECT_EQ(appOptions({"--settings", "--settings"}).request, Request::settings);
     EXPECT_EQ(appOptions({"--quit"}).request, Request::quit);
+    EXPECT_EQ(appOptions({"--from-session"}).request, Request::stay);
 }
 
 TEST(AppOptions, ThereIsOnlyOneRequest) {
-    EXPECT_EQ(appRefusal({"--show", "--quit"}), "only one of --show, --settings and --quit is possible");
+    EXPECT_EQ(
+        appRefusal({"--show", "--quit"}),
+        "only one of --show, --settings, --from-session and --quit is possible");
     EXPECT_EQ(appRefusal({"--quit", "--set", "PingInterval=5"}), "--quit takes no --set");
 }
 
@@ -84,7 +87,8 @@ TEST(AppOptions, HelpAndVersionAreTaken) {
 TEST(AppOptions, TheUsageNamesEveryOptionAndListsTheSettings) {
     for (const std::string& part :
          {std::string("--set KEY=VALUE"), std::string("--help"), std::string("--version"),
-          std::string("--show"), std::string("--settings"), std::string("--quit"), settingsUsage()}) {
+          std::string("--show"), std::string("--settings"), std::string("--quit"),
+          std::string("--from-session"), settingsUsage()}) {
         EXPECT_THAT(AppOptions::usage(), testing::HasSubstr(part));
     }
 }

@@ -18,11 +18,18 @@ using test::gnomeOff;
 using test::hidden;
 using test::own;
 using test::shown;
+using test::startsProgram;
 using test::withdrawn;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::Optional;
+
+/// As earlier versions wrote it.
+std::string withoutTheOption(std::string entry) {
+    const std::string option = " --from-session";
+    return entry.erase(entry.find(option), option.size());
+}
 
 class AutostartChangesTest : public testing::Test {
 protected:
@@ -83,7 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
             "# by hand\n"
                 + application(
                     "Name=Mine", "Name[de]=Meins", "X-GNOME-Autostart-Delay=5", "TryExec=PROGRAM",
-                    "Exec=\"PROGRAM\"", "", "[Desktop Action A]", "Exec=other")},
+                    startsProgram, "", "[Desktop Action A]", "Exec=other")},
         Change{"ReplacesAProgramThatIsGone", own("TryExec=/nothing/tarnwick"), own("TryExec=PROGRAM")},
         Change{
             "ReplacesAnotherCopy", application("Name=Tarnwick", "Exec=COPY", "TryExec=COPY"),
@@ -111,6 +118,7 @@ INSTANTIATE_TEST_SUITE_P(
     AutostartChangesTest, Withdrawing,
     testing::Values(
         Change{"RemovesWhatHoldsNothingOfOthers", fresh(), ""},
+        Change{"RemovesAnEntryWithoutTheOption", withoutTheOption(fresh()), ""},
         Change{"RemovesItAlsoWhenTheDesktopHadSwitchedItOff", fresh(hidden, gnomeOff), ""},
         Change{
             "HidesAnEntryWithLinesOfOthers", "# by hand\n" + fresh("X-GNOME-Autostart-Delay=5"),

@@ -46,12 +46,13 @@ protected:
         EXPECT_EQ(result.output, "");
     }
 
-    [[nodiscard]] bool hasStarted() const {
+    /// The line of arguments that the program was started with; empty when it does not start.
+    [[nodiscard]] std::string argumentsOfStart() const {
         const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!fs::exists(files_.started()) && std::chrono::steady_clock::now() < patience) {
+        while (test::contentOf(files_.started()).empty() && std::chrono::steady_clock::now() < patience) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
-        return fs::exists(files_.started());
+        return test::contentOf(files_.started());
     }
 
     test::SessionFiles files_;
@@ -124,13 +125,13 @@ TEST_P(WrittenEntry, IsStartedByADesktopThatReadsItItself) {
     const auto result = run("gio launch " + shellQuoted(files_.userFile()));
 
     EXPECT_EQ(result.status, 0) << result.output;
-    EXPECT_TRUE(hasStarted()) << files_.text();
+    EXPECT_EQ(argumentsOfStart(), "--from-session\n") << files_.text();
 }
 
 TEST_P(GeneratedEntry, IsStartedByTheServiceManager) {
-    const std::string quotedProgram = "\"" + files_.program().string() + "\"";
+    const std::string command = "\"" + files_.program().string() + "\" --from-session";
 
-    EXPECT_THAT(asServiceManagerReads(generatedCommand()), testing::EndsWith(quotedProgram));
+    EXPECT_THAT(asServiceManagerReads(generatedCommand()), testing::EndsWith(command));
 }
 
 TEST_P(GeneratedEntry, IsNotStartedByTheServiceManagerOnceWithdrawn) {

@@ -136,6 +136,7 @@ INSTANTIATE_TEST_SUITE_P(
         State{"AnotherCopy", application("Exec=COPY"), Status::notRegistered},
         State{"AnotherCopyWithArguments", application("Exec=COPY --set Host=a"), Status::notRegistered},
         State{"AnotherCopyHidden", application("Exec=COPY", hidden), Status::requiresApproval},
+        State{"WithoutOurOption", application("Exec=\"PROGRAM\""), Status::enabled},
         State{"ByAnotherProgram", application("Exec=env LANG=C tarnwick"), Status::enabled},
         State{"ByAScript", application("Exec=sh -c \"sleep 10; tarnwick\""), Status::enabled}),
     test::caseName);

@@ -30,20 +30,22 @@ protected:
 } // namespace
 
 TEST_F(DesktopCommandTest, APlainPathIsWrittenAsItIs) {
-    EXPECT_EQ(DesktopCommand::starting("/usr/bin/tarnwick-1.0_a+b"), "/usr/bin/tarnwick-1.0_a+b");
+    EXPECT_EQ(DesktopCommand::starting("/usr/bin/tarnwick-1.0_a+b", "--x"), "/usr/bin/tarnwick-1.0_a+b --x");
 }
 
 TEST_F(DesktopCommandTest, AnythingElseIsWrittenInQuotationMarks) {
-    EXPECT_EQ(DesktopCommand::starting("/my programs/tarnwick"), R"("/my programs/tarnwick")");
-    EXPECT_EQ(DesktopCommand::starting("/häuschen/a;b"), R"("/häuschen/a;b")");
+    EXPECT_EQ(DesktopCommand::starting("/my programs/tarnwick", "--x"), R"("/my programs/tarnwick" --x)");
+    EXPECT_EQ(DesktopCommand::starting("/häuschen/a;b", "--x"), R"("/häuschen/a;b" --x)");
 }
 
 TEST_F(DesktopCommandTest, WhatMeansSomethingInQuotationMarksIsEscaped) {
-    EXPECT_EQ(DesktopCommand::starting(R"(/a$b`c"d\e)"), R"("/a\$b\`c\"d\\e")");
+    EXPECT_EQ(DesktopCommand::starting(R"(/a$b`c"d\e)", "--x"), R"("/a\$b\`c\"d\\e" --x)");
 }
 
 TEST_F(DesktopCommandTest, APercentSignIsDoubledInAnArgumentOfTheShell) {
-    EXPECT_EQ(DesktopCommand::starting("/100%/tarnwick"), R"(sh -c "exec \"\$0\"" "/100%%/tarnwick")");
+    EXPECT_EQ(
+        DesktopCommand::starting("/100%/tarnwick", "--x"),
+        R"(sh -c "exec \"\$0\" \"\$@\"" "/100%%/tarnwick" --x)");
 }
 
 TEST_F(DesktopCommandTest, TheProgramOfACommandIsItsFirstWord) {

@@ -33,10 +33,10 @@ public:
         setPermissions(std::filesystem::perms::owner_all);
     }
 
-    /// A program with this name, which leaves the file "started" behind.
+    /// A program with this name, which leaves its arguments in the file "started".
     void install(const std::string& name) {
         program_ = folder_.path() / "my programs" / name;
-        makeProgram(program_, "#!/bin/sh\n: > " + shellQuoted(started()) + "\n");
+        makeProgram(program_, "#!/bin/sh\necho \"$@\" > " + shellQuoted(started()) + "\n");
     }
 
     static void makeProgram(const std::filesystem::path& file, const std::string& text = "#!/bin/sh\n") {
@@ -132,10 +132,12 @@ std::string application(Lines... lines) {
     return text("[Desktop Entry]", "Type=Application", lines...);
 }
 
+inline constexpr auto startsProgram = "Exec=\"PROGRAM\" --from-session";
+
 /// Starts the program.
 template<class... Lines>
 std::string own(Lines... lines) {
-    return application("Name=Tarnwick", "Exec=\"PROGRAM\"", lines...);
+    return application("Name=Tarnwick", startsProgram, lines...);
 }
 
 /// As enrolling writes it where there is none.
@@ -143,7 +145,7 @@ template<class... Lines>
 std::string fresh(Lines... lines) {
     return application(
         "Name=Tarnwick", "Comment=Keeps an eye on your internet connection from the panel", "Icon=tarnwick",
-        "TryExec=PROGRAM", "Exec=\"PROGRAM\"", "Terminal=false", lines...);
+        "TryExec=PROGRAM", startsProgram, "Terminal=false", lines...);
 }
 
 inline constexpr auto hidden = "Hidden=true";
