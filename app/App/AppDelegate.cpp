@@ -15,6 +15,7 @@
 #include <QSystemTrayIcon>
 
 #include <cstdio>
+#include <utility>
 
 namespace tarnwick {
 
@@ -75,6 +76,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
               .store = StatsStore::defaultStore(),
               .missingPingPermission = [] { return PingPermission::grantingCommand(); },
           }),
+      tokenWithoutPanel_(setup.tokenWithoutPanel),
       // No update framework yet.
       menu_(StatusItemController::menuItems(false)),
       settingsModel_(monitor_, notifications_, loginItem_),
@@ -150,7 +152,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
             return std::make_unique<FollowingTrayItem>(painter_, colors_);
         },
         .hasTray = [] { return QSystemTrayIcon::isSystemTrayAvailable(); },
-        .say = say,
+        .shownChanged = [this](bool isShown) { tellOfPanel(isShown); },
     });
     notifier_->onWatcherChange = [this] { item_->watcherChanged(); };
     controller_ = std::make_unique<StatusItemController>(StatusItemController::Needs{
@@ -160,6 +162,22 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .menu = menu_,
         .windows = *windows_,
         .textWidth = [this](const std::string& text) { return painter_.textWidth(text); }});
+}
+
+void AppDelegate::tellOfPanel(bool showsItem) {
+    const auto token = std::exchange(tokenWithoutPanel_, std::nullopt);
+    if (showsItem) {
+        monitor_.clearNotice(Notice::Kind::noPanel);
+        return;
+    }
+    const Notice notice = noPanelNotice(AutostartEntry::presentSession(isSandboxed()).desktops);
+    monitor_.setNotice(notice);
+    if (!std::exchange(hasSaidOfPanel_, true)) {
+        say(notice.line());
+    }
+    if (token) {
+        windows_->openDropDown(*token);
+    }
 }
 
 void AppDelegate::followColors() {

@@ -24,6 +24,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tarnwick {
@@ -35,6 +36,9 @@ public:
         UserDefaults::Table settings; ///< for this run only
         std::string version;
         std::string iconFolder; ///< an icon theme with the program's own icons
+        /// The activation token of a person's start. With it the drop-down opens once when it turns out that
+        /// no panel shows the item.
+        std::optional<std::string> tokenWithoutPanel = std::nullopt;
     };
 
     /// The loop and the bus outlive the delegate.
@@ -55,6 +59,7 @@ private:
     [[nodiscard]] std::function<void()> allowingPing();
     void makeStatusItem(const Setup& setup);
     void followColors();
+    void tellOfPanel(bool showsItem);
     void save();
 
     RunLoop& loop_;
@@ -67,6 +72,8 @@ private:
     DesktopNotificationCenter notifications_;
     AutostartEntry loginItem_;
     Monitor monitor_;
+    std::optional<std::string> tokenWithoutPanel_; ///< until the drop-down opens or a panel shows the item
+    bool hasSaidOfPanel_ = false;
     Menu menu_;
     SettingsModel settingsModel_;
     QtFacePainter painter_;

@@ -20,6 +20,7 @@
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -96,7 +97,9 @@ int runApplication(const AppOptions& options, std::string name, const std::strin
             AppDelegate::Setup{
                 .settings = options.settings,
                 .version = TARNWICK_VERSION,
-                .iconFolder = ownIcons(isSandboxed()).string()});
+                .iconFolder = ownIcons(isSandboxed()).string(),
+                .tokenWithoutPanel =
+                    options.request == AppOptions::Request::none ? std::optional(startToken) : std::nullopt});
         if (options.request != AppOptions::Request::none) {
             serve(*delegate, requestFor(options), startToken);
         }

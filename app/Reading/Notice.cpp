@@ -55,6 +55,17 @@ Notice settingsNotice(const std::vector<std::string>& mistakes) {
     return {.kind = Notice::Kind::settingsMistake, .text = mistakes.front() + more};
 }
 
+Notice noPanelNotice(const std::vector<std::string>& desktops) {
+    const bool isGnome = std::ranges::find(desktops, "GNOME") != desktops.end();
+    return {
+        .kind = Notice::Kind::noPanel,
+        .text = isGnome ? "GNOME shows status items only with its extension “AppIndicator and "
+                          "KStatusNotifierItem Support”. Until it is on, starting Tarnwick again opens "
+                          "the drop-down."
+                        : "No panel here shows status items. Until one does, starting Tarnwick again opens "
+                          "the drop-down."};
+}
+
 Notices noticesOf(const Measurements& measured) {
     Notices notices = measured.notices;
     for (auto& notice : {pingNotice(measured), recordingNotice(measured)}) {

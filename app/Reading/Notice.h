@@ -34,6 +34,9 @@ using Notices = std::vector<Notice>;
 /// For one or more mistakes in the settings file, each in one line.
 [[nodiscard]] Notice settingsNotice(const std::vector<std::string>& mistakes);
 
+/// `desktops` are the names that the desktop gives itself.
+[[nodiscard]] Notice noPanelNotice(const std::vector<std::string>& desktops);
+
 /// Those that follow from what was measured, and those that the rest of the program has set.
 [[nodiscard]] Notices noticesOf(const Measurements& measured);
 

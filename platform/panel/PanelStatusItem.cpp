@@ -15,10 +15,11 @@ PanelStatusItem::~PanelStatusItem() {
 
 void PanelStatusItem::watcherChanged() {
     if (needs_.hasWatcher()) {
-        trayTimer_.reset();
+        look_.reset();
         tray_.reset();
-    } else if (!tray_ && !trayTimer_) {
-        trayTimer_ = needs_.loop.after(patience, [this] { lookForTray(); });
+        setShown(true);
+    } else if (!look_) {
+        look_ = needs_.loop.after(patience, [this] { takeTray(); });
     }
 }
 
@@ -30,18 +31,21 @@ void PanelStatusItem::show(const ItemState& state) {
     }
 }
 
-void PanelStatusItem::lookForTray() {
-    trayTimer_.reset();
+void PanelStatusItem::takeTray() {
     // Made even if there is no tray yet: the item appears as soon as there is one.
     tray_ = needs_.makeTrayItem();
     if (tray_) {
         forwardClicks(*tray_);
         tray_->show(state_);
     }
-    if (!hasComplained_ && !(tray_ && needs_.hasTray())) {
-        hasComplained_ = true;
-        needs_.say(
-            "No panel shows status items here yet. Measuring continues; the item appears with a panel.");
+    look_ = needs_.loop.every(
+        needs_.loop.now() + patience, lookInterval, [this] { setShown(tray_ && needs_.hasTray()); });
+}
+
+void PanelStatusItem::setShown(bool isShown) {
+    if (isShown_ != isShown) {
+        isShown_ = isShown;
+        needs_.shownChanged(isShown);
     }
 }
 

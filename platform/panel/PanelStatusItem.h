@@ -7,15 +7,18 @@
 
 #include <functional>
 #include <memory>
-#include <string>
+#include <optional>
 
 namespace tarnwick {
 
 /// Main thread.
 class PanelStatusItem final : public StatusItem {
 public:
-    /// How long a panel may take to come up before the classic tray is tried, in seconds.
+    /// Seconds that a panel may take to come up before the classic tray is tried, and that the tray may take
+    /// before the item counts as shown nowhere.
     static constexpr double patience = 2;
+    /// Seconds from then on between two looks for a tray.
+    static constexpr double lookInterval = 5;
 
     /// All of it outlives the item.
     struct Needs {
@@ -25,7 +28,8 @@ public:
         /// Returns null on displays that never have a classic tray.
         std::function<std::unique_ptr<StatusItem>()> makeTrayItem;
         std::function<bool()> hasTray;
-        std::function<void(const std::string&)> say; ///< tells the user, outside any panel
+        /// Told whether any panel shows the item, once that is known, and when it changes.
+        std::function<void(bool isShown)> shownChanged;
     };
 
     explicit PanelStatusItem(Needs needs);
@@ -37,13 +41,14 @@ public:
     void show(const ItemState& state) override;
 
 private:
-    void lookForTray();
+    void takeTray();
+    void setShown(bool isShown);
     void forwardClicks(StatusItem& item);
 
     Needs needs_;
     std::unique_ptr<StatusItem> tray_; ///< only while there is no watcher
-    RunLoop::Handle trayTimer_;
-    bool hasComplained_ = false;
+    RunLoop::Handle look_;             ///< for a tray; only while there is no watcher
+    std::optional<bool> isShown_;      ///< as told
     ItemState state_;
 };
 

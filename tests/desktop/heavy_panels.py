@@ -14,7 +14,7 @@ from .pictures import Rectangle, foreground
 # A busy machine may take its time between two clicks.
 DOUBLE_CLICK_MS = 1000
 GNOME_SETTINGS = """[org/gnome/shell]
-enabled-extensions=['ubuntu-appindicators@ubuntu.com']
+enabled-extensions={extensions}
 disable-user-extensions=false
 disable-extension-version-validation=true
 welcome-dialog-last-shown-version='99.0'
@@ -36,6 +36,7 @@ class GnomePanel(X11Desktop):
     executables = ("Xvfb", "gnome-shell")
     extension = pathlib.Path("/usr/share/gnome-shell/extensions/ubuntu-appindicators@ubuntu.com")
     window_manager = False  # The shell is one.
+    extensions = "['ubuntu-appindicators@ubuntu.com']"
     height = 32
 
     @classmethod
@@ -55,19 +56,22 @@ class GnomePanel(X11Desktop):
         session.spawn("logind", ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"])
         eventually(lambda: system.owner("org.freedesktop.login1"), 10, "the login manager answers")
         system.close()
-        settings = GNOME_SETTINGS.format(double_click=DOUBLE_CLICK_MS)
+        settings = GNOME_SETTINGS.format(extensions=self.extensions, double_click=DOUBLE_CLICK_MS)
         session.write(session.config / "glib-2.0/settings/keyfile", settings)
 
     def start_panel(self) -> None:
         starts = self.starts()
         self.panel = self.session.spawn("panel", ["gnome-shell", "--x11", "--sm-disable"])
-        self.wait_for_watcher()
+        self.wait_for_items()
         eventually(lambda: self.starts() > starts, START_SECONDS, "the shell has started")
         eventually(self.leave_overview, START_SECONDS, "the overview is left")
         right_end = Rectangle(self.area.width - 40, 0, 40, self.height)
         eventually(
             lambda: foreground(self.picture().crop(right_end.box)).getbbox(), START_SECONDS, "the bar is drawn"
         )
+
+    def wait_for_items(self) -> None:
+        self.wait_for_watcher()
 
     def starts(self) -> int:
         """How often the shell has said that it is up."""
@@ -87,6 +91,20 @@ class GnomePanel(X11Desktop):
         # The clock is in the middle, the shell's own menu at the right end does not move.
         middle = self.area.width * 5 // 8
         return Rectangle(middle, 0, self.area.width - middle, self.height)
+
+
+class BareGnome(GnomePanel):
+    """Without the extension that shows status items."""
+
+    name = "bare-gnome"
+    extensions = "@as []"
+
+    @classmethod
+    def missing(cls) -> list[str]:
+        return super(GnomePanel, cls).missing()
+
+    def wait_for_items(self) -> None:
+        pass  # There is no place for them.
 
 
 PLASMA_LAYOUT = """[Containments][1]

@@ -289,3 +289,13 @@ class WaybarPanel(Desktop):
                 yield from below(child)
 
         return list(below(json.loads(self.session.run(["swaymsg", "-t", "get_tree", "-r"]))))
+
+
+class BareCompositor(WaybarPanel):
+    """Without its panel."""
+
+    name = "bare-compositor"
+    executables = ("sway", "swaymsg", "grim")
+
+    def start_panel(self) -> None:
+        pass

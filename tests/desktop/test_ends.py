@@ -13,7 +13,7 @@ from endtoend.waiting import eventually
 
 from .bus import BUS, BUS_PATH, Bus
 from .desktops import Desktop
-from .panels import LatePanel, WaybarPanel
+from .panels import BareCompositor, LatePanel
 from .program import PATIENCE, PROGRAM, Program, pings_sent
 
 FIRST_DISPLAY_PORT = 6000
@@ -22,16 +22,6 @@ FIRST_DISPLAY_PORT = 6000
 def is_on_bus(bus: Bus, process: int) -> bool:
     names = bus.call(BUS, BUS_PATH, BUS, "ListNames")[0]
     return any(bus.process(name) == process for name in names)
-
-
-class BareCompositor(WaybarPanel):
-    """Without its panel."""
-
-    name = "bare-compositor"
-    executables = ("sway", "swaymsg")
-
-    def start_panel(self) -> None:
-        pass
 
 
 class EndOfTheDisplay(unittest.TestCase):

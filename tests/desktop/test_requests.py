@@ -30,7 +30,7 @@ class Requests(unittest.TestCase):
 
     def started(self) -> Program:
         before = pings_sent()
-        program = Program(self.desktop)
+        program = Program(self.desktop, options=("--from-session",))
         self.addCleanup(program.end)
         eventually(lambda: pings_sent() >= before + 2, PATIENCE, "two pings")
         return program

@@ -13,8 +13,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -77,7 +79,8 @@ private:
 /// On a desktop that has switched the program's login item off. It has no message bus.
 class AppDelegateTest : public testing::Test {
 protected:
-    AppDelegateTest() {
+    /// `token` is that of a person's start.
+    explicit AppDelegateTest(std::optional<std::string> token = std::nullopt) : token_(std::move(token)) {
         const fs::path program = fs::read_symlink("/proc/self/exe");
         test::writeFile(
             folder_.path() / "autostart/tarnwick.desktop",
@@ -113,6 +116,22 @@ protected:
         Q_EMIT qGuiApp->commitDataRequest(*manager);
     }
 
+    [[nodiscard]] static QWidget* dropDown() {
+        for (QWidget* const window : QApplication::topLevelWidgets()) {
+            if (window->isVisible() && window->windowTitle() == "Tarnwick") {
+                return window;
+            }
+        }
+        return nullptr;
+    }
+
+    /// No panel comes.
+    void waitForPanel() {
+        loop_.inner.advance(PanelStatusItem::patience + PanelStatusItem::lookInterval);
+        QApplication::processEvents();
+    }
+
+    std::optional<std::string> token_;
     test::TemporaryFolder folder_;
     std::string noBus_ = "unix:path=" + (folder_.path() / "bus").string();
     Variable config_{"XDG_CONFIG_HOME", folder_.path().c_str()};
@@ -126,8 +145,23 @@ protected:
     AppDelegate delegate_{
         loop_,
         bus_,
-        {.settings = {{"Hostname", std::string("127.0.0.1")}}, .version = "1", .iconFolder = ""}};
+        {.settings = {{"Hostname", std::string("127.0.0.1")}},
+         .version = "1",
+         .iconFolder = "",
+         .tokenWithoutPanel = token_}};
 };
+
+class StartedByAPerson : public AppDelegateTest {
+protected:
+    StartedByAPerson() : AppDelegateTest("") {}
+};
+
+bool tellsOf(QWidget& window, const std::string& text) {
+    const auto widgets = window.findChildren<QWidget*>();
+    return std::ranges::any_of(widgets, [&](const QWidget* widget) {
+        return widget->accessibleName().contains(QString::fromStdString(text));
+    });
+}
 
 } // namespace
 
@@ -155,6 +189,30 @@ TEST_F(AppDelegateTest, TheEndOfTheSessionStoresChangedSettingsAtOnce) {
     endSession();
 
     EXPECT_TRUE(fs::exists(settings));
+}
+
+TEST_F(StartedByAPerson, WithoutAPanelTheDropDownOpensOnceAndSaysSo) {
+    QApplication::processEvents();
+    EXPECT_EQ(dropDown(), nullptr);
+
+    waitForPanel();
+
+    QWidget* const window = dropDown();
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(tellsOf(*window, "No panel here"));
+    window->close();
+    waitForPanel();
+    EXPECT_EQ(dropDown(), nullptr);
+}
+
+TEST_F(AppDelegateTest, AStartWithTheSessionOpensNothingWithoutAPanel) {
+    waitForPanel();
+    EXPECT_EQ(dropDown(), nullptr);
+
+    delegate_.openDropDown("");
+    QApplication::processEvents();
+    ASSERT_NE(dropDown(), nullptr);
+    EXPECT_TRUE(tellsOf(*dropDown(), "No panel here"));
 }
 
 TEST_F(AppDelegateTest, TheSettingsWindowLeadsToTheDesktopsStartupSettings) {

@@ -54,6 +54,16 @@ TEST(Notice, AnotherObstacleToASocketIsToldInTheSystemsWords) {
             Notice{.kind = Kind::noPingSocket, .text = "Could not open ICMP socket: Too many open files"}));
 }
 
+TEST(Notice, AMissingPanelIsToldWithWhatTheDesktopNeeds) {
+    const Notice elsewhere = noPanelNotice({"sway"});
+    EXPECT_EQ(elsewhere.kind, Kind::noPanel);
+    EXPECT_THAT(elsewhere.text, testing::StartsWith("No panel here shows status items."));
+
+    const Notice onGnome = noPanelNotice({"ubuntu", "GNOME"});
+    EXPECT_EQ(onGnome.kind, Kind::noPanel);
+    EXPECT_THAT(onGnome.text, testing::HasSubstr("“AppIndicator and KStatusNotifierItem Support”"));
+}
+
 TEST(Notice, AHostThatIsNotFoundNeedsNone) {
     EXPECT_THAT(noticesOf({.startError = PingError::resolution("Name or service not known")}), IsEmpty());
 }

@@ -43,7 +43,7 @@ protected:
                 return made;
             },
             .hasTray = [this] { return hasTray; },
-            .say = [this](const std::string& text) { said.push_back(text); }});
+            .shownChanged = [this](bool isShown) { told.push_back(isShown); }});
     }
 
     simulation::VirtualRunLoop loop;
@@ -54,7 +54,7 @@ protected:
     bool hasWatcher = false;
     bool canHaveTray = true;
     bool hasTray = true;
-    std::vector<std::string> said;
+    std::vector<bool> told; ///< whether it is shown
     std::unique_ptr<PanelStatusItem> item;
 };
 
@@ -70,7 +70,7 @@ TEST_F(PanelStatusItemTest, WithAWatcherThereIsNoTrayItem) {
 
     EXPECT_EQ(trayItems, 0);
     EXPECT_THAT(notifier.faces, testing::ElementsAre(threeBars.face));
-    EXPECT_TRUE(said.empty());
+    EXPECT_THAT(told, testing::ElementsAre(true));
 }
 
 TEST_F(PanelStatusItemTest, WithoutAWatcherTheTrayTakesOverAfterAWhile) {
@@ -84,7 +84,9 @@ TEST_F(PanelStatusItemTest, WithoutAWatcherTheTrayTakesOverAfterAWhile) {
     EXPECT_EQ(trayItems, 1);
     EXPECT_THAT(tray.faces, testing::ElementsAre(threeBars.face));
     EXPECT_THAT(tray.toolTips, testing::ElementsAre("tip"));
-    EXPECT_TRUE(said.empty());
+    loop.advance(60);
+    EXPECT_EQ(trayItems, 1);
+    EXPECT_THAT(told, testing::ElementsAre(true));
 }
 
 TEST_F(PanelStatusItemTest, AWatcherThatComesInTimeKeepsTheTrayAway) {
@@ -156,26 +158,76 @@ TEST_F(PanelStatusItemTest, AnEndedItemIsToldOfNoClick) {
     EXPECT_FALSE(notifier.onActivate);
 }
 
-TEST_F(PanelStatusItemTest, WithNeitherItIsSaidOnce) {
+// Whether it is shown.
+
+TEST_F(PanelStatusItemTest, WithNeitherItIsToldOnceThatNothingShowsIt) {
     canHaveTray = false;
     make();
-    loop.advance(10);
-    hasWatcher = true;
-    item->watcherChanged();
-    hasWatcher = false;
-    item->watcherChanged();
-    loop.advance(10);
+    loop.advance(3.9);
+    EXPECT_TRUE(told.empty());
 
-    EXPECT_EQ(said.size(), 1U);
+    loop.advance(60);
+
+    EXPECT_THAT(told, testing::ElementsAre(false));
 }
 
-TEST_F(PanelStatusItemTest, ATrayThatIsNotThereYetIsWaitedForAndSaid) {
+TEST_F(PanelStatusItemTest, ATrayThatComesAMomentLaterIsWaitedFor) {
     hasTray = false;
     make();
-    loop.advance(10);
+    loop.advance(3.5);
+    hasTray = true;
+    loop.advance(60);
 
     EXPECT_EQ(trayItems, 1);
-    EXPECT_EQ(said.size(), 1U);
+    EXPECT_THAT(told, testing::ElementsAre(true));
+}
+
+TEST_F(PanelStatusItemTest, ATrayThatComesMuchLaterIsNoticed) {
+    hasTray = false;
+    make();
+    loop.advance(60);
+    EXPECT_THAT(told, testing::ElementsAre(false));
+
+    hasTray = true;
+    loop.advance(5);
+
+    EXPECT_THAT(told, testing::ElementsAre(false, true));
+}
+
+TEST_F(PanelStatusItemTest, AWatcherThatComesMuchLaterShowsItAtOnce) {
+    canHaveTray = false;
+    make();
+    loop.advance(60);
+
+    hasWatcher = true;
+    item->watcherChanged();
+
+    EXPECT_THAT(told, testing::ElementsAre(false, true));
+}
+
+TEST_F(PanelStatusItemTest, AWatcherThatRestartsIsNoLoss) {
+    canHaveTray = false;
+    hasWatcher = true;
+    make();
+    hasWatcher = false;
+    item->watcherChanged();
+    loop.advance(3.5);
+    hasWatcher = true;
+    item->watcherChanged();
+    loop.advance(60);
+
+    EXPECT_THAT(told, testing::ElementsAre(true));
+}
+
+TEST_F(PanelStatusItemTest, AWatcherThatGoesForGoodIsTold) {
+    canHaveTray = false;
+    hasWatcher = true;
+    make();
+    hasWatcher = false;
+    item->watcherChanged();
+    loop.advance(60);
+
+    EXPECT_THAT(told, testing::ElementsAre(true, false));
 }
 
 } // namespace tarnwick
