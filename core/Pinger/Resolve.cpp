@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <clocale>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -16,6 +17,45 @@ constexpr std::size_t longestHostText = 1025;
 struct FreeAddressList {
     void operator()(addrinfo* list) const { freeaddrinfo(list); }
 };
+
+/// While it lives, the C library reads this thread's texts as UTF-8, whatever the user's locale.
+class Utf8Thread {
+public:
+    Utf8Thread() : locale_(::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
+        if (locale_ != nullptr) {
+            before_ = ::uselocale(locale_);
+        }
+    }
+
+    Utf8Thread(const Utf8Thread&) = delete;
+    Utf8Thread& operator=(const Utf8Thread&) = delete;
+
+    ~Utf8Thread() {
+        if (locale_ != nullptr) {
+            ::uselocale(before_);
+            ::freelocale(locale_);
+        }
+    }
+
+private:
+    locale_t locale_;
+    locale_t before_ = nullptr;
+};
+
+bool isAscii(const std::string& text) {
+    return std::ranges::all_of(text, [](unsigned char byte) { return byte < 0x80; });
+}
+
+/// Name servers know a name beyond ASCII in a form of ASCII letters ("xn--..."): the C library translates it,
+/// for which it loads libidn2.
+int askFor(const std::string& host, addrinfo hints, addrinfo** found) {
+    if (isAscii(host)) {
+        return ::getaddrinfo(host.c_str(), nullptr, &hints, found);
+    }
+    const Utf8Thread utf8;
+    hints.ai_flags |= AI_IDN;
+    return ::getaddrinfo(host.c_str(), nullptr, &hints, found);
+}
 
 std::string numericText(const addrinfo& entry) {
     std::array<char, longestHostText> buffer{};
@@ -38,7 +78,7 @@ Resolution resolve(const std::string& host) {
     addrinfo hints{};
     hints.ai_socktype = SOCK_DGRAM;
     addrinfo* found = nullptr;
-    const int code = getaddrinfo(host.c_str(), nullptr, &hints, &found);
+    const int code = askFor(host, hints, &found);
     const std::unique_ptr<addrinfo, FreeAddressList> list(found);
     if (code != 0 || !list) {
         return PingError::resolution(gai_strerror(code));

@@ -32,6 +32,7 @@ HOSTS = {
     "pair.lab": ["10.77.0.40", "10.77.0.41"],
     "families.lab": ["10.77.0.42", "fd77::42"],
     "both.lab": ["10.77.0.43", "fd77::43"],
+    "xn--bcher-kva.example": ["10.77.0.49"],
     "five.lab": [f"10.77.0.{last}" for last in range(44, 49)],
 }
 
@@ -143,6 +144,16 @@ class AConnection(ConcurrentTestCase):
 
             self.assertEqual((now["status"], now["resolvedAddress"]), ("up", "fd77::14"))
             self.assertLess(strayed_ms(watch, "fd77::14"), STRAY_MS)
+
+    def test_a_name_beyond_ascii_is_found_in_every_locale(self) -> None:
+        lab.behave("10.77.0.49", Behavior(delay_ms=10))
+        for locale in ("C", "C.UTF-8"):
+            with self.subTest(locale), new_home() as home:
+                with Watch(home, "bücher.example", environment={"LC_ALL": locale}) as watch:
+                    up = watch.wait_for(lambda now: now["status"] == "up", 4, "up")
+
+                    self.assertEqual(up["host"], "bücher.example")
+                    self.assertEqual(up["resolvedAddress"], "10.77.0.49")
 
     def test_loopback_answers_over_both_families(self) -> None:
         with (

@@ -6,6 +6,7 @@
 
 #include <arpa/inet.h>
 #include <deque>
+#include <langinfo.h>
 #include <netdb.h>
 #include <netinet/in.h>
 
@@ -20,6 +21,7 @@ struct ScriptedResolver {
     std::string askedHost;
     bool askedService = false;
     addrinfo askedHints{};
+    std::string askedEncoding; ///< in which the C library reads the host
     int freed = 0;
     int namingFlags = -1;
 
@@ -77,6 +79,7 @@ int getaddrinfo(const char* host, const char* service, const addrinfo* hints, ad
     scripted->askedHost = host;
     scripted->askedService = service != nullptr;
     scripted->askedHints = *hints;
+    scripted->askedEncoding = nl_langinfo(CODESET);
     *result = scripted->code == 0 ? scripted->list() : nullptr;
     return scripted->code;
 }
@@ -111,8 +114,8 @@ protected:
 
     ~ResolverAnswers() override { scripted = nullptr; }
 
-    [[nodiscard]] static std::vector<std::string> displays() {
-        const Resolution resolution = resolve("host.example");
+    [[nodiscard]] static std::vector<std::string> displays(const std::string& host = "host.example") {
+        const Resolution resolution = resolve(host);
         std::vector<std::string> texts;
         if (const auto* addresses = std::get_if<std::vector<ResolvedAddress>>(&resolution)) {
             for (const ResolvedAddress& address : *addresses) {
@@ -140,6 +143,19 @@ TEST_F(ResolverAnswers, AreAskedForDatagramsOfAnyFamilyAndNothingElse) {
     EXPECT_EQ(resolver.askedHints.ai_family, AF_UNSPEC);
     EXPECT_EQ(resolver.askedHints.ai_flags, 0);
     EXPECT_EQ(resolver.askedHints.ai_protocol, 0);
+}
+
+TEST_F(ResolverAnswers, ForANameBeyondAsciiAreAskedForInItsAsciiForm) {
+    const std::string before = nl_langinfo(CODESET);
+    ASSERT_NE(before, "UTF-8") << "the program's own locale must not help";
+    resolver.add(AF_INET, "192.0.2.1");
+
+    EXPECT_THAT(displays("bücher.example"), ElementsAre("192.0.2.1"));
+
+    EXPECT_EQ(resolver.askedHost, "bücher.example");
+    EXPECT_EQ(resolver.askedHints.ai_flags, AI_IDN);
+    EXPECT_EQ(resolver.askedEncoding, "UTF-8");
+    EXPECT_EQ(nl_langinfo(CODESET), before);
 }
 
 TEST_F(ResolverAnswers, KeepTheirOrderAcrossFamilies) {
