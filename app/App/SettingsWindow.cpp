@@ -8,7 +8,6 @@
 #include <QCursor>
 #include <QEvent>
 #include <QGuiApplication>
-#include <QHideEvent>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -33,7 +32,6 @@ QScreen& screenOfUser() {
 SettingsWindow::SettingsWindow(SettingsModel& model, RunLoop& loop, Menu& menu)
     : QMainWindow(
           nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
-      model_(model),
       view_(new SettingsView(model, loop, nullptr)),
       area_(new QScrollArea(this)) {
     setWindowTitle(QStringLiteral("Tarnwick Settings"));
@@ -93,14 +91,6 @@ void SettingsWindow::fit() {
         wanted.rheight() += area_->horizontalScrollBar()->sizeHint().height();
     }
     setFixedSize(wanted.boundedTo(most));
-}
-
-void SettingsWindow::hideEvent(QHideEvent* event) {
-    QMainWindow::hideEvent(event);
-    // Minimizing hides it too, without need to wait for the disk.
-    if (!event->spontaneous()) {
-        model_.flush();
-    }
 }
 
 bool SettingsWindow::eventFilter(QObject* watched, QEvent* event) {

@@ -30,15 +30,12 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
-    /// What was changed in it is then to survive a power cut.
-    void hideEvent(QHideEvent* event) override;
 
 private:
     void center();
     void followScreen();
     void fit();
 
-    SettingsModel& model_;
     SettingsView* view_;                   ///< owned by the scroll area
     QScrollArea* area_;                    ///< a child
     QMetaObject::Connection screenChange_; ///< of its present screen

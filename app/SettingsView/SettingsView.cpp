@@ -215,9 +215,11 @@ void SettingsView::showEvent(QShowEvent* event) {
 }
 
 void SettingsView::hideEvent(QHideEvent* event) {
+    // A desktop that hides the window leaves it open: there is no need to wait for the disk.
     if (!event->spontaneous()) {
         hostDraft_.finish();
         interval_->finish();
+        model_.flush(); // after the drafts: all that was changed here is to survive a power cut
         rendering_.reset();
     }
     QWidget::hideEvent(event);

@@ -71,6 +71,27 @@ TEST_F(SettingsWindowTest, ClosingItFlushesWhatWasSetInIt) {
     EXPECT_TRUE(defaults.isFlushed());
 }
 
+TEST_F(SettingsWindowTest, ClosingItFlushesWhatWasTypedInIt) {
+    present();
+    type("one.example");
+
+    press(Qt::Key_W, Qt::ControlModifier);
+
+    EXPECT_EQ(prefs.hostname(), "one.example");
+    EXPECT_TRUE(defaults.isFlushed());
+}
+
+TEST_F(SettingsWindowTest, HiddenByTheDesktopItDoesNotWaitForTheDisk) {
+    present();
+    prefs.setSlowPingThresholdMs(250);
+
+    QHideEvent hiding;
+    QSpontaneKeyEvent::setSpontaneous(&hiding);
+    qApp->notify(&window.view(), &hiding);
+
+    EXPECT_FALSE(defaults.isFlushed());
+}
+
 TEST_F(SettingsWindowTest, ItCanBeClosedButNeitherResizedNorMinimized) {
     present();
 
