@@ -90,6 +90,11 @@ TEST_F(NoFileInItsPlace, IsNotReplaced) {
     EXPECT_EQ(fileCount(folder.path()), 2);
 }
 
+TEST_F(NoFileInItsPlace, IsNotWaitedForByAFlush) {
+    FileStore::flush(file);
+    EXPECT_TRUE(fs::is_fifo(target));
+}
+
 TEST_F(NoFileInItsPlace, IsNotKeptAsideEither) {
     EXPECT_EQ(FileStore::keepAside(file), std::errc::operation_not_supported);
     EXPECT_TRUE(fs::is_fifo(target));

@@ -108,13 +108,14 @@ TEST_F(FileStoreTest, FlushesEachFolderThatItMakesAndTheOneThatHoldsThem) {
                        "rename figures.json.new", "flush two"));
 }
 
-TEST_F(FileStoreTest, DoesNotWaitForTheDiskToOutliveACrash) {
+TEST_F(FileStoreTest, WaitsForTheDiskInAFlushWhenTheTextOnlyOutlivesACrash) {
     diskCalls.clear();
-
     EXPECT_FALSE(FileStore::replace(file, "new", FileStore::Durability::crash));
-
-    EXPECT_EQ(read(), "new");
     EXPECT_THAT(diskCalls, testing::ElementsAre("rename figures.json.new"));
+    diskCalls.clear();
+    FileStore::flush(file);
+    const std::string folderName = folder.path().filename().string();
+    EXPECT_THAT(diskCalls, testing::ElementsAre("flush figures.json", "flush " + folderName));
 }
 
 TEST_F(FileStoreTest, LeavesAnOpenReaderTheOldText) {

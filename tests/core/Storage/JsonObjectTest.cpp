@@ -53,6 +53,12 @@ TEST(JsonObject, TellsTheLineOfEachKey) {
     EXPECT_EQ(reading.lines, (std::map<std::string, int>{{"a", 2}, {"b", 3}, {"d", 7}}));
 }
 
+TEST(JsonObject, HasTheLastValueAndLineOfAKeyThatIsThereTwice) {
+    const JsonReading reading = readJsonObject("{\"a\": 1,\n\"a\": 2}");
+    EXPECT_EQ(reading.object.dump(), R"({"a":2})");
+    EXPECT_EQ(reading.lines, (std::map<std::string, int>{{"a", 2}}));
+}
+
 struct Mistaken {
     std::string name;
     std::string text;

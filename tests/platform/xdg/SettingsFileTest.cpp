@@ -203,6 +203,24 @@ TEST_F(SettingsFileTest, ATextThatIsNotUtf8DoesNotKeepTheOthersFromBeingStored) 
     EXPECT_EQ(onDisk()["PingTimeout"], 3.0);
 }
 
+TEST_F(SettingsFileTest, WhatIsStoredIsToldAsItIsWrittenUntilItChanges) {
+    store("{\"Hostname\": 1e1,\n\"Colour\": null}");
+    SettingsFile settings(loop_, path_);
+
+    const auto keys = [&settings] {
+        std::vector<std::string> texts;
+        for (const StoredSetting& stored : settings.stored()) {
+            texts.push_back(std::to_string(stored.line) + ' ' + stored.key + ' ' + stored.written);
+        }
+        return texts;
+    };
+    EXPECT_THAT(keys(), testing::ElementsAre("2 Colour null", "1 Hostname 10.0"));
+
+    settings.set("Hostname", std::string("one.example"));
+
+    EXPECT_THAT(keys(), testing::ElementsAre("2 Colour null"));
+}
+
 // When it is written.
 
 TEST_F(SettingsFileTest, ChangesOfAShortTimeAreReadAtOnceAndWrittenTogether) {
@@ -268,6 +286,20 @@ TEST_F(SettingsFileTest, AWriteThatFailsIsRepeatedUntilItSucceeds) {
 
     EXPECT_EQ(Json::parse(test::contentOf(path_)), Json({{"PingTimeout", 2.0}}));
     EXPECT_EQ(loop_.timerCount(), 0);
+}
+
+TEST_F(SettingsFileTest, AFlushThatFailsIsRepeatedAsAFlush) {
+    SettingsFile settings(loop_, path_);
+    settings.set("PingTimeout", 2.0);
+    {
+        const FullDisk full;
+        settings.flush();
+    }
+    test::diskCalls.clear();
+
+    loop_.advance(SettingsFile::retryDelay);
+
+    EXPECT_THAT(test::diskCalls, testing::Contains("flush settings.json.new"));
 }
 
 TEST_F(SettingsFileTest, AFlushWritesAtOnceAndLeavesNothingToDo) {
