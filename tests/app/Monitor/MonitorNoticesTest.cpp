@@ -169,6 +169,14 @@ TEST_F(MonitorNoticesTest, ANoticeTakesThePlaceOfTheLastOneOfItsKind) {
     EXPECT_THAT(lines(), ElementsAre("second", "other"));
 }
 
+TEST_F(MonitorNoticesTest, MistakesInTheSettingsAreToldUntilThereAreNone) {
+    monitor.setSettingsMistakes({"first", "second"});
+    EXPECT_THAT(lines(), ElementsAre("first (and 1 more)"));
+
+    monitor.setSettingsMistakes({});
+    EXPECT_THAT(lines(), IsEmpty());
+}
+
 TEST_F(MonitorNoticesTest, ANoticeStaysWhenTheHostChanges) {
     watchFor(1);
     monitor.setNotice({.kind = Notice::Kind::noPanel, .text = "No panel"});

@@ -71,7 +71,10 @@ TEST(SettingMistakes, AreValuesThatCanNotBeMeant) {
     }
 }
 
-TEST(SettingMistakes, ShowTheBeginningOfALongValue) {
+TEST(SettingMistakes, ShowTheBeginningOfALongKeyOrValue) {
+    EXPECT_THAT(
+        settingMistakes({text(std::string(4000, 'a'), "")}),
+        ElementsAre("there is no setting \"" + std::string(40, 'a') + "…\""));
     EXPECT_THAT(
         settingMistakes({text("Hostname", std::string(4000, 'a'))}),
         ElementsAre("Hostname must be a host name or address, not \"" + std::string(39, 'a') + "…; ignored"));

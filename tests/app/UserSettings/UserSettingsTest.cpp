@@ -39,6 +39,12 @@ protected:
         return isSoon([&] { return test::contentOf(file_).find(text) != std::string::npos; });
     }
 
+    void pass(double seconds) {
+        for (const double end = loop_.now() + seconds; loop_.now() < end;) {
+            test::runOneTurn(loop_, 0.1);
+        }
+    }
+
     test::TemporaryFolder folder_;
     fs::path file_ = folder_.path() / "config" / "Product" / "settings.json";
     EpollRunLoop loop_;
@@ -132,8 +138,7 @@ TEST_F(UserSettingsTest, AFileThatIsAwayForAMomentChangesNothing) {
         loop_.every(loop_.now(), 0.05, [&] { hosts.push_back(preferences.hostname()); });
 
     fs::remove(file_);
-    ASSERT_TRUE(
-        isSoon([&, end = loop_.now() + UserSettings::longestAbsence / 2] { return loop_.now() > end; }));
+    pass(1);
     test::writeFile(file_, R"({"Hostname": "second.example"})");
 
     EXPECT_TRUE(isSoon([&] { return preferences.hostname() == "second.example"; }));
@@ -189,6 +194,13 @@ TEST_F(MistakenSettings, ThatAreNoJsonCountUpToTheMistake) {
     EXPECT_THAT(toldOf("[1]"), testing::ElementsAre(", line 1: it must be one JSON object: { ... }"));
 }
 
+TEST_F(MistakenSettings, ThatAreNoJsonAreToldBeforeTheMistakesInTheirValues) {
+    EXPECT_THAT(
+        toldOf("{\"Colour\": 1,\n}"),
+        testing::ElementsAre(
+            ", line 2: unexpected '}'; expected string literal", ", line 1: there is no setting \"Colour\""));
+}
+
 TEST_F(MistakenSettings, MayBeAFolder) {
     fs::create_directories(file_);
     EXPECT_THAT(told(), testing::ElementsAre(": it is no file"));
@@ -222,6 +234,33 @@ TEST_F(MistakenSettings, ThatAreOverwrittenAreToldWithTheNameOfTheCopy) {
                   + file_.string() + ".unreadable"));
 }
 
+TEST_F(MistakenSettings, MayBeAFolderThatIsKeptUnderAnotherName) {
+    fs::create_directories(file_);
+    Preferences& preferences = open();
+    std::vector<std::string> told;
+    settings_->tellMistakes([&](const std::vector<std::string>& mistakes) { told = mistakes; });
+
+    preferences.setPingInterval(7);
+    preferences.flush();
+
+    EXPECT_THAT(
+        told, testing::ElementsAre(
+                  file_.string() + ": it is no file; it is kept as " + file_.string() + ".unreadable"));
+}
+
+TEST_F(MistakenSettings, AreToldWithTheirLineAfterAnOwnWriteHasMovedThem) {
+    test::writeFile(file_, R"({"Colour": 1})");
+    Preferences& preferences = open();
+    std::vector<std::string> told;
+    settings_->tellMistakes([&](const std::vector<std::string>& mistakes) { told = mistakes; });
+
+    preferences.setHostname("one.example");
+    preferences.flush();
+    ASSERT_EQ(test::contentOf(file_), "{\n    \"Colour\": 1,\n    \"Hostname\": \"one.example\"\n}\n");
+
+    EXPECT_THAT(told, testing::ElementsAre(file_.string() + ", line 2: there is no setting \"Colour\""));
+}
+
 TEST_F(MistakenSettings, AreToldAndWithdrawnWhileTheProgramRuns) {
     open();
     std::vector<std::size_t> counts;
@@ -235,6 +274,36 @@ TEST_F(MistakenSettings, AreToldAndWithdrawnWhileTheProgramRuns) {
     ASSERT_TRUE(isSoon([&] { return counts.size() == 2; }));
 
     EXPECT_THAT(counts, testing::ElementsAre(1, 0));
+}
+
+/// Other programs may write the file in several steps.
+class HalfWrittenSettings : public MistakenSettings {
+protected:
+    HalfWrittenSettings() {
+        test::writeFile(file_, R"({"PingInterval": 2})");
+        open();
+        settings_->tellMistakes([this](const std::vector<std::string>& mistakes) { told_ = mistakes; });
+        test::writeFile(file_, R"({"PingInterval": )");
+    }
+
+    std::vector<std::string> told_;
+};
+
+TEST_F(HalfWrittenSettings, AreNoMistakeForAMoment) {
+    pass(1);
+    EXPECT_THAT(told_, testing::IsEmpty());
+    test::writeFile(file_, R"({"PingInterval": 3})");
+
+    EXPECT_TRUE(isSoon([&] { return settings_->preferences().pingInterval() == 3; }));
+    EXPECT_THAT(told_, testing::IsEmpty());
+}
+
+TEST_F(HalfWrittenSettings, AreAMistakeOnceTheyStaySoUntilTheyAreWhole) {
+    ASSERT_TRUE(isSoon([&] { return told_.size() == 1; }));
+    EXPECT_EQ(settings_->preferences().pingInterval(), 2);
+    test::writeFile(file_, R"({"PingInterval": 3})");
+
+    EXPECT_TRUE(isSoon([&] { return told_.empty(); }));
 }
 
 TEST_F(UserSettingsTest, AnUnsavedChangeIsWrittenAtTheEnd) {
