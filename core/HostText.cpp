@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <array>
 #include <charconv>
 #include <cstdint>
 #include <netinet/in.h>
@@ -55,15 +56,6 @@ bool isPort(std::string_view text) {
     return error == std::errc{} && behind == end;
 }
 
-/// With or without a zone.
-bool isIpv6Address(std::string_view text) {
-    const std::size_t percent = text.find('%');
-    const std::string_view zone = percent != std::string_view::npos ? text.substr(percent) : "";
-    const bool isZone = zone.size() != 1 && Text::printable(zone) == zone;
-    in6_addr address{};
-    return isZone && ::inet_pton(AF_INET6, std::string(text.substr(0, percent)).c_str(), &address) == 1;
-}
-
 /// Letters of other scripts may be in a name: the resolver translates them.
 bool mayBeInName(char32_t character) {
     if (character < 0x80) {
@@ -102,16 +94,40 @@ HostOrMistake nameOrMistake(std::string_view name) {
     return std::string(name);
 }
 
+/// An IPv4 address in the notation of IPv6, as "::ffff:192.0.2.1", is reached over IPv4 only.
+std::string mappedAddress(const in6_addr& address) {
+    std::array<char, INET_ADDRSTRLEN> text{};
+    ::inet_ntop(AF_INET, &address.s6_addr[sizeof(in6_addr) - sizeof(in_addr)], text.data(), text.size());
+    return {text.data()};
+}
+
+/// `otherwise` where the text is no IPv6 address, with or without a zone.
+HostOrMistake addressOrMistake(std::string_view text, HostMistake otherwise) {
+    const std::size_t percent = text.find('%');
+    const std::string_view zone = percent != std::string_view::npos ? text.substr(percent) : "";
+    in6_addr address{};
+    if (::inet_pton(AF_INET6, std::string(text.substr(0, percent)).c_str(), &address) != 1) {
+        return otherwise;
+    }
+    if (IN6_IS_ADDR_LINKLOCAL(&address) && zone.size() <= 1) {
+        return HostMistake::noZone;
+    }
+    if (zone.size() == 1 || Text::printable(zone) != zone) {
+        return otherwise;
+    }
+    return IN6_IS_ADDR_V4MAPPED(&address) ? mappedAddress(address) : std::string(text);
+}
+
 HostOrMistake inBrackets(std::string_view text) {
     const std::size_t end = text.find(']');
-    if (end == std::string_view::npos || !isIpv6Address(text.substr(1, end - 1))) {
+    if (end == std::string_view::npos) {
         return HostMistake::brackets;
     }
     const std::string_view behind = text.substr(end + 1);
     if (!behind.empty() && !(behind.starts_with(':') && isPort(behind.substr(1)))) {
         return HostMistake::port;
     }
-    return std::string(text.substr(1, end - 1));
+    return addressOrMistake(text.substr(1, end - 1), HostMistake::brackets);
 }
 
 HostOrMistake withoutPort(std::string_view text) {
@@ -125,7 +141,7 @@ HostOrMistake withoutPort(std::string_view text) {
     if (text.find(':', colon + 1) == std::string_view::npos) {
         return isPort(text.substr(colon + 1)) ? nameOrMistake(text.substr(0, colon)) : HostMistake::port;
     }
-    return isIpv6Address(text) ? HostOrMistake(std::string(text)) : HostMistake::notAddress;
+    return addressOrMistake(text, HostMistake::notAddress);
 }
 
 } // namespace
@@ -162,6 +178,8 @@ std::string_view reason(HostMistake mistake) {
         return "its brackets do not hold an IPv6 address";
     case HostMistake::notAddress:
         return "it has colons, but is no IPv6 address";
+    case HostMistake::noZone:
+        return "a link-local address needs its interface, as in fe80::1%eth0";
     }
     return "it is empty";
 }

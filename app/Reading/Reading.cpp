@@ -43,10 +43,17 @@ QualityTone qualityTone(const Reading& reading, bool isConnecting) {
     return reading.bars >= 2 ? QualityTone::middle : QualityTone::bad;
 }
 
+std::string hostNotFoundText(const std::string& host) {
+    // Only an IPv6 address has a percent sign, and only its interface can be missing.
+    const std::size_t percent = host.find('%');
+    return percent != std::string::npos ? "There is no interface “" + host.substr(percent + 1) + "”"
+                                        : "Can’t find host “" + host + "”";
+}
+
 std::string downReasonText(const std::optional<DownReason>& reason, const ReadingSettings& settings) {
     switch (reason ? reason->kind : DownReason::Kind::noReplies) {
     case DownReason::Kind::hostNotFound:
-        return "Can’t find host “" + settings.hostname + "”";
+        return hostNotFoundText(settings.hostname);
     case DownReason::Kind::noNetwork:
         return "No network connection";
     case DownReason::Kind::socketError:

@@ -67,6 +67,12 @@ INSTANTIATE_TEST_SUITE_P(
         Understood{"[fe80::1%eth0]", "fe80::1%eth0"}, Understood{"one.example.", "one.example"},
         Understood{"1.1.1.1.", "1.1.1.1"}, Understood{"one.example.:443/", "one.example"}));
 
+INSTANTIATE_TEST_SUITE_P(
+    Ipv4InIpv6, UnderstoodHost,
+    testing::Values(
+        Understood{"::ffff:192.0.2.1", "192.0.2.1"}, Understood{"::FFFF:c000:201", "192.0.2.1"},
+        Understood{"[::ffff:192.0.2.1]:443", "192.0.2.1"}, Understood{"::ffff:192.0.2.1%lo", "192.0.2.1"}));
+
 struct Mistaken {
     std::string text;
     HostMistake mistake;
@@ -117,18 +123,25 @@ INSTANTIATE_TEST_SUITE_P(
         Mistaken{"[]", HostMistake::brackets}, Mistaken{"[one.example]", HostMistake::brackets},
         Mistaken{"[1.1.1.1]", HostMistake::brackets}, Mistaken{"one.example:1:2", HostMistake::notAddress},
         Mistaken{"2606:4700:1111", HostMistake::notAddress}, Mistaken{":::", HostMistake::notAddress},
-        Mistaken{"fe80::1%", HostMistake::notAddress}, Mistaken{"fe80::1%\x1B", HostMistake::notAddress},
+        Mistaken{"::1%", HostMistake::notAddress}, Mistaken{"fe80::1%\x1B", HostMistake::notAddress},
         Mistaken{"::1]", HostMistake::notAddress}));
+
+INSTANTIATE_TEST_SUITE_P(
+    LinkLocal, MistakenHost,
+    testing::Values(
+        Mistaken{"fe80::1", HostMistake::noZone}, Mistaken{"[fe80::1]:22", HostMistake::noZone},
+        Mistaken{"febf::1%", HostMistake::noZone}));
 
 } // namespace
 
 TEST(HostMistakeReason, DiffersForEachMistakeAndFitsIntoALine) {
     constexpr std::array all{HostMistake::empty, HostMistake::noHost,    HostMistake::tooLong,
                              HostMistake::blank, HostMistake::character, HostMistake::emptyPart,
-                             HostMistake::port,  HostMistake::brackets,  HostMistake::notAddress};
+                             HostMistake::port,  HostMistake::brackets,  HostMistake::notAddress,
+                             HostMistake::noZone};
     std::set<std::string_view> reasons;
     for (const HostMistake mistake : all) {
-        EXPECT_THAT(std::string(reason(mistake)), testing::MatchesRegex("[a-z][^.]+[a-z]"));
+        EXPECT_THAT(std::string(reason(mistake)), testing::MatchesRegex("[a-z][^.]+[a-z0]"));
         reasons.insert(reason(mistake));
     }
     EXPECT_EQ(reasons.size(), all.size());

@@ -306,6 +306,12 @@ class AnOutage(ConcurrentTestCase):
             self.assertEqual(down["session"]["sent"], 0)
             self.assertIsNone(down["resolvedAddress"])
 
+    def test_a_missing_interface_is_named(self) -> None:
+        with new_home() as home, Watch(home, *QUICK, "fe80::1%eth7") as watch:
+            down = watch.wait_for(lambda now: now["status"] == "down", 12, "down")
+
+            self.assertEqual(down["downReasonText"], "There is no interface “eth7”")
+
     def test_refused_sockets_are_named_and_recover_with_the_range(self) -> None:
         # A network namespace of the program's own: its range starts closed, and opening it disturbs no other test.
         # A way to the internet leads out of it, or there would be no network instead.

@@ -266,6 +266,14 @@ TEST(Reading, TheLastErrorIsTheMessageOfTheStartError) {
         readingOf({.startError = noSocket}).lastError(), "Could not open ICMP socket: Permission denied");
 }
 
+TEST(Reading, NamesTheInterfaceThatIsMissing) {
+    ReadingSettings settings = usualSettings();
+    settings.hostname = "fe80::1%eth7";
+    const Measurements broken = down([](auto& measured) { measured.startError = notFound; });
+
+    EXPECT_EQ(readingOf(broken, settings).downReasonText, "There is no interface “eth7”");
+}
+
 TEST(Reading, TellsTheWholeSecondsOfTheReplyTimeout) {
     const auto text = [](double timeout, double interval) {
         ReadingSettings settings = usualSettings();
