@@ -38,7 +38,9 @@ std::variant<Setting, UsageError> parseSetting(const std::string& text) {
     const std::string written = text.substr(equals + 1);
     const auto value = parsedSetting(*row, written);
     if (!value) {
-        return UsageError{key + " must be " + std::string(row->values) + ", not " + quoted(written)};
+        return UsageError{
+            key + " must be " + std::string(row->values) + ", not " + quoted(written)
+            + whyRefused(*row, written)};
     }
     return Setting(key, *value);
 }

@@ -73,8 +73,10 @@ std::variant<WatchOptions, UsageError> parseWatchOptions(const std::vector<std::
     }
     for (const std::string& host : hosts) {
         auto found = hostIn(host);
-        if (std::holds_alternative<HostMistake>(found)) {
-            return UsageError{"HOST must be a host name or address, not " + quoted(host)};
+        if (const auto* const mistake = std::get_if<HostMistake>(&found)) {
+            return UsageError{
+                "HOST must be a host name or address, not " + quoted(host) + ": "
+                + std::string(reason(*mistake))};
         }
         options.settings.insert_or_assign(PreferenceKey::hostname, std::get<std::string>(std::move(found)));
     }

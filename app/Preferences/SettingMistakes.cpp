@@ -38,12 +38,13 @@ std::string unknownKey(const std::string& key) {
     return meant != settingTable.end() ? text + "; " + meant->key + " is one" : text;
 }
 
-/// What the program makes of the value; empty when it is taken as it is.
+/// What is wrong with the value, where its rule does not say it, and what the program makes of it. Empty when
+/// it is taken as it is.
 std::string consequence(const SettingRow& row, const std::optional<UserDefaults::Value>& value) {
     const bool hasType = value && value->index() == defaultOf(row).index();
     const auto kept = hasType ? admitted(row, *value) : std::nullopt;
     if (!kept) {
-        return "; ignored";
+        return (value ? whyRefused(row, *value) : "") + "; ignored";
     }
     const auto* const number = std::get_if<double>(&*kept);
     return number != nullptr && *kept != *value ? "; " + Text::whole(*number) + " is used" : "";

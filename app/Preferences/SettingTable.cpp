@@ -63,6 +63,16 @@ std::optional<Value> admitted(const SettingRow& row, const Value& value) {
     return value;
 }
 
+std::string whyRefused(const SettingRow& row, const Value& value) {
+    const auto* const text = std::get_if<std::string>(&value);
+    if (row.rule != SettingRule::host || text == nullptr) {
+        return "";
+    }
+    const auto found = hostIn(*text);
+    const auto* const mistake = std::get_if<HostMistake>(&found);
+    return mistake != nullptr ? ": " + std::string(reason(*mistake)) : "";
+}
+
 std::optional<Value> parsedSetting(const SettingRow& row, const std::string& text) {
     if (std::holds_alternative<std::string_view>(row.preset)) {
         return admitted(row, text);

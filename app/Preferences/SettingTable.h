@@ -98,6 +98,10 @@ consteval std::size_t settingIndex(std::string_view key) {
 [[nodiscard]] std::optional<UserDefaults::Value> admitted(
     const SettingRow& row, const UserDefaults::Value& value);
 
+/// For a refused value, what to say after "KEY must be ..., not VALUE": ": it has a blank in it". Empty where
+/// that says it all.
+[[nodiscard]] std::string whyRefused(const SettingRow& row, const UserDefaults::Value& value);
+
 /// The value that a text gives for this setting: "true", "2.5", "example.org". Nothing for any other text,
 /// and for a number that would have to be brought into range.
 [[nodiscard]] std::optional<UserDefaults::Value> parsedSetting(

@@ -92,6 +92,13 @@ TEST(SettingArgument, AnErrorSaysWhatWasExpected) {
     EXPECT_EQ(
         error("PacketLossTextMode=never"),
         "PacketLossTextMode must be off, whenLossy or always, not \"never\"");
+    EXPECT_EQ(
+        error("Hostname=one example"),
+        "Hostname must be a host name or address, not \"one example\": it has a blank in it");
+    EXPECT_EQ(
+        error("Hostname=fe80::1"), "Hostname must be a host name or address, not \"fe80::1\": a link-local "
+                                   "address needs its interface, as "
+                                   "in fe80::1%eth0");
     EXPECT_EQ(error("Nonsense=1"), "unknown setting \"Nonsense\"");
     EXPECT_EQ(error("PingTimeout"), "--set takes KEY=VALUE, not \"PingTimeout\"");
 }

@@ -131,7 +131,11 @@ INSTANTIATE_TEST_SUITE_P(
     Host, RefusedCommandLine,
     testing::Values(
         Refused{{"one.example", "two.example"}, "two.example"}, Refused{{""}, "HOST"},
-        Refused{{"  "}, "HOST"}, Refused{{"one example"}, "HOST"}, Refused{{std::string(1025, 'a')}, "HOST"},
+        Refused{{"  "}, "HOST"},
+        Refused{
+            {"one example"},
+            "HOST must be a host name or address, not \"one example\": it has a blank in it"},
+        Refused{{std::string(1025, 'a')}, "HOST"},
         Refused{{"--set", "Hostname=" + std::string(1025, 'a')}, "Hostname"}));
 INSTANTIATE_TEST_SUITE_P(
     LineBreak, RefusedCommandLine,

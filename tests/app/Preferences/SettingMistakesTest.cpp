@@ -77,7 +77,20 @@ TEST(SettingMistakes, ShowTheBeginningOfALongKeyOrValue) {
         ElementsAre("there is no setting \"" + std::string(40, 'a') + "…\""));
     EXPECT_THAT(
         settingMistakes({text("Hostname", std::string(4000, 'a'))}),
-        ElementsAre("Hostname must be a host name or address, not \"" + std::string(39, 'a') + "…; ignored"));
+        ElementsAre(
+            "Hostname must be a host name or address, not \"" + std::string(39, 'a')
+            + "…: it is too long; ignored"));
+}
+
+TEST(SettingMistakes, SayWhyATextIsNoHost) {
+    EXPECT_THAT(
+        settingMistakes({text("Hostname", "one example", 3)}),
+        ElementsAre(
+            "line 3: Hostname must be a host name or address, not \"one example\": it has a blank in it; "
+            "ignored"));
+    EXPECT_THAT(
+        settingMistakes({number("Hostname", 8.8, "8.8")}),
+        ElementsAre("Hostname must be a host name or address, not 8.8; ignored"));
 }
 
 } // namespace tarnwick
