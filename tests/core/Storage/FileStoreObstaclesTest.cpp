@@ -57,6 +57,12 @@ TEST_F(ForeignDraft, IsNotWrittenToThroughALink) {
     expectToBeOutOfTheWay();
 }
 
+TEST_F(ForeignDraft, MakesNoFileAsALinkThatLeadsNowhere) {
+    fs::create_symlink(folder.path() / "nowhere", draft);
+    expectToBeOutOfTheWay();
+    EXPECT_FALSE(fs::exists(folder.path() / "nowhere"));
+}
+
 TEST_F(ForeignDraft, IsNotWrittenToAsTheSecondNameOfAFile) {
     fs::create_hard_link(foreign, draft);
     expectToBeOutOfTheWay();
