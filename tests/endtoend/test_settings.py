@@ -111,6 +111,22 @@ class AHandEdit(ConcurrentTestCase):
 
                 self.wait_for_host(watch, "10.77.0.33")
 
+    def test_a_mistake_is_told_until_it_is_mended(self) -> None:
+        address = "10.77.0.34"
+        with new_home() as home:
+            home.write_settings(json.dumps({"Hostname": address, "PingTimeout": -3}))
+            with Watch(home) as watch:
+                told = watch.wait_for(lambda now: now["notices"], 4, "a notice")["notices"]
+                self.assertEqual(
+                    told,
+                    [f"{home.settings_file}, line 1: PingTimeout must be a number of seconds, 0.01 to 3600, "
+                     "not -3; ignored"])  # fmt: skip
+                self.assertEqual(watch.errors(), f"tarnwick-watch: {told[0]}\n")
+
+                home.write_settings(pings(address))
+
+                watch.wait_for(lambda now: not now["notices"], 4, "no notice")
+
     def test_what_the_command_line_gave_stays_above(self) -> None:
         lab.behave("10.77.0.34", Behavior(delay_ms=5))
         with new_home() as home, Watch(home, *settings(PacketLossTextMode="always"), "10.77.0.34") as watch:

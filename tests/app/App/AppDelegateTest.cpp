@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QSessionManager>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -102,7 +103,7 @@ protected:
     }
 
     void showSettings() {
-        delegate_.openDropDown("");
+        delegate_->openDropDown("");
         QApplication::processEvents();
         click("Settings…");
         loop_.inner.runPending();
@@ -142,13 +143,12 @@ protected:
     Variable systemBus_{"DBUS_SYSTEM_BUS_ADDRESS", noBus_.c_str()};
     LaunchLoop loop_;
     BusConnection bus_{loop_, noBus_};
-    AppDelegate delegate_{
-        loop_,
-        bus_,
-        {.settings = {{"Hostname", std::string("127.0.0.1")}},
-         .version = "1",
-         .iconFolder = "",
-         .tokenWithoutPanel = token_}};
+    AppDelegate::Setup setup_{
+        .settings = {{"Hostname", std::string("127.0.0.1")}},
+        .version = "1",
+        .iconFolder = "",
+        .tokenWithoutPanel = token_};
+    std::optional<AppDelegate> delegate_{std::in_place, loop_, bus_, setup_};
 };
 
 class StartedByAPerson : public AppDelegateTest {
@@ -180,6 +180,34 @@ TEST_F(AppDelegateTest, TheEndOfTheSessionStoresTheStatistics) {
     EXPECT_TRUE(fs::exists(statistics));
 }
 
+TEST_F(AppDelegateTest, StatisticsThatAreNotStoredAtTheEndAreToldOnStandardError) {
+    fs::create_directories(folder_.path() / "Tarnwick/stats.json.new");
+
+    testing::internal::CaptureStderr();
+    delegate_.reset();
+
+    EXPECT_THAT(
+        testing::internal::GetCapturedStderr(),
+        testing::HasSubstr("tarnwick: the statistics could not be stored: Is a directory\n"));
+}
+
+TEST_F(AppDelegateTest, AMistakeInTheSettingsIsToldOnStandardErrorAndInTheDropDown) {
+    delegate_.reset();
+    const fs::path settings = folder_.path() / "Tarnwick/settings.json";
+    test::writeFile(settings, "{\"a\u009Bb\": 1}");
+
+    testing::internal::CaptureStderr();
+    delegate_.emplace(loop_, bus_, setup_);
+    EXPECT_THAT(
+        testing::internal::GetCapturedStderr(),
+        testing::HasSubstr("tarnwick: " + settings.string() + ", line 1: there is no setting \"a?b\"\n"));
+
+    delegate_->openDropDown("");
+    QApplication::processEvents();
+    ASSERT_NE(dropDown(), nullptr);
+    EXPECT_TRUE(tellsOf(*dropDown(), "line 1: there is no setting"));
+}
+
 TEST_F(AppDelegateTest, TheEndOfTheSessionStoresChangedSettingsAtOnce) {
     showSettings();
     click("Restore Default Settings");
@@ -209,7 +237,7 @@ TEST_F(AppDelegateTest, AStartWithTheSessionOpensNothingWithoutAPanel) {
     waitForPanel();
     EXPECT_EQ(dropDown(), nullptr);
 
-    delegate_.openDropDown("");
+    delegate_->openDropDown("");
     QApplication::processEvents();
     ASSERT_NE(dropDown(), nullptr);
     EXPECT_TRUE(tellsOf(*dropDown(), "No panel here"));
