@@ -125,6 +125,19 @@ TEST_F(NoticesViewTest, TextAndCommandAreDrawnOnAWarmGround) {
     EXPECT_TRUE(test::hasColor(image, QRect(10, image.height() - 30, 200, 20), Qt::black));
 }
 
+TEST_F(NoticesViewTest, TheCommandCanBeRead) {
+    const auto picture = [](const std::string& command) {
+        NoticesView view(
+            {{.kind = withCommand.kind, .text = "Do it:", .command = command}}, {}, 292, nullptr);
+        view.setPalette(test::paperPalette());
+        view.resize(view.sizeHint());
+        return test::drawn(view);
+    };
+
+    EXPECT_TRUE(picture("one") == picture("one"));
+    EXPECT_FALSE(picture("one") == picture("two"));
+}
+
 TEST_F(NoticesViewTest, TheButtonCopiesTheCommandAndSaysSo) {
     monitor.setNotice(withCommand);
     open();
