@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <vector>
+
 namespace tarnwick {
 
 namespace {
@@ -107,6 +109,18 @@ TYPED_TEST(NotificationServiceContract, WithoutABusThereIsNoAuthorization) {
     this->center().requestAuthorization();
 
     EXPECT_EQ(this->center().canNotify(), Ability::no);
+}
+
+TYPED_TEST(NotificationServiceContract, AChangedAbilityIsToldOnce) {
+    std::vector<Ability> told;
+    this->center().onAbilityChange = [&] { told.push_back(this->center().canNotify()); };
+    this->stopBus();
+    ASSERT_TRUE(this->runUntilUnavailable());
+
+    this->center().requestAuthorization();
+    this->center().requestAuthorization();
+
+    EXPECT_EQ(told, std::vector{Ability::no});
 }
 
 TYPED_TEST(NotificationServiceContract, WithoutABusWhatIsPostedIsDropped) {
