@@ -277,6 +277,17 @@ TEST_F(PanelMenuTextTest, AllowPingingIsThereWhileTheUserMayNotPing) {
     EXPECT_TRUE(copied.empty());
 }
 
+TEST_F(PanelMenuTextTest, AllowPingingIsNotThereWhereNothingCanAsk) {
+    show();
+    PanelMenuText unable(
+        loop, monitor.observedReading(), *menu,
+        {.openDropDown = [] {}, .copyCommand = [](const std::string&) {}});
+    monitor.setNotice({.kind = Notice::Kind::mayNotPing, .text = "Allow it with:", .command = "it"});
+
+    EXPECT_THAT(
+        unable.rows(), testing::Each(testing::Field(&PanelMenuRow::label, testing::Ne("Allow Pinging…"))));
+}
+
 // Choosing.
 
 TEST_F(PanelMenuTextTest, AClickOnTheHeaderOpensTheDropDown) {
