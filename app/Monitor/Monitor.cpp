@@ -46,7 +46,7 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
     publish();
 }
 
-void Monitor::publish() {
+Reading Monitor::presentReading() const {
     const ReadingSettings settings{
         .hostname = prefs_.hostname(),
         .slowPingThresholdMs = prefs_.slowPingThresholdMs(),
@@ -54,7 +54,11 @@ void Monitor::publish() {
         .pingInterval = prefs_.pingInterval(),
         .lossTextMode = prefs_.lossTextMode(),
     };
-    reading_.set(makeReading(measured_, settings, loop_.wallNow()));
+    return makeReading(measured_, settings, loop_.wallNow());
+}
+
+void Monitor::publish() {
+    reading_.set(presentReading());
 }
 
 void Monitor::start() {

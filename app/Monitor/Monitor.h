@@ -147,7 +147,8 @@ private:
         Monitor& monitor_;
     };
 
-    /// Makes and publishes the reading.
+    /// What there is to show at this moment.
+    [[nodiscard]] Reading presentReading() const;
     void publish();
 
     // Commands.

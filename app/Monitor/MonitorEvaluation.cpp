@@ -99,7 +99,9 @@ void Monitor::carryOut(ConnectionWatchdog::Action action) {
         measured_.startError = PingError::resolution("lookup timed out");
         break;
     case ConnectionWatchdog::Action::announceDown:
-        announce("Tarnwick — Connection down", "Your internet connection seems to be down.");
+        announce(
+            "Tarnwick — Connection down",
+            "Your internet connection seems to be down. " + presentReading().downReasonText + ".");
         break;
     case ConnectionWatchdog::Action::announceUp:
         announce("Tarnwick — Connection restored", "Your internet connection has been restored.");

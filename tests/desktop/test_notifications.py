@@ -25,7 +25,7 @@ from .sandbox import sandbox_prefix
 from .session import Session
 from .settings import TITLE as SETTINGS_TITLE
 
-DOWN = ("Tarnwick — Connection down", "Your internet connection seems to be down.")
+DOWN = ("Tarnwick — Connection down", "Your internet connection seems to be down. No replies for 5 s.")
 RESTORED = ("Tarnwick — Connection restored", "Your internet connection has been restored.")
 # With a time-out of a second, silence is an outage within this time; a connection that is down is tried again as often.
 OUTAGE_SECONDS = 10

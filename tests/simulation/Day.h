@@ -142,7 +142,7 @@ protected:
     using Notification = RecordingNotificationCenter::Notification;
 
     const Notification connectionDown{
-        "Tarnwick — Connection down", "Your internet connection seems to be down."};
+        "Tarnwick — Connection down", "Your internet connection seems to be down. No replies for 8 s."};
     const Notification connectionRestored{
         "Tarnwick — Connection restored", "Your internet connection has been restored."};
 

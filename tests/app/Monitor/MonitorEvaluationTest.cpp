@@ -58,6 +58,29 @@ TEST_F(MonitorEvaluationTest, NotificationsThatAreDroppedChangeNothingElse) {
     EXPECT_EQ(silenced.sendTimes(), sendTimes());
 }
 
+TEST_F(MonitorEvaluationTest, TheNotificationOfAnOutageNamesItsReason) {
+    defaults.put(PreferenceKey::showNotifications, true);
+    const auto latest = [this] { return notifications.posted().back().body; };
+    start();
+    pass(5);
+    fallSilent();
+    pass(15);
+    ASSERT_EQ(notifications.posted().size(), 1U);
+    EXPECT_EQ(latest(), "Your internet connection seems to be down. No replies for 8 s.");
+
+    answerAfter(0.02);
+    pass(5);
+    ASSERT_EQ(notifications.posted().size(), 2U);
+    EXPECT_EQ(latest(), "Your internet connection has been restored.");
+
+    fallSilent();
+    pass(2);
+    path.report(false);
+    pass(15);
+    ASSERT_EQ(notifications.posted().size(), 3U);
+    EXPECT_EQ(latest(), "Your internet connection seems to be down. No network connection.");
+}
+
 TEST_F(MonitorEvaluationTest, OfTwoThatYieldTheOneThatRecordsAnnouncesAnOutage) {
     MonitorWorld second(folder);
     announcing = second.announcing = MonitorEnvironment::Announcing::unlessAnotherRecords;

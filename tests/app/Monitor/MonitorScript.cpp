@@ -264,7 +264,8 @@ std::string MonitorScript::sample(std::size_t number) const {
 std::string MonitorScript::posted() const {
     std::vector<std::string> names;
     for (const auto& [title, body] : notifications.posted()) {
-        if (title == "Tarnwick — Connection down" && body == "Your internet connection seems to be down.") {
+        if (title == "Tarnwick — Connection down"
+            && body.starts_with("Your internet connection seems to be down. ")) {
             names.emplace_back("down");
         } else if (
             title == "Tarnwick — Connection restored"
