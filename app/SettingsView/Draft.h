@@ -24,6 +24,9 @@ public:
     /// For a text that the program itself has set.
     void discard() { exists_ = false; }
 
+    /// To be called while the draft is committed: its text was not taken, and remains a draft.
+    void resume() { exists_ = true; }
+
     /// Commits the draft, if there is one.
     void finish();
 

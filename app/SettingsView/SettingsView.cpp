@@ -8,6 +8,7 @@
 #include "app/SettingsView/ThresholdSlider.h"
 #include "app/SettingsView/UpdateSection.h"
 #include "app/ViewStyle/ViewStyle.h"
+#include "core/HostText.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -21,6 +22,9 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <optional>
+#include <string_view>
+#include <variant>
 
 namespace tarnwick {
 
@@ -57,6 +61,17 @@ QString lossTextTitle(MenuBarTitle::LossMode mode) {
         break;
     }
     return QStringLiteral("When There's Loss");
+}
+
+/// Nothing for a text that can be a host, and for an empty field: that one is about to be filled.
+std::optional<QString> noHostText(const std::string& text) {
+    const auto found = hostIn(text);
+    const auto* const mistake = std::get_if<HostMistake>(&found);
+    if (mistake == nullptr || *mistake == HostMistake::empty) {
+        return std::nullopt;
+    }
+    const std::string_view why = reason(*mistake);
+    return QStringLiteral("No host: ") + QString::fromUtf8(why.data(), static_cast<qsizetype>(why.size()));
 }
 
 /// Fills a picker with the cases of an enumeration, and hands on what is picked.
@@ -125,10 +140,12 @@ void SettingsView::makeHostSection() {
     address_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     address_->setWordWrap(true);
     address_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    addressRow_ = section.addRow(QStringLiteral("Address"), {address_});
+    section.addRow(QStringLiteral("Address"), {address_});
+    connect(host_, &QLineEdit::textChanged, this, [this] { showAddress(); });
     section.setFooter(
         QStringLiteral("Tarnwick constantly pings this host to measure the quality of your internet "
                        "connection. The bars show signal strength based on recent latency and packet loss."));
+    hostFooter_ = host_->accessibleDescription();
 }
 
 void SettingsView::makeIntervalSection() {
@@ -218,6 +235,7 @@ void SettingsView::hideEvent(QHideEvent* event) {
     // A desktop that hides the window leaves it open: there is no need to wait for the disk.
     if (!event->spontaneous()) {
         hostDraft_.finish();
+        showHost(model_.values().hostname()); // a text that can be no host goes
         interval_->finish();
         model_.flush(); // after the drafts: all that was changed here is to survive a power cut
         rendering_.reset();
@@ -286,9 +304,7 @@ void SettingsView::render() {
     if (!hostDraft_.exists()) {
         showHost(host);
     }
-    const auto address = model_.addressLine();
-    address_->setText(QString::fromStdString(address.value_or("")));
-    addressRow_->setVisible(address.has_value());
+    showAddress();
     showNotices(model_.notices());
     interval_->follow();
     showThreshold();
@@ -308,6 +324,16 @@ void SettingsView::showHost(const std::string& host) {
         const QSignalBlocker quiet(host_);
         host_->setText(text);
     }
+    showAddress();
+}
+
+void SettingsView::showAddress() {
+    const std::string& address = model_.addressLine(); // always read: a draft must not end the tracking
+    const auto mistake = hostDraft_.exists() ? noHostText(host_->text().toStdString()) : std::nullopt;
+    const ViewStyle style(*this);
+    address_->setText(mistake.value_or(QString::fromStdString(address)));
+    setTextColor(*address_, mistake ? style.colors().bad() : style.colors().secondary());
+    host_->setAccessibleDescription(mistake.value_or(hostFooter_));
 }
 
 void SettingsView::showThreshold() {
@@ -354,7 +380,12 @@ void SettingsView::showNotices(const Notices& notices) {
 }
 
 void SettingsView::commitHost() {
-    model_.commitHost(host_->text().toStdString());
+    const std::string text = host_->text().toStdString();
+    if (host_->hasFocus() && noHostText(text)) {
+        hostDraft_.resume(); // Enter leaves it in the field for mending
+        return;
+    }
+    model_.commitHost(text);
     showHost(model_.values().hostname());
 }
 

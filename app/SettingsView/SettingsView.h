@@ -58,6 +58,8 @@ private:
     /// Shows the present values.
     void render();
     void showHost(const std::string& host);
+    /// The address, or why the draft can be no host.
+    void showAddress();
     void showThreshold();
     void showLaunchAtLogin();
     void showAlerts();
@@ -75,7 +77,7 @@ private:
     QLineEdit* host_;
     Draft hostDraft_;
     QLabel* address_;
-    FormRow* addressRow_ = nullptr;
+    QString hostFooter_; ///< what assistive technology says of the field while its text can be a host
     IntervalBox* interval_;
     ThresholdSlider* threshold_;
     QLabel* thresholdText_;

@@ -22,10 +22,10 @@ void SettingsModel::refresh() {
     }
 }
 
-std::optional<std::string> SettingsModel::presentAddressLine() const {
+std::string SettingsModel::presentAddressLine() const {
     const Reading& reading = monitor_.reading();
     if (reading.resolvedAddress) {
-        return *reading.resolvedAddress == reading.host ? std::nullopt : reading.resolvedAddress;
+        return *reading.resolvedAddress;
     }
     if (reading.isDown() && reading.startError) {
         return reading.downReasonText;

@@ -21,8 +21,8 @@ public:
 
     [[nodiscard]] const Preferences& values() const { return monitor_.prefs(); }
 
-    /// The host's address if it differs from the host, that it is being resolved, or why it can't be.
-    [[nodiscard]] const std::optional<std::string>& addressLine() const { return addressLine_.get(); }
+    /// The host's address, that it is being resolved, or why it can't be.
+    [[nodiscard]] const std::string& addressLine() const { return addressLine_.get(); }
 
     /// What the user should know or do.
     [[nodiscard]] const Notices& notices() const { return notices_.get(); }
@@ -66,14 +66,14 @@ public:
     void refresh();
 
 private:
-    [[nodiscard]] std::optional<std::string> presentAddressLine() const;
+    [[nodiscard]] std::string presentAddressLine() const;
 
     Monitor& monitor_;
     NotificationCenter& notifications_;
     LaunchAtLoginToggle launchAtLogin_;
     std::optional<UpdateSettings> updates_;
     /// The reading changes at each ping, this line rarely.
-    Derived<std::optional<std::string>> addressLine_{[this] { return presentAddressLine(); }};
+    Derived<std::string> addressLine_{[this] { return presentAddressLine(); }};
     Derived<Notices> notices_{[this] { return monitor_.reading().notices; }};
     Observed<NotificationCenter::Ability> canNotify_;
     Lifeline lifeline_;

@@ -1,4 +1,4 @@
-// The address below the field for the host.
+// The field for the host, and the address below it.
 #include "tests/app/SettingsView/SettingsFormTest.h"
 
 #include <gmock/gmock.h>
@@ -28,13 +28,73 @@ TEST_F(HostFieldTest, AClickOnTheAddresssLabelLeavesTheKeyboardWhereItIs) {
 
 // The address.
 
-TEST_F(HostFieldTest, AnAddressHasNoAddressRowOnceResolved) {
+TEST_F(HostFieldTest, TheAddressRowStaysSoThatNoControlMoves) {
     present();
     EXPECT_THAT(labels(), HasSubstr("Address\nResolving…\n"));
+    const QRect before = place(alerts());
 
     watchFor(1);
     settle();
-    EXPECT_THAT(labels(), Not(HasSubstr("Address\n")));
+    EXPECT_THAT(labels(), HasSubstr("Address\n1.1.1.1\n"));
+    EXPECT_EQ(place(alerts()), before);
+
+    resolve("one.example", "192.0.2.1");
+    submit(host(), "one.example");
+    EXPECT_THAT(labels(), HasSubstr("Address\n192.0.2.1\n"));
+    EXPECT_EQ(place(alerts()), before);
+}
+
+// A text that can be no host.
+
+TEST_F(HostFieldTest, WhileATextCanBeNoHostTheAddressRowSaysWhy) {
+    watchFor(1);
+    present();
+    const QRect before = place(alerts());
+
+    typeInto(host(), "two words");
+    EXPECT_THAT(labels(), HasSubstr("Address\nNo host: it has a blank in it\n"));
+    EXPECT_EQ(place(alerts()), before);
+    EXPECT_EQ(host().accessibleDescription(), "No host: it has a blank in it");
+
+    type("two.words");
+    EXPECT_THAT(labels(), HasSubstr("Address\n1.1.1.1\n"));
+    EXPECT_EQ(prefs.hostname(), "1.1.1.1");
+}
+
+TEST_F(HostFieldTest, EnterKeepsATextThatCanBeNoHostForMending) {
+    watchFor(1);
+    present();
+
+    submit(host(), "two words");
+    EXPECT_EQ(host().text(), "two words");
+    EXPECT_THAT(labels(), HasSubstr("No host: "));
+    EXPECT_EQ(prefs.hostname(), "1.1.1.1");
+
+    interval().setFocus();
+    settle();
+    EXPECT_EQ(host().text(), "1.1.1.1");
+    EXPECT_THAT(labels(), Not(HasSubstr("No host: ")));
+}
+
+TEST_F(HostFieldTest, ATextThatCanBeNoHostIsGoneWhenTheWindowOpensAgain) {
+    watchFor(1);
+    present();
+    submit(host(), "two words");
+
+    window.close();
+    present();
+
+    EXPECT_EQ(host().text(), "1.1.1.1");
+    EXPECT_THAT(labels(), Not(HasSubstr("No host: ")));
+}
+
+TEST_F(HostFieldTest, AnEmptyFieldIsNoMistakeYet) {
+    watchFor(1);
+    present();
+
+    typeInto(host(), " ");
+
+    EXPECT_THAT(labels(), HasSubstr("Address\n1.1.1.1\n"));
 }
 
 TEST_F(HostFieldTest, AHostsNameHasItsAddressBelow) {

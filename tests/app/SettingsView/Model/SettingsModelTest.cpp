@@ -23,10 +23,10 @@ protected:
 
 } // namespace
 
-TEST_F(SettingsModelTest, AHostThatIsAnAddressNeedsNoAddressLineOnceResolved) {
+TEST_F(SettingsModelTest, AHostThatIsAnAddressIsItsOwnAddressLine) {
     watchFor(1);
 
-    EXPECT_THAT(model.addressLine(), Eq(std::nullopt));
+    EXPECT_THAT(model.addressLine(), Eq("1.1.1.1"));
 }
 
 TEST_F(SettingsModelTest, AHostsNameIsFollowedByItsAddress) {
@@ -81,7 +81,7 @@ TEST_F(SettingsModelTest, PingsLeaveTheReadersOfTheAddressLineAlone) {
     loop.advance(1);
 
     EXPECT_GT(runs, 1);
-    EXPECT_THAT(model.addressLine(), Eq(std::nullopt));
+    EXPECT_THAT(model.addressLine(), Eq("2.2.2.2"));
 }
 
 TEST_F(SettingsModelTest, AHostIsKeptWithoutTheWhiteSpaceAroundIt) {
