@@ -154,7 +154,11 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .hasTray = [] { return QSystemTrayIcon::isSystemTrayAvailable(); },
         .shownChanged = [this](bool isShown) { tellOfPanel(isShown); },
     });
-    notifier_->onWatcherChange = [this] { item_->watcherChanged(); };
+    notifier_->onWatcherChange = [this] {
+        item_->watcherChanged();
+        tellOfRoomForText();
+    };
+    notifier_->onShowsTextChange = [this] { tellOfRoomForText(); };
     controller_ = std::make_unique<StatusItemController>(StatusItemController::Needs{
         .loop = loop_,
         .monitor = monitor_,
@@ -165,6 +169,8 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
 }
 
 void AppDelegate::tellOfPanel(bool showsItem) {
+    isItemShown_ = showsItem;
+    tellOfRoomForText();
     const auto token = std::exchange(tokenWithoutPanel_, std::nullopt);
     if (showsItem) {
         monitor_.clearNotice(Notice::Kind::noPanel);
@@ -178,6 +184,12 @@ void AppDelegate::tellOfPanel(bool showsItem) {
     if (token) {
         windows_->openDropDown(*token);
     }
+}
+
+void AppDelegate::tellOfRoomForText() {
+    // The classic tray has square places.
+    const bool hasRoom = notifier_->hasWatcher() && notifier_->showsText();
+    settingsModel_.setRoomForText(!isItemShown_ || hasRoom);
 }
 
 void AppDelegate::followColors() {

@@ -60,6 +60,7 @@ private:
     void makeStatusItem(const Setup& setup);
     void followColors();
     void tellOfPanel(bool showsItem);
+    void tellOfRoomForText();
     void save();
 
     RunLoop& loop_;
@@ -74,6 +75,7 @@ private:
     Monitor monitor_;
     std::optional<std::string> tokenWithoutPanel_; ///< until the drop-down opens or a panel shows the item
     bool hasSaidOfPanel_ = false;
+    bool isItemShown_ = false; ///< by a panel, as far as is known
     Menu menu_;
     SettingsModel settingsModel_;
     QtFacePainter painter_;

@@ -133,6 +133,20 @@ void FormRow::setNote(const QString& text, bool offersRemedy) {
     if (remedy_ != nullptr) {
         remedy_->setVisible(offersRemedy);
     }
+    // From the inside out: the window asks for the form's size before the layouts' own requests have got
+    // there.
+    for (QWidget* each = this; each != nullptr && !each->isWindow(); each = each->parentWidget()) {
+        if (each->layout() != nullptr) {
+            each->layout()->activate();
+        }
+    }
+}
+
+void FormRow::setHint(const QString& text) {
+    isHint_ = true;
+    setTextColor(*note_, ViewStyle(*this).colors().secondary());
+    setNote(text);
+    controls_.front()->setAccessibleDescription(text);
 }
 
 void FormRow::addRemedy(const QString& title, std::function<void()> act) {
@@ -152,7 +166,7 @@ void FormRow::setStyle(const ViewStyle& style) {
     label_->setMinimumHeight(style.length(rowHeight) - 2 * above);
     noteLine_->setSpacing(style.length(controlGap));
     note_->setFont(style.font(footerPoints));
-    setTextColor(*note_, style.colors().bad());
+    setTextColor(*note_, isHint_ ? style.colors().secondary() : style.colors().bad());
     if (remedy_ != nullptr) {
         const int text = remedy_->fontMetrics().horizontalAdvance(remedy_->text());
         remedy_->setMinimumSize(text + 2 * style.length(remedyInset), style.length(remedyHeight));

@@ -37,6 +37,9 @@ public:
     /// A text below the line; hidden while empty. `offersRemedy` shows the remedy's button beside it.
     void setNote(const QString& text, bool offersRemedy = false);
 
+    /// A note that tells of no problem.
+    void setHint(const QString& text);
+
     /// Adds the button that is shown beside notes.
     void addRemedy(const QString& title, std::function<void()> act);
 
@@ -50,6 +53,7 @@ private:
     QHBoxLayout* line_;              ///< owned by the layout around it
     QLabel* label_;
     QLabel* note_;
+    bool isHint_ = false;           ///< the note
     QHBoxLayout* noteLine_;         ///< owned by the layout around it
     QPushButton* remedy_ = nullptr; ///< a child
 };

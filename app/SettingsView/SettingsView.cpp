@@ -172,8 +172,8 @@ void SettingsView::makeThresholdSection() {
 
 void SettingsView::makeBehaviorSection() {
     FormSection& section = addSection();
-    section.addRow(QStringLiteral("Display"), {display_});
-    section.addRow(QStringLiteral("Packet Loss Text"), {lossText_});
+    displayRow_ = section.addRow(QStringLiteral("Display"), {display_});
+    lossTextRow_ = section.addRow(QStringLiteral("Packet Loss Text"), {lossText_});
     alertsRow_ = section.addRow(QStringLiteral("Connection Up/Down Alerts"), {alerts_});
     testAlert_->setAutoDefault(false);
     testAlert_->setAccessibleDescription(QStringLiteral("Shows a notification"));
@@ -308,8 +308,7 @@ void SettingsView::render() {
     showNotices(model_.notices());
     interval_->follow();
     showThreshold();
-    showPicked(*display_, model_.values().display());
-    showPicked(*lossText_, model_.values().lossTextMode());
+    showDisplay();
     showAlerts();
     showLaunchAtLogin();
     if (updates_ != nullptr) {
@@ -334,6 +333,26 @@ void SettingsView::showAddress() {
     address_->setText(mistake.value_or(QString::fromStdString(address)));
     setTextColor(*address_, mistake ? style.colors().bad() : style.colors().secondary());
     host_->setAccessibleDescription(mistake.value_or(hostFooter_));
+}
+
+void SettingsView::showDisplay() {
+    const Preferences::Display display = model_.values().display();
+    const MenuBarTitle::LossMode lossText = model_.values().lossTextMode();
+    showPicked(*display_, display);
+    showPicked(*lossText_, lossText);
+    const bool showsText = display != Preferences::Display::iconOnly;
+    const bool showsLoss = lossText != MenuBarTitle::LossMode::off;
+    QString ofDisplay;
+    QString ofLossText;
+    if (!model_.hasRoomForText()) {
+        ofDisplay =
+            showsText ? QStringLiteral("Your panel has room for the latency’s figure only.") : ofDisplay;
+        ofLossText = showsLoss ? QStringLiteral("Your panel has no room for it.") : ofLossText;
+    } else if (showsLoss && !showsText) {
+        ofLossText = QStringLiteral("Only shown with the latency.");
+    }
+    displayRow_->setHint(ofDisplay);
+    lossTextRow_->setHint(ofLossText);
 }
 
 void SettingsView::showThreshold() {

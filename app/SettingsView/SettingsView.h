@@ -63,6 +63,7 @@ private:
     void showThreshold();
     void showLaunchAtLogin();
     void showAlerts();
+    void showDisplay();
     void showNotices(const Notices& notices);
     void commitHost();
     void restoreDefaults();
@@ -85,6 +86,8 @@ private:
     QComboBox* lossText_;
     QPushButton* testAlert_;
     QCheckBox* alerts_;
+    FormRow* displayRow_ = nullptr;
+    FormRow* lossTextRow_ = nullptr;
     FormRow* alertsRow_ = nullptr;
     QCheckBox* launchAtLogin_;
     FormRow* launchRow_ = nullptr;

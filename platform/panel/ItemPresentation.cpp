@@ -73,6 +73,12 @@ std::string padded(const std::string& text, double width, const FacePainter& pai
     return result;
 }
 
+bool hasRoomForText(Form form, const PanelHost& host) {
+    // A panel that is not known may draw labels.
+    const bool drawsLabel = host.drawsLabel || host.process.empty();
+    return form == Form::wide || (form == Form::label && drawsLabel);
+}
+
 void addLabel(
     ItemPresentation& presentation, const StatusFace& face, const PanelHost& host,
     const FacePainter& painter) {
@@ -120,6 +126,7 @@ ItemPresentation present(
     const ItemState& state, const PanelHost& host, Ink ink, bool hasIconTheme, const FacePainter& painter) {
     ItemPresentation presentation;
     presentation.form = state.form == Form::automatic ? host.form : state.form;
+    presentation.showsText = hasRoomForText(presentation.form, host);
     presentation.ink = ink;
     presentation.imageFace = shownInImage(state.face, presentation.form);
     if (hasIconTheme && host.recolorsSymbolicIcons

@@ -13,6 +13,7 @@ struct ItemPresentation {
     static constexpr const char* name = "Tarnwick";
 
     StatusItem::Form form = StatusItem::Form::square; ///< never automatic
+    bool showsText = false;                           ///< in this form the panel has room for the whole title
     Ink ink = Ink::light;
     StatusFace imageFace{}; ///< reduced to what the image shows in this form
     std::string iconName{}; ///< in the icon theme; empty: the image is sent

@@ -97,7 +97,8 @@ private:
             return BusToolTip("", BusPixmaps(), item_.shown_.toolTipTitle, item_.shown_.toolTipText);
         });
         // `emitChange` reads it too, so a read does not prove that a panel has taken the item.
-        object_.property(spokenName, [this] { return item_.shown_.spoken; }, BusObject::Change::told);
+        object_.property(
+            spokenName, [this] { return item_.shown_.spoken; }, BusObject::Change::told);
     }
 
     void declareClicks() {
@@ -212,6 +213,9 @@ void NotifierStatusItem::refresh() {
         shown_, present(state_, hosts_.host(), ink, !needs_.iconThemePath.empty(), needs_.painter));
     if (exported_ && hasWatcher() && shown_ != before) {
         exported_->tellDifferences(before, shown_);
+    }
+    if (shown_.showsText != before.showsText && onShowsTextChange) {
+        onShowsTextChange();
     }
 }
 

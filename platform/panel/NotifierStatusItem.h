@@ -56,6 +56,12 @@ public:
     /// Called after the result of `hasWatcher` has changed.
     std::function<void()> onWatcherChange;
 
+    /// Whether the panel has room for the whole title.
+    [[nodiscard]] bool showsText() const { return shown_.showsText; }
+
+    /// Called after the result of `showsText` has changed.
+    std::function<void()> onShowsTextChange;
+
     /// The token by which the desktop lets the latest click open a window in front of others; empty when
     /// there is none, or when it was taken before.
     [[nodiscard]] std::string takeActivationToken() { return std::exchange(activationToken_, {}); }

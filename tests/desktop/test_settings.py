@@ -194,6 +194,12 @@ class Settings(SettingsWindow, unittest.TestCase):
         self.desktop.act(APPLICATION, "Launch at Login")
         eventually(lambda: not entry.exists(), PATIENCE, "the entry has gone")
 
+    def test_it_says_what_the_panel_has_no_room_for(self) -> None:
+        def says_so() -> bool:
+            return "Your panel has no room for it." in self.desktop.accessible(APPLICATION).texts()
+
+        eventually(says_so, PATIENCE, "the note below the packet loss text")
+
     def test_what_is_changed_by_hand_is_shown(self) -> None:
         self.desktop.session.write(self.stored, '{"SlowPingLowThreshold": 300}')
 

@@ -58,6 +58,11 @@ public:
     /// Whether notifications can be shown; `unknown` until the user wants some.
     [[nodiscard]] NotificationCenter::Ability canNotify() const { return canNotify_.get(); }
 
+    /// Whether the place where the item is shown has room for more text than the latency's figure.
+    [[nodiscard]] bool hasRoomForText() const { return hasRoomForText_.get(); }
+
+    void setRoomForText(bool hasRoom) { hasRoomForText_.set(hasRoom); }
+
     /// Posts one, whether or not alerts are on.
     void testNotification();
 
@@ -76,6 +81,7 @@ private:
     Derived<std::string> addressLine_{[this] { return presentAddressLine(); }};
     Derived<Notices> notices_{[this] { return monitor_.reading().notices; }};
     Observed<NotificationCenter::Ability> canNotify_;
+    Observed<bool> hasRoomForText_{true};
     Lifeline lifeline_;
 };
 

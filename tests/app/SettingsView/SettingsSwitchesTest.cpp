@@ -60,6 +60,33 @@ TEST_F(SettingsSwitchesTest, ThePickersFollowTheSettings) {
     EXPECT_EQ(lossText().currentText(), "Off");
 }
 
+TEST_F(SettingsSwitchesTest, WhatThePanelHasNoRoomForIsSaidBesideThePickers) {
+    present();
+    EXPECT_THAT(labels(), Not(HasSubstr("Your panel")));
+
+    model.setRoomForText(false);
+    settle();
+    EXPECT_THAT(labels(), HasSubstr("Your panel has room for the latency’s figure only."));
+    EXPECT_THAT(labels(), HasSubstr("Your panel has no room for it."));
+    EXPECT_EQ(lossText().accessibleDescription(), "Your panel has no room for it.");
+
+    prefs.setDisplay(Preferences::Display::iconOnly);
+    prefs.setLossTextMode(MenuBarTitle::LossMode::off);
+    settle();
+    EXPECT_THAT(labels(), Not(HasSubstr("Your panel")));
+}
+
+TEST_F(SettingsSwitchesTest, WithTheIconOnlyThePacketLossTextIsSaidToBeHidden) {
+    present();
+    prefs.setDisplay(Preferences::Display::iconOnly);
+    settle();
+    EXPECT_THAT(labels(), HasSubstr("Only shown with the latency."));
+
+    prefs.setLossTextMode(MenuBarTitle::LossMode::off);
+    settle();
+    EXPECT_THAT(labels(), Not(HasSubstr("Only shown with the latency.")));
+}
+
 TEST_F(SettingsSwitchesTest, TurningAlertsOnAsksForWhatTheyNeedAndTurningThemOffDoesNot) {
     present();
     alerts().click();

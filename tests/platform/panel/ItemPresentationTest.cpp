@@ -53,6 +53,16 @@ TEST_F(ItemPresentationTest, ASetFormComesBeforeThePanelsOwn) {
     EXPECT_EQ(shownBy("gnome-shell").form, Form::wide);
 }
 
+TEST_F(ItemPresentationTest, AWideImageAndALabelThatIsDrawnHaveRoomForText) {
+    EXPECT_TRUE(shownBy("gnome-shell").showsText);
+    EXPECT_TRUE(shownBy("waybar").showsText);
+    EXPECT_FALSE(shownBy("xfce4-panel").showsText);
+
+    state_.form = Form::label;
+    EXPECT_FALSE(shownBy("xfce4-panel").showsText);
+    EXPECT_TRUE(shownBy("some-panel").showsText);
+}
+
 TEST_F(ItemPresentationTest, BarsAloneGoByNameWhereThePanelRecolorsThem) {
     state_.face.activeBars = 3;
 
