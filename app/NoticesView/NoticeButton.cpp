@@ -3,7 +3,6 @@
 #include "app/ViewStyle/ViewStyle.h"
 
 #include <QFontMetricsF>
-#include <QKeyEvent>
 #include <QPainter>
 
 #include <cmath>
@@ -24,7 +23,7 @@ QColor faint(QColor color, float opacity) {
 
 } // namespace
 
-NoticeButton::NoticeButton(const QString& text, QWidget* parent) : QPushButton(text, parent) {
+NoticeButton::NoticeButton(const QString& text, QWidget* parent) : KeyButton(text, parent) {
     setAttribute(Qt::WA_Hover); // drawn again when the pointer comes and goes
 }
 
@@ -34,21 +33,6 @@ QSize NoticeButton::sizeHint() const {
     return {
         static_cast<int>(std::ceil(metrics.horizontalAdvance(text()))) + 2 * style.length(sideInset),
         static_cast<int>(std::ceil(metrics.height())) + 2 * style.length(topInset)};
-}
-
-void NoticeButton::keyPressEvent(QKeyEvent* event) {
-    switch (event->key()) {
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-    case Qt::Key_Space:
-    case Qt::Key_Select:
-        if (!event->isAutoRepeat()) {
-            click();
-        }
-        return;
-    default:
-        event->ignore(); // all others are the window's
-    }
 }
 
 void NoticeButton::paintEvent(QPaintEvent* /*event*/) {

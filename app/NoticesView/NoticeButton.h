@@ -1,11 +1,11 @@
 // A small button on a notice.
 #pragma once
 
-#include <QPushButton>
+#include "app/ViewStyle/KeyButton.h"
 
 namespace tarnwick {
 
-class NoticeButton final : public QPushButton {
+class NoticeButton final : public KeyButton {
 public:
     NoticeButton(const QString& text, QWidget* parent);
 
@@ -13,7 +13,6 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 };
 
 } // namespace tarnwick

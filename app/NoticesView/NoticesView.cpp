@@ -68,6 +68,21 @@ NoticesView::NoticesView(const Notices& notices, const NoticeActions& actions, i
     }
 }
 
+NoticesView* NoticesView::inPlaceOf(
+    NoticesView* before, const Notices& notices, const NoticeActions& actions, int width, QWidget* parent) {
+    if (before != nullptr) {
+        before->hide();
+        before->deleteLater(); // one of its buttons may be what changes the notices
+    }
+    if (notices.empty()) {
+        return nullptr;
+    }
+    auto* const view = new NoticesView(notices, actions, width, parent); // NOLINT: owned by its parent
+    view->setFixedSize(view->sizeHint());
+    view->show();
+    return view;
+}
+
 QSize NoticesView::sizeHint() const {
     return {width_, cards_.back().bottom() + 1};
 }

@@ -20,6 +20,12 @@ public:
     /// Made for these notices, at least one, and for this width.
     NoticesView(const Notices& notices, const NoticeActions& actions, int width, QWidget* parent);
 
+    /// Takes `before`, if any, away and shows these notices. Returns the new view, a child of `parent`; null
+    /// without notices.
+    [[nodiscard]] static NoticesView* inPlaceOf(
+        NoticesView* before, const Notices& notices, const NoticeActions& actions, int width,
+        QWidget* parent);
+
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:

@@ -381,19 +381,12 @@ void SettingsView::showNotices(const Notices& notices) {
         return;
     }
     shownNotices_ = notices;
+    const ViewStyle style(*this);
+    const int width = style.length(formWidth) - 2 * style.length(formMargin);
+    const NoticeActions actions{.allowPinging = model_.allowPinging};
+    notices_ = NoticesView::inPlaceOf(notices_, notices, actions, width, this);
     if (notices_ != nullptr) {
-        notices_->hide();
-        notices_->deleteLater(); // one of its buttons may be what changes the notices
-        notices_ = nullptr;
-    }
-    if (!notices.empty()) {
-        const ViewStyle style(*this);
-        const int width = style.length(formWidth) - 2 * style.length(formMargin);
-        notices_ = new NoticesView( // NOLINT(cppcoreguidelines-owning-memory): a child
-            notices, {.allowPinging = model_.allowPinging}, width, this);
-        notices_->setFixedSize(notices_->sizeHint());
         qobject_cast<QVBoxLayout*>(layout())->insertWidget(0, notices_);
-        notices_->show();
     }
     updateGeometry();
 }

@@ -4,7 +4,6 @@
 #include "app/ViewStyle/ViewStyle.h"
 
 #include <QFontMetricsF>
-#include <QKeyEvent>
 #include <QPainter>
 
 #include <cmath>
@@ -35,7 +34,7 @@ QString shortcutText(char shortcut) {
     return shortcutKeys(shortcut).toString(QKeySequence::NativeText);
 }
 
-MenuRow::MenuRow(QWidget* parent) : QPushButton(parent) {
+MenuRow::MenuRow(QWidget* parent) : KeyButton(parent) {
     setFlat(true);
     setMouseTracking(true);
     QObject::connect(this, &QPushButton::clicked, this, [this] {
@@ -84,21 +83,6 @@ void MenuRow::enterEvent(QEnterEvent* /*event*/) {
 
 void MenuRow::leaveEvent(QEvent* /*event*/) {
     clearFocus();
-}
-
-void MenuRow::keyPressEvent(QKeyEvent* event) {
-    switch (event->key()) {
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-    case Qt::Key_Space:
-    case Qt::Key_Select:
-        if (!event->isAutoRepeat()) {
-            Q_EMIT clicked();
-        }
-        return;
-    default:
-        event->ignore(); // all others are the menu's
-    }
 }
 
 void MenuRow::drawTitle(QPainter& painter, double left, double baseline) const {

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "app/StatusItemController/Menu.h"
+#include "app/ViewStyle/KeyButton.h"
 
 #include <QKeySequence>
-#include <QPushButton>
 
 #include <functional>
 
@@ -12,7 +12,7 @@ namespace tarnwick {
 
 /// Looks like a row of a menu: icon, title, and at the right the keys that choose it from anywhere in the
 /// menu. Highlighted while it has the focus, which the pointer gives it too.
-class MenuRow final : public QPushButton {
+class MenuRow final : public KeyButton {
 public:
     explicit MenuRow(QWidget* parent);
 
@@ -31,7 +31,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void drawTitle(QPainter& painter, double left, double baseline) const;

@@ -51,18 +51,11 @@ void StatusMenuView::render() {
 
 void StatusMenuView::showNotices(const Notices& notices) {
     shownNotices_ = notices;
+    const ViewStyle style(*this);
+    const int width = style.length(viewWidth) - 2 * style.length(sidePadding);
+    notices_ = NoticesView::inPlaceOf(notices_, notices, actions_, width, this);
     if (notices_ != nullptr) {
-        notices_->hide();
-        notices_->deleteLater(); // one of its buttons may be what changes the notices
-        notices_ = nullptr;
-    }
-    if (!notices.empty()) {
-        const ViewStyle style(*this);
-        const int width = style.length(viewWidth) - 2 * style.length(sidePadding);
-        // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): a child
-        notices_ = new NoticesView(notices, actions_, width, this);
         notices_->stackUnder(chart_); // so that it is read after the header
-        notices_->show();
     }
     place();
     if (onSizeChange) {

@@ -142,6 +142,19 @@ void watchBusily(WatchedMonitor& world) {
     world.loop.advance(297);
 }
 
+/// One of each kind that tells of no ping socket.
+void addNotices(WatchedMonitor& world) {
+    world.monitor.setSettingsMistakes(
+        {"/home/one/.config/Tarnwick/settings.json, line 3: PingTimeout must be a number of seconds from "
+         "0.01 "
+         "to 3600, not -3",
+         "another"});
+    world.monitor.setNotice(noPanelNotice({"GNOME"}));
+    world.monitor.setNotice(
+        {.kind = Notice::Kind::notRecorded,
+         .text = "The statistics are not stored: No space left on device."});
+}
+
 QImage grabDropDown(WatchedMonitor& world, const test::StandardMenu& menu, int steps, const QString& name) {
     Menu shown(menu.menu.items());
     DropDown dropDown(
@@ -200,9 +213,7 @@ void drawDropDowns(const QDir& folder, const QString& style) {
         world.missingPermission = "sudo sysctl -w net.ipv4.ping_group_range=\"1000 1000\"";
         menu.menu.setHidden(MenuItem::Id::changeHost, true);
         world.watchFor(20);
-        world.monitor.setNotice(
-            {.kind = Notice::Kind::noPanel,
-             .text = "No panel shows status items, so there is no signal bar."});
+        addNotices(world);
         save(world, 0, "notices");
     }
 }
@@ -251,6 +262,7 @@ void drawSettings(const QDir& folder, const QString& style) {
         refused.notifications.answer = NotificationCenter::Ability::no;
         refused.prefs.setShowNotifications(true);
         refused.watchFor(20);
+        addNotices(refused);
         grabSettings(refused, loginItem).save(folder.filePath("settings-notices-" + style + ".png"));
     }
     loginItem.now = LoginItem::Status::notRegistered;
