@@ -149,6 +149,10 @@ private:
 } // namespace
 
 JsonReading readJsonObject(const std::string& text) {
+    // The versions of the library call an empty text by different names.
+    if (text.find_first_not_of(" \t\r\n") == std::string::npos) {
+        return {.mistake = JsonMistake{.line = 1, .text = "it is empty"}};
+    }
     int line = 1;
     ObjectReader reader(line);
     const char* const end = text.data() + text.size();

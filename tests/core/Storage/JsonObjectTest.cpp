@@ -80,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(
         Mistaken{
             "MissingComma", "{\"a\": 1\n \"b\": 2}", 2, "unexpected string literal; expected '}'",
             R"({"a":1})"},
-        Mistaken{"Empty", "", 1, "unexpected end of input; expected '[', '{', or a literal", "{}"},
+        Mistaken{"Empty", "", 1, "it is empty", "{}"}, Mistaken{"Blank", " \n\t", 1, "it is empty", "{}"},
         Mistaken{"TooDeep", "{\n" + nested(101).substr(1), 2, "it is nested too deep", ""}),
     test::caseName);
 
