@@ -71,7 +71,9 @@ std::optional<QString> noHostText(const std::string& text) {
         return std::nullopt;
     }
     const std::string_view why = reason(*mistake);
-    return QStringLiteral("No host: ") + QString::fromUtf8(why.data(), static_cast<qsizetype>(why.size()));
+    QString sentence = QString::fromUtf8(why.data(), static_cast<qsizetype>(why.size()));
+    sentence[0] = sentence[0].toUpper();
+    return sentence;
 }
 
 /// Fills a picker with the cases of an enumeration, and hands on what is picked.
