@@ -97,8 +97,7 @@ private:
             return BusToolTip("", BusPixmaps(), item_.shown_.toolTipTitle, item_.shown_.toolTipText);
         });
         // `emitChange` reads it too, so a read does not prove that a panel has taken the item.
-        object_.property(
-            spokenName, [this] { return item_.shown_.spoken; }, BusObject::Change::told);
+        object_.property(spokenName, [this] { return item_.shown_.spoken; }, BusObject::Change::told);
     }
 
     void declareClicks() {

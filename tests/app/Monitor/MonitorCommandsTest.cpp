@@ -41,8 +41,8 @@ TEST_F(MonitorHostTextTest, ThatChangesAllTheTimeIsPingedAtMostOnceASecond) {
         pass(0.125);
     }
 
-    const auto pings = std::ranges::count_if(
-        network.sent(), [=](double at) { return at >= begin; }, &SentRequest::at);
+    const auto pings =
+        std::ranges::count_if(network.sent(), [=](double at) { return at >= begin; }, &SentRequest::at);
     EXPECT_GE(pings, 10);
     EXPECT_LE(pings, 26); // in 25 seconds
 }
