@@ -1,0 +1,91 @@
+#include "platform/qt/ScreenOverlay.h"
+
+#include "platform/qt/Foreground.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWidget>
+#include <QWindow>
+#include <qpa/qplatformnativeinterface.h>
+
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+bool isOnWayland() {
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
+wl_output* outputOf(const QScreen* screen) {
+    for (QScreen* const one : QGuiApplication::screens()) {
+        if (one == screen) {
+            return static_cast<wl_output*>(
+                QGuiApplication::platformNativeInterface()->nativeResourceForScreen("output", one));
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+bool ScreenOverlay::isNeeded() {
+    return isOnWayland();
+}
+
+void ScreenOverlay::prepare() {
+    // The toolkit then makes a surface without a role for a window with the hint.
+    qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "1");
+}
+
+std::unique_ptr<Wayland::LayerShell> ScreenOverlay::findShell() {
+    if (!isOnWayland()) {
+        return nullptr;
+    }
+    auto* const display = static_cast<wl_display*>(
+        QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("wl_display"));
+    return display != nullptr ? Wayland::LayerShell::find(*display) : nullptr;
+}
+
+Qt::WindowFlags ScreenOverlay::flags(const Wayland::LayerShell* shell) {
+    const Qt::WindowFlags flags = Qt::Window | Qt::FramelessWindowHint;
+    return shell != nullptr ? flags | Qt::BypassWindowManagerHint : flags;
+}
+
+ScreenOverlay::ScreenOverlay(Needs needs) : needs_(std::move(needs)) {
+    if (needs_.shell != nullptr) {
+        giveRole();
+    } else {
+        needs_.window.setWindowState(Qt::WindowMaximized);
+        Foreground::show(needs_.window);
+    }
+}
+
+ScreenOverlay::~ScreenOverlay() = default;
+
+void ScreenOverlay::giveRole() {
+    needs_.window.winId(); // makes its surface
+    auto* const surface =
+        static_cast<wl_surface*>(QGuiApplication::platformNativeInterface()->nativeResourceForWindow(
+            "surface", needs_.window.windowHandle()));
+    if (surface == nullptr) {
+        return;
+    }
+    surface_.emplace(Wayland::LayerSurface::Needs{
+        .shell = *needs_.shell,
+        .surface = *surface,
+        .screen = outputOf(needs_.screen),
+        .cover = needs_.cover,
+        .onSize = [this](int width, int height) { show({width, height}); },
+        .onClosed = [this] { needs_.onClosed(); }});
+}
+
+void ScreenOverlay::show(QSize size) {
+    needs_.window.setFixedSize(size);
+    // The token would let this window come to the front, where it is anyway.
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    needs_.window.show();
+}
+
+} // namespace tarnwick
