@@ -2,7 +2,6 @@
 
 #include "app/App/StartupSettings.h"
 #include "platform/qt/Clipboard.h"
-#include "platform/qt/ScreenPixels.h"
 
 #include <QGuiApplication>
 
@@ -49,7 +48,7 @@ void DesktopWindows::toggleDropDown(std::optional<ScreenPoint> at) {
     if (!dropDown_.isOpen()) {
         useActivationTokenOfClick();
     }
-    dropDown_.toggle(at ? at : ScreenPixels::pointer());
+    dropDown_.toggle(at);
     if (!dropDown_.isOpen()) {
         dropActivationToken();
     }
@@ -57,7 +56,7 @@ void DesktopWindows::toggleDropDown(std::optional<ScreenPoint> at) {
 
 void DesktopWindows::openDropDownAtPointer() {
     useActivationTokenOfClick();
-    dropDown_.open(ScreenPixels::pointer());
+    dropDown_.openAtPointer();
 }
 
 void DesktopWindows::copy(const std::string& text) {

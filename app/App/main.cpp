@@ -11,6 +11,7 @@
 #include "platform/linux/SignalWatch.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "platform/qt/QtLoopHost.h"
+#include "platform/qt/ScreenOverlay.h"
 
 #include <QApplication>
 
@@ -74,6 +75,7 @@ void serve(AppDelegate& delegate, Instance::Request request, const std::string& 
 
 /// The toolkit gets no arguments: this program does not offer its options.
 int runApplication(const AppOptions& options, std::string name, const std::string& startToken) {
+    ScreenOverlay::prepare();
     int count = 1;
     std::array<char*, 2> arguments{name.data(), nullptr};
     const QApplication application(count, arguments.data());

@@ -1,6 +1,8 @@
 #include "app/StatusMenuView/DropDown.h"
 
 #include "app/StatusMenuView/DropDownWindow.h"
+#include "platform/qt/ScreenOverlay.h"
+#include "platform/qt/ScreenPixels.h"
 
 #include <QGuiApplication>
 
@@ -25,7 +27,11 @@ void DropDown::LaterDeletion::operator()(DropDownWindow* window) const {
 }
 
 DropDown::DropDown(const Observed<Reading>& reading, Menu& menu, RunLoop& loop, NoticeActions actions)
-    : reading_(reading), menu_(menu), loop_(loop), actions_(std::move(actions)) {
+    : reading_(reading),
+      menu_(menu),
+      loop_(loop),
+      actions_(std::move(actions)),
+      shell_(ScreenOverlay::findShell()) {
 }
 
 DropDown::~DropDown() {
@@ -38,20 +44,34 @@ void DropDown::toggle(std::optional<ScreenPoint> at) {
     if (toggledAt && now - *toggledAt < sameMoment) {
         return;
     }
-    if (isOpen()) {
+    if (isOpen() || probe_) {
         close();
     } else if (std::exchange(mayBeSameClick_, false)) {
         presses_.reset();
-    } else {
+    } else if (at) {
         open(at);
+    } else {
+        openAtPointer();
+    }
+}
+
+void DropDown::openAtPointer() {
+    const std::optional<ScreenPoint> pointer = ScreenPixels::pointer();
+    if (pointer || isOpen() || !shell_) {
+        open(pointer);
+    } else if (!probe_) {
+        probe_ = std::make_unique<PointerProbe>(
+            loop_, *shell_, [this](std::optional<ScreenPoint> found) { open(found); });
     }
 }
 
 void DropDown::open(std::optional<ScreenPoint> at) {
+    probe_.reset();
     mayBeSameClick_ = false;
     if (!isOpen()) {
         menu_.willOpen();
-        window_.reset(std::make_unique<DropDownWindow>(reading_, menu_, loop_, actions_).release());
+        window_.reset(
+            std::make_unique<DropDownWindow>(reading_, menu_, loop_, actions_, shell_.get()).release());
         window_->onDismiss = [this] { close(); };
         window_->onLoseFocus = [this] { lostFocus(); };
         window_->onChoose = [this](MenuItem::Id id) {
@@ -68,6 +88,7 @@ void DropDown::open(std::optional<ScreenPoint> at) {
 }
 
 void DropDown::close() {
+    probe_.reset();
     presses_.reset();
     mayBeSameClick_ = false;
     hide();

@@ -7,6 +7,7 @@
 #include "app/StatusItemController/Menu.h"
 #include "core/RunLoop.h"
 #include "platform/ports/StatusItem.h"
+#include "platform/qt/PointerProbe.h"
 #include "platform/x11/PressWatch.h"
 
 #include <memory>
@@ -25,12 +26,15 @@ public:
     DropDown& operator=(const DropDown&) = delete;
     ~DropDown();
 
-    /// A click on the status item: opens there, or closes. A click that has just closed the window by taking
-    /// its focus does not open it again. A click that a panel reports twice counts once.
+    /// A click on the status item: opens there, or closes. Without a place it opens at the pointer. A click
+    /// that has just closed the window by taking its focus does not open it again. A click that a panel
+    /// reports twice counts once.
     void toggle(std::optional<ScreenPoint> at);
     /// At a point, if there is one, else at the corner where panels usually have their items. When it is
     /// open already it comes to the front.
     void open(std::optional<ScreenPoint> at);
+    /// At once, or when the pointer has been found.
+    void openAtPointer();
     void close();
 
     [[nodiscard]] bool isOpen() const { return window_ != nullptr; }
@@ -53,6 +57,8 @@ private:
         void operator()(DropDownWindow* window) const;
     };
 
+    std::unique_ptr<Wayland::LayerShell> shell_; ///< null where the desktop has none
+    std::unique_ptr<PointerProbe> probe_;        ///< while the pointer is looked for, to open there
     std::unique_ptr<DropDownWindow, LaterDeletion> window_;
     /// On X11 only: while it is open, and until the click that has closed it has ended.
     std::unique_ptr<X11::PressWatch> presses_;

@@ -2,23 +2,62 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace tarnwick::DropDownPlacement {
 
 namespace {
 
-constexpr int gap = 4; ///< between the drop-down and what is around it
+constexpr int gap = 4;             ///< between the drop-down and what is around it
+constexpr int usualThickness = 44; ///< of a panel
 
 enum class Edge { top, bottom, left, right };
 
-Edge nearestEdge(QPoint point, const QRect& screen) {
+std::pair<int, Edge> nearestEdge(QPoint point, const QRect& screen) {
     const std::array distances{
         std::pair{point.y() - screen.top(), Edge::top},
         std::pair{screen.bottom() - point.y(), Edge::bottom},
         std::pair{point.x() - screen.left(), Edge::left},
         std::pair{screen.right() - point.x(), Edge::right},
     };
-    return std::ranges::min_element(distances, {}, &std::pair<int, Edge>::first)->second;
+    return *std::ranges::min_element(distances, {}, &std::pair<int, Edge>::first);
+}
+
+/// The screen without a panel of a usual size at the edge where the click is.
+QRect withoutPanelAt(QPoint click, const QRect& screen) {
+    const auto [distance, edge] = nearestEdge(click, screen);
+    if (distance >= usualThickness) {
+        return screen;
+    }
+    switch (edge) {
+    case Edge::top:
+        return screen.adjusted(0, usualThickness, 0, 0);
+    case Edge::bottom:
+        return screen.adjusted(0, 0, 0, -usualThickness);
+    case Edge::left:
+        return screen.adjusted(usualThickness, 0, 0, 0);
+    case Edge::right:
+        break;
+    }
+    return screen.adjusted(0, 0, -usualThickness, 0);
+}
+
+/// Of the panel that was clicked. It lies outside the available area; one that takes no room from windows is
+/// at the nearest edge of the screen.
+Edge panelEdge(QPoint click, const QRect& screen, const QRect& available) {
+    if (click.y() < available.top()) {
+        return Edge::top;
+    }
+    if (click.y() > available.bottom()) {
+        return Edge::bottom;
+    }
+    if (click.x() < available.left()) {
+        return Edge::left;
+    }
+    if (click.x() > available.right()) {
+        return Edge::right;
+    }
+    return nearestEdge(click, screen).second;
 }
 
 QPoint beside(QPoint click, QSize size, Edge edge) {
@@ -44,13 +83,27 @@ int clamped(int value, int size, int low, int high) {
 
 QRect place(std::optional<QPoint> click, QSize size, const QRect& screen, const QRect& available) {
     const QRect room = available.adjusted(gap, gap, -gap, -gap);
-    const QPoint wanted = click ? beside(*click, size, nearestEdge(*click, screen))
+    const QPoint wanted = click ? beside(*click, size, panelEdge(*click, screen, available))
                                 : QPoint(room.right() - size.width() + 1, room.top());
     return {
         QPoint(
             clamped(wanted.x(), size.width(), room.left(), room.right() + 1),
             clamped(wanted.y(), size.height(), room.top(), room.bottom() + 1)),
         size};
+}
+
+Overlaid overlaid(std::optional<QPoint> click, const QRect& screen, QSize overlay) {
+    if (!click) {
+        return {.origin = screen.topLeft(), .available = QRect(screen.topLeft(), overlay)};
+    }
+    const QSize panels = (screen.size() - overlay).expandedTo({0, 0});
+    if (panels.isNull()) {
+        return {.origin = screen.topLeft(), .available = withoutPanelAt(*click, screen)};
+    }
+    const QPoint origin(
+        screen.left() + (click->x() < screen.center().x() ? panels.width() : 0),
+        screen.top() + (click->y() < screen.center().y() ? panels.height() : 0));
+    return {.origin = origin, .available = QRect(origin, overlay)};
 }
 
 } // namespace tarnwick::DropDownPlacement

@@ -14,4 +14,15 @@ namespace tarnwick::DropDownPlacement {
 [[nodiscard]] QRect place(
     std::optional<QPoint> click, QSize size, const QRect& screen, const QRect& available);
 
+/// What an overlay covers of its screen.
+struct Overlaid {
+    QPoint origin;   ///< its upper left corner
+    QRect available; ///< what windows may take of it
+};
+
+/// A compositor tells the size of an overlay and not its place: what it leaves free of the screen it takes
+/// for the panel at the edge next to the click. Where it covers the whole screen and the click is at an edge,
+/// a panel of a usual size lies there.
+[[nodiscard]] Overlaid overlaid(std::optional<QPoint> click, const QRect& screen, QSize overlay);
+
 } // namespace tarnwick::DropDownPlacement

@@ -31,6 +31,12 @@ ScreenPoint clickedAt(ScreenPoint told) {
     return pointer ? ScreenPixels::clicked(told, *pointer) : told;
 }
 
+Qt::WindowFlags flagsWith(const Wayland::LayerShell* shell) {
+    const Qt::WindowFlags flags =
+        ScreenOverlay::isNeeded() ? ScreenOverlay::flags(shell) : Qt::Tool | Qt::FramelessWindowHint;
+    return flags | Qt::NoDropShadowWindowHint;
+}
+
 /// Rings that grow fainter outward.
 void drawShadow(QPainter& painter, const QRect& panel, bool isDark) {
     const double strength = isDark ? 0.11 : 0.045;
@@ -47,13 +53,14 @@ void drawShadow(QPainter& painter, const QRect& panel, bool isDark) {
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
 DropDownWindow::DropDownWindow(
-    const Observed<Reading>& reading, const Menu& menu, RunLoop& loop, const NoticeActions& actions)
-    : QWidget(
-          nullptr, (QGuiApplication::platformName() == QLatin1String("wayland") ? Qt::Window : Qt::Tool)
-                       | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint),
+    const Observed<Reading>& reading, const Menu& menu, RunLoop& loop, const NoticeActions& actions,
+    Wayland::LayerShell* shell)
+    : QWidget(nullptr, flagsWith(shell)),
       statusView_(new StatusMenuView(reading, loop, this, actions)),
       items_(new MenuItemsView(menu, loop, this)),
-      shadow_(Compositing::isAvailable() ? shadowWidth : 0) {
+      shadow_(Compositing::isAvailable() ? shadowWidth : 0),
+      shell_(shell),
+      isOverlay_(ScreenOverlay::isNeeded()) {
     setWindowTitle(QStringLiteral("Tarnwick"));
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
@@ -74,17 +81,37 @@ DropDownWindow::~DropDownWindow() = default;
 void DropDownWindow::open(std::optional<ScreenPoint> at) {
     if (!isVisible()) {
         opensAt_ = at ? std::optional(clickedAt(*at)) : std::nullopt;
-        fit();
         items_->setAltHeld(QGuiApplication::queryKeyboardModifiers().testFlag(Qt::AltModifier));
+        if (!isOverlay_) {
+            fit();
+        }
     }
-    Foreground::show(*this);
+    if (!isOverlay_) {
+        Foreground::show(*this);
+    } else if (!overlay_) {
+        openOverlay();
+    }
     setFocus(Qt::PopupFocusReason);
+}
+
+void DropDownWindow::openOverlay() {
+    overlay_ = std::make_unique<ScreenOverlay>(ScreenOverlay::Needs{
+        .shell = shell_,
+        .window = *this,
+        .screen = openingPlace().first,
+        .cover = Wayland::LayerSurface::Cover::workArea,
+        .onClosed = [this] {
+            if (const auto dismiss = onDismiss) { // a copy: the owner ends this window in the call
+                dismiss();
+            }
+        }});
 }
 
 void DropDownWindow::end() {
     onChoose = nullptr;
     onDismiss = nullptr;
     onLoseFocus = nullptr;
+    overlay_.reset();
     hide();
     statusView_->stopFollowing();
     items_->stopFollowing();
@@ -92,38 +119,65 @@ void DropDownWindow::end() {
 
 bool DropDownWindow::covers(ScreenPoint point) const {
     const auto [on, place] = ScreenPixels::locate(point);
-    return on != nullptr && panel().translated(geometry().topLeft()).contains(place);
-}
-
-QRect DropDownWindow::panel() const {
-    return rect().adjusted(shadow_, shadow_, -shadow_, -shadow_);
+    return on != nullptr && panel_.translated(geometry().topLeft()).contains(place);
 }
 
 void DropDownWindow::fit() {
+    const QSize size = fittingSize();
+    if (isOverlay_) {
+        fitOverlay(size);
+    } else {
+        fitWindow(size);
+    }
+    layOut();
+}
+
+QSize DropDownWindow::fittingSize() const {
     QSize size = statusView_->sizeHint();
     size.setWidth(std::max(size.width(), items_->sizeHint().width()));
     size.rheight() += paddingAboveContent + items_->sizeHint().height();
+    return size;
+}
 
-    const auto [clicked, click] = opensAt_ ? ScreenPixels::locate(*opensAt_) : std::pair<QScreen*, QPoint>{};
-    const QScreen* screen = clicked != nullptr ? clicked : QGuiApplication::primaryScreen();
-    if (screen == nullptr) {
-        setFixedSize(size.grownBy({shadow_, shadow_, shadow_, shadow_}));
-        return;
+std::pair<const QScreen*, std::optional<QPoint>> DropDownWindow::openingPlace() const {
+    if (opensAt_) {
+        if (const auto [screen, click] = ScreenPixels::locate(*opensAt_); screen != nullptr) {
+            return {screen, click};
+        }
     }
-    const QRect place = DropDownPlacement::place(
-        clicked != nullptr ? std::optional(click) : std::nullopt, size, screen->geometry(),
-        screen->availableGeometry());
-    const QRect frame = place.adjusted(-shadow_, -shadow_, shadow_, shadow_);
-    setFixedSize(frame.size());
-    move(frame.topLeft());
+    return {QGuiApplication::primaryScreen(), std::nullopt};
+}
+
+void DropDownWindow::fitWindow(QSize size) {
+    panel_ = QRect(QPoint(shadow_, shadow_), size);
+    setFixedSize(size.grownBy({shadow_, shadow_, shadow_, shadow_}));
+    const auto [screen, click] = openingPlace();
+    if (screen != nullptr) {
+        const QRect place =
+            DropDownPlacement::place(click, size, screen->geometry(), screen->availableGeometry());
+        move(place.topLeft() - panel_.topLeft());
+    }
+}
+
+void DropDownWindow::fitOverlay(QSize size) {
+    const auto [screen, click] = openingPlace();
+    const QRect area = screen != nullptr ? screen->geometry() : rect();
+    const DropDownPlacement::Overlaid overlaid = DropDownPlacement::overlaid(click, area, this->size());
+    panel_ = DropDownPlacement::place(click, size, area, overlaid.available).translated(-overlaid.origin);
+    update();
 }
 
 void DropDownWindow::resizeEvent(QResizeEvent* /*event*/) {
-    const QRect inside = panel();
-    const int top = inside.top() + paddingAboveContent;
-    statusView_->setGeometry(inside.left(), top, inside.width(), statusView_->sizeHint().height());
+    if (isOverlay_) {
+        fit();
+    }
+}
+
+void DropDownWindow::layOut() {
+    const int top = panel_.top() + paddingAboveContent;
+    statusView_->setGeometry(panel_.left(), top, panel_.width(), statusView_->sizeHint().height());
     const int itemsTop = statusView_->geometry().bottom() + 1;
-    items_->setGeometry(inside.left(), itemsTop, inside.width(), inside.bottom() + 1 - itemsTop);
+    items_->setGeometry(panel_.left(), itemsTop, panel_.width(), panel_.bottom() + 1 - itemsTop);
 }
 
 void DropDownWindow::paintEvent(QPaintEvent* /*event*/) {
@@ -132,16 +186,16 @@ void DropDownWindow::paintEvent(QPaintEvent* /*event*/) {
     const double radius = shadow_ > 0 ? windowCornerRadius : 0;
     painter.setRenderHint(QPainter::Antialiasing);
     if (shadow_ > 0) {
-        drawShadow(painter, panel(), isDark);
+        drawShadow(painter, panel_, isDark);
     }
     QColor border = palette().color(QPalette::WindowText);
     border.setAlphaF(isDark ? 0.22F : 0.18F);
     painter.setPen(Qt::NoPen);
     painter.setBrush(palette().color(QPalette::Window));
-    painter.drawRoundedRect(panel(), radius, radius);
+    painter.drawRoundedRect(panel_, radius, radius);
     painter.setPen(QPen(border, 1));
     painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(QRectF(panel()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    painter.drawRoundedRect(QRectF(panel_).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
 }
 
 bool DropDownWindow::event(QEvent* event) {
@@ -164,7 +218,7 @@ void DropDownWindow::closeEvent(QCloseEvent* event) {
 
 void DropDownWindow::mousePressEvent(QMouseEvent* event) {
     // A click on the shadow counts as a click outside.
-    if (!panel().contains(event->position().toPoint())) {
+    if (!panel_.contains(event->position().toPoint())) {
         if (const auto dismiss = onDismiss) {
             dismiss();
         }

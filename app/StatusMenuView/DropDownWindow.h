@@ -6,10 +6,12 @@
 #include "app/Reading/Reading.h"
 #include "app/StatusItemController/Menu.h"
 #include "platform/ports/StatusItem.h"
+#include "platform/qt/ScreenOverlay.h"
 
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace tarnwick {
@@ -19,8 +21,11 @@ class StatusMenuView;
 
 class DropDownWindow final : public QWidget {
 public:
+    /// Where windows can't choose their place it covers a screen, transparent but for its visible part.
+    /// `shell` is the layer shell, if there is one.
     DropDownWindow(
-        const Observed<Reading>& reading, const Menu& menu, RunLoop& loop, const NoticeActions& actions);
+        const Observed<Reading>& reading, const Menu& menu, RunLoop& loop, const NoticeActions& actions,
+        Wayland::LayerShell* shell = nullptr);
     ~DropDownWindow() override;
 
     /// Shows it at this point, if it may choose its place, and asks for the focus.
@@ -50,14 +55,23 @@ protected:
     bool focusNextPrevChild(bool next) override;
 
 private:
-    /// The visible part, without its shadow.
-    [[nodiscard]] QRect panel() const;
+    void openOverlay();
     void fit();
+    [[nodiscard]] QSize fittingSize() const;
+    void fitWindow(QSize size);
+    void fitOverlay(QSize size);
+    /// Where it was opened, and the screen that this is on; neither is known of some desktops.
+    [[nodiscard]] std::pair<const QScreen*, std::optional<QPoint>> openingPlace() const;
+    void layOut();
     bool chooseByKey(const QKeyEvent& event);
 
     StatusMenuView* statusView_; ///< children
     MenuItemsView* items_;
-    int shadow_; ///< width of the margin that holds the shadow; 0 without transparency
+    int shadow_;  ///< width of the margin that holds the shadow; 0 without transparency
+    QRect panel_; ///< the visible part, without its shadow
+    Wayland::LayerShell* shell_;
+    const bool isOverlay_;
+    std::unique_ptr<ScreenOverlay> overlay_; ///< while it is open
     std::optional<ScreenPoint> opensAt_;
     bool hadFocus_ = false;
 };

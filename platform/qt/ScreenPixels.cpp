@@ -27,6 +27,12 @@ bool isWithin(double reach, ScreenPoint one, ScreenPoint other) {
     return std::max(across, down) <= reach;
 }
 
+/// On Wayland panels and compositors count in the units that the toolkit has too.
+double pixelsPerUnit(const QScreen& screen) {
+    const bool isOnWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+    return isOnWayland ? 1 : screen.devicePixelRatio();
+}
+
 } // namespace
 
 ScreenPoint of(const QPoint& point) {
@@ -36,7 +42,7 @@ ScreenPoint of(const QPoint& point) {
     }
     // The toolkit scales what is on a screen, not where the screens are.
     const QPoint origin = screen->geometry().topLeft();
-    const QPointF offset = QPointF(point - origin) * screen->devicePixelRatio();
+    const QPointF offset = QPointF(point - origin) * pixelsPerUnit(*screen);
     return {
         .x = origin.x() + static_cast<int>(std::lround(offset.x())),
         .y = origin.y() + static_cast<int>(std::lround(offset.y())),
@@ -46,7 +52,7 @@ ScreenPoint of(const QPoint& point) {
 std::pair<QScreen*, QPoint> locate(ScreenPoint pixel) {
     for (QScreen* screen : QGuiApplication::screens()) {
         const QRect area = screen->geometry();
-        const double ratio = screen->devicePixelRatio();
+        const double ratio = pixelsPerUnit(*screen);
         const QRectF inPixels(area.topLeft(), QSizeF(area.size()) * ratio);
         if (inPixels.contains(QPointF(pixel.x, pixel.y))) {
             const QPointF inside = (QPointF(pixel.x, pixel.y) - area.topLeft()) / ratio;

@@ -1,4 +1,5 @@
-// Places on the desktop in pixels, and in the units that the toolkit makes of them on scaled screens.
+// Places on the desktop as panels tell them, and in the units that the toolkit makes of them on scaled
+// screens: on X11 panels tell pixels, on Wayland units.
 #pragma once
 
 #include "platform/ports/StatusItem.h"

@@ -7,13 +7,14 @@ import json
 import os
 import pathlib
 import subprocess
-from collections.abc import Iterator
+from collections.abc import Iterator, Mapping
 
 from PIL import Image
 
 from endtoend.waiting import eventually
 
-from .desktops import PARKED, START_SECONDS, Desktop, X11Desktop
+from .desktops import PARKED, START_SECONDS, X11Desktop
+from .overlay import OverlayDesktop
 from .pictures import Rectangle
 from .wayland import Devices
 from .x11 import LEFT
@@ -171,13 +172,10 @@ class Tint2Panel(X11Desktop):
 
 
 SWAY = """xwayland disable
-output HEADLESS-1 resolution {width}x{height} position 0 0
-output HEADLESS-1 background #203040 solid_color
+output * background #203040 solid_color
 seat seat0 fallback true
 default_border none
-for_window [app_id="tarnwick" title="^Tarnwick$"] floating enable, border none, move position 930 40
 """
-WAYBAR = '{"layer": "top", "height": 30, "modules-right": ["tray"], "tray": {"icon-size": 22, "spacing": 6}}'
 WAYBAR_STYLE = "window#waybar { background: #202020; color: #ffffff; }"
 
 
@@ -189,7 +187,7 @@ def share_memory_with_everybody() -> None:
         subprocess.run(["mount", "-t", "tmpfs", "-o", "mode=1777", "tmpfs", "/dev/shm"], check=True, timeout=10)
 
 
-class WaybarPanel(Desktop):
+class WaybarPanel(OverlayDesktop):
     """On a Wayland compositor without a screen."""
 
     name = "waybar"
@@ -197,6 +195,8 @@ class WaybarPanel(Desktop):
     unprivileged = True
     height = 30
     area = Rectangle(0, 0, 1280, 800)
+    outputs: tuple[str, ...] = ("resolution 1280x800 position 0 0",)
+    bar: Mapping[str, object] = {"modules-right": ["tray"]}
     devices: Devices
 
     def start_display(self) -> None:
@@ -205,6 +205,7 @@ class WaybarPanel(Desktop):
         session.start_bus()
         session.environment |= {
             "WLR_BACKENDS": "headless",
+            "WLR_HEADLESS_OUTPUTS": str(len(self.outputs)),
             "WLR_LIBINPUT_NO_DEVICES": "1",
             "WLR_RENDERER": "pixman",
             "SWAYSOCK": str(session.runtime / "sway"),
@@ -212,7 +213,8 @@ class WaybarPanel(Desktop):
             "XDG_CURRENT_DESKTOP": "sway",
         }
         file = session.config / "sway.conf"
-        session.write(file, SWAY.format(width=self.area.width, height=self.area.height))
+        outputs = (f"output HEADLESS-{number} {output}\n" for number, output in enumerate(self.outputs, 1))
+        session.write(file, SWAY + "".join(outputs))
         self.display = session.spawn("display", ["sway", "-c", str(file)])
 
         def socket() -> pathlib.Path | None:
@@ -238,7 +240,8 @@ class WaybarPanel(Desktop):
 
     def start_panel(self) -> None:
         folder = self.session.config / "waybar"
-        self.session.write(folder / "config", WAYBAR)
+        usual = {"layer": "top", "height": self.height, "tray": {"icon-size": 22, "spacing": 6}}
+        self.session.write(folder / "config", json.dumps(usual | self.bar))
         self.session.write(folder / "style.css", WAYBAR_STYLE)
         self.panel = self.session.spawn("panel", ["waybar"], {"GDK_BACKEND": "wayland"})
         self.wait_for_watcher()
@@ -249,7 +252,7 @@ class WaybarPanel(Desktop):
 
     def picture(self) -> Image.Image:
         file = self.session.runtime / "picture.ppm"
-        self.session.run(["grim", "-t", "ppm", str(file)])
+        self.session.run(["grim", "-s", "1", "-t", "ppm", str(file)])
         with Image.open(file) as picture:
             return picture.convert("RGB")
 
@@ -269,14 +272,14 @@ class WaybarPanel(Desktop):
         """The panel never has the keyboard."""
         self.click(*PARKED)
 
-    def windows(self) -> list[tuple[str, Rectangle]]:
+    def placed_windows(self) -> list[tuple[str, Rectangle]]:
         return [
             (view["name"] or "", Rectangle(*(view["rect"][key] for key in ("x", "y", "width", "height"))))
             for view in self._views()
             if view.get("visible")
         ]
 
-    def focused_title(self) -> str:
+    def focused_window_title(self) -> str:
         return next((view["name"] or "" for view in self._views() if view["focused"]), "")
 
     def _views(self) -> list[dict[str, object]]:

@@ -8,6 +8,8 @@ from PIL import Image, ImageChops
 
 # Differences of one channel below this are noise of blending.
 NOTICEABLE = 24
+# Larger than the strokes of a pointer.
+CELL = 16
 
 
 @dataclasses.dataclass(frozen=True)
@@ -55,6 +57,18 @@ def changed(before: Image.Image, after: Image.Image, within: Rectangle) -> Recta
         return None
     left, top, right, bottom = box
     return Rectangle(within.x + left, within.y + top, right - left, bottom - top)
+
+
+def solid_change(before: Image.Image, after: Image.Image, within: Rectangle) -> Rectangle | None:
+    """The smallest rectangle with all that has changed there, without small things such as the pointer."""
+    mask = difference(before.crop(within.box), after.crop(within.box))
+    solid = mask.reduce(CELL).point(lambda value: 255 if value == 255 else 0).getbbox()
+    if solid is None:
+        return None
+    left, top, right, bottom = (CELL * edge for edge in solid)
+    x, y = max(0, left - CELL), max(0, top - CELL)
+    box = mask.crop((x, y, min(right + CELL, mask.width), min(bottom + CELL, mask.height))).getbbox()
+    return Rectangle(within.x + x + box[0], within.y + y + box[1], box[2] - box[0], box[3] - box[1])
 
 
 def background(picture: Image.Image) -> tuple[int, int, int]:

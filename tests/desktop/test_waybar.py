@@ -12,4 +12,3 @@ class Waybar(NotifierChecks, unittest.TestCase):
     panel = WaybarPanel
     shows_text_beside = True
     first_row = 4  # Its menu overlaps the panel.
-    opens_at_click = False  # Windows cannot place themselves there: the compositor's rule does.

@@ -79,4 +79,50 @@ TEST(DropDownPlacement, OnAScreenThatIsTooSmallItsBeginningIsSeen) {
     EXPECT_EQ(DropDownPlacement::place(QPoint(10, 10), dropDownSize, small, small).topLeft(), QPoint(4, 4));
 }
 
+TEST(DropDownPlacement, APanelInACornerIsTakenForTheSideOnWhichItLies) {
+    const QRect frame = place(QPoint(1917, 12), screen.adjusted(0, 24, 0, 0));
+
+    EXPECT_EQ(frame.top(), 24 + 4);
+    EXPECT_EQ(frame.right(), 1919 - 4);
+}
+
+TEST(DropDownPlacement, AnOverlayLiesBesideThePanelThatWasClicked) {
+    const QSize withoutRow(1920, 1040);
+    const QSize withoutColumn(1872, 1080);
+
+    EXPECT_EQ(DropDownPlacement::overlaid(QPoint(1900, 20), screen, withoutRow).origin, QPoint(0, 40));
+    EXPECT_EQ(DropDownPlacement::overlaid(QPoint(1900, 1060), screen, withoutRow).origin, QPoint(0, 0));
+    EXPECT_EQ(DropDownPlacement::overlaid(QPoint(20, 1060), screen, withoutColumn).origin, QPoint(48, 0));
+    EXPECT_EQ(DropDownPlacement::overlaid(QPoint(1900, 1060), screen, withoutColumn).origin, QPoint(0, 0));
+    EXPECT_EQ(
+        DropDownPlacement::overlaid(QPoint(1900, 20), screen, withoutRow).available,
+        QRect(0, 40, 1920, 1040));
+}
+
+TEST(DropDownPlacement, AnOverlayOfASecondScreenLiesThere) {
+    const QRect second(1920, 0, 1280, 1024);
+
+    EXPECT_EQ(
+        DropDownPlacement::overlaid(QPoint(3000, 10), second, QSize(1280, 984)).origin, QPoint(1920, 40));
+}
+
+TEST(DropDownPlacement, AnOverlayOfTheWholeScreenLeavesRoomForThePanelThatWasClicked) {
+    const auto available = [](QPoint click) {
+        return DropDownPlacement::overlaid(click, screen, screen.size()).available;
+    };
+
+    EXPECT_EQ(available({1900, 1070}), screen.adjusted(0, 0, 0, -44));
+    EXPECT_EQ(available({900, 10}), screen.adjusted(0, 44, 0, 0));
+    EXPECT_EQ(available({10, 500}), screen.adjusted(44, 0, 0, 0));
+    EXPECT_EQ(available({1915, 500}), screen.adjusted(0, 0, -44, 0));
+    EXPECT_EQ(available({900, 500}), screen); // a key press, or a menu
+}
+
+TEST(DropDownPlacement, WithoutAClickAnOverlayIsTakenAsItIs) {
+    const auto overlaid = DropDownPlacement::overlaid(std::nullopt, screen, QSize(1920, 1040));
+
+    EXPECT_EQ(overlaid.origin, screen.topLeft());
+    EXPECT_EQ(overlaid.available, QRect(0, 0, 1920, 1040));
+}
+
 } // namespace tarnwick
