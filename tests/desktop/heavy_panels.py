@@ -2,14 +2,17 @@
 
 from __future__ import annotations
 
+import json
 import pathlib
+import shutil
 
 from gi.repository import GLib
 
 from endtoend.waiting import eventually
 
 from .desktops import START_SECONDS, X11Desktop
-from .pictures import Rectangle, foreground
+from .overlay import OverlayDesktop
+from .pictures import Rectangle, background, foreground
 
 # A busy machine may take its time between two clicks.
 DOUBLE_CLICK_MS = 1000
@@ -38,6 +41,8 @@ class GnomePanel(X11Desktop):
     window_manager = False  # The shell is one.
     extensions = "['ubuntu-appindicators@ubuntu.com']"
     height = 32
+    session_type = "x11"
+    shell = ("gnome-shell", "--x11", "--sm-disable")
 
     @classmethod
     def missing(cls) -> list[str]:
@@ -50,7 +55,7 @@ class GnomePanel(X11Desktop):
             "LIBGL_ALWAYS_SOFTWARE": "1",
             "XDG_CURRENT_DESKTOP": "GNOME",
             "GNOME_SHELL_SESSION_MODE": "user",
-            "XDG_SESSION_TYPE": "x11",
+            "XDG_SESSION_TYPE": self.session_type,
         }
         system = session.start_system_bus()
         session.spawn("logind", ["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"])
@@ -61,7 +66,7 @@ class GnomePanel(X11Desktop):
 
     def start_panel(self) -> None:
         starts = self.starts()
-        self.panel = self.session.spawn("panel", ["gnome-shell", "--x11", "--sm-disable"])
+        self.panel = self.session.spawn("panel", self.shell)
         self.wait_for_items()
         eventually(lambda: self.starts() > starts, START_SECONDS, "the shell has started")
         eventually(self.leave_overview, START_SECONDS, "the overview is left")
@@ -107,6 +112,55 @@ class BareGnome(GnomePanel):
         pass  # There is no place for them.
 
 
+WINDOWS_OF_SHELL = """global.get_window_actors().map(actor => {
+    const place = actor.meta_window.get_frame_rect();
+    return [actor.meta_window.get_title() || "", place.x, place.y, place.width, place.height];
+})"""
+
+
+# The shell tells that this is no usual session.
+NO_BANNERS = """
+[org/gnome/desktop/notifications]
+show-banners=false
+"""
+
+
+class GnomeWaylandPanel(OverlayDesktop, GnomePanel):
+    """The shell fills an X display, on which it gets pointer and keys and its pictures are taken."""
+
+    name = "gnome-wayland"
+    session_type = "wayland"
+    shell = ("gnome-shell", "--nested", "--wayland", "--unsafe-mode")  # unsafe: it may be asked for its windows
+
+    def start_display(self) -> None:
+        super().start_display()
+        size = f"{self.area.width}x{self.area.height}"
+        keyfile = self.session.config / "glib-2.0/settings/keyfile"
+        self.session.write(keyfile, keyfile.read_text(encoding="utf-8") + NO_BANNERS)
+        self.session.environment["MUTTER_DEBUG_DUMMY_MODE_SPECS"] = size
+
+    def start_panel(self) -> None:
+        super().start_panel()
+        self.screen.give_keyboard("gnome-shell")
+        self.session.environment["WAYLAND_DISPLAY"] = "wayland-0"
+        self.session.environment.pop("DISPLAY")
+
+    def placed_windows(self) -> list[tuple[str, Rectangle]]:
+        return [(title, Rectangle(*map(int, place))) for title, *place in self._evaluated(WINDOWS_OF_SHELL)]
+
+    def focused_window_title(self) -> str:
+        return self._evaluated("global.display.focus_window ? global.display.focus_window.get_title() : ''")
+
+    def _evaluated(self, expression: str) -> object:
+        """The value of an expression in the shell's own language."""
+        script = f"JSON.stringify({expression})"
+        answer = self.session.bus.call("org.gnome.Shell", "/org/gnome/Shell", "org.gnome.Shell", "Eval", "(s)", (script,))
+        is_evaluated, text = answer
+        if not is_evaluated:
+            raise AssertionError(f"the shell can't tell: {text}")
+        return json.loads(json.loads(text)) if text.startswith('"') else json.loads(text)
+
+
 PLASMA_LAYOUT = """[Containments][1]
 formfactor=0
 lastScreen=0
@@ -149,8 +203,15 @@ PLASMA_ITEMS = ("devicenotifier", "notifications", "clipboard", "manage-inputmet
                 "volume", "nightcolorcontrol", "kscreen", "vault")  # fmt: skip
 
 
+# Pictures of a translucent one have many grounds.
+OPAQUE_PANEL = """[PlasmaViews][Panel 2]
+panelOpacity=1
+"""
+
+
 class PlasmaPanel(X11Desktop):
     name = "plasma"
+    platform = "xcb"
     executables = ("Xvfb", "openbox", "kded5", "plasmashell")
     height = 30
 
@@ -162,11 +223,16 @@ class PlasmaPanel(X11Desktop):
             "KDE_SESSION_VERSION": "5",
             "QT_QUICK_BACKEND": "software",
             "LIBGL_ALWAYS_SOFTWARE": "1",
-            "QT_QPA_PLATFORM": "xcb",
+            "QT_QPA_PLATFORM": self.platform,
         }
+        self.lay_out()
+
+    def lay_out(self) -> None:
+        """Only the tray is in the panel, with all items."""
         items = ",".join(f"org.kde.plasma.{item}" for item in PLASMA_ITEMS) + ",org.kde.kscreen"
         file = self.session.config / "plasma-org.kde.plasma.desktop-appletsrc"
         self.session.write(file, PLASMA_LAYOUT.format(own_items=items))
+        self.session.write(self.session.config / "plasmashellrc", OPAQUE_PANEL)
 
     def start_panel(self) -> None:
         # The daemon is the watcher, the shell draws.
@@ -174,12 +240,10 @@ class PlasmaPanel(X11Desktop):
         eventually(self.has_host, START_SECONDS, "the watcher")
         self.panel = self.session.spawn("panel", ["plasmashell", "--no-respawn"])
         self.wait_for_watcher()
-        width = self.area.width
-        eventually(
-            lambda: any((place.width, place.height) == (width, self.height) for _, place in self.windows()),
-            START_SECONDS,
-            "the panel's window",
-        )
+        eventually(self.is_drawn, START_SECONDS, "the panel's window")
+
+    def is_drawn(self) -> bool:
+        return any((place.width, place.height) == (self.area.width, self.height) for _, place in self.windows())
 
     def kill_panel(self) -> None:
         self.session.kill(self.panel)
@@ -190,3 +254,44 @@ class PlasmaPanel(X11Desktop):
     def strip(self) -> Rectangle:
         half = self.area.width // 2
         return Rectangle(half, self.area.height - self.height, half, self.height)
+
+
+class PlasmaWaylandPanel(OverlayDesktop, PlasmaPanel):
+    """Its compositor fills an X display, on which it gets pointer and keys and its pictures are taken."""
+
+    name = "plasma-wayland"
+    platform = "wayland"
+    executables = ("Xvfb", "kwin_wayland", "kded5", "plasmashell")
+    window_manager = False
+
+    def start_display(self) -> None:
+        super().start_display()
+        session = self.session
+        session.environment["XDG_SESSION_TYPE"] = "wayland"
+        # The packaged file has a capability, without which a container does not let it start. A copy has none.
+        compositor = session.folder / "kwin_wayland"
+        shutil.copyfile(shutil.which("kwin_wayland"), compositor)
+        compositor.chmod(0o755)
+        size = ["--width", str(self.area.width), "--height", str(self.area.height)]
+        session.spawn(
+            "compositor",
+            [str(compositor), "--x11-display", self.screen.name, *size, "--no-lockscreen", "--socket", "wayland-0"],
+            {"QT_QPA_PLATFORM": ""},
+        )
+        eventually((session.runtime / "wayland-0").exists, START_SECONDS, "the compositor has its socket")
+        eventually(lambda: self.screen.give_keyboard("KDE"), START_SECONDS, "the compositor's window")
+        session.environment["WAYLAND_DISPLAY"] = "wayland-0"
+        del session.environment["DISPLAY"]
+
+    def is_drawn(self) -> bool:
+        picture = self.picture()
+        return background(picture.crop(self.strip.box)) != background(picture.crop(self.rest.box))
+
+    def placed_windows(self) -> list[tuple[str, Rectangle]]:
+        """Their places are not known."""
+        return []
+
+    def focused_window_title(self) -> str:
+        """As assistive technology sees it."""
+        windows = (node for application in self.accessible().children for node in application.children)
+        return next((node.name for node in windows if "active" in node.states), "")

@@ -185,6 +185,15 @@ class X11Screen:
             pass  # It went while it was looked at.
         return ""
 
+    def give_keyboard(self, title: str) -> bool:
+        """Gives the keyboard to the top window whose title begins so, where no window manager does; false without one."""
+        for child in self._display.screen().root.query_tree().children:
+            if self._title(child).startswith(title):
+                child.set_input_focus(X.RevertToParent, X.CurrentTime)
+                self._display.sync()
+                return True
+        return False
+
     def windows(self) -> list[tuple[str, Rectangle]]:
         """Title and place of all visible windows; those without a title have an empty one."""
         found: list[tuple[str, Rectangle]] = []
