@@ -16,6 +16,7 @@ class OverlayDesktop(Desktop):
     """Of Wayland."""
 
     bare: Image.Image
+    _drawn: Rectangle | None = None  # what drops down, when it was last looked at
 
     def start(self) -> None:
         super().start()
@@ -24,10 +25,13 @@ class OverlayDesktop(Desktop):
     def windows(self) -> list[tuple[str, Rectangle]]:
         """Also the overlay: what is drawn of it."""
         windows = [(title, place) for title, place in self.placed_windows() if title != TITLE]
-        if self._overlay() is None:
-            return windows
-        drawn = solid_change(self.bare, self.picture(), self.rest)
-        return windows if drawn is None else [*windows, (TITLE, drawn)]
+        is_open = self._overlay() is not None
+        if is_open or self._drawn is not None:
+            picture = self.picture()
+            drawn = solid_change(self.bare, picture, self.rest if is_open else self._drawn)
+            # A busy compositor shows it for a moment after it was closed.
+            self._drawn = drawn if is_open or drawn == self._drawn else None
+        return windows if self._drawn is None else [*windows, (TITLE, self._drawn)]
 
     def placed_windows(self) -> list[tuple[str, Rectangle]]:
         """Those that the compositor counts."""
