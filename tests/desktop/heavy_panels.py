@@ -209,10 +209,15 @@ panelOpacity=1
 """
 
 
+# Debian 12 has Plasma 5, Debian 13 has Plasma 6.
+PLASMA_VERSION = 6 if shutil.which("kded6") else 5
+PLASMA_DAEMON = f"kded{PLASMA_VERSION}"
+
+
 class PlasmaPanel(X11Desktop):
     name = "plasma"
     platform = "xcb"
-    executables = ("Xvfb", "openbox", "kded5", "plasmashell")
+    executables = ("Xvfb", "openbox", PLASMA_DAEMON, "plasmashell")
     height = 30
 
     def start_display(self) -> None:
@@ -220,7 +225,7 @@ class PlasmaPanel(X11Desktop):
         self.session.environment |= {
             "XDG_CURRENT_DESKTOP": "KDE",
             "KDE_FULL_SESSION": "true",
-            "KDE_SESSION_VERSION": "5",
+            "KDE_SESSION_VERSION": str(PLASMA_VERSION),
             "QT_QUICK_BACKEND": "software",
             "LIBGL_ALWAYS_SOFTWARE": "1",
             "QT_QPA_PLATFORM": self.platform,
@@ -236,7 +241,7 @@ class PlasmaPanel(X11Desktop):
 
     def start_panel(self) -> None:
         # The daemon is the watcher, the shell draws.
-        self.daemon = self.session.spawn("daemon", ["kded5"])
+        self.daemon = self.session.spawn("daemon", [PLASMA_DAEMON])
         eventually(self.has_host, START_SECONDS, "the watcher")
         self.panel = self.session.spawn("panel", ["plasmashell", "--no-respawn"])
         self.wait_for_watcher()
@@ -261,7 +266,7 @@ class PlasmaWaylandPanel(OverlayDesktop, PlasmaPanel):
 
     name = "plasma-wayland"
     platform = "wayland"
-    executables = ("Xvfb", "kwin_wayland", "kded5", "plasmashell")
+    executables = ("Xvfb", "kwin_wayland", PLASMA_DAEMON, "plasmashell")
     window_manager = False
 
     def start_display(self) -> None:
