@@ -1,4 +1,4 @@
-"""`scripts/run` at a terminal, without one, with sudo and a password, without sudo, and as root.
+"""The scripts: `scripts/run` at a terminal, without one, with sudo and a password, without sudo, and as root.
 
 Nothing is installed and the system's settings stay as they are: what the scripts call are stand-ins, and root has a
 network and mounts of its own.
@@ -81,7 +81,7 @@ class Installing(ScriptCase):
 
 class Help(ScriptCase):
     def test_is_answered_before_anything_is_installed(self) -> None:
-        for script in ("run", "test"):
+        for script in ("run", "test", "on-debian"):
             for option in ("-h", "--help"):
                 with self.subTest(script=script, option=option):
                     clone = self.clone(installed=False)
@@ -89,6 +89,19 @@ class Help(ScriptCase):
                     self.assertEqual(result.returncode, 0, result.stdout)
                     self.assertIn(f"usage: scripts/{script} ", result.stdout)
                     self.assertEqual(clone.record("sudo"), "")
+
+
+class OnDebian(ScriptCase):
+    def test_a_user_is_told_that_it_needs_root(self) -> None:
+        clone = self.clone()
+        result = clone.run(clone.as_user(*clone.script("on-debian", "trixie", "true")))
+        self.assertEqual((result.returncode, result.stdout), (1, "Only root can make a system.\n"))
+
+    def test_without_a_command_it_tells_its_usage(self) -> None:
+        clone = self.clone()
+        result = clone.run(clone.as_user(*clone.script("on-debian", "trixie")))
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("usage: scripts/on-debian SUITE COMMAND", result.stdout)
 
 
 class Permission(ScriptCase):
