@@ -59,8 +59,9 @@ class Clone:
         self.root, self.records, self.temporary = (self._make(name) for name in ("root", "records", "temporary"))
         self.commands = self._make("commands")
         shutil.copytree(ROOT / "scripts", self.root / "scripts")
-        program = self._make("root/build/release/app") / "tarnwick-watch"
-        self._put(program, 'echo "started with: $*"')
+        programs = self._make("root/build/release/app")
+        for program in ("tarnwick", "tarnwick-watch"):
+            self._put(programs / program, 'echo "started with: $*"')
         for command in REAL:
             (self.commands / command).symlink_to(shutil.which(command) or f"/bin/{command}")
         for command, script in STAND_INS.items():
@@ -72,7 +73,7 @@ class Clone:
             "HOME": str(self.folder),
             "TMPDIR": str(self.temporary),
             "RECORDS": str(self.records),
-            "INSTALLED": " ".join(self._packages("run")) if installed else "g++",
+            "INSTALLED": " ".join((*self._packages("run"), *self._packages("desktop"))) if installed else "g++",
         }
 
     def close(self) -> None:

@@ -91,6 +91,22 @@ class Help(ScriptCase):
                     self.assertEqual(clone.record("sudo"), "")
 
 
+class WhereToLook(ScriptCase):
+    def said(self, *arguments: str) -> str:
+        clone = self.clone()
+        result = clone.run(clone.as_user(*clone.script("run", *arguments)), DISPLAY=":1")
+        self.assertIn("started with: ", result.stdout)
+        return result.stdout
+
+    def test_is_told_for_a_start_that_stays(self) -> None:
+        self.assertIn("Tarnwick goes into your panel now", self.said("--set", "PingInterval=2"))
+
+    def test_is_not_told_for_one_that_only_answers(self) -> None:
+        for option in ("--quit", "--version"):
+            with self.subTest(option):
+                self.assertNotIn("panel", self.said(option))
+
+
 class OnDebian(ScriptCase):
     def test_a_user_is_told_that_it_needs_root(self) -> None:
         clone = self.clone()
