@@ -50,7 +50,8 @@ void Monitor::hostChanged() {
     refreshWatchdogConfig();
     // Asleep, nothing is pinged; the wake restarts pinging.
     const double now = loop_.now();
-    const double restartAfter = asleep_ ? restartAfterWake : std::max(lastStart_ + shortestRun - now, 0.0);
+    const double latest = std::max(lastStart_, lastPingSent_.value_or(lastStart_));
+    const double restartAfter = asleep_ ? restartAfterWake : std::max(latest + shortestRun - now, 0.0);
     carryOut(watchdog_.reset(now, restartAfter, true));
 }
 

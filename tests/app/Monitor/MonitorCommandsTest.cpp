@@ -47,6 +47,24 @@ TEST_F(MonitorHostTextTest, ThatChangesAllTheTimeIsPingedAtMostOnceASecond) {
     EXPECT_LE(pings, 26); // in 25 seconds
 }
 
+TEST_F(MonitorHostTextTest, IsNeverPingedWithinASecondOfTheLastPing) {
+    start();
+    pass(5.5);
+
+    for (const double gap : {0.125, 0.4, 0.9, 1.1, 1.3, 1.6, 2.5}) {
+        for (int change = 0; change < 20; ++change) {
+            monitor->setHostname("192.0.2." + std::to_string(2 + change));
+            pass(gap);
+        }
+    }
+
+    double before = -1;
+    for (const SentRequest& request : network.sent()) {
+        EXPECT_GE(request.at - before, 1 - 1e-9) << "at " << request.at;
+        before = request.at;
+    }
+}
+
 TEST_F(MonitorHostTextTest, ChangedBeforeTheStartIsThatOfTheStartAsAreOtherSettings) {
     create();
     prefs->setHostname("192.0.2.2");
