@@ -108,6 +108,8 @@ std::function<void()> AppDelegate::allowingPing() {
         const auto tryAgain = lifeline_.guarded([this](bool isAllowed) {
             if (isAllowed) {
                 monitor_.tryAgain();
+            } else {
+                monitor_.allowingFailed();
             }
         });
         if (const auto range = PingPermission::missingRange()) {

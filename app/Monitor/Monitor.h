@@ -68,6 +68,8 @@ public:
 
     /// What kept pinging from starting may have gone: starts again within two seconds.
     void tryAgain();
+    /// Asked for the permission to ping, an administrator or the desktop has not given it.
+    void allowingFailed();
 
     /// Tells the user something beside the figures, in every front end. Takes the place of the last one of
     /// this kind. For what the monitor can't know: mistakes in the settings, no panel.

@@ -84,7 +84,13 @@ void Monitor::resetAllTimeStats() {
 
 void Monitor::tryAgain() {
     const PublishAtEnd publishAtEnd(*this);
+    measured_.allowingFailed = false;
     carryOut(watchdog_.networkChanged(loop_.now()));
+}
+
+void Monitor::allowingFailed() {
+    const PublishAtEnd publishAtEnd(*this);
+    measured_.allowingFailed = true;
 }
 
 void Monitor::setNotice(const Notice& notice) {

@@ -104,7 +104,7 @@ void StatsRecorder::write(const std::string& host, FileStore::Durability durabil
 
 std::error_code StatsRecorder::replaceFile(StatsByHost figures, FileStore::Durability durability) {
     if (isUnread_) {
-        if (const std::error_code error = FileStore::keepAside(store_.url)) {
+        if (const std::error_code error = FileStore::keepAside(store_.url, &keptAside_)) {
             return error;
         }
     }

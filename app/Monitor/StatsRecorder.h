@@ -5,6 +5,7 @@
 #include "core/Storage/StatsLock.h"
 #include "core/Storage/StatsStore.h"
 
+#include <filesystem>
 #include <optional>
 #include <set>
 #include <string>
@@ -46,6 +47,9 @@ public:
     /// Why the last write failed, in the system's words; empty when it did not. For `State::records`.
     [[nodiscard]] std::string problem() const { return problem_ ? problem_.message() : std::string(); }
 
+    /// Where this process has kept a file that it could not read; empty when it has kept none.
+    [[nodiscard]] const std::filesystem::path& keptAside() const { return keptAside_; }
+
 private:
     /// None when it can't be read.
     std::optional<StatsByHost> read();
@@ -60,6 +64,7 @@ private:
     StatsLock lock_;
     State state_ = State::cannotRecord;
     std::error_code problem_;
+    std::filesystem::path keptAside_;
     StatsByHost allTimeStats_;
     std::set<std::string> resetHosts_;             ///< since this process last wrote
     StatsByHost onDisk_;                           ///< as last read or written here

@@ -43,11 +43,13 @@ struct Measurements {
     std::optional<PingError> startError = std::nullopt;
     /// What lets this user ping; nothing unless the lack of this permission caused `startError`.
     std::optional<std::string> pingPermissionCommand = std::nullopt;
+    bool allowingFailed = false; ///< the user has asked for this permission, in vain
     bool pathSatisfied = true;
     Samples samples{}; ///< of the last 300 s, in the order of sending
     PingLedger ledger{};
     Recording recording = Recording::records;
     std::string recordingProblem{}; ///< why the statistics could not be written last; empty when they were
+    std::string unreadableStats{};  ///< path of a statistics file that was kept aside; empty when none was
     Notices notices{};              ///< that the rest of the program has set
 };
 

@@ -16,7 +16,9 @@ std::optional<Notice> pingNotice(const Measurements& measured) {
     if (measured.pingPermissionCommand) {
         return Notice{
             .kind = Notice::Kind::mayNotPing,
-            .text = "This user may not ping yet. Allow it with:",
+            .text = measured.allowingFailed
+                        ? "This user may not ping yet, and the desktop did not allow it. Allow it with:"
+                        : "This user may not ping yet. Allow it with:",
             .command = measured.pingPermissionCommand};
     }
     return Notice{.kind = Notice::Kind::noPingSocket, .text = error->message()};
@@ -41,6 +43,16 @@ std::optional<Notice> recordingNotice(const Measurements& measured) {
     return Notice{
         .kind = Notice::Kind::notRecorded,
         .text = "The statistics are not stored: their folder can’t be written or locked."};
+}
+
+std::optional<Notice> unreadableNotice(const Measurements& measured) {
+    if (measured.unreadableStats.empty()) {
+        return std::nullopt;
+    }
+    return Notice{
+        .kind = Notice::Kind::unreadableStats,
+        .text = "The statistics could not be read, so they count anew. The old file is kept as “"
+                + measured.unreadableStats + "”."};
 }
 
 } // namespace
@@ -68,7 +80,7 @@ Notice noPanelNotice(const std::vector<std::string>& desktops) {
 
 Notices noticesOf(const Measurements& measured) {
     Notices notices = measured.notices;
-    for (auto& notice : {pingNotice(measured), recordingNotice(measured)}) {
+    for (auto& notice : {pingNotice(measured), recordingNotice(measured), unreadableNotice(measured)}) {
         if (notice) {
             notices.push_back(*notice);
         }

@@ -17,6 +17,7 @@ struct Notice {
         settingsMistake, ///< the settings file has a mistake
         noPanel,         ///< no panel shows the status item
         notRecorded,     ///< this process does not store the statistics
+        unreadableStats, ///< a statistics file that could not be read was kept aside
     };
 
     Kind kind;

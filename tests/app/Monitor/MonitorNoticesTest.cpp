@@ -53,6 +53,31 @@ TEST_F(MonitorNoticesTest, ASocketThatIsNotAllowedIsToldBeforeTheConnectionIsDow
     EXPECT_THAT(lines(), ElementsAre(mayNotPing));
 }
 
+TEST_F(MonitorNoticesTest, AskingForThePermissionInVainIsTold) {
+    forbidPinging();
+    watchFor(0.5);
+
+    monitor.allowingFailed();
+
+    EXPECT_THAT(
+        lines(), ElementsAre("This user may not ping yet, and the desktop did not allow it. Allow it with: "
+                             "the command"));
+    monitor.tryAgain();
+    EXPECT_THAT(lines(), ElementsAre(mayNotPing));
+}
+
+TEST_F(MonitorNoticesTest, StatisticsThatWereKeptAsideAreTold) {
+    test::writeFile(statistics, "no JSON");
+    watchFor(5);
+
+    monitor.saveStats(FileStore::Durability::crash);
+
+    EXPECT_THAT(
+        lines(), ElementsAre(
+                     "The statistics could not be read, so they count anew. The old file is kept as “"
+                     + statistics.string() + ".unreadable”."));
+}
+
 TEST_F(MonitorNoticesTest, PingingBeginsAndTheNoticeGoesOnceTheUserMayPing) {
     forbidPinging();
     watchFor(120);
