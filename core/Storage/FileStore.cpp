@@ -10,6 +10,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace tarnwick::FileStore {
 
@@ -190,19 +191,42 @@ std::optional<std::string> read(const fs::path& path, std::error_code& error) {
     }
 }
 
-std::error_code makeFolders(const fs::path& folder) {
-    std::error_code error;
-    fs::path settled = folder;
-    while (!fs::exists(settled, error) && settled.has_relative_path()) {
-        settled = settled.parent_path();
+namespace {
+
+/// Adds each folder that it makes to `made`, the upper ones first.
+std::error_code makeMissing(const fs::path& folder, std::vector<fs::path>& made) {
+    std::error_code ignored; // the type tells
+    const fs::file_status present = fs::status(folder, ignored);
+    if (fs::is_directory(present)) {
+        return {};
     }
-    if (!fs::create_directories(folder, error)) {
-        return error;
+    if (fs::exists(present)) {
+        return std::make_error_code(std::errc::not_a_directory);
     }
-    for (fs::path made = folder; made != settled && made.has_relative_path(); made = made.parent_path()) {
-        flushFolder(made.parent_path());
+    if (folder.has_parent_path() && folder.has_relative_path()) {
+        if (const std::error_code error = makeMissing(folder.parent_path(), made)) {
+            return error;
+        }
     }
+    if (::mkdir(folder.c_str(), S_IRWXU) != 0) {
+        const std::error_code error = lastError();
+        // Another program may have made it in this moment.
+        return fs::is_directory(folder, ignored) ? std::error_code() : error;
+    }
+    made.push_back(folder);
     return {};
+}
+
+} // namespace
+
+std::error_code makeFolders(const fs::path& folder) {
+    std::vector<fs::path> made;
+    const std::error_code error = makeMissing(folder, made);
+    while (!made.empty()) {
+        flushFolder(made.back().parent_path());
+        made.pop_back();
+    }
+    return error;
 }
 
 namespace {

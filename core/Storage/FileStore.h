@@ -16,7 +16,8 @@ namespace tarnwick::FileStore {
 /// What the new text survives. `crash` does not wait for the disk; `powerCut` may wait for seconds.
 enum class Durability { crash, powerCut };
 
-/// Makes the folder and those above it. A new folder is flushed to the disk, so this waits for the disk once.
+/// Makes the folder and those above it, for this user alone. A new folder is flushed to the disk, so this
+/// waits for the disk once.
 [[nodiscard]] std::error_code makeFolders(const std::filesystem::path& folder);
 
 /// Replaces the file atomically: after a crash or on a full disk it holds either the old text or the new one.

@@ -71,6 +71,16 @@ TEST_F(FileStoreTest, CreatesTheFoldersAboveTheFile) {
     EXPECT_EQ(contentOf(file), "new");
 }
 
+TEST_F(FileStoreTest, FoldersThatItCreatesAreTheUsersOwn) {
+    fs::permissions(folder.path(), fs::perms::owner_all | fs::perms::others_read);
+    file = folder.path() / "one" / "two" / "figures.json";
+    EXPECT_FALSE(replace("new"));
+
+    EXPECT_EQ(fs::status(folder.path() / "one").permissions(), fs::perms::owner_all);
+    EXPECT_EQ(fs::status(folder.path() / "one" / "two").permissions(), fs::perms::owner_all);
+    EXPECT_EQ(fs::status(folder.path()).permissions(), fs::perms::owner_all | fs::perms::others_read);
+}
+
 TEST_F(FileStoreTest, ForAPowerCutFlushesTheTextFirstAndTheFolderLast) {
     diskCalls.clear();
 
