@@ -203,9 +203,10 @@ PLASMA_ITEMS = ("devicenotifier", "notifications", "clipboard", "manage-inputmet
                 "volume", "nightcolorcontrol", "kscreen", "vault")  # fmt: skip
 
 
-# Pictures of a translucent one have many grounds.
-OPAQUE_PANEL = """[PlasmaViews][Panel 2]
+# Pictures of a translucent one have many grounds, and one that floats, as in Plasma 6, has an edge around it.
+PLAIN_PANEL = """[PlasmaViews][Panel 2]
 panelOpacity=1
+floating=0
 """
 
 
@@ -237,7 +238,7 @@ class PlasmaPanel(X11Desktop):
         items = ",".join(f"org.kde.plasma.{item}" for item in PLASMA_ITEMS) + ",org.kde.kscreen"
         file = self.session.config / "plasma-org.kde.plasma.desktop-appletsrc"
         self.session.write(file, PLASMA_LAYOUT.format(own_items=items))
-        self.session.write(self.session.config / "plasmashellrc", OPAQUE_PANEL)
+        self.session.write(self.session.config / "plasmashellrc", PLAIN_PANEL)
 
     def start_panel(self) -> None:
         # The daemon is the watcher, the shell draws.
