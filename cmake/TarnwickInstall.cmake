@@ -1,7 +1,11 @@
 # What `cmake --install` puts where. The programs find the icons relative to themselves, so the whole may be moved.
 include(GNUInstallDirs)
 
-file(RELATIVE_PATH TARNWICK_ICONS_FROM_PROGRAM ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/icons)
+# A folder of our own: some panels look up an item's icons in this folder alone, and there they need the theme's index,
+# which the desktop's own folder has already.
+set(TARNWICK_ICONS tarnwick/icons)
+file(RELATIVE_PATH TARNWICK_ICONS_FROM_PROGRAM
+    ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/${TARNWICK_ICONS})
 
 # The build tree gets them at the same place, seen from its programs.
 set(TARNWICK_PROGRAMS ${PROJECT_BINARY_DIR}/app)
@@ -13,7 +17,9 @@ file(CREATE_LINK ${PROJECT_SOURCE_DIR}/packaging/icons ${icons_of_build} SYMBOLI
 # tarnwick_install(): once the programs are known.
 function(tarnwick_install)
     install(TARGETS tarnwick-watch RUNTIME)
-    install(DIRECTORY packaging/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR}/icons)
+    install(DIRECTORY packaging/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR}/${TARNWICK_ICONS})
+    install(FILES packaging/icons/hicolor/scalable/apps/tarnwick.svg
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
     if(TARNWICK_DESKTOP)
         install(TARGETS tarnwick RUNTIME)
         install(FILES packaging/tarnwick.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)

@@ -114,9 +114,9 @@ class Session:
         if not copy.exists():
             copy.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy2(original, copy)
-            icons = original.parents[1] / "share/icons"
+            icons = original.parents[1] / "share/tarnwick/icons"
             if icons.is_dir():
-                shutil.copytree(icons, self.folder / "installed/share/icons", dirs_exist_ok=True)
+                shutil.copytree(icons, self.folder / "installed/share/tarnwick/icons", dirs_exist_ok=True)
             self.give_away()
         return str(copy)
 

@@ -16,6 +16,7 @@ from .program import HOST, PATIENCE, PROGRAM
 BUILD = pathlib.Path(PROGRAM).parents[1]
 SOURCES = pathlib.Path(__file__).resolve().parents[2]
 PROGRAMS = ("tarnwick", "tarnwick-watch")
+OWN_ICONS = "share/tarnwick/icons"
 ICON = "hicolor/scalable/apps/tarnwick.svg"
 
 
@@ -66,12 +67,15 @@ class Installed(unittest.TestCase):
     def test_they_find_the_icons_there(self) -> None:
         properties = self.icon_properties(self.folder / "bin/tarnwick")
 
-        self.assertEqual(properties["IconThemePath"], str(self.folder / "share/icons"))
+        folder = self.folder / OWN_ICONS
+        self.assertEqual(properties["IconThemePath"], str(folder))
         name = properties["IconName"]
-        self.assertTrue((self.folder / f"share/icons/hicolor/symbolic/apps/{name}.svg").is_file(), name)
+        self.assertTrue((folder / f"hicolor/symbolic/apps/{name}.svg").is_file(), name)
+        # Some panels look for icons nowhere else, and read what this names.
+        self.assertIn("symbolic/apps", (folder / "hicolor/index.theme").read_text(encoding="utf-8"))
 
     def test_a_panel_gets_pictures_where_the_icons_are_missing(self) -> None:
-        icons = self.folder / "share/icons"
+        icons = self.folder / OWN_ICONS
         away = icons.rename(icons.with_name("away"))
         self.addCleanup(away.rename, icons)
 

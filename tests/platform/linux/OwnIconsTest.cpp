@@ -18,7 +18,7 @@ protected:
 
     test::TemporaryFolder folder_;
     fs::path program_ = folder_.path() / "bin/tarnwick";
-    fs::path icons_ = folder_.path() / "share/icons";
+    fs::path icons_ = folder_.path() / "share/tarnwick/icons";
 };
 
 } // namespace
