@@ -5,6 +5,7 @@
 #include "platform/qt/ScreenPixels.h"
 
 #include <QGuiApplication>
+#include <QScreen>
 
 #include <utility>
 
@@ -18,6 +19,17 @@ constexpr double sameClick = 0.3;
 
 /// Some panels report a double click as two clicks within this many seconds.
 constexpr double sameMoment = 0.02;
+
+/// In pixels, of the place that a panel has told.
+ScreenPoint clickedAt(ScreenPoint told) {
+    const std::optional<ScreenPoint> pointer = ScreenPixels::pointer();
+    if (!pointer) {
+        return told;
+    }
+    const QScreen* const screen = ScreenPixels::locate(*pointer).first;
+    const QPoint origin = screen != nullptr ? screen->geometry().topLeft() : QPoint();
+    return ScreenPixels::clicked(told, *pointer, {.x = origin.x(), .y = origin.y()});
+}
 
 } // namespace
 
@@ -49,7 +61,7 @@ void DropDown::toggle(std::optional<ScreenPoint> at) {
     } else if (std::exchange(mayBeSameClick_, false)) {
         presses_.reset();
     } else if (at) {
-        open(at);
+        open(clickedAt(*at));
     } else {
         openAtPointer();
     }
@@ -68,6 +80,9 @@ void DropDown::openAtPointer() {
 void DropDown::open(std::optional<ScreenPoint> at) {
     probe_.reset();
     mayBeSameClick_ = false;
+    if (at) {
+        lastPlace_ = at;
+    }
     if (!isOpen()) {
         menu_.willOpen();
         window_.reset(
@@ -79,7 +94,7 @@ void DropDown::open(std::optional<ScreenPoint> at) {
             menu_.choose(id);
         };
     }
-    window_->open(at);
+    window_->open(lastPlace_);
     if (!presses_ && QGuiApplication::platformName() == QLatin1String("xcb")) {
         isButtonHeld_ = false;
         presses_ = std::make_unique<X11::PressWatch>(

@@ -74,6 +74,19 @@ QPoint beside(QPoint click, QSize size, Edge edge) {
     return {click.x() - gap - size.width(), click.y() - size.height() / 2};
 }
 
+/// In the corner where the panel that takes room from the screen has its items.
+QPoint inCorner(QSize size, const QRect& screen, const QRect& available) {
+    const QRect room = available.adjusted(gap, gap, -gap, -gap);
+    const bool isAtTop = available.top() > screen.top();
+    const bool isAtBottom = !isAtTop && available.bottom() < screen.bottom();
+    const bool isAtRight = available.right() < screen.right();
+    const bool isAtLeft = !isAtTop && !isAtBottom && !isAtRight && available.left() > screen.left();
+    const bool isLow = isAtBottom || isAtLeft || (isAtRight && !isAtTop);
+    return {
+        isAtLeft ? room.left() : room.right() - size.width() + 1,
+        isLow ? room.bottom() - size.height() + 1 : room.top()};
+}
+
 /// Anything larger than the room starts at its upper or left edge.
 int clamped(int value, int size, int low, int high) {
     return std::max(low, std::min(value, high - size));
@@ -84,7 +97,7 @@ int clamped(int value, int size, int low, int high) {
 QRect place(std::optional<QPoint> click, QSize size, const QRect& screen, const QRect& available) {
     const QRect room = available.adjusted(gap, gap, -gap, -gap);
     const QPoint wanted = click ? beside(*click, size, panelEdge(*click, screen, available))
-                                : QPoint(room.right() - size.width() + 1, room.top());
+                                : inCorner(size, screen, available);
     return {
         QPoint(
             clamped(wanted.x(), size.width(), room.left(), room.right() + 1),

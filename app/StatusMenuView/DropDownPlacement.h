@@ -8,9 +8,9 @@
 
 namespace tarnwick::DropDownPlacement {
 
-/// The drop-down's frame: beside the click, on the side away from the nearest edge of the screen, where the
-/// panel is. It lies inside the part of the screen that windows may take. Without a click it is at the upper
-/// right.
+/// The drop-down's frame: beside the click, on the side away from the panel, inside the part of the screen
+/// that windows may take. Without a click it is where panels have their items: in the corner at the end of the
+/// panel, at the upper right without one.
 [[nodiscard]] QRect place(
     std::optional<QPoint> click, QSize size, const QRect& screen, const QRect& available);
 

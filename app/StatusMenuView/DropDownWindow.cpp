@@ -26,11 +26,6 @@ constexpr int shadowDrop = 3; ///< the light comes from above
 constexpr double windowCornerRadius = 10;
 constexpr int paddingAboveContent = 4;
 
-ScreenPoint clickedAt(ScreenPoint told) {
-    const std::optional<ScreenPoint> pointer = ScreenPixels::pointer();
-    return pointer ? ScreenPixels::clicked(told, *pointer) : told;
-}
-
 Qt::WindowFlags flagsWith(const Wayland::LayerShell* shell) {
     const Qt::WindowFlags flags =
         ScreenOverlay::isNeeded() ? ScreenOverlay::flags(shell) : Qt::Tool | Qt::FramelessWindowHint;
@@ -80,7 +75,7 @@ DropDownWindow::~DropDownWindow() = default;
 
 void DropDownWindow::open(std::optional<ScreenPoint> at) {
     if (!isVisible()) {
-        opensAt_ = at ? std::optional(clickedAt(*at)) : std::nullopt;
+        opensAt_ = at;
         items_->setAltHeld(QGuiApplication::queryKeyboardModifiers().testFlag(Qt::AltModifier));
         if (!isOverlay_) {
             fit();
@@ -153,8 +148,8 @@ void DropDownWindow::fitWindow(QSize size) {
     setFixedSize(size.grownBy({shadow_, shadow_, shadow_, shadow_}));
     const auto [screen, click] = openingPlace();
     if (screen != nullptr) {
-        const QRect place =
-            DropDownPlacement::place(click, size, screen->geometry(), screen->availableGeometry());
+        const QRect place = DropDownPlacement::place(
+            click, size, screen->geometry(), ScreenPixels::available(*screen));
         move(place.topLeft() - panel_.topLeft());
     }
 }
@@ -163,7 +158,9 @@ void DropDownWindow::fitOverlay(QSize size) {
     const auto [screen, click] = openingPlace();
     const QRect area = screen != nullptr ? screen->geometry() : rect();
     const DropDownPlacement::Overlaid overlaid = DropDownPlacement::overlaid(click, area, this->size());
-    panel_ = DropDownPlacement::place(click, size, area, overlaid.available).translated(-overlaid.origin);
+    // Without a click it is unknown at which edges there are panels.
+    const QRect known = click ? area : overlaid.available;
+    panel_ = DropDownPlacement::place(click, size, known, overlaid.available).translated(-overlaid.origin);
     update();
 }
 

@@ -28,7 +28,7 @@ public:
         Wayland::LayerShell* shell = nullptr);
     ~DropDownWindow() override;
 
-    /// Shows it at this point, if it may choose its place, and asks for the focus.
+    /// Shows it at this pixel of the desktop, if it may choose its place, and asks for the focus.
     void open(std::optional<ScreenPoint> at);
     /// Hides it and stops following anything, at once.
     void end();

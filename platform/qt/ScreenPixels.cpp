@@ -1,5 +1,7 @@
 #include "platform/qt/ScreenPixels.h"
 
+#include "platform/x11/Docks.h"
+
 #include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
@@ -14,10 +16,14 @@ namespace tarnwick::ScreenPixels {
 namespace {
 
 /// A panel may tell any number as the place of a click: one that no `int` holds becomes the nearest.
-int scaled(int coordinate, double scale) {
+int scaled(int coordinate, double scale, int origin) {
     using Limits = std::numeric_limits<int>;
-    const double value = std::round(coordinate * scale);
+    const double value = std::round((static_cast<double>(coordinate) - origin) * scale) + origin;
     return static_cast<int>(std::clamp<double>(value, Limits::min(), Limits::max()));
+}
+
+ScreenPoint scaled(ScreenPoint point, double scale, ScreenPoint origin) {
+    return {.x = scaled(point.x, scale, origin.x), .y = scaled(point.y, scale, origin.y)};
 }
 
 bool isWithin(double reach, ScreenPoint one, ScreenPoint other) {
@@ -27,10 +33,26 @@ bool isWithin(double reach, ScreenPoint one, ScreenPoint other) {
     return std::max(across, down) <= reach;
 }
 
+bool isOnX11() {
+    return QGuiApplication::platformName() == QLatin1String("xcb");
+}
+
 /// On Wayland panels and compositors count in the units that the toolkit has too.
 double pixelsPerUnit(const QScreen& screen) {
     const bool isOnWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
     return isOnWayland ? 1 : screen.devicePixelRatio();
+}
+
+/// The units of a screen that lie wholly in these pixels.
+QRect unitsInside(const X11::Area& pixels, const QScreen& screen) {
+    const QPoint origin = screen.geometry().topLeft();
+    const double ratio = pixelsPerUnit(screen);
+    const QRectF inside(
+        (pixels.x - origin.x()) / ratio, (pixels.y - origin.y()) / ratio, pixels.width / ratio,
+        pixels.height / ratio);
+    const QPointF topLeft(std::ceil(inside.left()), std::ceil(inside.top()));
+    const QPointF end(std::floor(inside.right()), std::floor(inside.bottom()));
+    return {origin + topLeft.toPoint(), origin + end.toPoint() - QPoint(1, 1)};
 }
 
 } // namespace
@@ -63,20 +85,37 @@ std::pair<QScreen*, QPoint> locate(ScreenPoint pixel) {
 }
 
 std::optional<ScreenPoint> pointer() {
-    const bool isX11 = QGuiApplication::platformName() == QLatin1String("xcb");
-    return isX11 ? std::optional(of(QCursor::pos())) : std::nullopt;
+    return isOnX11() ? std::optional(of(QCursor::pos())) : std::nullopt;
 }
 
-ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer) {
+ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer, ScreenPoint origin) {
     constexpr std::array scales{1.0, 1.25, 1.5, 1.75, 2.0, 2.5, 3.0};
     constexpr int reach = 48; // in units of the panel: some tell the icon's middle or corner
-    for (const double scale : scales) {
-        const ScreenPoint pixel{.x = scaled(told.x, scale), .y = scaled(told.y, scale)};
-        if (isWithin(reach * scale, pixel, pointer)) {
-            return pixel;
+    for (const ScreenPoint from : {origin, ScreenPoint{}}) {
+        for (const double scale : scales) {
+            const ScreenPoint pixel = scaled(told, scale, from);
+            if (isWithin(reach * scale, pixel, pointer)) {
+                return pixel;
+            }
         }
     }
     return told;
+}
+
+QRect available(const QScreen& screen) {
+    const QRect told = screen.availableGeometry();
+    if (!isOnX11()) {
+        return told;
+    }
+    // With several monitors the toolkit tells all of each.
+    const QRect area = screen.geometry();
+    const QSizeF pixels = QSizeF(area.size()) * pixelsPerUnit(screen);
+    const X11::Area left = X11::findDocks().freeOf(
+        {.x = area.x(),
+         .y = area.y(),
+         .width = static_cast<int>(std::lround(pixels.width())),
+         .height = static_cast<int>(std::lround(pixels.height()))});
+    return told & unitsInside(left, screen);
 }
 
 } // namespace tarnwick::ScreenPixels

@@ -5,6 +5,7 @@
 #include "platform/ports/StatusItem.h"
 
 #include <QPoint>
+#include <QRect>
 
 #include <optional>
 #include <utility>
@@ -22,9 +23,13 @@ namespace tarnwick::ScreenPixels {
 /// Where the pointer is. Absent on Wayland, which tells it only inside the program's own windows.
 [[nodiscard]] std::optional<ScreenPoint> pointer();
 
-/// Where a click was, in pixels. A panel that scales what it draws may tell the place in units of its own. If
-/// one of the usual scales brings the place near the pointer, it is applied. If none does, as after a key
-/// press, `told` is returned.
-[[nodiscard]] ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer);
+/// Where a click was, in pixels. A panel that scales what it draws may tell the place in units of its own,
+/// counted from the desktop's origin or from that of its monitor. If one of the usual scales brings the place
+/// near the pointer, it is applied. If none does, as after a key press, `told` is returned. `origin` is that
+/// of the pointer's monitor.
+[[nodiscard]] ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer, ScreenPoint origin);
+
+/// The part of a screen that panels leave to windows, in the toolkit's units. On X11 it asks the server.
+[[nodiscard]] QRect available(const QScreen& screen);
 
 } // namespace tarnwick::ScreenPixels

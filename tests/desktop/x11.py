@@ -10,6 +10,7 @@ import subprocess
 from PIL import Image, ImageGrab
 from Xlib import XK, X, Xatom, display, error
 from Xlib.ext import randr, xtest
+from Xlib.protocol import rq
 from Xlib.xobject.drawable import Window
 
 from endtoend.waiting import eventually
@@ -29,6 +30,28 @@ def holds(lock: pathlib.Path, process: int) -> bool:
         return int(lock.read_text(encoding="ascii")) == process
     except (FileNotFoundError, ValueError):
         return False
+
+
+class SetMonitor(rq.Request):
+    """The library's own can't be sent."""
+
+    _request = rq.Struct(
+        rq.Card8("opcode"),
+        rq.Opcode(43),
+        rq.RequestLength(),
+        rq.Window("window"),
+        rq.Card32("name"),
+        rq.Bool("primary"),
+        rq.Bool("automatic"),
+        rq.LengthOf("outputs", 2),
+        rq.Int16("x"),
+        rq.Int16("y"),
+        rq.Card16("width"),
+        rq.Card16("height"),
+        rq.Card32("millimeters_wide"),
+        rq.Card32("millimeters_high"),
+        rq.List("outputs", rq.Card32Obj),
+    )
 
 
 class X11Screen:
@@ -99,6 +122,28 @@ class X11Screen:
         self._display.screen().root.change_property(
             self._display.intern_atom("RESOURCE_MANAGER"), Xatom.STRING, 8, f"Xft.dpi:\t{dots}\n".encode()
         )
+        self._display.sync()
+
+    def set_monitors(self, *monitors: Rectangle) -> None:
+        """Divides the screen. The first one is the primary monitor."""
+        root = self._display.screen().root
+        output = root.xrandr_get_screen_resources().outputs[0]
+        for number, monitor in enumerate(monitors):
+            SetMonitor(
+                display=self._display.display,
+                opcode=self._display.display.get_extension_major(randr.extname),
+                window=root,
+                name=self._display.intern_atom(f"MONITOR-{number}"),
+                primary=number == 0,
+                automatic=False,
+                x=monitor.x,
+                y=monitor.y,
+                width=monitor.width,
+                height=monitor.height,
+                millimeters_wide=monitor.width * 254 // 960,
+                millimeters_high=monitor.height * 254 // 960,
+                outputs=[output] if number == 0 else [],
+            )
         self._display.sync()
 
     def resize(self, width: int, height: int) -> None:

@@ -73,6 +73,27 @@ TEST(DropDownPlacement, WithoutAClickItIsAtTheUpperRight) {
     EXPECT_EQ(frame.right(), 1919 - 4);
 }
 
+TEST(DropDownPlacement, WithoutAClickItIsAtTheEndOfThePanel) {
+    const QRect above = place(std::nullopt, screen.adjusted(0, 0, 0, -40));
+    EXPECT_EQ(above.bottomRight(), QPoint(1919 - 4, 1079 - 40 - 4));
+
+    const QRect beside = place(std::nullopt, screen.adjusted(48, 0, 0, 0));
+    EXPECT_EQ(beside.bottomLeft(), QPoint(48 + 4, 1079 - 4));
+
+    const QRect atTheRight = place(std::nullopt, screen.adjusted(0, 0, -48, 0));
+    EXPECT_EQ(atTheRight.bottomRight(), QPoint(1919 - 48 - 4, 1079 - 4));
+}
+
+TEST(DropDownPlacement, WithoutAClickAPanelAtTheTopGoesBeforeADock) {
+    const QRect frame = place(std::nullopt, screen.adjusted(0, 24, 0, -60));
+
+    EXPECT_EQ(frame.topRight(), QPoint(1919 - 4, 24 + 4));
+}
+
+TEST(DropDownPlacement, WithoutAPanelAndAClickItIsAtTheUpperRight) {
+    EXPECT_EQ(place(std::nullopt, screen).topRight(), QPoint(1919 - 4, 4));
+}
+
 TEST(DropDownPlacement, OnAScreenThatIsTooSmallItsBeginningIsSeen) {
     const QRect small(0, 0, 300, 400);
 

@@ -146,6 +146,15 @@ TEST_F(DropDownTest, ItsWindowIsInsideTheScreenAtTheClick) {
     EXPECT_TRUE(frame.left() < click.x && frame.right() > click.x);
 }
 
+TEST_F(DropDownTest, WithoutAPlaceItOpensWhereItWasOpenedLast) {
+    dropDown.toggle(click);
+    const QRect frame = dropDown.window()->geometry();
+    dropDown.close();
+    dropDown.open(std::nullopt);
+
+    EXPECT_EQ(dropDown.window()->geometry(), frame);
+}
+
 TEST_F(DropDownTest, ItIsNamedAndFrameless) {
     open();
 
