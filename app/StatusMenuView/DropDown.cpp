@@ -17,6 +17,10 @@ namespace {
 /// button is released. Within this many seconds the two are one click.
 constexpr double sameClick = 0.3;
 
+/// Where the focus follows the pointer, other windows take it on the pointer's way to the drop-down. Within
+/// this many seconds it may come back.
+constexpr double longestWay = 1;
+
 /// Some panels report a double click as two clicks within this many seconds.
 constexpr double sameMoment = 0.02;
 
@@ -110,6 +114,7 @@ void DropDown::close() {
 }
 
 void DropDown::hide() {
+    focusReturn_.reset();
     if (isOpen()) {
         window_.reset();
         menu_.didClose();
@@ -117,6 +122,19 @@ void DropDown::hide() {
 }
 
 void DropDown::lostFocus() {
+    if (!presses_) {
+        closedByClick();
+        return;
+    }
+    // Had a press taken the focus, it would be told of, too.
+    focusReturn_ = loop_.after(longestWay, [this] {
+        if (isOpen() && !window_->isActiveWindow()) {
+            close();
+        }
+    });
+}
+
+void DropDown::closedByClick() {
     hide();
     mayBeSameClick_ = true;
     waitForEndOfClick();
@@ -125,7 +143,7 @@ void DropDown::lostFocus() {
 void DropDown::buttonsMoved(const X11::PressWatch::Buttons& buttons) {
     isButtonHeld_ = buttons.isHeld;
     if (isOpen() && buttons.pressedAt && !window_->covers(*buttons.pressedAt)) {
-        lostFocus();
+        closedByClick();
     } else if (mayBeSameClick_) {
         waitForEndOfClick();
     }

@@ -45,6 +45,7 @@ public:
 private:
     void hide();
     void lostFocus();
+    void closedByClick();
     void buttonsMoved(const X11::PressWatch::Buttons& buttons);
     void waitForEndOfClick();
 
@@ -65,6 +66,7 @@ private:
     bool isButtonHeld_ = false;
     bool mayBeSameClick_ = false; ///< a click reported now may be the one that took the focus
     RunLoop::Handle endOfClick_;
+    RunLoop::Handle focusReturn_; ///< while the focus is elsewhere and no press was seen
     std::optional<ScreenPoint> lastPlace_; ///< where it was opened, at the item
     std::optional<double> toggledAt_; ///< monotonic: when a click last opened or closed it
 };
