@@ -32,6 +32,18 @@ Qt::WindowFlags flagsWith(const Wayland::LayerShell* shell) {
     return flags | Qt::NoDropShadowWindowHint;
 }
 
+/// Of the keys that swap items. Whether an event's modifiers contain its own key differs between platforms.
+Qt::KeyboardModifier modifierOf(int key) {
+    switch (key) {
+    case Qt::Key_Alt:
+        return Qt::AltModifier;
+    case Qt::Key_Shift:
+        return Qt::ShiftModifier;
+    default:
+        return Qt::NoModifier;
+    }
+}
+
 /// Rings that grow fainter outward.
 void drawShadow(QPainter& painter, const QRect& panel, bool isDark) {
     const double strength = isDark ? 0.11 : 0.045;
@@ -76,7 +88,7 @@ DropDownWindow::~DropDownWindow() = default;
 void DropDownWindow::open(std::optional<ScreenPoint> at) {
     if (!isVisible()) {
         opensAt_ = at;
-        items_->setAltHeld(QGuiApplication::queryKeyboardModifiers().testFlag(Qt::AltModifier));
+        items_->setHeldKeys(QGuiApplication::queryKeyboardModifiers());
         if (!isOverlay_) {
             fit();
         }
@@ -223,7 +235,7 @@ void DropDownWindow::mousePressEvent(QMouseEvent* event) {
 }
 
 void DropDownWindow::mouseMoveEvent(QMouseEvent* event) {
-    items_->setAltHeld(event->modifiers().testFlag(Qt::AltModifier));
+    items_->setHeldKeys(event->modifiers());
 }
 
 bool DropDownWindow::focusNextPrevChild(bool next) {
@@ -255,7 +267,8 @@ void DropDownWindow::keyPressEvent(QKeyEvent* event) {
         }
         break;
     case Qt::Key_Alt:
-        items_->setAltHeld(true);
+    case Qt::Key_Shift:
+        items_->setHeldKeys(event->modifiers() | modifierOf(event->key()));
         break;
     case Qt::Key_Down:
         items_->highlightNext(1);
@@ -279,8 +292,8 @@ void DropDownWindow::keyPressEvent(QKeyEvent* event) {
 }
 
 void DropDownWindow::keyReleaseEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Alt) {
-        items_->setAltHeld(false);
+    if (const Qt::KeyboardModifier modifier = modifierOf(event->key()); modifier != Qt::NoModifier) {
+        items_->setHeldKeys(event->modifiers() & ~Qt::KeyboardModifiers(modifier));
     } else {
         QWidget::keyReleaseEvent(event);
     }

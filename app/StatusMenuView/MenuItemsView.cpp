@@ -26,6 +26,7 @@ MenuItemsView::MenuItemsView(const Menu& menu, RunLoop& loop, QWidget* parent)
       menu_(menu),
       rendering_(std::make_unique<RenderLoop>(loop, [this] { render(); })) {
     setSpokenText(QStringLiteral("Menu"));
+    setMouseTracking(true); // else moves over its rows would not reach the window, which takes the held keys
 }
 
 MenuItemsView::~MenuItemsView() = default;
@@ -75,20 +76,22 @@ void MenuItemsView::makeEntries(const Menu::Items& items) {
 }
 
 void MenuItemsView::showItems() {
+    const bool wantsAlternates = held_ != Qt::NoModifier;
     for (Entry& entry : entries_) {
         if (entry.row == nullptr) {
             continue;
         }
-        const bool showsAlternate = isAltHeld_ && entry.alternate && isShown(*entry.alternate);
+        const bool showsAlternate = wantsAlternates && entry.alternate && isShown(*entry.alternate);
         entry.row->setItem(showsAlternate ? *entry.alternate : entry.item);
-        entry.row->setShowsMnemonic(isAltHeld_);
+        entry.row->setShowsMnemonic(held_.testFlag(Qt::AltModifier));
         entry.row->setVisible(showsAlternate || isShown(entry.item));
     }
 }
 
-void MenuItemsView::setAltHeld(bool isHeld) {
-    if (isHeld != isAltHeld_) {
-        isAltHeld_ = isHeld;
+void MenuItemsView::setHeldKeys(Qt::KeyboardModifiers held) {
+    const Qt::KeyboardModifiers known = held & (Qt::ShiftModifier | Qt::AltModifier);
+    if (known != held_) {
+        held_ = known;
         showItems();
     }
 }

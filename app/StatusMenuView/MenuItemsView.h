@@ -23,8 +23,9 @@ public:
     /// From now on nothing changes.
     void stopFollowing() { rendering_.reset(); }
 
-    /// While Alt is held, alternates stand in for the items above them and mnemonics are underlined.
-    void setAltHeld(bool isHeld);
+    /// The keys that are held down. With Shift or Alt, alternates stand in for the items above them. With Alt,
+    /// mnemonics are underlined.
+    void setHeldKeys(Qt::KeyboardModifiers held);
 
     /// Moves the highlight to the next row that can be chosen, or to the previous one, around the ends.
     void highlightNext(int direction);
@@ -66,7 +67,7 @@ private:
 
     const Menu& menu_;
     std::vector<Entry> entries_;
-    bool isAltHeld_ = false;
+    Qt::KeyboardModifiers held_; ///< Shift and Alt alone
     int heightBefore_ = 0;
     std::unique_ptr<RenderLoop> rendering_;
 };

@@ -5,6 +5,7 @@
 
 #include <QAccessible>
 #include <QDeadlineTimer>
+#include <QMouseEvent>
 
 #include <gmock/gmock.h>
 
@@ -70,7 +71,11 @@ INSTANTIATE_TEST_SUITE_P(
         Highlighting{"PageDownGoesToTheBottom", {Qt::Key_PageDown}, "Quit Tarnwick"},
         Highlighting{"PageUpGoesToTheTop", {Qt::Key_End, Qt::Key_PageUp}, "Reset Session Stats"},
         Highlighting{
-            "SwappingByAltKeepsIt", {Qt::Key_Down, Qt::AltModifier | Qt::Key_Alt}, "Reset All Time Stats…"}),
+            "SwappingByAltKeepsIt", {Qt::Key_Down, Qt::AltModifier | Qt::Key_Alt}, "Reset All Time Stats…"},
+        Highlighting{
+            "SwappingByShiftKeepsIt",
+            {Qt::Key_Down, Qt::ShiftModifier | Qt::Key_Shift},
+            "Reset All Time Stats…"}),
     test::caseName);
 
 TEST_P(DropDownChoice, IsMadeByKeys) {
@@ -100,6 +105,10 @@ INSTANTIATE_TEST_SUITE_P(
         Choice{
             "LetterOfTheAlternate",
             {Qt::AltModifier | Qt::Key_Alt, Qt::AltModifier | Qt::Key_R},
+            {Id::resetAllTime}},
+        Choice{
+            "LetterOfTheAlternateWithShift",
+            {Qt::ShiftModifier | Qt::Key_Shift, Qt::ShiftModifier | Qt::Key_R},
             {Id::resetAllTime}}),
     test::caseName);
 
@@ -149,22 +158,47 @@ TEST_F(DropDownTest, AnItemIsEnabledWhileItIsOpen) {
     EXPECT_THAT(menu.chosen, ElementsAre(Id::checkForUpdates));
 }
 
-TEST_F(DropDownTest, WhileAltIsHeldTheAlternateStandsInItsPlace) {
+TEST_F(DropDownTest, WhileAltOrShiftIsHeldTheAlternateStands) {
+    open();
+    for (const QKeyCombination keys : {Qt::AltModifier | Qt::Key_Alt, Qt::ShiftModifier | Qt::Key_Shift}) {
+        press(keys);
+        EXPECT_EQ(titles().front(), "Reset All Time Stats…");
+        EXPECT_EQ(rows().size(), 5U);
+
+        release(keys.key());
+        EXPECT_EQ(titles().front(), "Reset Session Stats");
+    }
+}
+
+TEST_F(DropDownTest, TheAlternateStandsUntilTheLastKeyIsReleased) {
     open();
     press(Qt::AltModifier | Qt::Key_Alt);
-    EXPECT_EQ(titles().front(), "Reset All Time Stats…");
-    EXPECT_EQ(rows().size(), 5U);
+    press(Qt::AltModifier | Qt::ShiftModifier | Qt::Key_Shift);
 
-    release(Qt::Key_Alt);
+    send(QEvent::KeyRelease, Qt::AltModifier | Qt::ShiftModifier | Qt::Key_Alt);
+    EXPECT_EQ(titles().front(), "Reset All Time Stats…");
+
+    release(Qt::Key_Shift);
     EXPECT_EQ(titles().front(), "Reset Session Stats");
 }
 
-TEST_F(DropDownTest, AClickWithAltHeldChoosesTheAlternate) {
-    open();
-    press(Qt::AltModifier | Qt::Key_Alt);
-    rows().front()->click();
+TEST_F(DropDownTest, AClickWithAltOrShiftHeldChoosesTheAlternate) {
+    for (const QKeyCombination keys : {Qt::AltModifier | Qt::Key_Alt, Qt::ShiftModifier | Qt::Key_Shift}) {
+        open();
+        press(keys);
+        rows().front()->click();
+    }
 
-    EXPECT_THAT(menu.chosen, ElementsAre(Id::resetAllTime));
+    EXPECT_THAT(menu.chosen, ElementsAre(Id::resetAllTime, Id::resetAllTime));
+}
+
+TEST_F(DropDownTest, ThePointerTellsOfShiftWithoutAKey) {
+    open();
+    QMouseEvent move(
+        QEvent::MouseMove, QPointF(5, 5), QPointF(5, 5), Qt::NoButton, Qt::NoButton, Qt::ShiftModifier);
+    QApplication::sendEvent(rows().front(), &move);
+
+    EXPECT_EQ(titles().front(), "Reset All Time Stats…");
 }
 
 TEST_F(DropDownTest, ThePointerHighlightsWhatItIsOn) {
