@@ -30,8 +30,8 @@ public:
     /// that has just closed the window by taking its focus does not open it again. A click that a panel
     /// reports twice counts once.
     void toggle(std::optional<ScreenPoint> at);
-    /// At a pixel of the desktop. Without one it opens where it was opened last, or in the corner where panels
-    /// have their items. When it is open already it comes to the front.
+    /// At a pixel of the desktop. Without one it opens where it was opened last, or in the corner where
+    /// panels have their items. When it is open already it comes to the front.
     void open(std::optional<ScreenPoint> at);
     /// At once, or when the pointer has been found.
     void openAtPointer();
@@ -66,9 +66,9 @@ private:
     bool isButtonHeld_ = false;
     bool mayBeSameClick_ = false; ///< a click reported now may be the one that took the focus
     RunLoop::Handle endOfClick_;
-    RunLoop::Handle focusReturn_; ///< while the focus is elsewhere and no press was seen
+    RunLoop::Handle focusReturn_;          ///< while the focus is elsewhere and no press was seen
     std::optional<ScreenPoint> lastPlace_; ///< where it was opened, at the item
-    std::optional<double> toggledAt_; ///< monotonic: when a click last opened or closed it
+    std::optional<double> toggledAt_;      ///< monotonic: when a click last opened or closed it
 };
 
 } // namespace tarnwick

@@ -76,7 +76,7 @@ QPoint beside(QPoint click, QSize size, Edge edge) {
 
 /// In the corner where the panel that takes room from the screen has its items.
 QPoint inCorner(QSize size, const QRect& screen, const QRect& available) {
-    const QRect room = available.adjusted(gap, gap, -gap, -gap);
+    const QRect room = DropDownPlacement::room(available);
     const bool isAtTop = available.top() > screen.top();
     const bool isAtBottom = !isAtTop && available.bottom() < screen.bottom();
     const bool isAtRight = available.right() < screen.right();
@@ -94,8 +94,12 @@ int clamped(int value, int size, int low, int high) {
 
 } // namespace
 
+QRect room(const QRect& available) {
+    return available.adjusted(gap, gap, -gap, -gap);
+}
+
 QRect place(std::optional<QPoint> click, QSize size, const QRect& screen, const QRect& available) {
-    const QRect room = available.adjusted(gap, gap, -gap, -gap);
+    const QRect room = DropDownPlacement::room(available);
     const QPoint wanted = click ? beside(*click, size, panelEdge(*click, screen, available))
                                 : inCorner(size, screen, available);
     return {

@@ -8,9 +8,12 @@
 
 namespace tarnwick::DropDownPlacement {
 
+/// What the drop-down may cover of the part of a screen that windows may take.
+[[nodiscard]] QRect room(const QRect& available);
+
 /// The drop-down's frame: beside the click, on the side away from the panel, inside the part of the screen
-/// that windows may take. Without a click it is where panels have their items: in the corner at the end of the
-/// panel, at the upper right without one.
+/// that windows may take. Without a click it is where panels have their items: in the corner at the end of
+/// the panel, at the upper right without one.
 [[nodiscard]] QRect place(
     std::optional<QPoint> click, QSize size, const QRect& screen, const QRect& available);
 

@@ -2,6 +2,7 @@
 
 #include "app/StatusMenuView/DropDownPlacement.h"
 #include "app/StatusMenuView/MenuItemsView.h"
+#include "app/StatusMenuView/MenuRow.h"
 #include "app/StatusMenuView/StatusMenuView.h"
 #include "app/ViewStyle/LatencyPalette.h"
 #include "platform/qt/Compositing.h"
@@ -13,9 +14,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
+#include <QWheelEvent>
 #include <QWindow>
-
-#include <algorithm>
 
 namespace tarnwick {
 
@@ -24,7 +24,6 @@ namespace {
 constexpr int shadowWidth = 14;
 constexpr int shadowDrop = 3; ///< the light comes from above
 constexpr double windowCornerRadius = 10;
-constexpr int paddingAboveContent = 4;
 
 Qt::WindowFlags flagsWith(const Wayland::LayerShell* shell) {
     const Qt::WindowFlags flags =
@@ -65,6 +64,7 @@ DropDownWindow::DropDownWindow(
     : QWidget(nullptr, flagsWith(shell)),
       statusView_(new StatusMenuView(reading, loop, this, actions)),
       items_(new MenuItemsView(menu, loop, this)),
+      column_(*statusView_, *items_),
       shadow_(Compositing::isAvailable() ? shadowWidth : 0),
       shell_(shell),
       isOverlay_(ScreenOverlay::isNeeded()) {
@@ -130,20 +130,13 @@ bool DropDownWindow::covers(ScreenPoint point) const {
 }
 
 void DropDownWindow::fit() {
-    const QSize size = fittingSize();
     if (isOverlay_) {
-        fitOverlay(size);
+        fitOverlay();
     } else {
-        fitWindow(size);
+        fitWindow();
     }
-    layOut();
-}
-
-QSize DropDownWindow::fittingSize() const {
-    QSize size = statusView_->sizeHint();
-    size.setWidth(std::max(size.width(), items_->sizeHint().width()));
-    size.rheight() += paddingAboveContent + items_->sizeHint().height();
-    return size;
+    column_.layOut(panel_);
+    update();
 }
 
 std::pair<const QScreen*, std::optional<QPoint>> DropDownWindow::openingPlace() const {
@@ -155,38 +148,33 @@ std::pair<const QScreen*, std::optional<QPoint>> DropDownWindow::openingPlace() 
     return {QGuiApplication::primaryScreen(), std::nullopt};
 }
 
-void DropDownWindow::fitWindow(QSize size) {
+void DropDownWindow::fitWindow() {
+    const auto [screen, click] = openingPlace();
+    if (screen == nullptr) {
+        return;
+    }
+    const QRect available = ScreenPixels::available(*screen);
+    const QSize size = column_.sizeWithin(DropDownPlacement::room(available).height());
     panel_ = QRect(QPoint(shadow_, shadow_), size);
     setFixedSize(size.grownBy({shadow_, shadow_, shadow_, shadow_}));
-    const auto [screen, click] = openingPlace();
-    if (screen != nullptr) {
-        const QRect place = DropDownPlacement::place(
-            click, size, screen->geometry(), ScreenPixels::available(*screen));
-        move(place.topLeft() - panel_.topLeft());
-    }
+    const QRect place = DropDownPlacement::place(click, size, screen->geometry(), available);
+    move(place.topLeft() - panel_.topLeft());
 }
 
-void DropDownWindow::fitOverlay(QSize size) {
+void DropDownWindow::fitOverlay() {
     const auto [screen, click] = openingPlace();
     const QRect area = screen != nullptr ? screen->geometry() : rect();
     const DropDownPlacement::Overlaid overlaid = DropDownPlacement::overlaid(click, area, this->size());
     // Without a click it is unknown at which edges there are panels.
     const QRect known = click ? area : overlaid.available;
+    const QSize size = column_.sizeWithin(DropDownPlacement::room(overlaid.available).height());
     panel_ = DropDownPlacement::place(click, size, known, overlaid.available).translated(-overlaid.origin);
-    update();
 }
 
 void DropDownWindow::resizeEvent(QResizeEvent* /*event*/) {
     if (isOverlay_) {
         fit();
     }
-}
-
-void DropDownWindow::layOut() {
-    const int top = panel_.top() + paddingAboveContent;
-    statusView_->setGeometry(panel_.left(), top, panel_.width(), statusView_->sizeHint().height());
-    const int itemsTop = statusView_->geometry().bottom() + 1;
-    items_->setGeometry(panel_.left(), itemsTop, panel_.width(), panel_.bottom() + 1 - itemsTop);
 }
 
 void DropDownWindow::paintEvent(QPaintEvent* /*event*/) {
@@ -205,6 +193,7 @@ void DropDownWindow::paintEvent(QPaintEvent* /*event*/) {
     painter.setPen(QPen(border, 1));
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(QRectF(panel_).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    column_.drawThumb(painter, palette().color(QPalette::WindowText));
 }
 
 bool DropDownWindow::event(QEvent* event) {
@@ -238,11 +227,32 @@ void DropDownWindow::mouseMoveEvent(QMouseEvent* event) {
     items_->setHeldKeys(event->modifiers());
 }
 
+void DropDownWindow::wheelEvent(QWheelEvent* event) {
+    constexpr int notch = 120;    // of a wheel, as the toolkit counts
+    constexpr int notchRows = 40; // pixels that one turns on
+    const int turned =
+        event->pixelDelta().isNull() ? event->angleDelta().y() * notchRows / notch : event->pixelDelta().y();
+    if (column_.canScroll()) {
+        column_.scroll(-turned);
+        update();
+    }
+}
+
+void DropDownWindow::revealHighlight() {
+    for (const MenuRow* const row : items_->visibleRows()) {
+        if (row->hasFocus()) {
+            column_.reveal(*row);
+            update();
+        }
+    }
+}
+
 bool DropDownWindow::focusNextPrevChild(bool next) {
     if (statusView_->hasButtons()) {
         return QWidget::focusNextPrevChild(next);
     }
     items_->highlightNext(next ? 1 : -1);
+    revealHighlight();
     return true;
 }
 
@@ -265,7 +275,7 @@ void DropDownWindow::keyPressEvent(QKeyEvent* event) {
         if (const auto dismiss = onDismiss) {
             dismiss();
         }
-        break;
+        return;
     case Qt::Key_Alt:
     case Qt::Key_Shift:
         items_->setHeldKeys(event->modifiers() | modifierOf(event->key()));
@@ -288,7 +298,9 @@ void DropDownWindow::keyPressEvent(QKeyEvent* event) {
         if (!chooseByKey(*event)) {
             QWidget::keyPressEvent(event);
         }
+        return; // it may have ended this window
     }
+    revealHighlight();
 }
 
 void DropDownWindow::keyReleaseEvent(QKeyEvent* event) {

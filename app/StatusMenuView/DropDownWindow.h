@@ -5,6 +5,7 @@
 #include "app/Observation/Observation.h"
 #include "app/Reading/Reading.h"
 #include "app/StatusItemController/Menu.h"
+#include "app/StatusMenuView/DropDownColumn.h"
 #include "platform/ports/StatusItem.h"
 #include "platform/qt/ScreenOverlay.h"
 
@@ -51,24 +52,26 @@ protected:
     void keyReleaseEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     bool focusNextPrevChild(bool next) override;
 
 private:
     void openOverlay();
     void fit();
-    [[nodiscard]] QSize fittingSize() const;
-    void fitWindow(QSize size);
-    void fitOverlay(QSize size);
+    void fitWindow();
+    void fitOverlay();
     /// Where it was opened, and the screen that this is on; neither is known of some desktops.
     [[nodiscard]] std::pair<const QScreen*, std::optional<QPoint>> openingPlace() const;
-    void layOut();
+    /// After a key may have highlighted another row.
+    void revealHighlight();
     bool chooseByKey(const QKeyEvent& event);
 
     StatusMenuView* statusView_; ///< children
     MenuItemsView* items_;
-    int shadow_;  ///< width of the margin that holds the shadow; 0 without transparency
-    QRect panel_; ///< the visible part, without its shadow
+    DropDownColumn column_; ///< of both
+    int shadow_;            ///< width of the margin that holds the shadow; 0 without transparency
+    QRect panel_;           ///< the visible part, without its shadow
     Wayland::LayerShell* shell_;
     const bool isOverlay_;
     std::unique_ptr<ScreenOverlay> overlay_; ///< while it is open

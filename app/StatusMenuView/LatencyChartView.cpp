@@ -19,6 +19,7 @@ constexpr double smallestBar = 3;
 constexpr double notchWidth = 5;
 constexpr double notchDepth = 3;
 constexpr double viewHeight = 64;
+constexpr double lowestHeight = 24;
 constexpr double captionGap = 10;
 constexpr double sampleWidth = 12; ///< of the line in the caption
 constexpr double sampleGap = 5;
@@ -93,7 +94,13 @@ void LatencyChartView::setChart(const LatencyChart::Chart& chart) {
 }
 
 int LatencyChartView::chartHeight() const {
-    return ViewStyle(*this).length(viewHeight);
+    const ViewStyle style(*this);
+    return std::max(style.length(lowestHeight), style.length(viewHeight) - lowered_);
+}
+
+void LatencyChartView::lower(int pixels) {
+    lowered_ = std::max(0, pixels);
+    update();
 }
 
 QSize LatencyChartView::sizeHint() const {

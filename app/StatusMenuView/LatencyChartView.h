@@ -41,6 +41,9 @@ public:
     /// Draws again only if something differs.
     void setChart(const LatencyChart::Chart& chart);
 
+    /// Draws the bars this much lower than usual, as far as they stay readable.
+    void lower(int pixels);
+
     /// Of the bars, without the caption.
     [[nodiscard]] int chartHeight() const;
     [[nodiscard]] QSize sizeHint() const override;
@@ -53,6 +56,7 @@ private:
     void drawCaption(QPainter& painter) const;
 
     LatencyChart::Chart chart_;
+    int lowered_ = 0;
 };
 
 } // namespace tarnwick

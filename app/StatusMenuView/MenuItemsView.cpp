@@ -12,6 +12,7 @@ namespace tarnwick {
 namespace {
 
 constexpr double lineSpace = 9; ///< height of a separator with the air around it
+constexpr double tightLineSpace = 5;
 constexpr double lineInset = 14;
 constexpr double paddingBelowRows = 6;
 
@@ -65,6 +66,7 @@ void MenuItemsView::makeEntries(const Menu::Items& items) {
         Entry entry;
         if (item.id != MenuItem::Id::separator) {
             entry.row = new MenuRow(this); // NOLINT(cppcoreguidelines-owning-memory): owned by its parent
+            entry.row->setTight(isTight_);
             entry.row->onChoose = [this, row = entry.row] {
                 if (onChoose) {
                     onChoose(row->item().id);
@@ -96,13 +98,30 @@ void MenuItemsView::setHeldKeys(Qt::KeyboardModifiers held) {
     }
 }
 
+void MenuItemsView::setTight(bool isTight) {
+    if (isTight == isTight_) {
+        return;
+    }
+    isTight_ = isTight;
+    for (const Entry& entry : entries_) {
+        if (entry.row != nullptr) {
+            entry.row->setTight(isTight);
+        }
+    }
+    heightBefore_ = sizeHint().height();
+    place();
+}
+
+int MenuItemsView::lineHeight() const {
+    return ViewStyle(*this).length(isTight_ ? tightLineSpace : lineSpace);
+}
+
 void MenuItemsView::place() {
-    const ViewStyle style(*this);
     int y = 0;
     for (Entry& entry : entries_) {
         entry.y = y;
         if (entry.row == nullptr) {
-            y += style.length(lineSpace);
+            y += lineHeight();
         } else if (!entry.row->isHidden()) {
             const int height = entry.row->sizeHint().height();
             entry.row->setGeometry(0, y, width(), height);
@@ -116,7 +135,7 @@ QSize MenuItemsView::sizeHint() const {
     QSize size(0, style.length(paddingBelowRows));
     for (const Entry& entry : entries_) {
         if (entry.row == nullptr) {
-            size.rheight() += style.length(lineSpace);
+            size.rheight() += lineHeight();
         } else if (!entry.row->isHidden()) {
             size.rwidth() = std::max(size.width(), entry.row->sizeHint().width());
             size.rheight() += entry.row->sizeHint().height();
@@ -137,7 +156,7 @@ void MenuItemsView::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     for (const Entry& entry : entries_) {
         if (entry.row == nullptr) {
-            painter.fillRect(inset, entry.y + style.length(lineSpace) / 2, width() - 2 * inset, 1, color);
+            painter.fillRect(inset, entry.y + lineHeight() / 2, width() - 2 * inset, 1, color);
         }
     }
 }

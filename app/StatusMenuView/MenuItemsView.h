@@ -23,9 +23,12 @@ public:
     /// From now on nothing changes.
     void stopFollowing() { rendering_.reset(); }
 
-    /// The keys that are held down. With Shift or Alt, alternates stand in for the items above them. With Alt,
-    /// mnemonics are underlined.
+    /// The keys that are held down. With Shift or Alt, alternates stand in for the items above them. With
+    /// Alt, mnemonics are underlined.
     void setHeldKeys(Qt::KeyboardModifiers held);
+
+    /// For low screens: with less air between the items.
+    void setTight(bool isTight);
 
     /// Moves the highlight to the next row that can be chosen, or to the previous one, around the ends.
     void highlightNext(int direction);
@@ -62,12 +65,14 @@ private:
     void makeEntries(const Menu::Items& items);
     void showItems();
     void place();
+    [[nodiscard]] int lineHeight() const; ///< of a separator
     [[nodiscard]] std::vector<MenuRow*> choosableRows() const;
     bool chooseBy(char MenuItem::* key, QChar typed);
 
     const Menu& menu_;
     std::vector<Entry> entries_;
     Qt::KeyboardModifiers held_; ///< Shift and Alt alone
+    bool isTight_ = false;
     int heightBefore_ = 0;
     std::unique_ptr<RenderLoop> rendering_;
 };

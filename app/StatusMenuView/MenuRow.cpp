@@ -18,6 +18,7 @@ constexpr double innerMargin = 8; ///< of the content, from the sides of the hig
 constexpr double iconSide = 16;
 constexpr double iconGap = 8;
 constexpr double verticalPadding = 4;
+constexpr double tightPadding = 1;
 constexpr double rowCornerRadius = 5;
 
 } // namespace
@@ -72,7 +73,8 @@ QSize MenuRow::sizeHint() const {
                          + metrics.horizontalAdvance("    " + shortcutText(item_.shortcut));
     return {
         static_cast<int>(std::ceil(width)),
-        static_cast<int>(std::max<double>(text, style.length(iconSide))) + 2 * style.length(verticalPadding)};
+        static_cast<int>(std::max<double>(text, style.length(iconSide)))
+            + 2 * style.length(isTight_ ? tightPadding : verticalPadding)};
 }
 
 void MenuRow::enterEvent(QEnterEvent* /*event*/) {

@@ -20,6 +20,9 @@ public:
     /// Underlines the letter that chooses the item.
     void setShowsMnemonic(bool shows);
 
+    /// For low screens: with less air above and below the title.
+    void setTight(bool isTight) { isTight_ = isTight; }
+
     [[nodiscard]] const MenuItem& item() const { return item_; }
 
     [[nodiscard]] QSize sizeHint() const override;
@@ -37,6 +40,7 @@ private:
 
     MenuItem item_;
     bool showsMnemonic_ = false;
+    bool isTight_ = false;
 };
 
 /// The keys of a shortcut: Control with the key of this character. None for 0.

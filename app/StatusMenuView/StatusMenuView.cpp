@@ -18,6 +18,7 @@ constexpr double sidePadding = 14;
 constexpr double topPadding = 8;
 constexpr double bottomPadding = 6;
 constexpr double spacing = 12;
+constexpr double tightness = 0.5; ///< what a low screen leaves of the air
 
 } // namespace
 
@@ -74,13 +75,26 @@ std::vector<QWidget*> StatusMenuView::parts() const {
     return {header_, chart_, grid_};
 }
 
+int StatusMenuView::air(double points) const {
+    return ViewStyle(*this).length(isTight_ ? tightness * points : points);
+}
+
+void StatusMenuView::setTight(bool isTight) {
+    isTight_ = isTight;
+    place();
+}
+
+void StatusMenuView::lowerChart(int pixels) {
+    chart_->lower(pixels);
+    place();
+}
+
 QSize StatusMenuView::sizeHint() const {
-    const ViewStyle style(*this);
-    int height = style.length(topPadding) - style.length(spacing) + style.length(bottomPadding);
+    int height = air(topPadding) - air(spacing) + air(bottomPadding);
     for (const QWidget* part : parts()) {
-        height += part->sizeHint().height() + style.length(spacing);
+        height += part->sizeHint().height() + air(spacing);
     }
-    return {style.length(viewWidth), height};
+    return {ViewStyle(*this).length(viewWidth), height};
 }
 
 void StatusMenuView::resizeEvent(QResizeEvent* /*event*/) {
@@ -90,11 +104,11 @@ void StatusMenuView::resizeEvent(QResizeEvent* /*event*/) {
 void StatusMenuView::place() {
     const ViewStyle style(*this);
     const int left = style.length(sidePadding);
-    int y = style.length(topPadding);
+    int y = air(topPadding);
     for (QWidget* part : parts()) {
         const int height = part->sizeHint().height();
         part->setGeometry(left, y, width() - 2 * left, height);
-        y += height + style.length(spacing);
+        y += height + air(spacing);
     }
 }
 

@@ -30,6 +30,11 @@ public:
     /// Width by design, height by font and notices.
     [[nodiscard]] QSize sizeHint() const override;
 
+    /// For low screens: with less air between its parts.
+    void setTight(bool isTight);
+    /// For low screens: takes this height from the chart, as far as it stays readable.
+    void lowerChart(int pixels);
+
     /// Whether there is something in it that Tab can reach.
     [[nodiscard]] bool hasButtons() const;
 
@@ -43,11 +48,14 @@ private:
     void render();
     void showNotices(const Notices& notices);
     [[nodiscard]] std::vector<QWidget*> parts() const;
+    /// A length of the air around the parts.
+    [[nodiscard]] int air(double points) const;
     void place();
 
     const Observed<Reading>& reading_;
     NoticeActions actions_;
     Format::Grouping grouping_;
+    bool isTight_ = false;
     HeaderView* header_;             ///< children
     NoticesView* notices_ = nullptr; ///< a child while there are notices
     Notices shownNotices_;

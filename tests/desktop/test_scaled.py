@@ -27,6 +27,8 @@ CHOSEN = (
 )
 # In the usual font: of what drops down, and of the settings window.
 USUAL_WIDTH, USUAL_SETTINGS_WIDTH = 320, 440
+# From the drop-down's lower edge into its last row, in the usual font.
+ABOVE_EDGE = 14
 
 
 class Scaled(X11Checks, NotifierChecks, unittest.TestCase):
@@ -68,6 +70,27 @@ class Scaled(X11Checks, NotifierChecks, unittest.TestCase):
         return {(node.role, node.name) for node in tree.all() if "showing" in node.states}
 
 
+class LowScreen(ScaledXfcePanel):
+    name = "xfce-2x-low"
+    size = (1366, 768)
+
+
+class Low(X11Checks, NotifierChecks, unittest.TestCase):
+    panel = LowScreen
+
+    def test_on_a_low_screen_the_last_item_is_in_reach(self) -> None:
+        program = self.running()
+        self.open_drop_down(self.shown(program))
+        window = self.opened(program)
+        self.desktop.screenshot(f"{self.desktop.name}.png")
+        self.assertTrue(self.desktop.rest.contains(window), window)
+
+        self.desktop.click(window.center[0], window.y + window.height - 2 * ABOVE_EDGE)
+
+        self.assertEqual(program.exit_status(), 0, program.output)
+
+
 def load_tests(loader: unittest.TestLoader, _tests: unittest.TestSuite, _pattern: str | None) -> unittest.TestSuite:
     del loader
-    return unittest.TestSuite(map(Scaled, CHOSEN))
+    low = Low("test_on_a_low_screen_the_last_item_is_in_reach")
+    return unittest.TestSuite((*map(Scaled, CHOSEN), low))

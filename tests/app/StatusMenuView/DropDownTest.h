@@ -19,13 +19,18 @@
 namespace tarnwick {
 
 class DropDownTest : public testing::Test, protected WatchedMonitor {
-protected:
-    static constexpr ScreenPoint click{400, 4};
+public:
+    DropDownTest() = default;
+    DropDownTest(const DropDownTest&) = delete;
+    DropDownTest& operator=(const DropDownTest&) = delete;
 
     ~DropDownTest() override {
         dropDown.close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
+
+protected:
+    static constexpr ScreenPoint click{400, 4};
 
     void open() {
         dropDown.open(click);
