@@ -1,6 +1,7 @@
 #include "app/Reading/Format.h"
 
 #include "core/Text.h"
+#include "core/Utf8.h"
 
 #include <array>
 #include <cinttypes>
@@ -28,6 +29,25 @@ std::string integer(std::int64_t value, const Grouping& grouping) {
     const int size = __extension__ std::snprintf(text.data(), text.size(), "%'" PRId64, value);
     ::uselocale(before);
     return {text.data(), static_cast<std::size_t>(size)};
+}
+
+std::string elided(std::string_view text, std::size_t longest) {
+    const std::size_t length = Utf8::length(text);
+    if (length <= longest) {
+        return std::string(text);
+    }
+    const std::size_t before = longest / 2;
+    const std::size_t after = longest - before - 1;
+    std::string result;
+    for (std::size_t index = 0; index < length; ++index) {
+        const char32_t character = Utf8::takeCharacter(text);
+        if (index < before || index >= length - after) {
+            Utf8::append(result, character);
+        } else if (index == before) {
+            result += "…";
+        }
+    }
+    return result;
 }
 
 } // namespace tarnwick::Format

@@ -1,10 +1,12 @@
 // How figures are written for people.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <locale.h>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace tarnwick::Format {
@@ -31,5 +33,11 @@ private:
 };
 
 [[nodiscard]] std::string integer(std::int64_t value, const Grouping& grouping);
+
+/// Characters of a host's name that have room in a line of a menu or a question.
+inline constexpr std::size_t longestName = 60;
+
+/// `text` (UTF-8) in at most `longest` characters: a longer one has an ellipsis instead of its middle.
+[[nodiscard]] std::string elided(std::string_view text, std::size_t longest = longestName);
 
 } // namespace tarnwick::Format

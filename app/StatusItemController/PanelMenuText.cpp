@@ -114,7 +114,7 @@ std::vector<PanelMenuRow> PanelMenuText::rows() {
     const Reading& reading = reading_.get();
     std::vector<PanelMenuRow> rows{
         {.id = qualityId, .label = PanelMenuHeader::qualityLine(reading)},
-        line(hostId, reading.hostLine),
+        line(hostId, Format::elided(reading.hostLine)),
     };
     for (const Notice& notice : reading.notices) {
         addNotice(rows, notice);

@@ -1,5 +1,6 @@
 #include "app/StatusItemController/StatusItemController.h"
 
+#include "app/Reading/Format.h"
 #include "core/MenuBarTitle.h"
 
 #include <algorithm>
@@ -193,7 +194,7 @@ void StatusItemController::resetAllTimeSelected() {
     const std::string host = needs_.monitor.prefs().hostname();
     const Question question{
         .title = "Reset All Time Stats",
-        .text = "Are you sure you want to reset the all time stats for " + host + "?",
+        .text = "Are you sure you want to reset the all time stats for " + Format::elided(host) + "?",
         .note = needs_.monitor.reading().recording == Recording::otherRecords ? resetWaitsNote : "",
         .confirm = "Reset",
         .cancel = "Cancel",

@@ -2,8 +2,10 @@
 
 #include "app/StatusItemController/Painting/SignalBars.h"
 #include "app/StatusItemController/Painting/TabularLine.h"
+#include "app/StatusMenuView/TextTip.h"
 #include "app/ViewStyle/ViewStyle.h"
 
+#include <QEvent>
 #include <QFontMetricsF>
 #include <QPainter>
 
@@ -73,11 +75,14 @@ QString HeaderContent::spokenText() const {
 HeaderView::HeaderView(QWidget* parent) : ReadAloudWidget(Role::text, parent) {
 }
 
+HeaderView::~HeaderView() = default;
+
 void HeaderView::setContent(const HeaderContent& content) {
     if (content == content_) {
         return;
     }
     content_ = content;
+    tip_.reset();
     setSpokenText(content.spokenText());
     update();
 }
@@ -88,6 +93,16 @@ QSize HeaderView::sizeHint() const {
     return {0, static_cast<int>(std::max(fonts.leftHeight(), fonts.rightHeight()))};
 }
 
+QRectF HeaderView::textRoom(const ViewStyle& style) const {
+    const HeaderFonts fonts(style);
+    const double latency = TabularLine(fonts.latency, content_.latency).width();
+    const double loss = TabularLine(fonts.small, content_.loss).width();
+    const double left = style.length(barsWidth) + style.length(gap);
+    const double right = width() - std::max(latency, loss) - style.length(gap);
+    // Host line and loss stand on one line, the quality above the host.
+    return {left, height() - fonts.leftHeight(), right - left, fonts.leftHeight()};
+}
+
 void HeaderView::paintEvent(QPaintEvent* /*event*/) {
     const ViewStyle style(*this);
     const LatencyPalette& colors = style.colors();
@@ -95,27 +110,23 @@ void HeaderView::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
 
-    const double latencyLeft = drawLatency(painter, style);
-    // Host line and loss stand on one line, the quality above the host.
-    const double textTop = height() - fonts.leftHeight();
-    const double barsTop = std::floor(textTop + (fonts.leftHeight() - style.length(barsHeight)) / 2);
+    drawLatency(painter, style);
+    const QRectF room = textRoom(style);
+    const double barsTop = std::floor(room.top() + (room.height() - style.length(barsHeight)) / 2);
     const QRectF bars(0, barsTop, style.length(barsWidth), style.length(barsHeight));
     SignalBars::draw(painter, bars, barLevels, content_.bars, colors.of(content_.tone), colors.secondary());
 
-    const double textLeft = bars.right() + style.length(gap);
-    const double textWidth = latencyLeft - style.length(gap) - textLeft;
     const auto fitted = [&](const QFont& font, const QString& text) {
-        return QFontMetricsF(font).elidedText(text, Qt::ElideMiddle, textWidth);
+        return QFontMetricsF(font).elidedText(text, Qt::ElideMiddle, room.width());
     };
     const double y = drawLine(
-        painter, fonts.quality, colors.primary(), {textLeft, textTop},
-        fitted(fonts.quality, content_.quality));
+        painter, fonts.quality, colors.primary(), room.topLeft(), fitted(fonts.quality, content_.quality));
     drawLine(
-        painter, fonts.small, colors.secondary(), {textLeft, y + HeaderFonts::lineGap},
+        painter, fonts.small, colors.secondary(), {room.left(), y + HeaderFonts::lineGap},
         fitted(fonts.small, content_.hostLine));
 }
 
-double HeaderView::drawLatency(QPainter& painter, const ViewStyle& style) const {
+void HeaderView::drawLatency(QPainter& painter, const ViewStyle& style) const {
     const LatencyPalette& colors = style.colors();
     const HeaderFonts fonts(style);
     const double latencyWidth = TabularLine(fonts.latency, content_.latency).width();
@@ -128,7 +139,38 @@ double HeaderView::drawLatency(QPainter& painter, const ViewStyle& style) const 
     drawLine(
         painter, fonts.small, content_.isLossy ? colors.warn() : colors.secondary(), {width() - lossWidth, y},
         content_.loss);
-    return width() - std::max(latencyWidth, lossWidth);
+}
+
+bool HeaderView::event(QEvent* event) {
+    switch (event->type()) {
+    case QEvent::ToolTip:
+        showTip();
+        return true;
+    case QEvent::Leave:
+    case QEvent::Hide:
+    case QEvent::Resize:
+        tip_.reset();
+        break;
+    default:
+        break;
+    }
+    return ReadAloudWidget::event(event);
+}
+
+void HeaderView::showTip() {
+    const ViewStyle style(*this);
+    const HeaderFonts fonts(style);
+    const double room = textRoom(style).width();
+    QStringList texts;
+    if (QFontMetricsF(fonts.quality).horizontalAdvance(content_.quality) > room) {
+        texts << content_.quality;
+    }
+    if (QFontMetricsF(fonts.small).horizontalAdvance(content_.hostLine) > room) {
+        texts << content_.hostLine;
+    }
+    if (!texts.isEmpty() && !tip_ && parentWidget() != nullptr) {
+        tip_ = std::make_unique<TextTip>(*parentWidget(), geometry(), fonts.small, texts.join(u'\n'));
+    }
 }
 
 } // namespace tarnwick

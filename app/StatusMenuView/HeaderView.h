@@ -4,6 +4,8 @@
 #include "app/Reading/Reading.h"
 #include "app/ViewStyle/ReadAloud.h"
 
+#include <memory>
+
 namespace tarnwick {
 
 /// The header's part of a reading, in the toolkit's texts.
@@ -23,11 +25,14 @@ struct HeaderContent {
     friend bool operator==(const HeaderContent&, const HeaderContent&) = default;
 };
 
+class TextTip;
 class ViewStyle;
 
+/// A tool tip shows the whole of a text that has no room.
 class HeaderView final : public ReadAloudWidget {
 public:
     explicit HeaderView(QWidget* parent);
+    ~HeaderView() override;
 
     /// Draws again only if something differs.
     void setContent(const HeaderContent& content);
@@ -35,13 +40,17 @@ public:
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    /// Returns its left edge.
-    double drawLatency(QPainter& painter, const ViewStyle& style) const;
+    void drawLatency(QPainter& painter, const ViewStyle& style) const;
+    /// Where quality and host are: at the left edge of this, up to the latency.
+    [[nodiscard]] QRectF textRoom(const ViewStyle& style) const;
+    void showTip();
 
     HeaderContent content_;
+    std::unique_ptr<TextTip> tip_; ///< a later child of the same parent, which deletes this view first
 };
 
 } // namespace tarnwick

@@ -2,16 +2,23 @@
 
 from __future__ import annotations
 
+import itertools
 import unittest
+
+from endtoend.waiting import eventually, never
 
 from .checks import NEAR, distance
 from .notifier_checks import NotifierChecks
 from .panels import WaybarPanel
-from .pictures import Rectangle
+from .pictures import Rectangle, changed
+from .program import PATIENCE
 
 WIDTH = 1280
 THICKNESS = 40
 USUAL_SIZE = (320, 400)  # in the usual font, at the least
+LONG_HOST = "0000:0000:0000:0000:0000:0000:0000:0001"
+# How long the pointer rests before it moves again.
+REST_SECONDS = 3
 BESIDE = (WIDTH + 640, 100)
 
 
@@ -76,6 +83,23 @@ class AtTheTop(AtTheEdge, unittest.TestCase):
     class panel(SecondScreen):
         name, edge = "overlay-top", "top"
 
+    def test_a_host_that_has_no_room_has_a_tool_tip(self) -> None:
+        program = self.started(Hostname=LONG_HOST)
+        self.open_drop_down(self.shown(program))
+        window = self.opened(program)
+        below_header = Rectangle(window.x + 20, window.y + 56, 80, 16)  # at the left of the pointer
+        before = self.desktop.picture()
+        steps = itertools.cycle((150, 160))
+
+        def shows_after_a_move() -> bool:
+            self.desktop.move(window.x + next(steps), window.y + 36)
+            return not never(lambda: changed(before, self.desktop.picture(), below_header), REST_SECONDS)
+
+        eventually(shows_after_a_move, PATIENCE, "the tool tip")
+        self.desktop.screenshot("overlay-tool-tip.png")
+        self.desktop.key("Escape")
+        self.wait_until_closed(program)
+
 
 class AtTheBottom(AtTheEdge, unittest.TestCase):
     class panel(SecondScreen):
@@ -95,4 +119,5 @@ class AtTheRight(AtTheEdge, unittest.TestCase):
 def load_tests(loader: unittest.TestLoader, _tests: unittest.TestSuite, _pattern: str | None) -> unittest.TestSuite:
     del loader
     chosen = "test_it_opens_at_the_item_and_a_press_beside_it_closes_it"
-    return unittest.TestSuite(case(chosen) for case in (AtTheTop, AtTheBottom, AtTheLeft, AtTheRight))
+    edges = [case(chosen) for case in (AtTheTop, AtTheBottom, AtTheLeft, AtTheRight)]
+    return unittest.TestSuite([AtTheTop("test_a_host_that_has_no_room_has_a_tool_tip"), *edges])

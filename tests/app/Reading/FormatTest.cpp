@@ -24,6 +24,14 @@ TEST(Format, WholeMillisecondsAreRoundedHalvesAwayFromZero) {
     EXPECT_EQ(Format::wholeMs(1234.5), "1235 ms");
 }
 
+TEST(Format, ALongTextLosesItsMiddle) {
+    EXPECT_EQ(Format::elided("one.one.one.one", 15), "one.one.one.one");
+    EXPECT_EQ(Format::elided("one.one.one.one", 8), "one.…one");
+    EXPECT_EQ(Format::elided("one.one.one.one", 9), "one.….one");
+    EXPECT_EQ(Format::elided("ääääöööö", 5), "ää…öö");
+    EXPECT_EQ(Format::elided("", 5), "");
+}
+
 struct Grouped {
     const char* locale;
     std::int64_t value;

@@ -53,6 +53,21 @@ TEST_F(PanelMenuTextTest, ADownIsSaidInWordsWithItsReasonBelow) {
     EXPECT_EQ(lines[1].label, "No replies for 8 s");
 }
 
+TEST_F(PanelMenuTextTest, ALongHostNameLosesItsMiddle) {
+    const std::string name = std::string(60, 'a') + "." + std::string(60, 'b') + ".example.org";
+    resolve(name, "192.0.2.7");
+    prefs.setHostname(name);
+    showMenu();
+    watchFor(0.5);
+
+    const std::string host = panelMenu->rows()[1].label;
+
+    EXPECT_EQ(characters(host), 60U);
+    EXPECT_THAT(host, StartsWith("aaaa"));
+    EXPECT_THAT(host, HasSubstr("a…b"));
+    EXPECT_TRUE(host.ends_with(".example.org · 192.0.2.7"));
+}
+
 TEST_F(PanelMenuTextTest, TheSessionLineHasItsFigures) {
     answerAfter(0.04);
     watchFor(2.5);

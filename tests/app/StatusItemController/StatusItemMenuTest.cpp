@@ -169,6 +169,19 @@ TEST_F(StatusItemMenuTest, ResetAllTimeAsksForTheHostFirst) {
     EXPECT_EQ(monitor.reading().site.sent, 6);
 }
 
+TEST_F(StatusItemMenuTest, ResetAllTimeNamesALongHostWithoutItsMiddle) {
+    const std::string host = std::string(60, 'a') + "." + std::string(60, 'b');
+    resolve(host, "192.0.2.7");
+    prefs.setHostname(host);
+    showFor(5.5);
+
+    menu->choose(Id::resetAllTime);
+
+    const std::string name = std::string(30, 'a') + "…" + std::string(29, 'b');
+    EXPECT_EQ(
+        windows.questions.back().text, "Are you sure you want to reset the all time stats for " + name + "?");
+}
+
 TEST_F(StatusItemMenuTest, ResetAllTimeSaysWhenTheResetCountsIfAnotherRecords) {
     StatsLock other(statistics);
     ASSERT_EQ(other.acquire(), StatsLock::Attempt::taken);

@@ -1,7 +1,11 @@
 // What the header's colors say.
 #include "app/StatusMenuView/HeaderView.h"
 
+#include "app/StatusMenuView/TextTip.h"
 #include "tests/app/StatusMenuView/DrawnView.h"
+
+#include <QApplication>
+#include <QHelpEvent>
 
 #include <gtest/gtest.h>
 
@@ -80,6 +84,68 @@ TEST_F(HeaderViewTest, TheLossWarnsWhenThereIsSome) {
     content.isLossy = true;
     EXPECT_TRUE(hasAtRight(content, colors.warn()));
     EXPECT_FALSE(hasAtRight(content, colors.bad()));
+}
+
+namespace {
+
+/// In a window, with the pointer at rest on it.
+class HeaderTip : public testing::Test {
+protected:
+    HeaderTip() {
+        view.setGeometry(14, 8, 292, view.sizeHint().height());
+        window.resize(320, 400);
+        window.show();
+    }
+
+    void restOnIt() {
+        QHelpEvent event(QEvent::ToolTip, QPoint(60, 20), view.mapToGlobal(QPoint(60, 20)));
+        QApplication::sendEvent(&view, &event);
+    }
+
+    [[nodiscard]] const TextTip* tip() const {
+        for (const QObject* const child : window.children()) {
+            if (const auto* const found = dynamic_cast<const TextTip*>(child)) {
+                return found;
+            }
+        }
+        return nullptr;
+    }
+
+    QString longHost = QString(60, u'a') + ".example.org";
+    QWidget window;
+    HeaderView& view = *new HeaderView(&window); // NOLINT(cppcoreguidelines-owning-memory): the window's
+};
+
+} // namespace
+
+TEST_F(HeaderTip, ShowsAllOfAHostNameThatHasNoRoom) {
+    view.setContent({.quality = "Fair", .hostLine = longHost, .latency = "550 ms"});
+    restOnIt();
+
+    ASSERT_NE(tip(), nullptr);
+    EXPECT_EQ(tip()->text(), longHost);
+    EXPECT_TRUE(tip()->isVisible());
+    EXPECT_TRUE(window.rect().contains(tip()->geometry()));
+    EXPECT_GT(tip()->y(), view.geometry().bottom());
+}
+
+TEST_F(HeaderTip, IsNotShownForTextsThatHaveRoom) {
+    view.setContent({.quality = "Fair", .hostLine = "example.org", .latency = "550 ms"});
+    restOnIt();
+
+    EXPECT_EQ(tip(), nullptr);
+}
+
+TEST_F(HeaderTip, GoesWithThePointerAndWithANewText) {
+    view.setContent({.quality = "Fair", .hostLine = longHost, .latency = "550 ms"});
+    restOnIt();
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(&view, &leave);
+    EXPECT_EQ(tip(), nullptr);
+
+    restOnIt();
+    view.setContent({.quality = "Fair", .hostLine = "example.org", .latency = "550 ms"});
+    EXPECT_EQ(tip(), nullptr);
 }
 
 } // namespace tarnwick
