@@ -77,6 +77,12 @@ DropDownWindow::DropDownWindow(
             choose(id);
         }
     };
+    describing_ = std::make_unique<RenderLoop>(loop, [this, &reading] {
+        const QString summary = QString::fromStdString(reading.get().accessibilitySummary);
+        if (summary != accessibleDescription()) {
+            setAccessibleDescription(summary);
+        }
+    });
     items_->onSizeChange = [this] { fit(); };
     statusView_->onSizeChange = [this] { fit(); };
 }
@@ -120,6 +126,7 @@ void DropDownWindow::end() {
     onLoseFocus = nullptr;
     overlay_.reset();
     hide();
+    describing_.reset();
     statusView_->stopFollowing();
     items_->stopFollowing();
 }

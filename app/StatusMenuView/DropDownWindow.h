@@ -77,6 +77,7 @@ private:
     std::unique_ptr<ScreenOverlay> overlay_; ///< while it is open
     std::optional<ScreenPoint> opensAt_;
     bool hadFocus_ = false;
+    std::unique_ptr<RenderLoop> describing_; ///< follows the reading, for assistive technology
 };
 
 } // namespace tarnwick

@@ -111,6 +111,22 @@ TEST_F(DropDownTest, ItTurnsDarkWithTheDesktopWhileItIsOpen) {
     Appearance::prefer(std::nullopt);
 }
 
+TEST_F(DropDownTest, ItsWindowIsDescribedByTheSummaryAndFollowsIt) {
+    watchFor(5.5);
+    open();
+    const auto description = [this] {
+        return QAccessible::queryAccessibleInterface(dropDown.window())->text(QAccessible::Description);
+    };
+    EXPECT_EQ(description().toStdString(), monitor.reading().accessibilitySummary);
+    EXPECT_TRUE(description().startsWith("Excellent")) << description().toStdString();
+
+    fallSilent();
+    ASSERT_TRUE(waitUntilDown());
+    loop.runPending();
+    EXPECT_EQ(description().toStdString(), monitor.reading().accessibilitySummary);
+    EXPECT_TRUE(description().startsWith("Connection down, ")) << description().toStdString();
+}
+
 TEST_F(DropDownTest, TheDesktopMayCloseItsWindow) {
     open();
     dropDown.window()->close();
