@@ -43,12 +43,15 @@ Qt::KeyboardModifier modifierOf(int key) {
     }
 }
 
-/// Rings that grow fainter outward.
+/// Rings that grow fainter outward. The innermost ones lie under the panel as far as the shadow is dropped,
+/// so that no part of it is evenly gray.
 void drawShadow(QPainter& painter, const QRect& panel, bool isDark) {
-    const double strength = isDark ? 0.11 : 0.045;
+    const double strength = isDark ? 0.075 : 0.034;
+    constexpr int outermost = shadowWidth - shadowDrop;
+    constexpr int rings = outermost + 2 * shadowDrop;
     painter.setPen(Qt::NoPen);
-    for (int ring = shadowWidth - shadowDrop; ring > 0; --ring) {
-        const double share = 1 - static_cast<double>(ring) / (shadowWidth - shadowDrop + 1);
+    for (int ring = outermost; ring > outermost - rings; --ring) {
+        const double share = static_cast<double>(outermost - ring + 1) / rings;
         painter.setBrush(QColor::fromRgbF(0, 0, 0, static_cast<float>(strength * share * share)));
         const QRect place = panel.adjusted(-ring, -ring, ring, ring).translated(0, shadowDrop);
         painter.drawRoundedRect(place, windowCornerRadius + ring, windowCornerRadius + ring);

@@ -142,6 +142,19 @@ TEST_F(DropDownTest, ItsWindowDoesNotKeepTheProgramFromEnding) {
     EXPECT_TRUE(window->close());
 }
 
+TEST_F(DropDownTest, ItsShadowGrowsFainterFromItsEdgeOutward) {
+    open();
+    const QImage image = dropDown.window()->grab().toImage();
+    constexpr int margin = 14;
+    for (int beyond = 0; beyond < 9; ++beyond) {
+        const int y = image.height() - margin + beyond;
+        EXPECT_GT(
+            image.pixelColor(image.width() / 2, y).alpha(),
+            image.pixelColor(image.width() / 2, y + 1).alpha())
+            << beyond;
+    }
+}
+
 TEST_F(DropDownTest, AClickIntoItsShadowCloses) {
     open();
     QMouseEvent event(
