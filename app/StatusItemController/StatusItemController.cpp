@@ -64,7 +64,7 @@ Menu::Items StatusItemController::menuItems(bool offersUpdates) {
         item(Id::settings, "Settings…", 'S', "emblem-system-symbolic", ','),
         item(Id::about, "About Tarnwick", 'A', "help-about-symbolic"),
         separator,
-        item(Id::quit, "Quit Tarnwick", 'Q', "system-shutdown-symbolic", 'q'),
+        item(Id::quit, "Quit Tarnwick", 'Q', "application-exit-symbolic", 'q'),
     };
     if (!offersUpdates) {
         std::erase_if(items, [](const MenuItem& each) { return each.id == Id::checkForUpdates; });
