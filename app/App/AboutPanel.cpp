@@ -3,7 +3,6 @@
 #include "app/App/MainMenu.h"
 #include "app/App/ProgramIcon.h"
 #include "app/ViewStyle/ViewStyle.h"
-#include "platform/qt/DesktopOpener.h"
 #include "platform/qt/Foreground.h"
 
 #include <QDialog>
@@ -26,7 +25,6 @@ constexpr double versionSize = 13;
 constexpr double smallSize = 11;
 
 const char* const credits = "Keeps an eye on your internet connection from the menu bar.";
-const char* const productPage = "https://tarnwick.example/";
 const char* const license = "© 2026 The Tarnwick authors. MIT License.";
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the window owns its widgets
@@ -36,8 +34,7 @@ QLabel* paragraph(const QString& text, const QFont& font) {
     auto* const label = new QLabel(text);
     label->setFont(font);
     label->setAlignment(Qt::AlignCenter);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse);
-    QObject::connect(label, &QLabel::linkActivated, [](const QString& page) { openWithDesktop(page); });
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     return label;
 }
 
@@ -63,8 +60,7 @@ QDialog* makeWindow(const QString& version) {
     layout->addWidget(paragraph(QStringLiteral("Tarnwick"), style.font(nameSize, QFont::DemiBold)));
     layout->addWidget(paragraph("Version " + version, style.font(versionSize)));
     layout->addSpacing(style.length(12));
-    const QString link = QStringLiteral("<a href=\"%1\">%1</a>").arg(QLatin1String(productPage));
-    layout->addWidget(paragraph(QLatin1String(credits) + "<br>" + link, style.font(smallSize)));
+    layout->addWidget(paragraph(QLatin1String(credits), style.font(smallSize)));
     layout->addWidget(paragraph(QString::fromUtf8(license), style.font(smallSize)));
     layout->addSpacing(style.length(12));
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);

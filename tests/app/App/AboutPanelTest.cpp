@@ -52,6 +52,13 @@ TEST_F(AboutPanelTest, ItTellsNameVersionCreditsAndLicense) {
     EXPECT_TRUE(allText().contains("MIT License"));
 }
 
+TEST_F(AboutPanelTest, NoLinkLeadsToWhereNothingIs) {
+    panel.show();
+
+    EXPECT_FALSE(allText().contains("http")) << allText().toStdString();
+    EXPECT_FALSE(allText().contains("<a")) << allText().toStdString();
+}
+
 TEST_F(AboutPanelTest, ItShowsTheProgramsIcon) {
     panel.show();
     const QList<QLabel*> labels = panel.window()->findChildren<QLabel*>();
