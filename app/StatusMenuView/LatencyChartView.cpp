@@ -18,6 +18,8 @@ constexpr double barCornerRadius = 1.5;
 constexpr double smallestBar = 3;
 constexpr double notchWidth = 5;
 constexpr double notchDepth = 3;
+constexpr double capGap = 2; ///< between a bar and the cap that tells of a loss
+constexpr double capHeight = 3;
 constexpr double viewHeight = 64;
 constexpr double lowestHeight = 24;
 constexpr double captionGap = 10;
@@ -37,6 +39,20 @@ QPen thresholdPen(const ViewStyle& style) {
 
 namespace LatencyChart {
 
+namespace {
+
+/// The bar with a cap over it, or cut off from its top where the chart ends.
+QPainterPath capped(const QPainterPath& bar, const QRectF& rect) {
+    const double capTop = std::max(rect.top() - capGap - capHeight, 0.0);
+    QPainterPath gap;
+    gap.addRect(QRectF(rect.left(), capTop + capHeight, rect.width(), capGap));
+    QPainterPath cap;
+    cap.addRect(QRectF(rect.left(), capTop, rect.width(), capHeight));
+    return bar.subtracted(gap).united(cap);
+}
+
+} // namespace
+
 QPainterPath ChartBar::path() const {
     QPainterPath path;
     const double radius = std::min({barCornerRadius, rect.width() / 2, rect.height() / 2});
@@ -50,7 +66,7 @@ QPainterPath ChartBar::path() const {
         notch.closeSubpath();
         path = path.subtracted(notch);
     }
-    return path;
+    return hasLoss ? capped(path, rect) : path;
 }
 
 ChartLayout layout(const Chart& chart, QSizeF size, double pixelRatio) {
@@ -70,6 +86,7 @@ ChartLayout layout(const Chart& chart, QSizeF size, double pixelRatio) {
             const double right = snapped(static_cast<double>(index + 1) * slot) - barGap;
             bar.rect = {left, size.height() - height, right - left, height};
             bar.isClipped = bucket.worstRtt.value_or(0) > top;
+            bar.hasLoss = bucket.worstRtt && bucket.lost;
         }
         layout.bars.push_back(bar);
     }

@@ -18,6 +18,7 @@ struct ChartBar {
     QRectF rect{};
     BarTone tone = BarTone::none;
     bool isClipped = false; ///< higher than the chart: its top has a notch
+    bool hasLoss = false;   ///< beside a reply: a cap lies over it, so that more than the color tells
 
     [[nodiscard]] QPainterPath path() const;
 

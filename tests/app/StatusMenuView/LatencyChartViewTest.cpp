@@ -119,6 +119,31 @@ TEST(LatencyChartLayout, ALossBesideAReplyReddensTheReplysBar) {
     EXPECT_LT(bar.rect.height(), 64);
 }
 
+TEST(LatencyChartLayout, ALossBesideAReplyIsSeenWithoutColorToo) {
+    const auto hasInk = [](const ChartBar& bar, double aboveBar) {
+        return bar.path().contains(QPointF(bar.rect.center().x(), bar.rect.top() - aboveBar));
+    };
+    const ChartLayout chart =
+        layout({reply(20), {.worstRtt = 20, .lost = true}, {.worstRtt = 100, .lost = true}, reply(100)});
+
+    EXPECT_FALSE(hasInk(chart.bars[0], 3.5));
+    EXPECT_TRUE(hasInk(chart.bars[1], 3.5));
+    EXPECT_FALSE(hasInk(chart.bars[1], 1));
+    EXPECT_TRUE(hasInk(chart.bars[1], -1));
+}
+
+TEST(LatencyChartLayout, ALossBesideAReplyAsHighAsTheChartCutsItsTopOff) {
+    std::vector<Bucket> buckets = replies(36, 40);
+    buckets[10] = {.worstRtt = 900, .lost = true};
+    const ChartBar bar = layout(buckets).bars[10];
+    const auto hasInk = [&bar](double y) { return bar.path().contains(QPointF(bar.rect.center().x(), y)); };
+
+    EXPECT_EQ(bar.rect.top(), 0);
+    EXPECT_TRUE(hasInk(1.5));
+    EXPECT_FALSE(hasInk(4));
+    EXPECT_TRUE(hasInk(7));
+}
+
 TEST(LatencyChartLayout, AnEmptyBucketKeepsItsSlot) {
     const ChartLayout chart = layout({reply(20), Bucket{}, reply(20)});
 
