@@ -13,7 +13,8 @@ namespace {
 /// Lower than the full block, so that a wall of losses stands out from slow replies.
 constexpr std::array<std::string_view, 6> replyBlocks{"▁", "▂", "▃", "▄", "▅", "▆"};
 constexpr std::string_view lossBlock = "█";
-constexpr std::string_view emptyBlock = "·";
+/// A small square at the foot. Fonts make it as wide as the other blocks, so that the line is a time axis.
+constexpr std::string_view emptyBlock = "▖";
 
 // Row ids: the lines of the header first, then the menu's items in their order, then four rows for each kind
 // of notice.

@@ -101,11 +101,11 @@ TEST_F(PanelMenuTextTest, TheChartIsThirtySixBlocksWide) {
     EXPECT_EQ(characters(PanelMenuHeader::chartLine(monitor.reading().chart)), 36U);
 }
 
-TEST_F(PanelMenuTextTest, AChartWithoutBucketsIsALineOfDots) {
+TEST_F(PanelMenuTextTest, AChartWithoutBucketsIsALineOfEmptySigns) {
     const std::string chart = PanelMenuHeader::chartLine({});
 
     EXPECT_EQ(characters(chart), 36U);
-    EXPECT_EQ(count(chart, "·"), 36U);
+    EXPECT_EQ(count(chart, "▖"), 36U);
 }
 
 TEST_F(PanelMenuTextTest, FewerBucketsAreStretchedToTheSameWidth) {
@@ -116,13 +116,13 @@ TEST_F(PanelMenuTextTest, FewerBucketsAreStretchedToTheSameWidth) {
 
     EXPECT_EQ(characters(chart), 36U);
     // The oldest of the five may have left the chart.
-    EXPECT_LE(count(chart, "·"), 8U);
+    EXPECT_LE(count(chart, "▖"), 8U);
 }
 
-TEST_F(PanelMenuTextTest, AStretchWithoutPingsIsADot) {
+TEST_F(PanelMenuTextTest, AStretchWithoutPingsIsAnEmptySign) {
     watchFor(0.5);
 
-    EXPECT_EQ(count(PanelMenuHeader::chartLine(monitor.reading().chart), "·"), 35U);
+    EXPECT_EQ(count(PanelMenuHeader::chartLine(monitor.reading().chart), "▖"), 35U);
 }
 
 TEST_F(PanelMenuTextTest, AnOutageIsHigherThanTheSlowestReply) {
@@ -149,7 +149,7 @@ TEST(PanelMenuHeader, SlowerRepliesAreHigherAndALossIsHighest) {
     chart.buckets[6] = {.lost = true};
     chart.buckets[7] = {};
 
-    EXPECT_THAT(PanelMenuHeader::chartLine(chart), StartsWith("▁▂▃▄▅▆█·▅"));
+    EXPECT_THAT(PanelMenuHeader::chartLine(chart), StartsWith("▁▂▃▄▅▆█▖▅"));
 }
 
 // The rows.
