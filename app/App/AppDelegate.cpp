@@ -195,16 +195,16 @@ void AppDelegate::tellOfRoomForText() {
 }
 
 void AppDelegate::followColors() {
-    Appearance::prefer(colors_.desktopIsDark());
-    colorChange_ = colors_.onChange([this, known = colors_.desktopIsDark()]() mutable {
-        // Only the panel's color may have changed.
-        if (known != colors_.desktopIsDark()) {
-            known = colors_.desktopIsDark();
-            Appearance::prefer(known);
-        }
-    });
+    const auto follow = [this] {
+        Appearance::prefer(colors_.desktopIsDark(), colors_.desktopWantsContrast());
+    };
+    follow();
+    colorChange_ = colors_.onChange(follow);
     notifier_->setFallbackInk(inkOfPalette());
-    paletteWatch_ = std::make_unique<PaletteWatch>([this] { notifier_->setFallbackInk(inkOfPalette()); });
+    paletteWatch_ = std::make_unique<PaletteWatch>([this, follow] {
+        follow(); // the toolkit's own colors may have changed
+        notifier_->setFallbackInk(inkOfPalette());
+    });
 }
 
 void AppDelegate::save() {

@@ -137,8 +137,8 @@ void HeaderView::drawLatency(QPainter& painter, const ViewStyle& style) const {
         painter, fonts.latency, content_.isDown ? colors.bad() : colors.primary(),
         {width() - latencyWidth, top}, content_.latency);
     drawLine(
-        painter, fonts.small, content_.isLossy ? colors.warn() : colors.secondary(), {width() - lossWidth, y},
-        content_.loss);
+        painter, fonts.small, content_.isLossy ? colors.warnText() : colors.secondary(),
+        {width() - lossWidth, y}, content_.loss);
 }
 
 bool HeaderView::event(QEvent* event) {

@@ -1,5 +1,7 @@
 #include "app/ViewStyle/LatencyPalette.h"
 
+#include "platform/qt/Appearance.h"
+
 #include <QPalette>
 
 namespace tarnwick {
@@ -16,7 +18,9 @@ QColor faded(QColor color, float opacity) {
 } // namespace
 
 LatencyPalette::LatencyPalette(const QPalette& palette)
-    : text_(palette.color(QPalette::WindowText)), isDark_(isDark(palette)) {
+    : text_(palette.color(QPalette::WindowText)),
+      isDark_(isDark(palette)),
+      wantsContrast_(Appearance::isBlackAndWhite(palette)) {
 }
 
 bool LatencyPalette::isDark(const QPalette& palette) {
@@ -31,16 +35,20 @@ QColor LatencyPalette::warn() const {
     return isDark_ ? QColor::fromRgbF(1.0F, 0.66F, 0.20F) : QColor::fromRgbF(0.76F, 0.42F, 0.0F);
 }
 
+QColor LatencyPalette::warnText() const {
+    return isDark_ ? warn() : QColor::fromRgbF(0.62F, 0.34F, 0.0F);
+}
+
 QColor LatencyPalette::bad() const {
-    return isDark_ ? QColor::fromRgbF(1.0F, 0.41F, 0.36F) : QColor::fromRgbF(0.77F, 0.16F, 0.11F);
+    return isDark_ ? QColor::fromRgbF(1.0F, 0.47F, 0.42F) : QColor::fromRgbF(0.77F, 0.16F, 0.11F);
 }
 
 QColor LatencyPalette::secondary() const {
-    return faded(text_, 0.62F);
+    return faded(text_, wantsContrast_ ? 0.85F : 0.65F);
 }
 
 QColor LatencyPalette::tertiary() const {
-    return faded(text_, 0.42F);
+    return faded(text_, wantsContrast_ ? 0.7F : 0.42F);
 }
 
 QColor LatencyPalette::of(QualityTone tone) const {

@@ -20,6 +20,9 @@ public:
     [[nodiscard]] QColor warn() const;
     [[nodiscard]] QColor bad() const;
 
+    /// For small text in the color of `warn`.
+    [[nodiscard]] QColor warnText() const;
+
     /// Ordinary text; quieter text; the quietest lines.
     [[nodiscard]] QColor primary() const { return text_; }
 
@@ -33,6 +36,7 @@ public:
 private:
     QColor text_;
     bool isDark_;
+    bool wantsContrast_; ///< the colors are black and white
 };
 
 } // namespace tarnwick

@@ -14,6 +14,7 @@ namespace {
 
 constexpr const char* appearance = "org.freedesktop.appearance";
 constexpr const char* colorScheme = "color-scheme";
+constexpr const char* contrast = "contrast";
 
 constexpr const char* panelChannel = "xfce4-panel";
 constexpr const char* darkMode = "/panels/dark-mode";
@@ -61,6 +62,11 @@ std::optional<bool> isDark(const Preference& value) {
     return *preference == prefersDark;
 }
 
+bool isHigher(const Preference& value) {
+    const auto* const preference = std::get_if<std::uint32_t>(&value);
+    return preference != nullptr && *preference == 1;
+}
+
 std::optional<bool> setting(const PanelSetting& value) {
     const auto* const isOn = std::get_if<bool>(&value);
     return isOn == nullptr ? std::nullopt : std::optional(*isOn);
@@ -94,8 +100,13 @@ void ColorScheme::watchDesktop() {
         "appearance'",
         [this](BusMessage& message) {
             const auto values = message.read<std::string, std::string, Preference>();
-            if (values && message.sender() == portal_ && std::get<1>(*values) == colorScheme) {
+            if (!values || message.sender() != portal_) {
+                return;
+            }
+            if (std::get<1>(*values) == colorScheme) {
                 setDesktopIsDark(isDark(std::get<2>(*values)));
+            } else if (std::get<1>(*values) == contrast) {
+                setDesktopWantsContrast(isHigher(std::get<2>(*values)));
             }
         }));
     subscriptions_.push_back(watchName(bus_, portalName, [this](const std::string& owner, NameNews news) {
@@ -112,6 +123,13 @@ void ColorScheme::askDesktop() {
         lifeline_.guarded([this](const BusReply<Preference>& reply) {
             if (reply.result || reply.error == noPreference) {
                 setDesktopIsDark(isDark(reply.result.value_or(Preference())));
+            }
+        }));
+    askBus<Preference>(
+        bus_, portalCall("Read"), std::tuple(std::string(appearance), std::string(contrast)),
+        lifeline_.guarded([this](const BusReply<Preference>& reply) {
+            if (reply.result || reply.error == noPreference) {
+                setDesktopWantsContrast(isHigher(reply.result.value_or(Preference())));
             }
         }));
 }
@@ -155,6 +173,13 @@ void ColorScheme::askPanel() {
 void ColorScheme::setDesktopIsDark(std::optional<bool> isDark) {
     if (desktopIsDark_ != isDark) {
         desktopIsDark_ = isDark;
+        listeners_.tell();
+    }
+}
+
+void ColorScheme::setDesktopWantsContrast(bool wantsContrast) {
+    if (desktopWantsContrast_ != wantsContrast) {
+        desktopWantsContrast_ = wantsContrast;
         listeners_.tell();
     }
 }

@@ -21,6 +21,9 @@ public:
     /// it.
     [[nodiscard]] std::optional<bool> desktopIsDark() const { return desktopIsDark_; }
 
+    /// Whether the user prefers more contrast in all programs.
+    [[nodiscard]] bool desktopWantsContrast() const { return desktopWantsContrast_; }
+
     /// The panel's own setting. Known only while it is followed.
     [[nodiscard]] std::optional<bool> panelIsDark() const { return panelIsDark_; }
 
@@ -37,12 +40,14 @@ private:
     void watchPanel();
     void askPanel();
     void setDesktopIsDark(std::optional<bool> isDark);
+    void setDesktopWantsContrast(bool wantsContrast);
     void setPanelIsDark(std::optional<bool> isDark);
 
     BusConnection& bus_;
     std::string portal_;        ///< the unique name of the service; empty while there is none
     std::string panelSettings_; ///< likewise
     std::optional<bool> desktopIsDark_;
+    bool desktopWantsContrast_ = false;
     std::optional<bool> panelIsDark_;
     bool followsPanel_ = false;
     Subscribers listeners_;

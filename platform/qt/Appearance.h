@@ -3,13 +3,20 @@
 
 #include <optional>
 
+class QPalette;
+
 namespace tarnwick::Appearance {
 
-/// Whether the toolkit draws light text on a dark ground at present. Needs a QGuiApplication.
+/// Whether these are the colors of a user who needs the most contrast.
+[[nodiscard]] bool isBlackAndWhite(const QPalette& palette);
+
+/// Whether text is drawn light on a dark ground at present. Needs a QGuiApplication.
 [[nodiscard]] bool isDark();
 
-/// Draws all windows, also open ones, light or dark as the user prefers: in the toolkit's own colors where
-/// they fit, else in colors of ours. Absent: no preference, so the toolkit's own. Needs a QApplication.
-void prefer(std::optional<bool> wantsDark);
+/// Draws all windows, also open ones, in our own colors: light or dark as the user prefers, and black and
+/// white where more contrast is wanted. Absent: as light or dark as the toolkit would draw them. The colors
+/// of a desktop that are black and white themselves stay. To be called again when the toolkit's palette
+/// changes. Needs a QApplication.
+void prefer(std::optional<bool> wantsDark, bool wantsContrast = false);
 
 } // namespace tarnwick::Appearance

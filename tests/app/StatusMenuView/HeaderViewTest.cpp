@@ -74,7 +74,7 @@ TEST_F(HeaderViewTest, TheLatencyIsBadWhileDown) {
 
     content.isDown = true;
     EXPECT_TRUE(hasAtRight(content, colors.bad()));
-    EXPECT_FALSE(hasAtRight(content, colors.warn()));
+    EXPECT_FALSE(hasAtRight(content, colors.warnText()));
 }
 
 TEST_F(HeaderViewTest, TheLossWarnsWhenThereIsSome) {

@@ -1,11 +1,15 @@
 // Colors of latencies, on light and on dark ground.
 #include "app/ViewStyle/LatencyPalette.h"
 
+#include "platform/qt/Appearance.h"
+#include "tests/support/Contrast.h"
+
+#include <QApplication>
 #include <QPalette>
 
-#include <algorithm>
-#include <cmath>
 #include <gtest/gtest.h>
+
+#include <utility>
 
 namespace tarnwick {
 
@@ -28,17 +32,18 @@ const QPalette& dark() {
     return palette;
 }
 
-double luminance(const QColor& color) {
-    const auto linear = [](float part) {
-        return part <= 0.04045F ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+/// In our own colors.
+QPalette present(bool dark, bool contrast) {
+    Appearance::prefer(dark, contrast);
+    return QApplication::palette();
 }
 
-/// As accessibility guidelines count it: 4.5 and more is legible as small text, 3 as a shape.
-double contrast(const QColor& one, const QColor& other) {
-    const auto [darker, brighter] = std::minmax({luminance(one), luminance(other)});
-    return (brighter + 0.05) / (darker + 0.05);
+/// As it is seen on its ground.
+QColor blended(const QColor& color, const QColor& ground) {
+    const auto mix = [&](float over, float under) { return under + (over - under) * color.alphaF(); };
+    return QColor::fromRgbF(
+        mix(color.redF(), ground.redF()), mix(color.greenF(), ground.greenF()),
+        mix(color.blueF(), ground.blueF()));
 }
 
 } // namespace
@@ -57,15 +62,38 @@ TEST(LatencyPalette, TheGroundDecides) {
     EXPECT_NE(LatencyPalette(light()).good(), LatencyPalette(dark()).good());
 }
 
-TEST(LatencyPalette, EveryColorStandsOutFromItsGround) {
-    for (const QPalette& ground : {light(), dark()}) {
-        const LatencyPalette palette(ground);
-        const QColor window = ground.color(QPalette::Window);
-
-        EXPECT_GT(contrast(palette.good(), window), 4);
-        EXPECT_GT(contrast(palette.warn(), window), 3.5);
-        EXPECT_GT(contrast(palette.bad(), window), 4.5);
+TEST(LatencyPalette, EveryTextIsLegibleOnOurGrounds) {
+    constexpr double enough = 4.5; // for small text, by the accessibility guidelines
+    for (const auto& [dark, contrast] :
+         {std::pair(false, false), {true, false}, {false, true}, {true, true}}) {
+        const QPalette ours = present(dark, contrast);
+        const QColor window = ours.color(QPalette::Window);
+        const LatencyPalette palette(ours);
+        for (const QColor& text :
+             {palette.primary(), palette.secondary(), palette.warnText(), palette.bad()}) {
+            EXPECT_GE(test::contrast(blended(text, window), window), enough)
+                << dark << text.name().toStdString();
+        }
     }
+}
+
+TEST(LatencyPalette, EveryShapeStandsOutFromOurGrounds) {
+    constexpr double enough = 3; // for shapes
+    for (const bool dark : {false, true}) {
+        const QPalette ours = present(dark, false);
+        const LatencyPalette palette(ours);
+        for (const QColor& shape : {palette.good(), palette.warn(), palette.bad()}) {
+            EXPECT_GE(test::contrast(shape, ours.color(QPalette::Window)), enough) << dark;
+        }
+    }
+}
+
+TEST(LatencyPalette, WhereMoreContrastIsWantedQuietTextIsLessQuiet) {
+    const LatencyPalette usual(present(false, false));
+    const LatencyPalette strong(present(false, true));
+
+    EXPECT_GT(strong.secondary().alphaF(), usual.secondary().alphaF());
+    EXPECT_GT(strong.tertiary().alphaF(), usual.tertiary().alphaF());
 }
 
 TEST(LatencyPalette, TonesHaveTheirColors) {

@@ -38,6 +38,9 @@ protected:
                 if (failure_) {
                     return BusError{.name = *failure_, .text = "not today"};
                 }
+                if (group == "org.freedesktop.appearance" && key == "contrast" && contrast_) {
+                    return Wrapped(Value(*contrast_));
+                }
                 if (group != "org.freedesktop.appearance" || key != "color-scheme") {
                     return BusError{.name = "org.freedesktop.portal.Error.NotFound", .text = key};
                 }
@@ -109,6 +112,7 @@ protected:
     std::optional<BusObject> portal_;
     std::optional<BusObject> settings_;
     std::uint32_t preference_ = 0;
+    std::optional<std::uint32_t> contrast_;
     std::optional<std::string> failure_; ///< the error that the services answer with
     int portalReads_ = 0;
     int panelReads_ = 0;
@@ -133,6 +137,23 @@ TEST_F(ColorSchemeTest, AChangeOfThePreferenceIsTold) {
 
     ASSERT_TRUE(runUntilDesktopIs(false));
     EXPECT_EQ(changes, 1);
+}
+
+TEST_F(ColorSchemeTest, TheWishForMoreContrastIsReadAndFollowed) {
+    contrast_ = 1;
+    addPortal(1);
+    const auto runUntilContrastIs = [this](bool wanted) {
+        return runUntil([this, wanted] { return colors_.desktopWantsContrast() == wanted; });
+    };
+    ASSERT_TRUE(runUntilContrastIs(true));
+    int changes = 0;
+    const Subscription subscription = colors_.onChange([&changes] { ++changes; });
+
+    emitPreference("contrast", std::uint32_t{0});
+    ASSERT_TRUE(runUntilContrastIs(false));
+    emitPreference("contrast", std::uint32_t{1});
+    ASSERT_TRUE(runUntilContrastIs(true));
+    EXPECT_EQ(changes, 2);
 }
 
 TEST_F(ColorSchemeTest, NoPreferenceIsUnknown) {
