@@ -1,0 +1,105 @@
+#include "tests/app/views/Scenes.h"
+
+#include "app/App/SettingsWindow.h"
+#include "app/SettingsView/SettingsView.h"
+#include "app/StatusItemController/Painting/QtFacePainter.h"
+#include "app/StatusItemController/StatusItemController.h"
+#include "app/StatusMenuView/DropDown.h"
+#include "app/StatusMenuView/DropDownWindow.h"
+#include "app/StatusMenuView/MenuItemsView.h"
+#include "tests/app/StatusItemController/Painting/Ink.h"
+#include "tests/app/StatusMenuView/StandardMenu.h"
+
+#include <QApplication>
+#include <QCheckBox>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <random>
+
+namespace tarnwick::scenes {
+
+StatusFace face(StatusFace::Icon icon, int bars, const std::string& title, const std::string& figure) {
+    const QtFacePainter painter;
+    StatusFace face{
+        .isDown = icon == StatusFace::Icon::failed, .icon = icon, .activeBars = bars, .figure = figure};
+    if (!title.empty()) {
+        face.title = title;
+        face.textSlot = std::max(painter.textWidth(title), painter.textWidth("88ms"));
+    }
+    return face;
+}
+
+QImage painted(const StatusFace& face, StatusItem::Form form, int height, Ink ink) {
+    return test::toImage(QtFacePainter().paint(face, form, height, ink));
+}
+
+void watchBusily(WatchedMonitor& world) {
+    world.prefs.setHostname("one.example");
+    world.resolve("one.example", "192.0.2.1");
+    auto chance = std::make_shared<std::mt19937>(7);
+    const double begin = world.loop.now();
+    world.network.setBehavior([chance, begin](const simulation::SentRequest& request) {
+        const double share = (request.at - begin - 40'000) / 300;
+        const double noise = std::uniform_real_distribution(0.0, 1.0)(*chance);
+        if ((share > 0.62 && share < 0.7) || noise < 0.002) {
+            return simulation::Answer{.copies = 0};
+        }
+        if (share > 0.25 && share < 0.42) {
+            return simulation::Answer{.delay = 0.05 + 0.13 * std::sin((share - 0.25) / 0.17 * 3.14) * noise};
+        }
+        return simulation::Answer{
+            .delay = share > 0.8 && share < 0.805 ? 0.4 : 0.017 + 0.022 * noise * noise};
+    });
+    world.watchFor(40'000);
+    world.monitor.resetSessionStats();
+    world.loop.advance(297);
+}
+
+QImage grabDropDown(WatchedMonitor& world, bool offersChangeHost, int steps, const QString& name) {
+    Menu shown(StatusItemController::menuItems(false));
+    shown.setHidden(MenuItem::Id::changeHost, !offersChangeHost);
+    DropDown dropDown(
+        world.monitor.observedReading(), shown, world.loop, NoticeActions{.allowPinging = [] {}});
+    const auto begin = std::chrono::steady_clock::now();
+    dropDown.open(ScreenPoint{400, 4});
+    QApplication::processEvents();
+    const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - begin;
+    std::printf("%s: opened in %.1f ms\n", qPrintable(name), taken.count());
+    for (int step = 0; step < steps; ++step) {
+        dropDown.window()->items().highlightNext(1);
+    }
+    return dropDown.window()->grab().toImage();
+}
+
+QImage grabSettings(
+    WatchedMonitor& world, simulation::FakeLoginItem& loginItem, const QString& clicked,
+    UpdateFramework* updates) {
+    test::StandardMenu menu;
+    SettingsModel model(world.monitor, world.notifications, loginItem, updates);
+    model.launchAtLogin().showApproval = [] {};
+    model.allowPinging = [] {};
+    SettingsWindow window(model, world.loop, menu.menu);
+    window.present();
+    for (QCheckBox* box : window.findChildren<QCheckBox*>()) {
+        if (box->accessibleName() == clicked) {
+            box->click();
+        }
+    }
+    world.loop.runPending();
+    QApplication::processEvents();
+    return window.view().grab().toImage(); // all of it, however low the screen is
+}
+
+void changeSomeSettings(WatchedMonitor& world) {
+    world.prefs.setHostname("one.example");
+    world.resolve("one.example", "192.0.2.1");
+    world.prefs.setSlowPingThresholdMs(150);
+    world.prefs.setPingInterval(5);
+    world.prefs.setShowNotifications(true);
+    world.watchFor(20);
+}
+
+} // namespace tarnwick::scenes
