@@ -125,6 +125,24 @@ void Preferences::restoreDefaults() {
     set(presets);
 }
 
+Preferences::Snapshot Preferences::snapshot() const {
+    Snapshot snapshot;
+    for (const auto& value : values_) {
+        snapshot.values.push_back(value.get());
+    }
+    return snapshot;
+}
+
+void Preferences::putBack(const Snapshot& snapshot) {
+    std::vector<Assignment> assignments;
+    for (std::size_t index = 0; index < settingTable.size(); ++index) {
+        if (settingTable.at(index).defaultFrom != SettingDefault::olderForm) {
+            assignments.emplace_back(index, snapshot.values.at(index));
+        }
+    }
+    set(assignments);
+}
+
 Preferences::Display Preferences::display() const {
     if (!get<bool>(showIcon)) {
         return Display::textOnly;

@@ -66,6 +66,16 @@ public:
     /// Puts every setting back to its default, and stores them all.
     void restoreDefaults();
 
+    /// All settings at one moment.
+    class Snapshot {
+        friend class Preferences;
+        std::vector<UserDefaults::Value> values; ///< in the order of the table
+    };
+
+    [[nodiscard]] Snapshot snapshot() const;
+    /// Puts every setting back to what it was then, and stores them all.
+    void putBack(const Snapshot& snapshot);
+
     /// Writes to the disk now what is waiting to be written.
     void flush() { defaults_.flush(); }
 

@@ -1,5 +1,7 @@
 #include "app/SettingsView/Model/SettingsModel.h"
 
+#include <utility>
+
 namespace tarnwick {
 
 SettingsModel::SettingsModel(
@@ -36,6 +38,17 @@ std::string SettingsModel::presentAddressLine() const {
 void SettingsModel::setPingInterval(int seconds) {
     if (seconds != values().pingInterval()) {
         monitor_.prefs().setPingInterval(seconds);
+    }
+}
+
+void SettingsModel::restoreDefaults() {
+    withoutTracking([this] { beforeRestoring_ = values().snapshot(); });
+    monitor_.restoreDefaults();
+}
+
+void SettingsModel::undoRestoring() {
+    if (const auto before = std::exchange(beforeRestoring_, std::nullopt)) {
+        monitor_.prefs().putBack(*before);
     }
 }
 

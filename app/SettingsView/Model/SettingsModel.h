@@ -48,7 +48,15 @@ public:
     /// Switching alerts on also asks whether notifications can be shown.
     void setShowNotifications(bool show);
 
-    void restoreDefaults() { monitor_.restoreDefaults(); }
+    void restoreDefaults();
+
+    /// Whether settings of before the latest restoring are kept.
+    [[nodiscard]] bool canUndoRestoring() const { return beforeRestoring_.has_value(); }
+
+    /// Puts these back, and keeps them no longer.
+    void undoRestoring();
+
+    void forgetRestoring() { beforeRestoring_.reset(); }
 
     [[nodiscard]] LaunchAtLoginToggle& launchAtLogin() { return launchAtLogin_; }
 
@@ -76,6 +84,7 @@ private:
     Monitor& monitor_;
     NotificationCenter& notifications_;
     LaunchAtLoginToggle launchAtLogin_;
+    std::optional<Preferences::Snapshot> beforeRestoring_;
     std::optional<UpdateSettings> updates_;
     /// The reading changes at each ping, this line rarely.
     Derived<std::string> addressLine_{[this] { return presentAddressLine(); }};
