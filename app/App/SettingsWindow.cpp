@@ -11,6 +11,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QShortcut>
 #include <QWindow>
 
 namespace tarnwick {
@@ -44,6 +45,11 @@ SettingsWindow::SettingsWindow(SettingsModel& model, RunLoop& loop, Menu& menu)
     setCentralWidget(area_);
     view_->installEventFilter(this);
     MainMenu::install(*this, menu);
+    const auto* const escape = new QShortcut(Qt::Key_Escape, this);
+    connect(escape, &QShortcut::activated, this, [this] {
+        view_->dropDrafts();
+        close();
+    });
     fit();
 }
 

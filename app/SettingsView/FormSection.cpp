@@ -1,10 +1,9 @@
 #include "app/SettingsView/FormSection.h"
 
-#include "app/SettingsView/ControlLooks.h"
+#include "app/SettingsView/FormStyle.h"
+#include "app/SettingsView/RowLabel.h"
 
-#include <QAbstractButton>
 #include <QCheckBox>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -30,14 +29,6 @@ constexpr double footerPoints = 11;
 constexpr double cornerRadius = 10;
 
 constexpr float edgeOpacity = 0.11F;
-/// The card's color between the window's and white.
-constexpr double liftOnLight = 0.75;
-constexpr double liftOnDark = 0.055;
-
-QColor cardColor(const QPalette& palette) {
-    const double lift = LatencyPalette::isDark(palette) ? liftOnDark : liftOnLight;
-    return ControlLooks::mixed(palette.color(QPalette::Window), Qt::white, lift);
-}
 
 QColor edgeColor(const QPalette& palette) {
     QColor color = palette.color(QPalette::WindowText);
@@ -51,27 +42,6 @@ QString withUnitsKept(QString text) {
         QStringLiteral(R"((?<=[0-9]) (?=(ms|seconds)\b)|(?<=\+) (?=[0-9]))"));
     return text.replace(space, QString(QChar::Nbsp));
 }
-
-/// Passes clicks on to its buddy.
-class RowLabel final : public QLabel {
-public:
-    using QLabel::QLabel;
-
-protected:
-    // Without this the release would go to the parent.
-    void mousePressEvent(QMouseEvent* event) override { event->accept(); }
-
-    void mouseReleaseEvent(QMouseEvent* event) override {
-        if (event->button() != Qt::LeftButton || !rect().contains(event->pos())) {
-            return;
-        }
-        if (auto* const button = qobject_cast<QAbstractButton*>(buddy())) {
-            button->click();
-        } else if ((buddy()->focusPolicy() & Qt::TabFocus) != 0) {
-            buddy()->setFocus(Qt::MouseFocusReason);
-        }
-    }
-};
 
 } // namespace
 
@@ -100,13 +70,20 @@ FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls,
       label_(new RowLabel(label, this)),
       note_(new QLabel(this)),
       noteLine_(new QHBoxLayout) {
+    QWidget* const named = *controls.begin();
+    const bool isSwitch = qobject_cast<QCheckBox*>(named) != nullptr;
+    if (isSwitch) {
+        line_->addWidget(named);
+    }
     line_->addWidget(label_);
     line_->addStretch();
     for (QWidget* control : controls) {
+        if (isSwitch && control == named) {
+            continue;
+        }
         const bool takesTheRest = control->sizePolicy().horizontalPolicy() == QSizePolicy::Expanding;
         line_->addWidget(control, takesTheRest ? 1 : 0);
     }
-    QWidget* const named = *controls.begin();
     if (qobject_cast<QLabel*>(named) == nullptr) { // a label's name is its text
         named->setAccessibleName(label);
     }
@@ -120,10 +97,20 @@ FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls,
     column->addLayout(noteLine_);
 }
 
+QWidget* FormRow::control() const {
+    return label_->buddy();
+}
+
+void FormRow::setMnemonic(char letter) {
+    label_->setMnemonic(QChar::fromLatin1(letter));
+}
+
+void FormRow::setShowsMnemonic(bool shows) {
+    label_->setShowsMnemonic(shows);
+}
+
 void FormRow::addButton(QPushButton& button) {
-    constexpr int behindTheStretch = 2;
-    line_->insertWidget(behindTheStretch, &button);
-    button.stackUnder(controls_.front()); // assistive technology reads it in its place
+    line_->addWidget(&button);
     controls_.push_back(&button);
 }
 
@@ -170,11 +157,11 @@ void FormRow::setStyle(const ViewStyle& style) {
     if (remedy_ != nullptr) {
         const int text = remedy_->fontMetrics().horizontalAdvance(remedy_->text());
         remedy_->setMinimumSize(text + 2 * style.length(remedyInset), style.length(remedyHeight));
-        ControlLooks::setEdge(*remedy_);
+        FormStyle::dress(*remedy_);
     }
     for (QWidget* control : controls_) {
         if (qobject_cast<QLabel*>(control) == nullptr) {
-            ControlLooks::setEdge(*control);
+            FormStyle::dress(*control);
         }
     }
     alignText(*note_, Qt::AlignLeading);
@@ -202,7 +189,7 @@ protected:
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(edgeColor(palette()));
-        painter.setBrush(cardColor(palette()));
+        painter.setBrush(FormStyle::card(palette()));
         const double radius = style.length(cornerRadius);
         painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
         const double inset = style.length(rowInset);
@@ -213,9 +200,7 @@ protected:
             }
             if (!isFirst) {
                 const double y = row->y() + 0.5;
-                const bool isMirrored = layoutDirection() == Qt::RightToLeft;
-                painter.drawLine(
-                    QPointF(isMirrored ? 1 : inset, y), QPointF(width() - (isMirrored ? inset : 1), y));
+                painter.drawLine(QPointF(inset, y), QPointF(width() - inset, y));
             }
             isFirst = false;
         }
@@ -236,8 +221,11 @@ FormSection::FormSection(QWidget* parent)
     column->addWidget(footer_);
 }
 
-FormRow* FormSection::addRow(const QString& label, std::initializer_list<QWidget*> controls) {
+FormRow* FormSection::addRow(const QString& label, std::initializer_list<QWidget*> controls, char mnemonic) {
     auto* const row = new FormRow(label, controls, card_);
+    if (mnemonic != 0) {
+        row->setMnemonic(mnemonic);
+    }
     card_->add(row);
     return row;
 }
@@ -250,6 +238,12 @@ void FormSection::setFooter(const QString& text) {
     footer_->show();
     for (const FormRow* row : card_->rows()) {
         row->control()->setAccessibleDescription(text);
+    }
+}
+
+void FormSection::setShowsMnemonics(bool shows) {
+    for (FormRow* row : card_->rows()) {
+        row->setShowsMnemonic(shows);
     }
 }
 

@@ -16,6 +16,8 @@ class QPushButton;
 
 namespace tarnwick {
 
+class RowLabel;
+
 /// Leading or trailing in the layout's direction. Left alone, a label follows the direction of its text.
 void alignText(QLabel& label, Qt::Alignment side);
 
@@ -24,14 +26,14 @@ void setTextColor(QLabel& label, const QColor& color);
 /// Checks or unchecks the box without a signal.
 void showOn(QCheckBox& box, bool isOn);
 
-/// One line of a card: a label at one end, its controls at the other. A click on the label clicks the first
-/// control if that is a button, else focuses it.
+/// One line of a card: a label at one end, its controls at the other. A switch stands beside its label. A
+/// click on the label clicks the first control if that is a button, else focuses it.
 class FormRow final : public QWidget {
 public:
     /// The label names the first control, also for assistive technology.
     FormRow(const QString& label, std::initializer_list<QWidget*> controls, QWidget* parent);
 
-    /// A button before the controls.
+    /// A button at the end of the line.
     void addButton(QPushButton& button);
 
     /// A text below the line; hidden while empty. `offersRemedy` shows the remedy's button beside it.
@@ -46,12 +48,16 @@ public:
     void setStyle(const ViewStyle& style);
 
     /// The control that the label names.
-    [[nodiscard]] QWidget* control() const { return label_->buddy(); }
+    [[nodiscard]] QWidget* control() const;
+
+    /// Alt with this letter of the label does what a click on the label does.
+    void setMnemonic(char letter);
+    void setShowsMnemonic(bool shows);
 
 private:
     std::vector<QWidget*> controls_; ///< children
     QHBoxLayout* line_;              ///< owned by the layout around it
-    QLabel* label_;
+    RowLabel* label_;
     QLabel* note_;
     bool isHint_ = false;           ///< the note
     QHBoxLayout* noteLine_;         ///< owned by the layout around it
@@ -62,10 +68,13 @@ class FormSection : public QWidget {
 public:
     explicit FormSection(QWidget* parent);
 
-    FormRow* addRow(const QString& label, std::initializer_list<QWidget*> controls);
+    FormRow* addRow(const QString& label, std::initializer_list<QWidget*> controls, char mnemonic = 0);
 
     /// Also the accessible description of the controls added so far.
     void setFooter(const QString& text);
+
+    /// Underlines the letters of the rows.
+    void setShowsMnemonics(bool shows);
 
     virtual void setStyle(const ViewStyle& style);
 

@@ -1,13 +1,14 @@
 #include "app/SettingsView/IntervalBox.h"
 
-#include "app/SettingsView/ControlLooks.h"
+#include "app/SettingsView/EvenDigits.h"
+#include "app/SettingsView/FormStyle.h"
 #include "core/PingIntervalSetting.h"
 
+#include <QEvent>
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QStyle>
 #include <QStyleOptionSpinBox>
-#include <QStylePainter>
 
 #include <optional>
 #include <string>
@@ -37,6 +38,9 @@ IntervalBox::IntervalBox(Setting setting, QWidget* parent)
     : QSpinBox(parent), setting_(std::move(setting)), draft_(*this, *lineEdit(), [this] { commit(); }) {
     setRange(PingIntervalSetting::range.lowest, PingIntervalSetting::range.highest);
     setKeyboardTracking(false);
+    setAlignment(Qt::AlignRight);
+    FormStyle::dress(*lineEdit());
+    lineEdit()->setFont(withEvenDigits(font()));
     connect(this, &QSpinBox::valueChanged, this, [this](int seconds) {
         setting_.set(seconds);
         reset();
@@ -91,11 +95,11 @@ void IntervalBox::setFieldWidth(int width) {
     setFixedWidth(width + option.rect.width() - field.width());
 }
 
-void IntervalBox::paintEvent(QPaintEvent* /*event*/) {
-    QStyleOptionSpinBox option;
-    initStyleOption(&option);
-    ControlLooks::useFullHeight(option, *this);
-    QStylePainter(this).drawComplexControl(QStyle::CC_SpinBox, option);
+void IntervalBox::changeEvent(QEvent* event) {
+    QSpinBox::changeEvent(event);
+    if (event->type() == QEvent::FontChange) {
+        lineEdit()->setFont(withEvenDigits(font()));
+    }
 }
 
 QValidator::State IntervalBox::validate(QString& /*text*/, int& /*position*/) const {

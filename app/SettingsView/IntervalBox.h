@@ -39,7 +39,7 @@ protected:
     QValidator::State validate(QString& text, int& position) const override;
     [[nodiscard]] int valueFromText(const QString& text) const override;
     [[nodiscard]] QString textFromValue(int seconds) const override;
-    void paintEvent(QPaintEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     void showSeconds(int seconds);

@@ -4,27 +4,27 @@
 #include "app/Reading/Format.h"
 #include "app/SettingsView/ControlLooks.h"
 #include "app/SettingsView/FormSection.h"
+#include "app/SettingsView/FormStyle.h"
+#include "app/SettingsView/HostSection.h"
 #include "app/SettingsView/IntervalBox.h"
+#include "app/SettingsView/Picker.h"
 #include "app/SettingsView/ThresholdSlider.h"
 #include "app/SettingsView/UpdateSection.h"
 #include "app/ViewStyle/ViewStyle.h"
-#include "core/HostText.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QEvent>
+#include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
-#include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
 #include <QShowEvent>
-#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 #include <algorithm>
 #include <initializer_list>
-#include <optional>
-#include <string_view>
-#include <variant>
 
 namespace tarnwick {
 
@@ -33,11 +33,9 @@ namespace {
 constexpr double formWidth = 440;
 constexpr double formMargin = 20;
 constexpr double sectionGap = 18;
-constexpr double hostWidth = 232;
 constexpr double intervalWidth = 44;
 constexpr double sliderWidth = 160;
 constexpr double thresholdWidth = 64;
-constexpr double textInset = 2; ///< in the host field
 
 QString displayTitle(Preferences::Display display) {
     switch (display) {
@@ -63,36 +61,6 @@ QString lossTextTitle(MenuBarTitle::LossMode mode) {
     return QStringLiteral("When There's Loss");
 }
 
-/// Nothing for a text that can be a host, and for an empty field: that one is about to be filled.
-std::optional<QString> noHostText(const std::string& text) {
-    const auto found = hostIn(text);
-    const auto* const mistake = std::get_if<HostMistake>(&found);
-    if (mistake == nullptr || *mistake == HostMistake::empty) {
-        return std::nullopt;
-    }
-    const std::string_view why = reason(*mistake);
-    QString sentence = QString::fromUtf8(why.data(), static_cast<qsizetype>(why.size()));
-    sentence[0] = sentence[0].toUpper();
-    return sentence;
-}
-
-/// Fills a picker with the cases of an enumeration, and hands on what is picked.
-template<class Cases, class Title, class Pick>
-void offer(QComboBox& picker, const Cases& cases, Title title, Pick pick) {
-    for (const auto each : cases) {
-        picker.addItem(title(each), static_cast<int>(each));
-    }
-    QObject::connect(&picker, &QComboBox::currentIndexChanged, &picker, [&picker, pick](int index) {
-        pick(static_cast<typename Cases::value_type>(picker.itemData(index).toInt()));
-    });
-}
-
-template<class Case>
-void showPicked(QComboBox& picker, Case picked) {
-    const QSignalBlocker quiet(picker);
-    picker.setCurrentIndex(picker.findData(static_cast<int>(picked)));
-}
-
 } // namespace
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
@@ -100,19 +68,17 @@ SettingsView::SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent)
     : QWidget(parent),
       model_(model),
       loop_(loop),
-      host_(new QLineEdit(this)),
-      hostDraft_(*host_, *host_, [this] { commitHost(); }),
-      address_(new QLabel(this)),
+      host_(new HostSection(model, this)),
       interval_(new IntervalBox(intervalSetting(), this)),
       threshold_(new ThresholdSlider(this)),
       thresholdText_(new QLabel(this)),
       display_(new QComboBox(this)),
       lossText_(new QComboBox(this)),
-      testAlert_(new QPushButton(QStringLiteral("Test"), this)),
       alerts_(new QCheckBox(this)),
+      testAlert_(new QPushButton(QStringLiteral("Test"), this)),
       launchAtLogin_(new QCheckBox(this)) {
     auto* const column = new QVBoxLayout(this);
-    makeHostSection();
+    sections_.push_back(host_);
     makeIntervalSection();
     makeThresholdSection();
     makeBehaviorSection();
@@ -123,9 +89,19 @@ SettingsView::SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent)
     for (FormSection* const section : sections_) {
         column->addWidget(section);
     }
-    makeRestoreButton();
-    column->addWidget(restore_, 0, Qt::AlignTrailing);
+    makeRestoreButtons();
+    auto* const last = new QHBoxLayout;
+    last->addWidget(restore_);
+    last->addWidget(undo_);
+    last->addStretch();
+    column->addLayout(last);
     column->addStretch();
+    // Fields do not hand on the release of a key.
+    for (QWidget* each : findChildren<QWidget*>()) {
+        if (each->focusPolicy() != Qt::NoFocus) {
+            each->installEventFilter(this);
+        }
+    }
     applyStyle();
     render();
 }
@@ -135,24 +111,9 @@ FormSection& SettingsView::addSection() {
     return *sections_.back();
 }
 
-void SettingsView::makeHostSection() {
-    FormSection& section = addSection();
-    section.addRow(QStringLiteral("Host to Ping"), {host_});
-    address_->setTextFormat(Qt::PlainText);
-    address_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    address_->setWordWrap(true);
-    address_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    section.addRow(QStringLiteral("Address"), {address_});
-    connect(host_, &QLineEdit::textChanged, this, [this] { showAddress(); });
-    section.setFooter(
-        QStringLiteral("Tarnwick constantly pings this host to measure the quality of your internet "
-                       "connection. The bars show signal strength based on recent latency and packet loss."));
-    hostFooter_ = host_->accessibleDescription();
-}
-
 void SettingsView::makeIntervalSection() {
     FormSection& section = addSection();
-    section.addRow(QStringLiteral("Ping Every"), {interval_, new QLabel(QStringLiteral("s"), this)});
+    section.addRow(QStringLiteral("Ping Every"), {interval_, new QLabel(QStringLiteral("s"), this)}, 'P');
     keepFromWheel(interval_);
     section.setFooter(
         QStringLiteral("1 to 60 seconds. Slower intervals send less traffic and use less battery, but the "
@@ -161,7 +122,7 @@ void SettingsView::makeIntervalSection() {
 
 void SettingsView::makeThresholdSection() {
     FormSection& section = addSection();
-    section.addRow(QStringLiteral("Slow Ping Threshold"), {threshold_, thresholdText_});
+    section.addRow(QStringLiteral("Slow Ping Threshold"), {threshold_, thresholdText_}, 'S');
     threshold_->onMove = [this](double ms) {
         model_.setSlowPingThresholdMs(ms);
         showThreshold();
@@ -174,20 +135,21 @@ void SettingsView::makeThresholdSection() {
 
 void SettingsView::makeBehaviorSection() {
     FormSection& section = addSection();
-    displayRow_ = section.addRow(QStringLiteral("Display"), {display_});
-    lossTextRow_ = section.addRow(QStringLiteral("Packet Loss Text"), {lossText_});
-    alertsRow_ = section.addRow(QStringLiteral("Connection Up/Down Alerts"), {alerts_});
+    displayRow_ = section.addRow(QStringLiteral("Display"), {display_}, 'D');
+    lossTextRow_ = section.addRow(QStringLiteral("Packet Loss Text"), {lossText_}, 'L');
+    alertsRow_ = section.addRow(QStringLiteral("Connection Up/Down Alerts"), {alerts_}, 'C');
     testAlert_->setAutoDefault(false);
+    testAlert_->setShortcut(Qt::AltModifier | Qt::Key_T);
     testAlert_->setAccessibleDescription(QStringLiteral("Shows a notification"));
     alertsRow_->addButton(*testAlert_);
     connect(testAlert_, &QPushButton::clicked, this, [this] { model_.testNotification(); });
-    launchRow_ = section.addRow(QStringLiteral("Launch at Login"), {launchAtLogin_});
+    launchRow_ = section.addRow(QStringLiteral("Launch at Login"), {launchAtLogin_}, 'A');
     launchRow_->addRemedy(
         QStringLiteral("Startup Settings…"), [this] { model_.launchAtLogin().showApproval(); });
-    offer(*display_, Preferences::allDisplays, displayTitle, [this](auto picked) {
+    Picker::offer(*display_, Preferences::allDisplays, displayTitle, [this](auto picked) {
         model_.setDisplay(picked);
     });
-    offer(*lossText_, MenuBarTitle::allLossModes, lossTextTitle, [this](auto picked) {
+    Picker::offer(*lossText_, MenuBarTitle::allLossModes, lossTextTitle, [this](auto picked) {
         model_.setLossTextMode(picked);
     });
     keepFromWheel(display_);
@@ -199,12 +161,30 @@ void SettingsView::makeBehaviorSection() {
     });
 }
 
-void SettingsView::makeRestoreButton() {
+void SettingsView::makeRestoreButtons() {
     restore_ = new QPushButton(QStringLiteral("Restore Default Settings"), this);
-    restore_->setAutoDefault(false);
-    // A click leaves the focus in the field: its draft is to be dropped, not committed.
-    restore_->setFocusPolicy(Qt::TabFocus);
-    connect(restore_, &QPushButton::clicked, this, [this] { restoreDefaults(); });
+    undo_ = new QPushButton(QStringLiteral("Undo"), this);
+    undo_->setAccessibleDescription(QStringLiteral("Brings back the settings of before"));
+    undo_->hide();
+    restore_->setShortcut(Qt::AltModifier | Qt::Key_R);
+    undo_->setShortcut(Qt::AltModifier | Qt::Key_U);
+    for (QPushButton* button : {restore_, undo_}) {
+        button->setAutoDefault(false);
+        FormStyle::dress(*button);
+        // A click leaves the focus in the field: its draft is to be dropped, not committed.
+        button->setFocusPolicy(Qt::TabFocus);
+    }
+    connect(restore_, &QPushButton::clicked, this, [this] {
+        model_.restoreDefaults();
+        showAllAgain();
+    });
+    connect(undo_, &QPushButton::clicked, this, [this] {
+        if (undo_->hasFocus()) {
+            restore_->setFocus(); // the button goes
+        }
+        model_.undoRestoring();
+        showAllAgain();
+    });
 }
 
 // NOLINTEND(cppcoreguidelines-owning-memory)
@@ -236,11 +216,12 @@ void SettingsView::showEvent(QShowEvent* event) {
 void SettingsView::hideEvent(QHideEvent* event) {
     // A desktop that hides the window leaves it open: there is no need to wait for the disk.
     if (!event->spontaneous()) {
-        hostDraft_.finish();
-        showHost(model_.values().hostname()); // a text that can be no host goes
+        host_->finish();
         interval_->finish();
         model_.flush(); // after the drafts: all that was changed here is to survive a power cut
         rendering_.reset();
+        model_.forgetRestoring();
+        undo_->hide();
     }
     QWidget::hideEvent(event);
 }
@@ -248,8 +229,20 @@ void SettingsView::hideEvent(QHideEvent* event) {
 bool SettingsView::event(QEvent* event) {
     if (event->type() == QEvent::WindowActivate) {
         model_.launchAtLogin().follow();
+    } else if (event->type() == QEvent::WindowDeactivate) {
+        showMnemonics(false); // another window gets the key's release
     }
     return QWidget::event(event);
+}
+
+void SettingsView::paintEvent(QPaintEvent* /*event*/) {
+    QPainter(this).fillRect(rect(), FormStyle::ground(palette()));
+}
+
+void SettingsView::showMnemonics(bool shows) {
+    for (FormSection* section : sections_) {
+        section->setShowsMnemonics(shows);
+    }
 }
 
 void SettingsView::changeEvent(QEvent* event) {
@@ -278,23 +271,18 @@ void SettingsView::applyStyle() {
     const int side = style.length(formMargin);
     layout()->setContentsMargins(side, side, side, side);
     layout()->setSpacing(style.length(sectionGap));
-    host_->setFixedWidth(style.length(hostWidth));
     interval_->setFieldWidth(style.length(intervalWidth));
     threshold_->setFixedWidth(style.length(sliderWidth));
     thresholdText_->setFixedWidth(style.length(thresholdWidth));
-    for (QLabel* value : {address_, thresholdText_}) {
-        setTextColor(*value, style.colors().secondary());
-        alignText(*value, Qt::AlignTrailing);
-    }
+    setTextColor(*thresholdText_, style.colors().secondary());
+    alignText(*thresholdText_, Qt::AlignTrailing);
     for (QWidget* control : std::initializer_list<QWidget*>{
-             host_, interval_, display_, lossText_, testAlert_, alerts_, launchAtLogin_, restore_}) {
+             interval_, display_, lossText_, testAlert_, alerts_, launchAtLogin_, restore_, undo_}) {
         ControlLooks::setHeight(*control, style);
     }
     ControlLooks::setWidth(*restore_, style);
+    ControlLooks::setWidth(*undo_, style);
     ControlLooks::setWidth(*testAlert_, style);
-    const int inset = style.length(textInset);
-    host_->setTextMargins(inset, 0, inset, 0);
-    ControlLooks::setEdge(*restore_);
     const int pickerWidth = std::max(display_->sizeHint().width(), lossText_->sizeHint().width());
     display_->setMinimumWidth(pickerWidth);
     lossText_->setMinimumWidth(pickerWidth);
@@ -302,11 +290,7 @@ void SettingsView::applyStyle() {
 }
 
 void SettingsView::render() {
-    const std::string& host = model_.values().hostname(); // always read: a draft must not end the tracking
-    if (!hostDraft_.exists()) {
-        showHost(host);
-    }
-    showAddress();
+    host_->render();
     showNotices(model_.notices());
     interval_->follow();
     showThreshold();
@@ -318,30 +302,11 @@ void SettingsView::render() {
     }
 }
 
-void SettingsView::showHost(const std::string& host) {
-    const QString text = QString::fromStdString(host);
-    hostDraft_.discard();
-    if (host_->text() != text) { // an equal text keeps the cursor's place
-        const QSignalBlocker quiet(host_);
-        host_->setText(text);
-    }
-    showAddress();
-}
-
-void SettingsView::showAddress() {
-    const std::string& address = model_.addressLine(); // always read: a draft must not end the tracking
-    const auto mistake = hostDraft_.exists() ? noHostText(host_->text().toStdString()) : std::nullopt;
-    const ViewStyle style(*this);
-    address_->setText(mistake.value_or(QString::fromStdString(address)));
-    setTextColor(*address_, mistake ? style.colors().bad() : style.colors().secondary());
-    host_->setAccessibleDescription(mistake.value_or(hostFooter_));
-}
-
 void SettingsView::showDisplay() {
     const Preferences::Display display = model_.values().display();
     const MenuBarTitle::LossMode lossText = model_.values().lossTextMode();
-    showPicked(*display_, display);
-    showPicked(*lossText_, lossText);
+    Picker::show(*display_, display);
+    Picker::show(*lossText_, lossText);
     const bool showsText = display != Preferences::Display::iconOnly;
     const bool showsLoss = lossText != MenuBarTitle::LossMode::off;
     QString ofDisplay;
@@ -393,20 +358,14 @@ void SettingsView::showNotices(const Notices& notices) {
     updateGeometry();
 }
 
-void SettingsView::commitHost() {
-    const std::string text = host_->text().toStdString();
-    if (host_->hasFocus() && noHostText(text)) {
-        hostDraft_.resume(); // Enter leaves it in the field for mending
-        return;
-    }
-    model_.commitHost(text);
-    showHost(model_.values().hostname());
+void SettingsView::dropDrafts() {
+    host_->dropDraft();
+    interval_->reset();
 }
 
-void SettingsView::restoreDefaults() {
-    model_.restoreDefaults();
-    showHost(model_.values().hostname());
-    interval_->reset();
+void SettingsView::showAllAgain() {
+    dropDrafts();
+    undo_->setVisible(model_.canUndoRestoring());
 }
 
 void SettingsView::keepFromWheel(QWidget* control) {
@@ -415,7 +374,12 @@ void SettingsView::keepFromWheel(QWidget* control) {
 }
 
 bool SettingsView::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::Wheel) {
+    if (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease) {
+        const auto* const key = dynamic_cast<const QKeyEvent*>(event);
+        if (key != nullptr && key->key() == Qt::Key_Alt) {
+            showMnemonics(event->type() == QEvent::KeyPress);
+        }
+    } else if (event->type() == QEvent::Wheel) {
         const auto* const control = qobject_cast<QWidget*>(watched);
         if (control != nullptr && !control->hasFocus()) {
             event->ignore();

@@ -2,26 +2,24 @@
 #pragma once
 
 #include "app/Observation/Observation.h"
-#include "app/SettingsView/Draft.h"
 #include "app/SettingsView/IntervalBox.h"
 #include "app/SettingsView/Model/SettingsModel.h"
 
 #include <QWidget>
 
 #include <memory>
-#include <string>
 #include <vector>
 
 class QCheckBox;
 class QComboBox;
 class QLabel;
-class QLineEdit;
 class QPushButton;
 
 namespace tarnwick {
 
 class FormRow;
 class FormSection;
+class HostSection;
 class NoticesView;
 class ThresholdSlider;
 class UpdateSection;
@@ -35,6 +33,9 @@ public:
     SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent);
     ~SettingsView() override;
 
+    /// What is typed and not committed gives way to the settings.
+    void dropDrafts();
+
     /// Its height at its own width.
     [[nodiscard]] QSize sizeHint() const override;
 
@@ -43,30 +44,29 @@ protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     FormSection& addSection();
-    void makeHostSection();
     void makeIntervalSection();
     void makeThresholdSection();
     void makeBehaviorSection();
-    void makeRestoreButton();
+    void makeRestoreButtons();
     [[nodiscard]] IntervalBox::Setting intervalSetting();
     void applyStyle();
+    /// Underlines the letters that choose a row together with Alt.
+    void showMnemonics(bool shows);
 
     /// Shows the present values.
     void render();
-    void showHost(const std::string& host);
-    /// The address, or why the draft can be no host.
-    void showAddress();
     void showThreshold();
     void showLaunchAtLogin();
     void showAlerts();
     void showDisplay();
     void showNotices(const Notices& notices);
-    void commitHost();
-    void restoreDefaults();
+    /// Drops drafts.
+    void showAllAgain();
 
     /// The wheel turns the control only while it has the focus; else it scrolls.
     void keepFromWheel(QWidget* control);
@@ -75,17 +75,14 @@ private:
     RunLoop& loop_;
 
     // Children.
-    QLineEdit* host_;
-    Draft hostDraft_;
-    QLabel* address_;
-    QString hostFooter_; ///< what assistive technology says of the field while its text can be a host
+    HostSection* host_;
     IntervalBox* interval_;
     ThresholdSlider* threshold_;
     QLabel* thresholdText_;
     QComboBox* display_;
     QComboBox* lossText_;
-    QPushButton* testAlert_;
     QCheckBox* alerts_;
+    QPushButton* testAlert_;
     FormRow* displayRow_ = nullptr;
     FormRow* lossTextRow_ = nullptr;
     FormRow* alertsRow_ = nullptr;
@@ -93,6 +90,7 @@ private:
     FormRow* launchRow_ = nullptr;
     UpdateSection* updates_ = nullptr; ///< null without an update framework
     QPushButton* restore_ = nullptr;
+    QPushButton* undo_ = nullptr;    ///< hidden unless defaults have just been restored
     NoticesView* notices_ = nullptr; ///< while there are notices
     Notices shownNotices_;
     std::vector<FormSection*> sections_; ///< from top to bottom

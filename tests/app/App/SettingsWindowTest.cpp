@@ -81,6 +81,16 @@ TEST_F(SettingsWindowTest, ClosingItFlushesWhatWasTypedInIt) {
     EXPECT_TRUE(defaults.isFlushed());
 }
 
+TEST_F(SettingsWindowTest, EscapeClosesItAndDropsWhatIsTyped) {
+    present();
+    type("one.example");
+
+    press(Qt::Key_Escape);
+
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_EQ(prefs.hostname(), "1.1.1.1");
+}
+
 TEST_F(SettingsWindowTest, HiddenByTheDesktopItDoesNotWaitForTheDisk) {
     present();
     prefs.setSlowPingThresholdMs(250);
@@ -199,16 +209,16 @@ TEST_F(SettingsWindowTest, ItBeginsWithTheHostsField) {
 TEST_F(SettingsWindowTest, TabLeadsThroughAllControlsFromTopToBottomAndAround) {
     present();
     std::vector<std::string> order;
-    for (int presses = 0; presses < 10; ++presses) {
+    for (int presses = 0; presses < 11; ++presses) {
         order.push_back(focused());
         press(Qt::Key_Tab);
     }
 
     EXPECT_THAT(
-        order,
-        ElementsAre(
-            "Host to Ping", "Ping Every", "Slow Ping Threshold", "Display", "Packet Loss Text", "Test",
-            "Connection Up/Down Alerts", "Launch at Login", "Restore Default Settings", "Host to Ping"));
+        order, ElementsAre(
+                   "Host to Ping", "Resolving…", "Ping Every", "Slow Ping Threshold", "Display",
+                   "Packet Loss Text", "Connection Up/Down Alerts", "Test", "Launch at Login",
+                   "Restore Default Settings", "Host to Ping"));
 }
 
 TEST_F(SettingsWindowTest, BacktabLeadsTheOtherWay) {

@@ -1,6 +1,8 @@
 // What assistive technology learns of the settings form, and does with it.
 #include "tests/app/SettingsView/SettingsFormTest.h"
 
+#include <QClipboard>
+
 #include <gtest/gtest.h>
 
 #include <initializer_list>
@@ -51,6 +53,21 @@ TEST_F(SettingsAccessibilityTest, TheAddressIsReadOutAsItIs) {
     EXPECT_EQ(accessible(address).text(QAccessible::Name), "192.0.2.1");
     EXPECT_EQ(
         accessible(address).relations(QAccessible::Label).front().first->text(QAccessible::Name), "Address");
+}
+
+TEST_F(SettingsAccessibilityTest, TheAddressIsCopiedWithoutAPointer) {
+    resolve("one.example", "192.0.2.1");
+    monitor.setHostname("one.example");
+    watchFor(1);
+    present();
+    press(Qt::Key_Tab);
+    EXPECT_EQ(label("192.0.2.1").selectedText(), "192.0.2.1");
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "192.0.2.1");
+
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), "Ping Every");
+    EXPECT_FALSE(label("192.0.2.1").hasSelectedText());
 }
 
 TEST_F(SettingsAccessibilityTest, AFailedLaunchAtLoginIsToldWithTheSwitch) {

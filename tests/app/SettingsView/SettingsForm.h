@@ -28,6 +28,9 @@ struct SettingsForm : WatchedMonitor {
 
     /// The name of a control for people.
     [[nodiscard]] static std::string name(const QWidget& control) {
+        if (const auto* const label = qobject_cast<const QLabel*>(&control)) {
+            return label->text().toStdString();
+        }
         const auto* const button = qobject_cast<const QPushButton*>(&control);
         return (button != nullptr ? button->text() : control.accessibleName()).toStdString();
     }

@@ -147,6 +147,39 @@ TEST_F(SettingsSwitchesTest, AClickOnASwitchsLabelTurnsIt) {
     EXPECT_TRUE(prefs.showNotifications());
 }
 
+TEST_F(SettingsSwitchesTest, ASwitchStandsBesideItsLabel) {
+    useUsualFont();
+    present();
+    for (const char* const name : {"Connection Up/Down Alerts", "Launch at Login"}) {
+        const QRect box = place(control<QCheckBox>(name));
+        EXPECT_LE(box.right(), place(label(name)).left()) << name;
+        EXPECT_LE(place(label(name)).left() - box.right(), 12) << name;
+    }
+}
+
+TEST_F(SettingsSwitchesTest, ALetterTogetherWithAltLeadsToItsRow) {
+    present();
+    press(Qt::Key_L, Qt::AltModifier);
+    EXPECT_EQ(focused(), "Packet Loss Text");
+    press(Qt::Key_P, Qt::AltModifier);
+    EXPECT_EQ(focused(), "Ping Every");
+    press(Qt::Key_C, Qt::AltModifier);
+    EXPECT_TRUE(prefs.showNotifications());
+    press(Qt::Key_H, Qt::AltModifier);
+    EXPECT_EQ(focused(), "Host to Ping");
+}
+
+TEST_F(SettingsSwitchesTest, WhileAltIsHeldTheLettersAreUnderlined) {
+    present();
+    const QImage before = label("Display").grab().toImage();
+    QTest::keyPress(QApplication::focusWidget(), Qt::Key_Alt);
+    const QImage held = label("Display").grab().toImage();
+    QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Alt);
+
+    EXPECT_NE(held, before);
+    EXPECT_EQ(label("Display").grab().toImage(), before);
+}
+
 TEST_F(SettingsSwitchesTest, LaunchAtLoginRegistersTheProgram) {
     present();
     launchAtLogin().click();

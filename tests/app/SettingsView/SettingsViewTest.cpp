@@ -1,19 +1,12 @@
 // The form in which the settings are changed, as a whole.
 #include "app/SettingsView/SettingsView.h"
 
-#include "platform/qt/Appearance.h"
 #include "tests/app/SettingsView/SettingsFormTest.h"
-#include "tests/support/Contrast.h"
 
-#include <QImage>
 #include <QWheelEvent>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <algorithm>
-#include <initializer_list>
-#include <utility>
 
 namespace tarnwick {
 
@@ -22,65 +15,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-class SettingsViewTest : public test::SettingsFormTest {
-protected:
-    void TearDown() override { Appearance::prefer(std::nullopt); }
-
-    /// In the color scheme that is preferred.
-    [[nodiscard]] QImage picture() {
-        present();
-        return window.view().grab().toImage();
-    }
-
-    /// The picture's color at the middle of the control's left edge, and right outside it.
-    struct Edge {
-        QColor line;
-        QColor ground;
-    };
-
-    [[nodiscard]] Edge edge(const QWidget& control, const QImage& image) const {
-        const QRect where = place(control);
-        const QPoint middle(where.left(), where.center().y());
-        const QColor ground = image.pixelColor(middle - QPoint(2, 0));
-        // A check box is smaller than its widget in some styles.
-        for (int x = 0; x < where.width() / 2; ++x) {
-            const QColor color = image.pixelColor(middle + QPoint(x, 0));
-            if (test::contrast(color, ground) > 1.2) {
-                return {color, ground};
-            }
-        }
-        return {ground, ground};
-    }
-
-    /// From the first to the last row of the control that differs from its ground, at its horizontal middle.
-    [[nodiscard]] int paintedHeight(const QWidget& control, const QImage& image) const {
-        const QRect where = place(control);
-        const int x = where.left() + where.width() / 4;
-        const QColor ground = image.pixelColor(x, where.top() - 3);
-        int first = where.bottom();
-        int last = where.top();
-        for (int y = where.top() - 2; y <= where.bottom() + 2; ++y) {
-            if (image.pixelColor(x, y) != ground) {
-                first = std::min(first, y);
-                last = std::max(last, y);
-            }
-        }
-        return last - first + 1;
-    }
-
-    /// How far inside the control the first dark pixel of its text is.
-    [[nodiscard]] int textInset(const QWidget& control, const QImage& image) const {
-        const QRect where = place(control).adjusted(3, 6, 0, -6);
-        for (int x = where.left(); x < where.center().x(); ++x) {
-            for (int y = where.top(); y <= where.bottom(); ++y) {
-                if (image.pixelColor(x, y).lightness() < 128) {
-                    return x - place(control).left();
-                }
-            }
-        }
-        return -1;
-    }
-};
+class SettingsViewTest : public test::SettingsFormTest {};
 
 } // namespace
 
@@ -180,73 +115,6 @@ TEST_F(SettingsViewTest, ReadFromRightToLeftItIsMirrored) {
     EXPECT_TRUE(label("100 ms").alignment() & Qt::AlignLeft);
 }
 
-TEST_F(SettingsViewTest, ItFollowsTheDesktopFromLightToDark) {
-    const auto groundOfCard = [this] {
-        return picture().pixelColor(place(label("Display")).topLeft() - QPoint(4, 0)).lightness();
-    };
-    Appearance::prefer(false);
-    const int onLight = groundOfCard();
-    Appearance::prefer(true);
-    const int onDark = groundOfCard();
-    const QColor footer = label("1 to 60 seconds.").palette().color(QPalette::WindowText);
-
-    EXPECT_GT(onLight, 200);
-    EXPECT_LT(onDark, 80);
-    EXPECT_GT(footer.lightness(), 200);
-}
-
-TEST_F(SettingsViewTest, ControlsStandOutFromTheirCardInLightAndDark) {
-    constexpr double enough = 2.5;
-    for (const bool isDark : {false, true}) {
-        Appearance::prefer(isDark);
-        const QImage image = picture();
-        interval().setFocus(); // whose edge tells that
-        for (QWidget* each : std::initializer_list<QWidget*>{
-                 &alerts(), &launchAtLogin(), &display(), &lossText(), &restore()}) {
-            const Edge seen = edge(*each, image);
-            EXPECT_GE(test::contrast(seen.line, seen.ground), enough) << name(*each) << isDark;
-        }
-        const QImage withoutHost = picture();
-        const Edge ofHost = edge(host(), withoutHost);
-        EXPECT_GE(test::contrast(ofHost.line, ofHost.ground), enough) << isDark;
-        host().setFocus();
-        const Edge ofInterval = edge(interval(), picture());
-        EXPECT_GE(test::contrast(ofInterval.line, ofInterval.ground), enough) << isDark;
-    }
-}
-
-TEST_F(SettingsViewTest, FieldsAndPickersAreEquallyHigh) {
-    useUsualFont();
-    const QImage image = picture();
-
-    EXPECT_EQ(paintedHeight(host(), image), 28);
-    EXPECT_EQ(paintedHeight(interval(), image), 28);
-    EXPECT_EQ(paintedHeight(display(), image), 28);
-}
-
-TEST_F(SettingsViewTest, WhatStandsInARowIsCenteredInIt) {
-    useUsualFont();
-    present();
-    for (const auto& [control, text] : std::initializer_list<std::pair<QWidget*, const char*>>{
-             {&host(), "Host to Ping"},
-             {&interval(), "Ping Every"},
-             {interval().findChild<QLineEdit*>(), "Ping Every"},
-             {&display(), "Display"},
-             {&alerts(), "Connection Up/Down Alerts"}}) {
-        EXPECT_EQ(place(*control).center().y(), place(label(text)).center().y()) << text;
-    }
-}
-
-TEST_F(SettingsViewTest, TextsInFieldsBeginEquallyFarInside) {
-    useUsualFont();
-    prefs.setHostname("Ire.example");
-    prefs.setDisplay(Preferences::Display::iconOnly); // both begin with the same letter
-    alerts().setFocus();
-    const QImage image = picture();
-
-    EXPECT_EQ(textInset(host(), image), textInset(display(), image));
-}
-
 TEST_F(SettingsViewTest, NoLineEndsBetweenANumberAndItsUnit) {
     EXPECT_TRUE(label("1 to 60 seconds.").text().startsWith(QString::fromUtf8("1 to 60\u00a0seconds.")));
     EXPECT_TRUE(label("Pings faster").text().endsWith(QString::fromUtf8("threshold +\u00a0900\u00a0ms.")));
@@ -306,6 +174,44 @@ TEST_F(SettingsViewTest, RestoringDefaultsReplacesATypedInterval) {
 
     EXPECT_EQ(interval().text(), "1");
     EXPECT_EQ(prefs.pingInterval(), 1);
+}
+
+TEST_F(SettingsViewTest, RestoringDefaultsCanBeUndone) {
+    resolve("one.example", "192.0.2.1");
+    monitor.setHostname("one.example");
+    prefs.setPingInterval(30);
+    prefs.setPingTimeout(9);
+    prefs.setDisplay(Preferences::Display::textOnly);
+    present();
+    auto& undo = control<QPushButton>("Undo");
+    EXPECT_FALSE(undo.isVisible());
+
+    restore().click();
+    settle();
+    ASSERT_TRUE(undo.isVisible());
+    undo.click();
+    settle();
+
+    EXPECT_EQ(host().text(), "one.example");
+    EXPECT_EQ(interval().text(), "30");
+    EXPECT_EQ(prefs.pingTimeout(), 9);
+    EXPECT_EQ(display().currentText(), "Text Only");
+    EXPECT_FALSE(undo.isVisible());
+}
+
+TEST_F(SettingsViewTest, ClosingTheWindowEndsTheChanceToUndo) {
+    present();
+    restore().click();
+    window.close();
+    present();
+
+    EXPECT_FALSE(control<QPushButton>("Undo").isVisible());
+}
+
+TEST_F(SettingsViewTest, RestoreDefaultSettingsIsNotWhereOkWouldBe) {
+    present();
+
+    EXPECT_EQ(place(restore()).left(), place(*label("Display").parentWidget()).left());
 }
 
 TEST_F(SettingsViewTest, WhileHiddenItObservesNothing) {
