@@ -40,6 +40,11 @@ TEST_F(HostFieldTest, TheAddressRowStaysSoThatNoControlMoves) {
 
     resolve("one.example", "192.0.2.1");
     submit(host(), "one.example");
+    EXPECT_THAT(labels(), HasSubstr("Address\nResolving…\n"));
+    EXPECT_EQ(place(alerts()), before);
+
+    loop.advance(1);
+    settle();
     EXPECT_THAT(labels(), HasSubstr("Address\n192.0.2.1\n"));
     EXPECT_EQ(place(alerts()), before);
 }
