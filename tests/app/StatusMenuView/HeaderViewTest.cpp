@@ -79,10 +79,10 @@ TEST_F(HeaderViewTest, TheLatencyIsBadWhileDown) {
 
 TEST_F(HeaderViewTest, TheLossWarnsWhenThereIsSome) {
     content.latency.clear();
-    EXPECT_FALSE(hasAtRight(content, colors.warn()));
+    EXPECT_FALSE(hasAtRight(content, colors.warnText()));
 
     content.isLossy = true;
-    EXPECT_TRUE(hasAtRight(content, colors.warn()));
+    EXPECT_TRUE(hasAtRight(content, colors.warnText()));
     EXPECT_FALSE(hasAtRight(content, colors.bad()));
 }
 
