@@ -203,7 +203,8 @@ int main(int argc, char** argv) {
     const bool isForReadme = arguments.front() == "--readme" && arguments.size() == 2;
     const bool hasScale = arguments.size() == 2 && !isForReadme;
     const std::string scale = hasScale ? arguments.back() : isForReadme ? "2" : "1";
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    // On a low screen the drop-down would draw itself closer together.
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" TARNWICK_PICTURE_SCREEN);
     qputenv("QT_SCALE_FACTOR", QByteArray::fromStdString(scale));
     const QApplication application(argc, argv);
     const QDir folder(QString::fromStdString(isForReadme ? arguments.back() : arguments.front()));
