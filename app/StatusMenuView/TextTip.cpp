@@ -6,16 +6,16 @@ namespace tarnwick {
 
 namespace {
 
-constexpr int padding = 6;
-constexpr int gap = 4; ///< from what it belongs to
+constexpr int tipPadding = 6;
+constexpr int tipGap = 4; ///< from what it belongs to
 constexpr double cornerRadius = 4;
 
 } // namespace
 
 TextTip::TextTip(QWidget& parent, const QRect& place, const QFont& font, const QString& text)
-    : QWidget(&parent), text_(text), lines_(font, text, place.width() - 2 * padding) {
+    : QWidget(&parent), text_(text), lines_(font, text, place.width() - 2 * tipPadding) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    setGeometry(place.left(), place.bottom() + 1 + gap, place.width(), lines_.height() + 2 * padding);
+    setGeometry(place.left(), place.bottom() + 1 + tipGap, place.width(), lines_.height() + 2 * tipPadding);
     raise();
     show();
 }
@@ -29,7 +29,7 @@ void TextTip::paintEvent(QPaintEvent* /*event*/) {
     painter.setPen(border);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
     painter.setPen(palette().color(QPalette::Text));
-    lines_.draw(painter, QPointF(padding, padding));
+    lines_.draw(painter, QPointF(tipPadding, tipPadding));
 }
 
 } // namespace tarnwick
