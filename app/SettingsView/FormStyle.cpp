@@ -147,9 +147,8 @@ QColor FormStyle::mixed(const QColor& from, const QColor& to, double share) {
 }
 
 void FormStyle::dress(QWidget& control) {
-    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the application owns it
     static auto* const style = [] {
-        auto* const made = new FormStyle;
+        auto* const made = new FormStyle; // NOLINT(cppcoreguidelines-owning-memory): the application owns it
         made->setParent(QCoreApplication::instance());
         return made;
     }();

@@ -8,7 +8,7 @@ namespace {
 
 constexpr int tipPadding = 6;
 constexpr int tipGap = 4; ///< from what it belongs to
-constexpr double cornerRadius = 4;
+constexpr double tipRadius = 4;
 
 } // namespace
 
@@ -27,7 +27,7 @@ void TextTip::paintEvent(QPaintEvent* /*event*/) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(palette().color(QPalette::Base));
     painter.setPen(border);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), tipRadius, tipRadius);
     painter.setPen(palette().color(QPalette::Text));
     lines_.draw(painter, QPointF(tipPadding, tipPadding));
 }

@@ -194,6 +194,7 @@ std::optional<std::string> read(const fs::path& path, std::error_code& error) {
 namespace {
 
 /// Adds each folder that it makes to `made`, the upper ones first.
+// NOLINTNEXTLINE(misc-no-recursion): as deep as the path
 std::error_code makeMissing(const fs::path& folder, std::vector<fs::path>& made) {
     std::error_code ignored; // the type tells
     const fs::file_status present = fs::status(folder, ignored);
