@@ -44,7 +44,7 @@ case $1 in env | apt-get) exec "$@" ;; esac
 
 STAND_INS = {
     "dpkg-query": 'printf "%s installed\\n" $INSTALLED',
-    "apt-get": 'printf "%s\\n" "$*" >>"$RECORDS/apt-get"; [ -z "${APT_HANGS:-}" ] || { touch "$RECORDS/hangs"; cat "$APT_HANGS"; }',
+    "apt-get": 'printf "%s\\n" "$*" >>"$RECORDS/apt-get"; [ -z "${APT_HANGS:-}" ] || { : >"$RECORDS/hangs"; exec cat "$APT_HANGS"; }',
     "cmake": 'printf "%s\\n" "$*" >>"$RECORDS/cmake"',
     "ninja": "echo ninja: no work to do.",
 }
