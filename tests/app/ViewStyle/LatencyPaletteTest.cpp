@@ -78,13 +78,14 @@ TEST(LatencyPalette, EveryTextIsLegibleOnOurGrounds) {
 }
 
 TEST(LatencyPalette, EveryShapeStandsOutFromOurGrounds) {
-    constexpr double enough = 3; // for shapes
+    // The guidelines ask for 3. Bars are small.
     for (const bool dark : {false, true}) {
         const QPalette ours = present(dark, false);
         const LatencyPalette palette(ours);
-        for (const QColor& shape : {palette.good(), palette.warn(), palette.bad()}) {
-            EXPECT_GE(test::contrast(shape, ours.color(QPalette::Window)), enough) << dark;
-        }
+        const QColor window = ours.color(QPalette::Window);
+        EXPECT_GT(test::contrast(palette.good(), window), 4) << dark;
+        EXPECT_GT(test::contrast(palette.warn(), window), 3.5) << dark;
+        EXPECT_GT(test::contrast(palette.bad(), window), 4.5) << dark;
     }
 }
 
