@@ -37,7 +37,6 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
       pathMonitor_(environment.path),
       sleepMonitor_(environment.sleep),
       notifications_(environment.notifications),
-      announcing_(environment.announcing),
       missingPingPermission_(environment.missingPingPermission),
       recorder_(environment.store),
       watchdog_(watchdogConfig(prefs), environment.loop.now()),
@@ -75,7 +74,7 @@ void Monitor::start() {
         loop_.everyRoughly(lastTick_ + tickInterval, tickInterval, housekeepingTolerance, [this] { tick(); });
     prefs_.onChange = lifeline_.guarded([this] { settingsChanged(); });
     observeSystemEvents();
-    watchdog_.setAlertsEnabled(prefs_.showNotifications());
+    followAlerts();
     refreshWatchdogConfig();
     carryOut(watchdog_.reset(loop_.now(), 0, true));
 }

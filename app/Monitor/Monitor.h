@@ -31,11 +31,6 @@ struct MonitorEnvironment {
     SleepMonitor& sleep;
     NotificationCenter& notifications;
     StatsStore store;
-
-    /// Several programs may see the same outage. It is to be announced once.
-    enum class Announcing { always, unlessAnotherRecords };
-
-    Announcing announcing = Announcing::always;
     /// The shell command that lets this user ping; nothing when this user may.
     std::function<std::optional<std::string>()> missingPingPermission = nullptr;
 };
@@ -123,7 +118,6 @@ private:
     /// Takes over the watchdog's verdict after a step, then does what the step asked for.
     void carryOut(const ConnectionWatchdog::Actions& actions);
     void carryOut(ConnectionWatchdog::Action action);
-    void announce(const std::string& title, const std::string& body);
     void evaluate(double now);
     void markLost(std::uint64_t id);
     /// Drops the bookings of pings that have left the window: their outcome is never counted.
@@ -156,6 +150,8 @@ private:
     // Commands.
     void saveStatsOf(const std::string& host, FileStore::Durability durability);
     void settingsChanged();
+    /// Whether connection alerts are wanted, and about which host.
+    void followAlerts();
     void hostChanged();
     /// Keeps the gap since the last ping.
     void pingIntervalChanged();
@@ -178,7 +174,6 @@ private:
     PathMonitor& pathMonitor_;
     SleepMonitor& sleepMonitor_;
     NotificationCenter& notifications_;
-    MonitorEnvironment::Announcing announcing_;
     std::function<std::optional<std::string>()> missingPingPermission_;
 
     Measurements measured_;

@@ -18,7 +18,7 @@ void Monitor::setHostname(const std::string& text) {
 
 void Monitor::settingsChanged() {
     const PublishAtEnd publishAtEnd(*this);
-    watchdog_.setAlertsEnabled(prefs_.showNotifications());
+    followAlerts();
     if (prefs_.hostname() != host_) {
         saveStatsOf(host_, FileStore::Durability::powerCut);
         host_ = prefs_.hostname();
@@ -32,6 +32,11 @@ void Monitor::settingsChanged() {
         pingInterval_ = prefs_.pingInterval();
         pingIntervalChanged();
     }
+}
+
+void Monitor::followAlerts() {
+    watchdog_.setAlertsEnabled(prefs_.showNotifications());
+    notifications_.setSubject(prefs_.showNotifications() ? prefs_.hostname() : std::string());
 }
 
 void Monitor::hostChanged() {

@@ -99,20 +99,13 @@ void Monitor::carryOut(ConnectionWatchdog::Action action) {
         measured_.startError = PingError::resolution("lookup timed out");
         break;
     case ConnectionWatchdog::Action::announceDown:
-        announce(
+        notifications_.post(
             "Tarnwick — Connection down",
             "Your internet connection seems to be down. " + presentReading().downReasonText + ".");
         break;
     case ConnectionWatchdog::Action::announceUp:
-        announce("Tarnwick — Connection restored", "Your internet connection has been restored.");
+        notifications_.post("Tarnwick — Connection restored", "Your internet connection has been restored.");
         break;
-    }
-}
-
-void Monitor::announce(const std::string& title, const std::string& body) {
-    const bool yields = announcing_ == MonitorEnvironment::Announcing::unlessAnotherRecords;
-    if (!yields || measured_.recording != Recording::otherRecords) {
-        notifications_.post(title, body);
     }
 }
 

@@ -6,7 +6,6 @@
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/bus/DesktopNotificationCenter.h"
-#include "platform/bus/InstanceGuard.h"
 #include "platform/bus/LogindSleepMonitor.h"
 #include "platform/linux/OwnIcons.h"
 #include "platform/linux/PingPermission.h"
@@ -70,7 +69,7 @@ private:
     SystemPingNetwork network_{loop_};
     RoutePathMonitor path_{loop_};
     BusConnection systemBus_{loop_, BusConnection::systemAddress()};
-    // Only for notifications: opened with the first one.
+    // Only for notifications: opened when they are wanted.
     BusConnection sessionBus_{loop_, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded};
     LogindSleepMonitor sleep_{loop_, systemBus_, SuspendedTime::sinceBoot};
     DesktopNotificationCenter notifications_{
@@ -79,7 +78,7 @@ private:
         DesktopNotificationCenter::surroundings(isSandboxed()),
         ownIcons(isSandboxed()),
         DesktopNotificationCenter::usualPatience,
-        InstanceGuard::name};
+        NameClaim::Rank::ordinary};
     Monitor monitor_{
         settings_.preferences(),
         {
@@ -89,7 +88,6 @@ private:
             .sleep = sleep_,
             .notifications = notifications_,
             .store = StatsStore::defaultStore(),
-            .announcing = MonitorEnvironment::Announcing::unlessAnotherRecords,
             .missingPingPermission = [] { return PingPermission::grantingCommand(); },
         }};
 };

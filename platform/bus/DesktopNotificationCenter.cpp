@@ -3,6 +3,8 @@
 #include "platform/bus/NotificationDaemon.h"
 #include "platform/bus/NotificationPortal.h"
 
+#include <cstdint>
+#include <sstream>
 #include <utility>
 
 namespace tarnwick {
@@ -19,17 +21,28 @@ std::unique_ptr<NotificationService> makeService(
     return std::make_unique<NotificationDaemon>(bus, iconFolder);
 }
 
+/// The name that the program has which shows what is told about the subject. Names on the bus are short and
+/// of few letters: a hash of the subject serves.
+std::string nameOf(const std::string& subject) {
+    std::uint64_t hash = 0xcbf29ce484222325; // FNV-1a: the same in every version of the programs
+    for (const char letter : subject) {
+        hash = (hash ^ static_cast<unsigned char>(letter)) * 0x100000001b3;
+    }
+    std::ostringstream name;
+    name << "org.tarnwick.Tarnwick.Alerts.h" << std::hex << hash;
+    return name.str();
+}
+
 } // namespace
 
 DesktopNotificationCenter::DesktopNotificationCenter(
     RunLoop& loop, BusConnection& bus, Surroundings surroundings, const std::filesystem::path& iconFolder,
-    double patience, const std::string& yieldsTo)
-    : loop_(loop), bus_(bus), patience_(patience), service_(makeService(bus, surroundings, iconFolder)) {
-    if (!yieldsTo.empty()) {
-        otherWatch_ = watchName(bus_, yieldsTo, [this](const std::string& owner, NameNews /*news*/) {
-            isYielding_ = !owner.empty();
-        });
-    }
+    double patience, NameClaim::Rank rank)
+    : loop_(loop),
+      bus_(bus),
+      patience_(patience),
+      rank_(rank),
+      service_(makeService(bus, surroundings, iconFolder)) {
     // Subscribed first: on a new connection, the question for the owner precedes the probe.
     serviceWatch_ = watchName(bus_, service_->busName(), [this](const std::string& owner, NameNews news) {
         serviceChanged(owner, news);
@@ -49,6 +62,17 @@ void DesktopNotificationCenter::post(const std::string& title, const std::string
     findService();
     if (!staleTimer_) {
         staleTimer_ = loop_.after(patience_, [this] { dropStale(); });
+    }
+}
+
+void DesktopNotificationCenter::setSubject(const std::string& subject) {
+    if (std::exchange(subject_, subject) == subject) {
+        return;
+    }
+    claim_.reset();
+    if (!subject.empty()) {
+        claim_.emplace(bus_, nameOf(subject), rank_);
+        bus_.need();
     }
 }
 
@@ -123,9 +147,10 @@ void DesktopNotificationCenter::setAbility(Ability ability) {
 
 void DesktopNotificationCenter::showWaiting() {
     staleTimer_.reset();
+    const bool isAnothers = claim_ && claim_->isAnothers();
     for (const Waiting& notification : std::exchange(waiting_, {})) {
         // It may be too old although the timer that drops it has not run yet.
-        if (loop_.now() < notification.deadline && !isYielding_) {
+        if (loop_.now() < notification.deadline && !isAnothers) {
             service_->show(notification.title, notification.body);
         }
     }

@@ -5,6 +5,7 @@
 #include "core/Lifeline.h"
 #include "core/RunLoop.h"
 #include "platform/bus/BusConnection.h"
+#include "platform/bus/NameClaim.h"
 #include "platform/bus/NameWatch.h"
 #include "platform/bus/NotificationService.h"
 #include "platform/ports/NotificationCenter.h"
@@ -13,6 +14,7 @@
 #include <deque>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tarnwick {
@@ -35,14 +37,15 @@ public:
     static constexpr std::size_t mostWaiting = 8;
 
     /// `bus` is the session's and outlives it. `iconFolder` holds the program's own icons, laid out as an
-    /// icon theme; empty: the desktop's theme may have one. While another program has the name `yieldsTo` on
-    /// the bus, notifications are dropped: that program shows the same; empty: none does.
+    /// icon theme; empty: the desktop's theme may have one. Of the programs with one subject the one of the
+    /// first rank shows the notifications, or else the one that has had the subject for longest.
     DesktopNotificationCenter(
         RunLoop& loop, BusConnection& bus, Surroundings surroundings,
         const std::filesystem::path& iconFolder = {}, double patience = usualPatience,
-        const std::string& yieldsTo = {});
+        NameClaim::Rank rank = NameClaim::Rank::first);
 
     void post(const std::string& title, const std::string& body) override;
+    void setSubject(const std::string& subject) override;
     void requestAuthorization() override;
 
     [[nodiscard]] Ability canNotify() const override { return ability_; }
@@ -66,17 +69,18 @@ private:
     RunLoop& loop_;
     BusConnection& bus_;
     double patience_;
+    NameClaim::Rank rank_;
     std::unique_ptr<NotificationService> service_;
     Ability ability_ = Ability::unknown;
     bool isWanted_ = false; ///< there was a request or a notification
     bool isProbing_ = false;
     bool isAskedAgain_ = false; ///< since the present probe began
-    int probe_ = 0;             ///< answers to earlier probes are ignored
+    std::string subject_;
+    std::optional<NameClaim> claim_; ///< while there is a subject
+    int probe_ = 0;                  ///< answers to earlier probes are ignored
     std::deque<Waiting> waiting_;
-    bool isYielding_ = false;
     RunLoop::Handle staleTimer_;
     Lifeline lifeline_;
-    Subscription otherWatch_;
     Subscription serviceWatch_;
     Subscription stateSubscription_;
 };

@@ -24,6 +24,10 @@ public:
     /// Shows a new notification with the default sound. Returns at once and reports no failure.
     virtual void post(const std::string& title, const std::string& body) = 0;
 
+    /// What the notifications to come are about; empty at first, and while none are to come. Of the programs
+    /// of this session that notify about the same, one shows them.
+    virtual void setSubject(const std::string& subject) = 0;
+
     /// Finds out whether notifications can be shown; `canNotify` has the answer later. `post` may be called
     /// in either case.
     virtual void requestAuthorization() = 0;

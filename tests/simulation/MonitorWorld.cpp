@@ -15,7 +15,7 @@ void MonitorWorld::create() {
     monitor.reset();
     prefs = std::make_unique<Preferences>(defaults);
     monitor = std::make_unique<Monitor>(
-        *prefs, MonitorEnvironment{loop, network, path, sleep, notifications, store(), announcing});
+        *prefs, MonitorEnvironment{loop, network, path, sleep, notifications, store()});
 }
 
 void MonitorWorld::start() {

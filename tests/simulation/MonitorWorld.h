@@ -72,7 +72,6 @@ public:
     FakeSleepMonitor sleep;
     RecordingNotificationCenter notifications;
     MemoryDefaults defaults;
-    MonitorEnvironment::Announcing announcing = MonitorEnvironment::Announcing::always; ///< of the next start
     std::unique_ptr<Preferences> prefs;
     std::unique_ptr<Monitor> monitor;
     double startedAt = 0;

@@ -35,6 +35,8 @@ public:
         }
     }
 
+    void setSubject(const std::string& subject) override { subject_ = subject; }
+
     void requestAuthorization() override {
         ++requests_;
         answered();
@@ -47,6 +49,8 @@ public:
 
     /// Called in the middle of each post.
     std::function<void()> onPost;
+
+    [[nodiscard]] const std::string& subject() const { return subject_; }
 
     [[nodiscard]] int requests() const { return requests_; }
 
@@ -65,6 +69,7 @@ private:
 
     std::vector<Notification> posted_;
     std::vector<Notification> shown_;
+    std::string subject_;
     Ability ability_ = Ability::unknown;
     int requests_ = 0;
 };

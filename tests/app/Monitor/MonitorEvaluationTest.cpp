@@ -81,21 +81,29 @@ TEST_F(MonitorEvaluationTest, TheNotificationOfAnOutageNamesItsReason) {
     EXPECT_EQ(latest(), "Your internet connection seems to be down. No network connection.");
 }
 
-TEST_F(MonitorEvaluationTest, OfTwoThatYieldTheOneThatRecordsAnnouncesAnOutage) {
-    MonitorWorld second(folder);
-    announcing = second.announcing = MonitorEnvironment::Announcing::unlessAnotherRecords;
-    defaults.put(PreferenceKey::showNotifications, true);
+TEST_F(MonitorEvaluationTest, AlertsAreAboutTheHostWhileTheyAreOn) {
     start();
+    const std::string former = prefs->hostname();
+    EXPECT_EQ(notifications.subject(), "");
 
-    const OutageRecord waiting(second);
-    const OutageRecord recording(*this);
+    prefs->setShowNotifications(true);
+    EXPECT_EQ(notifications.subject(), former);
+    monitor->setHostname("192.0.2.7");
+    EXPECT_EQ(notifications.subject(), "192.0.2.7");
 
-    EXPECT_EQ(waiting.readings.back().recording, Recording::otherRecords);
-    EXPECT_THAT(second.notifications.posted(), IsEmpty());
-    EXPECT_EQ(notifications.posted().size(), 2U);
+    prefs->setShowNotifications(false);
+    EXPECT_EQ(notifications.subject(), "");
 }
 
-TEST_F(MonitorEvaluationTest, OneThatDoesNotYieldAnnouncesWhileAnotherRecords) {
+TEST_F(MonitorEvaluationTest, AlertsThatAreOnAtTheStartAreAboutTheHost) {
+    defaults.put(PreferenceKey::showNotifications, true);
+
+    start();
+
+    EXPECT_EQ(notifications.subject(), prefs->hostname());
+}
+
+TEST_F(MonitorEvaluationTest, AnOutageIsToldToTheNotificationsWhileAnotherRecords) {
     MonitorWorld second(folder);
     start();
 

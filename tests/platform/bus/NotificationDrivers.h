@@ -1,6 +1,7 @@
 // Notification centers and the services behind them, for the contracts that all of them keep.
 #pragma once
 
+#include "platform/bus/BusCall.h"
 #include "platform/bus/DesktopNotificationCenter.h"
 
 #include "tests/platform/bus/BusTest.h"
@@ -16,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -76,9 +78,42 @@ protected:
         center_.emplace(clock_, bus_, surroundings, std::filesystem::path(), patience);
     }
 
-    /// A center that shows nothing while another program has this name.
-    void yieldTo(const std::string& name) {
-        center_.emplace(clock_, bus_, surroundings, std::filesystem::path(), longPatience, name);
+    /// Another program on the bus, with a center of its own.
+    struct OtherProgram {
+        OtherProgram(RunLoop& loop, const std::string& address, NameClaim::Rank rank)
+            : bus(loop, address),
+              center(loop, bus, surroundings, std::filesystem::path(), longPatience, rank) {}
+
+        BusConnection bus;
+        DesktopNotificationCenter center;
+    };
+
+    /// A center of a program of this rank.
+    void becomeOf(NameClaim::Rank rank) {
+        center_.emplace(clock_, bus_, surroundings, std::filesystem::path(), longPatience, rank);
+    }
+
+    /// Gives the center a subject, and waits until the bus has told it whose it is.
+    [[nodiscard]] bool runUntilItHasSubject(
+        NotificationCenter& center, BusConnection& bus, const std::string& subject) {
+        if (!runUntil([&bus] { return bus.state() == BusConnection::State::connected; })) {
+            return false;
+        }
+        center.setSubject(subject);
+        return runUntilAnsweredOn(bus);
+    }
+
+    /// Until the bus has answered all that was asked on this connection.
+    [[nodiscard]] bool runUntilAnsweredOn(BusConnection& bus) {
+        bool isAnswered = false;
+        callBus<std::string>(
+            bus, daemonCall("GetId"), std::tuple(),
+            [&isAnswered](const std::optional<std::string>&) { isAnswered = true; });
+        return runUntil([&isAnswered] { return isAnswered; });
+    }
+
+    [[nodiscard]] std::unique_ptr<OtherProgram> otherProgram(NameClaim::Rank rank) {
+        return std::make_unique<OtherProgram>(clock_, this->daemon_.address(), rank);
     }
 
     /// Makes what is posted too old, before a timer has noticed.

@@ -39,25 +39,6 @@ TYPED_TEST(NotificationServiceContract, NoServiceIsAskedBeforeThereIsAReason) {
     EXPECT_EQ(this->center().canNotify(), Ability::unknown);
 }
 
-TYPED_TEST(NotificationServiceContract, NothingIsShownWhileTheProgramThatItYieldsToRuns) {
-    this->addService();
-    BusPeer& other = this->addPeer();
-    other.requestName("org.example.Other");
-    this->yieldTo("org.example.Other");
-
-    this->center().post("while it runs", "");
-    ASSERT_TRUE(this->runUntilAbilityIs(Ability::yes));
-    ASSERT_TRUE(this->runUntilServiceHasHeard());
-    EXPECT_THAT(this->titles(), IsEmpty());
-
-    other.releaseName("org.example.Other");
-    ASSERT_TRUE(this->runUntilHeardBy(other));
-    this->center().post("after its end", "");
-
-    ASSERT_TRUE(this->runUntilShown(1));
-    EXPECT_THAT(this->titles(), ElementsAre("after its end"));
-}
-
 TYPED_TEST(NotificationServiceContract, TextThatIsNotUtf8DoesNotCostTheConnection) {
     ASSERT_TRUE(this->connectWithService());
 
