@@ -66,6 +66,9 @@ bool mayBeInName(char32_t character) {
            && character != Utf8::replacement;
 }
 
+/// The name system's. Letters of other scripts take more room there; the resolver tells of that.
+constexpr std::size_t longestPart = 63;
+
 std::optional<HostMistake> mistakeInName(std::string_view name) {
     if (name.empty()) {
         return HostMistake::noHost;
@@ -73,12 +76,25 @@ std::optional<HostMistake> mistakeInName(std::string_view name) {
     if (name.starts_with('.') || name.ends_with('.') || name.find("..") != std::string_view::npos) {
         return HostMistake::emptyPart;
     }
+    if (name.starts_with('-')) {
+        return HostMistake::dash;
+    }
+    std::size_t letters = 0; // since the last dot
+    bool hasLongPart = false;
     for (std::string_view rest = name; !rest.empty();) {
-        if (!mayBeInName(Utf8::takeCharacter(rest))) {
+        const char32_t character = Utf8::takeCharacter(rest);
+        if (!mayBeInName(character)) {
             return HostMistake::character;
         }
+        letters = character == U'.' ? 0 : letters + 1;
+        hasLongPart = hasLongPart || letters > longestPart;
     }
-    return std::nullopt;
+    return hasLongPart ? std::optional(HostMistake::longPart) : std::nullopt;
+}
+
+/// An IPv4 address in the order of the host's bytes.
+bool isOfOneMachine(in_addr_t address) {
+    return address != INADDR_ANY && address != INADDR_BROADCAST && !IN_MULTICAST(address);
 }
 
 using HostOrMistake = std::variant<std::string, HostMistake>;
@@ -90,6 +106,11 @@ HostOrMistake nameOrMistake(std::string_view name) {
     }
     if (const auto mistake = mistakeInName(name)) {
         return *mistake;
+    }
+    // As the resolver reads it: "0" is an address too.
+    in_addr address{};
+    if (::inet_aton(std::string(name).c_str(), &address) != 0 && !isOfOneMachine(ntohl(address.s_addr))) {
+        return HostMistake::notOne;
     }
     return std::string(name);
 }
@@ -109,13 +130,16 @@ HostOrMistake addressOrMistake(std::string_view text, HostMistake otherwise) {
     if (::inet_pton(AF_INET6, std::string(text.substr(0, percent)).c_str(), &address) != 1) {
         return otherwise;
     }
+    if (IN6_IS_ADDR_UNSPECIFIED(&address) || IN6_IS_ADDR_MULTICAST(&address)) {
+        return HostMistake::notOne;
+    }
     if (IN6_IS_ADDR_LINKLOCAL(&address) && zone.size() <= 1) {
         return HostMistake::noZone;
     }
     if (zone.size() == 1 || Text::printable(zone) != zone) {
         return otherwise;
     }
-    return IN6_IS_ADDR_V4MAPPED(&address) ? mappedAddress(address) : std::string(text);
+    return IN6_IS_ADDR_V4MAPPED(&address) ? nameOrMistake(mappedAddress(address)) : std::string(text);
 }
 
 HostOrMistake inBrackets(std::string_view text) {
@@ -172,6 +196,12 @@ std::string_view reason(HostMistake mistake) {
         return "it has a character that no host name has";
     case HostMistake::emptyPart:
         return "a part of its name is empty";
+    case HostMistake::dash:
+        return "it begins with a dash";
+    case HostMistake::longPart:
+        return "a part of its name has more than 63 letters";
+    case HostMistake::notOne:
+        return "it is not the address of one machine";
     case HostMistake::port:
         return "what follows the colon is no port number";
     case HostMistake::brackets:

@@ -14,10 +14,13 @@ enum class HostMistake {
     tooLong,    ///< more bytes than `longestHost`
     blank,      ///< white space inside
     character,  ///< a character that no host name has
+    dash,       ///< one at the beginning: it reads as an option of a command
+    longPart,   ///< more than 63 letters between two dots
     emptyPart,  ///< two dots in a row, or one at the beginning
     port,       ///< behind its only colon is no port number
     brackets,   ///< they are not in pairs, or what they hold is no IPv6 address
     notAddress, ///< several colons, as in an IPv6 address, yet it is none
+    notOne,     ///< an address of several machines, or of none: broadcast, multicast, "::"
     noZone,     ///< a link-local IPv6 address without its interface: the kernel can't send there
 };
 

@@ -127,6 +127,32 @@ INSTANTIATE_TEST_SUITE_P(
         Mistaken{"::1]", HostMistake::notAddress}));
 
 INSTANTIATE_TEST_SUITE_P(
+    NoNameOfTheNameSystem, MistakenHost,
+    testing::Values(
+        Mistaken{"-a", HostMistake::dash}, Mistaken{"--help", HostMistake::dash},
+        Mistaken{"https://-a.example", HostMistake::dash},
+        Mistaken{std::string(64, 'a'), HostMistake::longPart},
+        Mistaken{"a." + std::string(64, 'b') + ".example", HostMistake::longPart}));
+
+INSTANTIATE_TEST_SUITE_P(
+    NotOneMachine, MistakenHost,
+    testing::Values(
+        Mistaken{"::", HostMistake::notOne}, Mistaken{"[::]:80", HostMistake::notOne},
+        Mistaken{"::%lo", HostMistake::notOne}, Mistaken{"ff02::1", HostMistake::notOne},
+        Mistaken{"ff02::1%eth0", HostMistake::notOne}, Mistaken{"0.0.0.0", HostMistake::notOne},
+        Mistaken{"0", HostMistake::notOne}, Mistaken{"::ffff:0.0.0.0", HostMistake::notOne},
+        Mistaken{"224.0.0.1", HostMistake::notOne}, Mistaken{"239.255.255.255", HostMistake::notOne},
+        Mistaken{"255.255.255.255", HostMistake::notOne},
+        Mistaken{"::ffff:255.255.255.255", HostMistake::notOne}));
+
+INSTANTIATE_TEST_SUITE_P(
+    JustNot, UnderstoodHost,
+    testing::Values(
+        Understood{"a-", "a-"}, Understood{std::string(63, 'a') + ".b", std::string(63, 'a') + ".b"},
+        Understood{"0.0.0.1", "0.0.0.1"}, Understood{"223.255.255.255", "223.255.255.255"},
+        Understood{"240.0.0.1", "240.0.0.1"}, Understood{"255.255.255.254", "255.255.255.254"}));
+
+INSTANTIATE_TEST_SUITE_P(
     LinkLocal, MistakenHost,
     testing::Values(
         Mistaken{"fe80::1", HostMistake::noZone}, Mistaken{"[fe80::1]:22", HostMistake::noZone},
@@ -137,6 +163,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(HostMistakeReason, DiffersForEachMistakeAndFitsIntoALine) {
     constexpr std::array all{HostMistake::empty, HostMistake::noHost,    HostMistake::tooLong,
                              HostMistake::blank, HostMistake::character, HostMistake::emptyPart,
+                             HostMistake::dash,  HostMistake::longPart,  HostMistake::notOne,
                              HostMistake::port,  HostMistake::brackets,  HostMistake::notAddress,
                              HostMistake::noZone};
     std::set<std::string_view> reasons;

@@ -2,6 +2,7 @@
 #include "app/CommandLine/WatchOptions.h"
 
 #include "app/Preferences/SettingTable.h"
+#include "core/HostText.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,6 +16,17 @@ using Arguments = std::vector<std::string>;
 
 Setting text(const std::string& key, const std::string& value) {
     return {key, value};
+}
+
+/// In parts that a name may have.
+std::string longestName() {
+    std::string name;
+    while (name.size() < longestHost) {
+        name += std::string(63, 'a') + '.';
+    }
+    name.back() = 'a';
+    name[name.size() - 2] = '.';
+    return name;
 }
 
 /// What a command line asks for.
@@ -98,8 +110,8 @@ INSTANTIATE_TEST_SUITE_P(
         Accepted{{" example.org\t"}, {.settings = {text("Hostname", "example.org")}}},
         Accepted{{"https://example.org:8443/x"}, {.settings = {text("Hostname", "example.org")}}},
         Accepted{{"--set=Hostname= example.org "}, {.settings = {text("Hostname", "example.org")}}},
-        Accepted{{"--", "--json"}, {.settings = {text("Hostname", "--json")}}},
-        Accepted{{std::string(1024, 'a')}, {.settings = {text("Hostname", std::string(1024, 'a'))}}}));
+        Accepted{{"--", "example.org"}, {.settings = {text("Hostname", "example.org")}}},
+        Accepted{{longestName()}, {.settings = {text("Hostname", longestName())}}}));
 
 TEST(Options, OneCommandLineDoesNotLeakIntoTheNext) {
     static_cast<void>(refused({"--json", "--nonsense", "example.org"}));
@@ -135,7 +147,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{
             {"one example"},
             "HOST must be a host name or address, not \"one example\": it has a blank in it"},
-        Refused{{std::string(1025, 'a')}, "HOST"},
+        Refused{{"--", "--json"}, "begins with a dash"}, Refused{{std::string(1025, 'a')}, "HOST"},
         Refused{{"--set", "Hostname=" + std::string(1025, 'a')}, "Hostname"}));
 INSTANTIATE_TEST_SUITE_P(
     LineBreak, RefusedCommandLine,
