@@ -69,9 +69,13 @@ std::vector<std::string> settingMistakes(std::vector<StoredSetting> stored) {
         stored, {}, [](const StoredSetting& setting) { return std::tie(setting.line, setting.key); });
     std::vector<std::string> mistakes;
     for (const StoredSetting& setting : stored) {
-        if (const std::string mistake = mistakeIn(setting); !mistake.empty()) {
-            mistakes.push_back(
-                setting.line > 0 ? "line " + std::to_string(setting.line) + ": " + mistake : mistake);
+        const std::string repetition =
+            setting.isRepeated ? shortened(setting.key) + " is there more than once; this one counts" : "";
+        for (const std::string& mistake : {repetition, mistakeIn(setting)}) {
+            if (!mistake.empty()) {
+                mistakes.push_back(
+                    setting.line > 0 ? "line " + std::to_string(setting.line) + ": " + mistake : mistake);
+            }
         }
     }
     return mistakes;

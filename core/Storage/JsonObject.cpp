@@ -1,7 +1,9 @@
 #include "core/Storage/JsonObject.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -14,8 +16,14 @@ using Json = nlohmann::json;
 /// Settings and statistics need far less. The library copies and writes values recursively.
 constexpr std::size_t deepestNesting = 100;
 
-/// Walks over a text and counts its lines.
-class LineCounting {
+/// How far a text has been read.
+struct Place {
+    const char* at;
+    int line = 1;
+};
+
+/// Walks over a text for the library, which passes it on by value.
+class PlaceCounting {
 public:
     using iterator_category = std::input_iterator_tag;
     using value_type = char;
@@ -23,24 +31,28 @@ public:
     using pointer = const char*;
     using reference = const char&;
 
-    LineCounting(const char* at, int* line) : at_(at), line_(line) {}
+    PlaceCounting(const char* at, Place* place) : at_(at), place_(place) {}
 
     reference operator*() const { return *at_; }
 
-    LineCounting& operator++() {
-        *line_ += *at_ == '\n' ? 1 : 0;
-        ++at_;
+    PlaceCounting& operator++() {
+        place_->line += *at_ == '\n' ? 1 : 0;
+        place_->at = ++at_;
         return *this;
     }
 
-    friend bool operator==(const LineCounting& left, const LineCounting& right) {
+    friend bool operator==(const PlaceCounting& left, const PlaceCounting& right) {
         return left.at_ == right.at_;
     }
 
 private:
     const char* at_;
-    int* line_;
+    Place* place_;
 };
+
+bool startsComment(std::string_view text) {
+    return text.starts_with('#') || text.starts_with("//") || text.starts_with("/*");
+}
 
 /// What follows the place in the library's message: "unexpected '}'; expected string literal".
 std::string reasonIn(const std::string& message) {
@@ -59,7 +71,10 @@ public:
     using string_t = Json::string_t;
     using binary_t = Json::binary_t;
 
-    explicit ObjectReader(const int& line) : line_(line) {}
+    /// `place` is where the library reads `text`, which both outlive it.
+    ObjectReader(std::string_view text, const Place& place) : text_(text), place_(place) {}
+
+    [[nodiscard]] Json& value() { return root_; }
 
     [[nodiscard]] JsonReading take() {
         if (!reading_.mistake && !root_.is_object()) {
@@ -97,15 +112,26 @@ public:
 
     bool key(string_t& name) {
         if (open_.size() == 1) {
-            reading_.lines[name] = line_;
+            if (!reading_.lines.insert_or_assign(name, place_.line).second) {
+                reading_.repeated.insert(name);
+            }
         }
         key_ = std::move(name);
         return true;
     }
 
     bool parse_error(
-        std::size_t /*position*/, const std::string& /*token*/, const nlohmann::detail::exception& error) {
-        reading_.mistake = {.line = line_, .text = reasonIn(error.what())};
+        std::size_t position, const std::string& token, const nlohmann::detail::exception& error) {
+        constexpr int numberOverflow = 406;
+        std::string text = reasonIn(error.what());
+        if (error.id == numberOverflow) {
+            text = "the number " + token + " is too large";
+        } else if (position > 0 && position <= text_.size() && startsComment(text_.substr(position - 1))) {
+            text = "JSON has no comments";
+        }
+        // A text that its line ends: the mistake is in that line.
+        const bool isAtLineEnd = position > 0 && position <= text_.size() && text_[position - 1] == '\n';
+        reading_.mistake = {.line = place_.line - (isAtLineEnd ? 1 : 0), .text = std::move(text)};
         return false;
     }
 
@@ -127,7 +153,7 @@ private:
 
     bool open(Json container) {
         if (open_.size() > deepestNesting) {
-            reading_.mistake = {.line = line_, .text = "it is nested too deep"};
+            reading_.mistake = {.line = place_.line, .text = "it is nested too deep"};
             return false;
         }
         open_.push_back(place(std::move(container)));
@@ -139,11 +165,98 @@ private:
         return true;
     }
 
-    const int& line_;
+    std::string_view text_;
+    const Place& place_;
     Json root_;
     std::vector<Json*> open_; ///< the objects and arrays around the next value
     std::string key_;
     JsonReading reading_;
+};
+
+/// Finds the members of an object whatever stands between them: each text before a colon, outside comments,
+/// is a key.
+class MemberSearch {
+public:
+    explicit MemberSearch(std::string_view text) : rest_(text) {}
+
+    void addTo(JsonReading& reading) {
+        while (!rest_.empty() && unreadable_ < mostUnreadable) {
+            if (startsComment(rest_)) {
+                skip(std::min(rest_.find(rest_.starts_with("/*") ? "*/" : "\n"), rest_.size()));
+            } else if (const std::size_t length = lengthOfText()) {
+                takeMember(length, reading);
+            } else {
+                skip(1);
+            }
+        }
+    }
+
+private:
+    /// Values that can't be read, of which each may be read to the end of the text.
+    static constexpr int mostUnreadable = 100;
+
+    void skip(std::size_t letters) {
+        line_ += static_cast<int>(std::ranges::count(rest_.substr(0, letters), '\n'));
+        rest_.remove_prefix(letters);
+    }
+
+    /// With its quotes; zero when none begins here and ends in this line.
+    [[nodiscard]] std::size_t lengthOfText() const {
+        if (!rest_.starts_with('"')) {
+            return 0;
+        }
+        for (std::size_t at = 1; at < rest_.size() && rest_[at] != '\n'; ++at) {
+            if (rest_[at] == '\\') {
+                ++at;
+            } else if (rest_[at] == '"') {
+                return at + 1;
+            }
+        }
+        return 0;
+    }
+
+    /// Behind a text of this length.
+    void takeMember(std::size_t length, JsonReading& reading) {
+        const Json key = Json::parse(rest_.substr(0, length), nullptr, false);
+        const int line = line_;
+        skip(length);
+        const std::size_t colon = rest_.find_first_not_of(" \t\r\n");
+        if (!key.is_string() || colon == std::string_view::npos || rest_[colon] != ':') {
+            return;
+        }
+        skip(colon + 1);
+        if (auto value = takeValue()) {
+            const auto& name = key.get_ref<const std::string&>();
+            if (!reading.lines.insert_or_assign(name, line).second) {
+                reading.repeated.insert(name);
+            }
+            reading.object[name] = std::move(*value);
+        } else {
+            ++unreadable_;
+        }
+    }
+
+    [[nodiscard]] std::optional<Json> takeValue() {
+        Place place{rest_.data(), line_};
+        ObjectReader reader(rest_, place);
+        const PlaceCounting end(rest_.data() + rest_.size(), &place);
+        // Whatever follows the value, and comments in it, do not matter.
+        if (!Json::sax_parse(
+                PlaceCounting(rest_.data(), &place), end, &reader, Json::input_format_t::json, false, true)) {
+            return std::nullopt;
+        }
+        const auto length = static_cast<std::size_t>(place.at - rest_.data());
+        const std::size_t next = rest_.find_first_not_of(" \t\r\n", length);
+        if (reader.value().is_string() && next != std::string_view::npos && rest_[next] == ':') {
+            return std::nullopt; // no value, but the next key
+        }
+        skip(length);
+        return std::move(reader.value());
+    }
+
+    std::string_view rest_;
+    int line_ = 1;
+    int unreadable_ = 0;
 };
 
 } // namespace
@@ -153,11 +266,20 @@ JsonReading readJsonObject(const std::string& text) {
     if (text.find_first_not_of(" \t\r\n") == std::string::npos) {
         return {.mistake = JsonMistake{.line = 1, .text = "it is empty"}};
     }
-    int line = 1;
-    ObjectReader reader(line);
-    const char* const end = text.data() + text.size();
-    Json::sax_parse(LineCounting(text.data(), &line), LineCounting(end, &line), &reader);
+    Place place{text.data()};
+    ObjectReader reader(text, place);
+    Json::sax_parse(
+        PlaceCounting(text.data(), &place), PlaceCounting(text.data() + text.size(), &place), &reader);
     return reader.take();
+}
+
+JsonReading salvageJsonObject(const std::string& text) {
+    JsonReading reading = readJsonObject(text);
+    if (reading.mistake) {
+        reading = {.mistake = std::move(reading.mistake)};
+        MemberSearch(text).addTo(reading);
+    }
+    return reading;
 }
 
 std::optional<Json> parseJsonObject(const std::string& text) {

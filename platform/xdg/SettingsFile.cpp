@@ -4,6 +4,7 @@
 #include "core/Storage/JsonObject.h"
 #include "core/Storage/UserFolders.h"
 
+#include <set>
 #include <utility>
 
 namespace tarnwick {
@@ -50,10 +51,18 @@ FileText readText(const std::filesystem::path& path) {
 
 JsonReading readingOf(const FileText& file) {
     if (file.text) {
-        return readJsonObject(*file.text);
+        return salvageJsonObject(*file.text);
     }
     const bool isNoFile = file.error == std::errc::invalid_argument;
     return {.mistake = JsonMistake{.line = 0, .text = isNoFile ? "it is no file" : file.error.message()}};
+}
+
+/// A link to nothing reads as an empty file, and writing makes its target: yet it may be a slip.
+std::string mistakeInLink(const std::filesystem::path& path) {
+    std::error_code error;
+    return std::filesystem::is_symlink(path, error) && !std::filesystem::exists(path, error)
+               ? "it is a link to a file that is not there"
+               : "";
 }
 
 std::string textOf(const JsonMistake& mistake) {
@@ -76,7 +85,14 @@ std::optional<UserDefaults::Value> valueOf(const Json& value) {
 struct SettingsFile::Stored {
     Json object = Json::object();                         ///< as last known on disk
     std::map<std::string, int> lines{};                   ///< of its keys
+    std::set<std::string> repeated{};                     ///< of its keys, as last read
     std::map<std::string, std::optional<Json>> unsaved{}; ///< changes not on disk yet; none: removed
+
+    void take(JsonReading reading) {
+        object = std::move(reading.object);
+        lines = std::move(reading.lines);
+        repeated = std::move(reading.repeated);
+    }
 
     /// An unsaved change, else the value on disk.
     [[nodiscard]] const Json* find(const std::string& key) const {
@@ -106,9 +122,7 @@ SettingsFile::SettingsFile(RunLoop& loop, std::filesystem::path path, Table forT
       forThisRun_(std::move(forThisRun)),
       stored_(std::make_unique<Stored>()) {
     if (!reload() && !mistake_.empty()) {
-        JsonReading reading = readingOf(readText(path_));
-        stored_->object = std::move(reading.object);
-        stored_->lines = std::move(reading.lines);
+        stored_->take(readingOf(readText(path_)));
     }
 }
 
@@ -128,12 +142,11 @@ bool SettingsFile::reload() {
         return false;
     }
     JsonReading reading = readingOf(file);
-    mistake_ = reading.mistake ? textOf(*reading.mistake) : "";
+    mistake_ = reading.mistake ? textOf(*reading.mistake) : mistakeInLink(path_);
     if (reading.mistake) {
         return false;
     }
-    stored_->object = std::move(reading.object);
-    stored_->lines = std::move(reading.lines);
+    stored_->take(std::move(reading));
     knownText_ = std::move(file.text);
     return true;
 }
@@ -154,6 +167,7 @@ std::vector<StoredSetting> SettingsFile::stored() const {
             .value = valueOf(value),
             .written = value.dump(-1, ' ', false, Json::error_handler_t::replace),
             .line = line != stored_->lines.end() ? line->second : 0,
+            .isRepeated = stored_->repeated.contains(key),
         });
     }
     return settings;
@@ -257,6 +271,7 @@ void SettingsFile::write(FileStore::Durability durability) {
         mistake_.clear();
         isFlushed_ = durability == FileStore::Durability::powerCut;
         stored_->lines = readJsonObject(text).lines;
+        stored_->repeated.clear();
         // After foreign changes the next reload must report something new.
         knownText_ = hasForeignChanges ? std::nullopt : std::optional(text);
     }

@@ -16,9 +16,9 @@ namespace tarnwick {
 
 struct JsonMistake;
 
-/// Unknown keys are kept. Of a file that is no JSON object the part before the mistake counts, and it gets a
-/// second name before it is overwritten. Nothing is written until a setting changes. The changes of a slider
-/// that moves are written together, once it rests, without waiting for the disk; `flush` waits.
+/// Unknown keys are kept. At the start, of a file that is no JSON object all counts that can be read. It
+/// gets a second name before it is overwritten. Nothing is written until a setting changes. The changes of a
+/// slider that moves are written together, once it rests, without waiting for the disk; `flush` waits.
 class SettingsFile final : public UserDefaults {
 public:
     /// Seconds from the latest change to its write.

@@ -93,4 +93,15 @@ TEST(SettingMistakes, SayWhyATextIsNoHost) {
         ElementsAre("Hostname must be a host name or address, not 8.8; ignored"));
 }
 
+TEST(SettingMistakes, NameAKeyThatIsThereTwiceBesideWhatIsWrongWithItsValue) {
+    StoredSetting repeated = text("PingInterval", "2", 3);
+    repeated.isRepeated = true;
+
+    EXPECT_THAT(
+        settingMistakes({repeated}),
+        ElementsAre(
+            "line 3: PingInterval is there more than once; this one counts",
+            "line 3: PingInterval must be a whole number of seconds, 1 to 60, not \"2\"; ignored"));
+}
+
 } // namespace tarnwick

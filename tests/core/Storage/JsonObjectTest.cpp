@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <map>
+#include <set>
 #include <string>
 
 namespace tarnwick {
@@ -57,6 +59,7 @@ TEST(JsonObject, HasTheLastValueAndLineOfAKeyThatIsThereTwice) {
     const JsonReading reading = readJsonObject("{\"a\": 1,\n\"a\": 2}");
     EXPECT_EQ(reading.object.dump(), R"({"a":2})");
     EXPECT_EQ(reading.lines, (std::map<std::string, int>{{"a", 2}}));
+    EXPECT_EQ(reading.repeated, std::set<std::string>{"a"});
 }
 
 struct Mistaken {
@@ -81,6 +84,10 @@ INSTANTIATE_TEST_SUITE_P(
             "MissingComma", "{\"a\": 1\n \"b\": 2}", 2, "unexpected string literal; expected '}'",
             R"({"a":1})"},
         Mistaken{"Empty", "", 1, "it is empty", "{}"}, Mistaken{"Blank", " \n\t", 1, "it is empty", "{}"},
+        Mistaken{"Comment", "{\"a\": 1,\n // x\n\"b\": 2}", 2, "JSON has no comments", R"({"a":1})"},
+        Mistaken{"CommentOfShells", "# x\n{\"b\": 2}", 1, "JSON has no comments", "{}"},
+        Mistaken{
+            "NumberTooLarge", "{\"a\": 1,\n\"b\": 1e400}", 2, "the number 1e400 is too large", R"({"a":1})"},
         Mistaken{"TooDeep", "{\n" + nested(101).substr(1), 2, "it is nested too deep", ""}),
     test::caseName);
 
@@ -93,6 +100,66 @@ TEST_P(MistakenJson, IsToldWithItsLineAndWhatStandsBeforeIt) {
     if (!GetParam().before.empty()) {
         EXPECT_EQ(reading.object.dump(), GetParam().before);
     }
+}
+
+struct Salvaged {
+    std::string name;
+    std::string text;
+    std::string object;
+    int line = 0; ///< of the mistake
+
+    friend void PrintTo(const Salvaged& salvaged, std::ostream* out) { *out << salvaged.name; }
+};
+
+class SalvagedJson : public testing::TestWithParam<Salvaged> {};
+
+INSTANTIATE_TEST_SUITE_P(
+    JsonObject, SalvagedJson,
+    testing::Values(
+        Salvaged{"TrailingComma", "{\"a\": 1,\n}", R"({"a":1})", 2},
+        Salvaged{"LineComment", "{\"a\": 1, // \"x\": 1\n\"b\": 2}", R"({"a":1,"b":2})", 1},
+        Salvaged{"BlockComment", "/*\n\"x\": 1\n*/{\"b\": 2}", R"({"b":2})", 1},
+        Salvaged{"OpenComment", R"({"a": 1, /* "x": 1})", R"({"a":1})", 1},
+        Salvaged{"ShellComment", "{\n# \"x\": 1\n\"b\": 2}", R"({"b":2})", 2},
+        Salvaged{"CommentInList", R"({"a": [1, /* x */ 2]})", R"({"a":[1,2]})", 1},
+        Salvaged{"MissingComma", "{\"a\": 1\n\"b\": \"x\"\n\"c\": 3}", R"({"a":1,"b":"x","c":3})", 2},
+        Salvaged{"MissingValue", "{\"a\":\n\"b\": 2}", R"({"b":2})", 2},
+        Salvaged{"MissingQuote", "{\"a\": \"x,\n\"b\": 2}", R"({"b":2})", 1},
+        Salvaged{"MissingBraces", R"("a": 1, "b": 2)", R"({"a":1,"b":2})", 1},
+        Salvaged{"NumberTooLarge", R"({"a": 1e400, "b": 2})", R"({"b":2})", 1},
+        Salvaged{"UnknownWord", R"({"a": yes, "b": 2})", R"({"b":2})", 1},
+        Salvaged{"QuotesInTexts", R"({"a": "\"x\": 1", "b\\": 2,})", R"({"a":"\"x\": 1","b\\":2})", 1},
+        Salvaged{"NestedTooDeep", "{\"x\":" + std::string(200, '[') + ",\n\"b\": 2}", R"({"b":2})", 1},
+        Salvaged{"NothingToRead", "PingTimeout = 2", "{}", 1}, Salvaged{"Empty", "", "{}", 1}),
+    test::caseName);
+
+TEST_P(SalvagedJson, HasEveryMemberThatCanBeRead) {
+    const JsonReading reading = salvageJsonObject(GetParam().text);
+
+    ASSERT_TRUE(reading.mistake);
+    EXPECT_EQ(reading.mistake->line, GetParam().line);
+    EXPECT_EQ(reading.object.dump(), GetParam().object);
+}
+
+TEST(JsonObject, SalvagedHasTheLineOfEachKeyAndThoseThatAreRepeated) {
+    const JsonReading reading = salvageJsonObject("{\"a\": 1\n// x\n\"b\":\n[\n2],\n\"a\": 3}");
+    EXPECT_EQ(reading.object.dump(), R"({"a":3,"b":[2]})");
+    EXPECT_EQ(reading.lines, (std::map<std::string, int>{{"a", 6}, {"b", 3}}));
+    EXPECT_EQ(reading.repeated, std::set<std::string>{"a"});
+}
+
+TEST(JsonObject, SalvagingEndsSoonWhateverTheTextHolds) {
+    std::string text;
+    for (int member = 0; member < 100'000; ++member) {
+        text += "\"a\":[";
+    }
+    EXPECT_EQ(salvageJsonObject(text).object.dump(), "{}");
+}
+
+TEST(JsonObject, WithoutAMistakeIsSalvagedAsItIs) {
+    const JsonReading reading = salvageJsonObject(R"({"a": {"b": 1}})");
+    EXPECT_FALSE(reading.mistake);
+    EXPECT_EQ(reading.object.dump(), R"({"a":{"b":1}})");
 }
 
 TEST(JsonObject, MayHoldValuesAHundredDeep) {

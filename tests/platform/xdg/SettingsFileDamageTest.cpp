@@ -63,8 +63,8 @@ TEST_P(DamagedSettingsFile, CountsAsEmptyAndIsLeftAloneWhileNothingIsStored) {
     EXPECT_THAT(textsBeside(), testing::IsEmpty());
 }
 
-TEST_F(SettingsFileTest, OfADamagedFileThePartBeforeTheMistakeCountsAtTheStart) {
-    store(R"({"PingTimeout": 2, "Hostname": "one.example",})");
+TEST_F(SettingsFileTest, OfADamagedFileWhatCanBeReadCountsAtTheStart) {
+    store("{\"PingTimeout\": 2\n// the router\n\"Hostname\": \"one.example\",}");
     SettingsFile settings(loop_, path_);
 
     EXPECT_THAT(settings.number("PingTimeout"), Optional(2.0));
@@ -130,6 +130,41 @@ TEST_F(SettingsFileTest, AFileDamagedWhileInUseIsKeptAsideAndLosesNoSetting) {
 
     EXPECT_EQ(onDisk(), Json::parse(R"({"PingTimeout": 2, "Window": "left", "PingInterval": 3.0})"));
     EXPECT_THAT(textsBeside(), testing::ElementsAre(R"({"PingTimeout": 2, "Window": )"));
+}
+
+TEST_F(SettingsFileTest, ALinkToNothingIsToldAndWritingMakesItsTarget) {
+    const fs::path target = path_.parent_path() / "target.json";
+    fs::create_directories(path_.parent_path());
+    fs::create_symlink(target, path_);
+    SettingsFile settings(loop_, path_);
+    EXPECT_EQ(settings.mistake(), "it is a link to a file that is not there");
+
+    settings.set("PingTimeout", 2.0);
+    settings.flush();
+
+    EXPECT_EQ(settings.mistake(), "");
+    EXPECT_TRUE(fs::is_symlink(path_));
+    EXPECT_EQ(Json::parse(test::contentOf(target)), Json::parse(R"({"PingTimeout": 2.0})"));
+}
+
+TEST_F(SettingsFileTest, AKeyThatIsThereTwiceIsKnownUntilTheFileIsWritten) {
+    store("{\"PingTimeout\": 2,\n\"PingTimeout\": 3, \"ShowIcon\": true}");
+    SettingsFile settings(loop_, path_);
+    const auto repeated = [&settings] {
+        std::vector<std::string> keys;
+        for (const StoredSetting& stored : settings.stored()) {
+            if (stored.isRepeated) {
+                keys.push_back(stored.key + " in line " + std::to_string(stored.line));
+            }
+        }
+        return keys;
+    };
+    EXPECT_THAT(repeated(), testing::ElementsAre("PingTimeout in line 2"));
+
+    settings.set("ShowIcon", false);
+    settings.flush();
+
+    EXPECT_THAT(repeated(), testing::IsEmpty());
 }
 
 TEST_F(SettingsFileTest, AFolderInItsPlaceIsNoReasonToStop) {
