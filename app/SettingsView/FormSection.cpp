@@ -11,6 +11,7 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace tarnwick {
@@ -18,9 +19,8 @@ namespace tarnwick {
 namespace {
 
 constexpr double rowInset = 14;
-constexpr double rowPadding = 6;
+constexpr double rowPadding = 3; ///< leaves room for a label and a note of one line
 constexpr double rowHeight = 40;
-constexpr double noteGap = 2;
 constexpr double controlGap = 8;
 constexpr double remedyInset = 12;
 constexpr double remedyHeight = 28;
@@ -68,21 +68,26 @@ FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls,
       controls_(controls),
       line_(new QHBoxLayout),
       label_(new RowLabel(label, this)),
-      note_(new QLabel(this)),
-      noteLine_(new QHBoxLayout) {
+      note_(new QLabel(this)) {
     QWidget* const named = *controls.begin();
     const bool isSwitch = qobject_cast<QCheckBox*>(named) != nullptr;
+    const auto takesTheRest = [](const QWidget* control) {
+        return control->sizePolicy().horizontalPolicy() == QSizePolicy::Expanding;
+    };
     if (isSwitch) {
         line_->addWidget(named);
     }
-    line_->addWidget(label_);
-    line_->addStretch();
+    auto* const texts = new QVBoxLayout;
+    texts->setSpacing(0);
+    texts->addStretch();
+    texts->addWidget(label_, 0, Qt::AlignLeading);
+    texts->addWidget(note_);
+    texts->addStretch();
+    line_->addLayout(texts, std::ranges::any_of(controls, takesTheRest) ? 0 : 1);
     for (QWidget* control : controls) {
-        if (isSwitch && control == named) {
-            continue;
+        if (!isSwitch || control != named) {
+            line_->addWidget(control, takesTheRest(control) ? 1 : 0);
         }
-        const bool takesTheRest = control->sizePolicy().horizontalPolicy() == QSizePolicy::Expanding;
-        line_->addWidget(control, takesTheRest ? 1 : 0);
     }
     if (qobject_cast<QLabel*>(named) == nullptr) { // a label's name is its text
         named->setAccessibleName(label);
@@ -91,10 +96,8 @@ FormRow::FormRow(const QString& label, std::initializer_list<QWidget*> controls,
     note_->setWordWrap(true);
     note_->setTextFormat(Qt::PlainText);
     note_->hide();
-    noteLine_->addWidget(note_, 1);
     auto* const column = new QVBoxLayout(this);
     column->addLayout(line_);
-    column->addLayout(noteLine_);
 }
 
 QWidget* FormRow::control() const {
@@ -140,7 +143,7 @@ void FormRow::addRemedy(const QString& title, std::function<void()> act) {
     remedy_ = new QPushButton(title, this);
     remedy_->setAutoDefault(false);
     remedy_->hide();
-    noteLine_->addWidget(remedy_, 0, Qt::AlignBottom);
+    line_->addWidget(remedy_);
     connect(remedy_, &QPushButton::clicked, this, std::move(act));
 }
 
@@ -148,10 +151,8 @@ void FormRow::setStyle(const ViewStyle& style) {
     const int side = style.length(rowInset);
     const int above = style.length(rowPadding);
     layout()->setContentsMargins(side, above, side, above);
-    layout()->setSpacing(style.length(noteGap));
     line_->setSpacing(style.length(controlGap));
-    label_->setMinimumHeight(style.length(rowHeight) - 2 * above);
-    noteLine_->setSpacing(style.length(controlGap));
+    setMinimumHeight(style.length(rowHeight));
     note_->setFont(style.font(footerPoints));
     setTextColor(*note_, isHint_ ? style.colors().secondary() : style.colors().bad());
     if (remedy_ != nullptr) {

@@ -27,7 +27,8 @@ void setTextColor(QLabel& label, const QColor& color);
 void showOn(QCheckBox& box, bool isOn);
 
 /// One line of a card: a label at one end, its controls at the other. A switch stands beside its label. A
-/// click on the label clicks the first control if that is a button, else focuses it.
+/// click on the label clicks the first control if that is a button, else focuses it. A note of one line does
+/// not make the row higher: a row that moved would be missed by the click meant for it.
 class FormRow final : public QWidget {
 public:
     /// The label names the first control, also for assistive technology.
@@ -36,7 +37,7 @@ public:
     /// A button at the end of the line.
     void addButton(QPushButton& button);
 
-    /// A text below the line; hidden while empty. `offersRemedy` shows the remedy's button beside it.
+    /// A text below the label; hidden while empty. `offersRemedy` shows the remedy's button beside it.
     void setNote(const QString& text, bool offersRemedy = false);
 
     /// A note that tells of no problem.
@@ -60,7 +61,6 @@ private:
     RowLabel* label_;
     QLabel* note_;
     bool isHint_ = false;           ///< the note
-    QHBoxLayout* noteLine_;         ///< owned by the layout around it
     QPushButton* remedy_ = nullptr; ///< a child
 };
 

@@ -95,7 +95,6 @@ SettingsView::SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent)
     last->addWidget(undo_);
     last->addStretch();
     column->addLayout(last);
-    column->addStretch();
     // Fields do not hand on the release of a key.
     for (QWidget* each : findChildren<QWidget*>()) {
         if (each->focusPolicy() != Qt::NoFocus) {
@@ -312,8 +311,7 @@ void SettingsView::showDisplay() {
     QString ofDisplay;
     QString ofLossText;
     if (!model_.hasRoomForText()) {
-        ofDisplay =
-            showsText ? QStringLiteral("Your panel has room for the latency’s figure only.") : ofDisplay;
+        ofDisplay = showsText ? QStringLiteral("Your panel shows the figure only.") : ofDisplay;
         ofLossText = showsLoss ? QStringLiteral("Your panel has no room for it.") : ofLossText;
     } else if (showsLoss && !showsText) {
         ofLossText = QStringLiteral("Only shown with the latency.");
@@ -353,7 +351,8 @@ void SettingsView::showNotices(const Notices& notices) {
     const NoticeActions actions{.allowPinging = model_.allowPinging};
     notices_ = NoticesView::inPlaceOf(notices_, notices, actions, width, this);
     if (notices_ != nullptr) {
-        qobject_cast<QVBoxLayout*>(layout())->insertWidget(0, notices_);
+        // Last: they come and go while the pointer is on its way to a row.
+        layout()->addWidget(notices_);
     }
     updateGeometry();
 }

@@ -145,12 +145,12 @@ TEST_F(SettingsWindowTest, AllOfTheFormIsSeenWhereTheScreenIsLargeEnough) {
 TEST_F(SettingsWindowTest, ItGrowsAndShrinksWithItsForm) {
     present();
     const int without = window.height();
-    model.setRoomForText(false);
+    monitor.setNotice({.kind = Notice::Kind::settingsMistake, .text = "Something is wrong."});
     settle();
     EXPECT_GT(window.height(), without);
     EXPECT_EQ(window.size(), window.view().sizeHint());
 
-    model.setRoomForText(true);
+    monitor.clearNotice(Notice::Kind::settingsMistake);
     settle();
     EXPECT_EQ(window.height(), without);
 }

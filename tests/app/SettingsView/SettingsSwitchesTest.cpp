@@ -11,6 +11,7 @@ namespace tarnwick {
 
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
@@ -66,7 +67,7 @@ TEST_F(SettingsSwitchesTest, WhatThePanelHasNoRoomForIsSaidBesideThePickers) {
 
     model.setRoomForText(false);
     settle();
-    EXPECT_THAT(labels(), HasSubstr("Your panel has room for the latency’s figure only."));
+    EXPECT_THAT(labels(), HasSubstr("Your panel shows the figure only."));
     EXPECT_THAT(labels(), HasSubstr("Your panel has no room for it."));
     EXPECT_EQ(lossText().accessibleDescription(), "Your panel has no room for it.");
 
@@ -74,6 +75,34 @@ TEST_F(SettingsSwitchesTest, WhatThePanelHasNoRoomForIsSaidBesideThePickers) {
     prefs.setLossTextMode(MenuBarTitle::LossMode::off);
     settle();
     EXPECT_THAT(labels(), Not(HasSubstr("Your panel")));
+}
+
+TEST_F(SettingsSwitchesTest, NotesBesideTheirControlsMoveNothing) {
+    useUsualFont();
+    notifications.answer = NotificationCenter::Ability::no;
+    loginItem.failure = "The folder is read-only";
+    present();
+    const auto places = [this] {
+        std::vector<QRect> all;
+        for (const QWidget* each : std::initializer_list<QWidget*>{
+                 &host(), &display(), &lossText(), &alerts(), &test(), &launchAtLogin(), &restore()}) {
+            all.push_back(place(*each));
+        }
+        return all;
+    };
+    const auto before = places();
+
+    model.setRoomForText(false);
+    test().click();
+    launchAtLogin().click();
+    settle();
+
+    ASSERT_THAT(
+        labels(),
+        AllOf(
+            HasSubstr("Your panel shows the figure only."), HasSubstr("Your panel has no room for it."),
+            HasSubstr("Nothing here shows notifications."), HasSubstr("The folder is read-only")));
+    EXPECT_EQ(places(), before);
 }
 
 TEST_F(SettingsSwitchesTest, WithTheIconOnlyThePacketLossTextIsSaidToBeHidden) {
@@ -201,7 +230,7 @@ TEST_F(SettingsSwitchesTest, AFailedLaunchAtLoginTurnsBackAndSaysWhyInRed) {
     const QColor color = message.palette().color(QPalette::WindowText);
     EXPECT_GT(color.red(), 2 * color.green());
     EXPECT_LT(message.font().pointSizeF(), label("Launch at Login").font().pointSizeF());
-    EXPECT_GT(window.height(), before);
+    EXPECT_EQ(window.height(), before);
 }
 
 TEST_F(SettingsSwitchesTest, WhenApprovalIsNeededItSaysSoAndShowsWhere) {

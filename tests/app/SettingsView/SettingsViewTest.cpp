@@ -293,15 +293,20 @@ TEST_F(SettingsViewTest, ArabicDigitsAreShownAndUnderstood) {
     EXPECT_EQ(box.text(), QString::fromUtf8("٣٠"));
 }
 
-TEST_F(SettingsViewTest, ANoticeStandsAboveTheForm) {
+TEST_F(SettingsViewTest, ANoticeStandsBelowTheFormAndMovesNothing) {
     present();
     const int before = window.height();
+    const auto top = [this](const QWidget& control) { return control.mapTo(&window, QPoint()).y(); };
+    const int ofHost = top(host());
+    const int ofRestore = top(restore());
     EXPECT_THROW(static_cast<void>(control<QPushButton>("Copy")), std::logic_error);
 
     monitor.setNotice({.kind = Notice::Kind::settingsMistake, .text = "Do it with:", .command = "it"});
     settle();
     EXPECT_GT(window.height(), before);
-    EXPECT_LT(control<QPushButton>("Copy").mapTo(&window, QPoint()).y(), host().mapTo(&window, QPoint()).y());
+    EXPECT_GE(top(control<QPushButton>("Copy")), ofRestore + restore().height());
+    EXPECT_EQ(top(host()), ofHost);
+    EXPECT_EQ(top(restore()), ofRestore);
 
     monitor.clearNotice(Notice::Kind::settingsMistake);
     settle();
