@@ -92,6 +92,7 @@ void Monitor::saveStatsOf(const std::string& host, FileStore::Durability durabil
     measured_.recording = recorder_.state();
     measured_.recordingProblem = recorder_.problem();
     measured_.unreadableStats = recorder_.keptAside().string();
+    measured_.surplusHosts = recorder_.surplus();
 }
 
 void Monitor::refreshWatchdogConfig() {

@@ -94,7 +94,7 @@ bool StatsRecorder::isFromAnotherWriter(const StatsByHost& present) const {
 void StatsRecorder::write(const std::string& host, FileStore::Durability durability) {
     StatsByHost figures = allTimeStats_;
     std::erase_if(figures, [](const auto& entry) { return entry.second.isEmpty(); });
-    dropLeastPinged(figures, host);
+    surplus_ = dropLeastPinged(figures, host);
     if (!isUnread_ && written_ && durability <= *written_ && figures == onDisk_) {
         problem_.clear();
         return; // nothing has been counted since

@@ -5,6 +5,7 @@
 #include "core/Storage/StatsLock.h"
 #include "core/Storage/StatsStore.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <set>
@@ -47,6 +48,9 @@ public:
     /// Why the last write failed, in the system's words; empty when it did not. For `State::records`.
     [[nodiscard]] std::string problem() const { return problem_ ? problem_.message() : std::string(); }
 
+    /// The hosts that the last write left out, as there were too many.
+    [[nodiscard]] std::size_t surplus() const { return surplus_; }
+
     /// Where this process has kept a file that it could not read; empty when it has kept none.
     [[nodiscard]] const std::filesystem::path& keptAside() const { return keptAside_; }
 
@@ -65,6 +69,7 @@ private:
     State state_ = State::cannotRecord;
     std::error_code problem_;
     std::filesystem::path keptAside_;
+    std::size_t surplus_ = 0;
     StatsByHost allTimeStats_;
     std::set<std::string> resetHosts_;             ///< since this process last wrote
     StatsByHost onDisk_;                           ///< as last read or written here

@@ -8,6 +8,7 @@
 #include "core/PingLedger.h"
 #include "core/RunLoop.h"
 
+#include <cstddef>
 #include <deque>
 #include <optional>
 #include <string>
@@ -50,6 +51,7 @@ struct Measurements {
     Recording recording = Recording::records;
     std::string recordingProblem{}; ///< why the statistics could not be written last; empty when they were
     std::string unreadableStats{};  ///< path of a statistics file that was kept aside; empty when none was
+    std::size_t surplusHosts = 0;   ///< whose statistics are not stored, as there are too many
     Notices notices{};              ///< that the rest of the program has set
 };
 

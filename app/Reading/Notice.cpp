@@ -27,12 +27,18 @@ std::optional<Notice> pingNotice(const Measurements& measured) {
 std::optional<Notice> recordingNotice(const Measurements& measured) {
     switch (measured.recording) {
     case Recording::records:
-        if (measured.recordingProblem.empty()) {
-            return std::nullopt;
+        if (!measured.recordingProblem.empty()) {
+            return Notice{
+                .kind = Notice::Kind::notRecorded,
+                .text = "The statistics are not stored: " + measured.recordingProblem + "."};
         }
-        return Notice{
-            .kind = Notice::Kind::notRecorded,
-            .text = "The statistics are not stored: " + measured.recordingProblem + "."};
+        if (measured.surplusHosts > 0) {
+            return Notice{
+                .kind = Notice::Kind::notRecorded,
+                .text = "There are too many hosts: the statistics of those pinged least ("
+                        + std::to_string(measured.surplusHosts) + ") are not stored."};
+        }
+        return std::nullopt;
     case Recording::otherRecords:
         return Notice{
             .kind = Notice::Kind::notRecorded,

@@ -124,9 +124,9 @@ std::error_code StatsStore::save(const StatsByHost& stats, FileStore::Durability
                                                          : FileStore::replace(url, text, durability);
 }
 
-void dropLeastPinged(StatsByHost& stats, const std::string& kept) {
+std::size_t dropLeastPinged(StatsByHost& stats, const std::string& kept) {
     if (stats.size() <= StatsStore::mostHosts) {
-        return;
+        return 0;
     }
     std::vector<StatsByHost::const_iterator> hosts;
     for (auto host = stats.cbegin(); host != stats.cend(); ++host) {
@@ -140,6 +140,7 @@ void dropLeastPinged(StatsByHost& stats, const std::string& kept) {
     for (auto host = hosts.begin(); host != firstKept; ++host) {
         stats.erase(*host);
     }
+    return surplus;
 }
 
 } // namespace tarnwick

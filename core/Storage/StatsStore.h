@@ -32,7 +32,7 @@ struct StatsStore {
     /// Those last saved to survive a power cut; none when there are none.
     [[nodiscard]] StatsByHost flushedFigures() const;
 
-    /// So many hosts are stored at most: a file of 8 MiB.
+    /// Hosts that are stored at most: a file of 8 MiB.
     static constexpr std::size_t mostHosts = 20'000;
 
     /// Replaces the file as a whole; creates its folder. After an error the old file is unchanged.
@@ -40,7 +40,8 @@ struct StatsStore {
         const StatsByHost& stats, FileStore::Durability durability = FileStore::Durability::powerCut) const;
 };
 
-/// Drops the hosts with the fewest pings until `StatsStore::mostHosts` are left. `kept` stays.
-void dropLeastPinged(StatsByHost& stats, const std::string& kept);
+/// Drops the hosts with the fewest pings until `StatsStore::mostHosts` are left. `kept` stays. Returns how
+/// many were dropped.
+std::size_t dropLeastPinged(StatsByHost& stats, const std::string& kept);
 
 } // namespace tarnwick

@@ -141,6 +141,20 @@ TEST_F(MonitorNoticesTest, AnotherProgramThatRecordsIsToldUntilItEnds) {
     EXPECT_THAT(lines(), IsEmpty());
 }
 
+TEST_F(MonitorNoticesTest, HostsThatThereIsNoRoomForAreTold) {
+    StatsByHost many;
+    for (std::size_t number = 0; number <= StatsStore::mostHosts; ++number) {
+        many[std::to_string(number) + ".test"].sent = 100;
+    }
+    ASSERT_FALSE(StatsStore{statistics}.save(many));
+
+    watchFor(25);
+
+    EXPECT_THAT(
+        lines(),
+        ElementsAre("There are too many hosts: the statistics of those pinged least (2) are not stored."));
+}
+
 TEST_F(MonitorNoticesTest, AFailedWriteIsToldUntilAnotherSucceeds) {
     // A folder in the place of the file that is written first.
     const std::filesystem::path inTheWay = statistics.string() + ".new";

@@ -183,6 +183,7 @@ TEST_F(StatsRecorderTest, OfTooManyHostsTheCurrentOneIsStored) {
     const StatsByHost stored = store.load();
     EXPECT_EQ(stored.size(), StatsStore::mostHosts);
     EXPECT_TRUE(stored.contains(host));
+    EXPECT_EQ(first->surplus(), 1U);
 }
 
 // A file that can't be read.

@@ -88,6 +88,14 @@ TEST(Notice, TellsWhyTheStatisticsCouldNotBeWritten) {
             .kind = Kind::notRecorded, .text = "The statistics are not stored: No space left on device."}));
 }
 
+TEST(Notice, TellsOfHostsThatAreNotStored) {
+    EXPECT_THAT(
+        noticesOf({.surplusHosts = 3}),
+        ElementsAre(Notice{
+            .kind = Kind::notRecorded,
+            .text = "There are too many hosts: the statistics of those pinged least (3) are not stored."}));
+}
+
 TEST(Notice, OfTheSettingsTellsTheFirstMistakeAndHowManyMoreThereAre) {
     EXPECT_EQ(settingsNotice({"one"}), (Notice{.kind = Kind::settingsMistake, .text = "one"}));
     EXPECT_EQ(settingsNotice({"one", "two", "three"}).text, "one (and 2 more)");

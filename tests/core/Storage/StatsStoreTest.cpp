@@ -283,13 +283,14 @@ TEST_F(StatsStoreTest, DropsTheHostsWithTheFewestPingsWhenThereAreTooMany) {
     }
     stats["present.example"] = {.sent = 1};
 
-    dropLeastPinged(stats, "present.example");
+    EXPECT_EQ(dropLeastPinged(stats, "present.example"), 2U);
 
     EXPECT_EQ(stats.size(), StatsStore::mostHosts);
     EXPECT_TRUE(stats.contains("present.example"));
     EXPECT_FALSE(stats.contains("0.example"));
     EXPECT_FALSE(stats.contains("1.example"));
     EXPECT_TRUE(stats.contains("2.example"));
+    EXPECT_EQ(dropLeastPinged(stats, "present.example"), 0U);
 }
 
 TEST_F(StatsStoreTest, LoadsNothingFromAFolderInItsPlace) {
