@@ -14,6 +14,7 @@
 #include <QScreen>
 #include <QSystemTrayIcon>
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -80,7 +81,8 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       // No update framework yet.
       menu_(StatusItemController::menuItems(false)),
       settingsModel_(monitor_, notifications_, loginItem_),
-      colors_(bus) {
+      colors_(bus),
+      itemFinder_(bus) {
     settings_.tellMistakes([this](const std::vector<std::string>& mistakes) {
         for (const std::string& mistake : mistakes) {
             say(Text::printable(mistake));
@@ -142,6 +144,10 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .screenScales = screenScales,
     });
     followColors();
+    const std::vector<std::string> desktops = AutostartEntry::presentSession(isSandboxed()).desktops;
+    if (std::ranges::find(desktops, "GNOME") != desktops.end()) {
+        windows_->setItemFinder([this](DropDown::Found found) { itemFinder_.find(std::move(found)); });
+    }
     windows_->takeActivationToken = [this] { return notifier_->takeActivationToken(); };
     item_ = std::make_unique<PanelStatusItem>(PanelStatusItem::Needs{
         .loop = loop_,

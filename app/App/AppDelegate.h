@@ -12,6 +12,7 @@
 #include "platform/bus/BusConnection.h"
 #include "platform/bus/ColorScheme.h"
 #include "platform/bus/DesktopNotificationCenter.h"
+#include "platform/bus/ItemFinder.h"
 #include "platform/bus/LogindSleepMonitor.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/panel/NotifierStatusItem.h"
@@ -80,6 +81,7 @@ private:
     SettingsModel settingsModel_;
     QtFacePainter painter_;
     ColorScheme colors_;
+    ItemFinder itemFinder_;
     Subscription colorChange_;
     std::unique_ptr<DesktopWindows> windows_;
     std::unique_ptr<PanelMenuText> panelMenu_;

@@ -49,9 +49,13 @@ void DesktopWindows::toggleDropDown(std::optional<ScreenPoint> at) {
         useActivationTokenOfClick();
     }
     dropDown_.toggle(at);
-    if (!dropDown_.isOpen()) {
+    if (!dropDown_.isOpen() && !dropDown_.looksForItem()) {
         dropActivationToken();
     }
+}
+
+void DesktopWindows::setItemFinder(std::function<void(DropDown::Found)> find) {
+    dropDown_.findItem = std::move(find);
 }
 
 void DesktopWindows::openDropDownAtPointer() {
@@ -68,7 +72,7 @@ void DesktopWindows::copy(const std::string& text) {
 
 void DesktopWindows::openDropDown(const std::string& activationToken) {
     useActivationToken(activationToken);
-    dropDown_.open(std::nullopt);
+    dropDown_.openAtItem();
 }
 
 void DesktopWindows::openSettings(const std::string& activationToken) {

@@ -32,6 +32,9 @@ public:
     /// it opens the drop-down.
     void copy(const std::string& text);
 
+    /// Where the shell tells of the item: the drop-down opens there when no click does.
+    void setItemFinder(std::function<void(DropDown::Found)> find);
+
     /// Returns the token with which a click may open a window in front of others; empty where there is none.
     std::function<std::string()> takeActivationToken;
 

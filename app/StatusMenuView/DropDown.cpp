@@ -60,7 +60,7 @@ void DropDown::toggle(std::optional<ScreenPoint> at) {
     if (toggledAt && now - *toggledAt < sameMoment) {
         return;
     }
-    if (isOpen() || probe_) {
+    if (isOpen() || probe_ || itemSearch_) {
         close();
     } else if (std::exchange(mayBeSameClick_, false)) {
         presses_.reset();
@@ -73,16 +73,28 @@ void DropDown::toggle(std::optional<ScreenPoint> at) {
 
 void DropDown::openAtPointer() {
     const std::optional<ScreenPoint> pointer = ScreenPixels::pointer();
-    if (pointer || isOpen() || !shell_) {
+    if (pointer || isOpen()) {
         open(pointer);
+    } else if (!shell_) {
+        openAtItem();
     } else if (!probe_) {
         probe_ = std::make_unique<PointerProbe>(
             loop_, *shell_, [this](std::optional<ScreenPoint> found) { open(found); });
     }
 }
 
+void DropDown::openAtItem() {
+    if (isOpen() || !findItem) {
+        open(std::nullopt);
+    } else if (!itemSearch_) {
+        itemSearch_ = std::make_unique<Lifeline>();
+        findItem(itemSearch_->guarded([this](std::optional<ScreenPoint> found) { open(found); }));
+    }
+}
+
 void DropDown::open(std::optional<ScreenPoint> at) {
     probe_.reset();
+    itemSearch_.reset();
     mayBeSameClick_ = false;
     if (at) {
         lastPlace_ = at;
@@ -108,6 +120,7 @@ void DropDown::open(std::optional<ScreenPoint> at) {
 
 void DropDown::close() {
     probe_.reset();
+    itemSearch_.reset();
     presses_.reset();
     mayBeSameClick_ = false;
     hide();

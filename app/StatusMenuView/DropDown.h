@@ -5,11 +5,13 @@
 #include "app/Observation/Observation.h"
 #include "app/Reading/Reading.h"
 #include "app/StatusItemController/Menu.h"
+#include "core/Lifeline.h"
 #include "core/RunLoop.h"
 #include "platform/ports/StatusItem.h"
 #include "platform/qt/PointerProbe.h"
 #include "platform/x11/PressWatch.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -33,11 +35,21 @@ public:
     /// At a pixel of the desktop. Without one it opens where it was opened last, or in the corner where
     /// panels have their items. When it is open already it comes to the front.
     void open(std::optional<ScreenPoint> at);
-    /// At once, or when the pointer has been found.
+    /// At once, or when the pointer, or else the item, has been found.
     void openAtPointer();
+    /// At once, or when the item has been found.
+    void openAtItem();
     void close();
 
     [[nodiscard]] bool isOpen() const { return window_ != nullptr; }
+
+    /// It opens as soon as the item has been found.
+    [[nodiscard]] bool looksForItem() const { return itemSearch_ != nullptr; }
+
+    using Found = std::function<void(std::optional<ScreenPoint>)>;
+
+    /// Asks where the item is; the answer comes later. Null where nothing tells. Set by the owner.
+    std::function<void(Found)> findItem;
 
     /// The window while it is open.
     [[nodiscard]] DropDownWindow* window() const { return window_.get(); }
@@ -60,6 +72,7 @@ private:
 
     std::unique_ptr<Wayland::LayerShell> shell_; ///< null where the desktop has none
     std::unique_ptr<PointerProbe> probe_;        ///< while the pointer is looked for, to open there
+    std::unique_ptr<Lifeline> itemSearch_;       ///< while the item is
     std::unique_ptr<DropDownWindow, LaterDeletion> window_;
     /// On X11 only: while it is open, and until the click that has closed it has ended.
     std::unique_ptr<X11::PressWatch> presses_;

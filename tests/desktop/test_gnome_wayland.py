@@ -2,10 +2,27 @@
 
 from __future__ import annotations
 
+import pathlib
+import shutil
 import unittest
 
+from endtoend.waiting import eventually
+
+from .checks import NEAR, distance
+from .desktops import START_SECONDS
 from .heavy_panels import GnomeWaylandPanel
+from .pictures import Rectangle
+from .program import PROGRAM
 from .test_gnome import Gnome
+from .x11 import MIDDLE
+
+# Far from the end of the bar, where the drop-down opens for want of a place.
+AT_THE_LEFT = """
+[org/gnome/shell/extensions/appindicator]
+tray-pos='left'
+"""
+# Of the build that the program is from.
+EXTENSIONS = pathlib.Path(PROGRAM).resolve().parents[1] / "share/gnome-shell/extensions"
 
 # The others are tried on X11: there the shell can be restarted alone.
 CHOSEN = (
@@ -24,6 +41,45 @@ class GnomeOnWayland(Gnome):
     panel = GnomeWaylandPanel
 
 
+class GnomeThatTellsPlaces(GnomeWaylandPanel):
+    """With our own extension, from the tree that the program was built in."""
+
+    name = "gnome-places"
+    extensions = "['ubuntu-appindicators@ubuntu.com', 'item-place@tarnwick.org', 'item-place-43@tarnwick.org']"
+
+    def start_display(self) -> None:
+        super().start_display()
+        shutil.copytree(EXTENSIONS, self.session.data / "gnome-shell/extensions")
+        keyfile = self.session.config / "glib-2.0/settings/keyfile"
+        self.session.write(keyfile, keyfile.read_text(encoding="utf-8") + AT_THE_LEFT)
+
+    def start_panel(self) -> None:
+        super().start_panel()
+        eventually(lambda: self.session.bus.owner("org.tarnwick.ItemPlace"), START_SECONDS, "the extension is on the bus")
+
+    @property
+    def strip(self) -> Rectangle:
+        beside_activities = 120
+        return Rectangle(beside_activities, 0, self.area.width * 3 // 8 - beside_activities, self.height)
+
+
+class GnomeWithTheExtension(Gnome):
+    panel = GnomeThatTellsPlaces
+
+    def test_a_middle_click_opens_the_drop_down_below_the_item(self) -> None:
+        program = self.not_yet_clicked()
+        place = self.shown(program)
+        self.desktop.click(*place.center, MIDDLE)
+        self.assertLess(distance(*place.center, self.opened(program)), NEAR)
+
+    def test_a_second_start_opens_it_below_the_item(self) -> None:
+        program = self.not_yet_clicked()
+        place = self.shown(program)
+        program.start_again()
+        self.assertLess(distance(*place.center, self.opened(program)), NEAR)
+
+
 def load_tests(loader: unittest.TestLoader, _tests: unittest.TestSuite, _pattern: str | None) -> unittest.TestSuite:
     del loader
-    return unittest.TestSuite(map(GnomeOnWayland, CHOSEN))
+    own = [name for name in vars(GnomeWithTheExtension) if name.startswith("test_")]
+    return unittest.TestSuite([*map(GnomeOnWayland, CHOSEN), *map(GnomeWithTheExtension, own)])

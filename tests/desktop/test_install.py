@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import json
 import pathlib
 import subprocess
 import tempfile
@@ -95,6 +96,16 @@ class Installed(unittest.TestCase):
 
         self.assertIn("\nIcon=tarnwick\n", entry.read_text(encoding="utf-8"))
         self.assertTrue((self.folder / "share/icons" / ICON).is_file())
+
+    def test_gnome_finds_the_extension_for_each_of_its_versions(self) -> None:
+        folder = self.folder / "share/gnome-shell/extensions"
+        versions = []
+        for extension in folder.iterdir():
+            self.assertTrue((extension / "extension.js").is_file())
+            about = json.loads((extension / "metadata.json").read_text(encoding="utf-8"))
+            self.assertEqual(about["uuid"], extension.name)
+            versions += about["shell-version"]
+        self.assertEqual(sorted(versions), ["43", "44", "45", "46", "47", "48", "49"])
 
     @unittest.skipUnless(built_for_release(), "other builds name the sources in their checks")
     def test_nothing_names_the_place_of_the_sources(self) -> None:

@@ -274,4 +274,48 @@ TEST_F(DropDownTest, ItFollowsTheColorsOfTheDesktop) {
     EXPECT_EQ(dropDown.window()->grab().toImage().pixelColor(inside), QColor(40, 42, 48));
 }
 
+TEST_F(DropDownTest, WithoutAClickItOpensWhereTheItemIsFound) {
+    DropDown::Found found;
+    dropDown.findItem = [&found](DropDown::Found told) { found = std::move(told); };
+    dropDown.openAtItem();
+    EXPECT_FALSE(dropDown.isOpen());
+    EXPECT_TRUE(dropDown.looksForItem());
+
+    found(click);
+
+    ASSERT_TRUE(dropDown.isOpen());
+    EXPECT_FALSE(dropDown.looksForItem());
+    const QRect atItem = dropDown.window()->frameGeometry();
+    dropDown.close();
+    dropDown.open(click);
+    EXPECT_EQ(atItem, dropDown.window()->frameGeometry());
+}
+
+TEST_F(DropDownTest, AnItemThatIsNotFoundDoesNotKeepItClosed) {
+    DropDown::Found found;
+    dropDown.findItem = [&found](DropDown::Found told) { found = std::move(told); };
+    dropDown.openAtItem();
+
+    found(std::nullopt);
+
+    EXPECT_TRUE(dropDown.isOpen());
+}
+
+TEST_F(DropDownTest, AClickWhileTheItemIsLookedForEndsThat) {
+    DropDown::Found found;
+    dropDown.findItem = [&found](DropDown::Found told) { found = std::move(told); };
+    dropDown.openAtItem();
+
+    dropDown.toggle(click);
+    found(click);
+
+    EXPECT_FALSE(dropDown.isOpen());
+}
+
+TEST_F(DropDownTest, WhereNothingTellsOfTheItemItOpensAtOnce) {
+    dropDown.openAtItem();
+
+    EXPECT_TRUE(dropDown.isOpen());
+}
+
 } // namespace tarnwick
