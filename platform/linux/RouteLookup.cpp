@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <tuple>
 #include <unistd.h>
 
 namespace tarnwick {
@@ -27,6 +28,28 @@ bool hasCarrier(unsigned flags) {
     return (flags & (RTNH_F_DEAD | RTNH_F_LINKDOWN)) == 0;
 }
 
+/// The router's address in such an attribute. Empty in attributes of other types.
+Bytes gatewayIn(int type, Bytes value) {
+    switch (type) {
+    case RTA_GATEWAY:
+        return value;
+    case RTA_VIA: // of the other family, named before it
+        return value.subspan(std::min(sizeof(rtvia), value.size()));
+    default:
+        return {};
+    }
+}
+
+std::vector<std::byte> gatewayOf(Bytes hop) {
+    Bytes gateway;
+    Netlink::forEachAttribute<rtnexthop>(hop, [&](int type, Bytes value) {
+        if (const Bytes found = gatewayIn(type, value); !found.empty()) {
+            gateway = found;
+        }
+    });
+    return {gateway.begin(), gateway.end()};
+}
+
 /// Sorted, because the kernel may list the equal hops of a multipath route in any order.
 std::vector<InternetRoute::NextHop> parseNextHops(Bytes rest) {
     std::vector<InternetRoute::NextHop> hops;
@@ -34,10 +57,13 @@ std::vector<InternetRoute::NextHop> parseNextHops(Bytes rest) {
         if (hop->rtnh_len < sizeof(rtnexthop) || hop->rtnh_len > rest.size()) {
             break;
         }
-        hops.push_back({static_cast<unsigned>(hop->rtnh_ifindex), hasCarrier(hop->rtnh_flags)});
+        hops.push_back(
+            {static_cast<unsigned>(hop->rtnh_ifindex), hasCarrier(hop->rtnh_flags),
+             gatewayOf(rest.first(hop->rtnh_len))});
         rest = rest.subspan(std::min<std::size_t>(MNL_ALIGN(hop->rtnh_len), rest.size()));
     }
-    std::ranges::sort(hops, {}, &InternetRoute::NextHop::interface);
+    std::ranges::sort(
+        hops, {}, [](const InternetRoute::NextHop& hop) { return std::tie(hop.interface, hop.gateway); });
     return hops;
 }
 
@@ -112,6 +138,7 @@ InternetRoute RouteLookup::parseRoute(Bytes content) {
         return {};
     }
     InternetRoute route;
+    Bytes gateway;
     Netlink::forEachAttribute<rtmsg>(content, [&](int type, Bytes value) {
         switch (type) {
         case RTA_OIF:
@@ -131,10 +158,17 @@ InternetRoute RouteLookup::parseRoute(Bytes content) {
         case RTA_CACHEINFO:
             route.expiresIn = secondsLeft(value);
             break;
+        case RTA_GATEWAY:
+        case RTA_VIA:
+            gateway = gatewayIn(type, value);
+            break;
         default:
             break;
         }
     });
+    if (route.nextHops.size() == 1 && !gateway.empty()) { // several have theirs inside
+        route.nextHops.front().gateway.assign(gateway.begin(), gateway.end());
+    }
     return route;
 }
 

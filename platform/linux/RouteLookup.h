@@ -3,6 +3,7 @@
 
 #include "platform/linux/Netlink.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -17,6 +18,7 @@ struct InternetRoute {
     struct NextHop {
         unsigned interface; ///< its index
         bool hasCarrier;
+        std::vector<std::byte> gateway{}; ///< the router's IPv4 or IPv6 address; empty where there is none
 
         friend bool operator==(const NextHop&, const NextHop&) = default;
     };

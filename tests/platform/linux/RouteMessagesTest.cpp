@@ -160,6 +160,28 @@ TEST(RouteLookup, ARouteOfAnotherTypeIsNoWay) {
     EXPECT_TRUE(RouteLookup::parseRoute(answer(RTN_LOCAL) + interface).nextHops.empty());
 }
 
+TEST(RouteLookup, ARouteNamesItsGatewayBeforeOrAfterItsInterface) {
+    const Content gateway = attribute(RTA_GATEWAY, ipv4(10, 0, 0, 2));
+    const Content interface = attribute(RTA_OIF, bytesOf(7));
+    const InternetRoute::NextHop expected{7, true, ipv4(10, 0, 0, 2)};
+
+    EXPECT_THAT(
+        RouteLookup::parseRoute(answer(RTN_UNICAST) + gateway + interface).nextHops,
+        testing::ElementsAre(expected));
+    EXPECT_THAT(
+        RouteLookup::parseRoute(answer(RTN_UNICAST) + interface + gateway).nextHops,
+        testing::ElementsAre(expected));
+}
+
+TEST(RouteLookup, AGatewayOfTheOtherFamilyThatIsCutOffIsNone) {
+    for (std::size_t size = 0; size <= 2; ++size) {
+        const InternetRoute route = RouteLookup::parseRoute(
+            answer(RTN_UNICAST) + attribute(RTA_OIF, bytesOf(7)) + attribute(RTA_VIA, Content(size)));
+
+        EXPECT_THAT(route.nextHops, testing::ElementsAre(InternetRoute::NextHop{7, true, {}})) << size;
+    }
+}
+
 TEST(RouteLookup, AnAnswerThatIsCutOffNamesNothing) {
     Content content = answer(RTN_UNICAST) + attribute(RTA_OIF, bytesOf(7));
     content.resize(content.size() - 1);
