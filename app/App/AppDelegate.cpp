@@ -2,8 +2,10 @@
 
 #include "app/App/PingAllowance.h"
 #include "core/Text.h"
+#include "platform/linux/NameServers.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/ProcessNames.h"
+#include "platform/linux/Routers.h"
 #include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
 #include "platform/linux/SuspendedTime.h"
@@ -124,6 +126,9 @@ std::function<void()> AppDelegate::allowingPing() {
 
 void AppDelegate::makeStatusItem(const Setup& setup) {
     settingsModel_.allowPinging = allowingPing();
+    settingsModel_.networkServers = [] {
+        return NetworkServers{.routers = Routers::present(), .nameServers = NameServers::present()};
+    };
     windows_ = std::make_unique<DesktopWindows>(
         loop_, monitor_.observedReading(), menu_, settingsModel_, setup.version,
         NoticeActions{.allowPinging = settingsModel_.allowPinging});

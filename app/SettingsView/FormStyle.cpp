@@ -75,6 +75,21 @@ QColor buttonFill(const QStyleOption& option) {
     return between(option.palette, buttonShare + (isHovered ? hoverShare : 0));
 }
 
+/// Nothing at rest.
+void drawFlatButton(QPainter& painter, const QStyleOption& option, double radius) {
+    const bool isSunken = is(option, QStyle::State_Sunken);
+    const bool hasFocus = is(option, QStyle::State_HasFocus);
+    if (!isSunken && !hasFocus && !is(option, QStyle::State_MouseOver)) {
+        return;
+    }
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(hasFocus ? QPen(accent(option), 2) : QPen(Qt::NoPen));
+    painter.setBrush(between(option.palette, isSunken ? buttonShare + pressShare : buttonShare));
+    painter.drawRoundedRect(QRectF(option.rect).adjusted(2, 2, -2, -2), radius, radius);
+    painter.restore();
+}
+
 /// Two strokes that meet below the middle, or above it.
 void drawArrow(QPainter& painter, QPointF middle, double half, bool isUp, const QColor& color) {
     const double rise = half / 2 * (isUp ? -1 : 1);
@@ -168,6 +183,10 @@ QColor FormStyle::card(const QPalette& palette) {
     return mixed(palette.color(QPalette::Window), Qt::white, lift);
 }
 
+int FormStyle::arrowRoom(const QWidget& field) {
+    return ViewStyle(field).length(arrowWidth);
+}
+
 void FormStyle::drawPrimitive(
     PrimitiveElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const {
     switch (element) {
@@ -180,6 +199,21 @@ void FormStyle::drawPrimitive(
     }
     case PE_PanelButtonCommand:
         drawBox(*painter, *option, buttonFill(*option), length(widget, fieldRadius));
+        break;
+    case PE_PanelButtonTool:
+        drawFlatButton(*painter, *option, length(widget, fieldRadius) - 2);
+        break;
+    case PE_PanelMenu:
+        painter->setPen(between(option->palette, grooveShare));
+        painter->setBrush(card(option->palette));
+        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+        break;
+    case PE_FrameMenu:
+        break; // the panel has one
+    case PE_IndicatorArrowDown:
+        drawArrow(
+            *painter, QRectF(option->rect).center(), length(widget, arrowHalf), false,
+            option->palette.color(QPalette::WindowText));
         break;
     case PE_IndicatorCheckBox:
         drawSwitch(*painter, *option);

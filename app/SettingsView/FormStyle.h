@@ -19,6 +19,9 @@ public:
     [[nodiscard]] static QColor ground(const QPalette& palette);
     [[nodiscard]] static QColor card(const QPalette& palette);
 
+    /// The width of the part of a field that holds its arrow.
+    [[nodiscard]] static int arrowRoom(const QWidget& field);
+
     void drawPrimitive(
         PrimitiveElement element, const QStyleOption* option, QPainter* painter,
         const QWidget* widget) const override;

@@ -2,6 +2,8 @@
 
 #include "app/SettingsView/ControlLooks.h"
 #include "app/SettingsView/CopyableText.h"
+#include "app/SettingsView/FormStyle.h"
+#include "app/SettingsView/PresetButton.h"
 #include "core/HostText.h"
 
 #include <QLineEdit>
@@ -40,6 +42,9 @@ HostSection::HostSection(SettingsModel& model, QWidget* parent)
       draft_(*host_, *host_, [this] { commit(); }),
       address_(new CopyableText(this)) {
     addRow(QStringLiteral("Host to Ping"), {host_}, 'H');
+    FormStyle::dress(*new PresetButton(
+        [this] { return model_.hostPresets(); }, [this](const QString& address) { choose(address); },
+        *host_));
     address_->setWordWrap(true);
     address_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     addRow(QStringLiteral("Address"), {address_});
@@ -104,6 +109,11 @@ void HostSection::commit() {
     }
     model_.commitHost(text);
     dropDraft();
+}
+
+void HostSection::choose(const QString& address) {
+    host_->setText(address);
+    draft_.finish();
 }
 
 } // namespace tarnwick

@@ -32,6 +32,8 @@ private:
     void showHost(const std::string& host);
     void showAddress();
     void commit();
+    /// As if it had been typed and Enter pressed.
+    void choose(const QString& address);
 
     SettingsModel& model_;
 

@@ -17,6 +17,7 @@ ABOUT_TITLE = "About Tarnwick"
 # By role and name; a picker's name is what it has picked.
 CONTROLS = [
     ("text", "Host to Ping"),
+    ("push button", "Choose Host"),
     ("spin button", "Ping Every"),
     ("slider", "Slow Ping Threshold"),
     ("combo box", "Icon and Text"),

@@ -2,11 +2,13 @@
 
 from __future__ import annotations
 
+import os
 import signal
 import unittest
 from collections.abc import Callable
 
 from endtoend.waiting import eventually
+from lab.network import ip, open_tun
 
 from .panels import XfcePanel
 from .pictures import Rectangle
@@ -15,6 +17,17 @@ from .settings import CONTROLS, SettingsWindow
 
 DEFAULT_HOST = "1.1.1.1"
 TITLE_HEIGHT = 20  # of the window manager's frame, or less
+ROUTER = "10.77.9.1"
+CABLE = "cable0"
+
+
+def connect_router() -> int:
+    """The way to the internet leads over it, until the descriptor is closed."""
+    cable = open_tun(CABLE)
+    ip("address", "add", "10.77.9.2/24", "dev", CABLE)
+    ip("link", "set", CABLE, "up")
+    ip("route", "add", "default", "via", ROUTER, "dev", CABLE, "metric", "1")
+    return cable
 
 
 class Settings(SettingsWindow, unittest.TestCase):
@@ -147,6 +160,24 @@ class Settings(SettingsWindow, unittest.TestCase):
         self.wait_for("Hostname", DEFAULT_HOST)
         for key, value in (("PingInterval", 1), ("SlowPingLowThreshold", 100), ("ShowNotifications", False)):
             self.assertEqual(self.setting(key), value)
+
+    def test_the_router_is_chosen_in_the_hosts_field(self) -> None:
+        self.addCleanup(os.close, connect_router())
+        eventually(lambda: self.focused() == "Host to Ping", PATIENCE, "the host's field has the keyboard")
+
+        self.desktop.key("Down")
+        eventually(lambda: f"Router — {ROUTER}" in self.menu(), PATIENCE, "the menu names the router")
+        self.assertIn("Google — 8.8.8.8", self.menu())
+        self.desktop.screenshot("settings-hosts.png")
+        self.desktop.key("Down")
+        self.desktop.key("Return")
+
+        self.wait_for("Hostname", ROUTER)
+        self.wait_until_held("Host to Ping", ROUTER)
+
+    def menu(self) -> list[str]:
+        tree = self.desktop.accessible(APPLICATION)
+        return [node.name for node in tree.all() if node.role == "menu item" and "showing" in node.states]
 
     def test_assistive_technology_can_turn_alerts_on(self) -> None:
         eventually(self.controls, PATIENCE, "the controls in the accessible tree")

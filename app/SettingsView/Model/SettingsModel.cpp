@@ -35,6 +35,10 @@ std::string SettingsModel::presentAddressLine() const {
     return "Resolving…";
 }
 
+std::vector<HostPreset> SettingsModel::hostPresets() const {
+    return tarnwick::hostPresets(networkServers ? networkServers() : NetworkServers{});
+}
+
 void SettingsModel::setPingInterval(int seconds) {
     if (seconds != values().pingInterval()) {
         monitor_.prefs().setPingInterval(seconds);

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "app/Monitor/Monitor.h"
+#include "app/SettingsView/Model/HostPresets.h"
 #include "app/SettingsView/Model/LaunchAtLoginToggle.h"
 #include "app/SettingsView/Model/UpdateSettings.h"
 
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tarnwick {
 
@@ -29,6 +31,12 @@ public:
 
     /// Asks an administrator to let this user ping; null where nothing can ask. Set by the owner.
     std::function<void()> allowPinging;
+
+    /// Reads what machines the network has; null where nothing can. Set by the owner.
+    std::function<NetworkServers()> networkServers;
+
+    /// Hosts to choose from, as the network is now.
+    [[nodiscard]] std::vector<HostPreset> hostPresets() const;
 
     /// A blank text is ignored.
     void commitHost(const std::string& text) { monitor_.setHostname(text); }

@@ -209,15 +209,15 @@ TEST_F(SettingsWindowTest, ItBeginsWithTheHostsField) {
 TEST_F(SettingsWindowTest, TabLeadsThroughAllControlsFromTopToBottomAndAround) {
     present();
     std::vector<std::string> order;
-    for (int presses = 0; presses < 11; ++presses) {
+    for (int presses = 0; presses < 12; ++presses) {
         order.push_back(focused());
         press(Qt::Key_Tab);
     }
 
     EXPECT_THAT(
         order, ElementsAre(
-                   "Host to Ping", "Resolving…", "Ping Every", "Slow Ping Threshold", "Display",
-                   "Packet Loss Text", "Connection Up/Down Alerts", "Test", "Launch at Login",
+                   "Host to Ping", "Choose Host", "Resolving…", "Ping Every", "Slow Ping Threshold",
+                   "Display", "Packet Loss Text", "Connection Up/Down Alerts", "Test", "Launch at Login",
                    "Restore Default Settings", "Host to Ping"));
 }
 

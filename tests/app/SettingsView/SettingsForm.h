@@ -32,7 +32,8 @@ struct SettingsForm : WatchedMonitor {
             return label->text().toStdString();
         }
         const auto* const button = qobject_cast<const QPushButton*>(&control);
-        return (button != nullptr ? button->text() : control.accessibleName()).toStdString();
+        const bool hasText = button != nullptr && !button->text().isEmpty();
+        return (hasText ? button->text() : control.accessibleName()).toStdString();
     }
 
     template<class Control>

@@ -10,8 +10,9 @@
 #include "tests/app/StatusItemController/Painting/Ink.h"
 #include "tests/app/StatusMenuView/StandardMenu.h"
 
+#include <QAbstractButton>
 #include <QApplication>
-#include <QCheckBox>
+#include <QPainter>
 
 #include <chrono>
 #include <cmath>
@@ -81,16 +82,26 @@ QImage grabSettings(
     SettingsModel model(world.monitor, world.notifications, loginItem, updates);
     model.launchAtLogin().showApproval = [] {};
     model.allowPinging = [] {};
+    model.networkServers = [] {
+        return NetworkServers{
+            .routers = {"192.168.1.1", "fe80::1%wlan0"}, .nameServers = {"192.168.1.1", "10.0.0.2"}};
+    };
     SettingsWindow window(model, world.loop, menu.menu);
     window.present();
-    for (QCheckBox* box : window.findChildren<QCheckBox*>()) {
-        if (box->accessibleName() == clicked) {
-            box->click();
+    for (QAbstractButton* button : window.findChildren<QAbstractButton*>()) {
+        if (!clicked.isEmpty() && button->accessibleName() == clicked) {
+            button->click();
         }
     }
     world.loop.runPending();
     QApplication::processEvents();
-    return window.view().grab().toImage(); // all of it, however low the screen is
+    QImage picture = window.view().grab().toImage(); // all of it, however low the screen is
+    if (QWidget* const popup = QApplication::activePopupWidget()) {
+        const QPoint place = window.view().mapFromGlobal(popup->pos());
+        QPainter(&picture).drawPixmap(place, popup->grab());
+        popup->close();
+    }
+    return picture;
 }
 
 void changeSomeSettings(WatchedMonitor& world) {

@@ -28,7 +28,8 @@ void watchBusily(WatchedMonitor& world);
 [[nodiscard]] QImage grabDropDown(
     WatchedMonitor& world, bool offersChangeHost, int steps, const QString& name);
 
-/// The settings window after a click on a switch, if any. Updates may be null.
+/// The settings window after a click on a switch or button, if any, and the menu that it has opened. Updates
+/// may be null.
 [[nodiscard]] QImage grabSettings(
     WatchedMonitor& world, simulation::FakeLoginItem& loginItem, const QString& clicked = {},
     UpdateFramework* updates = nullptr);
