@@ -84,7 +84,8 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       menu_(StatusItemController::menuItems(false)),
       settingsModel_(monitor_, notifications_, loginItem_),
       colors_(bus),
-      itemFinder_(bus) {
+      itemFinder_(bus),
+      extensionOffer_(bus, monitor_, StatsStore::supportDirectory() / "Tarnwick" / "extension-answered") {
     settings_.tellMistakes([this](const std::vector<std::string>& mistakes) {
         for (const std::string& mistake : mistakes) {
             say(Text::printable(mistake));
@@ -131,7 +132,9 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
     };
     windows_ = std::make_unique<DesktopWindows>(
         loop_, monitor_.observedReading(), menu_, settingsModel_, setup.version,
-        NoticeActions{.allowPinging = settingsModel_.allowPinging});
+        NoticeActions{.allowPinging = settingsModel_.allowPinging, .answerOffer = [this](bool switchOn) {
+                          extensionOffer_.answer(switchOn);
+                      }});
     panelMenu_ = std::make_unique<PanelMenuText>(
         loop_, monitor_.observedReading(), menu_,
         PanelMenuText::Actions{
@@ -152,6 +155,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
     const std::vector<std::string> desktops = AutostartEntry::presentSession(isSandboxed()).desktops;
     if (std::ranges::find(desktops, "GNOME") != desktops.end()) {
         windows_->setItemFinder([this](DropDown::Found found) { itemFinder_.find(std::move(found)); });
+        extensionOffer_.start();
     }
     windows_->takeActivationToken = [this] { return notifier_->takeActivationToken(); };
     item_ = std::make_unique<PanelStatusItem>(PanelStatusItem::Needs{

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/App/DesktopWindows.h"
+#include "app/App/ExtensionOffer.h"
 #include "app/Monitor/Monitor.h"
 #include "app/StatusItemController/Painting/QtFacePainter.h"
 #include "app/StatusItemController/PanelMenuText.h"
@@ -82,6 +83,7 @@ private:
     QtFacePainter painter_;
     ColorScheme colors_;
     ItemFinder itemFinder_;
+    ExtensionOffer extensionOffer_;
     Subscription colorChange_;
     std::unique_ptr<DesktopWindows> windows_;
     std::unique_ptr<PanelMenuText> panelMenu_;

@@ -98,8 +98,17 @@ int NoticesView::addCard(const Notice& notice, const NoticeActions& actions, int
         const int buttonTop = bottom + style.length(partGap);
         const int left = addCopyButton(*notice.command, {width_ - padding, buttonTop});
         if (notice.kind == Notice::Kind::mayNotPing && actions.allowPinging) {
-            addAllowButton(actions.allowPinging, {left - style.length(buttonGap), buttonTop});
+            addButton(
+                QStringLiteral("Allow…"), actions.allowPinging, {left - style.length(buttonGap), buttonTop});
         }
+        bottom = childrenRect().bottom() + 1;
+    } else if (notice.kind == Notice::Kind::offersExtension && actions.answerOffer) {
+        const auto answer = actions.answerOffer;
+        const QPoint topRight(width_ - padding, bottom + style.length(partGap));
+        const int left = addButton(QStringLiteral("Switch On"), [answer] { answer(true); }, topRight);
+        addButton(
+            QStringLiteral("No Thanks"), [answer] { answer(false); },
+            {left - style.length(buttonGap), topRight.y()});
         bottom = childrenRect().bottom() + 1;
     }
     cards_.emplace_back(0, top, width_, bottom + padding - top);
@@ -119,11 +128,12 @@ int NoticesView::addCopyButton(const std::string& command, QPoint topRight) {
     return button->x();
 }
 
-void NoticesView::addAllowButton(const std::function<void()>& allow, QPoint topRight) {
-    auto* const button = new NoticeButton(QStringLiteral("Allow…"), this);
+int NoticesView::addButton(const QString& title, const std::function<void()>& act, QPoint topRight) {
+    auto* const button = new NoticeButton(title, this);
     const QSize size = button->sizeHint();
     button->setGeometry(QRect(topRight - QPoint(size.width(), 0), size));
-    QObject::connect(button, &QPushButton::clicked, button, allow);
+    QObject::connect(button, &QPushButton::clicked, button, act);
+    return button->x();
 }
 
 // NOLINTEND(cppcoreguidelines-owning-memory)

@@ -13,6 +13,8 @@ namespace tarnwick {
 struct NoticeActions {
     /// Asks an administrator to let this user ping; null where nothing can ask.
     std::function<void()> allowPinging = nullptr;
+    /// Answers the offer of an extension; null where nothing takes the answer.
+    std::function<void(bool switchOn)> answerOffer = nullptr;
 };
 
 class NoticesView final : public ReadAloudWidget {
@@ -38,7 +40,8 @@ private:
     int addCard(const Notice& notice, const NoticeActions& actions, int top);
     /// Returns the left edge of the button.
     int addCopyButton(const std::string& command, QPoint topRight);
-    void addAllowButton(const std::function<void()>& allow, QPoint topRight);
+    /// Likewise.
+    int addButton(const QString& title, const std::function<void()>& act, QPoint topRight);
 
     int width_;
     std::vector<QRect> cards_;

@@ -84,6 +84,13 @@ Notice noPanelNotice(const std::vector<std::string>& desktops) {
                           "the drop-down."};
 }
 
+Notice extensionNotice() {
+    return {
+        .kind = Notice::Kind::offersExtension,
+        .text = "GNOME tells Tarnwick where its item is only with Tarnwick’s extension. It lets this window "
+                "always open there."};
+}
+
 Notices noticesOf(const Measurements& measured) {
     Notices notices = measured.notices;
     for (auto& notice : {pingNotice(measured), recordingNotice(measured), unreadableNotice(measured)}) {

@@ -18,6 +18,7 @@ struct Notice {
         noPanel,         ///< no panel shows the status item
         notRecorded,     ///< this process does not store the statistics
         unreadableStats, ///< a statistics file that could not be read was kept aside
+        offersExtension, ///< the desktop's shell could do more with an extension of ours
     };
 
     Kind kind;
@@ -34,6 +35,8 @@ using Notices = std::vector<Notice>;
 
 /// For one or more mistakes in the settings file, each in one line.
 [[nodiscard]] Notice settingsNotice(const std::vector<std::string>& mistakes);
+
+[[nodiscard]] Notice extensionNotice();
 
 /// `desktops` are the names that the desktop gives itself.
 [[nodiscard]] Notice noPanelNotice(const std::vector<std::string>& desktops);

@@ -15,9 +15,9 @@
 namespace tarnwick {
 
 /// What a message needs to carry a `Value`: the protocol's signature of its type, and how it is appended and
-/// read. There are specializations for `bool`, integers, `std::string`, `BusPath`, `FileDescriptor`,
-/// `std::vector` (an array), `std::map` (a dictionary), `std::tuple` (a structure) and `std::variant` (a
-/// value of one of several types; with `std::monostate` for every other type).
+/// read. There are specializations for `bool`, integers, `double`, `std::string`, `BusPath`,
+/// `FileDescriptor`, `std::vector` (an array), `std::map` (a dictionary), `std::tuple` (a structure) and
+/// `std::variant` (a value of one of several types; with `std::monostate` for every other type).
 template<typename Value>
 struct BusType;
 
@@ -38,6 +38,9 @@ struct BusType<std::int32_t> : BasicBusType<std::int32_t, 'i'> {};
 
 template<>
 struct BusType<std::uint32_t> : BasicBusType<std::uint32_t, 'u'> {};
+
+template<>
+struct BusType<double> : BasicBusType<double, 'd'> {};
 
 template<>
 struct BusType<bool> {

@@ -12,7 +12,7 @@ from .checks import NEAR, distance
 from .desktops import START_SECONDS
 from .heavy_panels import GnomeWaylandPanel
 from .pictures import Rectangle
-from .program import PROGRAM
+from .program import APPLICATION, PATIENCE, PROGRAM
 from .test_gnome import Gnome
 from .x11 import MIDDLE
 
@@ -46,6 +46,7 @@ class GnomeThatTellsPlaces(GnomeWaylandPanel):
 
     name = "gnome-places"
     extensions = "['ubuntu-appindicators@ubuntu.com', 'item-place@tarnwick.org', 'item-place-43@tarnwick.org']"
+    is_on = True
 
     def start_display(self) -> None:
         super().start_display()
@@ -55,7 +56,11 @@ class GnomeThatTellsPlaces(GnomeWaylandPanel):
 
     def start_panel(self) -> None:
         super().start_panel()
-        eventually(lambda: self.session.bus.owner("org.tarnwick.ItemPlace"), START_SECONDS, "the extension is on the bus")
+        if self.is_on:
+            eventually(self.tells_places, START_SECONDS, "the extension is on the bus")
+
+    def tells_places(self) -> bool:
+        return self.session.bus.owner("org.tarnwick.ItemPlace") is not None
 
     @property
     def strip(self) -> Rectangle:
@@ -79,7 +84,38 @@ class GnomeWithTheExtension(Gnome):
         self.assertLess(distance(*place.center, self.opened(program)), NEAR)
 
 
+class GnomeThatKnowsTheExtension(GnomeThatTellsPlaces):
+    """It is installed and switched off."""
+
+    name = "gnome-offer"
+    extensions = GnomeWaylandPanel.extensions
+    is_on = False
+
+
+class GnomeWithTheOffer(Gnome):
+    panel = GnomeThatKnowsTheExtension
+
+    def test_the_extension_is_offered_once_and_switched_on(self) -> None:
+        program = self.not_yet_clicked()
+        place = self.shown(program)
+        self.desktop.click(*place.center, MIDDLE)
+        self.opened(program)
+
+        def is_offered() -> bool:
+            return "Switch On" in self.desktop.accessible(APPLICATION).texts()
+
+        eventually(is_offered, PATIENCE, "the offer")
+        self.desktop.screenshot("offer.png")
+        self.desktop.act(APPLICATION, "Switch On")
+        eventually(self.desktop.tells_places, PATIENCE, "the extension is on the bus")
+        eventually(lambda: not is_offered(), PATIENCE, "the offer has gone")
+        self.desktop.key("Escape")
+        self.wait_until_closed(program)
+        self.desktop.click(*place.center, MIDDLE)
+        self.assertLess(distance(*place.center, self.opened(program)), NEAR)
+
+
 def load_tests(loader: unittest.TestLoader, _tests: unittest.TestSuite, _pattern: str | None) -> unittest.TestSuite:
     del loader
-    own = [name for name in vars(GnomeWithTheExtension) if name.startswith("test_")]
-    return unittest.TestSuite([*map(GnomeOnWayland, CHOSEN), *map(GnomeWithTheExtension, own)])
+    own = [case(name) for case in (GnomeWithTheExtension, GnomeWithTheOffer) for name in vars(case) if name.startswith("test_")]
+    return unittest.TestSuite([*map(GnomeOnWayland, CHOSEN), *own])

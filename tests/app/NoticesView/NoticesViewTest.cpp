@@ -183,4 +183,27 @@ TEST_F(NoticesViewTest, TabReachesTheButtonAndReturnPressesIt) {
     EXPECT_FALSE(dropDown.isOpen());
 }
 
+TEST_F(NoticesViewTest, TheOfferOfAnExtensionIsAnsweredByTwoButtons) {
+    std::vector<bool> answers;
+    const NoticeActions actions{.answerOffer = [&answers](bool switchOn) { answers.push_back(switchOn); }};
+    QWidget parent;
+    NoticesView view({extensionNotice()}, actions, 300, &parent);
+    view.resize(view.sizeHint());
+    ASSERT_EQ(view.findChildren<QPushButton*>().size(), 2);
+
+    for (QPushButton* const button : view.findChildren<QPushButton*>()) {
+        EXPECT_TRUE(view.rect().contains(button->geometry()));
+        button->click();
+    }
+
+    EXPECT_THAT(answers, ElementsAre(true, false));
+}
+
+TEST_F(NoticesViewTest, WhereNothingTakesTheAnswerTheOfferHasNoButtons) {
+    QWidget parent;
+    NoticesView view({extensionNotice()}, {}, 300, &parent);
+
+    EXPECT_TRUE(view.findChildren<QPushButton*>().isEmpty());
+}
+
 } // namespace tarnwick
