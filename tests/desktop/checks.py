@@ -223,6 +223,17 @@ class PanelChecks:
         self.desktop.key("Escape")
         self.wait_until_closed(program)
 
+    def check_notification(self) -> None:
+        """The desktop's own service shows it."""
+        program = self.running()
+        program.item_up()
+        self.assertEqual(program.start_again("--settings"), 0)
+        eventually(lambda: "Test" in self.desktop.accessible(APPLICATION).texts(), PATIENCE, "the settings")
+        self.assertFalse(self.desktop.shows_notification("Tarnwick — Test"))
+        self.desktop.act(APPLICATION, "Test")
+        eventually(lambda: self.desktop.shows_notification("Tarnwick — Test"), PATIENCE, "the notification")
+        self.desktop.screenshot(f"{self.desktop.name}-notification.png")
+
     def test_assistive_technology_sees_all_of_the_drop_down(self) -> None:
         program = self.running()
         self.open_drop_down(self.shown(program))

@@ -12,7 +12,7 @@ from endtoend.waiting import eventually
 
 from .desktops import START_SECONDS, X11Desktop
 from .overlay import OverlayDesktop
-from .pictures import Rectangle, background, foreground
+from .pictures import Rectangle, background, foreground, solid_change
 
 # A busy machine may take its time between two clicks.
 DOUBLE_CLICK_MS = 1000
@@ -118,6 +118,8 @@ WINDOWS_OF_SHELL = """global.get_window_actors().map(actor => {
 })"""
 
 
+NOTIFICATIONS_OF_SHELL = "Main.messageTray.getSources().flatMap(source => source.notifications.map(one => one.title))"
+
 # The shell tells that this is no usual session.
 NO_BANNERS = """
 [org/gnome/desktop/notifications]
@@ -147,6 +149,9 @@ class GnomeWaylandPanel(OverlayDesktop, GnomePanel):
 
     def placed_windows(self) -> list[tuple[str, Rectangle]]:
         return [(title, Rectangle(*map(int, place))) for title, *place in self._evaluated(WINDOWS_OF_SHELL)]
+
+    def shows_notification(self, title: str) -> bool:
+        return title in self._evaluated(NOTIFICATIONS_OF_SHELL)
 
     def focused_window_title(self) -> str:
         return self._evaluated("global.display.focus_window ? global.display.focus_window.get_title() : ''")
@@ -193,7 +198,7 @@ location=4
 plugin=org.kde.plasma.private.systemtray
 
 [Containments][5][General]
-extraItems=
+extraItems={items}
 knownItems={own_items}
 showAllItems=true
 """
@@ -220,6 +225,7 @@ class PlasmaPanel(X11Desktop):
     platform = "xcb"
     executables = ("Xvfb", "openbox", PLASMA_DAEMON, "plasmashell")
     height = 30
+    items = ""  # the desktop's own in the tray
 
     def start_display(self) -> None:
         super().start_display()
@@ -235,9 +241,9 @@ class PlasmaPanel(X11Desktop):
 
     def lay_out(self) -> None:
         """Only the tray is in the panel, with all items."""
-        items = ",".join(f"org.kde.plasma.{item}" for item in PLASMA_ITEMS) + ",org.kde.kscreen"
+        known = ",".join(f"org.kde.plasma.{item}" for item in PLASMA_ITEMS) + ",org.kde.kscreen"
         file = self.session.config / "plasma-org.kde.plasma.desktop-appletsrc"
-        self.session.write(file, PLASMA_LAYOUT.format(own_items=items))
+        self.session.write(file, PLASMA_LAYOUT.format(items=self.items, own_items=known))
         self.session.write(self.session.config / "plasmashellrc", PLAIN_PANEL)
 
     def start_panel(self) -> None:
@@ -296,6 +302,12 @@ class PlasmaWaylandPanel(OverlayDesktop, PlasmaPanel):
     def placed_windows(self) -> list[tuple[str, Rectangle]]:
         """Their places are not known."""
         return []
+
+    def shows_notification(self, title: str) -> bool:
+        """Of Plasma only the place is known: above the end of the panel, beside a window in the middle."""
+        del title
+        corner = Rectangle(self.area.width * 3 // 4, 0, self.area.width // 4, self.area.height - self.height)
+        return solid_change(self.bare, self.picture(), corner) is not None
 
     def focused_window_title(self) -> str:
         """As assistive technology sees it."""

@@ -41,6 +41,13 @@ class GnomeOnWayland(Gnome):
     panel = GnomeWaylandPanel
 
 
+class GnomeThatNotifies(Gnome):
+    panel = GnomeWaylandPanel
+
+    def test_the_shell_shows_a_notification(self) -> None:
+        self.check_notification()
+
+
 class GnomeThatTellsPlaces(GnomeWaylandPanel):
     """With our own extension, from the tree that the program was built in."""
 
@@ -117,5 +124,5 @@ class GnomeWithTheOffer(Gnome):
 
 def load_tests(loader: unittest.TestLoader, _tests: unittest.TestSuite, _pattern: str | None) -> unittest.TestSuite:
     del loader
-    own = [case(name) for case in (GnomeWithTheExtension, GnomeWithTheOffer) for name in vars(case) if name.startswith("test_")]
+    own = [case(name) for case in (GnomeThatNotifies, GnomeWithTheExtension, GnomeWithTheOffer) for name in vars(case) if name.startswith("test_")]
     return unittest.TestSuite([*map(GnomeOnWayland, CHOSEN), *own])

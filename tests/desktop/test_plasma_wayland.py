@@ -10,3 +10,20 @@ from .notifier_checks import NotifierChecks
 
 class PlasmaOnWayland(NotifierChecks, unittest.TestCase):
     panel = PlasmaWaylandPanel
+
+
+class PlasmaWithNotifications(PlasmaWaylandPanel):
+    name = "plasma-notifications"
+    items = "org.kde.plasma.notifications"
+
+
+class PlasmaThatNotifies(NotifierChecks, unittest.TestCase):
+    panel = PlasmaWithNotifications
+
+    def test_the_shell_shows_a_notification(self) -> None:
+        self.check_notification()
+
+
+def load_tests(loader: unittest.TestLoader, _tests: unittest.TestSuite, _pattern: str | None) -> unittest.TestSuite:
+    own = [PlasmaThatNotifies(name) for name in vars(PlasmaThatNotifies) if name.startswith("test_")]
+    return unittest.TestSuite([loader.loadTestsFromTestCase(PlasmaOnWayland), *own])
