@@ -159,6 +159,11 @@ StatusItem::Form Preferences::panelForm() const {
         .value_or(StatusItem::Form::automatic);
 }
 
+StatusItem::InkChoice Preferences::panelInk() const {
+    return inkOf(get<std::string>(settingIndex(PreferenceKey::panelInk)))
+        .value_or(StatusItem::InkChoice::automatic);
+}
+
 void Preferences::setHostname(const std::string& hostname) {
     set({{settingIndex(PreferenceKey::hostname), hostname}});
 }
@@ -185,6 +190,10 @@ void Preferences::setLossTextMode(LossMode mode) {
 
 void Preferences::setShowNotifications(bool show) {
     set({{settingIndex(PreferenceKey::showNotifications), show}});
+}
+
+void Preferences::setPanelInk(StatusItem::InkChoice ink) {
+    set({{settingIndex(PreferenceKey::panelInk), std::string(rawValue(ink))}});
 }
 
 ScoringConfig Preferences::scoringConfig() const {

@@ -22,6 +22,8 @@ public:
     enum class Display { iconAndText = 0, iconOnly = 1, textOnly = 2 };
 
     static constexpr std::array allDisplays{Display::iconAndText, Display::iconOnly, Display::textOnly};
+    static constexpr std::array allPanelInks{
+        StatusItem::InkChoice::automatic, StatusItem::InkChoice::light, StatusItem::InkChoice::dark};
 
     /// A stored value that can't be meant counts as absent. `defaults` outlives this object.
     explicit Preferences(UserDefaults& defaults);
@@ -52,6 +54,7 @@ public:
     }
 
     [[nodiscard]] StatusItem::Form panelForm() const;
+    [[nodiscard]] StatusItem::InkChoice panelInk() const;
 
     void setHostname(const std::string& hostname);
     void setSlowPingThresholdMs(double milliseconds);
@@ -60,6 +63,7 @@ public:
     void setDisplay(Display display);
     void setLossTextMode(MenuBarTitle::LossMode mode);
     void setShowNotifications(bool show);
+    void setPanelInk(StatusItem::InkChoice ink);
 
     [[nodiscard]] ScoringConfig scoringConfig() const;
 

@@ -16,6 +16,9 @@ using Value = UserDefaults::Value;
 constexpr std::array allForms{
     StatusItem::Form::automatic, StatusItem::Form::label, StatusItem::Form::wide, StatusItem::Form::square};
 
+constexpr std::array allInks{
+    StatusItem::InkChoice::automatic, StatusItem::InkChoice::light, StatusItem::InkChoice::dark};
+
 // Seconds.
 constexpr double shortestTimeout = 0.01;
 constexpr double longestTimeout = 3600;
@@ -57,6 +60,8 @@ std::optional<Value> admitted(const SettingRow& row, const Value& value) {
         return onlyIf(MenuBarTitle::lossMode(std::get<std::string>(value)).has_value(), value);
     case SettingRule::form:
         return onlyIf(formOf(std::get<std::string>(value)).has_value(), value);
+    case SettingRule::ink:
+        return onlyIf(inkOf(std::get<std::string>(value)).has_value(), value);
     case SettingRule::boolean:
         break;
     }
@@ -127,6 +132,27 @@ std::optional<StatusItem::Form> formOf(std::string_view text) {
     for (const StatusItem::Form form : allForms) {
         if (rawValue(form) == text) {
             return form;
+        }
+    }
+    return std::nullopt;
+}
+
+std::string_view rawValue(StatusItem::InkChoice ink) {
+    switch (ink) {
+    case StatusItem::InkChoice::light:
+        return "light";
+    case StatusItem::InkChoice::dark:
+        return "dark";
+    case StatusItem::InkChoice::automatic:
+        break;
+    }
+    return "auto";
+}
+
+std::optional<StatusItem::InkChoice> inkOf(std::string_view text) {
+    for (const StatusItem::InkChoice ink : allInks) {
+        if (rawValue(ink) == text) {
+            return ink;
         }
     }
     return std::nullopt;

@@ -27,6 +27,7 @@ inline constexpr auto packetLossTextMode = "PacketLossTextMode";
 inline constexpr auto showPacketLossText = "ShowPacketLossText";
 inline constexpr auto showNotifications = "ShowNotifications";
 inline constexpr auto panelFace = "PanelFace";
+inline constexpr auto panelInk = "PanelInk";
 } // namespace PreferenceKey
 
 /// Which values a setting takes, from the file, from `--set` and in the settings window. Setters enforce
@@ -39,6 +40,7 @@ enum class SettingRule {
     boolean,
     lossMode, ///< the stored text of a `MenuBarTitle::LossMode`
     form,     ///< the stored text of a `StatusItem::Form`
+    ink,      ///< the stored text of a `StatusItem::InkChoice`
 };
 
 /// How a setting's default reaches its readers.
@@ -58,7 +60,7 @@ struct SettingRow {
 };
 
 /// In the order in which settings are written and described.
-inline constexpr std::array<SettingRow, 10> settingTable{{
+inline constexpr std::array<SettingRow, 11> settingTable{{
     {PreferenceKey::hostname, "1.1.1.1", SettingDefault::registered, SettingRule::host,
      "a host name or address", "what to ping"},
     {PreferenceKey::slowPingLowThreshold, 100.0, SettingDefault::registered, SettingRule::positiveNumber,
@@ -79,6 +81,8 @@ inline constexpr std::array<SettingRow, 10> settingTable{{
      "true or false", "notify when the connection goes down and comes back"},
     {PreferenceKey::panelFace, "auto", SettingDefault::own, SettingRule::form, "auto, label, wide or square",
      "form of the panel item"},
+    {PreferenceKey::panelInk, "auto", SettingDefault::own, SettingRule::ink, "auto, light or dark",
+     "color of the panel item"},
 }};
 
 /// The place of a key in the table. A key that is not there does not compile.
@@ -119,5 +123,9 @@ consteval std::size_t settingIndex(std::string_view key) {
 /// The stored text of a form and back; nothing for any other text, case included.
 [[nodiscard]] std::string_view rawValue(StatusItem::Form form);
 [[nodiscard]] std::optional<StatusItem::Form> formOf(std::string_view text);
+
+/// The same for an ink.
+[[nodiscard]] std::string_view rawValue(StatusItem::InkChoice ink);
+[[nodiscard]] std::optional<StatusItem::InkChoice> inkOf(std::string_view text);
 
 } // namespace tarnwick

@@ -1,14 +1,21 @@
 // Pickers over the cases of an enumeration.
 #pragma once
 
+#include "app/Preferences/Preferences.h"
+
 #include <QComboBox>
 #include <QSignalBlocker>
+#include <QString>
 
 namespace tarnwick::Picker {
 
+[[nodiscard]] QString title(Preferences::Display display);
+[[nodiscard]] QString title(MenuBarTitle::LossMode mode);
+[[nodiscard]] QString title(StatusItem::InkChoice ink);
+
 /// Fills a picker, and hands on what is picked.
-template<class Cases, class Title, class Pick>
-void offer(QComboBox& picker, const Cases& cases, Title title, Pick pick) {
+template<class Cases, class Pick>
+void offer(QComboBox& picker, const Cases& cases, Pick pick) {
     for (const auto each : cases) {
         picker.addItem(title(each), static_cast<int>(each));
     }

@@ -37,30 +37,6 @@ constexpr double intervalWidth = 44;
 constexpr double sliderWidth = 160;
 constexpr double thresholdWidth = 64;
 
-QString displayTitle(Preferences::Display display) {
-    switch (display) {
-    case Preferences::Display::iconOnly:
-        return QStringLiteral("Icon Only");
-    case Preferences::Display::textOnly:
-        return QStringLiteral("Text Only");
-    case Preferences::Display::iconAndText:
-        break;
-    }
-    return QStringLiteral("Icon and Text");
-}
-
-QString lossTextTitle(MenuBarTitle::LossMode mode) {
-    switch (mode) {
-    case MenuBarTitle::LossMode::off:
-        return QStringLiteral("Off");
-    case MenuBarTitle::LossMode::always:
-        return QStringLiteral("Always");
-    case MenuBarTitle::LossMode::whenLossy:
-        break;
-    }
-    return QStringLiteral("When There's Loss");
-}
-
 } // namespace
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
@@ -73,6 +49,7 @@ SettingsView::SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent)
       threshold_(new ThresholdSlider(this)),
       thresholdText_(new QLabel(this)),
       display_(new QComboBox(this)),
+      panelInk_(new QComboBox(this)),
       lossText_(new QComboBox(this)),
       alerts_(new QCheckBox(this)),
       testAlert_(new QPushButton(QStringLiteral("Test"), this)),
@@ -135,6 +112,7 @@ void SettingsView::makeThresholdSection() {
 void SettingsView::makeBehaviorSection() {
     FormSection& section = addSection();
     displayRow_ = section.addRow(QStringLiteral("Display"), {display_}, 'D');
+    section.addRow(QStringLiteral("Color in the Panel"), {panelInk_}, 'I');
     lossTextRow_ = section.addRow(QStringLiteral("Packet Loss Text"), {lossText_}, 'L');
     alertsRow_ = section.addRow(QStringLiteral("Connection Up/Down Alerts"), {alerts_}, 'C');
     testAlert_->setAutoDefault(false);
@@ -145,13 +123,12 @@ void SettingsView::makeBehaviorSection() {
     launchRow_ = section.addRow(QStringLiteral("Launch at Login"), {launchAtLogin_}, 'A');
     launchRow_->addRemedy(
         QStringLiteral("Startup Settings…"), [this] { model_.launchAtLogin().showApproval(); });
-    Picker::offer(*display_, Preferences::allDisplays, displayTitle, [this](auto picked) {
-        model_.setDisplay(picked);
-    });
-    Picker::offer(*lossText_, MenuBarTitle::allLossModes, lossTextTitle, [this](auto picked) {
-        model_.setLossTextMode(picked);
-    });
+    Picker::offer(*display_, Preferences::allDisplays, [this](auto picked) { model_.setDisplay(picked); });
+    Picker::offer(*panelInk_, Preferences::allPanelInks, [this](auto picked) { model_.setPanelInk(picked); });
+    Picker::offer(
+        *lossText_, MenuBarTitle::allLossModes, [this](auto picked) { model_.setLossTextMode(picked); });
     keepFromWheel(display_);
+    keepFromWheel(panelInk_);
     keepFromWheel(lossText_);
     connect(alerts_, &QCheckBox::toggled, this, [this](bool on) { model_.setShowNotifications(on); });
     connect(launchAtLogin_, &QCheckBox::toggled, this, [this](bool on) {
@@ -276,15 +253,21 @@ void SettingsView::applyStyle() {
     setTextColor(*thresholdText_, style.colors().secondary());
     alignText(*thresholdText_, Qt::AlignTrailing);
     for (QWidget* control : std::initializer_list<QWidget*>{
-             interval_, display_, lossText_, testAlert_, alerts_, launchAtLogin_, restore_, undo_}) {
+             interval_, display_, panelInk_, lossText_, testAlert_, alerts_, launchAtLogin_, restore_,
+             undo_}) {
         ControlLooks::setHeight(*control, style);
     }
     ControlLooks::setWidth(*restore_, style);
     ControlLooks::setWidth(*undo_, style);
     ControlLooks::setWidth(*testAlert_, style);
-    const int pickerWidth = std::max(display_->sizeHint().width(), lossText_->sizeHint().width());
-    display_->setMinimumWidth(pickerWidth);
-    lossText_->setMinimumWidth(pickerWidth);
+    const std::initializer_list<QComboBox*> pickers{display_, panelInk_, lossText_};
+    int pickerWidth = 0;
+    for (const QComboBox* const picker : pickers) {
+        pickerWidth = std::max(pickerWidth, picker->sizeHint().width());
+    }
+    for (QComboBox* const picker : pickers) {
+        picker->setMinimumWidth(pickerWidth);
+    }
     updateGeometry();
 }
 
@@ -305,6 +288,7 @@ void SettingsView::showDisplay() {
     const Preferences::Display display = model_.values().display();
     const MenuBarTitle::LossMode lossText = model_.values().lossTextMode();
     Picker::show(*display_, display);
+    Picker::show(*panelInk_, model_.values().panelInk());
     Picker::show(*lossText_, lossText);
     const bool showsText = display != Preferences::Display::iconOnly;
     const bool showsLoss = lossText != MenuBarTitle::LossMode::off;

@@ -80,6 +80,7 @@ private:
     ThresholdSlider* threshold_;
     QLabel* thresholdText_;
     QComboBox* display_;
+    QComboBox* panelInk_;
     QComboBox* lossText_;
     QCheckBox* alerts_;
     QPushButton* testAlert_;

@@ -77,6 +77,7 @@ void StatusItemController::update() {
     ItemState state{
         .face = face(reading),
         .form = needs_.monitor.prefs().panelForm(),
+        .ink = needs_.monitor.prefs().panelInk(),
         .toolTip = toolTipOf(reading),
         .accessibilityValue = reading.accessibilitySummary,
     };

@@ -129,7 +129,9 @@ ItemPresentation present(
     presentation.showsText = hasRoomForText(presentation.form, host);
     presentation.ink = ink;
     presentation.imageFace = shownInImage(state.face, presentation.form);
-    if (hasIconTheme && host.recolorsSymbolicIcons
+    // The panel would recolor a named icon as it likes.
+    const bool isInkChosen = state.ink != StatusItem::InkChoice::automatic;
+    if (hasIconTheme && host.recolorsSymbolicIcons && !isInkChosen
         && !hasTextInImage(presentation.imageFace, presentation.form)) {
         presentation.iconName = symbolicName(presentation.imageFace);
     }

@@ -203,11 +203,12 @@ void NotifierStatusItem::hostChanged() {
 
 void NotifierStatusItem::refresh() {
     const Ink ink = inkFor(
-        hosts_.host(), {
-                           .panelIsDark = needs_.colors.panelIsDark(),
-                           .desktopIsDark = needs_.colors.desktopIsDark(),
-                           .fallback = fallbackInk_,
-                       });
+        state_.ink, hosts_.host(),
+        {
+            .panelIsDark = needs_.colors.panelIsDark(),
+            .desktopIsDark = needs_.colors.desktopIsDark(),
+            .fallback = fallbackInk_,
+        });
     const ItemPresentation before = std::exchange(
         shown_, present(state_, hosts_.host(), ink, !needs_.iconThemePath.empty(), needs_.painter));
     if (exported_ && hasWatcher() && shown_ != before) {

@@ -85,7 +85,10 @@ const PanelHost& panelHost(const std::vector<std::string>& hosts, const std::str
     return panelHost(watcher);
 }
 
-Ink inkFor(const PanelHost& host, const Backgrounds& backgrounds) {
+Ink inkFor(StatusItem::InkChoice chosen, const PanelHost& host, const Backgrounds& backgrounds) {
+    if (chosen != StatusItem::InkChoice::automatic) {
+        return chosen == StatusItem::InkChoice::light ? Ink::light : Ink::dark;
+    }
     if (host.fixedInk) {
         return *host.fixedInk;
     }

@@ -46,7 +46,8 @@ struct Backgrounds {
     Ink fallback = Ink::dark;                         ///< where nothing is known
 };
 
-[[nodiscard]] Ink inkFor(const PanelHost& host, const Backgrounds& backgrounds);
+/// The ink that the user has chosen, else the one that stands out from the panel.
+[[nodiscard]] Ink inkFor(StatusItem::InkChoice chosen, const PanelHost& host, const Backgrounds& backgrounds);
 
 /// Of the names that a process goes by, the one that is in the table, else the first. Empty without a name.
 [[nodiscard]] std::string panelProcess(const std::vector<std::string>& names);

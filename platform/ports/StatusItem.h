@@ -47,6 +47,13 @@ public:
         square,    ///< an image no wider than high
     };
 
+    /// The color of the image, as the user wants it.
+    enum class InkChoice {
+        automatic, ///< that stands out from the panel, as far as that is known
+        light,
+        dark,
+    };
+
     StatusItem() = default;
     StatusItem(const StatusItem&) = delete;
     StatusItem& operator=(const StatusItem&) = delete;
@@ -62,6 +69,7 @@ public:
 struct ItemState {
     StatusFace face{};
     StatusItem::Form form = StatusItem::Form::automatic;
+    StatusItem::InkChoice ink = StatusItem::InkChoice::automatic;
     std::string toolTip{};            ///< may have several lines
     std::string accessibilityValue{}; ///< what assistive technology says of the item, after its name
 

@@ -22,7 +22,7 @@ TrayStatusItem::TrayStatusItem(const FacePainter& painter, Ink ink) : painter_(p
 
 void TrayStatusItem::show(const ItemState& state) {
     const ItemState before = std::exchange(state_, state);
-    if (state.face != before.face) {
+    if (state.face != before.face || state.ink != before.ink) {
         drawFace();
     }
     if (state.toolTip != before.toolTip) {
@@ -38,7 +38,11 @@ void TrayStatusItem::setInk(Ink ink) {
 }
 
 void TrayStatusItem::drawFace() {
-    icon_.setIcon(faceIcon(state_.face, painter_, ink_));
+    Ink ink = ink_;
+    if (state_.ink != InkChoice::automatic) {
+        ink = state_.ink == InkChoice::light ? Ink::light : Ink::dark;
+    }
+    icon_.setIcon(faceIcon(state_.face, painter_, ink));
 }
 
 std::optional<ScreenPoint> TrayStatusItem::bottomCenter() const {

@@ -21,6 +21,7 @@ CONTROLS = [
     ("spin button", "Ping Every"),
     ("slider", "Slow Ping Threshold"),
     ("combo box", "Icon and Text"),
+    ("combo box", "Automatic"),
     ("combo box", "When There's Loss"),
     ("check box", "Connection Up/Down Alerts"),
     ("push button", "Test"),

@@ -52,6 +52,11 @@ class Tint2(X11Checks, unittest.TestCase):
 
         eventually(is_drawn, PATIENCE, "the icon is back")
 
+    def test_its_ink_is_the_one_that_the_user_has_chosen(self) -> None:
+        place = self.shown(self.started(PanelInk="dark"))
+
+        self.assertLess(self.contrast(self.desktop.picture(), place), READABLE_CONTRAST)
+
     def test_its_ink_follows_the_desktop_from_dark_to_light_and_back(self) -> None:
         place = self.shown(self.running())
         preference = ColorPreference(self.desktop.session, dark=True)

@@ -16,6 +16,7 @@ public:
         add(toolTips, state.toolTip);
         add(accessibilityValues, state.accessibilityValue);
         add(forms, state.form);
+        add(inks, state.ink);
     }
 
     /// Measures titles as the item would draw them.
@@ -37,6 +38,7 @@ public:
     std::vector<std::string> toolTips;
     std::vector<std::string> accessibilityValues;
     std::vector<Form> forms;
+    std::vector<InkChoice> inks;
     int measured = 0;
 
 private:

@@ -51,6 +51,8 @@ public:
 
     void setDisplay(Preferences::Display display) { monitor_.prefs().setDisplay(display); }
 
+    void setPanelInk(StatusItem::InkChoice ink) { monitor_.prefs().setPanelInk(ink); }
+
     void setLossTextMode(MenuBarTitle::LossMode mode) { monitor_.prefs().setLossTextMode(mode); }
 
     /// Switching alerts on also asks whether notifications can be shown.

@@ -209,7 +209,7 @@ TEST_F(SettingsWindowTest, ItBeginsWithTheHostsField) {
 TEST_F(SettingsWindowTest, TabLeadsThroughAllControlsFromTopToBottomAndAround) {
     present();
     std::vector<std::string> order;
-    for (int presses = 0; presses < 12; ++presses) {
+    for (int presses = 0; presses < 13; ++presses) {
         order.push_back(focused());
         press(Qt::Key_Tab);
     }
@@ -217,8 +217,8 @@ TEST_F(SettingsWindowTest, TabLeadsThroughAllControlsFromTopToBottomAndAround) {
     EXPECT_THAT(
         order, ElementsAre(
                    "Host to Ping", "Choose Host", "Resolving…", "Ping Every", "Slow Ping Threshold",
-                   "Display", "Packet Loss Text", "Connection Up/Down Alerts", "Test", "Launch at Login",
-                   "Restore Default Settings", "Host to Ping"));
+                   "Display", "Color in the Panel", "Packet Loss Text", "Connection Up/Down Alerts", "Test",
+                   "Launch at Login", "Restore Default Settings", "Host to Ping"));
 }
 
 TEST_F(SettingsWindowTest, BacktabLeadsTheOtherWay) {

@@ -54,7 +54,8 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair("PacketLossTextMode=whenLossy", text("whenLossy")),
         std::pair("PacketLossTextMode=always", text("always")), std::pair("PanelFace=auto", text("auto")),
         std::pair("PanelFace=label", text("label")), std::pair("PanelFace=wide", text("wide")),
-        std::pair("PanelFace=square", text("square")), std::pair("ShowPacketLossText=true", true)));
+        std::pair("PanelFace=square", text("square")), std::pair("PanelInk=light", text("light")),
+        std::pair("ShowPacketLossText=true", true)));
 
 TEST_P(RefusedSetting, IsNamedInOneLine) {
     const std::string message = error(GetParam());
@@ -83,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         "ShowIcon=1", "ShowIcon=yes", "ShowIcon=True", "ShowText=", "ShowNotifications=0",
         "PacketLossTextMode=sometimes", "PacketLossTextMode=Always",
-        "PacketLossTextMode=", "ShowPacketLossText=1", "PanelFace=tall", "PanelFace="));
+        "PacketLossTextMode=", "ShowPacketLossText=1", "PanelFace=tall", "PanelFace=", "PanelInk=red"));
 
 TEST(SettingArgument, AnErrorSaysWhatWasExpected) {
     EXPECT_EQ(

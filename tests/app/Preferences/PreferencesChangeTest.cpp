@@ -81,6 +81,7 @@ protected:
              {"ShowNotifications", true},
              {"ShowPacketLossText", true},
              {"PanelFace", text("wide")},
+             {"PanelInk", text("dark")},
              {"UnknownKey", 7.0}});
     }
 };
@@ -200,9 +201,9 @@ TEST_F(RestoringDefaults, RemovesEveryKeyAndThenStoresEveryDefault) {
 
     const auto removed = [](const std::string& key) { return Change{key, std::nullopt}; };
     const auto& changes = defaults_.changes();
-    ASSERT_EQ(changes.size(), 10u + 9u);
+    ASSERT_EQ(changes.size(), 11u + 10u);
     const auto ofOthers = changes.begin() + 7;
-    const auto written = changes.begin() + 10;
+    const auto written = changes.begin() + 11;
     EXPECT_THAT(
         std::vector(changes.begin(), ofOthers),
         testing::UnorderedElementsAre(
@@ -210,15 +211,17 @@ TEST_F(RestoringDefaults, RemovesEveryKeyAndThenStoresEveryDefault) {
             removed("SlowPingLowThreshold"), removed("ShowIcon"), removed("ShowText"),
             removed("ShowNotifications")));
     EXPECT_THAT(
-        std::vector(ofOthers, written),
-        ElementsAre(removed("PacketLossTextMode"), removed("ShowPacketLossText"), removed("PanelFace")));
+        std::vector(ofOthers, written), ElementsAre(
+                                            removed("PacketLossTextMode"), removed("ShowPacketLossText"),
+                                            removed("PanelFace"), removed("PanelInk")));
     EXPECT_THAT(
         std::vector(written, changes.end()),
         ElementsAre(
             Change{"Hostname", text("1.1.1.1")}, Change{"SlowPingLowThreshold", 100.0},
             Change{"PingTimeout", 4.0}, Change{"PingInterval", 1.0}, Change{"ShowIcon", true},
             Change{"ShowText", true}, Change{"PacketLossTextMode", text("whenLossy")},
-            Change{"ShowNotifications", false}, Change{"PanelFace", text("auto")}));
+            Change{"ShowNotifications", false}, Change{"PanelFace", text("auto")},
+            Change{"PanelInk", text("auto")}));
 }
 
 TEST_F(RestoringDefaults, TellsOnlyTheReadersOfSettingsThatReallyChange) {

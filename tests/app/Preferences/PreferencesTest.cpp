@@ -13,6 +13,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Display = Preferences::Display;
 using Form = StatusItem::Form;
+using Ink = StatusItem::InkChoice;
 using MenuBarTitle::LossMode;
 
 struct Stored {
@@ -66,8 +67,9 @@ INSTANTIATE_TEST_SUITE_P(
              {"ShowText", false},
              {"PacketLossTextMode", text("off")},
              {"ShowNotifications", true},
-             {"PanelFace", text("wide")}},
-            {"example.org", 250, 2.5, 5, Display::iconOnly, LossMode::off, true, Form::wide}},
+             {"PanelFace", text("wide")},
+             {"PanelInk", text("dark")}},
+            {"example.org", 250, 2.5, 5, Display::iconOnly, LossMode::off, true, Form::wide, Ink::dark}},
         Stored{"HostOfAnotherType", {{"Hostname", 8.8}}, {}},
         Stored{"IntervalOfAnotherType", {{"PingInterval", text("5")}}, {}},
         Stored{"HighThreshold", {{"SlowPingLowThreshold", 1e6}}, {.slowPingThresholdMs = 1e6}},
@@ -116,7 +118,10 @@ INSTANTIATE_TEST_SUITE_P(
         Stored{"SquareFace", {{"PanelFace", text("square")}}, {.panelForm = Form::square}},
         Stored{"AutomaticFace", {{"PanelFace", text("auto")}}, {}},
         Stored{"UnknownFace", {{"PanelFace", text("Wide")}}, {}},
-        Stored{"FaceOfAnotherType", {{"PanelFace", 1.0}}, {}}),
+        Stored{"FaceOfAnotherType", {{"PanelFace", 1.0}}, {}},
+        Stored{"LightInk", {{"PanelInk", text("light")}}, {.panelInk = Ink::light}},
+        Stored{"AutomaticInk", {{"PanelInk", text("auto")}}, {}},
+        Stored{"UnknownInk", {{"PanelInk", text("Light")}}, {}}),
     caseName);
 
 TEST_F(PreferencesTest, RegisteredAreTheDefaultsOfSettingsWithoutAMigration) {

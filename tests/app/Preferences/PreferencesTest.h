@@ -24,13 +24,15 @@ struct Settings {
     MenuBarTitle::LossMode lossTextMode = MenuBarTitle::LossMode::whenLossy;
     bool showNotifications = false;
     StatusItem::Form panelForm = StatusItem::Form::automatic;
+    StatusItem::InkChoice panelInk = StatusItem::InkChoice::automatic;
 
     friend bool operator==(const Settings&, const Settings&) = default;
 };
 
 inline Settings all(const Preferences& prefs) {
     return {prefs.hostname(), prefs.slowPingThresholdMs(), prefs.pingTimeout(),       prefs.pingInterval(),
-            prefs.display(),  prefs.lossTextMode(),        prefs.showNotifications(), prefs.panelForm()};
+            prefs.display(),  prefs.lossTextMode(),        prefs.showNotifications(), prefs.panelForm(),
+            prefs.panelInk()};
 }
 
 class PreferencesTest : public testing::Test {

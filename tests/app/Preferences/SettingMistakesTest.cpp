@@ -66,7 +66,7 @@ TEST(SettingMistakes, AreValuesThatCanNotBeMeant) {
          {number("PingTimeout", -3, "-3"), number("PingTimeout", 1e6, "1e6"),
           number("PingTimeout", 0.001, "0.001"), number("SlowPingLowThreshold", 0, "0"), text("Hostname", ""),
           text("Hostname", std::string(4000, 'a')), text("PacketLossTextMode", "Always"),
-          text("PanelFace", "round")}) {
+          text("PanelFace", "round"), text("PanelInk", "black")}) {
         EXPECT_THAT(settingMistakes({setting}), ElementsAre(testing::EndsWith("; ignored"))) << setting.key;
     }
 }

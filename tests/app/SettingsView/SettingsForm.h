@@ -54,6 +54,8 @@ struct SettingsForm : WatchedMonitor {
 
     [[nodiscard]] QComboBox& display() { return control<QComboBox>("Display"); }
 
+    [[nodiscard]] QComboBox& panelInk() { return control<QComboBox>("Color in the Panel"); }
+
     [[nodiscard]] QComboBox& lossText() { return control<QComboBox>("Packet Loss Text"); }
 
     [[nodiscard]] QCheckBox& alerts() { return control<QCheckBox>("Connection Up/Down Alerts"); }

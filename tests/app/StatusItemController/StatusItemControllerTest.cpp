@@ -121,6 +121,15 @@ TEST_F(StatusItemControllerTest, HandsOverANewFormOnce) {
     EXPECT_THAT(item.forms, ElementsAre(StatusItem::Form::automatic, StatusItem::Form::wide));
 }
 
+TEST_F(StatusItemControllerTest, HandsOverTheInkOfTheSettings) {
+    showFor(5.5);
+
+    prefs.setPanelInk(StatusItem::InkChoice::dark);
+    loop.runPending();
+
+    EXPECT_THAT(item.inks, ElementsAre(StatusItem::InkChoice::automatic, StatusItem::InkChoice::dark));
+}
+
 // Change filters.
 
 TEST_F(StatusItemControllerTest, WithTheIconAloneAnUnchangedBarCountSetsTheImageOnce) {

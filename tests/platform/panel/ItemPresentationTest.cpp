@@ -70,6 +70,12 @@ TEST_F(ItemPresentationTest, BarsAloneGoByNameWhereThePanelRecolorsThem) {
     EXPECT_EQ(shownBy("lxqt-panel").iconName, "");
 }
 
+TEST_F(ItemPresentationTest, BarsInAnInkOfTheUsersChoiceGoAsAnImage) {
+    state_.ink = StatusItem::InkChoice::dark;
+
+    EXPECT_EQ(shownBy("xfce4-panel").iconName, "");
+}
+
 TEST_F(ItemPresentationTest, TheFailedTriangleGoesByNameWhereThePanelRecolorsIt) {
     state_.face = {.icon = Icon::failed, .title = "Failed", .textSlot = 42};
 

@@ -161,6 +161,11 @@ INSTANTIATE_TEST_SUITE_P(
             "xfce4-panel",
             [](auto& state) { state.accessibilityValue = "Good"; },
             {"PropertiesChanged", "IconAccessibleDesc"}},
+        Change{
+            "ChosenInk",
+            "lxqt-panel",
+            [](auto& state) { state.ink = StatusItem::InkChoice::dark; },
+            {"NewIcon"}},
         Change{"Form", "lxqt-panel", [](auto& state) { state.form = Form::wide; }, {"NewIcon"}}),
     test::caseName);
 

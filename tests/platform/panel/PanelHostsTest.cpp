@@ -10,6 +10,11 @@ namespace tarnwick {
 namespace {
 
 using Form = StatusItem::Form;
+using InkChoice = StatusItem::InkChoice;
+
+Ink shownOn(const PanelHost& host, const Backgrounds& backgrounds) {
+    return inkFor(InkChoice::automatic, host, backgrounds);
+}
 
 } // namespace
 
@@ -61,32 +66,39 @@ TEST(PanelHostsTest, WithoutAnAnnouncedPanelTheWatcherIsThePanel) {
     EXPECT_EQ(panelHost({"some-panel"}, "gnome-shell").process, "gnome-shell");
 }
 
+TEST(PanelHostsTest, TheInkThatTheUserChoosesComesBeforeAllElse) {
+    const PanelHost host{.fixedInk = Ink::light, .hasOwnDarkMode = true};
+
+    EXPECT_EQ(inkFor(InkChoice::dark, host, {.panelIsDark = true}), Ink::dark);
+    EXPECT_EQ(inkFor(InkChoice::light, {}, {.desktopIsDark = false}), Ink::light);
+}
+
 TEST(PanelHostsTest, AFixedInkComesBeforeAllElse) {
     const PanelHost host{.fixedInk = Ink::light, .hasOwnDarkMode = true};
 
     EXPECT_EQ(
-        inkFor(host, {.panelIsDark = false, .desktopIsDark = false, .fallback = Ink::dark}), Ink::light);
+        shownOn(host, {.panelIsDark = false, .desktopIsDark = false, .fallback = Ink::dark}), Ink::light);
 }
 
 TEST(PanelHostsTest, ThePanelsOwnSettingComesBeforeTheDesktops) {
     const PanelHost host{.hasOwnDarkMode = true};
 
-    EXPECT_EQ(inkFor(host, {.panelIsDark = true, .desktopIsDark = false}), Ink::light);
-    EXPECT_EQ(inkFor(host, {.panelIsDark = false, .desktopIsDark = true}), Ink::dark);
+    EXPECT_EQ(shownOn(host, {.panelIsDark = true, .desktopIsDark = false}), Ink::light);
+    EXPECT_EQ(shownOn(host, {.panelIsDark = false, .desktopIsDark = true}), Ink::dark);
 }
 
 TEST(PanelHostsTest, TheSettingOfAnotherPanelDoesNotCount) {
-    EXPECT_EQ(inkFor({}, {.panelIsDark = true, .desktopIsDark = false}), Ink::dark);
+    EXPECT_EQ(shownOn({}, {.panelIsDark = true, .desktopIsDark = false}), Ink::dark);
 }
 
 TEST(PanelHostsTest, TheDesktopsPreferenceComesBeforeTheFallback) {
-    EXPECT_EQ(inkFor({}, {.desktopIsDark = true, .fallback = Ink::dark}), Ink::light);
-    EXPECT_EQ(inkFor({}, {.desktopIsDark = false, .fallback = Ink::light}), Ink::dark);
+    EXPECT_EQ(shownOn({}, {.desktopIsDark = true, .fallback = Ink::dark}), Ink::light);
+    EXPECT_EQ(shownOn({}, {.desktopIsDark = false, .fallback = Ink::light}), Ink::dark);
 }
 
 TEST(PanelHostsTest, WhereNothingIsKnownTheFallbackHolds) {
-    EXPECT_EQ(inkFor({}, {.fallback = Ink::light}), Ink::light);
-    EXPECT_EQ(inkFor({.hasOwnDarkMode = true}, {.fallback = Ink::dark}), Ink::dark);
+    EXPECT_EQ(shownOn({}, {.fallback = Ink::light}), Ink::light);
+    EXPECT_EQ(shownOn({.hasOwnDarkMode = true}, {.fallback = Ink::dark}), Ink::dark);
 }
 
 TEST(PanelHostsTest, AProcessGoesByTheNameThatIsInTheTable) {
