@@ -18,8 +18,22 @@ struct Pixmap {
     friend bool operator==(const Pixmap&, const Pixmap&) = default;
 };
 
-/// The color of an image. A face is a mask, and is tinted to stand out from the panel.
-enum class Ink { dark, light };
+/// The color of an image. A face is a mask, and is tinted to stand out from the panel. On a plate, a
+/// translucent ground of the other color, it can be read on any panel.
+enum class Ink { dark, light, darkOnPlate, lightOnPlate };
+
+[[nodiscard]] constexpr Ink onPlate(Ink ink) {
+    switch (ink) {
+    case Ink::dark:
+        return Ink::darkOnPlate;
+    case Ink::light:
+        return Ink::lightOnPlate;
+    case Ink::darkOnPlate:
+    case Ink::lightOnPlate:
+        break;
+    }
+    return ink;
+}
 
 class FacePainter {
 public:

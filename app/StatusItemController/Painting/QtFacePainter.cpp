@@ -75,19 +75,56 @@ QImage mask(const StatusFace& face, StatusItem::Form form, int height) {
     return square(SquareFace::content(face), height);
 }
 
+constexpr QRgb lightInk = 0xfff4f4f4;
+constexpr QRgb darkInk = 0xff242424;
+
+bool isOnPlate(Ink ink) {
+    return ink == Ink::lightOnPlate || ink == Ink::darkOnPlate;
+}
+
 QColor color(Ink ink) {
-    return ink == Ink::light ? QColor(0xf4, 0xf4, 0xf4) : QColor(0x24, 0x24, 0x24);
+    return ink == Ink::light || ink == Ink::lightOnPlate ? lightInk : darkInk;
+}
+
+/// Some of the ground shows through, so that it is hardly seen where the guess was right.
+QColor plateColor(Ink ink) {
+    constexpr int opacity = 191; // of 255; some trays show light colors darker with each bit less
+    QColor color = ink == Ink::darkOnPlate ? QColor(lightInk) : QColor(0x10, 0x10, 0x10);
+    color.setAlpha(opacity);
+    return color;
+}
+
+void tint(QImage& image, const QColor& color) {
+    QPainter painter(&image);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(image.rect(), color);
+}
+
+QImage onPlate(const QImage& face, const QColor& color, int margin) {
+    constexpr double cornerShare = 0.14; // of the height
+    QImage plate = blank(face.width() + 2 * margin, face.height() + 2 * margin);
+    const double radius = cornerShare * plate.height();
+    QPainter painter(&plate);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawRoundedRect(plate.rect(), radius, radius);
+    painter.drawImage(margin, margin, face);
+    return plate;
+}
+
+QImage inked(const StatusFace& face, StatusItem::Form form, int height, Ink ink) {
+    const int point = std::max(1, static_cast<int>(std::lround(height / MenuBarIcon::panelHeight)));
+    const int margin = isOnPlate(ink) ? point : 0;
+    QImage image = mask(face, form, std::max(height - 2 * margin, 1));
+    tint(image, color(ink));
+    return isOnPlate(ink) ? onPlate(image, plateColor(ink), margin) : image;
 }
 
 } // namespace
 
 Pixmap QtFacePainter::paint(const StatusFace& face, StatusItem::Form form, int height, Ink ink) const {
-    QImage image = mask(face, form, std::max(height, 1));
-    {
-        QPainter painter(&image);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-        painter.fillRect(image.rect(), color(ink));
-    }
+    QImage image = inked(face, form, std::max(height, 1), ink);
     image.convertTo(QImage::Format_ARGB32);
     Pixmap pixmap{.width = image.width(), .height = image.height()};
     pixmap.pixels.reserve(static_cast<std::size_t>(image.width()) * static_cast<std::size_t>(image.height()));

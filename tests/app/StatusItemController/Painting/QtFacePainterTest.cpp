@@ -3,6 +3,9 @@
 
 #include "app/StatusItemController/Painting/MenuBarContent.h"
 #include "tests/app/StatusItemController/Painting/Ink.h"
+#include "tests/support/Contrast.h"
+
+#include <QPainter>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -118,6 +121,33 @@ TEST_F(QtFacePainterTest, InkDoesNotChangeWhatIsCovered) {
     for (int y = 0; y < 22; ++y) {
         for (int x = 0; x < 22; ++x) {
             EXPECT_EQ(test::inkAt(light, x, y), test::inkAt(dark, x, y));
+        }
+    }
+}
+
+TEST_F(QtFacePainterTest, OnAPlateTheFaceCanBeReadOnAnyGround) {
+    face.activeBars = 5;
+    for (const Ink ink : {Ink::lightOnPlate, Ink::darkOnPlate}) {
+        for (const QRgb ground : {0xFF000000U, 0xFF2B2E36U, 0xFF808080U, 0xFFEDECEBU, 0xFFFFFFFFU}) {
+            const QImage drawn = test::toImage(paint(face, Form::label, 24, ink));
+            QImage panel(drawn.size(), QImage::Format_ARGB32);
+            panel.fill(ground);
+            QPainter(&panel).drawImage(0, 0, drawn);
+
+            const QColor ofHighestBar = panel.pixelColor(19, 12);
+            const QColor aboveThem = panel.pixelColor(12, 2);
+            EXPECT_GE(test::contrast(ofHighestBar, aboveThem), 4.5) << std::hex << ground;
+        }
+    }
+}
+
+TEST_F(QtFacePainterTest, APlateIsAsHighAsAskedForAndHasRoundCorners) {
+    for (const Form form : {Form::square, Form::wide, Form::label}) {
+        for (const int height : {16, 22, 24, 44}) {
+            const Pixmap plate = paint(face, form, height, Ink::darkOnPlate);
+            EXPECT_EQ(plate.height, height);
+            const QImage image = test::toImage(plate);
+            EXPECT_LT(test::inkAt(image, 0, 0), test::inkAt(image, plate.width / 2, 0) / 2);
         }
     }
 }
