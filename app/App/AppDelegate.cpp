@@ -11,6 +11,7 @@
 #include "platform/linux/SuspendedTime.h"
 #include "platform/qt/Appearance.h"
 #include "platform/qt/TrayStatusItem.h"
+#include "platform/theme/PanelThemes.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -38,7 +39,7 @@ public:
 
 private:
     static Ink inkFor(const ColorScheme& colors) {
-        return colors.desktopIsDark().value_or(true) ? Ink::light : Ink::dark;
+        return onPlate(colors.desktopIsDark().value_or(true) ? Ink::light : Ink::dark);
     }
 
     Subscription colorChange_;
@@ -84,6 +85,8 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       menu_(StatusItemController::menuItems(false)),
       settingsModel_(monitor_, notifications_, loginItem_),
       colors_(bus),
+      panelTheme_(loop, ThemeFolders::ofSession()),
+      programColors_(loop, ThemeFolders::ofSession()),
       itemFinder_(bus),
       extensionOffer_(bus, monitor_, StatsStore::supportDirectory() / "Tarnwick" / "extension-answered") {
     settings_.tellMistakes([this](const std::vector<std::string>& mistakes) {
@@ -147,6 +150,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .painter = painter_,
         .menu = *panelMenu_,
         .colors = colors_,
+        .panelTheme = panelTheme_,
         .processNames = processNames,
         .iconThemePath = setup.iconFolder,
         .screenScales = screenScales,
@@ -210,16 +214,24 @@ void AppDelegate::tellOfRoomForText() {
 }
 
 void AppDelegate::followColors() {
-    const auto follow = [this] {
-        Appearance::prefer(colors_.desktopIsDark(), colors_.desktopWantsContrast());
-    };
-    follow();
-    colorChange_ = colors_.onChange(follow);
+    const auto desktops = AutostartEntry::presentSession(isSandboxed()).desktops;
+    if (std::ranges::find(desktops, "KDE") != desktops.end()) {
+        // Not every version of the toolkit follows them.
+        programColors_.follow(plasmaProgramColors);
+    }
+    preferColors();
+    colorChange_ = colors_.onChange([this] { preferColors(); });
+    programColors_.onChange = [this] { preferColors(); };
     notifier_->setFallbackInk(inkOfPalette());
-    paletteWatch_ = std::make_unique<PaletteWatch>([this, follow] {
-        follow(); // the toolkit's own colors may have changed
+    paletteWatch_ = std::make_unique<PaletteWatch>([this] {
+        preferColors(); // the toolkit's own colors may have changed
         notifier_->setFallbackInk(inkOfPalette());
     });
+}
+
+void AppDelegate::preferColors() {
+    const auto isDark = colors_.desktopIsDark() ? colors_.desktopIsDark() : programColors_.isDark();
+    Appearance::prefer(isDark, colors_.desktopWantsContrast());
 }
 
 void AppDelegate::save() {

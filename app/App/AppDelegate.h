@@ -21,6 +21,7 @@
 #include "platform/qt/DisplayLoss.h"
 #include "platform/qt/PaletteWatch.h"
 #include "platform/qt/SessionEnd.h"
+#include "platform/theme/ThemeWatch.h"
 #include "platform/xdg/AutostartEntry.h"
 #include "platform/xdg/SettingsFile.h"
 
@@ -61,6 +62,7 @@ private:
     [[nodiscard]] std::function<void()> allowingPing();
     void makeStatusItem(const Setup& setup);
     void followColors();
+    void preferColors();
     void tellOfPanel(bool showsItem);
     void tellOfRoomForText();
     void save();
@@ -82,6 +84,8 @@ private:
     SettingsModel settingsModel_;
     QtFacePainter painter_;
     ColorScheme colors_;
+    ThemeWatch panelTheme_;
+    ThemeWatch programColors_; ///< followed in Plasma
     ItemFinder itemFinder_;
     ExtensionOffer extensionOffer_;
     Subscription colorChange_;

@@ -19,6 +19,19 @@ std::optional<fs::path> absolutePath(const char* variable) {
     return value != nullptr && *value == '/' ? std::optional<fs::path>(value) : std::nullopt;
 }
 
+/// Those in the variable, or else in `usual`, between colons.
+std::vector<fs::path> absolutePaths(const char* variable, const char* usual) {
+    const char* value = std::getenv(variable);
+    std::istringstream names(value != nullptr && *value != '\0' ? value : usual);
+    std::vector<fs::path> folders;
+    for (std::string name; std::getline(names, name, ':');) {
+        if (name.starts_with('/')) {
+            folders.emplace_back(name);
+        }
+    }
+    return folders;
+}
+
 fs::path home() {
     if (const auto path = absolutePath("HOME")) {
         return *path;
@@ -41,15 +54,11 @@ fs::path config() {
 }
 
 std::vector<fs::path> systemConfig() {
-    const char* value = std::getenv("XDG_CONFIG_DIRS");
-    std::istringstream names(value != nullptr && *value != '\0' ? value : "/etc/xdg");
-    std::vector<fs::path> folders;
-    for (std::string name; std::getline(names, name, ':');) {
-        if (name.starts_with('/')) {
-            folders.emplace_back(name);
-        }
-    }
-    return folders;
+    return absolutePaths("XDG_CONFIG_DIRS", "/etc/xdg");
+}
+
+std::vector<fs::path> systemData() {
+    return absolutePaths("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
 }
 
 } // namespace tarnwick::UserFolders

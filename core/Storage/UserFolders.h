@@ -12,5 +12,7 @@ namespace tarnwick::UserFolders {
 [[nodiscard]] std::filesystem::path config();
 /// $XDG_CONFIG_DIRS, else /etc/xdg: settings for all users, the most important folder first.
 [[nodiscard]] std::vector<std::filesystem::path> systemConfig();
+/// $XDG_DATA_DIRS, else /usr/local/share and /usr/share: data for all users, in the same order.
+[[nodiscard]] std::vector<std::filesystem::path> systemData();
 
 } // namespace tarnwick::UserFolders

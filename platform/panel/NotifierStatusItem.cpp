@@ -156,12 +156,15 @@ NotifierStatusItem::NotifierStatusItem(Needs needs)
     menu_.onRead = [this] { menuWasRead_ = true; };
     hosts_.onChange = [this] { hostChanged(); };
     colorSubscription_ = needs_.colors.onChange([this] { refresh(); });
+    needs_.panelTheme.onChange = [this] { refresh(); };
     stateSubscription_ = needs_.bus.onStateChange([this] { busChanged(); });
     refresh();
     busChanged();
 }
 
-NotifierStatusItem::~NotifierStatusItem() = default;
+NotifierStatusItem::~NotifierStatusItem() {
+    needs_.panelTheme.onChange = nullptr;
+}
 
 void NotifierStatusItem::show(const ItemState& state) {
     state_ = state;
@@ -191,6 +194,7 @@ void NotifierStatusItem::busChanged() {
 
 void NotifierStatusItem::hostChanged() {
     needs_.colors.setFollowsPanel(hosts_.host().hasOwnDarkMode);
+    needs_.panelTheme.follow(hosts_.host().theme);
     refresh();
     registration_.setWatcher(hosts_.watcher());
     if (hadWatcher_ != hasWatcher()) {
@@ -206,6 +210,7 @@ void NotifierStatusItem::refresh() {
         state_.ink, hosts_.host(),
         {
             .panelIsDark = needs_.colors.panelIsDark(),
+            .themeIsDark = needs_.panelTheme.isDark(),
             .desktopIsDark = needs_.colors.desktopIsDark(),
             .fallback = fallbackInk_,
         });

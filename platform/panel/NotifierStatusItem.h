@@ -13,6 +13,7 @@
 #include "platform/ports/FacePainter.h"
 #include "platform/ports/PanelMenu.h"
 #include "platform/ports/StatusItem.h"
+#include "platform/theme/ThemeWatch.h"
 
 #include <functional>
 #include <memory>
@@ -33,6 +34,7 @@ public:
         const FacePainter& painter;
         PanelMenu& menu;
         ColorScheme& colors;
+        ThemeWatch& panelTheme; ///< for this item alone
         PanelHostFinder::ProcessNames processNames;
         /// A folder with the program's icons by name, laid out as an icon theme. Empty: every icon is sent as
         /// an image.

@@ -1,5 +1,7 @@
 #include "platform/panel/PanelHosts.h"
 
+#include "platform/theme/PanelThemes.h"
+
 #include <algorithm>
 #include <array>
 
@@ -9,8 +11,7 @@ namespace {
 
 using Form = StatusItem::Form;
 
-// Measured with the panels of 2023. Those with a fixed ink have a dark background by default. A theme of
-// their own may change it; there is no way to ask.
+// Measured with the panels of Debian 12 and 13.
 constexpr PanelHost gnomeShell{
     .process = "gnome-shell",
     .form = Form::label,
@@ -24,7 +25,7 @@ constexpr PanelHost gnomeShell{
 constexpr PanelHost waybar{
     .process = "waybar",
     .form = Form::wide,
-    .fixedInk = Ink::light,
+    .usualInk = Ink::light,
     .givesGlobalPositions = false,
 };
 
@@ -36,7 +37,8 @@ constexpr PanelHost xfcePanel{
 
 constexpr PanelHost lxqtPanel{
     .process = "lxqt-panel",
-    .fixedInk = Ink::light,
+    .usualInk = Ink::light,
+    .theme = lxqtPanelTheme,
     .showsToolTipTitleOnly = true,
     .toolTipMarkup = ToolTipMarkup::guessed,
 };
@@ -44,6 +46,7 @@ constexpr PanelHost lxqtPanel{
 constexpr PanelHost plasma{
     .process = "plasmashell",
     .recolorsSymbolicIcons = true,
+    .theme = plasmaPanelTheme,
     .toolTipMarkup = ToolTipMarkup::guessed,
 };
 
@@ -64,6 +67,10 @@ constexpr std::array<PanelHost, 8> table{
 };
 
 constexpr PanelHost anyOther{};
+
+constexpr Ink inkOn(bool isDark) {
+    return isDark ? Ink::light : Ink::dark;
+}
 
 bool isKnown(const PanelHost& host) {
     return !host.process.empty();
@@ -92,14 +99,14 @@ Ink inkFor(StatusItem::InkChoice chosen, const PanelHost& host, const Background
     if (host.fixedInk) {
         return *host.fixedInk;
     }
-    std::optional<bool> isDark = host.hasOwnDarkMode ? backgrounds.panelIsDark : std::nullopt;
-    if (!isDark) {
-        isDark = backgrounds.desktopIsDark;
+    const auto known = host.hasOwnDarkMode ? backgrounds.panelIsDark : backgrounds.themeIsDark;
+    if (known) {
+        return inkOn(*known);
     }
-    if (!isDark) {
-        return backgrounds.fallback;
+    if (host.usualInk) {
+        return onPlate(*host.usualInk);
     }
-    return *isDark ? Ink::light : Ink::dark;
+    return onPlate(backgrounds.desktopIsDark ? inkOn(*backgrounds.desktopIsDark) : backgrounds.fallback);
 }
 
 std::string panelProcess(const std::vector<std::string>& names) {

@@ -3,6 +3,7 @@
 
 #include "platform/ports/FacePainter.h"
 #include "platform/ports/StatusItem.h"
+#include "platform/theme/ThemeFolders.h"
 
 #include <optional>
 #include <string>
@@ -23,7 +24,9 @@ struct PanelHost {
     bool drawsLabel = false;
     bool ignoresLabelGuide = false;             ///< the label's width follows its text
     bool recolorsSymbolicIcons = false;         ///< those that are sent by name
-    std::optional<Ink> fixedInk = std::nullopt; ///< its background follows no setting that we can read
+    std::optional<Ink> fixedInk = std::nullopt; ///< its background follows no setting
+    std::optional<Ink> usualInk = std::nullopt; ///< on the background that it has unless a user changes it
+    ThemeReader theme = nullptr;                ///< reads its background
     bool hasOwnDarkMode = false;                ///< a setting beside the desktop's, see `ColorScheme`
     bool givesGlobalPositions = true;           ///< of clicks: desktop coordinates, as the protocol says
     bool showsToolTipTitleOnly = false;
@@ -42,11 +45,13 @@ struct PanelHost {
 /// What is known of backgrounds at present.
 struct Backgrounds {
     std::optional<bool> panelIsDark = std::nullopt;   ///< the panel's own setting
+    std::optional<bool> themeIsDark = std::nullopt;   ///< the panel's theme
     std::optional<bool> desktopIsDark = std::nullopt; ///< what the user prefers for the desktop
     Ink fallback = Ink::dark;                         ///< where nothing is known
 };
 
-/// The ink that the user has chosen, else the one that stands out from the panel.
+/// The ink that the user has chosen, else the one that stands out from the panel. Where the background is
+/// only guessed, the face is on a plate.
 [[nodiscard]] Ink inkFor(StatusItem::InkChoice chosen, const PanelHost& host, const Backgrounds& backgrounds);
 
 /// Of the names that a process goes by, the one that is in the table, else the first. Empty without a name.

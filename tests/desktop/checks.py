@@ -160,6 +160,12 @@ class PanelChecks:
         ground = brightness(background(picture.crop(self.desktop.strip.box)))
         return abs(ink_brightness(picture.crop(place.box)) - ground)
 
+    def stands_out(self, place: Rectangle, on_light: bool) -> bool:
+        """Whether the panel is as light as that, and what is drawn there readable on it."""
+        picture = self.desktop.picture()
+        ground = brightness(background(picture.crop(self.desktop.strip.box)))
+        return (ground > 127) == on_light and self.contrast(picture, place) > READABLE_CONTRAST
+
     def test_the_icon_alone_is_five_rising_bars(self) -> None:
         program = self.started(ShowText="false")
         place = self.shown(program)

@@ -166,7 +166,17 @@ class GnomeWaylandPanel(OverlayDesktop, GnomePanel):
         return json.loads(json.loads(text)) if text.startswith('"') else json.loads(text)
 
 
+# Plasma leaves out a desktop that belongs to no activity, and adds one with a picture that follows the colors.
+ACTIVITY = "6c1cf9ab-0ef1-4d0b-9b2c-5d3f60f8f2a1"
+ACTIVITIES = f"""[activities]
+{ACTIVITY}=Default
+
+[main]
+currentActivity={ACTIVITY}
+runningActivities={ACTIVITY}
+"""
 PLASMA_LAYOUT = """[Containments][1]
+activityId={activity}
 formfactor=0
 lastScreen=0
 location=0
@@ -243,7 +253,9 @@ class PlasmaPanel(X11Desktop):
         """Only the tray is in the panel, with all items."""
         known = ",".join(f"org.kde.plasma.{item}" for item in PLASMA_ITEMS) + ",org.kde.kscreen"
         file = self.session.config / "plasma-org.kde.plasma.desktop-appletsrc"
-        self.session.write(file, PLASMA_LAYOUT.format(items=self.items, own_items=known))
+        layout = PLASMA_LAYOUT.format(activity=ACTIVITY, items=self.items, own_items=known)
+        self.session.write(file, layout)
+        self.session.write(self.session.config / "kactivitymanagerdrc", ACTIVITIES)
         self.session.write(self.session.config / "plasmashellrc", PLAIN_PANEL)
 
     def start_panel(self) -> None:
@@ -256,6 +268,14 @@ class PlasmaPanel(X11Desktop):
 
     def is_drawn(self) -> bool:
         return any((place.width, place.height) == (self.area.width, self.height) for _, place in self.windows())
+
+    def set_theme(self, name: str) -> None:
+        """Of the panel."""
+        self.session.run(["plasma-apply-desktoptheme", name])
+
+    def set_colors(self, name: str) -> None:
+        """Of all programs, and of panels whose theme has none of its own."""
+        self.session.run(["plasma-apply-colorscheme", name])
 
     def kill_panel(self) -> None:
         self.session.kill(self.panel)

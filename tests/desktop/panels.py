@@ -16,6 +16,7 @@ from endtoend.waiting import eventually
 from .desktops import PARKED, START_SECONDS, X11Desktop
 from .overlay import OverlayDesktop
 from .pictures import Rectangle
+from .session import Session
 from .wayland import Devices
 from .x11 import LEFT
 
@@ -124,11 +125,20 @@ class LxqtPanel(X11Desktop):
     executables = ("Xvfb", "openbox", "lxqt-panel")
     height = 32
 
+    def new_session(self) -> Session:
+        session = super().new_session()
+        # As `startlxqt` sets it: without it the panel finds no theme.
+        session.environment["XDG_CONFIG_DIRS"] = "/etc:/etc/xdg:/usr/share"
+        return session
+
     def start_panel(self) -> None:
         file = self.session.config / "panel.conf"
         self.session.write(file, LXQT_PANEL)
         self.panel = self.session.spawn("panel", ["lxqt-panel", "-c", str(file)])
         self.wait_for_watcher()
+
+    def set_theme(self, name: str) -> None:
+        self.session.write(self.session.config / "lxqt/lxqt.conf", f"[General]\ntheme={name}\n")
 
     @property
     def strip(self) -> Rectangle:

@@ -5,10 +5,10 @@ from __future__ import annotations
 import unittest
 
 from .heavy_panels import PlasmaWaylandPanel
-from .notifier_checks import NotifierChecks
+from .test_plasma import PlasmaChecks
 
 
-class PlasmaOnWayland(NotifierChecks, unittest.TestCase):
+class PlasmaOnWayland(PlasmaChecks, unittest.TestCase):
     panel = PlasmaWaylandPanel
 
 
@@ -17,7 +17,7 @@ class PlasmaWithNotifications(PlasmaWaylandPanel):
     items = "org.kde.plasma.notifications"
 
 
-class PlasmaThatNotifies(NotifierChecks, unittest.TestCase):
+class PlasmaThatNotifies(PlasmaChecks, unittest.TestCase):
     panel = PlasmaWithNotifications
 
     def test_the_shell_shows_a_notification(self) -> None:

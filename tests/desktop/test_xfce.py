@@ -6,10 +6,9 @@ import unittest
 
 from endtoend.waiting import eventually
 
-from .checks import READABLE_CONTRAST, X11Checks
+from .checks import X11Checks
 from .notifier_checks import NotifierChecks
 from .panels import XfcePanel
-from .pictures import background, brightness, ink_brightness
 from .program import PATIENCE
 
 
@@ -22,14 +21,8 @@ class Xfce(X11Checks, NotifierChecks, unittest.TestCase):
         place = self.shown(program)
         self.addCleanup(self.desktop.set_dark, True)
 
-        def is_readable(on_light: bool) -> bool:
-            picture = self.desktop.picture().crop(self.desktop.strip.box)
-            ground = brightness(background(picture))
-            ink = ink_brightness(self.desktop.picture().crop(place.box))
-            return (ground > 127) == on_light and ((ground - ink) if on_light else (ink - ground)) > READABLE_CONTRAST
-
         for on_light in (True, False):
             self.desktop.set_dark(not on_light)
 
-            eventually(lambda on_light=on_light: is_readable(on_light), PATIENCE, f"readable, light: {on_light}")
+            eventually(lambda on_light=on_light: self.stands_out(place, on_light), PATIENCE, f"readable, light: {on_light}")
             self.desktop.screenshot(f"xfce-{'light' if on_light else 'dark'}.png")

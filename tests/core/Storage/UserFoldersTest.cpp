@@ -86,6 +86,13 @@ TEST_F(UserFoldersTest, OfAllUsersAreTheUsualOneWhenTheEnvironmentNamesNone) {
     EXPECT_THAT(UserFolders::systemConfig(), testing::ElementsAre("/etc/xdg"));
 }
 
+TEST_F(UserFoldersTest, DataOfAllUsersIsWhereTheEnvironmentSaysOrInTheUsualFolders) {
+    ::setenv("XDG_DATA_DIRS", "/srv/first:/srv/second", 1);
+    EXPECT_THAT(UserFolders::systemData(), testing::ElementsAre("/srv/first", "/srv/second"));
+    ::unsetenv("XDG_DATA_DIRS");
+    EXPECT_THAT(UserFolders::systemData(), testing::ElementsAre("/usr/local/share", "/usr/share"));
+}
+
 TEST_F(UserFoldersTest, OfAllUsersHoldNoRelativeOrEmptyNames) {
     ::setenv("XDG_CONFIG_DIRS", ":first:/srv/second::", 1);
     EXPECT_THAT(UserFolders::systemConfig(), testing::ElementsAre("/srv/second"));

@@ -165,6 +165,7 @@ TEST_F(NotifierRegistrationTest, WithoutABusThereIsNoWatcher) {
         .painter = painter_,
         .menu = menu_,
         .colors = colors_,
+        .panelTheme = panelTheme_,
         .processNames = [](unsigned) { return std::vector<std::string>(); },
     });
     ASSERT_TRUE(runUntil([&noBus] { return noBus.state() == BusConnection::State::unavailable; }));

@@ -178,6 +178,19 @@ TEST_F(NotifierStatusItemTest, WhereThePanelsColorIsUnknownTheFallbackHolds) {
     EXPECT_EQ(std::get<2>(pixmaps.front())[1], 0xF4);
 }
 
+TEST_F(NotifierStatusItemTest, TheInkFollowsThePanelsTheme) {
+    showIn("lxqt-panel");
+    theme_.writeTheme(
+        "lxqt/themes/Light/lxqt-panel.qss", "LXQtPanel #BackgroundWidget { background: #eee; }");
+
+    theme_.writeUserSettings("lxqt/lxqt.conf", "[General]\ntheme=Light\n");
+
+    EXPECT_TRUE(runUntil([this] {
+        const auto pixmaps = std::get<Pixmaps>(properties().at("IconPixmap"));
+        return std::get<2>(pixmaps.front())[1] == 0x24;
+    }));
+}
+
 TEST_F(NotifierStatusItemTest, AClickSaysWhereItWasWhereThePanelTells) {
     showIn("xfce4-panel");
     std::optional<ScreenPoint> click;

@@ -4,6 +4,7 @@
 #include "platform/panel/NotifierStatusItem.h"
 #include "tests/platform/bus/BusTest.h"
 #include "tests/platform/panel/FakePainter.h"
+#include "tests/platform/theme/ThemeFixture.h"
 
 #include "platform/bus/BusObject.h"
 
@@ -81,6 +82,7 @@ protected:
             .painter = painter_,
             .menu = menu_,
             .colors = colors_,
+            .panelTheme = panelTheme_,
             .processNames = [this](unsigned) { return std::vector{process_}; },
             .iconThemePath = "/icons",
             .registrationPatience = registrationPatience,
@@ -154,6 +156,8 @@ protected:
     EmptyMenu menu_;
     FakePainter painter_;
     ColorScheme colors_{bus_};
+    test::ThemeFixture theme_;
+    ThemeWatch panelTheme_{loop_, theme_.folders};
     std::string process_;
     std::vector<std::unique_ptr<Panel>> panels_;
     std::optional<NotifierStatusItem> item_;

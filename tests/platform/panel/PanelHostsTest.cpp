@@ -87,18 +87,21 @@ TEST(PanelHostsTest, ThePanelsOwnSettingComesBeforeTheDesktops) {
     EXPECT_EQ(shownOn(host, {.panelIsDark = false, .desktopIsDark = true}), Ink::dark);
 }
 
+TEST(PanelHostsTest, ThePanelsOwnThemeComesBeforeTheDesktops) {
+    EXPECT_EQ(shownOn({}, {.themeIsDark = true, .desktopIsDark = false}), Ink::light);
+    EXPECT_EQ(shownOn({.usualInk = Ink::light}, {.themeIsDark = false, .desktopIsDark = true}), Ink::dark);
+}
+
 TEST(PanelHostsTest, TheSettingOfAnotherPanelDoesNotCount) {
-    EXPECT_EQ(shownOn({}, {.panelIsDark = true, .desktopIsDark = false}), Ink::dark);
+    EXPECT_EQ(shownOn({}, {.panelIsDark = true, .desktopIsDark = false}), Ink::darkOnPlate);
 }
 
-TEST(PanelHostsTest, TheDesktopsPreferenceComesBeforeTheFallback) {
-    EXPECT_EQ(shownOn({}, {.desktopIsDark = true, .fallback = Ink::dark}), Ink::light);
-    EXPECT_EQ(shownOn({}, {.desktopIsDark = false, .fallback = Ink::light}), Ink::dark);
-}
-
-TEST(PanelHostsTest, WhereNothingIsKnownTheFallbackHolds) {
-    EXPECT_EQ(shownOn({}, {.fallback = Ink::light}), Ink::light);
-    EXPECT_EQ(shownOn({.hasOwnDarkMode = true}, {.fallback = Ink::dark}), Ink::dark);
+TEST(PanelHostsTest, AGuessedGroundNeedsAPlate) {
+    EXPECT_EQ(shownOn({.usualInk = Ink::light}, {.desktopIsDark = false}), Ink::lightOnPlate);
+    EXPECT_EQ(shownOn({}, {.desktopIsDark = true, .fallback = Ink::dark}), Ink::lightOnPlate);
+    EXPECT_EQ(shownOn({}, {.desktopIsDark = false, .fallback = Ink::light}), Ink::darkOnPlate);
+    EXPECT_EQ(shownOn({}, {.fallback = Ink::light}), Ink::lightOnPlate);
+    EXPECT_EQ(shownOn({.hasOwnDarkMode = true}, {.fallback = Ink::dark}), Ink::darkOnPlate);
 }
 
 TEST(PanelHostsTest, AProcessGoesByTheNameThatIsInTheTable) {
