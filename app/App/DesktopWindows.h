@@ -40,6 +40,9 @@ public:
 
     void showSettings() override;
     void showAbout() override;
+
+    void expectWindow() override { useActivationTokenOfClick(); }
+
     void ask(const Question& question, std::function<void(bool)> answered) override;
     void quit() override;
 

@@ -12,6 +12,7 @@
 #include "platform/loop/EpollRunLoop.h"
 #include "platform/qt/QtLoopHost.h"
 #include "platform/qt/ScreenOverlay.h"
+#include "platform/x11/StartupSequence.h"
 
 #include <QApplication>
 
@@ -74,7 +75,7 @@ void serve(AppDelegate& delegate, Instance::Request request, const std::string& 
 }
 
 /// The toolkit gets no arguments: this program does not offer its options.
-int runApplication(const AppOptions& options, std::string name, const std::string& startToken) {
+int runApplication(const AppOptions& options, std::string name, const Instance::LaunchTokens& tokens) {
     ScreenOverlay::prepare();
     int count = 1;
     std::array<char*, 2> arguments{name.data(), nullptr};
@@ -90,6 +91,9 @@ int runApplication(const AppOptions& options, std::string name, const std::strin
     BusConnection bus(loop, BusConnection::sessionAddress());
     std::unique_ptr<AppDelegate> delegate;
     const auto begin = [&](Instance::Result result) {
+        if (QGuiApplication::platformName() == QLatin1String("xcb")) {
+            X11::endStartupSequence(tokens.startup);
+        }
         if (result == Instance::Result::anotherRuns || result == Instance::Result::anotherIsSilent) {
             QCoreApplication::exit(statusBesideAnother(result, options));
             return;
@@ -100,15 +104,16 @@ int runApplication(const AppOptions& options, std::string name, const std::strin
                 .settings = options.settings,
                 .version = TARNWICK_VERSION,
                 .iconFolder = ownIcons(isSandboxed()).string(),
-                .tokenWithoutPanel =
-                    options.request == AppOptions::Request::none ? std::optional(startToken) : std::nullopt});
+                .tokenWithoutPanel = options.request == AppOptions::Request::none
+                                         ? std::optional(tokens.activation)
+                                         : std::nullopt});
         if (options.request != AppOptions::Request::none) {
-            serve(*delegate, requestFor(options), startToken);
+            serve(*delegate, requestFor(options), tokens.activation);
         }
     };
     // Its settings can't be changed from here, and it is left alone then.
     const auto request = options.settings.empty() ? requestFor(options) : Instance::Request::nothing;
-    InstanceGuard instance(loop, bus, {.request = request, .activationToken = startToken}, begin);
+    InstanceGuard instance(loop, bus, {.request = request, .activationToken = tokens.activation}, begin);
     instance.onRequest = [&](Instance::Request asked, const std::string& activationToken) {
         if (delegate) {
             serve(*delegate, asked, activationToken);
@@ -133,7 +138,7 @@ int start(const std::vector<std::string>& arguments, const std::string& name) {
         std::fprintf(stderr, "tarnwick: %s; tarnwick-watch shows the same in a terminal\n", problem->c_str());
         return EXIT_FAILURE;
     }
-    return runApplication(options, name, InstanceGuard::takeActivationToken());
+    return runApplication(options, name, Instance::takeLaunchTokens());
 }
 
 } // namespace

@@ -179,6 +179,7 @@ void StatusItemController::chosen(MenuItem::Id id) {
         break;
     case Id::checkForUpdates:
         if (needs_.updates != nullptr) {
+            needs_.windows.expectWindow();
             needs_.updates->checkForUpdates();
         }
         break;

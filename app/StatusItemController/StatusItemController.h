@@ -37,6 +37,9 @@ public:
     virtual void toggleDropDown(std::optional<ScreenPoint> at) = 0;
     virtual void showSettings() = 0;
     virtual void showAbout() = 0;
+    /// Lets the next window open in front of others, also one of another part of the program: a click asked
+    /// for it.
+    virtual void expectWindow() = 0;
     /// Returns at once; `answered` is called later with whether it was confirmed, perhaps never.
     virtual void ask(const Question& question, std::function<void(bool)> answered) = 0;
     virtual void quit() = 0;

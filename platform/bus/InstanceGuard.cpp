@@ -18,7 +18,6 @@ namespace {
 constexpr const char* objectPath = "/org/tarnwick/Tarnwick";
 constexpr const char* applicationInterface = "org.freedesktop.Application";
 constexpr const char* tokenKey = "activation-token";
-constexpr const char* tokenVariable = "XDG_ACTIVATION_TOKEN";
 
 /// The names of actions on the bus. `Request::show` has a method of its own.
 constexpr std::array<std::pair<const char*, InstanceGuard::Request>, 2> actions{{
@@ -38,6 +37,14 @@ PlatformData platformData(const std::string& activationToken) {
         data.emplace(tokenKey, activationToken);
     }
     return data;
+}
+
+/// Of a variable, which leaves the environment.
+std::string taken(const char* variable) {
+    const char* const value = std::getenv(variable);
+    std::string text = value != nullptr ? value : "";
+    ::unsetenv(variable);
+    return text;
 }
 
 std::string activationToken(const PlatformData& data) {
@@ -87,11 +94,13 @@ private:
     BusObject object_;
 };
 
-std::string InstanceGuard::takeActivationToken() {
-    const char* const value = std::getenv(tokenVariable);
-    std::string token = value == nullptr ? "" : value;
-    unsetenv(tokenVariable);
-    return token;
+InstanceGuard::LaunchTokens InstanceGuard::takeLaunchTokens() {
+    LaunchTokens tokens{.activation = taken("XDG_ACTIVATION_TOKEN"), .startup = taken("DESKTOP_STARTUP_ID")};
+    if (tokens.activation.empty()) {
+        // Some launchers hand over this one alone. It serves on Wayland too.
+        tokens.activation = tokens.startup;
+    }
+    return tokens;
 }
 
 InstanceGuard::InstanceGuard(

@@ -28,10 +28,15 @@ public:
     static constexpr const char* name = "org.tarnwick.Tarnwick";
     static constexpr double patience = 2; ///< seconds, for the bus and then for the other program
 
-    /// The token by which the desktop lets this start open a window in front of others; empty without one.
-    /// It serves one window, so it is removed from the environment that started programs inherit.
-    /// To be called before there are threads.
-    [[nodiscard]] static std::string takeActivationToken();
+    /// What a launcher hands over to the program that it starts; empty where it hands over nothing.
+    struct LaunchTokens {
+        std::string activation; ///< lets one window open in front of others
+        std::string startup;    ///< by which an X11 desktop knows this start
+    };
+
+    /// Removed from the environment: programs that are started from here must not inherit them. To be called
+    /// before there are threads.
+    [[nodiscard]] static LaunchTokens takeLaunchTokens();
 
     struct Start {
         Request request = Request::show;

@@ -10,15 +10,46 @@ import subprocess
 import tempfile
 import unittest
 
+from Xlib import X, display
+
 from endtoend.waiting import eventually, never
 
 from .panels import LatePanel
 from .program import PATIENCE, PROGRAM, Program, pings_sent
+from .x11 import X11Screen
 
 ENTRY = pathlib.Path(__file__).resolve().parents[2] / "packaging/tarnwick.desktop"
 SETTINGS_TITLE = "Tarnwick Settings"
 INSTANCE = "org.tarnwick.Tarnwick"
 SHORT_SECONDS = 0.5
+
+
+STARTUP_ID = 'launcher-1 "quoted" and longer than one message_TIME1'
+
+
+class StartupMessages:
+    """What programs tell an X11 desktop of their start."""
+
+    def __init__(self, screen: X11Screen) -> None:
+        self._display = display.Display(screen.name)
+        self._display.screen().root.change_attributes(event_mask=X.PropertyChangeMask)
+        self._begin = self._display.intern_atom("_NET_STARTUP_INFO_BEGIN")
+        self._next = self._display.intern_atom("_NET_STARTUP_INFO")
+        self._display.sync()
+        self._parts: list[bytes] = []
+
+    def close(self) -> None:
+        self._display.close()
+
+    def texts(self) -> list[str]:
+        while self._display.pending_events():
+            event = self._display.next_event()
+            if event.type != X.ClientMessage or event.client_type not in (self._begin, self._next):
+                continue
+            if event.client_type == self._begin:
+                self._parts.append(b"")
+            self._parts[-1] += bytes(event.data[1])
+        return [part.partition(b"\0")[0].decode() for part in self._parts]
 
 
 class Requests(unittest.TestCase):
@@ -71,6 +102,19 @@ class Requests(unittest.TestCase):
 
         self.assertTrue(never(program.drop_down, SHORT_SECONDS), "it opened")
 
+    def test_each_start_tells_the_desktop_that_it_is_over(self) -> None:
+        messages = StartupMessages(self.desktop.screen)
+        self.addCleanup(messages.close)
+        over = 'remove: ID="' + STARTUP_ID.replace('"', '\\"') + '"'
+        prefix = ("env", f"DESKTOP_STARTUP_ID={STARTUP_ID}")
+        first = Program(self.desktop, prefix, options=("--from-session",))
+        self.addCleanup(first.end)
+        eventually(lambda: messages.texts() == [over], PATIENCE, "the first start is over")
+
+        self.assertEqual(first.start_again("--show"), 0)
+
+        eventually(lambda: messages.texts() == [over, over], PATIENCE, "the second start is over")
+
     def test_quit_ends_the_running_one_with_the_statistics_saved(self) -> None:
         program = self.started()
 
@@ -114,6 +158,9 @@ class DesktopEntry(unittest.TestCase):
         )
 
         self.assertEqual((done.returncode, done.stdout + done.stderr), (0, ""))
+
+    def test_launchers_hand_a_token_over_to_it(self) -> None:
+        self.assertIn("\nStartupNotify=true\n", ENTRY.read_text(encoding="utf-8"))
 
     def test_it_offers_the_settings_and_the_end(self) -> None:
         entry = configparser.ConfigParser(interpolation=None)

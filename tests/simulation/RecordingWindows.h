@@ -18,6 +18,8 @@ public:
 
     void showAbout() override { ++aboutShown; }
 
+    void expectWindow() override { ++windowsExpected; }
+
     void ask(const Question& question, std::function<void(bool)> answered) override {
         questions.push_back(question);
         answer = std::move(answered);
@@ -28,6 +30,7 @@ public:
     std::vector<std::optional<ScreenPoint>> dropDowns;
     int settingsShown = 0;
     int aboutShown = 0;
+    int windowsExpected = 0;
     int quits = 0;
     std::vector<Question> questions;
     std::function<void(bool)> answer; ///< to the latest question

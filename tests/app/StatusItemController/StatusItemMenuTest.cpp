@@ -56,6 +56,7 @@ TEST_F(StatusItemMenuTest, CheckForUpdatesIsEnabledOnlyWhenItIsPossible) {
     menu->choose(Id::checkForUpdates);
 
     EXPECT_EQ(updates.checksAskedFor, 1);
+    EXPECT_EQ(windows.windowsExpected, 1);
 }
 
 TEST_F(StatusItemMenuTest, TheAlternateIsTheOneBelowResetSession) {

@@ -127,13 +127,23 @@ TEST_F(InstanceGuardTest, AStartThatAsksForNothingLeavesTheFirstAlone) {
     EXPECT_EQ(first.requests.size(), 1);
 }
 
-TEST_F(InstanceGuardTest, TheActivationTokenLeavesTheEnvironment) {
+TEST_F(InstanceGuardTest, WhatTheLauncherHandsOverLeavesTheEnvironment) {
     setenv("XDG_ACTIVATION_TOKEN", "token-1", 1);
+    setenv("DESKTOP_STARTUP_ID", "start-1", 1);
 
-    EXPECT_EQ(InstanceGuard::takeActivationToken(), "token-1");
+    const auto tokens = InstanceGuard::takeLaunchTokens();
 
+    EXPECT_EQ(tokens.activation, "token-1");
+    EXPECT_EQ(tokens.startup, "start-1");
     EXPECT_EQ(std::getenv("XDG_ACTIVATION_TOKEN"), nullptr);
-    EXPECT_EQ(InstanceGuard::takeActivationToken(), "");
+    EXPECT_EQ(std::getenv("DESKTOP_STARTUP_ID"), nullptr);
+    EXPECT_EQ(InstanceGuard::takeLaunchTokens().activation, "");
+}
+
+TEST_F(InstanceGuardTest, TheStartupIdServesAsTokenWhereThereIsNoOther) {
+    setenv("DESKTOP_STARTUP_ID", "start-1", 1);
+
+    EXPECT_EQ(InstanceGuard::takeLaunchTokens().activation, "start-1");
 }
 
 TEST_F(InstanceGuardTest, AFirstThatDoesNotAnswerIsStillThere) {
