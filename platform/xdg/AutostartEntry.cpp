@@ -61,15 +61,30 @@ DesktopEntry newEntry(std::string_view program, std::string_view command) {
     return entry;
 }
 
+/// Whether this program wrote the entry's command line. Earlier versions wrote it without the option.
+bool hasOurCommand(const DesktopEntry& entry) {
+    std::string ours = DesktopCommand::starting(entry.value(Key::tryExec).value_or(""), fromSession);
+    const auto command = entry.value(Key::exec);
+    return command == ours
+           || command == ours.substr(0, ours.size() - std::string_view(fromSession).size() - 1);
+}
+
 bool holdsNothingElse(DesktopEntry entry) {
     removeSwitches(entry);
-    return entry == newEntry(entry.value(Key::tryExec).value_or(""), entry.value(Key::exec).value_or(""));
+    return hasOurCommand(entry) && entry == newEntry(*entry.value(Key::tryExec), *entry.value(Key::exec));
 }
 
 /// Nothing, and no error, when the file is not a desktop entry.
 std::optional<DesktopEntry> read(const fs::path& file, std::error_code& error) {
     const auto text = FileStore::read(file, error);
     return text ? DesktopEntry::parse(*text) : std::nullopt;
+}
+
+/// The program that the entry's command line starts, or the script or other program that does.
+std::optional<fs::path> startedFile(const DesktopEntry& entry) {
+    const auto command = entry.value(Key::exec);
+    const auto name = command ? DesktopCommand::program(*command) : std::nullopt;
+    return name ? DesktopCommand::find(*name) : std::nullopt;
 }
 
 bool isAbsent(const std::error_code& error) {
@@ -144,17 +159,16 @@ LoginItem::Status AutostartEntry::statusOf(const DesktopEntry& entry) const {
 bool AutostartEntry::startsHere(const DesktopEntry& entry) const {
     const auto tryExec = entry.value(Key::tryExec);
     const bool mayTry = !tryExec || tryExec->empty() || DesktopCommand::find(*tryExec);
-    const auto command = entry.value(Key::exec);
-    const auto program = command ? DesktopCommand::program(*command) : std::nullopt;
-    return entry.value(Key::type) == application && mayTry && program && DesktopCommand::find(*program)
-           && isForThisDesktop(entry);
+    return entry.value(Key::type) == application && mayTry && startedFile(entry) && isForThisDesktop(entry);
+}
+
+bool AutostartEntry::hasWorkingCommand(const DesktopEntry& entry) const {
+    return startedFile(entry) && !startsAnotherCopy(entry);
 }
 
 /// Only where that is certain: an entry that names a script or another program may still start this one.
 bool AutostartEntry::startsAnotherCopy(const DesktopEntry& entry) const {
-    const auto command = entry.value(Key::exec);
-    const auto name = command ? DesktopCommand::program(*command) : std::nullopt;
-    const auto file = name ? DesktopCommand::find(*name) : std::nullopt;
+    const auto file = startedFile(entry);
     std::error_code error;
     return program_ && file && file->filename() == program_->filename()
            && !fs::equivalent(*file, *program_, error);
@@ -197,9 +211,12 @@ std::optional<std::string> AutostartEntry::enroll() {
         return write(newEntry(program_->native(), command));
     }
     removeSwitches(*entry);
+    const bool needsCommand = hasOurCommand(*entry) || !hasWorkingCommand(*entry);
     entry->set(Key::type, application);
     entry->set(Key::tryExec, program_->native());
-    entry->set(Key::exec, command);
+    if (needsCommand) {
+        entry->set(Key::exec, command);
+    }
     if (!isForThisDesktop(*entry)) {
         entry->remove(Key::onlyShowIn);
         entry->remove(Key::notShowIn);

@@ -13,9 +13,10 @@ namespace tarnwick {
 ///
 /// An entry that the desktop has switched off requires approval. An entry counts as not registered if it
 /// can't start the program here (the program is gone, the entry is for other desktops, or can't be read), or
-/// if it is the user's own and starts another copy of the program. Enrolling repairs each of these.
-/// Withdrawing removes the user's entry, or hides it if other programs have added lines, or if a system's
-/// entry would take its place. Inside a sandbox nothing is registered. Main thread.
+/// if it is the user's own and starts another copy of the program. Enrolling repairs each of these. It leaves
+/// a command line of the user's own alone if that works. Withdrawing removes the user's entry, or hides it if
+/// other programs have added lines, or if a system's entry would take its place. Inside a sandbox nothing is
+/// registered. Main thread.
 class AutostartEntry final : public LoginItem {
 public:
     struct Session {
@@ -42,6 +43,7 @@ private:
     [[nodiscard]] Status statusOf(const DesktopEntry& entry) const;
     [[nodiscard]] bool startsHere(const DesktopEntry& entry) const;
     [[nodiscard]] bool startsAnotherCopy(const DesktopEntry& entry) const;
+    [[nodiscard]] bool hasWorkingCommand(const DesktopEntry& entry) const;
     [[nodiscard]] bool isForThisDesktop(const DesktopEntry& entry) const;
     [[nodiscard]] std::optional<std::string> write(const DesktopEntry& entry) const;
 

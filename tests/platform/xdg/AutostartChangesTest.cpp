@@ -31,6 +31,11 @@ std::string withoutTheOption(std::string entry) {
     return entry.erase(entry.find(option), option.size());
 }
 
+/// With a command line of the user's own.
+std::string withOptions(std::string entry) {
+    return entry.insert(entry.find(" --from-session"), " --set PingInterval=5");
+}
+
 class AutostartChangesTest : public testing::Test {
 protected:
     void storeUser(const std::string& text) const { files_.store(files_.userFile(), text); }
@@ -91,6 +96,17 @@ INSTANTIATE_TEST_SUITE_P(
                 + application(
                     "Name=Mine", "Name[de]=Meins", "X-GNOME-Autostart-Delay=5", "TryExec=PROGRAM",
                     startsProgram, "", "[Desktop Action A]", "Exec=other")},
+        Change{
+            "KeepsACommandOfTheUsersOwn",
+            application("Exec=sh -c \"sleep 10; tarnwick\"", "TryExec=PROGRAM", hidden, withdrawn),
+            application("Exec=sh -c \"sleep 10; tarnwick\"", "TryExec=PROGRAM")},
+        Change{
+            "KeepsTheOptionsOfTheUsersOwn",
+            application("Exec=\"PROGRAM\" --set PingInterval=5", "TryExec=PROGRAM", hidden, withdrawn),
+            application("Exec=\"PROGRAM\" --set PingInterval=5", "TryExec=PROGRAM")},
+        Change{
+            "ReplacesACommandThatIsGone", application("Exec=/nothing/tarnwick", "TryExec=PROGRAM"),
+            application(startsProgram, "TryExec=PROGRAM")},
         Change{"ReplacesAProgramThatIsGone", own("TryExec=/nothing/tarnwick"), own("TryExec=PROGRAM")},
         Change{
             "ReplacesAnotherCopy", application("Name=Tarnwick", "Exec=COPY", "TryExec=COPY"),
@@ -120,6 +136,11 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"RemovesWhatHoldsNothingOfOthers", fresh(), ""},
         Change{"RemovesAnEntryWithoutTheOption", withoutTheOption(fresh()), ""},
         Change{"RemovesItAlsoWhenTheDesktopHadSwitchedItOff", fresh(hidden, gnomeOff), ""},
+        Change{
+            "HidesAnEntryWithACommandOfTheUsersOwn",
+            withOptions(fresh()),
+            withOptions(fresh(hidden, withdrawn)),
+        },
         Change{
             "HidesAnEntryWithLinesOfOthers", "# by hand\n" + fresh("X-GNOME-Autostart-Delay=5"),
             "# by hand\n" + fresh("X-GNOME-Autostart-Delay=5", hidden, withdrawn)},
