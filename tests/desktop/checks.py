@@ -37,6 +37,12 @@ def stays_closed(program: Program) -> bool:
     return never(program.drop_down, WATCHED_SECONDS)
 
 
+def is_readable(window: Image.Image, is_light: bool) -> bool:
+    """Whether a picture of a window is as light as that, with readable texts."""
+    ground = brightness(background(window))
+    return (ground > 127) == is_light and abs(ink_brightness(window) - ground) > READABLE_CONTRAST
+
+
 class PanelChecks:
     """In every panel, whatever its protocol is."""
 
@@ -373,15 +379,14 @@ class X11Checks(PanelChecks):
         self.open_drop_down(self.shown(program))
         window = self.opened(program)
 
-        def is_readable(dark: bool) -> bool:
-            picture = self.desktop.picture().crop(window.box)
-            ground, ink = brightness(background(picture)), ink_brightness(picture)
-            return (ground < 127) == dark and ((ink - ground) if dark else (ground - ink)) > READABLE_CONTRAST
-
         for dark in (False, True):
             preference.set_dark(dark)
 
-            eventually(lambda dark=dark: is_readable(dark), PATIENCE, f"readable, dark: {dark}")
+            eventually(
+                lambda dark=dark: is_readable(self.desktop.picture().crop(window.box), not dark),
+                PATIENCE,
+                f"readable, dark: {dark}",
+            )
             self.desktop.screenshot(f"{self.desktop.name}-drop-down-{'dark' if dark else 'light'}.png")
         self.desktop.key("Escape")
         self.wait_until_closed(program)

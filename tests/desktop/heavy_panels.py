@@ -98,6 +98,22 @@ class GnomePanel(X11Desktop):
         return Rectangle(middle, 0, self.area.width - middle, self.height)
 
 
+class GnomeWithPortals(GnomePanel):
+    """With the service that tells programs what the user prefers."""
+
+    name = "gnome-portals"
+    executables = (*GnomePanel.executables, "/usr/libexec/xdg-desktop-portal", "/usr/libexec/xdg-desktop-portal-gtk")
+    # It would mount a file system, which outlives it.
+    withheld_services = ("org.freedesktop.portal.Documents",)
+
+    def set_dark(self, dark: bool) -> None:
+        keyfile = self.session.config / "glib-2.0/settings/keyfile"
+        section = "[org/gnome/desktop/interface]\n"
+        lines = [line for line in keyfile.read_text(encoding="utf-8").splitlines() if "color-scheme" not in line]
+        scheme = "color-scheme='prefer-dark'\n" if dark else ""
+        self.session.write(keyfile, "\n".join(lines).replace(section, section + scheme) + "\n")
+
+
 class BareGnome(GnomePanel):
     """Without the extension that shows status items."""
 

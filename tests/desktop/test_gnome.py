@@ -10,8 +10,8 @@ from PIL import Image
 from endtoend.waiting import eventually
 
 from .bus import Listener
-from .checks import NEAR, distance, stays_closed
-from .heavy_panels import GnomePanel
+from .checks import NEAR, distance, is_readable, stays_closed
+from .heavy_panels import GnomePanel, GnomeWithPortals
 from .notifier_checks import NotifierChecks
 from .pictures import Rectangle
 from .program import PATIENCE, Program
@@ -101,3 +101,24 @@ class Gnome(NotifierChecks, unittest.TestCase):
         eventually(lambda: self.menu_drawn(before), PATIENCE, "a menu is drawn")
         self.desktop.dismiss_menu()
         eventually(lambda: self.menu_drawn(before) is None, PATIENCE, "the menu closes")
+
+
+class GnomeColors(unittest.TestCase):
+    def test_an_open_drop_down_follows_what_the_user_prefers(self) -> None:
+        GnomeWithPortals.require()
+        desktop = GnomeWithPortals()
+        desktop.start()
+        self.addCleanup(desktop.stop)
+        program = Program(desktop, options=("--show",))
+        self.addCleanup(program.end)
+        window = eventually(program.drop_down, PATIENCE, "the drop-down")
+
+        for dark in (False, True, False):
+            desktop.set_dark(dark)
+
+            eventually(
+                lambda dark=dark: is_readable(desktop.picture().crop(window.box), not dark),
+                PATIENCE,
+                f"readable, dark: {dark}",
+            )
+            desktop.screenshot(f"gnome-drop-down-{'dark' if dark else 'light'}.png")

@@ -6,10 +6,9 @@ import unittest
 
 from endtoend.waiting import eventually
 
-from .checks import READABLE_CONTRAST
+from .checks import is_readable
 from .heavy_panels import PlasmaPanel
 from .notifier_checks import NotifierChecks
-from .pictures import Rectangle, background, brightness, ink_brightness
 from .program import PATIENCE
 
 
@@ -43,19 +42,13 @@ class PlasmaChecks(NotifierChecks):
             self.open_drop_down(place)
             window = self.opened(program)
             eventually(
-                lambda window=window, is_light=is_light: self.is_readable(window, is_light),
+                lambda window=window, is_light=is_light: is_readable(self.desktop.picture().crop(window.box), is_light),
                 PATIENCE,
                 f"drop-down in {colors}",
             )
             self.desktop.screenshot(f"{self.desktop.name}-{colors}.png")
             self.desktop.key("Escape")
             self.wait_until_closed(program)
-
-    def is_readable(self, window: Rectangle, is_light: bool) -> bool:
-        """Whether the window is as light as that, with readable texts."""
-        picture = self.desktop.picture().crop(window.box)
-        ground = brightness(background(picture))
-        return (ground > 127) == is_light and abs(ink_brightness(picture) - ground) > READABLE_CONTRAST
 
 
 class Plasma(PlasmaChecks, unittest.TestCase):
