@@ -12,7 +12,7 @@ from PIL import Image
 from endtoend.waiting import eventually, never
 
 from .desktops import Desktop, X11Desktop
-from .pictures import Rectangle, background, bars, brightness, changed, ink_brightness
+from .pictures import Color, Rectangle, background, bars, brightness, changed, ink_brightness
 from .preference import ColorPreference
 from .program import APPLICATION, PATIENCE, TITLE, Program
 from .x11 import MIDDLE
@@ -163,14 +163,17 @@ class PanelChecks:
 
     def contrast(self, picture: Image.Image, place: Rectangle) -> float:
         """Between what is drawn there and the panel."""
-        ground = brightness(background(picture.crop(self.desktop.strip.box)))
-        return abs(ink_brightness(picture.crop(place.box)) - ground)
+        ground = self.ground(picture)
+        return abs(ink_brightness(picture.crop(place.box), ground) - brightness(ground))
+
+    def ground(self, picture: Image.Image) -> Color:
+        """The panel's color."""
+        return background(picture.crop(self.desktop.strip.box))
 
     def stands_out(self, place: Rectangle, on_light: bool) -> bool:
         """Whether the panel is as light as that, and what is drawn there readable on it."""
         picture = self.desktop.picture()
-        ground = brightness(background(picture.crop(self.desktop.strip.box)))
-        return (ground > 127) == on_light and self.contrast(picture, place) > READABLE_CONTRAST
+        return (brightness(self.ground(picture)) > 127) == on_light and self.contrast(picture, place) > READABLE_CONTRAST
 
     def test_the_icon_alone_is_five_rising_bars(self) -> None:
         program = self.started(ShowText="false")
@@ -178,7 +181,7 @@ class PanelChecks:
 
         def five_bars() -> list[Rectangle]:
             picture = self.desktop.screenshot(f"{self.desktop.name}-icon.png")
-            found = bars(picture.crop(place.box))
+            found = bars(picture.crop(place.box), self.ground(picture))
             return found if len(found) == 5 and self.contrast(picture, place) > READABLE_CONTRAST else []
 
         heights = [bar.height for bar in eventually(five_bars, PATIENCE, "five bars")]
@@ -373,10 +376,11 @@ class X11Checks(PanelChecks):
         self.assertIsNone(program.process.poll())
 
     def test_an_open_drop_down_turns_dark_with_the_desktop(self) -> None:
+        program = self.running()
+        place = self.shown(program)
         preference = ColorPreference(self.desktop.session, dark=False)
         self.addCleanup(preference.close)
-        program = self.running()
-        self.open_drop_down(self.shown(program))
+        self.open_drop_down(place)
         window = self.opened(program)
 
         for dark in (False, True):

@@ -11,6 +11,8 @@ NOTICEABLE = 24
 # Larger than the strokes of a pointer.
 CELL = 16
 
+Color = tuple[int, int, int]
+
 
 @dataclasses.dataclass(frozen=True)
 class Rectangle:
@@ -71,7 +73,7 @@ def solid_change(before: Image.Image, after: Image.Image, within: Rectangle) -> 
     return Rectangle(within.x + x + box[0], within.y + y + box[1], box[2] - box[0], box[3] - box[1])
 
 
-def background(picture: Image.Image) -> tuple[int, int, int]:
+def background(picture: Image.Image) -> Color:
     """The color that most pixels have."""
     colors = picture.convert("RGB").getcolors(picture.width * picture.height)
     return max(colors)[1]
@@ -83,31 +85,32 @@ def foreground(picture: Image.Image) -> Image.Image:
     return difference(empty, picture)
 
 
-def brightness(color: tuple[int, int, int]) -> float:
+def brightness(color: Color) -> float:
     """From 0, black, to 255."""
     red, green, blue = color
     return 0.299 * red + 0.587 * green + 0.114 * blue
 
 
-def ink_brightness(picture: Image.Image) -> float:
-    """The brightness of the pixels that stand out most from the background."""
-    ground = brightness(background(picture))
+def ink_brightness(picture: Image.Image, on: Color | None = None) -> float:
+    """The brightness of the pixels that stand out most from `on`, or else from the background."""
+    ground = brightness(on or background(picture))
     values = sorted((brightness(pixel) for pixel in picture.convert("RGB").getdata()), key=lambda v: abs(v - ground))
     strongest = values[-max(1, len(values) // 50) :]
     return sum(strongest) / len(strongest)
 
 
-def strong_ink(picture: Image.Image) -> Image.Image:
+def strong_ink(picture: Image.Image, ground: Color) -> Image.Image:
     """A mask of the pixels that stand out at least half as much as the strongest ones."""
-    empty = Image.new("RGB", picture.size, background(picture))
+    empty = Image.new("RGB", picture.size, ground)
     gray = ImageChops.difference(empty, picture.convert("RGB")).convert("L")
     limit = max(NOTICEABLE, gray.getextrema()[1] / 2)
     return gray.point(lambda value: 255 if value >= limit else 0)
 
 
-def bars(picture: Image.Image) -> list[Rectangle]:
-    """The upright bars of a picture, from left to right: runs of columns with ink near the lowest row of ink."""
-    mask = strong_ink(picture)
+def bars(picture: Image.Image, ground: Color) -> list[Rectangle]:
+    """The upright bars of a picture, from left to right: runs of columns with ink near the lowest row of ink.
+    In a picture of little else they may take more room than their ground, which therefore has to be told."""
+    mask = strong_ink(picture, ground)
     box = mask.getbbox()
     if box is None:
         return []

@@ -8,7 +8,7 @@ from endtoend.waiting import eventually
 
 from .checks import READABLE_CONTRAST, X11Checks
 from .panels import Tint2Panel
-from .pictures import bars, changed
+from .pictures import background, bars, brightness, changed, ink_brightness
 from .preference import ColorPreference
 from .program import APPLICATION, PATIENCE, Program
 from .x11 import RIGHT
@@ -21,9 +21,9 @@ class Tint2(X11Checks, unittest.TestCase):
         """A tray icon has no tool tip to ask: its five bars must be lit."""
 
         def five_bars() -> bool:
-            place = changed(self.empty, self.desktop.picture(), self.desktop.strip)
-            # Of dark ones the halo is seen: six lines between and beside them.
-            return place is not None and len(bars(self.desktop.picture().crop(place.box))) in (5, 6)
+            picture = self.desktop.picture()
+            place = changed(self.empty, picture, self.desktop.strip)
+            return place is not None and len(bars(picture.crop(place.box), self.ground(picture))) == 5
 
         eventually(five_bars, PATIENCE, "five bars are lit")
 
@@ -60,17 +60,14 @@ class Tint2(X11Checks, unittest.TestCase):
         preference = ColorPreference(self.desktop.session, dark=True)
         self.addCleanup(preference.close)
 
-        def contrast() -> float:
-            return self.contrast(self.desktop.picture(), place)
+        def is_dark_on_a_plate() -> bool:
+            face = self.desktop.picture().crop(place.box)
+            return brightness(background(face)) - ink_brightness(face) > READABLE_CONTRAST
 
         # The panel itself stays black, which nothing tells: a plate keeps dark ink readable.
         light_ink = self.desktop.still_picture()
         preference.set_dark(False)
-        eventually(
-            lambda: changed(light_ink, self.desktop.picture(), self.desktop.strip) and contrast() > READABLE_CONTRAST,
-            PATIENCE,
-            "dark ink",
-        )
+        eventually(is_dark_on_a_plate, PATIENCE, "dark ink")
         self.desktop.screenshot("tint2-plate.png")
         preference.set_dark(True)
         eventually(
