@@ -61,7 +61,7 @@ Menu::Items StatusItemController::menuItems(bool offersUpdates) {
         resetAllTime,
         separator,
         item(Id::checkForUpdates, "Check for Updates…", 'U', "software-update-available-symbolic"),
-        item(Id::settings, "Settings…", 'S', "emblem-system-symbolic", ','),
+        item(Id::settings, "Settings…", 'S', "preferences-system-symbolic", ','),
         item(Id::about, "About Tarnwick", 'A', "help-about-symbolic"),
         separator,
         item(Id::quit, "Quit Tarnwick", 'Q', "application-exit-symbolic", 'q'),

@@ -36,6 +36,23 @@ TEST_F(StatusItemMenuTest, TheMenuHasItsItemsInOrder) {
                     "Check for Updates…", "Settings…", "About Tarnwick", "-", "Quit Tarnwick"));
 }
 
+TEST_F(StatusItemMenuTest, ItsIconsAreInOldAndNewThemesOfGnome) {
+    // A panel asks the desktop's theme for them. GNOME's has these in its versions 43 and 48.
+    const std::vector<std::string> common{
+        "",
+        "application-exit-symbolic",
+        "help-about-symbolic",
+        "network-wired-symbolic",
+        "preferences-system-symbolic",
+        "software-update-available-symbolic",
+        "view-refresh-symbolic"};
+    show(true);
+
+    for (const MenuItem& entry : menu->items()) {
+        EXPECT_THAT(common, testing::Contains(entry.iconName)) << entry.title;
+    }
+}
+
 TEST_F(StatusItemMenuTest, CheckForUpdatesIsAbsentWhereTheProgramCannotBeReplaced) {
     show(false);
 
