@@ -1,17 +1,18 @@
 #include "app/App/AppDelegate.h"
 
 #include "app/App/PingAllowance.h"
+#include "app/App/PresentLoginItem.h"
 #include "core/Text.h"
 #include "platform/linux/NameServers.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/ProcessNames.h"
 #include "platform/linux/Routers.h"
-#include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
 #include "platform/linux/SuspendedTime.h"
 #include "platform/qt/Appearance.h"
 #include "platform/qt/TrayStatusItem.h"
 #include "platform/theme/PanelThemes.h"
+#include "platform/xdg/AutostartEntry.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -68,7 +69,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       systemBus_(loop, BusConnection::systemAddress()),
       sleep_(loop, systemBus_, SuspendedTime::sinceBoot),
       notifications_(loop, bus, DesktopNotificationCenter::surroundings(isSandboxed()), setup.iconFolder),
-      loginItem_(runningProgram(), AutostartEntry::presentSession(isSandboxed())),
+      loginItem_(presentLoginItem(bus, isSandboxed())),
       monitor_(
           settings_.preferences(),
           {
@@ -83,7 +84,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       tokenWithoutPanel_(setup.tokenWithoutPanel),
       // No update framework yet.
       menu_(StatusItemController::menuItems(false)),
-      settingsModel_(monitor_, notifications_, loginItem_),
+      settingsModel_(monitor_, notifications_, *loginItem_),
       colors_(bus),
       panelTheme_(loop, ThemeFolders::ofSession()),
       programColors_(loop, ThemeFolders::ofSession()),
@@ -156,7 +157,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .screenScales = screenScales,
     });
     followColors();
-    const std::vector<std::string> desktops = AutostartEntry::presentSession(isSandboxed()).desktops;
+    const std::vector<std::string> desktops = AutostartEntry::presentSession().desktops;
     if (std::ranges::find(desktops, "GNOME") != desktops.end()) {
         windows_->setItemFinder([this](DropDown::Found found) { itemFinder_.find(std::move(found)); });
         extensionOffer_.start();
@@ -197,7 +198,7 @@ void AppDelegate::tellOfPanel(bool showsItem) {
         monitor_.clearNotice(Notice::Kind::noPanel);
         return;
     }
-    const Notice notice = noPanelNotice(AutostartEntry::presentSession(isSandboxed()).desktops);
+    const Notice notice = noPanelNotice(AutostartEntry::presentSession().desktops);
     monitor_.setNotice(notice);
     if (!std::exchange(hasSaidOfPanel_, true)) {
         say(notice.line());
@@ -214,7 +215,7 @@ void AppDelegate::tellOfRoomForText() {
 }
 
 void AppDelegate::followColors() {
-    const auto desktops = AutostartEntry::presentSession(isSandboxed()).desktops;
+    const auto desktops = AutostartEntry::presentSession().desktops;
     if (std::ranges::find(desktops, "KDE") != desktops.end()) {
         // Not every version of the toolkit follows them.
         programColors_.follow(plasmaProgramColors);

@@ -22,7 +22,6 @@
 #include "platform/qt/PaletteWatch.h"
 #include "platform/qt/SessionEnd.h"
 #include "platform/theme/ThemeWatch.h"
-#include "platform/xdg/AutostartEntry.h"
 #include "platform/xdg/SettingsFile.h"
 
 #include <functional>
@@ -75,7 +74,7 @@ private:
     BusConnection systemBus_;
     LogindSleepMonitor sleep_;
     DesktopNotificationCenter notifications_;
-    AutostartEntry loginItem_;
+    std::unique_ptr<LoginItem> loginItem_;
     Monitor monitor_;
     std::optional<std::string> tokenWithoutPanel_; ///< until the drop-down opens or a panel shows the item
     bool hasSaidOfPanel_ = false;

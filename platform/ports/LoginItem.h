@@ -1,6 +1,7 @@
 // Whether the program starts with the user's session.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -24,6 +25,10 @@ public:
     /// Nothing on success, else the reason for the user.
     [[nodiscard]] virtual std::optional<std::string> enroll() = 0;
     [[nodiscard]] virtual std::optional<std::string> withdraw() = 0;
+
+    /// Called when a desktop that had to be asked has answered. The failure is for the user, and empty when
+    /// the desktop agreed.
+    std::function<void(const std::string& failure)> onAnswer;
 };
 
 } // namespace tarnwick

@@ -31,8 +31,6 @@ constexpr auto withdrawn = "X-Tarnwick-Withdrawn";
 
 constexpr auto application = "Application";
 constexpr auto fileName = "tarnwick.desktop";
-/// Tells the program that the session has started it.
-constexpr auto fromSession = "--from-session";
 
 fs::path entryIn(const fs::path& settingsFolder) {
     return settingsFolder / "autostart" / fileName;
@@ -63,15 +61,19 @@ DesktopEntry newEntry(std::string_view program, std::string_view command) {
 
 /// Whether this program wrote the entry's command line. Earlier versions wrote it without the option.
 bool hasOurCommand(const DesktopEntry& entry) {
-    std::string ours = DesktopCommand::starting(entry.value(Key::tryExec).value_or(""), fromSession);
+    const std::string ours =
+        DesktopCommand::starting(entry.value(Key::tryExec).value_or(""), AutostartEntry::fromSession);
     const auto command = entry.value(Key::exec);
-    return command == ours
-           || command == ours.substr(0, ours.size() - std::string_view(fromSession).size() - 1);
+    const std::string withoutOption =
+        ours.substr(0, ours.size() - std::string_view(AutostartEntry::fromSession).size() - 1);
+    return command == ours || command == withoutOption;
 }
 
 bool holdsNothingElse(DesktopEntry entry) {
     removeSwitches(entry);
-    return hasOurCommand(entry) && entry == newEntry(*entry.value(Key::tryExec), *entry.value(Key::exec));
+    const auto program = entry.value(Key::tryExec);
+    const auto command = entry.value(Key::exec);
+    return program && command && hasOurCommand(entry) && entry == newEntry(*program, *command);
 }
 
 /// Nothing, and no error, when the file is not a desktop entry.
@@ -97,12 +99,9 @@ AutostartEntry::AutostartEntry(std::optional<fs::path> program, Session session)
     : program_(std::move(program)), session_(std::move(session)) {
 }
 
-AutostartEntry::Session AutostartEntry::presentSession(bool isSandboxed) {
+AutostartEntry::Session AutostartEntry::presentSession() {
     Session session{
-        .userFolder = UserFolders::config(),
-        .systemFolders = UserFolders::systemConfig(),
-        .desktops = {},
-        .isSandboxed = isSandboxed};
+        .userFolder = UserFolders::config(), .systemFolders = UserFolders::systemConfig(), .desktops = {}};
     const char* desktops = std::getenv("XDG_CURRENT_DESKTOP");
     std::istringstream names(desktops != nullptr ? desktops : "");
     for (std::string name; std::getline(names, name, ':');) {
@@ -129,9 +128,6 @@ std::optional<DesktopEntry> AutostartEntry::systemEntry() const {
 }
 
 LoginItem::Status AutostartEntry::status() const {
-    if (session_.isSandboxed) {
-        return Status::notRegistered;
-    }
     std::error_code error;
     const auto own = read(userFile(), error);
     if (isAbsent(error)) {
@@ -192,9 +188,6 @@ bool AutostartEntry::isForThisDesktop(const DesktopEntry& entry) const {
 }
 
 std::optional<std::string> AutostartEntry::enroll() {
-    if (session_.isSandboxed) {
-        return "Can’t be set from inside a sandbox. Add Tarnwick to what your desktop starts.";
-    }
     if (!program_) {
         return "Can’t tell where this program is";
     }

@@ -15,22 +15,24 @@ namespace tarnwick {
 /// can't start the program here (the program is gone, the entry is for other desktops, or can't be read), or
 /// if it is the user's own and starts another copy of the program. Enrolling repairs each of these. It leaves
 /// a command line of the user's own alone if that works. Withdrawing removes the user's entry, or hides it if
-/// other programs have added lines, or if a system's entry would take its place. Inside a sandbox nothing is
-/// registered. Main thread.
+/// other programs have added lines, or if a system's entry would take its place. Not for sandboxes, whose
+/// folders no desktop reads. Main thread.
 class AutostartEntry final : public LoginItem {
 public:
+    /// The option that tells the program that the session has started it.
+    static constexpr auto fromSession = "--from-session";
+
     struct Session {
         std::filesystem::path userFolder;                 ///< of settings
         std::vector<std::filesystem::path> systemFolders; ///< of settings, the most important first
         std::vector<std::string> desktops;                ///< names of the running desktop
-        bool isSandboxed = false;                         ///< no desktop reads these folders then
     };
 
     /// `program` is the one to start; nothing when its path is unknown.
     AutostartEntry(std::optional<std::filesystem::path> program, Session session);
 
     /// The session that the environment variables describe.
-    [[nodiscard]] static Session presentSession(bool isSandboxed);
+    [[nodiscard]] static Session presentSession();
 
     [[nodiscard]] Status status() const override;
     [[nodiscard]] std::optional<std::string> enroll() override;

@@ -9,7 +9,15 @@ namespace tarnwick {
 using Status = LoginItem::Status;
 
 LaunchAtLoginToggle::LaunchAtLoginToggle(LoginItem& item) : item_(item) {
+    item.onAnswer = [this](const std::string& failure) {
+        failure_.set(failure.empty() ? std::nullopt : std::optional(failure));
+        follow();
+    };
     refresh();
+}
+
+LaunchAtLoginToggle::~LaunchAtLoginToggle() {
+    item_.onAnswer = nullptr;
 }
 
 bool LaunchAtLoginToggle::isReallyOn() const {

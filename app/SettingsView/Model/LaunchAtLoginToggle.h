@@ -17,6 +17,9 @@ public:
 
     /// The item outlives the toggle.
     explicit LaunchAtLoginToggle(LoginItem& item);
+    LaunchAtLoginToggle(const LaunchAtLoginToggle&) = delete;
+    LaunchAtLoginToggle& operator=(const LaunchAtLoginToggle&) = delete;
+    ~LaunchAtLoginToggle();
 
     /// Also on while the desktop's approval is missing.
     [[nodiscard]] bool isOn() const { return isOn_.get(); }

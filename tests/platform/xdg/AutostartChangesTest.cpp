@@ -225,32 +225,6 @@ TEST_F(AutostartChangesTest, AFileInThePlaceOfTheFolderGivesTheReason) {
         Optional(HasSubstr(std::make_error_code(std::errc::not_a_directory).message())));
 }
 
-// Inside a sandbox.
-
-class SandboxedEntryTest : public AutostartChangesTest {
-protected:
-    [[nodiscard]] AutostartEntry entry() const {
-        AutostartEntry::Session session = files_.session();
-        session.isSandboxed = true;
-        return {files_.program(), session};
-    }
-};
-
-TEST_F(SandboxedEntryTest, EnrollingFailsInWordsAndWritesNothing) {
-    EXPECT_THAT(entry().enroll(), Optional(HasSubstr("sandbox")));
-
-    EXPECT_FALSE(fs::exists(files_.userFile()));
-    EXPECT_EQ(entry().status(), Status::notRegistered);
-}
-
-TEST_F(SandboxedEntryTest, WithdrawingIsNoFailureAndWritesNothing) {
-    storeUser(own());
-
-    EXPECT_EQ(entry().withdraw(), std::nullopt);
-
-    EXPECT_EQ(files_.text(), files_.withPaths(own()));
-}
-
 } // namespace
 
 } // namespace tarnwick

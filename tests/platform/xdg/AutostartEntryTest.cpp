@@ -86,7 +86,6 @@ struct State {
     std::vector<std::string> desktops = {};
     std::optional<std::string> system = {};
     std::optional<std::string> laterSystem = {}; ///< in a less important folder
-    bool isSandboxed = false;
 
     friend void PrintTo(const State& state, std::ostream* out) { *out << state.user.value_or("no file"); }
 };
@@ -102,10 +101,9 @@ TEST_P(EntryState, IsReadFromTheFiles) {
     store(files_.userFile(), GetParam().user);
     store(files_.systemFile("xdg"), GetParam().system);
     store(files_.systemFile("later"), GetParam().laterSystem);
-    AutostartEntry::Session session = files_.session(GetParam().desktops);
-    session.isSandboxed = GetParam().isSandboxed;
 
-    EXPECT_EQ(AutostartEntry(files_.program(), session).status(), GetParam().status);
+    const AutostartEntry entry(files_.program(), files_.session(GetParam().desktops));
+    EXPECT_EQ(entry.status(), GetParam().status);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -184,14 +182,6 @@ INSTANTIATE_TEST_SUITE_P(
             .system = own()}),
     test::caseName);
 
-INSTANTIATE_TEST_SUITE_P(
-    InASandbox, EntryState,
-    testing::Values(
-        State{.name = "Users", .user = own(), .status = Status::notRegistered, .isSandboxed = true},
-        State{.name = "Hidden", .user = own(hidden), .status = Status::notRegistered, .isSandboxed = true},
-        State{.name = "Systems", .status = Status::notRegistered, .system = own(), .isSandboxed = true}),
-    test::caseName);
-
 TEST_F(AutostartEntryTest, IsNotRegisteredByAFolderInItsPlace) {
     fs::create_directories(files_.userFile());
 
@@ -245,19 +235,17 @@ TEST_F(AutostartEntryTest, ThePresentSessionIsAsTheEnvironmentTells) {
     const test::Variable system("XDG_CONFIG_DIRS", "/srv/one:/srv/two");
     const test::Variable desktop("XDG_CURRENT_DESKTOP", "Other:GNOME");
 
-    const AutostartEntry::Session session = AutostartEntry::presentSession(false);
+    const AutostartEntry::Session session = AutostartEntry::presentSession();
 
     EXPECT_EQ(session.userFolder, "/somewhere/config");
     EXPECT_THAT(session.systemFolders, testing::ElementsAre("/srv/one", "/srv/two"));
     EXPECT_THAT(session.desktops, testing::ElementsAre("Other", "GNOME"));
-    EXPECT_FALSE(session.isSandboxed);
-    EXPECT_TRUE(AutostartEntry::presentSession(true).isSandboxed);
 }
 
 TEST_F(AutostartEntryTest, ADesktopMayHaveNoName) {
     const test::Variable desktop("XDG_CURRENT_DESKTOP", nullptr);
 
-    EXPECT_THAT(AutostartEntry::presentSession(false).desktops, testing::IsEmpty());
+    EXPECT_THAT(AutostartEntry::presentSession().desktops, testing::IsEmpty());
 }
 
 } // namespace

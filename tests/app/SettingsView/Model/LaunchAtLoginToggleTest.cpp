@@ -66,6 +66,27 @@ TEST_F(LaunchAtLoginToggleTest, TurnedOnItRegisters) {
     EXPECT_EQ(approvalsAskedFor, 0);
 }
 
+TEST_F(LaunchAtLoginToggleTest, ALaterRefusalTurnsItOffAndSaysWhy) {
+    toggle().set(true);
+    item.now = Status::notRegistered;
+
+    item.onAnswer("no");
+
+    EXPECT_FALSE(toggle().isOn());
+    EXPECT_THAT(toggle().message(), Eq("no"));
+}
+
+TEST_F(LaunchAtLoginToggleTest, ALaterConsentDropsTheFailureOfBefore) {
+    item.failure = "no";
+    toggle().set(true);
+    item.now = Status::enabled;
+
+    item.onAnswer("");
+
+    EXPECT_TRUE(toggle().isOn());
+    EXPECT_THAT(toggle().message(), Eq(std::nullopt));
+}
+
 TEST_F(LaunchAtLoginToggleTest, TurnedOffItUnregisters) {
     item.now = Status::enabled;
     toggle().set(false);
