@@ -10,7 +10,7 @@ namespace tarnwick {
 
 namespace {
 
-/// In the child. The opener may turn into the editor or the browser, which must outlive this program.
+/// In the child, which must outlive this program.
 void standAlone() {
     setsid();
     sigset_t none;
@@ -43,10 +43,6 @@ void startBeside(const QString& program, const QStringList& arguments, DesktopOp
         }
     });
     opener->start(program, arguments);
-}
-
-void openWithDesktop(const QString& fileOrPage, DesktopOpened ended) {
-    startBeside("xdg-open", {fileOrPage}, std::move(ended));
 }
 
 } // namespace tarnwick

@@ -1,4 +1,4 @@
-// Starts other programs for the user: a given one, or the desktop's program for a file or a page.
+// Starts other programs for the user.
 #pragma once
 
 #include <QString>
@@ -13,7 +13,5 @@ using DesktopOpened = std::function<void(bool)>;
 
 /// The started program outlives this one, and shares neither its terminal nor its signals. Main thread.
 void startBeside(const QString& program, const QStringList& arguments, DesktopOpened ended = {});
-
-void openWithDesktop(const QString& fileOrPage, DesktopOpened ended = {});
 
 } // namespace tarnwick

@@ -1,4 +1,4 @@
-// Opening files and pages with what the desktop has for them: a script stands for that.
+// Other programs that are started for the user: a script stands for them.
 #include "platform/qt/DesktopOpener.h"
 
 #include "tests/platform/qt/StartedBeside.h"
@@ -26,14 +26,14 @@ protected:
 
     /// The script writes what `command` says into the record.
     void installOpener(const std::string& command) const {
-        const std::filesystem::path file = folder_.path() / "xdg-open";
+        const std::filesystem::path file = folder_.path() / "opener";
         test::writeFile(file, "#!/bin/sh\n" + command + "\n");
         std::filesystem::permissions(file, std::filesystem::perms::owner_all);
     }
 
     /// Whether it was opened; nothing without an answer in time.
     [[nodiscard]] static std::optional<bool> open(const QString& what) {
-        return test::answerOf([&what](DesktopOpened opened) { openWithDesktop(what, std::move(opened)); });
+        return test::answerOf([&what](DesktopOpened opened) { startBeside("opener", {what}, std::move(opened)); });
     }
 
     test::TemporaryFolder folder_;
