@@ -1,8 +1,14 @@
 #include "platform/qt/DesktopOpener.h"
 
+#include "platform/wayland/ActivationToken.h"
+
+#include <QGuiApplication>
 #include <QProcess>
+#include <QWindow>
+#include <qpa/qplatformnativeinterface.h>
 
 #include <csignal>
+#include <cstdint>
 #include <unistd.h>
 #include <utility>
 
@@ -18,6 +24,29 @@ void standAlone() {
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
+/// With it the started program's window comes to the front on Wayland. Empty elsewhere, and while no window
+/// of ours has the keyboard.
+std::string tokenForAnother() {
+    QPlatformNativeInterface* const native = QGuiApplication::platformNativeInterface();
+    QWindow* const window = QGuiApplication::focusWindow();
+    const bool isOnWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+    if (!isOnWayland || native == nullptr || window == nullptr) {
+        return "";
+    }
+    auto* const display = static_cast<wl_display*>(native->nativeResourceForIntegration("wl_display"));
+    auto* const seat = static_cast<wl_seat*>(native->nativeResourceForIntegration("wl_seat"));
+    auto* const surface = static_cast<wl_surface*>(native->nativeResourceForWindow("surface", window));
+    if (display == nullptr || seat == nullptr || surface == nullptr) {
+        return "";
+    }
+    const auto serial = reinterpret_cast<std::uintptr_t>(native->nativeResourceForIntegration("serial"));
+    return Wayland::activationToken(
+        {.display = *display,
+         .seat = *seat,
+         .surface = *surface,
+         .serial = static_cast<std::uint32_t>(serial)});
+}
+
 } // namespace
 
 void startBeside(const QString& program, const QStringList& arguments, DesktopOpened ended) {
@@ -27,6 +56,11 @@ void startBeside(const QString& program, const QStringList& arguments, DesktopOp
     opener->setStandardOutputFile(QProcess::nullDevice());
     opener->setStandardErrorFile(QProcess::nullDevice());
     opener->setChildProcessModifier(standAlone);
+    if (const std::string token = tokenForAnother(); !token.empty()) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("XDG_ACTIVATION_TOKEN", QString::fromStdString(token));
+        opener->setProcessEnvironment(environment);
+    }
     const auto finish = [opener, ended = std::move(ended)](bool isOpened) {
         if (ended) {
             ended(isOpened);

@@ -5,7 +5,6 @@
 #include <wayland-client-protocol.h>
 
 #include <cstdint>
-#include <string_view>
 #include <utility>
 
 namespace tarnwick::Wayland {
@@ -14,56 +13,16 @@ namespace Messages = LayerShellMessages;
 
 namespace {
 
-struct DestroyQueue {
-    void operator()(wl_event_queue* queue) const { wl_event_queue_destroy(queue); }
-};
-
-struct DestroyWrapper {
-    void operator()(wl_display* wrapper) const { wl_proxy_wrapper_destroy(wrapper); }
-};
-
-void globalAnnounced(
-    void* found, wl_registry* registry, std::uint32_t name, const char* interface,
-    std::uint32_t /*version*/) {
-    if (std::string_view(interface) == Messages::shell.name) {
-        static_cast<ProxyPtr*>(found)->reset(
-            static_cast<wl_proxy*>(wl_registry_bind(registry, name, &Messages::shell, 1)));
-    }
-}
-
-void globalRemoved(void* /*found*/, wl_registry* /*registry*/, std::uint32_t /*name*/) {
-}
-
-constexpr wl_registry_listener registryListener{.global = globalAnnounced, .global_remove = globalRemoved};
-
 std::uint32_t layerFor(LayerSurface::Cover cover) {
     return cover == LayerSurface::Cover::screen ? Messages::overlayLayer : Messages::topLayer;
 }
 
-wl_proxy* proxyOf(void* object) {
-    return static_cast<wl_proxy*>(object);
-}
-
 } // namespace
-
-void DestroyProxy::operator()(wl_proxy* proxy) const {
-    wl_proxy_destroy(proxy);
-}
 
 std::unique_ptr<LayerShell> LayerShell::find(wl_display& display) {
     // On a queue of its own: waiting on the display's would hand out the toolkit's events here.
-    const std::unique_ptr<wl_event_queue, DestroyQueue> queue(wl_display_create_queue(&display));
-    const std::unique_ptr<wl_display, DestroyWrapper> wrapper(
-        static_cast<wl_display*>(wl_proxy_create_wrapper(&display)));
-    if (!queue || !wrapper) {
-        return nullptr;
-    }
-    wl_proxy_set_queue(proxyOf(wrapper.get()), queue.get());
-    wl_registry* const registry = wl_display_get_registry(wrapper.get());
-    const ProxyPtr registryOwner(proxyOf(registry));
-    ProxyPtr found;
-    wl_registry_add_listener(registry, &registryListener, &found);
-    wl_display_roundtrip_queue(&display, queue.get());
+    const QueuePtr queue = newQueue(display);
+    ProxyPtr found = queue ? findGlobal(display, *queue, Messages::shell) : ProxyPtr();
     if (!found) {
         return nullptr;
     }

@@ -2,6 +2,8 @@
 // desktop.
 #pragma once
 
+#include "platform/wayland/Globals.h"
+
 #include <functional>
 #include <memory>
 #include <utility>
@@ -12,13 +14,6 @@ struct wl_proxy;
 struct wl_surface;
 
 namespace tarnwick::Wayland {
-
-struct DestroyProxy {
-    void operator()(wl_proxy* proxy) const;
-};
-
-/// An object of the connection; the compositor is not told of its end.
-using ProxyPtr = std::unique_ptr<wl_proxy, DestroyProxy>;
 
 /// The compositor's layer shell.
 class LayerShell {

@@ -1,0 +1,61 @@
+"""What the program gives to another one that it starts from the settings window, on Wayland."""
+
+from __future__ import annotations
+
+import os
+import unittest
+
+from endtoend.waiting import eventually
+
+from .heavy_panels import PlasmaWaylandPanel
+from .panels import WaybarPanel
+from .program import PATIENCE, Program
+from .settings import SettingsWindow
+
+REMEDY = "Startup Settings…"
+# The desktop has switched it off, which the window tells with a button that leads to the desktop's own settings.
+SWITCHED_OFF = "[Desktop Entry]\nType=Application\nName=Tarnwick\nExec=/bin/true\nHidden=true\n"
+# A stand-in for Xfce's, which writes its token down.
+STAND_IN = """#!/bin/sh
+printf '%s' "$XDG_ACTIVATION_TOKEN" > "$0.new"
+mv "$0.new" "$0.token"
+"""
+
+
+class Tokens(SettingsWindow):
+    def setUp(self) -> None:
+        session = self.desktop.session
+        session.write(session.config / "autostart/tarnwick.desktop", SWITCHED_OFF)
+        script = session.folder / "stand-in/xfce4-session-settings"
+        session.write(script, STAND_IN)
+        script.chmod(0o755)
+        self.token = script.with_suffix(".token")
+        prefix = ("env", "XDG_CURRENT_DESKTOP=XFCE", f"PATH={script.parent}:{os.environ['PATH']}")
+        self.program = Program(self.desktop, prefix)
+        self.addCleanup(self.program.end)
+        self.item = self.program.item_up()
+        self.open_settings()
+
+    def test_the_started_program_gets_a_token(self) -> None:
+        def is_reached() -> bool:
+            before = self.focused()
+            if before != REMEDY:
+                self.desktop.key("Tab")
+            return before == REMEDY
+
+        eventually(is_reached, PATIENCE, "Tab leads to the button")
+        self.desktop.key("space")
+
+        eventually(self.token.exists, PATIENCE, "the other program runs")
+        token = self.token.read_text(encoding="utf-8")
+        self.assertNotEqual(token, "")
+        # What one compositor gives where it grants nothing.
+        self.assertFalse(token.startswith("not-granted"), token)
+
+
+class InWaybar(Tokens, unittest.TestCase):
+    panel = WaybarPanel
+
+
+class InPlasma(Tokens, unittest.TestCase):
+    panel = PlasmaWaylandPanel
