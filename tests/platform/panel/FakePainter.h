@@ -17,8 +17,7 @@ public:
         const StatusFace& face, StatusItem::Form form, int height, Ink ink) const override {
         ++paintings;
         const int width = form == StatusItem::Form::wide ? 3 * height : height;
-        const std::uint32_t color =
-            ink == Ink::light || ink == Ink::lightOnPlate ? 0x80F4F4F0U : 0x80242420U;
+        const std::uint32_t color = ink == Ink::light || ink == Ink::lightOnPlate ? 0x80F4F4F0U : 0x80242420U;
         return {
             .width = width,
             .height = height,

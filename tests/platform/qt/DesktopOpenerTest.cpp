@@ -33,7 +33,8 @@ protected:
 
     /// Whether it was opened; nothing without an answer in time.
     [[nodiscard]] static std::optional<bool> open(const QString& what) {
-        return test::answerOf([&what](DesktopOpened opened) { startBeside("opener", {what}, std::move(opened)); });
+        return test::answerOf(
+            [&what](DesktopOpened opened) { startBeside("opener", {what}, std::move(opened)); });
     }
 
     test::TemporaryFolder folder_;
