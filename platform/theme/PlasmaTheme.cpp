@@ -12,8 +12,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view windows = "Colors:Window";
-constexpr std::string_view text = "ForegroundNormal";
+constexpr std::string_view groupOfWindows = "Colors:Window";
+constexpr std::string_view colorOfText = "ForegroundNormal";
 
 /// The text's color tells more than the background's, which the theme may cover with pictures.
 std::optional<bool> isDarkBelow(const std::optional<std::string>& textColor) {
@@ -26,14 +26,16 @@ std::optional<bool> isDarkBelow(const std::optional<std::string>& textColor) {
 
 ThemeReading plasmaProgramColors(const ThemeFolders& folders) {
     const LayeredSettings settings(folders, "kdeglobals");
-    ThemeReading reading{.isDark = isDarkBelow(settings.value(windows, text)), .files = settings.files()};
+    ThemeReading reading{
+        .isDark = isDarkBelow(settings.value(groupOfWindows, colorOfText)), .files = settings.files()};
     if (reading.isDark) {
         return reading;
     }
     reading.isDark = false;
     const std::string scheme = settings.value("General", "ColorScheme").value_or("");
     if (const auto file = folders.find(fs::path("color-schemes") / (scheme + ".colors"))) {
-        reading.isDark = isDarkBelow(groupValue(themeText(*file), windows, text)).value_or(false);
+        reading.isDark =
+            isDarkBelow(groupValue(themeText(*file), groupOfWindows, colorOfText)).value_or(false);
     }
     return reading;
 }
@@ -45,7 +47,7 @@ ThemeReading plasmaPanelTheme(const ThemeFolders& folders) {
     ThemeReading reading{.files = settings.files()};
     if (colors) {
         reading.files.push_back(*colors);
-        reading.isDark = isDarkBelow(groupValue(themeText(*colors), windows, text));
+        reading.isDark = isDarkBelow(groupValue(themeText(*colors), groupOfWindows, colorOfText));
     }
     if (!reading.isDark) {
         const ThemeReading programs = plasmaProgramColors(folders);
