@@ -17,7 +17,7 @@ void setHeight(QWidget& control, const ViewStyle& style) {
 }
 
 void setWidth(QPushButton& button, const ViewStyle& style) {
-    const int text = button.fontMetrics().horizontalAdvance(button.text());
+    const int text = button.fontMetrics().size(Qt::TextShowMnemonic, button.text()).width();
     button.setMinimumWidth(text + 2 * style.length(buttonInset));
 }
 

@@ -110,6 +110,11 @@ void FormRow::setMnemonic(char letter) {
 
 void FormRow::setShowsMnemonic(bool shows) {
     label_->setShowsMnemonic(shows);
+    for (QWidget* control : controls_) {
+        if (auto* const button = qobject_cast<QPushButton*>(control)) {
+            FormStyle::setShowsMnemonic(*button, shows);
+        }
+    }
 }
 
 void FormRow::addButton(QPushButton& button) {

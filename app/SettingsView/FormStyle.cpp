@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPushButton>
 #include <QStyleOption>
 #include <QWidget>
 
@@ -33,6 +34,8 @@ constexpr double fieldShare = 0.03;
 constexpr double buttonShare = 0.07;
 constexpr double hoverShare = 0.05;
 constexpr double pressShare = 0.1;
+
+constexpr auto showsMnemonicProperty = "showsMnemonic";
 
 double length(const QWidget* widget, double points) {
     return widget != nullptr ? ViewStyle(*widget).length(points) : points;
@@ -170,6 +173,11 @@ void FormStyle::dress(QWidget& control) {
     if (control.style() != style) {
         control.setStyle(style);
     }
+}
+
+void FormStyle::setShowsMnemonic(QPushButton& button, bool shows) {
+    button.setProperty(showsMnemonicProperty, shows);
+    button.update();
 }
 
 QColor FormStyle::ground(const QPalette& palette) {
@@ -313,6 +321,14 @@ QSize FormStyle::sizeFromContents(
         return contents + QSize(width, 0);
     }
     return QProxyStyle::sizeFromContents(type, option, contents, widget);
+}
+
+int FormStyle::styleHint(
+    StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* more) const {
+    if (hint == SH_UnderlineShortcut) {
+        return widget != nullptr && widget->property(showsMnemonicProperty).toBool() ? 1 : 0;
+    }
+    return QProxyStyle::styleHint(hint, option, widget, more);
 }
 
 int FormStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {

@@ -4,6 +4,8 @@
 #include <QColor>
 #include <QProxyStyle>
 
+class QPushButton;
+
 namespace tarnwick {
 
 /// Draws fields, pickers, buttons, switches and sliders from the palette and in sizes that go with the font.
@@ -14,6 +16,9 @@ public:
 
     /// Gives a control this style. The style lives as long as the application.
     static void dress(QWidget& control);
+
+    /// Underlines the letter behind the `&` in a button's text.
+    static void setShowsMnemonic(QPushButton& button, bool shows);
 
     /// The form's ground, which its cards stand out from.
     [[nodiscard]] static QColor ground(const QPalette& palette);
@@ -36,6 +41,8 @@ public:
     [[nodiscard]] QSize sizeFromContents(
         ContentsType type, const QStyleOption* option, const QSize& contents,
         const QWidget* widget) const override;
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* more)
+        const override;
     [[nodiscard]] int pixelMetric(
         PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
 

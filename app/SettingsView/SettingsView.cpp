@@ -52,7 +52,7 @@ SettingsView::SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent)
       panelInk_(new QComboBox(this)),
       lossText_(new QComboBox(this)),
       alerts_(new QCheckBox(this)),
-      testAlert_(new QPushButton(QStringLiteral("Test"), this)),
+      testAlert_(new QPushButton(QStringLiteral("&Test"), this)),
       launchAtLogin_(new QCheckBox(this)) {
     auto* const column = new QVBoxLayout(this);
     sections_.push_back(host_);
@@ -116,7 +116,6 @@ void SettingsView::makeBehaviorSection() {
     lossTextRow_ = section.addRow(QStringLiteral("Packet Loss Text"), {lossText_}, 'L');
     alertsRow_ = section.addRow(QStringLiteral("Connection Up/Down Alerts"), {alerts_}, 'C');
     testAlert_->setAutoDefault(false);
-    testAlert_->setShortcut(Qt::AltModifier | Qt::Key_T);
     testAlert_->setAccessibleDescription(QStringLiteral("Shows a notification"));
     alertsRow_->addButton(*testAlert_);
     connect(testAlert_, &QPushButton::clicked, this, [this] { model_.testNotification(); });
@@ -138,12 +137,10 @@ void SettingsView::makeBehaviorSection() {
 }
 
 void SettingsView::makeRestoreButtons() {
-    restore_ = new QPushButton(QStringLiteral("Restore Default Settings"), this);
-    undo_ = new QPushButton(QStringLiteral("Undo"), this);
+    restore_ = new QPushButton(QStringLiteral("&Restore Default Settings"), this);
+    undo_ = new QPushButton(QStringLiteral("&Undo"), this);
     undo_->setAccessibleDescription(QStringLiteral("Brings back the settings of before"));
     undo_->hide();
-    restore_->setShortcut(Qt::AltModifier | Qt::Key_R);
-    undo_->setShortcut(Qt::AltModifier | Qt::Key_U);
     for (QPushButton* button : {restore_, undo_}) {
         button->setAutoDefault(false);
         FormStyle::dress(*button);
@@ -218,6 +215,9 @@ void SettingsView::paintEvent(QPaintEvent* /*event*/) {
 void SettingsView::showMnemonics(bool shows) {
     for (FormSection* section : sections_) {
         section->setShowsMnemonics(shows);
+    }
+    for (QPushButton* button : {restore_, undo_}) {
+        FormStyle::setShowsMnemonic(*button, shows);
     }
 }
 

@@ -33,7 +33,7 @@ struct SettingsForm : WatchedMonitor {
         }
         const auto* const button = qobject_cast<const QPushButton*>(&control);
         const bool hasText = button != nullptr && !button->text().isEmpty();
-        return (hasText ? button->text() : control.accessibleName()).toStdString();
+        return (hasText ? button->text().remove(u'&') : control.accessibleName()).toStdString();
     }
 
     template<class Control>

@@ -215,6 +215,33 @@ TEST_F(SettingsSwitchesTest, WhileAltIsHeldTheLettersAreUnderlined) {
     EXPECT_EQ(label("Display").grab().toImage(), before);
 }
 
+TEST_F(SettingsSwitchesTest, SoAreThoseOfTheButtons) {
+    present();
+    restore().click(); // so that the other one is there
+    settle();
+    for (QPushButton* button : {&test(), &restore(), &control<QPushButton>("Undo")}) {
+        const QImage before = button->grab().toImage();
+        QTest::keyPress(QApplication::focusWidget(), Qt::Key_Alt);
+        const QImage held = button->grab().toImage();
+        QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Alt);
+
+        EXPECT_NE(held, before) << name(*button);
+        EXPECT_EQ(button->grab().toImage(), before) << name(*button);
+    }
+}
+
+TEST_F(SettingsSwitchesTest, ALetterTogetherWithAltClicksItsButton) {
+    prefs.setPingInterval(30);
+    present();
+    // A click that is seen takes a moment.
+    press(Qt::Key_T, Qt::AltModifier);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return notifications.shown().size() == 1; }));
+    press(Qt::Key_R, Qt::AltModifier);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return prefs.pingInterval() == 1; }));
+    press(Qt::Key_U, Qt::AltModifier);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return prefs.pingInterval() == 30; }));
+}
+
 TEST_F(SettingsSwitchesTest, LaunchAtLoginRegistersTheProgram) {
     present();
     launchAtLogin().click();
