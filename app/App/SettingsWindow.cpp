@@ -14,6 +14,8 @@
 #include <QShortcut>
 #include <QWindow>
 
+#include <algorithm>
+
 namespace tarnwick {
 
 namespace {
@@ -99,9 +101,21 @@ void SettingsWindow::fit() {
     setFixedSize(wanted.boundedTo(most));
 }
 
+void SettingsWindow::keepOnScreen() {
+    const QRect available = screen()->availableGeometry();
+    const QRect frame = frameGeometry();
+    if (frame.bottom() > available.bottom()) {
+        move(frame.x(), std::max(available.top(), available.bottom() + 1 - frame.height()));
+    }
+}
+
 bool SettingsWindow::eventFilter(QObject* watched, QEvent* event) {
     if (watched == view_ && event->type() == QEvent::LayoutRequest) {
+        const int before = height();
         fit();
+        if (isVisible() && height() > before) {
+            keepOnScreen();
+        }
     }
     return QMainWindow::eventFilter(watched, event);
 }

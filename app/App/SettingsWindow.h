@@ -35,6 +35,8 @@ private:
     void center();
     void followScreen();
     void fit();
+    /// Moves it up where it has grown beyond the screen's lower end.
+    void keepOnScreen();
 
     SettingsView* view_;                   ///< owned by the scroll area
     QScrollArea* area_;                    ///< a child

@@ -192,6 +192,10 @@ void Preferences::setShowNotifications(bool show) {
     set({{settingIndex(PreferenceKey::showNotifications), show}});
 }
 
+void Preferences::setPanelForm(StatusItem::Form form) {
+    set({{settingIndex(PreferenceKey::panelFace), std::string(rawValue(form))}});
+}
+
 void Preferences::setPanelInk(StatusItem::InkChoice ink) {
     set({{settingIndex(PreferenceKey::panelInk), std::string(rawValue(ink))}});
 }

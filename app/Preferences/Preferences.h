@@ -63,6 +63,7 @@ public:
     void setDisplay(Display display);
     void setLossTextMode(MenuBarTitle::LossMode mode);
     void setShowNotifications(bool show);
+    void setPanelForm(StatusItem::Form form);
     void setPanelInk(StatusItem::InkChoice ink);
 
     [[nodiscard]] ScoringConfig scoringConfig() const;

@@ -13,9 +13,6 @@ namespace {
 
 using Value = UserDefaults::Value;
 
-constexpr std::array allForms{
-    StatusItem::Form::automatic, StatusItem::Form::label, StatusItem::Form::wide, StatusItem::Form::square};
-
 constexpr std::array allInks{
     StatusItem::InkChoice::automatic, StatusItem::InkChoice::light, StatusItem::InkChoice::dark};
 

@@ -120,6 +120,9 @@ consteval std::size_t settingIndex(std::string_view key) {
 /// The finite number that is all of a text; nothing for any other text.
 [[nodiscard]] std::optional<double> numberIn(std::string_view text);
 
+inline constexpr std::array allForms{
+    StatusItem::Form::automatic, StatusItem::Form::label, StatusItem::Form::wide, StatusItem::Form::square};
+
 /// The stored text of a form and back; nothing for any other text, case included.
 [[nodiscard]] std::string_view rawValue(StatusItem::Form form);
 [[nodiscard]] std::optional<StatusItem::Form> formOf(std::string_view text);

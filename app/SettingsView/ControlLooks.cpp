@@ -12,8 +12,12 @@ constexpr double buttonInset = 16;
 
 } // namespace
 
+int height(const ViewStyle& style) {
+    return style.length(controlHeight);
+}
+
 void setHeight(QWidget& control, const ViewStyle& style) {
-    control.setMinimumHeight(style.length(controlHeight));
+    control.setMinimumHeight(height(style));
 }
 
 void setWidth(QPushButton& button, const ViewStyle& style) {

@@ -8,7 +8,10 @@ class QWidget;
 
 namespace tarnwick::ControlLooks {
 
-/// Gives the control at least the height that those of the form have in common.
+/// The height that the form's controls have in common.
+[[nodiscard]] int height(const ViewStyle& style);
+
+/// Gives the control at least that height.
 void setHeight(QWidget& control, const ViewStyle& style);
 
 /// Leaves room beside the button's text.

@@ -36,6 +36,15 @@ QColor edgeColor(const QPalette& palette) {
     return color;
 }
 
+/// From the inside out: the window asks for the form's size before the layouts' own requests have got there.
+void activateLayouts(QWidget* from) {
+    for (QWidget* each = from; each != nullptr && !each->isWindow(); each = each->parentWidget()) {
+        if (each->layout() != nullptr) {
+            each->layout()->activate();
+        }
+    }
+}
+
 /// Keeps a number on one line with its unit and with the sign before it.
 QString withUnitsKept(QString text) {
     static const QRegularExpression space(
@@ -128,13 +137,7 @@ void FormRow::setNote(const QString& text, bool offersRemedy) {
     if (remedy_ != nullptr) {
         remedy_->setVisible(offersRemedy);
     }
-    // From the inside out: the window asks for the form's size before the layouts' own requests have got
-    // there.
-    for (QWidget* each = this; each != nullptr && !each->isWindow(); each = each->parentWidget()) {
-        if (each->layout() != nullptr) {
-            each->layout()->activate();
-        }
-    }
+    activateLayouts(this);
 }
 
 void FormRow::setHint(const QString& text) {
@@ -245,6 +248,12 @@ void FormSection::setFooter(const QString& text) {
     for (const FormRow* row : card_->rows()) {
         row->control()->setAccessibleDescription(text);
     }
+}
+
+void FormSection::setShowsRows(bool shows) {
+    card_->setVisible(shows);
+    footer_->setVisible(shows && !footer_->text().isEmpty());
+    activateLayouts(this);
 }
 
 void FormSection::setShowsMnemonics(bool shows) {

@@ -74,9 +74,16 @@ public:
     void setFooter(const QString& text);
 
     /// Underlines the letters of the rows.
-    void setShowsMnemonics(bool shows);
+    virtual void setShowsMnemonics(bool shows);
 
     virtual void setStyle(const ViewStyle& style);
+
+protected:
+    /// Shows or hides the card and the footer.
+    void setShowsRows(bool shows);
+
+    /// With plain spaces.
+    [[nodiscard]] QString footer() const { return footer_->accessibleName(); }
 
 private:
     class Card;

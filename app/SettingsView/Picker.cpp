@@ -26,6 +26,20 @@ QString title(MenuBarTitle::LossMode mode) {
     return QStringLiteral("When There's Loss");
 }
 
+QString title(StatusItem::Form form) {
+    switch (form) {
+    case StatusItem::Form::label:
+        return QStringLiteral("Text Beside Icon");
+    case StatusItem::Form::wide:
+        return QStringLiteral("Wide Image");
+    case StatusItem::Form::square:
+        return QStringLiteral("Square Image");
+    case StatusItem::Form::automatic:
+        break;
+    }
+    return QStringLiteral("Automatic");
+}
+
 QString title(StatusItem::InkChoice ink) {
     switch (ink) {
     case StatusItem::InkChoice::light:

@@ -11,6 +11,7 @@ namespace tarnwick::Picker {
 
 [[nodiscard]] QString title(Preferences::Display display);
 [[nodiscard]] QString title(MenuBarTitle::LossMode mode);
+[[nodiscard]] QString title(StatusItem::Form form);
 [[nodiscard]] QString title(StatusItem::InkChoice ink);
 
 /// Fills a picker, and hands on what is picked.

@@ -2,6 +2,7 @@
 
 #include "app/NoticesView/NoticesView.h"
 #include "app/Reading/Format.h"
+#include "app/SettingsView/AdvancedSection.h"
 #include "app/SettingsView/ControlLooks.h"
 #include "app/SettingsView/FormSection.h"
 #include "app/SettingsView/FormStyle.h"
@@ -49,7 +50,6 @@ SettingsView::SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent)
       threshold_(new ThresholdSlider(this)),
       thresholdText_(new QLabel(this)),
       display_(new QComboBox(this)),
-      panelInk_(new QComboBox(this)),
       lossText_(new QComboBox(this)),
       alerts_(new QCheckBox(this)),
       testAlert_(new QPushButton(QStringLiteral("&Test"), this)),
@@ -63,6 +63,8 @@ SettingsView::SettingsView(SettingsModel& model, RunLoop& loop, QWidget* parent)
         updates_ = new UpdateSection(*updates, this);
         sections_.push_back(updates_);
     }
+    advanced_ = new AdvancedSection(model_, this);
+    sections_.push_back(advanced_);
     for (FormSection* const section : sections_) {
         column->addWidget(section);
     }
@@ -112,7 +114,6 @@ void SettingsView::makeThresholdSection() {
 void SettingsView::makeBehaviorSection() {
     FormSection& section = addSection();
     displayRow_ = section.addRow(QStringLiteral("Display"), {display_}, 'D');
-    section.addRow(QStringLiteral("Color in the Panel"), {panelInk_}, 'I');
     lossTextRow_ = section.addRow(QStringLiteral("Packet Loss Text"), {lossText_}, 'L');
     alertsRow_ = section.addRow(QStringLiteral("Connection Up/Down Alerts"), {alerts_}, 'C');
     testAlert_->setAutoDefault(false);
@@ -123,11 +124,9 @@ void SettingsView::makeBehaviorSection() {
     launchRow_->addRemedy(
         QStringLiteral("Startup Settings…"), [this] { model_.launchAtLogin().showApproval(); });
     Picker::offer(*display_, Preferences::allDisplays, [this](auto picked) { model_.setDisplay(picked); });
-    Picker::offer(*panelInk_, Preferences::allPanelInks, [this](auto picked) { model_.setPanelInk(picked); });
     Picker::offer(
         *lossText_, MenuBarTitle::allLossModes, [this](auto picked) { model_.setLossTextMode(picked); });
     keepFromWheel(display_);
-    keepFromWheel(panelInk_);
     keepFromWheel(lossText_);
     connect(alerts_, &QCheckBox::toggled, this, [this](bool on) { model_.setShowNotifications(on); });
     connect(launchAtLogin_, &QCheckBox::toggled, this, [this](bool on) {
@@ -191,6 +190,7 @@ void SettingsView::hideEvent(QHideEvent* event) {
     if (!event->spontaneous()) {
         host_->finish();
         interval_->finish();
+        advanced_->finish();
         model_.flush(); // after the drafts: all that was changed here is to survive a power cut
         rendering_.reset();
         model_.forgetRestoring();
@@ -253,14 +253,13 @@ void SettingsView::applyStyle() {
     setTextColor(*thresholdText_, style.colors().secondary());
     alignText(*thresholdText_, Qt::AlignTrailing);
     for (QWidget* control : std::initializer_list<QWidget*>{
-             interval_, display_, panelInk_, lossText_, testAlert_, alerts_, launchAtLogin_, restore_,
-             undo_}) {
+             interval_, display_, lossText_, testAlert_, alerts_, launchAtLogin_, restore_, undo_}) {
         ControlLooks::setHeight(*control, style);
     }
     ControlLooks::setWidth(*restore_, style);
     ControlLooks::setWidth(*undo_, style);
     ControlLooks::setWidth(*testAlert_, style);
-    const std::initializer_list<QComboBox*> pickers{display_, panelInk_, lossText_};
+    const std::initializer_list<QComboBox*> pickers{display_, lossText_};
     int pickerWidth = 0;
     for (const QComboBox* const picker : pickers) {
         pickerWidth = std::max(pickerWidth, picker->sizeHint().width());
@@ -279,6 +278,7 @@ void SettingsView::render() {
     showDisplay();
     showAlerts();
     showLaunchAtLogin();
+    advanced_->render();
     if (updates_ != nullptr) {
         updates_->render();
     }
@@ -288,7 +288,6 @@ void SettingsView::showDisplay() {
     const Preferences::Display display = model_.values().display();
     const MenuBarTitle::LossMode lossText = model_.values().lossTextMode();
     Picker::show(*display_, display);
-    Picker::show(*panelInk_, model_.values().panelInk());
     Picker::show(*lossText_, lossText);
     const bool showsText = display != Preferences::Display::iconOnly;
     const bool showsLoss = lossText != MenuBarTitle::LossMode::off;
@@ -344,6 +343,7 @@ void SettingsView::showNotices(const Notices& notices) {
 void SettingsView::dropDrafts() {
     host_->dropDraft();
     interval_->reset();
+    advanced_->dropDraft();
 }
 
 void SettingsView::showAllAgain() {

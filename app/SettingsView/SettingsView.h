@@ -17,6 +17,7 @@ class QPushButton;
 
 namespace tarnwick {
 
+class AdvancedSection;
 class FormRow;
 class FormSection;
 class HostSection;
@@ -80,7 +81,6 @@ private:
     ThresholdSlider* threshold_;
     QLabel* thresholdText_;
     QComboBox* display_;
-    QComboBox* panelInk_;
     QComboBox* lossText_;
     QCheckBox* alerts_;
     QPushButton* testAlert_;
@@ -90,6 +90,7 @@ private:
     QCheckBox* launchAtLogin_;
     FormRow* launchRow_ = nullptr;
     UpdateSection* updates_ = nullptr; ///< null without an update framework
+    AdvancedSection* advanced_ = nullptr;
     QPushButton* restore_ = nullptr;
     QPushButton* undo_ = nullptr;    ///< hidden unless defaults have just been restored
     NoticesView* notices_ = nullptr; ///< while there are notices

@@ -21,11 +21,11 @@ CONTROLS = [
     ("spin button", "Ping Every"),
     ("slider", "Slow Ping Threshold"),
     ("combo box", "Icon and Text"),
-    ("combo box", "Automatic"),
     ("combo box", "When There's Loss"),
     ("check box", "Connection Up/Down Alerts"),
     ("push button", "Test"),
     ("check box", "Launch at Login"),
+    ("push button", "Advanced"),
     ("push button", "Restore Default Settings"),
 ]
 

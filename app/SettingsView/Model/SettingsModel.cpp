@@ -4,6 +4,12 @@
 
 namespace tarnwick {
 
+namespace {
+
+constexpr const SettingRow& timeoutRow = settingTable.at(settingIndex(PreferenceKey::pingTimeout));
+
+} // namespace
+
 SettingsModel::SettingsModel(
     Monitor& monitor, NotificationCenter& notifications, LoginItem& loginItem, UpdateFramework* updates)
     : monitor_(monitor), notifications_(notifications), launchAtLogin_(loginItem) {
@@ -37,6 +43,14 @@ std::string SettingsModel::presentAddressLine() const {
 
 std::vector<HostPreset> SettingsModel::hostPresets() const {
     return tarnwick::hostPresets(networkServers ? networkServers() : NetworkServers{});
+}
+
+bool SettingsModel::admitsPingTimeout(double seconds) {
+    return admitted(timeoutRow, seconds).has_value();
+}
+
+std::string SettingsModel::pingTimeoutRule() {
+    return "Must be 0.01 to 3600 seconds.";
 }
 
 void SettingsModel::setPingInterval(int seconds) {

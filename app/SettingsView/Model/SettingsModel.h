@@ -44,6 +44,14 @@ public:
     /// An unchanged interval is ignored.
     void setPingInterval(int seconds);
 
+    [[nodiscard]] static bool admitsPingTimeout(double seconds);
+    /// For users, about a time-out that is not admitted.
+    [[nodiscard]] static std::string pingTimeoutRule();
+
+    void setPingTimeout(double seconds) { monitor_.prefs().setPingTimeout(seconds); }
+
+    void setPanelForm(StatusItem::Form form) { monitor_.prefs().setPanelForm(form); }
+
     void setSlowPingThresholdMs(double ms) { monitor_.prefs().setSlowPingThresholdMs(ms); }
 
     /// Everything set so far survives a power cut from now on. May wait for the disk.

@@ -170,6 +170,33 @@ TEST_F(SettingsWindowTest, OnALowScreenTheFormScrollsAndTheKeyboardBringsTheRest
     EXPECT_TRUE(area->viewport()->rect().contains(place));
 }
 
+TEST_F(SettingsWindowTest, OnALowScreenWhatIsOpenedComesIntoView) {
+    QFont font = window.font();
+    font.setPixelSize(20);
+    window.setFont(font);
+    present();
+    const auto* const area = window.findChild<QScrollArea*>();
+    control<QPushButton>("Advanced").click();
+    settle();
+    ASSERT_GT(area->verticalScrollBar()->maximum(), 0);
+
+    const auto& last = control<QComboBox>("Color in the Panel");
+    const QRect place(last.mapTo(area->viewport(), QPoint()), last.size());
+    EXPECT_TRUE(area->viewport()->rect().contains(place));
+}
+
+TEST_F(SettingsWindowTest, WhatGrowsBeyondTheScreensEndMovesUp) {
+    present();
+    const int end = window.screen()->availableGeometry().bottom();
+    window.move(11, end + 1 - window.frameGeometry().height());
+    settle();
+    control<QPushButton>("Advanced").click();
+    settle();
+
+    EXPECT_EQ(window.frameGeometry().bottom(), end);
+    EXPECT_EQ(window.pos().x(), 11);
+}
+
 TEST_F(SettingsWindowTest, OnANarrowScreenTheFormScrollsSidewaysToo) {
     QFont font = window.font();
     font.setPixelSize(60);
@@ -217,8 +244,8 @@ TEST_F(SettingsWindowTest, TabLeadsThroughAllControlsFromTopToBottomAndAround) {
     EXPECT_THAT(
         order, ElementsAre(
                    "Host to Ping", "Choose Host", "Resolving…", "Ping Every", "Slow Ping Threshold",
-                   "Display", "Color in the Panel", "Packet Loss Text", "Connection Up/Down Alerts", "Test",
-                   "Launch at Login", "Restore Default Settings", "Host to Ping"));
+                   "Display", "Packet Loss Text", "Connection Up/Down Alerts", "Test", "Launch at Login",
+                   "Advanced", "Restore Default Settings", "Host to Ping"));
 }
 
 TEST_F(SettingsWindowTest, BacktabLeadsTheOtherWay) {

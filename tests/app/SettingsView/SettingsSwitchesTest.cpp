@@ -39,7 +39,6 @@ protected:
 
 TEST_F(SettingsSwitchesTest, ThePickersOfferEveryCase) {
     EXPECT_THAT(titles(display()), ElementsAre("Icon and Text", "Icon Only", "Text Only"));
-    EXPECT_THAT(titles(panelInk()), ElementsAre("Automatic", "Light", "Dark"));
     EXPECT_THAT(titles(lossText()), ElementsAre("Off", "When There's Loss", "Always"));
 }
 
@@ -48,9 +47,6 @@ TEST_F(SettingsSwitchesTest, WhatIsPickedHoldsAtOnce) {
     pick(display(), 2);
     EXPECT_EQ(prefs.display(), Preferences::Display::textOnly);
 
-    pick(panelInk(), 1);
-    EXPECT_EQ(prefs.panelInk(), StatusItem::InkChoice::light);
-
     pick(lossText(), 2);
     EXPECT_EQ(prefs.lossTextMode(), MenuBarTitle::LossMode::always);
 }
@@ -58,12 +54,10 @@ TEST_F(SettingsSwitchesTest, WhatIsPickedHoldsAtOnce) {
 TEST_F(SettingsSwitchesTest, ThePickersFollowTheSettings) {
     present();
     prefs.setDisplay(Preferences::Display::iconOnly);
-    prefs.setPanelInk(StatusItem::InkChoice::dark);
     prefs.setLossTextMode(MenuBarTitle::LossMode::off);
     settle();
 
     EXPECT_EQ(display().currentText(), "Icon Only");
-    EXPECT_EQ(panelInk().currentText(), "Dark");
     EXPECT_EQ(lossText().currentText(), "Off");
 }
 

@@ -75,7 +75,7 @@ TEST_F(SettingsViewTest, ItsLabelsAndFootersSayWhatEachSettingIs) {
     EXPECT_THAT(
         labels(), HasSubstr("Pings faster than the threshold count as perfect. Slower pings lower the signal "
                             "strength until it reaches zero at threshold + 900 ms.\n"));
-    EXPECT_THAT(labels(), HasSubstr("Display\nColor in the Panel\nPacket Loss Text\n"));
+    EXPECT_THAT(labels(), HasSubstr("Display\nPacket Loss Text\n"));
     EXPECT_THAT(labels(), HasSubstr("Connection Up/Down Alerts\nLaunch at Login\n"));
     EXPECT_THAT(labels(), Not(HasSubstr("Updates")));
 }

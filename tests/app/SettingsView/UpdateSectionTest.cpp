@@ -132,7 +132,7 @@ TEST_F(UpdateSectionTest, TheKeyboardGoesThroughItFromTopToBottom) {
     present();
     launchAtLogin().setFocus();
     std::vector<std::string> order;
-    for (int presses = 0; presses < 5; ++presses) {
+    for (int presses = 0; presses < 6; ++presses) {
         press(Qt::Key_Tab);
         order.push_back(focused());
     }
@@ -140,7 +140,7 @@ TEST_F(UpdateSectionTest, TheKeyboardGoesThroughItFromTopToBottom) {
     EXPECT_THAT(
         order, ElementsAre(
                    "Check for Updates Automatically", "Install Updates Automatically", "Check Now",
-                   "Restore Default Settings", "Host to Ping"));
+                   "Advanced", "Restore Default Settings", "Host to Ping"));
 }
 
 TEST_F(UpdateSectionTest, TheKeyboardAloneDoes) {

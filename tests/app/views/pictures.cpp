@@ -145,6 +145,7 @@ void drawSettings(const QDir& folder, const QString& style) {
     simulation::FakeLoginItem loginItem;
     loginItem.now = LoginItem::Status::enabled;
     grabSettings(world, loginItem).save(folder.filePath("settings-" + style + ".png"));
+    grabSettings(world, loginItem, "Advanced").save(folder.filePath("settings-advanced-" + style + ".png"));
     grabSettings(world, loginItem, "Choose Host").save(folder.filePath("settings-hosts-" + style + ".png"));
     loginItem.now = LoginItem::Status::requiresApproval;
     grabSettings(world, loginItem).save(folder.filePath("settings-switched-off-" + style + ".png"));
