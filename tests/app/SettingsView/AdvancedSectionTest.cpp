@@ -31,10 +31,19 @@ protected:
 
     [[nodiscard]] static std::vector<std::string> titles(const QComboBox& picker) {
         std::vector<std::string> texts;
+        texts.reserve(static_cast<std::size_t>(picker.count()));
         for (int index = 0; index < picker.count(); ++index) {
             texts.push_back(picker.itemText(index).toStdString());
         }
         return texts;
+    }
+
+    void expectRefused(const char* text) {
+        submit(timeout(), text);
+        EXPECT_EQ(prefs.pingTimeout(), 4) << text;
+        EXPECT_EQ(timeout().text(), text);
+        EXPECT_THAT(labels(), HasSubstr(mistake)) << text;
+        EXPECT_EQ(timeout().accessibleDescription(), mistake) << text;
     }
 
     void presentOpened() {
@@ -138,11 +147,7 @@ TEST_F(AdvancedSectionTest, ATimeoutHoldsWhenItIsEntered) {
 TEST_F(AdvancedSectionTest, ATimeoutThatCannotBeMeantIsRefusedInWords) {
     presentOpened();
     for (const char* const text : {"0", "0.009", "-1", "3601", "four", "1,000", "inf", "nan"}) {
-        submit(timeout(), text);
-        EXPECT_EQ(prefs.pingTimeout(), 4) << text;
-        EXPECT_EQ(timeout().text(), text);
-        EXPECT_THAT(labels(), HasSubstr(mistake)) << text;
-        EXPECT_EQ(timeout().accessibleDescription(), mistake) << text;
+        expectRefused(text);
     }
 
     submit(timeout(), "0.01");
