@@ -18,7 +18,7 @@ constexpr std::size_t deepestNesting = 100;
 
 /// How far a text has been read.
 struct Place {
-    const char* at;
+    const char* at = nullptr;
     int line = 1;
 };
 
@@ -237,15 +237,16 @@ private:
     }
 
     [[nodiscard]] std::optional<Json> takeValue() {
-        Place place{rest_.data(), line_};
+        const char* const begin = rest_.begin();
+        Place place{begin, line_};
         ObjectReader reader(rest_, place);
-        const PlaceCounting end(rest_.data() + rest_.size(), &place);
+        const PlaceCounting end(rest_.end(), &place);
         // Whatever follows the value, and comments in it, do not matter.
         if (!Json::sax_parse(
-                PlaceCounting(rest_.data(), &place), end, &reader, Json::input_format_t::json, false, true)) {
+                PlaceCounting(begin, &place), end, &reader, Json::input_format_t::json, false, true)) {
             return std::nullopt;
         }
-        const auto length = static_cast<std::size_t>(place.at - rest_.data());
+        const auto length = static_cast<std::size_t>(place.at - begin);
         const std::size_t next = rest_.find_first_not_of(" \t\r\n", length);
         if (reader.value().is_string() && next != std::string_view::npos && rest_[next] == ':') {
             return std::nullopt; // no value, but the next key
