@@ -19,6 +19,8 @@ DEFAULT_HOST = "1.1.1.1"
 TITLE_HEIGHT = 20  # of the window manager's frame, or less
 ROUTER = "10.77.9.1"
 CABLE = "cable0"
+# In the middle of the arrow, and from there to the first entry of the menu.
+ARROW_FROM_RIGHT, FIELD_FROM_TOP, FIRST_ENTRY_BELOW = 47, 40, 32
 
 
 def connect_router() -> int:
@@ -174,6 +176,17 @@ class Settings(SettingsWindow, unittest.TestCase):
 
         self.wait_for("Hostname", ROUTER)
         self.wait_until_held("Host to Ping", ROUTER)
+
+    def test_a_click_chooses_a_host(self) -> None:
+        eventually(lambda: self.focused() == "Host to Ping", PATIENCE, "the host's field has the keyboard")
+        window = self.window()
+        x, y = window.x + window.width - ARROW_FROM_RIGHT, window.y + FIELD_FROM_TOP
+        self.desktop.click(x, y)
+        first = eventually(self.menu, PATIENCE, "the menu")[0]
+
+        self.desktop.click(x - 60, y + FIRST_ENTRY_BELOW)
+
+        self.wait_for("Hostname", first.rpartition(" ")[2])
 
     def menu(self) -> list[str]:
         tree = self.desktop.accessible(APPLICATION)
