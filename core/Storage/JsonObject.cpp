@@ -183,16 +183,19 @@ public:
         while (!rest_.empty() && unreadable_ < mostUnreadable) {
             if (startsComment(rest_)) {
                 skip(std::min(rest_.find(rest_.starts_with("/*") ? "*/" : "\n"), rest_.size()));
+            } else if (!rest_.starts_with('"')) {
+                skip(1);
             } else if (const std::size_t length = lengthOfText()) {
                 takeMember(length, reading);
             } else {
-                skip(1);
+                // Looked for again from each quote in it, the end would take quadratic time.
+                skip(std::min(rest_.find('\n'), rest_.size()));
             }
         }
     }
 
 private:
-    /// Values that can't be read, of which each may be read to the end of the text.
+    /// Values that can't be read are given up after this many: each may take reading to the end of the text.
     static constexpr int mostUnreadable = 100;
 
     void skip(std::size_t letters) {
@@ -200,11 +203,8 @@ private:
         rest_.remove_prefix(letters);
     }
 
-    /// With its quotes; zero when none begins here and ends in this line.
+    /// Of the text that begins here, with its quotes; zero when it does not end in this line.
     [[nodiscard]] std::size_t lengthOfText() const {
-        if (!rest_.starts_with('"')) {
-            return 0;
-        }
         for (std::size_t at = 1; at < rest_.size() && rest_[at] != '\n'; ++at) {
             if (rest_[at] == '\\') {
                 ++at;
@@ -215,7 +215,7 @@ private:
         return 0;
     }
 
-    /// Behind a text of this length.
+    /// Takes the member whose key is the text of this length, if a colon follows it.
     void takeMember(std::size_t length, JsonReading& reading) {
         const Json key = Json::parse(rest_.substr(0, length), nullptr, false);
         const int line = line_;

@@ -154,6 +154,12 @@ TEST(JsonObject, SalvagingEndsSoonWhateverTheTextHolds) {
         text += "\"a\":[";
     }
     EXPECT_EQ(salvageJsonObject(text).object.dump(), "{}");
+
+    std::string escaped = "{\"a\": x, \"";
+    for (int quote = 0; quote < 1'000'000; ++quote) {
+        escaped += "\\\"";
+    }
+    EXPECT_EQ(salvageJsonObject(escaped + "\n\"b\": 2}").object.dump(), R"({"b":2})");
 }
 
 TEST(JsonObject, WithoutAMistakeIsSalvagedAsItIs) {
