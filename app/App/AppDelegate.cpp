@@ -131,14 +131,14 @@ std::function<void()> AppDelegate::allowingPing() {
 
 void AppDelegate::makeStatusItem(const Setup& setup) {
     settingsModel_.allowPinging = allowingPing();
+    settingsModel_.answerOffer = [this](bool switchOn) { extensionOffer_.answer(switchOn); };
     settingsModel_.networkServers = [] {
         return NetworkServers{.routers = Routers::present(), .nameServers = NameServers::present()};
     };
     windows_ = std::make_unique<DesktopWindows>(
         loop_, monitor_.observedReading(), menu_, settingsModel_, setup.version,
-        NoticeActions{.allowPinging = settingsModel_.allowPinging, .answerOffer = [this](bool switchOn) {
-                          extensionOffer_.answer(switchOn);
-                      }});
+        NoticeActions{
+            .allowPinging = settingsModel_.allowPinging, .answerOffer = settingsModel_.answerOffer});
     panelMenu_ = std::make_unique<PanelMenuText>(
         loop_, monitor_.observedReading(), menu_,
         PanelMenuText::Actions{

@@ -27,6 +27,8 @@ void ExtensionOffer::ask() {
     extension_.askWhetherOff([this](bool isOff) {
         if (isOff) {
             monitor_.setNotice(extensionNotice());
+        } else {
+            monitor_.clearNotice(Notice::Kind::offersExtension);
         }
     });
 }
@@ -35,8 +37,17 @@ void ExtensionOffer::answer(bool switchOn) {
     stateSubscription_.reset();
     monitor_.clearNotice(Notice::Kind::offersExtension);
     if (switchOn) {
-        extension_.switchOn();
+        extension_.switchOn([this](bool isOn) {
+            if (isOn) {
+                remember();
+            }
+        });
+    } else {
+        remember();
     }
+}
+
+void ExtensionOffer::remember() {
     // Where it can't be written the next start offers again.
     static_cast<void>(FileStore::replace(answered_, "", FileStore::Durability::crash));
 }

@@ -20,6 +20,7 @@ public:
 
 private:
     void ask();
+    void remember();
 
     BusConnection& bus_;
     Monitor& monitor_;

@@ -87,8 +87,8 @@ Notice noPanelNotice(const std::vector<std::string>& desktops) {
 Notice extensionNotice() {
     return {
         .kind = Notice::Kind::offersExtension,
-        .text = "GNOME tells Tarnwick where its item is only with Tarnwick’s extension. It lets this window "
-                "always open there."};
+        .text = "GNOME tells Tarnwick where its item is only with Tarnwick’s extension. It lets the "
+                "drop-down always open there."};
 }
 
 Notices noticesOf(const Measurements& measured) {

@@ -72,7 +72,7 @@ private:
 
     std::unique_ptr<Wayland::LayerShell> shell_; ///< null where the desktop has none
     std::unique_ptr<PointerProbe> probe_;        ///< while the pointer is looked for, to open there
-    std::unique_ptr<Lifeline> itemSearch_;       ///< while the item is
+    std::unique_ptr<Lifeline> itemSearch_;       ///< while the item is looked for, to open there
     std::unique_ptr<DropDownWindow, LaterDeletion> window_;
     /// On X11 only: while it is open, and until the click that has closed it has ended.
     std::unique_ptr<X11::PressWatch> presses_;

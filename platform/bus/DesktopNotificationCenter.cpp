@@ -21,8 +21,8 @@ std::unique_ptr<NotificationService> makeService(
     return std::make_unique<NotificationDaemon>(bus, iconFolder);
 }
 
-/// The name that the program has which shows what is told about the subject. Names on the bus are short and
-/// of few letters: a hash of the subject serves.
+/// The bus name of the program that announces for this subject. Such names are short and of few letters: a
+/// hash of the subject serves.
 std::string nameOf(const std::string& subject) {
     std::uint64_t hash = 0xcbf29ce484222325; // FNV-1a: the same in every version of the programs
     for (const char letter : subject) {

@@ -11,7 +11,7 @@ namespace tarnwick {
 
 NameClaim::NameClaim(BusConnection& bus, std::string name, Rank rank)
     : bus_(bus), name_(std::move(name)), rank_(rank) {
-    // Before the watch asks for the owner: the first answer then knows of this claim.
+    // Asked first, so that the watch's first answer takes this request into account.
     stateSubscription_ = bus_.onStateChange([this] { ask(); });
     ask();
     ownerWatch_ = watchName(bus_, name_, [this](const std::string& owner, NameNews /*news*/) {
@@ -32,7 +32,7 @@ void NameClaim::ask() {
     }
     static constexpr std::uint32_t allowReplacement = 1;
     static constexpr std::uint32_t replaceExisting = 2;
-    // The watch tells what comes of it.
+    // The watch reports whether it succeeded.
     callBus<std::uint32_t>(
         bus_, daemonCall("RequestName"),
         std::tuple(name_, rank_ == Rank::first ? replaceExisting : allowReplacement),

@@ -16,7 +16,7 @@ public:
         first, ///< takes the name from one that is ordinary, which stands in line again
     };
 
-    /// `bus` outlives it. It is not opened for the claim.
+    /// `bus` outlives the claim, which does not open it.
     NameClaim(BusConnection& bus, std::string name, Rank rank);
     NameClaim(const NameClaim&) = delete;
     NameClaim& operator=(const NameClaim&) = delete;

@@ -76,8 +76,12 @@ void ShellExtension::askForState(const std::function<void(bool)>& answered) {
         }));
 }
 
-void ShellExtension::switchOn() {
-    tellBus(bus_, shellCall(interface, "EnableExtension"), std::tuple(uuid_));
+void ShellExtension::switchOn(std::function<void(bool isOn)> answered) {
+    callBus<bool>(
+        bus_, shellCall(interface, "EnableExtension"), std::tuple(uuid_),
+        lifeline_.guarded([answered = std::move(answered)](const std::optional<bool>& isOn) {
+            answered(isOn.value_or(false));
+        }));
 }
 
 } // namespace tarnwick

@@ -19,8 +19,8 @@ public:
     /// has it switched off. False also where no such shell runs.
     void askWhetherOff(std::function<void(bool isOff)> answered);
 
-    /// To be called after such an answer.
-    void switchOn();
+    /// To be called after such an answer. `answered` is called likewise: whether the shell has done it.
+    void switchOn(std::function<void(bool isOn)> answered);
 
 private:
     void askForState(const std::function<void(bool)>& answered);

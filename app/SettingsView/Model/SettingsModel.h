@@ -31,6 +31,8 @@ public:
 
     /// Asks an administrator to let this user ping; null where nothing can ask. Set by the owner.
     std::function<void()> allowPinging;
+    /// Answers the offer of an extension; null where nothing takes the answer. Set by the owner.
+    std::function<void(bool switchOn)> answerOffer;
 
     /// Reads what machines the network has; null where nothing can. Set by the owner.
     std::function<NetworkServers()> networkServers;

@@ -33,7 +33,7 @@ protected:
         });
         shell_->method("EnableExtension", {"uuid"}, {"success"}, [this](const std::string& uuid) {
             switchedOn_.push_back(uuid);
-            return true;
+            return canSwitchOn_;
         });
         EXPECT_TRUE(shell_->publish());
         peer.requestName("org.gnome.Shell");
@@ -46,8 +46,16 @@ protected:
         return answer;
     }
 
+    [[nodiscard]] std::optional<bool> switchOn() {
+        std::optional<bool> answer;
+        extension_.switchOn([&answer](bool isOn) { answer = isOn; });
+        EXPECT_TRUE(runUntil([&answer] { return answer.has_value(); }));
+        return answer;
+    }
+
     std::optional<BusObject> shell_;
     std::vector<std::string> switchedOn_;
+    bool canSwitchOn_ = true;
     ShellExtension extension_{bus_};
 };
 
@@ -99,10 +107,18 @@ TEST_F(ShellExtensionTest, SwitchesOnTheOneForTheShellsVersion) {
     ASSERT_EQ(askWhetherOff(), true);
     ASSERT_THAT(switchedOn_, IsEmpty());
 
-    extension_.switchOn();
+    EXPECT_EQ(switchOn(), true);
 
-    ASSERT_TRUE(runUntil([this] { return !switchedOn_.empty(); }));
     EXPECT_THAT(switchedOn_, ElementsAre(older));
+}
+
+TEST_F(ShellExtensionTest, TellsThatTheShellDidNotSwitchItOn) {
+    addShell("43.9", older, {{"state", 6.0}});
+    ASSERT_TRUE(runUntilConnected());
+    ASSERT_EQ(askWhetherOff(), true);
+    canSwitchOn_ = false;
+
+    EXPECT_EQ(switchOn(), false);
 }
 
 } // namespace tarnwick
