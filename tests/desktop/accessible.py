@@ -17,6 +17,8 @@ import sys
 from collections.abc import Iterator
 
 DEEPEST = 30
+# What later versions, as those of Debian 13, call a push button.
+PUSH_BUTTONS = ("button", "push button menu")
 TIMEOUT_MS = 3000
 
 
@@ -39,6 +41,14 @@ class Node:
         yield self
         for child in self.children:
             yield from child.all()
+
+    def has_keyboard(self) -> Node | None:
+        """The control that has it. The entries of a picker may say so of themselves, too, even while it is closed."""
+        if {"showing", "focused"} <= set(self.states):
+            return self
+        if self.role == "combo box":
+            return None
+        return next(filter(None, (child.has_keyboard() for child in self.children)), None)
 
     def texts(self) -> list[str]:
         """Every name and description that is shown."""
@@ -66,7 +76,7 @@ def described(node: Atspi.Accessible, depth: int = 0) -> dict[str, object]:
             if child is not None:
                 children.append(described(child, depth + 1))
     return {
-        "role": node.get_role_name(),
+        "role": "push button" if node.get_role_name() in PUSH_BUTTONS else node.get_role_name(),
         "name": node.get_name() or "",
         "description": node.get_description() or "",
         "text": held_text(node),

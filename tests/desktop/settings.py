@@ -90,8 +90,8 @@ class SettingsWindow:
 
     def focused(self) -> str:
         """The address can have the keyboard, too; its name is its text."""
-        tree = self.desktop.accessible(APPLICATION)
-        return next((node.name for node in tree.all() if {"showing", "focused"} <= set(node.states)), "")
+        control = self.desktop.accessible(APPLICATION).has_keyboard()
+        return "" if control is None else control.name
 
     def tab_to(self, name: str) -> None:
         """Presses Tab until a control has the keyboard."""
