@@ -58,9 +58,9 @@ TEST_F(NameServersTest, EachIsNamedOnceAndNoMoreThanAreAsked) {
 
 TEST_F(NameServersTest, BehindAForwarderOnThisMachineAreThoseThatItAsks) {
     write("real.conf", "nameserver 10.0.0.2\n");
-    for (const char* const stub : {"127.0.0.53", "127.0.0.1", "127.8.9.1", "::1", "0.0.0.0", "::"}) {
-        write("resolv.conf", std::string("nameserver ") + stub + "\n");
-        EXPECT_THAT(present(), ElementsAre("10.0.0.2")) << stub;
+    for (const char* const forwarder : {"127.0.0.53", "127.0.0.1", "127.8.9.1", "::1", "0.0.0.0", "::"}) {
+        write("resolv.conf", std::string("nameserver ") + forwarder + "\n");
+        EXPECT_THAT(present(), ElementsAre("10.0.0.2")) << forwarder;
     }
 }
 
