@@ -21,7 +21,7 @@ constexpr int firstWithModules = 45;
 constexpr double inactive = 2;
 constexpr double initialized = 6;
 
-using Text = std::variant<std::monostate, std::string>;
+using VersionReply = std::variant<std::monostate, std::string>;
 using Properties = std::map<std::string, std::variant<std::monostate, double>>;
 
 BusConnection::Call shellCall(const char* interfaceOfMethod, const char* method) {
@@ -34,7 +34,7 @@ BusConnection::Call shellCall(const char* interfaceOfMethod, const char* method)
 }
 
 /// 43 for "43.9", 0 for no version.
-int majorOf(const Text& version) {
+int majorOf(const VersionReply& version) {
     int major = 0;
     if (const auto* const text = std::get_if<std::string>(&version)) {
         std::from_chars(text->data(), text->data() + text->size(), major);
@@ -54,10 +54,10 @@ ShellExtension::ShellExtension(BusConnection& bus) : bus_(bus) {
 }
 
 void ShellExtension::askWhetherOff(std::function<void(bool isOff)> answered) {
-    callBus<Text>(
+    callBus<VersionReply>(
         bus_, shellCall("org.freedesktop.DBus.Properties", "Get"),
         std::tuple(std::string(interface), std::string("ShellVersion")),
-        lifeline_.guarded([this, answered = std::move(answered)](const std::optional<Text>& version) {
+        lifeline_.guarded([this, answered = std::move(answered)](const std::optional<VersionReply>& version) {
             const int major = version ? majorOf(*version) : 0;
             if (major == 0) {
                 answered(false);

@@ -22,7 +22,7 @@ constexpr std::uint32_t entryChanged =
 /// Folders may come and go while they are looked up.
 constexpr int mostLookUps = 10;
 /// In a flood the loop gets its turn in between.
-constexpr int mostReads = 16;
+constexpr int readsPerTurn = 16;
 
 struct EventBuffer {
     alignas(inotify_event) std::array<char, 4096> bytes{};
@@ -106,7 +106,7 @@ void FileWatch::watch(const std::vector<Place>& places) {
 bool FileWatch::takeEvents() {
     EventBuffer buffer;
     bool isChanged = false;
-    for (int reads = 0; reads < mostReads; ++reads) {
+    for (int reads = 0; reads < readsPerTurn; ++reads) {
         const ssize_t size = ::read(inotify_.get(), buffer.bytes.data(), buffer.bytes.size());
         if (size <= 0) {
             break;
