@@ -10,7 +10,7 @@ namespace tarnwick {
 
 namespace {
 
-using Place = std::tuple<std::int32_t, std::int32_t>;
+using PlaceReply = std::tuple<std::int32_t, std::int32_t>;
 
 } // namespace
 
@@ -25,9 +25,9 @@ void ItemFinder::find(std::function<void(std::optional<ScreenPoint>)> found) {
         .method = "Find",
         .timeout = patience,
     };
-    callBus<Place>(
+    callBus<PlaceReply>(
         bus_, call, std::tuple(),
-        lifeline_.guarded([found = std::move(found)](const std::optional<Place>& place) {
+        lifeline_.guarded([found = std::move(found)](const std::optional<PlaceReply>& place) {
             found(
                 place ? std::optional(ScreenPoint{.x = std::get<0>(*place), .y = std::get<1>(*place)})
                       : std::nullopt);
