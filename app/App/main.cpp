@@ -127,7 +127,7 @@ int start(const std::vector<std::string>& arguments, const std::string& name) {
     SignalWatch::endProcessUntilWatched(terminationSignals);
     startUp();
     const auto commandLine = parseAppOptions(arguments);
-    if (const auto status = answerWithoutRunning({"tarnwick", TARNWICK_VERSION}, commandLine)) {
+    if (const auto status = answerWithoutRunning(commandLine, TARNWICK_VERSION)) {
         return *status;
     }
     const auto& options = std::get<AppOptions>(commandLine);

@@ -9,16 +9,32 @@ namespace {
 
 enum AppLetter : int { showLetter = CommonOptions::firstOwn, settingsLetter, quitLetter, sessionLetter };
 
-constexpr std::array<option, 8> appOptions{{
-    {"show", no_argument, nullptr, showLetter},
-    {"settings", no_argument, nullptr, settingsLetter},
-    {"quit", no_argument, nullptr, quitLetter},
-    {"from-session", no_argument, nullptr, sessionLetter},
+constexpr std::array<ProgramOption, 7> appOptions{{
+    {"show", nullptr, "open the drop-down, of the running instance if there is one", showLetter},
+    {"settings", nullptr, "open the settings window, of the running instance if there is one",
+     settingsLetter},
+    {"quit", nullptr, "end the running instance", quitLetter},
+    {"from-session", nullptr, "for starts with the session: no window opens", sessionLetter},
     CommonOptions::setOption,
     CommonOptions::helpOption,
     CommonOptions::versionOption,
-    {nullptr, 0, nullptr, 0},
 }};
+constexpr auto appParserOptions = parserOptions(appOptions);
+
+constexpr std::array<const char*, 2> appSynopsis{
+    "[--show | --settings | --from-session] [--set KEY=VALUE]...", "--quit"};
+
+constexpr ProgramTable appTable{
+    .name = "tarnwick",
+    .purpose = "shows the quality of the internet connection in the panel",
+    .synopsis = appSynopsis,
+    .summary =
+        "Shows the quality of the internet connection in the panel. Starting it again opens the drop-down\n"
+        "of the running instance; settings for a run are refused then.",
+    .operand = {},
+    .options = appOptions,
+    .ending = "The exit status is 0 at an ordinary end, 1 if it could not run, 2 for a wrong command line.",
+};
 
 std::optional<AppOptions::Request> requestOf(int letter) {
     switch (letter) {
@@ -49,30 +65,13 @@ std::optional<UsageError> apply(int letter, const ArgumentParser& parser, AppOpt
 
 } // namespace
 
-std::string AppOptions::usage() {
-    return "usage: tarnwick [--show | --settings | --from-session] [--set KEY=VALUE]...\n"
-           "       tarnwick --quit\n"
-           "\n"
-           "Shows the quality of the internet connection in the panel. Starting it again opens the "
-           "drop-down\n"
-           "of the running instance; settings for a run are refused then.\n"
-           "\n"
-           "  --show           open the drop-down, of the running instance if there is one\n"
-           "  --settings       open the settings window, of the running instance if there is one\n"
-           "  --quit           end the running instance\n"
-           "  --from-session   for starts with the session: no window opens\n"
-           "  --set KEY=VALUE  a setting for this run only; may be repeated\n"
-           "  -h, --help       show this text\n"
-           "  --version        show the version\n"
-           "\n"
-           + settingsUsage()
-           + "\n"
-             "The exit status is 0 at an ordinary end, 1 if it could not run, 2 for a wrong command line.\n";
+const ProgramTable& AppOptions::table() {
+    return appTable;
 }
 
 std::variant<AppOptions, UsageError> parseAppOptions(const std::vector<std::string>& arguments) {
     AppOptions options;
-    ArgumentParser parser(arguments, appOptions);
+    ArgumentParser parser(arguments, appParserOptions);
     for (int letter = parser.next(); letter != ArgumentParser::endOfOptions; letter = parser.next()) {
         if (auto error = apply(letter, parser, options)) {
             return std::move(*error);

@@ -20,7 +20,7 @@ struct AppOptions : CommonOptions {
 
     Request request = Request::none;
 
-    [[nodiscard]] static std::string usage();
+    [[nodiscard]] static const ProgramTable& table();
 };
 
 /// `arguments` without the program's name.

@@ -28,7 +28,7 @@ public:
     ArgumentParser& operator=(const ArgumentParser&) = delete;
 
     /// Of the option "-h".
-    static constexpr int shortHelp = 'h';
+    static constexpr char shortHelp = 'h';
 
     /// The value in `known` of the next option, `shortHelp`, `missingValue`, `unwantedValue` or
     /// `endOfOptions`; another number for an unknown option.

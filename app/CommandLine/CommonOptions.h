@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/CommandLine/ArgumentParser.h"
+#include "app/CommandLine/ProgramTable.h"
 #include "app/CommandLine/SettingArgument.h"
 
 #include <optional>
@@ -12,9 +13,11 @@ struct CommonOptions {
     /// Values for the parser. A program's own options start at `firstOwn`.
     enum Letter : int { setLetter = ArgumentParser::firstOption, helpLetter, versionLetter, firstOwn };
 
-    static constexpr option setOption{"set", required_argument, nullptr, setLetter};
-    static constexpr option helpOption{"help", no_argument, nullptr, helpLetter};
-    static constexpr option versionOption{"version", no_argument, nullptr, versionLetter};
+    static constexpr ProgramOption setOption{
+        "set", "KEY=VALUE", "a setting for this run only; may be repeated", setLetter};
+    static constexpr ProgramOption helpOption{
+        "help", nullptr, "show this text", helpLetter, ArgumentParser::shortHelp};
+    static constexpr ProgramOption versionOption{"version", nullptr, "show the version", versionLetter};
 
     bool help = false;
     bool version = false;

@@ -28,18 +28,18 @@ void startUp() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-int refuse(const Program& program, const UsageError& error) {
-    std::fprintf(stderr, "%s: %s; see --help\n", program.name.c_str(), error.text.c_str());
+int refuse(const ProgramTable& program, const UsageError& error) {
+    std::fprintf(stderr, "%s: %s; see --help\n", program.name, error.text.c_str());
     return usageFailure;
 }
 
-std::optional<int> explain(const Program& program, const CommonOptions& options, std::string (*usage)()) {
+std::optional<int> explain(const ProgramTable& program, const CommonOptions& options, const char* version) {
     if (options.help) {
-        std::fputs(usage().c_str(), stdout);
+        std::fputs(usageOf(program).c_str(), stdout);
         return EXIT_SUCCESS;
     }
     if (options.version) {
-        std::printf("%s %s\n", program.name.c_str(), program.version.c_str());
+        std::printf("%s %s\n", program.name, version);
         return EXIT_SUCCESS;
     }
     return std::nullopt;

@@ -14,27 +14,22 @@ namespace tarnwick {
 /// has gone and a file that may not grow would end the program: the write reports them as errors.
 void startUp();
 
-struct Program {
-    std::string name;
-    std::string version;
-};
-
 /// Writes a usage error. Returns the exit status.
-[[nodiscard]] int refuse(const Program& program, const UsageError& error);
+[[nodiscard]] int refuse(const ProgramTable& program, const UsageError& error);
 
 /// Writes the help or the version. Returns the exit status; nothing when neither is asked for.
 [[nodiscard]] std::optional<int> explain(
-    const Program& program, const CommonOptions& options, std::string (*usage)());
+    const ProgramTable& program, const CommonOptions& options, const char* version);
 
 /// Answers a command line for which the program need not run. Returns the exit status; nothing when the
 /// program is to run.
 template<class Options>
 [[nodiscard]] std::optional<int> answerWithoutRunning(
-    const Program& program, const std::variant<Options, UsageError>& commandLine) {
+    const std::variant<Options, UsageError>& commandLine, const char* version) {
     if (const auto* error = std::get_if<UsageError>(&commandLine)) {
-        return refuse(program, *error);
+        return refuse(Options::table(), *error);
     }
-    return explain(program, std::get<Options>(commandLine), Options::usage);
+    return explain(Options::table(), std::get<Options>(commandLine), version);
 }
 
 } // namespace tarnwick

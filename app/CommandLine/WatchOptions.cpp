@@ -11,14 +11,28 @@ namespace {
 
 enum Option : int { json = CommonOptions::firstOwn, forSeconds };
 
-constexpr std::array<option, 6> watchOptions{{
-    {"json", no_argument, nullptr, json},
-    {"for", required_argument, nullptr, forSeconds},
+constexpr std::array<ProgramOption, 5> watchOptions{{
+    {"json", nullptr, "print one JSON object a line, at once and then every second", json},
+    {"for", "SECONDS", "stop after this time", forSeconds},
     CommonOptions::setOption,
     CommonOptions::helpOption,
     CommonOptions::versionOption,
-    {nullptr, 0, nullptr, 0},
 }};
+constexpr auto watchParserOptions = parserOptions(watchOptions);
+
+constexpr std::array<const char*, 1> watchSynopsis{"[--json] [--for SECONDS] [--set KEY=VALUE]... [HOST]"};
+
+constexpr ProgramTable watchTable{
+    .name = "tarnwick-watch",
+    .purpose = "watches the quality of the internet connection in a terminal",
+    .synopsis = watchSynopsis,
+    .summary = "Watches the quality of the internet connection by pinging one host.",
+    .operand = {.name = "HOST", .meaning = "host name or address to ping, for this run only"},
+    .options = watchOptions,
+    .ending = "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n"
+              "The exit status is 0 after that, 1 if it could not run or write its output, 2 for a wrong "
+              "command line.",
+};
 
 std::optional<UsageError> apply(int letter, const ArgumentParser& parser, WatchOptions& options) {
     switch (letter) {
@@ -39,29 +53,13 @@ std::optional<UsageError> apply(int letter, const ArgumentParser& parser, WatchO
 
 } // namespace
 
-std::string WatchOptions::usage() {
-    return "usage: tarnwick-watch [--json] [--for SECONDS] [--set KEY=VALUE]... [HOST]\n"
-           "\n"
-           "Watches the quality of the internet connection by pinging one host.\n"
-           "\n"
-           "  HOST             host name or address to ping, for this run only\n"
-           "  --json           print one JSON object a line, at once and then every second\n"
-           "  --for SECONDS    stop after this time\n"
-           "  --set KEY=VALUE  a setting for this run only; may be repeated\n"
-           "  -h, --help       show this text\n"
-           "  --version        show the version\n"
-           "\n"
-           + settingsUsage()
-           + "\n"
-             "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n"
-             "The exit status is 0 after that, 1 if it could not run or write its output, 2 for a wrong "
-             "command "
-             "line.\n";
+const ProgramTable& WatchOptions::table() {
+    return watchTable;
 }
 
 std::variant<WatchOptions, UsageError> parseWatchOptions(const std::vector<std::string>& arguments) {
     WatchOptions options;
-    ArgumentParser parser(arguments, watchOptions);
+    ArgumentParser parser(arguments, watchParserOptions);
     for (int letter = parser.next(); letter != ArgumentParser::endOfOptions; letter = parser.next()) {
         if (auto error = apply(letter, parser, options)) {
             return std::move(*error);

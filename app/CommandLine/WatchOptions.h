@@ -15,7 +15,7 @@ struct WatchOptions : CommonOptions {
     bool json = false;
     std::optional<double> forSeconds;
 
-    [[nodiscard]] static std::string usage();
+    [[nodiscard]] static const ProgramTable& table();
 };
 
 /// `arguments` without the program's name.

@@ -134,7 +134,7 @@ int start(const std::vector<std::string>& arguments) {
     startUp();
     takeCharacterSet();
     const auto commandLine = parseWatchOptions(arguments);
-    if (const auto status = answerWithoutRunning({"tarnwick-watch", TARNWICK_VERSION}, commandLine)) {
+    if (const auto status = answerWithoutRunning(commandLine, TARNWICK_VERSION)) {
         return *status;
     }
     const Ending ending = run(std::get<WatchOptions>(commandLine));

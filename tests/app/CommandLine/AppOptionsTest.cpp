@@ -89,7 +89,7 @@ TEST(AppOptions, TheUsageNamesEveryOptionAndListsTheSettings) {
          {std::string("--set KEY=VALUE"), std::string("--help"), std::string("--version"),
           std::string("--show"), std::string("--settings"), std::string("--quit"),
           std::string("--from-session"), settingsUsage()}) {
-        EXPECT_THAT(AppOptions::usage(), testing::HasSubstr(part));
+        EXPECT_THAT(usageOf(AppOptions::table()), testing::HasSubstr(part));
     }
 }
 

@@ -174,9 +174,9 @@ TEST(Options, EveryCommandLineIsAcceptedOrRefusedInOneLine) {
 
 TEST(Options, TheUsageNamesEveryOption) {
     for (const char* option : {"--json", "--for SECONDS", "--set KEY=VALUE", "--help", "--version", "HOST"}) {
-        EXPECT_THAT(WatchOptions::usage(), testing::HasSubstr(option));
+        EXPECT_THAT(usageOf(WatchOptions::table()), testing::HasSubstr(option));
     }
-    EXPECT_THAT(WatchOptions::usage(), testing::HasSubstr(settingsUsage()));
+    EXPECT_THAT(usageOf(WatchOptions::table()), testing::HasSubstr(settingsUsage()));
 }
 
 } // namespace tarnwick
