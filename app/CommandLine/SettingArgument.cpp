@@ -48,7 +48,7 @@ std::variant<Setting, UsageError> parseSetting(const std::string& text) {
 std::string settingsUsage() {
     std::string usage = "Settings and their defaults:\n";
     for (const SettingRow& row : settingTable) {
-        if (row.defaultFrom == SettingDefault::olderForm) {
+        if (!isForUsers(row)) {
             continue;
         }
         std::string line = std::string("  ") + row.key + "=" + defaultText(row);

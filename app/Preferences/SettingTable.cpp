@@ -20,6 +20,16 @@ constexpr std::array allInks{
 constexpr double shortestTimeout = 0.01;
 constexpr double longestTimeout = 3600;
 
+template<class Choices>
+std::vector<std::string_view> textsOf(const Choices& choices) {
+    std::vector<std::string_view> texts;
+    texts.reserve(choices.size());
+    for (const auto choice : choices) {
+        texts.push_back(rawValue(choice));
+    }
+    return texts;
+}
+
 std::optional<Value> onlyIf(bool isRight, const Value& value) {
     return isRight ? std::optional(value) : std::nullopt;
 }
@@ -95,6 +105,25 @@ std::string defaultText(const SettingRow& row) {
         return Text::whole(*number);
     }
     return std::get<bool>(row.preset) ? "true" : "false";
+}
+
+std::vector<std::string_view> choicesOf(const SettingRow& row) {
+    switch (row.rule) {
+    case SettingRule::boolean:
+        return {"true", "false"};
+    case SettingRule::lossMode:
+        return textsOf(MenuBarTitle::allLossModes);
+    case SettingRule::form:
+        return textsOf(allForms);
+    case SettingRule::ink:
+        return textsOf(allInks);
+    case SettingRule::host:
+    case SettingRule::positiveNumber:
+    case SettingRule::timeout:
+    case SettingRule::pingInterval:
+        break;
+    }
+    return {};
 }
 
 std::string description(const SettingRow& row) {

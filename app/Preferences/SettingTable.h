@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace tarnwick {
 
@@ -113,6 +114,14 @@ consteval std::size_t settingIndex(std::string_view key) {
 
 /// The default as `parsedSetting` reads it.
 [[nodiscard]] std::string defaultText(const SettingRow& row);
+
+/// Whether users are told of it.
+[[nodiscard]] constexpr bool isForUsers(const SettingRow& row) {
+    return row.defaultFrom != SettingDefault::olderForm;
+}
+
+/// The texts that a setting takes, where they are few enough to be listed; else none.
+[[nodiscard]] std::vector<std::string_view> choicesOf(const SettingRow& row);
 
 /// What the setting means and takes, in one line for users.
 [[nodiscard]] std::string description(const SettingRow& row);

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import json
 import pathlib
+import re
 import subprocess
 import tempfile
 import unittest
@@ -96,6 +97,26 @@ class Installed(unittest.TestCase):
 
         self.assertIn("\nIcon=tarnwick\n", entry.read_text(encoding="utf-8"))
         self.assertTrue((self.folder / "share/icons" / ICON).is_file())
+
+    def test_each_program_has_its_manual_page(self) -> None:
+        if "TARNWICK_SCDOC:FILEPATH=/" not in (BUILD / "CMakeCache.txt").read_text(encoding="utf-8"):
+            self.skipTest("scdoc was missing when the build was configured")
+        for name in PROGRAMS:
+            page = (self.folder / f"share/man/man1/{name}.1").read_text(encoding="utf-8")
+            self.assertIn(f'.TH "{name}" "1"', page)
+            done = subprocess.run(
+                [self.folder / "bin" / name, "--help"], capture_output=True, text=True, timeout=PATIENCE, check=True
+            )
+            for option in re.findall(r"--[a-z-]+", done.stdout):
+                self.assertIn(option, page.replace("\\-", "-"))
+
+    def test_the_shells_find_the_completion(self) -> None:
+        for name in PROGRAMS:
+            bash = self.folder / "share/bash-completion/completions" / name
+            zsh = self.folder / "share/zsh/site-functions" / f"_{name}"
+            fish = self.folder / "share/fish/vendor_completions.d" / f"{name}.fish"
+            for file, sign in ((bash, f"complete -F _{name.replace('-', '_')} {name}"), (zsh, f"#compdef {name}\n"), (fish, f"-c {name} ")):
+                self.assertIn(sign, file.read_text(encoding="utf-8"), file)
 
     def test_gnome_finds_the_extension_for_each_of_its_versions(self) -> None:
         folder = self.folder / "share/gnome-shell/extensions"

@@ -113,6 +113,18 @@ TEST(SettingArgument, EveryDefaultIsAValueOfItsSetting) {
     }
 }
 
+TEST(SettingArgument, EveryListedChoiceIsAValueOfItsSetting) {
+    for (const SettingRow& row : settingTable) {
+        for (const std::string_view choice : choicesOf(row)) {
+            EXPECT_TRUE(parsedSetting(row, std::string(choice))) << row.key << "=" << choice;
+            EXPECT_THAT(row.values, testing::HasSubstr(choice)) << row.key;
+        }
+        const bool isListed =
+            row.values.find(" or ") != std::string_view::npos && row.rule != SettingRule::host;
+        EXPECT_NE(choicesOf(row).empty(), isListed) << row.key;
+    }
+}
+
 TEST(SettingArgument, TheUsageListsEverySettingButTheOlderForm) {
     std::istringstream usage(settingsUsage());
     std::string line;

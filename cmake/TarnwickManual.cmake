@@ -1,0 +1,40 @@
+# The manual pages and the shells' completion, made from the programs' own tables of options.
+find_program(TARNWICK_SCDOC scdoc)
+if(NOT TARNWICK_SCDOC)
+    message(STATUS "The manual pages are left out: scdoc is missing.")
+endif()
+set(TARNWICK_ZSH_FUNCTIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING "Where zsh looks for completion")
+set(TARNWICK_MANUAL_FOLDER ${PROJECT_BINARY_DIR}/share)
+file(MAKE_DIRECTORY ${TARNWICK_MANUAL_FOLDER}/man)
+
+# tarnwick_written(FILE FOLDER COMMAND...): a file that a command prints, installed in a folder.
+function(tarnwick_written file folder)
+    cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "DEPENDS;COMMAND")
+    file(MAKE_DIRECTORY ${TARNWICK_MANUAL_FOLDER}/${folder})
+    set(path ${TARNWICK_MANUAL_FOLDER}/${folder}/${file})
+    add_custom_command(OUTPUT ${path} COMMAND ${arg_COMMAND} > ${path} DEPENDS tarnwick-manual ${arg_DEPENDS} VERBATIM)
+    set_property(GLOBAL APPEND PROPERTY TARNWICK_WRITTEN ${path})
+    install(FILES ${path} DESTINATION ${folder})
+endfunction()
+
+function(tarnwick_manual_of program)
+    set(manual $<TARGET_FILE:tarnwick-manual> ${program})
+    tarnwick_written(${program} ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMMAND ${manual} bash)
+    tarnwick_written(_${program} ${TARNWICK_ZSH_FUNCTIONS} COMMAND ${manual} zsh)
+    tarnwick_written(${program}.fish ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMMAND ${manual} fish)
+    if(TARNWICK_SCDOC)
+        set(page ${PROJECT_SOURCE_DIR}/packaging/man/${program}.1.scd)
+        tarnwick_written(${program}.1 ${CMAKE_INSTALL_MANDIR}/man1
+            COMMAND ${manual} page < ${page} | ${TARNWICK_SCDOC} DEPENDS ${page})
+    endif()
+endfunction()
+
+# tarnwick_manual(): once the programs are known.
+function(tarnwick_manual)
+    tarnwick_manual_of(tarnwick-watch)
+    if(TARNWICK_DESKTOP)
+        tarnwick_manual_of(tarnwick)
+    endif()
+    get_property(files GLOBAL PROPERTY TARNWICK_WRITTEN)
+    add_custom_target(tarnwick-manual-files ALL DEPENDS ${files})
+endfunction()
