@@ -17,6 +17,9 @@ file(CREATE_LINK ${PROJECT_SOURCE_DIR}/packaging/icons ${icons_of_build} SYMBOLI
 # tarnwick_install(): once the programs are known.
 function(tarnwick_install)
     install(TARGETS tarnwick-watch RUNTIME)
+    configure_file(packaging/tarnwick-watch.service.in tarnwick-watch.service @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/tarnwick-watch.service DESTINATION lib/systemd/user)
+    install(FILES packaging/60-tarnwick-ping.conf DESTINATION lib/sysctl.d)
     install(DIRECTORY packaging/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR}/${TARNWICK_ICONS})
     install(FILES packaging/icons/hicolor/scalable/apps/tarnwick.svg
         DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)

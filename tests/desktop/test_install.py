@@ -3,8 +3,10 @@
 from __future__ import annotations
 
 import json
+import os
 import pathlib
 import re
+import shutil
 import subprocess
 import tempfile
 import unittest
@@ -117,6 +119,33 @@ class Installed(unittest.TestCase):
             fish = self.folder / "share/fish/vendor_completions.d" / f"{name}.fish"
             for file, sign in ((bash, f"complete -F _{name.replace('-', '_')} {name}"), (zsh, f"#compdef {name}\n"), (fish, f"-c {name} ")):
                 self.assertIn(sign, file.read_text(encoding="utf-8"), file)
+
+    def test_the_drop_in_lets_every_group_ping(self) -> None:
+        drop_in = self.folder / "lib/sysctl.d/60-tarnwick-ping.conf"
+        done = subprocess.run(
+            ["unshare", "--net", "sh", "-c", 'sysctl -q -p "$1" && cat /proc/sys/net/ipv4/ping_group_range', "sh", drop_in],
+            capture_output=True, text=True, timeout=PATIENCE, check=True,
+        )  # fmt: skip
+
+        self.assertEqual(done.stdout.split(), ["0", "2147483647"])
+
+    def test_the_unit_starts_the_terminal_program(self) -> None:
+        unit = (self.folder / "lib/systemd/user/tarnwick-watch.service").read_text(encoding="utf-8")
+        command = re.search(r"^ExecStart=(.*)$", unit, re.MULTILINE)
+        assert command is not None
+        self.assertRegex(command[1], r"^/.*/bin/tarnwick-watch$")
+        if shutil.which("systemd-analyze") is None:
+            self.skipTest("systemd-analyze is missing")
+        # It also looks whether the program is there.
+        moved = self.folder / "tarnwick-watch.service"
+        moved.write_text(unit.replace(command[1], str(self.folder / "bin/tarnwick-watch")), encoding="utf-8")
+        done = subprocess.run(
+            ["systemd-analyze", "verify", "--user", "--man=no", moved],
+            env={**os.environ, "XDG_RUNTIME_DIR": str(self.folder)},
+            capture_output=True, text=True, timeout=PATIENCE, check=False,
+        )  # fmt: skip
+
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
 
     def test_gnome_finds_the_extension_for_each_of_its_versions(self) -> None:
         folder = self.folder / "share/gnome-shell/extensions"
