@@ -49,6 +49,11 @@ public:
         }
     }
 
+    void tellAnotherLabel(const ItemPresentation& now) {
+        object_.emit("XAyatanaNewLabel", std::string(), std::string());
+        object_.emit("XAyatanaNewLabel", now.label, now.labelGuide);
+    }
+
 private:
     static constexpr const char* spokenName = "IconAccessibleDesc";
 
@@ -153,7 +158,7 @@ NotifierStatusItem::NotifierStatusItem(Needs needs)
               .forgetReaders = [this] { itemWasRead_ = menuWasRead_ = false; },
           },
           needs_.registrationPatience) {
-    menu_.onRead = [this] { menuWasRead_ = true; };
+    menu_.onRead = [this] { menuRead(); };
     hosts_.onChange = [this] { hostChanged(); };
     colorSubscription_ = needs_.colors.onChange([this] { refresh(); });
     needs_.panelTheme.onChange = [this] { refresh(); };
@@ -221,6 +226,14 @@ void NotifierStatusItem::refresh() {
     }
     if (shown_.showsText != before.showsText && onShowsTextChange) {
         onShowsTextChange();
+    }
+}
+
+void NotifierStatusItem::menuRead() {
+    const bool isFirst = !std::exchange(menuWasRead_, true);
+    // A panel that reads the menu has read the label, and listens.
+    if (isFirst && exported_ && hosts_.host().ignoresFirstLabel && !shown_.label.empty()) {
+        exported_->tellAnotherLabel(shown_);
     }
 }
 

@@ -74,6 +74,7 @@ private:
     void busChanged();
     void hostChanged();
     void refresh();
+    void menuRead();
     void activateSoon(std::optional<ScreenPoint> at);
     [[nodiscard]] std::optional<ScreenPoint> desktopPosition(int x, int y) const;
     [[nodiscard]] bool wasRead() const;

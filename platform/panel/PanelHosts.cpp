@@ -20,6 +20,7 @@ constexpr PanelHost gnomeShell{
     .recolorsSymbolicIcons = true,
     .fixedInk = Ink::light,
     .readsMenuAtOnce = true,
+    .ignoresFirstLabel = true,
 };
 
 constexpr PanelHost waybar{

@@ -33,6 +33,8 @@ struct PanelHost {
     ToolTipMarkup toolTipMarkup = ToolTipMarkup::always; ///< of the tool tip's part that it shows
     /// It reads the menu as soon as it takes the item. While the menu is unread, the item is not taken.
     bool readsMenuAtOnce = false;
+    /// It draws the label only once it is told another one than it has read first.
+    bool ignoresFirstLabel = false;
 };
 
 /// The entry for a process name, or the one for any other panel.

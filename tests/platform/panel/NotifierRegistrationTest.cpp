@@ -98,10 +98,7 @@ TEST_F(NotifierRegistrationTest, AfterReadingTheMenuSuchAPanelHasTakenTheItem) {
     Panel& panel = addPanel();
     makeItem("gnome-shell", 2 * patience);
     ASSERT_TRUE(runUntilRegistered(panel));
-    const auto answer = panel.peer.call(
-        {bus_.uniqueName(), DBusMenu::path, "com.canonical.dbusmenu"}, "GetLayout", std::int32_t{0},
-        std::int32_t{-1}, std::vector<std::string>());
-    ASSERT_TRUE(runUntilAnswered(answer));
+    readMenu(panel);
     const std::size_t whenRead = panel.registered.size();
 
     runFor(6 * patience);

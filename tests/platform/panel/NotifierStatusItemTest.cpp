@@ -169,6 +169,40 @@ INSTANTIATE_TEST_SUITE_P(
         Change{"Form", "lxqt-panel", [](auto& state) { state.form = Form::wide; }, {"NewIcon"}}),
     test::caseName);
 
+TEST_F(NotifierStatusItemTest, APanelThatWaitsForAnotherLabelIsToldOneOnce) {
+    showIn("gnome-shell");
+    showFace(textFace);
+    Panel& panel = *panels_.front();
+    std::vector<std::string> labels;
+    const Subscription heard =
+        panel.peer.link().addMatch("type='signal',member='XAyatanaNewLabel'", [&labels](BusMessage& signal) {
+            labels.push_back(std::get<0>(signal.read<std::string, std::string>().value()));
+        });
+    ASSERT_TRUE(runUntilHeardBy(panel.peer));
+    labels.clear();
+
+    readMenu(panel);
+    readMenu(panel);
+
+    ASSERT_TRUE(runUntilHeardBy(panel.peer));
+    EXPECT_THAT(labels, ElementsAre("", text("XAyatanaLabel")));
+}
+
+TEST_F(NotifierStatusItemTest, APanelWithoutLabelsIsToldNoneAgain) {
+    showIn("xfce4-panel");
+    showFace(textFace);
+    Panel& panel = *panels_.front();
+
+    EXPECT_THAT(signalsAfter([&panel, this] { readMenu(panel); }), IsEmpty());
+}
+
+TEST_F(NotifierStatusItemTest, AnEmptyLabelIsNotToldAgain) {
+    showIn("gnome-shell");
+    Panel& panel = *panels_.front();
+
+    EXPECT_THAT(signalsAfter([&panel, this] { readMenu(panel); }), IsEmpty());
+}
+
 TEST_F(NotifierStatusItemTest, WhereThePanelsColorIsUnknownTheFallbackHolds) {
     showIn("some-panel");
 

@@ -144,6 +144,13 @@ protected:
         return std::get<std::string>(properties().at(property));
     }
 
+    void readMenu(Panel& panel) {
+        const auto answer = panel.peer.call(
+            {bus_.uniqueName(), DBusMenu::path, "com.canonical.dbusmenu"}, "GetLayout", std::int32_t{0},
+            std::int32_t{-1}, std::vector<std::string>());
+        ASSERT_TRUE(runUntilAnswered(answer));
+    }
+
     /// What the panel hears of it.
     [[nodiscard]] std::vector<std::string> signalsAfter(const std::function<void()>& change) {
         EXPECT_TRUE(runUntilHeardBy(panels_.front()->peer));
