@@ -71,8 +71,8 @@ class GnomeThatTellsPlaces(GnomeWaylandPanel):
 
     @property
     def strip(self) -> Rectangle:
-        beside_activities = 120
-        return Rectangle(beside_activities, 0, self.area.width * 3 // 8 - beside_activities, self.height)
+        beside_workspaces = 64  # GNOME 43 has the word "Activities" there, which does not move
+        return Rectangle(beside_workspaces, 0, self.area.width * 3 // 8 - beside_workspaces, self.height)
 
 
 class GnomeWithTheExtension(Gnome):
