@@ -1,5 +1,6 @@
 # What `cmake --install` puts where. The programs find the icons relative to themselves, so the whole may be moved.
 include(GNUInstallDirs)
+set(TARNWICK_WEBSITE https://tarnwick.org CACHE STRING "The maker's site, which shows the screenshots; no slash at the end")
 
 # A folder of our own: some panels look up an item's icons in this folder alone, and there they need the theme's index,
 # which the desktop's own folder has already.
@@ -21,11 +22,13 @@ function(tarnwick_install)
     install(FILES ${PROJECT_BINARY_DIR}/tarnwick-watch.service DESTINATION lib/systemd/user)
     install(FILES packaging/60-tarnwick-ping.conf DESTINATION lib/sysctl.d)
     install(DIRECTORY packaging/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR}/${TARNWICK_ICONS})
-    install(FILES packaging/icons/hicolor/scalable/apps/tarnwick.svg
+    install(FILES packaging/icons/hicolor/scalable/apps/org.tarnwick.tarnwick.svg
         DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
     if(TARNWICK_DESKTOP)
         install(TARGETS tarnwick RUNTIME)
         install(DIRECTORY ${TARNWICK_EXTENSIONS} DESTINATION ${CMAKE_INSTALL_DATADIR}/gnome-shell)
-        install(FILES packaging/tarnwick.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+        install(FILES packaging/org.tarnwick.tarnwick.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+        configure_file(packaging/org.tarnwick.tarnwick.metainfo.xml.in org.tarnwick.tarnwick.metainfo.xml @ONLY)
+        install(FILES ${PROJECT_BINARY_DIR}/org.tarnwick.tarnwick.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
     endif()
 endfunction()

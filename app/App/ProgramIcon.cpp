@@ -1,5 +1,7 @@
 #include "app/App/ProgramIcon.h"
 
+#include "platform/ports/ApplicationId.h"
+
 #include <QPainter>
 #include <QPixmap>
 #include <QSvgRenderer>
@@ -27,7 +29,7 @@ QIcon builtInIcon() {
 } // namespace
 
 QIcon programIcon() {
-    const QIcon ofTheme = QIcon::fromTheme(QStringLiteral("tarnwick"));
+    const QIcon ofTheme = QIcon::fromTheme(QLatin1String(applicationId));
     return ofTheme.availableSizes().isEmpty() ? builtInIcon() : ofTheme;
 }
 

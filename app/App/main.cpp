@@ -10,6 +10,7 @@
 #include "platform/linux/Sandbox.h"
 #include "platform/linux/SignalWatch.h"
 #include "platform/loop/EpollRunLoop.h"
+#include "platform/ports/ApplicationId.h"
 #include "platform/qt/QtLoopHost.h"
 #include "platform/qt/ScreenOverlay.h"
 #include "platform/x11/StartupSequence.h"
@@ -82,7 +83,7 @@ int runApplication(const AppOptions& options, std::string name, const Instance::
     const QApplication application(count, arguments.data());
     QApplication::setApplicationName("tarnwick");
     QApplication::setApplicationVersion(TARNWICK_VERSION);
-    QGuiApplication::setDesktopFileName("tarnwick");
+    QGuiApplication::setDesktopFileName(applicationId);
     // The status item stays when the last window is closed.
     QApplication::setQuitOnLastWindowClosed(false);
     EpollRunLoop loop;

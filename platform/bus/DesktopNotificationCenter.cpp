@@ -2,6 +2,7 @@
 
 #include "platform/bus/NotificationDaemon.h"
 #include "platform/bus/NotificationPortal.h"
+#include "platform/ports/ApplicationId.h"
 
 #include <cstdint>
 #include <sstream>
@@ -29,7 +30,7 @@ std::string nameOf(const std::string& subject) {
         hash = (hash ^ static_cast<unsigned char>(letter)) * 0x100000001b3;
     }
     std::ostringstream name;
-    name << "org.tarnwick.Tarnwick.Alerts.h" << std::hex << hash;
+    name << applicationId << ".Alerts.h" << std::hex << hash;
     return name.str();
 }
 

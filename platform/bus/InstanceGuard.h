@@ -4,6 +4,7 @@
 #include "core/Lifeline.h"
 #include "core/RunLoop.h"
 #include "platform/bus/BusConnection.h"
+#include "platform/ports/ApplicationId.h"
 
 #include <functional>
 #include <memory>
@@ -25,7 +26,7 @@ public:
         noBus,           ///< no bus, or one that gives no names: several programs may run
     };
 
-    static constexpr const char* name = "org.tarnwick.Tarnwick";
+    static constexpr const char* name = applicationId;
     static constexpr double patience = 2; ///< seconds, for the bus and then for the other program
 
     /// What a launcher hands over to the program that it starts; empty where it hands over nothing.

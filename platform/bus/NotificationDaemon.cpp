@@ -2,6 +2,7 @@
 
 #include "platform/bus/BusCall.h"
 #include "platform/bus/BusText.h"
+#include "platform/ports/ApplicationId.h"
 
 #include <algorithm>
 #include <cctype>
@@ -27,7 +28,7 @@ constexpr std::uint8_t normalUrgency = 1;
 
 Hints hints() {
     return {
-        {"desktop-entry", "tarnwick"},
+        {"desktop-entry", applicationId},
         // A name of the sound theme for news of any kind. Daemons without sound ignore it.
         {"sound-name", "message-new-instant"},
         {"urgency", normalUrgency},
@@ -58,7 +59,7 @@ std::string fileUri(const std::string& path) {
 } // namespace
 
 NotificationDaemon::NotificationDaemon(BusConnection& bus, const std::filesystem::path& iconFolder)
-    : bus_(bus), iconFile_(iconFolder / "hicolor/scalable/apps/tarnwick.svg") {
+    : bus_(bus), iconFile_(iconFolder / "hicolor/scalable/apps" / (std::string(applicationId) + ".svg")) {
 }
 
 /// The icon's file if it exists, else its name: some daemons look names up in other themes only.
@@ -66,7 +67,7 @@ std::string NotificationDaemon::icon() const {
     std::error_code ignored;
     return iconFile_.is_absolute() && std::filesystem::is_regular_file(iconFile_, ignored)
                ? fileUri(iconFile_.native())
-               : "tarnwick";
+               : applicationId;
 }
 
 BusConnection::Call NotificationDaemon::call(const char* method) const {

@@ -2,6 +2,7 @@
 
 #include "core/Storage/FileStore.h"
 #include "core/Storage/UserFolders.h"
+#include "platform/ports/ApplicationId.h"
 #include "platform/xdg/DesktopCommand.h"
 
 #include <algorithm>
@@ -30,10 +31,9 @@ constexpr auto withdrawn = "X-Tarnwick-Withdrawn";
 } // namespace Key
 
 constexpr auto application = "Application";
-constexpr auto fileName = "tarnwick.desktop";
 
 fs::path entryIn(const fs::path& settingsFolder) {
-    return settingsFolder / "autostart" / fileName;
+    return settingsFolder / "autostart" / (std::string(applicationId) + ".desktop");
 }
 
 std::string failure(const fs::path& file, const std::error_code& error) {
@@ -52,7 +52,7 @@ DesktopEntry newEntry(std::string_view program, std::string_view command) {
     entry.set(Key::type, application);
     entry.set(Key::name, "Tarnwick");
     entry.set("Comment", "Keeps an eye on your internet connection from the panel");
-    entry.set("Icon", "tarnwick");
+    entry.set("Icon", applicationId);
     entry.set(Key::tryExec, program);
     entry.set(Key::exec, command);
     entry.setBoolean("Terminal", false);

@@ -77,7 +77,7 @@ class SignalsAtTheStart(unittest.TestCase):
         self.addCleanup(desktop.stop)
         first = Program(desktop)
         self.addCleanup(first.end)
-        eventually(lambda: desktop.session.bus.owner("org.tarnwick.Tarnwick"), PATIENCE, "the first one runs")
+        eventually(lambda: desktop.session.bus.owner("org.tarnwick.tarnwick"), PATIENCE, "the first one runs")
         first.send(signal.SIGSTOP)
         waiting = first.start_beside()
         eventually(lambda: is_on_bus(desktop.session.bus, waiting.pid), PATIENCE, "the second one is on the bus")

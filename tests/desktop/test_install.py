@@ -10,6 +10,7 @@ import shutil
 import subprocess
 import tempfile
 import unittest
+from xml.etree import ElementTree
 
 from endtoend.waiting import eventually
 
@@ -21,7 +22,7 @@ BUILD = pathlib.Path(PROGRAM).parents[1]
 SOURCES = pathlib.Path(__file__).resolve().parents[2]
 PROGRAMS = ("tarnwick", "tarnwick-watch")
 OWN_ICONS = "share/tarnwick/icons"
-ICON = "hicolor/scalable/apps/tarnwick.svg"
+ICON = "hicolor/scalable/apps/org.tarnwick.tarnwick.svg"
 
 
 def built_for_release() -> bool:
@@ -94,11 +95,40 @@ class Installed(unittest.TestCase):
         self.assertTrue((folder / ICON).is_file(), folder)
 
     def test_the_desktop_finds_the_entry_and_its_icon(self) -> None:
-        entry = self.folder / "share/applications/tarnwick.desktop"
+        entry = self.folder / "share/applications/org.tarnwick.tarnwick.desktop"
         subprocess.run(["desktop-file-validate", entry], check=True, timeout=PATIENCE)
 
-        self.assertIn("\nIcon=tarnwick\n", entry.read_text(encoding="utf-8"))
+        self.assertIn("\nIcon=org.tarnwick.tarnwick\n", entry.read_text(encoding="utf-8"))
         self.assertTrue((self.folder / "share/icons" / ICON).is_file())
+
+    def test_it_has_one_identity_everywhere(self) -> None:
+        process = self.desktop.session.spawn("identity", [str(self.folder / "bin/tarnwick"), "--set", f"Hostname={HOST}"])
+        self.addCleanup(self.desktop.session.kill, process)
+        identity = "org.tarnwick.tarnwick"
+        eventually(lambda: self.desktop.session.bus.owner(identity), PATIENCE, "its name on the bus")
+
+        entry = (self.folder / f"share/applications/{identity}.desktop").read_text(encoding="utf-8")
+        self.assertIn(f"\nIcon={identity}\n", entry)
+        self.assertTrue((self.folder / f"share/icons/hicolor/scalable/apps/{identity}.svg").is_file())
+        component = ElementTree.parse(self.folder / f"share/metainfo/{identity}.metainfo.xml").getroot()
+        self.assertEqual(component.findtext("id"), identity)
+        self.assertEqual(component.findtext("launchable"), f"{identity}.desktop")
+        self.assertEqual(component.findtext("provides/dbus"), identity)
+
+    def test_software_centers_accept_what_they_show(self) -> None:
+        file = self.folder / "share/metainfo/org.tarnwick.tarnwick.metainfo.xml"
+        done = subprocess.run(
+            ["appstreamcli", "validate", "--pedantic", "--no-net", file], capture_output=True, text=True, timeout=PATIENCE, check=False
+        )
+        # Debian 12's version does not know the element yet.
+        found = [line for line in re.findall(r"^[EWIP]: .*", done.stdout, re.MULTILINE) if "unknown-tag developer" not in line]
+
+        self.assertEqual((done.returncode, found), (0, []))
+        version = ElementTree.parse(file).getroot().find("releases/release").get("version")
+        told = subprocess.run(
+            [self.folder / "bin/tarnwick", "--version"], capture_output=True, text=True, timeout=PATIENCE, check=True
+        )
+        self.assertEqual(told.stdout.split(), ["tarnwick", version])
 
     def test_each_program_has_its_manual_page(self) -> None:
         if "TARNWICK_SCDOC:FILEPATH=/" not in (BUILD / "CMakeCache.txt").read_text(encoding="utf-8"):

@@ -18,9 +18,9 @@ from .panels import LatePanel
 from .program import PATIENCE, PROGRAM, Program, pings_sent
 from .x11 import X11Screen
 
-ENTRY = pathlib.Path(__file__).resolve().parents[2] / "packaging/tarnwick.desktop"
+ENTRY = pathlib.Path(__file__).resolve().parents[2] / "packaging/org.tarnwick.tarnwick.desktop"
 SETTINGS_TITLE = "Tarnwick Settings"
-INSTANCE = "org.tarnwick.Tarnwick"
+INSTANCE = "org.tarnwick.tarnwick"
 SHORT_SECONDS = 0.5
 
 

@@ -17,7 +17,7 @@ from .settings import TITLE as SETTINGS_TITLE
 PORTAL, PORTAL_PATH = "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop"
 BACKGROUND, REQUEST = "org.freedesktop.portal.Background", "org.freedesktop.portal.Request"
 MOCK = "org.freedesktop.DBus.Mock"
-INSTANCE = "org.tarnwick.Tarnwick"
+INSTANCE = "org.tarnwick.tarnwick"
 # As its packager would have named it.
 SANDBOXED = "org.example.Tarnwick"
 SWITCH = "Launch at Login"

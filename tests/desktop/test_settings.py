@@ -230,7 +230,7 @@ class Settings(SettingsWindow, unittest.TestCase):
 
     def test_launch_at_login_makes_an_entry_and_takes_it_away(self) -> None:
         eventually(self.controls, PATIENCE, "the controls in the accessible tree")
-        entry = self.desktop.session.config / "autostart/tarnwick.desktop"
+        entry = self.desktop.session.config / "autostart/org.tarnwick.tarnwick.desktop"
         self.addCleanup(entry.unlink, missing_ok=True)
 
         self.desktop.act(APPLICATION, "Launch at Login")

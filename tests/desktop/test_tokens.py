@@ -25,7 +25,7 @@ mv "$0.new" "$0.token"
 class Tokens(SettingsWindow):
     def setUp(self) -> None:
         session = self.desktop.session
-        session.write(session.config / "autostart/tarnwick.desktop", SWITCHED_OFF)
+        session.write(session.config / "autostart/org.tarnwick.tarnwick.desktop", SWITCHED_OFF)
         script = session.folder / "stand-in/xfce4-session-settings"
         session.write(script, STAND_IN)
         script.chmod(0o755)

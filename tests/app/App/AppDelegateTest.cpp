@@ -84,7 +84,7 @@ protected:
     explicit AppDelegateTest(std::optional<std::string> token = std::nullopt) : token_(std::move(token)) {
         const fs::path program = fs::read_symlink("/proc/self/exe");
         test::writeFile(
-            folder_.path() / "autostart/tarnwick.desktop",
+            folder_.path() / "autostart/org.tarnwick.tarnwick.desktop",
             "[Desktop Entry]\nType=Application\nName=Tarnwick\nX-GNOME-Autostart-enabled=false\nExec="
                 + program.string() + "\n");
     }

@@ -34,7 +34,7 @@ protected:
     static void addIcon(const std::filesystem::path& iconFolder) {
         const std::filesystem::path folder = iconFolder / "hicolor/scalable/apps";
         std::filesystem::create_directories(folder);
-        std::ofstream(folder / "tarnwick.svg") << "<svg/>";
+        std::ofstream(folder / "org.tarnwick.tarnwick.svg") << "<svg/>";
     }
 
     [[nodiscard]] bool runUntilAbilityIs(Ability ability) {
@@ -63,7 +63,7 @@ TEST_F(NotificationDaemonTest, IsGivenEverythingThatItShows) {
     const FakeNotificationDaemon::Notification notification = shown();
     EXPECT_EQ(notification.application, "Tarnwick");
     EXPECT_EQ(notification.replaces, 0U);
-    EXPECT_EQ(notification.icon, "tarnwick");
+    EXPECT_EQ(notification.icon, "org.tarnwick.tarnwick");
     EXPECT_EQ(notification.title, "Connection down");
     EXPECT_EQ(notification.body, "Nothing answers.");
     EXPECT_THAT(notification.actions, IsEmpty());
@@ -72,7 +72,7 @@ TEST_F(NotificationDaemonTest, IsGivenEverythingThatItShows) {
     EXPECT_THAT(
         notification.hints,
         UnorderedElementsAre(
-            Pair("desktop-entry", Hint("tarnwick")), Pair("sound-name", Hint("message-new-instant")),
+            Pair("desktop-entry", Hint("org.tarnwick.tarnwick")), Pair("sound-name", Hint("message-new-instant")),
             Pair("urgency", Hint(std::uint8_t{1}))));
 }
 
@@ -92,7 +92,7 @@ TEST_F(NotificationDaemonTest, GetsTheProgramsOwnIconAsAFile) {
 
     center_.post("title", "");
 
-    EXPECT_EQ(shown().icon, "file://" + (icons_.path() / "hicolor/scalable/apps/tarnwick.svg").string());
+    EXPECT_EQ(shown().icon, "file://" + (icons_.path() / "hicolor/scalable/apps/org.tarnwick.tarnwick.svg").string());
 }
 
 TEST_F(NotificationDaemonTest, GetsAUriOfAnIconInAFolderOfAnyName) {
@@ -105,7 +105,7 @@ TEST_F(NotificationDaemonTest, GetsAUriOfAnIconInAFolderOfAnyName) {
 
     EXPECT_EQ(
         shown().icon,
-        "file://" + icons_.path().string() + "/50%25%20%C3%A9%20%23%3F/hicolor/scalable/apps/tarnwick.svg");
+        "file://" + icons_.path().string() + "/50%25%20%C3%A9%20%23%3F/hicolor/scalable/apps/org.tarnwick.tarnwick.svg");
 }
 
 TEST_F(NotificationDaemonTest, GetsTheThemesIconWhenTheFileHasGone) {
@@ -115,7 +115,7 @@ TEST_F(NotificationDaemonTest, GetsTheThemesIconWhenTheFileHasGone) {
 
     center_.post("title", "");
 
-    EXPECT_EQ(shown().icon, "tarnwick");
+    EXPECT_EQ(shown().icon, "org.tarnwick.tarnwick");
 }
 
 TEST_F(NotificationDaemonTest, GetsAnEscapedBodyWhenItReadsMarkup) {

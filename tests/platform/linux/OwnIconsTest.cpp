@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 class OwnIconsTest : public testing::Test {
 protected:
-    OwnIconsTest() { test::writeFile(icons_ / "hicolor/scalable/apps/tarnwick.svg", "<svg/>"); }
+    OwnIconsTest() { test::writeFile(icons_ / "hicolor/scalable/apps/org.tarnwick.tarnwick.svg", "<svg/>"); }
 
     test::TemporaryFolder folder_;
     fs::path program_ = folder_.path() / "bin/tarnwick";

@@ -198,7 +198,7 @@ TEST_F(AutostartChangesTest, AMaskedEntryIsNotEnabledAndTheMaskIsNotWrittenTo) {
     fs::create_symlink("/dev/null", files_.userFile());
     EXPECT_EQ(files_.entry().status(), Status::notRegistered);
 
-    EXPECT_THAT(files_.entry().enroll(), Optional(HasSubstr("autostart/tarnwick.desktop")));
+    EXPECT_THAT(files_.entry().enroll(), Optional(HasSubstr("autostart/org.tarnwick.tarnwick.desktop")));
 
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }

@@ -77,7 +77,7 @@ protected:
             run("XDG_CONFIG_HOME=" + shellQuoted(files_.userFolder()) + " XDG_CONFIG_DIRS=/nothing "
                 + generator + " " + folder + " " + folder + " " + folder);
         EXPECT_EQ(result.status, 0) << result.output;
-        const std::string unit = test::contentOf(units / "app-tarnwick@autostart.service");
+        const std::string unit = test::contentOf(units / "app-org.tarnwick.tarnwick@autostart.service");
         const std::string key = "\nExecStart=:";
         const std::size_t start = unit.find(key);
         return start == std::string::npos

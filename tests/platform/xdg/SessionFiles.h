@@ -58,7 +58,7 @@ public:
     [[nodiscard]] std::filesystem::path userFolder() const { return folder_.path() / "config"; }
 
     [[nodiscard]] std::filesystem::path userFile() const {
-        return userFolder() / "autostart" / "tarnwick.desktop";
+        return userFolder() / "autostart" / "org.tarnwick.tarnwick.desktop";
     }
 
     /// The system's folders are "xdg" and "later".
@@ -67,7 +67,7 @@ public:
     }
 
     [[nodiscard]] std::filesystem::path systemFile(const std::string& name = "xdg") const {
-        return folder(name) / "autostart" / "tarnwick.desktop";
+        return folder(name) / "autostart" / "org.tarnwick.tarnwick.desktop";
     }
 
     /// Of the user's entry.
@@ -144,8 +144,8 @@ std::string own(Lines... lines) {
 template<class... Lines>
 std::string fresh(Lines... lines) {
     return application(
-        "Name=Tarnwick", "Comment=Keeps an eye on your internet connection from the panel", "Icon=tarnwick",
-        "TryExec=PROGRAM", startsProgram, "Terminal=false", lines...);
+        "Name=Tarnwick", "Comment=Keeps an eye on your internet connection from the panel",
+        "Icon=org.tarnwick.tarnwick", "TryExec=PROGRAM", startsProgram, "Terminal=false", lines...);
 }
 
 inline constexpr auto hidden = "Hidden=true";

@@ -273,7 +273,7 @@ protected:
 
 private:
     test::TemporaryFolder folder_;
-    std::filesystem::path file_ = folder_.path() / "autostart" / "tarnwick.desktop";
+    std::filesystem::path file_ = folder_.path() / "autostart" / "org.tarnwick.tarnwick.desktop";
 };
 
 /// With the line by which a desktop switches an entry off.
