@@ -215,7 +215,7 @@ class Desktop(Installed):
 
 
 class X11Desktop(Desktop):
-    window_manager = True
+    window_manager: tuple[str, ...] = ("openbox",)  # its command, or none
     size = (1280, 800)
     screen: X11Screen
 
@@ -227,7 +227,7 @@ class X11Desktop(Desktop):
         self.screen = X11Screen(self.session, *self.size)
         self.session.start_bus()
         if self.window_manager:
-            self.screen.start_window_manager(self.session)
+            self.screen.start_window_manager(self.session, self.window_manager)
 
     @property
     def display(self) -> subprocess.Popen[bytes]:

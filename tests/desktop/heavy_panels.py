@@ -13,6 +13,7 @@ from endtoend.waiting import eventually
 from .desktops import START_SECONDS, X11Desktop
 from .overlay import OverlayDesktop
 from .pictures import Rectangle, background, foreground, solid_change
+from .session import Session
 
 # A busy machine may take its time between two clicks.
 DOUBLE_CLICK_MS = 1000
@@ -38,7 +39,7 @@ class GnomePanel(X11Desktop):
     name = "gnome"
     executables = ("Xvfb", "gnome-shell")
     extension = pathlib.Path("/usr/share/gnome-shell/extensions/ubuntu-appindicators@ubuntu.com")
-    window_manager = False  # The shell is one.
+    window_manager = ()  # The shell is one.
     extensions = "['ubuntu-appindicators@ubuntu.com']"
     height = 32
     session_type = "x11"
@@ -231,13 +232,19 @@ showAllItems=true
 # What the tray would otherwise fill itself with.
 PLASMA_ITEMS = ("devicenotifier", "notifications", "clipboard", "manage-inputmethod", "keyboardindicator",
                 "keyboardlayout", "mediacontroller", "battery", "printmanager", "bluetooth", "networkmanagement",
-                "volume", "nightcolorcontrol", "kscreen", "vault")  # fmt: skip
+                "volume", "nightcolorcontrol", "brightness", "cameraindicator", "kscreen", "vault")  # fmt: skip
 
 
 # Pictures of a translucent one have many grounds, and one that floats, as in Plasma 6, has an edge around it.
 PLAIN_PANEL = """[PlasmaViews][Panel 2]
 panelOpacity=1
 floating=0
+"""
+
+
+# On X11. Windows that fade in and out are hard to compare.
+WITHOUT_EFFECTS = """[Compositing]
+Enabled=false
 """
 
 
@@ -249,13 +256,15 @@ PLASMA_DAEMON = f"kded{PLASMA_VERSION}"
 class PlasmaPanel(X11Desktop):
     name = "plasma"
     platform = "xcb"
-    executables = ("Xvfb", "openbox", PLASMA_DAEMON, "plasmashell")
+    executables = ("Xvfb", "kwin_x11", PLASMA_DAEMON, "plasmashell")
+    # With another one the shell may mistake where its panel is, and then tells items wrong places of clicks.
+    window_manager = ("kwin_x11",)
     height = 30
     items = ""  # the desktop's own in the tray
 
-    def start_display(self) -> None:
-        super().start_display()
-        self.session.environment |= {
+    def new_session(self) -> Session:
+        session = super().new_session()
+        session.environment |= {
             "XDG_CURRENT_DESKTOP": "KDE",
             "KDE_FULL_SESSION": "true",
             "KDE_SESSION_VERSION": str(PLASMA_VERSION),
@@ -263,16 +272,22 @@ class PlasmaPanel(X11Desktop):
             "LIBGL_ALWAYS_SOFTWARE": "1",
             "QT_QPA_PLATFORM": self.platform,
         }
-        self.lay_out()
+        self.lay_out(session)
+        return session
 
-    def lay_out(self) -> None:
+    def lay_out(self, session: Session) -> None:
         """Only the tray is in the panel, with all items."""
         known = ",".join(f"org.kde.plasma.{item}" for item in PLASMA_ITEMS) + ",org.kde.kscreen"
-        file = self.session.config / "plasma-org.kde.plasma.desktop-appletsrc"
-        layout = PLASMA_LAYOUT.format(activity=ACTIVITY, items=self.items, own_items=known)
-        self.session.write(file, layout)
-        self.session.write(self.session.config / "kactivitymanagerdrc", ACTIVITIES)
-        self.session.write(self.session.config / "plasmashellrc", PLAIN_PANEL)
+        files = {
+            "plasma-org.kde.plasma.desktop-appletsrc": PLASMA_LAYOUT.format(
+                activity=ACTIVITY, items=self.items, own_items=known
+            ),
+            "kactivitymanagerdrc": ACTIVITIES,
+            "plasmashellrc": PLAIN_PANEL,
+            "kwinrc": WITHOUT_EFFECTS,
+        }
+        for name, text in files.items():
+            session.write(session.config / name, text)
 
     def start_panel(self) -> None:
         # The daemon is the watcher, the shell draws.
@@ -310,7 +325,7 @@ class PlasmaWaylandPanel(OverlayDesktop, PlasmaPanel):
     name = "plasma-wayland"
     platform = "wayland"
     executables = ("Xvfb", "kwin_wayland", PLASMA_DAEMON, "plasmashell")
-    window_manager = False
+    window_manager = ()
 
     def start_display(self) -> None:
         super().start_display()

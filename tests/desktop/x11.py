@@ -6,6 +6,7 @@ import contextlib
 import os
 import pathlib
 import subprocess
+from collections.abc import Sequence
 
 from PIL import Image, ImageGrab
 from Xlib import XK, X, Xatom, display, error
@@ -108,8 +109,8 @@ class X11Screen:
         self.server.terminate()
         self.server.wait()
 
-    def start_window_manager(self, session: Session) -> subprocess.Popen[bytes]:
-        manager = session.spawn("openbox", ["openbox"])
+    def start_window_manager(self, session: Session, command: Sequence[str]) -> subprocess.Popen[bytes]:
+        manager = session.spawn("window-manager", command)
         eventually(self.window_manager_is_there, START_SECONDS, "the window manager manages")
         return manager
 
