@@ -301,8 +301,13 @@ class PlasmaPanel(X11Desktop):
         return any((place.width, place.height) == (self.area.width, self.height) for _, place in self.windows())
 
     def set_theme(self, name: str) -> None:
-        """Of the panel."""
+        """Of the panel, which draws it a moment later. Plasma 6.3 draws only the second change after its start."""
         self.session.run(["plasma-apply-desktoptheme", name])
+        eventually(lambda: self.theme() == name, START_SECONDS, f"the shell knows the theme {name}")
+
+    def theme(self) -> str:
+        shell, path, script = "org.kde.plasmashell", "/PlasmaShell", "print(theme)"
+        return self.session.bus.call(shell, path, "org.kde.PlasmaShell", "evaluateScript", "(s)", (script,))[0].strip()
 
     def set_colors(self, name: str) -> None:
         """Of all programs, and of panels whose theme has none of its own."""

@@ -21,6 +21,7 @@ class PlasmaChecks(NotifierChecks):
         self.addCleanup(self.end_program)
         self.addCleanup(self.desktop.set_theme, "default")
 
+        self.desktop.set_theme("breeze-light")
         # The programs stay light.
         for theme, is_light in (("breeze-dark", False), ("default", True)):
             self.desktop.set_theme(theme)
