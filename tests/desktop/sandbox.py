@@ -4,18 +4,25 @@ from __future__ import annotations
 
 from .session import Session
 
+# The number of this run of the program: by it services find the process.
+INSTANCE = "1"
 # By this file both the program and the services outside know.
 INFO = """[Application]
 name={application}
 
+[Instance]
+instance-id={instance}
+
 [Context]
 shared=network;ipc;
 """
-# Makes the root in the folder named first, with the file named second in it, and becomes the command that follows.
+# Makes the root in the folder named first, with the file named second in it, says in the file named third which process
+# this is, and becomes the command that follows.
 MAKE_ROOT_AND_RUN = """set -e
 root=$1
 info=$2
-shift 2
+process=$3
+shift 3
 mount -t tmpfs -o mode=755 tmpfs "$root"
 for path in /*; do
     if [ -L "$path" ]; then
@@ -26,6 +33,7 @@ for path in /*; do
     fi
 done
 cp "$info" "$root/.flatpak-info"
+echo "{\\"child-pid\\": $$}" >"$process"
 exec chroot "$root" "$@"
 """
 
@@ -35,7 +43,9 @@ def sandbox_prefix(session: Session, application: str) -> list[str]:
     root = session.folder / "root"
     root.mkdir()
     info = session.folder / "flatpak-info"
-    session.write(info, INFO.format(application=application))
+    session.write(info, INFO.format(application=application, instance=INSTANCE))
+    process = session.runtime / f".flatpak/{INSTANCE}/bwrapinfo.json"
+    process.parent.mkdir(parents=True)
     # Mounts are private in the laboratory already, and in a changed root they can't be made so again.
     own_mounts = ["unshare", "--mount", "--propagation", "unchanged"]
-    return [*own_mounts, "sh", "-c", MAKE_ROOT_AND_RUN, "sh", str(root), str(info)]
+    return [*own_mounts, "sh", "-c", MAKE_ROOT_AND_RUN, "sh", *map(str, (root, info, process))]
