@@ -18,6 +18,11 @@ std::string_view withoutFlags(std::string_view key) {
     return Text::trimmed(key.substr(0, key.find("[$")));
 }
 
+bool isAtOrBelow(const fs::path& folder, const fs::path& base) {
+    const fs::path relative = folder.lexically_relative(base);
+    return !relative.empty() && *relative.begin() != "..";
+}
+
 std::string_view withoutQuotes(std::string_view value) {
     const bool isQuoted = value.size() >= 2 && value.starts_with('"') && value.ends_with('"');
     return isQuoted ? value.substr(1, value.size() - 2) : value;
@@ -61,7 +66,7 @@ LayeredSettings::LayeredSettings(const ThemeFolders& folders, const fs::path& na
     for (const fs::path& folder : folders.config) {
         const fs::path file = folder / name;
         std::error_code error;
-        if (files_.empty() || fs::exists(file, error)) {
+        if (isAtOrBelow(folder, folders.config.front()) || fs::exists(file, error)) {
             files_.push_back(file);
             texts_.push_back(themeText(file));
         }

@@ -25,7 +25,8 @@ public:
 
     [[nodiscard]] std::optional<std::string> value(std::string_view group, std::string_view key) const;
 
-    /// Those that exist, and the user's own even if it does not.
+    /// Those that exist, and those in the user's own folder and below even if they do not: a desktop may
+    /// write them later.
     [[nodiscard]] const std::vector<std::filesystem::path>& files() const { return files_; }
 
 private:

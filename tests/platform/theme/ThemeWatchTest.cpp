@@ -74,4 +74,21 @@ TEST_F(ThemeWatchTest, AFileThatCountsOnlyNowIsFollowedToo) {
     EXPECT_EQ(watch_.isDark(), false);
 }
 
+TEST_F(ThemeWatchTest, WhatAGlobalThemeWritesLaterIsFollowedToo) {
+    fixture_.writeTheme("plasma/desktoptheme/dark/colors", "[Colors:Window]\nForegroundNormal=255,255,255\n");
+    // As Plasma starts its sessions.
+    fixture_.writeUserSettings("kdedefaults/kdeglobals", "");
+    ThemeFolders folders = fixture_.folders;
+    folders.config.insert(folders.config.begin() + 1, folders.config.front() / "kdedefaults");
+    ThemeWatch watch(loop_, folders);
+    watch.onChange = [this] { ++told_; };
+    watch.follow(plasmaPanelTheme);
+    ASSERT_EQ(watch.isDark(), false);
+
+    fixture_.writeUserSettings("kdedefaults/plasmarc", "[Theme]\nname=dark\n");
+
+    EXPECT_TRUE(isTold(1));
+    EXPECT_EQ(watch.isDark(), true);
+}
+
 } // namespace tarnwick
