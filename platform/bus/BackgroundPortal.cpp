@@ -1,6 +1,7 @@
 #include "platform/bus/BackgroundPortal.h"
 
 #include "platform/bus/BusCall.h"
+#include "platform/bus/NameWatch.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -29,9 +30,11 @@ std::string answerPath(std::string uniqueName, const std::string& token) {
     return "/org/freedesktop/portal/desktop/request/" + uniqueName.substr(1) + "/" + token;
 }
 
+constexpr auto backgroundPortalName = "org.freedesktop.portal.Desktop";
+
 BusConnection::Call backgroundCall() {
     return {
-        .destination = "org.freedesktop.portal.Desktop",
+        .destination = backgroundPortalName,
         .path = "/org/freedesktop/portal/desktop",
         .interface = "org.freedesktop.portal.Background",
         .method = "RequestBackground",
@@ -56,7 +59,8 @@ BackgroundPortal::BackgroundPortal(Needs needs) : needs_(std::move(needs)) {
 }
 
 LoginItem::Status BackgroundPortal::status() const {
-    return wanted_.value_or(needs_.isGranted()) ? Status::enabled : Status::notRegistered;
+    const bool isOn = request_ ? request_->toStart : needs_.isGranted();
+    return isOn ? Status::enabled : Status::notRegistered;
 }
 
 std::optional<std::string> BackgroundPortal::enroll() {
@@ -72,8 +76,9 @@ std::optional<std::string> BackgroundPortal::ask(bool toStart) {
         return noPortal;
     }
     const std::string token = newToken();
-    wanted_ = toStart;
-    awaitAnswer(token, toStart);
+    request_ = Request{.toStart = toStart, .token = token};
+    request_->answer = awaitAnswer(*request_);
+    request_->portal = awaitEndOfPortal();
     const std::map<std::string, Option> options{
         {"handle_token", token},
         {"reason", std::string("Tarnwick keeps an eye on your internet connection.")},
@@ -82,19 +87,20 @@ std::optional<std::string> BackgroundPortal::ask(bool toStart) {
     };
     askBus<BusPath>(
         needs_.bus, backgroundCall(), std::tuple(std::string(), options),
-        lifeline_.guarded([this](const BusReply<BusPath>& reply) {
-            if (!reply.result) {
+        lifeline_.guarded([this, token](const BusReply<BusPath>& reply) {
+            // An error may come so late that another request stands.
+            if (!reply.result && request_ && request_->token == token) {
                 answered(noPortal);
             }
         }));
     return std::nullopt;
 }
 
-void BackgroundPortal::awaitAnswer(const std::string& token, bool toStart) {
-    const std::string path = answerPath(needs_.bus.uniqueName(), token);
-    answer_ = needs_.bus.addMatch(
+Subscription BackgroundPortal::awaitAnswer(const Request& request) {
+    const std::string path = answerPath(needs_.bus.uniqueName(), request.token);
+    return needs_.bus.addMatch(
         "type='signal',interface='org.freedesktop.portal.Request',member='Response',path='" + path + "'",
-        [this, toStart](BusMessage& answer) {
+        [this, toStart = request.toStart](BusMessage& answer) {
             const bool isAgreed = hasAgreed(answer, toStart);
             if (isAgreed) {
                 needs_.remember(toStart);
@@ -103,9 +109,17 @@ void BackgroundPortal::awaitAnswer(const std::string& token, bool toStart) {
         });
 }
 
+/// A portal that ends or is no longer reached has forgotten the request.
+Subscription BackgroundPortal::awaitEndOfPortal() {
+    return watchName(needs_.bus, backgroundPortalName, [this](const std::string& owner, NameNews news) {
+        if (news == NameNews::changed && owner.empty()) {
+            answered(noPortal);
+        }
+    });
+}
+
 void BackgroundPortal::answered(const std::string& failure) {
-    const Subscription done = std::move(answer_);
-    wanted_.reset();
+    const std::optional<Request> done = std::exchange(request_, std::nullopt);
     if (onAnswer) {
         onAnswer(failure);
     }

@@ -13,7 +13,8 @@
 namespace tarnwick {
 
 /// The portal does not tell what it has granted, so the latest answer is remembered. Until the portal, or a
-/// person whom it asks, has answered, the item is as it was asked for. Main thread.
+/// person whom it asks, has answered, the item is as it was asked for. A request ends without an answer when
+/// the bus or the portal goes, and when another one follows it. Main thread.
 class BackgroundPortal final : public LoginItem {
 public:
     static constexpr auto noPortal =
@@ -35,13 +36,20 @@ public:
     [[nodiscard]] std::optional<std::string> withdraw() override;
 
 private:
+    struct Request {
+        bool toStart = false;
+        std::string token;
+        Subscription answer{};
+        Subscription portal{};
+    };
+
     [[nodiscard]] std::optional<std::string> ask(bool toStart);
-    void awaitAnswer(const std::string& token, bool toStart);
+    [[nodiscard]] Subscription awaitAnswer(const Request& request);
+    [[nodiscard]] Subscription awaitEndOfPortal();
     void answered(const std::string& failure);
 
     Needs needs_;
-    std::optional<bool> wanted_; ///< while the portal is asked
-    Subscription answer_;        ///< likewise
+    std::optional<Request> request_; ///< while the portal is asked
     Lifeline lifeline_;
 };
 

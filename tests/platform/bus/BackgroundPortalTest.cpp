@@ -23,6 +23,7 @@ using Status = LoginItem::Status;
 using Value = std::variant<std::monostate, bool, std::string, std::vector<std::string>>;
 using Options = std::map<std::string, Value>;
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 class FakePortal {
 public:
@@ -63,6 +64,12 @@ protected:
         BusTest::SetUp();
         ASSERT_TRUE(runUntilConnected());
         item_.onAnswer = [this](const std::string& failure) { answers_.push_back(failure); };
+    }
+
+    /// Asked to start it, the portal has taken the request and has not decided yet.
+    [[nodiscard]] bool enrollWithoutAnAnswer() {
+        addPortal();
+        return !item_.enroll() && runUntilAsked(1) && runUntilHeardBy(*peers_.back());
     }
 
     void addPortal() {
@@ -150,6 +157,45 @@ TEST_F(BackgroundPortalTest, WithdrawingWhatWasNotGrantedAsksNothing) {
 
 TEST_F(BackgroundPortalTest, WithoutAPortalItCanNotBeSet) {
     EXPECT_EQ(item_.enroll(), std::nullopt);
+
+    ASSERT_TRUE(runUntilToldOf(1));
+    EXPECT_THAT(answers_, ElementsAre(BackgroundPortal::noPortal));
+    EXPECT_EQ(item_.status(), Status::notRegistered);
+}
+
+TEST_F(BackgroundPortalTest, ALateFailureLeavesTheNextRequestAlone) {
+    BusPeer& peer = addPeer();
+    std::vector<BusMessage> calls;
+    const Subscription taken = peer.takeCalls(
+        "/org/freedesktop/portal/desktop", [&calls](const BusMessage& call) { calls.push_back(call); });
+    peer.requestName("org.freedesktop.portal.Desktop");
+    (void)item_.enroll();
+    (void)item_.enroll();
+    ASSERT_TRUE(runUntil([&calls] { return calls.size() == 2; }));
+
+    ASSERT_TRUE(calls.front().reply({.name = BusError::failed, .text = ""}).send());
+    ASSERT_TRUE(runUntilHeardBy(peer));
+
+    EXPECT_THAT(answers_, IsEmpty());
+    EXPECT_EQ(item_.status(), Status::enabled);
+}
+
+TEST_F(BackgroundPortalTest, TheLossOfTheBusEndsTheRequest) {
+    ASSERT_TRUE(enrollWithoutAnAnswer());
+
+    portal_.reset();
+    stopBus();
+
+    ASSERT_TRUE(runUntilToldOf(1));
+    EXPECT_THAT(answers_, ElementsAre(BackgroundPortal::noPortal));
+    EXPECT_EQ(item_.status(), Status::notRegistered);
+}
+
+TEST_F(BackgroundPortalTest, TheEndOfThePortalEndsTheRequest) {
+    ASSERT_TRUE(enrollWithoutAnAnswer());
+
+    portal_.reset();
+    peers_.clear();
 
     ASSERT_TRUE(runUntilToldOf(1));
     EXPECT_THAT(answers_, ElementsAre(BackgroundPortal::noPortal));
