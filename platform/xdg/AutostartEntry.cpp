@@ -82,6 +82,12 @@ std::optional<DesktopEntry> read(const fs::path& file, std::error_code& error) {
     return text ? DesktopEntry::parse(*text) : std::nullopt;
 }
 
+/// The condition is the program that TryExec names: the entry starts only where that is found.
+bool hasWorkingCondition(const DesktopEntry& entry) {
+    const auto condition = entry.value(Key::tryExec);
+    return condition && !condition->empty() && DesktopCommand::find(*condition);
+}
+
 /// The program that the entry's command line starts, or the script or other program that does.
 std::optional<fs::path> startedFile(const DesktopEntry& entry) {
     const auto command = entry.value(Key::exec);
@@ -204,10 +210,13 @@ std::optional<std::string> AutostartEntry::enroll() {
         return write(newEntry(program_->native(), command));
     }
     removeSwitches(*entry);
-    const bool needsCommand = hasOurCommand(*entry) || !hasWorkingCommand(*entry);
+    const bool keepsCommand = !hasOurCommand(*entry) && hasWorkingCommand(*entry);
+    const bool keepsCondition = keepsCommand && hasWorkingCondition(*entry);
     entry->set(Key::type, application);
-    entry->set(Key::tryExec, program_->native());
-    if (needsCommand) {
+    if (!keepsCondition) {
+        entry->set(Key::tryExec, program_->native());
+    }
+    if (!keepsCommand) {
         entry->set(Key::exec, command);
     }
     if (!isForThisDesktop(*entry)) {

@@ -14,9 +14,9 @@ namespace tarnwick {
 /// An entry that the desktop has switched off requires approval. An entry counts as not registered if it
 /// can't start the program here (the program is gone, the entry is for other desktops, or can't be read), or
 /// if it is the user's own and starts another copy of the program. Enrolling repairs each of these. It leaves
-/// a command line of the user's own alone if that works. Withdrawing removes the user's entry, or hides it if
-/// other programs have added lines, or if a system's entry would take its place. Not for sandboxes, whose
-/// folders no desktop reads. Main thread.
+/// a command line of the user's own, and its TryExec, alone if they work. Withdrawing removes the user's
+/// entry, or hides it if other programs have added lines, or if a system's entry would take its place. Not
+/// for sandboxes, whose folders no desktop reads. Main thread.
 class AutostartEntry final : public LoginItem {
 public:
     /// The option that tells the program that the session has started it.

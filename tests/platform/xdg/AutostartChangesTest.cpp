@@ -60,8 +60,8 @@ protected:
         if (!GetParam().before.empty()) {
             storeUser(GetParam().before);
         }
-        if (GetParam().system) {
-            files_.store(files_.systemFile(), *GetParam().system);
+        if (const auto& system = GetParam().system) {
+            files_.store(files_.systemFile(), *system);
         }
     }
 
@@ -104,6 +104,11 @@ INSTANTIATE_TEST_SUITE_P(
             "KeepsTheOptionsOfTheUsersOwn",
             application("Exec=\"PROGRAM\" --set PingInterval=5", "TryExec=PROGRAM", hidden, withdrawn),
             application("Exec=\"PROGRAM\" --set PingInterval=5", "TryExec=PROGRAM")},
+        Change{"KeepsAConditionOfTheUsersOwn", own("TryExec=sh", hidden, withdrawn), own("TryExec=sh")},
+        Change{
+            "KeepsAConditionBesideAnOwnCommand",
+            application("Exec=sh -c \"sleep 10; tarnwick\"", "TryExec=sh", hidden, withdrawn),
+            application("Exec=sh -c \"sleep 10; tarnwick\"", "TryExec=sh")},
         Change{
             "ReplacesACommandThatIsGone", application("Exec=/nothing/tarnwick", "TryExec=PROGRAM"),
             application(startsProgram, "TryExec=PROGRAM")},
