@@ -39,7 +39,7 @@ std::variant<Setting, UsageError> parseSetting(const std::string& text) {
     const auto value = parsedSetting(*row, written);
     if (!value) {
         return UsageError{
-            key + " must be " + std::string(row->values) + ", not " + quoted(written)
+            key + " must be " + acceptedValues(*row) + ", not " + quoted(written)
             + whyRefused(*row, written)};
     }
     return Setting(key, *value);

@@ -58,7 +58,7 @@ std::string mistakeIn(const StoredSetting& stored) {
     }
     const std::string then = consequence(*row, stored.value);
     return then.empty() ? ""
-                        : stored.key + " must be " + std::string(row->values) + ", not "
+                        : stored.key + " must be " + acceptedValues(*row) + ", not "
                               + shortened(stored.written) + then;
 }
 

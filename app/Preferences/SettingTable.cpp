@@ -16,10 +16,6 @@ using Value = UserDefaults::Value;
 constexpr std::array allInks{
     StatusItem::InkChoice::automatic, StatusItem::InkChoice::light, StatusItem::InkChoice::dark};
 
-// Seconds.
-constexpr double shortestTimeout = 0.01;
-constexpr double longestTimeout = 3600;
-
 template<class Choices>
 std::vector<std::string_view> textsOf(const Choices& choices) {
     std::vector<std::string_view> texts;
@@ -60,7 +56,8 @@ std::optional<Value> admitted(const SettingRow& row, const Value& value) {
         return onlyIf(std::get<double>(value) > 0, value);
     case SettingRule::timeout:
         return onlyIf(
-            std::get<double>(value) >= shortestTimeout && std::get<double>(value) <= longestTimeout, value);
+            std::get<double>(value) >= timeoutRange.lowest && std::get<double>(value) <= timeoutRange.highest,
+            value);
     case SettingRule::pingInterval:
         return static_cast<double>(PingIntervalSetting::clamped(std::get<double>(value)));
     case SettingRule::lossMode:
@@ -126,11 +123,20 @@ std::vector<std::string_view> choicesOf(const SettingRow& row) {
     return {};
 }
 
+std::string acceptedValues(const SettingRow& row) {
+    std::string text(row.values);
+    if (row.rule == SettingRule::timeout) {
+        text += ", ";
+        text += timeoutRange.text;
+    }
+    return text;
+}
+
 std::string description(const SettingRow& row) {
     std::string text(row.meaning);
     if (row.rule != SettingRule::boolean) {
         text += ": ";
-        text += row.values;
+        text += acceptedValues(row);
     }
     return text;
 }

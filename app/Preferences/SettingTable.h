@@ -36,7 +36,7 @@ inline constexpr auto panelInk = "PanelInk";
 enum class SettingRule {
     host,           ///< what `hostIn` finds in a text
     positiveNumber, ///< above 0
-    timeout,        ///< a number of seconds that is no absurd time to wait
+    timeout,        ///< a number of seconds in `timeoutRange`
     pingInterval,   ///< a whole number; from the file, `PingIntervalSetting::clamped` brings it into range
     boolean,
     lossMode, ///< the stored text of a `MenuBarTitle::LossMode`
@@ -56,9 +56,18 @@ struct SettingRow {
     std::variant<bool, double, std::string_view> preset; ///< the default, in the setting's type
     SettingDefault defaultFrom;
     SettingRule rule;
-    std::string_view values;  ///< completes "KEY must be ..."
+    std::string_view values;  ///< for users, without a time-out's range: see `acceptedValues`
     std::string_view meaning; ///< for users; empty for an older form
 };
+
+struct NumberRange {
+    double lowest;
+    double highest;
+    std::string_view text; ///< for users
+};
+
+/// In seconds. Nothing beyond is a sensible time to wait.
+inline constexpr NumberRange timeoutRange{0.01, 3600, "0.01 to 3600"};
 
 /// In the order in which settings are written and described.
 inline constexpr std::array<SettingRow, 11> settingTable{{
@@ -66,8 +75,8 @@ inline constexpr std::array<SettingRow, 11> settingTable{{
      "a host name or address", "what to ping"},
     {PreferenceKey::slowPingLowThreshold, 100.0, SettingDefault::registered, SettingRule::positiveNumber,
      "a number of milliseconds above 0", "latency above which a ping is slow"},
-    {PreferenceKey::pingTimeout, 4.0, SettingDefault::registered, SettingRule::timeout,
-     "a number of seconds, 0.01 to 3600", "when an unanswered ping is lost"},
+    {PreferenceKey::pingTimeout, 4.0, SettingDefault::registered, SettingRule::timeout, "a number of seconds",
+     "when an unanswered ping is lost"},
     {PreferenceKey::pingInterval, double{PingIntervalSetting::defaultSeconds}, SettingDefault::registered,
      SettingRule::pingInterval, "a whole number of seconds, 1 to 60", "time between pings"},
     {PreferenceKey::showIcon, true, SettingDefault::registered, SettingRule::boolean, "true or false",
@@ -122,6 +131,9 @@ consteval std::size_t settingIndex(std::string_view key) {
 
 /// The texts that a setting takes, where they are few enough to be listed; else none.
 [[nodiscard]] std::vector<std::string_view> choicesOf(const SettingRow& row);
+
+/// Completes "KEY must be ...".
+[[nodiscard]] std::string acceptedValues(const SettingRow& row);
 
 /// What the setting means and takes, in one line for users.
 [[nodiscard]] std::string description(const SettingRow& row);

@@ -50,7 +50,7 @@ bool SettingsModel::admitsPingTimeout(double seconds) {
 }
 
 std::string SettingsModel::pingTimeoutRule() {
-    return "Must be 0.01 to 3600 seconds.";
+    return "Must be " + std::string(timeoutRange.text) + " seconds.";
 }
 
 void SettingsModel::setPingInterval(int seconds) {

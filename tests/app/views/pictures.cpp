@@ -81,9 +81,8 @@ void drawFaces(const QDir& folder) {
 /// One of each kind that tells of no ping socket.
 void addNotices(WatchedMonitor& world) {
     world.monitor.setSettingsMistakes(
-        {"/home/one/.config/Tarnwick/settings.json, line 3: PingTimeout must be a number of seconds from "
-         "0.01 "
-         "to 3600, not -3",
+        {"/home/one/.config/Tarnwick/settings.json, line 3: PingTimeout must be a number of seconds, "
+         "0.01 to 3600, not -3",
          "another"});
     world.monitor.setNotice(noPanelNotice({"GNOME"}));
     world.monitor.setNotice(
