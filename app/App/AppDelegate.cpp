@@ -12,13 +12,12 @@
 #include "platform/qt/Appearance.h"
 #include "platform/qt/TrayStatusItem.h"
 #include "platform/theme/PanelThemes.h"
-#include "platform/xdg/AutostartEntry.h"
+#include "platform/xdg/PresentDesktop.h"
 
 #include <QGuiApplication>
 #include <QScreen>
 #include <QSystemTrayIcon>
 
-#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -157,8 +156,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .screenScales = screenScales,
     });
     followColors();
-    const std::vector<std::string> desktops = AutostartEntry::presentSession().desktops;
-    if (std::ranges::find(desktops, "GNOME") != desktops.end()) {
+    if (PresentDesktop::isGnome()) {
         windows_->setItemFinder([this](DropDown::Found found) { itemFinder_.find(std::move(found)); });
         extensionOffer_.start();
     }
@@ -198,7 +196,7 @@ void AppDelegate::tellOfPanel(bool showsItem) {
         monitor_.clearNotice(Notice::Kind::noPanel);
         return;
     }
-    const Notice notice = noPanelNotice(AutostartEntry::presentSession().desktops);
+    const Notice notice = noPanelNotice(PresentDesktop::isGnome());
     monitor_.setNotice(notice);
     if (!std::exchange(hasSaidOfPanel_, true)) {
         say(notice.line());
@@ -215,8 +213,7 @@ void AppDelegate::tellOfRoomForText() {
 }
 
 void AppDelegate::followColors() {
-    const auto desktops = AutostartEntry::presentSession().desktops;
-    if (std::ranges::find(desktops, "KDE") != desktops.end()) {
+    if (PresentDesktop::isPlasma()) {
         // Not every version of the toolkit follows them.
         programColors_.follow(plasmaProgramColors);
     }

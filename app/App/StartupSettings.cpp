@@ -1,9 +1,12 @@
 #include "app/App/StartupSettings.h"
 
+#include "platform/xdg/PresentDesktop.h"
+
 #include <QStandardPaths>
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 
 namespace tarnwick::StartupSettings {
 
@@ -38,24 +41,21 @@ bool isInstalled(const Command& command) {
 }
 
 std::optional<Command> presentCommand() {
-    const std::vector<Command> known = commands(qgetenv("XDG_CURRENT_DESKTOP").toStdString());
+    const std::vector<Command> known = commands(PresentDesktop::names());
     const auto command = std::ranges::find_if(known, isInstalled);
     return command == known.end() ? std::nullopt : std::optional(*command);
 }
 
 } // namespace
 
-std::vector<Command> commands(std::string_view desktops) {
+std::vector<Command> commands(const std::vector<std::string>& desktops) {
     std::vector<Command> found;
-    while (!desktops.empty()) {
-        const std::size_t end = std::min(desktops.find(':'), desktops.size());
-        const std::string_view name = desktops.substr(0, end);
+    for (const std::string& name : desktops) {
         for (const Place& place : knownPlaces()) {
             if (place.desktop == name) {
                 found.push_back(place.command);
             }
         }
-        desktops.remove_prefix(std::min(end + 1, desktops.size()));
     }
     return found;
 }

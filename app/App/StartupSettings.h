@@ -4,7 +4,6 @@
 #include "platform/qt/DesktopOpener.h"
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace tarnwick::StartupSettings {
@@ -12,9 +11,9 @@ namespace tarnwick::StartupSettings {
 using Command = std::vector<std::string>;
 
 /// The commands that open them, the best one first.
-/// `desktops` are the desktop's own names, separated by colons ("ubuntu:GNOME").
+/// `desktops` are the desktop's own names.
 /// Empty for a desktop without such settings and for unknown ones.
-[[nodiscard]] std::vector<Command> commands(std::string_view desktops);
+[[nodiscard]] std::vector<Command> commands(const std::vector<std::string>& desktops);
 
 /// Whether a command of the present desktop is installed.
 [[nodiscard]] bool exists();

@@ -73,8 +73,7 @@ Notice settingsNotice(const std::vector<std::string>& mistakes) {
     return {.kind = Notice::Kind::settingsMistake, .text = mistakes.front() + more};
 }
 
-Notice noPanelNotice(const std::vector<std::string>& desktops) {
-    const bool isGnome = std::ranges::find(desktops, "GNOME") != desktops.end();
+Notice noPanelNotice(bool isGnome) {
     return {
         .kind = Notice::Kind::noPanel,
         .text = isGnome ? "GNOME shows status items only with its extension “AppIndicator and "

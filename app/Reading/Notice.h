@@ -38,8 +38,8 @@ using Notices = std::vector<Notice>;
 
 [[nodiscard]] Notice extensionNotice();
 
-/// `desktops` are the names that the desktop gives itself.
-[[nodiscard]] Notice noPanelNotice(const std::vector<std::string>& desktops);
+/// GNOME can show status items, but does so only with an extension.
+[[nodiscard]] Notice noPanelNotice(bool isGnome);
 
 /// Those that follow from what was measured, and those that the rest of the program has set.
 [[nodiscard]] Notices noticesOf(const Measurements& measured);

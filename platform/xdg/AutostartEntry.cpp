@@ -4,10 +4,9 @@
 #include "core/Storage/UserFolders.h"
 #include "platform/ports/ApplicationId.h"
 #include "platform/xdg/DesktopCommand.h"
+#include "platform/xdg/PresentDesktop.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -106,16 +105,10 @@ AutostartEntry::AutostartEntry(std::optional<fs::path> program, Session session)
 }
 
 AutostartEntry::Session AutostartEntry::presentSession() {
-    Session session{
-        .userFolder = UserFolders::config(), .systemFolders = UserFolders::systemConfig(), .desktops = {}};
-    const char* desktops = std::getenv("XDG_CURRENT_DESKTOP");
-    std::istringstream names(desktops != nullptr ? desktops : "");
-    for (std::string name; std::getline(names, name, ':');) {
-        if (!name.empty()) {
-            session.desktops.push_back(name);
-        }
-    }
-    return session;
+    return {
+        .userFolder = UserFolders::config(),
+        .systemFolders = UserFolders::systemConfig(),
+        .desktops = PresentDesktop::names()};
 }
 
 fs::path AutostartEntry::userFile() const {

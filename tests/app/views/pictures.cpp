@@ -84,7 +84,7 @@ void addNotices(WatchedMonitor& world) {
         {"/home/one/.config/Tarnwick/settings.json, line 3: PingTimeout must be a number of seconds, "
          "0.01 to 3600, not -3",
          "another"});
-    world.monitor.setNotice(noPanelNotice({"GNOME"}));
+    world.monitor.setNotice(noPanelNotice(true));
     world.monitor.setNotice(
         {.kind = Notice::Kind::notRecorded,
          .text = "The statistics are not stored: No space left on device."});

@@ -242,12 +242,6 @@ TEST_F(AutostartEntryTest, ThePresentSessionIsAsTheEnvironmentTells) {
     EXPECT_THAT(session.desktops, testing::ElementsAre("Other", "GNOME"));
 }
 
-TEST_F(AutostartEntryTest, ADesktopMayHaveNoName) {
-    const test::Variable desktop("XDG_CURRENT_DESKTOP", nullptr);
-
-    EXPECT_THAT(AutostartEntry::presentSession().desktops, testing::IsEmpty());
-}
-
 } // namespace
 
 } // namespace tarnwick
