@@ -6,10 +6,11 @@ import os
 import pathlib
 import re
 import shlex
-import subprocess
 import unittest
 
 from endtoend.built import ROOT
+
+from .command import output
 
 DOCUMENTS = [*ROOT.glob("*.md"), *(ROOT / "docs").glob("*.md"), *(ROOT / "tests").rglob("*.md")]
 # The folder whose tests run; by hand that of the preset `debug`.
@@ -31,10 +32,6 @@ def code() -> list[str]:
 def words_after(span: str, word: str) -> list[str]:
     words = shlex.split(span, comments=True)
     return words[words.index(word) + 1 :]
-
-
-def output(command: list[str]) -> str:
-    return subprocess.run(command, stdout=subprocess.PIPE, text=True, timeout=60, check=True).stdout
 
 
 class Documents(unittest.TestCase):
@@ -85,17 +82,8 @@ class Unbuilt(unittest.TestCase):
     def test_a_benchmark_says_that_nothing_is_built(self) -> None:
         for script, *options in BENCHMARKS:
             with self.subTest(script):
-                done = subprocess.run(
-                    ["/usr/bin/python3", "-B", ROOT / "bench" / script, *options],
-                    env=os.environ | {"TARNWICK": NOWHERE},
-                    stdout=subprocess.PIPE,
-                    stderr=subprocess.STDOUT,
-                    text=True,
-                    timeout=60,
-                    check=False,
-                )
-                self.assertEqual(done.returncode, 1, done.stdout)
-                self.assertRegex(done.stdout, r"\A/no/such/program is not built: [^\n]+\n\Z")
+                command = ["/usr/bin/python3", "-B", ROOT / "bench" / script, *options]
+                self.assertRegex(output(command, status=1, TARNWICK=NOWHERE), r"\A/no/such/program is not built: [^\n]+\n\Z")
 
 
 if __name__ == "__main__":

@@ -2,10 +2,8 @@
 
 from __future__ import annotations
 
-import os
 import pathlib
 import re
-import subprocess
 import tempfile
 import unittest
 from typing import ClassVar
@@ -13,6 +11,7 @@ from typing import ClassVar
 from endtoend.built import ROOT
 from endtoend.concurrently import ConcurrentTestCase
 
+from .command import output
 from .test_documents import BUILD, code
 
 TOOL = re.compile(r"\b(bench/\w+\.py|scripts/(?:mutate|pictures)|tarnwick-bench|tarnwick-pictures|empty-tray|Fuzz\w+)(?= |$)")
@@ -48,20 +47,9 @@ class Tools(ConcurrentTestCase):
     }
 
     # Each that needs the laboratory has a network of its own: they run at the same time.
-    def output(self, command: str, **environment: str) -> str:
-        done = subprocess.run(
-            command.split(),
-            cwd=ROOT,
-            env=os.environ | environment,
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.STDOUT,
-            text=True,
-            timeout=600,
-            check=False,
-        )
-        self.assertEqual(done.returncode, 0, done.stdout)
-        return done.stdout
+    @staticmethod
+    def output(command: str, **environment: str) -> str:
+        return output(command.split(), seconds=600, **environment)
 
     def test_each_documented_tool_is_tried(self) -> None:
         self.assertEqual(documented(), set(self.tried))
