@@ -11,6 +11,7 @@
 #include "platform/linux/SuspendedTime.h"
 #include "platform/qt/Appearance.h"
 #include "platform/qt/TrayStatusItem.h"
+#include "platform/qt/WindowSystem.h"
 #include "platform/theme/PanelThemes.h"
 #include "platform/xdg/PresentDesktop.h"
 
@@ -166,7 +167,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .notifier = *notifier_,
         .hasWatcher = [this] { return notifier_->hasWatcher(); },
         .makeTrayItem = [this]() -> std::unique_ptr<StatusItem> {
-            if (QGuiApplication::platformName() != "xcb") {
+            if (!WindowSystem::isX11()) {
                 return nullptr;
             }
             return std::make_unique<FollowingTrayItem>(painter_, colors_);

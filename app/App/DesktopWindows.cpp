@@ -2,6 +2,7 @@
 
 #include "app/App/StartupSettings.h"
 #include "platform/qt/Clipboard.h"
+#include "platform/qt/WindowSystem.h"
 
 #include <QGuiApplication>
 
@@ -13,15 +14,11 @@ namespace {
 
 constexpr auto activationTokenVariable = "XDG_ACTIVATION_TOKEN";
 
-bool isOnWayland() {
-    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-}
-
 /// On Wayland the toolkit takes the token from the environment for the next window that it activates, and
 /// removes it. On other platforms the token would stay there, and programs started from here would inherit
 /// it.
 void useActivationToken(const std::string& token) {
-    if (!token.empty() && isOnWayland()) {
+    if (!token.empty() && WindowSystem::isWayland()) {
         qputenv(activationTokenVariable, QByteArray::fromStdString(token));
     }
 }
@@ -65,7 +62,7 @@ void DesktopWindows::openDropDownAtPointer() {
 
 void DesktopWindows::copy(const std::string& text) {
     Clipboard::copy(text);
-    if (isOnWayland()) {
+    if (WindowSystem::isWayland()) {
         openDropDownAtPointer();
     }
 }

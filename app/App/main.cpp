@@ -13,6 +13,7 @@
 #include "platform/ports/ApplicationId.h"
 #include "platform/qt/QtLoopHost.h"
 #include "platform/qt/ScreenOverlay.h"
+#include "platform/qt/WindowSystem.h"
 #include "platform/x11/StartupSequence.h"
 
 #include <QApplication>
@@ -92,7 +93,7 @@ int runApplication(const AppOptions& options, std::string name, const Instance::
     BusConnection bus(loop, BusConnection::sessionAddress());
     std::unique_ptr<AppDelegate> delegate;
     const auto begin = [&](Instance::Result result) {
-        if (QGuiApplication::platformName() == QLatin1String("xcb")) {
+        if (WindowSystem::isX11()) {
             X11::endStartupSequence(tokens.startup);
         }
         if (result == Instance::Result::anotherRuns || result == Instance::Result::anotherIsSilent) {

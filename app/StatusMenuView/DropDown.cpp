@@ -3,8 +3,8 @@
 #include "app/StatusMenuView/DropDownWindow.h"
 #include "platform/qt/ScreenOverlay.h"
 #include "platform/qt/ScreenPixels.h"
+#include "platform/qt/WindowSystem.h"
 
-#include <QGuiApplication>
 #include <QScreen>
 
 #include <utility>
@@ -111,7 +111,7 @@ void DropDown::open(std::optional<ScreenPoint> at) {
         };
     }
     window_->open(lastPlace_);
-    if (!presses_ && QGuiApplication::platformName() == QLatin1String("xcb")) {
+    if (!presses_ && WindowSystem::isX11()) {
         isButtonHeld_ = false;
         presses_ = std::make_unique<X11::PressWatch>(
             loop_, [this](const X11::PressWatch::Buttons& buttons) { buttonsMoved(buttons); });

@@ -1,5 +1,7 @@
 #include "platform/qt/Clipboard.h"
 
+#include "platform/qt/WindowSystem.h"
+
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QWindow>
@@ -9,8 +11,7 @@ namespace tarnwick::Clipboard {
 void copy(const std::string& text) {
     const QString copied = QString::fromStdString(text);
     QGuiApplication::clipboard()->setText(copied);
-    if (QGuiApplication::focusWindow() != nullptr
-        || !QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
+    if (QGuiApplication::focusWindow() != nullptr || !WindowSystem::isWayland()) {
         return;
     }
     QObject::connect(

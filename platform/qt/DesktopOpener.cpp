@@ -1,5 +1,6 @@
 #include "platform/qt/DesktopOpener.h"
 
+#include "platform/qt/WindowSystem.h"
 #include "platform/wayland/ActivationToken.h"
 
 #include <QGuiApplication>
@@ -29,8 +30,7 @@ void standAlone() {
 std::string tokenForAnother() {
     QPlatformNativeInterface* const native = QGuiApplication::platformNativeInterface();
     QWindow* const window = QGuiApplication::focusWindow();
-    const bool isOnWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-    if (!isOnWayland || native == nullptr || window == nullptr) {
+    if (!WindowSystem::isWayland() || native == nullptr || window == nullptr) {
         return "";
     }
     auto* const display = static_cast<wl_display*>(native->nativeResourceForIntegration("wl_display"));

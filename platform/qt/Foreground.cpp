@@ -1,8 +1,8 @@
 #include "platform/qt/Foreground.h"
 
+#include "platform/qt/WindowSystem.h"
 #include "platform/x11/Activation.h"
 
-#include <QGuiApplication>
 #include <QWidget>
 
 #include <cstdint>
@@ -13,7 +13,7 @@ void show(QWidget& window) {
     window.show();
     window.raise();
     window.activateWindow();
-    if (qGuiApp->nativeInterface<QNativeInterface::QX11Application>() != nullptr) {
+    if (WindowSystem::isX11()) {
         X11::requestActivation(static_cast<std::uint32_t>(window.winId()));
     }
 }

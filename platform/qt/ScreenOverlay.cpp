@@ -1,6 +1,7 @@
 #include "platform/qt/ScreenOverlay.h"
 
 #include "platform/qt/Foreground.h"
+#include "platform/qt/WindowSystem.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -13,10 +14,6 @@
 namespace tarnwick {
 
 namespace {
-
-bool isOnWayland() {
-    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-}
 
 wl_output* outputOf(const QScreen* screen) {
     for (QScreen* const one : QGuiApplication::screens()) {
@@ -31,7 +28,7 @@ wl_output* outputOf(const QScreen* screen) {
 } // namespace
 
 bool ScreenOverlay::isNeeded() {
-    return isOnWayland();
+    return WindowSystem::isWayland();
 }
 
 void ScreenOverlay::prepare() {
@@ -40,7 +37,7 @@ void ScreenOverlay::prepare() {
 }
 
 std::unique_ptr<Wayland::LayerShell> ScreenOverlay::findShell() {
-    if (!isOnWayland()) {
+    if (!WindowSystem::isWayland()) {
         return nullptr;
     }
     auto* const display = static_cast<wl_display*>(

@@ -1,5 +1,6 @@
 #include "platform/qt/ScreenPixels.h"
 
+#include "platform/qt/WindowSystem.h"
 #include "platform/x11/Docks.h"
 
 #include <QCursor>
@@ -33,14 +34,9 @@ bool isWithin(double reach, ScreenPoint one, ScreenPoint other) {
     return std::max(across, down) <= reach;
 }
 
-bool isOnX11() {
-    return QGuiApplication::platformName() == QLatin1String("xcb");
-}
-
 /// On Wayland panels and compositors count in the units that the toolkit has too.
 double pixelsPerUnit(const QScreen& screen) {
-    const bool isOnWayland = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-    return isOnWayland ? 1 : screen.devicePixelRatio();
+    return WindowSystem::isWayland() ? 1 : screen.devicePixelRatio();
 }
 
 /// The units of a screen that lie wholly in these pixels.
@@ -85,7 +81,7 @@ std::pair<QScreen*, QPoint> locate(ScreenPoint pixel) {
 }
 
 std::optional<ScreenPoint> pointer() {
-    return isOnX11() ? std::optional(of(QCursor::pos())) : std::nullopt;
+    return WindowSystem::isX11() ? std::optional(of(QCursor::pos())) : std::nullopt;
 }
 
 ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer, ScreenPoint origin) {
@@ -104,7 +100,7 @@ ScreenPoint clicked(ScreenPoint told, ScreenPoint pointer, ScreenPoint origin) {
 
 QRect available(const QScreen& screen) {
     const QRect told = screen.availableGeometry();
-    if (!isOnX11()) {
+    if (!WindowSystem::isX11()) {
         return told;
     }
     // With several monitors the toolkit tells all of each.
