@@ -22,12 +22,17 @@ std::unique_ptr<NotificationService> makeService(
     return std::make_unique<NotificationDaemon>(bus, iconFolder);
 }
 
-/// The bus name of the program that announces for this subject. Such names are short and of few letters: a
-/// hash of the subject serves.
+/// As name servers compare hosts: only these letters have a case.
+char smallLetter(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+/// The bus name of the program that announces for this subject, a host in letters of either case. Such names
+/// are short and of few letters: a hash of the subject serves.
 std::string nameOf(const std::string& subject) {
     std::uint64_t hash = 0xcbf29ce484222325; // FNV-1a: the same in every version of the programs
     for (const char letter : subject) {
-        hash = (hash ^ static_cast<unsigned char>(letter)) * 0x100000001b3;
+        hash = (hash ^ static_cast<unsigned char>(smallLetter(letter))) * 0x100000001b3;
     }
     std::ostringstream name;
     name << applicationId << ".Alerts.h" << std::hex << hash;

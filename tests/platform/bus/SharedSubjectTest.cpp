@@ -102,6 +102,16 @@ TYPED_TEST(SharedSubjectTest, TheFirstRankKeepsIt) {
     EXPECT_THAT(this->titles(), ElementsAre("here"));
 }
 
+TYPED_TEST(SharedSubjectTest, AHostInCapitalsIsTheSameSubject) {
+    ASSERT_TRUE(this->start(Rank::ordinary, Rank::ordinary));
+    ASSERT_TRUE(this->otherTakes("ONE.Example"));
+    ASSERT_TRUE(this->take(host));
+
+    ASSERT_TRUE(this->postInBoth());
+
+    EXPECT_THAT(this->titles(), ElementsAre("other"));
+}
+
 TYPED_TEST(SharedSubjectTest, DifferentSubjectsAreShownByTheirPrograms) {
     ASSERT_TRUE(this->start(Rank::ordinary, Rank::first));
     ASSERT_TRUE(this->otherTakes(host));
