@@ -71,8 +71,10 @@ public:
     using string_t = Json::string_t;
     using binary_t = Json::binary_t;
 
-    /// `place` is where the library reads `text`, which both outlive it.
-    ObjectReader(std::string_view text, const Place& place) : text_(text), place_(place) {}
+    /// `place` is where the library reads `text`, which both outlive it. `depth` objects and lists lie around
+    /// the text.
+    ObjectReader(std::string_view text, const Place& place, std::size_t depth = 0)
+        : text_(text), place_(place), depth_(depth) {}
 
     [[nodiscard]] Json& value() { return root_; }
 
@@ -152,7 +154,7 @@ private:
     }
 
     bool open(Json container) {
-        if (open_.size() > deepestNesting) {
+        if (depth_ + open_.size() > deepestNesting) {
             reading_.mistake = {.line = place_.line, .text = "it is nested too deep"};
             return false;
         }
@@ -167,6 +169,7 @@ private:
 
     std::string_view text_;
     const Place& place_;
+    std::size_t depth_;
     Json root_;
     std::vector<Json*> open_; ///< the objects and arrays around the next value
     std::string key_;
@@ -239,7 +242,7 @@ private:
     [[nodiscard]] std::optional<Json> takeValue() {
         const char* const begin = rest_.begin();
         Place place{begin, line_};
-        ObjectReader reader(rest_, place);
+        ObjectReader reader(rest_, place, 1);
         const PlaceCounting end(rest_.end(), &place);
         // Whatever follows the value, and comments in it, do not matter.
         if (!Json::sax_parse(

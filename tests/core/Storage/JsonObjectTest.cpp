@@ -130,6 +130,7 @@ INSTANTIATE_TEST_SUITE_P(
         Salvaged{"UnknownWord", R"({"a": yes, "b": 2})", R"({"b":2})", 1},
         Salvaged{"QuotesInTexts", R"({"a": "\"x\": 1", "b\\": 2,})", R"({"a":"\"x\": 1","b\\":2})", 1},
         Salvaged{"NestedTooDeep", "{\"x\":" + std::string(200, '[') + ",\n\"b\": 2}", R"({"b":2})", 1},
+        Salvaged{"NestedOneTooDeep", nested(101) + R"(, "b": 2})", R"({"b":2})", 1},
         Salvaged{"NothingToRead", "PingTimeout = 2", "{}", 1}, Salvaged{"Empty", "", "{}", 1}),
     test::caseName);
 
