@@ -28,19 +28,19 @@ namespace {
 
 /// For desktops that publish no color scheme.
 Ink inkOfPalette() {
-    return Appearance::isDark() ? Ink::light : Ink::dark;
+    return inkOn(Appearance::isDark());
 }
 
 /// A classic tray does not publish its color. Most are dark; on a light desktop the tray is taken for light.
 class FollowingTrayItem final : public TrayStatusItem {
 public:
     FollowingTrayItem(const FacePainter& painter, ColorScheme& colors)
-        : TrayStatusItem(painter, inkFor(colors)),
-          colorChange_(colors.onChange([this, &colors] { setInk(inkFor(colors)); })) {}
+        : TrayStatusItem(painter, inkInTray(colors)),
+          colorChange_(colors.onChange([this, &colors] { setInk(inkInTray(colors)); })) {}
 
 private:
-    static Ink inkFor(const ColorScheme& colors) {
-        return onPlate(colors.desktopIsDark().value_or(true) ? Ink::light : Ink::dark);
+    static Ink inkInTray(const ColorScheme& colors) {
+        return onPlate(inkOn(colors.desktopIsDark().value_or(true)));
     }
 
     Subscription colorChange_;

@@ -69,10 +69,6 @@ constexpr std::array<PanelHost, 8> table{
 
 constexpr PanelHost anyOther{};
 
-constexpr Ink inkOn(bool isDark) {
-    return isDark ? Ink::light : Ink::dark;
-}
-
 bool isKnown(const PanelHost& host) {
     return !host.process.empty();
 }

@@ -22,6 +22,11 @@ struct Pixmap {
 /// translucent ground of the other color, it can be read on any panel.
 enum class Ink { dark, light, darkOnPlate, lightOnPlate };
 
+/// The ink that stands out from a ground.
+[[nodiscard]] constexpr Ink inkOn(bool isDarkGround) {
+    return isDarkGround ? Ink::light : Ink::dark;
+}
+
 [[nodiscard]] constexpr Ink onPlate(Ink ink) {
     switch (ink) {
     case Ink::dark:
