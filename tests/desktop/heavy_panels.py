@@ -207,7 +207,13 @@ location=4
 plugin=org.kde.panel
 
 [Containments][2][General]
-AppletOrder=3;4
+AppletOrder=6;3;4
+
+[Containments][2][Applets][6]
+plugin=org.kde.plasma.taskmanager
+
+[Containments][2][Applets][6][Configuration][General]
+launchers=
 
 [Containments][2][Applets][3]
 plugin=org.kde.plasma.panelspacer
@@ -251,6 +257,7 @@ Enabled=false
 # Debian 12 has Plasma 5, Debian 13 has Plasma 6.
 PLASMA_VERSION = 6 if shutil.which("kded6") else 5
 PLASMA_DAEMON = f"kded{PLASMA_VERSION}"
+PACKAGING = pathlib.Path(__file__).resolve().parents[2] / "packaging"
 
 
 class PlasmaPanel(X11Desktop):
@@ -267,16 +274,19 @@ class PlasmaPanel(X11Desktop):
         session.environment |= {
             "XDG_CURRENT_DESKTOP": "KDE",
             "KDE_FULL_SESSION": "true",
+            # Of the menu with the programs. The compositor tells the shell of windows only if the shell is one of them.
+            "XDG_MENU_PREFIX": "plasma-" if PLASMA_VERSION == 6 else "kf5-",
             "KDE_SESSION_VERSION": str(PLASMA_VERSION),
             "QT_QUICK_BACKEND": "software",
             "LIBGL_ALWAYS_SOFTWARE": "1",
             "QT_QPA_PLATFORM": self.platform,
         }
         self.lay_out(session)
+        self.install_entry(session)
         return session
 
     def lay_out(self, session: Session) -> None:
-        """Only the tray is in the panel, with all items."""
+        """In the panel are the tray, with all items, and the bar of the open windows, at the left."""
         known = ",".join(f"org.kde.plasma.{item}" for item in PLASMA_ITEMS) + ",org.kde.kscreen"
         files = {
             "plasma-org.kde.plasma.desktop-appletsrc": PLASMA_LAYOUT.format(
@@ -288,6 +298,13 @@ class PlasmaPanel(X11Desktop):
         }
         for name, text in files.items():
             session.write(session.config / name, text)
+
+    def install_entry(self, session: Session) -> None:
+        """On Wayland it leads to the icon of the program's windows."""
+        entries = session.data / "applications"
+        entries.mkdir()
+        shutil.copy2(PACKAGING / "org.tarnwick.tarnwick.desktop", entries)
+        shutil.copytree(PACKAGING / "icons", session.data / "icons")
 
     def start_panel(self) -> None:
         # The daemon is the watcher, the shell draws.
@@ -322,6 +339,11 @@ class PlasmaPanel(X11Desktop):
     def strip(self) -> Rectangle:
         half = self.area.width // 2
         return Rectangle(half, self.area.height - self.height, half, self.height)
+
+    @property
+    def task_bar(self) -> Rectangle:
+        """The other part of the panel."""
+        return Rectangle(0, self.strip.y, self.strip.x, self.height)
 
 
 class PlasmaWaylandPanel(OverlayDesktop, PlasmaPanel):

@@ -4,12 +4,26 @@ from __future__ import annotations
 
 import unittest
 
-from endtoend.waiting import eventually
+from PIL import Image
 
-from .checks import is_readable
+from endtoend.waiting import eventually, never
+
+from .checks import WATCHED_SECONDS, is_readable, stays_closed
 from .heavy_panels import PlasmaPanel
 from .notifier_checks import NotifierChecks
-from .program import PATIENCE
+from .overlay import OverlayDesktop
+from .pictures import Rectangle, changed, solid_change
+from .program import PATIENCE, Program
+from .settings import TITLE as SETTINGS_TITLE
+
+# From a window's corner to a place in it without controls.
+INSIDE = 40
+
+
+def has_bars_of_icon(picture: Image.Image) -> bool:
+    """Whether something in it is as green as the bars of the program's icon."""
+    clearly = 60
+    return any(g > b and g > r + clearly for r, g, b in picture.convert("RGB").getdata())
 
 
 class PlasmaChecks(NotifierChecks):
@@ -50,6 +64,56 @@ class PlasmaChecks(NotifierChecks):
             self.desktop.screenshot(f"{self.desktop.name}-{colors}.png")
             self.desktop.key("Escape")
             self.wait_until_closed(program)
+
+    def open_settings(self, program: Program) -> None:
+        item = program.item()
+        self.addCleanup(self.end_program)
+        item.choose(item.row("Settings…"))
+        eventually(lambda: self.desktop.focused_title() == SETTINGS_TITLE, PATIENCE, "the window has the keyboard")
+
+    def test_only_the_settings_window_is_in_the_task_bar(self) -> None:
+        program = self.running()
+        bar = self.desktop.task_bar
+
+        def entry() -> Rectangle | None:
+            return changed(self.empty, self.desktop.picture(), bar)
+
+        self.open_drop_down(self.shown(program))
+        self.opened(program)
+        self.assertTrue(never(entry, WATCHED_SECONDS), "the drop-down is there")
+        self.desktop.key("Escape")
+        self.wait_until_closed(program)
+        self.open_settings(program)
+
+        eventually(entry, PATIENCE, "an entry")
+        eventually(lambda: has_bars_of_icon(self.desktop.picture().crop(bar.box)), PATIENCE, "the program's icon")
+        self.desktop.screenshot(f"{self.desktop.name}-task-bar.png")
+
+    def test_a_click_on_another_window_closes_it(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+        before = self.desktop.picture()
+        self.open_settings(program)
+
+        def at_rest() -> Image.Image | None:
+            first, second = self.desktop.picture(), self.desktop.picture()
+            is_still = solid_change(first, second, self.desktop.rest) is None
+            return second if is_still and solid_change(before, second, self.desktop.rest) else None
+
+        picture = eventually(at_rest, PATIENCE, "the settings window at rest")
+        window = solid_change(before, picture, self.desktop.rest)
+        if isinstance(self.desktop, OverlayDesktop):
+            self.addCleanup(setattr, self.desktop, "bare", self.desktop.bare)
+            self.desktop.bare = picture
+        self.open_drop_down(place)
+        self.opened(program)
+        self.desktop.screenshot(f"{self.desktop.name}-two-windows.png")
+
+        self.desktop.click(window.x + INSIDE, window.y + INSIDE)
+
+        self.wait_until_closed(program)
+        self.assertTrue(stays_closed(program), "it opened again")
+        eventually(lambda: self.desktop.focused_title() == SETTINGS_TITLE, PATIENCE, "the other has the keyboard")
 
 
 class Plasma(PlasmaChecks, unittest.TestCase):
