@@ -165,15 +165,15 @@ class GnomeWaylandPanel(OverlayDesktop, GnomePanel):
         self.session.environment.pop("DISPLAY")
 
     def placed_windows(self) -> list[tuple[str, Rectangle]]:
-        return [(title, Rectangle(*map(int, place))) for title, *place in self._evaluated(WINDOWS_OF_SHELL)]
+        return [(title, Rectangle(*map(int, place))) for title, *place in self.evaluated(WINDOWS_OF_SHELL)]
 
     def shows_notification(self, title: str) -> bool:
-        return title in self._evaluated(NOTIFICATIONS_OF_SHELL)
+        return title in self.evaluated(NOTIFICATIONS_OF_SHELL)
 
     def focused_window_title(self) -> str:
-        return self._evaluated("global.display.focus_window ? global.display.focus_window.get_title() : ''")
+        return self.evaluated("global.display.focus_window ? global.display.focus_window.get_title() : ''")
 
-    def _evaluated(self, expression: str) -> object:
+    def evaluated(self, expression: str) -> object:
         """The value of an expression in the shell's own language."""
         script = f"JSON.stringify({expression})"
         answer = self.session.bus.call("org.gnome.Shell", "/org/gnome/Shell", "org.gnome.Shell", "Eval", "(s)", (script,))

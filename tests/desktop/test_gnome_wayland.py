@@ -2,19 +2,35 @@
 
 from __future__ import annotations
 
+import dataclasses
 import pathlib
 import shutil
 import unittest
 
+from PIL import Image
+
 from endtoend.waiting import eventually
 
-from .checks import NEAR, distance
+from .checks import NEAR, distance, is_readable
 from .desktops import START_SECONDS
-from .heavy_panels import GnomeWaylandPanel
-from .pictures import Rectangle
+from .heavy_panels import GnomeWaylandPanel, GnomeWithPortals
+from .notifier_checks import MENU_TITLES
+from .pictures import Rectangle, changed, solid_change
 from .program import APPLICATION, PATIENCE, PROGRAM
+from .settings import TITLE as SETTINGS_TITLE
 from .test_gnome import Gnome
-from .x11 import MIDDLE
+from .x11 import MIDDLE, RIGHT
+
+OTHER_TITLE = "Another Program"
+# Of the menu that is open.
+ROWS_OF_SHELL = """(() => {
+    const {St, Gtk} = imports.gi;
+    const theme = St.IconTheme ? new St.IconTheme() : new Gtk.IconTheme();
+    const rows = Object.values(Main.panel.statusArea).filter(item => item?.menu?.isOpen)
+        .flatMap(item => item.menu._getMenuItems()).filter(row => row.label && row.mapped);
+    return rows.map(row => [row.label.text, [...row.get_transformed_position(), ...row.get_transformed_size()],
+        row.active, theme.has_icon(row._icon?.icon_name ?? '')]);
+})()"""
 
 # Far from the end of the bar, where the drop-down opens for want of a place.
 AT_THE_LEFT = """
@@ -34,18 +50,130 @@ CHOSEN = (
     "test_a_double_click_opens_the_drop_down",
     "test_a_right_click_shows_the_menu_that_the_panel_draws",
     "test_a_question_comes_to_the_front_and_sigterm_ends_it",
+    "test_a_click_on_another_window_closes_it",
+    "test_settings_from_the_shells_menu_come_to_the_front",
+    "test_the_rows_of_the_shells_menu_have_their_icons",
 )
+
+
+@dataclasses.dataclass(frozen=True)
+class ShellRow:
+    """Of a menu that the shell draws."""
+
+    place: Rectangle
+    is_chosen: bool
+    has_icon: bool  # the theme has it
 
 
 class GnomeOnWayland(Gnome):
     panel = GnomeWaylandPanel
 
+    def with_other_window(self) -> Rectangle:
+        """Where another program's window is, which has the keyboard."""
+        session, bare = self.desktop.session, self.desktop.bare
+        script = str(pathlib.Path(__file__).with_name("other_window.py"))
+        other = session.spawn("other", ["/usr/bin/python3", "-B", script, OTHER_TITLE])
 
-class GnomeThatNotifies(Gnome):
-    panel = GnomeWaylandPanel
+        def end() -> None:
+            session.kill(other)
+            eventually(lambda: self.place_of(OTHER_TITLE) is None, PATIENCE, "the other window has gone")
+            self.desktop.bare = bare
+
+        self.addCleanup(end)
+        eventually(lambda: self.desktop.focused_title() == OTHER_TITLE, PATIENCE, "the other window has the keyboard")
+        place = self.place_of(OTHER_TITLE)
+        self.desktop.bare = eventually(lambda: self.picture_with(place, bare), PATIENCE, "the other window is drawn")
+        return place
+
+    def picture_with(self, place: Rectangle, before: Image.Image) -> Image.Image | None:
+        """A picture, once all there has changed and is at rest."""
+        first, second = self.desktop.picture(), self.desktop.picture()
+        drawn = solid_change(before, second, place)
+        is_all = drawn is not None and drawn.width > place.width // 2 and drawn.height > place.height // 2
+        return second if is_all and changed(first, second, place) is None else None
+
+    def place_of(self, title: str) -> Rectangle | None:
+        return next((place for name, place in self.desktop.placed_windows() if name == title), None)
+
+    def test_a_click_on_another_window_closes_it(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+        other = self.with_other_window()
+        self.open_drop_down(place)
+        window = self.opened(program)
+        aside = (other.x + other.width // 4, other.y + other.height // 2)
+        self.assertGreater(distance(*aside, window), NEAR)
+
+        self.desktop.click(*aside)
+
+        self.wait_until_closed(program)
+        eventually(lambda: self.desktop.focused_title() == OTHER_TITLE, PATIENCE, "the other window has the keyboard")
+
+    def test_settings_from_the_shells_menu_come_to_the_front(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+        self.with_other_window()
+        before = self.desktop.picture()
+        self.desktop.click(*place.center, RIGHT)
+        eventually(lambda: self.menu_drawn(before), PATIENCE, "a menu is drawn")
+
+        row = self.menu_rows()["Settings…"].place.center
+        self.desktop.move(*row)
+        eventually(lambda: self.menu_rows()["Settings…"].is_chosen, PATIENCE, "the pointer is on the row")
+        self.desktop.click(*row)
+
+        eventually(lambda: self.desktop.focused_title() == SETTINGS_TITLE, PATIENCE, "the settings have the keyboard")
+        self.desktop.screenshot(f"{self.desktop.name}-settings.png")
+        self.end_program()
+
+    def test_the_rows_of_the_shells_menu_have_their_icons(self) -> None:
+        program = self.running()
+        place = self.shown(program)
+        before = self.desktop.picture()
+        self.desktop.click(*place.center, RIGHT)
+        eventually(lambda: self.menu_drawn(before), PATIENCE, "a menu is drawn")
+
+        rows = self.menu_rows()
+        self.desktop.dismiss_menu()
+        self.assertEqual([title for title in MENU_TITLES if not rows[title].has_icon], [])
+
+    def menu_rows(self) -> dict[str, ShellRow]:
+        """By their titles."""
+        found = self.desktop.evaluated(ROWS_OF_SHELL)
+        return {
+            title: ShellRow(Rectangle(*map(round, place)), is_chosen, has_icon)
+            for title, place, is_chosen, has_icon in found
+        }
+
+
+class GnomeWaylandWithPortals(GnomeWaylandPanel, GnomeWithPortals):
+    name = "gnome-wayland-portals"
+
+
+class GnomeThatTellsPrograms(Gnome):
+    """What has happened, and what the user prefers."""
+
+    panel = GnomeWaylandWithPortals
 
     def test_the_shell_shows_a_notification(self) -> None:
         self.check_notification()
+
+    def test_an_open_drop_down_follows_what_the_user_prefers(self) -> None:
+        program = self.started()
+        self.open_drop_down(self.shown(program))
+        window = self.opened(program)
+
+        for dark in (True, False):
+            self.desktop.set_dark(dark)
+
+            eventually(
+                lambda dark=dark: is_readable(self.desktop.picture().crop(window.box), not dark),
+                PATIENCE,
+                f"readable, dark: {dark}",
+            )
+            self.desktop.screenshot(f"{self.desktop.name}-drop-down-{'dark' if dark else 'light'}.png")
+        self.desktop.key("Escape")
+        self.wait_until_closed(program)
 
 
 class GnomeThatTellsPlaces(GnomeWaylandPanel):
@@ -124,5 +252,5 @@ class GnomeWithTheOffer(Gnome):
 
 def load_tests(loader: unittest.TestLoader, _tests: unittest.TestSuite, _pattern: str | None) -> unittest.TestSuite:
     del loader
-    own = [case(name) for case in (GnomeThatNotifies, GnomeWithTheExtension, GnomeWithTheOffer) for name in vars(case) if name.startswith("test_")]
+    own = [case(name) for case in (GnomeThatTellsPrograms, GnomeWithTheExtension, GnomeWithTheOffer) for name in vars(case) if name.startswith("test_")]
     return unittest.TestSuite([*map(GnomeOnWayland, CHOSEN), *own])

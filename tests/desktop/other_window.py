@@ -1,0 +1,24 @@
+"""A window of another program, for tests on Wayland: other_window.py TITLE."""
+
+from __future__ import annotations
+
+import sys
+
+import gi
+
+gi.require_version("Gtk", "4.0")
+from gi.repository import Gtk  # noqa: E402
+
+SIZE = (500, 400)
+
+
+def show(application: Gtk.Application) -> None:
+    # Without a frame, which would look different as soon as the keyboard goes.
+    window = Gtk.ApplicationWindow(application=application, title=sys.argv[1], decorated=False)
+    window.set_default_size(*SIZE)
+    window.present()
+
+
+application = Gtk.Application(application_id="one.example.Other")
+application.connect("activate", show)
+application.run([])
