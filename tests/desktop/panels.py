@@ -124,6 +124,7 @@ class LxqtPanel(X11Desktop):
     name = "lxqt"
     executables = ("Xvfb", "openbox", "lxqt-panel")
     height = 32
+    settings = LXQT_PANEL
 
     def new_session(self) -> Session:
         session = super().new_session()
@@ -133,7 +134,7 @@ class LxqtPanel(X11Desktop):
 
     def start_panel(self) -> None:
         file = self.session.config / "panel.conf"
-        self.session.write(file, LXQT_PANEL)
+        self.session.write(file, self.settings)
         self.panel = self.session.spawn("panel", ["lxqt-panel", "-c", str(file)])
         self.wait_for_watcher()
 

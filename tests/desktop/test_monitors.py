@@ -4,10 +4,13 @@ from __future__ import annotations
 
 import unittest
 
-from .checks import NEAR, X11Checks, distance
+from endtoend.waiting import eventually
+
+from .checks import NEAR, X11Checks, distance, is_readable
 from .notifier_checks import NotifierChecks
-from .panels import XFCE_PANEL, XfcePanel
+from .panels import LXQT_PANEL, XFCE_PANEL, LxqtPanel, XfcePanel
 from .pictures import Rectangle
+from .program import PATIENCE
 
 FIRST, SECOND = Rectangle(0, 0, 1280, 800), Rectangle(1280, 0, 1024, 768)
 NEAR_END = 10
@@ -43,6 +46,7 @@ class OnMonitors(X11Checks, NotifierChecks):
         self.open_drop_down(place)
 
         window = self.opened(program)
+        eventually(lambda: is_readable(self.desktop.picture().crop(window.box), True), PATIENCE, "it is drawn")
         self.desktop.screenshot(f"{self.desktop.name}.png")
         self.assertTrue(self.free().contains(window), window)
         self.assertLess(distance(*place.center, window), NEAR)
@@ -80,9 +84,27 @@ class AtTheBottom(OnMonitors, unittest.TestCase):
             return Rectangle(0, FIRST.height - self.height, FIRST.width, self.height)
 
 
+class InLxqt(OnMonitors, unittest.TestCase):
+    class panel(LxqtPanel):
+        """At the bottom of the first monitor. That of Debian 12 knows only real outputs, and so one monitor."""
+
+        name = "monitors-lxqt"
+        size = TwoMonitors.size
+        width = f"width={FIRST.width}\nwidth-percent=false\nalignment=-1"
+        settings = LXQT_PANEL.replace("width=100\nwidth-percent=true", width)
+
+        def start_display(self) -> None:
+            super().start_display()
+            self.screen.set_monitors(FIRST, SECOND)
+
+        @property
+        def strip(self) -> Rectangle:
+            return Rectangle(0, FIRST.height - self.height, FIRST.width, self.height)
+
+
 CHOSEN = ("test_it_opens_beside_the_panel", "test_a_second_start_opens_it_at_the_end_of_the_panel")
 
 
 def load_tests(loader: unittest.TestLoader, _tests: unittest.TestSuite, _pattern: str | None) -> unittest.TestSuite:
     del loader
-    return unittest.TestSuite(case(chosen) for case in (AtTheTop, AtTheBottom) for chosen in CHOSEN)
+    return unittest.TestSuite(case(chosen) for case in (AtTheTop, AtTheBottom, InLxqt) for chosen in CHOSEN)
