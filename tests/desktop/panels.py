@@ -1,4 +1,4 @@
-"""Light panels, each in a session of its own. The heavy ones: heavy_panels.py."""
+"""Light panels, each in a session of its own. The heavy ones: heavy_panels.py, plasma_panels.py."""
 
 from __future__ import annotations
 

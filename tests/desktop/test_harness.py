@@ -8,7 +8,7 @@ import unittest
 
 from endtoend.waiting import eventually
 
-from . import heavy_panels, panels, scratch_item
+from . import heavy_panels, panels, plasma_panels, scratch_item
 from .desktops import Desktop
 from .pictures import changed
 from .x11 import RIGHT
@@ -138,4 +138,4 @@ class Gnome(NotifierHarnessChecks, unittest.TestCase):
 
 
 class Plasma(NotifierHarnessChecks, unittest.TestCase):
-    panel = heavy_panels.PlasmaPanel
+    panel = plasma_panels.PlasmaPanel

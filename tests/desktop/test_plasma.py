@@ -9,10 +9,10 @@ from PIL import Image
 from endtoend.waiting import eventually, never
 
 from .checks import WATCHED_SECONDS, is_readable, stays_closed
-from .heavy_panels import PlasmaPanel
 from .notifier_checks import NotifierChecks
 from .overlay import OverlayDesktop
 from .pictures import Rectangle, changed, solid_change
+from .plasma_panels import PlasmaPanel
 from .program import PATIENCE, Program
 from .settings import TITLE as SETTINGS_TITLE
 

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import unittest
 
-from .heavy_panels import PlasmaWaylandPanel
+from .plasma_panels import PlasmaWaylandPanel
 from .test_plasma import PlasmaChecks
 
 

@@ -7,8 +7,8 @@ import unittest
 
 from endtoend.waiting import eventually
 
-from .heavy_panels import PlasmaWaylandPanel
 from .panels import WaybarPanel
+from .plasma_panels import PlasmaWaylandPanel
 from .program import PATIENCE, Program
 from .settings import SettingsWindow
 
