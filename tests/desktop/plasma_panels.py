@@ -109,6 +109,7 @@ class PlasmaPanel(X11Desktop):
             "QT_QUICK_BACKEND": "software",
             "LIBGL_ALWAYS_SOFTWARE": "1",
             "QT_QPA_PLATFORM": self.platform,
+            "XDG_CONFIG_DIRS": f"{session.config}/kdedefaults:/etc/xdg",  # the first one has what global themes set
         }
         self.lay_out(session)
         self.install_entry(session)
@@ -150,6 +151,10 @@ class PlasmaPanel(X11Desktop):
         """Of the panel, which draws it a moment later. Plasma 6.3 draws only the second change after its start."""
         self.session.run(["plasma-apply-desktoptheme", name])
         eventually(lambda: self.theme() == name, START_SECONDS, f"the shell knows the theme {name}")
+
+    def set_global_theme(self, name: str) -> None:
+        """Of the panel and all programs. The shell notices it only if the user's own file with its theme is there."""
+        self.session.run(["plasma-apply-lookandfeel", "--apply", name], timeout=START_SECONDS)
 
     def theme(self) -> str:
         shell, path, script = "org.kde.plasmashell", "/PlasmaShell", "print(theme)"

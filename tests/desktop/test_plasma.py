@@ -118,3 +118,17 @@ class PlasmaChecks(NotifierChecks):
 
 class Plasma(PlasmaChecks, unittest.TestCase):
     panel = PlasmaPanel
+
+    def test_it_follows_a_global_theme_with_a_dark_panel_and_back(self) -> None:
+        place = self.shown(self.running())
+        self.addCleanup(self.wait_for_empty_panel)
+        self.addCleanup(self.end_program)
+        self.addCleanup(self.desktop.set_global_theme, "org.kde.breeze.desktop")
+        for theme in ("breeze-light", "default"):
+            self.desktop.set_theme(theme)
+
+        for name, is_light in (("breezetwilight", False), ("breeze", True)):
+            self.desktop.set_global_theme(f"org.kde.{name}.desktop")
+
+            eventually(lambda is_light=is_light: self.stands_out(place, is_light), PATIENCE, f"readable in {name}")
+            self.desktop.screenshot(f"{self.desktop.name}-{name}.png")
