@@ -13,6 +13,7 @@ endfunction()
 tarnwick_extension(item-place@tarnwick.org [["45", "46", "47", "48", "49"]]
     [[import Gio from 'gi://Gio';
 import GLib from 'gi://GLib';
+import St from 'gi://St';
 import * as Main from 'resource:///org/gnome/shell/ui/main.js';
 
 ]]
@@ -22,7 +23,7 @@ export default ItemPlace;
 ]])
 tarnwick_extension(item-place-43@tarnwick.org [["43", "44"]]
     [[/* exported init */
-const { Gio, GLib } = imports.gi;
+const { Gio, GLib, St } = imports.gi;
 const Main = imports.ui.main;
 
 ]]

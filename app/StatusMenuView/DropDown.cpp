@@ -64,6 +64,8 @@ void DropDown::toggle(std::optional<ScreenPoint> at) {
         close();
     } else if (std::exchange(mayBeSameClick_, false)) {
         presses_.reset();
+    } else if (at && findItem && !shell_ && !ScreenPixels::pointer()) {
+        openAtItem(at); // GNOME tells a click in pixels, and the item's place in units
     } else if (at) {
         open(clickedAt(*at));
     } else {
@@ -83,12 +85,13 @@ void DropDown::openAtPointer() {
     }
 }
 
-void DropDown::openAtItem() {
+void DropDown::openAtItem(std::optional<ScreenPoint> otherwise) {
     if (isOpen() || !findItem) {
-        open(std::nullopt);
+        open(otherwise);
     } else if (!itemSearch_) {
         itemSearch_ = std::make_unique<Lifeline>();
-        findItem(itemSearch_->guarded([this](std::optional<ScreenPoint> found) { open(found); }));
+        findItem(itemSearch_->guarded(
+            [this, otherwise](std::optional<ScreenPoint> found) { open(found ? found : otherwise); }));
     }
 }
 

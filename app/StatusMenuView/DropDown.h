@@ -37,8 +37,8 @@ public:
     void open(std::optional<ScreenPoint> at);
     /// At once, or when the pointer, or else the item, has been found.
     void openAtPointer();
-    /// At once, or when the item has been found.
-    void openAtItem();
+    /// At once, or when the item has been found. Where it is not found it opens at the other place, if any.
+    void openAtItem(std::optional<ScreenPoint> otherwise = std::nullopt);
     void close();
 
     [[nodiscard]] bool isOpen() const { return window_ != nullptr; }

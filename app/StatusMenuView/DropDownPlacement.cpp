@@ -109,6 +109,12 @@ QRect place(std::optional<QPoint> click, QSize size, const QRect& screen, const 
         size};
 }
 
+QRect inUnits(const QRect& screen, QSize overlay, double ratio) {
+    const QSizeF pixels = QSizeF(overlay) * ratio;
+    const bool isInPixels = pixels.width() <= screen.width() && pixels.height() <= screen.height();
+    return isInPixels ? QRect(screen.topLeft(), screen.size() / ratio) : screen;
+}
+
 Overlaid overlaid(std::optional<QPoint> click, const QRect& screen, QSize overlay) {
     if (!click) {
         return {.origin = screen.topLeft(), .available = QRect(screen.topLeft(), overlay)};

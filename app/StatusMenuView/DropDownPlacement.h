@@ -17,6 +17,11 @@ namespace tarnwick::DropDownPlacement {
 [[nodiscard]] QRect place(
     std::optional<QPoint> click, QSize size, const QRect& screen, const QRect& available);
 
+/// The screen in the units of the overlay, which covers most of it. GNOME counts screens in pixels unless the
+/// user has let it scale by fractions, and windows in units of `ratio` pixels; the toolkit passes this on up
+/// to version 6.4. The corner stays where it is.
+[[nodiscard]] QRect inUnits(const QRect& screen, QSize overlay, double ratio);
+
 /// What an overlay covers of its screen.
 struct Overlaid {
     QPoint origin;   ///< its upper left corner

@@ -121,6 +121,9 @@ void DropDownWindow::openOverlay() {
                 dismiss();
             }
         }});
+    if (const QWindow* const window = windowHandle()) {
+        connect(window, &QWindow::screenChanged, this, [this] { fit(); });
+    }
 }
 
 void DropDownWindow::end() {
@@ -171,9 +174,20 @@ void DropDownWindow::fitWindow() {
     move(place.topLeft() - panel_.topLeft());
 }
 
+std::pair<QRect, std::optional<QPoint>> DropDownWindow::overlaidPlace() const {
+    const auto [expected, click] = openingPlace();
+    const bool isPlaced = shell_ != nullptr || windowHandle() == nullptr;
+    const QScreen* const screen = isPlaced ? expected : windowHandle()->screen();
+    if (screen == nullptr) {
+        return {rect(), click};
+    }
+    return {
+        DropDownPlacement::inUnits(screen->geometry(), size(), screen->devicePixelRatio()),
+        screen == expected ? click : std::nullopt};
+}
+
 void DropDownWindow::fitOverlay() {
-    const auto [screen, click] = openingPlace();
-    const QRect area = screen != nullptr ? screen->geometry() : rect();
+    const auto [area, click] = overlaidPlace();
     const DropDownPlacement::Overlaid overlaid = DropDownPlacement::overlaid(click, area, this->size());
     // Without a click it is unknown at which edges there are panels.
     const QRect known = click ? area : overlaid.available;

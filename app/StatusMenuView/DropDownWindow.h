@@ -63,6 +63,8 @@ private:
     void fitOverlay();
     /// Where it was opened, and the screen that this is on; neither is known of some desktops.
     [[nodiscard]] std::pair<const QScreen*, std::optional<QPoint>> openingPlace() const;
+    /// The same for an overlay, which may have come to another screen, in its units.
+    [[nodiscard]] std::pair<QRect, std::optional<QPoint>> overlaidPlace() const;
     /// After a key may have highlighted another row.
     void revealHighlight();
     bool chooseByKey(const QKeyEvent& event);

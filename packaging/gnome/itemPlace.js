@@ -36,7 +36,10 @@ class ItemPlace {
         }
         const [x, y] = item.container.get_transformed_position();
         const [width, height] = item.container.get_transformed_size();
-        const middle = [Math.round(x + width / 2), Math.round(y + height / 2)];
+        // The shell counts in pixels unless scales are fractions, programs in units. Monitors stay where they are.
+        const pixels = St.ThemeContext.get_for_stage(global.stage).scale_factor;
+        const {x: left, y: top} = Main.layoutManager.primaryMonitor;
+        const middle = [left + (x + width / 2 - left) / pixels, top + (y + height / 2 - top) / pixels].map(Math.round);
         invocation.return_value(new GLib.Variant('((ii))', [middle]));
     }
 }

@@ -9,20 +9,26 @@
 #include <QWindow>
 #include <qpa/qplatformnativeinterface.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace tarnwick {
 
 namespace {
 
+/// The toolkit wants one that is not const. Null when it has gone.
+QScreen* ofToolkit(const QScreen* screen) {
+    const QList<QScreen*> all = QGuiApplication::screens();
+    const auto found = std::ranges::find(all, screen);
+    return found != all.end() ? *found : nullptr;
+}
+
 wl_output* outputOf(const QScreen* screen) {
-    for (QScreen* const one : QGuiApplication::screens()) {
-        if (one == screen) {
-            return static_cast<wl_output*>(
-                QGuiApplication::platformNativeInterface()->nativeResourceForScreen("output", one));
-        }
-    }
-    return nullptr;
+    QScreen* const found = ofToolkit(screen);
+    return found != nullptr
+               ? static_cast<wl_output*>(
+                     QGuiApplication::platformNativeInterface()->nativeResourceForScreen("output", found))
+               : nullptr;
 }
 
 } // namespace
@@ -54,6 +60,9 @@ ScreenOverlay::ScreenOverlay(Needs needs) : needs_(std::move(needs)) {
     if (needs_.shell != nullptr) {
         giveRole();
     } else {
+        if (QScreen* const expected = ofToolkit(needs_.screen)) {
+            needs_.window.setScreen(expected); // until the compositor tells where the window is
+        }
         needs_.window.setWindowState(Qt::WindowMaximized);
         Foreground::show(needs_.window);
     }

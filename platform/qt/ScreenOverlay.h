@@ -30,7 +30,7 @@ public:
     struct Needs {
         Wayland::LayerShell* shell; ///< may be null
         QWidget& window;            ///< made with `flags`, hidden; shown as soon as it has its size
-        const QScreen* screen;      ///< null: the compositor chooses, as it does for a maximized window
+        const QScreen* screen; ///< null: the compositor chooses; it may put a maximized window on another one
         Wayland::LayerSurface::Cover cover;
         std::function<void()> onClosed; ///< the compositor has taken it away
     };

@@ -188,6 +188,7 @@ class GnomeThatTellsPlaces(GnomeWaylandPanel):
     name = "gnome-places"
     extensions = "['ubuntu-appindicators@ubuntu.com', 'item-place@tarnwick.org', 'item-place-43@tarnwick.org']"
     is_on = True
+    beside_workspaces = 64  # GNOME 43 has the word "Activities" there, which does not move
 
     def start_display(self) -> None:
         super().start_display()
@@ -205,8 +206,9 @@ class GnomeThatTellsPlaces(GnomeWaylandPanel):
 
     @property
     def strip(self) -> Rectangle:
-        beside_workspaces = 64  # GNOME 43 has the word "Activities" there, which does not move
-        return Rectangle(beside_workspaces, 0, self.area.width * 3 // 8 - beside_workspaces, self.height)
+        return Rectangle(
+            self.beside_workspaces, 0, self.area.width * 3 // 8 - self.beside_workspaces, self.height
+        )
 
 
 class GnomeWithTheExtension(Gnome):

@@ -139,6 +139,19 @@ TEST(DropDownPlacement, AnOverlayOfTheWholeScreenLeavesRoomForThePanelThatWasCli
     EXPECT_EQ(available({900, 500}), screen); // a key press, or a menu
 }
 
+TEST(DropDownPlacement, AScreenToldInPixelsIsCountedInTheOverlaysUnits) {
+    const QRect pixels(1600, 0, 2560, 1600);
+
+    EXPECT_EQ(DropDownPlacement::inUnits(pixels, {1280, 768}, 2), QRect(1600, 0, 1280, 800));
+}
+
+TEST(DropDownPlacement, AScreenToldInUnitsStaysAsItIs) {
+    const QRect units(1600, 0, 1280, 800);
+
+    EXPECT_EQ(DropDownPlacement::inUnits(units, {1210, 768}, 2), units);
+    EXPECT_EQ(DropDownPlacement::inUnits(units, {1280, 768}, 1), units);
+}
+
 TEST(DropDownPlacement, WithoutAClickAnOverlayIsTakenAsItIs) {
     const auto overlaid = DropDownPlacement::overlaid(std::nullopt, screen, QSize(1920, 1040));
 

@@ -301,6 +301,25 @@ TEST_F(DropDownTest, AnItemThatIsNotFoundDoesNotKeepItClosed) {
     EXPECT_TRUE(dropDown.isOpen());
 }
 
+TEST_F(DropDownTest, AClickOpensItWhereTheItemIsFoundOrElseWhereItWas) {
+    DropDown::Found found;
+    dropDown.findItem = [&found](DropDown::Found told) { found = std::move(told); };
+    dropDown.open(click);
+    const QRect atClick = dropDown.window()->frameGeometry();
+    dropDown.close();
+
+    dropDown.toggle(ScreenPoint{.x = 2 * click.x, .y = 2 * click.y});
+    ASSERT_TRUE(dropDown.looksForItem());
+    found(click);
+    EXPECT_EQ(dropDown.window()->frameGeometry(), atClick);
+
+    dropDown.close();
+    loop.advance(1);
+    dropDown.toggle(click);
+    found(std::nullopt);
+    EXPECT_EQ(dropDown.window()->frameGeometry(), atClick);
+}
+
 TEST_F(DropDownTest, AClickWhileTheItemIsLookedForEndsThat) {
     DropDown::Found found;
     dropDown.findItem = [&found](DropDown::Found told) { found = std::move(told); };
