@@ -12,6 +12,18 @@ target_compile_options(tarnwick_options INTERFACE -Wall -Wextra -Wpedantic -Wsha
 target_compile_options(tarnwick_options INTERFACE $<$<CONFIG:Release>:-ffunction-sections>)
 target_compile_definitions(tarnwick_options INTERFACE _FILE_OFFSET_BITS=64)
 
+# What a mistake in memory can be used for, made small; what distributions ask for. Fortifying needs the optimizer.
+if(NOT TARNWICK_SANITIZE AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    target_compile_options(tarnwick_options INTERFACE
+        -fPIE -fstack-protector-strong -fstack-clash-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+    target_link_options(tarnwick_options INTERFACE -pie LINKER:-z,relro,-z,now)
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|i.86")
+        target_compile_options(tarnwick_options INTERFACE -fcf-protection)
+    elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64")
+        target_compile_options(tarnwick_options INTERFACE -mbranch-protection=standard)
+    endif()
+endif()
+
 if(TARNWICK_SANITIZE)
     target_compile_options(tarnwick_options INTERFACE
         -fsanitize=${TARNWICK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

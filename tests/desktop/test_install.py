@@ -5,6 +5,7 @@ from __future__ import annotations
 import json
 import os
 import pathlib
+import platform
 import re
 import shutil
 import subprocess
@@ -191,6 +192,32 @@ class Installed(unittest.TestCase):
     def test_nothing_names_the_place_of_the_sources(self) -> None:
         for name in PROGRAMS:
             self.assertNotIn(str(SOURCES).encode(), (self.folder / "bin" / name).read_bytes())
+
+    @unittest.skipUnless(built_for_release(), "other builds are not hardened")
+    def test_mistakes_in_memory_are_hard_to_use(self) -> None:
+        for name in PROGRAMS:
+            program = self.folder / "bin" / name
+            told = {
+                option: subprocess.run(
+                    ["readelf", "-W", option, program], capture_output=True, text=True, timeout=PATIENCE, check=True
+                ).stdout
+                for option in ("--file-header", "--program-headers", "--dynamic", "--dyn-syms")
+            }
+            with self.subTest(name):
+                self.assertRegex(told["--file-header"], r"Type: +DYN")
+                self.assertRegex(told["--dynamic"], r"\(FLAGS_1\).*NOW.*PIE")
+                self.assertIn("GNU_RELRO", told["--program-headers"])
+                self.assertRegex(told["--program-headers"], r"GNU_STACK .* RW +0x")
+                self.assertIn(" __stack_chk_fail@", told["--dyn-syms"])
+                self.assertRegex(told["--dyn-syms"], r" __\w+_chk@")
+                if platform.machine() == "x86_64":
+                    self.assertRegex(self.code_of(program, "main"), r"<main>:\n[^\n]*\tendbr64")
+
+    @staticmethod
+    def code_of(program: pathlib.Path, function: str) -> str:
+        return subprocess.run(
+            ["objdump", "--disassemble=" + function, program], capture_output=True, text=True, timeout=PATIENCE, check=True
+        ).stdout
 
 
 if __name__ == "__main__":
