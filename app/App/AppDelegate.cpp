@@ -89,7 +89,8 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       panelTheme_(loop, ThemeFolders::ofSession()),
       programColors_(loop, ThemeFolders::ofSession()),
       itemFinder_(bus),
-      extensionOffer_(bus, monitor_, StatsStore::supportDirectory() / "Tarnwick" / "extension-answered") {
+      extensionOffer_(bus, monitor_, StatsStore::supportDirectory() / "Tarnwick" / "extension-answered"),
+      replacement_(loop, [this] { monitor_.setNotice(newVersionNotice()); }) {
     settings_.tellMistakes([this](const std::vector<std::string>& mistakes) {
         for (const std::string& mistake : mistakes) {
             say(Text::printable(mistake));
@@ -132,13 +133,16 @@ std::function<void()> AppDelegate::allowingPing() {
 void AppDelegate::makeStatusItem(const Setup& setup) {
     settingsModel_.allowPinging = allowingPing();
     settingsModel_.answerOffer = [this](bool switchOn) { extensionOffer_.answer(switchOn); };
+    settingsModel_.restart = setup.restart;
     settingsModel_.networkServers = [] {
         return NetworkServers{.routers = Routers::present(), .nameServers = NameServers::present()};
     };
     windows_ = std::make_unique<DesktopWindows>(
         loop_, monitor_.observedReading(), menu_, settingsModel_, setup.version,
         NoticeActions{
-            .allowPinging = settingsModel_.allowPinging, .answerOffer = settingsModel_.answerOffer});
+            .allowPinging = settingsModel_.allowPinging,
+            .answerOffer = settingsModel_.answerOffer,
+            .restart = setup.restart});
     panelMenu_ = std::make_unique<PanelMenuText>(
         loop_, monitor_.observedReading(), menu_,
         PanelMenuText::Actions{

@@ -15,6 +15,7 @@
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/ItemFinder.h"
 #include "platform/bus/LogindSleepMonitor.h"
+#include "platform/linux/ProgramReplacement.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/panel/NotifierStatusItem.h"
 #include "platform/panel/PanelStatusItem.h"
@@ -41,6 +42,7 @@ public:
         /// The activation token of a person's start. With it the drop-down opens once when it turns out that
         /// no panel shows the item.
         std::optional<std::string> tokenWithoutPanel = std::nullopt;
+        std::function<void()> restart = nullptr; ///< ends the program and starts its file anew
     };
 
     /// The loop and the bus outlive the delegate.
@@ -87,6 +89,7 @@ private:
     ThemeWatch programColors_; ///< followed in Plasma
     ItemFinder itemFinder_;
     ExtensionOffer extensionOffer_;
+    ProgramReplacement replacement_;
     Subscription colorChange_;
     std::unique_ptr<DesktopWindows> windows_;
     std::unique_ptr<PanelMenuText> panelMenu_;

@@ -7,6 +7,7 @@
 #include "app/CommandLine/StartUp.h"
 #include "platform/bus/InstanceGuard.h"
 #include "platform/linux/OwnIcons.h"
+#include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
 #include "platform/linux/SignalWatch.h"
 #include "platform/loop/EpollRunLoop.h"
@@ -76,8 +77,13 @@ void serve(AppDelegate& delegate, Instance::Request request, const std::string& 
     }
 }
 
+struct Ending {
+    int status;
+    bool wantsRestart; ///< of the program's file, which is a newer one by now
+};
+
 /// The toolkit gets no arguments: this program does not offer its options.
-int runApplication(const AppOptions& options, std::string name, const Instance::LaunchTokens& tokens) {
+Ending runApplication(const AppOptions& options, std::string name, const Instance::LaunchTokens& tokens) {
     ScreenOverlay::prepare();
     int count = 1;
     std::array<char*, 2> arguments{name.data(), nullptr};
@@ -91,6 +97,7 @@ int runApplication(const AppOptions& options, std::string name, const Instance::
     const QtLoopHost host(loop);
     const SignalWatch signals(loop, terminationSignals, [](int /*signal*/) { QCoreApplication::exit(); });
     BusConnection bus(loop, BusConnection::sessionAddress());
+    bool wantsRestart = false;
     std::unique_ptr<AppDelegate> delegate;
     const auto begin = [&](Instance::Result result) {
         if (WindowSystem::isX11()) {
@@ -108,7 +115,11 @@ int runApplication(const AppOptions& options, std::string name, const Instance::
                 .iconFolder = ownIcons(isSandboxed()).string(),
                 .tokenWithoutPanel = options.request == AppOptions::Request::none
                                          ? std::optional(tokens.activation)
-                                         : std::nullopt});
+                                         : std::nullopt,
+                .restart = [&wantsRestart] {
+                    wantsRestart = true;
+                    QCoreApplication::exit();
+                }});
         if (options.request != AppOptions::Request::none) {
             serve(*delegate, requestFor(options), tokens.activation);
         }
@@ -121,7 +132,8 @@ int runApplication(const AppOptions& options, std::string name, const Instance::
             serve(*delegate, asked, activationToken);
         }
     };
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    return {.status = status, .wantsRestart = wantsRestart};
 }
 
 int start(const std::vector<std::string>& arguments, const std::string& name) {
@@ -140,7 +152,13 @@ int start(const std::vector<std::string>& arguments, const std::string& name) {
         std::fprintf(stderr, "tarnwick: %s; tarnwick-watch shows the same in a terminal\n", problem->c_str());
         return EXIT_FAILURE;
     }
-    return runApplication(options, name, Instance::takeLaunchTokens());
+    const Ending ending = runApplication(options, name, Instance::takeLaunchTokens());
+    if (ending.wantsRestart) {
+        becomeProgramAnew(options.forRestart());
+        std::fputs("tarnwick: the new version could not be started\n", stderr);
+        return EXIT_FAILURE;
+    }
+    return ending.status;
 }
 
 } // namespace

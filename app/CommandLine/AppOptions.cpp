@@ -69,6 +69,14 @@ const ProgramTable& AppOptions::table() {
     return appTable;
 }
 
+std::vector<std::string> AppOptions::forRestart() const {
+    std::vector<std::string> arguments{"--from-session"};
+    for (const std::string& text : settingTexts) {
+        arguments.push_back("--set=" + text);
+    }
+    return arguments;
+}
+
 std::variant<AppOptions, UsageError> parseAppOptions(const std::vector<std::string>& arguments) {
     AppOptions options;
     ArgumentParser parser(arguments, appParserOptions);

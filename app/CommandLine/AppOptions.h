@@ -21,6 +21,9 @@ struct AppOptions : CommonOptions {
     Request request = Request::none;
 
     [[nodiscard]] static const ProgramTable& table();
+
+    /// The arguments of a start that goes on with the same settings and opens nothing.
+    [[nodiscard]] std::vector<std::string> forRestart() const;
 };
 
 /// `arguments` without the program's name.

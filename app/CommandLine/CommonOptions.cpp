@@ -21,6 +21,7 @@ std::optional<UsageError> CommonOptions::apply(int letter, const ArgumentParser&
         }
         auto& [key, value] = std::get<Setting>(setting);
         settings.insert_or_assign(std::move(key), std::move(value));
+        settingTexts.push_back(ArgumentParser::value());
         return std::nullopt;
     }
     case ArgumentParser::missingValue:

@@ -6,6 +6,8 @@
 #include "app/CommandLine/SettingArgument.h"
 
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace tarnwick {
 
@@ -21,7 +23,8 @@ struct CommonOptions {
 
     bool help = false;
     bool version = false;
-    UserDefaults::Table settings; ///< for this run only; of a key given twice the last value
+    UserDefaults::Table settings;          ///< for this run only; of a key given twice the last value
+    std::vector<std::string> settingTexts; ///< the same as they were given: "KEY=VALUE"
 
     /// Applies what the parser has found, unless it is one of the program's own options. Returns an error.
     [[nodiscard]] std::optional<UsageError> apply(int letter, const ArgumentParser& parser);

@@ -111,6 +111,11 @@ int NoticesView::addCard(const Notice& notice, const NoticeActions& actions, int
             {left - style.length(buttonGap), topRight.y()});
         bottom = childrenRect().bottom() + 1;
     }
+    if (notice.kind == Notice::Kind::newVersion && actions.restart) {
+        addButton(
+            QStringLiteral("Restart"), actions.restart, {width_ - padding, bottom + style.length(partGap)});
+        bottom = childrenRect().bottom() + 1;
+    }
     cards_.emplace_back(0, top, width_, bottom + padding - top);
     return cards_.back().bottom() + 1;
 }

@@ -15,6 +15,8 @@ struct NoticeActions {
     std::function<void()> allowPinging = nullptr;
     /// Answers the offer of an extension; null where nothing takes the answer.
     std::function<void(bool switchOn)> answerOffer = nullptr;
+    /// Starts the program's file anew in place of this process; null where nothing can.
+    std::function<void()> restart = nullptr;
 };
 
 class NoticesView final : public ReadAloudWidget {

@@ -90,6 +90,10 @@ Notice extensionNotice() {
                 "drop-down always open there."};
 }
 
+Notice newVersionNotice() {
+    return {.kind = Notice::Kind::newVersion, .text = "Restart to use the new version."};
+}
+
 Notices noticesOf(const Measurements& measured) {
     Notices notices = measured.notices;
     for (auto& notice : {pingNotice(measured), recordingNotice(measured), unreadableNotice(measured)}) {

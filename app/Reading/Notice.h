@@ -18,6 +18,7 @@ struct Notice {
         noPanel,         ///< no panel shows the status item
         notRecorded,     ///< this process does not store the statistics
         unreadableStats, ///< a statistics file that could not be read was kept aside
+        newVersion,      ///< the program's file is newer than what runs
         offersExtension, ///< the desktop's shell could do more with an extension of ours
     };
 
@@ -37,6 +38,8 @@ using Notices = std::vector<Notice>;
 [[nodiscard]] Notice settingsNotice(const std::vector<std::string>& mistakes);
 
 [[nodiscard]] Notice extensionNotice();
+
+[[nodiscard]] Notice newVersionNotice();
 
 /// GNOME can show status items, but does so only with an extension.
 [[nodiscard]] Notice noPanelNotice(bool isGnome);

@@ -9,6 +9,7 @@
 #include "platform/bus/LogindSleepMonitor.h"
 #include "platform/linux/OwnIcons.h"
 #include "platform/linux/PingPermission.h"
+#include "platform/linux/ProgramReplacement.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/Sandbox.h"
 #include "platform/linux/SignalWatch.h"
@@ -90,6 +91,7 @@ private:
             .store = StatsStore::defaultStore(),
             .missingPingPermission = [] { return PingPermission::grantingCommand(); },
         }};
+    ProgramReplacement replacement_{loop_, [this] { monitor_.setNotice(newVersionNotice()); }};
 };
 
 /// What is to be said once the terminal has been restored.

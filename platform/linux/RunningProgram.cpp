@@ -1,7 +1,8 @@
 #include "platform/linux/RunningProgram.h"
 
-#include <string>
+#include <csignal>
 #include <string_view>
+#include <unistd.h>
 
 namespace tarnwick {
 
@@ -26,6 +27,25 @@ std::optional<fs::path> runningProgram(const fs::path& self) {
         }
     }
     return std::nullopt;
+}
+
+void becomeProgramAnew(const std::vector<std::string>& arguments) {
+    const auto program = runningProgram();
+    if (!program) {
+        return;
+    }
+    std::vector<std::string> words{program->string()};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    sigset_t none{};
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    ::execv(program->c_str(), pointers.data());
 }
 
 } // namespace tarnwick

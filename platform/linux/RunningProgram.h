@@ -3,6 +3,8 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace tarnwick {
 
@@ -10,5 +12,9 @@ namespace tarnwick {
 /// does not tell the path, or when no file is there. `self` is the kernel's link to the running program.
 [[nodiscard]] std::optional<std::filesystem::path> runningProgram(
     const std::filesystem::path& self = "/proc/self/exe");
+
+/// Starts the file at that path in place of this process, which has ended its work: only standard descriptors
+/// stay open, and no signal is blocked. `arguments` without the program's name. Returns only when it fails.
+void becomeProgramAnew(const std::vector<std::string>& arguments);
 
 } // namespace tarnwick

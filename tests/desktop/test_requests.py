@@ -6,6 +6,7 @@ import configparser
 import os
 import pathlib
 import shlex
+import shutil
 import subprocess
 import tempfile
 import unittest
@@ -15,7 +16,7 @@ from Xlib import X, display
 from endtoend.waiting import eventually, never
 
 from .panels import LatePanel
-from .program import PATIENCE, PROGRAM, Program, pings_sent
+from .program import APPLICATION, HOST, PATIENCE, PROGRAM, Program, pings_sent
 from .x11 import X11Screen
 
 ENTRY = pathlib.Path(__file__).resolve().parents[2] / "packaging/org.tarnwick.tarnwick.desktop"
@@ -71,6 +72,34 @@ class Requests(unittest.TestCase):
 
     def second_output(self) -> str:
         return self.desktop.session.log("second")
+
+    def test_a_newer_program_in_its_place_is_told_and_started_at_a_click(self) -> None:
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        place = pathlib.Path(folder.name) / "tarnwick"
+        shutil.copy2(PROGRAM, place)
+        process = self.desktop.session.spawn("replaced", [str(place), "--from-session", "--set", f"Hostname={HOST}"])
+        self.addCleanup(self.desktop.session.kill, process)
+        eventually(lambda: self.desktop.session.bus.owner(INSTANCE), PATIENCE, "it runs")
+        running = pathlib.Path(f"/proc/{process.pid}/exe")
+
+        newer = place.with_name("newer")
+        shutil.copy2(PROGRAM, newer)
+        newer.rename(place)
+        self.assertTrue(os.readlink(running).endswith("(deleted)"))
+        subprocess.run(
+            [str(place), "--show"], env=self.desktop.session.environment, check=True, timeout=PATIENCE, capture_output=True
+        )
+
+        def told() -> bool:
+            return "Restart to use the new version." in self.desktop.accessible(APPLICATION).texts()
+
+        eventually(told, PATIENCE, "it tells of the new version")
+        self.desktop.act(APPLICATION, "Restart")
+        eventually(lambda: os.readlink(running) == str(place), PATIENCE, "the new version runs in its place")
+        eventually(lambda: self.desktop.session.bus.process(INSTANCE) == process.pid, PATIENCE, "it answers")
+        command = pathlib.Path(f"/proc/{process.pid}/cmdline").read_bytes().split(b"\0")[1:-1]
+        self.assertEqual(command, [b"--from-session", f"--set=Hostname={HOST}".encode()])
 
     def test_settings_for_a_run_are_refused_while_another_runs(self) -> None:
         program = self.started()

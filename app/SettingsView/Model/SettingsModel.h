@@ -33,6 +33,8 @@ public:
     std::function<void()> allowPinging;
     /// Answers the offer of an extension; null where nothing takes the answer. Set by the owner.
     std::function<void(bool switchOn)> answerOffer;
+    /// Likewise of a newer version.
+    std::function<void()> restart;
 
     /// Reads what machines the network has; null where nothing can. Set by the owner.
     std::function<NetworkServers()> networkServers;

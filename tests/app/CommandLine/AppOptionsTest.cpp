@@ -57,6 +57,16 @@ TEST(AppOptions, SettingsAreTaken) {
             Setting("PingInterval", 5.0), Setting("PanelFace", std::string("wide"))));
 }
 
+TEST(AppOptions, ARestartGoesOnWithTheSameSettingsAndOpensNothing) {
+    const AppOptions restarted = appOptions(
+        appOptions({"--show", "--set", "PingInterval=5", "--set=Hostname=a.example"}).forRestart());
+
+    EXPECT_EQ(restarted.request, AppOptions::Request::stay);
+    EXPECT_THAT(
+        restarted.settings, testing::UnorderedElementsAre(
+                                Setting("PingInterval", 5.0), Setting("Hostname", std::string("a.example"))));
+}
+
 TEST(AppOptions, ARequestIsTaken) {
     using Request = AppOptions::Request;
 

@@ -199,6 +199,22 @@ TEST_F(NoticesViewTest, TheOfferOfAnExtensionIsAnsweredByTwoButtons) {
     EXPECT_THAT(answers, ElementsAre(true, false));
 }
 
+TEST_F(NoticesViewTest, ANewVersionIsStartedByAButton) {
+    int restarts = 0;
+    const NoticeActions actions{.restart = [&restarts] { ++restarts; }};
+    QWidget parent;
+    NoticesView view({newVersionNotice()}, actions, 300, &parent);
+    view.resize(view.sizeHint());
+    const auto* const button = view.findChild<QPushButton*>();
+    ASSERT_NE(button, nullptr);
+    EXPECT_EQ(button->text(), "Restart");
+    EXPECT_TRUE(view.rect().contains(button->geometry()));
+
+    view.findChild<QPushButton*>()->click();
+
+    EXPECT_EQ(restarts, 1);
+}
+
 TEST_F(NoticesViewTest, WhereNothingTakesTheAnswerTheOfferHasNoButtons) {
     QWidget parent;
     NoticesView view({extensionNotice()}, {}, 300, &parent);
