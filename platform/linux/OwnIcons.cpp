@@ -12,7 +12,10 @@ fs::path ownIcons(bool isSandboxed, const std::optional<fs::path>& program) {
     }
     const fs::path folder = (program->parent_path() / TARNWICK_ICONS_FROM_PROGRAM).lexically_normal();
     std::error_code error;
-    return fs::is_regular_file(folder / "hicolor/scalable/apps" / (std::string(applicationId) + ".svg"), error) ? folder : fs::path();
+    return fs::is_regular_file(
+               folder / "hicolor/scalable/apps" / (std::string(applicationId) + ".svg"), error)
+               ? folder
+               : fs::path();
 }
 
 } // namespace tarnwick

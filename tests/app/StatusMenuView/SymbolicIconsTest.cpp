@@ -137,7 +137,8 @@ TEST(SymbolicIcons, EveryShapeTakesTheColorOfThePanelsText) {
 }
 
 TEST(SymbolicIcons, TheProgramHasAnIconOfAnySize) {
-    EXPECT_TRUE(QSvgRenderer(QString(TARNWICK_ICONS "/hicolor/scalable/apps/org.tarnwick.tarnwick.svg")).isValid());
+    EXPECT_TRUE(
+        QSvgRenderer(QString(TARNWICK_ICONS "/hicolor/scalable/apps/org.tarnwick.tarnwick.svg")).isValid());
 }
 
 TEST(MenuIcons, ThereIsOneForEveryItemWithoutAThemeToo) {

@@ -72,8 +72,8 @@ TEST_F(NotificationDaemonTest, IsGivenEverythingThatItShows) {
     EXPECT_THAT(
         notification.hints,
         UnorderedElementsAre(
-            Pair("desktop-entry", Hint("org.tarnwick.tarnwick")), Pair("sound-name", Hint("message-new-instant")),
-            Pair("urgency", Hint(std::uint8_t{1}))));
+            Pair("desktop-entry", Hint("org.tarnwick.tarnwick")),
+            Pair("sound-name", Hint("message-new-instant")), Pair("urgency", Hint(std::uint8_t{1}))));
 }
 
 TEST_F(NotificationDaemonTest, ReplacesNoEarlierNotification) {
@@ -92,7 +92,9 @@ TEST_F(NotificationDaemonTest, GetsTheProgramsOwnIconAsAFile) {
 
     center_.post("title", "");
 
-    EXPECT_EQ(shown().icon, "file://" + (icons_.path() / "hicolor/scalable/apps/org.tarnwick.tarnwick.svg").string());
+    EXPECT_EQ(
+        shown().icon,
+        "file://" + (icons_.path() / "hicolor/scalable/apps/org.tarnwick.tarnwick.svg").string());
 }
 
 TEST_F(NotificationDaemonTest, GetsAUriOfAnIconInAFolderOfAnyName) {
@@ -104,8 +106,8 @@ TEST_F(NotificationDaemonTest, GetsAUriOfAnIconInAFolderOfAnyName) {
     center.post("title", "");
 
     EXPECT_EQ(
-        shown().icon,
-        "file://" + icons_.path().string() + "/50%25%20%C3%A9%20%23%3F/hicolor/scalable/apps/org.tarnwick.tarnwick.svg");
+        shown().icon, "file://" + icons_.path().string()
+                          + "/50%25%20%C3%A9%20%23%3F/hicolor/scalable/apps/org.tarnwick.tarnwick.svg");
 }
 
 TEST_F(NotificationDaemonTest, GetsTheThemesIconWhenTheFileHasGone) {
