@@ -36,7 +36,8 @@ QColor edgeColor(const QPalette& palette) {
     return color;
 }
 
-/// From the inside out: the window asks for the form's size before the layouts' own requests have got there.
+/// Computes the sizes of a widget and of all that contain it up to the window, at once. The window asks for
+/// the form's size before the layouts would do so.
 void activateLayouts(QWidget* from) {
     for (QWidget* each = from; each != nullptr && !each->isWindow(); each = each->parentWidget()) {
         if (each->layout() != nullptr) {

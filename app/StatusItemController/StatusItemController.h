@@ -37,8 +37,7 @@ public:
     virtual void toggleDropDown(std::optional<ScreenPoint> at) = 0;
     virtual void showSettings() = 0;
     virtual void showAbout() = 0;
-    /// Lets the next window open in front of others, also one of another part of the program: a click asked
-    /// for it.
+    /// To be called before a click opens a window: it may then open in front of other programs' windows.
     virtual void expectWindow() = 0;
     /// Returns at once; `answered` is called later with whether it was confirmed, perhaps never.
     virtual void ask(const Question& question, std::function<void(bool)> answered) = 0;

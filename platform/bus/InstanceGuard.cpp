@@ -39,7 +39,7 @@ PlatformData platformData(const std::string& activationToken) {
     return data;
 }
 
-/// Of a variable, which leaves the environment.
+/// The value of a variable, which is removed from the environment; empty without one.
 std::string taken(const char* variable) {
     const char* const value = std::getenv(variable);
     std::string text = value != nullptr ? value : "";
