@@ -5,11 +5,14 @@
 
 #include <QGuiApplication>
 #include <QProcess>
+#include <QProcessEnvironment>
+#include <QScreen>
 #include <QWindow>
 #include <qpa/qplatformnativeinterface.h>
 
 #include <csignal>
 #include <cstdint>
+#include <string>
 #include <unistd.h>
 #include <utility>
 
@@ -47,6 +50,32 @@ std::string tokenForAnother() {
          .serial = static_cast<std::uint32_t>(serial)});
 }
 
+/// With it the started program's window counts on X11 as wanted at the user's latest click or key here. Empty
+/// elsewhere, and before that.
+std::string startupIdForAnother() {
+    if (!WindowSystem::isX11()) {
+        return "";
+    }
+    const auto wanted =
+        reinterpret_cast<std::uintptr_t>(QGuiApplication::platformNativeInterface()->nativeResourceForScreen(
+            "appusertime", QGuiApplication::primaryScreen()));
+    static int started = 0;
+    return wanted == 0 ? ""
+                       : "tarnwick-" + std::to_string(::getpid()) + "-" + std::to_string(++started) + "_TIME"
+                             + std::to_string(wanted);
+}
+
+QProcessEnvironment environmentForAnother() {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    if (const std::string token = tokenForAnother(); !token.empty()) {
+        environment.insert("XDG_ACTIVATION_TOKEN", QString::fromStdString(token));
+    }
+    if (const std::string id = startupIdForAnother(); !id.empty()) {
+        environment.insert("DESKTOP_STARTUP_ID", QString::fromStdString(id));
+    }
+    return environment;
+}
+
 } // namespace
 
 void startBeside(const QString& program, const QStringList& arguments, DesktopOpened ended) {
@@ -56,11 +85,7 @@ void startBeside(const QString& program, const QStringList& arguments, DesktopOp
     opener->setStandardOutputFile(QProcess::nullDevice());
     opener->setStandardErrorFile(QProcess::nullDevice());
     opener->setChildProcessModifier(standAlone);
-    if (const std::string token = tokenForAnother(); !token.empty()) {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("XDG_ACTIVATION_TOKEN", QString::fromStdString(token));
-        opener->setProcessEnvironment(environment);
-    }
+    opener->setProcessEnvironment(environmentForAnother());
     const auto finish = [opener, ended = std::move(ended)](bool isOpened) {
         if (ended) {
             ended(isOpened);

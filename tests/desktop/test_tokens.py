@@ -1,4 +1,4 @@
-"""What the program gives to another one that it starts from the settings window, on Wayland."""
+"""What the program gives to another one that it starts from the settings window, so that it may come to the front."""
 
 from __future__ import annotations
 
@@ -7,7 +7,7 @@ import unittest
 
 from endtoend.waiting import eventually
 
-from .panels import WaybarPanel
+from .panels import WaybarPanel, XfcePanel
 from .plasma_panels import PlasmaWaylandPanel
 from .program import PATIENCE, Program
 from .settings import SettingsWindow
@@ -15,9 +15,9 @@ from .settings import SettingsWindow
 REMEDY = "Startup Settings…"
 # The desktop has switched it off, which the window tells with a button that leads to the desktop's own settings.
 SWITCHED_OFF = "[Desktop Entry]\nType=Application\nName=Tarnwick\nExec=/bin/true\nHidden=true\n"
-# A stand-in for Xfce's, which writes its token down.
+# A stand-in for Xfce's, which writes down what it gets.
 STAND_IN = """#!/bin/sh
-printf '%s' "$XDG_ACTIVATION_TOKEN" > "$0.new"
+printf '%s|%s' "$XDG_ACTIVATION_TOKEN" "$DESKTOP_STARTUP_ID" > "$0.new"
 mv "$0.new" "$0.token"
 """
 
@@ -36,6 +36,13 @@ class Tokens(SettingsWindow):
         self.item = self.program.item_up()
         self.open_settings()
 
+    def check(self, token: str, startup: str) -> None:
+        """On Wayland."""
+        self.assertNotEqual(token, "")
+        # What one compositor gives where it grants nothing.
+        self.assertFalse(token.startswith("not-granted"), token)
+        self.assertEqual(startup, "")
+
     def test_the_started_program_gets_a_token(self) -> None:
         def is_reached() -> bool:
             before = self.focused()
@@ -47,14 +54,21 @@ class Tokens(SettingsWindow):
         self.desktop.key("space")
 
         eventually(self.token.exists, PATIENCE, "the other program runs")
-        token = self.token.read_text(encoding="utf-8")
-        self.assertNotEqual(token, "")
-        # What one compositor gives where it grants nothing.
-        self.assertFalse(token.startswith("not-granted"), token)
+        token, startup = self.token.read_text(encoding="utf-8").split("|")
+        self.check(token, startup)
 
 
 class InWaybar(Tokens, unittest.TestCase):
     panel = WaybarPanel
+
+
+class InXfce(Tokens, unittest.TestCase):
+    panel = XfcePanel
+
+    def check(self, token: str, startup: str) -> None:
+        self.assertEqual(token, "")
+        # The time is that of a key or click, in the display's milliseconds.
+        self.assertRegex(startup, r"^tarnwick-\d+-1_TIME[1-9]\d*$")
 
 
 class InPlasma(Tokens, unittest.TestCase):
