@@ -32,7 +32,7 @@ endif()
 
 # Links in a quarter of the usual linker's time. Released programs are linked by the usual one.
 find_program(TARNWICK_MOLD mold)
-if(TARNWICK_MOLD AND NOT CMAKE_BUILD_TYPE STREQUAL "Release")
+if(TARNWICK_MOLD AND (TARNWICK_SANITIZE OR CMAKE_BUILD_TYPE STREQUAL "Debug"))
     target_link_options(tarnwick_options INTERFACE -fuse-ld=mold)
 endif()
 
