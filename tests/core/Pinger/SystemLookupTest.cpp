@@ -1,7 +1,6 @@
 // Lookups on threads of their own: a few for a host text at a time, and none that holds anything up.
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/loop/EpollRunLoop.h"
-#include "tests/core/ChildProcess.h"
 #include "tests/simulation/VirtualRunLoop.h"
 #include "tests/support/LoopTurn.h"
 #include "tests/support/ThreadsEnd.h"
@@ -9,26 +8,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstdlib>
 #include <map>
 #include <mutex>
 #include <set>
 #include <thread>
-
-namespace {
-
-bool isChild = false;
-
-} // namespace
-
-// In a copy of this program made by fork, the leak checker misses the threads of the original.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the leak checker looks for this name
-extern "C" int __lsan_is_turned_off() {
-    return isChild ? 1 : 0;
-}
 
 namespace tarnwick {
 namespace {
@@ -252,28 +237,6 @@ TEST_F(SystemLookupTest, IsDroppedWhenTheNetworkHasEndedMeanwhile) {
     resolver->letGo("a");
     EXPECT_TRUE(test::runOneTurn(*loop, patience)); // the answer arrives
     EXPECT_THAT(answered, IsEmpty());
-}
-
-TEST(SystemLookup, DoesNotHoldUpTheEndOfTheProgram) {
-    ChildProcess program([](const ChildProcess::Report& report) -> int {
-        isChild = true;
-        EpollRunLoop loop;
-        std::atomic<bool> isLookingUp = false;
-        SystemPingNetwork network(loop, [&](const std::string& host) {
-            report();
-            isLookingUp = true;
-            isLookingUp.notify_one();
-            for (;;) {
-                ::pause();
-            }
-            return answerFor(host);
-        });
-        network.resolve("a", [](const Resolution&) {});
-        static_cast<void>(test::runOneTurn(loop, 0));
-        isLookingUp.wait(false);
-        std::exit(0);
-    });
-    EXPECT_EQ(program.exitStatus(), 0);
 }
 
 /// Detached work is done at once here; its result waits in the loop's queue.
