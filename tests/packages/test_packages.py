@@ -1,0 +1,163 @@
+"""The Debian packages on a bare system: `scripts/test packages` builds and tries them."""
+
+from __future__ import annotations
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+from .system import PATIENCE, System, make_bare
+
+BUILT = pathlib.Path(os.environ["TARNWICK_PACKAGES"])
+INSTALL = "dpkg --install"
+AS_SOMEONE = "setpriv --reuid=someone --regid=someone --init-groups env HOME=/home/someone"
+WATCH = f"{AS_SOMEONE} tarnwick-watch --json --for 3 127.0.0.1"
+
+
+def package(name: str) -> pathlib.Path:
+    (found,) = BUILT.glob(f"{name}_*.deb")
+    return found
+
+
+def make_older(newer: pathlib.Path, folder: pathlib.Path) -> None:
+    """The same package, as an older version."""
+    with tempfile.TemporaryDirectory() as content:
+        subprocess.run(["dpkg-deb", "--raw-extract", newer, content], check=True, timeout=PATIENCE)
+        control = pathlib.Path(content) / "DEBIAN/control"
+        text = control.read_text(encoding="utf-8")
+        version = next(line.split(": ")[1] for line in text.splitlines() if line.startswith("Version: "))
+        control.write_text(text.replace(version, "0.0.1"), encoding="utf-8")
+        subprocess.run(["dpkg-deb", "--root-owner-group", "--build", content, folder], check=True, timeout=PATIENCE)
+
+
+class Packages(unittest.TestCase):
+    bare: pathlib.Path
+    packages: pathlib.Path
+
+    @classmethod
+    def setUpClass(cls) -> None:
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.bare = pathlib.Path(folder.name) / "bare"
+        make_bare(cls.bare)
+        cls.packages = pathlib.Path(folder.name) / "packages"
+        (cls.packages / "older").mkdir(parents=True)
+        for name in ("tarnwick", "tarnwick-common", "tarnwick-watch"):
+            shutil.copy2(package(name), cls.packages / f"{name}.deb")
+            make_older(package(name), cls.packages / "older")
+            (made,) = (cls.packages / "older").glob(f"{name}_*.deb")
+            made.rename(cls.packages / "older" / f"{name}.deb")
+
+    def system(self) -> System:
+        system = System(self.bare, self.packages)
+        self.addCleanup(system.close)
+        return system
+
+    def test_lintian_finds_nothing(self) -> None:
+        done = subprocess.run(
+            ["lintian", "--pedantic", "--fail-on", "error,warning", *BUILT.glob("*.changes")],
+            capture_output=True, text=True, timeout=PATIENCE, check=False,
+        )  # fmt: skip
+
+        self.assertEqual((done.returncode, done.stdout), (0, ""))
+
+    def test_a_user_who_never_pinged_pings_at_once_and_without_a_toolkit(self) -> None:
+        system = self.system()
+        system.install_needs("tarnwick-watch.deb")
+
+        output = system.run(
+            f"""
+            [ "$(tr -s '[:space:]' ' ' </proc/sys/net/ipv4/ping_group_range)" = '1 0 ' ]
+            {INSTALL} /packages/tarnwick-common.deb /packages/tarnwick-watch.deb >&2
+            ! dpkg-query --show '*qt6*' >&2
+            useradd --create-home someone
+            {WATCH}
+            """
+        )
+
+        last = json.loads(output.splitlines()[-1])
+        self.assertEqual((last["status"], last["notices"]), ("up", []))
+
+    def test_an_administrators_choice_stays(self) -> None:
+        system = self.system()
+        system.install_needs("tarnwick-watch.deb")
+
+        output = system.run(
+            f"""
+            echo '7 8' >/proc/sys/net/ipv4/ping_group_range
+            {INSTALL} /packages/tarnwick-common.deb >&2
+            cat /proc/sys/net/ipv4/ping_group_range
+            """
+        )
+
+        self.assertEqual(output.split(), ["7", "8"])
+
+    def test_it_goes_on_through_an_upgrade_and_tells_of_it(self) -> None:
+        system = self.system()
+        system.install_needs("tarnwick-watch.deb")
+
+        output = system.run(
+            f"""
+            {INSTALL} /packages/older/tarnwick-common.deb /packages/older/tarnwick-watch.deb >&2
+            useradd --create-home someone
+            mkfifo /tmp/lines
+            {AS_SOMEONE} tarnwick-watch --json 127.0.0.1 >/tmp/lines &
+            exec 3</tmp/lines
+            read -r first <&3
+            {INSTALL} /packages/tarnwick-common.deb /packages/tarnwick-watch.deb >&2
+            while read -r -t 60 line <&3; do
+                case $line in *'Restart to use the new version'*) printf '%s\\n' "$first" "$line"; break ;; esac
+            done
+            kill %1
+            """
+        )
+
+        first, line = map(json.loads, output.splitlines())
+        self.assertEqual(first["notices"], [])
+        self.assertEqual((line["status"], line["notices"]), ("up", ["Restart to use the new version."]))
+        self.assertGreater(line["session"]["sent"], first["session"]["sent"])
+
+    def test_what_goes_leaves_the_users_files_alone(self) -> None:
+        system = self.system()
+        system.install_needs("tarnwick-watch.deb")
+
+        output = system.run(
+            f"""
+            {INSTALL} /packages/tarnwick-common.deb /packages/tarnwick-watch.deb >&2
+            useradd --create-home someone
+            {WATCH} >/dev/null
+            apt-get remove -qy tarnwick-watch tarnwick-common >&2
+            apt-get purge -qy tarnwick-watch tarnwick-common >&2
+            find / -xdev -path /proc -prune -o -path /sys -prune -o -path /packages -prune -o -iname '*tarnwick*' -print
+            """
+        )
+
+        kept = {"/home/someone/.local/share/Tarnwick"}
+        ours = {line for line in output.split() if not line.startswith("/var/")}
+        self.assertEqual(ours, kept)
+
+    def test_the_desktop_program_starts_with_what_it_depends_on(self) -> None:
+        system = self.system()
+        system.install_needs("tarnwick.deb")
+
+        output = system.run(
+            f"""
+            {INSTALL} /packages/tarnwick-common.deb /packages/tarnwick.deb >&2
+            useradd --create-home someone
+            {AS_SOMEONE} tarnwick --version
+            {AS_SOMEONE} QT_QPA_PLATFORM=offscreen timeout --signal=TERM 3 tarnwick --set Hostname=127.0.0.1 >&2 || [ $? -eq 124 ]
+            cat /home/someone/.local/share/Tarnwick/stats.json
+            """
+        )
+
+        version, _, stats = output.partition("\n")
+        self.assertRegex(version, r"^tarnwick \d")
+        self.assertGreaterEqual(json.loads(stats)["127.0.0.1"]["replied"], 1)
+
+
+if __name__ == "__main__":
+    unittest.main()
