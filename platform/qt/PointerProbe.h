@@ -19,7 +19,7 @@ namespace tarnwick {
 class PointerProbe {
 public:
     /// In seconds. The compositor waits for the end of a click before it tells.
-    static constexpr double patience = 0.5;
+    static constexpr double patience = 1;
 
     /// `onFound` is called once, in a later turn of the loop: with the place in the units of windows, or
     /// without one when the patience has ended. The windows are gone then. It may destroy the probe. The
