@@ -5,7 +5,7 @@ from __future__ import annotations
 import re
 import signal
 import unittest
-from collections.abc import Callable
+from collections.abc import Callable, Sequence
 
 from PIL import Image
 
@@ -142,6 +142,21 @@ class PanelChecks:
             return first if first == second else None
 
         return eventually(settled, PATIENCE, "the drop-down at rest")
+
+    def check_it_follows(self, program: Program, set_dark: Callable[[bool], None], order: Sequence[bool]) -> None:
+        """The drop-down that has been opened, while the desktop becomes dark and light."""
+        window = self.opened(program)
+        for dark in order:
+            set_dark(dark)
+
+            eventually(
+                lambda dark=dark: is_readable(self.desktop.picture().crop(window.box), not dark),
+                PATIENCE,
+                f"readable, dark: {dark}",
+            )
+            self.desktop.screenshot(f"{self.desktop.name}-drop-down-{'dark' if dark else 'light'}.png")
+        self.desktop.key("Escape")
+        self.wait_until_closed(program)
 
     def wait_until_closed(self, program: Program) -> None:
         eventually(lambda: program.drop_down() is None, PATIENCE, "the drop-down closes")
@@ -381,16 +396,5 @@ class X11Checks(PanelChecks):
         preference = ColorPreference(self.desktop.session, dark=False)
         self.addCleanup(preference.close)
         self.open_drop_down(place)
-        window = self.opened(program)
 
-        for dark in (False, True):
-            preference.set_dark(dark)
-
-            eventually(
-                lambda dark=dark: is_readable(self.desktop.picture().crop(window.box), not dark),
-                PATIENCE,
-                f"readable, dark: {dark}",
-            )
-            self.desktop.screenshot(f"{self.desktop.name}-drop-down-{'dark' if dark else 'light'}.png")
-        self.desktop.key("Escape")
-        self.wait_until_closed(program)
+        self.check_it_follows(program, preference.set_dark, (False, True))

@@ -11,7 +11,7 @@ from PIL import Image
 
 from endtoend.waiting import eventually
 
-from .checks import NEAR, distance, is_readable
+from .checks import NEAR, distance
 from .desktops import START_SECONDS
 from .heavy_panels import GnomeWaylandPanel, GnomeWithPortals
 from .notifier_checks import MENU_TITLES
@@ -167,19 +167,8 @@ class GnomeThatTellsPrograms(Gnome):
     def test_an_open_drop_down_follows_what_the_user_prefers(self) -> None:
         program = self.started()
         self.open_drop_down(self.shown(program))
-        window = self.opened(program)
 
-        for dark in (True, False):
-            self.desktop.set_dark(dark)
-
-            eventually(
-                lambda dark=dark: is_readable(self.desktop.picture().crop(window.box), not dark),
-                PATIENCE,
-                f"readable, dark: {dark}",
-            )
-            self.desktop.screenshot(f"{self.desktop.name}-drop-down-{'dark' if dark else 'light'}.png")
-        self.desktop.key("Escape")
-        self.wait_until_closed(program)
+        self.check_it_follows(program, self.desktop.set_dark, (True, False))
 
 
 class GnomeThatTellsPlaces(GnomeWaylandPanel):
