@@ -8,9 +8,8 @@
 
 namespace tarnwick {
 
-/// `page` with its marks filled in: @PURPOSE@, @SYNOPSIS@, @OPTIONS@, @SETTINGS@. Each stands on a line of
-/// its own but
-/// @PURPOSE@.
+/// `page` with its marks filled in: @PURPOSE@ within a line, and @SYNOPSIS@, @OPTIONS@ and @SETTINGS@, each
+/// on a line of its own.
 [[nodiscard]] std::string manualPage(const ProgramTable& program, std::string_view page);
 
 } // namespace tarnwick
