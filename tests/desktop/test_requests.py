@@ -95,6 +95,7 @@ class Requests(unittest.TestCase):
             return "Restart to use the new version." in self.desktop.accessible(APPLICATION).texts()
 
         eventually(told, PATIENCE, "it tells of the new version")
+        self.desktop.screenshot("new-version.png")
         self.desktop.act(APPLICATION, "Restart")
         eventually(lambda: os.readlink(running) == str(place), PATIENCE, "the new version runs in its place")
         eventually(lambda: self.desktop.session.bus.process(INSTANCE) == process.pid, PATIENCE, "it answers")
