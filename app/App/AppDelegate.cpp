@@ -13,6 +13,7 @@
 #include "platform/qt/TrayStatusItem.h"
 #include "platform/qt/WindowSystem.h"
 #include "platform/theme/PanelThemes.h"
+#include "platform/wayland/StartupSequence.h"
 #include "platform/xdg/PresentDesktop.h"
 
 #include <QGuiApplication>
@@ -199,6 +200,9 @@ void AppDelegate::tellOfPanel(bool showsItem) {
     const auto token = std::exchange(tokenWithoutPanel_, std::nullopt);
     if (showsItem) {
         monitor_.clearNotice(Notice::Kind::noPanel);
+        if (wl_display* const display = WindowSystem::waylandDisplay(); display != nullptr && token) {
+            Wayland::endStartupSequence(*display, *token); // no window opens that would end it
+        }
         return;
     }
     const Notice notice = noPanelNotice(PresentDesktop::isGnome());

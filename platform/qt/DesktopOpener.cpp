@@ -33,13 +33,13 @@ void standAlone() {
 std::string tokenForAnother() {
     QPlatformNativeInterface* const native = QGuiApplication::platformNativeInterface();
     QWindow* const window = QGuiApplication::focusWindow();
-    if (!WindowSystem::isWayland() || native == nullptr || window == nullptr) {
+    wl_display* const display = WindowSystem::waylandDisplay();
+    if (display == nullptr || window == nullptr) {
         return "";
     }
-    auto* const display = static_cast<wl_display*>(native->nativeResourceForIntegration("wl_display"));
     auto* const seat = static_cast<wl_seat*>(native->nativeResourceForIntegration("wl_seat"));
     auto* const surface = static_cast<wl_surface*>(native->nativeResourceForWindow("surface", window));
-    if (display == nullptr || seat == nullptr || surface == nullptr) {
+    if (seat == nullptr || surface == nullptr) {
         return "";
     }
     const auto serial = reinterpret_cast<std::uintptr_t>(native->nativeResourceForIntegration("serial"));

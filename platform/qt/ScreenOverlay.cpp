@@ -43,11 +43,7 @@ void ScreenOverlay::prepare() {
 }
 
 std::unique_ptr<Wayland::LayerShell> ScreenOverlay::findShell() {
-    if (!WindowSystem::isWayland()) {
-        return nullptr;
-    }
-    auto* const display = static_cast<wl_display*>(
-        QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("wl_display"));
+    wl_display* const display = WindowSystem::waylandDisplay();
     return display != nullptr ? Wayland::LayerShell::find(*display) : nullptr;
 }
 

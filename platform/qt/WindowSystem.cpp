@@ -1,6 +1,7 @@
 #include "platform/qt/WindowSystem.h"
 
 #include <QGuiApplication>
+#include <qpa/qplatformnativeinterface.h>
 
 namespace tarnwick {
 
@@ -11,6 +12,13 @@ bool WindowSystem::isX11() {
 bool WindowSystem::isWayland() {
     // There are "wayland" and "wayland-egl".
     return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
+wl_display* WindowSystem::waylandDisplay() {
+    QPlatformNativeInterface* const native = QGuiApplication::platformNativeInterface();
+    return isWayland() && native != nullptr
+               ? static_cast<wl_display*>(native->nativeResourceForIntegration("wl_display"))
+               : nullptr;
 }
 
 } // namespace tarnwick

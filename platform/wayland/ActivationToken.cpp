@@ -1,6 +1,7 @@
 #include "platform/wayland/ActivationToken.h"
 
 #include "platform/wayland/Globals.h"
+#include "platform/wayland/Message.h"
 
 #include <wayland-client-protocol.h>
 
@@ -10,7 +11,7 @@ namespace tarnwick::Wayland {
 
 namespace {
 
-// The messages of the Wayland protocol xdg-activation-v1, version 1, as libwayland wants them told.
+// The messages of the Wayland protocol xdg-activation-v1, version 1.
 
 enum ActivationRequest : std::uint32_t { destroyActivation = 0, getToken = 1 };
 
@@ -29,29 +30,21 @@ constexpr std::array<const wl_interface*, 2> serialTypes{nullptr, &wl_seat_inter
 constexpr std::array<const wl_interface*, 1> surfaceTypesOfToken{&wl_surface_interface};
 constexpr std::array<const wl_interface*, 1> noTypes{};
 
-template<std::size_t Count>
-constexpr wl_message tokenMessage(
-    const char* name, const char* signature, const std::array<const wl_interface*, Count>& types) {
-    // libwayland declares the list as one of pointers that it may change, and does not change it.
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
-    return {.name = name, .signature = signature, .types = const_cast<const wl_interface**>(types.data())};
-}
-
 constexpr std::array activationRequests{
-    tokenMessage("destroy", "", noTypes),
-    tokenMessage("get_activation_token", "n", newTokenTypes),
-    tokenMessage("activate", "so", activateTypes),
+    message("destroy", "", noTypes),
+    message("get_activation_token", "n", newTokenTypes),
+    message("activate", "so", activateTypes),
 };
 
 constexpr std::array tokenRequests{
-    tokenMessage("set_serial", "uo", serialTypes),
-    tokenMessage("set_app_id", "s", noTypes),
-    tokenMessage("set_surface", "o", surfaceTypesOfToken),
-    tokenMessage("commit", "", noTypes),
-    tokenMessage("destroy", "", noTypes),
+    message("set_serial", "uo", serialTypes),
+    message("set_app_id", "s", noTypes),
+    message("set_surface", "o", surfaceTypesOfToken),
+    message("commit", "", noTypes),
+    message("destroy", "", noTypes),
 };
 
-constexpr std::array tokenEvents{tokenMessage("done", "s", noTypes)};
+constexpr std::array tokenEvents{message("done", "s", noTypes)};
 
 constinit const wl_interface tokenInterface{
     .name = "xdg_activation_token_v1",

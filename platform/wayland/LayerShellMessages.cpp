@@ -1,5 +1,7 @@
 #include "platform/wayland/LayerShellMessages.h"
 
+#include "platform/wayland/Message.h"
+
 #include <wayland-client-protocol.h>
 
 #include <array>
@@ -14,33 +16,22 @@ constexpr std::array<const wl_interface*, 4> plainTypes{};
 constexpr std::array<const wl_interface*, 5> surfaceTypes{
     &surface, &wl_surface_interface, &wl_output_interface, nullptr, nullptr};
 
-constexpr wl_message message(const char* name, const char* signature) {
-    // libwayland declares the list as one of pointers that it may change, and does not change it.
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
-    return {
-        .name = name, .signature = signature, .types = const_cast<const wl_interface**>(plainTypes.data())};
-}
-
-constexpr std::array shellRequests{wl_message{
-    .name = "get_layer_surface",
-    .signature = "no?ous",
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): as above
-    .types = const_cast<const wl_interface**>(surfaceTypes.data())}};
+constexpr std::array shellRequests{message("get_layer_surface", "no?ous", surfaceTypes)};
 
 constexpr std::array surfaceRequests{
-    message("set_size", "uu"),
-    message("set_anchor", "u"),
-    message("set_exclusive_zone", "i"),
-    message("set_margin", "iiii"),
-    message("set_keyboard_interactivity", "u"),
-    message("get_popup", "o"),
-    message("ack_configure", "u"),
-    message("destroy", ""),
+    message("set_size", "uu", plainTypes),
+    message("set_anchor", "u", plainTypes),
+    message("set_exclusive_zone", "i", plainTypes),
+    message("set_margin", "iiii", plainTypes),
+    message("set_keyboard_interactivity", "u", plainTypes),
+    message("get_popup", "o", plainTypes),
+    message("ack_configure", "u", plainTypes),
+    message("destroy", "", plainTypes),
 };
 
 constexpr std::array surfaceEvents{
-    message("configure", "uuu"),
-    message("closed", ""),
+    message("configure", "uuu", plainTypes),
+    message("closed", "", plainTypes),
 };
 
 } // namespace

@@ -22,6 +22,7 @@ from .test_gnome import Gnome
 from .x11 import MIDDLE, RIGHT
 
 OTHER_TITLE = "Another Program"
+ENTRY = "org.tarnwick.tarnwick.desktop"
 # Of the menu that is open.
 ROWS_OF_SHELL = """(() => {
     const {St, Gtk} = imports.gi;
@@ -31,6 +32,19 @@ ROWS_OF_SHELL = """(() => {
     return rows.map(row => [row.label.text, [...row.get_transformed_position(), ...row.get_transformed_size()],
         row.active, theme.has_icon(row._icon?.icon_name ?? '')]);
 })()"""
+
+# Starts a program as a click in the shell's overview does. The identifiers of starts that the pointer tells of.
+START_FROM_SHELL = f"""(() => {{
+    const app = imports.gi.Shell.AppSystem.get_default().lookup_app('{ENTRY}');
+    app?.activate();
+    return app !== null;
+}})()"""
+STARTS_OF_SHELL = """imports.gi.Shell.WindowTracker.get_default().get_startup_sequences()
+    .filter(start => !start.get_completed()).map(start => start.get_id())"""
+# It writes down what it tells the compositor.
+TALKING = """#!/bin/sh
+WAYLAND_DEBUG=client exec '{program}' --set Hostname=127.0.0.1 2> "$0.log"
+"""
 
 # Far from the end of the bar, where the drop-down opens for want of a place.
 AT_THE_LEFT = """
@@ -53,6 +67,7 @@ CHOSEN = (
     "test_a_click_on_another_window_closes_it",
     "test_settings_from_the_shells_menu_come_to_the_front",
     "test_the_rows_of_the_shells_menu_have_their_icons",
+    "test_a_start_without_a_window_ends_for_the_shell",
 )
 
 
@@ -137,6 +152,25 @@ class GnomeOnWayland(Gnome):
         rows = self.menu_rows(*MENU_TITLES)
         self.desktop.dismiss_menu()
         self.assertEqual([title for title in MENU_TITLES if not rows[title].has_icon], [])
+
+    def test_a_start_without_a_window_ends_for_the_shell(self) -> None:
+        self.end_program()
+        session = self.desktop.session
+        script = session.folder / "talking-program"
+        session.write(script, TALKING.format(program=session.own_copy(PROGRAM)))
+        script.chmod(0o755)
+        entry = f"[Desktop Entry]\nType=Application\nName=Tarnwick\nStartupNotify=true\nExec={script}\n"
+        session.write(session.data / "applications" / ENTRY, entry)
+        self.addCleanup(lambda: session.spawn("quit", [session.own_copy(PROGRAM), "--quit"]).wait(PATIENCE))
+        eventually(lambda: self.desktop.evaluated(START_FROM_SHELL), PATIENCE, "the shell knows the program")
+
+        (start,) = eventually(lambda: self.desktop.evaluated(STARTS_OF_SHELL), PATIENCE, "the shell waits for the program")
+
+        # The shell also stops waiting by itself, after some time.
+        told = f'set_startup_id("{start}")'
+        log = script.with_suffix(".log")
+        eventually(lambda: log.exists() and told in log.read_text(encoding="utf-8"), PATIENCE, "the program has told")
+        eventually(lambda: not self.desktop.evaluated(STARTS_OF_SHELL), PATIENCE, "the shell waits no more")
 
     def menu_rows(self, *titles: str) -> dict[str, ShellRow]:
         """By their titles, once these have their places: the shell lays rows out again whenever a text changes."""
