@@ -33,7 +33,8 @@ public:
     /// reports twice counts once.
     void toggle(std::optional<ScreenPoint> at);
     /// At a pixel of the desktop. Without one it opens where it was opened last, or in the corner where
-    /// panels have their items. When it is open already it comes to the front.
+    /// panels have their items; in GNOME on Wayland in the middle. When it is open already it comes to the
+    /// front.
     void open(std::optional<ScreenPoint> at);
     /// At once, or when the pointer, or else the item, has been found.
     void openAtPointer();

@@ -92,6 +92,14 @@ int clamped(int value, int size, int low, int high) {
     return std::max(low, std::min(value, high - size));
 }
 
+QRect inside(const QRect& room, QPoint wanted, QSize size) {
+    return {
+        QPoint(
+            clamped(wanted.x(), size.width(), room.left(), room.right() + 1),
+            clamped(wanted.y(), size.height(), room.top(), room.bottom() + 1)),
+        size};
+}
+
 } // namespace
 
 QRect room(const QRect& available) {
@@ -99,14 +107,14 @@ QRect room(const QRect& available) {
 }
 
 QRect place(std::optional<QPoint> click, QSize size, const QRect& screen, const QRect& available) {
-    const QRect room = DropDownPlacement::room(available);
     const QPoint wanted = click ? beside(*click, size, panelEdge(*click, screen, available))
                                 : inCorner(size, screen, available);
-    return {
-        QPoint(
-            clamped(wanted.x(), size.width(), room.left(), room.right() + 1),
-            clamped(wanted.y(), size.height(), room.top(), room.bottom() + 1)),
-        size};
+    return inside(room(available), wanted, size);
+}
+
+QRect inMiddle(QSize size, const QRect& available) {
+    const QSize beside = (available.size() - size) / 2;
+    return inside(room(available), available.topLeft() + QPoint(beside.width(), beside.height()), size);
 }
 
 QRect inUnits(const QRect& screen, QSize overlay, double ratio) {

@@ -17,6 +17,9 @@ namespace tarnwick::DropDownPlacement {
 [[nodiscard]] QRect place(
     std::optional<QPoint> click, QSize size, const QRect& screen, const QRect& available);
 
+/// The frame where nothing tells where items are: in the middle of what windows may take.
+[[nodiscard]] QRect inMiddle(QSize size, const QRect& available);
+
 /// The screen in the units of the overlay, which covers most of it. GNOME counts screens in pixels unless the
 /// user has let it scale by fractions, and windows in units of `ratio` pixels; the toolkit passes this on up
 /// to version 6.4. The corner stays where it is.

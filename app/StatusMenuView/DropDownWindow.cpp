@@ -192,7 +192,10 @@ void DropDownWindow::fitOverlay() {
     // Without a click it is unknown at which edges there are panels.
     const QRect known = click ? area : overlaid.available;
     const QSize size = column_.sizeWithin(DropDownPlacement::room(overlaid.available).height());
-    panel_ = DropDownPlacement::place(click, size, known, overlaid.available).translated(-overlaid.origin);
+    const QRect place = shell_ == nullptr && !opensAt_
+                            ? DropDownPlacement::inMiddle(size, overlaid.available)
+                            : DropDownPlacement::place(click, size, known, overlaid.available);
+    panel_ = place.translated(-overlaid.origin);
 }
 
 void DropDownWindow::resizeEvent(QResizeEvent* /*event*/) {

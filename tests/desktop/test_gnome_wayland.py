@@ -46,7 +46,7 @@ TALKING = """#!/bin/sh
 WAYLAND_DEBUG=client exec '{program}' --set Hostname=127.0.0.1 2> "$0.log"
 """
 
-# Far from the end of the bar, where the drop-down opens for want of a place.
+# Far from the middle, where the drop-down opens for want of a place.
 AT_THE_LEFT = """
 [org/gnome/shell/extensions/appindicator]
 tray-pos='left'
@@ -68,6 +68,7 @@ CHOSEN = (
     "test_settings_from_the_shells_menu_come_to_the_front",
     "test_the_rows_of_the_shells_menu_have_their_icons",
     "test_a_start_without_a_window_ends_for_the_shell",
+    "test_without_a_place_it_opens_in_the_middle_with_the_keyboard",
 )
 
 
@@ -82,6 +83,7 @@ class ShellRow:
 
 class GnomeOnWayland(Gnome):
     panel = GnomeWaylandPanel
+    opens_at_click = False
 
     def with_other_window(self) -> Rectangle:
         """Where another program's window is, which has the keyboard."""
@@ -152,6 +154,18 @@ class GnomeOnWayland(Gnome):
         rows = self.menu_rows(*MENU_TITLES)
         self.desktop.dismiss_menu()
         self.assertEqual([title for title in MENU_TITLES if not rows[title].has_icon], [])
+
+    def test_without_a_place_it_opens_in_the_middle_with_the_keyboard(self) -> None:
+        program = self.not_yet_clicked()
+        self.shown(program)
+
+        program.start_again()
+
+        window = self.opened(program)
+        rest = self.desktop.rest
+        self.assertLess(abs(window.center[0] - rest.center[0]), NEAR)
+        self.assertLess(abs(window.center[1] - rest.center[1]), NEAR)
+        self.desktop.screenshot(f"{self.desktop.name}-middle.png")
 
     def test_a_start_without_a_window_ends_for_the_shell(self) -> None:
         self.end_program()

@@ -139,6 +139,21 @@ TEST(DropDownPlacement, AnOverlayOfTheWholeScreenLeavesRoomForThePanelThatWasCli
     EXPECT_EQ(available({900, 500}), screen); // a key press, or a menu
 }
 
+TEST(DropDownPlacement, InTheMiddleItIsAsFarFromEachSide) {
+    const QRect available(0, 30, 1920, 1050);
+    const QRect frame = DropDownPlacement::inMiddle(dropDownSize, available);
+
+    EXPECT_EQ(frame.size(), dropDownSize);
+    EXPECT_NEAR(frame.left() - available.left(), available.right() - frame.right(), 1);
+    EXPECT_NEAR(frame.top() - available.top(), available.bottom() - frame.bottom(), 1);
+}
+
+TEST(DropDownPlacement, InTheMiddleOfAScreenThatIsTooSmallItsBeginningIsSeen) {
+    const QRect small(0, 0, 300, 400);
+
+    EXPECT_EQ(DropDownPlacement::inMiddle(dropDownSize, small).topLeft(), QPoint(4, 4));
+}
+
 TEST(DropDownPlacement, AScreenToldInPixelsIsCountedInTheOverlaysUnits) {
     const QRect pixels(1600, 0, 2560, 1600);
 
