@@ -1,5 +1,8 @@
 #include "app/Preferences/Preferences.h"
 
+#include <chrono>
+#include <cmath>
+
 namespace tarnwick {
 
 namespace {
@@ -9,6 +12,7 @@ using Value = UserDefaults::Value;
 
 constexpr std::size_t showIcon = settingIndex(PreferenceKey::showIcon);
 constexpr std::size_t showText = settingIndex(PreferenceKey::showText);
+constexpr std::size_t lastUpdateCheck = settingIndex(PreferenceKey::lastUpdateCheckDate);
 constexpr std::size_t packetLossTextMode = settingIndex(PreferenceKey::packetLossTextMode);
 
 template<class T>
@@ -111,14 +115,15 @@ void Preferences::restoreDefaults() {
     // The registered settings first: the store sees a fixed order.
     for (const bool isRegistered : {true, false}) {
         for (const SettingRow& row : settingTable) {
-            if ((row.defaultFrom == SettingDefault::registered) == isRegistered) {
+            if (row.defaultFrom != SettingDefault::memory
+                && (row.defaultFrom == SettingDefault::registered) == isRegistered) {
                 defaults_.remove(row.key);
             }
         }
     }
     std::vector<Assignment> presets;
     for (std::size_t index = 0; index < settingTable.size(); ++index) {
-        if (settingTable.at(index).defaultFrom != SettingDefault::olderForm) {
+        if (isForUsers(settingTable.at(index))) {
             presets.emplace_back(index, load(settingTable.at(index)));
         }
     }
@@ -136,7 +141,7 @@ Preferences::Snapshot Preferences::snapshot() const {
 void Preferences::putBack(const Snapshot& snapshot) {
     std::vector<Assignment> assignments;
     for (std::size_t index = 0; index < settingTable.size(); ++index) {
-        if (settingTable.at(index).defaultFrom != SettingDefault::olderForm) {
+        if (isForUsers(settingTable.at(index))) {
             assignments.emplace_back(index, snapshot.values.at(index));
         }
     }
@@ -162,6 +167,15 @@ StatusItem::Form Preferences::panelForm() const {
 StatusItem::InkChoice Preferences::panelInk() const {
     return inkOf(get<std::string>(settingIndex(PreferenceKey::panelInk)))
         .value_or(StatusItem::InkChoice::automatic);
+}
+
+std::optional<RunLoop::WallTime> Preferences::lastUpdateCheckDate() const {
+    const double seconds = get<double>(lastUpdateCheck);
+    if (seconds <= 0) {
+        return std::nullopt;
+    }
+    const std::chrono::duration<double> since1970(seconds);
+    return RunLoop::WallTime(std::chrono::duration_cast<RunLoop::WallTime::duration>(since1970));
 }
 
 void Preferences::setHostname(const std::string& hostname) {
@@ -198,6 +212,23 @@ void Preferences::setPanelForm(StatusItem::Form form) {
 
 void Preferences::setPanelInk(StatusItem::InkChoice ink) {
     set({{settingIndex(PreferenceKey::panelInk), std::string(rawValue(ink))}});
+}
+
+void Preferences::setAutomaticallyChecksForUpdates(bool checks) {
+    set({{settingIndex(PreferenceKey::checkForUpdates), checks}});
+}
+
+void Preferences::setAutomaticallyDownloadsUpdates(bool downloads) {
+    set({{settingIndex(PreferenceKey::installUpdates), downloads}});
+}
+
+void Preferences::setLastUpdateCheckDate(RunLoop::WallTime date) {
+    const std::chrono::duration<double> since1970 = date.time_since_epoch();
+    set({{lastUpdateCheck, std::floor(since1970.count())}});
+}
+
+void Preferences::setSkippedUpdate(const std::string& version) {
+    set({{settingIndex(PreferenceKey::skippedUpdate), version}});
 }
 
 ScoringConfig Preferences::scoringConfig() const {

@@ -5,6 +5,7 @@
 #include "app/Preferences/SettingTable.h"
 #include "core/MenuBarTitle.h"
 #include "core/QualityScorer.h"
+#include "core/RunLoop.h"
 
 #include <array>
 #include <functional>
@@ -56,6 +57,22 @@ public:
     [[nodiscard]] StatusItem::Form panelForm() const;
     [[nodiscard]] StatusItem::InkChoice panelInk() const;
 
+    [[nodiscard]] bool automaticallyChecksForUpdates() const {
+        return get<bool>(settingIndex(PreferenceKey::checkForUpdates));
+    }
+
+    [[nodiscard]] bool automaticallyDownloadsUpdates() const {
+        return get<bool>(settingIndex(PreferenceKey::installUpdates));
+    }
+
+    /// Empty before the first check.
+    [[nodiscard]] std::optional<RunLoop::WallTime> lastUpdateCheckDate() const;
+
+    /// The version that the user does not want to be asked about again; empty where there is none.
+    [[nodiscard]] const std::string& skippedUpdate() const {
+        return get<std::string>(settingIndex(PreferenceKey::skippedUpdate));
+    }
+
     void setHostname(const std::string& hostname);
     void setSlowPingThresholdMs(double milliseconds);
     void setPingTimeout(double seconds);
@@ -65,10 +82,14 @@ public:
     void setShowNotifications(bool show);
     void setPanelForm(StatusItem::Form form);
     void setPanelInk(StatusItem::InkChoice ink);
+    void setAutomaticallyChecksForUpdates(bool checks);
+    void setAutomaticallyDownloadsUpdates(bool downloads);
+    void setLastUpdateCheckDate(RunLoop::WallTime date);
+    void setSkippedUpdate(const std::string& version);
 
     [[nodiscard]] ScoringConfig scoringConfig() const;
 
-    /// Puts every setting back to its default, and stores them all.
+    /// Puts every setting of the user back to its default, and stores them all.
     void restoreDefaults();
 
     /// All settings at one moment.

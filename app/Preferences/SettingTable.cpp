@@ -13,6 +13,9 @@ namespace {
 
 using Value = UserDefaults::Value;
 
+/// In seconds since 1970; the clock's own nanoseconds end some years later.
+constexpr double latestDate = 9e9;
+
 constexpr std::array allInks{
     StatusItem::InkChoice::automatic, StatusItem::InkChoice::light, StatusItem::InkChoice::dark};
 
@@ -66,7 +69,10 @@ std::optional<Value> admitted(const SettingRow& row, const Value& value) {
         return onlyIf(formOf(std::get<std::string>(value)).has_value(), value);
     case SettingRule::ink:
         return onlyIf(inkOf(std::get<std::string>(value)).has_value(), value);
+    case SettingRule::date:
+        return onlyIf(std::get<double>(value) >= 0 && std::get<double>(value) <= latestDate, value);
     case SettingRule::boolean:
+    case SettingRule::anyText:
         break;
     }
     return value;
@@ -118,6 +124,8 @@ std::vector<std::string_view> choicesOf(const SettingRow& row) {
     case SettingRule::positiveNumber:
     case SettingRule::timeout:
     case SettingRule::pingInterval:
+    case SettingRule::date:
+    case SettingRule::anyText:
         break;
     }
     return {};

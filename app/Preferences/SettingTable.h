@@ -29,6 +29,10 @@ inline constexpr auto showPacketLossText = "ShowPacketLossText";
 inline constexpr auto showNotifications = "ShowNotifications";
 inline constexpr auto panelFace = "PanelFace";
 inline constexpr auto panelInk = "PanelInk";
+inline constexpr auto checkForUpdates = "CheckForUpdates";
+inline constexpr auto installUpdates = "InstallUpdates";
+inline constexpr auto lastUpdateCheckDate = "LastUpdateCheckDate";
+inline constexpr auto skippedUpdate = "SkippedUpdate";
 } // namespace PreferenceKey
 
 /// Which values a setting takes, from the file, from `--set` and in the settings window. Setters enforce
@@ -42,6 +46,8 @@ enum class SettingRule {
     lossMode, ///< the stored text of a `MenuBarTitle::LossMode`
     form,     ///< the stored text of a `StatusItem::Form`
     ink,      ///< the stored text of a `StatusItem::InkChoice`
+    date,     ///< seconds since 1970; 0 for none
+    anyText,
 };
 
 /// How a setting's default reaches its readers.
@@ -49,6 +55,7 @@ enum class SettingDefault {
     registered, ///< the store gives it where the key is absent
     own,        ///< `Preferences` fills in the default, so that the store can tell that the key is absent
     olderForm,  ///< none: the key is read only to migrate another setting, and never written
+    memory, ///< as with `own`; what the program remembers for itself, and keeps when defaults are restored
 };
 
 struct SettingRow {
@@ -57,7 +64,7 @@ struct SettingRow {
     SettingDefault defaultFrom;
     SettingRule rule;
     std::string_view values;  ///< for users, without a time-out's range: see `acceptedValues`
-    std::string_view meaning; ///< for users; empty for an older form
+    std::string_view meaning; ///< for users; empty for what is not for them
 };
 
 struct NumberRange {
@@ -70,7 +77,7 @@ struct NumberRange {
 inline constexpr NumberRange timeoutRange{0.01, 3600, "0.01 to 3600"};
 
 /// In the order in which settings are written and described.
-inline constexpr std::array<SettingRow, 11> settingTable{{
+inline constexpr std::array<SettingRow, 15> settingTable{{
     {PreferenceKey::hostname, "1.1.1.1", SettingDefault::registered, SettingRule::host,
      "a host name or address", "what to ping"},
     {PreferenceKey::slowPingLowThreshold, 100.0, SettingDefault::registered, SettingRule::positiveNumber,
@@ -93,6 +100,13 @@ inline constexpr std::array<SettingRow, 11> settingTable{{
      "form of the panel item"},
     {PreferenceKey::panelInk, "auto", SettingDefault::own, SettingRule::ink, "auto, light or dark",
      "color of the panel item"},
+    {PreferenceKey::checkForUpdates, true, SettingDefault::own, SettingRule::boolean, "true or false",
+     "in the bundle, ask once a day for a newer version"},
+    {PreferenceKey::installUpdates, false, SettingDefault::own, SettingRule::boolean, "true or false",
+     "in the bundle, install newer versions without asking"},
+    {PreferenceKey::lastUpdateCheckDate, 0.0, SettingDefault::memory, SettingRule::date,
+     "a number of seconds since 1970", ""},
+    {PreferenceKey::skippedUpdate, "", SettingDefault::memory, SettingRule::anyText, "a version", ""},
 }};
 
 /// The place of a key in the table. A key that is not there does not compile.
@@ -126,7 +140,7 @@ consteval std::size_t settingIndex(std::string_view key) {
 
 /// Whether users are told of it.
 [[nodiscard]] constexpr bool isForUsers(const SettingRow& row) {
-    return row.defaultFrom != SettingDefault::olderForm;
+    return row.defaultFrom != SettingDefault::olderForm && row.defaultFrom != SettingDefault::memory;
 }
 
 /// The texts that a setting takes, where they are few enough to be listed; else none.

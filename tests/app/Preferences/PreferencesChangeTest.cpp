@@ -82,6 +82,7 @@ protected:
              {"ShowPacketLossText", true},
              {"PanelFace", text("wide")},
              {"PanelInk", text("dark")},
+             {"InstallUpdates", true},
              {"UnknownKey", 7.0}});
     }
 };
@@ -142,7 +143,19 @@ INSTANTIATE_TEST_SUITE_P(
             {{"PacketLossTextMode", text("off")}}),
         assignment(
             "ShowNotifications", &Preferences::showNotifications, &Preferences::setShowNotifications, true,
-            {{"ShowNotifications", true}})),
+            {{"ShowNotifications", true}}),
+        assignment(
+            "ChecksForUpdates", &Preferences::automaticallyChecksForUpdates,
+            &Preferences::setAutomaticallyChecksForUpdates, false, {{"CheckForUpdates", false}}),
+        assignment(
+            "DownloadsUpdates", &Preferences::automaticallyDownloadsUpdates,
+            &Preferences::setAutomaticallyDownloadsUpdates, true, {{"InstallUpdates", true}}),
+        assignment(
+            "LastUpdateCheck", &Preferences::lastUpdateCheckDate, &Preferences::setLastUpdateCheckDate,
+            secondsSince1970(1'800'000'000), {{"LastUpdateCheckDate", 1.8e9}}),
+        assignment(
+            "SkippedUpdate", &Preferences::skippedUpdate, &Preferences::setSkippedUpdate, "1.2",
+            {{"SkippedUpdate", text("1.2")}})),
     caseName);
 
 TEST_F(PreferencesTest, SettersTakeWhatTheyAreGiven) {
@@ -201,9 +214,9 @@ TEST_F(RestoringDefaults, RemovesEveryKeyAndThenStoresEveryDefault) {
 
     const auto removed = [](const std::string& key) { return Change{key, std::nullopt}; };
     const auto& changes = defaults_.changes();
-    ASSERT_EQ(changes.size(), 11u + 10u);
+    ASSERT_EQ(changes.size(), 13u + 12u);
     const auto ofOthers = changes.begin() + 7;
-    const auto written = changes.begin() + 11;
+    const auto written = changes.begin() + 13;
     EXPECT_THAT(
         std::vector(changes.begin(), ofOthers),
         testing::UnorderedElementsAre(
@@ -211,9 +224,10 @@ TEST_F(RestoringDefaults, RemovesEveryKeyAndThenStoresEveryDefault) {
             removed("SlowPingLowThreshold"), removed("ShowIcon"), removed("ShowText"),
             removed("ShowNotifications")));
     EXPECT_THAT(
-        std::vector(ofOthers, written), ElementsAre(
-                                            removed("PacketLossTextMode"), removed("ShowPacketLossText"),
-                                            removed("PanelFace"), removed("PanelInk")));
+        std::vector(ofOthers, written),
+        ElementsAre(
+            removed("PacketLossTextMode"), removed("ShowPacketLossText"), removed("PanelFace"),
+            removed("PanelInk"), removed("CheckForUpdates"), removed("InstallUpdates")));
     EXPECT_THAT(
         std::vector(written, changes.end()),
         ElementsAre(
@@ -221,7 +235,19 @@ TEST_F(RestoringDefaults, RemovesEveryKeyAndThenStoresEveryDefault) {
             Change{"PingTimeout", 4.0}, Change{"PingInterval", 1.0}, Change{"ShowIcon", true},
             Change{"ShowText", true}, Change{"PacketLossTextMode", text("whenLossy")},
             Change{"ShowNotifications", false}, Change{"PanelFace", text("auto")},
-            Change{"PanelInk", text("auto")}));
+            Change{"PanelInk", text("auto")}, Change{"CheckForUpdates", true},
+            Change{"InstallUpdates", false}));
+}
+
+TEST_F(RestoringDefaults, KeepsWhatTheProgramRemembersForItself) {
+    put({{"LastUpdateCheckDate", 1.8e9}, {"SkippedUpdate", text("1.2")}});
+    Preferences prefs(defaults_);
+
+    prefs.restoreDefaults();
+
+    EXPECT_EQ(prefs.lastUpdateCheckDate(), secondsSince1970(1'800'000'000));
+    EXPECT_EQ(prefs.skippedUpdate(), "1.2");
+    EXPECT_EQ(defaults_.stored("SkippedUpdate"), Value(text("1.2")));
 }
 
 TEST_F(RestoringDefaults, TellsOnlyTheReadersOfSettingsThatReallyChange) {

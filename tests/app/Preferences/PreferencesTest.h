@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <optional>
 #include <string>
 
 namespace tarnwick::test {
@@ -25,14 +27,34 @@ struct Settings {
     bool showNotifications = false;
     StatusItem::Form panelForm = StatusItem::Form::automatic;
     StatusItem::InkChoice panelInk = StatusItem::InkChoice::automatic;
+    bool checksForUpdates = true;
+    bool downloadsUpdates = false;
+    std::optional<RunLoop::WallTime> lastUpdateCheck = std::nullopt;
+    std::string skippedUpdate = "";
 
     friend bool operator==(const Settings&, const Settings&) = default;
 };
 
 inline Settings all(const Preferences& prefs) {
-    return {prefs.hostname(), prefs.slowPingThresholdMs(), prefs.pingTimeout(),       prefs.pingInterval(),
-            prefs.display(),  prefs.lossTextMode(),        prefs.showNotifications(), prefs.panelForm(),
-            prefs.panelInk()};
+    return {
+        prefs.hostname(),
+        prefs.slowPingThresholdMs(),
+        prefs.pingTimeout(),
+        prefs.pingInterval(),
+        prefs.display(),
+        prefs.lossTextMode(),
+        prefs.showNotifications(),
+        prefs.panelForm(),
+        prefs.panelInk(),
+        prefs.automaticallyChecksForUpdates(),
+        prefs.automaticallyDownloadsUpdates(),
+        prefs.lastUpdateCheckDate(),
+        prefs.skippedUpdate()};
+}
+
+/// Of the wall clock.
+inline RunLoop::WallTime secondsSince1970(int seconds) {
+    return RunLoop::WallTime(std::chrono::seconds(seconds));
 }
 
 class PreferencesTest : public testing::Test {

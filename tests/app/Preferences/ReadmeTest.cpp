@@ -22,7 +22,7 @@ std::string inSettingsFile(const SettingRow& row) {
 std::string tableOfTheProgram() {
     std::ostringstream rows;
     for (const SettingRow& row : settingTable) {
-        if (row.defaultFrom != SettingDefault::olderForm) {
+        if (isForUsers(row)) {
             rows << "| `" << row.key << "` | `" << inSettingsFile(row) << "` | " << description(row)
                  << " |\n";
         }
