@@ -1,0 +1,79 @@
+#include "app/Update/ArchiveDownload.h"
+
+#include "app/Update/DownloadProblem.h"
+
+#include <utility>
+
+namespace tarnwick {
+
+ArchiveDownload::ArchiveDownload(Needs needs, FoundUpdate update, Watcher watcher)
+    : needs_(std::move(needs)), update_(std::move(update)), watcher_(std::move(watcher)) {
+    fetchSignature();
+}
+
+void ArchiveDownload::fetchSignature() {
+    transfer_ = needs_.downloader.fetch(
+        {.address = update_.archive.address + signatureSuffix,
+         .userAgent = needs_.userAgent,
+         .sizeLimit = Minisign::largestSignature},
+        {.received =
+             [this](std::string_view part) {
+                 signature_ += part;
+                 return true;
+             },
+         .ended =
+             [this](const std::optional<Downloader::Failure>& failure) {
+                 if (failure) {
+                     end(sentence(*failure));
+                 } else {
+                     fetchArchive();
+                 }
+             }});
+}
+
+void ArchiveDownload::fetchArchive() {
+    if (const auto problem = needs_.place.begin()) {
+        end(problem);
+        return;
+    }
+    transfer_ = needs_.downloader.fetch(
+        {.address = update_.archive.address,
+         .userAgent = needs_.userAgent,
+         .sizeLimit = update_.archive.size},
+        {.received = [this](std::string_view part) { return keep(part); },
+         .ended =
+             [this](const std::optional<Downloader::Failure>& failure) {
+                 if (failure) {
+                     end(sentence(*failure));
+                 } else {
+                     prepare();
+                 }
+             }});
+}
+
+bool ArchiveDownload::keep(std::string_view part) {
+    if (auto problem = needs_.place.add(part)) {
+        end(problem);
+        return false;
+    }
+    received_ += part.size();
+    watcher_.received(received_);
+    return true;
+}
+
+void ArchiveDownload::prepare() {
+    watcher_.complete();
+    needs_.place.prepare(
+        {.archive = update_.archive,
+         .version = update_.release.version,
+         .signature = signature_,
+         .keys = needs_.keys},
+        lifeline_.guarded([this](const UpdatePlace::Problem& problem) { end(problem); }));
+}
+
+void ArchiveDownload::end(const UpdatePlace::Problem& problem) {
+    const auto ended = std::exchange(watcher_.ended, nullptr);
+    ended(problem); // it may destroy this
+}
+
+} // namespace tarnwick

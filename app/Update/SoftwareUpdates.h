@@ -1,0 +1,41 @@
+// Newer versions of the program, as the status item and the settings window see them.
+#pragma once
+
+#include "core/RunLoop.h"
+
+#include <optional>
+#include <string>
+
+namespace tarnwick {
+
+/// What it tells is observable. Main thread.
+class SoftwareUpdates {
+public:
+    SoftwareUpdates() = default;
+    SoftwareUpdates(const SoftwareUpdates&) = delete;
+    SoftwareUpdates& operator=(const SoftwareUpdates&) = delete;
+    virtual ~SoftwareUpdates() = default;
+
+    [[nodiscard]] virtual bool automaticallyChecksForUpdates() const = 0;
+    virtual void setAutomaticallyChecksForUpdates(bool checks) = 0;
+
+    [[nodiscard]] virtual bool automaticallyDownloadsUpdates() const = 0;
+    virtual void setAutomaticallyDownloadsUpdates(bool downloads) = 0;
+
+    /// Empty before the first check.
+    [[nodiscard]] virtual std::optional<RunLoop::WallTime> lastUpdateCheckDate() const = 0;
+
+    /// What kept the last check, or an update that nobody watched, from its end; empty when nothing did. A
+    /// sentence for users.
+    [[nodiscard]] virtual std::string lastProblem() const = 0;
+
+    /// False while a check or an update is under way.
+    [[nodiscard]] virtual bool canCheckForUpdates() const = 0;
+    /// Checks now and shows the user the result, also when there is no update.
+    virtual void checkForUpdates() = 0;
+
+    /// The domain that newer versions come from.
+    [[nodiscard]] virtual std::string serverDomain() const = 0;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,97 @@
+// Finds newer versions, fetches them, and makes them ready to take the place of the running one.
+#pragma once
+
+#include "app/Observation/Observation.h"
+#include "app/Preferences/Preferences.h"
+#include "app/Update/ArchiveDownload.h"
+#include "app/Update/FeedCheck.h"
+#include "app/Update/UpdateMemory.h"
+#include "app/Update/UpdatePlace.h"
+#include "app/Update/UpdateState.h"
+#include "core/Lifeline.h"
+#include "platform/ports/ConnectionCost.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tarnwick {
+
+/// Knows no window: what it does is its state, which views follow. One thing at a time. Main thread.
+class UpdateEngine {
+public:
+    struct Needs {
+        RunLoop& loop;
+        Downloader& downloader;
+        ConnectionCost& cost;
+        Preferences& preferences;
+        UpdatePlace& place;
+        UpdateMemory& memory;
+        ReleaseVersion running;
+        std::string channel;
+        std::chrono::seconds checkInterval;
+        UpdateSource source;
+        std::string userAgent;
+        std::string machine;            ///< as the system calls it
+        ReleaseVersion system;          ///< the kernel's major and minor number
+        std::function<double()> random; ///< from 0 to 1
+    };
+
+    /// Seconds. Between scheduled checks while there is no network, or one that is paid by use.
+    static constexpr double patienceWithNetwork = 3600;
+
+    /// The needs outlive the engine. Tells at once of a version that was brought back from.
+    explicit UpdateEngine(Needs needs);
+    UpdateEngine(const UpdateEngine&) = delete;
+    UpdateEngine& operator=(const UpdateEngine&) = delete;
+    ~UpdateEngine() = default;
+
+    /// Begins with the scheduled checks.
+    void start();
+
+    [[nodiscard]] const UpdateState& state() const { return state_.get(); }
+
+    /// See `SoftwareUpdates`.
+    [[nodiscard]] const std::string& lastProblem() const { return lastProblem_.get(); }
+
+    [[nodiscard]] bool canCheck() const;
+    [[nodiscard]] std::string serverDomain() const;
+
+    [[nodiscard]] const ReleaseVersion& running() const { return needs_.running; }
+
+    // What the user does. Each does nothing in a state that it does not fit.
+
+    /// While an update waits for an answer, or is under way, that stays.
+    void check();
+    void install();     ///< what was found
+    void skip();        ///< what was found, for good
+    void remindLater(); ///< of what was found, at the next scheduled check
+    void cancel();      ///< the check or the download
+    void dismiss();     ///< the news that the program is up to date, that something failed, or is ready
+
+private:
+    void schedule();
+    void beginScheduledCheck();
+    void beginCheck(bool isAskedFor);
+    void checkEnded(const FeedCheck::Result& result, bool isAskedFor);
+    void decide(const Feed& feed, bool isAskedFor);
+    void fail(const std::string& text, bool isAskedFor);
+    void download(const FoundUpdate& update, bool isWatched);
+    void showProgress(std::uint64_t bytes);
+    void downloadEnded(const UpdatePlace::Problem& problem, const FoundUpdate& update, bool isWatched);
+    void enter(UpdateState state);
+
+    Needs needs_;
+    Observed<UpdateState> state_;
+    Observed<std::string> lastProblem_;
+    std::optional<RunLoop::WallTime> checkDue_; ///< empty while nothing is scheduled
+    RunLoop::Handle timer_;
+    TrackingHandle followingSetting_;
+    std::unique_ptr<FeedCheck> feedCheck_;
+    std::unique_ptr<ArchiveDownload> download_;
+    Lifeline lifeline_;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,41 @@
+// What the updater remembers of earlier feeds and versions, in a file beside the statistics.
+#pragma once
+
+#include "core/Update/ReleaseVersion.h"
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+
+namespace tarnwick {
+
+/// Each change is written at once. A file that can't be read counts as none, and one that can't be written
+/// is not reported: what is lost with it is found by the next check. Main thread.
+class UpdateMemory {
+public:
+    explicit UpdateMemory(std::filesystem::path file);
+
+    /// When the last feed that was not refused was signed.
+    [[nodiscard]] std::optional<std::chrono::sys_seconds> lastFeed() const { return lastFeed_; }
+
+    void setLastFeed(std::chrono::sys_seconds signedAt);
+
+    /// The version that was brought back from, since it did not run here.
+    [[nodiscard]] std::optional<ReleaseVersion> rolledBack() const { return rolledBack_; }
+
+    void setRolledBack(const ReleaseVersion& version);
+
+    /// True once after `setRolledBack`, also in another process.
+    [[nodiscard]] bool takeNewsOfRollBack();
+
+private:
+    void load();
+    void store() const;
+
+    std::filesystem::path file_;
+    std::optional<std::chrono::sys_seconds> lastFeed_;
+    std::optional<ReleaseVersion> rolledBack_;
+    bool hasNews_ = false;
+};
+
+} // namespace tarnwick

@@ -1,0 +1,59 @@
+// What the updater is doing.
+#pragma once
+
+#include "core/Update/ReleaseVersion.h"
+#include "core/Update/UpdateDecision.h"
+
+#include <cstdint>
+#include <string>
+#include <variant>
+
+namespace tarnwick {
+
+namespace Updating {
+
+struct Idle {};
+
+struct Checking {
+    bool isAskedFor; ///< by the user
+};
+
+/// After a check that the user asked for, until it is dismissed.
+struct NothingNewer {};
+
+/// Waits for the user's choice.
+struct Found {
+    FoundUpdate update;
+    bool isAskedFor; ///< the check was
+};
+
+struct Downloading {
+    FoundUpdate update;
+    std::uint64_t received; ///< bytes
+    bool isWatched;         ///< the user has chosen to install it; else it happens by itself
+};
+
+/// Verified and unpacked.
+struct Preparing {
+    FoundUpdate update;
+    bool isWatched;
+};
+
+/// The newer version is used from the next start on.
+struct Ready {
+    ReleaseVersion version;
+    bool isWatched;
+};
+
+/// Of something that the user has asked for, until it is dismissed.
+struct Failed {
+    std::string text; ///< one or two sentences
+};
+
+} // namespace Updating
+
+using UpdateState = std::variant<
+    Updating::Idle, Updating::Checking, Updating::NothingNewer, Updating::Found, Updating::Downloading,
+    Updating::Preparing, Updating::Ready, Updating::Failed>;
+
+} // namespace tarnwick

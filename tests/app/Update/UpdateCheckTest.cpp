@@ -1,0 +1,349 @@
+// When the updater asks for newer versions, and what it makes of the answer.
+#include "core/Update/CheckSchedule.h"
+#include "tests/app/Update/UpdateWorld.h"
+
+#include <gmock/gmock.h>
+
+namespace tarnwick::test {
+namespace {
+
+using testing::HasSubstr;
+using namespace Updating;
+
+using UpdateCheck = UpdateWorld;
+using ScheduledCheck = UpdateWorld;
+
+TEST_F(UpdateCheck, FindsANewerVersion) {
+    check();
+
+    ASSERT_NE(in<Found>(), nullptr);
+    EXPECT_EQ(in<Found>()->update.release.version.text(), "1.1");
+    EXPECT_EQ(in<Found>()->update.release.notes, "* Better");
+    EXPECT_TRUE(in<Found>()->isAskedFor);
+    EXPECT_EQ(engine().lastProblem(), "");
+}
+
+TEST_F(UpdateCheck, TellsItsUserAgentAndNoMoreThanAFeedMayHave) {
+    check();
+
+    ASSERT_EQ(server.requests().size(), 2u);
+    EXPECT_EQ(server.requests().at(0).address, feedAddress);
+    EXPECT_EQ(server.requests().at(1).address, std::string(feedAddress) + ".minisig");
+    EXPECT_EQ(server.requests().at(0).userAgent, "Tarnwick/1.0");
+    EXPECT_EQ(server.requests().at(0).sizeLimit, largestFeed);
+    EXPECT_EQ(server.requests().at(1).sizeLimit, Minisign::largestSignature);
+}
+
+TEST_F(UpdateCheck, SaysThatThereIsNothingNewer) {
+    publish("1.0");
+
+    check();
+
+    EXPECT_NE(in<NothingNewer>(), nullptr);
+    engine().dismiss();
+    EXPECT_NE(in<Idle>(), nullptr);
+}
+
+TEST_F(UpdateCheck, RemembersWhenItWas) {
+    EXPECT_EQ(preferences.lastUpdateCheckDate(), today - std::chrono::hours(1));
+
+    check();
+
+    EXPECT_GT(preferences.lastUpdateCheckDate(), today - std::chrono::seconds(1));
+}
+
+TEST_F(UpdateCheck, CanNotBeAskedForWhileOneIsUnderWay) {
+    EXPECT_TRUE(engine().canCheck());
+    engine().check();
+    EXPECT_FALSE(engine().canCheck());
+    engine().check();
+
+    loop.advance(10);
+
+    EXPECT_EQ(feedRequests(), 1u);
+    EXPECT_TRUE(engine().canCheck());
+}
+
+TEST_F(UpdateCheck, CanBeCanceled) {
+    engine().check();
+    engine().cancel();
+    EXPECT_NE(in<Idle>(), nullptr);
+    EXPECT_EQ(server.transfersUnderWay(), 0);
+
+    loop.advance(10);
+
+    EXPECT_NE(in<Idle>(), nullptr);
+}
+
+TEST_F(UpdateCheck, TrustsTheSecondKeyToo) {
+    publish("1.1", 0, MinisignKey(2));
+
+    check();
+
+    EXPECT_NE(in<Found>(), nullptr);
+}
+
+TEST_F(UpdateCheck, DoesNotTrustAFeedOfAnotherKey) {
+    publish("1.1", 0, MinisignKey(3));
+
+    check();
+
+    EXPECT_EQ(failure(), "The update information is signed with an unknown key, so it is not trusted.");
+    EXPECT_EQ(memory.lastFeed(), std::nullopt);
+}
+
+TEST_F(UpdateCheck, DoesNotTrustAChangedFeed) {
+    server.files[feedAddress] += " ";
+
+    check();
+
+    EXPECT_EQ(failure(), "The update information does not match its signature, so it is not trusted.");
+}
+
+TEST_F(UpdateCheck, SaysThatAFeedCanNotBeRead) {
+    publishText("{}");
+
+    check();
+
+    EXPECT_THAT(failure(), HasSubstr("The update information can't be read: "));
+}
+
+TEST_F(UpdateCheck, SaysThatTheServerHasNoFeed) {
+    server.files.erase(feedAddress);
+
+    check();
+
+    EXPECT_EQ(failure(), "The update server does not have the file (404).");
+    EXPECT_EQ(engine().lastProblem(), failure());
+}
+
+TEST_F(UpdateCheck, SaysThatThereIsNoNetwork) {
+    server.files.clear();
+    server.failures[feedAddress] = {.problem = Downloader::Problem::unreachable, .detail = ""};
+
+    check();
+
+    EXPECT_EQ(failure(), "The update server can't be reached.");
+    EXPECT_EQ(preferences.lastUpdateCheckDate(), today - std::chrono::hours(1)) << "it was none";
+}
+
+TEST_F(UpdateCheck, DoesNotTrustAFeedFromThePast) {
+    check();
+    engine().remindLater();
+    publish("1.1", 1);
+
+    check();
+
+    EXPECT_THAT(failure(), HasSubstr("older than what was received before"));
+}
+
+TEST_F(UpdateCheck, DoesNotTrustAFeedFromThePastAfterARestart) {
+    check();
+    restart();
+    memory = UpdateMemory(folder.path() / "updates.json");
+    publish("1.1", 1);
+
+    check();
+
+    EXPECT_THAT(failure(), HasSubstr("older than what was received before"));
+}
+
+TEST_F(UpdateCheck, DoesNotTrustAFeedThatIsNotRenewed) {
+    publish("1.1", 91);
+
+    check();
+
+    EXPECT_THAT(failure(), HasSubstr("more than 90 days old"));
+}
+
+TEST_F(UpdateCheck, DoesNotFindAnOlderVersion) {
+    publish("0.9");
+
+    check();
+
+    EXPECT_NE(in<NothingNewer>(), nullptr);
+}
+
+TEST_F(UpdateCheck, BringsWhatAScheduledOneHasFoundToTheUser) {
+    engine().start();
+    loop.advance(2 * day);
+    ASSERT_NE(in<Found>(), nullptr);
+    EXPECT_FALSE(in<Found>()->isAskedFor);
+    const std::size_t before = feedRequests();
+
+    engine().check();
+
+    ASSERT_NE(in<Found>(), nullptr);
+    EXPECT_TRUE(in<Found>()->isAskedFor);
+    EXPECT_EQ(feedRequests(), before);
+}
+
+TEST_F(ScheduledCheck, ComesADayAfterTheLastOneAndALittleLater) {
+    engine().start();
+    const double due = day - 3600 + 0.5 * day / jitterPartOfInterval;
+
+    loop.advance(due - 10);
+    EXPECT_EQ(feedRequests(), 0u);
+
+    loop.advance(20);
+    EXPECT_EQ(feedRequests(), 1u);
+    EXPECT_NE(in<Found>(), nullptr);
+}
+
+TEST_F(ScheduledCheck, ComesOnceADay) {
+    publish("1.0");
+    engine().start();
+
+    loop.advance(10 * day);
+
+    EXPECT_GE(feedRequests(), 9u);
+    EXPECT_LE(feedRequests(), 10u);
+    EXPECT_NE(in<Idle>(), nullptr) << "nobody is told that there is nothing newer";
+}
+
+TEST_F(ScheduledCheck, WaitsForTheUserOnceItHasFoundSomething) {
+    engine().start();
+
+    loop.advance(10 * day);
+
+    EXPECT_EQ(feedRequests(), 1u);
+}
+
+TEST_F(ScheduledCheck, RemindsADayLater) {
+    engine().start();
+    loop.advance(day);
+    ASSERT_NE(in<Found>(), nullptr);
+
+    engine().remindLater();
+    EXPECT_NE(in<Idle>(), nullptr);
+
+    loop.advance(1.1 * day);
+    EXPECT_NE(in<Found>(), nullptr);
+}
+
+TEST_F(ScheduledCheck, LeavesASkippedVersionAlone) {
+    engine().start();
+    loop.advance(day);
+    engine().skip();
+    EXPECT_EQ(preferences.skippedUpdate(), "1.1");
+
+    loop.advance(3 * day);
+    EXPECT_NE(in<Idle>(), nullptr);
+
+    publish("1.2");
+    loop.advance(1.1 * day);
+    EXPECT_NE(in<Found>(), nullptr);
+}
+
+TEST_F(ScheduledCheck, IsSilentWithoutANetworkAndTriesAgainWithinHours) {
+    server.failures[feedAddress] = {.problem = Downloader::Problem::unreachable, .detail = ""};
+    const auto feed = server.files.extract(feedAddress);
+    engine().start();
+    loop.advance(day + 7200);
+    EXPECT_GE(feedRequests(), 2u);
+    EXPECT_NE(in<Idle>(), nullptr);
+    EXPECT_EQ(engine().lastProblem(), "");
+
+    server.files[feedAddress] = feed.mapped();
+    server.failures.clear();
+    loop.advance(UpdateEngine::patienceWithNetwork + 10);
+
+    EXPECT_NE(in<Found>(), nullptr);
+}
+
+TEST_F(ScheduledCheck, WaitsForAConnectionThatIsNotPaidByUse) {
+    cost.isMetered = true;
+    engine().start();
+    loop.advance(3 * day);
+    EXPECT_EQ(server.requests().size(), 0u);
+
+    cost.isMetered = false;
+    loop.advance(UpdateEngine::patienceWithNetwork + 10);
+
+    EXPECT_EQ(feedRequests(), 1u);
+}
+
+TEST_F(ScheduledCheck, IsMadeUpForSoonAfterASleep) {
+    engine().start();
+    loop.advance(3600);
+
+    loop.sleep(3 * day);
+    loop.advance(2 * 3600);
+
+    EXPECT_EQ(feedRequests(), 1u);
+}
+
+TEST_F(ScheduledCheck, IsNotPutOffForYearsByAClockThatIsSetBack) {
+    engine().start();
+    loop.setWallClock(today - std::chrono::days(3000));
+    publish("1.0");
+
+    loop.advance(2 * 3600);
+
+    EXPECT_EQ(feedRequests(), 1u);
+}
+
+TEST_F(ScheduledCheck, DoesNotComeWhenTheUserDoesNotWantIt) {
+    preferences.setAutomaticallyChecksForUpdates(false);
+    engine().start();
+    loop.advance(3 * day);
+    EXPECT_EQ(server.requests().size(), 0u);
+    EXPECT_EQ(loop.timerCount(), 0u);
+
+    preferences.setAutomaticallyChecksForUpdates(true);
+    loop.advance(3600);
+    EXPECT_EQ(feedRequests(), 1u);
+}
+
+TEST_F(ScheduledCheck, KeepsWhatWentWrongForTheSettingsWindow) {
+    publish("1.1", 0, MinisignKey(3));
+    engine().start();
+
+    loop.advance(day);
+
+    EXPECT_NE(in<Idle>(), nullptr) << "no window";
+    EXPECT_THAT(engine().lastProblem(), HasSubstr("unknown key"));
+    EXPECT_EQ(feedRequests(), 1u) << "the next one is a day later";
+
+    publish("1.0");
+    loop.advance(1.1 * day);
+    EXPECT_EQ(engine().lastProblem(), "");
+}
+
+TEST_F(UpdateCheck, TellsOnceOfAVersionThatDidNotRun) {
+    memory.setRolledBack(ReleaseVersion::parse("1.1").value());
+
+    EXPECT_EQ(failure(), "Tarnwick 1.1 did not run on this machine, so version 1.0 is back.");
+
+    restart();
+    EXPECT_NE(in<Idle>(), nullptr);
+}
+
+TEST_F(UpdateCheck, AVersionThatDidNotRunIsFoundOnlyByTheUsersOwnCheck) {
+    memory.setRolledBack(ReleaseVersion::parse("1.1").value());
+    engine().dismiss();
+    engine().start();
+    loop.advance(2 * day);
+    EXPECT_NE(in<Idle>(), nullptr);
+
+    check();
+
+    EXPECT_NE(in<Found>(), nullptr);
+}
+
+TEST_F(UpdateCheck, NamesTheServersDomain) {
+    EXPECT_EQ(engine().serverDomain(), "updates.example");
+}
+
+TEST_F(UpdateCheck, TellsItsFollowersOfEachChange) {
+    int changes = 0;
+    const auto tracking =
+        withTracking([this] { static_cast<void>(engine().state()); }, [&changes] { ++changes; });
+
+    engine().check();
+
+    EXPECT_EQ(changes, 1);
+}
+
+} // namespace
+} // namespace tarnwick::test
