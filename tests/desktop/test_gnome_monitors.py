@@ -36,6 +36,9 @@ class GnomeWithTwoMonitors(GnomeThatTellsPlaces):
         super().start_display()
         self.session.environment["MUTTER_DEBUG_NUM_DUMMY_MONITORS"] = str(len(SCALES))
 
+    def pointer_is_on_second(self) -> bool:
+        return self.evaluated("global.get_pointer()")[0] >= self.second.x
+
     def start_panel(self) -> None:
         super().start_panel()
         self.scale_monitors()
@@ -78,6 +81,8 @@ class GnomeMonitors(Gnome):
         program = self.not_yet_clicked()
         self.shown(program)
         self.desktop.move(*self.desktop.second.center)
+        # The shell, not only the display that it fills, knows where the pointer is.
+        eventually(self.desktop.pointer_is_on_second, PATIENCE, "the pointer is on the second monitor")
 
         program.start_again()
 
