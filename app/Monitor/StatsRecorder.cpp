@@ -6,14 +6,14 @@ namespace tarnwick {
 
 namespace {
 
-StatsRecorder::State stateAfter(StatsLock::Attempt attempt) {
+StatsRecorder::State stateAfter(WriterLock::Attempt attempt) {
     switch (attempt) {
-    case StatsLock::Attempt::taken:
-    case StatsLock::Attempt::held:
+    case WriterLock::Attempt::taken:
+    case WriterLock::Attempt::held:
         return StatsRecorder::State::records;
-    case StatsLock::Attempt::heldByOther:
+    case WriterLock::Attempt::heldByOther:
         return StatsRecorder::State::otherRecords;
-    case StatsLock::Attempt::impossible:
+    case WriterLock::Attempt::impossible:
         break;
     }
     return StatsRecorder::State::cannotRecord;
@@ -62,9 +62,9 @@ void StatsRecorder::reset(const std::string& host) {
 StatsRecorder::Saved StatsRecorder::save(
     const std::string& host, const StatCounter& counter, FileStore::Durability durability) {
     allTimeStats_[host] = counter;
-    const StatsLock::Attempt attempt = lock_.acquire();
+    const WriterLock::Attempt attempt = lock_.acquire();
     const State before = std::exchange(state_, stateAfter(attempt));
-    if (state_ == State::records && (attempt == StatsLock::Attempt::taken || mustBeRead())) {
+    if (state_ == State::records && (attempt == WriterLock::Attempt::taken || mustBeRead())) {
         std::optional<StatsByHost> present = read();
         if (before == State::otherRecords || (present && isFromAnotherWriter(*present))) {
             take(std::move(present));

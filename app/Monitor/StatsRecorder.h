@@ -2,8 +2,8 @@
 #pragma once
 
 #include "app/Reading/Measurements.h"
-#include "core/Storage/StatsLock.h"
 #include "core/Storage/StatsStore.h"
+#include "core/Storage/WriterLock.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -65,7 +65,7 @@ private:
     std::error_code replaceFile(StatsByHost figures, FileStore::Durability durability);
 
     StatsStore store_;
-    StatsLock lock_;
+    WriterLock lock_;
     State state_ = State::cannotRecord;
     std::error_code problem_;
     std::filesystem::path keptAside_;

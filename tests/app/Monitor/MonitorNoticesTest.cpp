@@ -1,6 +1,6 @@
 // What the monitor tells the user beside the figures, and when it takes that back.
 #include "app/Monitor/Monitor.h"
-#include "core/Storage/StatsLock.h"
+#include "core/Storage/WriterLock.h"
 #include "tests/app/WatchedMonitor.h"
 #include "tests/support/Files.h"
 
@@ -130,8 +130,8 @@ TEST_F(MonitorNoticesTest, AHostThatIsNotFoundSaysNothingOfThePermission) {
 // Recording.
 
 TEST_F(MonitorNoticesTest, AnotherProgramThatRecordsIsToldUntilItEnds) {
-    auto other = std::make_unique<StatsLock>(statistics);
-    ASSERT_EQ(other->acquire(), StatsLock::Attempt::taken);
+    auto other = std::make_unique<WriterLock>(statistics);
+    ASSERT_EQ(other->acquire(), WriterLock::Attempt::taken);
     watchFor(5);
     EXPECT_THAT(lines(), ElementsAre(otherRecords));
 

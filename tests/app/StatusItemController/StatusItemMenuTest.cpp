@@ -1,7 +1,7 @@
 // The status item's menu: what stands in it, and what its items do.
 #include "tests/app/StatusItemController/WatchedStatusItem.h"
 
-#include "core/Storage/StatsLock.h"
+#include "core/Storage/WriterLock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -201,8 +201,8 @@ TEST_F(StatusItemMenuTest, ResetAllTimeNamesALongHostWithoutItsMiddle) {
 }
 
 TEST_F(StatusItemMenuTest, ResetAllTimeSaysWhenTheResetCountsIfAnotherRecords) {
-    StatsLock other(statistics);
-    ASSERT_EQ(other.acquire(), StatsLock::Attempt::taken);
+    WriterLock other(statistics);
+    ASSERT_EQ(other.acquire(), WriterLock::Attempt::taken);
     showFor(5.5);
 
     menu->choose(Id::resetAllTime);

@@ -1,4 +1,4 @@
-// The lock beside the statistics file: the process that holds it is the only writer.
+// The lock beside a file: the process that holds it is the only writer.
 #pragma once
 
 #include "core/FileDescriptor.h"
@@ -10,7 +10,7 @@ namespace tarnwick {
 /// An advisory lock on "NAME.lock", or where its file system has no locks, one that holds on this machine.
 /// The system releases it when the process ends, however that happens. The lock file stays: after its removal
 /// two processes could lock two different files of the same name.
-class StatsLock {
+class WriterLock {
 public:
     enum class Attempt {
         taken,       ///< this process is the writer now
@@ -19,7 +19,7 @@ public:
         impossible,  ///< the folder is not writable
     };
 
-    explicit StatsLock(std::filesystem::path file);
+    explicit WriterLock(std::filesystem::path file);
 
     /// Takes the lock if it is free. Never waits.
     Attempt acquire();

@@ -1,5 +1,5 @@
 // One writer of the statistics at any time.
-#include "core/Storage/StatsLock.h"
+#include "core/Storage/WriterLock.h"
 
 #include "tests/core/ChildProcess.h"
 #include "tests/core/Storage/PrivateMounts.h"
@@ -19,47 +19,47 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace test;
-using Attempt = StatsLock::Attempt;
+using Attempt = WriterLock::Attempt;
 
-class StatsLockTest : public testing::Test {
+class WriterLockTest : public testing::Test {
 protected:
     test::TemporaryFolder folder;
     fs::path file = folder.path() / "Tarnwick" / "stats.json";
     fs::path lockFile = folder.path() / "Tarnwick" / "stats.json.lock";
-    std::optional<StatsLock> first{file};
-    StatsLock second{file};
+    std::optional<WriterLock> first{file};
+    WriterLock second{file};
 };
 
-TEST_F(StatsLockTest, IsHeldByTheFirstWhoAsks) {
+TEST_F(WriterLockTest, IsHeldByTheFirstWhoAsks) {
     EXPECT_EQ(first->acquire(), Attempt::taken);
     EXPECT_EQ(second.acquire(), Attempt::heldByOther);
 }
 
-TEST_F(StatsLockTest, IsNotTakenByBeingMade) {
+TEST_F(WriterLockTest, IsNotTakenByBeingMade) {
     EXPECT_EQ(second.acquire(), Attempt::taken);
 }
 
-TEST_F(StatsLockTest, StaysHeldHoweverOftenItIsAsked) {
+TEST_F(WriterLockTest, StaysHeldHoweverOftenItIsAsked) {
     ASSERT_EQ(first->acquire(), Attempt::taken);
     EXPECT_EQ(first->acquire(), Attempt::held);
     EXPECT_EQ(first->acquire(), Attempt::held);
     EXPECT_EQ(second.acquire(), Attempt::heldByOther);
 }
 
-TEST_F(StatsLockTest, GoesToTheNextOnceItsHolderIsGone) {
+TEST_F(WriterLockTest, GoesToTheNextOnceItsHolderIsGone) {
     ASSERT_EQ(first->acquire(), Attempt::taken);
     ASSERT_EQ(second.acquire(), Attempt::heldByOther);
     first.reset();
     EXPECT_EQ(second.acquire(), Attempt::taken);
 }
 
-TEST_F(StatsLockTest, LeavesItsFileWhenItsHolderIsGone) {
+TEST_F(WriterLockTest, LeavesItsFileWhenItsHolderIsGone) {
     ASSERT_EQ(first->acquire(), Attempt::taken);
     first.reset();
     EXPECT_TRUE(fs::exists(lockFile));
 }
 
-TEST_F(StatsLockTest, GoesToTheNextOnceItsHoldersProcessIsKilled) {
+TEST_F(WriterLockTest, GoesToTheNextOnceItsHoldersProcessIsKilled) {
     ChildProcess holder([this](const ChildProcess::Report& report) {
         if (first->acquire() == Attempt::taken) {
             report();
@@ -74,50 +74,50 @@ TEST_F(StatsLockTest, GoesToTheNextOnceItsHoldersProcessIsKilled) {
     EXPECT_EQ(second.acquire(), Attempt::taken);
 }
 
-TEST_F(StatsLockTest, IsRefusedToAnotherProcess) {
+TEST_F(WriterLockTest, IsRefusedToAnotherProcess) {
     ASSERT_EQ(first->acquire(), Attempt::taken);
-    EXPECT_EQ(exitStatusOf([this] { return StatsLock(file).acquire() == Attempt::heldByOther ? 0 : 1; }), 0);
+    EXPECT_EQ(exitStatusOf([this] { return WriterLock(file).acquire() == Attempt::heldByOther ? 0 : 1; }), 0);
 }
 
-TEST_F(StatsLockTest, IsLostWhenItsFileIsDeletedAndAnotherTakesTheNewOne) {
+TEST_F(WriterLockTest, IsLostWhenItsFileIsDeletedAndAnotherTakesTheNewOne) {
     ASSERT_EQ(first->acquire(), Attempt::taken);
     fs::remove(lockFile);
     ASSERT_EQ(second.acquire(), Attempt::taken);
     EXPECT_EQ(first->acquire(), Attempt::heldByOther);
 }
 
-TEST_F(StatsLockTest, IsTakenAnewWhenItsFolderIsDeleted) {
+TEST_F(WriterLockTest, IsTakenAnewWhenItsFolderIsDeleted) {
     ASSERT_EQ(first->acquire(), Attempt::taken);
     fs::remove_all(lockFile.parent_path());
     EXPECT_EQ(first->acquire(), Attempt::taken);
     EXPECT_EQ(second.acquire(), Attempt::heldByOther);
 }
 
-TEST_F(StatsLockTest, CreatesTheFolderOfTheFile) {
+TEST_F(WriterLockTest, CreatesTheFolderOfTheFile) {
     EXPECT_EQ(first->acquire(), Attempt::taken);
     EXPECT_TRUE(fs::exists(lockFile));
     EXPECT_FALSE(fs::exists(file));
 }
 
-TEST_F(StatsLockTest, IsImpossibleWhereNoFileCanBeMade) {
+TEST_F(WriterLockTest, IsImpossibleWhereNoFileCanBeMade) {
     writeFile(folder.path() / "Tarnwick", "a file in the folder's place");
     EXPECT_EQ(first->acquire(), Attempt::impossible);
 }
 
-TEST_F(StatsLockTest, BecomesPossibleOnceTheObstacleIsGone) {
+TEST_F(WriterLockTest, BecomesPossibleOnceTheObstacleIsGone) {
     writeFile(folder.path() / "Tarnwick", "a file in the folder's place");
     ASSERT_EQ(first->acquire(), Attempt::impossible);
     fs::remove(folder.path() / "Tarnwick");
     EXPECT_EQ(first->acquire(), Attempt::taken);
 }
 
-TEST_F(StatsLockTest, OfAnotherFileIsAnotherLock) {
-    StatsLock other(folder.path() / "Tarnwick" / "other.json");
+TEST_F(WriterLockTest, OfAnotherFileIsAnotherLock) {
+    WriterLock other(folder.path() / "Tarnwick" / "other.json");
     EXPECT_EQ(first->acquire(), Attempt::taken);
     EXPECT_EQ(other.acquire(), Attempt::taken);
 }
 
-TEST_F(StatsLockTest, IsTakenOnAFileThatMayOnlyBeRead) {
+TEST_F(WriterLockTest, IsTakenOnAFileThatMayOnlyBeRead) {
     const Unprivileged user;
     ASSERT_TRUE(user.isOrdinary());
     writeFile(lockFile, "");
@@ -128,7 +128,7 @@ TEST_F(StatsLockTest, IsTakenOnAFileThatMayOnlyBeRead) {
     EXPECT_EQ(second.acquire(), Attempt::heldByOther);
 }
 
-TEST_F(StatsLockTest, IsNotToBeHadOnAFileThatMayNotBeRead) {
+TEST_F(WriterLockTest, IsNotToBeHadOnAFileThatMayNotBeRead) {
     const Unprivileged user;
     ASSERT_TRUE(user.isOrdinary());
     writeFile(lockFile, "");
@@ -137,7 +137,7 @@ TEST_F(StatsLockTest, IsNotToBeHadOnAFileThatMayNotBeRead) {
     EXPECT_EQ(first->acquire(), Attempt::impossible);
 }
 
-TEST_F(StatsLockTest, MakesAFileWithThePermissionsThatTheUserWants) {
+TEST_F(WriterLockTest, MakesAFileWithThePermissionsThatTheUserWants) {
     const mode_t before = ::umask(0);
     EXPECT_EQ(first->acquire(), Attempt::taken);
     ::umask(before);
@@ -156,12 +156,12 @@ bool isPassedOn(const fs::path& file) {
     return true;
 }
 
-TEST_F(StatsLockTest, IsNotPassedOnToProgramsThatAreStarted) {
+TEST_F(WriterLockTest, IsNotPassedOnToProgramsThatAreStarted) {
     ASSERT_EQ(first->acquire(), Attempt::taken);
     EXPECT_FALSE(isPassedOn(lockFile));
 }
 
-TEST_F(StatsLockTest, OnAFileThatMayOnlyBeReadIsNotPassedOnEither) {
+TEST_F(WriterLockTest, OnAFileThatMayOnlyBeReadIsNotPassedOnEither) {
     const Unprivileged user;
     ASSERT_TRUE(user.isOrdinary());
     writeFile(lockFile, "");
@@ -171,7 +171,7 @@ TEST_F(StatsLockTest, OnAFileThatMayOnlyBeReadIsNotPassedOnEither) {
     EXPECT_FALSE(isPassedOn(lockFile));
 }
 
-TEST_F(StatsLockTest, IsImpossibleOnADiskThatIsWriteProtected) {
+TEST_F(WriterLockTest, IsImpossibleOnADiskThatIsWriteProtected) {
     const std::optional<int> status = exitStatusOf([this] {
         if (!havePrivateMounts() || !mountSmallDisk(folder.path())) {
             return noMounts;

@@ -1,4 +1,4 @@
-#include "core/Storage/StatsLock.h"
+#include "core/Storage/WriterLock.h"
 
 #include "core/Storage/FileStore.h"
 #include "core/Storage/NamedFile.h"
@@ -19,7 +19,7 @@ namespace tarnwick {
 
 namespace {
 
-using Attempt = StatsLock::Attempt;
+using Attempt = WriterLock::Attempt;
 
 /// For a file system without locks: a socket's name outside the file system, which the system gives to one
 /// process of this machine at a time.
@@ -45,11 +45,11 @@ Attempt takeSystemName(int lockFile, FileDescriptor& socket) {
 
 } // namespace
 
-StatsLock::StatsLock(std::filesystem::path file) : path_(std::move(file)) {
+WriterLock::WriterLock(std::filesystem::path file) : path_(std::move(file)) {
     path_ += ".lock";
 }
 
-StatsLock::Attempt StatsLock::acquire() {
+WriterLock::Attempt WriterLock::acquire() {
     // The lock file may have been removed: then another process can lock a new one.
     if (file_.isOpen() && isNamed(file_.get(), path_)) {
         return Attempt::held;
@@ -70,7 +70,7 @@ StatsLock::Attempt StatsLock::acquire() {
     return attempt;
 }
 
-FileDescriptor StatsLock::openFile() const {
+FileDescriptor WriterLock::openFile() const {
     static_cast<void>(FileStore::makeFolders(path_.parent_path())); // opening tells whether it is there
     FileDescriptor file(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
     if (!file.isOpen() && errno == EACCES) {
