@@ -172,7 +172,7 @@ struct SystemError {
     int error;
     ExchangeFailure failure;
 
-    friend void PrintTo(const SystemError& error, std::ostream* out) { *out << error.name; }
+    friend void PrintTo(const SystemError& failure, std::ostream* out) { *out << failure.name; }
 };
 
 class RefusedExchange : public FolderExchangeTest, public testing::WithParamInterface<SystemError> {};
