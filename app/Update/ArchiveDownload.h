@@ -1,7 +1,7 @@
 // One download: fetches an archive with its signature to the place where it is made ready.
 #pragma once
 
-#include "app/Update/UpdatePlace.h"
+#include "platform/ports/UpdatePlace.h"
 #include "core/Lifeline.h"
 #include "core/Update/UpdateDecision.h"
 #include "platform/ports/Downloader.h"

@@ -6,7 +6,7 @@
 #include "app/Update/ArchiveDownload.h"
 #include "app/Update/FeedCheck.h"
 #include "app/Update/UpdateMemory.h"
-#include "app/Update/UpdatePlace.h"
+#include "platform/ports/UpdatePlace.h"
 #include "app/Update/UpdateState.h"
 #include "core/Lifeline.h"
 #include "platform/ports/ConnectionCost.h"

@@ -29,12 +29,8 @@ std::optional<fs::path> runningProgram(const fs::path& self) {
     return std::nullopt;
 }
 
-void becomeProgramAnew(const std::vector<std::string>& arguments) {
-    const auto program = runningProgram();
-    if (!program) {
-        return;
-    }
-    std::vector<std::string> words{program->string()};
+void becomeProgram(const fs::path& program, const std::vector<std::string>& arguments) {
+    std::vector<std::string> words{program.string()};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
     pointers.reserve(words.size() + 1);
@@ -45,7 +41,13 @@ void becomeProgramAnew(const std::vector<std::string>& arguments) {
     sigset_t none{};
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
-    ::execv(program->c_str(), pointers.data());
+    ::execv(program.c_str(), pointers.data());
+}
+
+void becomeProgramAnew(const std::vector<std::string>& arguments) {
+    if (const auto program = runningProgram()) {
+        becomeProgram(*program, arguments);
+    }
 }
 
 } // namespace tarnwick

@@ -13,8 +13,11 @@ namespace tarnwick {
 [[nodiscard]] std::optional<std::filesystem::path> runningProgram(
     const std::filesystem::path& self = "/proc/self/exe");
 
-/// Starts the file at that path in place of this process, which has ended its work: only standard descriptors
+/// Starts a program in place of this process, which has ended its work: only standard descriptors
 /// stay open, and no signal is blocked. `arguments` without the program's name. Returns only when it fails.
+void becomeProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments);
+
+/// The same with the file at the path of the running program.
 void becomeProgramAnew(const std::vector<std::string>& arguments);
 
 } // namespace tarnwick

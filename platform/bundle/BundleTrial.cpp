@@ -1,0 +1,99 @@
+#include "platform/bundle/BundleTrial.h"
+
+#include "platform/linux/FolderExchange.h"
+
+#include <memory>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+using Phase = UpdateRecord::Phase;
+
+UpdateRecord at(Phase phase, UpdateRecord record) {
+    record.phase = phase;
+    return record;
+}
+
+} // namespace
+
+std::optional<std::string> exchangeForPrepared(const UpdateFolder& folder) {
+    const auto record = folder.record();
+    if (!record || record->phase != Phase::prepared) {
+        return "The update is no longer there.";
+    }
+    if (!folder.write(at(Phase::exchanging, *record))) {
+        return "The folder beside the program can't be written.";
+    }
+    if (const auto failure = exchangeFolders(folder.other(), folder.bundle())) {
+        static_cast<void>(folder.write(*record));
+        return sentence(*failure);
+    }
+    // Where this fails, the next start finds out by the version in the bundle's place.
+    static_cast<void>(folder.write(at(Phase::fresh, *record)));
+    return std::nullopt;
+}
+
+std::optional<ReleaseVersion> bringBack(const UpdateFolder& folder) {
+    const auto record = folder.record();
+    if (!record || versionOf(folder.other()) != record->from
+        || exchangeFolders(folder.other(), folder.bundle())) {
+        return std::nullopt;
+    }
+    folder.remove();
+    return record->to;
+}
+
+BundleTrial::BundleTrial(UpdateFolder folder) : folder_(std::move(folder)) {
+    std::error_code error;
+    if (!std::filesystem::exists(folder_.path(), error)) {
+        return;
+    }
+    lock_.emplace(folder_.lockedFile());
+    if (lock_->acquire() != WriterLock::Attempt::taken) {
+        lock_.reset(); // another instance is updating, or on trial
+        return;
+    }
+    const auto record = folder_.record();
+    // Before the exchange, and after the way back, the version in the bundle's place is the old one.
+    if (record && record->phase != Phase::prepared && versionOf(folder_.bundle()) == record->to) {
+        lookAt(*record);
+    } else {
+        folder_.remove();
+        lock_.reset();
+    }
+}
+
+void BundleTrial::lookAt(const UpdateRecord& record) {
+    if (record.phase == Phase::begun) {
+        broughtBackFrom_ = bringBack(folder_);
+    }
+    if (broughtBackFrom_ || !folder_.write(at(Phase::begun, record))) {
+        lock_.reset();
+    }
+}
+
+void BundleTrial::pass(RunLoop& loop) {
+    if (!isOn()) {
+        return;
+    }
+    const auto lock = std::make_shared<WriterLock>(*std::exchange(lock_, std::nullopt));
+    const auto remove = [folder = folder_, lock]() -> RunLoop::Task {
+        folder.remove();
+        return [lock] {};
+    };
+    if (!loop.detach(remove)) {
+        folder_.remove();
+    }
+}
+
+void BundleTrial::endWell() {
+    const auto record = isOn() ? folder_.record() : std::nullopt;
+    if (record) {
+        static_cast<void>(folder_.write(at(Phase::ended, *record)));
+    }
+    lock_.reset();
+}
+
+} // namespace tarnwick

@@ -1,0 +1,70 @@
+// The folder beside a bundle in which an update is made ready, and in which the old version waits.
+#pragma once
+
+#include "core/Update/ReleaseVersion.h"
+
+#include <filesystem>
+#include <optional>
+
+namespace tarnwick {
+
+/// How far an update has come. It is written before each step, so that after a crash or a power cut the next
+/// start knows what to look for.
+struct UpdateRecord {
+    enum class Phase {
+        prepared,   ///< the new version is unpacked in the folder
+        exchanging, ///< perhaps it lies in the bundle's place already
+        fresh,      ///< it does, and has not been started
+        begun,      ///< it runs, or has ended without a word
+        ended,      ///< it has ended as it should, before it had run for long enough
+    };
+
+    Phase phase = Phase::prepared;
+    ReleaseVersion from{};
+    ReleaseVersion to{};
+};
+
+/// Knows only where things are. Any thread.
+class UpdateFolder {
+public:
+    /// `bundle` is absolute, without a slash behind it.
+    explicit UpdateFolder(std::filesystem::path bundle);
+
+    [[nodiscard]] const std::filesystem::path& bundle() const { return bundle_; }
+
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+    /// The download.
+    [[nodiscard]] std::filesystem::path archive() const { return path_ / "archive.tar.zst"; }
+
+    [[nodiscard]] std::filesystem::path unpacked() const { return path_ / "unpacked"; }
+
+    /// The new version before the exchange, the old one after it.
+    [[nodiscard]] std::filesystem::path other() const { return unpacked() / topFolder; }
+
+    /// Of whoever works here: see `WriterLock`.
+    [[nodiscard]] std::filesystem::path lockedFile() const { return path_ / "update"; }
+
+    /// None where nothing is under way, or the record can't be read.
+    [[nodiscard]] std::optional<UpdateRecord> record() const;
+    /// Survives a power cut. False where it can't be written.
+    [[nodiscard]] bool write(const UpdateRecord& record) const;
+
+    /// All of it but the lock's file, or with it the folder itself.
+    void empty() const;
+    void remove() const;
+
+    /// What an archive has in it.
+    static constexpr auto topFolder = "Tarnwick.app";
+
+private:
+    [[nodiscard]] std::filesystem::path recordFile() const { return path_ / "update.json"; }
+
+    std::filesystem::path bundle_;
+    std::filesystem::path path_;
+};
+
+/// The version that the information file of a bundle tells. None where there is none.
+[[nodiscard]] std::optional<ReleaseVersion> versionOf(const std::filesystem::path& bundle);
+
+} // namespace tarnwick
