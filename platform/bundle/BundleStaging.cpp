@@ -113,7 +113,7 @@ void BundleStaging::prepare(const Claim& claim, std::function<void(const Problem
         loop_.detach([work = work_, folder = folder_, claim, running = running_, report]() -> RunLoop::Task {
             Problem problem = made(folder, claim, running);
             if (work->isAbandoned) {
-                folder.empty();
+                folder.remove();
             }
             work->hasEnded = true;
             return [report, problem] { report(problem); };

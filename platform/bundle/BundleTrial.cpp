@@ -57,7 +57,7 @@ BundleTrial::BundleTrial(UpdateFolder folder) : folder_(std::move(folder)) {
     }
     const auto record = folder_.record();
     // Before the exchange, and after the way back, the version in the bundle's place is the old one.
-    if (record && record->phase != Phase::prepared && versionOf(folder_.bundle()) == record->to) {
+    if (record && versionOf(folder_.bundle()) == record->to) {
         lookAt(*record);
     } else {
         folder_.remove();
