@@ -75,6 +75,7 @@ Problem BundleStaging::begin() {
     if (work_ && !work_->hasEnded) {
         return "The update before is still being removed. Please try again in a moment.";
     }
+    work_.reset();
     if (const std::error_code error = FileStore::makeFolders(folder_.path())) {
         return notStored(error);
     }
@@ -105,20 +106,21 @@ void BundleStaging::prepare(const Claim& claim, std::function<void(const Problem
     archive_.reset();
     work_ = std::make_shared<Work>();
     const auto report = [work = work_, tell = lifeline_.guarded(std::move(done))](const Problem& problem) {
-        if (!work->isAbandoned) {
+        if (work->fate != Work::Fate::abandoned) {
             tell(problem);
         }
     };
     const bool isUnderWay =
         loop_.detach([work = work_, folder = folder_, claim, running = running_, report]() -> RunLoop::Task {
             Problem problem = made(folder, claim, running);
-            if (work->isAbandoned) {
+            if (work->fate.exchange(Work::Fate::done) == Work::Fate::abandoned) {
                 folder.remove();
             }
             work->hasEnded = true;
             return [report, problem] { report(problem); };
         });
     if (!isUnderWay) {
+        work_->fate = Work::Fate::done;
         work_->hasEnded = true;
         loop_.post([report] { report("The system has no thread to give."); });
     }
@@ -126,9 +128,7 @@ void BundleStaging::prepare(const Claim& claim, std::function<void(const Problem
 
 void BundleStaging::discard() {
     archive_.reset();
-    if (work_ && !work_->hasEnded) {
-        work_->isAbandoned = true; // it removes what it makes
-    } else {
+    if (!work_ || work_->fate.exchange(Work::Fate::abandoned) == Work::Fate::done) {
         folder_.remove();
     }
     lock_.reset();

@@ -29,7 +29,9 @@ public:
 private:
     /// Work off the main thread, which can't be broken off.
     struct Work {
-        std::atomic<bool> isAbandoned = false;
+        enum class Fate { open, abandoned, done };
+        /// The one who finds the other's word here removes what was made.
+        std::atomic<Fate> fate = Fate::open;
         std::atomic<bool> hasEnded = false;
     };
 
