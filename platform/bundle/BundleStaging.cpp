@@ -105,11 +105,8 @@ Problem BundleStaging::add(std::string_view part) {
 void BundleStaging::prepare(const Claim& claim, std::function<void(const Problem&)> done) {
     archive_.reset();
     work_ = std::make_shared<Work>();
-    const auto report = [work = work_, tell = lifeline_.guarded(std::move(done))](const Problem& problem) {
-        if (work->fate != Work::Fate::abandoned) {
-            tell(problem);
-        }
-    };
+    listening_ = std::make_unique<Lifeline>();
+    const auto report = listening_->guarded(std::move(done));
     const bool isUnderWay =
         loop_.detach([work = work_, folder = folder_, claim, running = running_, report]() -> RunLoop::Task {
             Problem problem = made(folder, claim, running);
@@ -127,6 +124,7 @@ void BundleStaging::prepare(const Claim& claim, std::function<void(const Problem
 }
 
 void BundleStaging::discard() {
+    listening_.reset();
     archive_.reset();
     if (!work_ || work_->fate.exchange(Work::Fate::abandoned) == Work::Fate::done) {
         folder_.remove();

@@ -41,7 +41,7 @@ private:
     std::optional<WriterLock> lock_; ///< from `begin` on
     FileDescriptor archive_;
     std::shared_ptr<Work> work_;
-    Lifeline lifeline_;
+    std::unique_ptr<Lifeline> listening_; ///< while somebody waits for the work
 };
 
 } // namespace tarnwick
