@@ -115,7 +115,7 @@ void Preferences::restoreDefaults() {
     // The registered settings first: the store sees a fixed order.
     for (const bool isRegistered : {true, false}) {
         for (const SettingRow& row : settingTable) {
-            if (row.defaultFrom != SettingDefault::memory
+            if (row.defaultFrom != SettingDefault::kept
                 && (row.defaultFrom == SettingDefault::registered) == isRegistered) {
                 defaults_.remove(row.key);
             }
@@ -123,7 +123,7 @@ void Preferences::restoreDefaults() {
     }
     std::vector<Assignment> presets;
     for (std::size_t index = 0; index < settingTable.size(); ++index) {
-        if (isForUsers(settingTable.at(index))) {
+        if (isRestored(settingTable.at(index))) {
             presets.emplace_back(index, load(settingTable.at(index)));
         }
     }
@@ -141,7 +141,7 @@ Preferences::Snapshot Preferences::snapshot() const {
 void Preferences::putBack(const Snapshot& snapshot) {
     std::vector<Assignment> assignments;
     for (std::size_t index = 0; index < settingTable.size(); ++index) {
-        if (isForUsers(settingTable.at(index))) {
+        if (isRestored(settingTable.at(index))) {
             assignments.emplace_back(index, snapshot.values.at(index));
         }
     }

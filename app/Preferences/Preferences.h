@@ -89,7 +89,7 @@ public:
 
     [[nodiscard]] ScoringConfig scoringConfig() const;
 
-    /// Puts every setting of the user back to its default, and stores them all.
+    /// Puts every setting but those of updates back to its default, and stores them all.
     void restoreDefaults();
 
     /// All settings at one moment.

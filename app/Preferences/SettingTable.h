@@ -55,7 +55,7 @@ enum class SettingDefault {
     registered, ///< the store gives it where the key is absent
     own,        ///< `Preferences` fills in the default, so that the store can tell that the key is absent
     olderForm,  ///< none: the key is read only to migrate another setting, and never written
-    memory, ///< as with `own`; what the program remembers for itself, and keeps when defaults are restored
+    kept,       ///< as with `own`; restoring the defaults leaves it as it is
 };
 
 struct SettingRow {
@@ -100,13 +100,13 @@ inline constexpr std::array<SettingRow, 15> settingTable{{
      "form of the panel item"},
     {PreferenceKey::panelInk, "auto", SettingDefault::own, SettingRule::ink, "auto, light or dark",
      "color of the panel item"},
-    {PreferenceKey::checkForUpdates, true, SettingDefault::own, SettingRule::boolean, "true or false",
+    {PreferenceKey::checkForUpdates, true, SettingDefault::kept, SettingRule::boolean, "true or false",
      "in the bundle, ask once a day for a newer version"},
-    {PreferenceKey::installUpdates, false, SettingDefault::own, SettingRule::boolean, "true or false",
+    {PreferenceKey::installUpdates, false, SettingDefault::kept, SettingRule::boolean, "true or false",
      "in the bundle, install newer versions without asking"},
-    {PreferenceKey::lastUpdateCheckDate, 0.0, SettingDefault::memory, SettingRule::date,
+    {PreferenceKey::lastUpdateCheckDate, 0.0, SettingDefault::kept, SettingRule::date,
      "a number of seconds since 1970", ""},
-    {PreferenceKey::skippedUpdate, "", SettingDefault::memory, SettingRule::anyText, "a version", ""},
+    {PreferenceKey::skippedUpdate, "", SettingDefault::kept, SettingRule::anyText, "a version", ""},
 }};
 
 /// The place of a key in the table. A key that is not there does not compile.
@@ -140,7 +140,7 @@ consteval std::size_t settingIndex(std::string_view key) {
 
 /// Whether users are told of it.
 [[nodiscard]] constexpr bool isForUsers(const SettingRow& row) {
-    return row.defaultFrom != SettingDefault::olderForm && row.defaultFrom != SettingDefault::memory;
+    return !row.meaning.empty();
 }
 
 /// The texts that a setting takes, where they are few enough to be listed; else none.
@@ -148,6 +148,11 @@ consteval std::size_t settingIndex(std::string_view key) {
 
 /// Completes "KEY must be ...".
 [[nodiscard]] std::string acceptedValues(const SettingRow& row);
+
+/// Whether "Restore Default Settings" puts it back.
+[[nodiscard]] constexpr bool isRestored(const SettingRow& row) {
+    return row.defaultFrom == SettingDefault::registered || row.defaultFrom == SettingDefault::own;
+}
 
 /// What the setting means and takes, in one line for users.
 [[nodiscard]] std::string description(const SettingRow& row);

@@ -30,7 +30,10 @@ UpdateSection::UpdateSection(UpdateSettings& updates, QWidget* parent)
         updates_.setInstallsAutomatically(on);
     });
     connect(checkNow_, &QPushButton::clicked, this, [this] { updates_.checkNow(); });
-    setFooter(QString::fromStdString(updates_.explanation()));
+    if (const std::string text = updates_.explanation(); text != footer_) {
+        footer_ = text;
+        setFooter(QString::fromStdString(text));
+    }
 }
 
 // NOLINTEND(cppcoreguidelines-owning-memory)
@@ -38,8 +41,13 @@ UpdateSection::UpdateSection(UpdateSettings& updates, QWidget* parent)
 void UpdateSection::render() {
     showOn(*checkAutomatically_, updates_.checksAutomatically());
     showOn(*installAutomatically_, updates_.installsAutomatically());
-    const auto& last = updates_.lastChecked();
+    const auto last = updates_.lastChecked();
     lastChecked_->setText(last ? dateText(*last, locale()) : QStringLiteral("Never"));
+    checkNow_->setEnabled(updates_.canCheck());
+    if (const std::string text = updates_.explanation(); text != footer_) {
+        footer_ = text;
+        setFooter(QString::fromStdString(text));
+    }
 }
 
 void UpdateSection::setStyle(const ViewStyle& style) {

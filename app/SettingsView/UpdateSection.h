@@ -4,6 +4,8 @@
 #include "app/SettingsView/FormSection.h"
 #include "app/SettingsView/Model/UpdateSettings.h"
 
+#include <string>
+
 class QCheckBox;
 class QPushButton;
 
@@ -23,6 +25,7 @@ protected:
 
 private:
     UpdateSettings& updates_;
+    std::string footer_; ///< as it is shown
 
     // Children.
     QCheckBox* checkAutomatically_;

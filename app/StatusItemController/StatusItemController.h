@@ -4,9 +4,9 @@
 #include "app/Monitor/Monitor.h"
 #include "app/Reading/LossGates.h"
 #include "app/StatusItemController/Menu.h"
+#include "app/Update/SoftwareUpdates.h"
 #include "core/Lifeline.h"
 #include "platform/ports/StatusItem.h"
-#include "platform/ports/UpdateFramework.h"
 
 #include <functional>
 #include <memory>
@@ -56,7 +56,7 @@ public:
         StatusItemWindows& windows;
         /// Width of a text in the title's font, in points, rounded up.
         std::function<double(const std::string&)> textWidth;
-        UpdateFramework* updates = nullptr; ///< null where the program can't be replaced
+        SoftwareUpdates* updates = nullptr; ///< null where the program can't be replaced
     };
 
     /// The menu's items from top to bottom.

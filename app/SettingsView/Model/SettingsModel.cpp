@@ -11,7 +11,7 @@ constexpr const SettingRow& timeoutRow = settingTable.at(settingIndex(Preference
 } // namespace
 
 SettingsModel::SettingsModel(
-    Monitor& monitor, NotificationCenter& notifications, LoginItem& loginItem, UpdateFramework* updates)
+    Monitor& monitor, NotificationCenter& notifications, LoginItem& loginItem, SoftwareUpdates* updates)
     : monitor_(monitor), notifications_(notifications), launchAtLogin_(loginItem) {
     if (updates != nullptr) {
         updates_.emplace(*updates);
@@ -22,9 +22,6 @@ SettingsModel::SettingsModel(
 
 void SettingsModel::refresh() {
     launchAtLogin_.refresh();
-    if (updates_) {
-        updates_->refresh();
-    }
     if (values().showNotifications()) {
         notifications_.requestAuthorization();
     }

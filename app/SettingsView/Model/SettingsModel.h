@@ -16,10 +16,10 @@ namespace tarnwick {
 /// Observable through the monitor and its preferences. Main thread.
 class SettingsModel {
 public:
-    /// All of them outlive the model. Without a framework there are no update settings.
+    /// All of them outlive the model. Without updates there are no update settings.
     SettingsModel(
         Monitor& monitor, NotificationCenter& notifications, LoginItem& loginItem,
-        UpdateFramework* updates = nullptr);
+        SoftwareUpdates* updates = nullptr);
 
     [[nodiscard]] const Preferences& values() const { return monitor_.prefs(); }
 
@@ -82,7 +82,7 @@ public:
 
     [[nodiscard]] LaunchAtLoginToggle& launchAtLogin() { return launchAtLogin_; }
 
-    /// Null without an update framework.
+    /// Null where the program does not replace itself.
     [[nodiscard]] UpdateSettings* updates() { return updates_ ? &*updates_ : nullptr; }
 
     /// Whether notifications can be shown; `unknown` until the user wants some.
@@ -96,7 +96,7 @@ public:
     /// Posts one, whether or not alerts are on.
     void testNotification();
 
-    /// Reads the login item and the update settings again: their changes are not observable.
+    /// Reads the login item again: its changes are not observable.
     /// While alerts are on, asks again whether they can be shown.
     void refresh();
 

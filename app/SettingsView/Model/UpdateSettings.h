@@ -1,44 +1,41 @@
 // The update settings in the settings window.
 #pragma once
 
-#include "app/Observation/Observation.h"
-#include "platform/ports/UpdateFramework.h"
+#include "app/Update/SoftwareUpdates.h"
 
 #include <optional>
 #include <string>
 
 namespace tarnwick {
 
-/// A copy of the framework's settings, which are not observable themselves: as last read, or set here.
-/// Observable. Main thread.
+/// Observable, also while a check runs. Main thread.
 class UpdateSettings {
 public:
-    /// The framework outlives this object. Nothing is read yet.
-    explicit UpdateSettings(UpdateFramework& framework) : framework_(framework) {}
+    /// The updates outlive this object.
+    explicit UpdateSettings(SoftwareUpdates& updates) : updates_(updates) {}
 
-    /// Reads everything afresh.
-    void refresh();
+    [[nodiscard]] bool checksAutomatically() const { return updates_.automaticallyChecksForUpdates(); }
 
-    [[nodiscard]] bool checksAutomatically() const { return checksAutomatically_.get(); }
-
-    [[nodiscard]] bool installsAutomatically() const { return installsAutomatically_.get(); }
+    [[nodiscard]] bool installsAutomatically() const { return updates_.automaticallyDownloadsUpdates(); }
 
     /// Nothing before the first check.
-    [[nodiscard]] const std::optional<RunLoop::WallTime>& lastChecked() const { return lastChecked_.get(); }
+    [[nodiscard]] std::optional<RunLoop::WallTime> lastChecked() const {
+        return updates_.lastUpdateCheckDate();
+    }
 
-    void setChecksAutomatically(bool checks);
-    void setInstallsAutomatically(bool installs);
+    [[nodiscard]] bool canCheck() const { return updates_.canCheckForUpdates(); }
 
-    void checkNow() { framework_.checkForUpdates(); }
+    void setChecksAutomatically(bool checks) { updates_.setAutomaticallyChecksForUpdates(checks); }
 
-    /// Which server a check asks, and what happens with an update.
+    void setInstallsAutomatically(bool installs) { updates_.setAutomaticallyDownloadsUpdates(installs); }
+
+    void checkNow() { updates_.checkForUpdates(); }
+
+    /// Which server a check asks, and what happens with an update; before it, what went wrong the last time.
     [[nodiscard]] std::string explanation() const;
 
 private:
-    UpdateFramework& framework_;
-    Observed<bool> checksAutomatically_;
-    Observed<bool> installsAutomatically_;
-    Observed<std::optional<RunLoop::WallTime>> lastChecked_;
+    SoftwareUpdates& updates_;
 };
 
 } // namespace tarnwick

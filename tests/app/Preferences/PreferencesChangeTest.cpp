@@ -82,7 +82,6 @@ protected:
              {"ShowPacketLossText", true},
              {"PanelFace", text("wide")},
              {"PanelInk", text("dark")},
-             {"InstallUpdates", true},
              {"UnknownKey", 7.0}});
     }
 };
@@ -214,9 +213,9 @@ TEST_F(RestoringDefaults, RemovesEveryKeyAndThenStoresEveryDefault) {
 
     const auto removed = [](const std::string& key) { return Change{key, std::nullopt}; };
     const auto& changes = defaults_.changes();
-    ASSERT_EQ(changes.size(), 13u + 12u);
+    ASSERT_EQ(changes.size(), 11u + 10u);
     const auto ofOthers = changes.begin() + 7;
-    const auto written = changes.begin() + 13;
+    const auto written = changes.begin() + 11;
     EXPECT_THAT(
         std::vector(changes.begin(), ofOthers),
         testing::UnorderedElementsAre(
@@ -224,10 +223,9 @@ TEST_F(RestoringDefaults, RemovesEveryKeyAndThenStoresEveryDefault) {
             removed("SlowPingLowThreshold"), removed("ShowIcon"), removed("ShowText"),
             removed("ShowNotifications")));
     EXPECT_THAT(
-        std::vector(ofOthers, written),
-        ElementsAre(
-            removed("PacketLossTextMode"), removed("ShowPacketLossText"), removed("PanelFace"),
-            removed("PanelInk"), removed("CheckForUpdates"), removed("InstallUpdates")));
+        std::vector(ofOthers, written), ElementsAre(
+                                            removed("PacketLossTextMode"), removed("ShowPacketLossText"),
+                                            removed("PanelFace"), removed("PanelInk")));
     EXPECT_THAT(
         std::vector(written, changes.end()),
         ElementsAre(
@@ -235,16 +233,21 @@ TEST_F(RestoringDefaults, RemovesEveryKeyAndThenStoresEveryDefault) {
             Change{"PingTimeout", 4.0}, Change{"PingInterval", 1.0}, Change{"ShowIcon", true},
             Change{"ShowText", true}, Change{"PacketLossTextMode", text("whenLossy")},
             Change{"ShowNotifications", false}, Change{"PanelFace", text("auto")},
-            Change{"PanelInk", text("auto")}, Change{"CheckForUpdates", true},
-            Change{"InstallUpdates", false}));
+            Change{"PanelInk", text("auto")}));
 }
 
-TEST_F(RestoringDefaults, KeepsWhatTheProgramRemembersForItself) {
-    put({{"LastUpdateCheckDate", 1.8e9}, {"SkippedUpdate", text("1.2")}});
+TEST_F(RestoringDefaults, LeavesUpdatesAlone) {
+    put(
+        {{"CheckForUpdates", false},
+         {"InstallUpdates", true},
+         {"LastUpdateCheckDate", 1.8e9},
+         {"SkippedUpdate", text("1.2")}});
     Preferences prefs(defaults_);
 
     prefs.restoreDefaults();
 
+    EXPECT_FALSE(prefs.automaticallyChecksForUpdates());
+    EXPECT_TRUE(prefs.automaticallyDownloadsUpdates());
     EXPECT_EQ(prefs.lastUpdateCheckDate(), secondsSince1970(1'800'000'000));
     EXPECT_EQ(prefs.skippedUpdate(), "1.2");
     EXPECT_EQ(defaults_.stored("SkippedUpdate"), Value(text("1.2")));

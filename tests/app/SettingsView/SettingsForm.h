@@ -23,7 +23,7 @@
 namespace tarnwick::test {
 
 struct SettingsForm : WatchedMonitor {
-    explicit SettingsForm(UpdateFramework* updates = nullptr)
+    explicit SettingsForm(SoftwareUpdates* updates = nullptr)
         : model(monitor, notifications, loginItem, updates), window(model, loop, menu.menu) {}
 
     /// The name of a control for people.

@@ -21,7 +21,7 @@ public:
     ~SettingsFormTest() override { QLocale::setDefault(QLocale::c()); }
 
 protected:
-    explicit SettingsFormTest(UpdateFramework* updates = nullptr) : SettingsForm(updates) {}
+    explicit SettingsFormTest(SoftwareUpdates* updates = nullptr) : SettingsForm(updates) {}
 
     /// Puts the text in place of what the field holds, with the keyboard, and leaves it there.
     void typeInto(QWidget& field, const char* text) {

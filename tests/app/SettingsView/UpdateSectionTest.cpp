@@ -1,6 +1,6 @@
 // The settings form where the program can be replaced by newer versions.
 #include "tests/app/SettingsView/SettingsFormTest.h"
-#include "tests/simulation/FakeUpdateFramework.h"
+#include "tests/simulation/FakeSoftwareUpdates.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,12 +18,12 @@ using testing::HasSubstr;
 using testing::Not;
 
 struct Updates {
-    simulation::FakeUpdateFramework framework;
+    simulation::FakeSoftwareUpdates updates;
 };
 
 class UpdateSectionTest : protected Updates, public test::SettingsFormTest {
 protected:
-    UpdateSectionTest() : SettingsFormTest(&framework) {}
+    UpdateSectionTest() : SettingsFormTest(&updates) {}
 
     [[nodiscard]] QCheckBox& checks() { return control<QCheckBox>("Check for Updates Automatically"); }
 
@@ -63,38 +63,38 @@ TEST_F(UpdateSectionTest, ItStandsBetweenTheSwitchesAndRestore) {
     EXPECT_LT(place(label("Once a day")).bottom(), place(restore()).top());
 }
 
-TEST_F(UpdateSectionTest, ItShowsWhatTheFrameworkHoldsWhenItAppears) {
-    framework.checks = true;
-    framework.downloads = true;
+TEST_F(UpdateSectionTest, ItShowsWhatIsSetWhenItAppears) {
+    updates.checks.set(true);
+    updates.downloads.set(true);
     present();
     EXPECT_TRUE(checks().isChecked());
     EXPECT_TRUE(installs().isChecked());
 
     window.close();
-    framework.downloads = false;
+    updates.downloads.set(false);
     present();
     EXPECT_TRUE(checks().isChecked());
     EXPECT_FALSE(installs().isChecked());
 }
 
-TEST_F(UpdateSectionTest, ItsSwitchesTellTheFrameworkAtOnce) {
+TEST_F(UpdateSectionTest, ItsSwitchesWorkAtOnce) {
     present();
     checks().click();
-    EXPECT_TRUE(framework.checks);
-    EXPECT_FALSE(framework.downloads);
+    EXPECT_TRUE(updates.checks.get());
+    EXPECT_FALSE(updates.downloads.get());
 
     installs().click();
-    EXPECT_TRUE(framework.downloads);
+    EXPECT_TRUE(updates.downloads.get());
 
     checks().click();
-    EXPECT_FALSE(framework.checks);
+    EXPECT_FALSE(updates.checks.get());
 }
 
 TEST_F(UpdateSectionTest, AClickOnASwitchsLabelTurnsIt) {
     present();
     QTest::mouseClick(&label("Install Updates Automatically"), Qt::LeftButton);
 
-    EXPECT_TRUE(framework.downloads);
+    EXPECT_TRUE(updates.downloads.get());
 }
 
 TEST_F(UpdateSectionTest, WithoutACheckTheLastOneWasNever) {
@@ -105,7 +105,7 @@ TEST_F(UpdateSectionTest, WithoutACheckTheLastOneWasNever) {
 
 TEST_F(UpdateSectionTest, TheLastCheckIsGivenWithDateAndTime) {
     const QDateTime when(QDate(2026, 11, 21), QTime(18, 5, 59));
-    framework.lastCheck = RunLoop::WallTime(std::chrono::milliseconds(when.toMSecsSinceEpoch()));
+    updates.lastCheck.set(RunLoop::WallTime(std::chrono::milliseconds(when.toMSecsSinceEpoch())));
     present();
 
     EXPECT_THAT(labels(), HasSubstr("Last Checked\n21 Nov 2026, 18:05\n"));
@@ -115,16 +115,44 @@ TEST_F(UpdateSectionTest, CheckNowChecksAtOnce) {
     present();
     checkNow().click();
 
-    EXPECT_EQ(framework.checksAskedFor, 1);
+    EXPECT_EQ(updates.checksAskedFor, 1);
+}
+
+TEST_F(UpdateSectionTest, ItIsLiveWhileACheckRuns) {
+    present();
+    updates.canCheck.set(false);
+    settle();
+    EXPECT_FALSE(checkNow().isEnabled());
+
+    const QDateTime when(QDate(2026, 11, 21), QTime(18, 5, 59));
+    updates.lastCheck.set(RunLoop::WallTime(std::chrono::milliseconds(when.toMSecsSinceEpoch())));
+    updates.canCheck.set(true);
+    updates.checks.set(true);
+    settle();
+    EXPECT_TRUE(checkNow().isEnabled());
+    EXPECT_TRUE(checks().isChecked());
+    EXPECT_THAT(labels(), HasSubstr("Last Checked\n21 Nov 2026, 18:05\n"));
+}
+
+TEST_F(UpdateSectionTest, ItSaysWhatWentWrongTheLastTime) {
+    present();
+    updates.problem.set("The update server does not answer.");
+    settle();
+
+    EXPECT_THAT(labels(), HasSubstr("The update server does not answer. " + std::string(footer)));
+
+    updates.problem.set("");
+    settle();
+    EXPECT_THAT(labels(), Not(HasSubstr("does not answer")));
 }
 
 TEST_F(UpdateSectionTest, RestoringDefaultsLeavesUpdatesAlone) {
-    framework.checks = true;
+    updates.checks.set(true);
     present();
     restore().click();
     settle();
 
-    EXPECT_TRUE(framework.checks);
+    EXPECT_TRUE(updates.checks.get());
     EXPECT_TRUE(checks().isChecked());
 }
 
@@ -147,11 +175,11 @@ TEST_F(UpdateSectionTest, TheKeyboardAloneDoes) {
     present();
     checks().setFocus();
     press(Qt::Key_Space);
-    EXPECT_TRUE(framework.checks);
+    EXPECT_TRUE(updates.checks.get());
 
     checkNow().setFocus();
     press(Qt::Key_Space);
-    EXPECT_EQ(framework.checksAskedFor, 1);
+    EXPECT_EQ(updates.checksAskedFor, 1);
 }
 
 TEST_F(UpdateSectionTest, AssistiveTechnologyLearnsWhatItsControlsAreAndMean) {

@@ -61,14 +61,14 @@ TEST_F(StatusItemMenuTest, CheckForUpdatesIsAbsentWhereTheProgramCannotBeReplace
 
 TEST_F(StatusItemMenuTest, CheckForUpdatesIsEnabledOnlyWhenItIsPossible) {
     show(true);
-    updates.canCheck = false;
+    updates.canCheck.set(false);
     menu->willOpen();
     EXPECT_FALSE(menuItem(Id::checkForUpdates)->enabled);
     menu->choose(Id::checkForUpdates);
     EXPECT_EQ(updates.checksAskedFor, 0);
     menu->didClose();
 
-    updates.canCheck = true;
+    updates.canCheck.set(true);
     menu->willOpen();
     menu->choose(Id::checkForUpdates);
 

@@ -3,7 +3,7 @@
 
 #include "app/StatusItemController/StatusItemController.h"
 #include "tests/app/WatchedMonitor.h"
-#include "tests/simulation/FakeUpdateFramework.h"
+#include "tests/simulation/FakeSoftwareUpdates.h"
 #include "tests/simulation/RecordingStatusItem.h"
 #include "tests/simulation/RecordingWindows.h"
 
@@ -14,7 +14,7 @@ namespace tarnwick {
 struct WatchedStatusItem : WatchedMonitor {
     simulation::RecordingStatusItem item;
     simulation::RecordingWindows windows;
-    simulation::FakeUpdateFramework updates;
+    simulation::FakeSoftwareUpdates updates;
     std::unique_ptr<Menu> menu;
     std::unique_ptr<StatusItemController> controller;
 

@@ -77,7 +77,7 @@ QImage grabDropDown(WatchedMonitor& world, bool offersChangeHost, int steps, con
 
 QImage grabSettings(
     WatchedMonitor& world, simulation::FakeLoginItem& loginItem, const QString& clicked,
-    UpdateFramework* updates) {
+    SoftwareUpdates* updates) {
     test::StandardMenu menu;
     SettingsModel model(world.monitor, world.notifications, loginItem, updates);
     model.launchAtLogin().showApproval = [] {};

@@ -1,9 +1,9 @@
 // What the pictures show: faces, the drop-down and the settings window, in the application's colors and font.
 #pragma once
 
+#include "app/Update/SoftwareUpdates.h"
 #include "platform/ports/FacePainter.h"
 #include "platform/ports/StatusItem.h"
-#include "platform/ports/UpdateFramework.h"
 #include "tests/app/WatchedMonitor.h"
 #include "tests/simulation/FakeLoginItem.h"
 
@@ -32,7 +32,7 @@ void watchBusily(WatchedMonitor& world);
 /// may be null.
 [[nodiscard]] QImage grabSettings(
     WatchedMonitor& world, simulation::FakeLoginItem& loginItem, const QString& clicked = {},
-    UpdateFramework* updates = nullptr);
+    SoftwareUpdates* updates = nullptr);
 
 void changeSomeSettings(WatchedMonitor& world);
 

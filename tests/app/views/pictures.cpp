@@ -5,7 +5,7 @@
 #include "platform/qt/Appearance.h"
 #include "tests/app/views/ReadmePictures.h"
 #include "tests/app/views/Scenes.h"
-#include "tests/simulation/FakeUpdateFramework.h"
+#include "tests/simulation/FakeSoftwareUpdates.h"
 
 #include <QApplication>
 #include <QDir>
@@ -162,9 +162,9 @@ void drawSettings(const QDir& folder, const QString& style) {
     loginItem.failure = "The folder /home/one/.config/autostart can't be written: Permission denied";
     grabSettings(world, loginItem, "Launch at Login")
         .save(folder.filePath("settings-refused-" + style + ".png"));
-    simulation::FakeUpdateFramework updates;
-    updates.checks = true;
-    updates.lastCheck = RunLoop::WallTime(std::chrono::hours(24 * 365 * 56));
+    simulation::FakeSoftwareUpdates updates;
+    updates.checks.set(true);
+    updates.lastCheck.set(RunLoop::WallTime(std::chrono::hours(24 * 365 * 56)));
     for (const char* const language : {"de_DE", "ar_EG"}) {
         const QLocale locale{QLatin1String(language)};
         QLocale::setDefault(locale);

@@ -3,7 +3,7 @@
 
 #include "tests/app/WatchedMonitor.h"
 #include "tests/simulation/FakeLoginItem.h"
-#include "tests/simulation/FakeUpdateFramework.h"
+#include "tests/simulation/FakeSoftwareUpdates.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -156,9 +156,9 @@ TEST_F(SettingsModelTest, WithoutAnUpdateFrameworkThereIsNothingAboutUpdates) {
 }
 
 TEST_F(SettingsModelTest, RefreshingReadsWhatChangesElsewhere) {
-    simulation::FakeUpdateFramework framework;
-    SettingsModel updated(monitor, notifications, loginItem, &framework);
-    framework.checks = true;
+    simulation::FakeSoftwareUpdates updates;
+    SettingsModel updated(monitor, notifications, loginItem, &updates);
+    updates.checks.set(true);
     loginItem.now = LoginItem::Status::enabled;
     updated.refresh();
 

@@ -1,7 +1,7 @@
 // How the program is kept up to date, as the settings window shows and changes it.
 #include "app/SettingsView/Model/UpdateSettings.h"
 
-#include "tests/simulation/FakeUpdateFramework.h"
+#include "tests/simulation/FakeSoftwareUpdates.h"
 
 #include <chrono>
 #include <gmock/gmock.h>
@@ -11,8 +11,7 @@ namespace tarnwick {
 
 namespace {
 
-using testing::Eq;
-using testing::Optional;
+using testing::StartsWith;
 
 class UpdateSettingsTest : public testing::Test {
 protected:
@@ -25,6 +24,8 @@ protected:
                 static_cast<void>(settings.checksAutomatically());
                 static_cast<void>(settings.installsAutomatically());
                 static_cast<void>(settings.lastChecked());
+                static_cast<void>(settings.canCheck());
+                static_cast<void>(settings.explanation());
             },
             [&isTold] { isTold = true; });
         change();
@@ -32,76 +33,37 @@ protected:
     }
 
     const RunLoop::WallTime noon{std::chrono::hours(12)};
-    simulation::FakeUpdateFramework framework;
-    UpdateSettings settings{framework};
+    simulation::FakeSoftwareUpdates updates;
+    UpdateSettings settings{updates};
 };
 
 } // namespace
 
-TEST_F(UpdateSettingsTest, BeforeTheFirstReadingAllIsOff) {
-    framework.checks = true;
-    framework.downloads = true;
-    framework.lastCheck = noon;
-
-    EXPECT_FALSE(settings.checksAutomatically());
-    EXPECT_FALSE(settings.installsAutomatically());
-    EXPECT_THAT(settings.lastChecked(), Eq(std::nullopt));
-}
-
-TEST_F(UpdateSettingsTest, ItReadsWhatTheFrameworkHolds) {
-    framework.checks = true;
-    framework.lastCheck = noon;
-    settings.refresh();
-    EXPECT_TRUE(settings.checksAutomatically());
-    EXPECT_FALSE(settings.installsAutomatically());
-    EXPECT_THAT(settings.lastChecked(), Optional(noon));
-
-    framework.checks = false;
-    framework.downloads = true;
-    settings.refresh();
-    EXPECT_FALSE(settings.checksAutomatically());
-    EXPECT_TRUE(settings.installsAutomatically());
-}
-
-TEST_F(UpdateSettingsTest, WhatIsSetGoesToTheFrameworkAtOnce) {
+TEST_F(UpdateSettingsTest, WhatIsSetHoldsAtOnce) {
     settings.setChecksAutomatically(true);
-    EXPECT_TRUE(framework.checks);
+    EXPECT_TRUE(updates.checks.get());
     EXPECT_TRUE(settings.checksAutomatically());
 
     settings.setInstallsAutomatically(true);
-    EXPECT_TRUE(framework.downloads);
+    EXPECT_TRUE(updates.downloads.get());
     EXPECT_TRUE(settings.installsAutomatically());
 
     settings.setChecksAutomatically(false);
-    EXPECT_FALSE(framework.checks);
+    EXPECT_FALSE(updates.checks.get());
 }
 
-TEST_F(UpdateSettingsTest, WhatTheFrameworkChangesByItselfIsOverwrittenByWhatIsSet) {
-    settings.refresh();
-    framework.checks = true;
-    settings.setChecksAutomatically(false);
-
-    EXPECT_FALSE(framework.checks);
-}
-
-TEST_F(UpdateSettingsTest, CheckingNowAsksTheFramework) {
+TEST_F(UpdateSettingsTest, CheckingNowChecks) {
     settings.checkNow();
 
-    EXPECT_EQ(framework.checksAskedFor, 1);
+    EXPECT_EQ(updates.checksAskedFor, 1);
 }
 
 TEST_F(UpdateSettingsTest, ItTellsOfChanges) {
     EXPECT_TRUE(tellsOf([this] { settings.setInstallsAutomatically(true); }));
-    framework.lastCheck = noon;
-    EXPECT_TRUE(tellsOf([this] { settings.refresh(); }));
-}
-
-TEST_F(UpdateSettingsTest, ReadAgainWithoutAChangeItTellsNoObserver) {
-    framework.checks = true;
-    framework.lastCheck = noon;
-    settings.refresh();
-
-    EXPECT_FALSE(tellsOf([this] { settings.refresh(); }));
+    EXPECT_TRUE(tellsOf([this] { updates.lastCheck.set(noon); }));
+    EXPECT_TRUE(tellsOf([this] { updates.canCheck.set(false); }));
+    EXPECT_TRUE(tellsOf([this] { updates.problem.set("It failed."); }));
+    EXPECT_FALSE(tellsOf([this] { updates.lastCheck.set(noon); }));
 }
 
 TEST_F(UpdateSettingsTest, ItExplainsWhoIsAskedAndWhatComesOfIt) {
@@ -109,6 +71,12 @@ TEST_F(UpdateSettingsTest, ItExplainsWhoIsAskedAndWhatComesOfIt) {
         settings.explanation(),
         "Once a day, Tarnwick asks updates.example whether a newer version exists. You are asked before an "
         "update is installed, unless you turn on automatic installs.");
+}
+
+TEST_F(UpdateSettingsTest, ItSaysFirstWhatWentWrong) {
+    updates.problem.set("The update server does not answer.");
+
+    EXPECT_THAT(settings.explanation(), StartsWith("The update server does not answer. Once a day, "));
 }
 
 } // namespace tarnwick
