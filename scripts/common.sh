@@ -77,6 +77,14 @@ remove_scratch() {
 }
 trap remove_scratch EXIT
 
+# copy_committed FOLDER: the sources as committed. What is made of them bears the commit's time, whenever that is.
+copy_committed() {
+    SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct)
+    export SOURCE_DATE_EPOCH
+    mkdir -p "$1"
+    git -C "$root" archive HEAD | tar -x -C "$1"
+}
+
 # packages SECTION...: the names in these sections of the list, one a line.
 packages() {
     local section wanted=" $* " line

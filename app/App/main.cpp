@@ -1,11 +1,13 @@
 // tarnwick: the connection's quality in the panel.
 #include "app/App/AppDelegate.h"
+#include "app/App/BundleParts.h"
 #include "app/App/DisplayCheck.h"
 #include "app/App/RunningInstance.h"
 #include "app/CommandLine/AppOptions.h"
 #include "app/CommandLine/ArgumentParser.h"
 #include "app/CommandLine/StartUp.h"
 #include "platform/bus/InstanceGuard.h"
+#include "platform/linux/OwnBundle.h"
 #include "platform/linux/OwnIcons.h"
 #include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
@@ -84,10 +86,17 @@ struct Ending {
 
 /// The toolkit gets no arguments: this program does not offer its options.
 Ending runApplication(const AppOptions& options, std::string name, const Instance::LaunchTokens& tokens) {
+    const auto bundle = ownBundle();
+    if (bundle) {
+        BundleParts::prepare(*bundle);
+    }
     ScreenOverlay::prepare();
     int count = 1;
     std::array<char*, 2> arguments{name.data(), nullptr};
     const QApplication application(count, arguments.data());
+    if (bundle) {
+        BundleParts::bringFont(*bundle);
+    }
     QApplication::setApplicationName("tarnwick");
     QApplication::setApplicationVersion(TARNWICK_VERSION);
     QGuiApplication::setDesktopFileName(applicationId);

@@ -1,4 +1,4 @@
-"""A bare Debian of this machine's release, thrown away after each test. Root only."""
+"""Bare Debian systems, thrown away after each test. Root only."""
 
 from __future__ import annotations
 
@@ -15,6 +15,7 @@ set -e
 mount -t overlay overlay -o "lowerdir=$2,upperdir=$3/upper,workdir=$3/work" "$3/root"
 for folder in proc sys dev; do mount --rbind "/$folder" "$3/root/$folder"; done
 mkdir -p "$3/root/packages" && mount --bind "$4" "$3/root/packages"
+[ -z "$6" ] || { mkdir -p "$3/root/$6" && mount --bind "$6" "$3/root/$6"; }
 cp -L /etc/resolv.conf /etc/hosts "$3/root/etc/"
 exec chroot "$3/root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LANG=C.UTF-8 DEBIAN_FRONTEND=noninteractive HOME=/root \
     bash -euo pipefail -c "$5"
@@ -27,12 +28,23 @@ def release() -> str:
     ]
 
 
-def make_bare(folder: pathlib.Path) -> None:
+def make_bare(folder: pathlib.Path, suite: str) -> None:
     """The least that Debian calls a system, with this machine's package sources."""
     subprocess.run(
-        ["mmdebstrap", "--quiet", "--variant=minbase", "--mode=root", "--include=ca-certificates", release(), folder],
+        ["mmdebstrap", "--quiet", "--variant=minbase", "--mode=root", "--include=ca-certificates", suite, folder],
         check=True, stdin=subprocess.DEVNULL, timeout=PATIENCE,
     )  # fmt: skip
+
+
+def printed(process: subprocess.Popen[str]) -> str:
+    """What a script that was started prints until it ends."""
+    try:
+        output, errors = process.communicate(timeout=PATIENCE)
+    finally:
+        process.kill()
+    if process.returncode != 0:
+        raise AssertionError(f"ended with {process.returncode}:\n{output[-4000:]}\n{errors[-4000:]}")
+    return output
 
 
 class System:
@@ -50,15 +62,16 @@ class System:
 
     def run(self, script: str, own_network: bool = True) -> str:
         """Returns what it prints. With a network of its own, which has loopback alone and lets no group ping."""
+        return printed(self.start(script, own_network))
+
+    def start(self, script: str, own_network: bool = True, shared: pathlib.Path | None = None) -> subprocess.Popen[str]:
+        """The folder that is shared with this machine has the same path there."""
         spaces = ["--net"] if own_network else []
-        done = subprocess.run(
+        return subprocess.Popen(
             ["unshare", "--mount", "--pid", "--fork", "--kill-child", *spaces, "bash", "-c", ENTER, "enter",
-             "own" if own_network else "shared", self._bare, self._folder.name, self._packages, script],
-            capture_output=True, text=True, timeout=PATIENCE, check=False,
+             "own" if own_network else "shared", self._bare, self._folder.name, self._packages, script, shared or ""],
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
         )  # fmt: skip
-        if done.returncode != 0:
-            raise AssertionError(f"ended with {done.returncode}:\n{done.stdout[-4000:]}\n{done.stderr[-4000:]}")
-        return done.stdout
 
     def install_needs(self, *packages: str) -> None:
         """What these packages of ours need of others, so that `dpkg` can install them without the internet."""

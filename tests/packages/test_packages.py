@@ -10,7 +10,7 @@ import subprocess
 import tempfile
 import unittest
 
-from .system import PATIENCE, System, make_bare
+from .system import PATIENCE, System, make_bare, release
 
 BUILT = pathlib.Path(os.environ["TARNWICK_PACKAGES"])
 INSTALL = "dpkg --install"
@@ -43,7 +43,7 @@ class Packages(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         cls.bare = pathlib.Path(folder.name) / "bare"
-        make_bare(cls.bare)
+        make_bare(cls.bare, release())
         cls.packages = pathlib.Path(folder.name) / "packages"
         (cls.packages / "older").mkdir(parents=True)
         for name in ("tarnwick", "tarnwick-common", "tarnwick-watch"):
