@@ -1,0 +1,75 @@
+"""A certificate authority of a test's own, and certificates of servers, good ones and bad ones."""
+
+from __future__ import annotations
+
+import dataclasses
+import os
+import pathlib
+import subprocess
+
+# Where programs look for the authorities that they trust.
+SYSTEM_STORE = "/etc/ssl/certs"
+LOOPBACK = "IP:127.0.0.1,DNS:localhost"
+OTHER_HOST = "DNS:other.example"
+
+_KEY = ("-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes")
+_MOUNT_AND_RUN = f'set -e; mount --bind "$1" {SYSTEM_STORE}; shift; exec "$@"'
+
+
+def _openssl(*arguments: str) -> str:
+    done = subprocess.run(["openssl", *arguments], capture_output=True, text=True, timeout=60, check=False)
+    if done.returncode != 0:
+        raise RuntimeError(f"openssl {' '.join(arguments)}: {done.stderr.strip()}")
+    return done.stdout
+
+
+@dataclasses.dataclass(frozen=True)
+class Certificate:
+    """The files of a certificate and of its key."""
+
+    certificate: pathlib.Path
+    key: pathlib.Path
+
+
+def self_signed(folder: pathlib.Path, name: str, hosts: str = LOOPBACK, extensions: tuple[str, ...] = ()) -> Certificate:
+    """A certificate that nobody else has signed, for two days."""
+    made = Certificate(folder / f"{name}.pem", folder / f"{name}.key")
+    added = [word for extension in (f"subjectAltName={hosts}", *extensions) for word in ("-addext", extension)]
+    _openssl(
+        "req", "-x509", *_KEY, "-keyout", str(made.key), "-out", str(made.certificate),
+        "-subj", f"/CN={name}", "-days", "2", *added,
+    )  # fmt: skip
+    return made
+
+
+class Authority:
+    """Signs certificates. Programs trust it when `prefix` stands before their command."""
+
+    def __init__(self, folder: str | os.PathLike[str], name: str = "authority") -> None:
+        self.folder = pathlib.Path(folder)
+        self.folder.mkdir(parents=True, exist_ok=True)
+        self._own = self_signed(self.folder, name, "DNS:authority.example", ("keyUsage=critical,keyCertSign",))
+        # Under the name by which it is looked up.
+        self.store = self.folder / f"{name}-store"
+        self.store.mkdir()
+        digest = _openssl("x509", "-hash", "-noout", "-in", str(self._own.certificate)).strip()
+        (self.store / f"{digest}.0").write_bytes(self._own.certificate.read_bytes())
+
+    def certificate(self, name: str, hosts: str = LOOPBACK, has_expired: bool = False) -> Certificate:
+        """A certificate for these hosts: good for two days, or until yesterday."""
+        made = Certificate(self.folder / f"{name}.pem", self.folder / f"{name}.key")
+        request, extensions = self.folder / f"{name}.csr", self.folder / f"{name}.extensions"
+        extensions.write_text(f"subjectAltName={hosts}\n", encoding="ascii")
+        _openssl("req", *_KEY, "-keyout", str(made.key), "-out", str(request), "-subj", f"/CN={name}")
+        _openssl(
+            "x509", "-req", "-in", str(request), "-out", str(made.certificate), "-extfile", str(extensions),
+            "-CA", str(self._own.certificate), "-CAkey", str(self._own.key), "-CAcreateserial",
+            "-days", "-1" if has_expired else "2",
+        )  # fmt: skip
+        return made
+
+    def prefix(self) -> list[str]:
+        """What to put before a command, in the laboratory, so that it trusts this authority and no other. The command
+        keeps its process id."""
+        # Mounts are private in the laboratory already, and in a changed root they can't be made so again.
+        return ["unshare", "--mount", "--propagation", "unchanged", "sh", "-c", _MOUNT_AND_RUN, "sh", str(self.store)]
