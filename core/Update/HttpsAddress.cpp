@@ -27,7 +27,7 @@ bool isHttpsAddress(std::string_view text) {
         return false;
     }
     const std::size_t path = text.find('/', httpsScheme.size());
-    return path != std::string_view::npos && path + 1 < text.size() && !text.ends_with('/')
+    return path != std::string_view::npos && !text.ends_with('/')
            && std::holds_alternative<std::string>(hostIn(text.substr(0, path)));
 }
 

@@ -28,13 +28,12 @@ bool leadsInside(const std::vector<std::string>& link, std::string_view target, 
     constexpr std::string_view up = "../";
     std::size_t folders = link.size() - 1; // around the link
     while (target.starts_with(up)) {
-        // The first folder must still be around what is left.
-        if (folders <= 1) {
+        if (folders-- == 0) {
             return false;
         }
-        --folders;
         target.remove_prefix(up.size());
     }
+    // The first folder must still be around what is left.
     return folders >= 1 && entryParts(target, longest).has_value();
 }
 

@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <sys/stat.h>
 #include <vector>
 
@@ -40,7 +39,8 @@ protected:
 
     test::TemporaryFolder folder_;
     std::filesystem::path file_ = folder_.path() / "download";
-    std::string content_ = std::string(300'000, 'a') + "z";
+    /// Ends with the first byte of a piece.
+    std::string content_ = std::string(std::size_t{4} << 16, 'a') + "z";
     ReleaseArchive archive_{
         .address = "https://one.example/x/Tarnwick-0.2.0-x86_64.tar.zst", .machine = "x86_64"};
     std::string comment_ = "file:Tarnwick-0.2.0-x86_64.tar.zst\tversion:0.2.0";
@@ -127,17 +127,18 @@ TEST_P(MixedUpArchive, IsRefused) {
     EXPECT_EQ(checked(), Refusal(ArchiveFault::wrongRelease));
 }
 
-TEST(ArchiveRefusalText, DiffersForEachReason) {
-    std::set<std::string> sentences;
-    for (const ArchiveRefusal& refusal :
-         {ArchiveRefusal(ArchiveFault::unreadable), ArchiveRefusal(ArchiveFault::wrongSize),
-          ArchiveRefusal(ArchiveFault::wrongDigest), ArchiveRefusal(ArchiveFault::wrongRelease),
-          ArchiveRefusal(Minisign::Fault::wrongContent)}) {
-        const std::string text = sentence(refusal);
-        EXPECT_TRUE(text.starts_with("The download ") && text.ends_with('.')) << text;
-        sentences.insert(text);
-    }
-    EXPECT_EQ(sentences.size(), 5U);
+TEST(ArchiveRefusalText, TellsTheReason) {
+    EXPECT_EQ(sentence(ArchiveFault::unreadable), "The download can't be read.");
+    EXPECT_EQ(sentence(ArchiveFault::wrongSize), "The download is incomplete or too large.");
+    EXPECT_EQ(
+        sentence(ArchiveFault::wrongDigest),
+        "The download is not the file that the update information names.");
+    EXPECT_EQ(
+        sentence(ArchiveFault::wrongRelease),
+        "The download is signed as another version, so it is not trusted.");
+    EXPECT_EQ(
+        sentence(Minisign::Fault::wrongContent),
+        "The download does not match its signature, so it is not trusted.");
 }
 
 } // namespace

@@ -10,7 +10,7 @@ namespace {
 
 using FeedPath = nlohmann::json::json_pointer;
 
-const std::string someDigest = "00ff" + std::string(58, 'a') + "1f";
+const std::string someDigest = "c0ff" + std::string(58, 'a') + "1f";
 
 nlohmann::json someArchive() {
     return {
@@ -60,7 +60,7 @@ TEST(Feed, HasWhatTheDocumentSays) {
     EXPECT_EQ(archive.address, "https://one.example/Tarnwick-0.2.0-x86_64.tar.zst");
     EXPECT_EQ(archive.machine, "x86_64");
     EXPECT_EQ(archive.size, 12345678U);
-    EXPECT_EQ(archive.sha256[0], 0x00);
+    EXPECT_EQ(archive.sha256[0], 0xC0);
     EXPECT_EQ(archive.sha256[1], 0xFF);
     EXPECT_EQ(archive.sha256[30], 0xAA);
     EXPECT_EQ(archive.sha256[31], 0x1F);
@@ -110,7 +110,8 @@ INSTANTIATE_TEST_SUITE_P(
         Bounded{"NoNotes", "/releases/0/notes", ""},
         Bounded{"LargestArchive", "/releases/0/archives/0/size", largestArchive},
         Bounded{"SmallestArchive", "/releases/0/archives/0/size", 1},
-        Bounded{"Channel", "/releases/0/channel", std::string(32, 'a')}),
+        Bounded{"Channel", "/releases/0/channel", std::string(32, 'a')},
+        Bounded{"Machine", "/releases/0/archives/0/machine", "AZaz09.-_"}),
     test::caseName);
 
 TEST_P(FeedAtItsBounds, IsTaken) {

@@ -15,7 +15,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         "https://one.example/feed.json", "https://one.example:8443/a/b/feed.json",
         "https://127.0.0.1:443/feed.json", "https://[::1]:8443/feed.json",
-        "https://one.example/a%20b/~me/x+y.tar.zst",
+        "https://one.example/a%20b/~me/x+y.tar.zst", "https://one.example/AZaz09-._~:[]!$&'()*+,;=%41",
         "https://one.example/" + std::string(longestAddress - 20, 'a')));
 
 TEST_P(UsableAddress, IsTaken) {

@@ -59,6 +59,7 @@ INSTANTIATE_TEST_SUITE_P(
         LinkCase{{"top", "l"}, ""}, LinkCase{{"top", "l"}, "/"}, LinkCase{{"top", "l"}, "/etc/passwd"},
         LinkCase{{"top", "l"}, ".."}, LinkCase{{"top", "l"}, "../"}, LinkCase{{"top", "l"}, "../top/a"},
         LinkCase{{"top", "l"}, "../x"}, LinkCase{{"top", "lib", "l"}, "../../x"},
+        LinkCase{{"top", "l"}, "../../x"}, LinkCase{{"top", "l"}, "../../../x"},
         LinkCase{{"top", "lib", "l"}, ".."}, LinkCase{{"top", "lib", "l"}, "../"},
         LinkCase{{"top", "l"}, "."}, LinkCase{{"top"}, "a"}, LinkCase{{"top"}, "../a"},
         // Behind a name that may be a link.

@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <set>
 #include <sys/stat.h>
 
 namespace tarnwick {
@@ -330,6 +329,34 @@ TEST_F(UnpackTest, RefusesWhatIsNoArchive) {
     expectNothingLeft();
 }
 
+TEST_F(UnpackTest, RefusesAnArchiveOfNothing) {
+    {
+        MadeArchive archive(file_);
+        archive.close();
+    }
+    EXPECT_EQ(unpacked(), fault(UnpackFault::damaged));
+    expectNothingLeft();
+
+    MadeArchive archive(file_);
+    archive.folder("Tarnwick.app").close();
+    EXPECT_EQ(unpacked(), UnpackResult());
+    EXPECT_TRUE(fs::is_empty(app_));
+}
+
+TEST_F(UnpackTest, FollowsNoLinkInPlaceOfTheArchive) {
+    makeRelease();
+    fs::rename(file_, folder_.path() / "elsewhere");
+    fs::create_symlink("elsewhere", file_);
+    EXPECT_EQ(unpacked(), UnpackResult(std::make_error_code(std::errc::too_many_symbolic_link_levels)));
+    EXPECT_FALSE(fs::exists(target_));
+}
+
+TEST_F(UnpackTest, DoesNotWaitForAPipe) {
+    ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
+    EXPECT_EQ(unpacked(), fault(UnpackFault::damaged));
+    expectNothingLeft();
+}
+
 struct OtherArchive {
     std::string name;
     int format;
@@ -379,14 +406,19 @@ TEST_F(UnpackTest, TellsThatTheDiskIsFull) {
 }
 
 TEST(UnpackFailureText, TellsTheReason) {
-    EXPECT_EQ(
-        sentence(std::make_error_code(std::errc::no_space_on_device)),
-        "The download can't be unpacked: No space left on device.");
-    EXPECT_EQ(sentence(UnpackFault::damaged), "The download can't be unpacked: it is damaged.");
-    EXPECT_EQ(
-        sentence(UnpackFault::unsafeType),
-        "The download can't be unpacked: it has files that do not belong there.");
-    EXPECT_NE(sentence(UnpackFault::tooLarge), sentence(UnpackFault::wrongFolder));
+    const auto told = [](const UnpackFailure& failure) {
+        const std::string text = sentence(failure);
+        const std::string start = "The download can't be unpacked: ";
+        return text.starts_with(start) ? text.substr(start.size()) : "";
+    };
+    EXPECT_EQ(told(std::make_error_code(std::errc::no_space_on_device)), "No space left on device.");
+    EXPECT_EQ(told(UnpackFault::damaged), "it is damaged.");
+    EXPECT_EQ(told(UnpackFault::wrongFolder), "it is not one folder of Tarnwick.");
+    EXPECT_EQ(told(UnpackFault::unsafePath), "it has files that do not belong there.");
+    EXPECT_EQ(told(UnpackFault::unsafeLink), told(UnpackFault::unsafePath));
+    EXPECT_EQ(told(UnpackFault::unsafeType), told(UnpackFault::unsafePath));
+    EXPECT_EQ(told(UnpackFault::tooLarge), "it is larger than Tarnwick can be.");
+    EXPECT_EQ(told(UnpackFault::tooManyEntries), told(UnpackFault::tooLarge));
 }
 
 } // namespace
