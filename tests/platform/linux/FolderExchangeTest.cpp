@@ -172,7 +172,7 @@ struct SystemError {
     int error;
     ExchangeFailure failure;
 
-    friend void PrintTo(const SystemError& failure, std::ostream* out) { *out << failure.name; }
+    friend void PrintTo(const SystemError& tested, std::ostream* out) { *out << tested.name; }
 };
 
 class RefusedExchange : public FolderExchangeTest, public testing::WithParamInterface<SystemError> {};
