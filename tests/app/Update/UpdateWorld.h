@@ -91,42 +91,42 @@ protected:
 
     /// The feed with one release, signed `age` days ago.
     void publish(const std::string& version, int age = 0, const MinisignKey& key = MinisignKey(1)) {
-        const auto signedAt =
-            std::chrono::floor<std::chrono::seconds>(loop.wallNow()) - std::chrono::days(age);
-        publishText(
-            R"({"signedAt":")" + utc(signedAt) + R"(","releases":[{"version":")" + version
-                + R"(","channel":"stable","minimumSystem":"6.1","archives":[{"address":")" + archiveAddress
-                + R"(","machine":"x86_64","size":5000,"sha256":")" + std::string(64, '0')
-                + R"("}],"notes":"* Better"}]})",
-            key);
+        publishText(feedText(version, "* Better", age), key);
     }
+
+    void publishNotes(const std::string& notes) { publishText(feedText("1.1", notes, 0)); }
 
     void publishText(const std::string& text, const MinisignKey& key = MinisignKey(1)) {
         server.files[feedAddress] = text;
         server.files[std::string(feedAddress) + ".minisig"] = key.sign(text);
     }
 
+    [[nodiscard]] std::unique_ptr<UpdateEngine> makeEngine() {
+        return std::make_unique<UpdateEngine>(UpdateEngine::Needs{
+            .loop = loop,
+            .downloader = server,
+            .cost = cost,
+            .preferences = preferences,
+            .place = place,
+            .memory = memory,
+            .running = ReleaseVersion::parse("1.0").value(),
+            .channel = "stable",
+            .checkInterval = std::chrono::days(1),
+            .source =
+                {.feedAddress = feedAddress,
+                 .publicKeys =
+                     {Minisign::parsePublicKey(MinisignKey(1).publicLine()).value(),
+                      Minisign::parsePublicKey(MinisignKey(2).publicLine()).value()}},
+            .userAgent = "Tarnwick/1.0",
+            .machine = "x86_64",
+            .system = ReleaseVersion::parse("6.1").value(),
+            .random = [this] { return drawn; }});
+    }
+
+    /// For tests without views.
     UpdateEngine& engine() {
         if (!engine_) {
-            engine_ = std::make_unique<UpdateEngine>(UpdateEngine::Needs{
-                .loop = loop,
-                .downloader = server,
-                .cost = cost,
-                .preferences = preferences,
-                .place = place,
-                .memory = memory,
-                .running = ReleaseVersion::parse("1.0").value(),
-                .channel = "stable",
-                .checkInterval = std::chrono::days(1),
-                .source =
-                    {.feedAddress = feedAddress,
-                     .publicKeys =
-                         {Minisign::parsePublicKey(MinisignKey(1).publicLine()).value(),
-                          Minisign::parsePublicKey(MinisignKey(2).publicLine()).value()}},
-                .userAgent = "Tarnwick/1.0",
-                .machine = "x86_64",
-                .system = ReleaseVersion::parse("6.1").value(),
-                .random = [this] { return drawn; }});
+            engine_ = makeEngine();
         }
         return *engine_;
     }
@@ -169,6 +169,15 @@ protected:
     double drawn = 0.5;
 
 private:
+    [[nodiscard]] std::string feedText(const std::string& version, const std::string& notes, int age) const {
+        const auto signedAt =
+            std::chrono::floor<std::chrono::seconds>(loop.wallNow()) - std::chrono::days(age);
+        return R"({"signedAt":")" + utc(signedAt) + R"(","releases":[{"version":")" + version
+               + R"(","channel":"stable","minimumSystem":"6.1","archives":[{"address":")" + archiveAddress
+               + R"(","machine":"x86_64","size":5000,"sha256":")" + std::string(64, '0') + R"("}],"notes":")"
+               + notes + R"("}]})";
+    }
+
     static std::string utc(std::chrono::sys_seconds time) {
         const auto days = std::chrono::floor<std::chrono::days>(time);
         const std::chrono::year_month_day date(days);
