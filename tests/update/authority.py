@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import dataclasses
+import datetime
 import os
 import pathlib
 import subprocess
@@ -14,6 +15,30 @@ OTHER_HOST = "DNS:other.example"
 
 _KEY = ("-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes")
 _MOUNT_AND_RUN = f'set -e; mount --bind "$1" {SYSTEM_STORE}; shift; exec "$@"'
+# How an authority signs. Strict programs want to see whose key it was.
+_SETTINGS = """
+[ca]
+default_ca = own
+[own]
+database = {folder}/index
+new_certs_dir = {folder}
+rand_serial = yes
+unique_subject = no
+default_md = sha256
+policy = any
+x509_extensions = server
+[any]
+commonName = supplied
+[server]
+subjectAltName = {hosts}
+subjectKeyIdentifier = hash
+authorityKeyIdentifier = keyid
+"""
+
+
+def _day(number: int) -> str:
+    """So many days from now, as openssl reads it."""
+    return (datetime.datetime.now(datetime.timezone.utc) + datetime.timedelta(days=number)).strftime("%Y%m%d%H%M%SZ")
 
 
 def _openssl(*arguments: str) -> str:
@@ -56,15 +81,16 @@ class Authority:
         (self.store / f"{digest}.0").write_bytes(self._own.certificate.read_bytes())
 
     def certificate(self, name: str, hosts: str = LOOPBACK, has_expired: bool = False) -> Certificate:
-        """A certificate for these hosts: good for two days, or until yesterday."""
+        """A certificate for these hosts, from two days ago until tomorrow, or until yesterday."""
         made = Certificate(self.folder / f"{name}.pem", self.folder / f"{name}.key")
-        request, extensions = self.folder / f"{name}.csr", self.folder / f"{name}.extensions"
-        extensions.write_text(f"subjectAltName={hosts}\n", encoding="ascii")
+        request, settings = self.folder / f"{name}.csr", self.folder / f"{name}.cnf"
+        settings.write_text(_SETTINGS.format(folder=self.folder, hosts=hosts), encoding="ascii")
+        (self.folder / "index").touch()
         _openssl("req", *_KEY, "-keyout", str(made.key), "-out", str(request), "-subj", f"/CN={name}")
         _openssl(
-            "x509", "-req", "-in", str(request), "-out", str(made.certificate), "-extfile", str(extensions),
-            "-CA", str(self._own.certificate), "-CAkey", str(self._own.key), "-CAcreateserial",
-            "-days", "-1" if has_expired else "2",
+            "ca", "-batch", "-config", str(settings), "-in", str(request), "-out", str(made.certificate), "-notext",
+            "-cert", str(self._own.certificate), "-keyfile", str(self._own.key),
+            "-startdate", _day(-2), "-enddate", _day(-1 if has_expired else 1),
         )  # fmt: skip
         return made
 

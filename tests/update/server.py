@@ -125,8 +125,8 @@ class _Handler(http.server.BaseHTTPRequestHandler):
 class UpdateServer(socketserver.ThreadingMixIn, http.server.HTTPServer):
     """Serves a folder over HTTPS, or over plain HTTP without a certificate, from its making to `stop`.
 
-    `requests` are those that came, `left` the paths of those whose client went before the end of the answer, `chunks` is how
-    many the connections have taken.
+    `requests` are those that came, `left` the paths of those whose client went before the end of the answer, `chunks` is
+    how many the connections have taken.
     """
 
     daemon_threads = True
