@@ -47,6 +47,7 @@ def redirect(target: str, status: int = 302) -> Behavior:
 @dataclasses.dataclass(frozen=True)
 class Request:
     path: str
+    # Names are in small letters: their case carries no meaning, and differs between versions of the toolkit.
     headers: tuple[tuple[str, str], ...]
 
 
@@ -57,7 +58,8 @@ class _Handler(http.server.BaseHTTPRequestHandler):
     server: UpdateServer
 
     def do_GET(self) -> None:
-        self.server.requests.append(Request(self.path, tuple(self.headers.items())))
+        headers = tuple((name.lower(), value) for name, value in self.headers.items())
+        self.server.requests.append(Request(self.path, headers))
         behavior = self.server.behavior(self.path)
         try:
             self._answer(behavior)

@@ -79,8 +79,8 @@ TEST_F(HttpsDownloaderTest, TheServerIsToldTheUserAgentAndNothingElse) {
         EXPECT_THAT(
             headers,
             UnorderedElementsAre(
-                Pair("Host", host), Pair("User-Agent", "Tarnwick/0.1"), Pair("Accept-Encoding", "identity"),
-                Pair("Accept-Language", "*"), Pair("Connection", "Keep-Alive")));
+                Pair("host", host), Pair("user-agent", "Tarnwick/0.1"), Pair("accept-encoding", "identity"),
+                Pair("accept-language", "*"), Pair("connection", "Keep-Alive")));
     }
 }
 
