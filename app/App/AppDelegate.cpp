@@ -1,7 +1,9 @@
 #include "app/App/AppDelegate.h"
 
+#include "app/App/MainMenu.h"
 #include "app/App/PingAllowance.h"
 #include "app/App/PresentLoginItem.h"
+#include "app/App/ProgramIcon.h"
 #include "core/Text.h"
 #include "platform/linux/NameServers.h"
 #include "platform/linux/PingPermission.h"
@@ -83,9 +85,11 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
               .missingPingPermission = [] { return PingPermission::grantingCommand(); },
           }),
       tokenWithoutPanel_(setup.tokenWithoutPanel),
-      // No update framework yet.
-      menu_(StatusItemController::menuItems(false)),
-      settingsModel_(monitor_, notifications_, *loginItem_),
+      bundle_(setup.bundle),
+      updater_(updaterNeeds(setup)),
+      menu_(StatusItemController::menuItems(bundle_ != nullptr)),
+      settingsModel_(
+          monitor_, notifications_, *loginItem_, updater_.controller() != nullptr ? &updater_ : nullptr),
       colors_(bus),
       panelTheme_(loop, ThemeFolders::ofSession()),
       programColors_(loop, ThemeFolders::ofSession()),
@@ -101,7 +105,13 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
     makeStatusItem(setup);
     monitor_.start();
     sessionEnd_ = std::make_unique<SessionEnd>([this] { save(); });
-    displayLoss_ = std::make_unique<DisplayLoss>([this] { save(); });
+    displayLoss_ = std::make_unique<DisplayLoss>([this] {
+        save();
+        if (bundle_ != nullptr) {
+            bundle_->endWell();
+        }
+    });
+    startUpdater();
 }
 
 AppDelegate::~AppDelegate() {
@@ -109,6 +119,36 @@ AppDelegate::~AppDelegate() {
     if (const std::string& problem = monitor_.measured().recordingProblem; !problem.empty()) {
         say("the statistics could not be stored: " + problem);
     }
+}
+
+Updater::Needs AppDelegate::updaterNeeds(const Setup& setup) {
+    if (setup.bundle != nullptr) {
+        bundleUpdates_.emplace(loop_, systemBus_, settings_.preferences(), setup.bundle->folder());
+    }
+    return {
+        .loop = loop_,
+        .preferences = settings_.preferences(),
+        .makeEngine = [this] { return bundleUpdates_ ? bundleUpdates_->makeEngine() : nullptr; },
+        .icon = programIcon(),
+        .furnish = [this](QWidget& window) { MainMenu::install(window, menu_); },
+        .restart = setup.restart};
+}
+
+void AppDelegate::startUpdater() {
+    if (bundle_ != nullptr && bundle_->trial().isOn()) {
+        endOfTrial_ = loop_.after(BundleTrial::length, [this] { bundle_->trial().pass(loop_); });
+    }
+    updater_.start();
+    updateNotice_ = std::make_unique<RenderLoop>(loop_, [this] {
+        if (hasUpdateReady()) {
+            monitor_.setNotice(newVersionNotice());
+        }
+    });
+}
+
+bool AppDelegate::hasUpdateReady() const {
+    const Updater::Controller* const controller = updater_.controller();
+    return controller != nullptr && std::holds_alternative<Updating::Ready>(controller->engine->state());
 }
 
 std::function<void()> AppDelegate::allowingPing() {
@@ -191,7 +231,8 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
         .item = *item_,
         .menu = menu_,
         .windows = *windows_,
-        .textWidth = [this](const std::string& text) { return painter_.textWidth(text); }});
+        .textWidth = [this](const std::string& text) { return painter_.textWidth(text); },
+        .updates = bundle_ != nullptr ? &updater_ : nullptr});
 }
 
 void AppDelegate::tellOfPanel(bool showsItem) {

@@ -1,12 +1,15 @@
 // Makes the parts of the desktop program, in order, and saves the statistics at the end.
 #pragma once
 
+#include "app/App/BundleRun.h"
+#include "app/App/BundleUpdates.h"
 #include "app/App/DesktopWindows.h"
 #include "app/App/ExtensionOffer.h"
 #include "app/Monitor/Monitor.h"
 #include "app/StatusItemController/Painting/QtFacePainter.h"
 #include "app/StatusItemController/PanelMenuText.h"
 #include "app/StatusItemController/StatusItemController.h"
+#include "app/Updater/Updater.h"
 #include "app/UserSettings/UserSettings.h"
 #include "core/Lifeline.h"
 #include "core/Pinger/SystemPingNetwork.h"
@@ -43,6 +46,7 @@ public:
         /// no panel shows the item.
         std::optional<std::string> tokenWithoutPanel = std::nullopt;
         std::function<void()> restart = nullptr; ///< ends the program and starts its file anew
+        BundleRun* bundle = nullptr; ///< outlives the delegate; null where the program is installed
     };
 
     /// The loop and the bus outlive the delegate.
@@ -58,6 +62,9 @@ public:
 
     void openSettings(const std::string& activationToken) { windows_->openSettings(activationToken); }
 
+    /// Whether a newer version can take the place of this one.
+    [[nodiscard]] bool hasUpdateReady() const;
+
 private:
     /// Asks an administrator to let this user ping; null where the desktop can't ask.
     [[nodiscard]] std::function<void()> allowingPing();
@@ -66,6 +73,8 @@ private:
     void preferColors();
     void tellOfPanel(bool showsItem);
     void tellOfRoomForText();
+    [[nodiscard]] Updater::Needs updaterNeeds(const Setup& setup);
+    void startUpdater();
     void save();
 
     RunLoop& loop_;
@@ -81,6 +90,9 @@ private:
     std::optional<std::string> tokenWithoutPanel_; ///< until the drop-down opens or a panel shows the item
     bool hasSaidOfPanel_ = false;
     bool isItemShown_ = false; ///< by a panel, as far as is known
+    BundleRun* bundle_;
+    std::optional<BundleUpdates> bundleUpdates_;
+    Updater updater_;
     Menu menu_;
     SettingsModel settingsModel_;
     QtFacePainter painter_;
@@ -99,6 +111,8 @@ private:
     std::unique_ptr<PaletteWatch> paletteWatch_;
     std::unique_ptr<SessionEnd> sessionEnd_;
     std::unique_ptr<DisplayLoss> displayLoss_;
+    std::unique_ptr<RenderLoop> updateNotice_;
+    RunLoop::Handle endOfTrial_;
     Lifeline lifeline_;
 };
 

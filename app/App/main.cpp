@@ -81,21 +81,22 @@ void serve(AppDelegate& delegate, Instance::Request request, const std::string& 
 
 struct Ending {
     int status;
-    bool wantsRestart; ///< of the program's file, which is a newer one by now
+    bool wantsRestart;   ///< of the program's file, which is a newer one by now
+    bool hasUpdateReady; ///< which is to take this version's place
 };
 
 /// The toolkit gets no arguments: this program does not offer its options.
-Ending runApplication(const AppOptions& options, std::string name, const Instance::LaunchTokens& tokens) {
-    const auto bundle = ownBundle();
-    if (bundle) {
-        BundleParts::prepare(*bundle);
+Ending runApplication(
+    const AppOptions& options, std::string name, const Instance::LaunchTokens& tokens, BundleRun* bundle) {
+    if (bundle != nullptr) {
+        BundleParts::prepare(bundle->folder());
     }
     ScreenOverlay::prepare();
     int count = 1;
     std::array<char*, 2> arguments{name.data(), nullptr};
     const QApplication application(count, arguments.data());
-    if (bundle) {
-        BundleParts::bringFont(*bundle);
+    if (bundle != nullptr) {
+        BundleParts::bringFont(bundle->folder());
     }
     QApplication::setApplicationName("tarnwick");
     QApplication::setApplicationVersion(TARNWICK_VERSION);
@@ -125,10 +126,12 @@ Ending runApplication(const AppOptions& options, std::string name, const Instanc
                 .tokenWithoutPanel = options.request == AppOptions::Request::none
                                          ? std::optional(tokens.activation)
                                          : std::nullopt,
-                .restart = [&wantsRestart] {
-                    wantsRestart = true;
-                    QCoreApplication::exit();
-                }});
+                .restart =
+                    [&wantsRestart] {
+                        wantsRestart = true;
+                        QCoreApplication::exit();
+                    },
+                .bundle = bundle});
         if (options.request != AppOptions::Request::none) {
             serve(*delegate, requestFor(options), tokens.activation);
         }
@@ -142,7 +145,21 @@ Ending runApplication(const AppOptions& options, std::string name, const Instanc
         }
     };
     const int status = QApplication::exec();
-    return {.status = status, .wantsRestart = wantsRestart};
+    return {
+        .status = status,
+        .wantsRestart = wantsRestart,
+        .hasUpdateReady = delegate && delegate->hasUpdateReady()};
+}
+
+/// Of a program that has ended as it should.
+void endInBundle(BundleRun& bundle, const Ending& ending, const std::vector<std::string>& arguments) {
+    if (!ending.hasUpdateReady) {
+        bundle.endWell();
+    } else if (ending.wantsRestart) {
+        bundle.restartWithUpdate(arguments);
+    } else {
+        bundle.endWithUpdate();
+    }
 }
 
 int start(const std::vector<std::string>& arguments, const std::string& name) {
@@ -161,7 +178,15 @@ int start(const std::vector<std::string>& arguments, const std::string& name) {
         std::fprintf(stderr, "tarnwick: %s; tarnwick-watch shows the same in a terminal\n", problem->c_str());
         return EXIT_FAILURE;
     }
-    const Ending ending = runApplication(options, name, Instance::takeLaunchTokens());
+    std::optional<BundleRun> bundle;
+    if (const auto folder = ownBundle()) {
+        bundle.emplace(*folder, options.forRestart());
+    }
+    const Ending ending =
+        runApplication(options, name, Instance::takeLaunchTokens(), bundle ? &*bundle : nullptr);
+    if (bundle && ending.status == EXIT_SUCCESS) {
+        endInBundle(*bundle, ending, options.forRestart());
+    }
     if (ending.wantsRestart) {
         becomeProgramAnew(options.forRestart());
         std::fputs("tarnwick: the new version could not be started\n", stderr);

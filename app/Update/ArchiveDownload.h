@@ -1,10 +1,10 @@
 // One download: fetches an archive with its signature to the place where it is made ready.
 #pragma once
 
-#include "platform/ports/UpdatePlace.h"
 #include "core/Lifeline.h"
 #include "core/Update/UpdateDecision.h"
 #include "platform/ports/Downloader.h"
+#include "platform/ports/UpdatePlace.h"
 
 #include <cstdint>
 #include <functional>

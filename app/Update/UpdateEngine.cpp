@@ -17,17 +17,11 @@ bool isIn(const UpdateState& state) {
     return (std::holds_alternative<States>(state) || ...);
 }
 
-std::string rolledBackText(const ReleaseVersion& failed, const ReleaseVersion& running) {
-    return "Tarnwick " + failed.text() + " did not run on this machine, so version " + running.text()
-           + " is back.";
-}
-
 } // namespace
 
 UpdateEngine::UpdateEngine(Needs needs) : needs_(std::move(needs)) {
-    if (needs_.memory.takeNewsOfRollBack()) {
-        const auto failed = needs_.memory.rolledBack();
-        fail(rolledBackText(failed.value_or(ReleaseVersion()), needs_.running), true);
+    if (const std::string news = needs_.memory.takeNews(); !news.empty()) {
+        fail(news, true);
     }
 }
 

@@ -6,10 +6,10 @@
 #include "app/Update/ArchiveDownload.h"
 #include "app/Update/FeedCheck.h"
 #include "app/Update/UpdateMemory.h"
-#include "platform/ports/UpdatePlace.h"
 #include "app/Update/UpdateState.h"
 #include "core/Lifeline.h"
 #include "platform/ports/ConnectionCost.h"
+#include "platform/ports/UpdatePlace.h"
 
 #include <chrono>
 #include <functional>
@@ -42,7 +42,7 @@ public:
     /// Seconds. Between scheduled checks while there is no network, or one that is paid by use.
     static constexpr double patienceWithNetwork = 3600;
 
-    /// The needs outlive the engine. Tells at once of a version that was brought back from.
+    /// The needs outlive the engine. Tells at once what the run before has left to tell.
     explicit UpdateEngine(Needs needs);
     UpdateEngine(const UpdateEngine&) = delete;
     UpdateEngine& operator=(const UpdateEngine&) = delete;

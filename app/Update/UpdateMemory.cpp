@@ -13,7 +13,7 @@ namespace {
 
 constexpr auto lastFeedKey = "lastFeed"; ///< seconds since 1970
 constexpr auto rolledBackKey = "rolledBack";
-constexpr auto newsKey = "rolledBackNews";
+constexpr auto newsKey = "news";
 
 } // namespace
 
@@ -34,8 +34,9 @@ void UpdateMemory::load() {
     if (const auto found = object->find(rolledBackKey); found != object->end() && found->is_string()) {
         rolledBack_ = ReleaseVersion::parse(found->get<std::string>());
     }
-    const auto news = object->find(newsKey);
-    hasNews_ = rolledBack_ && news != object->end() && news->is_boolean() && news->get<bool>();
+    if (const auto found = object->find(newsKey); found != object->end() && found->is_string()) {
+        news_ = found->get<std::string>();
+    }
 }
 
 void UpdateMemory::store() const {
@@ -45,7 +46,9 @@ void UpdateMemory::store() const {
     }
     if (rolledBack_) {
         object[rolledBackKey] = rolledBack_->text();
-        object[newsKey] = hasNews_;
+    }
+    if (!news_.empty()) {
+        object[newsKey] = news_;
     }
     static_cast<void>(FileStore::replace(file_, object.dump(4) + "\n"));
 }
@@ -56,18 +59,25 @@ void UpdateMemory::setLastFeed(std::chrono::sys_seconds signedAt) {
     }
 }
 
-void UpdateMemory::setRolledBack(const ReleaseVersion& version) {
+void UpdateMemory::setRolledBack(const ReleaseVersion& version, const ReleaseVersion& running) {
     rolledBack_ = version;
-    hasNews_ = true;
+    setNews(
+        "Tarnwick " + version.text() + " did not run on this machine, so version " + running.text()
+        + " is back.");
+}
+
+void UpdateMemory::setNews(const std::string& text) {
+    news_ = text;
     store();
 }
 
-bool UpdateMemory::takeNewsOfRollBack() {
-    if (!std::exchange(hasNews_, false)) {
-        return false;
+std::string UpdateMemory::takeNews() {
+    if (news_.empty()) {
+        return "";
     }
+    std::string news = std::exchange(news_, "");
     store();
-    return true;
+    return news;
 }
 
 } // namespace tarnwick

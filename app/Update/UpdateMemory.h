@@ -6,6 +6,7 @@
 #include <chrono>
 #include <filesystem>
 #include <optional>
+#include <string>
 
 namespace tarnwick {
 
@@ -23,10 +24,13 @@ public:
     /// The version that was brought back from, since it did not run here.
     [[nodiscard]] std::optional<ReleaseVersion> rolledBack() const { return rolledBack_; }
 
-    void setRolledBack(const ReleaseVersion& version);
+    /// `running` is the version that is back. This is news.
+    void setRolledBack(const ReleaseVersion& version, const ReleaseVersion& running);
 
-    /// True once after `setRolledBack`, also in another process.
-    [[nodiscard]] bool takeNewsOfRollBack();
+    /// For the user, at the next start.
+    void setNews(const std::string& text);
+    /// Once. Empty where there are none.
+    [[nodiscard]] std::string takeNews();
 
 private:
     void load();
@@ -35,7 +39,7 @@ private:
     std::filesystem::path file_;
     std::optional<std::chrono::sys_seconds> lastFeed_;
     std::optional<ReleaseVersion> rolledBack_;
-    bool hasNews_ = false;
+    std::string news_;
 };
 
 } // namespace tarnwick

@@ -311,7 +311,7 @@ TEST_F(ScheduledCheck, KeepsWhatWentWrongForTheSettingsWindow) {
 }
 
 TEST_F(UpdateCheck, TellsOnceOfAVersionThatDidNotRun) {
-    memory.setRolledBack(ReleaseVersion::parse("1.1").value());
+    memory.setRolledBack(ReleaseVersion::parse("1.1").value(), ReleaseVersion::parse("1.0").value());
 
     EXPECT_EQ(failure(), "Tarnwick 1.1 did not run on this machine, so version 1.0 is back.");
 
@@ -320,7 +320,7 @@ TEST_F(UpdateCheck, TellsOnceOfAVersionThatDidNotRun) {
 }
 
 TEST_F(UpdateCheck, AVersionThatDidNotRunIsFoundOnlyByTheUsersOwnCheck) {
-    memory.setRolledBack(ReleaseVersion::parse("1.1").value());
+    memory.setRolledBack(ReleaseVersion::parse("1.1").value(), ReleaseVersion::parse("1.0").value());
     engine().dismiss();
     engine().start();
     loop.advance(2 * day);

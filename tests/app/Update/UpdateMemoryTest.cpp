@@ -22,7 +22,7 @@ protected:
 TEST_F(UpdateMemoryTest, IsEmptyAtFirst) {
     EXPECT_EQ(memory().lastFeed(), std::nullopt);
     EXPECT_EQ(memory().rolledBack(), std::nullopt);
-    EXPECT_FALSE(memory().takeNewsOfRollBack());
+    EXPECT_EQ(memory().takeNews(), "");
     EXPECT_FALSE(std::filesystem::exists(file));
 }
 
@@ -34,28 +34,28 @@ TEST_F(UpdateMemoryTest, KeepsWhenTheLastFeedWasSigned) {
 
 TEST_F(UpdateMemoryTest, KeepsTheVersionThatDidNotRun) {
     memory().setLastFeed(time);
-    memory().setRolledBack(ReleaseVersion::parse("1.2.3").value());
+    memory().setRolledBack(ReleaseVersion::parse("1.2.3").value(), ReleaseVersion::parse("1.0").value());
 
     EXPECT_EQ(memory().rolledBack(), ReleaseVersion::parse("1.2.3"));
     EXPECT_EQ(memory().lastFeed(), time);
 }
 
 TEST_F(UpdateMemoryTest, TellsTheNewsOfItOnce) {
-    memory().setRolledBack(ReleaseVersion::parse("1.2.3").value());
+    memory().setRolledBack(ReleaseVersion::parse("1.2.3").value(), ReleaseVersion::parse("1.0").value());
 
-    EXPECT_TRUE(memory().takeNewsOfRollBack());
-    EXPECT_FALSE(memory().takeNewsOfRollBack());
+    EXPECT_EQ(memory().takeNews(), "Tarnwick 1.2.3 did not run on this machine, so version 1.0 is back.");
+    EXPECT_EQ(memory().takeNews(), "");
     EXPECT_NE(memory().rolledBack(), std::nullopt);
 }
 
 TEST_F(UpdateMemoryTest, CountsASpoiledFileAsNone) {
     std::filesystem::create_directories(file.parent_path());
-    for (const std::string text : {"", "{", "[]", R"({"lastFeed":"x","rolledBack":7,"rolledBackNews":1})"}) {
+    for (const std::string text : {"", "{", "[]", R"({"lastFeed":"x","rolledBack":7,"news":1})"}) {
         std::ofstream(file) << text;
 
         EXPECT_EQ(memory().lastFeed(), std::nullopt) << text;
         EXPECT_EQ(memory().rolledBack(), std::nullopt) << text;
-        EXPECT_FALSE(memory().takeNewsOfRollBack()) << text;
+        EXPECT_EQ(memory().takeNews(), "") << text;
     }
 }
 

@@ -117,7 +117,7 @@ TEST_F(NoUpdaterTest, OutsideABundleItDoesNothing) {
 }
 
 TEST_F(UpdateWorld, BeforeItsStartTheUpdaterShowsNothing) {
-    memory.setRolledBack(ReleaseVersion::parse("1.1").value());
+    memory.setRolledBack(ReleaseVersion::parse("1.1").value(), ReleaseVersion::parse("1.0").value());
     Updater updater(
         {.loop = loop,
          .preferences = preferences,

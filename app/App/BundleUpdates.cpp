@@ -1,0 +1,84 @@
+#include "app/App/BundleUpdates.h"
+
+#include "app/Update/UserAgent.h"
+#include "core/Storage/FileStore.h"
+#include "core/Storage/StatsStore.h"
+#include "platform/linux/SystemName.h"
+
+#include <cstdio>
+#include <random>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+/// How the updater calls itself to its server.
+constexpr auto frameworkName = "TarnwickUpdate";
+constexpr auto frameworkVersion = "1";
+
+std::optional<BundleInformation> informationOf(const std::filesystem::path& bundle) {
+    std::error_code error;
+    const auto text = FileStore::read(bundle / bundleInformationName, error);
+    if (!text) {
+        return std::nullopt;
+    }
+    auto parsed = parseBundleInformation(*text);
+    if (const auto* const mistake = std::get_if<DocumentMistake>(&parsed)) {
+        std::fprintf(stderr, "tarnwick: %s: %s\n", bundleInformationName, mistake->text.c_str());
+        return std::nullopt;
+    }
+    return std::get<BundleInformation>(std::move(parsed));
+}
+
+double randomPart() {
+    std::random_device device;
+    return std::uniform_real_distribution<double>(0, 1)(device);
+}
+
+} // namespace
+
+std::filesystem::path updateMemoryFile() {
+    return StatsStore::supportDirectory() / "Tarnwick" / "updates.json";
+}
+
+BundleUpdates::BundleUpdates(
+    RunLoop& loop, BusConnection& systemBus, Preferences& preferences, std::filesystem::path bundle)
+    : loop_(loop),
+      preferences_(preferences),
+      folder_(std::move(bundle)),
+      downloader_(loop),
+      cost_(systemBus),
+      memory_(updateMemoryFile()) {
+}
+
+std::unique_ptr<UpdateEngine> BundleUpdates::makeEngine() {
+    const auto information = informationOf(folder_.bundle());
+    if (!information || !information->source) {
+        return nullptr;
+    }
+    const SystemName system = systemName();
+    staging_.emplace(loop_, folder_, information->version);
+    return std::make_unique<UpdateEngine>(UpdateEngine::Needs{
+        .loop = loop_,
+        .downloader = downloader_,
+        .cost = cost_,
+        .preferences = preferences_,
+        .place = *staging_,
+        .memory = memory_,
+        .running = information->version,
+        .channel = information->channel,
+        .checkInterval = information->checkInterval,
+        .source = *information->source,
+        .userAgent = userAgent(
+            {.applicationVersion = information->version.text(),
+             .framework = frameworkName,
+             .frameworkVersion = frameworkVersion,
+             .system = system.name,
+             .systemVersion = system.release}),
+        .machine = system.machine,
+        .system = kernelVersion(system.release).value_or(ReleaseVersion()),
+        .random = randomPart});
+}
+
+} // namespace tarnwick

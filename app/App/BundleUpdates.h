@@ -1,0 +1,40 @@
+// What an updater needs from this machine: the adapters behind its ports, and who asks for what.
+#pragma once
+
+#include "app/Update/UpdateEngine.h"
+#include "app/Update/UpdateMemory.h"
+#include "core/Update/BundleInformation.h"
+#include "platform/bundle/BundleStaging.h"
+#include "platform/bus/NetworkManagerCost.h"
+#include "platform/https/HttpsDownloader.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace tarnwick {
+
+/// Only for a program in a bundle. Main thread.
+class BundleUpdates {
+public:
+    /// Loop, bus and preferences outlive it.
+    BundleUpdates(
+        RunLoop& loop, BusConnection& systemBus, Preferences& preferences, std::filesystem::path bundle);
+
+    /// Null where the bundle tells no source of updates. The engine must not outlive this.
+    [[nodiscard]] std::unique_ptr<UpdateEngine> makeEngine();
+
+private:
+    RunLoop& loop_;
+    Preferences& preferences_;
+    UpdateFolder folder_;
+    HttpsDownloader downloader_;
+    NetworkManagerCost cost_;
+    UpdateMemory memory_;
+    std::optional<BundleStaging> staging_;
+};
+
+/// Beside the statistics.
+[[nodiscard]] std::filesystem::path updateMemoryFile();
+
+} // namespace tarnwick
