@@ -3,13 +3,17 @@
 
 #include "platform/ports/Downloader.h"
 
+#include <cstdint>
+
 namespace tarnwick {
 
-/// Seconds without anything new after which a transfer ends as silent.
+/// Seconds after which a transfer ends as silent. A server that sends a byte now and then can't hold it up.
 struct HttpsPatience {
+    static constexpr std::uint64_t leastProgress = std::uint64_t{16} * 1024;
+
     double answer =
         30; ///< until a server's first answer, with all that comes before it; for each redirect anew
-    double silence = 30; ///< between two parts of a file
+    double silence = 30; ///< for each `leastProgress` bytes of a file, or for the rest of it
 };
 
 /// Nothing of the library exists before the first fetch and after the last: each transfer has a connection

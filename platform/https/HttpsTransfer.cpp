@@ -65,6 +65,7 @@ void HttpsTransfer::judge(const HttpsExchange::Answer& answer) {
         fail(Downloader::Problem::tooLarge, QString::number(*answer.size));
     } else {
         isAccepted_ = true;
+        waitFor(patience_.silence);
         passOn();
     }
 }
@@ -85,7 +86,10 @@ void HttpsTransfer::passOn() {
     if (received_ > request_.sizeLimit) {
         fail(Downloader::Problem::tooLarge, {});
     } else if (count > 0) {
-        waitFor(patience_.silence);
+        if (received_ - awaitedSince_ >= HttpsPatience::leastProgress) {
+            awaitedSince_ = received_;
+            waitFor(patience_.silence);
+        }
         const Lifeline::Watch watch = lifeline_.watch();
         const auto receiver = receiver_;
         const bool goesOn = receiver->received(std::string_view(part.data(), count));

@@ -41,6 +41,7 @@ private:
     std::shared_ptr<const Downloader::Receiver> receiver_;
     std::unique_ptr<HttpsExchange> exchange_; ///< the present one; null before the first and after the end
     bool isAccepted_ = false;                 ///< the file is coming
+    std::uint64_t awaitedSince_ = 0;          ///< bytes that had come when the present patience began
     std::uint64_t received_ = 0;              ///< bytes
     int redirects_ = 0;
     RunLoop::Handle patienceEnds_;

@@ -22,7 +22,7 @@ public:
 
     enum class Problem {
         unreachable, ///< no network, no such name, no connection
-        silent,      ///< nothing has come for too long
+        silent,      ///< nothing, or next to nothing, has come for too long
         untrusted,   ///< the certificate is not this server's, has expired, or is signed by nobody known
         notHttps,    ///< the address, or where it redirects to
         refused,     ///< the server has no such file, or can't serve it now

@@ -11,6 +11,7 @@ import socket
 import socketserver
 import ssl
 import threading
+import time
 import urllib.parse
 from collections.abc import Iterator
 
@@ -38,6 +39,9 @@ class Behavior:
     endless: bool = False
     # The body comes in chunks, without an announced size.
     chunked: bool = False
+    # The body comes in pieces of so many bytes, with so many seconds before each.
+    piece: int | None = None
+    pause: float = 0.0
 
 
 def redirect(target: str, status: int = 302) -> Behavior:
@@ -107,6 +111,10 @@ class _Handler(http.server.BaseHTTPRequestHandler):
     def _send_body(self, behavior: Behavior, body: bytes) -> None:
         if behavior.chunked:
             self._send_chunk(body)
+        elif behavior.piece is not None:
+            for start in range(0, len(body), behavior.piece):
+                time.sleep(behavior.pause)
+                self.wfile.write(body[start : start + behavior.piece])
         else:
             self.wfile.write(body)
 

@@ -2,7 +2,9 @@
 #include "tests/platform/https/HttpsDownloaderTest.h"
 #include "tests/platform/https/SilentNameServer.h"
 
+#include <algorithm>
 #include <chrono>
+#include <string_view>
 #include <thread>
 
 namespace tarnwick {
@@ -190,6 +192,41 @@ TEST_F(HttpsLimitsTest, AServerThatStopsInTheMiddleIsSilent) {
 
     EXPECT_EQ(outcome.problem(), Problem::silent);
     EXPECT_EQ(outcome.content.size(), 20'000U);
+}
+
+TEST_F(HttpsLimitsTest, AServerThatSendsNextToNothingIsSilent) {
+    servers_.put("drips", std::string(500, 'x'));
+    servers_.behave("/drips", {{"piece", 1}, {"pause", 0.02}});
+
+    const Outcome outcome =
+        fetched(requestFor(servers_.address("/drips")), {.answer = longTime, .silence = shortTime});
+
+    EXPECT_EQ(outcome.problem(), Problem::silent);
+}
+
+TEST_F(HttpsLimitsTest, AServerThatSendsEnoughMayTakeLongerThanThePatience) {
+    servers_.put("steady", std::string(20 * HttpsPatience::leastProgress, 'x'));
+    servers_.behave("/steady", {{"piece", HttpsPatience::leastProgress}, {"pause", 0.05}});
+    HttpsDownloader downloader(loop_, {.answer = longTime, .silence = shortTime});
+    Outcome outcome;
+    Downloader::Receiver receiver = into(outcome);
+    double latest = 0;
+    double longestGap = 0;
+    receiver.received = [&](std::string_view part) {
+        longestGap = latest > 0 ? std::max(longestGap, loop_.now() - latest) : 0;
+        latest = loop_.now();
+        outcome.content += part;
+        return true;
+    };
+
+    const RunLoop::Handle handle = downloader.fetch(requestFor(servers_.address("/steady")), receiver);
+    ASSERT_TRUE(runUntil([&outcome] { return outcome.ends > 0; }));
+
+    // On a busy machine the server itself may pause for too long, which falsifies nothing.
+    longestGap = std::max(longestGap, outcome.failure ? loop_.now() - latest : 0);
+    if (longestGap < shortTime / 2) {
+        EXPECT_EQ(outcome.problem(), std::nullopt);
+    }
 }
 
 TEST_F(HttpsLimitsTest, AConnectionThatEndsInTheMiddleIsBrokenOff) {
