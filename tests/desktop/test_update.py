@@ -1,0 +1,78 @@
+"""From one bundle to the next over HTTPS, with real windows, on X11 and on Wayland."""
+
+from __future__ import annotations
+
+import json
+import unittest
+
+from endtoend.waiting import eventually
+
+from .panels import WaybarPanel, XfcePanel
+from .program import PATIENCE
+from .updates import NEW, OLD, TITLE, UpdateCase
+
+
+class Update(UpdateCase):
+    def test_the_user_updates_and_restarts(self) -> None:
+        self.offer(self.release())
+        program = self.start()
+        pid = program.process.pid
+
+        self.check_for_updates()
+        self.wait_for(f"Version {NEW} can be installed now. You have version {OLD}.")
+        eventually(lambda: self.desktop.focused_title() == TITLE, PATIENCE, "the window has the keyboard")
+        self.desktop.screenshot(f"{self.desktop.name}-found.png")
+        self.choose("Install")
+        self.wait_for(f"Tarnwick {NEW} is ready")
+        self.assertEqual(self.version_in_place(), OLD)
+        self.desktop.screenshot(f"{self.desktop.name}-ready.png")
+        self.choose("Restart Now")
+
+        eventually(lambda: self.version_in_place() == NEW, PATIENCE, "the new version is in place")
+        eventually(self.item, PATIENCE, "its item")
+        self.assertIsNone(program.process.poll(), "it is the same process")
+        self.assertIn(pid, self.of_bundle())
+        self.assertTrue((self.data / "stats.json").exists())
+        self.check_for_updates()
+        self.wait_for("Tarnwick is up to date")
+        self.wait_for(f"Version {NEW} is the newest one.")
+        self.desktop.screenshot(f"{self.desktop.name}-up-to-date.png")
+        self.choose("OK")
+        eventually(lambda: not self.is_open(), PATIENCE, "the window closes")
+
+    def test_nothing_of_this_machine_is_told(self) -> None:
+        self.offer(self.release())
+        self.start()
+
+        self.check_for_updates()
+        self.wait_for(f"Version {NEW}")
+
+        self.assertEqual(self.server.paths(), ["/feed.json", "/feed.json.minisig"])
+        agents = {dict(request.headers)["user-agent"] for request in self.server.requests}
+        self.assertEqual(len(agents), 1)
+        self.assertRegex(agents.pop(), rf"^Tarnwick/{OLD} TarnwickUpdate/1 Linux/\d+\.\d+$")
+
+    def test_a_version_that_crashes_at_once_is_brought_back_from(self) -> None:
+        self.offer(self.release(script="kill -SEGV $$"))
+        self.start()
+
+        self.check_for_updates()
+        self.wait_for(f"Version {NEW}")
+        self.choose("Install")
+        self.wait_for("is ready")
+        self.choose("Restart Now")
+
+        self.wait_for(f"Tarnwick {NEW} did not run on this machine, so version {OLD} is back.")
+        self.desktop.screenshot(f"{self.desktop.name}-brought-back.png")
+        self.assertEqual(self.version_in_place(), OLD)
+        self.assertEqual(self.beside, [])
+        known = json.loads((self.data / "updates.json").read_text(encoding="utf-8"))
+        self.assertEqual(known["rolledBack"], NEW)
+
+
+class InXfce(Update, unittest.TestCase):
+    panel = XfcePanel
+
+
+class InWaybar(Update, unittest.TestCase):
+    panel = WaybarPanel
