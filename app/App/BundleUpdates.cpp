@@ -1,21 +1,17 @@
 #include "app/App/BundleUpdates.h"
 
-#include "app/Update/UserAgent.h"
 #include "core/Storage/FileStore.h"
 #include "core/Storage/StatsStore.h"
 #include "platform/linux/SystemName.h"
 
 #include <cstdio>
+#include <optional>
 #include <random>
 #include <utility>
 
 namespace tarnwick {
 
 namespace {
-
-/// How the updater calls itself to its server.
-constexpr auto frameworkName = "TarnwickUpdate";
-constexpr auto frameworkVersion = "1";
 
 std::optional<BundleInformation> informationOf(const std::filesystem::path& bundle) {
     std::error_code error;
@@ -46,36 +42,28 @@ BundleUpdates::BundleUpdates(
     RunLoop& loop, BusConnection& systemBus, Preferences& preferences, std::filesystem::path bundle)
     : loop_(loop),
       preferences_(preferences),
-      folder_(std::move(bundle)),
-      downloader_(loop),
+      bundle_(std::move(bundle)),
+      work_(UpdateFolder(bundle_)),
       cost_(systemBus),
       memory_(updateMemoryFile()) {
 }
 
 std::unique_ptr<UpdateEngine> BundleUpdates::makeEngine() {
-    const auto information = informationOf(folder_.bundle());
+    const auto information = informationOf(bundle_);
     if (!information || !information->source) {
         return nullptr;
     }
     const SystemName system = systemName();
-    staging_.emplace(loop_, folder_, information->version);
     return std::make_unique<UpdateEngine>(UpdateEngine::Needs{
         .loop = loop_,
-        .downloader = downloader_,
+        .work = work_,
         .cost = cost_,
         .preferences = preferences_,
-        .place = *staging_,
         .memory = memory_,
         .running = information->version,
         .channel = information->channel,
         .checkInterval = information->checkInterval,
-        .source = *information->source,
-        .userAgent = userAgent(
-            {.applicationVersion = information->version.text(),
-             .framework = frameworkName,
-             .frameworkVersion = frameworkVersion,
-             .system = system.name,
-             .systemVersion = system.release}),
+        .feedAddress = information->source->feedAddress,
         .machine = system.machine,
         .system = kernelVersion(system.release).value_or(ReleaseVersion()),
         .random = randomPart});

@@ -1,16 +1,14 @@
 // What an updater needs from this machine: the adapters behind its ports, and who asks for what.
 #pragma once
 
+#include "app/App/UpdateProcess.h"
 #include "app/Update/UpdateEngine.h"
 #include "app/Update/UpdateMemory.h"
 #include "core/Update/BundleInformation.h"
-#include "platform/bundle/BundleStaging.h"
 #include "platform/bus/NetworkManagerCost.h"
-#include "platform/https/HttpsDownloader.h"
 
 #include <filesystem>
 #include <memory>
-#include <optional>
 
 namespace tarnwick {
 
@@ -27,11 +25,10 @@ public:
 private:
     RunLoop& loop_;
     Preferences& preferences_;
-    UpdateFolder folder_;
-    HttpsDownloader downloader_;
+    std::filesystem::path bundle_;
+    UpdateProcess work_;
     NetworkManagerCost cost_;
     UpdateMemory memory_;
-    std::optional<BundleStaging> staging_;
 };
 
 /// Beside the statistics.

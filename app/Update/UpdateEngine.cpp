@@ -70,7 +70,7 @@ bool UpdateEngine::canCheck() const {
 }
 
 std::string UpdateEngine::serverDomain() const {
-    const std::string& address = needs_.source.feedAddress;
+    const std::string& address = needs_.feedAddress;
     const std::size_t begin = address.find("://") + 3;
     return address.substr(begin, address.find_first_of("/:?#", begin) - begin);
 }
@@ -92,26 +92,36 @@ void UpdateEngine::check() {
 
 void UpdateEngine::beginCheck(bool isAskedFor) {
     enter(Checking{.isAskedFor = isAskedFor});
-    feedCheck_ = std::make_unique<FeedCheck>(
-        needs_.downloader, needs_.source, needs_.userAgent, [this](const FeedCheck::Result& result) {
-            const auto* const checking = std::get_if<Checking>(&state_.get());
-            checkEnded(result, checking != nullptr && checking->isAskedFor);
-        });
+    check_ = needs_.work.check([this](const UpdateWork::CheckResult& result) {
+        const auto* const checking = std::get_if<Checking>(&state_.get());
+        checkEnded(result, checking != nullptr && checking->isAskedFor);
+    });
 }
 
-void UpdateEngine::checkEnded(const FeedCheck::Result& result, bool isAskedFor) {
-    const auto check = std::move(feedCheck_); // until the end of this call
-    const auto* const failure = std::get_if<FeedCheck::Failure>(&result);
+void UpdateEngine::checkEnded(const UpdateWork::CheckResult& result, bool isAskedFor) {
+    const auto check = std::move(check_); // until the end of this call
+    const auto* const failure = std::get_if<UpdateWork::CheckFailure>(&result);
     if (failure == nullptr || failure->hasAnswered) {
         needs_.preferences.setLastUpdateCheckDate(needs_.loop.wallNow());
         start(); // the next one is due an interval from now
     }
     if (failure == nullptr) {
-        decide(std::get<Feed>(result), isAskedFor);
+        read(std::get<UpdateWork::VerifiedFeed>(result), isAskedFor);
     } else if (failure->hasAnswered || isAskedFor) {
         fail(failure->text, isAskedFor);
     } else {
         enter(Idle{});
+    }
+}
+
+void UpdateEngine::read(const UpdateWork::VerifiedFeed& verified, bool isAskedFor) {
+    const auto parsed = parseFeed(verified.text);
+    if (const auto* const feed = std::get_if<Feed>(&parsed)) {
+        decide(*feed, isAskedFor);
+    } else {
+        fail(
+            "The update information can't be read: " + std::get<DocumentMistake>(parsed).text + ".",
+            isAskedFor);
     }
 }
 
@@ -168,9 +178,9 @@ void UpdateEngine::remindLater() {
 
 void UpdateEngine::cancel() {
     if (isIn<Checking, Downloading, Preparing>(state_.get())) {
-        feedCheck_.reset();
+        check_.reset();
         if (std::exchange(download_, nullptr)) {
-            needs_.place.discard();
+            needs_.work.discard();
         }
         enter(Idle{});
     }
@@ -186,46 +196,44 @@ void UpdateEngine::dismiss() {
 }
 
 void UpdateEngine::download(const FoundUpdate& update, bool isWatched) {
-    if (const auto obstacle = needs_.place.obstacle()) {
+    if (const auto obstacle = needs_.work.obstacle()) {
         fail(*obstacle, isWatched);
         return;
     }
     enter(Downloading{.update = update, .received = 0, .isWatched = isWatched});
-    download_ = std::make_unique<ArchiveDownload>(
-        ArchiveDownload::Needs{
-            .downloader = needs_.downloader,
-            .place = needs_.place,
-            .userAgent = needs_.userAgent,
-            .keys = needs_.source.publicKeys},
-        update,
-        ArchiveDownload::Watcher{
-            .received = [this](std::uint64_t bytes) { showProgress(bytes); },
-            .complete = [this, update,
-                         isWatched] { enter(Preparing{.update = update, .isWatched = isWatched}); },
-            .ended =
-                [this, update, isWatched](const UpdatePlace::Problem& problem) {
-                    downloadEnded(problem, update, isWatched);
-                }});
+    download_ = needs_.work.download(update, [this](const UpdateWork::News& news) { take(news); });
 }
 
-void UpdateEngine::showProgress(std::uint64_t bytes) {
-    state_.mutate([bytes](UpdateState& present) {
+void UpdateEngine::take(const UpdateWork::News& news) {
+    if (const auto* const ended = std::get_if<UpdateWork::Ended>(&news)) {
+        downloadEnded(ended->problem);
+        return;
+    }
+    state_.mutate([&news](UpdateState& present) {
         auto* const downloading = std::get_if<Downloading>(&present);
-        if (downloading != nullptr) {
-            downloading->received = bytes;
+        if (downloading == nullptr) {
+            return false;
         }
-        return downloading != nullptr;
+        if (const auto* const received = std::get_if<UpdateWork::Received>(&news)) {
+            downloading->received = received->bytes;
+        } else {
+            present = Preparing{.update = downloading->update, .isWatched = downloading->isWatched};
+        }
+        return true;
     });
 }
 
-void UpdateEngine::downloadEnded(
-    const UpdatePlace::Problem& problem, const FoundUpdate& update, bool isWatched) {
+void UpdateEngine::downloadEnded(const UpdateWork::Problem& problem) {
     const auto download = std::move(download_); // until the end of this call
-    if (problem) {
-        needs_.place.discard();
-        fail(*problem, isWatched);
+    const auto* const preparing = std::get_if<Preparing>(&state_.get());
+    const auto* const downloading = std::get_if<Downloading>(&state_.get());
+    const bool isWatched =
+        preparing != nullptr ? preparing->isWatched : downloading != nullptr && downloading->isWatched;
+    if (problem || preparing == nullptr) {
+        needs_.work.discard();
+        fail(problem.value_or("The update ended early."), isWatched);
     } else {
-        enter(Ready{.version = update.release.version, .isWatched = isWatched});
+        enter(Ready{.version = preparing->update.release.version, .isWatched = isWatched});
     }
 }
 

@@ -3,13 +3,12 @@
 
 #include "app/Observation/Observation.h"
 #include "app/Preferences/Preferences.h"
-#include "app/Update/ArchiveDownload.h"
-#include "app/Update/FeedCheck.h"
 #include "app/Update/UpdateMemory.h"
 #include "app/Update/UpdateState.h"
+#include "app/Update/UpdateWork.h"
 #include "core/Lifeline.h"
+#include "core/Update/Feed.h"
 #include "platform/ports/ConnectionCost.h"
-#include "platform/ports/UpdatePlace.h"
 
 #include <chrono>
 #include <functional>
@@ -24,16 +23,14 @@ class UpdateEngine {
 public:
     struct Needs {
         RunLoop& loop;
-        Downloader& downloader;
+        UpdateWork& work;
         ConnectionCost& cost;
         Preferences& preferences;
-        UpdatePlace& place;
         UpdateMemory& memory;
         ReleaseVersion running;
         std::string channel;
         std::chrono::seconds checkInterval;
-        UpdateSource source;
-        std::string userAgent;
+        std::string feedAddress;
         std::string machine;            ///< as the system calls it
         ReleaseVersion system;          ///< the kernel's major and minor number
         std::function<double()> random; ///< from 0 to 1
@@ -75,12 +72,13 @@ private:
     void schedule();
     void beginScheduledCheck();
     void beginCheck(bool isAskedFor);
-    void checkEnded(const FeedCheck::Result& result, bool isAskedFor);
+    void checkEnded(const UpdateWork::CheckResult& result, bool isAskedFor);
+    void read(const UpdateWork::VerifiedFeed& verified, bool isAskedFor);
     void decide(const Feed& feed, bool isAskedFor);
     void fail(const std::string& text, bool isAskedFor);
     void download(const FoundUpdate& update, bool isWatched);
-    void showProgress(std::uint64_t bytes);
-    void downloadEnded(const UpdatePlace::Problem& problem, const FoundUpdate& update, bool isWatched);
+    void take(const UpdateWork::News& news);
+    void downloadEnded(const UpdateWork::Problem& problem);
     void enter(UpdateState state);
 
     Needs needs_;
@@ -89,8 +87,8 @@ private:
     std::optional<RunLoop::WallTime> checkDue_; ///< empty while nothing is scheduled
     RunLoop::Handle timer_;
     TrackingHandle followingSetting_;
-    std::unique_ptr<FeedCheck> feedCheck_;
-    std::unique_ptr<ArchiveDownload> download_;
+    RunLoop::Handle check_;
+    RunLoop::Handle download_;
     Lifeline lifeline_;
 };
 

@@ -8,46 +8,8 @@ namespace tarnwick::Minisign {
 
 namespace {
 
-constexpr std::string_view untrustedStart = "untrusted comment: ";
-constexpr std::string_view trustedStart = "trusted comment: ";
-
-using Algorithm = std::array<unsigned char, 2>;
-constexpr Algorithm keyAlgorithm{'E', 'd'};
-constexpr Algorithm prehashed{'E', 'D'};
-constexpr Algorithm legacyAlgorithm{'E', 'd'};
-
 static_assert(sizeof(PublicKey::key) == crypto_sign_PUBLICKEYBYTES);
 static_assert(sizeof(Half) == crypto_sign_BYTES);
-
-/// Exactly `size` bytes in base 64, with nothing around them.
-template<std::size_t size>
-std::optional<std::array<unsigned char, size>> decoded(std::string_view text) {
-    std::array<unsigned char, size> bytes{};
-    std::size_t length = 0;
-    const char* end = nullptr;
-    const int failed = ::sodium_base642bin(
-        bytes.data(), size, text.data(), text.size(), nullptr, &length, &end, sodium_base64_VARIANT_ORIGINAL);
-    if (failed != 0 || length != size || end != text.data() + text.size()) {
-        return std::nullopt;
-    }
-    return bytes;
-}
-
-/// Takes as many bytes from the front of `bytes` as the result has.
-template<class Part>
-Part taken(std::span<const unsigned char>& bytes) {
-    Part part{};
-    std::ranges::copy(bytes.first(part.size()), part.begin());
-    bytes = bytes.subspan(part.size());
-    return part;
-}
-
-/// Takes a line with its break, which may be missing at the end of the text.
-std::string_view takeLine(std::string_view& text) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    text.remove_prefix(std::min(line.size() + 1, text.size()));
-    return line;
-}
 
 bool isSignedBy(const PublicKey& key, const Half& signature, std::span<const unsigned char> message) {
     return ::crypto_sign_verify_detached(signature.data(), message.data(), message.size(), key.key.data())
@@ -62,45 +24,6 @@ bool isCommentSignedBy(const PublicKey& key, const Signature& signature) {
 }
 
 } // namespace
-
-std::optional<PublicKey> parsePublicKey(std::string_view line) {
-    const auto bytes = decoded<sizeof(Algorithm) + sizeof(KeyId) + sizeof(PublicKey::key)>(line);
-    if (!bytes) {
-        return std::nullopt;
-    }
-    std::span<const unsigned char> rest(*bytes);
-    if (taken<Algorithm>(rest) != keyAlgorithm) {
-        return std::nullopt;
-    }
-    const auto id = taken<KeyId>(rest);
-    return PublicKey{.id = id, .key = taken<decltype(PublicKey::key)>(rest)};
-}
-
-std::variant<Signature, Fault> parseSignature(std::string_view text) {
-    if (text.size() > largestSignature) {
-        return Fault::malformed;
-    }
-    const std::string_view untrusted = takeLine(text);
-    const auto content = decoded<sizeof(Algorithm) + sizeof(KeyId) + sizeof(Half)>(takeLine(text));
-    std::string_view comment = takeLine(text);
-    const auto global = decoded<sizeof(Half)>(takeLine(text));
-    if (!untrusted.starts_with(untrustedStart) || !content || !comment.starts_with(trustedStart) || !global
-        || !text.empty()) {
-        return Fault::malformed;
-    }
-    std::span<const unsigned char> rest(*content);
-    const auto algorithm = taken<Algorithm>(rest);
-    if (algorithm != prehashed) {
-        return algorithm == legacyAlgorithm ? Fault::legacy : Fault::malformed;
-    }
-    comment.remove_prefix(trustedStart.size());
-    Signature signature;
-    signature.keyId = taken<KeyId>(rest);
-    signature.ofContent = taken<Half>(rest);
-    signature.ofComment = *global;
-    signature.comment = comment;
-    return signature;
-}
 
 struct Verifier::State {
     crypto_generichash_blake2b_state hash;

@@ -43,7 +43,7 @@ def make_bundle(folder: pathlib.Path, version: str, programs: pathlib.Path, feed
     """`folder` around the programs of a build, as far as an updater cares."""
     shutil.rmtree(folder, ignore_errors=True)
     (folder / "bin").mkdir(parents=True)
-    for program in ("tarnwick", "tarnwick-watch"):
+    for program in ("tarnwick", "tarnwick-watch", "tarnwick-update"):
         shutil.copy2(programs / program, folder / "bin" / program)
     shutil.copytree(programs.parent / "share/tarnwick/icons", folder / "share/tarnwick/icons")
     information = {"version": version, "feedAddress": feed, "publicKeys": [key.public for key in keys]}

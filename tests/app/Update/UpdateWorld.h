@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/Update/UpdateEngine.h"
+#include "app/Update/Work/DirectUpdateWork.h"
 #include "tests/simulation/MemoryDefaults.h"
 #include "tests/simulation/VirtualServer.h"
 #include "tests/support/MinisignKey.h"
@@ -104,20 +105,14 @@ protected:
     [[nodiscard]] std::unique_ptr<UpdateEngine> makeEngine() {
         return std::make_unique<UpdateEngine>(UpdateEngine::Needs{
             .loop = loop,
-            .downloader = server,
+            .work = work,
             .cost = cost,
             .preferences = preferences,
-            .place = place,
             .memory = memory,
             .running = ReleaseVersion::parse("1.0").value(),
             .channel = "stable",
             .checkInterval = std::chrono::days(1),
-            .source =
-                {.feedAddress = feedAddress,
-                 .publicKeys =
-                     {Minisign::parsePublicKey(MinisignKey(1).publicLine()).value(),
-                      Minisign::parsePublicKey(MinisignKey(2).publicLine()).value()}},
-            .userAgent = "Tarnwick/1.0",
+            .feedAddress = feedAddress,
             .machine = "x86_64",
             .system = ReleaseVersion::parse("6.1").value(),
             .random = [this] { return drawn; }});
@@ -164,6 +159,14 @@ protected:
     simulation::MemoryDefaults defaults;
     Preferences preferences{defaults};
     RecordingPlace place{loop};
+    DirectUpdateWork work{
+        server,
+        place,
+        {.feedAddress = feedAddress,
+         .publicKeys =
+             {Minisign::parsePublicKey(MinisignKey(1).publicLine()).value(),
+              Minisign::parsePublicKey(MinisignKey(2).publicLine()).value()}},
+        "Tarnwick/1.0"};
     TemporaryFolder folder;
     UpdateMemory memory{folder.path() / "updates.json"};
     double drawn = 0.5;

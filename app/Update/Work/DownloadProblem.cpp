@@ -1,4 +1,4 @@
-#include "app/Update/DownloadProblem.h"
+#include "app/Update/Work/DownloadProblem.h"
 
 namespace tarnwick {
 

@@ -1,6 +1,7 @@
 // One download: fetches an archive with its signature to the place where it is made ready.
 #pragma once
 
+#include "app/Update/UpdateWork.h"
 #include "core/Lifeline.h"
 #include "core/Update/UpdateDecision.h"
 #include "platform/ports/Downloader.h"
@@ -14,7 +15,7 @@
 namespace tarnwick {
 
 /// Destroying it breaks the download off; what there is of it stays. Main thread.
-class ArchiveDownload {
+class ArchiveDownload final : public RunLoop::Registration {
 public:
     struct Needs {
         Downloader& downloader;
@@ -23,15 +24,10 @@ public:
         std::vector<Minisign::PublicKey> keys;
     };
 
-    struct Watcher {
-        std::function<void(std::uint64_t bytes)> received; ///< so far
-        std::function<void()> complete;                    ///< it is being verified and unpacked now
-        /// Called once; it may destroy the download.
-        std::function<void(const UpdatePlace::Problem&)> ended;
-    };
+    using Tell = std::function<void(const UpdateWork::News&)>;
 
-    /// Calls nothing inside this call. The needs outlive it.
-    ArchiveDownload(Needs needs, FoundUpdate update, Watcher watcher);
+    /// Calls nothing inside this call; the last call of `tell` may destroy it. The needs outlive it.
+    ArchiveDownload(Needs needs, FoundUpdate update, Tell tell);
 
 private:
     void fetchSignature();
@@ -42,7 +38,7 @@ private:
 
     Needs needs_;
     FoundUpdate update_;
-    Watcher watcher_;
+    Tell tell_; ///< empty after the end
     std::string signature_;
     std::uint64_t received_ = 0;
     RunLoop::Handle transfer_;

@@ -1,6 +1,6 @@
-#include "app/Update/FeedCheck.h"
+#include "app/Update/Work/FeedCheck.h"
 
-#include "app/Update/DownloadProblem.h"
+#include "app/Update/Work/DownloadProblem.h"
 #include "core/Update/Minisign.h"
 
 #include <utility>
@@ -8,7 +8,8 @@
 namespace tarnwick {
 
 FeedCheck::FeedCheck(
-    Downloader& downloader, UpdateSource source, std::string userAgent, std::function<void(Result)> ended)
+    Downloader& downloader, UpdateSource source, std::string userAgent,
+    std::function<void(const Result&)> ended)
     : downloader_(downloader),
       source_(std::move(source)),
       userAgent_(std::move(userAgent)),
@@ -31,7 +32,8 @@ void FeedCheck::fetch(std::string address, std::size_t limit, std::string& into,
          .ended =
              [this, next = std::move(then)](const std::optional<Downloader::Failure>& failure) {
                  if (failure) {
-                     end(Failure{.text = sentence(*failure), .hasAnswered = hasAnswered(failure->problem)});
+                     end(UpdateWork::CheckFailure{
+                         .text = sentence(*failure), .hasAnswered = hasAnswered(failure->problem)});
                      return;
                  }
                  const auto step = next; // it may replace this transfer
@@ -42,22 +44,16 @@ void FeedCheck::fetch(std::string address, std::size_t limit, std::string& into,
 void FeedCheck::verify() {
     const auto verified = Minisign::verify(feed_, signature_, source_.publicKeys);
     if (const auto* const fault = std::get_if<Minisign::Fault>(&verified)) {
-        end(Failure{.text = Minisign::sentence(*fault, "The update information"), .hasAnswered = true});
+        end(UpdateWork::CheckFailure{
+            .text = Minisign::sentence(*fault, "The update information"), .hasAnswered = true});
         return;
     }
-    auto parsed = parseFeed(feed_);
-    if (auto* const feed = std::get_if<Feed>(&parsed)) {
-        end(std::move(*feed));
-        return;
-    }
-    end(Failure{
-        .text = "The update information can't be read: " + std::get<DocumentMistake>(parsed).text + ".",
-        .hasAnswered = true});
+    end(UpdateWork::VerifiedFeed{.text = feed_});
 }
 
-void FeedCheck::end(Result result) {
+void FeedCheck::end(const Result& result) {
     const auto ended = std::exchange(ended_, nullptr);
-    ended(std::move(result)); // it may destroy this
+    ended(result); // it may destroy this
 }
 
 } // namespace tarnwick

@@ -1,13 +1,13 @@
-#include "app/Update/ArchiveDownload.h"
+#include "app/Update/Work/ArchiveDownload.h"
 
-#include "app/Update/DownloadProblem.h"
+#include "app/Update/Work/DownloadProblem.h"
 
 #include <utility>
 
 namespace tarnwick {
 
-ArchiveDownload::ArchiveDownload(Needs needs, FoundUpdate update, Watcher watcher)
-    : needs_(std::move(needs)), update_(std::move(update)), watcher_(std::move(watcher)) {
+ArchiveDownload::ArchiveDownload(Needs needs, FoundUpdate update, Tell tell)
+    : needs_(std::move(needs)), update_(std::move(update)), tell_(std::move(tell)) {
     fetchSignature();
 }
 
@@ -57,12 +57,12 @@ bool ArchiveDownload::keep(std::string_view part) {
         return false;
     }
     received_ += part.size();
-    watcher_.received(received_);
+    tell_(UpdateWork::Received{.bytes = received_});
     return true;
 }
 
 void ArchiveDownload::prepare() {
-    watcher_.complete();
+    tell_(UpdateWork::Complete{});
     needs_.place.prepare(
         {.archive = update_.archive,
          .version = update_.release.version,
@@ -72,8 +72,8 @@ void ArchiveDownload::prepare() {
 }
 
 void ArchiveDownload::end(const UpdatePlace::Problem& problem) {
-    const auto ended = std::exchange(watcher_.ended, nullptr);
-    ended(problem); // it may destroy this
+    const auto tell = std::exchange(tell_, nullptr);
+    tell(UpdateWork::Ended{.problem = problem}); // it may destroy this
 }
 
 } // namespace tarnwick

@@ -1,0 +1,135 @@
+#include "app/App/UpdateProcess.h"
+
+#include "app/Update/Work/WorkMessages.h"
+#include "core/Lifeline.h"
+#include "platform/linux/FolderExchange.h"
+
+#include <QProcess>
+
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+/// What is longer is no message of ours: a feed has at most a mebibyte, and each of its bytes may need six.
+constexpr qsizetype longestLine = qsizetype{8} << 20;
+
+/// After its handle nothing of the process is left that could still write.
+struct EndedProcess {
+    void operator()(QProcess* process) const {
+        process->disconnect();
+        if (process->state() != QProcess::NotRunning) {
+            process->kill();
+            process->waitForFinished(5000);
+        }
+        process->deleteLater(); // one of its own signals may be what ends it
+    }
+};
+
+class Run final : public RunLoop::Registration {
+public:
+    struct Receiver {
+        std::function<void(const WorkMessage&)> take;
+        std::function<void()> lost; ///< it has ended, with no more messages
+    };
+
+    Run(const UpdateFolder& folder, const QString& what, const std::string& order, Receiver receiver)
+        : receiver_(std::move(receiver)), process_(std::make_unique<QProcess>().release()) {
+        process_->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        QObject::connect(process_.get(), &QProcess::readyReadStandardOutput, [this] { read(); });
+        // Queued: a program that can't be started is told of inside `start`. What is in the queue comes even
+        // after the end of the connection.
+        const auto lose = lifeline_.guarded([this](const auto&... /*how*/) { end(); });
+        QObject::connect(process_.get(), &QProcess::finished, process_.get(), lose, Qt::QueuedConnection);
+        QObject::connect(
+            process_.get(), &QProcess::errorOccurred, process_.get(), lose, Qt::QueuedConnection);
+        const auto program = folder.bundle() / "bin" / "tarnwick-update";
+        process_->start(QString::fromStdString(program.string()), {what});
+        process_->write((order + "\n").c_str());
+    }
+
+private:
+    void read() {
+        const auto watch = lifeline_.watch();
+        while (!watch.hasEnded() && process_->canReadLine()) {
+            const QByteArray line = process_->readLine(longestLine);
+            const auto message = decodedMessage(line.trimmed().toStdString());
+            const auto take = receiver_.take; // a copy: it may end this
+            if (message) {
+                take(*message);
+            }
+        }
+    }
+
+    void end() {
+        const auto watch = lifeline_.watch();
+        read();
+        if (!watch.hasEnded() && process_->state() == QProcess::NotRunning && receiver_.lost) {
+            const auto lost = std::exchange(receiver_.lost, nullptr); // once; it may end this
+            lost();
+        }
+    }
+
+    Receiver receiver_;
+    std::unique_ptr<QProcess, EndedProcess> process_;
+    Lifeline lifeline_;
+};
+
+constexpr auto lostText = "The updater has ended unexpectedly.";
+
+} // namespace
+
+UpdateProcess::UpdateProcess(UpdateFolder folder) : folder_(std::move(folder)) {
+}
+
+RunLoop::Handle UpdateProcess::check(std::function<void(const CheckResult&)> ended) {
+    const auto take = [this, ended](const WorkMessage& message) {
+        if (const auto* const result = std::get_if<CheckResult>(&message)) {
+            if (const auto* const feed = std::get_if<VerifiedFeed>(result)) {
+                feed_ = feed->text;
+            }
+            const auto tell = ended; // it may end the process, and this with it
+            tell(CheckResult(*result));
+        }
+    };
+    return std::make_unique<Run>(
+        folder_, QStringLiteral("check"), "",
+        Run::Receiver{.take = take, .lost = [ended] {
+                          const auto tell = ended;
+                          tell(CheckFailure{.text = lostText, .hasAnswered = true});
+                      }});
+}
+
+UpdateWork::Problem UpdateProcess::obstacle() {
+    const auto failure = obstacleToExchange(folder_.bundle());
+    return failure ? Problem(sentence(*failure)) : std::nullopt;
+}
+
+RunLoop::Handle UpdateProcess::download(const FoundUpdate& update, std::function<void(const News&)> tell) {
+    const auto take = [tell](const WorkMessage& message) {
+        const auto pass = tell; // it may end the process, and this with it
+        std::visit(
+            [&pass]<class Part>(const Part& part) {
+                if constexpr (!std::is_same_v<Part, CheckResult>) {
+                    pass(News(part));
+                }
+            },
+            message);
+    };
+    return std::make_unique<Run>(
+        folder_, QStringLiteral("download"),
+        encoded(DownloadOrder{.feed = feed_, .version = update.release.version}),
+        Run::Receiver{.take = take, .lost = [tell] {
+                          const auto pass = tell;
+                          pass(Ended{.problem = lostText});
+                      }});
+}
+
+void UpdateProcess::discard() {
+    folder_.remove();
+}
+
+} // namespace tarnwick

@@ -1,0 +1,28 @@
+// The work of an update in a process of its own.
+#pragma once
+
+#include "app/Update/UpdateWork.h"
+#include "platform/bundle/UpdateFolder.h"
+
+#include <string>
+
+namespace tarnwick {
+
+/// The process lives as long as one piece of work. So this program loads no library for it, and what comes
+/// from the network is taken apart elsewhere. Main thread.
+class UpdateProcess final : public UpdateWork {
+public:
+    explicit UpdateProcess(UpdateFolder folder);
+
+    [[nodiscard]] RunLoop::Handle check(std::function<void(const CheckResult&)> ended) override;
+    [[nodiscard]] Problem obstacle() override;
+    [[nodiscard]] RunLoop::Handle download(
+        const FoundUpdate& update, std::function<void(const News&)> tell) override;
+    void discard() override;
+
+private:
+    UpdateFolder folder_;
+    std::string feed_; ///< that the last check has verified
+};
+
+} // namespace tarnwick
