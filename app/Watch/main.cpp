@@ -7,10 +7,12 @@
 #include "core/Pinger/SystemPingNetwork.h"
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/LogindSleepMonitor.h"
+#include "platform/linux/OwnBundle.h"
 #include "platform/linux/OwnIcons.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/ProgramReplacement.h"
 #include "platform/linux/RoutePathMonitor.h"
+#include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
 #include "platform/linux/SignalWatch.h"
 #include "platform/linux/SuspendedTime.h"
@@ -22,6 +24,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <functional>
+#include <optional>
 
 namespace {
 
@@ -64,6 +68,9 @@ public:
 
     [[nodiscard]] Monitor& monitor() { return monitor_; }
 
+    /// A newer version has taken the place of this one. Set before the loop runs.
+    std::function<void()> onReplaced;
+
 private:
     EpollRunLoop loop_;
     UserSettings settings_;
@@ -91,13 +98,14 @@ private:
             .store = StatsStore::defaultStore(),
             .missingPingPermission = [] { return PingPermission::grantingCommand(); },
         }};
-    ProgramReplacement replacement_{loop_, [this] { monitor_.setNotice(newVersionNotice()); }};
+    ProgramReplacement replacement_{loop_, [this] { onReplaced(); }};
 };
 
 /// What is to be said once the terminal has been restored.
 struct Ending {
-    std::string problem; ///< why the program ended; empty: it was told to
-    std::string unsaved; ///< why the last save failed; empty: it did not
+    std::string problem;       ///< why the program ended; empty: it was told to
+    std::string unsaved;       ///< why the last save failed; empty: it did not
+    bool wantsRestart = false; ///< of the newer version that has taken this one's place
 };
 
 std::string reasonOfFailedSave(const Monitor& monitor) {
@@ -108,8 +116,20 @@ std::string reasonOfFailedSave(const Monitor& monitor) {
 Ending run(const WatchOptions& options) {
     // What arrives before they are watched waits until then.
     SignalWatch::block(watchedSignals);
+    // A bundle is replaced by the updater, and goes on as the newer version. A run of a given length does not
+    // begin anew.
+    const bool followsUpdates = ownBundle() && !options.forSeconds;
+    bool wantsRestart = false;
     Service service(options.settings);
     EpollRunLoop& loop = service.loop();
+    service.onReplaced = [&] {
+        wantsRestart = followsUpdates;
+        if (followsUpdates) {
+            loop.stop();
+        } else {
+            service.monitor().setNotice(newVersionNotice());
+        }
+    };
     std::string problem;
     const auto quit = [&](const std::string& why) {
         problem = why;
@@ -129,7 +149,8 @@ Ending run(const WatchOptions& options) {
         options.forSeconds ? loop.after(*options.forSeconds, [&quit] { quit({}); }) : nullptr;
     loop.run();
     service.monitor().saveStats();
-    return {.problem = problem, .unsaved = reasonOfFailedSave(service.monitor())};
+    return {
+        .problem = problem, .unsaved = reasonOfFailedSave(service.monitor()), .wantsRestart = wantsRestart};
 }
 
 int start(const std::vector<std::string>& arguments) {
@@ -139,7 +160,11 @@ int start(const std::vector<std::string>& arguments) {
     if (const auto status = answerWithoutRunning(commandLine, TARNWICK_VERSION)) {
         return *status;
     }
+    const auto program = runningProgram(); // later the path may be that of the version before
     const Ending ending = run(std::get<WatchOptions>(commandLine));
+    if (ending.wantsRestart && program) {
+        becomeProgram(*program, arguments);
+    }
     for (const std::string& words : {ending.unsaved, ending.problem}) {
         if (!words.empty()) {
             std::fprintf(stderr, "tarnwick-watch: %s\n", words.c_str());

@@ -1,5 +1,6 @@
 #include "platform/linux/ProgramReplacement.h"
 
+#include "platform/linux/OwnBundle.h"
 #include "platform/linux/RunningProgram.h"
 
 #include <sys/stat.h>
@@ -16,6 +17,9 @@ ProgramReplacement::ProgramReplacement(
     }
     program_ = *program;
     watch_.emplace(loop, program_, [this] { look(); });
+    if (const auto bundle = ownBundle(program_)) {
+        bundleWatch_.emplace(loop, *bundle, [this] { look(); });
+    }
     firstLook_ = loop.after(0, [this] { look(); });
 }
 
@@ -35,6 +39,7 @@ void ProgramReplacement::look() {
         return;
     }
     watch_.reset();
+    bundleWatch_.reset();
     std::exchange(onReplaced_, nullptr)();
 }
 

@@ -35,7 +35,8 @@ private:
     std::optional<Identity> running_;
     std::filesystem::path program_;
     std::optional<FileWatch> watch_;
-    RunLoop::Handle firstLook_; ///< it may have been replaced while it started
+    std::optional<FileWatch> bundleWatch_; ///< which is replaced as a whole
+    RunLoop::Handle firstLook_;            ///< it may have been replaced while it started
 };
 
 } // namespace tarnwick

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+import pathlib
 import unittest
 
 from endtoend.waiting import eventually
@@ -39,6 +40,29 @@ class Update(UpdateCase):
         self.desktop.screenshot(f"{self.desktop.name}-up-to-date.png")
         self.choose("OK")
         eventually(lambda: not self.is_open(), PATIENCE, "the window closes")
+
+    def test_the_terminal_program_of_the_bundle_goes_on_as_the_new_one(self) -> None:
+        self.offer(self.release())
+        self.start()
+        program = self.bundle / "bin/tarnwick-watch"
+        session = self.desktop.session
+        watch = session.spawn("watch", [str(program), "--json", "--set", "Hostname=127.0.0.1"])
+        self.addCleanup(session.kill, watch)
+        running = pathlib.Path(f"/proc/{watch.pid}/exe")
+        eventually(lambda: "{" in session.log("watch"), PATIENCE, "it runs")
+        old = running.stat().st_ino
+
+        self.check_for_updates()
+        self.wait_for(f"Version {NEW}")
+        self.choose("Install")
+        self.wait_for("is ready")
+        self.choose("Restart Now")
+
+        eventually(lambda: self.version_in_place() == NEW, PATIENCE, "the new version is in place")
+        new = program.stat().st_ino
+        self.assertNotEqual(new, old)
+        eventually(lambda: running.stat().st_ino == new, PATIENCE, "the terminal program is the new one")
+        self.assertIsNone(watch.poll(), "in the same process")
 
     def test_nothing_of_this_machine_is_told(self) -> None:
         self.offer(self.release())

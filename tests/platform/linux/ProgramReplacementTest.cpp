@@ -1,6 +1,7 @@
 // A newer program in the place of the running one.
 #include "platform/linux/ProgramReplacement.h"
 
+#include "platform/linux/FolderExchange.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
@@ -94,6 +95,23 @@ TEST_F(ProgramReplacementTest, IsNeverToldWhereTheSystemDoesNotTellThePath) {
     run();
 
     EXPECT_EQ(replacements_, 0);
+}
+
+TEST_F(ProgramReplacementTest, IsToldWhenTheWholeBundleIsExchanged) {
+    const fs::path bundle = folder_.path() / "Tarnwick.app";
+    const fs::path other = folder_.path() / "beside" / "Tarnwick.app";
+    test::writeFile(bundle / "bin" / "program", "old");
+    test::writeFile(other / "bin" / "program", "new");
+    fs::remove(self_);
+    fs::create_symlink(bundle / "bin" / "program", self_);
+    const ProgramReplacement watch = watched();
+    run();
+    EXPECT_EQ(replacements_, 0);
+
+    ASSERT_EQ(exchangeFolders(other, bundle), std::nullopt);
+    run();
+
+    EXPECT_EQ(replacements_, 1);
 }
 
 } // namespace tarnwick
