@@ -1,15 +1,28 @@
 #include "app/Updater/ReleaseNotes.h"
 
+#include "app/ViewStyle/ViewStyle.h"
+
 #include <QTextDocument>
 #include <QVariant>
 
 namespace tarnwick {
+
+namespace {
+
+// Sizes of the design, in points.
+constexpr double notesMargin = 10;
+constexpr double notesIndent = 14; ///< of a list
+
+} // namespace
 
 ReleaseNotes::ReleaseNotes(QWidget* parent) : QTextBrowser(parent) {
     setOpenLinks(false);
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     setTabChangesFocus(true);
     setAccessibleName(QStringLiteral("What is new"));
+    const ViewStyle style(*this);
+    document()->setDocumentMargin(style.length(notesMargin));
+    document()->setIndentWidth(style.length(notesIndent));
 }
 
 void ReleaseNotes::show(const QString& markdown) {

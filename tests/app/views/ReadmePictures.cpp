@@ -174,6 +174,8 @@ void drawReadmePictures(const QDir& folder) {
         const QString end = isDark ? "-dark.png" : "-light.png";
         grabDropDown(busy, false, 0, "README").save(folder.filePath("drop-down" + end));
         framed(grabSettings(changed, loginItem), "Tarnwick Settings").save(folder.filePath("settings" + end));
+        framed(grabUpdate(Updating::Found{someUpdate(), true}), "Software Update")
+            .save(folder.filePath("update" + end));
     }
     panels().save(folder.filePath("faces.png"));
 }

@@ -1,5 +1,6 @@
 #include "tests/app/views/Scenes.h"
 
+#include "app/App/ProgramIcon.h"
 #include "app/App/SettingsWindow.h"
 #include "app/SettingsView/SettingsView.h"
 #include "app/StatusItemController/Painting/QtFacePainter.h"
@@ -7,6 +8,7 @@
 #include "app/StatusMenuView/DropDown.h"
 #include "app/StatusMenuView/DropDownWindow.h"
 #include "app/StatusMenuView/MenuItemsView.h"
+#include "app/Updater/UpdateWindow.h"
 #include "tests/app/StatusItemController/Painting/Ink.h"
 #include "tests/app/StatusMenuView/StandardMenu.h"
 
@@ -102,6 +104,27 @@ QImage grabSettings(
         popup->close();
     }
     return picture;
+}
+
+FoundUpdate someUpdate() {
+    FoundUpdate update;
+    update.release.version = ReleaseVersion::parse("1.3").value();
+    update.release.notes = "### Added\n\n"
+                           "- The drop-down tells *whose fault it is*: this computer, the Wi-Fi, the router, "
+                           "or what lies beyond.\n"
+                           "- `tarnwick-watch report` writes a page for your provider.\n\n"
+                           "### Fixed\n\n"
+                           "- A name server that answers late is no longer taken for an outage.\n";
+    update.archive.size = 18'900'000;
+    return update;
+}
+
+QImage grabUpdate(const UpdateState& state) {
+    UpdateWindow window(programIcon());
+    window.setPage(pageOf(state, ReleaseVersion::parse("1.2").value()).value());
+    window.show();
+    QApplication::processEvents();
+    return window.grab().toImage();
 }
 
 void changeSomeSettings(WatchedMonitor& world) {

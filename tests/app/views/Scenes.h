@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/Update/SoftwareUpdates.h"
+#include "app/Update/UpdateState.h"
 #include "platform/ports/FacePainter.h"
 #include "platform/ports/StatusItem.h"
 #include "tests/app/WatchedMonitor.h"
@@ -27,6 +28,12 @@ void watchBusily(WatchedMonitor& world);
 /// The drop-down with its shadow on transparent ground, after some steps of the highlight.
 [[nodiscard]] QImage grabDropDown(
     WatchedMonitor& world, bool offersChangeHost, int steps, const QString& name);
+
+/// The update window in one of its states.
+[[nodiscard]] QImage grabUpdate(const UpdateState& state);
+
+/// A newer version with its notes.
+[[nodiscard]] FoundUpdate someUpdate();
 
 /// The settings window after a click on a switch or button, if any, and the menu that it has opened. Updates
 /// may be null.

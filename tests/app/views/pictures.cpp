@@ -178,6 +178,22 @@ void drawSettings(const QDir& folder, const QString& style) {
     QApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
+void drawUpdates(const QDir& folder, const QString& style) {
+    const FoundUpdate update = someUpdate();
+    const std::vector<std::pair<QString, UpdateState>> states{
+        {"checking", Updating::Checking{true}},
+        {"up-to-date", Updating::NothingNewer{}},
+        {"found", Updating::Found{update, true}},
+        {"downloading", Updating::Downloading{update, 7'400'000, true}},
+        {"preparing", Updating::Preparing{update, true}},
+        {"ready", Updating::Ready{update.release.version, true}},
+        {"failed",
+         Updating::Failed{"The update server can't prove who it is (The certificate has expired)."}}};
+    for (const auto& [name, state] : states) {
+        grabUpdate(state).save(folder.filePath("update-" + name + "-" + style + ".png"));
+    }
+}
+
 void drawInBothColors(const QDir& folder, const QString& scale, double points) {
     QFont font = QApplication::font();
     font.setPointSizeF(points);
@@ -188,6 +204,7 @@ void drawInBothColors(const QDir& folder, const QString& scale, double points) {
         Appearance::prefer(isDark);
         drawDropDowns(folder, style);
         drawSettings(folder, style);
+        drawUpdates(folder, style);
     }
 }
 
