@@ -4,11 +4,13 @@
 #include "app/App/PingAllowance.h"
 #include "app/App/PresentLoginItem.h"
 #include "app/App/ProgramIcon.h"
+#include "core/Storage/UserFolders.h"
 #include "core/Text.h"
 #include "platform/linux/NameServers.h"
 #include "platform/linux/PingPermission.h"
 #include "platform/linux/ProcessNames.h"
 #include "platform/linux/Routers.h"
+#include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
 #include "platform/linux/SuspendedTime.h"
 #include "platform/qt/Appearance.h"
@@ -171,6 +173,30 @@ std::function<void()> AppDelegate::allowingPing() {
     };
 }
 
+void AppDelegate::offerApplications() {
+    const auto program = runningProgram();
+    if (!program || bundle_ == nullptr) {
+        return;
+    }
+    const MenuEntry menu(
+        {.program = *program,
+         .share = bundle_->folder() / "share",
+         .userData = UserFolders::data(),
+         .systemFolders = UserFolders::systemData()});
+    applicationsOffer_.emplace(ApplicationsOffer::Needs{
+        .monitor = monitor_,
+        .settings = settingsModel_,
+        .menu = menu,
+        .session = AutostartEntry::presentSession(),
+        .program = *program,
+        .bundle = bundle_->folder(),
+        .answered = StatsStore::supportDirectory() / "Tarnwick" / "applications-answered",
+        .ask = [this](const Question& question, std::function<void(bool)> answered) {
+            windows_->ask(question, std::move(answered));
+        }});
+    applicationsOffer_->start();
+}
+
 void AppDelegate::makeStatusItem(const Setup& setup) {
     settingsModel_.allowPinging = allowingPing();
     settingsModel_.answerOffer = [this](bool switchOn) { extensionOffer_.answer(switchOn); };
@@ -178,11 +204,13 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
     settingsModel_.networkServers = [] {
         return NetworkServers{.routers = Routers::present(), .nameServers = NameServers::present()};
     };
+    offerApplications();
     windows_ = std::make_unique<DesktopWindows>(
         loop_, monitor_.observedReading(), menu_, settingsModel_, setup.version,
         NoticeActions{
             .allowPinging = settingsModel_.allowPinging,
             .answerOffer = settingsModel_.answerOffer,
+            .answerApplications = settingsModel_.answerApplications,
             .restart = setup.restart});
     panelMenu_ = std::make_unique<PanelMenuText>(
         loop_, monitor_.observedReading(), menu_,

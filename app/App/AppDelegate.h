@@ -1,6 +1,7 @@
 // Makes the parts of the desktop program, in order, and saves the statistics at the end.
 #pragma once
 
+#include "app/App/ApplicationsOffer.h"
 #include "app/App/BundleRun.h"
 #include "app/App/BundleUpdates.h"
 #include "app/App/DesktopWindows.h"
@@ -68,6 +69,8 @@ public:
 private:
     /// Asks an administrator to let this user ping; null where the desktop can't ask.
     [[nodiscard]] std::function<void()> allowingPing();
+    /// In a bundle. The windows are made afterwards.
+    void offerApplications();
     void makeStatusItem(const Setup& setup);
     void followColors();
     void preferColors();
@@ -101,6 +104,7 @@ private:
     ThemeWatch programColors_; ///< followed in Plasma
     ItemFinder itemFinder_;
     ExtensionOffer extensionOffer_;
+    std::optional<ApplicationsOffer> applicationsOffer_; ///< in a bundle
     ProgramReplacement replacement_;
     Subscription colorChange_;
     std::unique_ptr<DesktopWindows> windows_;

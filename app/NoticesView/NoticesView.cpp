@@ -87,6 +87,17 @@ QSize NoticesView::sizeHint() const {
     return {width_, cards_.back().bottom() + 1};
 }
 
+NoticesView::Offer NoticesView::offerOf(Notice::Kind kind, const NoticeActions& actions) {
+    switch (kind) {
+    case Notice::Kind::offersExtension:
+        return {.title = QStringLiteral("Switch On"), .answer = actions.answerOffer};
+    case Notice::Kind::offersApplications:
+        return {.title = QStringLiteral("Add"), .answer = actions.answerApplications};
+    default:
+        return {};
+    }
+}
+
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): texts and buttons are owned by this widget
 int NoticesView::addCard(const Notice& notice, const NoticeActions& actions, int top) {
     const ViewStyle style(*this);
@@ -102,10 +113,9 @@ int NoticesView::addCard(const Notice& notice, const NoticeActions& actions, int
                 QStringLiteral("Allow…"), actions.allowPinging, {left - style.length(buttonGap), buttonTop});
         }
         bottom = childrenRect().bottom() + 1;
-    } else if (notice.kind == Notice::Kind::offersExtension && actions.answerOffer) {
-        const auto answer = actions.answerOffer;
+    } else if (const auto [title, answer] = offerOf(notice.kind, actions); answer) {
         const QPoint topRight(width_ - padding, bottom + style.length(partGap));
-        const int left = addButton(QStringLiteral("Switch On"), [answer] { answer(true); }, topRight);
+        const int left = addButton(title, [answer] { answer(true); }, topRight);
         addButton(
             QStringLiteral("No Thanks"), [answer] { answer(false); },
             {left - style.length(buttonGap), topRight.y()});

@@ -15,6 +15,8 @@ struct NoticeActions {
     std::function<void()> allowPinging = nullptr;
     /// Answers the offer of an extension; null where nothing takes the answer.
     std::function<void(bool switchOn)> answerOffer = nullptr;
+    /// Likewise of the place among the applications.
+    std::function<void(bool addsIt)> answerApplications = nullptr;
     /// Starts the program's file anew in place of this process; null where nothing can.
     std::function<void()> restart = nullptr;
 };
@@ -37,6 +39,13 @@ protected:
 
 private:
     class NoticeText;
+
+    struct Offer {
+        QString title; ///< of the button that takes it
+        std::function<void(bool takesIt)> answer;
+    };
+
+    [[nodiscard]] static Offer offerOf(Notice::Kind kind, const NoticeActions& actions);
 
     /// Returns the bottom of the card.
     int addCard(const Notice& notice, const NoticeActions& actions, int top);

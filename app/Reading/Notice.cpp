@@ -94,6 +94,14 @@ Notice newVersionNotice() {
     return {.kind = Notice::Kind::newVersion, .text = "Restart to use the new version."};
 }
 
+Notice applicationsNotice(const std::string& failure) {
+    return {
+        .kind = Notice::Kind::offersApplications,
+        .text = failure.empty() ? "Tarnwick can be among your applications and start when you log in. Its "
+                                  "folder stays where it is."
+                                : "Tarnwick is not among your applications. " + failure + "."};
+}
+
 Notices noticesOf(const Measurements& measured) {
     Notices notices = measured.notices;
     for (auto& notice : {pingNotice(measured), recordingNotice(measured), unreadableNotice(measured)}) {

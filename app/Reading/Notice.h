@@ -12,14 +12,15 @@ struct Measurements;
 struct Notice {
     /// One of each kind at most. They are shown in this order, the most important first.
     enum class Kind {
-        mayNotPing,      ///< this user may not open ping sockets
-        noPingSocket,    ///< a ping socket can't be opened for another reason
-        settingsMistake, ///< the settings file has a mistake
-        noPanel,         ///< no panel shows the status item
-        notRecorded,     ///< this process does not store the statistics
-        unreadableStats, ///< a statistics file that could not be read was kept aside
-        newVersion,      ///< the program's file is newer than what runs
-        offersExtension, ///< the desktop's shell could do more with an extension of ours
+        mayNotPing,         ///< this user may not open ping sockets
+        noPingSocket,       ///< a ping socket can't be opened for another reason
+        settingsMistake,    ///< the settings file has a mistake
+        noPanel,            ///< no panel shows the status item
+        notRecorded,        ///< this process does not store the statistics
+        unreadableStats,    ///< a statistics file that could not be read was kept aside
+        newVersion,         ///< the program's file is newer than what runs
+        offersExtension,    ///< the desktop's shell could do more with an extension of ours
+        offersApplications, ///< the program was unpacked and is not in the menu of applications
     };
 
     Kind kind;
@@ -40,6 +41,9 @@ using Notices = std::vector<Notice>;
 [[nodiscard]] Notice extensionNotice();
 
 [[nodiscard]] Notice newVersionNotice();
+
+/// With the reason why the latest attempt failed, if there was one.
+[[nodiscard]] Notice applicationsNotice(const std::string& failure = "");
 
 /// GNOME can show status items, but does so only with an extension.
 [[nodiscard]] Notice noPanelNotice(bool isGnome);

@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QLocale>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
@@ -38,7 +39,8 @@ AdvancedSection::AdvancedSection(SettingsModel& model, QWidget* parent)
       timeout_(new QLineEdit(this)),
       draft_(*timeout_, *timeout_, [this] { commit(); }),
       form_(new QComboBox(this)),
-      ink_(new QComboBox(this)) {
+      ink_(new QComboBox(this)),
+      applications_(new QPushButton(this)) {
     qobject_cast<QVBoxLayout*>(layout())->insertWidget(0, heading_);
     connect(heading_, &QPushButton::clicked, this, [this] { open(!heading_->isOpen()); });
     // Posted: the window takes its new size first.
@@ -60,6 +62,9 @@ void AdvancedSection::makeRows() {
     for (QComboBox* picker : {form_, ink_}) {
         picker->setFocusPolicy(Qt::StrongFocus); // the wheel scrolls the form
     }
+    applicationsRow_ = addRow(QStringLiteral("Your Applications"), {applications_});
+    applications_->setAutoDefault(false);
+    connect(applications_, &QPushButton::clicked, this, [this] { changeApplications(); });
     setFooter(QStringLiteral(
         "A ping without an answer counts as lost after the time-out. Choose form and color if the "
         "item does not fit your panel."));
@@ -85,9 +90,10 @@ void AdvancedSection::setStyle(const ViewStyle& style) {
     timeout_->setFixedWidth(style.length(timeoutWidth));
     timeout_->setFont(withEvenDigits(font()));
     const int pickerWidth = std::max(form_->sizeHint().width(), ink_->sizeHint().width());
-    for (QWidget* control : std::initializer_list<QWidget*>{timeout_, form_, ink_}) {
+    for (QWidget* control : std::initializer_list<QWidget*>{timeout_, form_, ink_, applications_}) {
         ControlLooks::setHeight(*control, style);
     }
+    ControlLooks::setWidth(*applications_, style);
     for (QComboBox* picker : {form_, ink_}) {
         picker->setMinimumWidth(pickerWidth);
     }
@@ -105,6 +111,28 @@ void AdvancedSection::render() {
     }
     Picker::show(*form_, model_.values().panelForm());
     Picker::show(*ink_, model_.values().panelInk());
+    showApplications();
+}
+
+void AdvancedSection::showApplications() {
+    const auto& applications = model_.applications();
+    applicationsRow_->setVisible(applications.has_value());
+    if (applications) {
+        const QString act =
+            applications->haveIt ? QStringLiteral("Uninstall…") : QStringLiteral("Add Tarnwick");
+        applications_->setText(act);
+        applications_->setAccessibleName(act); // the row's label says where, not what
+        applicationsRow_->setNote(QString::fromStdString(applications->problem));
+    }
+}
+
+void AdvancedSection::changeApplications() {
+    const auto& applications = model_.applications();
+    if (applications && applications->haveIt) {
+        model_.uninstall();
+    } else {
+        model_.answerApplications(true);
+    }
 }
 
 void AdvancedSection::finish() {

@@ -11,6 +11,7 @@
 
 class QComboBox;
 class QLineEdit;
+class QPushButton;
 
 namespace tarnwick {
 
@@ -43,6 +44,8 @@ private:
     void showTimeout(double seconds);
     void showMistake();
     void commit();
+    void showApplications();
+    void changeApplications();
 
     SettingsModel& model_;
 
@@ -52,7 +55,9 @@ private:
     Draft draft_;
     QComboBox* form_;
     QComboBox* ink_;
+    QPushButton* applications_;
     FormRow* timeoutRow_ = nullptr;
+    FormRow* applicationsRow_ = nullptr;
 };
 
 } // namespace tarnwick

@@ -332,7 +332,10 @@ void SettingsView::showNotices(const Notices& notices) {
     const ViewStyle style(*this);
     const int width = style.length(formWidth) - 2 * style.length(formMargin);
     const NoticeActions actions{
-        .allowPinging = model_.allowPinging, .answerOffer = model_.answerOffer, .restart = model_.restart};
+        .allowPinging = model_.allowPinging,
+        .answerOffer = model_.answerOffer,
+        .answerApplications = model_.answerApplications,
+        .restart = model_.restart};
     notices_ = NoticesView::inPlaceOf(notices_, notices, actions, width, this);
     if (notices_ != nullptr) {
         // Last: they come and go while the pointer is on its way to a row.

@@ -219,6 +219,17 @@ std::optional<std::string> AutostartEntry::enroll() {
     return write(*entry);
 }
 
+std::optional<std::string> AutostartEntry::follow(const fs::path& former) const {
+    std::error_code error;
+    auto entry = read(userFile(), error);
+    if (!program_ || !entry || entry->value(Key::tryExec) != former.native() || !hasOurCommand(*entry)) {
+        return std::nullopt;
+    }
+    entry->set(Key::tryExec, program_->native());
+    entry->set(Key::exec, DesktopCommand::starting(*program_, fromSession));
+    return write(*entry);
+}
+
 std::optional<std::string> AutostartEntry::withdraw() {
     if (status() == Status::notRegistered) {
         return std::nullopt;

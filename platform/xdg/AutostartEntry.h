@@ -38,6 +38,10 @@ public:
     [[nodiscard]] std::optional<std::string> enroll() override;
     [[nodiscard]] std::optional<std::string> withdraw() override;
 
+    /// Once the program was moved here from `former`: the user's entry, if it is for the program there,
+    /// starts the one here. Its switches stay. Nothing on success, else the reason for the user.
+    [[nodiscard]] std::optional<std::string> follow(const std::filesystem::path& former) const;
+
 private:
     [[nodiscard]] std::filesystem::path userFile() const;
     /// The most important of the system's entries; nothing if it can't be read.

@@ -26,6 +26,11 @@ std::string_view keyOf(std::string_view line) {
     return isSetting ? Text::trimmed(line.substr(0, equals)) : std::string_view();
 }
 
+/// Of a line with a key.
+std::string_view rawValueIn(std::string_view line) {
+    return Text::trimmed(line.substr(line.find('=') + 1));
+}
+
 std::string escaped(std::string_view value) {
     std::string raw;
     for (const char letter : value) {
@@ -126,8 +131,7 @@ std::optional<std::string> DesktopEntry::rawValue(std::string_view key) const {
     const auto [first, end] = range();
     for (std::size_t at = end; at-- > first;) {
         if (keyOf(lines_[at]) == key) {
-            const std::string_view line = lines_[at];
-            return std::string(Text::trimmed(line.substr(line.find('=') + 1)));
+            return std::string(rawValueIn(lines_[at]));
         }
     }
     return std::nullopt;
@@ -188,6 +192,18 @@ void DesktopEntry::remove(std::string_view key) {
     const auto from = lines_.begin() + static_cast<std::ptrdiff_t>(first);
     const auto to = lines_.begin() + static_cast<std::ptrdiff_t>(end);
     lines_.erase(std::remove_if(from, to, [key](const auto& line) { return keyOf(line) == key; }), to);
+}
+
+void DesktopEntry::changeEverywhere(
+    std::string_view key, const std::function<std::string(const std::string&)>& changed) {
+    for (std::string& line : lines_) {
+        if (keyOf(line) != key) {
+            continue;
+        }
+        if (const auto value = unescaped(rawValueIn(line))) {
+            line = std::string(key) + "=" + escaped(changed(*value));
+        }
+    }
 }
 
 } // namespace tarnwick

@@ -1,6 +1,7 @@
 // The text of a desktop entry. Changing a key of its main group leaves the rest of the text alone.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,6 +30,10 @@ public:
     void set(std::string_view key, std::string_view value);
     void setBoolean(std::string_view key, bool value);
     void remove(std::string_view key);
+    /// Replaces the key's value in every group, also in those of actions. A value with an unknown escape
+    /// stays.
+    void changeEverywhere(
+        std::string_view key, const std::function<std::string(const std::string&)>& changed);
 
     friend bool operator==(const DesktopEntry&, const DesktopEntry&) = default;
 

@@ -33,7 +33,11 @@ public:
     std::function<void()> allowPinging;
     /// Answers the offer of an extension; null where nothing takes the answer. Set by the owner.
     std::function<void(bool switchOn)> answerOffer;
-    /// Likewise of a newer version.
+    /// Answers the offer of a place among the applications. Null for an installed program. Set by the owner.
+    std::function<void(bool addsIt)> answerApplications;
+    /// Asks whether to take the program out of there again. Likewise.
+    std::function<void()> uninstall;
+    /// Starts a newer version; null where nothing can. Set by the owner.
     std::function<void()> restart;
 
     /// Reads what machines the network has; null where nothing can. Set by the owner.
@@ -93,6 +97,19 @@ public:
 
     void setRoomForText(bool hasRoom) { hasRoomForText_.set(hasRoom); }
 
+    /// The place of a program that was unpacked and not installed.
+    struct Applications {
+        bool haveIt;         ///< the program
+        std::string problem; ///< of the latest change, for the user; empty: none
+
+        friend bool operator==(const Applications&, const Applications&) = default;
+    };
+
+    /// Nothing for an installed program.
+    [[nodiscard]] const std::optional<Applications>& applications() const { return applications_.get(); }
+
+    void setApplications(const Applications& applications) { applications_.set(applications); }
+
     /// Posts one, whether or not alerts are on.
     void testNotification();
 
@@ -113,6 +130,7 @@ private:
     Derived<Notices> notices_{[this] { return monitor_.reading().notices; }};
     Observed<NotificationCenter::Ability> canNotify_;
     Observed<bool> hasRoomForText_{true};
+    Observed<std::optional<Applications>> applications_;
     Lifeline lifeline_;
 };
 

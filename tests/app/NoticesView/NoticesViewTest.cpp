@@ -199,6 +199,24 @@ TEST_F(NoticesViewTest, TheOfferOfAnExtensionIsAnsweredByTwoButtons) {
     EXPECT_THAT(answers, ElementsAre(true, false));
 }
 
+TEST_F(NoticesViewTest, TheOfferOfAPlaceAmongTheApplicationsIsAnsweredByTwoButtons) {
+    std::vector<bool> answers;
+    const NoticeActions actions{.answerApplications = [&answers](bool adds) { answers.push_back(adds); }};
+    QWidget parent;
+    NoticesView view({applicationsNotice()}, actions, 300, &parent);
+    view.resize(view.sizeHint());
+    const auto buttons = view.findChildren<QPushButton*>();
+    ASSERT_EQ(buttons.size(), 2);
+    EXPECT_EQ(buttons.front()->text(), "Add");
+
+    for (QPushButton* const button : buttons) {
+        EXPECT_TRUE(view.rect().contains(button->geometry()));
+        button->click();
+    }
+
+    EXPECT_THAT(answers, ElementsAre(true, false));
+}
+
 TEST_F(NoticesViewTest, ANewVersionIsStartedByAButton) {
     int restarts = 0;
     const NoticeActions actions{.restart = [&restarts] { ++restarts; }};

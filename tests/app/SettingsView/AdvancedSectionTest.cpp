@@ -283,4 +283,46 @@ TEST_F(AdvancedSectionTest, RestoringTheDefaultsAndUndoCoverIt) {
     EXPECT_EQ(prefs.pingTimeout(), 9);
 }
 
+// The place among the applications of a program that was unpacked.
+
+TEST_F(AdvancedSectionTest, AnInstalledProgramHasNoRowForItsPlaceAmongTheApplications) {
+    presentOpened();
+
+    EXPECT_THAT(labels(), Not(HasSubstr("Your Applications")));
+}
+
+TEST_F(AdvancedSectionTest, AProgramThatIsNotAmongTheApplicationsIsAddedByAButton) {
+    std::vector<bool> answers;
+    model.answerApplications = [&answers](bool adds) { answers.push_back(adds); };
+    model.setApplications({.haveIt = false, .problem = ""});
+    presentOpened();
+
+    control<QPushButton>("Add Tarnwick").click();
+
+    EXPECT_THAT(labels(), HasSubstr("Your Applications"));
+    EXPECT_THAT(answers, ElementsAre(true));
+}
+
+TEST_F(AdvancedSectionTest, AProgramAmongTheApplicationsIsTakenOutByAButton) {
+    int questions = 0;
+    model.uninstall = [&questions] { ++questions; };
+    model.setApplications({.haveIt = false, .problem = ""});
+    presentOpened();
+    model.setApplications({.haveIt = true, .problem = ""});
+    settle();
+
+    auto& button = control<QPushButton>("Uninstall…");
+    EXPECT_EQ(button.accessibleName(), "Uninstall…");
+    button.click();
+
+    EXPECT_EQ(questions, 1);
+}
+
+TEST_F(AdvancedSectionTest, WhatWentWrongWithThePlaceAmongTheApplicationsIsTold) {
+    model.setApplications({.haveIt = true, .problem = "Can’t change it"});
+    presentOpened();
+
+    EXPECT_THAT(labels(), HasSubstr("Can’t change it"));
+}
+
 } // namespace tarnwick

@@ -230,6 +230,59 @@ TEST_F(AutostartChangesTest, AFileInThePlaceOfTheFolderGivesTheReason) {
         Optional(HasSubstr(std::make_error_code(std::errc::not_a_directory).message())));
 }
 
+/// The entry of a program that was moved: made where it was, looked at where it is.
+class MovedProgramTest : public AutostartChangesTest {
+protected:
+    MovedProgramTest() {
+        storeUser(fresh());
+        former_ = files_.program();
+        files_.install("moved/tarnwick");
+    }
+
+    fs::path former_;
+};
+
+TEST_F(MovedProgramTest, TheEntryFollowsIt) {
+    EXPECT_EQ(files_.entry().follow(former_), std::nullopt);
+
+    EXPECT_EQ(files_.text(), files_.withPaths(fresh()));
+    EXPECT_EQ(files_.entry().status(), Status::enabled);
+}
+
+TEST_F(MovedProgramTest, TheSwitchesOfTheEntryStay) {
+    test::writeFile(files_.userFile(), files_.text() + hidden + "\n");
+
+    EXPECT_EQ(files_.entry().follow(former_), std::nullopt);
+
+    EXPECT_EQ(files_.text(), files_.withPaths(fresh(hidden)));
+    EXPECT_EQ(files_.entry().status(), Status::requiresApproval);
+}
+
+TEST_F(MovedProgramTest, AnEntryForAnotherCopyStays) {
+    const std::string before = files_.text();
+
+    EXPECT_EQ(files_.entry().follow(files_.anotherCopy()), std::nullopt);
+
+    EXPECT_EQ(files_.text(), before);
+}
+
+TEST_F(MovedProgramTest, ACommandLineOfTheUsersOwnStays) {
+    const std::string before = withOptions(files_.text());
+    test::writeFile(files_.userFile(), before);
+
+    EXPECT_EQ(files_.entry().follow(former_), std::nullopt);
+
+    EXPECT_EQ(files_.text(), before);
+}
+
+TEST_F(MovedProgramTest, WhereThereIsNoEntryNoneIsMade) {
+    fs::remove(files_.userFile());
+
+    EXPECT_EQ(files_.entry().follow(former_), std::nullopt);
+
+    EXPECT_FALSE(fs::exists(files_.userFile()));
+}
+
 } // namespace
 
 } // namespace tarnwick
