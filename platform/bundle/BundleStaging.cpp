@@ -79,6 +79,9 @@ Problem BundleStaging::begin() {
     if (const std::error_code error = FileStore::makeFolders(folder_.path())) {
         return notStored(error);
     }
+    if (!folder_.isOurs()) {
+        return "The download can't be stored: " + folder_.path().string() + " belongs to somebody else.";
+    }
     lock_.emplace(folder_.lockedFile());
     const auto attempt = lock_->acquire();
     if (attempt == WriterLock::Attempt::heldByOther) {

@@ -46,8 +46,7 @@ std::optional<ReleaseVersion> bringBack(const UpdateFolder& folder) {
 }
 
 BundleTrial::BundleTrial(UpdateFolder folder) : folder_(std::move(folder)) {
-    std::error_code error;
-    if (!std::filesystem::exists(folder_.path(), error)) {
+    if (!folder_.isOurs()) {
         return;
     }
     lock_.emplace(folder_.lockedFile());

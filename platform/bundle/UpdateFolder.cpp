@@ -8,6 +8,8 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace tarnwick {
@@ -37,7 +39,16 @@ UpdateFolder::UpdateFolder(fs::path bundle)
       path_(bundle_.parent_path() / ("." + bundle_.filename().string() + ".update")) {
 }
 
+bool UpdateFolder::isOurs() const {
+    struct stat status{};
+    return ::lstat(path_.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::geteuid()
+           && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
 std::optional<UpdateRecord> UpdateFolder::record() const {
+    if (!isOurs()) {
+        return std::nullopt;
+    }
     std::error_code error;
     const auto text = FileStore::read(recordFile(), error);
     const auto object = text ? parseJsonObject(*text) : std::nullopt;
@@ -63,6 +74,9 @@ bool UpdateFolder::write(const UpdateRecord& record) const {
 }
 
 void UpdateFolder::empty() const {
+    if (!isOurs()) {
+        return;
+    }
     // The record first: without it nobody looks for the rest.
     std::error_code ignored;
     fs::remove(recordFile(), ignored);
@@ -73,7 +87,9 @@ void UpdateFolder::empty() const {
 void UpdateFolder::remove() const {
     empty();
     std::error_code ignored;
-    fs::remove_all(path_, ignored);
+    if (isOurs()) {
+        fs::remove_all(path_, ignored);
+    }
 }
 
 std::optional<ReleaseVersion> versionOf(const fs::path& bundle) {

@@ -24,7 +24,8 @@ struct UpdateRecord {
     ReleaseVersion to{};
 };
 
-/// Knows only where things are. Any thread.
+/// Knows only where things are. A folder that another user could have put there counts as none: what lies in
+/// it is started one day. Any thread.
 class UpdateFolder {
 public:
     /// `bundle` is absolute, without a slash behind it.
@@ -33,6 +34,9 @@ public:
     [[nodiscard]] const std::filesystem::path& bundle() const { return bundle_; }
 
     [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+    /// Whether the folder is there, and only this user can write to it.
+    [[nodiscard]] bool isOurs() const;
 
     /// The download.
     [[nodiscard]] std::filesystem::path archive() const { return path_ / "archive.tar.zst"; }

@@ -95,6 +95,14 @@ TEST_F(BundleStagingTest, IsOfNoUseToOtherUsers) {
     EXPECT_EQ(fs::status(update.archive()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
+TEST_F(BundleStagingTest, StoresNothingWhereOthersCanWrite) {
+    fs::create_directories(update.path());
+    fs::permissions(update.path(), fs::perms::all);
+
+    EXPECT_THAT(staging.begin().value_or(""), HasSubstr("belongs to somebody else"));
+    EXPECT_FALSE(fs::exists(update.archive()));
+}
+
 TEST_F(BundleStagingTest, UnpacksNothingThatIsNotSigned) {
     const std::string content = archiveOf("1.1");
     auto claim = claimOf(content);

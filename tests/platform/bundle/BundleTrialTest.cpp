@@ -19,6 +19,8 @@ protected:
 
     /// 1.1, beside the bundle.
     void prepare() const {
+        fs::create_directories(update.path());
+        fs::permissions(update.path(), fs::perms::owner_all);
         makeBundle(update.other(), "1.1");
         ASSERT_TRUE(update.write({.phase = Phase::prepared, .from = version("1.0"), .to = version("1.1")}));
     }
@@ -198,6 +200,33 @@ TEST_F(BundleTrialTest, WithoutAnOldVersionTheNewOneStays) {
     EXPECT_EQ(trial.broughtBackFrom(), std::nullopt);
     EXPECT_TRUE(trial.isOn());
     EXPECT_EQ(inPlace(), "1.1");
+}
+
+TEST_F(BundleTrialTest, AFolderThatOthersCanWriteToIsLeftAlone) {
+    exchange();
+    setPhase(Phase::begun);
+    fs::permissions(update.path(), fs::perms::all);
+
+    const BundleTrial trial(update);
+
+    EXPECT_EQ(trial.broughtBackFrom(), std::nullopt);
+    EXPECT_FALSE(trial.isOn());
+    EXPECT_EQ(inPlace(), "1.1");
+    EXPECT_EQ(exchangeForPrepared(update), "The update is no longer there.");
+    EXPECT_TRUE(fs::exists(update.other())) << "nothing is removed, either";
+}
+
+TEST_F(BundleTrialTest, ALinkInItsPlaceIsNotFollowed) {
+    const UpdateFolder elsewhere(folder.path() / "elsewhere" / "Tarnwick.app");
+    makeBundle(elsewhere.other(), "1.0");
+    writeFile(elsewhere.archive(), "mine");
+    fs::create_directory_symlink(elsewhere.path(), update.path());
+
+    const BundleTrial trial(update);
+    update.remove();
+
+    EXPECT_EQ(contentOf(elsewhere.archive()), "mine");
+    EXPECT_TRUE(fs::exists(elsewhere.other()));
 }
 
 TEST_F(BundleTrialTest, ARecordThatCanNotBeReadCountsAsNone) {
