@@ -15,6 +15,7 @@ from desktop.panels import BareCompositor
 from desktop.pictures import Rectangle
 from desktop.session import NOBODY
 from endtoend.built import ROOT
+from endtoend.hardening import lacks_of_hardening
 from endtoend.waiting import eventually
 
 from .system import PATIENCE, System, make_bare, printed
@@ -90,7 +91,7 @@ class Bundle(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         cls.app = unpack(pathlib.Path(folder.name) / FOLDER)
-        cls.programs = [cls.app / "bin/tarnwick", cls.app / "bin/tarnwick-watch"]
+        cls.programs = sorted((cls.app / "bin").glob("tarnwick*"))
         cls.libraries = [*(cls.app / "lib").iterdir(), *(cls.app / "plugins").glob("*/*")]
 
     def test_it_is_small(self) -> None:
@@ -137,6 +138,11 @@ class Bundle(unittest.TestCase):
             (made,) = (clone / "made").iterdir()
 
             self.assertEqual(made.read_bytes(), bundle().read_bytes())
+
+    def test_mistakes_in_memory_are_hard_to_use(self) -> None:
+        for program in self.programs:
+            with self.subTest(program.name):
+                self.assertEqual(lacks_of_hardening(program), [])
 
 
 class Bare:

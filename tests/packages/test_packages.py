@@ -3,60 +3,21 @@
 from __future__ import annotations
 
 import json
-import os
 import pathlib
-import shutil
 import subprocess
 import tempfile
 import unittest
 
-from .system import PATIENCE, System, make_bare, release
+from endtoend.hardening import lacks_of_hardening
 
-BUILT = pathlib.Path(os.environ["TARNWICK_PACKAGES"])
-INSTALL = "dpkg --install"
+from .built import BUILT, INSTALL, PackagesCase, package
+from .system import PATIENCE
+
 AS_SOMEONE = "setpriv --reuid=someone --regid=someone --init-groups env HOME=/home/someone"
 WATCH = f"{AS_SOMEONE} tarnwick-watch --json --for 3 127.0.0.1"
 
 
-def package(name: str) -> pathlib.Path:
-    (found,) = BUILT.glob(f"{name}_*.deb")
-    return found
-
-
-def make_older(newer: pathlib.Path, folder: pathlib.Path) -> None:
-    """The same package, as an older version."""
-    with tempfile.TemporaryDirectory() as content:
-        subprocess.run(["dpkg-deb", "--raw-extract", newer, content], check=True, timeout=PATIENCE)
-        control = pathlib.Path(content) / "DEBIAN/control"
-        text = control.read_text(encoding="utf-8")
-        version = next(line.split(": ")[1] for line in text.splitlines() if line.startswith("Version: "))
-        control.write_text(text.replace(version, "0.0.1"), encoding="utf-8")
-        subprocess.run(["dpkg-deb", "--root-owner-group", "--build", content, folder], check=True, timeout=PATIENCE)
-
-
-class Packages(unittest.TestCase):
-    bare: pathlib.Path
-    packages: pathlib.Path
-
-    @classmethod
-    def setUpClass(cls) -> None:
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.bare = pathlib.Path(folder.name) / "bare"
-        make_bare(cls.bare, release())
-        cls.packages = pathlib.Path(folder.name) / "packages"
-        (cls.packages / "older").mkdir(parents=True)
-        for name in ("tarnwick", "tarnwick-common", "tarnwick-watch"):
-            shutil.copy2(package(name), cls.packages / f"{name}.deb")
-            make_older(package(name), cls.packages / "older")
-            (made,) = (cls.packages / "older").glob(f"{name}_*.deb")
-            made.rename(cls.packages / "older" / f"{name}.deb")
-
-    def system(self) -> System:
-        system = System(self.bare, self.packages)
-        self.addCleanup(system.close)
-        return system
-
+class Packages(PackagesCase):
     def test_lintian_finds_nothing(self) -> None:
         done = subprocess.run(
             ["lintian", "--pedantic", "--fail-on", "error,warning", *BUILT.glob("*.changes")],
@@ -64,6 +25,13 @@ class Packages(unittest.TestCase):
         )  # fmt: skip
 
         self.assertEqual((done.returncode, done.stdout), (0, ""))
+
+    def test_mistakes_in_memory_are_hard_to_use(self) -> None:
+        with tempfile.TemporaryDirectory() as folder:
+            for name in ("tarnwick", "tarnwick-watch"):
+                subprocess.run(["dpkg-deb", "--extract", package(name), folder], check=True, timeout=PATIENCE)
+                with self.subTest(name):
+                    self.assertEqual(lacks_of_hardening(pathlib.Path(folder) / "usr/bin" / name), [])
 
     def test_a_user_who_never_pinged_pings_at_once_and_without_a_toolkit(self) -> None:
         system = self.system()
