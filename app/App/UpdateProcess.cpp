@@ -2,6 +2,7 @@
 
 #include "app/Update/Work/WorkMessages.h"
 #include "core/Lifeline.h"
+#include "core/Storage/WriterLock.h"
 #include "platform/linux/FolderExchange.h"
 
 #include <QProcess>
@@ -129,7 +130,10 @@ RunLoop::Handle UpdateProcess::download(const FoundUpdate& update, std::function
 }
 
 void UpdateProcess::discard() {
-    folder_.remove();
+    WriterLock lock(folder_.lockedFile());
+    if (lock.acquire() != WriterLock::Attempt::heldByOther) {
+        folder_.remove(); // else it is another instance's
+    }
 }
 
 } // namespace tarnwick

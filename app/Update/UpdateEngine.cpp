@@ -224,7 +224,7 @@ void UpdateEngine::take(const UpdateWork::News& news) {
 }
 
 void UpdateEngine::downloadEnded(const UpdateWork::Problem& problem) {
-    const auto download = std::move(download_); // until the end of this call
+    download_.reset(); // so that nobody works where something is discarded
     const auto* const preparing = std::get_if<Preparing>(&state_.get());
     const auto* const downloading = std::get_if<Downloading>(&state_.get());
     const bool isWatched =

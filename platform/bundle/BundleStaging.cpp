@@ -112,7 +112,7 @@ void BundleStaging::prepare(const Claim& claim, std::function<void(const Problem
     const auto report = listening_->guarded(std::move(done));
     const bool isUnderWay =
         loop_.detach([work = work_, folder = folder_, claim, running = running_, report]() -> RunLoop::Task {
-            Problem problem = made(folder, claim, running);
+            const Problem problem = made(folder, claim, running);
             if (work->fate.exchange(Work::Fate::done) == Work::Fate::abandoned) {
                 folder.remove();
             }
@@ -129,7 +129,8 @@ void BundleStaging::prepare(const Claim& claim, std::function<void(const Problem
 void BundleStaging::discard() {
     listening_.reset();
     archive_.reset();
-    if (!work_ || work_->fate.exchange(Work::Fate::abandoned) == Work::Fate::done) {
+    // Without the lock, what lies there is another instance's.
+    if (lock_ && (!work_ || work_->fate.exchange(Work::Fate::abandoned) == Work::Fate::done)) {
         folder_.remove();
     }
     lock_.reset();

@@ -1,6 +1,7 @@
 // The process that does an update's work, played by a script.
 #include "app/App/UpdateProcess.h"
 
+#include "core/Storage/WriterLock.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -146,6 +147,17 @@ TEST_F(UpdateProcessTest, ItTellsWhatIsInTheWayAndRemovesWhatThereIs) {
     work.discard();
 
     EXPECT_FALSE(fs::exists(beside.path()));
+}
+
+TEST_F(UpdateProcessTest, ItRemovesNothingOfAnotherInstance) {
+    const UpdateFolder beside(bundle);
+    writeFile(beside.archive(), "half of the other's");
+    WriterLock ofAnother(beside.lockedFile());
+    ASSERT_EQ(ofAnother.acquire(), WriterLock::Attempt::taken);
+
+    work.discard();
+
+    EXPECT_EQ(contentOf(beside.archive()), "half of the other's");
 }
 
 } // namespace

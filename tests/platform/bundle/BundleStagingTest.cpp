@@ -175,6 +175,7 @@ TEST_F(BundleStagingTest, TwoInstancesDoNotUpdateAtOnce) {
     BundleStaging other{loop, update, ReleaseVersion::parse("1.0").value()};
 
     EXPECT_EQ(other.begin(), "Another Tarnwick is updating this folder.");
+    other.discard();
 
     EXPECT_EQ(contentOf(update.archive()), "x");
 }
