@@ -1,6 +1,7 @@
 #include "platform/bundle/TrialGuard.h"
 
 #include "core/FileDescriptor.h"
+#include "core/Storage/WriterLock.h"
 #include "platform/bundle/BundleTrial.h"
 #include "platform/linux/RunningProgram.h"
 
@@ -70,8 +71,12 @@ std::optional<ReleaseVersion> startOnTrial(
         return std::nullopt;
     }
     const auto record = folder.record();
-    const bool hasPassed = !record || record->phase == UpdateRecord::Phase::ended;
-    return hasPassed ? std::nullopt : bringBack(folder);
+    if (!record || record->phase == UpdateRecord::Phase::ended) {
+        return std::nullopt; // it has passed
+    }
+    // A start in the meantime brings the old version back itself. Two exchanges would undo each other.
+    WriterLock lock(folder.lockedFile());
+    return lock.acquire() == WriterLock::Attempt::heldByOther ? std::nullopt : bringBack(folder);
 }
 
 } // namespace tarnwick

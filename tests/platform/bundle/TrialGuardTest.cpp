@@ -1,6 +1,7 @@
 // A new version as a process of its own, and the one that watches over it.
 #include "platform/bundle/TrialGuard.h"
 
+#include "core/Storage/WriterLock.h"
 #include "platform/bundle/BundleTrial.h"
 #include "tests/platform/bundle/MadeBundle.h"
 
@@ -89,6 +90,17 @@ TEST_F(TrialGuardTest, BringsTheOldVersionBackWhenTheNewOneCanNotBeStarted) {
 
     EXPECT_EQ(verdict(), "1.1");
     EXPECT_EQ(versionOf(bundle), ReleaseVersion::parse("1.0"));
+}
+
+TEST_F(TrialGuardTest, LeavesTheWayBackToAStartInTheMeantime) {
+    WriterLock ofThatStart(update.lockedFile());
+    ASSERT_EQ(ofThatStart.acquire(), WriterLock::Attempt::taken);
+
+    EXPECT_EQ(start("kill -SEGV $$\n"), -1);
+
+    EXPECT_EQ(verdict(), "none");
+    EXPECT_EQ(versionOf(bundle), ReleaseVersion::parse("1.1"));
+    EXPECT_EQ(versionOf(update.other()), ReleaseVersion::parse("1.0"));
 }
 
 TEST_F(TrialGuardTest, LeavesANewVersionThatEndsWellWhereItIs) {
