@@ -6,6 +6,7 @@
 #include <QNetworkRequest>
 #include <QSsl>
 #include <QSslConfiguration>
+#include <QSslError>
 #include <QSslSocket>
 #include <QVariant>
 
@@ -81,6 +82,27 @@ Downloader::Problem problemOf(QNetworkReply::NetworkError error) {
     }
 }
 
+/// Of a certificate. The library's own words are about a chain of issuers.
+QString faultOf(const QSslError& error) {
+    switch (error.error()) {
+    case QSslError::CertificateExpired:
+        return "its certificate has expired";
+    case QSslError::CertificateNotYetValid:
+        return "its certificate is not valid yet";
+    case QSslError::HostNameMismatch:
+        return "its certificate is that of another server";
+    case QSslError::SelfSignedCertificate:
+    case QSslError::SelfSignedCertificateInChain:
+    case QSslError::UnableToGetIssuerCertificate:
+    case QSslError::UnableToGetLocalIssuerCertificate:
+    case QSslError::UnableToVerifyFirstCertificate:
+    case QSslError::CertificateUntrusted:
+        return "its certificate is signed by nobody whom this machine trusts";
+    default:
+        return error.errorString();
+    }
+}
+
 } // namespace
 
 HttpsExchange::HttpsExchange(RunLoop& loop, QUrl address, QByteArray userAgent, std::function<void()> onNews)
@@ -128,7 +150,9 @@ void HttpsExchange::send(const QNetworkProxy& proxy) {
     QObject::connect(reply_, &QNetworkReply::metaDataChanged, reply_, soon);
     QObject::connect(reply_, &QNetworkReply::readyRead, reply_, soon);
     QObject::connect(reply_, &QNetworkReply::finished, reply_, soon);
-    QObject::connect(reply_, &QNetworkReply::sslErrors, reply_, [this] { isDistrusted_ = true; });
+    QObject::connect(reply_, &QNetworkReply::sslErrors, reply_, [this](const QList<QSslError>& errors) {
+        distrust_ = faultOf(errors.value(0));
+    });
 }
 
 void HttpsExchange::tellSoon() {
@@ -180,10 +204,11 @@ std::optional<Downloader::Failure> HttpsExchange::failure() const {
     if (failure_ || reply_->error() == QNetworkReply::NoError) {
         return failure_;
     }
+    if (!distrust_.isEmpty()) {
+        return Downloader::Failure{.problem = Downloader::Problem::untrusted, .detail = oneLine(distrust_)};
+    }
     return Downloader::Failure{
-        .problem = isDistrusted_ ? Downloader::Problem::untrusted : problemOf(reply_->error()),
-        .detail = oneLine(reply_->errorString()),
-    };
+        .problem = problemOf(reply_->error()), .detail = oneLine(reply_->errorString())};
 }
 
 std::string oneLine(const QString& text) {

@@ -74,7 +74,7 @@ private:
     std::unique_ptr<QNetworkAccessManager> manager_; ///< once the way is known
     QNetworkReply* reply_ = nullptr;                 ///< the manager's
     std::optional<Downloader::Failure> failure_;     ///< before anything is sent
-    bool isDistrusted_ = false;                      ///< something is wrong with the certificate
+    QString distrust_;                               ///< what is wrong with the certificate
     bool tellsSoon_ = false;
     Lifeline lifeline_;
 };

@@ -62,7 +62,7 @@ void HttpsTransfer::judge(const HttpsExchange::Answer& answer) {
         // Nobody asked for it, and it is not unpacked: the file would not be the one that was published.
         fail(Downloader::Problem::refused, "Content-Encoding: " + answer.coding);
     } else if (answer.size && *answer.size > request_.sizeLimit) {
-        fail(Downloader::Problem::tooLarge, QString::number(*answer.size));
+        fail(Downloader::Problem::tooLarge, QString::number(*answer.size) + " bytes");
     } else {
         isAccepted_ = true;
         waitFor(patience_.silence);

@@ -132,6 +132,7 @@ TEST_F(HttpsLimitsTest, AFileThatIsAnnouncedTooLargeIsNotTaken) {
     const Outcome outcome = fetched(requestFor(servers_.address("/large"), 100'000));
 
     EXPECT_EQ(outcome.problem(), Problem::tooLarge);
+    EXPECT_EQ(outcome.failure->detail, "100001 bytes");
     EXPECT_EQ(outcome.parts, 0);
 }
 
