@@ -139,8 +139,8 @@ class UpdateCase:
     def texts(self) -> list[str]:
         return self.desktop.accessible(APPLICATION).texts()
 
-    def wait_for(self, text: str) -> None:
-        eventually(lambda: any(text in shown for shown in self.texts()), PATIENCE, f"the window says: {text}")
+    def wait_for(self, text: str, patience: float = PATIENCE) -> None:
+        eventually(lambda: any(text in shown for shown in self.texts()), patience, f"the window says: {text}")
 
     def choose(self, button: str) -> None:
         self.desktop.act(APPLICATION, button)
