@@ -11,11 +11,15 @@ import tempfile
 import unittest
 
 from desktop.desktops import Desktop, X11Desktop
-from desktop.panels import BareCompositor
+from desktop.item import Item
+from desktop.panels import BareCompositor, XfcePanel
 from desktop.pictures import Rectangle
 from desktop.session import NOBODY
 from endtoend.hardening import lacks_of_hardening
 from endtoend.waiting import eventually
+from update.authority import Authority
+from update.maker import Key
+from update.server import UpdateServer
 
 from .system import PATIENCE, System, make_bare, printed
 
@@ -226,6 +230,27 @@ class Bare:
         variables = f"LD_LIBRARY_PATH={other}/lib QT_PLUGIN_PATH={other}/plugins QT_QPA_PLATFORM_PLUGIN_PATH={other}/plugins/platforms"
 
         self.show(self.started(BareX11()), prepare=copy, variables=variables)
+
+    def test_it_fetches_over_https(self) -> None:
+        desktop = self.started(XfcePanel())
+        authority = Authority(self.shared / "authority")
+        server = UpdateServer(self.shared, authority.certificate("good"))
+        self.addCleanup(server.stop)
+        feed = {"feedAddress": f"{server.address}/feed.json", "publicKeys": [Key.make(self.shared, "one").public]}
+        information = self.shared / FOLDER / "Tarnwick.app/Information.json"
+        information.write_text(json.dumps({"version": "0.0.1"} | feed), encoding="utf-8")
+        environment = desktop.session.environment
+        named = " ".join(f"{name}={environment[name]}" for name in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS"))
+        trust = f"cp /packages/authority/{authority.store.name}/* /etc/ssl/certs/"
+        script = f'{trust}\nenv {named} "{self.app}/tarnwick" --set Hostname=127.0.0.1'
+        process = self.system.start(script, own_network=False, shared=desktop.session.folder)
+        self.addCleanup(process.communicate)
+        self.addCleanup(process.kill)
+
+        program = eventually(lambda: desktop.session.bus.process("org.tarnwick.tarnwick"), PATIENCE, "the program")
+        item = eventually(lambda: Item.of_process(desktop, program), PATIENCE, "the item")
+        item.choose(item.row("Check for Updates…"))
+        eventually(lambda: "/feed.json" in server.paths(), PATIENCE, "the server is asked for the feed")
 
     def watch(self, host: str) -> dict[str, object]:
         output = self.system.run(
