@@ -7,7 +7,9 @@
 
 #include <QProcess>
 
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 
@@ -130,6 +132,10 @@ RunLoop::Handle UpdateProcess::download(const FoundUpdate& update, std::function
 }
 
 void UpdateProcess::discard() {
+    std::error_code error;
+    if (!std::filesystem::exists(folder_.path(), error)) {
+        return; // the lock would make it
+    }
     WriterLock lock(folder_.lockedFile());
     if (lock.acquire() != WriterLock::Attempt::heldByOther) {
         folder_.remove(); // else it is another instance's
