@@ -190,6 +190,21 @@ TEST_F(BundleTrialTest, AWayBackThatWasInterruptedIsCompleted) {
     EXPECT_TRUE(isClean());
 }
 
+TEST_F(BundleTrialTest, ARemovalOfTheOldVersionThatWasInterruptedIsCompleted) {
+    exchange();
+    setPhase(Phase::begun);
+    // As far as the end of the trial has come: the record goes first.
+    fs::remove(update.path() / "update.json");
+    fs::remove_all(update.other() / "bin");
+
+    const BundleTrial trial(update);
+
+    EXPECT_EQ(trial.broughtBackFrom(), std::nullopt);
+    EXPECT_FALSE(trial.isOn());
+    EXPECT_EQ(inPlace(), "1.1");
+    EXPECT_TRUE(isClean());
+}
+
 TEST_F(BundleTrialTest, WithoutAnOldVersionTheNewOneStays) {
     exchange();
     setPhase(Phase::begun);
