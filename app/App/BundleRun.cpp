@@ -21,8 +21,8 @@ void rememberRollBack(const ReleaseVersion& failed, const std::filesystem::path&
 
 BundleRun::BundleRun(std::filesystem::path bundle, const std::vector<std::string>& arguments)
     : folder_(std::move(bundle)), trial_(folder_) {
-    if (trial_.broughtBackFrom()) {
-        rememberRollBack(*trial_.broughtBackFrom(), folder());
+    if (const auto& failed = trial_.broughtBackFrom()) {
+        rememberRollBack(*failed, folder());
         becomeProgram(programOf(folder()), arguments);
     }
 }

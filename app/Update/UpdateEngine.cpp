@@ -29,7 +29,6 @@ void UpdateEngine::start() {
     followingSetting_ = withTracking(
         [this] { static_cast<void>(needs_.preferences.automaticallyChecksForUpdates()); },
         [this] { needs_.loop.post(lifeline_.guarded([this] { start(); })); });
-    checkDue_.reset();
     timer_.reset();
     if (needs_.preferences.automaticallyChecksForUpdates()) {
         checkDue_ = nextCheck(
@@ -42,11 +41,11 @@ void UpdateEngine::start() {
 void UpdateEngine::schedule() {
     // The timer stands still while the machine sleeps, and the clock may be set: so it looks now and then.
     constexpr double longestWait = 3600;
-    const std::chrono::duration<double> left = *checkDue_ - needs_.loop.wallNow();
+    const std::chrono::duration<double> left = checkDue_ - needs_.loop.wallNow();
     timer_ = needs_.loop.after(std::clamp(left.count(), 0.0, longestWait), [this] {
         const auto now = needs_.loop.wallNow();
-        const bool isClockSetBack = *checkDue_ - now > 2 * needs_.checkInterval;
-        if (now >= *checkDue_ || isClockSetBack) {
+        const bool isClockSetBack = checkDue_ - now > 2 * needs_.checkInterval;
+        if (now >= checkDue_ || isClockSetBack) {
             beginScheduledCheck();
         } else {
             schedule();
@@ -59,7 +58,7 @@ void UpdateEngine::beginScheduledCheck() {
     checkDue_ = needs_.loop.wallNow() + std::chrono::duration_cast<RunLoop::WallTime::duration>(later);
     schedule();
     needs_.cost.ask(lifeline_.guarded([this](bool isMetered) {
-        if (!isMetered && isIn<Idle>(state_.get()) && checkDue_) {
+        if (!isMetered && isIn<Idle>(state_.get()) && timer_ != nullptr) {
             beginCheck(false);
         }
     }));

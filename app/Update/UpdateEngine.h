@@ -84,8 +84,8 @@ private:
     Needs needs_;
     Observed<UpdateState> state_;
     Observed<std::string> lastProblem_;
-    std::optional<RunLoop::WallTime> checkDue_; ///< empty while nothing is scheduled
-    RunLoop::Handle timer_;
+    RunLoop::WallTime checkDue_;
+    RunLoop::Handle timer_; ///< null while nothing is scheduled
     TrackingHandle followingSetting_;
     RunLoop::Handle check_;
     RunLoop::Handle download_;

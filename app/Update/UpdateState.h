@@ -15,7 +15,7 @@ namespace Updating {
 struct Idle {};
 
 struct Checking {
-    bool isAskedFor; ///< by the user
+    bool isAskedFor = false; ///< by the user
 };
 
 /// After a check that the user asked for, until it is dismissed.
@@ -23,26 +23,26 @@ struct NothingNewer {};
 
 /// Waits for the user's choice.
 struct Found {
-    FoundUpdate update;
-    bool isAskedFor; ///< the check was
+    FoundUpdate update{};
+    bool isAskedFor = false; ///< the check was
 };
 
 struct Downloading {
-    FoundUpdate update;
-    std::uint64_t received; ///< bytes
-    bool isWatched;         ///< the user has chosen to install it; else it happens by itself
+    FoundUpdate update{};
+    std::uint64_t received = 0; ///< bytes
+    bool isWatched = false;     ///< the user has chosen to install it; else it happens by itself
 };
 
 /// Verified and unpacked.
 struct Preparing {
-    FoundUpdate update;
-    bool isWatched;
+    FoundUpdate update{};
+    bool isWatched = false;
 };
 
 /// The newer version is used from the next start on.
 struct Ready {
-    ReleaseVersion version;
-    bool isWatched;
+    ReleaseVersion version{};
+    bool isWatched = false;
 };
 
 /// Of something that the user has asked for, until it is dismissed.

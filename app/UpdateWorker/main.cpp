@@ -98,10 +98,12 @@ private:
 
 class Worker {
 public:
-    Worker(RunLoop& loop, const std::filesystem::path& bundle, const BundleInformation& information)
+    Worker(
+        RunLoop& loop, const std::filesystem::path& bundle, const ReleaseVersion& running,
+        const UpdateSource& source)
         : downloader_(loop),
-          staging_(loop, UpdateFolder(bundle), information.version),
-          work_(downloader_, staging_, *information.source, ownUserAgent(information.version)) {}
+          staging_(loop, UpdateFolder(bundle), running),
+          work_(downloader_, staging_, source, ownUserAgent(running)) {}
 
     void check() {
         underWay_ = work_.check([](const UpdateWork::CheckResult& result) {
@@ -133,7 +135,7 @@ private:
     RunLoop::Handle underWay_;
 };
 
-int run(int argc, char* argv[]) {
+int run(int argc, char** argv) {
     const std::string_view what = argc == 2 ? argv[1] : "";
     const auto bundle = ownBundle();
     const auto information = bundle ? informationOf(*bundle) : std::nullopt;
@@ -144,7 +146,7 @@ int run(int argc, char* argv[]) {
     const QCoreApplication application(argc, argv);
     EpollRunLoop loop;
     const QtLoopHost host(loop);
-    Worker worker(loop, *bundle, *information);
+    Worker worker(loop, *bundle, information->version, *information->source);
     const Orders orders(loop, [&worker, what](const std::string& line) {
         if (what == "download") {
             worker.download(line);

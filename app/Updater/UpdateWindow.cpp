@@ -138,7 +138,7 @@ void UpdateWindow::showButtons(const std::vector<UpdatePage::Button>& buttons) {
     }
 }
 
-void UpdateWindow::choose(UpdatePage::Action action) {
+void UpdateWindow::choose(UpdatePage::Action action) const {
     if (onAction) {
         onAction(action);
     }

@@ -37,7 +37,7 @@ protected:
 private:
     void showProgress(const std::optional<UpdatePage::Progress>& progress);
     void showButtons(const std::vector<UpdatePage::Button>& buttons);
-    void choose(UpdatePage::Action action);
+    void choose(UpdatePage::Action action) const;
 
     UpdatePage page_;
 

@@ -74,10 +74,11 @@ void BundleTrial::lookAt(const UpdateRecord& record) {
 }
 
 void BundleTrial::pass(RunLoop& loop) {
-    if (!isOn()) {
+    if (!lock_) {
         return;
     }
-    const auto lock = std::make_shared<WriterLock>(*std::exchange(lock_, std::nullopt));
+    const auto lock = std::make_shared<WriterLock>(std::move(*lock_));
+    lock_.reset();
     const auto remove = [folder = folder_, lock]() -> RunLoop::Task {
         folder.remove();
         return [lock] {};
