@@ -52,8 +52,8 @@ public:
         if (!value) {
             complain(key, must);
         }
-        using Value = typename std::remove_cvref_t<decltype(value)>::value_type;
-        return value ? std::move(*value) : Value{};
+        using Parsed = typename std::remove_cvref_t<decltype(value)>::value_type;
+        return value ? std::move(*value) : Parsed{};
     }
 
     void complain(const char* key, std::string_view must);

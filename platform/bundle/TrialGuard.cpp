@@ -18,7 +18,7 @@ namespace tarnwick {
 namespace {
 
 /// Seconds beyond the trial, for a start on a busy machine.
-constexpr double patience = 15;
+constexpr double patienceWithStart = 15;
 
 /// Closed where another program takes its place. The C library's function can't be called from this language
 /// before version 2.37.
@@ -67,7 +67,7 @@ std::optional<ReleaseVersion> startOnTrial(
         ::_exit(EXIT_FAILURE);
     }
     takeSignals();
-    if (!newVersion.isOpen() || !endsWithin(newVersion, BundleTrial::length + patience)) {
+    if (!newVersion.isOpen() || !endsWithin(newVersion, BundleTrial::length + patienceWithStart)) {
         return std::nullopt;
     }
     const auto record = folder.record();

@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::streamsize longest = 1 << 20; // bytes
+constexpr std::streamsize largestThemeFile = 1 << 20; // bytes
 
 /// The name of a key without the flags that some desktops write behind it: `name[$i]`.
 std::string_view withoutFlags(std::string_view key) {
@@ -36,8 +36,8 @@ std::string themeText(const fs::path& file) {
         return "";
     }
     std::ifstream stream(file, std::ios::binary);
-    std::string text(static_cast<std::size_t>(longest), '\0');
-    stream.read(text.data(), longest);
+    std::string text(static_cast<std::size_t>(largestThemeFile), '\0');
+    stream.read(text.data(), largestThemeFile);
     text.resize(static_cast<std::size_t>(stream.gcount()));
     return text;
 }

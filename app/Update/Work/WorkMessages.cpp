@@ -6,7 +6,7 @@ namespace tarnwick {
 
 namespace {
 
-using nlohmann::json;
+using Json = nlohmann::json;
 
 constexpr auto feedKey = "feed";
 constexpr auto versionKey = "version";
@@ -17,35 +17,35 @@ constexpr auto completeKey = "complete";
 constexpr auto endedKey = "ended"; ///< null, or a problem
 
 struct Encoder {
-    json operator()(const UpdateWork::CheckResult& result) const { return std::visit(*this, result); }
+    Json operator()(const UpdateWork::CheckResult& result) const { return std::visit(*this, result); }
 
-    json operator()(const UpdateWork::VerifiedFeed& feed) const { return {{feedKey, feed.text}}; }
+    Json operator()(const UpdateWork::VerifiedFeed& feed) const { return {{feedKey, feed.text}}; }
 
-    json operator()(const UpdateWork::CheckFailure& failure) const {
+    Json operator()(const UpdateWork::CheckFailure& failure) const {
         return {{failureKey, failure.text}, {answeredKey, failure.hasAnswered}};
     }
 
-    json operator()(const UpdateWork::Received& received) const { return {{receivedKey, received.bytes}}; }
+    Json operator()(const UpdateWork::Received& received) const { return {{receivedKey, received.bytes}}; }
 
-    json operator()(const UpdateWork::Complete& /*complete*/) const { return {{completeKey, true}}; }
+    Json operator()(const UpdateWork::Complete& /*complete*/) const { return {{completeKey, true}}; }
 
-    json operator()(const UpdateWork::Ended& ended) const {
-        return {{endedKey, ended.problem ? json(*ended.problem) : json()}};
+    Json operator()(const UpdateWork::Ended& ended) const {
+        return {{endedKey, ended.problem ? Json(*ended.problem) : Json()}};
     }
 };
 
-std::string lineOf(const json& object) {
+std::string lineOf(const Json& object) {
     // A server's words may be in no encoding at all.
-    return object.dump(-1, ' ', false, json::error_handler_t::replace);
+    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-std::optional<std::string> textIn(const json& object, const char* key) {
+std::optional<std::string> textIn(const Json& object, const char* key) {
     const auto found = object.find(key);
     return found != object.end() && found->is_string() ? std::optional(found->get<std::string>())
                                                        : std::nullopt;
 }
 
-std::optional<WorkMessage> checkResultIn(const json& object) {
+std::optional<WorkMessage> checkResultIn(const Json& object) {
     if (auto feed = textIn(object, feedKey)) {
         return UpdateWork::CheckResult(UpdateWork::VerifiedFeed{.text = std::move(*feed)});
     }
