@@ -130,7 +130,12 @@ Updater::Needs AppDelegate::updaterNeeds(const Setup& setup) {
     return {
         .loop = loop_,
         .preferences = settings_.preferences(),
-        .makeEngine = [this] { return bundleUpdates_ ? bundleUpdates_->makeEngine() : nullptr; },
+        .makeEngine = [this]() -> std::unique_ptr<UpdateEngine> {
+            if (!bundleUpdates_) {
+                return nullptr;
+            }
+            return bundleUpdates_->makeEngine();
+        },
         .icon = programIcon(),
         .furnish = [this](QWidget& window) { MainMenu::install(window, menu_); },
         .restart = setup.restart};

@@ -6,8 +6,6 @@ namespace tarnwick {
 
 namespace {
 
-using Json = nlohmann::json;
-
 constexpr auto feedKey = "feed";
 constexpr auto versionKey = "version";
 constexpr auto failureKey = "failure";
@@ -17,35 +15,41 @@ constexpr auto completeKey = "complete";
 constexpr auto endedKey = "ended"; ///< null, or a problem
 
 struct Encoder {
-    Json operator()(const UpdateWork::CheckResult& result) const { return std::visit(*this, result); }
+    nlohmann::json operator()(const UpdateWork::CheckResult& result) const {
+        return std::visit(*this, result);
+    }
 
-    Json operator()(const UpdateWork::VerifiedFeed& feed) const { return {{feedKey, feed.text}}; }
+    nlohmann::json operator()(const UpdateWork::VerifiedFeed& feed) const { return {{feedKey, feed.text}}; }
 
-    Json operator()(const UpdateWork::CheckFailure& failure) const {
+    nlohmann::json operator()(const UpdateWork::CheckFailure& failure) const {
         return {{failureKey, failure.text}, {answeredKey, failure.hasAnswered}};
     }
 
-    Json operator()(const UpdateWork::Received& received) const { return {{receivedKey, received.bytes}}; }
+    nlohmann::json operator()(const UpdateWork::Received& received) const {
+        return {{receivedKey, received.bytes}};
+    }
 
-    Json operator()(const UpdateWork::Complete& /*complete*/) const { return {{completeKey, true}}; }
+    nlohmann::json operator()(const UpdateWork::Complete& /*complete*/) const {
+        return {{completeKey, true}};
+    }
 
-    Json operator()(const UpdateWork::Ended& ended) const {
-        return {{endedKey, ended.problem ? Json(*ended.problem) : Json()}};
+    nlohmann::json operator()(const UpdateWork::Ended& ended) const {
+        return {{endedKey, ended.problem ? nlohmann::json(*ended.problem) : nlohmann::json()}};
     }
 };
 
-std::string lineOf(const Json& object) {
+std::string lineOf(const nlohmann::json& object) {
     // A server's words may be in no encoding at all.
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
-std::optional<std::string> textIn(const Json& object, const char* key) {
+std::optional<std::string> textIn(const nlohmann::json& object, const char* key) {
     const auto found = object.find(key);
     return found != object.end() && found->is_string() ? std::optional(found->get<std::string>())
                                                        : std::nullopt;
 }
 
-std::optional<WorkMessage> checkResultIn(const Json& object) {
+std::optional<WorkMessage> checkResultIn(const nlohmann::json& object) {
     if (auto feed = textIn(object, feedKey)) {
         return UpdateWork::CheckResult(UpdateWork::VerifiedFeed{.text = std::move(*feed)});
     }

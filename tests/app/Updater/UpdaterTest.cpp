@@ -46,6 +46,11 @@ protected:
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
+    /// The window's only text browser.
+    [[nodiscard]] ReleaseNotes& notes() const {
+        return static_cast<ReleaseNotes&>(*window()->findChild<QTextBrowser*>());
+    }
+
     /// What can be read in the window.
     [[nodiscard]] std::string texts() const {
         std::string all;
@@ -151,7 +156,7 @@ TEST_F(UpdaterTest, ItShowsWhatItHasFound) {
 
     EXPECT_THAT(texts(), HasSubstr("Version 1.1 can be installed now. You have version 1.0."));
     EXPECT_THAT(buttons(), ElementsAre("Skip This Version", "Remind Me Later", "Install"));
-    EXPECT_EQ(window()->findChild<ReleaseNotes*>()->toPlainText(), "Better");
+    EXPECT_EQ(notes().toPlainText(), "Better");
     EXPECT_EQ(furnished, 1) << "it is still the same window";
 }
 
@@ -282,11 +287,10 @@ TEST_F(UpdaterTest, TheNotesLoadNothing) {
     publishNotes("![x](https://one.example/x.png) ![y](/etc/passwd) <img src='z'> [l](https://one.example)");
     checkForUpdates();
 
-    auto* const notes = window()->findChild<ReleaseNotes*>();
-    EXPECT_EQ(notes->loadResource(2, QUrl("file:///etc/passwd")), QVariant());
-    EXPECT_FALSE(notes->openLinks());
+    EXPECT_EQ(notes().loadResource(2, QUrl("file:///etc/passwd")), QVariant());
+    EXPECT_FALSE(notes().openLinks());
     EXPECT_EQ(feedRequests(), 1u);
-    EXPECT_THAT(notes->toPlainText().toStdString(), HasSubstr("<img src='z'>")) << "no HTML";
+    EXPECT_THAT(notes().toPlainText().toStdString(), HasSubstr("<img src='z'>")) << "no HTML";
 }
 
 TEST_F(UpdaterTest, ItsSettingsAreThePreferences) {
