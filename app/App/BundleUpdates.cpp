@@ -1,31 +1,15 @@
 #include "app/App/BundleUpdates.h"
 
-#include "core/Storage/FileStore.h"
 #include "core/Storage/StatsStore.h"
 #include "platform/linux/SystemName.h"
 
 #include <cstdio>
-#include <optional>
 #include <random>
 #include <utility>
 
 namespace tarnwick {
 
 namespace {
-
-std::optional<BundleInformation> informationOf(const std::filesystem::path& bundle) {
-    std::error_code error;
-    const auto text = FileStore::read(bundle / bundleInformationName, error);
-    if (!text) {
-        return std::nullopt;
-    }
-    auto parsed = parseBundleInformation(*text);
-    if (const auto* const mistake = std::get_if<DocumentMistake>(&parsed)) {
-        std::fprintf(stderr, "tarnwick: %s: %s\n", bundleInformationName, mistake->text.c_str());
-        return std::nullopt;
-    }
-    return std::get<BundleInformation>(std::move(parsed));
-}
 
 double randomPart() {
     std::random_device device;
@@ -49,8 +33,12 @@ BundleUpdates::BundleUpdates(
 }
 
 std::unique_ptr<UpdateEngine> BundleUpdates::makeEngine() {
-    const auto information = informationOf(bundle_);
-    if (!information || !information->source) {
+    const auto read = informationOf(bundle_);
+    if (const auto* const mistake = std::get_if<DocumentMistake>(&read)) {
+        std::fprintf(stderr, "tarnwick: %s: %s\n", bundleInformationName, mistake->text.c_str());
+    }
+    const auto* const information = std::get_if<BundleInformation>(&read);
+    if (information == nullptr || !information->source) {
         return nullptr;
     }
     const SystemName system = systemName();

@@ -25,8 +25,7 @@ public:
     /// Empty before the first check.
     [[nodiscard]] virtual std::optional<RunLoop::WallTime> lastUpdateCheckDate() const = 0;
 
-    /// What kept the last check, or an update that nobody watched, from its end; empty when nothing did. A
-    /// sentence for users.
+    /// Why the last check or update failed, as a sentence for users. Empty when it did not.
     [[nodiscard]] virtual std::string lastProblem() const = 0;
 
     /// False while a check or an update is under way.

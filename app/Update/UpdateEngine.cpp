@@ -223,7 +223,7 @@ void UpdateEngine::take(const UpdateWork::News& news) {
 }
 
 void UpdateEngine::downloadEnded(const UpdateWork::Problem& problem) {
-    download_.reset(); // so that nobody works where something is discarded
+    download_.reset(); // before its files are removed
     const auto* const preparing = std::get_if<Preparing>(&state_.get());
     const auto* const downloading = std::get_if<Downloading>(&state_.get());
     const bool isWatched =

@@ -30,7 +30,7 @@ struct Found {
 struct Downloading {
     FoundUpdate update{};
     std::uint64_t received = 0; ///< bytes
-    bool isWatched = false;     ///< the user has chosen to install it; else it happens by itself
+    bool isWatched = false;     ///< the user chose to install it; false for an automatic download
 };
 
 /// Verified and unpacked.

@@ -3,7 +3,6 @@
 #include "app/Update/Work/DirectUpdateWork.h"
 #include "app/Update/Work/WorkMessages.h"
 #include "core/FileDescriptor.h"
-#include "core/Storage/FileStore.h"
 #include "core/Update/BundleInformation.h"
 #include "platform/bundle/BundleStaging.h"
 #include "platform/https/HttpsDownloader.h"
@@ -35,14 +34,6 @@ constexpr auto frameworkVersion = "1";
 void say(const WorkMessage& message) {
     std::puts(encoded(message).c_str());
     std::fflush(stdout);
-}
-
-std::optional<BundleInformation> informationOf(const std::filesystem::path& bundle) {
-    std::error_code error;
-    const auto text = FileStore::read(bundle / bundleInformationName, error);
-    auto parsed = parseBundleInformation(text.value_or(""));
-    auto* const information = std::get_if<BundleInformation>(&parsed);
-    return information != nullptr ? std::optional(std::move(*information)) : std::nullopt;
 }
 
 std::string ownUserAgent(const ReleaseVersion& version) {
@@ -138,8 +129,10 @@ private:
 int run(int argc, char** argv) {
     const std::string_view what = argc == 2 ? argv[1] : "";
     const auto bundle = ownBundle();
-    const auto information = bundle ? informationOf(*bundle) : std::nullopt;
-    if ((what != "check" && what != "download") || !information || !information->source) {
+    const auto read = informationOf(bundle.value_or(""));
+    const auto* const information = std::get_if<BundleInformation>(&read);
+    if ((what != "check" && what != "download") || !bundle || information == nullptr
+        || !information->source) {
         std::fputs("tarnwick-update: Tarnwick starts this program in its bundle, when it updates\n", stderr);
         return EXIT_FAILURE;
     }

@@ -2,7 +2,6 @@
 
 #include "core/Storage/FileStore.h"
 #include "core/Storage/JsonObject.h"
-#include "core/Update/BundleInformation.h"
 
 #include <algorithm>
 #include <array>
@@ -92,14 +91,18 @@ void UpdateFolder::remove() const {
     }
 }
 
-std::optional<ReleaseVersion> versionOf(const fs::path& bundle) {
+std::variant<BundleInformation, DocumentMistake> informationOf(const fs::path& bundle) {
     std::error_code error;
     const auto text = FileStore::read(bundle / bundleInformationName, error);
     if (!text) {
-        return std::nullopt;
+        return DocumentMistake{error.message()};
     }
-    const auto parsed = parseBundleInformation(*text);
-    const auto* const information = std::get_if<BundleInformation>(&parsed);
+    return parseBundleInformation(*text);
+}
+
+std::optional<ReleaseVersion> versionOf(const fs::path& bundle) {
+    const auto read = informationOf(bundle);
+    const auto* const information = std::get_if<BundleInformation>(&read);
     return information != nullptr ? std::optional(information->version) : std::nullopt;
 }
 

@@ -1,10 +1,12 @@
 // The folder beside a bundle in which an update is made ready, and in which the old version waits.
 #pragma once
 
+#include "core/Update/BundleInformation.h"
 #include "core/Update/ReleaseVersion.h"
 
 #include <filesystem>
 #include <optional>
+#include <variant>
 
 namespace tarnwick {
 
@@ -68,7 +70,11 @@ private:
     std::filesystem::path path_;
 };
 
-/// The version that the information file of a bundle tells. None where there is none.
+/// What the information file of a bundle tells.
+[[nodiscard]] std::variant<BundleInformation, DocumentMistake> informationOf(
+    const std::filesystem::path& bundle);
+
+/// The version in it. None where the file can't be read.
 [[nodiscard]] std::optional<ReleaseVersion> versionOf(const std::filesystem::path& bundle);
 
 } // namespace tarnwick

@@ -122,7 +122,8 @@ TEST_F(UpdateProcessTest, AProcessThatCanNotBeStartedIsToldOfLater) {
     waitUntil([this] { return !results.empty(); });
 
     EXPECT_EQ(failure(), "The updater has ended unexpectedly.");
-    QTest::qWait(10);
+    QCoreApplication::sendPostedEvents(); // what else is in the queue
+    QCoreApplication::processEvents();
     EXPECT_EQ(results.size(), 1U);
 }
 
