@@ -135,12 +135,14 @@ void UpdateEngine::decide(const Feed& feed, bool isAskedFor) {
                .rolledBack = needs_.memory.rolledBack(),
                .isAskedFor = isAskedFor,
                .now = needs_.loop.wallNow()});
+    if (isTrusted(decision)) {
+        needs_.memory.setLastFeed(feed.signedAt);
+    }
     if (const auto* const refused = std::get_if<RefusedUpdate>(&decision)) {
         fail(sentence(*refused), isAskedFor);
         return;
     }
     lastProblem_.set("");
-    needs_.memory.setLastFeed(feed.signedAt);
     const auto* const found = std::get_if<FoundUpdate>(&decision);
     if (found == nullptr) {
         enter(isAskedFor ? UpdateState(NothingNewer{}) : Idle{});

@@ -16,7 +16,7 @@ class UpdateMemory {
 public:
     explicit UpdateMemory(std::filesystem::path file);
 
-    /// When the last feed that was not refused was signed.
+    /// When the last feed that was trusted was signed, whether or not it had an update for this machine.
     [[nodiscard]] std::optional<std::chrono::sys_seconds> lastFeed() const { return lastFeed_; }
 
     void setLastFeed(std::chrono::sys_seconds signedAt);

@@ -73,6 +73,12 @@ UpdateDecision decideOnUpdate(const Feed& feed, const UpdateCircumstances& circu
     return refused ? UpdateDecision(*refused) : UpdateDecision(UpToDate{});
 }
 
+bool isTrusted(const UpdateDecision& decision) {
+    const auto* const refused = std::get_if<RefusedUpdate>(&decision);
+    return refused == nullptr || refused->reason == Reason::noArchive
+           || refused->reason == Reason::systemTooOld;
+}
+
 std::string sentence(const RefusedUpdate& refused) {
     switch (refused.reason) {
     case Reason::signedInFuture:

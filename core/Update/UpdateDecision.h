@@ -16,7 +16,7 @@ struct UpdateCircumstances {
     std::string machine{};   ///< as the system calls it
     ReleaseVersion system{}; ///< the kernel's major and minor number
     std::string channel{};
-    /// When the last feed that was not refused was signed.
+    /// When the last feed that was trusted was signed.
     std::optional<std::chrono::sys_seconds> lastSeen{};
     std::optional<ReleaseVersion> skipped{};    ///< by the user
     std::optional<ReleaseVersion> rolledBack{}; ///< it failed to run here
@@ -34,7 +34,7 @@ struct FoundUpdate {
 struct RefusedUpdate {
     enum class Reason {
         signedInFuture, ///< later than the clock can be wrong: it would hide all later feeds
-        replayed,       ///< signed earlier than a feed that was seen before
+        replayed,       ///< signed earlier than a trusted feed that was seen before
         stale,          ///< too old: someone may hold back later feeds
         noArchive,      ///< newer releases are for other machines
         systemTooOld,   ///< newer releases need a newer kernel
@@ -56,6 +56,9 @@ inline constexpr auto clockTolerance = std::chrono::days(1);
 /// scheduled check finds neither the version that was rolled back nor one up to the skipped version. A
 /// channel includes the stable one.
 [[nodiscard]] UpdateDecision decideOnUpdate(const Feed& feed, const UpdateCircumstances& circumstances);
+
+/// Whether the feed itself is trusted, whatever it has for this machine: it must be remembered as seen.
+[[nodiscard]] bool isTrusted(const UpdateDecision& decision);
 
 /// For users.
 [[nodiscard]] std::string sentence(const RefusedUpdate& refused);

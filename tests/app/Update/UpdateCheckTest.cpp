@@ -148,6 +148,27 @@ TEST_F(UpdateCheck, DoesNotTrustAFeedFromThePastAfterARestart) {
     EXPECT_THAT(failure(), HasSubstr("older than what was received before"));
 }
 
+TEST_F(UpdateCheck, DoesNotTrustAFeedFromBeforeOneThatHadNothingForThisMachine) {
+    minimumSystem = "99.0";
+    publish("1.2");
+    check();
+    EXPECT_EQ(failure(), "Tarnwick 1.2 needs Linux 99.0 or newer.");
+    minimumSystem = "6.1";
+    publish("1.1", 1); // since withdrawn
+
+    check();
+
+    EXPECT_THAT(failure(), HasSubstr("older than what was received before"));
+}
+
+TEST_F(UpdateCheck, DoesNotRememberWhenAFeedThatItDoesNotTrustWasSigned) {
+    publish("1.1", -2);
+    check();
+    EXPECT_THAT(failure(), HasSubstr("dated in the future"));
+
+    EXPECT_EQ(memory.lastFeed(), std::nullopt);
+}
+
 TEST_F(UpdateCheck, DoesNotTrustAFeedThatIsNotRenewed) {
     publish("1.1", 91);
 

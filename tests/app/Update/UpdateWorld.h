@@ -170,15 +170,16 @@ protected:
     TemporaryFolder folder;
     UpdateMemory memory{folder.path() / "updates.json"};
     double drawn = 0.5;
+    std::string minimumSystem = "6.1"; ///< of the releases published from now on
 
 private:
     [[nodiscard]] std::string feedText(const std::string& version, const std::string& notes, int age) const {
         const auto signedAt =
             std::chrono::floor<std::chrono::seconds>(loop.wallNow()) - std::chrono::days(age);
         return R"({"signedAt":")" + utc(signedAt) + R"(","releases":[{"version":")" + version
-               + R"(","channel":"stable","minimumSystem":"6.1","archives":[{"address":")" + archiveAddress
-               + R"(","machine":"x86_64","size":5000,"sha256":")" + std::string(64, '0') + R"("}],"notes":")"
-               + notes + R"("}]})";
+               + R"(","channel":"stable","minimumSystem":")" + minimumSystem + R"(","archives":[{"address":")"
+               + archiveAddress + R"(","machine":"x86_64","size":5000,"sha256":")" + std::string(64, '0')
+               + R"("}],"notes":")" + notes + R"("}]})";
     }
 
     static std::string utc(std::chrono::sys_seconds time) {

@@ -232,6 +232,16 @@ TEST_P(UpdateDecisionOf, FollowsFeedAndCircumstances) {
     EXPECT_EQ(told(decideOnUpdate(feed, circumstances)), GetParam().expected);
 }
 
+TEST(UpdateTrust, IsOfTheFeedWhateverItHasForThisMachine) {
+    EXPECT_TRUE(isTrusted(UpToDate{}));
+    EXPECT_TRUE(isTrusted(FoundUpdate{}));
+    EXPECT_TRUE(isTrusted(RefusedUpdate{.reason = Reason::noArchive}));
+    EXPECT_TRUE(isTrusted(RefusedUpdate{.reason = Reason::systemTooOld}));
+    for (const Reason reason : {Reason::signedInFuture, Reason::replayed, Reason::stale}) {
+        EXPECT_FALSE(isTrusted(RefusedUpdate{.reason = reason})) << static_cast<int>(reason);
+    }
+}
+
 TEST(RefusedUpdateText, TellsTheReason) {
     const auto told = [](Reason reason) {
         return sentence({.reason = reason, .version = versionOf("0.3.0"), .needed = versionOf("6.5")});
