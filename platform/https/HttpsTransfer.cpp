@@ -20,6 +20,17 @@ bool isRedirect(int status) {
     return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
 }
 
+/// Of an answer that is no redirect and not the file.
+Downloader::Problem problemOfStatus(int status) {
+    if (status == 404 || status == 410) {
+        return Downloader::Problem::missing;
+    }
+    if (status >= 500 || status == 408 || status == 429) { // too slow, too often
+        return Downloader::Problem::unavailable;
+    }
+    return Downloader::Problem::unusable;
+}
+
 } // namespace
 
 HttpsTransfer::HttpsTransfer(
@@ -57,10 +68,10 @@ void HttpsTransfer::judge(const HttpsExchange::Answer& answer) {
     if (isRedirect(answer.status) && !answer.target.isEmpty()) {
         follow(answer.target);
     } else if (answer.status != statusOk) {
-        fail(Downloader::Problem::refused, QString::number(answer.status) + ' ' + answer.reason);
+        fail(problemOfStatus(answer.status), QString::number(answer.status) + ' ' + answer.reason);
     } else if (!answer.coding.isEmpty()) {
         // Nobody asked for it, and it is not unpacked: the file would not be the one that was published.
-        fail(Downloader::Problem::refused, "Content-Encoding: " + answer.coding);
+        fail(Downloader::Problem::unusable, "Content-Encoding: " + answer.coding);
     } else if (answer.size && *answer.size > request_.sizeLimit) {
         fail(Downloader::Problem::tooLarge, QString::number(*answer.size) + " bytes");
     } else {
@@ -72,7 +83,7 @@ void HttpsTransfer::judge(const HttpsExchange::Answer& answer) {
 
 void HttpsTransfer::follow(const QUrl& target) {
     if (++redirects_ > mostRedirects) {
-        fail(Downloader::Problem::refused, "too many redirects");
+        fail(Downloader::Problem::unusable, "too many redirects");
     } else {
         visit(target);
     }

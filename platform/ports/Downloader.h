@@ -25,7 +25,9 @@ public:
         silent,      ///< nothing, or next to nothing, has come for too long
         untrusted,   ///< the certificate is not this server's, has expired, or is signed by nobody known
         notHttps,    ///< the address, or where it redirects to
-        refused,     ///< the server has no such file, or can't serve it now
+        missing,     ///< the server has no such file
+        unavailable, ///< the server can't serve it now
+        unusable,    ///< the server's answer is not the file
         tooLarge,    ///< above the limit
         brokenOff,   ///< the connection ended early
     };

@@ -279,6 +279,11 @@ class InXfce(Faults, unittest.TestCase):
                 "The connection to the update server has ended early (Connection closed).",
             ),
             Fault(
+                "a server that can't now",
+                lambda case: case.offer_behaving(FEED, Behavior(status=503, body="")),
+                "The update server can't serve the file now (503 Service Unavailable).",
+            ),
+            Fault(
                 "no signature",
                 lambda case: case.offer_behaving(SIGNATURE, Behavior(status=404, body="")),
                 "The update server does not have the file (404 Not Found).",

@@ -14,8 +14,8 @@
 
 namespace tarnwick::simulation {
 
-/// Answers a tenth of a second after the question, then a part each tenth of a second. What is not there is
-/// refused.
+/// Answers a tenth of a second after the question, then a part each tenth of a second. What is not there
+/// counts as missing.
 class VirtualServer final : public Downloader {
 public:
     explicit VirtualServer(VirtualRunLoop& loop) : loop_(loop) {}
@@ -69,7 +69,7 @@ private:
                 } else if (isThere) {
                     end(std::nullopt);
                 } else {
-                    end(Failure{.problem = Problem::refused, .detail = "404"});
+                    end(Failure{.problem = Problem::missing, .detail = "404"});
                 }
                 return;
             }

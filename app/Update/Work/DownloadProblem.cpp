@@ -14,8 +14,12 @@ const char* meaning(Downloader::Problem problem) {
         return "The update server can't prove who it is";
     case Downloader::Problem::notHttps:
         return "The update server leads to an address that is not secure";
-    case Downloader::Problem::refused:
+    case Downloader::Problem::missing:
         return "The update server does not have the file";
+    case Downloader::Problem::unavailable:
+        return "The update server can't serve the file now";
+    case Downloader::Problem::unusable:
+        return "The update server's answer is not the file";
     case Downloader::Problem::tooLarge:
         return "The update server sends more than it should";
     case Downloader::Problem::brokenOff:

@@ -105,7 +105,7 @@ TEST_F(HttpsDownloaderTest, AServerThatAsksWhoWeAreIsNotTold) {
 
     const Outcome outcome = fetchedFrom("/closed");
 
-    EXPECT_EQ(outcome.problem(), Problem::refused);
+    EXPECT_EQ(outcome.problem(), Problem::unusable);
     EXPECT_EQ(servers_.requests("/closed").size(), 1U);
 }
 

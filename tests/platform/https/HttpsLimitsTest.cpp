@@ -21,31 +21,38 @@ protected:
 
 } // namespace
 
-TEST_F(HttpsLimitsTest, AMissingFileIsRefused) {
-    const Outcome outcome = fetchedFrom("/missing");
+TEST_F(HttpsLimitsTest, AFileThatTheServerDoesNotHaveIsMissing) {
+    servers_.behave("/gone", {{"status", 410}, {"body", "the error page"}});
 
-    ASSERT_EQ(outcome.problem(), Problem::refused);
-    EXPECT_EQ(outcome.failure->detail, "404 Not Found");
-    EXPECT_EQ(outcome.content, "");
+    const Outcome missing = fetchedFrom("/missing");
+    const Outcome gone = fetchedFrom("/gone");
+
+    ASSERT_EQ(missing.problem(), Problem::missing);
+    EXPECT_EQ(missing.failure->detail, "404 Not Found");
+    EXPECT_EQ(missing.content, "");
+    EXPECT_EQ(gone.problem(), Problem::missing);
+    EXPECT_EQ(gone.content, "");
 }
 
-TEST_F(HttpsLimitsTest, AServersErrorIsRefused) {
-    servers_.behave("/broken", {{"status", 500}, {"body", "the error page"}});
+TEST_F(HttpsLimitsTest, AFileThatTheServerCanNotServeNowIsUnavailable) {
+    for (const int status : {408, 429, 500, 503, 511}) {
+        servers_.behave("/broken", {{"status", status}, {"body", "the error page"}});
 
-    const Outcome outcome = fetchedFrom("/broken");
+        const Outcome outcome = fetchedFrom("/broken");
 
-    ASSERT_EQ(outcome.problem(), Problem::refused);
-    EXPECT_THAT(outcome.failure->detail, HasSubstr("500"));
-    EXPECT_EQ(outcome.content, "");
+        ASSERT_EQ(outcome.problem(), Problem::unavailable) << status;
+        EXPECT_THAT(outcome.failure->detail, HasSubstr(std::to_string(status)));
+        EXPECT_EQ(outcome.content, "") << status;
+    }
 }
 
-TEST_F(HttpsLimitsTest, AnAnswerThatIsNotTheFileIsRefused) {
-    for (const int status : {203, 206, 300, 302}) {
+TEST_F(HttpsLimitsTest, AnAnswerThatIsNotTheFileIsUnusable) {
+    for (const int status : {203, 206, 300, 302, 403, 409}) {
         servers_.behave("/other", {{"status", status}, {"body", "not the file"}});
 
         const Outcome outcome = fetchedFrom("/other");
 
-        EXPECT_EQ(outcome.problem(), Problem::refused) << status;
+        EXPECT_EQ(outcome.problem(), Problem::unusable) << status;
         EXPECT_EQ(outcome.content, "") << status;
     }
 }
@@ -57,7 +64,7 @@ TEST_F(HttpsLimitsTest, AnEndlessErrorPageIsNotReadToItsEnd) {
     const Outcome outcome =
         fetched(requestFor(servers_.address("/endless-error")), {.answer = longTime, .silence = longTime});
 
-    EXPECT_EQ(outcome.problem(), Problem::refused);
+    EXPECT_EQ(outcome.problem(), Problem::unavailable);
 }
 
 TEST_F(HttpsLimitsTest, WhatIsNotHttpsIsNotAskedFor) {
@@ -98,15 +105,15 @@ TEST_F(HttpsLimitsTest, ARedirectToALocalFileIsNotFollowed) {
 TEST_F(HttpsLimitsTest, ACircleOfRedirectsIsLeft) {
     servers_.behave("/round", {{"status", 302}, {"body", ""}, {"headers", {{"Location", "/round"}}}});
 
-    EXPECT_EQ(fetchedFrom("/round").problem(), Problem::refused);
+    EXPECT_EQ(fetchedFrom("/round").problem(), Problem::unusable);
     EXPECT_EQ(servers_.requests("/round").size(), 6U);
 }
 
-TEST_F(HttpsLimitsTest, WhatComesCompressedIsRefused) {
+TEST_F(HttpsLimitsTest, WhatComesCompressedIsUnusable) {
     servers_.behave("/packed", {{"body", "as if"}, {"headers", {{"Content-Encoding", "gzip"}}}});
     const Outcome outcome = fetchedFrom("/packed");
 
-    ASSERT_EQ(outcome.problem(), Problem::refused);
+    ASSERT_EQ(outcome.problem(), Problem::unusable);
     EXPECT_EQ(outcome.failure->detail, "Content-Encoding: gzip");
     EXPECT_EQ(outcome.content, "");
 }
