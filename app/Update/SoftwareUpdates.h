@@ -22,7 +22,7 @@ public:
     [[nodiscard]] virtual bool automaticallyDownloadsUpdates() const = 0;
     virtual void setAutomaticallyDownloadsUpdates(bool downloads) = 0;
 
-    /// Empty before the first check.
+    /// When a feed was trusted the last time. Empty before the first one.
     [[nodiscard]] virtual std::optional<RunLoop::WallTime> lastUpdateCheckDate() const = 0;
 
     /// Why the last check or update failed, as a sentence for users. Empty when it did not.

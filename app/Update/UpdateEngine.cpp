@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <utility>
 
 namespace tarnwick {
@@ -15,6 +16,10 @@ using namespace Updating;
 template<class... States>
 bool isIn(const UpdateState& state) {
     return (std::holds_alternative<States>(state) || ...);
+}
+
+RunLoop::WallTime::duration wallSeconds(double seconds) {
+    return std::chrono::duration_cast<RunLoop::WallTime::duration>(std::chrono::duration<double>(seconds));
 }
 
 } // namespace
@@ -54,8 +59,7 @@ void UpdateEngine::schedule() {
 }
 
 void UpdateEngine::beginScheduledCheck() {
-    const auto later = std::chrono::duration<double>(patienceWithNetwork);
-    checkDue_ = needs_.loop.wallNow() + std::chrono::duration_cast<RunLoop::WallTime::duration>(later);
+    checkDue_ = needs_.loop.wallNow() + wallSeconds(patienceWithNetwork);
     schedule();
     needs_.cost.ask(lifeline_.guarded([this](bool isMetered) {
         if (!isMetered && isIn<Idle>(state_.get()) && timer_ != nullptr) {
@@ -99,29 +103,37 @@ void UpdateEngine::beginCheck(bool isAskedFor) {
 
 void UpdateEngine::checkEnded(const UpdateWork::CheckResult& result, bool isAskedFor) {
     const auto check = std::move(check_); // until the end of this call
-    const auto* const failure = std::get_if<UpdateWork::CheckFailure>(&result);
-    if (failure == nullptr || failure->hasAnswered) {
-        needs_.preferences.setLastUpdateCheckDate(needs_.loop.wallNow());
-        start(); // the next one is due an interval from now
+    if (const auto* const failure = std::get_if<UpdateWork::CheckFailure>(&result)) {
+        checkFailed(*failure, isAskedFor);
+        return;
     }
-    if (failure == nullptr) {
-        read(std::get<UpdateWork::VerifiedFeed>(result), isAskedFor);
-    } else if (failure->hasAnswered || isAskedFor) {
-        fail(failure->text, isAskedFor);
+    const auto parsed = parseFeed(std::get<UpdateWork::VerifiedFeed>(result).text);
+    if (const auto* const feed = std::get_if<Feed>(&parsed)) {
+        decide(*feed, isAskedFor);
+    } else {
+        const std::string& mistake = std::get<DocumentMistake>(parsed).text;
+        checkFailed(
+            {.text = "The update information can't be read: " + mistake + ".", .hasAnswered = true},
+            isAskedFor);
+    }
+}
+
+void UpdateEngine::checkFailed(const UpdateWork::CheckFailure& failure, bool isAskedFor) {
+    if (failure.hasAnswered && !isAskedFor) {
+        putOff();
+    }
+    if (failure.hasAnswered || isAskedFor) {
+        fail(failure.text, isAskedFor);
     } else {
         enter(Idle{});
     }
 }
 
-void UpdateEngine::read(const UpdateWork::VerifiedFeed& verified, bool isAskedFor) {
-    const auto parsed = parseFeed(verified.text);
-    if (const auto* const feed = std::get_if<Feed>(&parsed)) {
-        decide(*feed, isAskedFor);
-    } else {
-        fail(
-            "The update information can't be read: " + std::get<DocumentMistake>(parsed).text + ".",
-            isAskedFor);
-    }
+void UpdateEngine::putOff() {
+    const double longest = std::chrono::duration<double>(needs_.checkInterval).count();
+    const double wait = std::min(std::ldexp(patienceWithNetwork, failures_), longest);
+    ++failures_;
+    checkDue_ = needs_.loop.wallNow() + wallSeconds(wait);
 }
 
 void UpdateEngine::decide(const Feed& feed, bool isAskedFor) {
@@ -135,10 +147,13 @@ void UpdateEngine::decide(const Feed& feed, bool isAskedFor) {
                .rolledBack = needs_.memory.rolledBack(),
                .isAskedFor = isAskedFor,
                .now = needs_.loop.wallNow()});
-    if (isTrusted(decision)) {
-        needs_.memory.setLastFeed(feed.signedAt);
+    const auto* const refused = std::get_if<RefusedUpdate>(&decision);
+    if (!isTrusted(decision)) {
+        checkFailed({.text = sentence(*refused), .hasAnswered = true}, isAskedFor);
+        return;
     }
-    if (const auto* const refused = std::get_if<RefusedUpdate>(&decision)) {
+    trusted(feed);
+    if (refused != nullptr) {
         fail(sentence(*refused), isAskedFor);
         return;
     }
@@ -151,6 +166,13 @@ void UpdateEngine::decide(const Feed& feed, bool isAskedFor) {
     } else {
         enter(Found{.update = *found, .isAskedFor = isAskedFor});
     }
+}
+
+void UpdateEngine::trusted(const Feed& feed) {
+    failures_ = 0;
+    needs_.memory.setLastFeed(feed.signedAt);
+    needs_.preferences.setLastUpdateCheckDate(needs_.loop.wallNow());
+    start(); // the next check is due an interval from now
 }
 
 void UpdateEngine::fail(const std::string& text, bool isAskedFor) {

@@ -36,7 +36,8 @@ public:
         std::function<double()> random; ///< from 0 to 1
     };
 
-    /// Seconds. Between scheduled checks while there is no network, or one that is paid by use.
+    /// Seconds. Between scheduled checks while there is no network, or one that is paid by use; doubled with
+    /// each check after which there is an answer, yet no feed that is trusted, up to the interval.
     static constexpr double patienceWithNetwork = 3600;
 
     /// The needs outlive the engine. Tells at once what the run before has left to tell.
@@ -73,8 +74,11 @@ private:
     void beginScheduledCheck();
     void beginCheck(bool isAskedFor);
     void checkEnded(const UpdateWork::CheckResult& result, bool isAskedFor);
-    void read(const UpdateWork::VerifiedFeed& verified, bool isAskedFor);
+    void checkFailed(const UpdateWork::CheckFailure& failure, bool isAskedFor);
+    /// The next scheduled check, longer each time: a server in trouble has many programs that ask.
+    void putOff();
     void decide(const Feed& feed, bool isAskedFor);
+    void trusted(const Feed& feed);
     void fail(const std::string& text, bool isAskedFor);
     void download(const FoundUpdate& update, bool isWatched);
     void take(const UpdateWork::News& news);
@@ -86,6 +90,7 @@ private:
     Observed<std::string> lastProblem_;
     RunLoop::WallTime checkDue_;
     RunLoop::Handle timer_; ///< null while nothing is scheduled
+    int failures_ = 0;      ///< scheduled checks that were put off, since a feed was trusted
     TrackingHandle followingSetting_;
     RunLoop::Handle check_;
     RunLoop::Handle download_;

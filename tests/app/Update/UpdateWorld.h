@@ -77,7 +77,7 @@ private:
 
 /// The running version is 1.0, and 2026-11-23 the day.
 class UpdateWorld : public testing::Test {
-protected:
+public:
     static constexpr double day = 86400;
     static constexpr auto feedAddress = "https://updates.example/feed.json";
     static constexpr auto archiveAddress = "https://updates.example/Tarnwick-1.1.tar.zst";
