@@ -61,11 +61,20 @@ void UpdateEngine::schedule() {
 void UpdateEngine::beginScheduledCheck() {
     checkDue_ = needs_.loop.wallNow() + wallSeconds(patienceWithNetwork);
     schedule();
+    if (!maySchedule()) {
+        return;
+    }
     needs_.cost.ask(lifeline_.guarded([this](bool isMetered) {
-        if (!isMetered && isIn<Idle>(state_.get()) && timer_ != nullptr) {
+        if (!isMetered && maySchedule() && timer_ != nullptr) {
             beginCheck(false);
         }
     }));
+}
+
+bool UpdateEngine::maySchedule() const {
+    // Once a version is ready, a newer one waits for the restart: making that one ready would take this one
+    // away, and may fail.
+    return isIn<Idle, NothingNewer, Failed, Found>(state_.get());
 }
 
 bool UpdateEngine::canCheck() const {
@@ -94,7 +103,10 @@ void UpdateEngine::check() {
 }
 
 void UpdateEngine::beginCheck(bool isAskedFor) {
-    enter(Checking{.isAskedFor = isAskedFor});
+    check_.reset(); // never two at once
+    if (isAskedFor || isIn<Idle>(state_.get())) {
+        enter(Checking{.isAskedFor = isAskedFor});
+    }
     check_ = needs_.work.check([this](const UpdateWork::CheckResult& result) {
         const auto* const checking = std::get_if<Checking>(&state_.get());
         checkEnded(result, checking != nullptr && checking->isAskedFor);
@@ -125,7 +137,7 @@ void UpdateEngine::checkFailed(const UpdateWork::CheckFailure& failure, bool isA
     if (failure.hasAnswered || isAskedFor) {
         fail(failure.text, isAskedFor);
     } else {
-        enter(Idle{});
+        rest();
     }
 }
 
@@ -137,6 +149,9 @@ void UpdateEngine::putOff() {
 }
 
 void UpdateEngine::decide(const Feed& feed, bool isAskedFor) {
+    // A scheduled check while an offer waits for its answer brings a fresh one, or takes it back.
+    const auto* const offer = std::get_if<Found>(&state_.get());
+    const bool isOfferAskedFor = offer != nullptr && offer->isAskedFor;
     const UpdateDecision decision = decideOnUpdate(
         feed, {.running = needs_.running,
                .machine = needs_.machine,
@@ -145,7 +160,7 @@ void UpdateEngine::decide(const Feed& feed, bool isAskedFor) {
                .lastSeen = needs_.memory.lastFeed(),
                .skipped = ReleaseVersion::parse(needs_.preferences.skippedUpdate()),
                .rolledBack = needs_.memory.rolledBack(),
-               .isAskedFor = isAskedFor,
+               .isAskedFor = isAskedFor || isOfferAskedFor,
                .now = needs_.loop.wallNow()});
     const auto* const refused = std::get_if<RefusedUpdate>(&decision);
     if (!isTrusted(decision)) {
@@ -153,18 +168,27 @@ void UpdateEngine::decide(const Feed& feed, bool isAskedFor) {
         return;
     }
     trusted(feed);
+    if (const auto* const found = std::get_if<FoundUpdate>(&decision)) {
+        lastProblem_.set("");
+        if (needs_.preferences.automaticallyDownloadsUpdates() && !isAskedFor && offer == nullptr) {
+            download(*found, false);
+        } else {
+            enter(Found{.update = *found, .isAskedFor = isAskedFor || isOfferAskedFor});
+        }
+        return;
+    }
+    if (offer != nullptr) {
+        enter(Idle{});
+    }
     if (refused != nullptr) {
         fail(sentence(*refused), isAskedFor);
         return;
     }
     lastProblem_.set("");
-    const auto* const found = std::get_if<FoundUpdate>(&decision);
-    if (found == nullptr) {
-        enter(isAskedFor ? UpdateState(NothingNewer{}) : Idle{});
-    } else if (needs_.preferences.automaticallyDownloadsUpdates() && !isAskedFor) {
-        download(*found, false);
+    if (isAskedFor) {
+        enter(NothingNewer{});
     } else {
-        enter(Found{.update = *found, .isAskedFor = isAskedFor});
+        rest();
     }
 }
 
@@ -177,11 +201,22 @@ void UpdateEngine::trusted(const Feed& feed) {
 
 void UpdateEngine::fail(const std::string& text, bool isAskedFor) {
     lastProblem_.set(text);
-    enter(isAskedFor ? UpdateState(Failed{.text = text}) : Idle{});
+    if (isAskedFor) {
+        enter(Failed{.text = text});
+    } else {
+        rest();
+    }
+}
+
+void UpdateEngine::rest() {
+    if (isIn<Checking, Downloading, Preparing>(state_.get())) {
+        enter(Idle{});
+    }
 }
 
 void UpdateEngine::install() {
     if (const auto* const found = std::get_if<Found>(&state_.get())) {
+        check_.reset();
         download(FoundUpdate(found->update), true);
     }
 }
@@ -189,12 +224,13 @@ void UpdateEngine::install() {
 void UpdateEngine::skip() {
     if (const auto* const found = std::get_if<Found>(&state_.get())) {
         needs_.preferences.setSkippedUpdate(found->update.release.version.text());
-        enter(Idle{});
+        remindLater();
     }
 }
 
 void UpdateEngine::remindLater() {
     if (isIn<Found>(state_.get())) {
+        check_.reset();
         enter(Idle{});
     }
 }

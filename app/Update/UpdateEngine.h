@@ -72,6 +72,10 @@ public:
 private:
     void schedule();
     void beginScheduledCheck();
+    /// Whether a scheduled check does no harm now.
+    [[nodiscard]] bool maySchedule() const;
+    /// One that nobody has asked for leaves a state that waits for the user as it is, until it finds
+    /// something.
     void beginCheck(bool isAskedFor);
     void checkEnded(const UpdateWork::CheckResult& result, bool isAskedFor);
     void checkFailed(const UpdateWork::CheckFailure& failure, bool isAskedFor);
@@ -80,6 +84,8 @@ private:
     void decide(const Feed& feed, bool isAskedFor);
     void trusted(const Feed& feed);
     void fail(const std::string& text, bool isAskedFor);
+    /// Ends what is under way; what waits for the user stays.
+    void rest();
     void download(const FoundUpdate& update, bool isWatched);
     void take(const UpdateWork::News& news);
     void downloadEnded(const UpdateWork::Problem& problem);

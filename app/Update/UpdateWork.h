@@ -57,8 +57,8 @@ public:
 
     using News = std::variant<Received, Complete, Ended>;
 
-    /// The update is one of the feed that the last check has verified. What there was of an earlier download
-    /// is gone.
+    /// The update is one of the feed that the last check has verified, or a check before it. What there was
+    /// of an earlier download is gone.
     [[nodiscard]] virtual RunLoop::Handle download(
         const FoundUpdate& update, std::function<void(const News&)> tell) = 0;
 

@@ -1,5 +1,4 @@
-// When the updater asks for newer versions, and what it makes of the answer.
-#include "core/Update/CheckSchedule.h"
+// What the updater makes of the answer to a user's own check.
 #include "tests/app/Update/UpdateWorld.h"
 
 #include <gmock/gmock.h>
@@ -11,7 +10,6 @@ using testing::HasSubstr;
 using namespace Updating;
 
 using UpdateCheck = UpdateWorld;
-using ScheduledCheck = UpdateWorld;
 
 TEST_F(UpdateCheck, FindsANewerVersion) {
     check();
@@ -206,137 +204,6 @@ TEST_F(UpdateCheck, BringsWhatAScheduledOneHasFoundToTheUser) {
     ASSERT_NE(in<Found>(), nullptr);
     EXPECT_TRUE(in<Found>()->isAskedFor);
     EXPECT_EQ(feedRequests(), before);
-}
-
-TEST_F(ScheduledCheck, ComesADayAfterTheLastOneAndALittleLater) {
-    engine().start();
-    const double due = day - 3600 + 0.5 * day / jitterPartOfInterval;
-
-    loop.advance(due - 10);
-    EXPECT_EQ(feedRequests(), 0u);
-
-    loop.advance(20);
-    EXPECT_EQ(feedRequests(), 1u);
-    EXPECT_NE(in<Found>(), nullptr);
-}
-
-TEST_F(ScheduledCheck, ComesOnceADay) {
-    publish("1.0");
-    engine().start();
-
-    loop.advance(10 * day);
-
-    EXPECT_GE(feedRequests(), 9u);
-    EXPECT_LE(feedRequests(), 10u);
-    EXPECT_NE(in<Idle>(), nullptr) << "nobody is told that there is nothing newer";
-}
-
-TEST_F(ScheduledCheck, WaitsForTheUserOnceItHasFoundSomething) {
-    engine().start();
-
-    loop.advance(10 * day);
-
-    EXPECT_EQ(feedRequests(), 1u);
-}
-
-TEST_F(ScheduledCheck, RemindsADayLater) {
-    engine().start();
-    loop.advance(day);
-    ASSERT_NE(in<Found>(), nullptr);
-
-    engine().remindLater();
-    EXPECT_NE(in<Idle>(), nullptr);
-
-    loop.advance(1.1 * day);
-    EXPECT_NE(in<Found>(), nullptr);
-}
-
-TEST_F(ScheduledCheck, LeavesASkippedVersionAlone) {
-    engine().start();
-    loop.advance(day);
-    engine().skip();
-    EXPECT_EQ(preferences.skippedUpdate(), "1.1");
-
-    loop.advance(3 * day);
-    EXPECT_NE(in<Idle>(), nullptr);
-
-    publish("1.2");
-    loop.advance(1.1 * day);
-    EXPECT_NE(in<Found>(), nullptr);
-}
-
-TEST_F(ScheduledCheck, IsSilentWithoutANetworkAndTriesAgainWithinHours) {
-    server.failures[feedAddress] = {.problem = Downloader::Problem::unreachable, .detail = ""};
-    const auto feed = server.files.extract(feedAddress);
-    engine().start();
-    loop.advance(day + 7200);
-    EXPECT_GE(feedRequests(), 2u);
-    EXPECT_NE(in<Idle>(), nullptr);
-    EXPECT_EQ(engine().lastProblem(), "");
-
-    server.files[feedAddress] = feed.mapped();
-    server.failures.clear();
-    loop.advance(UpdateEngine::patienceWithNetwork + 10);
-
-    EXPECT_NE(in<Found>(), nullptr);
-}
-
-TEST_F(ScheduledCheck, WaitsForAConnectionThatIsNotPaidByUse) {
-    cost.isMetered = true;
-    engine().start();
-    loop.advance(3 * day);
-    EXPECT_EQ(server.requests().size(), 0u);
-
-    cost.isMetered = false;
-    loop.advance(UpdateEngine::patienceWithNetwork + 10);
-
-    EXPECT_EQ(feedRequests(), 1u);
-}
-
-TEST_F(ScheduledCheck, IsMadeUpForSoonAfterASleep) {
-    engine().start();
-    loop.advance(3600);
-
-    loop.sleep(3 * day);
-    loop.advance(2 * 3600);
-
-    EXPECT_EQ(feedRequests(), 1u);
-}
-
-TEST_F(ScheduledCheck, IsNotPutOffForYearsByAClockThatIsSetBack) {
-    engine().start();
-    loop.setWallClock(today - std::chrono::days(3000));
-    publish("1.0");
-
-    loop.advance(2 * 3600);
-
-    EXPECT_EQ(feedRequests(), 1u);
-}
-
-TEST_F(ScheduledCheck, DoesNotComeWhenTheUserDoesNotWantIt) {
-    preferences.setAutomaticallyChecksForUpdates(false);
-    engine().start();
-    loop.advance(3 * day);
-    EXPECT_EQ(server.requests().size(), 0u);
-    EXPECT_EQ(loop.timerCount(), 0u);
-
-    preferences.setAutomaticallyChecksForUpdates(true);
-    loop.advance(3600);
-    EXPECT_EQ(feedRequests(), 1u);
-}
-
-TEST_F(ScheduledCheck, KeepsWhatWentWrongForTheSettingsWindow) {
-    publish("1.1", 0, MinisignKey(3));
-    engine().start();
-
-    loop.advance(day);
-
-    EXPECT_NE(in<Idle>(), nullptr) << "no window";
-    EXPECT_THAT(engine().lastProblem(), HasSubstr("unknown key"));
-
-    publish("1.0");
-    loop.advance(1.1 * day);
-    EXPECT_EQ(engine().lastProblem(), "");
 }
 
 TEST_F(UpdateCheck, TellsOnceOfAVersionThatDidNotRun) {

@@ -64,10 +64,12 @@ private:
 class StatedCost final : public ConnectionCost {
 public:
     bool isMetered = false;
+    int questions = 0;
 
     explicit StatedCost(RunLoop& loop) : loop_(loop) {}
 
     void ask(std::function<void(bool isMetered)> answer) override {
+        ++questions;
         loop_.post([answer = std::move(answer), metered = isMetered] { answer(metered); });
     }
 
