@@ -18,6 +18,21 @@ bool isIn(const UpdateState& state) {
     return (std::holds_alternative<States>(state) || ...);
 }
 
+struct UnderWay {
+    FoundUpdate update{};
+    bool isWatched = false;
+};
+
+/// Empty where nothing is downloaded or prepared.
+UnderWay underWay(const UpdateState& state) {
+    if (const auto* const downloading = std::get_if<Downloading>(&state)) {
+        return {.update = downloading->update, .isWatched = downloading->isWatched};
+    }
+    const auto* const preparing = std::get_if<Preparing>(&state);
+    return preparing != nullptr ? UnderWay{.update = preparing->update, .isWatched = preparing->isWatched}
+                                : UnderWay{};
+}
+
 RunLoop::WallTime::duration wallSeconds(double seconds) {
     return std::chrono::duration_cast<RunLoop::WallTime::duration>(std::chrono::duration<double>(seconds));
 }
@@ -148,37 +163,35 @@ void UpdateEngine::putOff() {
     checkDue_ = needs_.loop.wallNow() + wallSeconds(wait);
 }
 
+UpdateCircumstances UpdateEngine::circumstances(bool isAskedFor) const {
+    return {
+        .running = needs_.running,
+        .machine = needs_.machine,
+        .system = needs_.system,
+        .channel = needs_.channel,
+        .lastSeen = needs_.memory.lastFeed(),
+        .skipped = ReleaseVersion::parse(needs_.preferences.skippedUpdate()),
+        .rolledBack = needs_.memory.rolledBack(),
+        .isAskedFor = isAskedFor,
+        .now = needs_.loop.wallNow()};
+}
+
 void UpdateEngine::decide(const Feed& feed, bool isAskedFor) {
-    // A scheduled check while an offer waits for its answer brings a fresh one, or takes it back.
     const auto* const offer = std::get_if<Found>(&state_.get());
-    const bool isOfferAskedFor = offer != nullptr && offer->isAskedFor;
-    const UpdateDecision decision = decideOnUpdate(
-        feed, {.running = needs_.running,
-               .machine = needs_.machine,
-               .system = needs_.system,
-               .channel = needs_.channel,
-               .lastSeen = needs_.memory.lastFeed(),
-               .skipped = ReleaseVersion::parse(needs_.preferences.skippedUpdate()),
-               .rolledBack = needs_.memory.rolledBack(),
-               .isAskedFor = isAskedFor || isOfferAskedFor,
-               .now = needs_.loop.wallNow()});
+    const UpdateDecision decision =
+        decideOnUpdate(feed, circumstances(isAskedFor || (offer != nullptr && offer->isAskedFor)));
     const auto* const refused = std::get_if<RefusedUpdate>(&decision);
     if (!isTrusted(decision)) {
         checkFailed({.text = sentence(*refused), .hasAnswered = true}, isAskedFor);
         return;
     }
     trusted(feed);
-    if (const auto* const found = std::get_if<FoundUpdate>(&decision)) {
-        lastProblem_.set("");
-        if (needs_.preferences.automaticallyDownloadsUpdates() && !isAskedFor && offer == nullptr) {
-            download(*found, false);
-        } else {
-            enter(Found{.update = *found, .isAskedFor = isAskedFor || isOfferAskedFor});
-        }
+    if (const auto* const update = std::get_if<FoundUpdate>(&decision)) {
+        found(*update, isAskedFor);
         return;
     }
     if (offer != nullptr) {
-        enter(Idle{});
+        enter(Idle{}); // it was withdrawn
     }
     if (refused != nullptr) {
         fail(sentence(*refused), isAskedFor);
@@ -189,6 +202,17 @@ void UpdateEngine::decide(const Feed& feed, bool isAskedFor) {
         enter(NothingNewer{});
     } else {
         rest();
+    }
+}
+
+void UpdateEngine::found(const FoundUpdate& update, bool isAskedFor) {
+    lastProblem_.set("");
+    const auto* const offer = std::get_if<Found>(&state_.get());
+    const bool isForUser = isAskedFor || offer != nullptr || update.release.version == notInstalled_;
+    if (needs_.preferences.automaticallyDownloadsUpdates() && !isForUser) {
+        download(update, false);
+    } else {
+        enter(Found{.update = update, .isAskedFor = isAskedFor || (offer != nullptr && offer->isAskedFor)});
     }
 }
 
@@ -256,7 +280,7 @@ void UpdateEngine::dismiss() {
 
 void UpdateEngine::download(const FoundUpdate& update, bool isWatched) {
     if (const auto obstacle = needs_.work.obstacle()) {
-        fail(*obstacle, isWatched);
+        downloadFailed(update, *obstacle, isWatched);
         return;
     }
     enter(Downloading{.update = update, .received = 0, .isWatched = isWatched});
@@ -265,7 +289,7 @@ void UpdateEngine::download(const FoundUpdate& update, bool isWatched) {
 
 void UpdateEngine::take(const UpdateWork::News& news) {
     if (const auto* const ended = std::get_if<UpdateWork::Ended>(&news)) {
-        downloadEnded(ended->problem);
+        downloadEnded(*ended);
         return;
     }
     state_.mutate([&news](UpdateState& present) {
@@ -282,18 +306,31 @@ void UpdateEngine::take(const UpdateWork::News& news) {
     });
 }
 
-void UpdateEngine::downloadEnded(const UpdateWork::Problem& problem) {
+void UpdateEngine::downloadEnded(const UpdateWork::Ended& ended) {
     download_.reset(); // before its files are removed
-    const auto* const preparing = std::get_if<Preparing>(&state_.get());
-    const auto* const downloading = std::get_if<Downloading>(&state_.get());
-    const bool isWatched =
-        preparing != nullptr ? preparing->isWatched : downloading != nullptr && downloading->isWatched;
-    if (problem || preparing == nullptr) {
-        needs_.work.discard();
-        fail(problem.value_or("The update ended early."), isWatched);
-    } else {
-        enter(Ready{.version = preparing->update.release.version, .isWatched = isWatched});
+    const auto [update, isWatched] = underWay(state_.get());
+    if (isIn<Preparing>(state_.get()) && !ended.problem) {
+        enter(Ready{.version = update.release.version, .isWatched = isWatched});
+        return;
     }
+    needs_.work.discard();
+    const std::string text = ended.problem.value_or("The update ended early.");
+    if (ended.mayPass) {
+        fail(text, isWatched);
+    } else {
+        downloadFailed(update, text, isWatched);
+    }
+}
+
+void UpdateEngine::downloadFailed(const FoundUpdate& update, const std::string& text, bool isWatched) {
+    if (isWatched) {
+        fail(text, true);
+        return;
+    }
+    // Else the user would never learn of the version, and it would be downloaded each day for nothing.
+    lastProblem_.set(text);
+    notInstalled_ = update.release.version;
+    enter(Found{.update = update, .isAskedFor = false});
 }
 
 void UpdateEngine::enter(UpdateState state) {

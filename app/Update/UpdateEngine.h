@@ -81,19 +81,25 @@ private:
     void checkFailed(const UpdateWork::CheckFailure& failure, bool isAskedFor);
     /// The next scheduled check, longer each time: a server in trouble has many programs that ask.
     void putOff();
+    [[nodiscard]] UpdateCircumstances circumstances(bool isAskedFor) const;
+    /// While an offer waits for its answer, a fresh one takes its place, or it is taken back.
     void decide(const Feed& feed, bool isAskedFor);
+    void found(const FoundUpdate& update, bool isAskedFor);
     void trusted(const Feed& feed);
     void fail(const std::string& text, bool isAskedFor);
     /// Ends what is under way; what waits for the user stays.
     void rest();
     void download(const FoundUpdate& update, bool isWatched);
     void take(const UpdateWork::News& news);
-    void downloadEnded(const UpdateWork::Problem& problem);
+    void downloadEnded(const UpdateWork::Ended& ended);
+    /// For a reason that another try does not mend.
+    void downloadFailed(const FoundUpdate& update, const std::string& text, bool isWatched);
     void enter(UpdateState state);
 
     Needs needs_;
     Observed<UpdateState> state_;
     Observed<std::string> lastProblem_;
+    std::optional<ReleaseVersion> notInstalled_; ///< the automatic download of which came to nothing
     RunLoop::WallTime checkDue_;
     RunLoop::Handle timer_; ///< null while nothing is scheduled
     int failures_ = 0;      ///< scheduled checks that were put off, since a feed was trusted

@@ -53,6 +53,7 @@ public:
     /// Once. Without a problem the version is ready.
     struct Ended {
         Problem problem;
+        bool mayPass = false; ///< the network's problem: the same download may do better at another time
     };
 
     using News = std::variant<Received, Complete, Ended>;

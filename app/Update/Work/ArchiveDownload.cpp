@@ -24,7 +24,7 @@ void ArchiveDownload::fetchSignature() {
          .ended =
              [this](const std::optional<Downloader::Failure>& failure) {
                  if (failure) {
-                     end(sentence(*failure));
+                     end({.problem = sentence(*failure), .mayPass = mayPass(failure->problem)});
                  } else {
                      fetchArchive();
                  }
@@ -33,7 +33,7 @@ void ArchiveDownload::fetchSignature() {
 
 void ArchiveDownload::fetchArchive() {
     if (const auto problem = needs_.place.begin()) {
-        end(problem);
+        end({.problem = problem});
         return;
     }
     transfer_ = needs_.downloader.fetch(
@@ -44,7 +44,7 @@ void ArchiveDownload::fetchArchive() {
          .ended =
              [this](const std::optional<Downloader::Failure>& failure) {
                  if (failure) {
-                     end(sentence(*failure));
+                     end({.problem = sentence(*failure), .mayPass = mayPass(failure->problem)});
                  } else {
                      prepare();
                  }
@@ -53,7 +53,7 @@ void ArchiveDownload::fetchArchive() {
 
 bool ArchiveDownload::keep(std::string_view part) {
     if (auto problem = needs_.place.add(part)) {
-        end(problem);
+        end({.problem = problem});
         return false;
     }
     received_ += part.size();
@@ -68,12 +68,12 @@ void ArchiveDownload::prepare() {
          .version = update_.release.version,
          .signature = signature_,
          .keys = needs_.keys},
-        lifeline_.guarded([this](const UpdatePlace::Problem& problem) { end(problem); }));
+        lifeline_.guarded([this](const UpdatePlace::Problem& problem) { end({.problem = problem}); }));
 }
 
-void ArchiveDownload::end(const UpdatePlace::Problem& problem) {
+void ArchiveDownload::end(const UpdateWork::Ended& ended) {
     const auto tell = std::exchange(tell_, nullptr);
-    tell(UpdateWork::Ended{.problem = problem}); // it may destroy this
+    tell(ended); // it may destroy this
 }
 
 } // namespace tarnwick

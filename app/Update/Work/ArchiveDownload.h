@@ -34,7 +34,7 @@ private:
     void fetchArchive();
     [[nodiscard]] bool keep(std::string_view part);
     void prepare();
-    void end(const UpdatePlace::Problem& problem);
+    void end(const UpdateWork::Ended& ended);
 
     Needs needs_;
     FoundUpdate update_;

@@ -39,4 +39,9 @@ bool hasAnswered(Downloader::Problem problem) {
     return problem != Downloader::Problem::unreachable && problem != Downloader::Problem::silent;
 }
 
+bool mayPass(Downloader::Problem problem) {
+    return problem != Downloader::Problem::missing && problem != Downloader::Problem::unusable
+           && problem != Downloader::Problem::tooLarge;
+}
+
 } // namespace tarnwick

@@ -13,4 +13,7 @@ namespace tarnwick {
 /// Whether the server was there; else there may be no network.
 [[nodiscard]] bool hasAnswered(Downloader::Problem problem);
 
+/// Whether the same download may do better at another time: the file itself is not what is wrong.
+[[nodiscard]] bool mayPass(Downloader::Problem problem);
+
 } // namespace tarnwick

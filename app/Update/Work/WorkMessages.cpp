@@ -13,6 +13,7 @@ constexpr auto answeredKey = "hasAnswered";
 constexpr auto receivedKey = "received";
 constexpr auto completeKey = "complete";
 constexpr auto endedKey = "ended"; ///< null, or a problem
+constexpr auto mayPassKey = "mayPass";
 
 struct Encoder {
     nlohmann::json operator()(const UpdateWork::CheckResult& result) const {
@@ -34,7 +35,9 @@ struct Encoder {
     }
 
     nlohmann::json operator()(const UpdateWork::Ended& ended) const {
-        return {{endedKey, ended.problem ? nlohmann::json(*ended.problem) : nlohmann::json()}};
+        return {
+            {endedKey, ended.problem ? nlohmann::json(*ended.problem) : nlohmann::json()},
+            {mayPassKey, ended.mayPass}};
     }
 };
 
@@ -47,6 +50,11 @@ std::optional<std::string> textIn(const nlohmann::json& object, const char* key)
     const auto found = object.find(key);
     return found != object.end() && found->is_string() ? std::optional(found->get<std::string>())
                                                        : std::nullopt;
+}
+
+bool isTrueIn(const nlohmann::json& object, const char* key) {
+    const auto found = object.find(key);
+    return found != object.end() && found->is_boolean() && found->get<bool>();
 }
 
 std::optional<WorkMessage> checkResultIn(const nlohmann::json& object) {
@@ -91,7 +99,8 @@ std::optional<WorkMessage> decodedMessage(const std::string& line) {
         return UpdateWork::Complete{};
     }
     if (const auto found = object->find(endedKey); found != object->end()) {
-        return UpdateWork::Ended{.problem = textIn(*object, endedKey)};
+        return UpdateWork::Ended{
+            .problem = textIn(*object, endedKey), .mayPass = isTrueIn(*object, mayPassKey)};
     }
     return checkResultIn(*object);
 }

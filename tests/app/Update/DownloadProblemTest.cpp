@@ -23,5 +23,16 @@ TEST(DownloadProblem, IsToldWithTheServersWords) {
     EXPECT_EQ(told(Problem::silent, ""), "The update server does not answer.");
 }
 
+TEST(DownloadProblem, MayPassUnlessItIsTheFiles) {
+    for (const Problem problem : {Problem::missing, Problem::unusable, Problem::tooLarge}) {
+        EXPECT_FALSE(mayPass(problem)) << static_cast<int>(problem);
+    }
+    for (const Problem problem :
+         {Problem::unreachable, Problem::silent, Problem::untrusted, Problem::notHttps, Problem::unavailable,
+          Problem::brokenOff}) {
+        EXPECT_TRUE(mayPass(problem)) << static_cast<int>(problem);
+    }
+}
+
 } // namespace
 } // namespace tarnwick

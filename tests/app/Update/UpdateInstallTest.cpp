@@ -188,16 +188,88 @@ TEST_F(SilentInstall, GetsAVersionReadyWithoutAsking) {
     EXPECT_FALSE(in<Ready>()->isWatched);
 }
 
-TEST_F(SilentInstall, IsSilentAboutItsFailures) {
+// Else a user who leaves it to the program would never learn of a new version that it can't install.
+TEST_F(SilentInstall, OffersWhatItCanNotInstall) {
     preferences.setAutomaticallyDownloadsUpdates(true);
     place.problemAtAdd = "The disk is full.";
     engine().start();
 
     loop.advance(day);
 
-    EXPECT_NE(in<Idle>(), nullptr);
+    ASSERT_NE(in<Found>(), nullptr);
+    EXPECT_EQ(in<Found>()->update.release.version.text(), "1.1");
+    EXPECT_FALSE(in<Found>()->isAskedFor);
     EXPECT_EQ(engine().lastProblem(), "The disk is full.");
     EXPECT_EQ(place.discarded, 1);
+}
+
+TEST_F(SilentInstall, OffersWhatItCanNotTrust) {
+    preferences.setAutomaticallyDownloadsUpdates(true);
+    place.problemAtPrepare = "The download does not match its signature, so it is not trusted.";
+    engine().start();
+
+    loop.advance(day);
+
+    EXPECT_NE(in<Found>(), nullptr);
+    engine().install();
+    loop.advance(10);
+    EXPECT_EQ(failure(), *place.problemAtPrepare);
+}
+
+TEST_F(SilentInstall, OffersAVersionWhoseArchiveIsMissing) {
+    preferences.setAutomaticallyDownloadsUpdates(true);
+    server.files.erase(archiveAddress);
+    engine().start();
+
+    loop.advance(day);
+
+    EXPECT_NE(in<Found>(), nullptr);
+}
+
+TEST_F(SilentInstall, OffersAVersionWhereTheFolderCanNotBeReplaced) {
+    preferences.setAutomaticallyDownloadsUpdates(true);
+    place.obstacleNow = "The folder can't be written.";
+    engine().start();
+
+    loop.advance(day);
+
+    ASSERT_NE(in<Found>(), nullptr);
+    EXPECT_EQ(engine().lastProblem(), "The folder can't be written.");
+    EXPECT_EQ(place.begun, 0);
+    engine().install();
+    EXPECT_EQ(failure(), "The folder can't be written.");
+}
+
+TEST_F(SilentInstall, DoesNotDownloadAgainWhatItCouldNotInstall) {
+    preferences.setAutomaticallyDownloadsUpdates(true);
+    place.problemAtAdd = "The disk is full.";
+    engine().start();
+    for (int days = 0; days < 3; ++days) {
+        loop.advance(1.1 * day);
+        ASSERT_NE(in<Found>(), nullptr) << days;
+        engine().remindLater();
+    }
+    EXPECT_EQ(place.begun, 1);
+
+    publish("1.2");
+    loop.advance(1.1 * day);
+
+    EXPECT_EQ(place.begun, 2) << "another version may do better";
+}
+
+TEST_F(SilentInstall, TriesAgainADayLaterWhenTheNetworkFails) {
+    preferences.setAutomaticallyDownloadsUpdates(true);
+    server.failures[archiveAddress] = {.problem = Downloader::Problem::brokenOff, .detail = ""};
+    engine().start();
+    loop.advance(day);
+    EXPECT_NE(in<Idle>(), nullptr);
+    EXPECT_EQ(engine().lastProblem(), "The connection to the update server has ended early.");
+    EXPECT_EQ(place.discarded, 1);
+    server.failures.clear();
+
+    loop.advance(1.1 * day);
+
+    EXPECT_NE(in<Ready>(), nullptr);
 }
 
 TEST_F(SilentInstall, IsNotForTheUsersOwnCheck) {

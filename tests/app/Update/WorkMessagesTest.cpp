@@ -35,6 +35,12 @@ TEST(WorkMessages, EachMessageArrivesAsItWas) {
     const auto failed = decodedMessage(encoded(WorkMessage(UpdateWork::Ended{.problem = "It \"failed\"."})));
     ASSERT_NE(partOf<UpdateWork::Ended>(failed), nullptr);
     EXPECT_EQ(partOf<UpdateWork::Ended>(failed)->problem, "It \"failed\".");
+    EXPECT_FALSE(partOf<UpdateWork::Ended>(failed)->mayPass);
+
+    const auto cut =
+        decodedMessage(encoded(WorkMessage(UpdateWork::Ended{.problem = "It was cut.", .mayPass = true})));
+    ASSERT_NE(partOf<UpdateWork::Ended>(cut), nullptr);
+    EXPECT_TRUE(partOf<UpdateWork::Ended>(cut)->mayPass);
 }
 
 TEST(WorkMessages, TheEndOfACheckArrivesAsItWas) {
