@@ -110,7 +110,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
     displayLoss_ = std::make_unique<DisplayLoss>([this] {
         save();
         if (bundle_ != nullptr) {
-            bundle_->endWell();
+            bundle_->trial().endWell();
         }
     });
     startUpdater();
@@ -125,7 +125,7 @@ AppDelegate::~AppDelegate() {
 
 Updater::Needs AppDelegate::updaterNeeds(const Setup& setup) {
     if (setup.bundle != nullptr) {
-        bundleUpdates_.emplace(loop_, systemBus_, settings_.preferences(), setup.bundle->folder());
+        bundleUpdates_.emplace(loop_, systemBus_, settings_.preferences(), setup.bundle->update());
     }
     return {
         .loop = loop_,

@@ -63,9 +63,6 @@ public:
 
     void openSettings(const std::string& activationToken) { windows_->openSettings(activationToken); }
 
-    /// Whether a newer version can take the place of this one.
-    [[nodiscard]] bool hasUpdateReady() const;
-
 private:
     /// Asks an administrator to let this user ping; null where the desktop can't ask.
     [[nodiscard]] std::function<void()> allowingPing();
@@ -78,6 +75,8 @@ private:
     void tellOfRoomForText();
     [[nodiscard]] Updater::Needs updaterNeeds(const Setup& setup);
     void startUpdater();
+    /// Whether a newer version can take the place of this one.
+    [[nodiscard]] bool hasUpdateReady() const;
     void save();
 
     RunLoop& loop_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/bundle/BundleTrial.h"
+#include "platform/bundle/PreparedUpdate.h"
 
 #include <filesystem>
 #include <string>
@@ -12,8 +13,8 @@ namespace tarnwick {
 /// `arguments` are those of a start in place of this one.
 class BundleRun {
 public:
-    /// Looks how far an update has come. Where the version that ran last has to give way to the one before,
-    /// that is started, and this call does not return.
+    /// Looks how far an update has come. Where another version has to run instead of this one, the one before
+    /// or one that is ready, that is started, and this call does not return.
     BundleRun(std::filesystem::path bundle, const std::vector<std::string>& arguments);
 
     [[nodiscard]] const std::filesystem::path& folder() const { return folder_.bundle(); }
@@ -21,22 +22,26 @@ public:
     /// Of this version; outlives the run.
     [[nodiscard]] BundleTrial& trial() { return trial_; }
 
-    /// The program has ended as it should, and has saved what it had to.
-    void endWell();
+    /// What is to take this version's place; outlives the run.
+    [[nodiscard]] PreparedUpdate& update() { return update_; }
 
-    /// The same, with an update that is ready: it takes the place of this version.
-    void endWithUpdate();
+    /// The program has ended as it should, and has saved what it had to. What is ready takes its place.
+    void end();
 
-    /// The same, and the new version is started. Returns only where it can't be: then this version is in its
-    /// place again, to be started anew.
-    void restartWithUpdate(const std::vector<std::string>& arguments);
+    /// The same, and what is ready is started. Returns only where nothing is: then this version is in its
+    /// place, to be started anew.
+    void endForRestart(const std::vector<std::string>& arguments);
 
 private:
-    /// Whether the new version is in place.
+    /// Whether a new version is in place.
     [[nodiscard]] bool exchange();
+    void startNewVersion(const std::vector<std::string>& arguments);
+    [[noreturn]] void goBackFrom(
+        const ReleaseVersion& failed, const std::vector<std::string>& arguments) const;
 
     UpdateFolder folder_;
     BundleTrial trial_;
+    PreparedUpdate update_;
 };
 
 } // namespace tarnwick

@@ -23,11 +23,11 @@ std::filesystem::path updateMemoryFile() {
 }
 
 BundleUpdates::BundleUpdates(
-    RunLoop& loop, BusConnection& systemBus, Preferences& preferences, std::filesystem::path bundle)
+    RunLoop& loop, BusConnection& systemBus, Preferences& preferences, PreparedUpdate& prepared)
     : loop_(loop),
       preferences_(preferences),
-      bundle_(std::move(bundle)),
-      work_(UpdateFolder(bundle_)),
+      bundle_(prepared.folder().bundle()),
+      work_(prepared),
       cost_(systemBus),
       memory_(updateMemoryFile()) {
 }

@@ -15,9 +15,9 @@ namespace tarnwick {
 /// Only for a program in a bundle. Main thread.
 class BundleUpdates {
 public:
-    /// Loop, bus and preferences outlive it.
+    /// They outlive it.
     BundleUpdates(
-        RunLoop& loop, BusConnection& systemBus, Preferences& preferences, std::filesystem::path bundle);
+        RunLoop& loop, BusConnection& systemBus, Preferences& preferences, PreparedUpdate& prepared);
 
     /// Null where the bundle tells no source of updates. The engine must not outlive this.
     [[nodiscard]] std::unique_ptr<UpdateEngine> makeEngine();

@@ -2,14 +2,11 @@
 
 #include "app/Update/Work/WorkMessages.h"
 #include "core/Lifeline.h"
-#include "core/Storage/WriterLock.h"
 #include "platform/linux/FolderExchange.h"
 
 #include <QProcess>
 
-#include <filesystem>
 #include <memory>
-#include <system_error>
 #include <type_traits>
 #include <utility>
 
@@ -85,7 +82,7 @@ constexpr auto lostText = "The updater has ended unexpectedly.";
 
 } // namespace
 
-UpdateProcess::UpdateProcess(UpdateFolder folder) : folder_(std::move(folder)) {
+UpdateProcess::UpdateProcess(PreparedUpdate& prepared) : prepared_(prepared) {
 }
 
 RunLoop::Handle UpdateProcess::check(std::function<void(const CheckResult&)> ended) {
@@ -99,7 +96,7 @@ RunLoop::Handle UpdateProcess::check(std::function<void(const CheckResult&)> end
         }
     };
     return std::make_unique<Run>(
-        folder_, QStringLiteral("check"), "",
+        prepared_.folder(), QStringLiteral("check"), "",
         Run::Receiver{.take = take, .lost = [ended] {
                           const auto tell = ended;
                           tell(CheckFailure{.text = lostText, .hasAnswered = true});
@@ -107,12 +104,17 @@ RunLoop::Handle UpdateProcess::check(std::function<void(const CheckResult&)> end
 }
 
 UpdateWork::Problem UpdateProcess::obstacle() {
-    const auto failure = obstacleToExchange(folder_.bundle());
+    const auto failure = obstacleToExchange(prepared_.folder().bundle());
     return failure ? Problem(sentence(*failure)) : std::nullopt;
 }
 
 RunLoop::Handle UpdateProcess::download(const FoundUpdate& update, std::function<void(const News&)> tell) {
-    const auto take = [tell](const WorkMessage& message) {
+    const auto last = std::make_shared<Ended>(Ended{.problem = lostText});
+    const auto take = [tell, last](const WorkMessage& message) {
+        if (const auto* const ended = std::get_if<Ended>(&message)) {
+            *last = *ended;
+            return;
+        }
         const auto pass = tell; // it may end the process, and this with it
         std::visit(
             [&pass]<class Part>(const Part& part) {
@@ -122,24 +124,19 @@ RunLoop::Handle UpdateProcess::download(const FoundUpdate& update, std::function
             },
             message);
     };
+    // What it has made ready is in its hands until it has ended.
+    const auto lost = [this, tell, last] {
+        const auto pass = tell;
+        pass(Ended{.problem = last->problem ? last->problem : prepared_.hold()});
+    };
     return std::make_unique<Run>(
-        folder_, QStringLiteral("download"),
+        prepared_.folder(), QStringLiteral("download"),
         encoded(DownloadOrder{.feed = feed_, .version = update.release.version}),
-        Run::Receiver{.take = take, .lost = [tell] {
-                          const auto pass = tell;
-                          pass(Ended{.problem = lostText});
-                      }});
+        Run::Receiver{.take = take, .lost = lost});
 }
 
 void UpdateProcess::discard() {
-    std::error_code error;
-    if (!std::filesystem::exists(folder_.path(), error)) {
-        return; // the lock would make it
-    }
-    WriterLock lock(folder_.lockedFile());
-    if (lock.acquire() != WriterLock::Attempt::heldByOther) {
-        folder_.remove(); // else it is another instance's
-    }
+    prepared_.discard();
 }
 
 } // namespace tarnwick

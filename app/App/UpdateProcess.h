@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/Update/UpdateWork.h"
-#include "platform/bundle/UpdateFolder.h"
+#include "platform/bundle/PreparedUpdate.h"
 
 #include <string>
 
@@ -12,7 +12,8 @@ namespace tarnwick {
 /// from the network is taken apart elsewhere. Main thread.
 class UpdateProcess final : public UpdateWork {
 public:
-    explicit UpdateProcess(UpdateFolder folder);
+    /// Holds what a download makes ready, and outlives this.
+    explicit UpdateProcess(PreparedUpdate& prepared);
 
     [[nodiscard]] RunLoop::Handle check(std::function<void(const CheckResult&)> ended) override;
     [[nodiscard]] Problem obstacle() override;
@@ -21,7 +22,7 @@ public:
     void discard() override;
 
 private:
-    UpdateFolder folder_;
+    PreparedUpdate& prepared_;
     std::string feed_; ///< that the last check has verified
 };
 

@@ -81,8 +81,7 @@ void serve(AppDelegate& delegate, Instance::Request request, const std::string& 
 
 struct Ending {
     int status;
-    bool wantsRestart;   ///< of the program's file, which is a newer one by now
-    bool hasUpdateReady; ///< which is to take this version's place
+    bool wantsRestart; ///< as a newer version, which is in its place or is ready to take it
 };
 
 /// The toolkit gets no arguments: this program does not offer its options.
@@ -145,21 +144,7 @@ Ending runApplication(
         }
     };
     const int status = QApplication::exec();
-    return {
-        .status = status,
-        .wantsRestart = wantsRestart,
-        .hasUpdateReady = delegate && delegate->hasUpdateReady()};
-}
-
-/// Of a program that has ended as it should.
-void endInBundle(BundleRun& bundle, const Ending& ending, const std::vector<std::string>& arguments) {
-    if (!ending.hasUpdateReady) {
-        bundle.endWell();
-    } else if (ending.wantsRestart) {
-        bundle.restartWithUpdate(arguments);
-    } else {
-        bundle.endWithUpdate();
-    }
+    return {.status = status, .wantsRestart = wantsRestart};
 }
 
 int start(const std::vector<std::string>& arguments, const std::string& name) {
@@ -180,12 +165,14 @@ int start(const std::vector<std::string>& arguments, const std::string& name) {
     }
     std::optional<BundleRun> bundle;
     if (const auto folder = ownBundle()) {
-        bundle.emplace(*folder, options.forRestart());
+        bundle.emplace(*folder, arguments);
     }
     const Ending ending =
         runApplication(options, name, Instance::takeLaunchTokens(), bundle ? &*bundle : nullptr);
-    if (bundle && ending.status == EXIT_SUCCESS) {
-        endInBundle(*bundle, ending, options.forRestart());
+    if (bundle && ending.wantsRestart) {
+        bundle->endForRestart(options.forRestart());
+    } else if (bundle) {
+        bundle->end(); // also where it only had to tell that another instance does not answer
     }
     if (ending.wantsRestart) {
         becomeProgramAnew(options.forRestart());

@@ -82,10 +82,9 @@ Problem BundleStaging::begin() {
     if (!folder_.isOurs()) {
         return "The download can't be stored: " + folder_.path().string() + " belongs to somebody else.";
     }
-    lock_.emplace(folder_.lockedFile());
-    const auto attempt = lock_->acquire();
-    if (attempt == WriterLock::Attempt::heldByOther) {
-        lock_.reset();
+    lock_.reset(); // of an earlier download
+    lock_ = folder_.lock();
+    if (!lock_) {
         return "Another Tarnwick is updating this folder.";
     }
     folder_.empty();

@@ -1,5 +1,6 @@
 #include "platform/bundle/BundleTrial.h"
 
+#include "platform/bundle/PreparedUpdate.h"
 #include "platform/linux/FolderExchange.h"
 
 #include <memory>
@@ -18,23 +19,6 @@ UpdateRecord at(Phase phase, UpdateRecord record) {
 
 } // namespace
 
-std::optional<std::string> exchangeForPrepared(const UpdateFolder& folder) {
-    const auto record = folder.record();
-    if (!record || record->phase != Phase::prepared) {
-        return "The update is no longer there.";
-    }
-    if (!folder.write(at(Phase::exchanging, *record))) {
-        return "The folder beside the program can't be written.";
-    }
-    if (const auto failure = exchangeFolders(folder.other(), folder.bundle())) {
-        static_cast<void>(folder.write(*record));
-        return sentence(*failure);
-    }
-    // Where this fails, the next start finds out by the version in the bundle's place.
-    static_cast<void>(folder.write(at(Phase::fresh, *record)));
-    return std::nullopt;
-}
-
 std::optional<ReleaseVersion> bringBack(const UpdateFolder& folder) {
     const auto record = folder.record();
     if (!record || versionOf(folder.other()) != record->from
@@ -46,22 +30,20 @@ std::optional<ReleaseVersion> bringBack(const UpdateFolder& folder) {
 }
 
 BundleTrial::BundleTrial(UpdateFolder folder) : folder_(std::move(folder)) {
-    if (!folder_.isOurs()) {
-        return;
-    }
-    lock_.emplace(folder_.lockedFile());
-    if (lock_->acquire() != WriterLock::Attempt::taken) {
-        lock_.reset(); // another instance is updating, or on trial
-        return;
+    lock_ = folder_.lock();
+    if (!lock_) {
+        return; // another instance is updating, has an update ready, or is on trial
     }
     const auto record = folder_.record();
     // Before the exchange, and after the way back, the version in the bundle's place is the old one.
     if (record && versionOf(folder_.bundle()) == record->to) {
         lookAt(*record);
-    } else {
-        folder_.remove();
-        lock_.reset();
+        return;
     }
+    if (!preparedIn(folder_)) {
+        folder_.remove();
+    }
+    lock_.reset();
 }
 
 void BundleTrial::lookAt(const UpdateRecord& record) {

@@ -7,14 +7,8 @@
 
 #include <filesystem>
 #include <optional>
-#include <string>
-#include <variant>
 
 namespace tarnwick {
-
-/// Puts what was prepared in the bundle's place; the old version waits beside it. A sentence for users when
-/// it can't be; then nothing has changed.
-[[nodiscard]] std::optional<std::string> exchangeForPrepared(const UpdateFolder& folder);
 
 /// Puts the old version back. The new version's number; nothing where that is not possible.
 [[nodiscard]] std::optional<ReleaseVersion> bringBack(const UpdateFolder& folder);
@@ -25,7 +19,8 @@ public:
     /// Seconds that a new version has to run.
     static constexpr double length = 60;
 
-    /// Looks how far an update has come, and removes what is left of one that did not come far.
+    /// Looks how far an update has come, and removes what is left of one that did not come far. What is ready
+    /// to take this version's place stays.
     explicit BundleTrial(UpdateFolder folder);
     BundleTrial(const BundleTrial&) = delete;
     BundleTrial& operator=(const BundleTrial&) = delete;

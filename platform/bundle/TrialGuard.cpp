@@ -1,7 +1,6 @@
 #include "platform/bundle/TrialGuard.h"
 
 #include "core/FileDescriptor.h"
-#include "core/Storage/WriterLock.h"
 #include "platform/bundle/BundleTrial.h"
 #include "platform/linux/RunningProgram.h"
 
@@ -75,8 +74,8 @@ std::optional<ReleaseVersion> startOnTrial(
         return std::nullopt; // it has passed
     }
     // A start in the meantime brings the old version back itself. Two exchanges would undo each other.
-    WriterLock lock(folder.lockedFile());
-    return lock.acquire() == WriterLock::Attempt::heldByOther ? std::nullopt : bringBack(folder);
+    const auto lock = folder.lock();
+    return lock ? bringBack(folder) : std::nullopt;
 }
 
 } // namespace tarnwick

@@ -44,6 +44,14 @@ bool UpdateFolder::isOurs() const {
            && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
+std::optional<WriterLock> UpdateFolder::lock() const {
+    if (!isOurs()) {
+        return std::nullopt; // taking a lock would make the folder, or follow a link
+    }
+    WriterLock lock(path_ / "update");
+    return lock.acquire() == WriterLock::Attempt::taken ? std::optional(std::move(lock)) : std::nullopt;
+}
+
 std::optional<UpdateRecord> UpdateFolder::record() const {
     if (!isOurs()) {
         return std::nullopt;

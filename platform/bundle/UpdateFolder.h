@@ -1,6 +1,7 @@
 // The folder beside a bundle in which an update is made ready, and in which the old version waits.
 #pragma once
 
+#include "core/Storage/WriterLock.h"
 #include "core/Update/BundleInformation.h"
 #include "core/Update/ReleaseVersion.h"
 
@@ -48,8 +49,9 @@ public:
     /// The new version before the exchange, the old one after it.
     [[nodiscard]] std::filesystem::path other() const { return unpacked() / topFolder; }
 
-    /// Of whoever works here: see `WriterLock`.
-    [[nodiscard]] std::filesystem::path lockedFile() const { return path_ / "update"; }
+    /// Keeps other processes from what is in the folder. Nothing where another process has it, or where there
+    /// is no such folder of ours.
+    [[nodiscard]] std::optional<WriterLock> lock() const;
 
     /// None where nothing is under way, or the record can't be read.
     [[nodiscard]] std::optional<UpdateRecord> record() const;

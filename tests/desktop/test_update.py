@@ -97,6 +97,17 @@ class Update(UpdateCase):
 class InXfce(Update, unittest.TestCase):
     panel = XfcePanel
 
+    def test_a_second_start_leaves_what_is_ready_alone(self) -> None:
+        self.offer(self.release())
+        self.make_ready()
+
+        self.assertEqual(self.program.start_again("--settings"), 0)
+        eventually(lambda: self.is_open("Tarnwick Settings"), PATIENCE, "the running one's settings")
+        self.assertEqual(self.version_in_place(), OLD)
+        self.choose("Restart Now")
+
+        eventually(lambda: self.version_in_place() == NEW and self.item(), PATIENCE, "the new version's item")
+
 
 class InWaybar(Update, unittest.TestCase):
     panel = WaybarPanel

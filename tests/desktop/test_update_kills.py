@@ -139,16 +139,6 @@ class Kills(UpdateCase, unittest.TestCase):
         threads = pathlib.Path(f"/proc/{process}/task").iterdir()
         return not any("TracerPid:\t0\n" in (thread / "status").read_text(encoding="utf-8") for thread in threads)
 
-    def find(self) -> None:
-        self.check_for_updates()
-        self.wait_for(f"Version {NEW} can be installed now.")
-
-    def make_ready(self) -> None:
-        self.start()
-        self.find()
-        self.choose("Install")
-        self.wait_for(f"Tarnwick {NEW} is ready")
-
     def kill(self) -> None:
         """Its locks are gone afterwards."""
         self.program.send(signal.SIGKILL)
@@ -174,7 +164,13 @@ class Kills(UpdateCase, unittest.TestCase):
         self.is_whole(version)
         self.assertEqual(self.beside, [])
 
-    def each(self, steps: tuple[Step, ...], meet: Callable[[Step], None]) -> None:
+    def starts_on_trial(self) -> None:
+        """As the user starts it: it is the new version, and the old one waits."""
+        self.start()
+        self.is_whole(NEW)
+        self.assertEqual(self.beside, [LEFT_BEHIND])
+
+    def each(self, steps: tuple[Step | None, ...], meet: Callable[[Step | None], None]) -> None:
         """With a place of its own for each."""
         for number, step in enumerate(steps):
             with self.subTest(str(step)):
@@ -217,19 +213,28 @@ class Kills(UpdateCase, unittest.TestCase):
         eventually(lambda: has_ended(worker), PATIENCE, "the download ends with it")
         self.starts_clean(OLD)
 
-    def test_killed_before_the_exchange_the_old_version_starts(self) -> None:
-        def meet(step: Step) -> None:
-            self.restart_killed_at(step)
-            self.starts_clean(OLD)
+    def test_killed_when_it_is_ready_or_before_the_exchange_the_new_version_starts_on_trial_all_the_same(self) -> None:
+        def meet(step: Step | None) -> None:
+            if step is None:
+                self.make_ready()
+                self.kill()
+            else:
+                self.restart_killed_at(step)
+            self.is_whole(OLD)
 
-        self.each(BEFORE_EXCHANGE, meet)
+            self.starts_on_trial()
+
+            self.kill()
+            self.told(BROUGHT_BACK)
+            self.is_whole(OLD)
+            self.assertEqual(self.beside, [])
+
+        self.each((None, *BEFORE_EXCHANGE), meet)
 
     def test_killed_after_the_exchange_the_new_version_starts_on_trial(self) -> None:
         def meet(step: Step) -> None:
             self.restart_killed_at(step)
-            self.start()
-            self.is_whole(NEW)
-            self.assertEqual(self.beside, [LEFT_BEHIND])
+            self.starts_on_trial()
 
             self.kill()
 

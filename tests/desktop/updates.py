@@ -145,5 +145,16 @@ class UpdateCase:
     def choose(self, button: str) -> None:
         self.desktop.act(APPLICATION, button)
 
-    def is_open(self) -> bool:
-        return any(title == TITLE for title, _ in self.desktop.windows())
+    def is_open(self, window: str = TITLE) -> bool:
+        return any(title == window for title, _ in self.desktop.windows())
+
+    def find(self) -> None:
+        self.check_for_updates()
+        self.wait_for(f"Version {NEW} can be installed now.")
+
+    def make_ready(self) -> None:
+        """What is offered."""
+        self.start()
+        self.find()
+        self.choose("Install")
+        self.wait_for(f"Tarnwick {NEW} is ready")

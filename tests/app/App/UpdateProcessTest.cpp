@@ -1,9 +1,7 @@
 // The process that does an update's work, played by a script.
 #include "app/App/UpdateProcess.h"
 
-#include "core/Storage/WriterLock.h"
-#include "tests/support/Files.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/platform/bundle/MadeBundle.h"
 
 #include <QTest>
 
@@ -27,6 +25,16 @@ protected:
         const fs::path program = bundle / "bin" / "tarnwick-update";
         writeFile(program, "#!/bin/sh\nfolder='" + folder.path().string() + "'\n" + script);
         fs::permissions(program, fs::perms::owner_all);
+    }
+
+    /// What the process leaves.
+    void makeReady() const {
+        makeBundle(bundle, "1.0");
+        makeBundle(beside.other(), "1.1");
+        ASSERT_TRUE(beside.write(
+            {.phase = UpdateRecord::Phase::prepared,
+             .from = ReleaseVersion::parse("1.0").value(),
+             .to = ReleaseVersion::parse("1.1").value()}));
     }
 
     void check() {
@@ -63,7 +71,9 @@ protected:
 
     TemporaryFolder folder;
     fs::path bundle = folder.path() / "Tarnwick é.app";
-    UpdateProcess work{UpdateFolder(bundle)};
+    UpdateFolder beside{bundle};
+    PreparedUpdate prepared{beside};
+    UpdateProcess work{prepared};
     RunLoop::Handle handle;
     std::vector<UpdateWork::CheckResult> results;
     std::vector<UpdateWork::News> news;
@@ -79,6 +89,7 @@ TEST_F(UpdateProcessTest, ACheckGivesTheFeedThatTheProcessHasVerified) {
 }
 
 TEST_F(UpdateProcessTest, ADownloadIsToldTheFeedOfTheCheckAndTheVersion) {
+    makeReady();
     play("if [ \"$1\" = check ]; then echo '{\"feed\":\"the feed\"}'; exit; fi\n"
          "read -r order; echo \"$order\" > \"$folder/order\"; echo '{\"ended\":null}'\n");
     check();
@@ -90,6 +101,31 @@ TEST_F(UpdateProcessTest, ADownloadIsToldTheFeedOfTheCheckAndTheVersion) {
     EXPECT_EQ(problem(), std::nullopt);
     EXPECT_THAT(contentOf(folder.path() / "order"), HasSubstr("\"feed\":\"the feed\""));
     EXPECT_THAT(contentOf(folder.path() / "order"), HasSubstr("\"version\":\"1.1\""));
+}
+
+TEST_F(UpdateProcessTest, WhatIsReadyIsHeldOnceTheProcessHasGone) {
+    makeReady();
+    // It has the lock until then.
+    play(
+        "exec 9> '" + (beside.path() / "update.lock").string()
+        + "'\nflock 9\necho '{\"complete\":true}'\necho '{\"ended\":null}'\nsleep 0.2\n");
+    download();
+
+    waitUntil([this] { return news.size() == 2; });
+
+    EXPECT_EQ(problem(), std::nullopt);
+    EXPECT_TRUE(prepared.isHeld());
+    EXPECT_FALSE(beside.lock()) << "by the program itself";
+}
+
+TEST_F(UpdateProcessTest, WhatIsNotThereIsNotReadyWhateverTheProcessSays) {
+    play("echo '{\"complete\":true}'\necho '{\"ended\":null}'\n");
+    download();
+
+    waitUntil([this] { return news.size() == 2; });
+
+    EXPECT_EQ(problem(), "The update is no longer there.");
+    EXPECT_FALSE(prepared.isHeld());
 }
 
 TEST_F(UpdateProcessTest, ADownloadTellsItsNewsInOrder) {
@@ -142,7 +178,6 @@ TEST_F(UpdateProcessTest, TheHandleEndsTheProcess) {
 
 TEST_F(UpdateProcessTest, ItTellsWhatIsInTheWayAndRemovesWhatThereIs) {
     EXPECT_NE(work.obstacle(), std::nullopt) << "there is no bundle";
-    const UpdateFolder beside(bundle);
     writeFile(beside.archive(), "x");
 
     work.discard();
@@ -151,10 +186,9 @@ TEST_F(UpdateProcessTest, ItTellsWhatIsInTheWayAndRemovesWhatThereIs) {
 }
 
 TEST_F(UpdateProcessTest, ItRemovesNothingOfAnotherInstance) {
-    const UpdateFolder beside(bundle);
     writeFile(beside.archive(), "half of the other's");
-    WriterLock ofAnother(beside.lockedFile());
-    ASSERT_EQ(ofAnother.acquire(), WriterLock::Attempt::taken);
+    const auto ofAnother = beside.lock();
+    ASSERT_TRUE(ofAnother);
 
     work.discard();
 

@@ -1,7 +1,7 @@
 // From a download to an unpacked version beside the bundle, with real archives and signatures.
 #include "platform/bundle/BundleStaging.h"
 
-#include "platform/bundle/BundleTrial.h"
+#include "platform/bundle/PreparedUpdate.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/platform/archive/MadeArchive.h"
 #include "tests/platform/bundle/MadeBundle.h"
@@ -84,8 +84,7 @@ TEST_F(BundleStagingTest, UnpacksAVerifiedDownloadBesideTheBundle) {
     EXPECT_EQ(versionOf(update.other()), ReleaseVersion::parse("1.1"));
     EXPECT_EQ(versionOf(bundle), ReleaseVersion::parse("1.0"));
     EXPECT_FALSE(fs::exists(update.archive()));
-    EXPECT_EQ(exchangeForPrepared(update), std::nullopt);
-    EXPECT_EQ(versionOf(bundle), ReleaseVersion::parse("1.1"));
+    EXPECT_EQ(preparedIn(update).value().to, ReleaseVersion::parse("1.1"));
 }
 
 TEST_F(BundleStagingTest, IsOfNoUseToOtherUsers) {

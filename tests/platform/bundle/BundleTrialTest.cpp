@@ -1,6 +1,7 @@
 // The steps from one version of a bundle to the next, and the way back, on real folders.
 #include "platform/bundle/BundleTrial.h"
 
+#include "platform/bundle/PreparedUpdate.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "tests/platform/bundle/MadeBundle.h"
 #include "tests/support/LoopTurn.h"
@@ -33,7 +34,7 @@ protected:
 
     void exchange() const {
         prepare();
-        ASSERT_EQ(exchangeForPrepared(update), std::nullopt);
+        ASSERT_EQ(PreparedUpdate(update).exchange(), std::nullopt);
     }
 
     static ReleaseVersion version(const std::string& text) { return ReleaseVersion::parse(text).value(); }
@@ -46,31 +47,6 @@ protected:
     fs::path bundle = folder.path() / "Tarn wick é.app";
     UpdateFolder update{bundle};
 };
-
-TEST_F(BundleTrialTest, TheExchangePutsTheNewVersionInPlaceAndKeepsTheOldOne) {
-    exchange();
-
-    EXPECT_EQ(inPlace(), "1.1");
-    EXPECT_EQ(versionOf(update.other()), version("1.0"));
-    EXPECT_EQ(update.record().value().phase, Phase::fresh);
-}
-
-TEST_F(BundleTrialTest, NothingIsExchangedThatWasNotPrepared) {
-    EXPECT_NE(exchangeForPrepared(update), std::nullopt);
-    exchange();
-    EXPECT_NE(exchangeForPrepared(update), std::nullopt) << "not twice";
-    EXPECT_EQ(inPlace(), "1.1");
-}
-
-TEST_F(BundleTrialTest, AFailedExchangeChangesNothing) {
-    prepare();
-    fs::remove_all(update.unpacked());
-
-    EXPECT_NE(exchangeForPrepared(update), std::nullopt);
-
-    EXPECT_EQ(inPlace(), "1.0");
-    EXPECT_EQ(update.record().value().phase, Phase::prepared);
-}
 
 TEST_F(BundleTrialTest, AStartWithoutAnUpdateIsNoTrial) {
     BundleTrial trial(update);
@@ -134,17 +110,6 @@ TEST_F(BundleTrialTest, ASecondInstanceBesideTheTrialLeavesItAlone) {
     EXPECT_EQ(inPlace(), "1.1");
 }
 
-TEST_F(BundleTrialTest, APowerCutBeforeTheExchangeLeavesTheOldVersionAndNothingElse) {
-    prepare();
-    setPhase(Phase::exchanging);
-
-    const BundleTrial trial(update);
-
-    EXPECT_FALSE(trial.isOn());
-    EXPECT_EQ(inPlace(), "1.0");
-    EXPECT_TRUE(isClean());
-}
-
 TEST_F(BundleTrialTest, APowerCutRightAfterTheExchangeLeavesTheNewVersionOnTrial) {
     exchange();
     setPhase(Phase::exchanging);
@@ -155,12 +120,32 @@ TEST_F(BundleTrialTest, APowerCutRightAfterTheExchangeLeavesTheNewVersionOnTrial
     EXPECT_EQ(inPlace(), "1.1");
 }
 
-TEST_F(BundleTrialTest, WhatWasOnlyPreparedIsRemoved) {
+TEST_F(BundleTrialTest, WhatIsReadyIsNoTrialAndStays) {
     prepare();
 
     const BundleTrial trial(update);
 
     EXPECT_FALSE(trial.isOn());
+    EXPECT_EQ(preparedIn(update).value().to, version("1.1"));
+    EXPECT_EQ(inPlace(), "1.0");
+}
+
+TEST_F(BundleTrialTest, WhatIsReadyForAnotherVersionIsRemoved) {
+    prepare();
+    makeBundle(bundle, "0.9");
+
+    const BundleTrial trial(update);
+
+    EXPECT_TRUE(isClean());
+    EXPECT_EQ(inPlace(), "0.9");
+}
+
+TEST_F(BundleTrialTest, ANewVersionThatIsNotThereAsAWholeIsRemoved) {
+    prepare();
+    fs::remove(update.other() / "Information.json");
+
+    const BundleTrial trial(update);
+
     EXPECT_TRUE(isClean());
     EXPECT_EQ(inPlace(), "1.0");
 }
@@ -227,7 +212,7 @@ TEST_F(BundleTrialTest, AFolderThatOthersCanWriteToIsLeftAlone) {
     EXPECT_EQ(trial.broughtBackFrom(), std::nullopt);
     EXPECT_FALSE(trial.isOn());
     EXPECT_EQ(inPlace(), "1.1");
-    EXPECT_EQ(exchangeForPrepared(update), "The update is no longer there.");
+    EXPECT_EQ(PreparedUpdate(update).exchange(), "The update is no longer there.");
     EXPECT_TRUE(fs::exists(update.other())) << "nothing is removed, either";
 }
 

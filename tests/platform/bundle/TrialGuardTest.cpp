@@ -1,8 +1,7 @@
 // A new version as a process of its own, and the one that watches over it.
 #include "platform/bundle/TrialGuard.h"
 
-#include "core/Storage/WriterLock.h"
-#include "platform/bundle/BundleTrial.h"
+#include "platform/bundle/PreparedUpdate.h"
 #include "tests/platform/bundle/MadeBundle.h"
 
 #include <gtest/gtest.h>
@@ -28,13 +27,14 @@ protected:
         return startPrepared();
     }
 
-    int startPrepared() {
+    int startPrepared(bool anotherStarts = false) {
         makeBundle(bundle, "1.0");
         EXPECT_TRUE(update.write(
             {.phase = Phase::prepared,
              .from = ReleaseVersion::parse("1.0").value(),
              .to = ReleaseVersion::parse("1.1").value()}));
-        EXPECT_EQ(exchangeForPrepared(update), std::nullopt);
+        EXPECT_EQ(PreparedUpdate(update).exchange(), std::nullopt);
+        const auto ofAnother = anotherStarts ? update.lock() : std::nullopt;
         const pid_t process = ::fork();
         if (process == 0) {
             const auto version = startOnTrial(update, {"--from-session", folder.path() / "written"});
@@ -93,10 +93,9 @@ TEST_F(TrialGuardTest, BringsTheOldVersionBackWhenTheNewOneCanNotBeStarted) {
 }
 
 TEST_F(TrialGuardTest, LeavesTheWayBackToAStartInTheMeantime) {
-    WriterLock ofThatStart(update.lockedFile());
-    ASSERT_EQ(ofThatStart.acquire(), WriterLock::Attempt::taken);
+    makeBundle(update.other(), "1.1", "kill -SEGV $$\n");
 
-    EXPECT_EQ(start("kill -SEGV $$\n"), -1);
+    EXPECT_EQ(startPrepared(true), -1);
 
     EXPECT_EQ(verdict(), "none");
     EXPECT_EQ(versionOf(bundle), ReleaseVersion::parse("1.1"));
