@@ -92,7 +92,8 @@ public:
     Worker(
         RunLoop& loop, const std::filesystem::path& bundle, const ReleaseVersion& running,
         const UpdateSource& source)
-        : downloader_(loop),
+        : running_(running),
+          downloader_(loop),
           staging_(loop, UpdateFolder(bundle), running),
           work_(downloader_, staging_, source, ownUserAgent(running)) {}
 
@@ -107,8 +108,12 @@ public:
         const auto order = decodedOrder(line);
         const auto update = order ? updateIn(*order) : std::nullopt;
         if (!update) {
-            say(UpdateWork::Ended{.problem = "The update information can't be read."});
-            QCoreApplication::exit(EXIT_FAILURE);
+            fail("The update information can't be read.");
+            return;
+        }
+        // The bundle may have been replaced by hand since the program was started.
+        if (order->version <= running_) {
+            fail("Tarnwick's folder has version " + running_.text() + " by now. Restart Tarnwick to use it.");
             return;
         }
         underWay_ = work_.download(*update, [](const UpdateWork::News& news) {
@@ -120,6 +125,12 @@ public:
     }
 
 private:
+    static void fail(const std::string& problem) {
+        say(UpdateWork::Ended{.problem = problem});
+        QCoreApplication::exit(EXIT_FAILURE);
+    }
+
+    ReleaseVersion running_;
     HttpsDownloader downloader_;
     BundleStaging staging_;
     DirectUpdateWork work_;
