@@ -164,7 +164,8 @@ int start(const std::vector<std::string>& arguments, const std::string& name) {
         return EXIT_FAILURE;
     }
     std::optional<BundleRun> bundle;
-    if (const auto folder = ownBundle()) {
+    const auto program = runningProgram(); // later the path may be that of the version before
+    if (const auto folder = ownBundle(program)) {
         bundle.emplace(*folder, arguments);
     }
     const Ending ending =
@@ -175,7 +176,9 @@ int start(const std::vector<std::string>& arguments, const std::string& name) {
         bundle->end(); // also where it only had to tell that another instance does not answer
     }
     if (ending.wantsRestart) {
-        becomeProgramAnew(options.forRestart());
+        if (program) {
+            becomeProgram(*program, options.forRestart());
+        }
         std::fputs("tarnwick: the new version could not be started\n", stderr);
         return EXIT_FAILURE;
     }

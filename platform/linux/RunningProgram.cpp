@@ -44,10 +44,4 @@ void becomeProgram(const fs::path& program, const std::vector<std::string>& argu
     ::execv(program.c_str(), pointers.data());
 }
 
-void becomeProgramAnew(const std::vector<std::string>& arguments) {
-    if (const auto program = runningProgram()) {
-        becomeProgram(*program, arguments);
-    }
-}
-
 } // namespace tarnwick

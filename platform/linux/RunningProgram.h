@@ -17,7 +17,4 @@ namespace tarnwick {
 /// stay open, and no signal is blocked. `arguments` without the program's name. Returns only when it fails.
 void becomeProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments);
 
-/// The same with the file at the path of the running program.
-void becomeProgramAnew(const std::vector<std::string>& arguments);
-
 } // namespace tarnwick

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+import os
 import pathlib
 import unittest
 
@@ -96,6 +97,25 @@ class Update(UpdateCase):
 
 class InXfce(Update, unittest.TestCase):
     panel = XfcePanel
+
+    def test_a_version_put_in_its_place_by_hand_stays_and_is_what_a_restart_starts(self) -> None:
+        self.offer(self.release())
+        self.start()
+        self.find()
+        self.bundle.rename(self.place / "old")
+        self.bundle_of(self.bundle, "2.0")
+
+        self.choose("Install")
+        self.wait_for("Tarnwick's folder has version 2.0 by now. Restart Tarnwick to use it.")
+        self.choose("OK")
+        eventually(lambda: not self.is_open(), PATIENCE, "the window closes")
+        self.assertEqual(self.beside, ["old"])
+        self.assertEqual(self.program.start_again("--show"), 0)
+        self.wait_for("Restart to use the new version.")
+        self.choose("Restart")
+
+        running = f"/proc/{self.program.process.pid}/exe"
+        eventually(lambda: os.readlink(running) == str(self.bundle / "bin/tarnwick"), PATIENCE, "the new version runs")
 
     def test_a_second_start_leaves_what_is_ready_alone(self) -> None:
         self.offer(self.release())
