@@ -6,7 +6,11 @@
 
 #include <QProcess>
 
+#include <filesystem>
 #include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 
@@ -33,11 +37,14 @@ class Run final : public RunLoop::Registration {
 public:
     struct Receiver {
         std::function<void(const WorkMessage&)> take;
-        std::function<void()> lost; ///< it has ended, with no more messages
+        /// It has ended, with no more messages. Why, where it was not started.
+        std::function<void(const std::optional<std::string>& obstacle)> lost;
     };
 
     Run(const UpdateFolder& folder, const QString& what, const std::string& order, Receiver receiver)
-        : receiver_(std::move(receiver)), process_(std::make_unique<QProcess>().release()) {
+        : receiver_(std::move(receiver)),
+          program_(folder.bundle() / "bin" / "tarnwick-update"),
+          process_(std::make_unique<QProcess>().release()) {
         process_->setProcessChannelMode(QProcess::ForwardedErrorChannel);
         QObject::connect(process_.get(), &QProcess::readyReadStandardOutput, [this] { read(); });
         // Queued: a program that can't be started is told of inside `start`. What is in the queue comes even
@@ -46,8 +53,7 @@ public:
         QObject::connect(process_.get(), &QProcess::finished, process_.get(), lose, Qt::QueuedConnection);
         QObject::connect(
             process_.get(), &QProcess::errorOccurred, process_.get(), lose, Qt::QueuedConnection);
-        const auto program = folder.bundle() / "bin" / "tarnwick-update";
-        process_->start(QString::fromStdString(program.string()), {what});
+        process_->start(QString::fromStdString(program_.string()), {what});
         process_->write((order + "\n").c_str());
     }
 
@@ -69,11 +75,22 @@ private:
         read();
         if (!watch.hasEnded() && process_->state() == QProcess::NotRunning && receiver_.lost) {
             const auto lost = std::exchange(receiver_.lost, nullptr); // once; it may end this
-            lost();
+            lost(obstacle());
         }
     }
 
+    [[nodiscard]] std::optional<std::string> obstacle() const {
+        if (process_->error() != QProcess::FailedToStart) {
+            return std::nullopt;
+        }
+        std::error_code error;
+        return std::filesystem::exists(program_, error)
+                   ? "The updater can't be started (" + process_->errorString().toStdString() + ")."
+                   : sentence(ExchangeFailure(ExchangeObstacle::missing));
+    }
+
     Receiver receiver_;
+    std::filesystem::path program_;
     std::unique_ptr<QProcess, EndedProcess> process_;
     Lifeline lifeline_;
 };
@@ -97,19 +114,27 @@ RunLoop::Handle UpdateProcess::check(std::function<void(const CheckResult&)> end
     };
     return std::make_unique<Run>(
         prepared_.folder(), QStringLiteral("check"), "",
-        Run::Receiver{.take = take, .lost = [ended] {
+        Run::Receiver{.take = take, .lost = [ended](const Problem& obstacle) {
                           const auto tell = ended;
-                          tell(CheckFailure{.text = lostText, .hasAnswered = true});
+                          tell(CheckFailure{.text = obstacle.value_or(lostText), .hasAnswered = true});
                       }});
 }
 
 UpdateWork::Problem UpdateProcess::obstacle() {
-    const auto failure = obstacleToExchange(prepared_.folder().bundle());
-    return failure ? Problem(sentence(*failure)) : std::nullopt;
+    if (const auto failure = obstacleToExchange(prepared_.folder().bundle())) {
+        return sentence(*failure);
+    }
+    // The version before lies where a download would.
+    const auto record = prepared_.folder().record();
+    return record && record->phase == UpdateRecord::Phase::begun
+               ? Problem(
+                     "Version " + record->to.text()
+                     + " has been installed only just now. Please try again in a minute.")
+               : std::nullopt;
 }
 
 RunLoop::Handle UpdateProcess::download(const FoundUpdate& update, std::function<void(const News&)> tell) {
-    const auto last = std::make_shared<Ended>(Ended{.problem = lostText});
+    const auto last = std::make_shared<std::optional<Ended>>();
     const auto take = [tell, last](const WorkMessage& message) {
         if (const auto* const ended = std::get_if<Ended>(&message)) {
             *last = *ended;
@@ -125,9 +150,13 @@ RunLoop::Handle UpdateProcess::download(const FoundUpdate& update, std::function
             message);
     };
     // What it has made ready is in its hands until it has ended.
-    const auto lost = [this, tell, last] {
+    const auto lost = [this, tell, last](const Problem& obstacle) {
         const auto pass = tell;
-        pass(Ended{.problem = last->problem ? last->problem : prepared_.hold()});
+        if (!*last) {
+            pass(Ended{.problem = obstacle.value_or(lostText)});
+        } else {
+            pass(Ended{.problem = (*last)->problem ? (*last)->problem : prepared_.hold()});
+        }
     };
     return std::make_unique<Run>(
         prepared_.folder(), QStringLiteral("download"),

@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::MatchesRegex;
 
 class UpdateProcessTest : public testing::Test {
 protected:
@@ -28,11 +29,11 @@ protected:
     }
 
     /// What the process leaves.
-    void makeReady() const {
+    void makeReady(UpdateRecord::Phase phase = UpdateRecord::Phase::prepared) const {
         makeBundle(bundle, "1.0");
         makeBundle(beside.other(), "1.1");
         ASSERT_TRUE(beside.write(
-            {.phase = UpdateRecord::Phase::prepared,
+            {.phase = phase,
              .from = ReleaseVersion::parse("1.0").value(),
              .to = ReleaseVersion::parse("1.1").value()}));
     }
@@ -157,10 +158,28 @@ TEST_F(UpdateProcessTest, AProcessThatCanNotBeStartedIsToldOfLater) {
 
     waitUntil([this] { return !results.empty(); });
 
-    EXPECT_EQ(failure(), "The updater has ended unexpectedly.");
+    EXPECT_EQ(failure(), "Tarnwick can't be replaced where it is: its folder was moved or removed.");
     QCoreApplication::sendPostedEvents(); // what else is in the queue
     QCoreApplication::processEvents();
     EXPECT_EQ(results.size(), 1U);
+}
+
+TEST_F(UpdateProcessTest, ABundleThatWasMovedAwayIsToldOfAtADownloadToo) {
+    download();
+
+    waitUntil([this] { return !news.empty(); });
+
+    EXPECT_EQ(problem(), "Tarnwick can't be replaced where it is: its folder was moved or removed.");
+}
+
+TEST_F(UpdateProcessTest, AProgramThatMayNotBeStartedIsToldOfWithTheReason) {
+    play("exit 0\n");
+    fs::permissions(bundle / "bin/tarnwick-update", fs::perms::owner_read);
+    check();
+
+    waitUntil([this] { return !results.empty(); });
+
+    EXPECT_THAT(failure(), MatchesRegex("The updater can't be started \\(.*ermission denied\\)\\."));
 }
 
 TEST_F(UpdateProcessTest, TheHandleEndsTheProcess) {
@@ -183,6 +202,17 @@ TEST_F(UpdateProcessTest, ItTellsWhatIsInTheWayAndRemovesWhatThereIs) {
     work.discard();
 
     EXPECT_FALSE(fs::exists(beside.path()));
+}
+
+TEST_F(UpdateProcessTest, AVersionOnTrialIsNotReplaced) {
+    makeReady(UpdateRecord::Phase::fresh);
+    EXPECT_EQ(work.obstacle(), std::nullopt) << "another one may be started later";
+
+    makeReady(UpdateRecord::Phase::begun);
+    EXPECT_EQ(work.obstacle(), "Version 1.1 has been installed only just now. Please try again in a minute.");
+
+    beside.remove();
+    EXPECT_EQ(work.obstacle(), std::nullopt);
 }
 
 TEST_F(UpdateProcessTest, ItRemovesNothingOfAnotherInstance) {
