@@ -108,15 +108,6 @@ FileDescriptor openDraft(const fs::path& draft, std::error_code& error) {
     return {};
 }
 
-/// Without this, a power cut may bring back the old name of a file that was renamed. Some file systems can't
-/// flush a folder: that is no error, as the file is in its place.
-void flushFolder(const fs::path& folder) {
-    const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (opened.isOpen()) {
-        static_cast<void>(::fsync(opened.get()));
-    }
-}
-
 /// The file replaces the one that had the name. Where the file system has no hard links, that one stays.
 void giveFlushedName(const fs::path& target) {
     const fs::path name = flushedName(target);
@@ -153,6 +144,14 @@ std::error_code writeDraft(
 }
 
 } // namespace
+
+// Without this, a power cut may bring back the old name of a file that was renamed.
+void flushFolder(const fs::path& folder) {
+    const FileDescriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (opened.isOpen()) {
+        static_cast<void>(::fsync(opened.get()));
+    }
+}
 
 std::optional<std::string> read(const fs::path& path, std::error_code& error) {
     // Without blocking, in case it is a pipe.

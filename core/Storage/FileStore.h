@@ -29,6 +29,9 @@ enum class Durability { crash, powerCut };
 /// Makes a text that was replaced to outlive a crash survive a power cut too.
 void flush(const std::filesystem::path& path);
 
+/// Makes the names in a folder survive a power cut. Some file systems can't flush a folder; that is no error.
+void flushFolder(const std::filesystem::path& folder);
+
 /// The second name of the text that was last written to survive a power cut: "NAME.flushed".
 [[nodiscard]] std::filesystem::path flushedName(const std::filesystem::path& path);
 

@@ -84,9 +84,11 @@ void UpdateFolder::empty() const {
     if (!isOurs()) {
         return;
     }
-    // The record first: without it nobody looks for the rest.
+    // The record first, also on the disk: without it nobody looks for the rest.
     std::error_code ignored;
-    fs::remove(recordFile(), ignored);
+    if (fs::remove(recordFile(), ignored)) {
+        FileStore::flushFolder(path_);
+    }
     fs::remove(archive(), ignored);
     fs::remove_all(unpacked(), ignored);
 }
