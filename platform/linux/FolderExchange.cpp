@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <string>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -76,9 +77,30 @@ std::optional<ExchangeFailure> obstacleAt(const fs::path& folder) {
     return isWritable ? std::nullopt : std::optional(exchangeFailure());
 }
 
+/// Where an attempt takes place.
+constexpr std::string_view attemptPrefix = ".tarnwick-exchange-";
+
+/// Only its empty folders.
+void removeAttempt(const fs::path& place) {
+    for (const auto& part : {place / "one", place / "other", place}) {
+        ::rmdir(part.c_str());
+    }
+}
+
+/// A process that was killed may have left one.
+void removeAttemptsBelow(const fs::path& folder) {
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        if (entry->path().filename().string().starts_with(attemptPrefix)) {
+            removeAttempt(entry->path());
+        }
+    }
+}
+
 /// Exchanges two new folders below `folder`.
 std::optional<ExchangeFailure> attemptBelow(const fs::path& folder) {
-    std::string place = (folder / ".tarnwick-exchange-XXXXXX").string();
+    removeAttemptsBelow(folder);
+    std::string place = (folder / (std::string(attemptPrefix) + "XXXXXX")).string();
     if (::mkdtemp(place.data()) == nullptr) {
         return exchangeFailure();
     }
@@ -86,9 +108,7 @@ std::optional<ExchangeFailure> attemptBelow(const fs::path& folder) {
     const fs::path other = fs::path(place) / "other";
     const bool isMade = ::mkdir(one.c_str(), 0700) == 0 && ::mkdir(other.c_str(), 0700) == 0;
     const auto failure = isMade ? exchangeNames(one, other) : exchangeFailure();
-    ::rmdir(one.c_str());
-    ::rmdir(other.c_str());
-    ::rmdir(place.c_str());
+    removeAttempt(place);
     return failure;
 }
 

@@ -111,6 +111,18 @@ TEST_F(FolderExchangeTest, WorksOnTheDiskToo) {
     fs::remove_all(place);
 }
 
+TEST_F(FolderExchangeTest, WhatAKilledAttemptHasLeftIsGoneAfterTheNextOne) {
+    const fs::path left = applications_ / ".tarnwick-exchange-abcdef";
+    fs::create_directories(left / "one");
+    const fs::path notOurs = applications_ / ".tarnwick-exchange-notes";
+    writeFile(notOurs / "one" / "note", "mine");
+
+    EXPECT_EQ(obstacleToExchange(present_), Outcome());
+
+    EXPECT_FALSE(fs::exists(left));
+    EXPECT_EQ(contentOf(notOurs / "one" / "note"), "mine");
+}
+
 TEST_F(FolderExchangeTest, IsRefusedWhereOneIsMissing) {
     fs::remove_all(next_);
     EXPECT_EQ(exchangeFolders(present_, next_), obstacle(ExchangeObstacle::missing));
