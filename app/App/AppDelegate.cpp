@@ -196,9 +196,11 @@ void AppDelegate::offerApplications() {
         .program = *program,
         .bundle = bundle_->folder(),
         .answered = StatsStore::supportDirectory() / "Tarnwick" / "applications-answered",
-        .ask = [this](const Question& question, std::function<void(bool)> answered) {
-            windows_->ask(question, std::move(answered));
-        }});
+        .ask =
+            [this](const Question& question, std::function<void(bool)> answered) {
+                windows_->ask(question, std::move(answered));
+            },
+        .forgetUpdates = [this] { bundle_->forgetUpdates(loop_); }});
     applicationsOffer_->start();
 }
 

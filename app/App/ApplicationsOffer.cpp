@@ -60,6 +60,7 @@ std::optional<std::string> ApplicationsOffer::add() {
 }
 
 std::optional<std::string> ApplicationsOffer::remove() {
+    needs_.forgetUpdates();
     auto problem = login_.withdraw();
     return problem ? problem : needs_.menu.remove();
 }

@@ -27,6 +27,8 @@ public:
         std::filesystem::path bundle;   ///< its folder
         std::filesystem::path answered; ///< a file that remembers that the user has answered
         std::function<void(const Question& question, std::function<void(bool)> answered)> ask;
+        /// Removes what updates keep beside the folder.
+        std::function<void()> forgetUpdates;
     };
 
     explicit ApplicationsOffer(Needs needs);

@@ -22,6 +22,11 @@ BundleRun::BundleRun(std::filesystem::path bundle, const std::vector<std::string
     }
 }
 
+void BundleRun::forgetUpdates(RunLoop& loop) {
+    trial_.pass(loop);
+    update_.discard();
+}
+
 void BundleRun::end() {
     trial_.endWell();
     if (update_.isHeld()) {

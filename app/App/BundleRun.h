@@ -25,6 +25,10 @@ public:
     /// What is to take this version's place; outlives the run.
     [[nodiscard]] PreparedUpdate& update() { return update_; }
 
+    /// Nothing is left beside the bundle: neither what is ready, nor the version before, also within the
+    /// trial.
+    void forgetUpdates(RunLoop& loop);
+
     /// The program has ended as it should, and has saved what it had to. What is ready takes its place.
     void end();
 

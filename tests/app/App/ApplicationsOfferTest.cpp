@@ -52,10 +52,12 @@ protected:
             .program = program(),
             .bundle = bundle_,
             .answered = folder() / "applications-answered",
-            .ask = [this](const Question& question, const std::function<void(bool)>& answered) {
-                questions_.push_back(question);
-                answered(isSure_);
-            }});
+            .ask =
+                [this](const Question& question, const std::function<void(bool)>& answered) {
+                    questions_.push_back(question);
+                    answered(isSure_);
+                },
+            .forgetUpdates = [this] { ++forgotten_; }});
         offer_->start();
     }
 
@@ -76,6 +78,7 @@ protected:
 
     [[nodiscard]] bool isAdded() const { return settings_.applications()->haveIt; }
 
+    int forgotten_ = 0;
     WatchedMonitor watched_;
     simulation::FakeLoginItem loginItem_;
     SettingsModel settings_{watched_.monitor, watched_.notifications, loginItem_};
@@ -212,6 +215,7 @@ TEST_F(ApplicationsOfferTest, UninstallingAsksAndSaysWhatGoesAndWhatStays) {
     EXPECT_TRUE(isAdded());
     EXPECT_TRUE(fs::exists(menuFile_));
     EXPECT_TRUE(fs::exists(loginFile_));
+    EXPECT_EQ(forgotten_, 0);
 }
 
 TEST_F(ApplicationsOfferTest, UninstalledNothingOfItIsLeftButTheFolder) {
@@ -223,6 +227,7 @@ TEST_F(ApplicationsOfferTest, UninstalledNothingOfItIsLeftButTheFolder) {
     EXPECT_FALSE(isAdded());
     EXPECT_FALSE(fs::exists(menuFile_));
     EXPECT_FALSE(fs::exists(loginFile_));
+    EXPECT_EQ(forgotten_, 1);
     EXPECT_TRUE(fs::exists(program()));
     start();
     EXPECT_EQ(notice(), std::nullopt);

@@ -3,6 +3,7 @@
 
 #include "app/App/BundleUpdates.h"
 #include "tests/platform/bundle/MadeBundle.h"
+#include "tests/simulation/VirtualRunLoop.h"
 #include "tests/support/Variable.h"
 
 #include <gmock/gmock.h>
@@ -144,6 +145,29 @@ TEST_F(BundleRunTest, ARestartStartsWhatIsReady) {
         }),
         7);
 
+    EXPECT_EQ(inPlace(), "1.1");
+}
+
+TEST_F(BundleRunTest, UninstallingLeavesNothingBesideTheBundle) {
+    simulation::VirtualRunLoop loop;
+    {
+        BundleRun run(bundle, {});
+        makeReady();
+        ASSERT_EQ(run.update().hold(), std::nullopt);
+        run.forgetUpdates(loop);
+        run.end();
+        EXPECT_FALSE(fs::exists(update.path())) << "what was ready";
+        EXPECT_EQ(inPlace(), "1.0");
+    }
+    makeReady();
+    ASSERT_EQ(PreparedUpdate(update).exchange(), std::nullopt);
+
+    BundleRun run(bundle, {});
+    ASSERT_TRUE(run.trial().isOn());
+    run.forgetUpdates(loop);
+    run.end();
+
+    EXPECT_FALSE(fs::exists(update.path())) << "the version before";
     EXPECT_EQ(inPlace(), "1.1");
 }
 
