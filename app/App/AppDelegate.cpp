@@ -146,11 +146,9 @@ void AppDelegate::startUpdater() {
         endOfTrial_ = loop_.after(BundleTrial::length, [this] { bundle_->trial().pass(loop_); });
     }
     updater_.start();
-    updateNotice_ = std::make_unique<RenderLoop>(loop_, [this] {
-        if (hasUpdateReady()) {
-            monitor_.setNotice(newVersionNotice());
-        }
-    });
+    if (const Updater::Controller* const controller = updater_.controller()) {
+        updateNotices_.emplace(loop_, monitor_, *controller->engine);
+    }
 }
 
 bool AppDelegate::hasUpdateReady() const {

@@ -6,6 +6,7 @@
 #include "app/App/BundleUpdates.h"
 #include "app/App/DesktopWindows.h"
 #include "app/App/ExtensionOffer.h"
+#include "app/App/UpdateNotices.h"
 #include "app/Monitor/Monitor.h"
 #include "app/StatusItemController/Painting/QtFacePainter.h"
 #include "app/StatusItemController/PanelMenuText.h"
@@ -114,7 +115,7 @@ private:
     std::unique_ptr<PaletteWatch> paletteWatch_;
     std::unique_ptr<SessionEnd> sessionEnd_;
     std::unique_ptr<DisplayLoss> displayLoss_;
-    std::unique_ptr<RenderLoop> updateNotice_;
+    std::optional<UpdateNotices> updateNotices_; ///< where there is an updater
     RunLoop::Handle endOfTrial_;
     Lifeline lifeline_;
 };

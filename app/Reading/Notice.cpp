@@ -94,6 +94,10 @@ Notice newVersionNotice() {
     return {.kind = Notice::Kind::newVersion, .text = "Restart to use the new version."};
 }
 
+Notice distrustNotice(const std::string& reason) {
+    return {.kind = Notice::Kind::distrustedUpdates, .text = reason};
+}
+
 Notice applicationsNotice(const std::string& failure) {
     return {
         .kind = Notice::Kind::offersApplications,

@@ -18,6 +18,7 @@ struct Notice {
         noPanel,            ///< no panel shows the status item
         notRecorded,        ///< this process does not store the statistics
         unreadableStats,    ///< a statistics file that could not be read was kept aside
+        distrustedUpdates,  ///< what came as news of updates is not trusted
         newVersion,         ///< the program's file is newer than what runs
         offersExtension,    ///< the desktop's shell could do more with an extension of ours
         offersApplications, ///< the program was unpacked and is not in the menu of applications
@@ -41,6 +42,9 @@ using Notices = std::vector<Notice>;
 [[nodiscard]] Notice extensionNotice();
 
 [[nodiscard]] Notice newVersionNotice();
+
+/// `reason` is a sentence.
+[[nodiscard]] Notice distrustNotice(const std::string& reason);
 
 /// With the reason why the latest attempt failed, if there was one.
 [[nodiscard]] Notice applicationsNotice(const std::string& failure = "");

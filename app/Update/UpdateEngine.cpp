@@ -146,6 +146,11 @@ void UpdateEngine::checkEnded(const UpdateWork::CheckResult& result, bool isAske
 }
 
 void UpdateEngine::checkFailed(const UpdateWork::CheckFailure& failure, bool isAskedFor) {
+    using Distrust = UpdateWork::Distrust;
+    const bool isRepeated = failures_ > 0;
+    if (failure.distrust == Distrust::certain || (failure.distrust == Distrust::likely && isRepeated)) {
+        distrust_.set(failure.text);
+    }
     if (failure.hasAnswered && !isAskedFor) {
         putOff();
     }
@@ -182,7 +187,9 @@ void UpdateEngine::decide(const Feed& feed, bool isAskedFor) {
         decideOnUpdate(feed, circumstances(isAskedFor || (offer != nullptr && offer->isAskedFor)));
     const auto* const refused = std::get_if<RefusedUpdate>(&decision);
     if (!isTrusted(decision)) {
-        checkFailed({.text = sentence(*refused), .hasAnswered = true}, isAskedFor);
+        checkFailed(
+            {.text = sentence(*refused), .hasAnswered = true, .distrust = UpdateWork::Distrust::certain},
+            isAskedFor);
         return;
     }
     trusted(feed);
@@ -218,6 +225,7 @@ void UpdateEngine::found(const FoundUpdate& update, bool isAskedFor) {
 
 void UpdateEngine::trusted(const Feed& feed) {
     failures_ = 0;
+    distrust_.set("");
     needs_.memory.setLastFeed(feed.signedAt);
     needs_.preferences.setLastUpdateCheckDate(needs_.loop.wallNow());
     start(); // the next check is due an interval from now

@@ -54,6 +54,10 @@ public:
     /// See `SoftwareUpdates`.
     [[nodiscard]] const std::string& lastProblem() const { return lastProblem_.get(); }
 
+    /// Why what came last as a feed is not trusted, as a sentence for users, until one is trusted. Empty
+    /// otherwise, also where nothing came.
+    [[nodiscard]] const std::string& distrust() const { return distrust_.get(); }
+
     [[nodiscard]] bool canCheck() const;
     [[nodiscard]] std::string serverDomain() const;
 
@@ -99,6 +103,7 @@ private:
     Needs needs_;
     Observed<UpdateState> state_;
     Observed<std::string> lastProblem_;
+    Observed<std::string> distrust_;
     std::optional<ReleaseVersion> notInstalled_; ///< the automatic download of which came to nothing
     RunLoop::WallTime checkDue_;
     RunLoop::Handle timer_; ///< null while nothing is scheduled

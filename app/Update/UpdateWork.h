@@ -23,9 +23,17 @@ public:
     UpdateWork& operator=(const UpdateWork&) = delete;
     virtual ~UpdateWork() = default;
 
+    /// Of a feed that did come.
+    enum class Distrust {
+        none,
+        likely,  ///< feed and signature do not match: perhaps the maker replaces them just now
+        certain, ///< what came is nothing that the maker offers today
+    };
+
     struct CheckFailure {
         std::string text; ///< a sentence for users
         bool hasAnswered; ///< the server has; else there may be no network
+        Distrust distrust = Distrust::none;
     };
 
     /// The text of the feed: the maker's word. It has not been parsed.

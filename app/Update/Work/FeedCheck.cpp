@@ -7,6 +7,15 @@
 
 namespace tarnwick {
 
+namespace {
+
+UpdateWork::Distrust distrustBy(Minisign::Fault fault) {
+    const bool mayBeHalfOfTwo = fault == Minisign::Fault::wrongContent || fault == Minisign::Fault::malformed;
+    return mayBeHalfOfTwo ? UpdateWork::Distrust::likely : UpdateWork::Distrust::certain;
+}
+
+} // namespace
+
 FeedCheck::FeedCheck(
     Downloader& downloader, UpdateSource source, std::string userAgent,
     std::function<void(const Result&)> ended)
@@ -45,7 +54,9 @@ void FeedCheck::verify() {
     const auto verified = Minisign::verify(feed_, signature_, source_.publicKeys);
     if (const auto* const fault = std::get_if<Minisign::Fault>(&verified)) {
         end(UpdateWork::CheckFailure{
-            .text = Minisign::sentence(*fault, "The update information"), .hasAnswered = true});
+            .text = Minisign::sentence(*fault, "The update information"),
+            .hasAnswered = true,
+            .distrust = distrustBy(*fault)});
         return;
     }
     end(UpdateWork::VerifiedFeed{.text = feed_});

@@ -10,6 +10,7 @@ constexpr auto feedKey = "feed";
 constexpr auto versionKey = "version";
 constexpr auto failureKey = "failure";
 constexpr auto answeredKey = "hasAnswered";
+constexpr auto distrustKey = "distrust"; ///< the number of the enumerator
 constexpr auto receivedKey = "received";
 constexpr auto completeKey = "complete";
 constexpr auto endedKey = "ended"; ///< null, or a problem
@@ -23,7 +24,10 @@ struct Encoder {
     nlohmann::json operator()(const UpdateWork::VerifiedFeed& feed) const { return {{feedKey, feed.text}}; }
 
     nlohmann::json operator()(const UpdateWork::CheckFailure& failure) const {
-        return {{failureKey, failure.text}, {answeredKey, failure.hasAnswered}};
+        return {
+            {failureKey, failure.text},
+            {answeredKey, failure.hasAnswered},
+            {distrustKey, static_cast<int>(failure.distrust)}};
     }
 
     nlohmann::json operator()(const UpdateWork::Received& received) const {
@@ -57,17 +61,27 @@ bool isTrueIn(const nlohmann::json& object, const char* key) {
     return found != object.end() && found->is_boolean() && found->get<bool>();
 }
 
+std::optional<UpdateWork::Distrust> distrustIn(const nlohmann::json& object) {
+    const auto found = object.find(distrustKey);
+    constexpr auto most = static_cast<unsigned>(UpdateWork::Distrust::certain);
+    if (found == object.end() || !found->is_number_unsigned() || found->get<std::uint64_t>() > most) {
+        return std::nullopt;
+    }
+    return static_cast<UpdateWork::Distrust>(found->get<unsigned>());
+}
+
 std::optional<WorkMessage> checkResultIn(const nlohmann::json& object) {
     if (auto feed = textIn(object, feedKey)) {
         return UpdateWork::CheckResult(UpdateWork::VerifiedFeed{.text = std::move(*feed)});
     }
     const auto answered = object.find(answeredKey);
     auto failure = textIn(object, failureKey);
-    if (!failure || answered == object.end() || !answered->is_boolean()) {
+    const auto distrust = distrustIn(object);
+    if (!failure || answered == object.end() || !answered->is_boolean() || !distrust) {
         return std::nullopt;
     }
-    return UpdateWork::CheckResult(
-        UpdateWork::CheckFailure{.text = std::move(*failure), .hasAnswered = answered->get<bool>()});
+    return UpdateWork::CheckResult(UpdateWork::CheckFailure{
+        .text = std::move(*failure), .hasAnswered = answered->get<bool>(), .distrust = *distrust});
 }
 
 } // namespace

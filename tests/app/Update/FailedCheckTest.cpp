@@ -10,6 +10,7 @@
 namespace tarnwick::test {
 namespace {
 
+using testing::HasSubstr;
 using namespace Updating;
 
 /// What may come instead.
@@ -92,6 +93,84 @@ TEST_P(FailedCheck, IsMadeUpForWithinHoursAgainAfterOneThatSucceeded) {
     loop.advance(2 * day);
 
     EXPECT_GE(feedRequests() - before, 4u);
+}
+
+class Distrust : public UpdateWorld {
+protected:
+    /// A scheduled check with this feed.
+    void meet(const std::function<void(UpdateWorld&)>& prepare) {
+        prepare(*this);
+        engine().start();
+        loop.advance(day);
+    }
+};
+
+TEST_F(Distrust, OfAStrangersKeyIsToldUntilAFeedIsTrusted) {
+    meet([](UpdateWorld& world) { world.publish("1.1", 0, MinisignKey(3)); });
+    EXPECT_EQ(
+        engine().distrust(), "The update information is signed with an unknown key, so it is not trusted.");
+
+    server.failures[feedAddress] = {.problem = Downloader::Problem::unreachable, .detail = ""};
+    loop.advance(day);
+    EXPECT_NE(engine().distrust(), "") << "nothing better has come";
+
+    server.failures.clear();
+    publish("1.0");
+    loop.advance(1.1 * day);
+    EXPECT_EQ(engine().distrust(), "");
+}
+
+TEST_F(Distrust, EndsWithATrustedFeedThatHasNothingForThisMachine) {
+    meet([](UpdateWorld& world) { world.publish("1.1", 0, MinisignKey(3)); });
+    ASSERT_NE(engine().distrust(), "");
+    minimumSystem = "99.0";
+    publish("1.2");
+
+    loop.advance(1.1 * day);
+
+    EXPECT_EQ(engine().distrust(), "");
+}
+
+TEST_F(Distrust, OfAFeedThatIsHeldBackIsTold) {
+    meet([](UpdateWorld& world) { world.publish("1.1", 91); });
+
+    EXPECT_THAT(engine().distrust(), HasSubstr("more than 90 days old"));
+    EXPECT_NE(in<Idle>(), nullptr) << "no window";
+}
+
+TEST_F(Distrust, OfAFeedFromTheFutureIsTold) {
+    meet([](UpdateWorld& world) { world.publish("1.1", -4); });
+
+    EXPECT_THAT(engine().distrust(), HasSubstr("dated in the future"));
+}
+
+TEST_F(Distrust, OfAUsersOwnCheckIsToldToo) {
+    publish("1.1", 91);
+
+    check();
+
+    EXPECT_EQ(engine().distrust(), failure());
+}
+
+TEST_F(Distrust, OfAFeedThatDoesNotMatchIsToldTheSecondTime) {
+    meet([](UpdateWorld& world) { world.server.files[feedAddress] += " "; });
+    EXPECT_EQ(engine().distrust(), "") << "the maker may be uploading just now";
+
+    loop.advance(UpdateEngine::patienceWithNetwork + 10);
+
+    EXPECT_THAT(engine().distrust(), HasSubstr("does not match its signature"));
+}
+
+TEST_F(Distrust, IsNotForAServerThatIsInTrouble) {
+    for (const auto problem :
+         {Downloader::Problem::unreachable, Downloader::Problem::silent, Downloader::Problem::unavailable,
+          Downloader::Problem::missing, Downloader::Problem::untrusted, Downloader::Problem::notHttps}) {
+        meet([problem](UpdateWorld& world) {
+            world.server.failures[feedAddress] = {.problem = problem, .detail = ""};
+        });
+        loop.advance(day);
+        EXPECT_EQ(engine().distrust(), "") << static_cast<int>(problem);
+    }
 }
 
 } // namespace

@@ -50,12 +50,13 @@ TEST(WorkMessages, TheEndOfACheckArrivesAsItWas) {
     ASSERT_NE(result, nullptr);
     EXPECT_EQ(std::get<UpdateWork::VerifiedFeed>(*result).text, "{\n}");
 
-    const auto failed = decodedMessage(encoded(
-        WorkMessage(UpdateWork::CheckResult(UpdateWork::CheckFailure{.text = "No.", .hasAnswered = true}))));
+    const auto failed = decodedMessage(encoded(WorkMessage(UpdateWork::CheckResult(UpdateWork::CheckFailure{
+        .text = "No.", .hasAnswered = true, .distrust = UpdateWork::Distrust::likely}))));
     const auto* const failure = partOf<UpdateWork::CheckResult>(failed);
     ASSERT_NE(failure, nullptr);
     EXPECT_EQ(std::get<UpdateWork::CheckFailure>(*failure).text, "No.");
     EXPECT_TRUE(std::get<UpdateWork::CheckFailure>(*failure).hasAnswered);
+    EXPECT_EQ(std::get<UpdateWork::CheckFailure>(*failure).distrust, UpdateWork::Distrust::likely);
 }
 
 TEST(WorkMessages, EachIsOneLine) {
@@ -74,7 +75,8 @@ TEST(WorkMessages, WordsInNoEncodingDoNotBreakAMessage) {
 TEST(WorkMessages, OtherTextsAreNone) {
     for (const char* text :
          {"", "x", "{}", "[]", "null", R"({"received":-1})", R"({"received":"5"})", R"({"failure":"x"})",
-          R"({"feed":1})"}) {
+          R"({"feed":1})", R"({"failure":"x","hasAnswered":true,"distrust":3})",
+          R"({"failure":"x","hasAnswered":true,"distrust":-1})"}) {
         EXPECT_FALSE(decodedMessage(text)) << text;
         EXPECT_FALSE(decodedOrder(text)) << text;
     }
