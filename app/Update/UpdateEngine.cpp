@@ -51,11 +51,15 @@ void UpdateEngine::start() {
         [this] { needs_.loop.post(lifeline_.guarded([this] { start(); })); });
     timer_.reset();
     if (needs_.preferences.automaticallyChecksForUpdates()) {
-        checkDue_ = nextCheck(
-            needs_.preferences.lastUpdateCheckDate(), needs_.checkInterval, needs_.random(),
-            needs_.loop.wallNow());
-        schedule();
+        plan();
     }
+}
+
+void UpdateEngine::plan() {
+    checkDue_ = nextCheck(
+        needs_.preferences.lastUpdateCheckDate(), needs_.checkInterval, needs_.random(),
+        needs_.loop.wallNow());
+    schedule();
 }
 
 void UpdateEngine::schedule() {
@@ -64,8 +68,11 @@ void UpdateEngine::schedule() {
     const std::chrono::duration<double> left = checkDue_ - needs_.loop.wallNow();
     timer_ = needs_.loop.after(std::clamp(left.count(), 0.0, longestWait), [this] {
         const auto now = needs_.loop.wallNow();
+        const bool isSleptThrough = now - checkDue_ >= calmBeforeCheck; // it is a waking machine
         const bool isClockSetBack = checkDue_ - now > 2 * needs_.checkInterval;
-        if (now >= checkDue_ || isClockSetBack) {
+        if (isSleptThrough || isClockSetBack) {
+            plan();
+        } else if (now >= checkDue_) {
             beginScheduledCheck();
         } else {
             schedule();

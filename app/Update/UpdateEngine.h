@@ -74,6 +74,7 @@ public:
     void dismiss();     ///< the news that the program is up to date, that something failed, or is ready
 
 private:
+    void plan();
     void schedule();
     void beginScheduledCheck();
     /// Whether a scheduled check does no harm now.

@@ -233,6 +233,31 @@ TEST_F(ScheduledCheck, IsMadeUpForSoonAfterASleep) {
     EXPECT_EQ(feedRequests(), 1u);
 }
 
+TEST_F(ScheduledCheck, LeavesAWakingMachineInPeaceAtFirst) {
+    engine().start();
+    const double due = day - 3600 + 0.5 * day / jitterPartOfInterval;
+    const double calm = 60 + 0.5 * 300; // with its share of the jitter
+    loop.advance(due - 10);
+
+    loop.sleep(day);
+    loop.advance(10 + calm - 1);
+    EXPECT_EQ(feedRequests(), 0u);
+
+    loop.advance(2);
+    EXPECT_EQ(feedRequests(), 1u);
+}
+
+TEST_F(ScheduledCheck, TakesNoNoticeOfAShortNap) {
+    engine().start();
+    const double due = day - 3600 + 0.5 * day / jitterPartOfInterval;
+    loop.advance(due - 10);
+
+    loop.sleep(50);
+    loop.advance(11);
+
+    EXPECT_EQ(feedRequests(), 1u);
+}
+
 TEST_F(ScheduledCheck, IsNotPutOffForYearsByAClockThatIsSetBack) {
     engine().start();
     loop.setWallClock(today - std::chrono::days(3000));
