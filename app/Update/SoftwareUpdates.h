@@ -28,12 +28,13 @@ public:
     /// Why the last check or update failed, as a sentence for users. Empty when it did not.
     [[nodiscard]] virtual std::string lastProblem() const = 0;
 
-    /// False while a check or an update is under way.
+    /// False while the user is shown a check or an update that is under way.
     [[nodiscard]] virtual bool canCheckForUpdates() const = 0;
-    /// Checks now and shows the user the result, also when there is no update.
+    /// Checks now and shows the user the result, also when there is no update. What is under way already, or
+    /// waits for the user, is shown instead.
     virtual void checkForUpdates() = 0;
 
-    /// The domain that newer versions come from.
+    /// The domain or IP address that newer versions come from.
     [[nodiscard]] virtual std::string serverDomain() const = 0;
 };
 

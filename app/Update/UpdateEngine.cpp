@@ -1,5 +1,6 @@
 #include "app/Update/UpdateEngine.h"
 
+#include "core/HostText.h"
 #include "core/Update/CheckSchedule.h"
 
 #include <algorithm>
@@ -17,6 +18,33 @@ template<class... States>
 bool isIn(const UpdateState& state) {
     return (std::holds_alternative<States>(state) || ...);
 }
+
+/// What the user asks for is there already, and is shown from now on.
+struct BeginToWatch {
+    template<class State>
+    bool operator()(State& state) const {
+        if constexpr (requires { state.isAskedFor; }) {
+            state.isAskedFor = true;
+            return true;
+        } else if constexpr (requires { state.isWatched; }) {
+            state.isWatched = true;
+            return true;
+        } else {
+            return false;
+        }
+    }
+};
+
+/// Whether the user is shown that something is under way.
+struct IsShownWork {
+    bool operator()(const Checking& checking) const { return checking.isAskedFor; }
+
+    bool operator()(const Downloading& downloading) const { return downloading.isWatched; }
+
+    bool operator()(const Preparing& preparing) const { return preparing.isWatched; }
+
+    bool operator()(const auto& /*other*/) const { return false; }
+};
 
 struct UnderWay {
     FoundUpdate update{};
@@ -100,27 +128,20 @@ bool UpdateEngine::maySchedule() const {
 }
 
 bool UpdateEngine::canCheck() const {
-    return !isIn<Checking, Downloading, Preparing>(state());
+    return !std::visit(IsShownWork(), state());
 }
 
 std::string UpdateEngine::serverDomain() const {
-    const std::string& address = needs_.feedAddress;
-    const std::size_t begin = address.find("://") + 3;
-    return address.substr(begin, address.find_first_of("/:?#", begin) - begin);
+    const auto host = hostIn(needs_.feedAddress);
+    const auto* const domain = std::get_if<std::string>(&host);
+    return domain != nullptr ? *domain : "";
 }
 
 void UpdateEngine::check() {
     if (isIn<Idle, NothingNewer, Failed>(state_.get())) {
         beginCheck(true);
-    } else if (auto state = state_.get(); auto* const checking = std::get_if<Checking>(&state)) {
-        checking->isAskedFor = true;
-        enter(state);
-    } else if (auto* const found = std::get_if<Found>(&state)) {
-        found->isAskedFor = true;
-        enter(state);
-    } else if (auto* const ready = std::get_if<Ready>(&state)) {
-        ready->isWatched = true;
-        enter(state);
+    } else {
+        state_.mutate([](UpdateState& present) { return std::visit(BeginToWatch(), present); });
     }
 }
 

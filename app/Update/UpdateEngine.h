@@ -65,7 +65,7 @@ public:
 
     // What the user does. Each does nothing in a state that it does not fit.
 
-    /// While an update waits for an answer, or is under way, that stays.
+    /// A check or an update that is under way, or waits for an answer, stays, and is shown from now on.
     void check();
     void install();     ///< what was found
     void skip();        ///< what was found, for good

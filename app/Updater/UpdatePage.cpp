@@ -64,7 +64,7 @@ struct PageMaker {
         }
         return UpdatePage{
             .title = "Preparing Tarnwick " + state.update.release.version.text(),
-            .text = "The download is verified and unpacked.",
+            .text = "The download is being verified and unpacked.",
             .progress = UpdatePage::Progress{},
             .buttons = {{"&Cancel", Action::cancel}},
             .whenClosed = Action::cancel};

@@ -81,6 +81,21 @@ TEST_F(ScheduledCheck, IsNotSeenWhileAWindowIsOpen) {
     EXPECT_FALSE(engine().canCheck());
 }
 
+TEST_F(ScheduledCheck, IsSeenOnceTheUserAsks) {
+    server.answers = false;
+    engine().start();
+    loop.advance(day);
+    ASSERT_NE(in<Checking>(), nullptr);
+    EXPECT_FALSE(in<Checking>()->isAskedFor);
+    EXPECT_TRUE(engine().canCheck());
+
+    engine().check();
+
+    EXPECT_TRUE(in<Checking>()->isAskedFor);
+    EXPECT_FALSE(engine().canCheck());
+    EXPECT_EQ(feedRequests(), 1u);
+}
+
 TEST_F(ScheduledCheck, KeepsAnOfferFresh) {
     engine().start();
     loop.advance(day);

@@ -228,7 +228,13 @@ TEST_F(UpdateCheck, AVersionThatDidNotRunIsFoundOnlyByTheUsersOwnCheck) {
 }
 
 TEST_F(UpdateCheck, NamesTheServersDomain) {
+    const auto domain = [this](const char* address) { return makeEngine(work, address)->serverDomain(); };
+
     EXPECT_EQ(engine().serverDomain(), "updates.example");
+    EXPECT_EQ(domain("https://updates.example:8443/feed.json"), "updates.example");
+    EXPECT_EQ(domain("https://192.0.2.1:8443/feed.json"), "192.0.2.1");
+    EXPECT_EQ(domain("https://[::1]:8443/feed.json"), "::1");
+    EXPECT_EQ(domain("https://[2001:db8::1]/feed.json"), "2001:db8::1");
 }
 
 TEST_F(UpdateCheck, TellsItsFollowersOfEachChange) {

@@ -272,6 +272,39 @@ TEST_F(SilentInstall, TriesAgainADayLaterWhenTheNetworkFails) {
     EXPECT_NE(in<Ready>(), nullptr);
 }
 
+TEST_F(SilentInstall, CanBeWatched) {
+    preferences.setAutomaticallyDownloadsUpdates(true);
+    place.holdsPreparation = true;
+    server.partSize = 1; // a byte each tenth of a second
+    engine().start();
+    loop.advance(day - 1800 + 200);
+    ASSERT_NE(in<Downloading>(), nullptr);
+    EXPECT_TRUE(engine().canCheck());
+
+    engine().check();
+
+    EXPECT_TRUE(in<Downloading>()->isWatched);
+    EXPECT_FALSE(engine().canCheck()) << "the user sees it";
+    loop.advance(600);
+    ASSERT_NE(in<Preparing>(), nullptr);
+    EXPECT_TRUE(in<Preparing>()->isWatched);
+}
+
+TEST_F(SilentInstall, CanBeWatchedWhileItPrepares) {
+    preferences.setAutomaticallyDownloadsUpdates(true);
+    place.holdsPreparation = true;
+    engine().start();
+    loop.advance(day);
+    ASSERT_NE(in<Preparing>(), nullptr);
+    EXPECT_TRUE(engine().canCheck());
+
+    engine().check();
+
+    EXPECT_TRUE(in<Preparing>()->isWatched);
+    EXPECT_FALSE(engine().canCheck());
+    EXPECT_EQ(feedRequests(), 1u);
+}
+
 TEST_F(SilentInstall, IsNotForTheUsersOwnCheck) {
     preferences.setAutomaticallyDownloadsUpdates(true);
 

@@ -104,17 +104,19 @@ public:
         server.files[std::string(feedAddress) + ".minisig"] = key.sign(text);
     }
 
-    [[nodiscard]] std::unique_ptr<UpdateEngine> makeEngine() {
+    [[nodiscard]] std::unique_ptr<UpdateEngine> makeEngine() { return makeEngine(work, feedAddress); }
+
+    [[nodiscard]] std::unique_ptr<UpdateEngine> makeEngine(UpdateWork& done, const std::string& address) {
         return std::make_unique<UpdateEngine>(UpdateEngine::Needs{
             .loop = loop,
-            .work = work,
+            .work = done,
             .cost = cost,
             .preferences = preferences,
             .memory = memory,
             .running = ReleaseVersion::parse("1.0").value(),
             .channel = "stable",
             .checkInterval = std::chrono::days(1),
-            .feedAddress = feedAddress,
+            .feedAddress = address,
             .machine = "x86_64",
             .system = ReleaseVersion::parse("6.1").value(),
             .random = [this] { return drawn; }});

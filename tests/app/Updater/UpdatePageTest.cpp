@@ -65,6 +65,16 @@ TEST(UpdatePageTest, ADownloadIsShownInBytes) {
     EXPECT_THAT(shown.buttons, ElementsAre(Button{"&Cancel", Action::cancel}));
 }
 
+TEST(UpdatePageTest, APreparationIsUnderWay) {
+    const auto shown = page(Updating::Preparing{someUpdate(), true}).value();
+
+    EXPECT_EQ(shown.title, "Preparing Tarnwick 1.1");
+    EXPECT_EQ(shown.text, "The download is being verified and unpacked.");
+    EXPECT_EQ(shown.progress, Progress{});
+    EXPECT_THAT(shown.buttons, ElementsAre(Button{"&Cancel", Action::cancel}));
+    EXPECT_EQ(shown.whenClosed, Action::cancel);
+}
+
 TEST(UpdatePageTest, WhatIsReadyWaitsForARestart) {
     const auto shown = page(Updating::Ready{someUpdate().release.version, true}).value();
 
