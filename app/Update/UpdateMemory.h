@@ -11,7 +11,8 @@
 namespace tarnwick {
 
 /// Each change is written at once. A file that can't be read counts as none, and one that can't be written
-/// is not reported: what is lost with it is found by the next check. Main thread.
+/// is not reported. Without it a feed older than the last one may be trusted, a version that did not run here
+/// is found again, and the news is lost. Main thread.
 class UpdateMemory {
 public:
     explicit UpdateMemory(std::filesystem::path file);

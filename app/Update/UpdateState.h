@@ -30,22 +30,22 @@ struct Found {
 struct Downloading {
     FoundUpdate update{};
     std::uint64_t received = 0; ///< bytes
-    bool isWatched = false;     ///< the user chose to install it; false for an automatic download
+    bool isWatched = false;     ///< the user sees it; false for an automatic download that nobody asks for
 };
 
-/// Verified and unpacked.
+/// The download is being verified and unpacked.
 struct Preparing {
     FoundUpdate update{};
     bool isWatched = false;
 };
 
-/// The newer version is used from the next start on.
+/// The newer version takes the place of this one when the program ends.
 struct Ready {
     ReleaseVersion version{};
     bool isWatched = false;
 };
 
-/// Of something that the user has asked for, until it is dismissed.
+/// Of something that the user has asked for, or of the last run: until it is dismissed.
 struct Failed {
     std::string text; ///< one or two sentences
 };

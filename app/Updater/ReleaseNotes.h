@@ -5,8 +5,8 @@
 
 namespace tarnwick {
 
-/// Draws headings, lists, emphasis and code. Nothing is loaded, neither from the network nor from files, and
-/// no link is followed: the text is the maker's, and still needs none of that.
+/// Draws what CommonMark has, but no HTML and no pictures. Nothing is loaded, neither from the network nor
+/// from files, and no link is followed: the text is the maker's, and still needs none of that.
 class ReleaseNotes final : public QTextBrowser {
 public:
     explicit ReleaseNotes(QWidget* parent);

@@ -21,7 +21,8 @@ public:
     [[nodiscard]] virtual bool standardUserDriverShouldHandleShowingScheduledUpdate(
         const FoundUpdate& update, bool inImmediateFocus) = 0;
 
-    /// The window shows an update next, which a user or a scheduled check has asked for.
+    /// An update is shown next: by the window, or by the program in its own way where `handleShowingUpdate`
+    /// is false. The check was the user's own or a scheduled one.
     virtual void standardUserDriverWillHandleShowingUpdate(
         bool handleShowingUpdate, const FoundUpdate& update, bool isUserInitiated) = 0;
 

@@ -21,8 +21,8 @@ struct DocumentMistake {
     friend bool operator==(const DocumentMistake&, const DocumentMistake&) = default;
 };
 
-/// The object in `text`. A text of more than `longest` bytes, one that is no JSON object, and one that has a
-/// member twice is a mistake.
+/// The object in `text`. A text of more than `longest` bytes, one that is no JSON object, and an object that
+/// has a member twice is a mistake; in an object inside it the last of two counts.
 [[nodiscard]] std::variant<nlohmann::json, DocumentMistake> readDocument(
     const std::string& text, std::size_t longest);
 

@@ -41,9 +41,8 @@ struct RefusedUpdate {
     };
 
     Reason reason{};
-    // Of the last two reasons:
-    ReleaseVersion version{}; ///< the newest release
-    ReleaseVersion needed{};  ///< its kernel
+    ReleaseVersion version{}; ///< of the last two reasons: the newest of these releases
+    ReleaseVersion needed{};  ///< of the last reason: the kernel that it needs
 };
 
 using UpdateDecision = std::variant<UpToDate, FoundUpdate, RefusedUpdate>;

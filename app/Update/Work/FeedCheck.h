@@ -1,4 +1,4 @@
-// One check: fetches the feed with its signature, verifies it, and decides.
+// One check: fetches the feed with its signature, and verifies it.
 #pragma once
 
 #include "app/Update/UpdateWork.h"
