@@ -17,13 +17,13 @@ namespace tarnwick {
 
 /// Wraps the engine and its window, and brings that window to the front: the program has no window of its own
 /// and is seldom the active one, so it would open behind others. Main thread.
-class Updater final : public SoftwareUpdates, private UserDriverDelegate {
+class Updater final : public SoftwareUpdates, public UserDriverDelegate {
 public:
     struct Needs {
         RunLoop& loop;
         Preferences& preferences;
-        /// Makes the engine; empty where the program does not run from a bundle, or where the bundle names no
-        /// source of updates. Such a program has no updater.
+        /// Makes the engine; null where the program does not run from a bundle, or where the bundle names no
+        /// source of updates. Such a program has no updater. May be empty, which means the same.
         std::function<std::unique_ptr<UpdateEngine>()> makeEngine;
         QIcon icon;
         std::function<void(QWidget&)> furnish; ///< see `UpdateUserDriver`

@@ -131,6 +131,26 @@ TEST_F(Distrust, EndsWithATrustedFeedThatHasNothingForThisMachine) {
     EXPECT_EQ(engine().distrust(), "");
 }
 
+TEST_F(Distrust, IsForAKeyThatWasRetired) {
+    const auto key = [](unsigned char number) {
+        return Minisign::parsePublicKey(MinisignKey(number).publicLine()).value();
+    };
+    DirectUpdateWork later(
+        server, place, {.feedAddress = feedAddress, .publicKeys = {key(2), key(3)}}, "Tarnwick/1.0");
+    const auto engineOfLaterBundle = makeEngine(later, feedAddress);
+    publish("1.1", 0, MinisignKey(1));
+    engineOfLaterBundle->check();
+    loop.advance(10);
+    EXPECT_THAT(engineOfLaterBundle->distrust(), HasSubstr("signed with an unknown key"));
+    engineOfLaterBundle->dismiss();
+
+    publish("1.1", 0, MinisignKey(3));
+    engineOfLaterBundle->check();
+    loop.advance(10);
+
+    EXPECT_TRUE(std::holds_alternative<Found>(engineOfLaterBundle->state()));
+}
+
 TEST_F(Distrust, OfAFeedThatIsHeldBackIsTold) {
     meet([](UpdateWorld& world) { world.publish("1.1", 91); });
 

@@ -1,6 +1,7 @@
 // The updater with its window, without a display, in virtual time.
 #include "app/Updater/Updater.h"
 
+#include "app/SettingsView/Model/UpdateSettings.h"
 #include "app/Updater/ReleaseNotes.h"
 #include "tests/app/Update/UpdateWorld.h"
 
@@ -291,6 +292,48 @@ TEST_F(UpdaterTest, TheNotesLoadNothing) {
     EXPECT_FALSE(notes().openLinks());
     EXPECT_EQ(feedRequests(), 1u);
     EXPECT_THAT(notes().toPlainText().toStdString(), HasSubstr("<img src='z'>")) << "no HTML";
+}
+
+TEST_F(UpdaterTest, TheAnswersToAnOfferAreThoseOfItsButtons) {
+    checkForUpdates();
+    click("Remind Me Later");
+    EXPECT_EQ(window(), nullptr);
+    EXPECT_EQ(preferences.skippedUpdate(), "");
+
+    checkForUpdates();
+    click("Skip This Version");
+    EXPECT_EQ(window(), nullptr);
+    EXPECT_EQ(preferences.skippedUpdate(), "1.1");
+    EXPECT_EQ(place.begun, 0);
+}
+
+TEST_F(UpdaterTest, WhatIsReadyCanWait) {
+    checkForUpdates();
+    click("Install");
+    advance(10);
+
+    click("Later");
+
+    EXPECT_EQ(window(), nullptr);
+    EXPECT_EQ(restarts, 0);
+    EXPECT_TRUE(std::holds_alternative<Updating::Ready>(updater.controller()->engine->state()));
+    checkForUpdates();
+    EXPECT_THAT(buttons(), ElementsAre("Later", "Restart Now"));
+}
+
+TEST_F(UpdaterTest, TheSettingsAreLiveWhileACheckRuns) {
+    publish("1.0");
+    UpdateSettings settings(updater);
+    const auto before = settings.lastChecked();
+    std::vector<std::string> shown;
+    const RenderLoop rendering(loop, [&] {
+        const std::string check = settings.canCheck() ? "can check" : "checks";
+        shown.push_back(check + (settings.lastChecked() == before ? "" : ", checked anew"));
+    });
+
+    checkForUpdates();
+
+    EXPECT_THAT(shown, ElementsAre("can check", "checks", "can check, checked anew"));
 }
 
 TEST_F(UpdaterTest, ItsSettingsAreThePreferences) {
