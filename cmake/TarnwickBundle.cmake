@@ -3,13 +3,7 @@ set(TARNWICK_FEED_ADDRESS "" CACHE STRING "Where the feed of newer bundles is, h
 set(TARNWICK_PUBLIC_KEYS "" CACHE STRING "The keys, as minisign writes them, one of which has signed the feed; a list")
 set(TARNWICK_CHECK_INTERVAL 86400 CACHE STRING "Seconds between two looks at the feed")
 
-if(NOT TARNWICK_FEED_ADDRESS STREQUAL "" AND TARNWICK_PUBLIC_KEYS STREQUAL "")
-    message(FATAL_ERROR "TARNWICK_FEED_ADDRESS needs TARNWICK_PUBLIC_KEYS.")
-elseif(TARNWICK_FEED_ADDRESS STREQUAL "" AND NOT TARNWICK_PUBLIC_KEYS STREQUAL "")
-    message(FATAL_ERROR "TARNWICK_PUBLIC_KEYS needs TARNWICK_FEED_ADDRESS.")
-elseif(NOT TARNWICK_FEED_ADDRESS MATCHES "^(https://[^\"\\ ]+)?$")
-    message(FATAL_ERROR "TARNWICK_FEED_ADDRESS is no address that begins with https://.")
-endif()
+include(${CMAKE_CURRENT_LIST_DIR}/TarnwickUpdateSource.cmake)
 
 set(information "{}")
 string(JSON information SET "${information}" version "\"${PROJECT_VERSION}\"")

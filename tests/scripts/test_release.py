@@ -66,6 +66,7 @@ class Sources:
         self.folder = folder
         shutil.copytree(ROOT / "scripts", folder / "scripts")
         shutil.copytree(ROOT / "packaging", folder / "packaging")
+        shutil.copytree(ROOT / "cmake", folder / "cmake")
         shutil.copy2(ROOT / ".gitignore", folder)
         for name, text in FILES.items():
             (folder / name).write_text(text, encoding="utf-8")
@@ -246,6 +247,8 @@ class RefusedRelease(ReleaseCase):
             key,
             ["--feed", FEED.replace("https", "http"), *key],
             ["--feed", FEED.replace("feed", "news"), *key],
+            ["--feed", FEED.replace("https://", "https://me@"), *key],
+            ["--feed", FEED, *key, "--public-key", self.stranger.public[:-1]],
             ["--signed-at", "yesterday"],
             ["--secret-key", "/no/such/key"],
             ["--unknown", "x"],
