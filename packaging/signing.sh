@@ -31,7 +31,7 @@ sign() {
     local file=$1 comment=$2 input=/dev/null
     rm -f "$file.minisig"
     if [ -z "$secret_key" ]; then
-        say "Not signed; by hand: minisign -S -s SECRET-KEY -m $(printf '%q' "$file") -t $(printf '%q' "$comment")"
+        say "Not signed; by hand: minisign -S -s SECRET-KEY -m $(printf '%q' "$(basename "$file")") -t $(printf '%q' "$comment")"
         return
     fi
     [ -z "$at_terminal" ] || input=/dev/tty

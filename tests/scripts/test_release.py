@@ -184,7 +184,7 @@ class MadeRelease(ReleaseCase):
         self.assertEqual(len(commands), 3)
         for command in commands:
             by_hand = command.replace("SECRET-KEY", str(self.key.secret))
-            subprocess.run(["bash", "-c", by_hand], check=True, timeout=PATIENCE, capture_output=True)
+            subprocess.run(["bash", "-c", by_hand], cwd=self.made, check=True, timeout=PATIENCE, capture_output=True)
         self.assertIn(ARCHIVE, self.read_as_programs_do())
 
     def test_without_an_address_it_has_no_feed(self) -> None:
