@@ -50,19 +50,30 @@ class Packages(PackagesCase):
         last = json.loads(output.splitlines()[-1])
         self.assertEqual((last["status"], last["notices"]), ("up", []))
 
-    def test_an_administrators_choice_stays(self) -> None:
-        system = self.system()
-        system.install_needs("tarnwick-watch.deb")
-
-        output = system.run(
-            f"""
-            echo '7 8' >/proc/sys/net/ipv4/ping_group_range
-            {INSTALL} /packages/tarnwick-common.deb >&2
-            cat /proc/sys/net/ipv4/ping_group_range
-            """
+    def range_after_install(self, prepare: str) -> list[str]:
+        return (
+            self.system()
+            .run(
+                f"""
+                mkdir -p /etc/sysctl.d
+                {prepare}
+                {INSTALL} /packages/tarnwick-common.deb >&2
+                cat /proc/sys/net/ipv4/ping_group_range
+                """
+            )
+            .split()
         )
 
-        self.assertEqual(output.split(), ["7", "8"])
+    def test_an_administrators_choice_stays(self) -> None:
+        self.assertEqual(self.range_after_install("echo '7 8' >/proc/sys/net/ipv4/ping_group_range"), ["7", "8"])
+
+    def test_an_administrators_choice_for_each_boot_stays(self) -> None:
+        for prepare in (
+            "echo 'net.ipv4.ping_group_range = 1 0' >/etc/sysctl.d/local.conf",
+            "ln -s /dev/null /etc/sysctl.d/60-tarnwick-ping.conf",
+        ):
+            with self.subTest(prepare):
+                self.assertEqual(self.range_after_install(prepare), ["1", "0"])
 
     def test_it_goes_on_through_an_upgrade_and_tells_of_it(self) -> None:
         system = self.system()
@@ -91,15 +102,15 @@ class Packages(PackagesCase):
 
     def test_what_goes_leaves_the_users_files_alone(self) -> None:
         system = self.system()
-        system.install_needs("tarnwick-watch.deb")
+        system.install_needs("tarnwick-watch.deb", "tarnwick.deb")
 
         output = system.run(
             f"""
-            {INSTALL} /packages/tarnwick-common.deb /packages/tarnwick-watch.deb >&2
+            {INSTALL} /packages/tarnwick-common.deb /packages/tarnwick-watch.deb /packages/tarnwick.deb >&2
             useradd --create-home someone
             {WATCH} >/dev/null
-            apt-get remove -qy tarnwick-watch tarnwick-common >&2
-            apt-get purge -qy tarnwick-watch tarnwick-common >&2
+            apt-get remove -qy tarnwick-watch tarnwick tarnwick-common >&2
+            apt-get purge -qy tarnwick-watch tarnwick tarnwick-common >&2
             find / -xdev -path /proc -prune -o -path /sys -prune -o -path /packages -prune -o -iname '*tarnwick*' -print
             """
         )
