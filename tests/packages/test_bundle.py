@@ -11,17 +11,14 @@ import tempfile
 import unittest
 
 from desktop.desktops import Desktop, X11Desktop
-from desktop.item import Item
-from desktop.panels import BareCompositor, XfcePanel
+from desktop.panels import BareCompositor
 from desktop.pictures import Rectangle
 from desktop.session import NOBODY
 from endtoend.hardening import lacks_of_hardening
 from endtoend.waiting import eventually
-from update.authority import Authority
-from update.maker import Key
-from update.server import UpdateServer
 
-from .system import PATIENCE, System, make_bare, printed
+from .bundles import FOLDER, OnBareSystem, unpack
+from .system import PATIENCE, printed
 
 BUILT = pathlib.Path(os.environ["TARNWICK_PACKAGES"])
 LARGEST = 25_000_000  # bytes
@@ -29,7 +26,6 @@ LARGEST = 25_000_000  # bytes
 OF_SYSTEM = re.compile(
     r"(ld-linux-.*\.so\.\d|lib(c|dl|m|pthread|resolv|rt)\.so\.\d|libgcc_s\.so\.1|libstdc\+\+\.so\.6)[\d.]*"
 )
-FOLDER = "Zoë’s Programme/Neu – 2"
 WINDOW = "Tarnwick Settings"
 AS_SOMEONE = f"setpriv --reuid={NOBODY} --regid={NOBODY} --clear-groups env HOME=/home/someone"
 MAY_PING = f"""
@@ -69,15 +65,6 @@ def bundle() -> pathlib.Path:
     return found
 
 
-def unpack(folder: pathlib.Path) -> pathlib.Path:
-    """As an ordinary user."""
-    folder.mkdir(parents=True)
-    for made in (folder, *folder.parents[:2]):
-        os.chown(made, NOBODY, NOBODY)
-    subprocess.run(["tar", "-C", folder, "-xf", bundle()], check=True, timeout=PATIENCE, user=NOBODY, group=NOBODY, extra_groups=[])
-    return folder / "Tarnwick.app"
-
-
 def dynamic(file: pathlib.Path, tag: str) -> list[str]:
     """The values that a program or library has for a tag of its dynamic section."""
     done = subprocess.run(["objdump", "-p", file], capture_output=True, text=True, check=True, timeout=PATIENCE)
@@ -93,7 +80,7 @@ class Bundle(unittest.TestCase):
     def setUpClass(cls) -> None:
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
-        cls.app = unpack(pathlib.Path(folder.name) / FOLDER)
+        cls.app = unpack(bundle(), pathlib.Path(folder.name) / FOLDER)
         cls.programs = sorted((cls.app / "bin").glob("tarnwick*"))
         cls.libraries = [*(cls.app / "lib").iterdir(), *(cls.app / "plugins").glob("*/*")]
 
@@ -138,41 +125,16 @@ class Bundle(unittest.TestCase):
             with self.subTest(program.name):
                 self.assertEqual(lacks_of_hardening(program), [])
 
-    def test_mistakes_in_memory_are_hard_to_use(self) -> None:
-        for program in self.programs:
-            with self.subTest(program.name):
-                self.assertEqual(lacks_of_hardening(program), [])
 
-
-class Bare:
-    """On a bare system of one release."""
-
-    suite: str
-    bare: pathlib.Path
-
+class Bare(OnBareSystem):
     @classmethod
     def setUpClass(cls) -> None:
         BareX11.require()
         BareCompositor.require()
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.bare = pathlib.Path(folder.name) / "bare"
-        make_bare(cls.bare, cls.suite)
+        super().setUpClass()
 
-    def setUp(self) -> None:
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.shared = pathlib.Path(folder.name)
-        self.shared.chmod(0o755)
-        unpack(self.shared / FOLDER)
-        self.app = f"/packages/{FOLDER}/Tarnwick.app"
-        self.system = System(self.bare, self.shared)
-        self.addCleanup(self.system.close)
-
-    def started(self, desktop: Desktop) -> Desktop:
-        desktop.start()
-        self.addCleanup(desktop.stop)
-        return desktop
+    def archive(self) -> pathlib.Path:
+        return bundle()
 
     def show(self, desktop: Desktop, prepare: str = "", variables: str = "", folder: str = FOLDER) -> list[str]:
         """Shows a window from the bundle in a folder. Returns the libraries that are in use, as the bare system names them."""
@@ -230,27 +192,6 @@ class Bare:
         variables = f"LD_LIBRARY_PATH={other}/lib QT_PLUGIN_PATH={other}/plugins QT_QPA_PLATFORM_PLUGIN_PATH={other}/plugins/platforms"
 
         self.show(self.started(BareX11()), prepare=copy, variables=variables)
-
-    def test_it_fetches_over_https(self) -> None:
-        desktop = self.started(XfcePanel())
-        authority = Authority(self.shared / "authority")
-        server = UpdateServer(self.shared, authority.certificate("good"))
-        self.addCleanup(server.stop)
-        feed = {"feedAddress": f"{server.address}/feed.json", "publicKeys": [Key.make(self.shared, "one").public]}
-        information = self.shared / FOLDER / "Tarnwick.app/Information.json"
-        information.write_text(json.dumps({"version": "0.0.1"} | feed), encoding="utf-8")
-        environment = desktop.session.environment
-        named = " ".join(f"{name}={environment[name]}" for name in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS"))
-        trust = f"cp /packages/authority/{authority.store.name}/* /etc/ssl/certs/"
-        script = f'{trust}\nenv {named} "{self.app}/tarnwick" --set Hostname=127.0.0.1'
-        process = self.system.start(script, own_network=False, shared=desktop.session.folder)
-        self.addCleanup(process.communicate)
-        self.addCleanup(process.kill)
-
-        program = eventually(lambda: desktop.session.bus.process("org.tarnwick.tarnwick"), PATIENCE, "the program")
-        item = eventually(lambda: Item.of_process(desktop, program), PATIENCE, "the item")
-        item.choose(item.row("Check for Updates…"))
-        eventually(lambda: "/feed.json" in server.paths(), PATIENCE, "the server is asked for the feed")
 
     def watch(self, host: str) -> dict[str, object]:
         output = self.system.run(
