@@ -1,0 +1,188 @@
+#include "core/Diagnosis/Diagnosis.h"
+
+#include "core/Diagnosis/FaultPlace.h"
+#include "core/Diagnosis/PathVerdict.h"
+#include "core/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace tarnwick {
+
+namespace {
+
+using Rule = std::optional<Verdict> (*)(const Evidence&);
+
+/// Seconds that traffic must have lasted before it explains anything.
+constexpr double shortestLoad = 3;
+/// Mbit/s: less fills no line that is worth the name.
+constexpr double leastLoad = 1;
+/// Milliseconds that a full queue adds at least, to be told from what networks do anyway.
+constexpr double leastQueue = 40;
+/// Seconds from which a lookup counts as late: the resolver has tried a second time by then, or nearly so.
+constexpr double lateLookupMs = 1500;
+
+Verdict certain(Blame blame, std::string evidence) {
+    return {.blame = blame, .likelihood = Likelihood::certain, .evidence = std::move(evidence)};
+}
+
+std::optional<Verdict> signIn(const Evidence& evidence) {
+    if (evidence.connectivity != Connectivity::portal) {
+        return std::nullopt;
+    }
+    return certain(Blame::signIn, "The network wants you to sign in.");
+}
+
+std::optional<Verdict> noNetwork(const Evidence& evidence) {
+    const LinkEvidence& link = evidence.link;
+    const bool isWifi = link.kind == LinkEvidence::Kind::wifi;
+    if (link.interface.empty()) {
+        return certain(Blame::thisComputer, "No network: this computer has no connection.");
+    }
+    if (!link.isUp) {
+        return certain(
+            Blame::thisComputer,
+            isWifi ? "No network: Wi-Fi is off." : "No network: " + link.interface + " is off.");
+    }
+    if (!link.hasCarrier) {
+        return certain(
+            Blame::thisComputer, isWifi ? "No network: Wi-Fi is not connected."
+                                        : "No network: " + link.interface + " has no cable.");
+    }
+    if (!link.hasAddress) {
+        return certain(Blame::thisComputer, "No address from the network.");
+    }
+    if (!link.hasRoute) {
+        return certain(Blame::thisComputer, "No way to the internet: no router is set.");
+    }
+    return std::nullopt;
+}
+
+std::optional<Verdict> refusedBySystem(const Evidence& evidence) {
+    if (!evidence.socketError) {
+        return std::nullopt;
+    }
+    return certain(Blame::thisComputer, "This computer can't send: " + *evidence.socketError + ".");
+}
+
+/// The server that answered worst, of those that were asked.
+const NameServerEvidence* worstServer(const Evidence& evidence) {
+    const auto worst = std::ranges::min_element(evidence.nameServers, {}, &NameServerEvidence::answer);
+    return worst == evidence.nameServers.end() ? nullptr : &*worst;
+}
+
+Verdict missingName(const Evidence& evidence, const NameServerEvidence& server) {
+    const bool lastAnswers = evidence.lastAddress && evidence.lastAddressAnswers.value_or(false);
+    const std::string who = "Name server " + server.address;
+    switch (server.answer) {
+    case NameServerEvidence::Answer::none:
+        break;
+    case NameServerEvidence::Answer::refused:
+        return {
+            .blame = Blame::nameServer,
+            .likelihood = lastAnswers ? Likelihood::certain : Likelihood::likely,
+            .evidence = who + " refuses to answer."};
+    case NameServerEvidence::Answer::noSuchName:
+        return {
+            .blame = lastAnswers ? Blame::nameServer : Blame::host,
+            .likelihood = Likelihood::likely,
+            .evidence = who + " knows no " + evidence.host + "."};
+    case NameServerEvidence::Answer::found:
+        return {
+            .blame = Blame::nameServer,
+            .likelihood = Likelihood::possible,
+            .evidence = who + " has found " + evidence.host + " only now."};
+    }
+    if (lastAnswers) {
+        return certain(
+            Blame::nameServer,
+            who + " does not answer; " + *evidence.lastAddress + ", the host's last address, does.");
+    }
+    return {
+        .blame = Blame::nameServer,
+        .likelihood = Likelihood::possible,
+        .evidence = who + " does not answer."};
+}
+
+/// Only where the way is not what keeps name servers from answering.
+std::optional<Verdict> nameServer(const Evidence& evidence) {
+    const NameServerEvidence* const server = worstServer(evidence);
+    if (!evidence.isNameMissing || server == nullptr) {
+        return std::nullopt;
+    }
+    const bool isWayBad = evidence.lastAddressAnswers == false || evidence.neighbor == NeighborState::failed;
+    if (server->answer == NameServerEvidence::Answer::none && isWayBad) {
+        return std::nullopt;
+    }
+    return missingName(evidence, *server);
+}
+
+std::optional<Verdict> lateName(const Evidence& evidence) {
+    for (const NameServerEvidence& server : evidence.nameServers) {
+        if (evidence.trouble == Trouble::degraded && server.ms && *server.ms >= lateLookupMs) {
+            return Verdict{
+                .blame = Blame::nameServer,
+                .likelihood = Likelihood::possible,
+                .evidence =
+                    "Name server " + server.address + " took " + Text::whole(*server.ms) + " ms to answer."};
+        }
+    }
+    return std::nullopt;
+}
+
+/// A hint: the load explains the delay, whoever made the queue so long.
+std::optional<Verdict> ownLoad(const Evidence& evidence) {
+    const LoadEvidence& load = evidence.load;
+    const bool isUpload = load.sentMbit >= load.receivedMbit;
+    const double rate = isUpload ? load.sentMbit : load.receivedMbit;
+    const double extra = extraDelay(evidence);
+    if (evidence.trouble != Trouble::degraded || !evidence.quietMs || load.seconds < shortestLoad
+        || rate < leastLoad || extra < leastQueue || extra < *evidence.quietMs) {
+        return std::nullopt;
+    }
+    return Verdict{
+        .blame = Blame::ownLoad,
+        .likelihood = Likelihood::likely,
+        .evidence = "Latency rises from " + Text::whole(*evidence.quietMs) + " to "
+                    + Text::whole(*evidence.quietMs + extra) + " ms while this computer "
+                    + (isUpload ? "uploads " : "downloads ") + Text::whole(rate) + " Mbit/s."};
+}
+
+std::optional<Verdict> failedRouter(const Evidence& evidence) {
+    if (evidence.neighbor != NeighborState::failed || !evidence.router) {
+        return std::nullopt;
+    }
+    return localVerdict(evidence, Likelihood::certain);
+}
+
+Verdict unclear(const Evidence& evidence) {
+    const bool isRouterWell = !evidence.hops.empty() && !evidence.hops.front().isHost
+                              && std::ranges::any_of(evidence.hops.front().samples, [](const HopSample& one) {
+                                     return one.ms.has_value();
+                                 });
+    return {
+        .blame = Blame::unclear,
+        .likelihood = Likelihood::possible,
+        .evidence = isRouterWell ? "Your router answers. What is wrong beyond it is not clear."
+                                 : "What is wrong is not clear yet."};
+}
+
+} // namespace
+
+std::optional<Verdict> diagnose(const Evidence& evidence) {
+    // What the machine itself knows for sure stands before what is concluded.
+    constexpr std::array<Rule, 8> rules{noNetwork,  refusedBySystem, signIn,      failedRouter,
+                                        nameServer, ownLoad,         pathVerdict, lateName};
+    if (evidence.trouble == Trouble::none) {
+        return std::nullopt;
+    }
+    for (const Rule rule : rules) {
+        if (auto verdict = rule(evidence)) {
+            return verdict;
+        }
+    }
+    return unclear(evidence);
+}
+
+} // namespace tarnwick

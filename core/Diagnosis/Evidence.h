@@ -1,0 +1,87 @@
+// What is known of a connection at one moment. Whatever could not be found out is absent.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+enum class Trouble { none, degraded, down };
+
+/// The interface that leads to the internet, or would.
+struct LinkEvidence {
+    enum class Kind { wired, wifi, mobile, tunnel, other };
+
+    std::string interface{}; ///< its name; empty: this machine has none
+    Kind kind = Kind::other;
+    bool isUp = true;       ///< switched on
+    bool hasCarrier = true; ///< a cable or a radio network is there
+    bool hasAddress = true;
+    bool hasRoute = true; ///< a way to the internet
+    // Of Wi-Fi:
+    std::optional<int> signalDbm = std::nullopt;
+};
+
+/// What the kernel knows of the router's hardware address.
+enum class NeighborState { unknown, reachable, failed };
+
+/// What came back for one echo request to the host, whose hop limit it was.
+struct HopSample {
+    std::optional<double> ms = std::nullopt; ///< nothing: lost
+};
+
+struct HopEvidence {
+    std::string address{}; ///< that answered; empty: none has
+    bool isHost = false;
+    double quietShare = 0; ///< of the requests while all was well, how many were answered
+    std::optional<double> quietMs = std::nullopt; ///< median while all was well
+    std::vector<HopSample> samples{};             ///< since things went wrong, oldest first
+};
+
+struct NameServerEvidence {
+    enum class Answer { none, refused, noSuchName, found };
+
+    std::string address{};
+    Answer answer = Answer::none;
+    std::optional<double> ms = std::nullopt;
+};
+
+/// What the system's network service found out.
+enum class Connectivity { unknown, none, portal, limited, full };
+
+/// The interface's own traffic over the last seconds.
+struct LoadEvidence {
+    double sentMbit = 0;     ///< a second
+    double receivedMbit = 0; ///< a second
+    double seconds = 0;      ///< for how long it has been like this
+};
+
+/// A router's word that the host, its network or the way there is not available, for a ping of ours.
+struct UnreachableEvidence {
+    std::string sender{};
+    int count = 0;
+};
+
+struct Evidence {
+    Trouble trouble = Trouble::none;
+    std::string host{};                           ///< as the user names it
+    std::optional<std::string> address{};         ///< that is pinged
+    double silentSeconds = 0;                     ///< since the host's last answer
+    std::optional<std::string> socketError{};     ///< why nothing can be sent, in the system's words
+    bool isNameMissing = false;                   ///< the name can't be resolved
+    std::vector<HopSample> pings{};               ///< since things went wrong, oldest first
+    std::optional<double> quietMs = std::nullopt; ///< the host's median while all was well
+    LinkEvidence link{};
+    std::optional<std::string> router{};
+    NeighborState neighbor = NeighborState::unknown; ///< of the router
+    std::vector<HopEvidence> hops{}; ///< by hop limit, from 1; the last one is the host if it is known
+    std::vector<NameServerEvidence> nameServers{};
+    std::optional<std::string> lastAddress{}; ///< of the host, from an earlier lookup
+    std::optional<bool> lastAddressAnswers{};
+    Connectivity connectivity = Connectivity::unknown;
+    LoadEvidence load{};
+    std::vector<UnreachableEvidence> unreachable{};
+};
+
+} // namespace tarnwick

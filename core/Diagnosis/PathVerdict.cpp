@@ -1,0 +1,212 @@
+#include "core/Diagnosis/PathVerdict.h"
+
+#include "core/Diagnosis/FaultPlace.h"
+#include "core/Diagnosis/ProviderNetwork.h"
+#include "core/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <ranges>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+namespace {
+
+/// From which chance on a place is named, and is likely. What is concluded from answers is never certain.
+constexpr double possibleChance = 0.6;
+constexpr double likelyChance = 0.85;
+/// Up to which chance of a fault something counts as well.
+constexpr double wellChance = 0.02;
+/// dBm: below it a link loses packets and slows down.
+constexpr int weakSignal = -75;
+
+enum class Symptom { silent, loses, late };
+
+/// In their order.
+constexpr std::array<const char*, 3> doings{"does not answer", "loses answers", "answers late"};
+
+double lostShare(const std::vector<HopSample>& samples) {
+    const auto lost = std::ranges::count_if(samples, [](const HopSample& one) { return !one.ms; });
+    return samples.empty() ? 0 : static_cast<double>(lost) / static_cast<double>(samples.size());
+}
+
+/// The last answer's milliseconds.
+std::optional<double> latest(const std::vector<HopSample>& samples) {
+    for (const HopSample& sample : samples | std::views::reverse) {
+        if (sample.ms) {
+            return sample.ms;
+        }
+    }
+    return std::nullopt;
+}
+
+Symptom symptomOf(const Evidence& evidence) {
+    if (evidence.trouble == Trouble::down) {
+        return Symptom::silent;
+    }
+    constexpr double smallLoss = 0.05;
+    return lostShare(evidence.pings) >= smallLoss ? Symptom::loses : Symptom::late;
+}
+
+/// The blame for a fault on the link that leads to a hop.
+Blame blameOf(std::size_t place, const std::vector<HopEvidence>& hops) {
+    if (place + 1 == hops.size()) {
+        return Blame::host;
+    }
+    if (place == 0) {
+        return Blame::localNetwork;
+    }
+    return place < endOfProvider(hops) ? Blame::provider : Blame::beyondProvider;
+}
+
+struct Suspicion {
+    Blame blame = Blame::unclear;
+    double chance = 0;     ///< of all places with this blame
+    std::size_t place = 0; ///< the likeliest of them
+};
+
+Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvidence>& hops) {
+    constexpr std::array blames{Blame::localNetwork, Blame::provider, Blame::beyondProvider, Blame::host};
+    Suspicion found;
+    for (const Blame blame : blames) {
+        Suspicion one{.blame = blame};
+        double best = -1;
+        for (std::size_t place = 0; place < hops.size(); ++place) {
+            if (blameOf(place, hops) == blame) {
+                one.chance += chances[place];
+                if (chances[place] > best) {
+                    best = chances[place];
+                    one.place = place;
+                }
+            }
+        }
+        if (one.chance > found.chance) {
+            found = one;
+        }
+    }
+    return found;
+}
+
+/// "has answered for 14 s", "loses 20 % of the answers", "answers 140 ms late".
+std::string happens(const Evidence& evidence) {
+    switch (symptomOf(evidence)) {
+    case Symptom::silent:
+        break;
+    case Symptom::loses:
+        return "beyond it " + Text::whole(100 * lostShare(evidence.pings)) + "% of the answers are lost.";
+    case Symptom::late:
+        return "beyond it answers come " + Text::whole(extraDelay(evidence)) + " ms late.";
+    }
+    return "nothing beyond it has answered for " + Text::whole(evidence.silentSeconds) + " s.";
+}
+
+std::string_view nameOfSymptom(const Evidence& evidence) {
+    return symptomOf(evidence) == Symptom::late ? "delay" : "loss";
+}
+
+std::string routerSentence(const Evidence& evidence) {
+    const std::optional<double> answer = latest(evidence.hops.front().samples);
+    return (answer ? "Your router answers in " + Text::whole(*answer) + " ms; "
+                   : "Your router passes on what is sent; ")
+           + happens(evidence);
+}
+
+/// The last address before a place that is known; empty: none.
+std::string addressBefore(std::size_t place, const std::vector<HopEvidence>& hops) {
+    while (place-- > 0) {
+        if (!hops[place].address.empty()) {
+            return hops[place].address;
+        }
+    }
+    return "";
+}
+
+std::string providerSentence(const Evidence& evidence, std::size_t place) {
+    const std::string last = addressBefore(place, evidence.hops);
+    if (place == 1 || last == evidence.hops.front().address) {
+        return routerSentence(evidence);
+    }
+    return "The provider's network answers up to " + last + "; " + happens(evidence);
+}
+
+std::string beyondSentence(const Evidence& evidence, std::size_t place) {
+    const std::string last = addressBefore(place, evidence.hops);
+    const bool isProvidersEnd = place == endOfProvider(evidence.hops);
+    return (isProvidersEnd ? "The provider's network answers up to " : "Answers come from up to ") + last
+           + "; " + std::string(nameOfSymptom(evidence)) + " begins after it.";
+}
+
+std::string hostSentence(const Evidence& evidence) {
+    switch (symptomOf(evidence)) {
+    case Symptom::silent:
+        break;
+    case Symptom::loses:
+        return "Everything up to the host's network answers; only the host loses "
+               + Text::whole(100 * lostShare(evidence.pings)) + "% of the answers.";
+    case Symptom::late:
+        return "Everything up to the host's network answers in time; only the host is "
+               + Text::whole(extraDelay(evidence)) + " ms late.";
+    }
+    return "Everything up to the host's network answers; only the host does not.";
+}
+
+std::string unclearSentence(const std::vector<double>& chances, const std::vector<HopEvidence>& hops) {
+    // How far it is surely well.
+    std::size_t well = 0;
+    double chance = 0;
+    while (well < hops.size() && chance + chances[well] < wellChance) {
+        chance += chances[well++];
+    }
+    const std::string last = addressBefore(well, hops);
+    if (well == 0 || last.empty()) {
+        return "What is wrong is not clear yet.";
+    }
+    return (well == 1 ? "Your router is well" : "All is well up to " + last)
+           + "; what is wrong beyond it is not clear.";
+}
+
+} // namespace
+
+Verdict localVerdict(const Evidence& evidence, Likelihood likelihood) {
+    const bool isWifi = evidence.link.kind == LinkEvidence::Kind::wifi;
+    const std::string does = doings[static_cast<std::size_t>(symptomOf(evidence))];
+    if (isWifi && evidence.link.signalDbm && *evidence.link.signalDbm <= weakSignal) {
+        return {
+            .blame = Blame::wifi,
+            .likelihood = std::min(likelihood, Likelihood::likely),
+            .evidence = "The Wi-Fi signal is weak (" + std::to_string(*evidence.link.signalDbm)
+                        + " dBm), and the router " + does + "."};
+    }
+    const std::string router = evidence.router ? " (" + *evidence.router + ")" : "";
+    return {
+        .blame = Blame::localNetwork,
+        .likelihood = likelihood,
+        .evidence = "Your router" + router + " " + does + "."};
+}
+
+std::optional<Verdict> pathVerdict(const Evidence& evidence) {
+    const std::vector<double> chances = faultPlaces(evidence);
+    if (chances.empty()) {
+        return std::nullopt;
+    }
+    const Suspicion suspicion = strongest(chances, evidence.hops);
+    const Likelihood likelihood =
+        suspicion.chance >= likelyChance ? Likelihood::likely : Likelihood::possible;
+    Verdict verdict{.blame = suspicion.blame, .likelihood = likelihood};
+    if (suspicion.chance < possibleChance) {
+        verdict = {.blame = Blame::unclear, .evidence = unclearSentence(chances, evidence.hops)};
+    } else if (suspicion.blame == Blame::localNetwork) {
+        verdict = localVerdict(evidence, likelihood);
+    } else if (suspicion.blame == Blame::provider) {
+        verdict.evidence = providerSentence(evidence, suspicion.place);
+    } else if (suspicion.blame == Blame::beyondProvider) {
+        verdict.evidence = beyondSentence(evidence, suspicion.place);
+    } else {
+        verdict.evidence = hostSentence(evidence);
+    }
+    return verdict;
+}
+
+} // namespace tarnwick

@@ -1,0 +1,36 @@
+// Whose fault it is that the connection is bad.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tarnwick {
+
+enum class Blame {
+    thisComputer,
+    wifi,
+    localNetwork,
+    provider,
+    beyondProvider,
+    host,
+    nameServer,
+    signIn,  ///< the network wants the user to sign in
+    ownLoad, ///< the line is full with this computer's own traffic
+    unclear,
+};
+
+enum class Likelihood { possible, likely, certain };
+
+struct Verdict {
+    Blame blame = Blame::unclear;
+    Likelihood likelihood = Likelihood::possible;
+    std::string evidence{}; ///< one sentence for the user
+
+    friend bool operator==(const Verdict&, const Verdict&) = default;
+};
+
+/// As programs read them: "localNetwork", "likely".
+[[nodiscard]] std::string_view nameOf(Blame blame);
+[[nodiscard]] std::string_view nameOf(Likelihood likelihood);
+
+} // namespace tarnwick

@@ -1,0 +1,59 @@
+// Which hops are the provider's.
+#include "core/Diagnosis/ProviderNetwork.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+namespace {
+
+/// The last one is the host.
+std::size_t endOf(const std::vector<std::string>& addresses) {
+    std::vector<HopEvidence> hops;
+    for (const std::string& address : addresses) {
+        hops.push_back({.address = address});
+    }
+    hops.back().isHost = true;
+    return endOfProvider(hops);
+}
+
+TEST(ProviderNetwork, IsTheNetworkOfTheFirstPublicAddress) {
+    EXPECT_EQ(endOf({"192.168.1.1", "198.51.100.1", "198.51.7.7", "203.0.113.1", "203.0.113.9"}), 3);
+    EXPECT_EQ(endOf({"fe80::1%eth0", "2001:db8:1::1", "2001:db8:1:7::1", "2001:db9::1", "2001:db9::9"}), 3);
+}
+
+TEST(ProviderNetwork, IncludesHopsWithInternalAddressesAndSilentOnes) {
+    EXPECT_EQ(
+        endOf({"192.168.1.1", "100.64.0.1", "", "10.2.3.4", "198.51.100.1", "203.0.113.1", "203.0.113.9"}),
+        5);
+}
+
+TEST(ProviderNetwork, EndsBeforeTheHost) {
+    EXPECT_EQ(endOf({"192.168.1.1", "198.51.100.1", "198.51.100.9"}), 2);
+    EXPECT_EQ(endOf({"192.168.1.1", "192.168.1.9"}), 1);
+    EXPECT_EQ(endOf({"192.168.1.9"}), 1);
+}
+
+TEST(ProviderNetwork, InternalAddressesDoNotLeadThroughTheInternet) {
+    for (const char* const address :
+         {"10.0.0.1", "100.127.255.255", "169.254.1.1", "172.31.0.1", "192.168.0.1", "fd00::1",
+          "fe80::1%wlan0"}) {
+        EXPECT_TRUE(isInternalAddress(address)) << address;
+    }
+    for (const char* const address :
+         {"11.0.0.1", "100.128.0.0", "172.32.0.1", "192.169.0.1", "198.51.100.1", "2001:db8::1", "",
+          "one.example"}) {
+        EXPECT_FALSE(isInternalAddress(address)) << address;
+    }
+}
+
+TEST(ProviderNetwork, NetworksAreComparedByTheirFirstBits) {
+    EXPECT_TRUE(isSameNetwork("198.51.0.1", "198.51.255.1"));
+    EXPECT_FALSE(isSameNetwork("198.51.0.1", "198.52.0.1"));
+    EXPECT_TRUE(isSameNetwork("2001:db8:1::", "2001:db8:2::"));
+    EXPECT_FALSE(isSameNetwork("2001:db8::", "2001:db9::"));
+    EXPECT_FALSE(isSameNetwork("198.51.0.1", "2001:db8::"));
+    EXPECT_FALSE(isSameNetwork("", ""));
+}
+
+} // namespace
+} // namespace tarnwick
