@@ -93,4 +93,27 @@ std::optional<std::uint64_t> parseReply(
     return id;
 }
 
+std::optional<QuotedRequest> parseQuotation(
+    std::span<const std::uint8_t> quotation, std::int32_t family, std::uint16_t identifier) {
+    if (quotation.size() < magicOffset || quotation[0] != typesOf(family).request || quotation[1] != 0
+        || readBigEndian(quotation.subspan(identifierOffset, 2)) != identifier) {
+        return std::nullopt;
+    }
+    const auto mark =
+        quotation.subspan(magicOffset, std::min(quotation.size() - magicOffset, echoMagic.size()));
+    if (!std::ranges::equal(mark, std::span(echoMagic).first(mark.size()))) {
+        return std::nullopt;
+    }
+    QuotedRequest request{
+        .sequence = static_cast<std::uint16_t>(readBigEndian(quotation.subspan(sequenceOffset, 2))),
+        .id = std::nullopt};
+    if (quotation.size() >= echoMessageSize) {
+        request.id = readBigEndian(quotation.subspan(idOffset, 8));
+        if ((*request.id & 0xFFFF) != request.sequence) {
+            return std::nullopt;
+        }
+    }
+    return request;
+}
+
 } // namespace tarnwick

@@ -25,4 +25,15 @@ inline constexpr std::array<std::uint8_t, 8> echoMagic{'T', 'A', 'R', 'N', 'W', 
 [[nodiscard]] std::optional<std::uint64_t> parseReply(
     std::span<const std::uint8_t> datagram, std::int32_t family, std::uint16_t identifier);
 
+/// What a router quotes of an echo request in its error message.
+struct QuotedRequest {
+    std::uint16_t sequence;          ///< the id's low 16 bits
+    std::optional<std::uint64_t> id; ///< nothing where the quotation ends before it
+};
+
+/// `quotation` begins with the ICMP header of the request. Nothing unless that is a request of ours, made
+/// with this identifier, as far as it is quoted; routers need not quote more than the ICMP header.
+[[nodiscard]] std::optional<QuotedRequest> parseQuotation(
+    std::span<const std::uint8_t> quotation, std::int32_t family, std::uint16_t identifier);
+
 } // namespace tarnwick

@@ -1,6 +1,7 @@
 // Linux: the port that a datagram ICMP socket is bound to is the identifier of its requests and replies.
 #include "core/ClockPair.h"
 #include "core/Pinger/IcmpSocket.h"
+#include "core/Pinger/KernelStamp.h"
 #include "core/Pinger/ReceiveTime.h"
 
 #include <array>
@@ -52,17 +53,6 @@ std::optional<std::uint16_t> boundIdentifier(int descriptor, std::int32_t family
 
 void setOption(int descriptor, int option, int value) {
     ::setsockopt(descriptor, SOL_SOCKET, option, &value, sizeof value);
-}
-
-std::optional<double> kernelStamp(msghdr& message) {
-    for (cmsghdr* part = CMSG_FIRSTHDR(&message); part != nullptr; part = CMSG_NXTHDR(&message, part)) {
-        if (part->cmsg_level == SOL_SOCKET && part->cmsg_type == SCM_TIMESTAMPNS) {
-            timespec stamp{};
-            std::memcpy(&stamp, CMSG_DATA(part), sizeof stamp);
-            return seconds(stamp);
-        }
-    }
-    return std::nullopt;
 }
 
 } // namespace
