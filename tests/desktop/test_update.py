@@ -5,6 +5,8 @@ from __future__ import annotations
 import json
 import os
 import pathlib
+import signal
+import time
 import unittest
 
 from endtoend.waiting import eventually
@@ -34,7 +36,6 @@ class Update(UpdateCase):
         eventually(self.item, PATIENCE, "its item")
         self.assertIsNone(program.process.poll(), "it is the same process")
         self.assertIn(pid, self.of_bundle())
-        self.assertTrue((self.data / "stats.json").exists())
         self.check_for_updates()
         self.wait_for("Tarnwick is up to date")
         self.wait_for(f"Version {NEW} is the newest one.")
@@ -78,13 +79,17 @@ class Update(UpdateCase):
         self.assertRegex(agents.pop(), rf"^Tarnwick/{OLD} TarnwickUpdate/1 Linux/\d+\.\d+$")
 
     def test_a_version_that_crashes_at_once_is_brought_back_from(self) -> None:
-        self.offer(self.release(script="kill -SEGV $$"))
+        statistics, record = self.data / "stats.json", self.place / ".Tarnwick.app.update/update.json"
+        seen = self.folder / "seen"
+        seen.mkdir(exist_ok=True)
+        self.offer(self.release(script=f"cp -p '{statistics}' '{record}' '{seen}'\nkill -SEGV $$"))
         self.start()
 
         self.check_for_updates()
         self.wait_for(f"Version {NEW}")
         self.choose("Install")
         self.wait_for("is ready")
+        chosen = time.time_ns()
         self.choose("Restart Now")
 
         self.wait_for(f"Tarnwick {NEW} did not run on this machine, so version {OLD} is back.")
@@ -93,10 +98,49 @@ class Update(UpdateCase):
         self.assertEqual(self.beside, [])
         known = json.loads((self.data / "updates.json").read_text(encoding="utf-8"))
         self.assertEqual(known["rolledBack"], NEW)
+        # What the new version has found at its start.
+        self.assertEqual(json.loads((seen / "update.json").read_text(encoding="utf-8"))["phase"], "fresh")
+        saved, exchanged = ((seen / name).stat().st_mtime_ns for name in ("stats.json", "update.json"))
+        self.assertGreater(saved, chosen)
+        self.assertLess(saved, exchanged, "the statistics are saved before the exchange")
 
 
 class InXfce(Update, unittest.TestCase):
     panel = XfcePanel
+
+    def quit(self) -> None:
+        self.program.send(signal.SIGTERM)
+        self.assertEqual(self.program.exit_status(), 0, self.program.output)
+
+    def test_later_means_at_the_next_start_which_may_end_within_its_first_minute(self) -> None:
+        self.offer(self.release())
+        self.make_ready()
+
+        self.choose("Later")
+        eventually(lambda: not self.is_open(), PATIENCE, "the window closes")
+        self.assertEqual(self.version_in_place(), OLD)
+        self.quit()
+        self.assertEqual(self.version_in_place(), NEW)
+
+        for _ in range(2):
+            self.start()
+            self.assertEqual(self.version_in_place(), NEW)
+            self.assertFalse(self.is_open(), "it has nothing to tell")
+            self.quit()
+
+    def test_a_bundle_that_is_moved_while_its_update_is_ready_tells_at_its_next_start_why_it_has_none(self) -> None:
+        self.offer(self.release())
+        self.make_ready()
+        moved = self.place / "moved.app"
+        self.bundle.rename(moved)
+
+        self.quit()
+        self.assertEqual(self.beside, ["moved.app"])
+
+        self.bundle = moved
+        self.start()
+        self.wait_for("Tarnwick can't be replaced where it is: its folder was moved or removed.")
+        self.assertEqual(self.version_in_place(), OLD)
 
     def test_a_version_put_in_its_place_by_hand_stays_and_is_what_a_restart_starts(self) -> None:
         self.offer(self.release())

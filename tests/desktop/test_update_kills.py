@@ -20,6 +20,8 @@ from .updates import NEW, OLD, UpdateCase
 
 LEFT_BEHIND = ".Tarnwick.app.update"
 LOST = "The updater has ended unexpectedly."
+# Seconds that a new version has to run.
+TRIAL = 60
 BROUGHT_BACK = f"Tarnwick {NEW} did not run on this machine, so version {OLD} is back."
 
 
@@ -268,6 +270,17 @@ class Kills(UpdateCase, unittest.TestCase):
         self.told(BROUGHT_BACK)
         self.is_whole(OLD)
         self.assertEqual(self.beside, [])
+
+    def test_killed_at_the_end_of_its_trial_the_new_version_stays(self) -> None:
+        self.update()
+        # Between the removal of the record and that of the old version.
+        with self.killed_at(Step("fsync", LEFT_BEHIND), self.program.process.pid):
+            self.assertEqual(self.program.process.wait(TRIAL + PATIENCE), -signal.SIGKILL)
+        self.assertEqual(self.beside, [LEFT_BEHIND])
+        eventually(lambda: not self.of_old_version(), PATIENCE, "the old version watches no more")
+        self.is_whole(NEW)
+
+        self.starts_clean(NEW)
 
     def test_a_way_back_that_is_killed_is_gone_at_the_next_start(self) -> None:
         self.update()

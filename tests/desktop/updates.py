@@ -88,7 +88,7 @@ class UpdateCase:
         """Packed and signed; not yet in the feed. A script takes the place of the desktop program."""
         bundle = self.bundle_of(self.folder / "made" / "Tarnwick.app", version)
         if script is not None:
-            (bundle / "bin/tarnwick").write_text(f"#!/bin/sh\n{script}\n", encoding="ascii")
+            (bundle / "bin/tarnwick").write_text(f"#!/bin/sh\n{script}\n", encoding="utf-8")
         return pack(bundle, self.files, version, self.key)
 
     def offer(self, *releases: Release) -> None:
