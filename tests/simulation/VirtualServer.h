@@ -5,6 +5,7 @@
 #include "platform/ports/Downloader.h"
 #include "tests/simulation/VirtualRunLoop.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -29,6 +30,9 @@ public:
 
     [[nodiscard]] int transfersUnderWay() const { return underWay_; }
 
+    /// At the same time, at any time.
+    [[nodiscard]] int mostTransfersUnderWay() const { return mostUnderWay_; }
+
     [[nodiscard]] RunLoop::Handle fetch(const Request& request, Receiver receiver) override {
         requests_.push_back(request);
         return std::make_unique<Transfer>(*this, request, std::move(receiver));
@@ -40,13 +44,14 @@ private:
         Transfer(VirtualServer& server, Request request, Receiver receiver)
             : server_(server), request_(std::move(request)), receiver_(std::move(receiver)) {
             ++server_.underWay_;
+            server_.mostUnderWay_ = std::max(server_.mostUnderWay_, server_.underWay_);
             wait();
         }
 
         Transfer(const Transfer&) = delete;
         Transfer& operator=(const Transfer&) = delete;
 
-        ~Transfer() override { --server_.underWay_; }
+        ~Transfer() override { leave(); }
 
     private:
         void wait() {
@@ -86,7 +91,14 @@ private:
             }
         }
 
+        void leave() {
+            if (!std::exchange(isOver_, true)) {
+                --server_.underWay_;
+            }
+        }
+
         void end(const std::optional<Failure>& failure) {
+            leave();
             const auto ended = receiver_.ended; // a copy: it may end this
             ended(failure);
         }
@@ -95,6 +107,7 @@ private:
         Request request_;
         Receiver receiver_;
         std::size_t sent_ = 0;
+        bool isOver_ = false;
         RunLoop::Handle timer_;
         Lifeline lifeline_;
     };
@@ -102,6 +115,7 @@ private:
     VirtualRunLoop& loop_;
     std::vector<Request> requests_;
     int underWay_ = 0;
+    int mostUnderWay_ = 0;
 };
 
 } // namespace tarnwick::simulation
