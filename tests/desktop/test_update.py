@@ -173,5 +173,22 @@ class InXfce(Update, unittest.TestCase):
         eventually(lambda: self.version_in_place() == NEW and self.item(), PATIENCE, "the new version's item")
 
 
+class DisplayThatGoes(UpdateCase, unittest.TestCase):
+    """Its own, as nothing else can use that desktop afterwards."""
+
+    panel = XfcePanel
+
+    def test_what_is_ready_waits_for_the_next_start(self) -> None:
+        self.offer(self.release())
+        self.make_ready()
+
+        self.desktop.display.terminate()
+
+        self.assertNotEqual(self.program.exit_status(), 0)
+        record = self.place / ".Tarnwick.app.update/update.json"
+        self.assertEqual(json.loads(record.read_text(encoding="utf-8"))["phase"], "prepared")
+        self.assertEqual(self.version_in_place(), OLD)
+
+
 class InWaybar(Update, unittest.TestCase):
     panel = WaybarPanel
