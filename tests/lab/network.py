@@ -17,7 +17,7 @@ import subprocess
 import sys
 import threading
 import time
-from collections.abc import Iterator
+from collections.abc import Iterable, Iterator
 
 from . import packets
 from .behavior import SILENT, Behavior, Request
@@ -35,6 +35,7 @@ NAMESPACE_VARIABLE = "TARNWICK_LAB_NAMESPACE"
 
 _TUNSETIFF = 0x400454CA
 _IFF_TUN = 0x0001
+_IFF_TAP = 0x0002
 _IFF_NO_PI = 0x1000
 _DNS_PORT = 53
 
@@ -45,28 +46,53 @@ class LabError(Exception):
 
 def open_tun(name: str) -> int:
     """Makes a TUN device that lives as long as the descriptor returned."""
+    return _open_device(name, _IFF_TUN)
+
+
+def open_tap(name: str) -> int:
+    """Likewise one that carries Ethernet frames."""
+    return _open_device(name, _IFF_TAP)
+
+
+def _open_device(name: str, kind: int) -> int:
     try:
         descriptor = os.open("/dev/net/tun", os.O_RDWR | os.O_CLOEXEC | os.O_NONBLOCK)
     except OSError as error:
         raise LabError(f"/dev/net/tun cannot be opened: {error.strerror}") from error
     try:
-        request = struct.pack("16sH22x", name.encode(), _IFF_TUN | _IFF_NO_PI)
+        request = struct.pack("16sH22x", name.encode(), kind | _IFF_NO_PI)
         fcntl.ioctl(descriptor, _TUNSETIFF, request)
     except OSError as error:
         os.close(descriptor)
-        raise LabError(f"no TUN device can be made: {error.strerror}") from error
+        raise LabError(f"the device {name} can't be made: {error.strerror}") from error
     return descriptor
 
 
 def ip(*arguments: str) -> None:
     """Runs the `ip` command and raises LabError when it fails."""
+    _run_ip([*arguments], "")
+
+
+def ip_batch(lines: Iterable[str], version: int | None = None) -> None:
+    """Likewise for many of them at once; the version of IP where no address in them tells it."""
+    family = [f"-{version}"] if version else []
+    _run_ip([*family, "-batch", "-"], "".join(f"{line}\n" for line in lines))
+
+
+def _run_ip(arguments: list[str], text: str) -> None:
     command = ["ip", *arguments]
     try:
-        subprocess.run(command, check=True, capture_output=True, text=True, timeout=10)
+        subprocess.run(command, input=text, check=True, capture_output=True, text=True, timeout=10)
     except FileNotFoundError as error:
         raise LabError("the ip command (iproute2) is missing") from error
     except subprocess.CalledProcessError as error:
         raise LabError(f"{' '.join(command)}: {error.stderr.strip()}") from error
+
+
+def refuse_elsewhere() -> None:
+    """Raises LabError outside a namespace that tests/lab/run made: no laboratory may touch the machine's network."""
+    if os.environ.get(NAMESPACE_VARIABLE) != os.readlink("/proc/self/ns/net"):
+        raise LabError("this is no laboratory namespace: start the command with tests/lab/run")
 
 
 class Lab:
@@ -77,8 +103,7 @@ class Lab:
     """
 
     def __init__(self, seed: int = 1) -> None:
-        if os.environ.get(NAMESPACE_VARIABLE) != os.readlink("/proc/self/ns/net"):
-            raise LabError("this is no laboratory namespace: start the command with tests/lab/run")
+        refuse_elsewhere()
         self._chance = random.Random(seed)
         self._lock = threading.RLock()
         self._behaviors: dict[str, Behavior] = {}

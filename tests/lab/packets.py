@@ -7,6 +7,7 @@ import ipaddress
 import struct
 
 ICMP = 1
+TCP = 6
 UDP = 17
 ICMPV6 = 58
 
@@ -21,6 +22,7 @@ ERRORS = {
     "host-unreachable": {4: (3, 1), 6: (1, 3)},
     "prohibited": {4: (3, 13), 6: (1, 1)},
     "hop-limit-exceeded": {4: (11, 0), 6: (3, 0)},
+    "too-big": {4: (3, 4), 6: (2, 0)},
 }
 
 
@@ -34,6 +36,10 @@ class Packet:
     destination: str
     payload: bytes
     raw: bytes
+
+    @property
+    def hop_limit(self) -> int:
+        return self.raw[8 if self.version == 4 else 7]
 
 
 @dataclasses.dataclass(frozen=True)
@@ -106,22 +112,47 @@ def udp_destination_port(packet: Packet) -> int | None:
     return struct.unpack_from("!H", packet.payload, 2)[0]
 
 
+def icmp_type(packet: Packet) -> int | None:
+    """The type of an ICMP message, or None when the packet has none."""
+    if packet.protocol != (ICMP if packet.version == 4 else ICMPV6) or not packet.payload:
+        return None
+    return packet.payload[0]
+
+
+def is_hop_limit_exceeded(packet: Packet) -> bool:
+    return icmp_type(packet) == ERRORS["hop-limit-exceeded"][packet.version][0]
+
+
+def lower_hop_limit(packet: Packet, hops: int) -> bytes:
+    """The packet after so many more routers, whose limit must allow it."""
+    raw = bytearray(packet.raw)
+    if packet.version == 6:
+        raw[7] -= hops
+        return bytes(raw)
+    raw[8] -= hops
+    header = (raw[0] & 0x0F) * 4
+    raw[10:12] = bytes(2)
+    raw[10:12] = struct.pack("!H", checksum(bytes(raw[:header])))
+    return bytes(raw)
+
+
 def build_echo(echo: Echo, source: str, destination: str, good_checksum: bool = True) -> bytes:
     """A whole IP packet with one echo message in it."""
     rest = struct.pack("!HH", echo.identifier, echo.sequence) + echo.data
-    return _icmp_packet(echo.kind, echo.code, rest, source, destination, good_checksum)
+    return build_icmp(echo.kind, echo.code, rest, source, destination, good_checksum)
 
 
-def build_error(reason: str, refused: Packet, router: str) -> bytes:
-    """An ICMP error about `refused`, sent by `router` to the packet's sender."""
+def build_error(reason: str, refused: Packet, router: str, size: int = 0) -> bytes:
+    """An ICMP error about `refused`, sent by `router` to the packet's sender; `size` is what would not be too big."""
     kind, code = ERRORS[reason][refused.version]
     quoted = refused.raw[: 1232 if refused.version == 6 else 548]
-    return _icmp_packet(kind, code, bytes(4) + quoted, router, refused.source, True)
+    return build_icmp(kind, code, struct.pack("!I", size) + quoted, router, refused.source)
 
 
-def _icmp_packet(
-    kind: int, code: int, rest: bytes, source: str, destination: str, good_checksum: bool
+def build_icmp(
+    kind: int, code: int, rest: bytes, source: str, destination: str, good_checksum: bool = True
 ) -> bytes:
+    """A whole IP packet with one ICMP message; `rest` is what follows the checksum."""
     sender, receiver = ipaddress.ip_address(source), ipaddress.ip_address(destination)
     message = struct.pack("!BBH", kind, code, 0) + rest
     covered = message

@@ -35,6 +35,9 @@ class Tap:
         self._socket.setsockopt(socket.SOL_SOCKET, _SO_TIMESTAMPNS, 1)
         self._socket.bind((device, _ANY_PROTOCOL))
 
+    def fileno(self) -> int:
+        return self._socket.fileno()
+
     def close(self) -> None:
         self._socket.close()
 
