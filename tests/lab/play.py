@@ -1,0 +1,60 @@
+#!/usr/bin/python3
+"""The chain from the command line: something is wrong in it while a command runs; ends with the command's status."""
+
+from __future__ import annotations
+
+import argparse
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
+
+from lab import LabError, Names  # noqa: E402
+from lab.chain import HOST_NAME, Chain  # noqa: E402
+from lab.scenarios import SCENARIOS  # noqa: E402
+from lab.topology import ADDRESSES, HOST, NAME_SERVER  # noqa: E402
+
+
+def parse_arguments() -> argparse.Namespace:
+    parser = argparse.ArgumentParser(
+        usage="tests/lab/run python3 tests/lab/play.py [--list] SCENARIO -- COMMAND [ARGUMENT]...",
+        description="Runs COMMAND at the client of the chain while SCENARIO holds. The host is "
+        f"{HOST_NAME}: {' and '.join(ADDRESSES[HOST].values())}.",
+    )
+    parser.add_argument("--list", action="store_true", help="name the scenarios, and whose fault each is")
+    parser.add_argument("scenario", nargs="?", metavar="SCENARIO")
+    parser.add_argument("command", nargs="*", metavar="COMMAND")
+    options = parser.parse_args()
+    if not options.list and options.scenario not in {scenario.name for scenario in SCENARIOS}:
+        parser.error(f"no such scenario: {options.scenario}; --list names them")
+    return options
+
+
+def play(name: str, command: list[str]) -> int:
+    scenario = next(scenario for scenario in SCENARIOS if scenario.name == name)
+    with tempfile.TemporaryDirectory() as folder, Chain() as chain:
+        names = Names(folder)
+        names.write(order="files dns", name_servers=[ADDRESSES[NAME_SERVER][4]], patience=2)
+        with chain.under(*scenario.faults):
+            return subprocess.run(names.prefix() + command, check=False).returncode
+
+
+def main() -> int:
+    options = parse_arguments()
+    if options.list:
+        for scenario in SCENARIOS:
+            print(f"{scenario.name}: {', '.join(scenario.blames) or 'nobody'}")
+        return 0
+    try:
+        return play(options.scenario, options.command)
+    except LabError as error:
+        print(f"play.py: {error}", file=sys.stderr)
+        return 1
+    except KeyboardInterrupt:
+        return 130
+
+
+if __name__ == "__main__":
+    sys.exit(main())
