@@ -10,18 +10,18 @@ namespace {
 
 using namespace test;
 
-constexpr std::uint16_t identifier = 0x4242;
-constexpr std::uint64_t id = 0x1122334455667788;
+constexpr std::uint16_t usedIdentifier = 0x4242;
+constexpr std::uint64_t quotedId = 0x1122334455667788;
 
 class Quotation : public testing::TestWithParam<std::int32_t> {
 protected:
     [[nodiscard]] Bytes whole() const {
-        const EchoMessage request = echoRequest(id, identifier, GetParam());
+        const EchoMessage request = echoRequest(quotedId, usedIdentifier, GetParam());
         return {request.begin(), request.end()};
     }
 
     [[nodiscard]] std::optional<QuotedRequest> parse(const Bytes& quotation) const {
-        return parseQuotation(quotation, GetParam(), identifier);
+        return parseQuotation(quotation, GetParam(), usedIdentifier);
     }
 };
 
@@ -34,14 +34,14 @@ TEST_P(Quotation, OfTheWholeRequestTellsItsId) {
 
     ASSERT_TRUE(request);
     EXPECT_EQ(request->sequence, 0x7788);
-    EXPECT_EQ(request->id, id);
+    EXPECT_EQ(request->id, quotedId);
 }
 
 TEST_P(Quotation, MayHaveMoreBehindTheRequest) {
     Bytes quotation = whole();
     quotation.resize(128);
 
-    EXPECT_EQ(parse(quotation).value().id, id);
+    EXPECT_EQ(parse(quotation).value().id, quotedId);
 }
 
 TEST_P(Quotation, MayEndAnywhereBehindTheHeader) {
@@ -66,7 +66,7 @@ TEST_P(Quotation, WithoutTheWholeHeaderIsDropped) {
 
 TEST_P(Quotation, OfAnotherMessageIsDropped) {
     // Type, code, identifier, sequence, mark and id; not the checksum, which routers may have changed.
-    for (const std::size_t offset : {0, 1, 4, 5, 6, 7, 8, 15, 22, 23}) {
+    for (const unsigned offset : {0U, 1U, 4U, 5U, 6U, 7U, 8U, 15U, 22U, 23U}) {
         Bytes quotation = whole();
         quotation[offset] ^= 0x01;
 
