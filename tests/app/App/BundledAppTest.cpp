@@ -94,8 +94,9 @@ protected:
     template<class Widget, class Condition>
     static Widget* find(Condition condition) {
         for (QWidget* const window : QApplication::topLevelWidgets()) {
-            for (auto* const widget : window->findChildren<Widget*>()) {
-                if (widget->isVisible() && condition(*widget)) {
+            for (QWidget* const child : window->findChildren<QWidget*>()) {
+                auto* const widget = dynamic_cast<Widget*>(child);
+                if (widget != nullptr && widget->isVisible() && condition(*widget)) {
                     return widget;
                 }
             }
