@@ -135,6 +135,39 @@ class Links(InTheChain):
 
         self.assertTrue(40 <= len(chain.losses(fault)) <= 80, f"{len(chain.losses(fault))} of 200 lost")
 
+    def test_each_fault_draws_its_own_chances(self) -> None:
+        first, second = self.losses_of(64), self.losses_of(64)
+
+        self.assertNotEqual(first, second)
+
+    def losses_of(self, count: int) -> list[int]:
+        """Which of so many requests are lost when half of them are."""
+        fault = faults.Loss(ACCESS, 0.5, direction=OUT)
+        before = len(self.crossed(ACCESS, OUT))
+        with chain.under(fault):
+            sequences = [self.prober.send() for _ in range(count)]
+            wait_until(
+                lambda: len(chain.losses(fault)) + len(self.crossed(ACCESS, OUT)) - before == count, "all come to the link"
+            )
+        return [packets.parse_echo_request(loss.packet).sequence - sequences[0] for loss in chain.losses(fault)]
+
+    def test_a_link_that_loses_or_delays_still_tells_hardware_addresses(self) -> None:
+        for fault in (faults.Loss(CORE, 1, direction=BACK), faults.Delay(CORE, 100), faults.Shape(CORE, 1e4, 1000)):
+            with self.subTest(fault), chain.under(fault):
+                chain.forget_neighbors(CORE)
+                answer = self.prober.send()
+                wait_until(lambda: chain.losses(fault) or self.prober.answer_to(answer), "the request has passed")
+                self.assertEqual(self.prober.answer_to(answer) is None, isinstance(fault, faults.Loss))
+                self.assertTrue(all(loss.packet for loss in chain.losses(fault)))
+                self.assertTrue(all(answer.kind == REPLY[self.version] for answer in self.prober.answers))
+
+    def test_faults_of_one_link_add_up(self) -> None:
+        chain.begin(faults.Delay(CORE, 20), faults.Detour(CORE, hops=1, delay_ms=30))
+
+        self.prober.probe()
+
+        self.assertAlmostEqual(self.held(CORE, BACK)[0], 0.050, delta=1e-5)
+
     def test_a_cut_link_lets_nothing_pass_and_the_near_side_still_answers(self) -> None:
         for hop, link in enumerate(PATH_LINKS[1:], start=1):
             with self.subTest(link), chain.under(fault := faults.Cut(link)):
@@ -164,6 +197,7 @@ class Links(InTheChain):
 
         self.assertEqual((answer.source, answer.kind, answer.code, answer.information),
                          (self.address(PROVIDER_1), *packets.ERRORS["too-big"][self.version], 1300))
+        self.assertEqual([len(self.crossed(link, BACK)) for link in (LAN, ACCESS, CORE)], [1, 1, 0])
 
     def test_a_detour_lowers_the_hop_limit_of_answers_and_takes_time(self) -> None:
         chain.begin(faults.Detour(CORE, hops=3, delay_ms=30))

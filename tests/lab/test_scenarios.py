@@ -150,13 +150,13 @@ class Play(unittest.TestCase):
 
     def test_a_scenario_can_be_played_to_a_command(self) -> None:
         code = "import socket; print(socket.getaddrinfo('host.test', 0, socket.AF_INET)[0][4][0])"
-        command = [sys.executable, "-B", "lab/play.py", "the host is down", "--", sys.executable, "-c", code]
+        command = [sys.executable, "-B", "lab/play.py", "the name server names another address", "--", sys.executable, "-c", code]
         done = subprocess.run(
             ["unshare", "--net", "sh", "-c", 'export TARNWICK_LAB_NAMESPACE=$(readlink /proc/self/ns/net); exec "$@"', "sh", *command],
             cwd=self.FOLDER, capture_output=True, text=True, timeout=30, check=False,
         )  # fmt: skip
 
-        self.assertEqual((done.stdout, done.returncode), ("203.0.113.9\n", 0), done.stderr)
+        self.assertEqual((done.stdout, done.returncode), ("192.0.2.66\n", 0), done.stderr)
 
 
 if __name__ == "__main__":
