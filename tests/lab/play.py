@@ -19,11 +19,12 @@ from lab.topology import ADDRESSES, HOST, NAME_SERVER  # noqa: E402
 
 def parse_arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(
-        usage="tests/lab/run python3 tests/lab/play.py [--list] SCENARIO -- COMMAND [ARGUMENT]...",
+        usage="tests/lab/run python3 tests/lab/play.py [--list] [--well-for S] SCENARIO -- COMMAND [ARGUMENT]...",
         description="Runs COMMAND at the client of the chain while SCENARIO holds. The host is "
         f"{HOST_NAME}: {' and '.join(ADDRESSES[HOST].values())}.",
     )
     parser.add_argument("--list", action="store_true", help="name the scenarios, and whose fault each is")
+    parser.add_argument("--well-for", type=float, default=0.0, metavar="S", help="so many seconds nothing is wrong yet")
     parser.add_argument("scenario", nargs="?", metavar="SCENARIO")
     parser.add_argument("command", nargs="*", metavar="COMMAND")
     options = parser.parse_args()
@@ -32,13 +33,20 @@ def parse_arguments() -> argparse.Namespace:
     return options
 
 
-def play(name: str, command: list[str]) -> int:
+def play(name: str, command: list[str], well_for: float) -> int:
     scenario = next(scenario for scenario in SCENARIOS if scenario.name == name)
     with tempfile.TemporaryDirectory() as folder, Chain() as chain:
         names = Names(folder)
         names.write(order="files dns", name_servers=[ADDRESSES[NAME_SERVER][4]], patience=2)
-        with chain.under(*scenario.faults):
+        if well_for <= 0:
+            chain.begin(*scenario.faults)
             return subprocess.run(names.prefix() + command, check=False).returncode
+        with subprocess.Popen(names.prefix() + command) as running:
+            try:
+                running.wait(well_for)
+            except subprocess.TimeoutExpired:
+                chain.begin(*scenario.faults)
+            return running.wait()
 
 
 def main() -> int:
@@ -48,7 +56,7 @@ def main() -> int:
             print(f"{scenario.name}: {', '.join(scenario.blames) or 'nobody'}")
         return 0
     try:
-        return play(options.scenario, options.command)
+        return play(options.scenario, options.command, options.well_for)
     except LabError as error:
         print(f"play.py: {error}", file=sys.stderr)
         return 1

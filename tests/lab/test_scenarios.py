@@ -13,6 +13,7 @@ import unittest
 from . import faults, packets, scenarios
 from .chain import Chain
 from .chain_case import DELIVERY_SECONDS, REPLY, InTheChain, ask, code_of, open_chain, wait_until
+from .prober import PATIENCE_SECONDS
 from .topology import ADDRESSES, HOST, NAME_SERVER
 
 chain: Chain
@@ -148,13 +149,37 @@ class TheScenarios(unittest.TestCase):
 class Play(unittest.TestCase):
     FOLDER = pathlib.Path(__file__).resolve().parent.parent
 
-    def test_a_scenario_can_be_played_to_a_command(self) -> None:
-        code = "import socket; print(socket.getaddrinfo('host.test', 0, socket.AF_INET)[0][4][0])"
-        command = [sys.executable, "-B", "lab/play.py", "the name server names another address", "--", sys.executable, "-c", code]
-        done = subprocess.run(
-            ["unshare", "--net", "sh", "-c", 'export TARNWICK_LAB_NAMESPACE=$(readlink /proc/self/ns/net); exec "$@"', "sh", *command],
+    SCENARIO = "the name server names another address"
+    LOOK_UP = "socket.getaddrinfo('host.test', 0, socket.AF_INET)[0][4][0]"
+
+    def play(self, code: str, *options: str) -> subprocess.CompletedProcess[str]:
+        """Plays the scenario to Python code, in a namespace in the namespace."""
+        enter = 'export TARNWICK_LAB_NAMESPACE=$(readlink /proc/self/ns/net); exec "$@"'
+        command = [sys.executable, "-B", "lab/play.py", *options, self.SCENARIO, "--", sys.executable, "-c", code]
+        return subprocess.run(
+            ["unshare", "--net", "sh", "-c", enter, "sh", *command],
             cwd=self.FOLDER, capture_output=True, text=True, timeout=30, check=False,
         )  # fmt: skip
+
+    def test_a_scenario_can_be_played_to_a_command(self) -> None:
+        done = self.play(f"import socket, sys; print({self.LOOK_UP}); sys.exit(3)")
+
+        self.assertEqual((done.stdout, done.returncode), ("192.0.2.66\n", 3), done.stderr)
+
+    def test_all_is_well_for_as_long_as_was_asked(self) -> None:
+        done = self.play(f"import socket; print({self.LOOK_UP})", "--well-for", "1000")
+
+        self.assertEqual((done.stdout, done.returncode), ("203.0.113.9\n", 0), done.stderr)
+
+    def test_all_is_well_no_longer(self) -> None:
+        code = f"""
+import socket, time
+deadline = time.monotonic() + {PATIENCE_SECONDS}
+while (found := {self.LOOK_UP}) == "203.0.113.9" and time.monotonic() < deadline:
+    pass
+print(found)
+"""
+        done = self.play(code, "--well-for", "0.3")
 
         self.assertEqual((done.stdout, done.returncode), ("192.0.2.66\n", 0), done.stderr)
 
