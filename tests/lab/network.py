@@ -38,6 +38,8 @@ _IFF_TUN = 0x0001
 _IFF_TAP = 0x0002
 _IFF_NO_PI = 0x1000
 _DNS_PORT = 53
+# The kernel makes a change wait while it takes down the namespaces of others: seconds on a busy machine.
+_HANGING_SECONDS = 60
 
 
 class LabError(Exception):
@@ -82,7 +84,7 @@ def ip_batch(lines: Iterable[str], version: int | None = None) -> None:
 def _run_ip(arguments: list[str], text: str) -> None:
     command = ["ip", *arguments]
     try:
-        subprocess.run(command, input=text, check=True, capture_output=True, text=True, timeout=10)
+        subprocess.run(command, input=text, check=True, capture_output=True, text=True, timeout=_HANGING_SECONDS)
     except FileNotFoundError as error:
         raise LabError("the ip command (iproute2) is missing") from error
     except subprocess.CalledProcessError as error:
