@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <netinet/in.h>
 #include <tuple>
 #include <unistd.h>
 
@@ -10,9 +11,6 @@ namespace tarnwick {
 namespace {
 
 using Netlink::Bytes;
-
-constexpr std::size_t questionSize = 128;
-constexpr std::size_t answerSize = 8UL * 1024;
 
 template<std::size_t Size>
 constexpr std::array<std::byte, Size> bytes(const std::array<unsigned char, Size>& values) {
@@ -88,48 +86,35 @@ Bytes internetAddress(int family) {
 }
 
 std::optional<InternetRoute> RouteLookup::toInternet(int family, unsigned interface) {
+    return to(internetAddress(family), interface);
+}
+
+std::optional<InternetRoute> RouteLookup::to(Bytes address, unsigned interface) {
     // First the route with all its next hops, then the one next hop that a packet would take.
-    std::optional<InternetRoute> route = ask(family, interface, RTM_F_FIB_MATCH);
+    std::optional<InternetRoute> route = ask(address, interface, RTM_F_FIB_MATCH);
     if (route && route->nextHops.empty() && route->hasNumberedHops) {
-        route = ask(family, interface, 0);
+        route = ask(address, interface, 0);
     }
     return route;
 }
 
-std::optional<InternetRoute> RouteLookup::ask(int family, unsigned interface, unsigned flags) {
-    if (!socket_ || !send(family, interface, flags)) {
-        return std::nullopt;
-    }
-    alignas(nlmsghdr) std::array<std::byte, answerSize> buffer{};
-    const ssize_t size = ::mnl_socket_recvfrom(socket_.get(), buffer.data(), buffer.size());
-    std::optional<InternetRoute> route;
-    Netlink::forEachMessage(
-        Bytes(buffer).first(static_cast<std::size_t>(std::max<ssize_t>(size, 0))),
-        [&](const nlmsghdr& header, Bytes content) {
-            if (header.nlmsg_seq == sequence_) {
-                // Any error (unreachable, prohibited, no such family) means that there is no route.
-                route = header.nlmsg_type == RTM_NEWROUTE ? parseRoute(content) : InternetRoute{};
-            }
-        });
-    return route;
-}
-
-bool RouteLookup::send(int family, unsigned interface, unsigned flags) {
-    alignas(nlmsghdr) std::array<std::byte, questionSize> buffer{};
-    nlmsghdr* const question = ::mnl_nlmsg_put_header(buffer.data());
-    question->nlmsg_type = RTM_GETROUTE;
-    question->nlmsg_flags = NLM_F_REQUEST;
-    question->nlmsg_seq = ++sequence_;
-    auto* const route = static_cast<rtmsg*>(::mnl_nlmsg_put_extra_header(question, sizeof(rtmsg)));
-    const Bytes address = internetAddress(family);
-    route->rtm_family = static_cast<unsigned char>(family);
-    route->rtm_dst_len = static_cast<unsigned char>(address.size() * 8);
-    route->rtm_flags = flags;
-    ::mnl_attr_put(question, RTA_DST, address.size(), address.data());
+std::optional<InternetRoute> RouteLookup::ask(Bytes address, unsigned interface, unsigned flags) {
+    rtmsg fixedPart{};
+    fixedPart.rtm_family = address.size() == sizeof(in6_addr) ? AF_INET6 : AF_INET;
+    fixedPart.rtm_dst_len = static_cast<unsigned char>(address.size() * 8);
+    fixedPart.rtm_flags = flags;
+    NetlinkQuestion question(RTM_GETROUTE);
+    question.put(fixedPart);
+    question.add(RTA_DST, address);
     if (interface != 0) {
-        ::mnl_attr_put_u32(question, RTA_OIF, interface);
+        question.add(RTA_OIF, interface);
     }
-    return ::mnl_socket_sendto(socket_.get(), question, question->nlmsg_len) == ssize_t{question->nlmsg_len};
+    std::optional<InternetRoute> route;
+    const auto outcome = conversation_.ask(question, [&](const nlmsghdr& header, Bytes content) {
+        route = header.nlmsg_type == RTM_NEWROUTE ? parseRoute(content) : InternetRoute{};
+    });
+    // Any error (unreachable, prohibited, no such family) means that there is no route.
+    return outcome == NetlinkConversation::Outcome::refused ? InternetRoute{} : route;
 }
 
 InternetRoute RouteLookup::parseRoute(Bytes content) {

@@ -1,7 +1,7 @@
-// Asks the kernel which route a packet to the internet would take, with its metrics, rules and tables.
+// Asks the kernel which route a packet would take, with its metrics, rules and tables.
 #pragma once
 
-#include "platform/linux/Netlink.h"
+#include "platform/linux/NetlinkConversation.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -37,19 +37,21 @@ public:
     /// kernel did not answer.
     [[nodiscard]] std::optional<InternetRoute> toInternet(int family, unsigned interface = 0);
 
+    /// The route to one host's IPv4 or IPv6 address.
+    [[nodiscard]] std::optional<InternetRoute> to(Netlink::Bytes address, unsigned interface = 0);
+
     /// Reads the content of an answer that describes a route. `content` is aligned for `rtmsg`.
     [[nodiscard]] static InternetRoute parseRoute(Netlink::Bytes content);
 
     /// The descriptor of its socket, for questions about the interfaces in an answer. Call it after an
     /// answer.
-    [[nodiscard]] int descriptor() const { return ::mnl_socket_get_fd(socket_.get()); }
+    [[nodiscard]] int descriptor() const { return conversation_.descriptor(); }
 
 private:
-    [[nodiscard]] std::optional<InternetRoute> ask(int family, unsigned interface, unsigned flags);
-    [[nodiscard]] bool send(int family, unsigned interface, unsigned flags);
+    [[nodiscard]] std::optional<InternetRoute> ask(
+        Netlink::Bytes address, unsigned interface, unsigned flags);
 
-    Netlink::Socket socket_ = Netlink::openSocket();
-    std::uint32_t sequence_ = 0;
+    NetlinkConversation conversation_{NETLINK_ROUTE};
 };
 
 } // namespace tarnwick
