@@ -17,13 +17,13 @@ constexpr int mostAnswerPieces = 4096;
 
 /// Nothing while more is to come.
 std::optional<NetlinkConversation::Outcome> outcomeOf(const nlmsghdr& header, Bytes content, bool isLong) {
-    using Outcome = NetlinkConversation::Outcome;
     if (header.nlmsg_type == NLMSG_ERROR) {
         const auto error = Netlink::structureAt<nlmsgerr>(content);
-        return error && error->error == 0 ? Outcome::answered : Outcome::refused;
+        return error && error->error == 0 ? NetlinkConversation::Outcome::answered
+                                          : NetlinkConversation::Outcome::refused;
     }
     if (header.nlmsg_type == NLMSG_DONE || !isLong) {
-        return Outcome::answered;
+        return NetlinkConversation::Outcome::answered;
     }
     return std::nullopt;
 }

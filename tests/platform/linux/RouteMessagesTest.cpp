@@ -2,6 +2,8 @@
 #include "platform/linux/RouteChanges.h"
 #include "platform/linux/RouteLookup.h"
 
+#include "tests/platform/linux/NetlinkBytes.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
@@ -16,32 +18,12 @@ namespace tarnwick {
 
 namespace {
 
-using Content = std::vector<std::byte>;
-
-template<class Structure>
-Content bytesOf(const Structure& structure) {
-    const auto bytes = std::as_bytes(std::span(&structure, 1));
-    return {bytes.begin(), bytes.end()};
-}
-
-Content operator+(Content front, const Content& back) {
-    front.insert(front.end(), back.begin(), back.end());
-    return front;
-}
-
-Content attribute(unsigned short type, Content value) {
-    const rtattr header{
-        .rta_len = static_cast<unsigned short>(sizeof(rtattr) + value.size()), .rta_type = type};
-    value.resize((value.size() + 3) / 4 * 4);
-    return bytesOf(header) + value;
-}
-
-Content message(std::uint16_t type, const Content& content) {
-    nlmsghdr header{};
-    header.nlmsg_len = static_cast<std::uint32_t>(sizeof header + content.size());
-    header.nlmsg_type = type;
-    return bytesOf(header) + content;
-}
+using test::attribute;
+using test::bytesOf;
+using test::Content;
+using test::ipv4;
+using test::message;
+using test::operator+;
 
 Content routeTo(Content prefix, unsigned char length, unsigned flags = 0) {
     rtmsg route{};
@@ -49,10 +31,6 @@ Content routeTo(Content prefix, unsigned char length, unsigned flags = 0) {
     route.rtm_dst_len = length;
     route.rtm_flags = flags;
     return bytesOf(route) + (length > 0 ? attribute(RTA_DST, std::move(prefix)) : Content{});
-}
-
-Content ipv4(std::uint8_t a, std::uint8_t b, std::uint8_t c, std::uint8_t d) {
-    return {std::byte{a}, std::byte{b}, std::byte{c}, std::byte{d}};
 }
 
 Content linkMessage(unsigned char family) {
