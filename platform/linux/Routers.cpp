@@ -2,7 +2,6 @@
 
 #include "platform/linux/NetworkInterfaces.h"
 #include "platform/linux/NumericAddress.h"
-#include "platform/linux/RouteLookup.h"
 #include "platform/linux/RoutedPath.h"
 
 #include <algorithm>
@@ -13,8 +12,24 @@ namespace tarnwick::Routers {
 
 namespace {
 
-/// Empty where the hop has no router.
-std::string routerOf(const InternetRoute::NextHop& hop) {
+/// With `interface`, those over it.
+std::vector<std::string> routersOver(RouteLookup& lookup, unsigned interface) {
+    std::vector<std::string> routers;
+    for (const int family : {AF_INET, AF_INET6}) {
+        const InternetRoute route = lookup.toInternet(family, interface).value_or(InternetRoute{});
+        for (const InternetRoute::NextHop& hop : route.nextHops) {
+            const std::string router = addressOf(hop);
+            if (!router.empty() && std::ranges::find(routers, router) == routers.end()) {
+                routers.push_back(router);
+            }
+        }
+    }
+    return routers;
+}
+
+} // namespace
+
+std::string addressOf(const InternetRoute::NextHop& hop) {
     if (hop.gateway.size() == sizeof(in_addr)) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
@@ -31,23 +46,6 @@ std::string routerOf(const InternetRoute::NextHop& hop) {
     }
     return {};
 }
-
-/// With `interface`, those over it.
-std::vector<std::string> routersOver(RouteLookup& lookup, unsigned interface) {
-    std::vector<std::string> routers;
-    for (const int family : {AF_INET, AF_INET6}) {
-        const InternetRoute route = lookup.toInternet(family, interface).value_or(InternetRoute{});
-        for (const InternetRoute::NextHop& hop : route.nextHops) {
-            const std::string router = routerOf(hop);
-            if (!router.empty() && std::ranges::find(routers, router) == routers.end()) {
-                routers.push_back(router);
-            }
-        }
-    }
-    return routers;
-}
-
-} // namespace
 
 std::vector<std::string> present() {
     RouteLookup lookup;

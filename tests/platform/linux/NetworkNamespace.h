@@ -55,7 +55,6 @@ public:
                && hasComeUp(far) && hasComeUp(name);
     }
 
-private:
     /// The system finds a carrier a moment after it is there, and tells of it then.
     static bool hasComeUp(const std::string& interface) {
         const FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
@@ -72,6 +71,7 @@ private:
         return false;
     }
 
+private:
     /// Such a user is root in a user namespace; only a process with one thread can go there.
     static bool enterAsOrdinaryUser() {
         const std::string user = std::to_string(::geteuid());

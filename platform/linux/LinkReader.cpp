@@ -1,0 +1,145 @@
+#include "platform/linux/LinkReader.h"
+
+#include "platform/linux/LinkAddresses.h"
+#include "platform/linux/NeighborLookup.h"
+#include "platform/linux/Routers.h"
+#include "platform/linux/WirelessSignal.h"
+
+#include <algorithm>
+#include <cstring>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <utility>
+#include <vector>
+
+namespace tarnwick {
+
+struct LinkReader::Kernel {
+    NetlinkConversation routing{NETLINK_ROUTE};
+    RouteLookup routes;
+};
+
+namespace {
+
+using LinkKind = LinkEvidence::Kind;
+
+/// Where a packet to the address goes. A link-local one is known by its interface alone.
+std::optional<InternetRoute> routeTo(RouteLookup& routes, const ResolvedAddress& address) {
+    const auto bytes = std::as_bytes(std::span(address.sockaddr));
+    if (const auto to6 = Netlink::structureAt<sockaddr_in6>(bytes); to6 && address.family == AF_INET6) {
+        return routes.to(std::as_bytes(std::span(&to6->sin6_addr, 1)), to6->sin6_scope_id);
+    }
+    if (const auto to4 = Netlink::structureAt<sockaddr_in>(bytes); to4 && address.family == AF_INET) {
+        return routes.to(std::as_bytes(std::span(&to4->sin_addr, 1)));
+    }
+    return std::nullopt;
+}
+
+/// Of several, the first one that can be used.
+std::optional<InternetRoute::NextHop> hopOf(const std::optional<InternetRoute>& route) {
+    if (!route || route->nextHops.empty()) {
+        return std::nullopt;
+    }
+    const auto usable = std::ranges::find(route->nextHops, true, &InternetRoute::NextHop::hasCarrier);
+    return usable == route->nextHops.end() ? route->nextHops.front() : *usable;
+}
+
+LinkState stateOf(const KnownLink& link, bool hasRoute) {
+    const LinkInformation& information = link.information;
+    LinkState state{
+        .link =
+            {.interface = information.name,
+             .kind = link.kind,
+             .isUp = information.isUp,
+             .hasCarrier = information.hasCarrier,
+             .hasAddress = link.hasAddress,
+             .hasRoute = hasRoute},
+        .sentBytes = information.sentBytes,
+        .receivedBytes = information.receivedBytes};
+    if (link.kind == LinkKind::wifi && information.hasCarrier) {
+        state.link.signalDbm = WirelessSignal::present(information.index, information.name);
+    }
+    return state;
+}
+
+} // namespace
+
+std::optional<LinkState> LinkReader::present(const std::optional<ResolvedAddress>& to) {
+    Kernel kernel;
+    if (!kernel.routes.toInternet(AF_INET)) {
+        return std::nullopt;
+    }
+    const auto way = wayTo(kernel, to);
+    return way ? along(kernel, *way) : withoutWay(kernel);
+}
+
+std::optional<LinkReader::Way> LinkReader::wayTo(Kernel& kernel, const std::optional<ResolvedAddress>& to) {
+    if (const auto hop = to ? hopOf(routeTo(kernel.routes, *to)) : std::nullopt) {
+        return Way{.hop = *hop, .isAskedFor = true};
+    }
+    for (const int family : {AF_INET, AF_INET6}) {
+        if (const auto hop = hopOf(kernel.routes.toInternet(family))) {
+            return Way{.hop = *hop, .isAskedFor = !to};
+        }
+    }
+    return std::nullopt;
+}
+
+std::vector<KnownLink> LinkReader::knownLinks(Kernel& kernel) const {
+    const std::set<unsigned> addressed = LinkAddresses::interfaces(kernel.routing);
+    std::vector<KnownLink> links;
+    for (LinkInformation& information : LinkInformation::all(kernel.routing)) {
+        const LinkKind kind = mayBeConnection(information) || information.index == lastInterface_
+                                  ? kindOf(information)
+                                  : LinkKind::other;
+        const bool hasAddress = addressed.contains(information.index);
+        links.push_back({std::move(information), kind, hasAddress});
+    }
+    return links;
+}
+
+std::optional<LinkState> LinkReader::withoutWay(Kernel& kernel) const {
+    const std::vector<KnownLink> links = knownLinks(kernel);
+    if (links.empty()) { // not even that to this machine itself
+        return std::nullopt;
+    }
+    const KnownLink* const link = likelyLink(links, lastInterface_);
+    return link == nullptr ? LinkState{.link = {.isUp = false, .hasRoute = false}} : stateOf(*link, false);
+}
+
+std::optional<LinkState> LinkReader::along(Kernel& kernel, const Way& way) {
+    auto information = LinkInformation::of(kernel.routing, way.hop.interface);
+    if (!information) {
+        return withoutWay(kernel); // it has gone meanwhile
+    }
+    KnownLink link{*std::move(information)};
+    link.kind = kindOf(link.information);
+    if (link.kind == LinkKind::tunnel) {
+        const std::vector<KnownLink> links = knownLinks(kernel);
+        const KnownLink* const below = likelyLink(links, lastInterface_);
+        if (below != nullptr && !(below->information.isUp && below->information.hasCarrier)) {
+            return stateOf(*below, false);
+        }
+    } else {
+        lastInterface_ = way.hop.interface;
+    }
+    // A link between two machines alone may use the address of another one.
+    link.hasAddress = link.kind == LinkKind::tunnel || link.kind == LinkKind::other
+                      || LinkAddresses::interfaces(kernel.routing).contains(way.hop.interface);
+    LinkState state = stateOf(link, true);
+    if (way.isAskedFor && !way.hop.gateway.empty()) {
+        addRouter(kernel, way.hop, state);
+    }
+    return state;
+}
+
+void LinkReader::addRouter(Kernel& kernel, const InternetRoute::NextHop& hop, LinkState& state) {
+    const bool isSame =
+        lastNeighbor_.hop.interface == hop.interface && lastNeighbor_.hop.gateway == hop.gateway;
+    const auto entry = NeighborEntry::of(kernel.routing, hop.interface, hop.gateway);
+    state.router = Routers::addressOf(hop);
+    state.neighbor = neighborState(entry, isSame ? lastNeighbor_.state : NeighborState::unknown);
+    lastNeighbor_ = {hop, state.neighbor};
+}
+
+} // namespace tarnwick
