@@ -1,12 +1,10 @@
 // Whether the internet connection is metered, as the system's network manager sees it.
 #pragma once
 
-#include "core/Lifeline.h"
-#include "platform/bus/BusConnection.h"
+#include "platform/bus/NetworkManagerProperty.h"
 #include "platform/ports/ConnectionCost.h"
 
 #include <functional>
-#include <string>
 
 namespace tarnwick {
 
@@ -14,20 +12,14 @@ namespace tarnwick {
 /// telephone's hot spot, for example). Where it does not run, or there is no bus, none does. Main thread.
 class NetworkManagerCost final : public ConnectionCost {
 public:
-    /// Seconds for each of two answers, the bus daemon's and NetworkManager's.
-    static constexpr double usualPatience = 5;
-
-    /// `systemBus` is the system's and outlives it.
-    explicit NetworkManagerCost(BusConnection& systemBus, double patience = usualPatience);
+    /// `systemBus` is the system's and outlives it. `patience` as `NetworkManagerProperty` has it.
+    explicit NetworkManagerCost(
+        BusConnection& systemBus, double patience = NetworkManagerProperty::usualPatience);
 
     void ask(std::function<void(bool isMetered)> answer) override;
 
 private:
-    void askOwner(const std::string& owner, std::function<void(bool isMetered)> answer);
-
-    BusConnection& bus_;
-    double patience_;
-    Lifeline lifeline_;
+    NetworkManagerProperty property_;
 };
 
 } // namespace tarnwick

@@ -1,9 +1,7 @@
 // Whether a connection is metered, as a network manager tells.
 #include "platform/bus/NetworkManagerCost.h"
 
-#include "tests/platform/bus/BusTest.h"
-
-#include "platform/bus/BusObject.h"
+#include "tests/platform/bus/NetworkManagerTest.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -15,22 +13,8 @@ namespace tarnwick {
 
 namespace {
 
-/// Plays NetworkManager.
-class NetworkManagerCostTest : public BusTest {
+class NetworkManagerCostTest : public NetworkManagerTest {
 protected:
-    static constexpr const char* path = "/org/freedesktop/NetworkManager";
-    static constexpr const char* name = "org.freedesktop.NetworkManager";
-
-    template<typename Value>
-    BusPeer& addNetworkManager(const Value& metered, const std::string& property = "Metered") {
-        BusPeer& peer = addPeer();
-        object_.emplace(peer.link(), path, name);
-        object_->property(property, [metered] { return metered; });
-        EXPECT_TRUE(object_->publish());
-        peer.requestName(name);
-        return peer;
-    }
-
     /// Nothing without an answer.
     [[nodiscard]] std::optional<bool> isMetered() {
         std::optional<bool> answer;
@@ -41,14 +25,11 @@ protected:
     }
 
     [[nodiscard]] std::optional<bool> isMeteredWith(std::uint32_t metered) {
-        addNetworkManager(metered);
+        addNetworkManager("Metered", metered);
         EXPECT_TRUE(runUntilConnected());
         return isMetered();
     }
 
-    static constexpr double patience = 0.3;
-
-    std::optional<BusObject> object_;
     std::unique_ptr<NetworkManagerCost> cost_ = std::make_unique<NetworkManagerCost>(bus_, patience);
 };
 
@@ -75,14 +56,14 @@ TEST_F(NetworkManagerCostTest, AConnectionThatIsGuessedUnmeteredIsNot) {
 }
 
 TEST_F(NetworkManagerCostTest, AnAnswerThatIsNoneDoesNotCount) {
-    addNetworkManager(std::string("yes"));
+    addNetworkManager("Metered", std::string("yes"));
     ASSERT_TRUE(runUntilConnected());
 
     EXPECT_EQ(isMetered(), false);
 }
 
 TEST_F(NetworkManagerCostTest, AnOldNetworkManagerKnowsOfNoMeteredConnections) {
-    addNetworkManager(std::uint32_t{1}, "Connectivity");
+    addNetworkManager("Connectivity", std::uint32_t{1});
     ASSERT_TRUE(runUntilConnected());
 
     EXPECT_EQ(isMetered(), false);
@@ -102,7 +83,7 @@ TEST_F(NetworkManagerCostTest, WithoutABusNoConnectionIsMetered) {
 }
 
 TEST_F(NetworkManagerCostTest, ANetworkManagerThatHangsIsNotWaitedFor) {
-    addNetworkManager(std::uint32_t{1});
+    addNetworkManager("Metered", std::uint32_t{1});
     ASSERT_TRUE(runUntilConnected());
     const auto hanging = std::move(peers_.back());
     peers_.pop_back();
@@ -125,7 +106,7 @@ TEST_F(NetworkManagerCostTest, ABusThatHangsIsNotWaitedFor) {
 }
 
 TEST_F(NetworkManagerCostTest, NothingIsCalledAfterItsEnd) {
-    BusPeer& peer = addNetworkManager(std::uint32_t{1});
+    BusPeer& peer = addNetworkManager("Metered", std::uint32_t{1});
     ASSERT_TRUE(runUntilConnected());
     bool isAnswered = false;
     cost_->ask([&isAnswered](bool) { isAnswered = true; });
