@@ -22,6 +22,7 @@ void NetworkManagerCost::ask(std::function<void(bool isMetered)> answer) {
     property_.ask("Metered", [answer = std::move(answer)](std::optional<std::uint32_t> value) {
         answer(value == metered || value == guessedMetered);
     });
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the analyzer loses the function in the move
 }
 
 } // namespace tarnwick
