@@ -15,7 +15,7 @@ namespace {
 using Rule = std::optional<Verdict> (*)(const Evidence&);
 
 /// Seconds that traffic must have lasted before it explains anything.
-constexpr double shortestLoad = 3;
+constexpr double shortestLoad = 2;
 /// Mbit/s: less fills no line that is worth the name.
 constexpr double leastLoad = 1;
 /// Milliseconds that a full queue adds at least, to be told from what networks do anyway.
@@ -35,7 +35,10 @@ std::optional<Verdict> signIn(const Evidence& evidence) {
 }
 
 std::optional<Verdict> noNetwork(const Evidence& evidence) {
-    const LinkEvidence& link = evidence.link;
+    if (!evidence.link) {
+        return std::nullopt;
+    }
+    const LinkEvidence& link = *evidence.link;
     const bool isWifi = link.kind == LinkEvidence::Kind::wifi;
     if (link.interface.empty()) {
         return certain(Blame::thisComputer, "No network: this computer has no connection.");
@@ -164,8 +167,8 @@ Verdict unclear(const Evidence& evidence) {
     return {
         .blame = Blame::unclear,
         .likelihood = Likelihood::possible,
-        .evidence = isRouterWell ? "Your router answers. What is wrong beyond it is not clear."
-                                 : "What is wrong is not clear yet."};
+        .evidence =
+            isRouterWell ? "Your router answers. What is wrong beyond it is not clear." : notClearYet};
 }
 
 } // namespace

@@ -29,6 +29,8 @@ enum class NeighborState { unknown, reachable, failed };
 /// What came back for one echo request to the host, whose hop limit it was.
 struct HopSample {
     std::optional<double> ms = std::nullopt; ///< nothing: lost
+
+    friend bool operator==(const HopSample&, const HopSample&) = default;
 };
 
 struct HopEvidence {
@@ -37,6 +39,8 @@ struct HopEvidence {
     double quietShare = 0; ///< of the requests while all was well, how many were answered
     std::optional<double> quietMs = std::nullopt; ///< median while all was well
     std::vector<HopSample> samples{};             ///< since things went wrong, oldest first
+
+    friend bool operator==(const HopEvidence&, const HopEvidence&) = default;
 };
 
 struct NameServerEvidence {
@@ -72,7 +76,7 @@ struct Evidence {
     bool isNameMissing = false;                   ///< the name can't be resolved
     std::vector<HopSample> pings{};               ///< since things went wrong, oldest first
     std::optional<double> quietMs = std::nullopt; ///< the host's median while all was well
-    LinkEvidence link{};
+    std::optional<LinkEvidence> link = std::nullopt;
     std::optional<std::string> router{};
     NeighborState neighbor = NeighborState::unknown; ///< of the router
     std::vector<HopEvidence> hops{}; ///< by hop limit, from 1; the last one is the host if it is known

@@ -39,6 +39,11 @@ public:
     /// Whether `probe` will want to be asked again at `nextProbeAt`.
     [[nodiscard]] bool isActive() const { return mode_ != Mode::resting; }
 
+    [[nodiscard]] bool isWatching() const { return mode_ == Mode::watching; }
+
+    /// Whether the host has answered a probe since the path was forgotten last.
+    [[nodiscard]] bool reachesHost() const { return hostAt_.has_value(); }
+
     [[nodiscard]] double nextProbeAt() const { return nextProbeAt_; }
 
     /// The probe to send now; nothing before `nextProbeAt`, and when all has been learnt.

@@ -42,8 +42,16 @@ std::optional<double> latest(const std::vector<HopSample>& samples) {
     return std::nullopt;
 }
 
+/// Before the connection is called down.
+bool isSilentLately(const std::vector<HopSample>& pings) {
+    constexpr std::size_t inARow = 3;
+    const auto latestFirst = pings | std::views::reverse | std::views::take(inARow);
+    return pings.size() >= inARow
+           && std::ranges::none_of(latestFirst, [](const HopSample& one) { return one.ms.has_value(); });
+}
+
 Symptom symptomOf(const Evidence& evidence) {
-    if (evidence.trouble == Trouble::down) {
+    if (evidence.trouble == Trouble::down || isSilentLately(evidence.pings)) {
         return Symptom::silent;
     }
     constexpr double smallLoss = 0.05;
@@ -161,7 +169,7 @@ std::string unclearSentence(const std::vector<double>& chances, const std::vecto
     }
     const std::string last = addressBefore(well, hops);
     if (well == 0 || last.empty()) {
-        return "What is wrong is not clear yet.";
+        return notClearYet;
     }
     return (well == 1 ? "Your router is well" : "All is well up to " + last)
            + "; what is wrong beyond it is not clear.";
@@ -170,13 +178,13 @@ std::string unclearSentence(const std::vector<double>& chances, const std::vecto
 } // namespace
 
 Verdict localVerdict(const Evidence& evidence, Likelihood likelihood) {
-    const bool isWifi = evidence.link.kind == LinkEvidence::Kind::wifi;
+    const bool isWifi = evidence.link && evidence.link->kind == LinkEvidence::Kind::wifi;
     const std::string does = doings[static_cast<std::size_t>(symptomOf(evidence))];
-    if (isWifi && evidence.link.signalDbm && *evidence.link.signalDbm <= weakSignal) {
+    if (isWifi && evidence.link->signalDbm && *evidence.link->signalDbm <= weakSignal) {
         return {
             .blame = Blame::wifi,
             .likelihood = std::min(likelihood, Likelihood::likely),
-            .evidence = "The Wi-Fi signal is weak (" + std::to_string(*evidence.link.signalDbm)
+            .evidence = "The Wi-Fi signal is weak (" + std::to_string(*evidence.link->signalDbm)
                         + " dBm), and the router " + does + "."};
     }
     const std::string router = evidence.router ? " (" + *evidence.router + ")" : "";

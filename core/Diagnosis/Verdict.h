@@ -29,6 +29,9 @@ struct Verdict {
     friend bool operator==(const Verdict&, const Verdict&) = default;
 };
 
+/// The evidence of a verdict that says nothing.
+inline constexpr const char* notClearYet = "What is wrong is not clear yet.";
+
 /// As programs read them: "localNetwork", "likely".
 [[nodiscard]] std::string_view nameOf(Blame blame);
 [[nodiscard]] std::string_view nameOf(Likelihood likelihood);

@@ -38,6 +38,8 @@ _IFF_TUN = 0x0001
 _IFF_TAP = 0x0002
 _IFF_NO_PI = 0x1000
 _DNS_PORT = 53
+# An echo request that may take at most so many hops is a probe of the path.
+_MOST_HOPS = 12
 # The kernel makes a change wait while it takes down the namespaces of others: seconds on a busy machine.
 _HANGING_SECONDS = 60
 
@@ -167,7 +169,7 @@ class Lab:
             yield
 
     def requests(self, address: str) -> list[Request]:
-        """All echo requests that came for an address so far, oldest first."""
+        """All echo requests that came for an address so far, oldest first, without probes of the path."""
         with self._lock:
             if not self._stopping:
                 self._take_stamps()
@@ -245,12 +247,15 @@ class Lab:
     def _take_request(self, at: float, packet: packets.Packet, echo: packets.Echo) -> None:
         address = packet.destination
         behavior = self._behaviors.get(address, SILENT)
+        # Probes meet with the same, and change nothing of what pings meet with.
+        is_probe = packet.hop_limit <= _MOST_HOPS
         index = self._indexes[address]
-        self._indexes[address] += 1
+        self._indexes[address] += not is_probe
         lost = behavior.loses(index, self._chance)
-        self._requests[address].append(
-            Request(at, address, echo.identifier, echo.sequence, echo.data, not lost)
-        )
+        if not is_probe:
+            self._requests[address].append(
+                Request(at, address, echo.identifier, echo.sequence, echo.data, not lost)
+            )
         if lost:
             return
         due = at + behavior.delay_seconds(index, self._chance)

@@ -47,8 +47,8 @@ Evidence withoutName(Answer answer, std::optional<bool> lastAddressAnswers = std
 
 Evidence overWifi(Evidence evidence, int signalDbm) {
     return with(std::move(evidence), [&](Evidence& it) {
-        it.link.kind = Kind::wifi;
-        it.link.signalDbm = signalDbm;
+        it.link->kind = Kind::wifi;
+        it.link->signalDbm = signalDbm;
     });
 }
 
@@ -75,33 +75,35 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Case{"AllIsWell", quiet(), "nothing"},
         Case{
-            "NoInterface", with(downFrom(0), [](Evidence& it) { it.link = {}; }),
+            "NoInterface", with(downFrom(0), [](Evidence& it) { it.link = LinkEvidence{}; }),
             "thisComputer certain: No network: this computer has no connection."},
         Case{
             "WifiIsOff",
             with(
                 downFrom(0),
-                [](Evidence& it) { it.link = {.interface = "wlan0", .kind = Kind::wifi, .isUp = false}; }),
+                [](Evidence& it) {
+                    it.link = LinkEvidence{.interface = "wlan0", .kind = Kind::wifi, .isUp = false};
+                }),
             "thisComputer certain: No network: Wi-Fi is off."},
         Case{
             "WifiIsNotConnected",
             with(
                 downFrom(0),
                 [](Evidence& it) {
-                    it.link = {.interface = "wlan0", .kind = Kind::wifi, .hasCarrier = false};
+                    it.link = LinkEvidence{.interface = "wlan0", .kind = Kind::wifi, .hasCarrier = false};
                 }),
             "thisComputer certain: No network: Wi-Fi is not connected."},
         Case{
-            "NoCable", with(downFrom(0), [](Evidence& it) { it.link.hasCarrier = false; }),
+            "NoCable", with(downFrom(0), [](Evidence& it) { it.link->hasCarrier = false; }),
             "thisComputer certain: No network: eth0 has no cable."},
         Case{
-            "InterfaceIsOff", with(downFrom(0), [](Evidence& it) { it.link.isUp = false; }),
+            "InterfaceIsOff", with(downFrom(0), [](Evidence& it) { it.link->isUp = false; }),
             "thisComputer certain: No network: eth0 is off."},
         Case{
-            "NoAddress", with(downFrom(0), [](Evidence& it) { it.link.hasAddress = false; }),
+            "NoAddress", with(downFrom(0), [](Evidence& it) { it.link->hasAddress = false; }),
             "thisComputer certain: No address from the network."},
         Case{
-            "NoRoute", with(downFrom(0), [](Evidence& it) { it.link.hasRoute = false; }),
+            "NoRoute", with(downFrom(0), [](Evidence& it) { it.link->hasRoute = false; }),
             "thisComputer certain: No way to the internet: no router is set."},
         Case{
             "TheSystemRefuses",
@@ -177,6 +179,15 @@ INSTANTIATE_TEST_SUITE_P(
             "LossAtTheHost", lossyFrom(hostHop, 4),
             "host likely: Everything up to the host's network answers; only the host loses 40% of the "
             "answers."},
+        Case{
+            "SilentBeforeItIsCalledDown",
+            with(
+                downFrom(firstProviderHop),
+                [](Evidence& it) {
+                    it.trouble = Trouble::degraded;
+                    it.silentSeconds = 4;
+                }),
+            "provider likely: Your router answers in 2 ms; nothing beyond it has answered for 4 s."},
         Case{
             "DelayBeyondTheRouter", lateFrom(firstProviderHop, 140),
             "provider likely: Your router answers in 2 ms; beyond it answers come 140 ms late."},
@@ -332,7 +343,7 @@ INSTANTIATE_TEST_SUITE_P(
             "Download", loaded(0.4, 45, 5, 140),
             "ownLoad likely: Latency rises from 18 to 158 ms while this computer downloads 45 Mbit/s."},
         Case{
-            "LoadThatHasJustBegun", loaded(9, 0, 2.9, 140),
+            "LoadThatHasJustBegun", loaded(9, 0, 1.9, 140),
             "provider likely: Your router answers in 2 ms; beyond it answers come 140 ms late."},
         Case{
             "TooLittleLoad", loaded(0.9, 0, 5, 140),

@@ -11,8 +11,8 @@ double usualMs(std::size_t hop) {
 } // namespace
 
 std::vector<HopSample> samples(std::size_t answered, std::size_t lost, double ms) {
-    std::vector<HopSample> all(answered, HopSample{.ms = ms});
-    all.resize(answered + lost, HopSample{});
+    std::vector<HopSample> all(lost, HopSample{});
+    all.resize(lost + answered, HopSample{.ms = ms});
     return all;
 }
 
@@ -22,7 +22,7 @@ Evidence quiet() {
         .address = hostAddress,
         .pings = samples(10, 0, usualMs(hostHop)),
         .quietMs = usualMs(hostHop),
-        .link = {.interface = "eth0", .kind = LinkEvidence::Kind::wired},
+        .link = LinkEvidence{.interface = "eth0", .kind = LinkEvidence::Kind::wired},
         .router = router,
         .neighbor = NeighborState::reachable};
     for (const std::string& address : {router, firstOfProvider, lastOfProvider, hostsRouter, hostAddress}) {

@@ -19,7 +19,7 @@ inline const std::string hostAddress = "203.0.113.9";
 inline constexpr std::size_t routerHop = 0, firstProviderHop = 1, lastProviderHop = 2, hostsRouterHop = 3,
                              hostHop = 4;
 
-/// Of this many samples, the last ones are lost.
+/// The first ones are lost.
 std::vector<HopSample> samples(std::size_t answered, std::size_t lost, double ms);
 
 /// All is well: each hop takes 4 ms more than the one before, from 2 ms.

@@ -1,0 +1,106 @@
+// Gathers evidence while the connection is bad, and says whose fault it is.
+#pragma once
+
+#include "core/Diagnosis/PathTrace.h"
+#include "core/Diagnosis/SteadyVerdict.h"
+#include "core/Lifeline.h"
+#include "core/PendingPing.h"
+#include "core/PingError.h"
+#include "core/Prober/ProbeNetwork.h"
+#include "core/ResolvedAddress.h"
+#include "core/RunLoop.h"
+#include "platform/ports/LinkInspector.h"
+
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+/// What pinging has brought so far, at one tick. Times in monotonic seconds.
+struct Situation {
+    double now = 0;
+    Trouble trouble = Trouble::none;
+    std::string host{};
+    std::optional<ResolvedAddress> address{}; ///< that is pinged
+    std::optional<PingError> startError{};
+    std::vector<PendingPing> pings{};             ///< of the scoring window, oldest first
+    std::optional<double> usualMs = std::nullopt; ///< the host's median over the last minutes
+};
+
+/// While all is well it learns the path once, and again after `pathChanged`; otherwise it sends nothing.
+/// While the host is silent or its answers are bad, it probes a hop a second. Main thread.
+class Diagnostician {
+public:
+    /// All outlive it.
+    Diagnostician(RunLoop& loop, ProbeNetwork& network, LinkInspector& link);
+
+    Diagnostician(const Diagnostician&) = delete;
+    Diagnostician& operator=(const Diagnostician&) = delete;
+
+    /// Once a second.
+    void tick(const Situation& told);
+    /// The machine uses another network, or pings another host: the path has to be learnt anew.
+    void pathChanged();
+
+    /// As of the last tick; nothing while all is well.
+    [[nodiscard]] const std::optional<Verdict>& verdict() const { return steady_.shown(); }
+
+    /// The hops by which the verdict was found; empty while all is well.
+    [[nodiscard]] const std::vector<HopEvidence>& path() const { return path_; }
+
+private:
+    /// What the interface has carried, at a time.
+    struct Traffic {
+        std::uint64_t sentBytes;
+        std::uint64_t receivedBytes;
+        double at;
+    };
+
+    struct Word {
+        std::string sender;
+        double at;
+    };
+
+    void follow(const Situation& situation);
+    void turnTo(const ResolvedAddress& address);
+    void rest(const Situation& situation);
+    void noteTrouble(const Situation& situation, bool isOnlyLate);
+    [[nodiscard]] std::optional<Verdict> presentVerdict(const Situation& situation) const;
+    [[nodiscard]] bool isLate(const Situation& situation) const;
+    [[nodiscard]] bool isSuspicious(const Situation& situation) const;
+    void watch(const Situation& situation);
+    void inspectLink();
+    void linkInspected(const std::optional<LinkState>& state);
+    void noteTraffic(const LinkState& state, double now);
+    void scheduleProbe();
+    void sendProbe();
+    void receive();
+    [[nodiscard]] Evidence evidenceOf(const Situation& situation) const;
+    [[nodiscard]] std::vector<UnreachableEvidence> recentWords(double now) const;
+    [[nodiscard]] double troubleSince(const Situation& situation) const;
+
+    RunLoop& loop_;
+    ProbeNetwork& network_;
+    LinkInspector& link_;
+    PathTrace trace_;
+    SteadyVerdict steady_;
+    std::vector<HopEvidence> path_;
+    std::string host_;
+    std::optional<ResolvedAddress> address_;
+    std::unique_ptr<ProbeSocket> socket_;
+    bool hasLearnt_ = false;         ///< or is learning
+    std::optional<double> badSince_; ///< when a tick first told of trouble
+    std::optional<double> usualMs_;  ///< as of the last tick before the trouble
+    std::optional<double> lastReply_;
+    std::deque<Word> words_;             ///< of routers, that the host can't be reached
+    std::optional<LinkState> linkState_; ///< since the trouble began
+    std::optional<Traffic> traffic_;
+    LoadEvidence load_;
+    RunLoop::Handle timer_;
+    Lifeline lifeline_;
+};
+
+} // namespace tarnwick

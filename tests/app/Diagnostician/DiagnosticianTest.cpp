@@ -1,0 +1,259 @@
+// When evidence is gathered, and what is said of it when.
+#include "app/Diagnostician/Diagnostician.h"
+
+#include "tests/app/Diagnostician/FakeLinkInspector.h"
+#include "tests/app/Diagnostician/FakeProbeNetwork.h"
+#include "tests/simulation/VirtualRunLoop.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sys/socket.h>
+
+namespace tarnwick {
+namespace {
+
+using namespace simulation;
+
+const ResolvedAddress address{.family = AF_INET, .sockaddr = {1}, .display = "203.0.113.9"};
+constexpr std::size_t probesToLearn = 15; // three of each of five hops
+
+class DiagnosticianTest : public testing::Test {
+protected:
+    /// A tick a second, with a ping each. The host answers after `hostMs`, or not.
+    void run(double seconds) {
+        for (double second = 0; second < seconds; ++second) {
+            const std::optional<double> ms = hostMs;
+            situation.now = loop.now();
+            situation.pings.push_back({.id = nextId++, .sent = loop.now() - 1});
+            if (ms) {
+                situation.pings.back().reply = situation.pings.back().sent + *ms / 1000;
+            }
+            std::erase_if(
+                situation.pings, [&](const PendingPing& ping) { return loop.now() - ping.sent > 30; });
+            diagnostician.tick(situation);
+            loop.advance(1);
+        }
+    }
+
+    void goDown(int fromHop) {
+        network.silentFrom = fromHop;
+        hostMs.reset();
+        run(4);
+        situation.trouble = Trouble::down;
+    }
+
+    [[nodiscard]] std::string told() const {
+        const auto& verdict = diagnostician.verdict();
+        return verdict ? std::string(nameOf(verdict->blame)) : "nothing";
+    }
+
+    VirtualRunLoop loop;
+    FakeProbeNetwork network{
+        loop, {"192.0.2.1", "198.51.100.1", "198.51.100.7", "203.0.113.1", "203.0.113.9"}};
+    FakeLinkInspector link{loop};
+    Diagnostician diagnostician{loop, network, link};
+    std::optional<double> hostMs = 10;
+    std::uint64_t nextId = 1;
+    Situation situation{.host = "203.0.113.9", .address = address, .usualMs = 10};
+};
+
+TEST_F(DiagnosticianTest, WhileAllIsWellThePathIsLearntOnce) {
+    run(600);
+
+    EXPECT_EQ(network.sent.size(), probesToLearn);
+    EXPECT_EQ(told(), "nothing");
+    EXPECT_TRUE(diagnostician.path().empty());
+}
+
+TEST_F(DiagnosticianTest, ThePathIsLearntAnewAfterItHasChanged) {
+    run(60);
+
+    diagnostician.pathChanged();
+    run(60);
+
+    EXPECT_EQ(network.sent.size(), 2 * probesToLearn);
+}
+
+TEST_F(DiagnosticianTest, ThePathToAnotherAddressIsAnotherOne) {
+    run(60);
+
+    situation.address->sockaddr = {2};
+    run(60);
+    EXPECT_EQ(network.sent.size(), 2 * probesToLearn);
+    EXPECT_EQ(network.opened, 1);
+
+    situation.address->family = AF_INET6;
+    run(60);
+    EXPECT_EQ(network.opened, 2);
+}
+
+TEST_F(DiagnosticianTest, NothingIsSentBeforeTheHostHasAnswered) {
+    hostMs.reset();
+    run(2);
+
+    EXPECT_TRUE(network.sent.empty());
+}
+
+TEST_F(DiagnosticianTest, IsNamedWithinFiveSecondsOfDown) {
+    run(60);
+    goDown(2);
+    run(5);
+
+    EXPECT_EQ(told(), "provider");
+    EXPECT_EQ(diagnostician.path().size(), 5U);
+}
+
+TEST_F(DiagnosticianTest, AtMostOneProbeASecondIsSentWhileDown) {
+    run(60);
+    goDown(4);
+    network.sent.clear();
+    run(60);
+
+    EXPECT_LE(network.sent.size(), 60U);
+    EXPECT_GE(network.sent.size(), 55U);
+    EXPECT_EQ(told(), "beyondProvider");
+}
+
+TEST_F(DiagnosticianTest, ProbesEndAsSoonAsAllIsWell) {
+    run(60);
+    goDown(2);
+    run(20);
+    network.silentFrom = 0;
+    hostMs = 10;
+    situation.trouble = Trouble::none;
+    run(1);
+    network.sent.clear();
+
+    run(600);
+
+    EXPECT_EQ(told(), "nothing");
+    EXPECT_TRUE(diagnostician.path().empty());
+    EXPECT_LE(network.sent.size(), 1U); // that was due already
+}
+
+TEST_F(DiagnosticianTest, TroubleInTheMiddleOfLearningBeginsItAnewLater) {
+    run(3);
+    goDown(2);
+    run(20);
+    network.silentFrom = 0;
+    hostMs = 10;
+    situation.trouble = Trouble::none;
+    network.sent.clear();
+
+    run(60);
+
+    EXPECT_GE(network.sent.size(), probesToLearn);
+    EXPECT_LE(network.sent.size(), probesToLearn + 1);
+}
+
+TEST_F(DiagnosticianTest, ALatencyThatRisesIsTroubleBeforeTheBarsFall) {
+    run(60);
+    hostMs = 150;
+    network.lateFrom = 4;
+    network.extraMs = 140;
+    run(10);
+
+    EXPECT_EQ(told(), "beyondProvider");
+}
+
+TEST_F(DiagnosticianTest, ALongerWayIsTheUsualOneAfterFiveMinutes) {
+    run(60);
+    hostMs = 150;
+    network.lateFrom = 4;
+    network.extraMs = 140;
+    run(290);
+    EXPECT_EQ(told(), "beyondProvider");
+
+    situation.usualMs = 150;
+    run(20);
+
+    EXPECT_EQ(told(), "nothing");
+}
+
+TEST_F(DiagnosticianTest, ARoutersWordCounts) {
+    run(60);
+    network.refusingHop = 4;
+    hostMs.reset();
+    run(4);
+    situation.trouble = Trouble::down;
+    run(5);
+
+    EXPECT_EQ(told(), "host");
+}
+
+TEST_F(DiagnosticianTest, AnotherHostBeginsFromNothing) {
+    run(60);
+    goDown(2);
+    run(5);
+
+    situation = {.host = "other.example"};
+    run(1);
+
+    EXPECT_EQ(told(), "nothing");
+}
+
+TEST_F(DiagnosticianTest, TheLinkIsLookedAtOnceAndThenOnlyInTrouble) {
+    run(60);
+    EXPECT_EQ(link.asked, 1);
+
+    goDown(1);
+    link.state->link.hasCarrier = false;
+    run(2);
+
+    EXPECT_GT(link.asked, 1);
+    ASSERT_TRUE(diagnostician.verdict());
+    EXPECT_EQ(diagnostician.verdict()->evidence, "No network: eth0 has no cable.");
+}
+
+TEST_F(DiagnosticianTest, AFailedRouterIsCertain) {
+    run(60);
+    goDown(1);
+    link.state->router = "192.0.2.1";
+    link.state->neighbor = NeighborState::failed;
+    run(2);
+
+    ASSERT_TRUE(diagnostician.verdict());
+    EXPECT_EQ(diagnostician.verdict()->likelihood, Likelihood::certain);
+    EXPECT_EQ(diagnostician.verdict()->evidence, "Your router (192.0.2.1) does not answer.");
+}
+
+TEST_F(DiagnosticianTest, LoadThatGoesWithTheDelayIsTold) {
+    run(60);
+    hostMs = 150;
+    network.lateFrom = 2;
+    network.extraMs = 140;
+    for (std::uint64_t second = 0; second < 10; ++second) {
+        link.state->sentBytes = second * 1'125'000; // 9 Mbit/s
+        link.state->receivedBytes = 0;
+        run(1);
+    }
+
+    ASSERT_TRUE(diagnostician.verdict());
+    EXPECT_EQ(
+        diagnostician.verdict()->evidence,
+        "Latency rises from 10 to 150 ms while this computer uploads 9 Mbit/s.");
+}
+
+TEST_F(DiagnosticianTest, WithoutAnAnswerAboutTheLinkThePathIsJudged) {
+    link.state.reset();
+    run(60);
+    goDown(2);
+    run(5);
+
+    EXPECT_EQ(told(), "provider");
+}
+
+TEST_F(DiagnosticianTest, WhatTheSystemRefusesIsThisComputers) {
+    situation.address.reset();
+    situation.startError = PingError::socket("Permission denied");
+    situation.trouble = Trouble::down;
+    hostMs.reset();
+    run(1);
+
+    ASSERT_TRUE(diagnostician.verdict());
+    EXPECT_EQ(diagnostician.verdict()->evidence, "This computer can't send: Permission denied.");
+}
+
+} // namespace
+} // namespace tarnwick
