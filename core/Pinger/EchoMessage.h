@@ -27,8 +27,8 @@ inline constexpr std::array<std::uint8_t, 8> echoMagic{'T', 'A', 'R', 'N', 'W', 
 
 /// What a router quotes of an echo request in its error message.
 struct QuotedRequest {
-    std::uint16_t sequence;          ///< the id's low 16 bits
-    std::optional<std::uint64_t> id; ///< nothing where the quotation ends before it
+    std::uint16_t sequence = 0;        ///< the id's low 16 bits
+    std::optional<std::uint64_t> id{}; ///< nothing where the quotation ends before it
 };
 
 /// `quotation` begins with the ICMP header of the request. Nothing unless that is a request of ours, made
