@@ -13,8 +13,9 @@ import subprocess
 import tempfile
 import unittest
 
+from desktop.desktops import Desktop
 from desktop.item import Item
-from desktop.panels import XfcePanel
+from desktop.panels import WaybarPanel, XfcePanel
 from endtoend.built import ROOT
 from endtoend.waiting import eventually
 from update.authority import Authority
@@ -29,6 +30,7 @@ TIME = datetime.datetime.now(datetime.timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ
 BEFORE = "0.0.1"
 # As assistive technology knows it.
 APPLICATION = "tarnwick"
+VARIABLES = ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON")
 SHOWN = 60  # seconds, for what the program shows
 RUN = """
 cp /packages/authority/* /etc/ssl/certs/
@@ -146,9 +148,11 @@ class Release(unittest.TestCase):
 class TheVersionBefore(OnBareSystem):
     """The same bundle, but that it calls itself an older version."""
 
+    panel: type[Desktop] = XfcePanel
+
     @classmethod
     def setUpClass(cls) -> None:
-        XfcePanel.require()
+        cls.panel.require()
         super().setUpClass()
 
     def archive(self) -> pathlib.Path:
@@ -164,13 +168,12 @@ class TheVersionBefore(OnBareSystem):
         shutil.copytree(made.authority.store, self.shared / "authority")
         self.addCleanup(made.server.behave, "/feed.json", None)
         made.server.requests.clear()
-        self.desktop = self.started(XfcePanel())
+        self.desktop = self.started(self.panel())
         self.start()
 
     def start(self) -> None:
         session = self.desktop.session
-        names = ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON")
-        variables = " ".join(f"{name}={session.environment[name]}" for name in names)
+        variables = " ".join(f"{name}={session.environment[name]}" for name in VARIABLES if name in session.environment)
         script = RUN.format(host=HOST, variables=variables, app=self.app)
         process = self.system.start(script, own_network=False, shared=session.folder)
         self.addCleanup(process.communicate)
@@ -191,6 +194,7 @@ class TheVersionBefore(OnBareSystem):
         version = self.information["version"]
         self.check_for_updates()
         self.wait_for(f"Version {version} can be installed now. You have version {BEFORE}.")
+        self.desktop.screenshot(f"{self.id().rpartition('.')[2]}-{self.desktop.name}-{self.suite}.png")
         self.desktop.act(APPLICATION, "Install")
         self.wait_for(f"Tarnwick {version} is ready")
         self.desktop.act(APPLICATION, "Restart Now")
@@ -216,6 +220,11 @@ class OnDebian12(TheVersionBefore, unittest.TestCase):
 
 class OnDebian13(TheVersionBefore, unittest.TestCase):
     suite = "trixie"
+
+
+class OnDebian13InWayland(TheVersionBefore, unittest.TestCase):
+    suite = "trixie"
+    panel = WaybarPanel
 
 
 if __name__ == "__main__":
