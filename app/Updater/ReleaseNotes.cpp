@@ -2,6 +2,7 @@
 
 #include "app/ViewStyle/ViewStyle.h"
 
+#include <QTextCursor>
 #include <QTextDocument>
 #include <QVariant>
 
@@ -29,6 +30,7 @@ void ReleaseNotes::show(const QString& markdown) {
     document()->setMarkdown(
         markdown, QTextDocument::MarkdownFeatures(QTextDocument::MarkdownDialectCommonMark)
                       | QTextDocument::MarkdownNoHTML);
+    moveCursor(QTextCursor::Start); // it stands behind what was put in, and would be scrolled to
 }
 
 QVariant ReleaseNotes::loadResource(int /*type*/, const QUrl& /*name*/) {

@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 
 #include <gmock/gmock.h>
@@ -292,6 +293,21 @@ TEST_F(UpdaterTest, TheNotesLoadNothing) {
     EXPECT_FALSE(notes().openLinks());
     EXPECT_EQ(feedRequests(), 1u);
     EXPECT_THAT(notes().toPlainText().toStdString(), HasSubstr("<img src='z'>")) << "no HTML";
+}
+
+TEST_F(UpdaterTest, LongNotesAreReadFromTheirBeginning) {
+    std::string text;
+    for (int line = 0; line < 100; ++line) {
+        text += "- What is new, and what it is for, in more words than fit on one line of the window.\\n";
+    }
+    publishNotes(text);
+    checkForUpdates();
+    // As assistive technology does, and whoever selects with the keyboard.
+    notes().ensureCursorVisible();
+    QApplication::processEvents();
+
+    EXPECT_GT(notes().verticalScrollBar()->maximum(), 0);
+    EXPECT_EQ(notes().verticalScrollBar()->value(), 0);
 }
 
 TEST_F(UpdaterTest, TheAnswersToAnOfferAreThoseOfItsButtons) {
