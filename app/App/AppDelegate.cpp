@@ -136,7 +136,7 @@ Updater::Needs AppDelegate::updaterNeeds(const Setup& setup) {
             }
             return bundleUpdates_->makeEngine();
         },
-        .icon = programIcon(),
+        .icon = programIcon,
         .furnish = [this](QWidget& window) { MainMenu::install(window, menu_); },
         .restart = setup.restart};
 }

@@ -50,7 +50,7 @@ bool UpdateUserDriver::announce(const UpdatePage& page) {
 
 void UpdateUserDriver::show(const UpdatePage& page) {
     if (window_ == nullptr) {
-        window_ = new UpdateWindow(needs_.icon); // NOLINT(cppcoreguidelines-owning-memory): see `hide`
+        window_ = new UpdateWindow(needs_.icon()); // NOLINT(cppcoreguidelines-owning-memory): see `hide`
         window_->onAction = [this](UpdatePage::Action action) { act(action); };
         if (needs_.furnish) {
             needs_.furnish(*window_);

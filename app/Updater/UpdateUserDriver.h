@@ -22,7 +22,7 @@ public:
         RunLoop& loop;
         UpdateEngine& engine;
         UserDriverDelegate& delegate;
-        QIcon icon;
+        std::function<QIcon()> icon; ///< asked when a window is made: drawing one takes memory
         std::function<void(QWidget&)>
             furnish;                   ///< gives the window what the program's windows have; may be empty
         std::function<void()> restart; ///< ends the program and starts the version that is ready

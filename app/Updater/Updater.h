@@ -25,7 +25,7 @@ public:
         /// Makes the engine; null where the program does not run from a bundle, or where the bundle names no
         /// source of updates. Such a program has no updater. May be empty, which means the same.
         std::function<std::unique_ptr<UpdateEngine>()> makeEngine;
-        QIcon icon;
+        std::function<QIcon()> icon;           ///< asked when a window is made: drawing one takes memory
         std::function<void(QWidget&)> furnish; ///< see `UpdateUserDriver`
         std::function<void()> restart;
     };

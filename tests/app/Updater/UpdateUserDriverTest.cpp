@@ -45,7 +45,7 @@ protected:
         {.loop = loop,
          .engine = engine(),
          .delegate = delegate_,
-         .icon = {},
+         .icon = [] { return QIcon(); },
          .furnish = nullptr,
          .restart = nullptr}};
 };

@@ -64,7 +64,7 @@ protected:
         {.loop = loop,
          .preferences = preferences,
          .makeEngine = [this] { return makeEngine(); },
-         .icon = QIcon(),
+         .icon = [] { return QIcon(); },
          .furnish = nullptr,
          .restart = nullptr}};
 };

@@ -34,7 +34,7 @@ protected:
               {.loop = loop,
                .preferences = preferences,
                .makeEngine = [this] { return makeEngine(); },
-               .icon = QIcon(),
+               .icon = [] { return QIcon(); },
                .furnish = [this](QWidget& /*window*/) { ++furnished; },
                .restart = [this] { ++restarts; }}) {
         updater.start();
@@ -101,7 +101,7 @@ protected:
         {.loop = loop,
          .preferences = preferences,
          .makeEngine = [] { return nullptr; },
-         .icon = QIcon(),
+         .icon = [] { return QIcon(); },
          .furnish = nullptr,
          .restart = nullptr}};
 };
@@ -129,7 +129,7 @@ TEST_F(UpdateWorld, BeforeItsStartTheUpdaterShowsNothing) {
         {.loop = loop,
          .preferences = preferences,
          .makeEngine = [this] { return makeEngine(); },
-         .icon = QIcon(),
+         .icon = [] { return QIcon(); },
          .furnish = nullptr,
          .restart = nullptr});
     updater.checkForUpdates();
