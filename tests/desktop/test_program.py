@@ -25,6 +25,8 @@ WITHOUT_ROOM_IN_FILES = ("sh", "-c", 'ulimit -f 0 && exec "$0" "$@"')
 WITHOUT_DISPLAY = {"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}
 WITH_DISPLAY = WITHOUT_DISPLAY | {"QT_QPA_PLATFORM": "offscreen"}
 
+ONLY_FOR_UPDATES = r"lib(archive|sodium|ssl|Qt6Network)\."
+
 lab: Lab
 
 
@@ -161,6 +163,17 @@ class WithoutADesktop(unittest.TestCase):
             opened = [os.readlink(f"/proc/{program.process.pid}/fd/{number}") for number in range(3)]
             self.assertEqual(opened, ["/dev/null"] * 3)
             self.assertEqual(program.end(signal.SIGTERM), 0)
+
+    def test_it_has_nothing_in_memory_that_only_an_update_needs(self) -> None:
+        before = pings_sent()
+        with running() as program:
+            eventually(lambda: pings_sent() >= before + 2, PATIENCE, "two pings")
+
+            process = pathlib.Path(f"/proc/{program.process.pid}")
+            self.assertNotRegex((process / "maps").read_text(encoding="utf-8"), ONLY_FOR_UPDATES)
+            # An icon is drawn by several threads, which stay for half a minute, and stays itself.
+            threads = {(thread / "comm").read_text(encoding="utf-8").strip() for thread in (process / "task").iterdir()}
+            self.assertEqual({name for name in threads if "pooled" in name}, set())
 
     def test_a_file_that_may_not_grow_does_not_end_it(self) -> None:
         before = pings_sent()

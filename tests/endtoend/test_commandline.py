@@ -6,6 +6,7 @@ import contextlib
 import datetime
 import fcntl
 import os
+import pathlib
 import signal
 import statistics
 import subprocess
@@ -233,6 +234,15 @@ class PlainLines(ConcurrentTestCase):
                 self.assertNotRegex(line.text, r"[\x00-\x1f\x7f]")
             self.assertEqual(watch.finish(), 0)
             self.assertEqual(watch.errors(), "")
+
+
+class Memory(ConcurrentTestCase):
+    def test_it_has_nothing_in_memory_that_only_the_desktop_program_needs(self) -> None:
+        with new_home() as home, Watch(home, "10.77.0.7") as watch:
+            watch.wait_for_lines(2)
+
+            loaded = pathlib.Path(f"/proc/{watch.pid}/maps").read_text(encoding="utf-8")
+            self.assertNotRegex(loaded, r"lib(Qt|archive|sodium|ssl|xcb|wayland)")
 
 
 class ClosedDescriptors(ConcurrentTestCase):
