@@ -81,6 +81,11 @@ Verdict missingName(const Evidence& evidence, const NameServerEvidence& server) 
     switch (server.answer) {
     case NameServerEvidence::Answer::none:
         break;
+    case NameServerEvidence::Answer::failed:
+        return {
+            .blame = Blame::nameServer,
+            .likelihood = lastAnswers ? Likelihood::certain : Likelihood::possible,
+            .evidence = who + " fails to look up " + evidence.host + "."};
     case NameServerEvidence::Answer::refused:
         return {
             .blame = Blame::nameServer,
@@ -115,7 +120,8 @@ std::optional<Verdict> nameServer(const Evidence& evidence) {
         return std::nullopt;
     }
     const bool isWayBad = evidence.lastAddressAnswers == false || evidence.neighbor == NeighborState::failed;
-    if (server->answer == NameServerEvidence::Answer::none && isWayBad) {
+    const bool mayBeCutOff = server->answer <= NameServerEvidence::Answer::failed;
+    if (mayBeCutOff && isWayBad) {
         return std::nullopt;
     }
     return missingName(evidence, *server);

@@ -44,7 +44,14 @@ struct HopEvidence {
 };
 
 struct NameServerEvidence {
-    enum class Answer { none, refused, noSuchName, found };
+    /// From the worst on.
+    enum class Answer {
+        none,
+        failed, ///< it could not find out, perhaps because others do not answer it
+        refused,
+        noSuchName, ///< or no address of that name
+        found,
+    };
 
     std::string address{};
     Answer answer = Answer::none;

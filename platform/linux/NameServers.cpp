@@ -29,8 +29,10 @@ bool isThisMachine(const sockaddr& address) {
     return IN6_IS_ADDR_LOOPBACK(&host) || IN6_IS_ADDR_UNSPECIFIED(&host);
 }
 
-/// The address in a text; empty for this machine, and for a text that is none.
-std::string otherMachine(const std::string& text) {
+enum class Whose { others, anyones };
+
+/// The address in a text; empty for a text that is none, and for this machine where it does not count.
+std::string serverIn(const std::string& text, Whose whose) {
     addrinfo hints{};
     hints.ai_flags = AI_NUMERICHOST;
     hints.ai_socktype = SOCK_DGRAM;
@@ -39,11 +41,11 @@ std::string otherMachine(const std::string& text) {
         return {};
     }
     const std::unique_ptr<addrinfo, FreeNumericAddress> address(found);
-    return isThisMachine(*address->ai_addr) ? std::string()
-                                            : numericAddress(address->ai_addr, address->ai_addrlen);
+    const bool counts = whose == Whose::anyones || !isThisMachine(*address->ai_addr);
+    return counts ? numericAddress(address->ai_addr, address->ai_addrlen) : std::string();
 }
 
-std::vector<std::string> otherMachinesIn(const std::filesystem::path& path) {
+std::vector<std::string> serversIn(const std::filesystem::path& path, Whose whose) {
     std::vector<std::string> servers;
     std::ifstream file(path);
     for (std::string line; servers.size() < mostNameServers && std::getline(file, line);) {
@@ -53,7 +55,7 @@ std::vector<std::string> otherMachinesIn(const std::filesystem::path& path) {
         if (!(words >> keyword >> text) || keyword != "nameserver") {
             continue;
         }
-        const std::string server = otherMachine(text);
+        const std::string server = serverIn(text, whose);
         if (!server.empty() && std::ranges::find(servers, server) == servers.end()) {
             servers.push_back(server);
         }
@@ -70,12 +72,20 @@ std::vector<std::filesystem::path> systemFiles() {
 
 std::vector<std::string> present(const std::vector<std::filesystem::path>& files) {
     for (const std::filesystem::path& file : files) {
-        std::vector<std::string> servers = otherMachinesIn(file);
+        std::vector<std::string> servers = serversIn(file, Whose::others);
         if (!servers.empty()) {
             return servers;
         }
     }
     return {};
+}
+
+std::vector<std::string> asked(const std::vector<std::filesystem::path>& files) {
+    std::vector<std::string> others = present(files);
+    if (others.empty() && !files.empty()) {
+        others = serversIn(files.front(), Whose::anyones);
+    }
+    return others;
 }
 
 } // namespace tarnwick::NameServers

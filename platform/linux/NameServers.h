@@ -15,4 +15,7 @@ namespace tarnwick::NameServers {
 [[nodiscard]] std::vector<std::string> present(
     const std::vector<std::filesystem::path>& files = systemFiles());
 
+/// `present`; where that names none, the forwarder on this machine itself.
+[[nodiscard]] std::vector<std::string> asked(const std::vector<std::filesystem::path>& files = systemFiles());
+
 } // namespace tarnwick::NameServers

@@ -293,6 +293,15 @@ INSTANTIATE_TEST_SUITE_P(
             "SilentAndNoLastAddress", withoutName(Answer::none),
             "nameServer possible: Name server 192.0.2.53 does not answer."},
         Case{
+            "Fails", withoutName(Answer::failed),
+            "nameServer possible: Name server 192.0.2.53 fails to look up one.example."},
+        Case{
+            "FailsWhileTheLastAddressAnswers", withoutName(Answer::failed, true),
+            "nameServer certain: Name server 192.0.2.53 fails to look up one.example."},
+        Case{
+            "FailsAndTheLastAddressIsSilent", withoutName(Answer::failed, false),
+            "unclear possible: What is wrong is not clear yet."},
+        Case{
             "Refuses", withoutName(Answer::refused),
             "nameServer likely: Name server 192.0.2.53 refuses to answer."},
         Case{

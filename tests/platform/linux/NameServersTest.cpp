@@ -22,11 +22,15 @@ protected:
         test::writeFile(folder_.path() / name, text);
     }
 
-    [[nodiscard]] std::vector<std::string> present() const {
-        return NameServers::present({folder_.path() / "resolv.conf", folder_.path() / "real.conf"});
-    }
+    [[nodiscard]] std::vector<std::string> present() const { return NameServers::present(files()); }
+
+    [[nodiscard]] std::vector<std::string> asked() const { return NameServers::asked(files()); }
 
 private:
+    [[nodiscard]] std::vector<std::filesystem::path> files() const {
+        return {folder_.path() / "resolv.conf", folder_.path() / "real.conf"};
+    }
+
     test::TemporaryFolder folder_;
 };
 
@@ -71,8 +75,28 @@ TEST_F(NameServersTest, WhoseFileIsNotReadWhereThereIsNoForwarder) {
     EXPECT_THAT(present(), ElementsAre("10.0.0.1"));
 }
 
+TEST_F(NameServersTest, OneThatIsLinkLocalIsNamedWithItsInterface) {
+    write("resolv.conf", "nameserver fe80::1%lo\n");
+
+    EXPECT_THAT(present(), ElementsAre("fe80::1%lo"));
+}
+
+TEST_F(NameServersTest, AskedAreThoseBehindTheForwarder) {
+    write("resolv.conf", "nameserver 127.0.0.53\n");
+    write("real.conf", "nameserver 10.0.0.2\n");
+
+    EXPECT_THAT(asked(), ElementsAre("10.0.0.2"));
+}
+
+TEST_F(NameServersTest, OneOnThisMachineIsAskedItselfWhereItTellsOfNoOthers) {
+    write("resolv.conf", "nameserver 127.0.0.1\nnameserver ::1\n");
+
+    EXPECT_THAT(asked(), ElementsAre("127.0.0.1", "::1"));
+}
+
 TEST_F(NameServersTest, WithoutFilesThereAreNone) {
     EXPECT_THAT(present(), IsEmpty());
+    EXPECT_THAT(asked(), IsEmpty());
 }
 
 TEST_F(NameServersTest, TheSystemsFilesAreThoseOfTheResolverAndOfForwarders) {
