@@ -1,5 +1,8 @@
 #include "core/Diagnosis/Verdict.h"
 
+#include <algorithm>
+#include <array>
+
 namespace tarnwick {
 
 std::string_view nameOf(Blame blame) {
@@ -38,6 +41,23 @@ std::string_view nameOf(Likelihood likelihood) {
         break;
     }
     return "possible";
+}
+
+Blame blameNamed(std::string_view name) {
+    constexpr std::array named{Blame::thisComputer, Blame::wifi,           Blame::localNetwork,
+                               Blame::provider,     Blame::beyondProvider, Blame::host,
+                               Blame::nameServer,   Blame::signIn,         Blame::ownLoad};
+    const auto* const found = std::ranges::find(named, name, [](Blame blame) { return nameOf(blame); });
+    return found != named.end() ? *found : Blame::unclear;
+}
+
+Likelihood likelihoodNamed(std::string_view name) {
+    for (const Likelihood likelihood : {Likelihood::certain, Likelihood::likely}) {
+        if (name == nameOf(likelihood)) {
+            return likelihood;
+        }
+    }
+    return Likelihood::possible;
 }
 
 } // namespace tarnwick

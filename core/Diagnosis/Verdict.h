@@ -35,5 +35,8 @@ inline constexpr const char* notClearYet = "What is wrong is not clear yet.";
 /// As programs read them: "localNetwork", "likely".
 [[nodiscard]] std::string_view nameOf(Blame blame);
 [[nodiscard]] std::string_view nameOf(Likelihood likelihood);
+/// Back from these names; `unclear` and `possible` for every other text.
+[[nodiscard]] Blame blameNamed(std::string_view name);
+[[nodiscard]] Likelihood likelihoodNamed(std::string_view name);
 
 } // namespace tarnwick

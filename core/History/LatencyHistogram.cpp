@@ -8,7 +8,7 @@ namespace tarnwick {
 namespace {
 
 /// More than a ping every microsecond for two years, and far from where sums overflow.
-constexpr std::int64_t largestCount = std::int64_t{1} << 47;
+constexpr std::int64_t mostAnswers = std::int64_t{1} << 47;
 
 int bucketIndex(double ms) {
     if (!(ms > LatencyHistogram::lowestMs)) {
@@ -32,7 +32,7 @@ void appendNumber(std::string& bytes, std::uint64_t number) {
 }
 
 /// Takes the number from the front of `bytes`. Nothing when they end within it, when it exceeds
-/// `largestCount`, and when it is longer than it needs to be.
+/// `mostAnswers`, and when it is longer than it needs to be.
 std::optional<std::int64_t> takeNumber(std::string_view& bytes) {
     std::uint64_t number = 0;
     for (unsigned shift = 0; shift < 49 && !bytes.empty(); shift += 7) {
@@ -41,7 +41,7 @@ std::optional<std::int64_t> takeNumber(std::string_view& bytes) {
         number |= std::uint64_t{byte & 0x7FU} << shift;
         if ((byte & 0x80U) == 0) {
             const bool isShortest = byte != 0 || shift == 0;
-            const bool isPossible = isShortest && number <= std::uint64_t{largestCount};
+            const bool isPossible = isShortest && number <= std::uint64_t{mostAnswers};
             return isPossible ? std::optional(static_cast<std::int64_t>(number)) : std::nullopt;
         }
     }
@@ -57,7 +57,7 @@ void LatencyHistogram::add(double ms) {
 void LatencyHistogram::add(const Bucket& bucket) {
     const auto place = std::ranges::lower_bound(buckets_, bucket.index, {}, &Bucket::index);
     if (place != buckets_.end() && place->index == bucket.index) {
-        place->count = std::min(place->count + bucket.count, largestCount);
+        place->count = std::min(place->count + bucket.count, mostAnswers);
     } else {
         buckets_.insert(place, bucket);
     }

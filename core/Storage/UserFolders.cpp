@@ -53,6 +53,11 @@ fs::path config() {
     return path ? *path : home() / ".config";
 }
 
+fs::path state() {
+    const auto path = absolutePath("XDG_STATE_HOME");
+    return path ? *path : home() / ".local" / "state";
+}
+
 std::vector<fs::path> systemConfig() {
     return absolutePaths("XDG_CONFIG_DIRS", "/etc/xdg");
 }

@@ -10,6 +10,8 @@ namespace tarnwick::UserFolders {
 [[nodiscard]] std::filesystem::path data();
 /// $XDG_CONFIG_HOME, else ~/.config.
 [[nodiscard]] std::filesystem::path config();
+/// $XDG_STATE_HOME, else ~/.local/state.
+[[nodiscard]] std::filesystem::path state();
 /// $XDG_CONFIG_DIRS, else /etc/xdg: settings for all users, the most important folder first.
 [[nodiscard]] std::vector<std::filesystem::path> systemConfig();
 /// $XDG_DATA_DIRS, else /usr/local/share and /usr/share: data for all users, in the same order.

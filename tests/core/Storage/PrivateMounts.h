@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <sched.h>
+#include <string>
 #include <sys/mount.h>
 #include <unistd.h>
 
@@ -28,8 +29,8 @@ inline constexpr int noMounts = 77;
            && (::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 || isPrivateAlready());
 }
 
-[[nodiscard]] inline bool mountSmallDisk(const std::filesystem::path& folder) {
-    return ::mount("none", folder.c_str(), "tmpfs", 0, "size=64k") == 0;
+[[nodiscard]] inline bool mountSmallDisk(const std::filesystem::path& folder, const char* size = "64k") {
+    return ::mount("none", folder.c_str(), "tmpfs", 0, ("size=" + std::string(size)).c_str()) == 0;
 }
 
 [[nodiscard]] inline bool protectFromWriting(const std::filesystem::path& folder) {

@@ -35,6 +35,7 @@ protected:
         ::unsetenv("XDG_DATA_HOME");
         ::unsetenv("XDG_CONFIG_HOME");
         ::unsetenv("XDG_CONFIG_DIRS");
+        ::unsetenv("XDG_STATE_HOME");
         presentUser.reset();
     }
 };
@@ -42,6 +43,7 @@ protected:
 TEST_F(UserFoldersTest, AreTheUsualOnesInTheHomeFolder) {
     EXPECT_EQ(UserFolders::data(), "/home/user/.local/share");
     EXPECT_EQ(UserFolders::config(), "/home/user/.config");
+    EXPECT_EQ(UserFolders::state(), "/home/user/.local/state");
 }
 
 TEST_F(UserFoldersTest, AreTheOnesThatTheEnvironmentNames) {
@@ -49,6 +51,8 @@ TEST_F(UserFoldersTest, AreTheOnesThatTheEnvironmentNames) {
     ::setenv("XDG_CONFIG_HOME", "/srv/config", 1);
     EXPECT_EQ(UserFolders::data(), "/srv/data");
     EXPECT_EQ(UserFolders::config(), "/srv/config");
+    ::setenv("XDG_STATE_HOME", "/srv/state", 1);
+    EXPECT_EQ(UserFolders::state(), "/srv/state");
 }
 
 TEST_F(UserFoldersTest, IgnoreRelativeAndEmptyNames) {
