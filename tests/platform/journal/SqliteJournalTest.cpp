@@ -1,6 +1,7 @@
 // What a journal keeps, and how.
 #include "platform/journal/SqliteJournal.h"
 
+#include "platform/journal/Database.h"
 #include "platform/journal/JournalTidying.h"
 #include "tests/platform/journal/SomeBatches.h"
 #include "tests/support/Files.h"
@@ -312,6 +313,43 @@ TEST_F(SqliteJournalTest, ClearedIsEmptyForGood) {
     EXPECT_EQ(journal.until(), std::nullopt);
     ASSERT_TRUE(journal.write(batchOf(1)));
     EXPECT_EQ(allOf(journal).periods, std::vector{minuteOf(1)});
+}
+
+TEST_F(SqliteJournalTest, ClearingTellsThatSomethingMayBeLeft) {
+    ASSERT_TRUE(journal.write(batchOf(0)));
+    {
+        Database reader(file, Database::Access::read, 0);
+        ASSERT_TRUE(reader.execute("BEGIN"));
+        ASSERT_EQ(reader.number("SELECT count(*) FROM periods"), 1); // and goes on with what it sees
+        EXPECT_FALSE(journal.clear());
+        ASSERT_EQ(reader.number("SELECT count(*) FROM periods"), 1);
+    }
+    EXPECT_TRUE(journal.clear());
+}
+
+TEST_F(SqliteJournalTest, StoresTheNamesThatProgramsKnow) {
+    Journal::Batch batch = batchOf(0);
+    batch.episodes = {
+        {.kind = Episode::Kind::outage, .start = minuteNumber(0), .verdict = Verdict{}},
+        {.kind = Episode::Kind::degradation, .start = minuteNumber(1)}};
+    batch.gaps = {
+        {.kind = Gap::Kind::asleep, .span = minuteSpan(1, 1)},
+        {.kind = Gap::Kind::notRunning, .span = minuteSpan(2, 1)},
+        {.kind = Gap::Kind::paused, .span = minuteSpan(3, 1)}};
+    ASSERT_TRUE(journal.write(batch));
+
+    Database reader(file, Database::Access::read, 0);
+    EXPECT_EQ(
+        reader.text("SELECT group_concat(kind) FROM (SELECT kind FROM gaps ORDER BY start)"),
+        "asleep,notRunning,paused");
+    EXPECT_EQ(
+        reader.text("SELECT group_concat(kind) FROM (SELECT kind FROM episodes ORDER BY start)"),
+        "outage,degradation");
+    EXPECT_EQ(
+        reader.text(
+            "SELECT blame || ',' || likelihood FROM episodes WHERE start = "
+            + std::to_string(minuteNumber(0).time_since_epoch().count())),
+        "unclear,possible");
 }
 
 TEST_F(SqliteJournalTest, ClearingMakesNoFile) {

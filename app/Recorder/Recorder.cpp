@@ -1,0 +1,368 @@
+#include "app/Recorder/Recorder.h"
+
+#include <algorithm>
+#include <ranges>
+#include <utility>
+
+namespace tarnwick {
+
+namespace {
+
+/// Episodes and gaps of the same kind and start are the same ones.
+void putInPlace(std::vector<Episode>& episodes, const Episode& episode) {
+    std::erase_if(episodes, [&](const Episode& present) {
+        return present.kind == episode.kind && present.start == episode.start;
+    });
+    episodes.push_back(episode);
+}
+
+void addMinute(std::vector<Period>& minutes, const Period& minute) {
+    const auto newestFirst = std::views::reverse(minutes);
+    const auto present = std::ranges::find(newestFirst, minute.start, &Period::start);
+    if (present != newestFirst.end()) {
+        present->figures.merge(minute.figures);
+    } else {
+        minutes.push_back(minute);
+    }
+}
+
+} // namespace
+
+void Recorder::start(const std::string& host) {
+    isRecording_ = true;
+    host_ = host;
+    lastTick_ = loop_.now();
+    lastWall_ = wallNow();
+    lastMinute_ = floorTo(lastWall_, secondsIn(PeriodLength::minute));
+    discard();
+    journal_.open();
+    noteTimeBefore();
+}
+
+void Recorder::stop() {
+    if (!isRecording_) {
+        return;
+    }
+    end(wallNow());
+    write();
+    isRecording_ = false;
+    waiting_.clear();
+    interruption_.reset();
+    forgetPings();
+}
+
+void Recorder::setHost(const std::string& host) {
+    if (!isRecording_ || host == host_) {
+        return;
+    }
+    end(wallNow());
+    collect();
+    forgetPings();
+    host_ = host;
+    write();
+}
+
+HistoryTime Recorder::wallNow() const {
+    return std::chrono::floor<std::chrono::seconds>(loop_.wallNow());
+}
+
+void Recorder::pingSent(std::uint64_t id, bool isCounted) {
+    if (!isRecording_) {
+        return;
+    }
+    const HistoryTime date = wallNow();
+    unsettled_[id] = {.date = date, .isCounted = isCounted};
+    if (unsettled_.size() > mostUnsettled) {
+        unsettled_.erase(unsettled_.begin());
+    }
+    if (isCounted) {
+        book_.sent(date);
+    }
+}
+
+std::optional<Recorder::Ping> Recorder::settle(std::uint64_t id) {
+    const auto found = unsettled_.find(id);
+    if (found == unsettled_.end()) {
+        return std::nullopt;
+    }
+    const Ping ping = found->second;
+    unsettled_.erase(found);
+    return ping;
+}
+
+void Recorder::pingReplied(std::uint64_t id, double ms, bool isWithinTimeout) {
+    const auto ping = settle(id);
+    lastAnswered_ = std::max(lastAnswered_, id);
+    silentSince_.reset();
+    lostInSilence_ = 0;
+    if (ping && ping->isCounted) {
+        if (isWithinTimeout) {
+            book_.replied(ping->date, ms);
+        } else {
+            book_.lost(ping->date);
+        }
+    }
+}
+
+void Recorder::pingLost(std::uint64_t id) {
+    const auto ping = settle(id);
+    if (!ping) {
+        return;
+    }
+    if (ping->isCounted) {
+        book_.lost(ping->date);
+    }
+    if (id > lastAnswered_) {
+        silentSince_ = std::min(silentSince_.value_or(ping->date), ping->date);
+        ++lostInSilence_;
+    }
+    if (open_) {
+        ++open_->pingsLost;
+        hasNews_ = true;
+    }
+}
+
+void Recorder::forgetPings() {
+    unsettled_.clear();
+    silentSince_.reset();
+    lostInSilence_ = 0;
+    book_.interrupted();
+}
+
+void Recorder::tick() {
+    if (!isRecording_ || interruption_) {
+        return;
+    }
+    const HistoryTime wall = wallNow();
+    const HistoryTime lastWall = std::exchange(lastWall_, wall);
+    const double elapsed = loop_.now() - std::exchange(lastTick_, loop_.now());
+    if (wall - lastWall > std::chrono::duration<double>(longestPause)) {
+        noteGap({.kind = Gap::Kind::notRunning, .span = {.from = lastWall, .to = wall}});
+        mayWriteFrom_ = loop_.now() + lateWord;
+    } else {
+        if (lastWall - wall >= smallestStepBack) {
+            clockSetBack(lastWall, wall);
+        }
+        book_.watched(std::min(lastWall, wall), std::min(elapsed, longestPause));
+    }
+    const bool isNextMinute = floorTo(wall, secondsIn(PeriodLength::minute)) != lastMinute_;
+    if (isNextMinute && loop_.now() >= mayWriteFrom_) {
+        write();
+    }
+}
+
+void Recorder::noteGap(const Gap& gap) {
+    waiting().gaps.push_back(gap);
+    forgetPings();
+}
+
+void Recorder::clockSetBack(HistoryTime before, HistoryTime now) {
+    completeFrom_ = std::min(completeFrom_, now);
+    if (open_) {
+        const Episode::Kind kind = open_->kind;
+        end(before);
+        begin({.kind = kind, .start = now});
+    }
+}
+
+void Recorder::interrupt(Gap::Kind kind) {
+    if (!isRecording_ || interruption_) {
+        return;
+    }
+    const HistoryTime now = wallNow();
+    // A sleep may be told of afterwards: before the tick that finds it, or after.
+    const bool isOver = now - lastWall_ > std::chrono::duration<double>(longestPause);
+    HistoryTime from = isOver ? lastWall_ : now;
+    if (loop_.now() < std::exchange(mayWriteFrom_, 0)) {
+        from = waiting().gaps.back().span.from;
+        waiting().gaps.pop_back();
+    }
+    end(std::min(from, now));
+    interruption_ = Gap{.kind = kind, .span = {.from = from, .to = from}};
+    forgetPings();
+    write();
+}
+
+void Recorder::resume() {
+    if (!isRecording_ || !interruption_) {
+        return;
+    }
+    lastWall_ = wallNow();
+    lastTick_ = loop_.now();
+    Gap gap = *interruption_;
+    interruption_.reset();
+    gap.span.to = lastWall_;
+    if (!gap.span.isEmpty()) {
+        noteGap(gap);
+    }
+}
+
+void Recorder::follow(const ConnectionState& state) {
+    if (!isRecording_ || interruption_) {
+        return;
+    }
+    followOutage(state);
+    followDegradation(state);
+    takeDetails(state);
+}
+
+void Recorder::followOutage(const ConnectionState& state) {
+    const bool isDown = state.trouble == Trouble::down;
+    if (isDown == isOpen(Episode::Kind::outage)) {
+        return;
+    }
+    if (isDown) {
+        const HistoryTime start = startOfSilence();
+        end(start); // a degradation
+        begin({.kind = Episode::Kind::outage, .start = start, .pingsLost = lostInSilence_});
+        takeDetails(state);
+    } else {
+        end(wallNow());
+    }
+    write();
+}
+
+void Recorder::followDegradation(const ConnectionState& state) {
+    if (isOpen(Episode::Kind::outage)) {
+        return;
+    }
+    const HistoryTime now = wallNow();
+    if (state.trouble == Trouble::degraded) {
+        goodSince_.reset();
+        if (!open_) {
+            begin({.kind = Episode::Kind::degradation, .start = now});
+        }
+    } else if (open_) {
+        goodSince_ = goodSince_.value_or(now);
+        if (now - *goodSince_ >= steadilyGood) {
+            end(*goodSince_);
+        }
+    }
+}
+
+void Recorder::takeDetails(const ConnectionState& state) {
+    if (!open_) {
+        return;
+    }
+    Episode told = *open_;
+    if (state.verdict) {
+        told.verdict = state.verdict;
+    }
+    if (!state.address.empty()) {
+        told.address = state.address;
+    }
+    if (!state.interface.empty()) {
+        told.interface = state.interface;
+    }
+    if (told != *open_) {
+        open_ = told;
+        hasNews_ = true;
+    }
+}
+
+HistoryTime Recorder::startOfSilence() const {
+    const HistoryTime start = silentSince_.value_or(wallNow());
+    const auto sentSince = unsettled_.upper_bound(lastAnswered_);
+    return sentSince != unsettled_.end() ? std::min(start, sentSince->second.date) : start;
+}
+
+void Recorder::begin(const Episode& episode) {
+    open_ = episode;
+    hasNews_ = true;
+    goodSince_.reset();
+}
+
+void Recorder::end(HistoryTime time) {
+    if (!open_) {
+        return;
+    }
+    open_->end = std::max(time, open_->start);
+    putInPlace(waiting().episodes, *open_);
+    open_.reset();
+    hasNews_ = false;
+    goodSince_.reset();
+}
+
+void Recorder::save() {
+    if (isRecording_) {
+        write();
+    }
+}
+
+Journal::Batch& Recorder::waiting() {
+    if (waiting_.empty() || waiting_.back().host != host_) {
+        waiting_.push_back({.host = host_});
+    }
+    return waiting_.back();
+}
+
+void Recorder::collect() {
+    Journal::Batch& batch = waiting();
+    for (const Period& minute : book_.take()) {
+        addMinute(batch.minutes, minute);
+    }
+    if (open_ && std::exchange(hasNews_, false)) {
+        putInPlace(batch.episodes, *open_);
+    }
+}
+
+void Recorder::discard() {
+    waiting_.clear();
+    static_cast<void>(book_.take());
+    completeFrom_ = wallNow();
+    knowsTimeBefore_ = false;
+    hasNews_ = open_.has_value();
+}
+
+void Recorder::noteTimeBefore() {
+    if (knowsTimeBefore_ || journal_.state() != Journal::State::writes) {
+        return;
+    }
+    const auto until = journal_.until();
+    if (until && completeFrom_ < *until && *until <= wallNow()) {
+        discard(); // most of it has been recorded by another process
+        if (open_) {
+            open_->start = std::max(open_->start, *until);
+        }
+    }
+    knowsTimeBefore_ = true;
+    if (until && *until < completeFrom_) {
+        waiting().gaps.push_back(
+            {.kind = Gap::Kind::notRunning, .span = {.from = *until, .to = completeFrom_}});
+    }
+}
+
+void Recorder::write() {
+    mayWriteFrom_ = 0;
+    const HistoryTime now = wallNow();
+    lastMinute_ = floorTo(now, secondsIn(PeriodLength::minute));
+    const Journal::State state = journal_.open();
+    if (state == Journal::State::otherWrites || state == Journal::State::newerFile) {
+        discard();
+        return;
+    }
+    noteTimeBefore();
+    collect();
+    while (!waiting_.empty()) {
+        waiting_.front().until = interruption_ ? interruption_->span.from : now;
+        if (!journal_.write(waiting_.front())) {
+            dropSurplus();
+            return;
+        }
+        waiting_.erase(waiting_.begin());
+    }
+}
+
+void Recorder::dropSurplus() {
+    std::size_t kept = 0;
+    for (Journal::Batch& batch : std::views::reverse(waiting_)) {
+        const std::size_t room = mostMinutes - kept;
+        if (batch.minutes.size() > room) {
+            batch.minutes.erase(
+                batch.minutes.begin(), batch.minutes.end() - static_cast<std::ptrdiff_t>(room));
+        }
+        kept += batch.minutes.size();
+    }
+}
+
+} // namespace tarnwick

@@ -1,0 +1,132 @@
+// Makes entries of the journal of what happens while the program runs.
+#pragma once
+
+#include "core/Diagnosis/Evidence.h"
+#include "core/Diagnosis/Verdict.h"
+#include "core/History/MinuteBook.h"
+#include "core/RunLoop.h"
+#include "platform/ports/Journal.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarnwick {
+
+/// How the connection is at one moment.
+struct ConnectionState {
+    Trouble trouble = Trouble::none;
+    std::optional<Verdict> verdict{};
+    std::string address{};   ///< that is pinged; empty when none is known
+    std::string interface{}; ///< of the way out; empty when there is none
+};
+
+/// Counts as the statistics do: pings sent while the connection is down are part of the outage, and of no
+/// period's figures. Writes once a minute, and at once when an outage begins or ends; what could not be
+/// written is kept for a day. While another process writes, nothing is kept. Main thread.
+class Recorder {
+public:
+    /// Both outlive it.
+    Recorder(RunLoop& loop, Journal& journal) : loop_(loop), journal_(journal) {}
+
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
+
+    /// Until then, nothing of what follows has an effect. The time since the last recording is a gap.
+    void start(const std::string& host);
+    /// Writes, and records nothing from then on.
+    void stop();
+
+    [[nodiscard]] bool isRecording() const { return isRecording_; }
+
+    void setHost(const std::string& host);
+
+    // Ids rise with every ping.
+    void pingSent(std::uint64_t id, bool isCounted);
+    /// After the time-out it counts as lost.
+    void pingReplied(std::uint64_t id, double ms, bool isWithinTimeout);
+    void pingLost(std::uint64_t id);
+
+    /// Once a second while pinging. A pause of more than a few seconds is a gap.
+    void tick();
+    /// Pinging stops until `resume`: a gap of this kind.
+    void interrupt(Gap::Kind kind);
+    void resume();
+
+    void follow(const ConnectionState& state);
+
+    /// Writes what there is.
+    void save();
+
+private:
+    /// Seconds between two ticks; after more of them the program was held up.
+    static constexpr double longestPause = 3;
+    /// A sleep may be told of this long after the tick that has found it.
+    static constexpr double lateWord = 5;
+    /// The wall clock is slowed down and hurried by less.
+    static constexpr std::chrono::seconds smallestStepBack{2};
+    /// A degradation ends when the connection was good for so long.
+    static constexpr std::chrono::seconds steadilyGood{30};
+    /// How many minutes wait to be written at most.
+    static constexpr std::size_t mostMinutes = 1440;
+    /// How many pings wait for their outcome at most: with the longest time-out, one a second.
+    static constexpr std::size_t mostUnsettled = 4096;
+
+    struct Ping {
+        HistoryTime date{};
+        bool isCounted = false;
+    };
+
+    [[nodiscard]] HistoryTime wallNow() const;
+    std::optional<Ping> settle(std::uint64_t id);
+    void forgetPings();
+
+    void noteGap(const Gap& gap);
+    void clockSetBack(HistoryTime before, HistoryTime now);
+
+    void followOutage(const ConnectionState& state);
+    void followDegradation(const ConnectionState& state);
+    void takeDetails(const ConnectionState& state);
+    void begin(const Episode& episode);
+    void end(HistoryTime time);
+
+    [[nodiscard]] bool isOpen(Episode::Kind kind) const { return open_ && open_->kind == kind; }
+
+    [[nodiscard]] HistoryTime startOfSilence() const;
+
+    [[nodiscard]] Journal::Batch& waiting();
+    void collect();
+    void discard();
+    void noteTimeBefore();
+    void write();
+    void dropSurplus();
+
+    RunLoop& loop_;
+    Journal& journal_;
+    bool isRecording_ = false;
+    std::string host_;
+    MinuteBook book_;
+    std::map<std::uint64_t, Ping> unsettled_;
+    std::uint64_t lastAnswered_ = 0;
+    // Of the pings sent after that one:
+    std::optional<HistoryTime> silentSince_; ///< when the first ping was sent that was lost
+    std::int64_t lostInSilence_ = 0;
+
+    std::optional<Episode> open_;
+    bool hasNews_ = false;                 ///< of the open episode, that are not waiting yet
+    std::optional<HistoryTime> goodSince_; ///< of an open degradation
+
+    double lastTick_ = 0;     ///< monotonic
+    double mayWriteFrom_ = 0; ///< monotonic: until then the last gap may turn out to be a sleep
+    HistoryTime lastWall_{};
+    std::optional<Gap> interruption_; ///< its end is not known yet
+
+    std::vector<Journal::Batch> waiting_; ///< to be written, one a host; the last one is of the present host
+    HistoryTime completeFrom_{};          ///< what has been since then is written or waits
+    bool knowsTimeBefore_ = false;        ///< the gap before `completeFrom_` is written or waits
+    HistoryTime lastMinute_{};            ///< in which was written
+};
+
+} // namespace tarnwick

@@ -1,0 +1,183 @@
+// When nothing was pinged.
+#include "tests/app/Recorder/RecorderWorld.h"
+
+namespace tarnwick {
+namespace {
+
+class RecorderGaps : public test::RecorderWorld {
+protected:
+    void start() { recorder.start(test::recordedHost); }
+
+    [[nodiscard]] std::vector<Gap> gaps() { return kept().gaps; }
+
+    [[nodiscard]] static Gap gapOf(Gap::Kind kind, double from, double to) {
+        return {.kind = kind, .span = {.from = after(from), .to = after(to)}};
+    }
+};
+
+TEST_F(RecorderGaps, BeforeTheStartGoFromTheLastRecording) {
+    journal.setUntil(after(-3600));
+    start();
+    pass(5);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::notRunning, -3600, 0)});
+}
+
+TEST_F(RecorderGaps, BeforeTheFirstRecordingAreNone) {
+    start();
+    pass(5);
+
+    EXPECT_TRUE(gaps().empty());
+}
+
+TEST_F(RecorderGaps, AreNoneWhereTheClockWasSetBackSince) {
+    journal.setUntil(after(3600));
+    start();
+    pass(5);
+
+    EXPECT_TRUE(gaps().empty());
+}
+
+TEST_F(RecorderGaps, AfterAStopGoToTheNextStart) {
+    start();
+    pass(5);
+    recorder.stop();
+    loop.advance(100);
+    start();
+    pass(5);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::notRunning, 5, 105)});
+}
+
+TEST_F(RecorderGaps, AreSleeps) {
+    start();
+    pass(10);
+    recorder.interrupt(Gap::Kind::asleep);
+    loop.sleep(3600);
+    recorder.resume();
+    pass(5);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::asleep, 10, 3610)});
+    EXPECT_EQ(kept().periods.back().start, after(3600));
+}
+
+TEST_F(RecorderGaps, ASleepIsWrittenUpToItsBeginning) {
+    start();
+    pass(10);
+    recorder.interrupt(Gap::Kind::asleep);
+    loop.advance(5);
+    recorder.save(); // the program ends before the machine sleeps
+
+    EXPECT_EQ(journal.until(), after(10));
+}
+
+TEST_F(RecorderGaps, APauseCountsTimeThatGoesBy) {
+    start();
+    pass(10);
+    recorder.interrupt(Gap::Kind::paused);
+    for (int second = 0; second < 3600; ++second) {
+        passSecond();
+    }
+    recorder.resume();
+    pass(5);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::paused, 10, 3610)});
+    double watched = 0;
+    for (const Period& minute : kept().periods) {
+        watched += minute.figures.watchedSeconds;
+    }
+    EXPECT_NEAR(watched, 15, 1);
+}
+
+TEST_F(RecorderGaps, ASleepToldOfAfterwardsBeginsAtTheLastTick) {
+    start();
+    pass(10);
+    loop.sleep(3600);
+    recorder.interrupt(Gap::Kind::asleep);
+    recorder.resume();
+    pass(5);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::asleep, 9, 3610)});
+}
+
+TEST_F(RecorderGaps, ASleepThatATickHasFoundBeforeIsOne) {
+    start();
+    pass(10);
+    loop.sleep(3600);
+    recorder.tick();
+    loop.advance(0.5);
+    recorder.interrupt(Gap::Kind::asleep);
+    recorder.resume();
+    pass(5);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::asleep, 9, 3610)});
+}
+
+TEST_F(RecorderGaps, ASleepThatFollowsAHoldUpMuchLaterIsAnother) {
+    start();
+    pass(10);
+    loop.stall(100);
+    pass(10);
+    recorder.interrupt(Gap::Kind::asleep);
+    loop.sleep(50);
+    recorder.resume();
+
+    EXPECT_EQ(
+        gaps(), (std::vector{gapOf(Gap::Kind::notRunning, 9, 110), gapOf(Gap::Kind::asleep, 120, 170)}));
+}
+
+TEST_F(RecorderGaps, AHeldUpProgramWatchedNothing) {
+    start();
+    pass(10);
+    loop.stall(100);
+    pass(10);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::notRunning, 9, 110)});
+    double watched = 0;
+    for (const Period& minute : kept().periods) {
+        watched += minute.figures.watchedSeconds;
+    }
+    EXPECT_NEAR(watched, 20, 2);
+}
+
+TEST_F(RecorderGaps, ABusySecondIsNone) {
+    start();
+    pass(10);
+    loop.stall(2);
+    pass(10);
+
+    EXPECT_TRUE(gaps().empty());
+}
+
+TEST_F(RecorderGaps, AClockThatIsSetForwardMakesOne) {
+    start();
+    pass(10);
+    loop.setWallClock(loop.wallNow() + std::chrono::hours(2));
+    pass(10);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::notRunning, 9, 7210)});
+}
+
+TEST_F(RecorderGaps, AClockThatIsSetBackMakesNone) {
+    start();
+    pass(3700);
+    loop.setWallClock(loop.wallNow() - std::chrono::hours(1));
+    pass(10);
+
+    EXPECT_TRUE(gaps().empty());
+    EXPECT_EQ(kept().periods.at(1).figures.sent, 70); // the minute came twice
+}
+
+TEST_F(RecorderGaps, TheLocalClocksChangeIsNone) {
+    ::setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    loop.setWallClock(std::chrono::sys_days(std::chrono::year(2026) / 3 / 29) + std::chrono::minutes(58));
+    start();
+    pass(240);
+    ::unsetenv("TZ");
+
+    EXPECT_TRUE(gaps().empty());
+    EXPECT_EQ(kept().periods.size(), 4U);
+}
+
+} // namespace
+} // namespace tarnwick

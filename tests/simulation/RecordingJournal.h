@@ -1,0 +1,85 @@
+// A journal in memory, which fails when it is told to.
+#pragma once
+
+#include "platform/ports/Journal.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarnwick::simulation {
+
+class RecordingJournal final : public Journal {
+public:
+    State open() override {
+        ++opened;
+        return state_;
+    }
+
+    [[nodiscard]] State state() const override { return state_; }
+
+    [[nodiscard]] std::string problem() const override {
+        return state_ == State::cannotWrite ? "no space" : "";
+    }
+
+    [[nodiscard]] std::optional<HistoryTime> until() override { return until_; }
+
+    bool write(const Batch& batch) override {
+        if (state_ != State::writes) {
+            return false;
+        }
+        batches.push_back(batch);
+        until_ = batch.until;
+        for (const Period& minute : batch.minutes) {
+            minutes_[batch.host][minute.start].merge(minute.figures);
+        }
+        for (const Episode& episode : batch.episodes) {
+            episodes_[batch.host][{episode.start, episode.kind}] = episode;
+        }
+        for (const Gap& gap : batch.gaps) {
+            gaps_[{gap.span.from, gap.kind}] = gap;
+        }
+        return true;
+    }
+
+    /// All, whatever the span.
+    [[nodiscard]] History read(const std::string& host, const Span& /*span*/) override {
+        History history{.until = until_.value_or(HistoryTime{})};
+        for (const auto& [start, figures] : minutes_[host]) {
+            history.periods.push_back({.start = start, .figures = figures});
+        }
+        for (const auto& [key, episode] : episodes_[host]) {
+            history.episodes.push_back(episode);
+        }
+        for (const auto& [key, gap] : gaps_) {
+            history.gaps.push_back(gap);
+        }
+        return history;
+    }
+
+    bool clear() override {
+        minutes_.clear();
+        episodes_.clear();
+        gaps_.clear();
+        until_.reset();
+        return true;
+    }
+
+    void setState(State state) { state_ = state; }
+
+    void setUntil(std::optional<HistoryTime> until) { until_ = until; }
+
+    int opened = 0;
+    std::vector<Batch> batches;
+
+private:
+    State state_ = State::writes;
+    std::optional<HistoryTime> until_;
+    std::map<std::string, std::map<HistoryTime, PeriodFigures>> minutes_;
+    std::map<std::string, std::map<std::pair<HistoryTime, Episode::Kind>, Episode>> episodes_;
+    std::map<std::pair<HistoryTime, Gap::Kind>, Gap> gaps_;
+};
+
+} // namespace tarnwick::simulation
