@@ -74,7 +74,7 @@ class PanelChecks:
         failed = len(result.failures) + len(result.errors)
         outcome = super().run(result)
         if len(result.failures) + len(result.errors) > failed:
-            self.desktop.screenshot(f"failed/{self.id()}.png")
+            self.desktop.keep_failure(self.id())
         return outcome
 
     @classmethod

@@ -164,6 +164,11 @@ class Desktop(Installed):
         picture.save(file)
         return picture
 
+    def keep_failure(self, test: str) -> None:
+        """What there was to see when a test failed, and what each thread was doing: among the pictures."""
+        self.screenshot(f"failed/{test}.png")
+        (PICTURES / f"failed/{test}.txt").write_text(self.session.threads(), encoding="utf-8")
+
     def still_picture(self, timeout: float = 10) -> Image.Image:
         """A picture of the panel at rest."""
         latest = [self.picture()] * STILL_LOOKS

@@ -12,7 +12,7 @@ import signal
 import subprocess
 import tempfile
 import uuid
-from collections.abc import Sequence
+from collections.abc import Iterator, Sequence
 
 from endtoend.waiting import eventually
 
@@ -220,13 +220,29 @@ class Session:
 
     def _kill_marked(self) -> bool:
         """Kills the programs that the session's programs have started; true when none was left."""
-        mark = f"{MARK}={self.mark}".encode()
         none_left = True
-        for entry in pathlib.Path("/proc").iterdir():
-            if not entry.name.isdigit():
-                continue
+        for process in self._marked():
+            none_left = False
             with contextlib.suppress(OSError):
-                if mark in (entry / "environ").read_bytes().split(b"\0"):
-                    none_left = False
-                    os.kill(int(entry.name), signal.SIGKILL)
+                os.kill(int(process.name), signal.SIGKILL)
         return none_left
+
+    def _marked(self) -> Iterator[pathlib.Path]:
+        """All that runs in the session, by its folder in /proc."""
+        mark = f"{MARK}={self.mark}".encode()
+        for entry in pathlib.Path("/proc").iterdir():
+            if entry.name.isdigit():
+                with contextlib.suppress(OSError):
+                    if mark in (entry / "environ").read_bytes().split(b"\0"):
+                        yield entry
+
+    def threads(self) -> str:
+        """A line for each thread of all that runs in the session: whether it waits, and where in the kernel."""
+        lines = []
+        for process in self._marked():
+            for thread in sorted((process / "task").iterdir()):
+                with contextlib.suppress(OSError):
+                    name = (thread / "comm").read_text().strip()
+                    state = (thread / "stat").read_text().rpartition(")")[2].split()[0]
+                    lines.append(f"{process.name}/{thread.name} {name}: {state} {(thread / 'wchan').read_text()}")
+        return "\n".join(lines)

@@ -101,7 +101,7 @@ class Notifications(ConcurrentTestCase):
             desktop.park_pointer()
             yield desktop
         except BaseException:
-            desktop.screenshot(f"failed/{self.id()}.png")
+            desktop.keep_failure(self.id())
             raise
         finally:
             desktop.stop()
