@@ -9,8 +9,8 @@ from . import packets
 from .topology import ADDRESSES, HOST, PROVIDER_2
 
 # A router that is on nobody's way, and a host that nobody asked.
-STRANGER = {4: "203.0.113.177", 6: "2001:db8:2::177"}
-ELSEWHERE = {4: "203.0.113.200", 6: "2001:db8:2::200"}
+STRANGER = {4: "203.0.113.177", 6: "3fff:2::177"}
+ELSEWHERE = {4: "203.0.113.200", 6: "3fff:2::200"}
 
 
 @dataclasses.dataclass(frozen=True)

@@ -43,16 +43,16 @@ ADDRESSES = {
     OTHER_COMPUTER: {4: "192.0.2.20", 6: "2001:db8:0:1::20"},
     NAME_SERVER: {4: "192.0.2.53", 6: "2001:db8:0:1::53"},
     HOME_ROUTER: {4: "192.0.2.1", 6: "2001:db8:0:1::1"},
-    PROVIDER_1: {4: "198.51.100.1", 6: "2001:db8:1::1"},
-    PROVIDER_2: {4: "198.51.100.7", 6: "2001:db8:1::7"},
-    PROVIDER_NAME_SERVER: {4: "198.51.100.53", 6: "2001:db8:1::53"},
-    HOST_ROUTER: {4: "203.0.113.1", 6: "2001:db8:2::1"},
-    HOST: {4: "203.0.113.9", 6: "2001:db8:2::9"},
+    PROVIDER_1: {4: "198.51.100.1", 6: "3fff:1::1"},
+    PROVIDER_2: {4: "198.51.100.7", 6: "3fff:1::7"},
+    PROVIDER_NAME_SERVER: {4: "198.51.100.53", 6: "3fff:1::53"},
+    HOST_ROUTER: {4: "203.0.113.1", 6: "3fff:2::1"},
+    HOST: {4: "203.0.113.9", 6: "3fff:2::9"},
 }
 # Links with a network prefix. On the others each end has its one address alone, and a route to the other end.
 NETWORKS = {
     LAN: {4: "192.0.2.0/24", 6: "2001:db8:0:1::/64"},
-    HOSTING: {4: "203.0.113.0/24", 6: "2001:db8:2::/64"},
+    HOSTING: {4: "203.0.113.0/24", 6: "3fff:2::/64"},
 }
 DEFAULT = {4: "default", 6: "default"}
 # What each forwards where, besides what its links say. A packet for anywhere else ends at the second router, which answers
