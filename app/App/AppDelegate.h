@@ -15,11 +15,13 @@
 #include "app/UserSettings/UserSettings.h"
 #include "core/Lifeline.h"
 #include "core/Pinger/SystemPingNetwork.h"
+#include "core/Prober/SystemProbeNetwork.h"
 #include "platform/bus/BusConnection.h"
 #include "platform/bus/ColorScheme.h"
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/ItemFinder.h"
 #include "platform/bus/LogindSleepMonitor.h"
+#include "platform/linux/KernelLinkInspector.h"
 #include "platform/linux/ProgramReplacement.h"
 #include "platform/linux/RoutePathMonitor.h"
 #include "platform/panel/NotifierStatusItem.h"
@@ -84,6 +86,8 @@ private:
     BusConnection& bus_;
     UserSettings settings_;
     SystemPingNetwork network_;
+    SystemProbeNetwork probes_;
+    KernelLinkInspector link_;
     RoutePathMonitor path_;
     BusConnection systemBus_;
     LogindSleepMonitor sleep_;

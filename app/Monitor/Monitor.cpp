@@ -42,6 +42,9 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
       watchdog_(watchdogConfig(prefs), environment.loop.now()),
       identifier_(static_cast<std::uint16_t>(randomBelow(std::uint64_t{1} << 16))),
       nextPingId_(randomBelow(std::uint64_t{1} << 32)) {
+    if (environment.probes != nullptr && environment.link != nullptr) {
+        diagnostician_.emplace(loop_, *environment.probes, *environment.link);
+    }
     publish();
 }
 
@@ -159,15 +162,20 @@ void Monitor::handle(const Pinger::Event& happened) {
     const PublishAtEnd publishAtEnd(*this);
     const Overloaded visitor{
         [this](const Pinger::Started& started) { pingingStarted(started.address); },
-        [this](const Pinger::Switched& switched) { measured_.resolvedAddress = switched.address.display; },
+        [this](const Pinger::Switched& switched) { pingsGoTo(switched.address); },
         [this](const Pinger::Failed& failed) { pingingFailed(failed.error); },
         [this](const Pinger::Reply& reply) { receivedReply(reply.id, reply.at); },
     };
     std::visit(visitor, happened);
 }
 
-void Monitor::pingingStarted(const ResolvedAddress& address) {
+void Monitor::pingsGoTo(const ResolvedAddress& address) {
+    pinged_ = address;
     measured_.resolvedAddress = address.display;
+}
+
+void Monitor::pingingStarted(const ResolvedAddress& address) {
+    pingsGoTo(address);
     measured_.startError = std::nullopt;
     watchdog_.pingingStarted(loop_.now());
     sendPing();

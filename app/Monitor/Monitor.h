@@ -1,6 +1,7 @@
 // The model at the heart of both programs: it pings, judges, counts, and publishes what there is to show.
 #pragma once
 
+#include "app/Diagnostician/Diagnostician.h"
 #include "app/Monitor/StatsRecorder.h"
 #include "app/Observation/Observation.h"
 #include "app/Preferences/Preferences.h"
@@ -33,6 +34,9 @@ struct MonitorEnvironment {
     StatsStore store;
     /// The shell command that lets this user ping; nothing when this user may.
     std::function<std::optional<std::string>()> missingPingPermission = nullptr;
+    /// For finding out whose fault a bad connection is; null: that is not asked.
+    ProbeNetwork* probes = nullptr;
+    LinkInspector* link = nullptr;
 };
 
 /// Pings, judges, counts, and publishes the outcome as one `Reading`. Main thread.
@@ -104,6 +108,7 @@ private:
     /// Adds one to the chart's, and drops those that have left it.
     void addSample(const Sample& sample);
     void handle(const Pinger::Event& happened);
+    void pingsGoTo(const ResolvedAddress& address);
     void pingingStarted(const ResolvedAddress& address);
     void pingingFailed(const PingError& error);
     void receivedReply(std::uint64_t id, double at);
@@ -120,6 +125,9 @@ private:
     void carryOut(ConnectionWatchdog::Action action);
     void evaluate(double now);
     void markLost(std::uint64_t id);
+    /// Whose fault it is.
+    void diagnose(double now);
+    [[nodiscard]] Trouble trouble() const;
     /// Drops the bookings of pings that have left the window: their outcome is never counted.
     void forgetUnsettledBookings();
 
@@ -180,6 +188,8 @@ private:
     Observed<Reading> reading_;
     StatsRecorder recorder_;
     std::vector<PendingPing> pending_; ///< in the scoring window, oldest first
+    std::optional<Diagnostician> diagnostician_;
+    std::optional<ResolvedAddress> pinged_; ///< the address
     std::unique_ptr<Pinger> pinger_;
     std::optional<Pinger::Place> place_; ///< where the last pinger stood; nothing for a new host
     RunLoop::Handle pingTimer_;          ///< only while a pinger has reported that it started

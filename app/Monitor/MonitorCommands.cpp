@@ -48,6 +48,7 @@ void Monitor::hostChanged() {
     measured_.lossPercent = 0;
     measured_.lossIsKnown = false;
     measured_.resolvedAddress = std::nullopt;
+    pinged_ = std::nullopt;
     measured_.startError = std::nullopt;
     stopPinging();
     place_.reset();

@@ -1,5 +1,6 @@
 // The monitor's tick: asking the watchdog, scoring the window, counting losses.
 #include "app/Monitor/Monitor.h"
+#include "core/Diagnosis/Median.h"
 
 #include <unordered_set>
 #include <utility>
@@ -43,6 +44,7 @@ void Monitor::judge(double now) {
     const PublishAtEnd publishAtEnd(*this);
     carryOut(watchdog_.tick(now));
     evaluate(now);
+    diagnose(now);
     if (++tickCount_ == ticksBetweenSaves) {
         tickCount_ = 0;
         saveStatsOf(prefs_.hostname(), FileStore::Durability::crash);
@@ -61,6 +63,38 @@ void Monitor::evaluate(double now) {
     if (evaluation.score) {
         measured_.score = evaluation.score;
     }
+}
+
+Trouble Monitor::trouble() const {
+    if (measured_.status == Status::down) {
+        return Trouble::down;
+    }
+    constexpr int mostBadBars = 3; // "Fair"
+    const bool isBad = measured_.status == Status::up && measured_.score
+                       && QualityScorer::bars(*measured_.score, barLevels) <= mostBadBars;
+    return isBad ? Trouble::degraded : Trouble::none;
+}
+
+void Monitor::diagnose(double now) {
+    if (!diagnostician_) {
+        return;
+    }
+    std::vector<double> answers;
+    for (const Sample& sample : measured_.samples) {
+        if (sample.rttMs) {
+            answers.push_back(*sample.rttMs);
+        }
+    }
+    diagnostician_->tick(
+        {.now = now,
+         .trouble = trouble(),
+         .host = prefs_.hostname(),
+         .address = pinged_,
+         .startError = measured_.startError,
+         .pings = pending_,
+         .usualMs = medianOf(std::move(answers))});
+    measured_.verdict = diagnostician_->verdict();
+    measured_.path = diagnostician_->path();
 }
 
 void Monitor::markLost(std::uint64_t id) {
@@ -99,9 +133,11 @@ void Monitor::carryOut(ConnectionWatchdog::Action action) {
         measured_.startError = PingError::resolution("lookup timed out");
         break;
     case ConnectionWatchdog::Action::announceDown:
+        diagnose(loop_.now());
         notifications_.post(
-            "Tarnwick — Connection down",
-            "Your internet connection seems to be down. " + presentReading().downReasonText + ".");
+            "Tarnwick — Connection down", "Your internet connection seems to be down. "
+                                              + presentReading().downReasonText + "."
+                                              + (measured_.verdict ? " " + measured_.verdict->evidence : ""));
         break;
     case ConnectionWatchdog::Action::announceUp:
         notifications_.post("Tarnwick — Connection restored", "Your internet connection has been restored.");

@@ -58,6 +58,9 @@ void Monitor::pathChanged(const std::string& key) {
     if (lastPathKey_ && *lastPathKey_ != key && !asleep_) {
         pathWork_ = loop_.after(pathDebounce, [this] {
             const PublishAtEnd publishAtEnd(*this);
+            if (diagnostician_) {
+                diagnostician_->pathChanged();
+            }
             carryOut(watchdog_.networkChanged(loop_.now()));
         });
     }

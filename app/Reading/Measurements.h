@@ -3,6 +3,8 @@
 
 #include "app/Reading/Notice.h"
 #include "core/ConnectionWatchdog.h"
+#include "core/Diagnosis/Evidence.h"
+#include "core/Diagnosis/Verdict.h"
 #include "core/MenuBarTitle.h"
 #include "core/PingError.h"
 #include "core/PingLedger.h"
@@ -46,7 +48,9 @@ struct Measurements {
     std::optional<std::string> pingPermissionCommand = std::nullopt;
     bool allowingFailed = false; ///< the user has asked for this permission, in vain
     bool pathSatisfied = true;
-    Samples samples{}; ///< of the last 300 s, in the order of sending
+    std::optional<Verdict> verdict = std::nullopt; ///< nothing while all is well
+    std::vector<HopEvidence> path{};               ///< by which it was found
+    Samples samples{};                             ///< of the last 300 s, in the order of sending
     PingLedger ledger{};
     Recording recording = Recording::records;
     std::string recordingProblem{}; ///< why the statistics could not be written last; empty when they were

@@ -85,7 +85,7 @@ std::string tooltip(const Reading& reading) {
     text += reading.latestPingMs ? Text::whole(*reading.latestPingMs) + "ms" : noValue;
     text += "\nRecent Packet Loss: ";
     text += reading.lossIsKnown ? Text::whole(reading.lossPercent) + "%" : noValue;
-    return text;
+    return reading.verdict ? text + "\n" + reading.verdict->evidence : text;
 }
 
 std::string accessibilitySummary(const Reading& reading, bool isConnecting) {
@@ -107,6 +107,8 @@ Reading copied(const Measurements& measured, const ReadingSettings& settings) {
     Reading reading;
     reading.status = measured.status;
     reading.score = measured.score;
+    reading.verdict = measured.verdict;
+    reading.path = measured.path;
     reading.host = settings.hostname;
     reading.resolvedAddress = measured.resolvedAddress;
     reading.startError = measured.startError;

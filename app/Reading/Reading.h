@@ -25,6 +25,10 @@ struct Reading {
     std::optional<DownReason> downReason = std::nullopt; ///< absent unless down
     std::string downReasonText{}; ///< while not down, that of no replies: look at `downReason` first
 
+    /// Whose fault it is; nothing while all is well.
+    std::optional<Verdict> verdict = std::nullopt;
+    std::vector<HopEvidence> path{}; ///< by which that was found
+
     // The host.
     std::string host{};
     std::optional<std::string> resolvedAddress = std::nullopt;

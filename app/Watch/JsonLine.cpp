@@ -2,8 +2,10 @@
 
 #include "app/Watch/JsonText.h"
 
+#include <algorithm>
 #include <chrono>
 #include <concepts>
+#include <ranges>
 
 namespace tarnwick {
 
@@ -89,6 +91,44 @@ void addReasons(JsonText& line, const Reading& reading) {
     }
 }
 
+/// The share of lost samples, 0 to 1; nothing without any.
+std::optional<double> lossOf(const HopEvidence& hop) {
+    const auto lost = std::ranges::count_if(hop.samples, [](const HopSample& one) { return !one.ms; });
+    return hop.samples.empty()
+               ? std::nullopt
+               : std::optional(static_cast<double>(lost) / static_cast<double>(hop.samples.size()));
+}
+
+std::optional<double> latestMs(const HopEvidence& hop) {
+    const auto newestFirst = std::views::reverse(hop.samples);
+    const auto answered =
+        std::ranges::find_if(newestFirst, [](const HopSample& one) { return one.ms.has_value(); });
+    return answered == newestFirst.end() ? std::nullopt : answered->ms;
+}
+
+void addDiagnosis(JsonText& line, const Reading& reading) {
+    if (reading.verdict) {
+        line.add("verdict", nameOf(reading.verdict->blame));
+        line.add("likelihood", nameOf(reading.verdict->likelihood));
+        line.add("evidence", reading.verdict->evidence);
+    } else {
+        for (const char* key : {"verdict", "likelihood", "evidence"}) {
+            line.addNull(key);
+        }
+    }
+    line.beginList("path");
+    for (const HopEvidence& hop : reading.path) {
+        line.beginItem();
+        line.add("address", hop.address.empty() ? std::nullopt : std::optional(hop.address));
+        line.add("isHost", hop.isHost);
+        line.add("loss", lossOf(hop));
+        line.add("latestMs", latestMs(hop));
+        line.add("quietMs", hop.quietMs);
+        line.endObject();
+    }
+    line.endList();
+}
+
 std::vector<std::string> linesOf(const Notices& notices) {
     std::vector<std::string> lines;
     for (const Notice& notice : notices) {
@@ -133,6 +173,7 @@ std::string jsonLine(
     addVerdict(line, reading);
     addTexts(line, reading, menuTitle);
     addReasons(line, reading);
+    addDiagnosis(line, reading);
     line.add("accessibilitySummary", reading.accessibilitySummary);
     addCounter(line, "session", reading.session);
     addCounter(line, "site", reading.site);

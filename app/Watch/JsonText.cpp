@@ -85,6 +85,19 @@ void JsonText::endObject() {
     text_ += '}';
 }
 
+void JsonText::beginList(std::string_view key) {
+    addKey(key);
+    text_ += '[';
+}
+
+void JsonText::beginItem() {
+    text_ += text_.back() == '[' ? "{" : ",{";
+}
+
+void JsonText::endList() {
+    text_ += ']';
+}
+
 std::string JsonText::take() {
     text_ += '}';
     return std::move(text_);

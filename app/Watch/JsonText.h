@@ -46,6 +46,11 @@ public:
     void beginObject(std::string_view key);
     void endObject();
 
+    /// The objects that follow are in a list, until its end.
+    void beginList(std::string_view key);
+    void beginItem();
+    void endList();
+
     /// The whole object. Nothing can be added after it.
     [[nodiscard]] std::string take();
 

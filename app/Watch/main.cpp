@@ -5,8 +5,10 @@
 #include "app/UserSettings/UserSettings.h"
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
+#include "core/Prober/SystemProbeNetwork.h"
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/LogindSleepMonitor.h"
+#include "platform/linux/KernelLinkInspector.h"
 #include "platform/linux/OwnBundle.h"
 #include "platform/linux/OwnIcons.h"
 #include "platform/linux/PingPermission.h"
@@ -75,6 +77,8 @@ private:
     EpollRunLoop loop_;
     UserSettings settings_;
     SystemPingNetwork network_{loop_};
+    SystemProbeNetwork probes_{loop_};
+    KernelLinkInspector link_{loop_};
     RoutePathMonitor path_{loop_};
     BusConnection systemBus_{loop_, BusConnection::systemAddress()};
     // Only for notifications: opened when they are wanted.
@@ -97,6 +101,8 @@ private:
             .notifications = notifications_,
             .store = StatsStore::defaultStore(),
             .missingPingPermission = [] { return PingPermission::grantingCommand(); },
+            .probes = &probes_,
+            .link = &link_,
         }};
     ProgramReplacement replacement_{loop_, [this] { onReplaced(); }};
 };

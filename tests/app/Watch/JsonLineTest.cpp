@@ -44,11 +44,12 @@ TEST_F(JsonLineTest, IsOneObjectOnOneLine) {
 
 TEST_F(JsonLineTest, HasExactlyItsKeysInOrder) {
     EXPECT_THAT(
-        keys(line()), testing::ElementsAre(
-                          "time", "monotonic", "host", "resolvedAddress", "status", "score", "bars",
-                          "latestPingMs", "lossPercent", "lossIsKnown", "menuTitle", "tooltip",
-                          "qualityTitle", "qualityTone", "downReason", "downReasonText", "lastError",
-                          "startError", "accessibilitySummary", "session", "site", "samples", "notices"));
+        keys(line()),
+        testing::ElementsAre(
+            "time", "monotonic", "host", "resolvedAddress", "status", "score", "bars", "latestPingMs",
+            "lossPercent", "lossIsKnown", "menuTitle", "tooltip", "qualityTitle", "qualityTone", "downReason",
+            "downReasonText", "lastError", "startError", "verdict", "likelihood", "evidence", "path",
+            "accessibilitySummary", "session", "site", "samples", "notices"));
     const auto counter =
         testing::ElementsAre("sent", "replied", "lost", "averageMs", "fastestMs", "slowestMs");
     EXPECT_THAT(keys(line()["session"]), counter);
@@ -68,8 +69,8 @@ TEST_F(JsonLineTest, WhatIsNotKnownYetIsNull) {
     reading_.downReasonText = "No replies for 8 s";
 
     for (const char* key :
-         {"resolvedAddress", "score", "latestPingMs", "downReason", "downReasonText", "lastError",
-          "startError"}) {
+         {"verdict", "likelihood", "evidence", "resolvedAddress", "score", "latestPingMs", "downReason",
+          "downReasonText", "lastError", "startError"}) {
         EXPECT_TRUE(line()[key].is_null()) << key;
     }
 }
@@ -88,6 +89,11 @@ TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
     reading_.qualityTitle = "Good";
     reading_.qualityTone = QualityTone::good;
     reading_.startError = PingError::socket("Permission denied");
+    reading_.verdict = {
+        .blame = Blame::provider, .likelihood = Likelihood::likely, .evidence = "the evidence"};
+    reading_.path = {
+        {.address = "192.0.2.1", .quietMs = 1.5, .samples = {{.ms = 3}, {.ms = 2.5}, {}, {}}},
+        {.isHost = true}};
     reading_.accessibilitySummary = "the summary";
     reading_.session = {1, 2, 3, 4.5, 5.5, 6.5};
     reading_.site = {7, 8, 9, 10.5, 11.5, 12.5};
@@ -103,6 +109,9 @@ TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
         R"("qualityTitle":"Good","qualityTone":"good","downReason":null,"downReasonText":null,)"
         R"("lastError":"Could not open ICMP socket: Permission denied",)"
         R"("startError":"Could not open ICMP socket: Permission denied",)"
+        R"("verdict":"provider","likelihood":"likely","evidence":"the evidence",)"
+        R"("path":[{"address":"192.0.2.1","isHost":false,"loss":0.5,"latestMs":2.5,"quietMs":1.5},)"
+        R"({"address":null,"isHost":true,"loss":null,"latestMs":null,"quietMs":null}],)"
         R"("accessibilitySummary":"the summary",)"
         R"("session":{"sent":1,"replied":2,"lost":3,"averageMs":4.5,"fastestMs":5.5,"slowestMs":6.5},)"
         R"("site":{"sent":7,"replied":8,"lost":9,"averageMs":10.5,"fastestMs":11.5,"slowestMs":12.5},)"

@@ -1,0 +1,194 @@
+// Whose fault it is, as the monitor publishes and posts it.
+#include "app/Monitor/Monitor.h"
+#include "tests/app/Diagnostician/FakeLinkInspector.h"
+#include "tests/app/Diagnostician/FakeProbeNetwork.h"
+#include "tests/simulation/FakePathMonitor.h"
+#include "tests/simulation/FakeSleepMonitor.h"
+#include "tests/simulation/MemoryDefaults.h"
+#include "tests/simulation/RecordingNotificationCenter.h"
+#include "tests/simulation/VirtualNetwork.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+namespace {
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+constexpr std::size_t probesToLearn = 15; // three of each of five hops
+const std::string routerOnly = "Your router answers in 2 ms; nothing beyond it has answered for ";
+
+/// Pings a host behind four routers, every second; it answers after 20 ms.
+class MonitorDiagnosisTest : public testing::Test {
+protected:
+    void SetUp() override { prefs.setShowNotifications(true); }
+
+    void watchFor(double seconds) {
+        path.report(true, {"eth0"});
+        monitor.start();
+        loop.advance(seconds);
+    }
+
+    /// Nothing behind this hop answers; 1: not even the router does.
+    void cutAt(int hop) {
+        probes.silentFrom = hop;
+        network.setBehavior([](const auto&) { return simulation::Answer{.copies = 0}; });
+    }
+
+    void restore() {
+        probes.silentFrom = 0;
+        network.setBehavior([](const auto&) { return simulation::Answer{}; });
+    }
+
+    /// Seconds from now until it holds; 600 when it never did.
+    template<typename Condition>
+    double secondsUntil(Condition holds) {
+        double seconds = 0;
+        for (; seconds < 600 && !holds(); seconds += 0.5) {
+            loop.advance(0.5);
+        }
+        return seconds;
+    }
+
+    [[nodiscard]] bool isDown() const { return monitor.reading().status == Monitor::Status::down; }
+
+    [[nodiscard]] bool hasBlame() const {
+        const auto& verdict = monitor.reading().verdict;
+        return verdict && verdict->blame != Blame::unclear;
+    }
+
+    test::TemporaryFolder folder;
+    simulation::VirtualRunLoop loop;
+    simulation::VirtualNetwork network{loop};
+    simulation::FakePathMonitor path{loop};
+    simulation::FakeSleepMonitor sleep;
+    simulation::RecordingNotificationCenter notifications;
+    simulation::FakeProbeNetwork probes{
+        loop, {"192.0.2.1", "198.51.100.1", "198.51.100.7", "203.0.113.1", "203.0.113.9"}};
+    simulation::FakeLinkInspector link{loop};
+    simulation::MemoryDefaults defaults;
+    Preferences prefs{defaults};
+    MonitorEnvironment environment{
+        .loop = loop,
+        .network = network,
+        .path = path,
+        .sleep = sleep,
+        .notifications = notifications,
+        .store = {folder.path() / "stats.json"},
+        .probes = &probes,
+        .link = &link};
+    Monitor monitor{prefs, environment};
+};
+
+} // namespace
+
+TEST_F(MonitorDiagnosisTest, WhileAllIsWellThereIsNoneAndThePathIsLearntOnce) {
+    watchFor(600);
+
+    EXPECT_FALSE(monitor.reading().verdict);
+    EXPECT_THAT(monitor.reading().path, IsEmpty());
+    EXPECT_THAT(monitor.reading().tooltip, testing::Not(HasSubstr("router")));
+    EXPECT_THAT(probes.sent, SizeIs(probesToLearn));
+    EXPECT_EQ(link.asked, 1);
+}
+
+TEST_F(MonitorDiagnosisTest, StandsWithinFiveSecondsOfDown) {
+    watchFor(60);
+
+    cutAt(2);
+    secondsUntil([this] { return isDown(); });
+
+    EXPECT_LE(secondsUntil([this] { return hasBlame(); }), 5);
+    EXPECT_EQ(monitor.reading().verdict->blame, Blame::provider);
+    EXPECT_THAT(monitor.reading().path, SizeIs(5));
+    EXPECT_THAT(monitor.reading().tooltip, HasSubstr("\n" + routerOnly));
+}
+
+TEST_F(MonitorDiagnosisTest, IsTheSecondSentenceOfTheNotification) {
+    watchFor(60);
+
+    cutAt(2);
+    secondsUntil([this] { return isDown(); });
+
+    ASSERT_THAT(notifications.shown(), SizeIs(1));
+    EXPECT_THAT(
+        notifications.shown().front().body,
+        AllOf(
+            StartsWith("Your internet connection seems to be down. No replies for "),
+            HasSubstr(" s. " + routerOnly), EndsWith(" s.")));
+}
+
+TEST_F(MonitorDiagnosisTest, StandsWithinTenSecondsOfSlowAnswers) {
+    watchFor(60);
+
+    probes.lateFrom = 3;
+    probes.extraMs = 400;
+    network.setBehavior([](const auto&) { return simulation::Answer{.delay = 0.42}; });
+
+    EXPECT_LE(secondsUntil([this] { return hasBlame(); }), 10);
+    EXPECT_EQ(monitor.reading().status, Monitor::Status::up);
+    EXPECT_EQ(monitor.reading().verdict->blame, Blame::provider);
+}
+
+TEST_F(MonitorDiagnosisTest, IsWithdrawnWhenTheConnectionIsBack) {
+    watchFor(60);
+    cutAt(2);
+    secondsUntil([this] { return hasBlame(); });
+
+    restore();
+    secondsUntil([this] { return !isDown(); });
+
+    EXPECT_LE(secondsUntil([this] { return !monitor.reading().verdict; }), 30);
+    const std::size_t sent = probes.sent.size();
+    loop.advance(600);
+    EXPECT_THAT(probes.sent, SizeIs(sent));
+    EXPECT_THAT(monitor.reading().path, IsEmpty());
+}
+
+TEST_F(MonitorDiagnosisTest, AnotherNetworkHasAnotherPath) {
+    watchFor(60);
+
+    path.report(true, {"wlan0"});
+    loop.advance(60);
+
+    EXPECT_THAT(probes.sent, SizeIs(2 * probesToLearn));
+}
+
+TEST_F(MonitorDiagnosisTest, AnotherHostTakesTheVerdictAlong) {
+    watchFor(60);
+    cutAt(2);
+    secondsUntil([this] { return hasBlame(); });
+
+    restore();
+    monitor.setHostname("192.0.2.9");
+    loop.advance(2);
+
+    EXPECT_FALSE(monitor.reading().verdict);
+}
+
+TEST_F(MonitorDiagnosisTest, WithoutTheMeansThereIsNone) {
+    environment.probes = nullptr;
+    Monitor blind{prefs, environment};
+
+    blind.start();
+    loop.advance(10);
+    cutAt(2);
+    loop.advance(60);
+
+    EXPECT_EQ(blind.reading().status, Monitor::Status::down);
+    EXPECT_FALSE(blind.reading().verdict);
+    EXPECT_THAT(
+        notifications.shown(), testing::ElementsAre(testing::Field(
+                                   &simulation::RecordingNotificationCenter::Notification::body,
+                                   "Your internet connection seems to be down. No replies for 8 s.")));
+}
+
+} // namespace tarnwick
