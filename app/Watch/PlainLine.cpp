@@ -35,7 +35,8 @@ std::string plainLine(const Reading& reading, RunLoop::WallTime time) {
     return localTime(time) + "  " + padded(reading.qualityTitle, qualityWidth, false)
            + padded(reading.latencyText, latencyColumn, true)
            + padded(reading.lossText.value_or(""), lossColumn, true) + "  "
-           + Text::printable(reading.hostLine) + "\n";
+           + Text::printable(reading.hostLine)
+           + (reading.verdict ? "  " + Text::printable(reading.verdict->evidence) : "") + "\n";
 }
 
 } // namespace tarnwick

@@ -240,11 +240,22 @@ void drawGrid(
     }
 }
 
+/// The verdict, then the notices.
+std::vector<std::string> remarksOn(const Reading& reading) {
+    std::vector<std::string> remarks;
+    if (reading.verdict) {
+        remarks.push_back(reading.verdict->evidence);
+    }
+    for (const Notice& notice : reading.notices) {
+        remarks.push_back(notice.line());
+    }
+    return remarks;
+}
+
 /// Broken at blanks into lines of at most `width` columns.
-std::vector<std::string> wrapped(const Canvas& canvas, const Notices& notices, int width) {
+std::vector<std::string> wrapped(const Canvas& canvas, const std::vector<std::string>& texts, int width) {
     std::vector<std::string> lines;
-    for (const Notice& notice : notices) {
-        const std::string text = notice.line();
+    for (const std::string& text : texts) {
         std::string line;
         for (std::size_t at = 0; at < text.size();) {
             const std::size_t end = std::min(text.find(' ', at), text.size());
@@ -269,7 +280,7 @@ std::vector<std::string> wrapped(const Canvas& canvas, const Notices& notices, i
 Canvas drawScreen(const Reading& reading, const ScreenOptions& options, ScreenSize size) {
     Canvas canvas(size, options.ascii);
     const int width = canvas.size().columns - 2 * margin;
-    const std::vector<std::string> notices = wrapped(canvas, reading.notices, width);
+    const std::vector<std::string> notices = wrapped(canvas, remarksOn(reading), width);
     const Plan plan = planRows(canvas.size().rows, static_cast<int>(notices.size()));
     int row = plan.topBlank ? 1 : 0;
     drawHeader(canvas, row, reading);

@@ -66,6 +66,13 @@ TEST_F(PlainLineTest, HasTimeQualityLatencyLossAndHostInColumns) {
     EXPECT_EQ(line(), "2024-02-29 23:59:59  Connection down     Down            No replies for 8 s\n");
 }
 
+TEST_F(PlainLineTest, AVerdictStandsAtTheEnd) {
+    goDown();
+    reading_.verdict = {.blame = Blame::provider, .evidence = "Your router answers."};
+
+    EXPECT_THAT(line(), testing::EndsWith("  No replies for 8 s  Your router answers.\n"));
+}
+
 TEST_F(PlainLineTest, TheTimeIsLocal) {
     inTimeZone("XST-02:30");
 

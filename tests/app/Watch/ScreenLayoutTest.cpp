@@ -132,6 +132,15 @@ Scene withNotices() {
     return scene;
 }
 
+Scene withVerdict() {
+    Scene scene = withNotices();
+    scene.reading.notices.resize(1);
+    scene.reading.verdict = {
+        .blame = Blame::provider,
+        .evidence = "Your router answers in 2 ms; nothing beyond it has answered for 14 s."};
+    return scene;
+}
+
 /// Texts that are longer than their places.
 Scene longTexts() {
     Scene scene = fair();
@@ -240,6 +249,7 @@ INSTANTIATE_TEST_SUITE_P(
         Golden{"connecting", connecting(), usual}, Golden{"down", down(), usual},
         Golden{"five-buckets", fiveMinuteBuckets(), small},
         Golden{"notices-smallest", withNotices(), smallest}, Golden{"notices-usual", withNotices(), usual},
+        Golden{"verdict-smallest", withVerdict(), smallest}, Golden{"verdict-usual", withVerdict(), usual},
         Golden{"notices-ascii", inAscii(withNotices()), {24, 40}}, Golden{"long-texts", longTexts(), small},
         Golden{"long-host", longHostWithoutLoss(), smallest}),
     [](const auto& instance) {
