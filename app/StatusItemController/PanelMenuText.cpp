@@ -22,6 +22,7 @@ constexpr int qualityId = 1;
 constexpr int hostId = 2;
 constexpr int chartId = 3;
 constexpr int sessionId = 4;
+constexpr int verdictId = 5;
 constexpr int firstItemId = 10;
 constexpr int firstNoticeId = 100;
 constexpr int noticeIds = 4;
@@ -117,6 +118,9 @@ std::vector<PanelMenuRow> PanelMenuText::rows() {
         {.id = qualityId, .label = PanelMenuHeader::qualityLine(reading)},
         line(hostId, Format::elided(reading.hostLine)),
     };
+    if (reading.verdict) {
+        rows.push_back(line(verdictId, reading.verdict->evidence));
+    }
     for (const Notice& notice : reading.notices) {
         addNotice(rows, notice);
     }

@@ -225,6 +225,20 @@ TEST_F(PanelMenuTextTest, ShortcutsAreNamedAsKeys) {
     EXPECT_EQ(row("About Tarnwick").shortcutKey, "");
 }
 
+TEST_F(PanelMenuTextTest, TheVerdictStandsBelowTheHost) {
+    showMenu();
+    Observed<Reading> reading;
+    Reading bad;
+    bad.verdict = {.blame = Blame::provider, .evidence = "Your router answers."};
+    reading.set(bad);
+    PanelMenuText text(loop, reading, *menu, {});
+
+    const auto shown = text.rows();
+
+    EXPECT_EQ(shown[2].label, "Your router answers.");
+    EXPECT_FALSE(shown[2].enabled);
+}
+
 // Notices.
 
 TEST_F(PanelMenuTextTest, ANoticeStandsBelowTheHostWithItsCommand) {
