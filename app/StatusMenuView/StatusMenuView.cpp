@@ -3,6 +3,7 @@
 #include "app/StatusMenuView/HeaderView.h"
 #include "app/StatusMenuView/LatencyChartView.h"
 #include "app/StatusMenuView/StatsGridView.h"
+#include "app/StatusMenuView/VerdictView.h"
 #include "app/ViewStyle/ViewStyle.h"
 
 #include <QPushButton>
@@ -45,16 +46,41 @@ void StatusMenuView::render() {
     header_->setContent(HeaderContent::of(reading));
     chart_->setChart(reading.chart);
     grid_->setRows(StatsGrid::rows(reading.session, reading.site, grouping_));
+    showVerdict(reading.verdict);
     if (reading.notices != shownNotices_) {
         showNotices(reading.notices);
     }
 }
 
+void StatusMenuView::showVerdict(const std::optional<Verdict>& verdict) {
+    const int before = verdict_ ? verdict_->sizeHint().height() : 0;
+    if (!verdict) {
+        verdict_.reset();
+    } else {
+        if (!verdict_) {
+            verdict_ = std::make_unique<VerdictView>(this);
+            // So that it is read after the header.
+            verdict_->stackUnder(notices_ != nullptr ? static_cast<QWidget*>(notices_) : chart_);
+            verdict_->show();
+        }
+        verdict_->setText(QString::fromStdString(verdict->evidence), partWidth());
+    }
+    if (before != (verdict_ ? verdict_->sizeHint().height() : 0)) {
+        place();
+        if (onSizeChange) {
+            onSizeChange();
+        }
+    }
+}
+
+int StatusMenuView::partWidth() const {
+    const ViewStyle style(*this);
+    return style.length(viewWidth) - 2 * style.length(sidePadding);
+}
+
 void StatusMenuView::showNotices(const Notices& notices) {
     shownNotices_ = notices;
-    const ViewStyle style(*this);
-    const int width = style.length(viewWidth) - 2 * style.length(sidePadding);
-    notices_ = NoticesView::inPlaceOf(notices_, notices, actions_, width, this);
+    notices_ = NoticesView::inPlaceOf(notices_, notices, actions_, partWidth(), this);
     if (notices_ != nullptr) {
         notices_->stackUnder(chart_); // so that it is read after the header
     }
@@ -69,10 +95,15 @@ bool StatusMenuView::hasButtons() const {
 }
 
 std::vector<QWidget*> StatusMenuView::parts() const {
-    if (notices_ != nullptr) {
-        return {header_, notices_, chart_, grid_};
+    std::vector<QWidget*> parts{header_};
+    if (verdict_) {
+        parts.push_back(verdict_.get());
     }
-    return {header_, chart_, grid_};
+    if (notices_ != nullptr) {
+        parts.push_back(notices_);
+    }
+    parts.insert(parts.end(), {chart_, grid_});
+    return parts;
 }
 
 int StatusMenuView::air(double points) const {

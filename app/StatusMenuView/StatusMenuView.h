@@ -16,6 +16,7 @@ namespace tarnwick {
 class HeaderView;
 class LatencyChartView;
 class StatsGridView;
+class VerdictView;
 
 /// Follows the reading, which outlives it together with the loop.
 class StatusMenuView final : public ReadAloudWidget {
@@ -38,7 +39,7 @@ public:
     /// Whether there is something in it that Tab can reach.
     [[nodiscard]] bool hasButtons() const;
 
-    /// Set by the owner. Called when notices come or go.
+    /// Set by the owner. Called when notices or the verdict come or go.
     std::function<void()> onSizeChange;
 
 protected:
@@ -46,7 +47,9 @@ protected:
 
 private:
     void render();
+    void showVerdict(const std::optional<Verdict>& verdict);
     void showNotices(const Notices& notices);
+    [[nodiscard]] int partWidth() const;
     [[nodiscard]] std::vector<QWidget*> parts() const;
     /// A length of the air around the parts.
     [[nodiscard]] int air(double points) const;
@@ -59,6 +62,7 @@ private:
     HeaderView* header_;             ///< children
     NoticesView* notices_ = nullptr; ///< a child while there are notices
     Notices shownNotices_;
+    std::unique_ptr<VerdictView> verdict_; ///< a child while something is wrong
     LatencyChartView* chart_;
     StatsGridView* grid_;
     std::unique_ptr<RenderLoop> rendering_;

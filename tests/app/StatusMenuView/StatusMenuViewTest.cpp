@@ -73,6 +73,33 @@ TEST_F(StatusMenuViewTest, ItGrowsWithTheUsersFont) {
     EXPECT_GT(view.sizeHint().height(), usual.height() * 3 / 2);
 }
 
+TEST_F(StatusMenuViewTest, TheVerdictStandsBelowTheHeaderWhileSomethingIsWrong) {
+    Observed<Reading> reading;
+    StatusMenuView view(reading, loop, nullptr);
+    int changes = 0;
+    view.onSizeChange = [&changes] { ++changes; };
+    const int usual = view.sizeHint().height();
+    const std::size_t parts = childNames(view).size();
+
+    Reading bad;
+    bad.verdict = {
+        .blame = Blame::provider, .evidence = "Your router answers in 2 ms; nothing beyond it has answered."};
+    reading.set(bad);
+    loop.runPending();
+
+    EXPECT_THAT(childNames(view), testing::Contains(bad.verdict->evidence));
+    EXPECT_EQ(childNames(view)[1], bad.verdict->evidence);
+    EXPECT_GT(view.sizeHint().height(), usual);
+    EXPECT_EQ(changes, 1);
+
+    reading.set(Reading{});
+    loop.runPending();
+
+    EXPECT_EQ(childNames(view).size(), parts);
+    EXPECT_EQ(view.sizeHint().height(), usual);
+    EXPECT_EQ(changes, 2);
+}
+
 TEST_F(StatusMenuViewTest, PartsStandBelowEachOtherTwelvePointsApart) {
     StatusMenuView view(monitor.observedReading(), loop, nullptr);
     QFont font = view.font();
