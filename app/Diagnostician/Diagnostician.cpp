@@ -4,7 +4,9 @@
 #include "core/Diagnosis/Median.h"
 
 #include <algorithm>
+#include <iterator>
 #include <random>
+#include <ranges>
 #include <utility>
 #include <variant>
 
@@ -76,7 +78,8 @@ void Diagnostician::noteTrouble(const Situation& situation, bool isOnlyLate) {
     }
 }
 
-/// While little is known, only what is likely; before the load is known, only what is certain.
+/// While little is known, only what is likely; before the load is known, only what is certain. Who has been
+/// named stays named when that turns out to be only possible.
 std::optional<Verdict> Diagnostician::presentVerdict(const Situation& situation) const {
     auto verdict = diagnose(evidenceOf(situation));
     if (!verdict || !badSince_) {
@@ -87,7 +90,9 @@ std::optional<Verdict> Diagnostician::presentVerdict(const Situation& situation)
     if (!isDown && seconds < timeToMeasureLoad) {
         return verdict->likelihood == Likelihood::certain ? verdict : std::nullopt;
     }
-    if (verdict->likelihood != Likelihood::possible
+    const std::optional<Verdict>& shown = steady_.shown();
+    const bool isNamed = shown && shown->blame != Blame::unclear;
+    if (isNamed || verdict->likelihood != Likelihood::possible
         || seconds >= (isDown ? patienceWhenDown : patienceWhenDegraded)) {
         return verdict;
     }
@@ -242,8 +247,16 @@ void Diagnostician::receive() {
 double Diagnostician::troubleSince(const Situation& situation) const {
     const double begin = badSince_.value_or(situation.now) - noticing;
     const double start = std::max(situation.now - lookBack, begin);
-    const bool isSilent = situation.trouble != Trouble::degraded;
-    return isSilent && lastReply_ ? std::max(start, *lastReply_) : start;
+    return situation.trouble == Trouble::degraded ? start : std::max(start, silentSince(situation));
+}
+
+/// When the first ping of those without an answer was sent: before that, whatever is wrong had not begun for
+/// sure. Long ago when none is without.
+double Diagnostician::silentSince(const Situation& situation) {
+    const auto lastFirst = std::views::reverse(situation.pings);
+    const auto answered =
+        std::ranges::find_if(lastFirst, [](const PendingPing& ping) { return ping.reply.has_value(); });
+    return answered == lastFirst.begin() ? 0 : std::prev(answered)->sent;
 }
 
 std::vector<UnreachableEvidence> Diagnostician::recentWords(double now) const {

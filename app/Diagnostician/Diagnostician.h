@@ -81,6 +81,7 @@ private:
     [[nodiscard]] Evidence evidenceOf(const Situation& situation) const;
     [[nodiscard]] std::vector<UnreachableEvidence> recentWords(double now) const;
     [[nodiscard]] double troubleSince(const Situation& situation) const;
+    [[nodiscard]] static double silentSince(const Situation& situation);
 
     RunLoop& loop_;
     ProbeNetwork& network_;

@@ -175,23 +175,38 @@ std::string unclearSentence(const std::vector<double>& chances, const std::vecto
            + "; what is wrong beyond it is not clear.";
 }
 
+/// Where Wi-Fi may explain what someone at its other end does: "the router answers late".
+std::optional<Verdict> weakWifi(const Evidence& evidence, Likelihood likelihood, const std::string& doing) {
+    const bool isWeak = evidence.link && evidence.link->kind == LinkEvidence::Kind::wifi
+                        && evidence.link->signalDbm && *evidence.link->signalDbm <= weakSignal;
+    if (!isWeak) {
+        return std::nullopt;
+    }
+    return Verdict{
+        .blame = Blame::wifi,
+        .likelihood = std::min(likelihood, Likelihood::likely),
+        .evidence = "The Wi-Fi signal is weak (" + std::to_string(*evidence.link->signalDbm) + " dBm), and "
+                    + doing + "."};
+}
+
+/// No router lies between: nothing tells the host from the network that it shares with this machine.
+Verdict ownNetworkVerdict(const Evidence& evidence) {
+    const std::string host = evidence.hops.front().address;
+    const std::string does = doings[static_cast<std::size_t>(symptomOf(evidence))];
+    return weakWifi(evidence, Likelihood::possible, host + " " + does)
+        .value_or(Verdict{.blame = Blame::host, .evidence = host + ", in your own network, " + does + "."});
+}
+
 } // namespace
 
 Verdict localVerdict(const Evidence& evidence, Likelihood likelihood) {
-    const bool isWifi = evidence.link && evidence.link->kind == LinkEvidence::Kind::wifi;
     const std::string does = doings[static_cast<std::size_t>(symptomOf(evidence))];
-    if (isWifi && evidence.link->signalDbm && *evidence.link->signalDbm <= weakSignal) {
-        return {
-            .blame = Blame::wifi,
-            .likelihood = std::min(likelihood, Likelihood::likely),
-            .evidence = "The Wi-Fi signal is weak (" + std::to_string(*evidence.link->signalDbm)
-                        + " dBm), and the router " + does + "."};
-    }
     const std::string router = evidence.router ? " (" + *evidence.router + ")" : "";
-    return {
-        .blame = Blame::localNetwork,
-        .likelihood = likelihood,
-        .evidence = "Your router" + router + " " + does + "."};
+    return weakWifi(evidence, likelihood, "the router " + does)
+        .value_or(Verdict{
+            .blame = Blame::localNetwork,
+            .likelihood = likelihood,
+            .evidence = "Your router" + router + " " + does + "."});
 }
 
 std::optional<Verdict> pathVerdict(const Evidence& evidence) {
@@ -199,9 +214,16 @@ std::optional<Verdict> pathVerdict(const Evidence& evidence) {
     if (chances.empty()) {
         return std::nullopt;
     }
+    if (evidence.hops.size() == 1) {
+        return ownNetworkVerdict(evidence);
+    }
     const Suspicion suspicion = strongest(chances, evidence.hops);
-    const Likelihood likelihood =
-        suspicion.chance >= likelyChance ? Likelihood::likely : Likelihood::possible;
+    // The way is about to fail altogether: answers from before that would count against it.
+    const bool isTurning = isSilentLately(evidence.pings) && latest(evidence.pings);
+    const bool isPlaceKnown = suspicion.blame != Blame::provider || isProviderKnown(evidence.hops);
+    const Likelihood likelihood = suspicion.chance >= likelyChance && !isTurning && isPlaceKnown
+                                      ? Likelihood::likely
+                                      : Likelihood::possible;
     Verdict verdict{.blame = suspicion.blame, .likelihood = likelihood};
     if (suspicion.chance < possibleChance) {
         verdict = {.blame = Blame::unclear, .evidence = unclearSentence(chances, evidence.hops)};

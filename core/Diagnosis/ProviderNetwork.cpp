@@ -93,4 +93,17 @@ std::size_t endOfProvider(const std::vector<HopEvidence>& hops) {
     return end;
 }
 
+bool isProviderKnown(const std::vector<HopEvidence>& hops) {
+    constexpr int mostUnknown = 1;
+    int unknown = 0;
+    for (std::size_t at = 1; at < endOfProvider(hops) && unknown <= mostUnknown; ++at) {
+        const std::string& address = hops[at].address;
+        if (!address.empty() && !isInternalAddress(address)) {
+            return true;
+        }
+        unknown = address.empty() ? unknown + 1 : 0;
+    }
+    return unknown <= mostUnknown;
+}
+
 } // namespace tarnwick

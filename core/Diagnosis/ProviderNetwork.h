@@ -20,4 +20,8 @@ namespace tarnwick {
 /// internal, unknown, or of the first public one's network. The host is never one of them. At least 1.
 [[nodiscard]] std::size_t endOfProvider(const std::vector<HopEvidence>& hops);
 
+/// Whether the first public address is the provider's for sure enough: not behind two hops or more that never
+/// answer.
+[[nodiscard]] bool isProviderKnown(const std::vector<HopEvidence>& hops);
+
 } // namespace tarnwick

@@ -5,6 +5,7 @@
 #include "tests/app/Diagnostician/FakeProbeNetwork.h"
 #include "tests/simulation/VirtualRunLoop.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -25,7 +26,7 @@ protected:
         for (double second = 0; second < seconds; ++second) {
             const std::optional<double> ms = hostMs;
             situation.now = loop.now();
-            situation.pings.push_back({.id = nextId++, .sent = loop.now() - 1});
+            situation.pings.push_back({.id = nextId++, .sent = loop.now() - 0.5});
             if (ms) {
                 situation.pings.back().reply = situation.pings.back().sent + *ms / 1000;
             }
@@ -36,9 +37,16 @@ protected:
         }
     }
 
-    void goDown(int fromHop) {
+    /// Right after a ping and a probe.
+    void cut(int fromHop) {
+        loop.advance(0.2);
         network.silentFrom = fromHop;
+        run(1);
         hostMs.reset();
+    }
+
+    void goDown(int fromHop) {
+        cut(fromHop);
         run(4);
         situation.trouble = Trouble::down;
     }
@@ -103,6 +111,23 @@ TEST_F(DiagnosticianTest, IsNamedWithinFiveSecondsOfDown) {
     EXPECT_EQ(told(), "provider");
     EXPECT_EQ(diagnostician.path().size(), 5U);
 }
+
+/// So many seconds after the first probe.
+class CutWhileLearning : public DiagnosticianTest, public testing::WithParamInterface<int> {};
+
+TEST_P(CutWhileLearning, AnAnswerFromBeforeTheCutProvesNothing) {
+    run(GetParam());
+    cut(4);
+    run(2);
+    situation.trouble = Trouble::degraded; // so it is called first
+    for (int second = 0; second < 20; ++second) {
+        run(1);
+        situation.trouble = second < 5 ? Trouble::degraded : Trouble::down;
+        EXPECT_THAT(told(), testing::AnyOf("nothing", "unclear", "beyondProvider"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(EachSecond, CutWhileLearning, testing::Range(12, 18));
 
 TEST_F(DiagnosticianTest, AtMostOneProbeASecondIsSentWhileDown) {
     run(60);

@@ -52,6 +52,15 @@ Evidence overWifi(Evidence evidence, int signalDbm) {
     });
 }
 
+/// The host is in this machine's own network.
+Evidence nextDoor(Evidence evidence) {
+    return with(std::move(evidence), [](Evidence& it) {
+        it.hops.erase(it.hops.begin(), it.hops.begin() + hostHop);
+        it.router.reset();
+        it.neighbor = NeighborState::unknown;
+    });
+}
+
 Evidence loaded(double sentMbit, double receivedMbit, double seconds, double extraMs) {
     return with(lateFrom(firstProviderHop, extraMs), [&](Evidence& it) {
         it.load = {.sentMbit = sentMbit, .receivedMbit = receivedMbit, .seconds = seconds};
@@ -148,6 +157,23 @@ INSTANTIATE_TEST_SUITE_P(
     caseName);
 
 INSTANTIATE_TEST_SUITE_P(
+    InTheOwnNetwork, Diagnoses,
+    testing::Values(
+        Case{
+            "SilentHost", nextDoor(downFrom(hostHop)),
+            "host possible: 203.0.113.9, in your own network, does not answer."},
+        Case{
+            "LossyHost", nextDoor(lossyFrom(hostHop, 4)),
+            "host possible: 203.0.113.9, in your own network, loses answers."},
+        Case{
+            "LateHost", nextDoor(lateFrom(hostHop, 200)),
+            "host possible: 203.0.113.9, in your own network, answers late."},
+        Case{
+            "BehindWeakWifi", overWifi(nextDoor(downFrom(hostHop)), -82),
+            "wifi possible: The Wi-Fi signal is weak (-82 dBm), and 203.0.113.9 does not answer."}),
+    caseName);
+
+INSTANTIATE_TEST_SUITE_P(
     OnThePath, Diagnoses,
     testing::Values(
         Case{
@@ -201,6 +227,26 @@ INSTANTIATE_TEST_SUITE_P(
             "late."}),
     caseName);
 
+/// Of ten pings five are lost, so many of them at the end.
+Evidence turning(std::ptrdiff_t lostAtTheEnd) {
+    return with(lossyFrom(hostsRouterHop, 5), [&](Evidence& it) {
+        std::rotate(it.pings.begin(), it.pings.begin() + lostAtTheEnd, it.pings.end());
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    WhileTheWayIsFailing, Diagnoses,
+    testing::Values(
+        Case{
+            "ThreeLost", turning(3),
+            "beyondProvider possible: The provider's network answers up to 198.51.100.7; loss begins after "
+            "it."},
+        Case{
+            "TwoLost", turning(2),
+            "beyondProvider likely: The provider's network answers up to 198.51.100.7; loss begins after "
+            "it."}),
+    caseName);
+
 INSTANTIATE_TEST_SUITE_P(
     NoProof, Diagnoses,
     testing::Values(
@@ -247,6 +293,16 @@ INSTANTIATE_TEST_SUITE_P(
                     }
                 }),
             "provider possible: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
+        Case{
+            "NoProvidersRouterEverAnsweredAndTheHostsDoes",
+            with(
+                lossyFrom(hostsRouterHop, 5),
+                [](Evidence& it) {
+                    for (const std::size_t hop : {firstProviderHop, lastProviderHop}) {
+                        it.hops[hop] = {.samples = samples(0, 3, 0)};
+                    }
+                }),
+            "provider possible: Your router answers in 2 ms; beyond it 50% of the answers are lost."},
         Case{
             "NoPath", with(downFrom(0), [](Evidence& it) { it.hops.clear(); }),
             "unclear possible: What is wrong is not clear yet."},

@@ -7,13 +7,17 @@ namespace tarnwick {
 namespace {
 
 /// The last one is the host.
-std::size_t endOf(const std::vector<std::string>& addresses) {
+std::vector<HopEvidence> pathOver(const std::vector<std::string>& addresses) {
     std::vector<HopEvidence> hops;
     for (const std::string& address : addresses) {
         hops.push_back({.address = address});
     }
     hops.back().isHost = true;
-    return endOfProvider(hops);
+    return hops;
+}
+
+std::size_t endOf(const std::vector<std::string>& addresses) {
+    return endOfProvider(pathOver(addresses));
 }
 
 TEST(ProviderNetwork, IsTheNetworkOfTheFirstPublicAddress) {
@@ -25,6 +29,16 @@ TEST(ProviderNetwork, IncludesHopsWithInternalAddressesAndSilentOnes) {
     EXPECT_EQ(
         endOf({"192.168.1.1", "100.64.0.1", "", "10.2.3.4", "198.51.100.1", "203.0.113.1", "203.0.113.9"}),
         5);
+}
+
+TEST(ProviderNetwork, IsNotKnownBehindTwoHopsThatNeverAnswer) {
+    const std::string provider = "198.51.100.1", host = "203.0.113.9";
+    EXPECT_TRUE(isProviderKnown(pathOver({"192.168.1.1", "", provider, host})));
+    EXPECT_FALSE(isProviderKnown(pathOver({"192.168.1.1", "", "", provider, host})));
+    EXPECT_TRUE(isProviderKnown(pathOver({"192.168.1.1", "", "10.1.2.3", "", provider, host})));
+    EXPECT_TRUE(isProviderKnown(pathOver({"192.168.1.1", provider, "", "", host})));
+    EXPECT_TRUE(isProviderKnown(pathOver({"192.168.1.1", host})));
+    EXPECT_FALSE(isProviderKnown(pathOver({"192.168.1.1", "", "", host})));
 }
 
 TEST(ProviderNetwork, EndsBeforeTheHost) {
