@@ -121,7 +121,7 @@ SCENARIOS = (
     Scenario("the host's router is down", (Down(HOST_ROUTER),), (BEYOND_PROVIDER, THE_HOST), DOWN),
     # Between the home router and the host's everybody is silent: more than that can't be known.
     Scenario("the way beyond a silent provider loses much", (*_silent(PROVIDER_1, PROVIDER_2), Loss(TRANSIT, 0.3)),
-             (BEYOND_PROVIDER,), DEGRADED, unclear=True),
+             (BEYOND_PROVIDER, PROVIDER), DEGRADED, unclear=True),
     Scenario("the way beyond the provider is cut, and all routers answer once a second",
              (*(ProbeAnswers(router, per_second=1) for router in ROUTERS), Cut(TRANSIT)), (BEYOND_PROVIDER,), DOWN,
              unclear=True),
