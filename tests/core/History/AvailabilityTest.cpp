@@ -13,7 +13,7 @@ using test::between;
 using test::goodPeriods;
 using test::outage;
 
-constexpr double hour = 3600;
+constexpr double anHour = 3600;
 const Span tenHours = between("2026-01-01 00:00", "2026-01-01 10:00");
 
 History watchedThroughout() {
@@ -25,14 +25,14 @@ History watchedThroughout() {
 TEST(Availability, IsWholeWithoutOutages) {
     const Availability found = availabilityIn(watchedThroughout(), tenHours);
 
-    EXPECT_EQ(found, Availability{.watched = 10 * hour});
+    EXPECT_EQ(found, Availability{.watched = 10 * anHour});
     EXPECT_EQ(found.percent(), 100);
 }
 
 TEST(Availability, OfATimeWithoutPingsIsUnknown) {
     const Availability found = availabilityIn({.until = tenHours.to}, tenHours);
 
-    EXPECT_EQ(found, Availability{.notWatched = 10 * hour});
+    EXPECT_EQ(found, Availability{.notWatched = 10 * anHour});
     EXPECT_EQ(found.percent(), std::nullopt);
 }
 
@@ -56,7 +56,7 @@ TEST(Availability, CountsAnOutageThatLastsUpToTheEnd) {
     History history = watchedThroughout();
     history.episodes = {{.start = at("2026-01-01 09:00")}};
 
-    EXPECT_EQ(availabilityIn(history, tenHours).down, hour);
+    EXPECT_EQ(availabilityIn(history, tenHours).down, anHour);
 }
 
 TEST(Availability, CountsOverlappingOutagesOnce) {
@@ -64,7 +64,7 @@ TEST(Availability, CountsOverlappingOutagesOnce) {
     history.episodes = {
         outage("2026-01-01 01:00", "2026-01-01 02:00"), outage("2026-01-01 01:30", "2026-01-01 02:00")};
 
-    EXPECT_EQ(availabilityIn(history, tenHours).down, hour);
+    EXPECT_EQ(availabilityIn(history, tenHours).down, anHour);
 }
 
 TEST(Availability, LeavesOutTheTimeAsleep) {
@@ -78,7 +78,7 @@ TEST(Availability, LeavesOutTheTimeAsleep) {
 
     const Availability found = availabilityIn(history, tenHours);
 
-    EXPECT_EQ(found, (Availability{.watched = 4 * hour, .down = hour, .asleep = 6 * hour}));
+    EXPECT_EQ(found, (Availability{.watched = 4 * anHour, .down = anHour, .asleep = 6 * anHour}));
     EXPECT_EQ(found.percent(), 75);
 }
 
@@ -92,7 +92,8 @@ TEST(Availability, TellsPausesAndTheRestApart) {
 
     EXPECT_EQ(
         availabilityIn(history, tenHours),
-        (Availability{.watched = 4 * hour, .asleep = hour, .paused = 2 * hour, .notWatched = 3 * hour}));
+        (Availability{
+            .watched = 4 * anHour, .asleep = anHour, .paused = 2 * anHour, .notWatched = 3 * anHour}));
 }
 
 TEST(Availability, SeesOnlyItsSpan) {
@@ -101,7 +102,7 @@ TEST(Availability, SeesOnlyItsSpan) {
 
     const Availability found = availabilityIn(history, between("2026-01-01 02:30", "2026-01-01 04:30"));
 
-    EXPECT_EQ(found, (Availability{.watched = 2 * hour, .down = hour / 2}));
+    EXPECT_EQ(found, (Availability{.watched = 2 * anHour, .down = anHour / 2}));
 }
 
 TEST(Availability, StaysInItsBoundsAfterTheClockWasSetBack) {
@@ -113,7 +114,7 @@ TEST(Availability, StaysInItsBoundsAfterTheClockWasSetBack) {
 
     const Availability found = availabilityIn(history, tenHours);
 
-    EXPECT_EQ(found, Availability{.watched = 10 * hour});
+    EXPECT_EQ(found, Availability{.watched = 10 * anHour});
 }
 
 TEST(Availability, IsNeverBelowZero) {
