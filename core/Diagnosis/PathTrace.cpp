@@ -73,9 +73,16 @@ void PathTrace::answered(std::uint64_t id, const std::string& sender, bool isHos
     if (sample == samples_.end() || sample->ms || at - sample->sentAt > patience) {
         return;
     }
+    Hop& hop = hops_[indexOf(sample->hopLimit)];
+    const bool isKnown = std::ranges::find(hop.quietSenders, sender) != hop.quietSenders.end();
+    if (sample->isQuiet && !isKnown) {
+        hop.quietSenders.push_back(sender);
+    } else if (!isHost && !isKnown && !hop.quietSenders.empty()) {
+        return;
+    }
     constexpr double msPerSecond = 1000;
     sample->ms = std::max(0.0, at - sample->sentAt) * msPerSecond;
-    hops_[indexOf(sample->hopLimit)].address = sender;
+    hop.address = sender;
     if (isHost && (!hostAt_ || sample->hopLimit < *hostAt_)) {
         hostAt_ = sample->hopLimit;
     }

@@ -49,8 +49,9 @@ public:
     /// The probe to send now; nothing before `nextProbeAt`, and when all has been learnt.
     [[nodiscard]] std::optional<Probe> probe(double now);
 
-    /// `sender`: a router that the hop limit ended at, or the host. Unknown ids and second answers are
-    /// ignored.
+    /// `sender`: a router that the hop limit ended at, or the host. Ignored are unknown ids, second answers
+    /// and, while the path is watched, senders that were not at that hop while all was well: a forged error
+    /// is likelier then than a new way.
     void answered(std::uint64_t id, const std::string& sender, bool isHost, double at);
 
     /// The path, with the samples of the probes that were sent from `since` on and have been answered or can
@@ -72,7 +73,8 @@ private:
 
     struct Hop {
         std::string address;
-        int probes = 0; ///< in this mode
+        std::vector<std::string> quietSenders{}; ///< who has answered while all was well
+        int probes = 0;                          ///< in this mode
     };
 
     [[nodiscard]] std::optional<int> nextToLearn() const;

@@ -34,12 +34,18 @@ constexpr std::size_t largestMessage = 1024;
 struct Message {
     std::span<const std::uint8_t> content;
     double at;
-    sockaddr_storage from; ///< of a reply
+    sockaddr_storage from; ///< of a reply: its sender; of an error: where the request went
     std::optional<sock_extended_err> error;
     sockaddr_storage offender; ///< who sent the error
 };
 
-std::string numericSender(const sockaddr_storage& address) {
+/// A request whose answer may still come.
+struct Asked {
+    std::uint64_t id;
+    std::string host;
+};
+
+std::string numericAddress(const sockaddr_storage& address) {
     std::array<char, NI_MAXHOST> text{};
     const socklen_t size = address.ss_family == AF_INET ? sizeof(sockaddr_in) : sizeof(sockaddr_in6);
     const auto* generic = reinterpret_cast<const sockaddr*>(&address);
@@ -66,14 +72,16 @@ std::optional<AnswerKind> kindOf(const sock_extended_err& error) {
         if (error.ee_type == ICMP_TIME_EXCEEDED && error.ee_code == ICMP_EXC_TTL) {
             return AnswerKind::timeExceeded;
         }
-        if (error.ee_type == ICMP_DEST_UNREACH && error.ee_code != ICMP_FRAG_NEEDED) {
+        if (error.ee_type == ICMP_DEST_UNREACH && error.ee_code <= NR_ICMP_UNREACH
+            && error.ee_code != ICMP_FRAG_NEEDED) {
             return AnswerKind::unreachable;
         }
     } else if (error.ee_origin == SO_EE_ORIGIN_ICMP6) {
         if (error.ee_type == ICMP6_TIME_EXCEEDED && error.ee_code == ICMP6_TIME_EXCEED_TRANSIT) {
             return AnswerKind::timeExceeded;
         }
-        if (error.ee_type == ICMP6_DST_UNREACH) {
+        constexpr std::uint8_t lastUnreachableCode = 8; // of all that are assigned
+        if (error.ee_type == ICMP6_DST_UNREACH && error.ee_code <= lastUnreachableCode) {
             return AnswerKind::unreachable;
         }
     }
@@ -91,7 +99,9 @@ public:
 
     bool send(std::uint64_t id, const ResolvedAddress& to, int hopLimit) override {
         wallAhead_ = wallAheadOfMonotonic();
-        outstanding_.push_back(id);
+        sockaddr_storage host{};
+        std::memcpy(&host, to.sockaddr.data(), std::min(sizeof host, to.sockaddr.size()));
+        outstanding_.push_back({.id = id, .host = numericAddress(host)});
         if (outstanding_.size() > mostOutstanding) {
             outstanding_.pop_front();
         }
@@ -112,7 +122,7 @@ public:
                 return ProbeAnswer{
                     .kind = AnswerKind::reply,
                     .id = *id,
-                    .sender = numericSender(message->from),
+                    .sender = numericAddress(message->from),
                     .at = message->at};
             }
         }
@@ -163,22 +173,24 @@ private:
         if (!kind || !quoted || message.offender.ss_family != family_) {
             return std::nullopt;
         }
-        const auto hasSequence = [&](std::uint64_t id) { return (id & 0xFFFF) == quoted->sequence; };
-        const auto asked = std::ranges::find_if(outstanding_, hasSequence);
-        if (asked == outstanding_.end() || (quoted->id && *quoted->id != *asked)) {
+        const auto isQuoted = [&, host = numericAddress(message.from)](const Asked& one) {
+            return (one.id & 0xFFFF) == quoted->sequence && one.host == host;
+        };
+        const auto asked = std::ranges::find_if(outstanding_, isQuoted);
+        if (asked == outstanding_.end() || (quoted->id && *quoted->id != asked->id)) {
             return std::nullopt;
         }
         return ProbeAnswer{
-            .kind = *kind, .id = *asked, .sender = numericSender(message.offender), .at = message.at};
+            .kind = *kind, .id = asked->id, .sender = numericAddress(message.offender), .at = message.at};
     }
 
     [[nodiscard]] bool isOutstanding(std::uint64_t id) const {
-        return std::ranges::find(outstanding_, id) != outstanding_.end();
+        return std::ranges::find(outstanding_, id, &Asked::id) != outstanding_.end();
     }
 
     std::int32_t family_;
     IcmpSocket socket_;
-    std::deque<std::uint64_t> outstanding_;
+    std::deque<Asked> outstanding_;
     std::array<std::uint8_t, largestMessage> buffer_{};
     double wallAhead_ = 0;  ///< at the last request
     RunLoop::Handle watch_; // last member: ends before the descriptor is closed

@@ -185,5 +185,55 @@ TEST_F(PathTraceTest, ALongTroubleKeepsTheQuietTime) {
     EXPECT_GE(trace.hops(4990, 5000)[0].samples.size(), 2U);
 }
 
+TEST_F(PathTraceTest, InTroubleOnlyWhoHasAnsweredAtAHopBeforeSpeaksForIt) {
+    trace.learn(100);
+    path.run(trace, 200);
+    trace.watch(300, 299);
+    const auto forged = trace.probe(300);
+    trace.answered(forged->id, "198.51.100.77", false, 300.001);
+    EXPECT_EQ(trace.hops(300, 303).front().samples, (std::vector<HopSample>{{}}));
+
+    trace.answered(forged->id, fourHops.front(), false, 300.002);
+
+    EXPECT_TRUE(trace.hops(300, 303).front().samples.front().ms);
+    EXPECT_EQ(trace.hops(300, 303).front().address, fourHops.front());
+}
+
+TEST_F(PathTraceTest, RoutersThatTakeTurnsAtAHopAllSpeakForIt) {
+    trace.learn(100);
+    for (const char* const sender : {"192.0.2.1", "192.0.2.2"}) {
+        const double now = trace.nextProbeAt();
+        trace.answered(trace.probe(now)->id, sender, false, now);
+        for (std::size_t hop = 1; hop < fourHops.size(); ++hop) {
+            const double later = trace.nextProbeAt();
+            trace.answered(trace.probe(later)->id, fourHops[hop], hop == fourHops.size() - 1, later);
+        }
+    }
+    trace.watch(300, 299);
+
+    const auto probe = trace.probe(300);
+    trace.answered(probe->id, "192.0.2.2", false, 300.001);
+
+    EXPECT_TRUE(trace.hops(300, 303).front().samples.front().ms);
+}
+
+TEST_F(PathTraceTest, TheHostSpeaksForItselfAtAnyHop) {
+    trace.learn(100);
+    path.run(trace, 200);
+    trace.watch(300, 299);
+
+    trace.answered(trace.probe(300)->id, fourHops.back(), true, 300.001);
+
+    EXPECT_EQ(trace.hops(300, 303).size(), 1U);
+}
+
+TEST_F(PathTraceTest, WhereNobodyAnsweredBeforeAnyoneMay) {
+    trace.watch(300, 299);
+
+    trace.answered(trace.probe(300)->id, "198.51.100.77", false, 300.001);
+
+    EXPECT_EQ(trace.hops(300, 303).front().address, "198.51.100.77");
+}
+
 } // namespace
 } // namespace tarnwick
