@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace test;
 
-constexpr std::int64_t minutesOfADay = 1440;
+constexpr std::int64_t minutesInADay = 1440;
 
 class SqliteJournalTest : public testing::Test {
 protected:
@@ -211,7 +211,7 @@ TEST_F(SqliteJournalTest, MergesMinutesOfAWeekAgoToQuarterHours) {
         sum.merge(minuteOf(minute, static_cast<double>(minute + 1)).figures);
     }
     ASSERT_TRUE(journal.write(batchOf(15)));
-    ASSERT_TRUE(journal.write(batchOf(7 * minutesOfADay + 20)));
+    ASSERT_TRUE(journal.write(batchOf(7 * minutesInADay + 20)));
 
     const History history = allOf(journal);
     ASSERT_EQ(history.periods.size(), 3U);
@@ -223,11 +223,11 @@ TEST_F(SqliteJournalTest, MergesMinutesOfAWeekAgoToQuarterHours) {
 
 TEST_F(SqliteJournalTest, MergesQuarterHoursAndLateMinutesToHours) {
     ASSERT_TRUE(journal.write(batchOf(0)));
-    ASSERT_TRUE(journal.write(batchOf(20 * minutesOfADay))); // the first one is of a quarter hour now
+    ASSERT_TRUE(journal.write(batchOf(20 * minutesInADay))); // the first one is of a quarter hour now
     ASSERT_TRUE(journal.write(batchOf(16)));                 // the clock was set back
-    ASSERT_TRUE(journal.write(batchOf(100 * minutesOfADay)));
+    ASSERT_TRUE(journal.write(batchOf(100 * minutesInADay)));
     ASSERT_TRUE(journal.write(batchOf(17))); // again
-    ASSERT_TRUE(journal.write(batchOf(100 * minutesOfADay + 60)));
+    ASSERT_TRUE(journal.write(batchOf(100 * minutesInADay + 60)));
 
     const History history = allOf(journal);
     ASSERT_EQ(history.periods.size(), 4U);
@@ -238,7 +238,7 @@ TEST_F(SqliteJournalTest, MergesQuarterHoursAndLateMinutesToHours) {
 }
 
 TEST_F(SqliteJournalTest, TidiesOnceAnHour) {
-    const std::int64_t week = 7 * minutesOfADay;
+    const std::int64_t week = 7 * minutesInADay;
     ASSERT_TRUE(journal.write(batchOf(0)));
     ASSERT_TRUE(journal.write(batchOf(week + 1))); // the quarter hour is not old enough yet
     ASSERT_TRUE(journal.write(batchOf(week + 20)));
@@ -248,7 +248,7 @@ TEST_F(SqliteJournalTest, TidiesOnceAnHour) {
 }
 
 TEST_F(SqliteJournalTest, ForgetsWhatIsOlderThanTwoYears) {
-    const std::int64_t twoYears = 730 * minutesOfADay;
+    const std::int64_t twoYears = 730 * minutesInADay;
     Journal::Batch old = batchOf(0);
     old.host = "forgotten.example";
     old.episodes = {{.start = minuteNumber(0), .end = minuteNumber(1)}};
