@@ -1,6 +1,7 @@
 #include "core/Diagnosis/Diagnosis.h"
 
 #include "core/Diagnosis/FaultPlace.h"
+#include "core/Diagnosis/NameVerdict.h"
 #include "core/Diagnosis/PathVerdict.h"
 #include "core/Text.h"
 
@@ -20,8 +21,6 @@ constexpr double shortestLoad = 2;
 constexpr double leastLoad = 1;
 /// Milliseconds that a full queue adds at least, to be told from what networks do anyway.
 constexpr double leastQueue = 40;
-/// Seconds from which a lookup counts as late: the resolver has tried a second time by then, or nearly so.
-constexpr double lateLookupMs = 1500;
 
 Verdict certain(Blame blame, std::string evidence) {
     return {.blame = blame, .likelihood = Likelihood::certain, .evidence = std::move(evidence)};
@@ -69,77 +68,6 @@ std::optional<Verdict> refusedBySystem(const Evidence& evidence) {
     return certain(Blame::thisComputer, "This computer can't send: " + *evidence.socketError + ".");
 }
 
-/// The server that answered worst, of those that were asked.
-const NameServerEvidence* worstServer(const Evidence& evidence) {
-    const auto worst = std::ranges::min_element(evidence.nameServers, {}, &NameServerEvidence::answer);
-    return worst == evidence.nameServers.end() ? nullptr : &*worst;
-}
-
-Verdict missingName(const Evidence& evidence, const NameServerEvidence& server) {
-    const bool lastAnswers = evidence.lastAddress && evidence.lastAddressAnswers.value_or(false);
-    const std::string who = "Name server " + server.address;
-    switch (server.answer) {
-    case NameServerEvidence::Answer::none:
-        break;
-    case NameServerEvidence::Answer::failed:
-        return {
-            .blame = Blame::nameServer,
-            .likelihood = lastAnswers ? Likelihood::certain : Likelihood::possible,
-            .evidence = who + " fails to look up " + evidence.host + "."};
-    case NameServerEvidence::Answer::refused:
-        return {
-            .blame = Blame::nameServer,
-            .likelihood = lastAnswers ? Likelihood::certain : Likelihood::likely,
-            .evidence = who + " refuses to answer."};
-    case NameServerEvidence::Answer::noSuchName:
-        return {
-            .blame = lastAnswers ? Blame::nameServer : Blame::host,
-            .likelihood = Likelihood::likely,
-            .evidence = who + " knows no " + evidence.host + "."};
-    case NameServerEvidence::Answer::found:
-        return {
-            .blame = Blame::nameServer,
-            .likelihood = Likelihood::possible,
-            .evidence = who + " has found " + evidence.host + " only now."};
-    }
-    if (lastAnswers) {
-        return certain(
-            Blame::nameServer,
-            who + " does not answer; " + *evidence.lastAddress + ", the host's last address, does.");
-    }
-    return {
-        .blame = Blame::nameServer,
-        .likelihood = Likelihood::possible,
-        .evidence = who + " does not answer."};
-}
-
-/// Only where the way is not what keeps name servers from answering.
-std::optional<Verdict> nameServer(const Evidence& evidence) {
-    const NameServerEvidence* const server = worstServer(evidence);
-    if (!evidence.isNameMissing || server == nullptr) {
-        return std::nullopt;
-    }
-    const bool isWayBad = evidence.lastAddressAnswers == false || evidence.neighbor == NeighborState::failed;
-    const bool mayBeCutOff = server->answer <= NameServerEvidence::Answer::failed;
-    if (mayBeCutOff && isWayBad) {
-        return std::nullopt;
-    }
-    return missingName(evidence, *server);
-}
-
-std::optional<Verdict> lateName(const Evidence& evidence) {
-    for (const NameServerEvidence& server : evidence.nameServers) {
-        if (evidence.trouble == Trouble::degraded && server.ms && *server.ms >= lateLookupMs) {
-            return Verdict{
-                .blame = Blame::nameServer,
-                .likelihood = Likelihood::possible,
-                .evidence =
-                    "Name server " + server.address + " took " + Text::whole(*server.ms) + " ms to answer."};
-        }
-    }
-    return std::nullopt;
-}
-
 /// A hint: the load explains the delay, whoever made the queue so long.
 std::optional<Verdict> ownLoad(const Evidence& evidence) {
     const LoadEvidence& load = evidence.load;
@@ -181,8 +109,9 @@ Verdict unclear(const Evidence& evidence) {
 
 std::optional<Verdict> diagnose(const Evidence& evidence) {
     // What the machine itself knows for sure stands before what is concluded.
-    constexpr std::array<Rule, 8> rules{noNetwork,  refusedBySystem, signIn,      failedRouter,
-                                        nameServer, ownLoad,         pathVerdict, lateName};
+    constexpr std::array<Rule, 9> rules{noNetwork,    refusedBySystem,    signIn,
+                                        failedRouter, missingNameVerdict, lateNameVerdict,
+                                        ownLoad,      pathVerdict,        slowServerVerdict};
     if (evidence.trouble == Trouble::none) {
         return std::nullopt;
     }

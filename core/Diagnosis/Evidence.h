@@ -80,7 +80,8 @@ struct Evidence {
     std::optional<std::string> address{};         ///< that is pinged
     double silentSeconds = 0;                     ///< since the host's last answer
     std::optional<std::string> socketError{};     ///< why nothing can be sent, in the system's words
-    bool isNameMissing = false;                   ///< the name can't be resolved
+    bool isNameMissing = false;                   ///< the name can't be resolved, or not in time
+    bool isNameLate = false;                      ///< it was found late, and nothing else is wrong
     std::vector<HopSample> pings{};               ///< since things went wrong, oldest first
     std::optional<double> quietMs = std::nullopt; ///< the host's median while all was well
     std::optional<LinkEvidence> link = std::nullopt;

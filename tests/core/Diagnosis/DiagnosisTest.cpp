@@ -40,8 +40,10 @@ Evidence withoutName(Answer answer, std::optional<bool> lastAddressAnswers = std
         it.hops.clear();
         it.pings.clear();
         it.nameServers = {{.address = "192.0.2.53", .answer = answer}};
-        it.lastAddress = hostAddress;
-        it.lastAddressAnswers = lastAddressAnswers;
+        if (lastAddressAnswers) {
+            it.lastAddress = hostAddress;
+            it.lastAddressAnswers = lastAddressAnswers;
+        }
     });
 }
 
@@ -357,6 +359,56 @@ INSTANTIATE_TEST_SUITE_P(
         Case{
             "FailsAndTheLastAddressIsSilent", withoutName(Answer::failed, false),
             "unclear possible: What is wrong is not clear yet."},
+        Case{
+            "SilentWhileTheLastAddressIsNotKnownToAnswer",
+            with(withoutName(Answer::none), [](Evidence& it) { it.lastAddress = hostAddress; }),
+            "unclear possible: What is wrong is not clear yet."},
+        Case{
+            "FoundOnlyNow", withoutName(Answer::found),
+            "nameServer possible: Name server 192.0.2.53 has found one.example only now."},
+        Case{
+            "FoundLate", with(withoutName(Answer::found), [](Evidence& it) { it.nameServers[0].ms = 1500; }),
+            "nameServer likely: Name server 192.0.2.53 took 1500 ms to answer."},
+        Case{
+            "OfTwoThatFindItTheSlowerOne",
+            with(
+                withoutName(Answer::found),
+                [](Evidence& it) {
+                    it.nameServers = {
+                        {.address = "192.0.2.53", .answer = Answer::found, .ms = 2},
+                        {.address = "192.0.2.54", .answer = Answer::found, .ms = 1600}};
+                }),
+            "nameServer likely: Name server 192.0.2.54 took 1600 ms to answer."},
+        Case{
+            "NoServerWasAskedAndTheLastAddressAnswers",
+            with(withoutName(Answer::none, true), [](Evidence& it) { it.nameServers.clear(); }),
+            "unclear possible: one.example can't be found; 203.0.113.9, its last address, answers."},
+        Case{
+            "NoServerWasAskedAndTheLastAddressIsSilent",
+            with(withoutName(Answer::none, false), [](Evidence& it) { it.nameServers.clear(); }),
+            "unclear possible: What is wrong is not clear yet."},
+        Case{
+            "NothingButALateLookup",
+            with(
+                quiet(),
+                [](Evidence& it) {
+                    it.trouble = Trouble::degraded;
+                    it.isNameLate = true;
+                    it.nameServers = {{.address = "192.0.2.53", .answer = Answer::found, .ms = 1500}};
+                }),
+            "nameServer likely: Name server 192.0.2.53 took 1500 ms to answer."},
+        Case{
+            "NothingButALateLookupPastASilentServer",
+            with(
+                quiet(),
+                [](Evidence& it) {
+                    it.trouble = Trouble::degraded;
+                    it.isNameLate = true;
+                    it.nameServers = {
+                        {.address = "192.0.2.53", .answer = Answer::none},
+                        {.address = "192.0.2.54", .answer = Answer::found, .ms = 2}};
+                }),
+            "nameServer likely: Name server 192.0.2.53 does not answer."},
         Case{
             "Refuses", withoutName(Answer::refused),
             "nameServer likely: Name server 192.0.2.53 refuses to answer."},
