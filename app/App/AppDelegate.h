@@ -21,6 +21,8 @@
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/ItemFinder.h"
 #include "platform/bus/LogindSleepMonitor.h"
+#include "platform/bus/NetworkManagerConnectivity.h"
+#include "platform/dns/DirectNameServerCheck.h"
 #include "platform/linux/KernelLinkInspector.h"
 #include "platform/linux/ProgramReplacement.h"
 #include "platform/linux/RoutePathMonitor.h"
@@ -88,8 +90,10 @@ private:
     SystemPingNetwork network_;
     SystemProbeNetwork probes_;
     KernelLinkInspector link_;
+    DirectNameServerCheck nameServers_;
     RoutePathMonitor path_;
     BusConnection systemBus_;
+    NetworkManagerConnectivity connectivity_;
     LogindSleepMonitor sleep_;
     DesktopNotificationCenter notifications_;
     std::unique_ptr<LoginItem> loginItem_;

@@ -2,11 +2,13 @@
 
 #include "core/Diagnosis/Diagnosis.h"
 #include "core/Diagnosis/Median.h"
+#include "core/Diagnosis/NameVerdict.h"
 
 #include <algorithm>
 #include <iterator>
 #include <random>
 #include <ranges>
+#include <sys/socket.h>
 #include <utility>
 #include <variant>
 
@@ -40,6 +42,12 @@ constexpr double loadWorthTheName = 1;
 /// At a word for each probe, more than anyone looks back on.
 constexpr std::size_t mostWords = 64;
 
+/// Seconds from one question to the next.
+constexpr double betweenNameQueries = 5;
+constexpr double betweenConnectivityQuestions = 10;
+/// Enough for every way.
+constexpr int mostHopsOfAPing = 64;
+
 std::uint64_t randomId() {
     std::random_device source;
     return std::uniform_int_distribution<std::uint64_t>(0, std::uint64_t{1} << 32)(source);
@@ -47,14 +55,22 @@ std::uint64_t randomId() {
 
 } // namespace
 
-Diagnostician::Diagnostician(RunLoop& loop, ProbeNetwork& network, LinkInspector& link)
-    : loop_(loop), network_(network), link_(link), trace_(randomId()) {
+Diagnostician::Diagnostician(RunLoop& loop, const DiagnosisSources& sources)
+    : loop_(loop),
+      sources_(sources),
+      trace_(randomId()),
+      lastAddress_(randomId()),
+      nameServers_(betweenNameQueries),
+      connectivity_(betweenConnectivityQuestions) {
 }
 
 void Diagnostician::tick(const Situation& told) {
     Situation situation = told;
     follow(situation);
-    if (situation.trouble == Trouble::none && isLate(situation)) {
+    lookIntoName(situation);
+    const bool isWellSoFar = situation.trouble == Trouble::none && !isLate(situation);
+    isOnlyNameBad_ = isWellSoFar && hasBadNameServer();
+    if (situation.trouble == Trouble::none && (isOnlyNameBad_ || !isWellSoFar)) {
         situation.trouble = Trouble::degraded;
     }
     noteTrouble(situation, told.trouble == Trouble::none);
@@ -65,6 +81,44 @@ void Diagnostician::tick(const Situation& told) {
     }
     const bool isShown = steady_.update(situation.now, presentVerdict(situation)).has_value();
     path_ = isShown ? trace_.hops(troubleSince(situation), situation.now) : std::vector<HopEvidence>{};
+}
+
+void Diagnostician::lookIntoName(const Situation& situation) {
+    const bool isMissing = isNameMissing(situation);
+    if (isMissing || wasFoundLate(situation)) {
+        nameServers_.askWhenDue(situation.now, [&](auto answer) {
+            const std::int32_t family = address_ ? address_->family : AF_INET;
+            sources_.nameServers.ask(situation.host, family, std::move(answer));
+        });
+    } else {
+        nameServers_.forget();
+    }
+    if (!isMissing) {
+        lastAddress_.forget();
+    } else if (socket_ && address_) {
+        if (const auto id = lastAddress_.probe(situation.now)) {
+            socket_->send(*id, *address_, mostHopsOfAPing);
+        }
+    }
+}
+
+bool Diagnostician::isNameMissing(const Situation& situation) {
+    if (situation.startError) {
+        return situation.startError->kind == PingError::Kind::resolution;
+    }
+    const auto& lookup = situation.lookup;
+    return lookup && !lookup->ended && (situation.now - lookup->begun) * msPerSecond >= lateLookupMs;
+}
+
+bool Diagnostician::wasFoundLate(const Situation& situation) {
+    const auto& lookup = situation.lookup;
+    return lookup && lookup->ended && (*lookup->ended - lookup->begun) * msPerSecond >= lateLookupMs
+           && situation.now - *lookup->ended <= lookBack;
+}
+
+bool Diagnostician::hasBadNameServer() const {
+    return std::ranges::any_of(
+        nameServers_.latest(), [](const NameServerEvidence& server) { return isBad(server); });
 }
 
 void Diagnostician::noteTrouble(const Situation& situation, bool isOnlyLate) {
@@ -117,6 +171,8 @@ bool Diagnostician::isLate(const Situation& situation) const {
 void Diagnostician::pathChanged() {
     hasLearnt_ = false;
     words_.clear();
+    nameServers_.forget();
+    connectivity_.forget();
 }
 
 void Diagnostician::follow(const Situation& situation) {
@@ -124,6 +180,7 @@ void Diagnostician::follow(const Situation& situation) {
         host_ = situation.host;
         lastReply_.reset();
         usualMs_.reset();
+        forgetAddress();
         pathChanged();
     }
     if (situation.address && situation.address != address_) {
@@ -136,13 +193,20 @@ void Diagnostician::follow(const Situation& situation) {
     }
 }
 
+void Diagnostician::forgetAddress() {
+    address_.reset();
+    socket_.reset();
+    trace_ = PathTrace(randomId());
+    lastAddress_.forget();
+}
+
 void Diagnostician::turnTo(const ResolvedAddress& address) {
     const bool needsSocket = !address_ || address_->family != address.family;
     address_ = address;
     pathChanged();
     trace_.rest();
     if (needsSocket) {
-        auto opened = network_.open(address.family, [this] { receive(); });
+        auto opened = sources_.probes.open(address.family, [this] { receive(); });
         auto* const socket = std::get_if<std::unique_ptr<ProbeSocket>>(&opened);
         socket_ = socket != nullptr ? std::move(*socket) : nullptr;
     }
@@ -153,6 +217,7 @@ void Diagnostician::rest(const Situation& situation) {
     linkState_.reset();
     traffic_.reset();
     load_ = {};
+    connectivity_.forget();
     if (trace_.isWatching()) {
         trace_.rest();
         hasLearnt_ = trace_.reachesHost(); // trouble may have come in the middle of it
@@ -174,6 +239,8 @@ bool Diagnostician::isSuspicious(const Situation& situation) const {
 
 void Diagnostician::watch(const Situation& situation) {
     inspectLink();
+    connectivity_.askWhenDue(
+        situation.now, [this](auto answer) { sources_.connectivity.ask(std::move(answer)); });
     if (socket_) {
         trace_.watch(situation.now, troubleSince(situation));
         scheduleProbe();
@@ -181,7 +248,7 @@ void Diagnostician::watch(const Situation& situation) {
 }
 
 void Diagnostician::inspectLink() {
-    link_.inspect(
+    sources_.link.inspect(
         address_, lifeline_.guarded([this](const std::optional<LinkState>& state) { linkInspected(state); }));
 }
 
@@ -239,7 +306,11 @@ void Diagnostician::receive() {
             }
         } else {
             const bool isHost = answer->kind == ProbeAnswer::Kind::reply;
+            // Each ignores the other's.
             trace_.answered(answer->id, answer->sender, isHost, answer->at);
+            if (isHost) {
+                lastAddress_.answered(answer->id, answer->at);
+            }
         }
     }
 }
@@ -289,8 +360,6 @@ Evidence Diagnostician::evidenceOf(const Situation& situation) const {
     if (situation.startError && situation.startError->kind == PingError::Kind::socket) {
         evidence.socketError = situation.startError->text;
     }
-    evidence.isNameMissing =
-        situation.startError && situation.startError->kind == PingError::Kind::resolution;
     for (const PendingPing& ping : situation.pings) {
         if (ping.sent >= since
             && (ping.reply || ping.lost || situation.now - ping.sent > PathTrace::patience)) {
@@ -298,6 +367,8 @@ Evidence Diagnostician::evidenceOf(const Situation& situation) const {
                 {.ms = ping.reply ? std::optional((*ping.reply - ping.sent) * msPerSecond) : std::nullopt});
         }
     }
+    addName(situation, evidence);
+    evidence.connectivity = connectivity_.latest();
     if (linkState_) {
         evidence.link = linkState_->link;
         evidence.router = linkState_->router;
@@ -307,6 +378,20 @@ Evidence Diagnostician::evidenceOf(const Situation& situation) const {
     evidence.hops = trace_.hops(since, situation.now);
     evidence.unreachable = recentWords(situation.now);
     return evidence;
+}
+
+void Diagnostician::addName(const Situation& situation, Evidence& evidence) const {
+    evidence.nameServers = nameServers_.latest();
+    evidence.isNameMissing = isNameMissing(situation);
+    evidence.isNameLate = isOnlyNameBad_ && wasFoundLate(situation);
+    if (!evidence.isNameMissing || !socket_) {
+        return;
+    }
+    evidence.lastAddress = evidence.address;
+    evidence.lastAddressAnswers = lastAddress_.answers(situation.now);
+    // Nothing is pinged meanwhile.
+    std::ranges::copy(
+        lastAddress_.samples(troubleSince(situation), situation.now), std::back_inserter(evidence.pings));
 }
 
 } // namespace tarnwick

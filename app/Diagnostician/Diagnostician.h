@@ -1,6 +1,8 @@
 // Gathers evidence while the connection is bad, and says whose fault it is.
 #pragma once
 
+#include "app/Diagnostician/RepeatedQuestion.h"
+#include "core/Diagnosis/AddressProbes.h"
 #include "core/Diagnosis/PathTrace.h"
 #include "core/Diagnosis/SteadyVerdict.h"
 #include "core/Lifeline.h"
@@ -9,7 +11,9 @@
 #include "core/Prober/ProbeNetwork.h"
 #include "core/ResolvedAddress.h"
 #include "core/RunLoop.h"
+#include "platform/ports/ConnectivityCheck.h"
 #include "platform/ports/LinkInspector.h"
+#include "platform/ports/NameServerCheck.h"
 
 #include <deque>
 #include <memory>
@@ -19,6 +23,12 @@
 
 namespace tarnwick {
 
+/// A lookup of the host's name. Times in monotonic seconds.
+struct Lookup {
+    double begun = 0;
+    std::optional<double> ended = std::nullopt; ///< with an address or without; nothing: it goes on
+};
+
 /// What pinging has brought so far, at one tick. Times in monotonic seconds.
 struct Situation {
     double now = 0;
@@ -26,16 +36,27 @@ struct Situation {
     std::string host{};
     std::optional<ResolvedAddress> address{}; ///< that is pinged
     std::optional<PingError> startError{};
+    std::optional<Lookup> lookup = std::nullopt;  ///< the latest
     std::vector<PendingPing> pings{};             ///< of the scoring window, oldest first
     std::optional<double> usualMs = std::nullopt; ///< the host's median over the last minutes
 };
 
+/// Whom the evidence comes from.
+struct DiagnosisSources {
+    ProbeNetwork& probes;
+    LinkInspector& link;
+    NameServerCheck& nameServers;
+    ConnectivityCheck& connectivity;
+};
+
 /// While all is well it learns the path once, and again after `pathChanged`; otherwise it sends nothing.
-/// While the host is silent or its answers are bad, it probes a hop a second. Main thread.
+/// While the host is silent or its answers are bad, it probes a hop a second; while its name can't be found,
+/// its last address once a second in place of the pings, and each name server every five seconds. Main
+/// thread.
 class Diagnostician {
 public:
     /// All outlive it.
-    Diagnostician(RunLoop& loop, ProbeNetwork& network, LinkInspector& link);
+    Diagnostician(RunLoop& loop, const DiagnosisSources& sources);
 
     Diagnostician(const Diagnostician&) = delete;
     Diagnostician& operator=(const Diagnostician&) = delete;
@@ -65,10 +86,15 @@ private:
     };
 
     void follow(const Situation& situation);
+    void forgetAddress();
     void turnTo(const ResolvedAddress& address);
     void rest(const Situation& situation);
     void noteTrouble(const Situation& situation, bool isOnlyLate);
     [[nodiscard]] std::optional<Verdict> presentVerdict(const Situation& situation) const;
+    void lookIntoName(const Situation& situation);
+    [[nodiscard]] static bool isNameMissing(const Situation& situation);
+    [[nodiscard]] static bool wasFoundLate(const Situation& situation);
+    [[nodiscard]] bool hasBadNameServer() const;
     [[nodiscard]] bool isLate(const Situation& situation) const;
     [[nodiscard]] bool isSuspicious(const Situation& situation) const;
     void watch(const Situation& situation);
@@ -79,14 +105,18 @@ private:
     void sendProbe();
     void receive();
     [[nodiscard]] Evidence evidenceOf(const Situation& situation) const;
+    void addName(const Situation& situation, Evidence& evidence) const;
     [[nodiscard]] std::vector<UnreachableEvidence> recentWords(double now) const;
     [[nodiscard]] double troubleSince(const Situation& situation) const;
     [[nodiscard]] static double silentSince(const Situation& situation);
 
     RunLoop& loop_;
-    ProbeNetwork& network_;
-    LinkInspector& link_;
+    DiagnosisSources sources_;
     PathTrace trace_;
+    AddressProbes lastAddress_;
+    RepeatedQuestion<std::vector<NameServerEvidence>> nameServers_;
+    RepeatedQuestion<Connectivity> connectivity_;
+    bool isOnlyNameBad_ = false; ///< so far, nothing but the lookup of the name is wrong
     SteadyVerdict steady_;
     std::vector<HopEvidence> path_;
     std::string host_;

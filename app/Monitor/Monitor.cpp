@@ -42,8 +42,8 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
       watchdog_(watchdogConfig(prefs), environment.loop.now()),
       identifier_(static_cast<std::uint16_t>(randomBelow(std::uint64_t{1} << 16))),
       nextPingId_(randomBelow(std::uint64_t{1} << 32)) {
-    if (environment.probes != nullptr && environment.link != nullptr) {
-        diagnostician_.emplace(loop_, *environment.probes, *environment.link);
+    if (environment.diagnosis) {
+        diagnostician_.emplace(loop_, *environment.diagnosis);
     }
     publish();
 }
@@ -105,6 +105,7 @@ void Monitor::refreshWatchdogConfig() {
 void Monitor::restartPinger() {
     stopPinging();
     lastStart_ = loop_.now();
+    lookup_ = Lookup{.begun = lastStart_};
     pinger_ = std::make_unique<Pinger>(
         loop_, network_, prefs_.hostname(), identifier_, prefs_.pingTimeout(), place_);
     pinger_->onEvent = [this](const Pinger::Event& event) { handle(event); };
@@ -113,6 +114,9 @@ void Monitor::restartPinger() {
 
 void Monitor::stopPinging() {
     pingTimer_.reset();
+    if (lookup_ && !lookup_->ended) {
+        lookup_.reset();
+    }
     if (pinger_) {
         place_ = pinger_->place();
     }
@@ -160,6 +164,9 @@ void Monitor::addSample(const Sample& sample) {
 
 void Monitor::handle(const Pinger::Event& happened) {
     const PublishAtEnd publishAtEnd(*this);
+    if (lookup_ && !lookup_->ended) {
+        lookup_->ended = loop_.now(); // whatever has happened, it is over
+    }
     const Overloaded visitor{
         [this](const Pinger::Started& started) { pingingStarted(started.address); },
         [this](const Pinger::Switched& switched) { pingsGoTo(switched.address); },

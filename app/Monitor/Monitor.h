@@ -34,9 +34,8 @@ struct MonitorEnvironment {
     StatsStore store;
     /// The shell command that lets this user ping; nothing when this user may.
     std::function<std::optional<std::string>()> missingPingPermission = nullptr;
-    /// For finding out whose fault a bad connection is; null: that is not asked.
-    ProbeNetwork* probes = nullptr;
-    LinkInspector* link = nullptr;
+    /// For finding out whose fault a bad connection is; nothing: that is not asked.
+    std::optional<DiagnosisSources> diagnosis = std::nullopt;
 };
 
 /// Pings, judges, counts, and publishes the outcome as one `Reading`. Main thread.
@@ -190,6 +189,7 @@ private:
     std::vector<PendingPing> pending_; ///< in the scoring window, oldest first
     std::optional<Diagnostician> diagnostician_;
     std::optional<ResolvedAddress> pinged_; ///< the address
+    std::optional<Lookup> lookup_;          ///< the latest, unless it was given up
     std::unique_ptr<Pinger> pinger_;
     std::optional<Pinger::Place> place_; ///< where the last pinger stood; nothing for a new host
     RunLoop::Handle pingTimer_;          ///< only while a pinger has reported that it started

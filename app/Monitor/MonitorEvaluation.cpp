@@ -91,6 +91,7 @@ void Monitor::diagnose(double now) {
          .host = prefs_.hostname(),
          .address = pinged_,
          .startError = measured_.startError,
+         .lookup = lookup_,
          .pings = pending_,
          .usualMs = medianOf(std::move(answers))});
     measured_.verdict = diagnostician_->verdict();

@@ -8,7 +8,10 @@
 #include "core/Prober/SystemProbeNetwork.h"
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/LogindSleepMonitor.h"
+#include "platform/bus/NetworkManagerConnectivity.h"
+#include "platform/dns/DirectNameServerCheck.h"
 #include "platform/linux/KernelLinkInspector.h"
+#include "platform/linux/NameServers.h"
 #include "platform/linux/OwnBundle.h"
 #include "platform/linux/OwnIcons.h"
 #include "platform/linux/PingPermission.h"
@@ -79,10 +82,12 @@ private:
     SystemPingNetwork network_{loop_};
     SystemProbeNetwork probes_{loop_};
     KernelLinkInspector link_{loop_};
+    DirectNameServerCheck nameServers_{loop_, [] { return NameServers::asked(); }};
     RoutePathMonitor path_{loop_};
     BusConnection systemBus_{loop_, BusConnection::systemAddress()};
     // Only for notifications: opened when they are wanted.
     BusConnection sessionBus_{loop_, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded};
+    NetworkManagerConnectivity connectivity_{systemBus_};
     LogindSleepMonitor sleep_{loop_, systemBus_, SuspendedTime::sinceBoot};
     DesktopNotificationCenter notifications_{
         loop_,
@@ -101,8 +106,12 @@ private:
             .notifications = notifications_,
             .store = StatsStore::defaultStore(),
             .missingPingPermission = [] { return PingPermission::grantingCommand(); },
-            .probes = &probes_,
-            .link = &link_,
+            .diagnosis =
+                DiagnosisSources{
+                    .probes = probes_,
+                    .link = link_,
+                    .nameServers = nameServers_,
+                    .connectivity = connectivity_},
         }};
     ProgramReplacement replacement_{loop_, [this] { onReplaced(); }};
 };

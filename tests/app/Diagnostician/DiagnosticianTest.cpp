@@ -1,9 +1,5 @@
 // When evidence is gathered, and what is said of it when.
-#include "app/Diagnostician/Diagnostician.h"
-
-#include "tests/app/Diagnostician/FakeLinkInspector.h"
-#include "tests/app/Diagnostician/FakeProbeNetwork.h"
-#include "tests/simulation/VirtualRunLoop.h"
+#include "tests/app/Diagnostician/DiagnosticianTest.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,60 +12,14 @@ namespace {
 
 using namespace simulation;
 
-const ResolvedAddress address{.family = AF_INET, .sockaddr = {1}, .display = "203.0.113.9"};
 constexpr std::size_t probesToLearn = 15; // three of each of five hops
-
-class DiagnosticianTest : public testing::Test {
-protected:
-    /// A tick a second, with a ping each. The host answers after `hostMs`, or not.
-    void run(double seconds) {
-        for (double second = 0; second < seconds; ++second) {
-            const std::optional<double> ms = hostMs;
-            situation.now = loop.now();
-            situation.pings.push_back({.id = nextId++, .sent = loop.now() - 0.5});
-            if (ms) {
-                situation.pings.back().reply = situation.pings.back().sent + *ms / 1000;
-            }
-            std::erase_if(
-                situation.pings, [&](const PendingPing& ping) { return loop.now() - ping.sent > 30; });
-            diagnostician.tick(situation);
-            loop.advance(1);
-        }
-    }
-
-    /// Right after a ping and a probe.
-    void cut(int fromHop) {
-        loop.advance(0.2);
-        network.silentFrom = fromHop;
-        run(1);
-        hostMs.reset();
-    }
-
-    void goDown(int fromHop) {
-        cut(fromHop);
-        run(4);
-        situation.trouble = Trouble::down;
-    }
-
-    [[nodiscard]] std::string told() const {
-        const auto& verdict = diagnostician.verdict();
-        return verdict ? std::string(nameOf(verdict->blame)) : "nothing";
-    }
-
-    VirtualRunLoop loop;
-    FakeProbeNetwork network{
-        loop, {"192.0.2.1", "198.51.100.1", "198.51.100.7", "203.0.113.1", "203.0.113.9"}};
-    FakeLinkInspector link{loop};
-    Diagnostician diagnostician{loop, network, link};
-    std::optional<double> hostMs = 10;
-    std::uint64_t nextId = 1;
-    Situation situation{.host = "203.0.113.9", .address = address, .usualMs = 10};
-};
 
 TEST_F(DiagnosticianTest, WhileAllIsWellThePathIsLearntOnce) {
     run(600);
 
     EXPECT_EQ(network.sent.size(), probesToLearn);
+    EXPECT_TRUE(names.asked.empty());
+    EXPECT_TRUE(service.asked.empty());
     EXPECT_EQ(told(), "nothing");
     EXPECT_TRUE(diagnostician.path().empty());
 }

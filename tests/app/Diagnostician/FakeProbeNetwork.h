@@ -19,9 +19,13 @@ public:
 
     [[nodiscard]] OpenResult open(std::int32_t /*family*/, std::function<void()> onReadable) override {
         ++opened;
+        if (!hasSockets) {
+            return SocketError{"Operation not permitted"};
+        }
         return std::make_unique<Socket>(*this, std::move(onReadable));
     }
 
+    bool hasSockets = true;
     /// From this hop on (counted from 1) nothing answers; 0: all do.
     int silentFrom = 0;
     /// This hop says that there is no way on; 0: none does.

@@ -1,6 +1,8 @@
 // Whose fault it is, as the monitor publishes and posts it.
 #include "app/Monitor/Monitor.h"
+#include "tests/app/Diagnostician/FakeConnectivityCheck.h"
 #include "tests/app/Diagnostician/FakeLinkInspector.h"
+#include "tests/app/Diagnostician/FakeNameServerCheck.h"
 #include "tests/app/Diagnostician/FakeProbeNetwork.h"
 #include "tests/simulation/FakePathMonitor.h"
 #include "tests/simulation/FakeSleepMonitor.h"
@@ -26,6 +28,8 @@ using testing::StartsWith;
 constexpr std::size_t probesToLearn = 15; // three of each of five hops
 const std::string routerOnly = "Your router answers in 2 ms; nothing beyond it has answered for ";
 
+const std::string name = "one.example";
+
 /// Pings a host behind four routers, every second; it answers after 20 ms.
 class MonitorDiagnosisTest : public testing::Test {
 protected:
@@ -35,6 +39,13 @@ protected:
         path.report(true, {"eth0"});
         monitor.start();
         loop.advance(seconds);
+    }
+
+    /// A host by its name, whose lookup takes so many seconds.
+    void watchName(double lookupSeconds) {
+        network.setHost(name, std::vector{simulation::VirtualNetwork::address("203.0.113.9")}, lookupSeconds);
+        prefs.setHostname(name);
+        watchFor(20);
     }
 
     /// Nothing behind this hop answers; 1: not even the router does.
@@ -74,6 +85,8 @@ protected:
     simulation::FakeProbeNetwork probes{
         loop, {"192.0.2.1", "198.51.100.1", "198.51.100.7", "203.0.113.1", "203.0.113.9"}};
     simulation::FakeLinkInspector link{loop};
+    simulation::FakeNameServerCheck nameServers{loop};
+    simulation::FakeConnectivityCheck connectivity{loop};
     simulation::MemoryDefaults defaults;
     Preferences prefs{defaults};
     MonitorEnvironment environment{
@@ -83,8 +96,8 @@ protected:
         .sleep = sleep,
         .notifications = notifications,
         .store = {folder.path() / "stats.json"},
-        .probes = &probes,
-        .link = &link};
+        .diagnosis = DiagnosisSources{
+            .probes = probes, .link = link, .nameServers = nameServers, .connectivity = connectivity}};
     Monitor monitor{prefs, environment};
 };
 
@@ -174,8 +187,60 @@ TEST_F(MonitorDiagnosisTest, AnotherHostTakesTheVerdictAlong) {
     EXPECT_FALSE(monitor.reading().verdict);
 }
 
+TEST_F(MonitorDiagnosisTest, WhileTheNameIsFoundInTimeNoNameServerIsAsked) {
+    watchName(1.4);
+    path.report(true, {"eth0", "wlan0"});
+    loop.advance(600);
+
+    EXPECT_EQ(network.lookups(name), 2);
+    EXPECT_THAT(nameServers.asked, IsEmpty());
+    EXPECT_THAT(connectivity.asked, IsEmpty());
+}
+
+TEST_F(MonitorDiagnosisTest, ANameThatIsNoLongerFoundIsTheNameServersFault) {
+    watchName(0.1);
+    network.setHost(name, PingError::resolution("Temporary failure in name resolution"));
+    path.report(true, {"eth0", "wlan0"});
+
+    EXPECT_LE(secondsUntil([this] { return hasBlame(); }), 10);
+    EXPECT_EQ(
+        monitor.reading().verdict->evidence,
+        "Name server 192.0.2.53 does not answer; 203.0.113.9, the host's last address, does.");
+    EXPECT_EQ(nameServers.asked.front().host, name);
+}
+
+TEST_F(MonitorDiagnosisTest, SoIsOneWhoseLookupGoesOn) {
+    watchName(0.1);
+    network.setHangingHost(name);
+    path.report(true, {"eth0", "wlan0"});
+
+    EXPECT_LE(secondsUntil([this] { return hasBlame(); }), 10);
+    EXPECT_EQ(monitor.reading().verdict->blame, Blame::nameServer);
+    EXPECT_NE(monitor.reading().status, Monitor::Status::down);
+}
+
+TEST_F(MonitorDiagnosisTest, ALookupThatIsLateIsTheNameServersFaultOnceItHasEnded) {
+    nameServers.servers[0] = {
+        .address = "192.0.2.53", .answer = NameServerEvidence::Answer::found, .ms = 1600};
+    watchName(1.6);
+
+    ASSERT_TRUE(hasBlame());
+    EXPECT_EQ(monitor.reading().verdict->evidence, "Name server 192.0.2.53 took 1600 ms to answer.");
+    EXPECT_EQ(monitor.reading().status, Monitor::Status::up);
+}
+
+TEST_F(MonitorDiagnosisTest, ALookupThatWasGivenUpForAnotherHostIsNotLate) {
+    network.setHangingHost(name);
+    prefs.setHostname(name);
+    watchFor(1);
+    monitor.setHostname("192.0.2.9");
+    loop.advance(60);
+
+    EXPECT_THAT(nameServers.asked, IsEmpty());
+}
+
 TEST_F(MonitorDiagnosisTest, WithoutTheMeansThereIsNone) {
-    environment.probes = nullptr;
+    environment.diagnosis.reset();
     Monitor blind{prefs, environment};
 
     blind.start();
