@@ -6,6 +6,7 @@ from __future__ import annotations
 import argparse
 import collections
 import concurrent.futures
+import contextlib
 import dataclasses
 import json
 import pathlib
@@ -21,6 +22,7 @@ sys.path.insert(0, str(TESTS))
 from endtoend.watch import PATIENCE_SECONDS, Watch, new_home  # noqa: E402
 from lab import LabError, Names  # noqa: E402
 from lab.chain import HOST_NAME, Chain  # noqa: E402
+from lab.network_service import NetworkService  # noqa: E402
 from lab.scenarios import DEGRADED, DOWN, FOUND, NONE, SCENARIOS, UNCLEAR, Scenario, random_scenarios  # noqa: E402
 from lab.topology import ADDRESSES, HOPS, HOST, NAME_SERVER  # noqa: E402
 
@@ -108,23 +110,27 @@ def scenario_named(name: str) -> Scenario:
 
 def play(scenario: Scenario, version: int) -> list[Saying]:
     """Only inside the laboratory."""
-    with tempfile.TemporaryDirectory() as folder, new_home() as home, Chain() as chain:
+    with contextlib.ExitStack() as stack:
+        folder = stack.enter_context(tempfile.TemporaryDirectory())
+        home, chain = stack.enter_context(new_home()), stack.enter_context(Chain())
+        service = stack.enter_context(NetworkService(folder, scenario.connectivity))
         names = Names(folder)
         names.write(order="files dns", name_servers=[ADDRESSES[NAME_SERVER][4]], patience=2)
         is_by_name = scenario.lookup != FOUND
         if is_by_name:
             chain.begin(*scenario.faults)
-        with Watch(home, HOST_NAME if is_by_name else ADDRESSES[HOST][version], prefix=names.prefix()) as watch:
-            if not is_by_name:
-                wait_until_learnt(chain)
-                chain.begin(*scenario.faults)
-            begun = time.monotonic()
-            while time.monotonic() < begun + SECONDS_OF_FAULT[scenario.trouble]:
-                watch.wait_for_lines(len(watch.values()) + 1)
-            return [
-                Saying(now["monotonic"] - begun, *(now[key] for key in KEYS))
-                for now in watch.values() if now["monotonic"] > begun
-            ]  # fmt: skip
+        host = HOST_NAME if is_by_name else ADDRESSES[HOST][version]
+        watch = stack.enter_context(Watch(home, host, prefix=names.prefix(), environment=service.environment))
+        if not is_by_name:
+            wait_until_learnt(chain)
+            chain.begin(*scenario.faults)
+        begun = time.monotonic()
+        while time.monotonic() < begun + SECONDS_OF_FAULT[scenario.trouble]:
+            watch.wait_for_lines(len(watch.values()) + 1)
+        return [
+            Saying(now["monotonic"] - begun, *(now[key] for key in KEYS))
+            for now in watch.values() if now["monotonic"] > begun
+        ]  # fmt: skip
 
 
 def wait_until_learnt(chain: Chain, programs: int = 1) -> None:

@@ -4,6 +4,8 @@
 from __future__ import annotations
 
 import argparse
+import contextlib
+import os
 import pathlib
 import subprocess
 import sys
@@ -13,6 +15,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 
 from lab import LabError, Names  # noqa: E402
 from lab.chain import HOST_NAME, Chain  # noqa: E402
+from lab.network_service import NetworkService  # noqa: E402
 from lab.scenarios import SCENARIOS  # noqa: E402
 from lab.topology import ADDRESSES, HOST, NAME_SERVER  # noqa: E402
 
@@ -35,13 +38,18 @@ def parse_arguments() -> argparse.Namespace:
 
 def play(name: str, command: list[str], well_for: float) -> int:
     scenario = next(scenario for scenario in SCENARIOS if scenario.name == name)
-    with tempfile.TemporaryDirectory() as folder, Chain() as chain:
+    environment = dict(os.environ)
+    with contextlib.ExitStack() as stack:
+        folder = stack.enter_context(tempfile.TemporaryDirectory())
+        chain = stack.enter_context(Chain())
+        if scenario.connectivity != "full":
+            environment |= stack.enter_context(NetworkService(folder, scenario.connectivity)).environment
         names = Names(folder)
         names.write(order="files dns", name_servers=[ADDRESSES[NAME_SERVER][4]], patience=2)
         if well_for <= 0:
             chain.begin(*scenario.faults)
-            return subprocess.run(names.prefix() + command, check=False).returncode
-        with subprocess.Popen(names.prefix() + command) as running:
+            return subprocess.run(names.prefix() + command, env=environment, check=False).returncode
+        with subprocess.Popen(names.prefix() + command, env=environment) as running:
             try:
                 running.wait(well_for)
             except subprocess.TimeoutExpired:
