@@ -18,10 +18,6 @@ std::vector<Span> chosenGaps(const History& history, const Span& span, Wanted is
     return united(within(chosen, span));
 }
 
-HistoryTime middleOf(const Period& period) {
-    return period.start + secondsIn(period.length) / 2;
-}
-
 } // namespace
 
 Span spanOf(const Episode& episode, HistoryTime until) {
@@ -68,8 +64,7 @@ std::vector<Span> episodeSpansIn(const History& history, const Span& span, Episo
 PeriodFigures figuresIn(const History& history, const Span& span) {
     PeriodFigures figures;
     for (const Period& period : periodsIn(history, span)) {
-        const HistoryTime middle = middleOf(period);
-        if (span.from <= middle && middle < span.to) {
+        if (span.from <= period.start && period.start < span.to) {
             figures.merge(period.figures);
         }
     }
@@ -79,8 +74,10 @@ PeriodFigures figuresIn(const History& history, const Span& span) {
 double watchedSecondsIn(const History& history, const Span& span) {
     double sum = 0;
     for (const Period& period : periodsIn(history, span)) {
-        const std::chrono::duration<double> inside = common(period.span(), span).length();
-        sum += period.figures.watchedSeconds * (inside / secondsIn(period.length));
+        // The present one is not over.
+        const Span known = common(period.span(), {.from = period.start, .to = history.until});
+        const std::chrono::duration<double> inside = common(known, span).length();
+        sum += known.isEmpty() ? 0 : period.figures.watchedSeconds * (inside / known.length());
     }
     return sum;
 }

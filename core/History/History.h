@@ -90,7 +90,7 @@ struct History {
 /// When episodes of the kind lasted within `span`; gaps excluded, each moment once.
 [[nodiscard]] std::vector<Span> episodeSpansIn(const History& history, const Span& span, Episode::Kind kind);
 
-/// The figures of the periods whose middle lies in `span`, merged: each ping counts in one of adjacent spans.
+/// The figures of the periods that start in `span`, merged: each ping counts in one of adjacent spans.
 [[nodiscard]] PeriodFigures figuresIn(const History& history, const Span& span);
 /// How long the host was watched within `span`: of a period at its edge, the share that lies in it.
 [[nodiscard]] double watchedSecondsIn(const History& history, const Span& span);

@@ -69,12 +69,23 @@ TEST(History, FiguresOfAdjacentSpansCountEachPingOnce) {
     const PeriodFigures earlier = figuresIn(history, between("2026-01-01 00:00", "2026-01-01 01:30"));
     const PeriodFigures later = figuresIn(history, between("2026-01-01 01:30", "2026-01-01 03:00"));
 
-    EXPECT_EQ(earlier.sent, 720);
-    EXPECT_EQ(later.sent, 1440);
+    EXPECT_EQ(earlier.sent, 1440);
+    EXPECT_EQ(later.sent, 720);
+}
+
+TEST(History, OfThePresentPeriodAllThatWasWatchedCounts) {
+    History history{.until = at("2026-01-01 00:00:20")};
+    history.periods = {{.start = at("2026-01-01 00:00"), .figures = {.watchedSeconds = 20, .sent = 4}}};
+    const Span known{.from = at("2026-01-01 00:00"), .to = history.until};
+
+    EXPECT_EQ(watchedSecondsIn(history, known), 20);
+    EXPECT_EQ(figuresIn(history, known).sent, 4);
+    history.until = at("2025-12-31 00:00"); // the clock was set back
+    EXPECT_EQ(watchedSecondsIn(history, known), 0);
 }
 
 TEST(History, WatchedTimeIsShared) {
-    History history;
+    History history{.until = at("2026-01-02 00:00")};
     history.periods = test::goodPeriods(between("2026-01-01 00:00", "2026-01-01 03:00"), PeriodLength::hour);
 
     EXPECT_DOUBLE_EQ(watchedSecondsIn(history, between("2026-01-01 00:30", "2026-01-01 01:15")), 45 * 60);
