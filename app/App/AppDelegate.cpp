@@ -95,6 +95,7 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
                       .link = link_,
                       .nameServers = nameServers_,
                       .connectivity = connectivity_},
+              .journal = &journal_,
           }),
       tokenWithoutPanel_(setup.tokenWithoutPanel),
       bundle_(setup.bundle),

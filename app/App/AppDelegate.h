@@ -23,6 +23,7 @@
 #include "platform/bus/LogindSleepMonitor.h"
 #include "platform/bus/NetworkManagerConnectivity.h"
 #include "platform/dns/DirectNameServerCheck.h"
+#include "platform/journal/SqliteJournal.h"
 #include "platform/linux/KernelLinkInspector.h"
 #include "platform/linux/ProgramReplacement.h"
 #include "platform/linux/RoutePathMonitor.h"
@@ -91,6 +92,7 @@ private:
     SystemProbeNetwork probes_;
     KernelLinkInspector link_;
     DirectNameServerCheck nameServers_;
+    SqliteJournal journal_{SqliteJournal::defaultPath()};
     RoutePathMonitor path_;
     BusConnection systemBus_;
     NetworkManagerConnectivity connectivity_;

@@ -39,6 +39,7 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
       notifications_(environment.notifications),
       missingPingPermission_(environment.missingPingPermission),
       recorder_(environment.store),
+      history_(environment.loop, environment.journal),
       watchdog_(watchdogConfig(prefs), environment.loop.now()),
       identifier_(static_cast<std::uint16_t>(randomBelow(std::uint64_t{1} << 16))),
       nextPingId_(randomBelow(std::uint64_t{1} << 32)) {
@@ -59,7 +60,19 @@ Reading Monitor::presentReading() const {
     return makeReading(measured_, settings, loop_.wallNow());
 }
 
+ConnectionState Monitor::connectionState() const {
+    return {
+        .trouble = trouble(),
+        .verdict = measured_.verdict,
+        .address = measured_.resolvedAddress.value_or(""),
+        .interface = interface_};
+}
+
 void Monitor::publish() {
+    if (history_.isRecording()) {
+        history_.follow(connectionState());
+        measured_.historyProblem = history_.problem();
+    }
     reading_.set(presentReading());
 }
 
@@ -78,12 +91,14 @@ void Monitor::start() {
     prefs_.onChange = lifeline_.guarded([this] { settingsChanged(); });
     observeSystemEvents();
     followAlerts();
+    followHistory();
     refreshWatchdogConfig();
     carryOut(watchdog_.reset(loop_.now(), 0, true));
 }
 
 void Monitor::saveStats(FileStore::Durability durability) {
     saveStatsOf(prefs_.hostname(), durability);
+    history_.save();
 }
 
 void Monitor::saveStatsOf(const std::string& host, FileStore::Durability durability) {
@@ -147,7 +162,9 @@ void Monitor::sendPing() {
     lastPingSent_ = sent;
     pending_.push_back({.id = id, .sent = sent});
     addSample({.id = id, .date = date});
-    measured_.ledger.sent(id, measured_.status != Status::down);
+    const bool isCounted = measured_.status != Status::down;
+    measured_.ledger.sent(id, isCounted);
+    history_.pingSent(id, isCounted);
 }
 
 void Monitor::addSample(const Sample& sample) {
@@ -211,7 +228,9 @@ void Monitor::receivedReply(std::uint64_t id, double at) {
     // The silence begins with the reading: a busy machine is no outage.
     carryOut(watchdog_.replyReceived(loop_.now()));
     measured_.latestPingMs = rttMs;
-    measured_.ledger.replied(id, rttMs, rttMs <= prefs_.pingTimeout() * 1000);
+    const bool isWithinTimeout = rttMs <= prefs_.pingTimeout() * 1000;
+    measured_.ledger.replied(id, rttMs, isWithinTimeout);
+    history_.pingReplied(id, rttMs, isWithinTimeout);
     if (measured_.status == Status::up && !measured_.score) {
         evaluate(loop_.now()); // bars belong to the first answer: the tick would be up to a second late
     }

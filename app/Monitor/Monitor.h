@@ -6,6 +6,7 @@
 #include "app/Observation/Observation.h"
 #include "app/Preferences/Preferences.h"
 #include "app/Reading/Reading.h"
+#include "app/Recorder/Recorder.h"
 #include "core/ConnectionWatchdog.h"
 #include "core/Lifeline.h"
 #include "core/PendingPing.h"
@@ -36,6 +37,8 @@ struct MonitorEnvironment {
     std::function<std::optional<std::string>()> missingPingPermission = nullptr;
     /// For finding out whose fault a bad connection is; nothing: that is not asked.
     std::optional<DiagnosisSources> diagnosis = std::nullopt;
+    /// For the history; null: none is kept.
+    Journal* journal = nullptr;
 };
 
 /// Pings, judges, counts, and publishes the outcome as one `Reading`. Main thread.
@@ -51,7 +54,8 @@ public:
 
     /// Called once.
     void start();
-    /// Stores the all-time figures, if this process is the one that writes them. Failures are ignored.
+    /// Stores the all-time figures, if this process is the one that writes them, and the history. Failures
+    /// are ignored.
     /// `Durability::crash` never blocks on the disk.
     void saveStats(FileStore::Durability durability = FileStore::Durability::powerCut);
 
@@ -159,6 +163,10 @@ private:
     void settingsChanged();
     /// Whether connection alerts are wanted, and about which host.
     void followAlerts();
+    /// Whether a history is wanted, and of which host.
+    void followHistory();
+    /// How the connection is, as the history keeps it.
+    [[nodiscard]] ConnectionState connectionState() const;
     void hostChanged();
     /// Keeps the gap since the last ping.
     void pingIntervalChanged();
@@ -186,6 +194,8 @@ private:
     Measurements measured_;
     Observed<Reading> reading_;
     StatsRecorder recorder_;
+    Recorder history_;
+    std::string interface_;            ///< of the way out; empty when there is none
     std::vector<PendingPing> pending_; ///< in the scoring window, oldest first
     std::optional<Diagnostician> diagnostician_;
     std::optional<ResolvedAddress> pinged_; ///< the address

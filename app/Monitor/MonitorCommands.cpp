@@ -19,6 +19,7 @@ void Monitor::setHostname(const std::string& text) {
 void Monitor::settingsChanged() {
     const PublishAtEnd publishAtEnd(*this);
     followAlerts();
+    followHistory();
     if (prefs_.hostname() != host_) {
         saveStatsOf(host_, FileStore::Durability::powerCut);
         host_ = prefs_.hostname();
@@ -37,6 +38,17 @@ void Monitor::settingsChanged() {
 void Monitor::followAlerts() {
     watchdog_.setAlertsEnabled(prefs_.showNotifications());
     notifications_.setSubject(prefs_.showNotifications() ? prefs_.hostname() : std::string());
+}
+
+void Monitor::followHistory() {
+    if (!prefs_.keepsHistory()) {
+        history_.stop();
+        measured_.historyProblem.clear();
+    } else if (!history_.isRecording()) {
+        history_.start(prefs_.hostname());
+    } else {
+        history_.setHost(prefs_.hostname());
+    }
 }
 
 void Monitor::hostChanged() {

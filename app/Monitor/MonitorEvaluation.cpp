@@ -45,6 +45,7 @@ void Monitor::judge(double now) {
     carryOut(watchdog_.tick(now));
     evaluate(now);
     diagnose(now);
+    history_.tick();
     if (++tickCount_ == ticksBetweenSaves) {
         tickCount_ = 0;
         saveStatsOf(prefs_.hostname(), FileStore::Durability::crash);
@@ -100,6 +101,7 @@ void Monitor::diagnose(double now) {
 
 void Monitor::markLost(std::uint64_t id) {
     measured_.ledger.lost(id);
+    history_.pingLost(id);
     if (Sample* const sample = sampleOf(id)) {
         sample->lost = true;
     }

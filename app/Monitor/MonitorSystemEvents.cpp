@@ -35,6 +35,7 @@ void Monitor::willSleep() {
     pathWork_.reset();
     stopPinging();
     pending_.clear();
+    history_.interrupt(Gap::Kind::asleep);
     // The machine may run out of power before it wakes.
     saveStats();
     prefs_.flush();
@@ -43,6 +44,7 @@ void Monitor::willSleep() {
 void Monitor::didWake() {
     const PublishAtEnd publishAtEnd(*this);
     asleep_ = false;
+    history_.resume();
     refreshWatchdogConfig();
     carryOut(watchdog_.reset(loop_.now(), restartAfterWake, false));
 }
@@ -50,6 +52,7 @@ void Monitor::didWake() {
 void Monitor::pathUpdated(const NetworkPath& path) {
     const PublishAtEnd publishAtEnd(*this);
     measured_.pathSatisfied = path.satisfied;
+    interface_ = path.interfaces.empty() ? "" : path.interfaces.front();
     pathChanged(pathKey(path));
 }
 

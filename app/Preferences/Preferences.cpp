@@ -206,6 +206,10 @@ void Preferences::setShowNotifications(bool show) {
     set({{settingIndex(PreferenceKey::showNotifications), show}});
 }
 
+void Preferences::setKeepsHistory(bool keeps) {
+    set({{settingIndex(PreferenceKey::keepHistory), keeps}});
+}
+
 void Preferences::setPanelForm(StatusItem::Form form) {
     set({{settingIndex(PreferenceKey::panelFace), std::string(rawValue(form))}});
 }

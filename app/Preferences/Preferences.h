@@ -54,6 +54,8 @@ public:
         return get<bool>(settingIndex(PreferenceKey::showNotifications));
     }
 
+    [[nodiscard]] bool keepsHistory() const { return get<bool>(settingIndex(PreferenceKey::keepHistory)); }
+
     [[nodiscard]] StatusItem::Form panelForm() const;
     [[nodiscard]] StatusItem::InkChoice panelInk() const;
 
@@ -80,6 +82,7 @@ public:
     void setDisplay(Display display);
     void setLossTextMode(MenuBarTitle::LossMode mode);
     void setShowNotifications(bool show);
+    void setKeepsHistory(bool keeps);
     void setPanelForm(StatusItem::Form form);
     void setPanelInk(StatusItem::InkChoice ink);
     void setAutomaticallyChecksForUpdates(bool checks);

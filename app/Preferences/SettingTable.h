@@ -27,6 +27,7 @@ inline constexpr auto showText = "ShowText";
 inline constexpr auto packetLossTextMode = "PacketLossTextMode";
 inline constexpr auto showPacketLossText = "ShowPacketLossText";
 inline constexpr auto showNotifications = "ShowNotifications";
+inline constexpr auto keepHistory = "KeepHistory";
 inline constexpr auto panelFace = "PanelFace";
 inline constexpr auto panelInk = "PanelInk";
 inline constexpr auto checkForUpdates = "CheckForUpdates";
@@ -77,7 +78,7 @@ struct NumberRange {
 inline constexpr NumberRange timeoutRange{0.01, 3600, "0.01 to 3600"};
 
 /// In the order in which settings are written and described.
-inline constexpr std::array<SettingRow, 15> settingTable{{
+inline constexpr std::array<SettingRow, 16> settingTable{{
     {PreferenceKey::hostname, "1.1.1.1", SettingDefault::registered, SettingRule::host,
      "a host name or address", "what to ping"},
     {PreferenceKey::slowPingLowThreshold, 100.0, SettingDefault::registered, SettingRule::positiveNumber,
@@ -96,6 +97,8 @@ inline constexpr std::array<SettingRow, 15> settingTable{{
      "true or false", ""},
     {PreferenceKey::showNotifications, false, SettingDefault::registered, SettingRule::boolean,
      "true or false", "notify when the connection goes down and comes back"},
+    {PreferenceKey::keepHistory, true, SettingDefault::registered, SettingRule::boolean, "true or false",
+     "keep a history of latency, loss and outages on this computer"},
     {PreferenceKey::panelFace, "auto", SettingDefault::own, SettingRule::form, "auto, label, wide or square",
      "form of the panel item"},
     {PreferenceKey::panelInk, "auto", SettingDefault::own, SettingRule::ink, "auto, light or dark",

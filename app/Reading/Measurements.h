@@ -56,6 +56,7 @@ struct Measurements {
     std::string recordingProblem{}; ///< why the statistics could not be written last; empty when they were
     std::string unreadableStats{};  ///< path of a statistics file that was kept aside; empty when none was
     std::size_t surplusHosts = 0;   ///< whose statistics are not stored, as there are too many
+    std::string historyProblem{};   ///< a sentence about the history; empty while all is well
     Notices notices{};              ///< that the rest of the program has set
 };
 

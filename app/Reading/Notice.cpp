@@ -61,6 +61,15 @@ std::optional<Notice> unreadableNotice(const Measurements& measured) {
                 + measured.unreadableStats + "”."};
 }
 
+std::optional<Notice> historyNotice(const Measurements& measured) {
+    // Where not even the statistics are stored, that says it.
+    const bool isSaid = measured.recording == Recording::cannotRecord || !measured.recordingProblem.empty();
+    if (measured.historyProblem.empty() || isSaid) {
+        return std::nullopt;
+    }
+    return Notice{.kind = Notice::Kind::noHistory, .text = measured.historyProblem};
+}
+
 } // namespace
 
 std::string Notice::line() const {
@@ -108,7 +117,9 @@ Notice applicationsNotice(const std::string& failure) {
 
 Notices noticesOf(const Measurements& measured) {
     Notices notices = measured.notices;
-    for (auto& notice : {pingNotice(measured), recordingNotice(measured), unreadableNotice(measured)}) {
+    for (auto& notice :
+         {pingNotice(measured), recordingNotice(measured), unreadableNotice(measured),
+          historyNotice(measured)}) {
         if (notice) {
             notices.push_back(*notice);
         }

@@ -18,6 +18,7 @@ struct Notice {
         noPanel,            ///< no panel shows the status item
         notRecorded,        ///< this process does not store the statistics
         unreadableStats,    ///< a statistics file that could not be read was kept aside
+        noHistory,          ///< the history is not stored, or began anew
         distrustedUpdates,  ///< what came as news of updates is not trusted
         newVersion,         ///< the program's file is newer than what runs
         offersExtension,    ///< the desktop's shell could do more with an extension of ours

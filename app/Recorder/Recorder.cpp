@@ -29,13 +29,16 @@ void addMinute(std::vector<Period>& minutes, const Period& minute) {
 } // namespace
 
 void Recorder::start(const std::string& host) {
+    if (journal_ == nullptr) {
+        return;
+    }
     isRecording_ = true;
     host_ = host;
     lastTick_ = loop_.now();
     lastWall_ = wallNow();
     lastMinute_ = floorTo(lastWall_, secondsIn(PeriodLength::minute));
     discard();
-    journal_.open();
+    journal_->open();
     noteTimeBefore();
 }
 
@@ -46,7 +49,6 @@ void Recorder::stop() {
     end(wallNow());
     write();
     isRecording_ = false;
-    waiting_.clear();
     interruption_.reset();
     forgetPings();
 }
@@ -157,7 +159,6 @@ void Recorder::noteGap(const Gap& gap) {
 }
 
 void Recorder::clockSetBack(HistoryTime before, HistoryTime now) {
-    completeFrom_ = std::min(completeFrom_, now);
     if (open_) {
         const Episode::Kind kind = open_->kind;
         end(before);
@@ -213,7 +214,7 @@ void Recorder::followOutage(const ConnectionState& state) {
     }
     if (isDown) {
         const HistoryTime start = startOfSilence();
-        end(start); // a degradation
+        endDegradation(start);
         begin({.kind = Episode::Kind::outage, .start = start, .pingsLost = lostInSilence_});
         takeDetails(state);
     } else {
@@ -266,9 +267,24 @@ HistoryTime Recorder::startOfSilence() const {
     return sentSince != unsettled_.end() ? std::min(start, sentSince->second.date) : start;
 }
 
+void Recorder::endDegradation(HistoryTime outage) {
+    if (!open_) {
+        return;
+    }
+    const bool isOnset = open_->start >= outage;
+    const auto waits = std::erase_if(waiting().episodes, [this](const Episode& episode) {
+        return episode.kind == open_->kind && episode.start == open_->start;
+    });
+    if (isOnset && (!isTold_ || waits > 0)) {
+        open_.reset(); // the bars fell because of the silence
+    }
+    end(outage);
+}
+
 void Recorder::begin(const Episode& episode) {
     open_ = episode;
     hasNews_ = true;
+    isTold_ = false;
     goodSince_.reset();
 }
 
@@ -289,6 +305,15 @@ void Recorder::save() {
     }
 }
 
+std::string Recorder::problem() const {
+    const std::string reason = isRecording_ ? journal_->problem() : std::string();
+    if (reason.empty() || journal_->state() == Journal::State::otherWrites) {
+        return {};
+    }
+    const bool isWritten = journal_->state() == Journal::State::writes;
+    return (isWritten ? "The history begins anew: " : "The history is not stored: ") + reason + ".";
+}
+
 Journal::Batch& Recorder::waiting() {
     if (waiting_.empty() || waiting_.back().host != host_) {
         waiting_.push_back({.host = host_});
@@ -303,6 +328,7 @@ void Recorder::collect() {
     }
     if (open_ && std::exchange(hasNews_, false)) {
         putInPlace(batch.episodes, *open_);
+        isTold_ = true;
     }
 }
 
@@ -312,13 +338,14 @@ void Recorder::discard() {
     completeFrom_ = wallNow();
     knowsTimeBefore_ = false;
     hasNews_ = open_.has_value();
+    isTold_ = false;
 }
 
 void Recorder::noteTimeBefore() {
-    if (knowsTimeBefore_ || journal_.state() != Journal::State::writes) {
+    if (knowsTimeBefore_ || journal_->state() != Journal::State::writes) {
         return;
     }
-    const auto until = journal_.until();
+    const auto until = journal_->until();
     if (until && completeFrom_ < *until && *until <= wallNow()) {
         discard(); // most of it has been recorded by another process
         if (open_) {
@@ -336,7 +363,7 @@ void Recorder::write() {
     mayWriteFrom_ = 0;
     const HistoryTime now = wallNow();
     lastMinute_ = floorTo(now, secondsIn(PeriodLength::minute));
-    const Journal::State state = journal_.open();
+    const Journal::State state = journal_->open();
     if (state == Journal::State::otherWrites || state == Journal::State::newerFile) {
         discard();
         return;
@@ -345,7 +372,7 @@ void Recorder::write() {
     collect();
     while (!waiting_.empty()) {
         waiting_.front().until = interruption_ ? interruption_->span.from : now;
-        if (!journal_.write(waiting_.front())) {
+        if (!journal_->write(waiting_.front())) {
             dropSurplus();
             return;
         }

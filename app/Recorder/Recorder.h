@@ -28,8 +28,8 @@ struct ConnectionState {
 /// written is kept for a day. While another process writes, nothing is kept. Main thread.
 class Recorder {
 public:
-    /// Both outlive it.
-    Recorder(RunLoop& loop, Journal& journal) : loop_(loop), journal_(journal) {}
+    /// Both outlive it. Without a journal nothing is recorded.
+    Recorder(RunLoop& loop, Journal* journal) : loop_(loop), journal_(journal) {}
 
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
@@ -59,6 +59,9 @@ public:
 
     /// Writes what there is.
     void save();
+
+    /// Why no history is stored, or what became of it, as a sentence; empty while all is well.
+    [[nodiscard]] std::string problem() const;
 
 private:
     /// Seconds between two ticks; after more of them the program was held up.
@@ -91,6 +94,8 @@ private:
     void takeDetails(const ConnectionState& state);
     void begin(const Episode& episode);
     void end(HistoryTime time);
+    /// Forgets it if it was the onset of the outage that begins then.
+    void endDegradation(HistoryTime outage);
 
     [[nodiscard]] bool isOpen(Episode::Kind kind) const { return open_ && open_->kind == kind; }
 
@@ -104,7 +109,7 @@ private:
     void dropSurplus();
 
     RunLoop& loop_;
-    Journal& journal_;
+    Journal* journal_; ///< null: none
     bool isRecording_ = false;
     std::string host_;
     MinuteBook book_;
@@ -116,6 +121,7 @@ private:
 
     std::optional<Episode> open_;
     bool hasNews_ = false;                 ///< of the open episode, that are not waiting yet
+    bool isTold_ = false;                  ///< the open episode is written or waits
     std::optional<HistoryTime> goodSince_; ///< of an open degradation
 
     double lastTick_ = 0;     ///< monotonic

@@ -10,6 +10,7 @@
 #include "platform/bus/LogindSleepMonitor.h"
 #include "platform/bus/NetworkManagerConnectivity.h"
 #include "platform/dns/DirectNameServerCheck.h"
+#include "platform/journal/SqliteJournal.h"
 #include "platform/linux/KernelLinkInspector.h"
 #include "platform/linux/NameServers.h"
 #include "platform/linux/OwnBundle.h"
@@ -83,6 +84,7 @@ private:
     SystemProbeNetwork probes_{loop_};
     KernelLinkInspector link_{loop_};
     DirectNameServerCheck nameServers_{loop_, [] { return NameServers::asked(); }};
+    SqliteJournal journal_{SqliteJournal::defaultPath()};
     RoutePathMonitor path_{loop_};
     BusConnection systemBus_{loop_, BusConnection::systemAddress()};
     // Only for notifications: opened when they are wanted.
@@ -112,6 +114,7 @@ private:
                     .link = link_,
                     .nameServers = nameServers_,
                     .connectivity = connectivity_},
+            .journal = &journal_,
         }};
     ProgramReplacement replacement_{loop_, [this] { onReplaced(); }};
 };

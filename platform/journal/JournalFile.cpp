@@ -127,7 +127,7 @@ Opened openPresent(const fs::path& file, bool& isBroken) {
     const Content content = contentOf(*database);
     isBroken = content == Content::broken;
     if (content == Content::newer) {
-        return {.state = Journal::State::newerFile, .problem = "a newer version has written it"};
+        return {.state = Journal::State::newerFile, .problem = "a newer version of Tarnwick has written it"};
     }
     if (content != Content::ours || !configure(*database) || !JournalSchema::prepare(*database)) {
         return {.problem = database->problem()};

@@ -164,7 +164,7 @@ class AKill(ConcurrentTestCase):
                 self.assertEqual(watch.errors(), "")
                 self.assertEqual(watch.finish(), 0)
             self.assertEqual(home.stats()[address]["sent"], known + 1)
-            self.assertLessEqual(len(home.files()), 3, home.files())
+            self.assertLessEqual(len(home.files("data")), 3, home.files())
 
 
 class TwoProgramsAtOnce(ConcurrentTestCase):
@@ -285,7 +285,7 @@ class ADiskThatRefuses(ConcurrentTestCase):
                     self.assertGreaterEqual(watch.latest["session"]["replied"], SAVE_TICKS)
                     self.assertEqual(watch.finish(), 0)
             self.assertEqual(home.stats_file.read_bytes(), before)
-            self.assertEqual(home.files(), ["data/Tarnwick/stats.json"])
+            self.assertEqual(home.files("data"), ["data/Tarnwick/stats.json"])
 
     def test_a_folder_that_cannot_be_made_stops_nothing(self) -> None:
         address = "10.77.0.41"
@@ -295,7 +295,7 @@ class ADiskThatRefuses(ConcurrentTestCase):
             with Watch(home, *ONE_PING, address) as watch:
                 wait_for_reply(watch)
                 self.assertEqual(watch.finish(), 0)
-            self.assertEqual(home.files(), ["data"])
+            self.assertEqual(home.files("data"), ["data"])
 
     def test_a_full_disk_keeps_the_old_file_until_there_is_room(self) -> None:
         address = "10.77.0.42"
@@ -311,7 +311,7 @@ class ADiskThatRefuses(ConcurrentTestCase):
                     watch.wait_for_lines(SAVE_TICKS + 2)
                     self.assertEqual(watch.latest["status"], "up")
                     self.assertEqual(home.stats_file.read_bytes(), before)
-                    self.assertLessEqual(len(home.files()), 3, home.files())
+                    self.assertLessEqual(len(home.files("data")), 3, home.files())
                     filler.unlink()
                     self.assertEqual(watch.finish(), 0)
                 self.assertEqual(home.stats()["other.example"], OTHER_HOST)

@@ -30,6 +30,8 @@ class Home:
         self.path = pathlib.Path(path)
         self.config = self.path / "config"
         self.data = self.path / "data"
+        self.state = self.path / "state"
+        self.journal_file = self.state / "Tarnwick" / "journal.sqlite"
         self.settings_file = self.config / "Tarnwick" / "settings.json"
         self.stats_file = self.data / "Tarnwick" / "stats.json"
         self.lock_file = self.data / "Tarnwick" / "stats.json.lock"
@@ -40,6 +42,7 @@ class Home:
             "HOME": str(self.path),
             "XDG_CONFIG_HOME": str(self.config),
             "XDG_DATA_HOME": str(self.data),
+            "XDG_STATE_HOME": str(self.state),
             # Nothing of this machine's own may be reached.
             "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.path}/no-bus",
             "LC_ALL": "C.UTF-8",
@@ -58,9 +61,10 @@ class Home:
         """The statistics on disk, by host."""
         return json.loads(self.stats_file.read_text(encoding="utf-8"))
 
-    def files(self) -> list[str]:
-        """Everything below the home folder that is not a folder."""
-        return sorted(str(path.relative_to(self.path)) for path in self.path.rglob("*") if not path.is_dir())
+    def files(self, below: str = "") -> list[str]:
+        """Everything below the home folder that is not a folder; only what begins with `below`."""
+        files = sorted(str(path.relative_to(self.path)) for path in self.path.rglob("*") if not path.is_dir())
+        return [file for file in files if file.startswith(below)]
 
 
 @contextlib.contextmanager

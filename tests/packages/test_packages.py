@@ -115,7 +115,7 @@ class Packages(PackagesCase):
             """
         )
 
-        kept = {"/home/someone/.local/share/Tarnwick"}
+        kept = {"/home/someone/.local/share/Tarnwick", "/home/someone/.local/state/Tarnwick"}
         ours = {line for line in output.split() if not line.startswith("/var/")}
         self.assertEqual(ours, kept)
 

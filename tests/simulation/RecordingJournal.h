@@ -21,6 +21,9 @@ public:
     [[nodiscard]] State state() const override { return state_; }
 
     [[nodiscard]] std::string problem() const override {
+        if (state_ == State::newerFile) {
+            return "it is of a newer version";
+        }
         return state_ == State::cannotWrite ? "no space" : "";
     }
 

@@ -137,6 +137,7 @@ protected:
     std::string noBus_ = "unix:path=" + (folder_.path() / "bus").string();
     Variable config_{"XDG_CONFIG_HOME", folder_.path().c_str()};
     Variable data_{"XDG_DATA_HOME", folder_.path().c_str()};
+    Variable state_{"XDG_STATE_HOME", folder_.path().c_str()};
     Variable systemConfig_{"XDG_CONFIG_DIRS", (folder_.path() / "none").c_str()};
     Variable desktop_{"XDG_CURRENT_DESKTOP", "XFCE"};
     Variable path_{"PATH", (folder_.path().string() + ":/bin").c_str()};

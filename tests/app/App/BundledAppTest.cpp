@@ -134,6 +134,7 @@ protected:
     std::string noBus = "unix:path=" + (folder.path() / "bus").string();
     Variable config{"XDG_CONFIG_HOME", folder.path().c_str()};
     Variable data{"XDG_DATA_HOME", folder.path().c_str()};
+    Variable state{"XDG_STATE_HOME", folder.path().c_str()};
     Variable systemConfig{"XDG_CONFIG_DIRS", (folder.path() / "none").c_str()};
     Variable systemBus{"DBUS_SYSTEM_BUS_ADDRESS", noBus.c_str()};
     fs::path bundle = folder.path() / "Tarnwick.app";

@@ -144,6 +144,9 @@ INSTANTIATE_TEST_SUITE_P(
             "ShowNotifications", &Preferences::showNotifications, &Preferences::setShowNotifications, true,
             {{"ShowNotifications", true}}),
         assignment(
+            "KeepsHistory", &Preferences::keepsHistory, &Preferences::setKeepsHistory, false,
+            {{"KeepHistory", false}}),
+        assignment(
             "ChecksForUpdates", &Preferences::automaticallyChecksForUpdates,
             &Preferences::setAutomaticallyChecksForUpdates, false, {{"CheckForUpdates", false}}),
         assignment(
@@ -213,15 +216,15 @@ TEST_F(RestoringDefaults, RemovesEveryKeyAndThenStoresEveryDefault) {
 
     const auto removed = [](const std::string& key) { return Change{key, std::nullopt}; };
     const auto& changes = defaults_.changes();
-    ASSERT_EQ(changes.size(), 11u + 10u);
-    const auto ofOthers = changes.begin() + 7;
-    const auto written = changes.begin() + 11;
+    ASSERT_EQ(changes.size(), 12u + 11u);
+    const auto ofOthers = changes.begin() + 8;
+    const auto written = changes.begin() + 12;
     EXPECT_THAT(
         std::vector(changes.begin(), ofOthers),
         testing::UnorderedElementsAre(
             removed("Hostname"), removed("PingTimeout"), removed("PingInterval"),
             removed("SlowPingLowThreshold"), removed("ShowIcon"), removed("ShowText"),
-            removed("ShowNotifications")));
+            removed("ShowNotifications"), removed("KeepHistory")));
     EXPECT_THAT(
         std::vector(ofOthers, written), ElementsAre(
                                             removed("PacketLossTextMode"), removed("ShowPacketLossText"),
@@ -232,8 +235,8 @@ TEST_F(RestoringDefaults, RemovesEveryKeyAndThenStoresEveryDefault) {
             Change{"Hostname", text("1.1.1.1")}, Change{"SlowPingLowThreshold", 100.0},
             Change{"PingTimeout", 4.0}, Change{"PingInterval", 1.0}, Change{"ShowIcon", true},
             Change{"ShowText", true}, Change{"PacketLossTextMode", text("whenLossy")},
-            Change{"ShowNotifications", false}, Change{"PanelFace", text("auto")},
-            Change{"PanelInk", text("auto")}));
+            Change{"ShowNotifications", false}, Change{"KeepHistory", true},
+            Change{"PanelFace", text("auto")}, Change{"PanelInk", text("auto")}));
 }
 
 TEST_F(RestoringDefaults, LeavesUpdatesAlone) {

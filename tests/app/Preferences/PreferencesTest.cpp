@@ -67,14 +67,15 @@ INSTANTIATE_TEST_SUITE_P(
              {"ShowText", false},
              {"PacketLossTextMode", text("off")},
              {"ShowNotifications", true},
+             {"KeepHistory", false},
              {"PanelFace", text("wide")},
              {"PanelInk", text("dark")},
              {"CheckForUpdates", false},
              {"InstallUpdates", true},
              {"LastUpdateCheckDate", 1.8e9},
              {"SkippedUpdate", text("1.2")}},
-            {"example.org", 250, 2.5, 5, Display::iconOnly, LossMode::off, true, Form::wide, Ink::dark, false,
-             true, secondsSince1970(1'800'000'000), "1.2"}},
+            {"example.org", 250, 2.5, 5, Display::iconOnly, LossMode::off, true, false, Form::wide, Ink::dark,
+             false, true, secondsSince1970(1'800'000'000), "1.2"}},
         Stored{"CheckBeforeThereWereDates", {{"LastUpdateCheckDate", -1.0}}, {}},
         Stored{"CheckBeyondTheClock", {{"LastUpdateCheckDate", 1e18}}, {}},
         Stored{"HostOfAnotherType", {{"Hostname", 8.8}}, {}},
@@ -143,6 +144,7 @@ TEST_F(PreferencesTest, RegisteredAreTheDefaultsOfSettingsWithoutAMigration) {
                                     {"ShowIcon", true},
                                     {"ShowText", true},
                                     {"ShowNotifications", false},
+                                    {"KeepHistory", true},
                                 }));
 }
 

@@ -25,6 +25,7 @@ struct Settings {
     Preferences::Display display = Preferences::Display::iconAndText;
     MenuBarTitle::LossMode lossTextMode = MenuBarTitle::LossMode::whenLossy;
     bool showNotifications = false;
+    bool keepsHistory = true;
     StatusItem::Form panelForm = StatusItem::Form::automatic;
     StatusItem::InkChoice panelInk = StatusItem::InkChoice::automatic;
     bool checksForUpdates = true;
@@ -44,6 +45,7 @@ inline Settings all(const Preferences& prefs) {
         prefs.display(),
         prefs.lossTextMode(),
         prefs.showNotifications(),
+        prefs.keepsHistory(),
         prefs.panelForm(),
         prefs.panelInk(),
         prefs.automaticallyChecksForUpdates(),

@@ -96,6 +96,21 @@ TEST(Notice, TellsOfHostsThatAreNotStored) {
             .text = "There are too many hosts: the statistics of those pinged least (3) are not stored."}));
 }
 
+TEST(Notice, TellsOfAHistoryThatIsNotStored) {
+    EXPECT_THAT(
+        noticesOf({.historyProblem = "The history is not stored: disk full."}),
+        ElementsAre(Notice{.kind = Kind::noHistory, .text = "The history is not stored: disk full."}));
+}
+
+TEST(Notice, WhereTheStatisticsAreNotStoredEitherTheyAreNamedAlone) {
+    EXPECT_THAT(
+        kindsOf(noticesOf({.recordingProblem = "disk full", .historyProblem = "The same."})),
+        ElementsAre(Kind::notRecorded));
+    EXPECT_THAT(
+        kindsOf(noticesOf({.recording = Recording::cannotRecord, .historyProblem = "The same."})),
+        ElementsAre(Kind::notRecorded));
+}
+
 TEST(Notice, OfTheSettingsTellsTheFirstMistakeAndHowManyMoreThereAre) {
     EXPECT_EQ(settingsNotice({"one"}), (Notice{.kind = Kind::settingsMistake, .text = "one"}));
     EXPECT_EQ(settingsNotice({"one", "two", "three"}).text, "one (and 2 more)");

@@ -130,6 +130,37 @@ TEST_F(RecorderEpisodes, AnOutageThatLastsIsWrittenWithTheMinute) {
     EXPECT_EQ(journal.batches.back().episodes.at(0).end, std::nullopt);
 }
 
+TEST_F(RecorderEpisodes, AVerdictThatComesLaterIsNews) {
+    loop.advance(1);
+    recorder.follow(stateOf(Trouble::down));
+    for (int second = 0; second < 130; ++second) {
+        ConnectionState state = stateOf(Trouble::down);
+        state.verdict = provider;
+        recorder.follow(state);
+        passSecond();
+    }
+    EXPECT_EQ(journal.read(test::recordedHost, {}).episodes.at(0).verdict, provider);
+}
+
+TEST_F(RecorderEpisodes, AnOutageOfWhichNothingIsKnownIsOne) {
+    loop.advance(1);
+    recorder.follow({.trouble = Trouble::down});
+
+    EXPECT_EQ(journal.batches.at(0).episodes.at(0), Episode{.start = after(1)});
+}
+
+TEST_F(RecorderEpisodes, SilenceBeforeASleepIsNoPartOfTheOutageAfterIt) {
+    passSilent(10);
+    recorder.interrupt(Gap::Kind::asleep);
+    loop.sleep(100);
+    recorder.resume();
+    passSecond();
+    recorder.follow(stateOf(Trouble::down));
+
+    EXPECT_EQ(kept().episodes.at(0).start, after(111));
+    EXPECT_EQ(kept().episodes.at(0).pingsLost, 0);
+}
+
 TEST_F(RecorderEpisodes, AnEpisodeWithoutNewsIsNotWrittenAgain) {
     loop.advance(1);
     recorder.follow(stateOf(Trouble::down));
@@ -166,6 +197,34 @@ TEST_F(RecorderEpisodes, ADegradationEndsWhereTheOutageBegins) {
     EXPECT_EQ(episodes[0].end, after(20));
     EXPECT_EQ(episodes[1].kind, Episode::Kind::outage);
     EXPECT_EQ(episodes[1].start, after(20));
+}
+
+TEST_F(RecorderEpisodes, TheOnsetOfAnOutageIsNoDegradation) {
+    pass(10);
+    passSilent(5);
+    recorder.follow(stateOf(Trouble::degraded));
+    passSilent(5);
+    recorder.follow(stateOf(Trouble::down));
+    EXPECT_EQ(kept().episodes.size(), 1U);
+    answered();
+    recorder.follow(stateOf(Trouble::none));
+
+    ASSERT_EQ(kept().episodes.size(), 1U);
+    EXPECT_EQ(kept().episodes[0].kind, Episode::Kind::outage);
+}
+
+TEST_F(RecorderEpisodes, TheOnsetThatIsWrittenAlreadyEndsAtOnce) {
+    pass(10);
+    passSilent(5);
+    recorder.follow(stateOf(Trouble::degraded));
+    recorder.save();
+    passSilent(5);
+    recorder.follow(stateOf(Trouble::down));
+
+    const auto episodes = kept().episodes;
+    ASSERT_EQ(episodes.size(), 2U);
+    EXPECT_EQ(episodes[1].kind, Episode::Kind::degradation);
+    EXPECT_EQ(episodes[1].end, episodes[1].start);
 }
 
 TEST_F(RecorderEpisodes, AfterAnOutageADegradationMayFollowAtOnce) {

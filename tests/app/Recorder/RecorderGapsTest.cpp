@@ -126,6 +126,47 @@ TEST_F(RecorderGaps, ASleepThatFollowsAHoldUpMuchLaterIsAnother) {
         gaps(), (std::vector{gapOf(Gap::Kind::notRunning, 9, 110), gapOf(Gap::Kind::asleep, 120, 170)}));
 }
 
+TEST_F(RecorderGaps, ASleepRightAfterAHoldUpThatIsWrittenIsAnother) {
+    start();
+    pass(10);
+    loop.stall(100);
+    recorder.tick();
+    recorder.follow(stateOf(Trouble::down)); // is written at once, with the gap
+    recorder.interrupt(Gap::Kind::asleep);
+    loop.sleep(50);
+    recorder.resume();
+
+    EXPECT_EQ(
+        gaps(), (std::vector{gapOf(Gap::Kind::notRunning, 9, 110), gapOf(Gap::Kind::asleep, 110, 160)}));
+}
+
+TEST_F(RecorderGaps, ASleepDuringWhichRecordingStopsGoesToTheNextStart) {
+    start();
+    pass(10);
+    recorder.interrupt(Gap::Kind::asleep);
+    recorder.stop();
+    loop.sleep(50);
+    start();
+    pass(10);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::notRunning, 10, 60)});
+    EXPECT_EQ(kept().periods.at(1).figures.sent, 10);
+}
+
+TEST_F(RecorderGaps, AreNoneOfThisProgramWhileAnotherOneWrites) {
+    journal.setState(Journal::State::otherWrites);
+    start();
+    pass(70);
+    recorder.interrupt(Gap::Kind::asleep);
+    loop.sleep(50);
+    recorder.resume();
+    pass(70);
+    journal.setState(Journal::State::writes);
+    pass(60);
+
+    EXPECT_TRUE(gaps().empty());
+}
+
 TEST_F(RecorderGaps, AHeldUpProgramWatchedNothing) {
     start();
     pass(10);

@@ -105,7 +105,7 @@ TEST_F(RecorderPings, AreNotRecordedAfterTheStop) {
 TEST(RecorderBefore, TheStartNothingIsRecordedNorOpened) {
     simulation::VirtualRunLoop loop;
     simulation::RecordingJournal journal;
-    Recorder recorder(loop, journal);
+    Recorder recorder(loop, &journal);
     recorder.pingSent(1, true);
     recorder.pingReplied(1, 20, true);
     loop.advance(100);
@@ -115,6 +115,19 @@ TEST(RecorderBefore, TheStartNothingIsRecordedNorOpened) {
 
     EXPECT_EQ(journal.opened, 0);
     EXPECT_TRUE(journal.batches.empty());
+}
+
+TEST(RecorderWithout, AJournalRecordsNothing) {
+    simulation::VirtualRunLoop loop;
+    Recorder recorder(loop, nullptr);
+    recorder.start(test::recordedHost);
+    recorder.pingSent(1, true);
+    recorder.tick();
+    recorder.follow({.trouble = Trouble::down});
+    recorder.stop();
+
+    EXPECT_FALSE(recorder.isRecording());
+    EXPECT_EQ(recorder.problem(), "");
 }
 
 TEST_F(RecorderPings, JitterDoesNotReachOverAnInterruption) {

@@ -70,7 +70,7 @@ protected:
 
     simulation::VirtualRunLoop loop;
     simulation::RecordingJournal journal;
-    Recorder recorder{loop, journal};
+    Recorder recorder{loop, &journal};
     std::uint64_t lastId = 1000;
     std::vector<std::uint64_t> silent;
 };

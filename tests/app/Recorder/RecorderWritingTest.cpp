@@ -79,6 +79,20 @@ TEST_F(RecorderWriting, ThatFailsForDaysKeepsTheLastDay) {
     EXPECT_EQ(history.periods.back().span().to, after(3 * 86'400));
 }
 
+TEST_F(RecorderWriting, ThatFailsForDaysKeepsTheLastDayOfAllHosts) {
+    start();
+    journal.setState(Journal::State::cannotWrite);
+    pass(80'000);
+    recorder.setHost("two.example");
+    pass(20'000);
+    journal.setState(Journal::State::writes);
+
+    const std::size_t periods = kept().periods.size() + kept("two.example").periods.size();
+    EXPECT_LE(periods, 1443U);
+    EXPECT_GE(periods, 1438U);
+    EXPECT_GE(kept("two.example").periods.size(), 333U);
+}
+
 TEST_F(RecorderWriting, OfAnOutageThatFailsIsTakenAlongAsItIsThen) {
     start();
     pass(5);
@@ -137,6 +151,20 @@ TEST_F(RecorderWriting, TakesOverAnOutageFromWhereTheOtherProgramLeftIt) {
     passSilent(60, false);
 
     EXPECT_EQ(kept().episodes.at(0).start, after(100));
+}
+
+TEST_F(RecorderWriting, SaysWhyItFails) {
+    start();
+    EXPECT_EQ(recorder.problem(), "");
+    journal.setState(Journal::State::cannotWrite);
+    EXPECT_EQ(recorder.problem(), "The history is not stored: no space.");
+    journal.setState(Journal::State::newerFile);
+    EXPECT_EQ(recorder.problem(), "The history is not stored: it is of a newer version.");
+    journal.setState(Journal::State::otherWrites);
+    EXPECT_EQ(recorder.problem(), "");
+    recorder.stop();
+    journal.setState(Journal::State::cannotWrite);
+    EXPECT_EQ(recorder.problem(), "");
 }
 
 TEST_F(RecorderWriting, IsNoneInAFileOfANewerVersion) {

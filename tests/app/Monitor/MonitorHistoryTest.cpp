@@ -1,0 +1,210 @@
+// What the monitor tells the journal.
+#include "app/Monitor/Monitor.h"
+#include "core/History/Availability.h"
+#include "tests/simulation/FakePathMonitor.h"
+#include "tests/simulation/FakeSleepMonitor.h"
+#include "tests/simulation/MemoryDefaults.h"
+#include "tests/simulation/RecordingJournal.h"
+#include "tests/simulation/RecordingNotificationCenter.h"
+#include "tests/simulation/VirtualNetwork.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+
+namespace {
+
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr const char* watchedHost = "192.0.2.1";
+
+/// Pings every second; answers after 20 ms. Begins at a full minute.
+class MonitorHistoryTest : public testing::Test {
+protected:
+    MonitorHistoryTest() {
+        prefs.setHostname(watchedHost);
+        loop.setWallClock(begin);
+        answer();
+    }
+
+    void watchFor(double seconds) {
+        path.report(true, {"eth0"});
+        monitor.start();
+        loop.advance(seconds);
+    }
+
+    void answer() {
+        network.setBehavior([](const auto&) { return simulation::Answer{.delay = 0.02}; });
+    }
+
+    void fallSilent() {
+        network.setBehavior([](const auto&) { return simulation::Answer{.copies = 0}; });
+    }
+
+    [[nodiscard]] History kept(const std::string& host = watchedHost) {
+        monitor.saveStats();
+        return journal.read(host, {});
+    }
+
+    [[nodiscard]] Availability availability() {
+        return availabilityIn(kept(), {.from = begin, .to = kept().until});
+    }
+
+    [[nodiscard]] bool isDown() const { return monitor.reading().status == Monitor::Status::down; }
+
+    static constexpr std::chrono::sys_days begin{std::chrono::year(2026) / 11 / 23};
+
+    test::TemporaryFolder folder;
+    simulation::VirtualRunLoop loop;
+    simulation::VirtualNetwork network{loop};
+    simulation::FakePathMonitor path{loop};
+    simulation::FakeSleepMonitor sleep;
+    simulation::RecordingNotificationCenter notifications;
+    simulation::RecordingJournal journal;
+    simulation::MemoryDefaults defaults;
+    Preferences prefs{defaults};
+    MonitorEnvironment environment{
+        .loop = loop,
+        .network = network,
+        .path = path,
+        .sleep = sleep,
+        .notifications = notifications,
+        .store = {folder.path() / "stats.json"},
+        .journal = &journal};
+    Monitor monitor{prefs, environment};
+};
+
+} // namespace
+
+TEST_F(MonitorHistoryTest, HoldsTheSamePingsAsTheStatistics) {
+    watchFor(600);
+    fallSilent();
+    loop.advance(3); // too short for an outage
+    answer();
+    loop.advance(597);
+
+    std::int64_t sent = 0;
+    std::int64_t replied = 0;
+    std::int64_t lost = 0;
+    for (const Period& minute : kept().periods) {
+        sent += minute.figures.sent;
+        replied += minute.figures.replied;
+        lost += minute.figures.lost;
+    }
+    EXPECT_NEAR(kept().periods.at(0).figures.medianMs().value_or(0), 20, 0.5);
+    const StatCounter& session = monitor.measured().ledger.session();
+    EXPECT_EQ(sent, session.sent);
+    EXPECT_EQ(replied, session.replied);
+    EXPECT_EQ(lost, session.lost);
+    EXPECT_EQ(lost, 3);
+    EXPECT_NEAR(availability().watched, 1200, 2);
+    EXPECT_EQ(availability().down, 0);
+}
+
+TEST_F(MonitorHistoryTest, HoldsAnOutageFromTheFirstLostPingToTheAnswer) {
+    watchFor(60.5);
+    fallSilent();
+    loop.advance(30);
+    EXPECT_TRUE(isDown());
+    answer();
+    loop.advance(30);
+
+    const History history = kept();
+    ASSERT_THAT(history.episodes, SizeIs(testing::Ge(1U)));
+    const Episode& outage = history.episodes[0];
+    EXPECT_EQ(outage.kind, Episode::Kind::outage);
+    EXPECT_EQ(outage.start, begin + std::chrono::seconds(61));
+    ASSERT_TRUE(outage.end);
+    EXPECT_NEAR(static_cast<double>((*outage.end - outage.start).count()), 30, 2);
+    EXPECT_GE(outage.pingsLost, 25);
+    EXPECT_EQ(outage.address, watchedHost);
+    EXPECT_EQ(outage.interface, "eth0");
+}
+
+TEST_F(MonitorHistoryTest, HoldsADegradationWhileTheBarsAreFew) {
+    watchFor(60);
+    network.setBehavior([](const auto&) { return simulation::Answer{.delay = 1.5}; });
+    loop.advance(60);
+    answer();
+    loop.advance(120);
+
+    const History history = kept();
+    ASSERT_THAT(history.episodes, SizeIs(1));
+    EXPECT_EQ(history.episodes[0].kind, Episode::Kind::degradation);
+    EXPECT_TRUE(history.episodes[0].end);
+}
+
+TEST_F(MonitorHistoryTest, HoldsASleepAsAGap) {
+    watchFor(60);
+    sleep.goToSleep();
+    loop.sleep(3600);
+    sleep.wake();
+    loop.advance(60);
+
+    EXPECT_EQ(
+        kept().gaps,
+        (std::vector{Gap{
+            .kind = Gap::Kind::asleep,
+            .span = {.from = begin + std::chrono::seconds(60), .to = begin + std::chrono::seconds(3660)}}}));
+    EXPECT_NEAR(availability().watched, 120, 2);
+}
+
+TEST_F(MonitorHistoryTest, HoldsAStoppedProgramAsAGap) {
+    watchFor(60);
+    loop.stall(100);
+    loop.advance(60);
+
+    ASSERT_THAT(kept().gaps, SizeIs(1));
+    EXPECT_EQ(kept().gaps[0].kind, Gap::Kind::notRunning);
+    EXPECT_NEAR(static_cast<double>(kept().gaps[0].span.length().count()), 100, 2);
+    EXPECT_THAT(kept().episodes, IsEmpty());
+}
+
+TEST_F(MonitorHistoryTest, FollowsTheHost) {
+    watchFor(60);
+    monitor.setHostname("192.0.2.2");
+    loop.advance(60);
+
+    EXPECT_GE(kept().periods.at(0).figures.sent, 59);
+    EXPECT_GE(kept("192.0.2.2").periods.at(0).figures.sent, 58);
+}
+
+TEST_F(MonitorHistoryTest, IsKeptOnlyWhileItIsWanted) {
+    prefs.setKeepsHistory(false);
+    watchFor(120);
+    monitor.saveStats();
+    EXPECT_EQ(journal.opened, 0);
+
+    prefs.setKeepsHistory(true);
+    loop.advance(60);
+    EXPECT_NEAR(static_cast<double>(kept().periods.at(0).figures.sent), 60, 2);
+
+    prefs.setKeepsHistory(false);
+    const std::size_t batches = journal.batches.size();
+    loop.advance(120);
+    monitor.saveStats();
+    EXPECT_EQ(journal.batches.size(), batches);
+}
+
+TEST_F(MonitorHistoryTest, IsWrittenOnceAMinute) {
+    watchFor(3600.5);
+
+    EXPECT_THAT(journal.batches, SizeIs(60));
+}
+
+TEST_F(MonitorHistoryTest, SaysThatItIsNotStored) {
+    watchFor(60);
+    EXPECT_THAT(monitor.reading().notices, IsEmpty());
+    journal.setState(Journal::State::cannotWrite);
+    loop.advance(60);
+    ASSERT_THAT(monitor.reading().notices, SizeIs(1));
+    EXPECT_EQ(monitor.reading().notices[0].kind, Notice::Kind::noHistory);
+
+    prefs.setKeepsHistory(false);
+    EXPECT_THAT(monitor.reading().notices, IsEmpty());
+}
+
+} // namespace tarnwick

@@ -1,0 +1,120 @@
+"""The journal of the built program: what it holds, who may read it, what a kill leaves, two programs at once."""
+
+from __future__ import annotations
+
+import contextlib
+import signal
+import sqlite3
+import stat
+import time
+import unittest
+
+from lab import Behavior, Lab
+
+from .concurrently import ConcurrentTestCase
+from .waiting import eventually
+from .watch import PATIENCE_SECONDS, Home, Watch, new_home, settings
+
+lab: Lab
+
+MINUTE = 60
+
+
+def setUpModule() -> None:
+    global lab
+    lab = Lab()
+    unittest.addModuleCleanup(lab.close)
+
+
+def rows(home: Home, query: str) -> list[tuple[object, ...]]:
+    """What the journal answers, read beside the program."""
+    with contextlib.closing(sqlite3.connect(f"file:{home.journal_file}?mode=ro", uri=True)) as journal:
+        return journal.execute(query).fetchall()
+
+
+def wait_for_replies(watch: Watch, count: int) -> None:
+    watch.wait_for(lambda now: now["session"]["replied"] >= count, count + 2, f"{count} replies")
+
+
+class TheJournal(ConcurrentTestCase):
+    def test_it_holds_the_pings_of_a_run_and_is_for_its_user_alone(self) -> None:
+        lab.behave("10.77.0.10", Behavior(delay_ms=25))
+        with new_home() as home, Watch(home, "10.77.0.10") as watch:
+            wait_for_replies(watch, 3)
+            self.assertEqual(watch.finish(), 0)
+
+            [(name, sent, replied, fastest)] = rows(
+                home,
+                "SELECT name, sum(sent), sum(replied), min(fastest) FROM periods JOIN hosts ON id = host GROUP BY name",
+            )
+            site = home.stats()["10.77.0.10"]
+            self.assertEqual((name, sent, replied), ("10.77.0.10", site["sent"], site["replied"]))
+            self.assertGreaterEqual(fastest, 25_000)
+            self.assertEqual(rows(home, "PRAGMA user_version"), [(1,)])
+            self.assertEqual(stat.S_IMODE(home.journal_file.stat().st_mode), 0o600)
+            self.assertEqual(stat.S_IMODE(home.journal_file.parent.stat().st_mode), 0o700)
+            self.assertEqual(watch.errors(), "")
+
+    def test_switched_off_it_is_not_made(self) -> None:
+        lab.behave("10.77.0.11", Behavior())
+        with new_home() as home, Watch(home, *settings(KeepHistory="false"), "10.77.0.11") as watch:
+            wait_for_replies(watch, 1)
+            self.assertEqual(watch.finish(), 0)
+
+            self.assertEqual(home.files("state"), [])
+
+    def test_an_outage_is_there_at_once_and_outlives_a_kill(self) -> None:
+        address = "10.77.0.12"
+        lab.behave(address, Behavior())
+        with new_home() as home:
+            with Watch(home, *settings(PingTimeout=0.2), address) as watch:
+                wait_for_replies(watch, 2)
+                lab.behave(address, Behavior(silent=True))
+                eventually(lambda: rows(home, "SELECT 1 FROM episodes"), MINUTE, "the outage")
+                self.assertEqual(rows(home, "SELECT kind, end, address FROM episodes"), [("outage", None, address)])
+                watch.process.send_signal(signal.SIGKILL)
+                watch.process.wait(PATIENCE_SECONDS)
+            [(until,)] = rows(home, "SELECT until FROM recording")
+
+            eventually(lambda: time.time() >= until + 1, PATIENCE_SECONDS, "a second that is a gap")
+            lab.behave(address, Behavior())
+            with Watch(home, address) as watch:
+                wait_for_replies(watch, 2)
+                self.assertEqual(watch.finish(), 0)
+
+            self.assertEqual(rows(home, "SELECT end FROM episodes WHERE kind = 'outage'"), [(until,)])
+            self.assertEqual(rows(home, "SELECT kind, start FROM gaps WHERE start = (SELECT min(start) FROM gaps)"),
+                             [("notRunning", until)])  # fmt: skip
+
+    def test_of_two_programs_one_writes(self) -> None:
+        lab.behave("10.77.0.13", Behavior())
+        with new_home() as home, Watch(home, "10.77.0.13") as first:
+            wait_for_replies(first, 1)
+            with Watch(home, "10.77.0.13") as second:
+                wait_for_replies(second, 3)
+                self.assertEqual(second.finish(), 0)
+            self.assertEqual(rows(home, "SELECT * FROM periods"), [])
+            self.assertEqual(first.finish(), 0)
+
+            self.assertEqual(
+                rows(home, "SELECT sum(sent) FROM periods"), [(home.stats()["10.77.0.13"]["sent"],)]
+            )
+
+    def test_one_of_a_newer_version_stays_and_is_named(self) -> None:
+        lab.behave("10.77.0.14", Behavior())
+        with new_home() as home:
+            home.journal_file.parent.mkdir(parents=True)
+            with contextlib.closing(sqlite3.connect(home.journal_file)) as journal:
+                journal.execute("PRAGMA user_version = 2")
+            before = home.journal_file.read_bytes()
+            with Watch(home, "10.77.0.14") as watch:
+                now = watch.wait_for(lambda now: now["notices"], PATIENCE_SECONDS, "a notice")
+                self.assertEqual(
+                    now["notices"], ["The history is not stored: a newer version of Tarnwick has written it."]
+                )
+                self.assertEqual(watch.finish(), 0)
+            self.assertEqual(home.journal_file.read_bytes(), before)
+
+
+if __name__ == "__main__":
+    unittest.main()
