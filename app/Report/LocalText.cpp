@@ -1,0 +1,81 @@
+#include "app/Report/LocalText.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace tarnwick::LocalText {
+
+namespace {
+
+/// "07" for 7.
+std::string twoDigits(std::int64_t number) {
+    const std::string text = std::to_string(number);
+    return text.size() < 2 ? "0" + text : text;
+}
+
+std::string clockText(HistoryTime local) {
+    const std::chrono::hh_mm_ss clock(local - std::chrono::floor<std::chrono::days>(local));
+    return twoDigits(clock.hours().count()) + ":" + twoDigits(clock.minutes().count()) + ":"
+           + twoDigits(clock.seconds().count());
+}
+
+} // namespace
+
+std::string day(std::chrono::year_month_day day) {
+    return std::to_string(static_cast<int>(day.year())) + "-" + twoDigits(static_cast<unsigned>(day.month()))
+           + "-" + twoDigits(static_cast<unsigned>(day.day()));
+}
+
+std::string time(HistoryTime time, const UtcOffset& offset) {
+    return day(localDay(time, offset)) + " " + clockText(localTime(time, offset));
+}
+
+std::string isoTime(HistoryTime time, const UtcOffset& offset) {
+    const auto minutes = std::chrono::duration_cast<std::chrono::minutes>(offset(time)).count();
+    const std::int64_t ahead = std::abs(minutes);
+    return day(localDay(time, offset)) + "T" + clockText(localTime(time, offset)) + (minutes < 0 ? "-" : "+")
+           + twoDigits(ahead / 60) + ":" + twoDigits(ahead % 60);
+}
+
+std::string length(std::chrono::seconds length) {
+    const std::array units{
+        std::pair{std::int64_t{86'400}, "d"}, std::pair{std::int64_t{3600}, "h"},
+        std::pair{std::int64_t{60}, "min"}, std::pair{std::int64_t{1}, "s"}};
+    std::int64_t rest = length.count();
+    std::string text;
+    for (std::size_t index = 0; index < units.size(); ++index) {
+        const auto& [seconds, unit] = units.at(index);
+        const std::int64_t count = rest / seconds;
+        const bool isLast = index + 1 == units.size();
+        rest %= seconds;
+        if (!text.empty()) {
+            return count > 0 ? text + " " + std::to_string(count) + " " + unit : text;
+        }
+        if (count > 0 || isLast) {
+            text = std::to_string(count) + " " + unit;
+        }
+    }
+    return text;
+}
+
+std::string availability(std::optional<double> percent) {
+    if (!percent) {
+        return "unknown";
+    }
+    if (*percent >= 100) {
+        return "100 %";
+    }
+    return number(std::floor(*percent * 1000) / 1000, 3) + " %";
+}
+
+std::string number(double value, int decimals) {
+    std::array<char, 64> text{};
+    // Of the C locale: the programs set no other one for numbers.
+    static_cast<void>(std::snprintf(text.data(), text.size(), "%.*f", decimals, value));
+    return text.data();
+}
+
+} // namespace tarnwick::LocalText

@@ -1,0 +1,91 @@
+#include "app/Report/ReportText.h"
+
+#include "app/Report/LocalText.h"
+
+#include <cmath>
+
+namespace tarnwick {
+
+namespace {
+
+std::string row(const std::string& name, const std::string& value) {
+    constexpr std::size_t width = 18;
+    return "  " + name + std::string(name.size() < width ? width - name.size() : 1, ' ') + value + "\n";
+}
+
+std::string milliseconds(std::optional<double> ms) {
+    return ms ? LocalText::number(*ms, 1) + " ms" : "unknown";
+}
+
+std::string wholeSeconds(double seconds) {
+    return LocalText::length(std::chrono::seconds(std::llround(seconds)));
+}
+
+std::string availabilityPart(const Availability& availability) {
+    std::string text = "Availability\n";
+    text += row("up", LocalText::availability(availability.percent()) + " of the time watched");
+    text += row("down", wholeSeconds(availability.down));
+    text += row("watched", wholeSeconds(availability.watched));
+    text += row("asleep", wholeSeconds(availability.asleep));
+    text += row("paused", wholeSeconds(availability.paused));
+    text += row("not watched", wholeSeconds(availability.notWatched));
+    return text;
+}
+
+std::string figuresPart(const PeriodFigures& figures) {
+    std::string text = "Latency and loss\n";
+    const bool isAnswered = figures.replied > 0;
+    text += row("pings", std::to_string(figures.sent) + ", " + std::to_string(figures.lost) + " lost");
+    const auto loss = figures.lossPercent();
+    text += row("loss", loss ? LocalText::number(*loss, 2) + " %" : "unknown");
+    text += row("fastest", milliseconds(isAnswered ? std::optional(figures.fastestMs) : std::nullopt));
+    text += row("median", milliseconds(figures.medianMs()));
+    text += row("95th percentile", milliseconds(figures.percentile95Ms()));
+    text += row("slowest", milliseconds(isAnswered ? std::optional(figures.slowestMs) : std::nullopt));
+    text += row("jitter", milliseconds(figures.jitterMs()));
+    return text;
+}
+
+std::string outagesPart(const std::vector<OutageEntry>& outages, const UtcOffset& offset) {
+    std::string text = "Outages: " + std::to_string(outages.size()) + "\n";
+    for (const OutageEntry& outage : outages) {
+        text += "  " + LocalText::time(outage.episode.start, offset) + "  " + LocalText::length(outage.length)
+                + (outage.lasts ? ", and it lasts" : "") + "\n";
+        if (const auto& verdict = outage.episode.verdict) {
+            text += "    " + verdict->evidence + " (" + std::string(nameOf(verdict->likelihood)) + ")\n";
+        }
+    }
+    return text;
+}
+
+std::string worstPart(const std::vector<HourSummary>& hours, const UtcOffset& offset) {
+    std::string text = "Worst hours\n";
+    for (const HourSummary& hour : hours) {
+        text += "  " + LocalText::time(hour.span.from, offset).substr(0, 16) + "  down "
+                + wholeSeconds(hour.availability.down) + ", loss "
+                + LocalText::number(hour.figures.lossPercent().value_or(0), 1) + " %, 95th percentile "
+                + milliseconds(hour.figures.percentile95Ms()) + "\n";
+    }
+    return hours.empty() ? "" : text + "\n";
+}
+
+constexpr const char* method =
+    "How it was measured\n"
+    "  One ICMP echo request at a time went to the host at a steady interval. The connection counts as down\n"
+    "  from the first lost ping of a silence until the next answer. Availability is the share of the time\n"
+    "  watched in which it was not down; time asleep, paused or not watched counts neither way. Pings sent\n"
+    "  while it was down are no part of the loss. Percentiles are within 2.2 %.\n";
+
+} // namespace
+
+std::string reportText(const Report& report, const UtcOffset& offset) {
+    if (report.span.isEmpty()) {
+        return "Nothing is known of " + report.host + " in this time.\n";
+    }
+    return "Connection to " + report.host + "\n" + LocalText::time(report.span.from, offset) + " to "
+           + LocalText::time(report.span.to, offset) + "\n\n" + availabilityPart(report.availability) + "\n"
+           + figuresPart(report.figures) + "\n" + outagesPart(report.outages, offset) + "\n"
+           + worstPart(report.worstHours, offset) + method;
+}
+
+} // namespace tarnwick

@@ -1,0 +1,89 @@
+// What a history says about a time.
+#include "app/Report/Report.h"
+
+#include "tests/core/History/SomeHistory.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+namespace {
+
+using test::at;
+using test::between;
+using test::centralEurope;
+using test::outage;
+using namespace std::chrono_literals;
+
+const Span oneDay = between("2026-01-05 00:00", "2026-01-06 00:00");
+
+History aDay() {
+    History history{.until = oneDay.to};
+    history.periods = test::goodPeriods(oneDay, PeriodLength::quarterHour);
+    return history;
+}
+
+TEST(Report, CoversWhatTheHistoryKnows) {
+    const Report report =
+        makeReport(aDay(), "one.example", between("2025-12-01 00:00", "2026-02-01 00:00"), centralEurope);
+
+    EXPECT_EQ(report.host, "one.example");
+    EXPECT_EQ(report.span, oneDay);
+    EXPECT_EQ(report.availability, Availability{.watched = 86'400});
+    EXPECT_EQ(report.figures.sent, 17'280);
+    ASSERT_EQ(report.days.size(), 2U); // of the local calendar
+    EXPECT_EQ(report.days[0].day, std::chrono::year_month_day(2026y / 1 / 5));
+    EXPECT_EQ(report.days[1].day, std::chrono::year_month_day(2026y / 1 / 6));
+}
+
+TEST(Report, CoversNoMoreThanIsWanted) {
+    const Span wanted = between("2026-01-05 06:00", "2026-01-05 07:00");
+
+    EXPECT_EQ(makeReport(aDay(), "one.example", wanted, centralEurope).span, wanted);
+}
+
+TEST(Report, OfATimeThatNothingIsKnownOfIsEmpty) {
+    const Report before =
+        makeReport(aDay(), "one.example", between("2025-01-05 06:00", "2025-01-05 07:00"), centralEurope);
+
+    EXPECT_TRUE(before.span.isEmpty());
+    EXPECT_EQ(before.availability, Availability{});
+    EXPECT_TRUE(makeReport({}, "one.example", oneDay, centralEurope).span.isEmpty());
+}
+
+TEST(Report, ListsOutagesThatReachIntoTheTime) {
+    History history = aDay();
+    history.episodes = {
+        outage("2026-01-05 01:00", "2026-01-05 02:00"),
+        outage("2026-01-05 05:50", "2026-01-05 06:10"),
+        outage("2026-01-05 06:30", "2026-01-05 06:31"),
+        {.start = at("2026-01-05 06:50")}};
+    history.episodes[2].kind = Episode::Kind::degradation;
+    history.gaps = {{.kind = Gap::Kind::asleep, .span = between("2026-01-05 05:55", "2026-01-05 06:05")}};
+
+    const Report report =
+        makeReport(history, "one.example", between("2026-01-05 06:00", "2026-01-05 07:00"), centralEurope);
+
+    ASSERT_EQ(report.outages.size(), 2U);
+    EXPECT_EQ(report.outages[0].episode, history.episodes[1]);
+    EXPECT_EQ(report.outages[0].length, 10min);
+    EXPECT_FALSE(report.outages[0].lasts);
+    EXPECT_EQ(report.outages[1].episode, history.episodes[3]);
+    EXPECT_TRUE(report.outages[1].lasts);
+}
+
+TEST(Report, NamesTheFiveWorstHours) {
+    History history = aDay();
+    for (const int hour : {1, 3, 5, 7, 9, 11}) {
+        const HistoryTime start = oneDay.from + std::chrono::hours(hour);
+        history.episodes.push_back({.start = start, .end = start + std::chrono::minutes(hour)});
+    }
+
+    const Report report = makeReport(history, "one.example", oneDay, centralEurope);
+
+    ASSERT_EQ(report.worstHours.size(), 5U);
+    EXPECT_EQ(report.worstHours[0].span.from, at("2026-01-05 11:00"));
+    EXPECT_EQ(report.worstHours[4].span.from, at("2026-01-05 03:00"));
+}
+
+} // namespace
+} // namespace tarnwick

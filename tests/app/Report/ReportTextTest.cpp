@@ -1,0 +1,72 @@
+// A report as plain text.
+#include "app/Report/ReportText.h"
+
+#include "tests/core/History/SomeHistory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+const Span textDay = test::between("2026-01-05 00:00", "2026-01-06 00:00");
+
+std::string textOf(const History& history) {
+    return reportText(makeReport(history, "one.example", textDay, test::centralEurope), test::centralEurope);
+}
+
+History goodDay() {
+    History history{.until = textDay.to};
+    history.periods = test::goodPeriods(textDay, PeriodLength::quarterHour);
+    return history;
+}
+
+TEST(ReportText, BeginsWithTheHostAndTheTime) {
+    EXPECT_THAT(
+        textOf(goodDay()), testing::StartsWith("Connection to one.example\n"
+                                               "2026-01-05 01:00:00 to 2026-01-06 01:00:00\n\n"));
+}
+
+TEST(ReportText, OfAGoodDayTellsFiguresAndNoOutages) {
+    const std::string text = textOf(goodDay());
+
+    EXPECT_THAT(text, HasSubstr("  up                100 % of the time watched\n"));
+    EXPECT_THAT(text, HasSubstr("  watched           1 d\n"));
+    EXPECT_THAT(text, HasSubstr("  pings             17280, 0 lost\n"));
+    EXPECT_THAT(text, HasSubstr("  loss              0.00 %\n"));
+    EXPECT_THAT(text, HasSubstr("  median            20.0 ms\n"));
+    EXPECT_THAT(text, HasSubstr("  jitter            unknown\n"));
+    EXPECT_THAT(text, HasSubstr("Outages: 0\n"));
+    EXPECT_THAT(text, Not(HasSubstr("Worst hours")));
+    EXPECT_THAT(text, HasSubstr("How it was measured\n"));
+}
+
+TEST(ReportText, TellsOutagesWithTheirVerdicts) {
+    History history = goodDay();
+    history.episodes = {
+        test::outage("2026-01-05 10:00", "2026-01-05 10:07"), {.start = test::at("2026-01-05 23:59")}};
+    history.episodes[0].verdict = Verdict{
+        .blame = Blame::provider, .likelihood = Likelihood::likely, .evidence = "The router answers."};
+
+    const std::string text = textOf(history);
+
+    EXPECT_THAT(
+        text, HasSubstr("Outages: 2\n"
+                        "  2026-01-05 11:00:00  7 min\n"
+                        "    The router answers. (likely)\n"
+                        "  2026-01-06 00:59:00  1 min, and it lasts\n"));
+    EXPECT_THAT(
+        text, HasSubstr("Worst hours\n"
+                        "  2026-01-05 11:00  down 7 min, loss 0.0 %, 95th percentile 20.0 ms\n"));
+    EXPECT_THAT(text, HasSubstr("  down              8 min\n"));
+}
+
+TEST(ReportText, SaysThatNothingIsKnown) {
+    EXPECT_EQ(textOf({}), "Nothing is known of one.example in this time.\n");
+}
+
+} // namespace
+} // namespace tarnwick
