@@ -20,7 +20,9 @@ constexpr std::array<ProgramOption, 5> watchOptions{{
 }};
 constexpr auto watchParserOptions = parserOptions(watchOptions);
 
-constexpr std::array<const char*, 1> watchSynopsis{"[--json] [--for SECONDS] [--set KEY=VALUE]... [HOST]"};
+constexpr std::array<const char*, 2> watchSynopsis{
+    "[--json] [--for SECONDS] [--set KEY=VALUE]... [HOST]",
+    "report [--since TIME] [--until TIME] [--host HOST] [--format FORMAT]"};
 
 constexpr ProgramTable watchTable{
     .name = "tarnwick-watch",

@@ -1,8 +1,10 @@
 // tarnwick-watch: the connection's quality in a terminal.
 #include "app/CommandLine/ArgumentParser.h"
+#include "app/CommandLine/ReportOptions.h"
 #include "app/CommandLine/StartUp.h"
 #include "app/CommandLine/WatchOptions.h"
 #include "app/UserSettings/UserSettings.h"
+#include "app/Watch/ReportRun.h"
 #include "app/Watch/Watch.h"
 #include "core/Pinger/SystemPingNetwork.h"
 #include "core/Prober/SystemProbeNetwork.h"
@@ -25,6 +27,7 @@
 #include "platform/loop/EpollRunLoop.h"
 #include "platform/xdg/SettingsFile.h"
 
+#include <chrono>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -171,9 +174,33 @@ Ending run(const WatchOptions& options) {
         .problem = problem, .unsaved = reasonOfFailedSave(service.monitor()), .wantsRestart = wantsRestart};
 }
 
+/// Reads beside a program that writes, and changes nothing.
+int report(const std::vector<std::string>& arguments) {
+    const auto commandLine = parseReportOptions(arguments);
+    if (const auto status = answerWithoutRunning(commandLine, TARNWICK_VERSION)) {
+        return *status;
+    }
+    EpollRunLoop loop;
+    UserSettings settings(loop, SettingsFile::defaultPath(), {});
+    SqliteJournal journal(SqliteJournal::defaultPath());
+    const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    const auto told = reportFor(
+        journal, std::get<ReportOptions>(commandLine), settings.preferences().hostname(), now,
+        systemUtcOffset);
+    if (const auto* const error = std::get_if<UsageError>(&told)) {
+        return refuse(ReportOptions::table(), *error);
+    }
+    const auto& text = std::get<std::string>(told);
+    const bool isWritten = std::fputs(text.c_str(), stdout) != EOF && std::fflush(stdout) == 0;
+    return isWritten ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
 int start(const std::vector<std::string>& arguments) {
     startUp();
     takeCharacterSet();
+    if (!arguments.empty() && arguments.front() == ReportOptions::command) {
+        return report({arguments.begin() + 1, arguments.end()});
+    }
     const auto commandLine = parseWatchOptions(arguments);
     if (const auto status = answerWithoutRunning(commandLine, TARNWICK_VERSION)) {
         return *status;

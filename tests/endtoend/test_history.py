@@ -3,9 +3,11 @@
 from __future__ import annotations
 
 import contextlib
+import json
 import signal
 import sqlite3
 import stat
+import subprocess
 import time
 import unittest
 
@@ -13,7 +15,7 @@ from lab import Behavior, Lab
 
 from .concurrently import ConcurrentTestCase
 from .waiting import eventually
-from .watch import PATIENCE_SECONDS, Home, Watch, new_home, settings
+from .watch import PATIENCE_SECONDS, PROGRAM, Home, Watch, new_home, settings
 
 lab: Lab
 
@@ -114,6 +116,65 @@ class TheJournal(ConcurrentTestCase):
                 )
                 self.assertEqual(watch.finish(), 0)
             self.assertEqual(home.journal_file.read_bytes(), before)
+
+
+class Reports(ConcurrentTestCase):
+    def report(self, home: Home, *arguments: str) -> subprocess.CompletedProcess[str]:
+        return subprocess.run(
+            [PROGRAM, "report", *arguments],
+            env=home.environment(),
+            capture_output=True,
+            text=True,
+            timeout=PATIENCE_SECONDS,
+            check=False,
+        )
+
+    def test_they_tell_what_was_measured_also_beside_a_running_program(self) -> None:
+        address = "10.77.0.20"
+        lab.behave(address, Behavior(delay_ms=25))
+        with new_home() as home:
+            with Watch(home, address) as watch:
+                wait_for_replies(watch, 3)
+                self.assertEqual(watch.finish(), 0)
+            with Watch(home, address) as watch:
+                wait_for_replies(watch, 1)
+                done = self.report(home, "--host", address, "--format", "json", "--since", "1h")
+
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            told = json.loads(done.stdout)
+            self.assertEqual(told["host"], address)
+            self.assertGreaterEqual(told["figures"]["replied"], 3)
+            self.assertEqual(told["availability"]["percent"], 100)
+            self.assertEqual(told["outages"], [])
+
+            text = self.report(home, "--host", address)
+            self.assertEqual((text.returncode, text.stderr), (0, ""))
+            self.assertRegex(text.stdout, rf"\AConnection to {address}\n")
+            self.assertIn("100 % of the time watched", text.stdout)
+
+    def test_without_a_history_they_say_so_and_write_nothing(self) -> None:
+        with new_home() as home:
+            done = self.report(home)
+
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            self.assertEqual(done.stdout, "Nothing is known of 1.1.1.1 in this time.\n")
+            self.assertEqual(home.files(), [])
+
+    def test_a_wrong_command_line_is_named(self) -> None:
+        with new_home() as home:
+            for arguments in (["--since", "yesterday"], ["--until", "9d"], ["--format", "pdf"], ["10.77.0.21"]):
+                done = self.report(home, *arguments)
+
+                self.assertEqual((done.returncode, done.stdout), (2, ""), arguments)
+                self.assertRegex(done.stderr, r"\Atarnwick-watch report: [^\n]+; see --help\n\Z")
+
+    def test_its_help_tells_its_options(self) -> None:
+        with new_home() as home:
+            done = self.report(home, "--help")
+
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            for word in ("tarnwick-watch report", "--since", "--format"):
+                self.assertIn(word, done.stdout)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,18 @@
+// "tarnwick-watch report": what the journal tells.
+#pragma once
+
+#include "app/CommandLine/ReportOptions.h"
+#include "core/History/LocalTime.h"
+#include "platform/ports/Journal.h"
+
+#include <string>
+#include <variant>
+
+namespace tarnwick {
+
+/// The report as text. `host` is the one of the settings.
+[[nodiscard]] std::variant<std::string, UsageError> reportFor(
+    Journal& journal, const ReportOptions& options, const std::string& host, HistoryTime now,
+    const UtcOffset& offset);
+
+} // namespace tarnwick
