@@ -183,13 +183,19 @@ void Diagnostician::follow(const Situation& situation) {
         forgetAddress();
         pathChanged();
     }
-    if (situation.address && situation.address != address_) {
-        turnTo(*situation.address);
-    }
     for (const PendingPing& ping : situation.pings) {
         if (ping.reply) {
             lastReply_ = std::max(lastReply_.value_or(*ping.reply), *ping.reply);
         }
+    }
+    if (situation.address != pinged_) {
+        pinged_ = situation.address;
+        pingedSince_ = situation.now;
+    }
+    // In an outage pings try one address after the other. The path that is known is that of the one before.
+    const bool counts = !address_ || (lastReply_ && *lastReply_ > pingedSince_);
+    if (pinged_ && pinged_ != address_ && counts) {
+        turnTo(*pinged_);
     }
 }
 

@@ -120,7 +120,9 @@ private:
     SteadyVerdict steady_;
     std::vector<HopEvidence> path_;
     std::string host_;
-    std::optional<ResolvedAddress> address_;
+    std::optional<ResolvedAddress> address_; ///< that answers, or the first one
+    std::optional<ResolvedAddress> pinged_;  ///< as of the last tick
+    double pingedSince_ = 0;
     std::unique_ptr<ProbeSocket> socket_;
     bool hasLearnt_ = false;         ///< or is learning
     std::optional<double> badSince_; ///< when a tick first told of trouble

@@ -46,6 +46,18 @@ TEST_F(DiagnosticianTest, ThePathToAnotherAddressIsAnotherOne) {
     EXPECT_EQ(network.opened, 2);
 }
 
+TEST_F(DiagnosticianTest, AnAddressThatIsTriedInAnOutageDoesNotTakeThePathsPlace) {
+    run(60);
+    cut(2);
+    situation.address->family = AF_INET6;
+    run(4);
+    situation.trouble = Trouble::down;
+    run(10);
+
+    EXPECT_EQ(network.opened, 1);
+    EXPECT_EQ(told(), "provider");
+}
+
 TEST_F(DiagnosticianTest, NothingIsSentBeforeTheHostHasAnswered) {
     hostMs.reset();
     run(2);
