@@ -85,7 +85,7 @@ std::string tooltip(const Reading& reading) {
     text += reading.latestPingMs ? Text::whole(*reading.latestPingMs) + "ms" : noValue;
     text += "\nRecent Packet Loss: ";
     text += reading.lossIsKnown ? Text::whole(reading.lossPercent) + "%" : noValue;
-    return reading.verdict ? text + "\n" + reading.verdict->evidence : text;
+    return text;
 }
 
 std::string accessibilitySummary(const Reading& reading, bool isConnecting) {
@@ -172,6 +172,15 @@ Reading makeReading(
         .highThresholdMs = settings.slowPingThresholdMs + ScoringConfig::thresholdSpanMs,
     };
     return reading;
+}
+
+std::string Reading::itemToolTip() const {
+    std::string text = tooltip;
+    if (isDown()) {
+        const std::optional<std::string> error = lastError();
+        text = error ? downReasonText + "\n" + *error : downReasonText;
+    }
+    return verdict ? text + "\n" + verdict->evidence : text;
 }
 
 } // namespace tarnwick

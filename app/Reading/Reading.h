@@ -75,6 +75,10 @@ struct Reading {
         return startError ? std::optional(startError->message()) : std::nullopt;
     }
 
+    /// For the item in the panel: while down the reason with the error behind it, else `tooltip`; then whose
+    /// fault it is.
+    [[nodiscard]] std::string itemToolTip() const;
+
     /// The text of the status item: "42ms", "42ms (3%)", "…", "Failed".
     [[nodiscard]] std::string menuTitle(bool withLoss) const;
     /// The latency alone, for places too narrow for the title: "42", "1.2s", "…"; empty while down.

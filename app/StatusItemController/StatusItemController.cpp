@@ -19,15 +19,6 @@ MenuItem item(Id id, const char* title, char mnemonic, const char* iconName, cha
     return {.id = id, .title = title, .mnemonic = mnemonic, .shortcut = shortcut, .iconName = iconName};
 }
 
-/// While down: the reason, and the error behind it.
-std::string toolTipOf(const Reading& reading) {
-    if (!reading.isDown()) {
-        return reading.tooltip;
-    }
-    const std::optional<std::string> error = reading.lastError();
-    return error ? reading.downReasonText + "\n" + *error : reading.downReasonText;
-}
-
 } // namespace
 
 StatusItemController::StatusItemController(Needs needs) : needs_(std::move(needs)) {
@@ -78,7 +69,7 @@ void StatusItemController::update() {
         .face = face(reading),
         .form = needs_.monitor.prefs().panelForm(),
         .ink = needs_.monitor.prefs().panelInk(),
-        .toolTip = toolTipOf(reading),
+        .toolTip = reading.itemToolTip(),
         .accessibilityValue = reading.accessibilitySummary,
     };
     if (state != shown_) {

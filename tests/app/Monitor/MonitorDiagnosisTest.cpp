@@ -108,7 +108,7 @@ TEST_F(MonitorDiagnosisTest, WhileAllIsWellThereIsNoneAndThePathIsLearntOnce) {
 
     EXPECT_FALSE(monitor.reading().verdict);
     EXPECT_THAT(monitor.reading().path, IsEmpty());
-    EXPECT_THAT(monitor.reading().tooltip, testing::Not(HasSubstr("router")));
+    EXPECT_THAT(monitor.reading().itemToolTip(), testing::Not(HasSubstr("router")));
     EXPECT_THAT(probes.sent, SizeIs(probesToLearn));
     EXPECT_EQ(link.asked, 1);
 }
@@ -122,7 +122,7 @@ TEST_F(MonitorDiagnosisTest, StandsWithinFiveSecondsOfDown) {
     EXPECT_LE(secondsUntil([this] { return hasBlame(); }), 5);
     EXPECT_EQ(monitor.reading().verdict->blame, Blame::provider);
     EXPECT_THAT(monitor.reading().path, SizeIs(5));
-    EXPECT_THAT(monitor.reading().tooltip, HasSubstr("\n" + routerOnly));
+    EXPECT_THAT(monitor.reading().itemToolTip(), StartsWith("No replies for 8 s\n" + routerOnly));
 }
 
 TEST_F(MonitorDiagnosisTest, IsTheSecondSentenceOfTheNotification) {

@@ -367,4 +367,22 @@ TEST(Reading, DiffersFromAnotherOneOnlyByWhatItShows) {
     EXPECT_NE(readingOf({.score = 1}), readingOf({.score = 0.9}));
 }
 
+TEST(ReadingItemToolTip, EndsWithWhoseFaultItIs) {
+    Reading reading{.tooltip = "Latest Ping Time: 420ms"};
+    reading.verdict = {.blame = Blame::provider, .evidence = "Your router answers."};
+    EXPECT_EQ(reading.itemToolTip(), "Latest Ping Time: 420ms\nYour router answers.");
+
+    reading.status = Status::down;
+    reading.downReasonText = "No replies for 8 s";
+    EXPECT_EQ(reading.itemToolTip(), "No replies for 8 s\nYour router answers.");
+
+    reading.startError = noSocket;
+    EXPECT_EQ(
+        reading.itemToolTip(),
+        "No replies for 8 s\nCould not open ICMP socket: Permission denied\nYour router answers.");
+
+    reading.verdict.reset();
+    EXPECT_EQ(reading.itemToolTip(), "No replies for 8 s\nCould not open ICMP socket: Permission denied");
+}
+
 } // namespace tarnwick
