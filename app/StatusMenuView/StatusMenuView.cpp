@@ -2,6 +2,7 @@
 
 #include "app/StatusMenuView/HeaderView.h"
 #include "app/StatusMenuView/LatencyChartView.h"
+#include "app/StatusMenuView/PathSection.h"
 #include "app/StatusMenuView/StatsGridView.h"
 #include "app/StatusMenuView/VerdictView.h"
 #include "app/ViewStyle/ViewStyle.h"
@@ -20,6 +21,10 @@ constexpr double topPadding = 8;
 constexpr double bottomPadding = 6;
 constexpr double spacing = 12;
 constexpr double tightness = 0.5; ///< what a low screen leaves of the air
+
+int partHeight(const QWidget* part) {
+    return part == nullptr ? 0 : part->sizeHint().height();
+}
 
 } // namespace
 
@@ -46,30 +51,53 @@ void StatusMenuView::render() {
     header_->setContent(HeaderContent::of(reading));
     chart_->setChart(reading.chart);
     grid_->setRows(StatsGrid::rows(reading.session, reading.site, grouping_));
-    showVerdict(reading.verdict);
+    showVerdict(reading);
     if (reading.notices != shownNotices_) {
         showNotices(reading.notices);
     }
 }
 
-void StatusMenuView::showVerdict(const std::optional<Verdict>& verdict) {
-    const int before = verdict_ ? verdict_->sizeHint().height() : 0;
-    if (!verdict) {
+void StatusMenuView::showVerdict(const Reading& reading) {
+    const int before = partHeight(verdict_.get()) + partHeight(path_.get());
+    showPath(reading.path);
+    if (!reading.verdict) {
         verdict_.reset();
     } else {
         if (!verdict_) {
             verdict_ = std::make_unique<VerdictView>(this);
-            // So that it is read after the header.
-            verdict_->stackUnder(notices_ != nullptr ? static_cast<QWidget*>(notices_) : chart_);
+            verdict_->stackUnder(
+                path_ ? path_.get() : nextAfterVerdict()); // so that it is read after the header
             verdict_->show();
         }
-        verdict_->setText(QString::fromStdString(verdict->evidence), partWidth());
+        verdict_->setText(QString::fromStdString(reading.verdict->evidence), partWidth());
     }
-    if (before != (verdict_ ? verdict_->sizeHint().height() : 0)) {
-        place();
-        if (onSizeChange) {
-            onSizeChange();
-        }
+    if (before != partHeight(verdict_.get()) + partHeight(path_.get())) {
+        changeSize();
+    }
+}
+
+void StatusMenuView::showPath(const std::vector<HopEvidence>& path) {
+    if (path.empty()) {
+        path_.reset();
+        return;
+    }
+    if (!path_) {
+        path_ = std::make_unique<PathSection>(this);
+        path_->onToggle = [this] { changeSize(); };
+        path_->stackUnder(nextAfterVerdict());
+        path_->show();
+    }
+    path_->setRows(pathRows(path), partWidth());
+}
+
+QWidget* StatusMenuView::nextAfterVerdict() const {
+    return notices_ != nullptr ? static_cast<QWidget*>(notices_) : chart_;
+}
+
+void StatusMenuView::changeSize() {
+    place();
+    if (onSizeChange) {
+        onSizeChange();
     }
 }
 
@@ -84,20 +112,20 @@ void StatusMenuView::showNotices(const Notices& notices) {
     if (notices_ != nullptr) {
         notices_->stackUnder(chart_); // so that it is read after the header
     }
-    place();
-    if (onSizeChange) {
-        onSizeChange();
-    }
+    changeSize();
 }
 
 bool StatusMenuView::hasButtons() const {
-    return notices_ != nullptr && notices_->findChild<QPushButton*>() != nullptr;
+    return findChild<QPushButton*>() != nullptr;
 }
 
 std::vector<QWidget*> StatusMenuView::parts() const {
     std::vector<QWidget*> parts{header_};
     if (verdict_) {
         parts.push_back(verdict_.get());
+    }
+    if (path_) {
+        parts.push_back(path_.get());
     }
     if (notices_ != nullptr) {
         parts.push_back(notices_);

@@ -15,6 +15,7 @@ namespace tarnwick {
 
 class HeaderView;
 class LatencyChartView;
+class PathSection;
 class StatsGridView;
 class VerdictView;
 
@@ -39,7 +40,7 @@ public:
     /// Whether there is something in it that Tab can reach.
     [[nodiscard]] bool hasButtons() const;
 
-    /// Set by the owner. Called when notices or the verdict come or go.
+    /// Set by the owner. Called when a part comes, goes or grows.
     std::function<void()> onSizeChange;
 
 protected:
@@ -47,7 +48,11 @@ protected:
 
 private:
     void render();
-    void showVerdict(const std::optional<Verdict>& verdict);
+    void showVerdict(const Reading& reading);
+    void showPath(const std::vector<HopEvidence>& path);
+    /// What stands below whose fault it is.
+    [[nodiscard]] QWidget* nextAfterVerdict() const;
+    void changeSize();
     void showNotices(const Notices& notices);
     [[nodiscard]] int partWidth() const;
     [[nodiscard]] std::vector<QWidget*> parts() const;
@@ -63,6 +68,7 @@ private:
     NoticesView* notices_ = nullptr; ///< a child while there are notices
     Notices shownNotices_;
     std::unique_ptr<VerdictView> verdict_; ///< a child while something is wrong
+    std::unique_ptr<PathSection> path_;    ///< a child while the path to blame is known
     LatencyChartView* chart_;
     StatsGridView* grid_;
     std::unique_ptr<RenderLoop> rendering_;

@@ -1,11 +1,10 @@
 #include "app/Watch/JsonLine.h"
 
 #include "app/Watch/JsonText.h"
+#include "core/Diagnosis/HopSamples.h"
 
-#include <algorithm>
 #include <chrono>
 #include <concepts>
-#include <ranges>
 
 namespace tarnwick {
 
@@ -91,21 +90,6 @@ void addReasons(JsonText& line, const Reading& reading) {
     }
 }
 
-/// The share of lost samples, 0 to 1; nothing without any.
-std::optional<double> lossOf(const HopEvidence& hop) {
-    const auto lost = std::ranges::count_if(hop.samples, [](const HopSample& one) { return !one.ms; });
-    return hop.samples.empty()
-               ? std::nullopt
-               : std::optional(static_cast<double>(lost) / static_cast<double>(hop.samples.size()));
-}
-
-std::optional<double> latestMs(const HopEvidence& hop) {
-    const auto newestFirst = std::views::reverse(hop.samples);
-    const auto answered =
-        std::ranges::find_if(newestFirst, [](const HopSample& one) { return one.ms.has_value(); });
-    return answered == newestFirst.end() ? std::nullopt : answered->ms;
-}
-
 void addDiagnosis(JsonText& line, const Reading& reading) {
     if (reading.verdict) {
         line.add("verdict", nameOf(reading.verdict->blame));
@@ -121,8 +105,8 @@ void addDiagnosis(JsonText& line, const Reading& reading) {
         line.beginItem();
         line.add("address", hop.address.empty() ? std::nullopt : std::optional(hop.address));
         line.add("isHost", hop.isHost);
-        line.add("loss", lossOf(hop));
-        line.add("latestMs", latestMs(hop));
+        line.add("loss", lostShare(hop.samples));
+        line.add("latestMs", latestMs(hop.samples));
         line.add("quietMs", hop.quietMs);
         line.endObject();
     }

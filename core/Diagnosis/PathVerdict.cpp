@@ -1,6 +1,7 @@
 #include "core/Diagnosis/PathVerdict.h"
 
 #include "core/Diagnosis/FaultPlace.h"
+#include "core/Diagnosis/HopSamples.h"
 #include "core/Diagnosis/ProviderNetwork.h"
 #include "core/Text.h"
 
@@ -27,21 +28,6 @@ enum class Symptom { silent, loses, late };
 /// In their order.
 constexpr std::array<const char*, 3> doings{"does not answer", "loses answers", "answers late"};
 
-double lostShare(const std::vector<HopSample>& samples) {
-    const auto lost = std::ranges::count_if(samples, [](const HopSample& one) { return !one.ms; });
-    return samples.empty() ? 0 : static_cast<double>(lost) / static_cast<double>(samples.size());
-}
-
-/// The last answer's milliseconds.
-std::optional<double> latest(const std::vector<HopSample>& samples) {
-    for (const HopSample& sample : samples | std::views::reverse) {
-        if (sample.ms) {
-            return sample.ms;
-        }
-    }
-    return std::nullopt;
-}
-
 /// Before the connection is called down.
 bool isSilentLately(const std::vector<HopSample>& pings) {
     constexpr std::size_t inARow = 3;
@@ -55,7 +41,7 @@ Symptom symptomOf(const Evidence& evidence) {
         return Symptom::silent;
     }
     constexpr double smallLoss = 0.05;
-    return lostShare(evidence.pings) >= smallLoss ? Symptom::loses : Symptom::late;
+    return lostShare(evidence.pings).value_or(0) >= smallLoss ? Symptom::loses : Symptom::late;
 }
 
 /// The blame for a fault on the link that leads to a hop.
@@ -103,7 +89,8 @@ std::string happens(const Evidence& evidence) {
     case Symptom::silent:
         break;
     case Symptom::loses:
-        return "beyond it " + Text::whole(100 * lostShare(evidence.pings)) + "% of the answers are lost.";
+        return "beyond it " + Text::whole(100 * lostShare(evidence.pings).value_or(0))
+               + "% of the answers are lost.";
     case Symptom::late:
         return "beyond it answers come " + Text::whole(extraDelay(evidence)) + " ms late.";
     }
@@ -115,8 +102,8 @@ std::string_view nameOfSymptom(const Evidence& evidence) {
 }
 
 std::string routerSentence(const Evidence& evidence) {
-    const std::optional<double> answer = latest(evidence.hops.front().samples);
-    return (answer ? "Your router answers in " + Text::whole(*answer) + " ms; "
+    const std::optional<double> answer = latestMs(evidence.hops.front().samples);
+    return (answer ? "Your router answers in " + (*answer < 1 ? "under 1" : Text::whole(*answer)) + " ms; "
                    : "Your router passes on what is sent; ")
            + happens(evidence);
 }
@@ -152,7 +139,7 @@ std::string hostSentence(const Evidence& evidence) {
         break;
     case Symptom::loses:
         return "Everything up to the host's network answers; only the host loses "
-               + Text::whole(100 * lostShare(evidence.pings)) + "% of the answers.";
+               + Text::whole(100 * lostShare(evidence.pings).value_or(0)) + "% of the answers.";
     case Symptom::late:
         return "Everything up to the host's network answers in time; only the host is "
                + Text::whole(extraDelay(evidence)) + " ms late.";
@@ -219,7 +206,7 @@ std::optional<Verdict> pathVerdict(const Evidence& evidence) {
     }
     const Suspicion suspicion = strongest(chances, evidence.hops);
     // The way is about to fail altogether: answers from before that would count against it.
-    const bool isTurning = isSilentLately(evidence.pings) && latest(evidence.pings);
+    const bool isTurning = isSilentLately(evidence.pings) && latestMs(evidence.pings);
     const bool isPlaceKnown = suspicion.blame != Blame::provider || isProviderKnown(evidence.hops);
     const Likelihood likelihood = suspicion.chance >= likelyChance && !isTurning && isPlaceKnown
                                       ? Likelihood::likely

@@ -4,6 +4,7 @@
 #include "app/StatusItemController/Painting/TabularLine.h"
 #include "app/StatusMenuView/HeaderView.h"
 #include "app/StatusMenuView/LatencyChartView.h"
+#include "app/StatusMenuView/PathSection.h"
 #include "app/StatusMenuView/StatsGridView.h"
 #include "app/ViewStyle/ViewStyle.h"
 #include "tests/app/StatusMenuView/DrawnView.h"
@@ -12,6 +13,7 @@
 #include <QAccessible>
 #include <QFontMetricsF>
 #include <QImage>
+#include <QPushButton>
 #include <cmath>
 
 #include <gmock/gmock.h>
@@ -98,6 +100,48 @@ TEST_F(StatusMenuViewTest, TheVerdictStandsBelowTheHeaderWhileSomethingIsWrong) 
     EXPECT_EQ(childNames(view).size(), parts);
     EXPECT_EQ(view.sizeHint().height(), usual);
     EXPECT_EQ(changes, 2);
+}
+
+TEST_F(StatusMenuViewTest, ThePathOpensBelowTheVerdict) {
+    Observed<Reading> reading;
+    StatusMenuView view(reading, loop, nullptr);
+    int changes = 0;
+    view.onSizeChange = [&changes] { ++changes; };
+    EXPECT_FALSE(view.hasButtons());
+    Reading bad;
+    bad.verdict = {.blame = Blame::host, .evidence = "Only the host does not answer."};
+    bad.path = {
+        {.address = "192.0.2.1", .samples = {{.ms = 2}}},
+        {.address = "203.0.113.9", .isHost = true, .samples = {{}}}};
+    reading.set(bad);
+    loop.runPending();
+    ASSERT_EQ(childNames(view)[2], "Path");
+    auto& section = part<PathSection>(view);
+    auto* const button = section.findChild<QPushButton*>();
+    ASSERT_NE(button, nullptr);
+    EXPECT_TRUE(view.hasButtons());
+    EXPECT_THAT(childNames(section), ElementsAre("Show Path"));
+    const int closed = view.sizeHint().height();
+    EXPECT_EQ(changes, 1);
+
+    button->click();
+
+    EXPECT_THAT(
+        childNames(section),
+        ElementsAre("Hide Path", "Hop 1, 192.0.2.1, 0% lost, 2 ms", "Hop 2, 203.0.113.9, 100% lost"));
+    EXPECT_GT(view.sizeHint().height(), closed);
+    EXPECT_EQ(changes, 2);
+
+    bad.path.front().samples.push_back({});
+    reading.set(bad);
+    loop.runPending();
+    EXPECT_EQ(childNames(section)[1], "Hop 1, 192.0.2.1, 50% lost, 2 ms");
+
+    button->click();
+
+    EXPECT_THAT(childNames(section), ElementsAre("Show Path"));
+    EXPECT_EQ(view.sizeHint().height(), closed);
+    EXPECT_EQ(changes, 3);
 }
 
 TEST_F(StatusMenuViewTest, PartsStandBelowEachOtherTwelvePointsApart) {

@@ -182,6 +182,12 @@ INSTANTIATE_TEST_SUITE_P(
             "NothingBeyondTheRouter", downFrom(firstProviderHop),
             "provider likely: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
         Case{
+            "ARouterThatAnswersAtOnce",
+            with(
+                downFrom(firstProviderHop),
+                [](Evidence& it) { it.hops[routerHop].samples = samples(3, 0, 0.3); }),
+            "provider likely: Your router answers in under 1 ms; nothing beyond it has answered for 14 s."},
+        Case{
             "InsideTheProvider", downFrom(lastProviderHop),
             "provider likely: The provider's network answers up to 198.51.100.1; nothing beyond it has "
             "answered for 14 "

@@ -1,0 +1,165 @@
+#include "app/StatusMenuView/PathSection.h"
+
+#include "app/NoticesView/NoticeButton.h"
+#include "app/StatusItemController/Painting/TabularLine.h"
+#include "app/ViewStyle/ViewStyle.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tarnwick {
+
+namespace {
+
+constexpr double hopPoints = 11;
+constexpr double hopRowGap = 3;
+constexpr double hopNumberWidth = 18;
+constexpr double hopLossWidth = 36;
+constexpr double hopBarWidth = 44;
+constexpr double hopLatencyWidth = 52;
+constexpr double hopColumnGap = 8;
+constexpr double hopBarHeight = 5;
+constexpr float hopGroundOpacity = 0.1F;
+
+} // namespace
+
+/// Number, address, loss, the latency as a bar and as a figure.
+class PathSection::HopView final : public ReadAloudWidget {
+public:
+    explicit HopView(QWidget* parent) : ReadAloudWidget(Role::text, parent) {}
+
+    void setRow(const PathRow& row) {
+        if (row != row_) {
+            row_ = row;
+            setSpokenText(QString::fromStdString(row.summary()));
+            update();
+        }
+    }
+
+    [[nodiscard]] QSize sizeHint() const override {
+        return {0, static_cast<int>(std::ceil(QFontMetricsF(ViewStyle(*this).font(hopPoints)).height()))};
+    }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        const ViewStyle style(*this);
+        const LatencyPalette& colors = style.colors();
+        const double gap = style.length(hopColumnGap);
+        QPainter painter(this);
+        drawText(painter, 0, row_.hop, colors.secondary());
+        double right = width();
+        drawRight(painter, right, row_.latency, colors.primary());
+        right -= style.length(hopLatencyWidth) + gap;
+        if (row_.barShare > 0) {
+            drawBar(painter, right);
+        }
+        right -= style.length(hopBarWidth) + gap;
+        drawRight(painter, right, row_.loss, row_.isLossy ? colors.bad() : colors.secondary());
+        right -= style.length(hopLossWidth) + gap;
+        const double left = style.length(hopNumberWidth);
+        const QString address =
+            QFontMetricsF(style.font(hopPoints))
+                .elidedText(QString::fromStdString(row_.address), Qt::ElideMiddle, right - left);
+        drawText(painter, left, address.toStdString(), colors.primary());
+    }
+
+private:
+    void drawText(QPainter& painter, double left, const std::string& text, const QColor& color) const {
+        const QFont font = ViewStyle(*this).font(hopPoints);
+        painter.setPen(color);
+        TabularLine(font, QString::fromStdString(text))
+            .draw(painter, {left, std::round(QFontMetricsF(font).ascent())});
+    }
+
+    void drawRight(QPainter& painter, double right, const std::string& text, const QColor& color) const {
+        const TabularLine line(ViewStyle(*this).font(hopPoints), QString::fromStdString(text));
+        drawText(painter, right - line.width(), text, color);
+    }
+
+    void drawBar(QPainter& painter, double right) const {
+        const ViewStyle style(*this);
+        const double length = style.length(hopBarWidth);
+        const double thickness = style.length(hopBarHeight);
+        const double left = right - length;
+        const QRectF ground(left, std::round((height() - thickness) / 2), length, thickness);
+        QColor faint = style.colors().primary();
+        faint.setAlphaF(hopGroundOpacity);
+        painter.fillRect(ground, faint);
+        QRectF bar = ground;
+        bar.setWidth(std::max(1.0, std::round(length * row_.barShare)));
+        painter.fillRect(bar, style.colors().secondary());
+    }
+
+    PathRow row_;
+};
+
+// NOLINTBEGIN(cppcoreguidelines-owning-memory): button and rows are owned by this widget
+PathSection::PathSection(QWidget* parent)
+    : ReadAloudWidget(Role::group, parent), button_(new NoticeButton(QStringLiteral("Show Path"), this)) {
+    setSpokenText(QStringLiteral("Path"));
+    QObject::connect(button_, &QPushButton::clicked, this, [this] { toggle(); });
+}
+
+void PathSection::setRows(const std::vector<PathRow>& rows, int width) {
+    rows_ = rows;
+    width_ = width;
+    if (isOpen_) {
+        showRows();
+    }
+}
+
+void PathSection::toggle() {
+    isOpen_ = !isOpen_;
+    button_->setText(isOpen_ ? QStringLiteral("Hide Path") : QStringLiteral("Show Path"));
+    showRows();
+    if (onToggle) {
+        onToggle();
+    }
+}
+
+void PathSection::showRows() {
+    const std::size_t count = isOpen_ ? rows_.size() : 0;
+    for (; views_.size() > count; views_.pop_back()) {
+        delete views_.back();
+    }
+    while (views_.size() < count) {
+        views_.push_back(new HopView(this));
+        views_.back()->show();
+    }
+    for (std::size_t index = 0; index < count; ++index) {
+        views_[index]->setRow(rows_[index]);
+    }
+    place();
+}
+
+// NOLINTEND(cppcoreguidelines-owning-memory)
+
+QSize PathSection::sizeHint() const {
+    const int gap = ViewStyle(*this).length(hopRowGap);
+    int height = button_->sizeHint().height();
+    for (const HopView* view : views_) {
+        height += gap + view->sizeHint().height();
+    }
+    return {width_, height};
+}
+
+void PathSection::resizeEvent(QResizeEvent* /*event*/) {
+    place();
+}
+
+void PathSection::place() {
+    const int gap = ViewStyle(*this).length(hopRowGap);
+    const QSize size = button_->sizeHint();
+    button_->setGeometry(0, 0, size.width(), size.height());
+    int top = size.height();
+    for (HopView* view : views_) {
+        const int height = view->sizeHint().height();
+        view->setGeometry(0, top + gap, width_, height);
+        top += gap + height;
+    }
+}
+
+} // namespace tarnwick
