@@ -47,18 +47,18 @@ protected:
     void paintEvent(QPaintEvent* /*event*/) override {
         const ViewStyle style(*this);
         const LatencyPalette& colors = style.colors();
-        const double gap = style.length(hopColumnGap);
+        const double space = style.length(hopColumnGap);
         QPainter painter(this);
         drawText(painter, 0, row_.hop, colors.secondary());
         double right = width();
         drawRight(painter, right, row_.latency, colors.primary());
-        right -= style.length(hopLatencyWidth) + gap;
+        right -= style.length(hopLatencyWidth) + space;
         if (row_.barShare > 0) {
             drawBar(painter, right);
         }
-        right -= style.length(hopBarWidth) + gap;
+        right -= style.length(hopBarWidth) + space;
         drawRight(painter, right, row_.loss, row_.isLossy ? colors.bad() : colors.secondary());
-        right -= style.length(hopLossWidth) + gap;
+        right -= style.length(hopLossWidth) + space;
         const double left = style.length(hopNumberWidth);
         const QString address =
             QFontMetricsF(style.font(hopPoints))
@@ -138,10 +138,10 @@ void PathSection::showRows() {
 // NOLINTEND(cppcoreguidelines-owning-memory)
 
 QSize PathSection::sizeHint() const {
-    const int gap = ViewStyle(*this).length(hopRowGap);
+    const int space = ViewStyle(*this).length(hopRowGap);
     int height = button_->sizeHint().height();
     for (const HopView* view : views_) {
-        height += gap + view->sizeHint().height();
+        height += space + view->sizeHint().height();
     }
     return {width_, height};
 }
@@ -151,14 +151,14 @@ void PathSection::resizeEvent(QResizeEvent* /*event*/) {
 }
 
 void PathSection::place() {
-    const int gap = ViewStyle(*this).length(hopRowGap);
+    const int space = ViewStyle(*this).length(hopRowGap);
     const QSize size = button_->sizeHint();
     button_->setGeometry(0, 0, size.width(), size.height());
     int top = size.height();
     for (HopView* view : views_) {
         const int height = view->sizeHint().height();
-        view->setGeometry(0, top + gap, width_, height);
-        top += gap + height;
+        view->setGeometry(0, top + space, width_, height);
+        top += space + height;
     }
 }
 
