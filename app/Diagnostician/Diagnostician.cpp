@@ -1,6 +1,7 @@
 #include "app/Diagnostician/Diagnostician.h"
 
 #include "core/Diagnosis/Diagnosis.h"
+#include "core/Diagnosis/HopSamples.h"
 #include "core/Diagnosis/Median.h"
 #include "core/Diagnosis/NameVerdict.h"
 
@@ -366,13 +367,16 @@ Evidence Diagnostician::evidenceOf(const Situation& situation) const {
     if (situation.startError && situation.startError->kind == PingError::Kind::socket) {
         evidence.socketError = situation.startError->text;
     }
+    std::vector<HopSample> before;
     for (const PendingPing& ping : situation.pings) {
-        if (ping.sent >= since
-            && (ping.reply || ping.lost || situation.now - ping.sent > PathTrace::patience)) {
-            evidence.pings.push_back(
-                {.ms = ping.reply ? std::optional((*ping.reply - ping.sent) * msPerSecond) : std::nullopt});
+        if (ping.reply || ping.lost || situation.now - ping.sent > PathTrace::patience) {
+            (ping.sent >= since ? evidence.pings : before)
+                .push_back(
+                    {.ms =
+                         ping.reply ? std::optional((*ping.reply - ping.sent) * msPerSecond) : std::nullopt});
         }
     }
+    evidence.lossBefore = situation.trouble == Trouble::down ? lostShare(before).value_or(0) : 0;
     addName(situation, evidence);
     evidence.connectivity = connectivity_.latest();
     if (linkState_) {

@@ -83,6 +83,7 @@ struct Evidence {
     bool isNameMissing = false;                   ///< the name can't be resolved, or not in time
     bool isNameLate = false;                      ///< it was found late, and nothing else is wrong
     std::vector<HopSample> pings{};               ///< since things went wrong, oldest first
+    double lossBefore = 0;                        ///< the share of pings that were lost before those, 0 to 1
     std::optional<double> quietMs = std::nullopt; ///< the host's median while all was well
     std::optional<LinkEvidence> link = std::nullopt;
     std::optional<std::string> router{};

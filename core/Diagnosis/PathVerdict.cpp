@@ -20,6 +20,8 @@ constexpr double possibleChance = 0.6;
 constexpr double likelyChance = 0.85;
 /// Up to which chance of a fault something counts as well.
 constexpr double wellChance = 0.02;
+/// Share of lost pings from which on silence may be luck.
+constexpr double muchLoss = 0.2;
 /// dBm: below it a link loses packets and slows down.
 constexpr int weakSignal = -75;
 
@@ -58,14 +60,16 @@ Blame blameOf(std::size_t place, const std::vector<HopEvidence>& hops) {
 struct Suspicion {
     Blame blame = Blame::unclear;
     double chance = 0;     ///< of all places with this blame
+    double before = 0;     ///< of all places nearer than these
     std::size_t place = 0; ///< the likeliest of them
 };
 
 Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvidence>& hops) {
     constexpr std::array blames{Blame::localNetwork, Blame::provider, Blame::beyondProvider, Blame::host};
     Suspicion found;
-    for (const Blame blame : blames) {
-        Suspicion one{.blame = blame};
+    double before = 0;
+    for (const Blame blame : blames) { // from the nearest place to the farthest
+        Suspicion one{.blame = blame, .before = before};
         double best = -1;
         for (std::size_t place = 0; place < hops.size(); ++place) {
             if (blameOf(place, hops) == blame) {
@@ -76,6 +80,7 @@ Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvi
                 }
             }
         }
+        before += one.chance;
         if (one.chance > found.chance) {
             found = one;
         }
@@ -205,12 +210,15 @@ std::optional<Verdict> pathVerdict(const Evidence& evidence) {
         return ownNetworkVerdict(evidence);
     }
     const Suspicion suspicion = strongest(chances, evidence.hops);
-    // The way is about to fail altogether: answers from before that would count against it.
-    const bool isTurning = isSilentLately(evidence.pings) && latestMs(evidence.pings);
+    // The way is about to fail altogether, and answers from before that would count against it. Or it loses
+    // so much that silence is luck, and so is an answer that acquits a hop.
+    const bool isTurning =
+        (isSilentLately(evidence.pings) && latestMs(evidence.pings)) || evidence.lossBefore >= muchLoss;
     const bool isPlaceKnown = suspicion.blame != Blame::provider || isProviderKnown(evidence.hops);
-    const Likelihood likelihood = suspicion.chance >= likelyChance && !isTurning && isPlaceKnown
-                                      ? Likelihood::likely
-                                      : Likelihood::possible;
+    // Where only some answers are lost, luck alone can acquit what is nearer for a while.
+    const bool isNearerWell = symptomOf(evidence) != Symptom::loses || suspicion.before <= wellChance;
+    const bool isLikely = suspicion.chance >= likelyChance && !isTurning && isPlaceKnown && isNearerWell;
+    const Likelihood likelihood = isLikely ? Likelihood::likely : Likelihood::possible;
     Verdict verdict{.blame = suspicion.blame, .likelihood = likelihood};
     if (suspicion.chance < possibleChance) {
         verdict = {.blame = Blame::unclear, .evidence = unclearSentence(chances, evidence.hops)};

@@ -89,6 +89,19 @@ TEST_P(CutWhileLearning, AnAnswerFromBeforeTheCutProvesNothing) {
     }
 }
 
+TEST_F(DiagnosticianTest, SilenceAfterMuchLossIsNoProof) {
+    run(60);
+    for (int second = 0; second < 20; ++second) {
+        hostMs = second % 3 == 0 ? std::optional(10.0) : std::nullopt;
+        run(1);
+    }
+    goDown(2);
+    run(5);
+
+    EXPECT_EQ(told(), "provider");
+    EXPECT_EQ(diagnostician.verdict()->likelihood, Likelihood::possible);
+}
+
 INSTANTIATE_TEST_SUITE_P(EachSecond, CutWhileLearning, testing::Range(12, 18));
 
 TEST_F(DiagnosticianTest, AtMostOneProbeASecondIsSentWhileDown) {

@@ -255,6 +255,32 @@ INSTANTIATE_TEST_SUITE_P(
             "it."}),
     caseName);
 
+/// Half of the pings are lost, and none of so many probes of the routers.
+Evidence luckyRouters(std::size_t probes) {
+    return with(lossyFrom(hostHop, 5), [&](Evidence& it) {
+        for (std::size_t hop = 0; hop < hostHop; ++hop) {
+            it.hops[hop].samples = samples(probes, 0, *it.hops[hop].quietMs);
+        }
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AcquittedByLuck, Diagnoses,
+    testing::Values(
+        Case{
+            "AfterFourProbes", luckyRouters(4),
+            "host possible: Everything up to the host's network answers; only the host loses 50% of the "
+            "answers."},
+        Case{
+            "SilentAfterMuchLoss",
+            with(downFrom(firstProviderHop), [](Evidence& it) { it.lossBefore = 0.2; }),
+            "provider possible: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
+        Case{
+            "NotAfterSeven", luckyRouters(7),
+            "host likely: Everything up to the host's network answers; only the host loses 50% of the "
+            "answers."}),
+    caseName);
+
 INSTANTIATE_TEST_SUITE_P(
     NoProof, Diagnoses,
     testing::Values(
