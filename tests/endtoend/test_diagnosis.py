@@ -30,8 +30,15 @@ class EachFault(unittest.TestCase):
 
     def test_is_named(self) -> None:
         for outcome in self.outcomes:
-            with self.subTest(str(outcome)):
-                self.assertTrue(outcome.is_allowed)
+            if not outcome.scenario.is_by_chance:
+                with self.subTest(str(outcome)):
+                    self.assertTrue(outcome.is_allowed)
+
+    def test_most_of_those_that_lose_by_chance_are_named(self) -> None:
+        """With little luck a link looks well for half a minute: then another one may be blamed as possible."""
+        by_chance = [one for one in self.outcomes if one.scenario.is_by_chance]
+        right = [one for one in by_chance if one.is_allowed]
+        self.assertGreater(len(right), len(by_chance) / 2, [str(one) for one in by_chance])
 
     def test_nobody_else_is_likely_at_any_time(self) -> None:
         for outcome in self.outcomes:

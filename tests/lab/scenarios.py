@@ -56,6 +56,11 @@ class Scenario:
     signal_dbm: int | None = None
     connectivity: str = "full"
 
+    @property
+    def is_by_chance(self) -> bool:
+        """Whether it is drawn for each packet what becomes of it."""
+        return any(isinstance(fault, Loss) for fault in self.faults)
+
     def allows(self, blame: str | None) -> bool:
         """Whether this may be said; None is for saying nothing."""
         if not self.blames:
