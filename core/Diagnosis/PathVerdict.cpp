@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <ranges>
 #include <string>
 #include <vector>
@@ -88,6 +89,17 @@ Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvi
     return found;
 }
 
+/// "14 s", "3 min", "2 h": whoever shows it draws it again only as often.
+std::string lengthOf(double seconds) {
+    constexpr double minute = 60;
+    constexpr double hour = 3600;
+    if (seconds < minute) {
+        return Text::whole(seconds) + " s";
+    }
+    return seconds < hour ? Text::whole(std::floor(seconds / minute)) + " min"
+                          : Text::whole(std::floor(seconds / hour)) + " h";
+}
+
 /// "has answered for 14 s", "loses 20 % of the answers", "answers 140 ms late".
 std::string happens(const Evidence& evidence) {
     switch (symptomOf(evidence)) {
@@ -99,7 +111,7 @@ std::string happens(const Evidence& evidence) {
     case Symptom::late:
         return "beyond it answers come " + Text::whole(extraDelay(evidence)) + " ms late.";
     }
-    return "nothing beyond it has answered for " + Text::whole(evidence.silentSeconds) + " s.";
+    return "nothing beyond it has answered for " + lengthOf(evidence.silentSeconds) + ".";
 }
 
 std::string_view nameOfSymptom(const Evidence& evidence) {

@@ -182,6 +182,12 @@ INSTANTIATE_TEST_SUITE_P(
             "NothingBeyondTheRouter", downFrom(firstProviderHop),
             "provider likely: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
         Case{
+            "ForMinutes", with(downFrom(firstProviderHop), [](Evidence& it) { it.silentSeconds = 179; }),
+            "provider likely: Your router answers in 2 ms; nothing beyond it has answered for 2 min."},
+        Case{
+            "ForHours", with(downFrom(firstProviderHop), [](Evidence& it) { it.silentSeconds = 7300; }),
+            "provider likely: Your router answers in 2 ms; nothing beyond it has answered for 2 h."},
+        Case{
             "ARouterThatAnswersAtOnce",
             with(
                 downFrom(firstProviderHop),
