@@ -181,16 +181,15 @@ std::string unclearSentence(const std::vector<double>& chances, const std::vecto
 
 /// Where Wi-Fi may explain what someone at its other end does: "the router answers late".
 std::optional<Verdict> weakWifi(const Evidence& evidence, Likelihood likelihood, const std::string& doing) {
-    const bool isWeak = evidence.link && evidence.link->kind == LinkEvidence::Kind::wifi
-                        && evidence.link->signalDbm && *evidence.link->signalDbm <= weakSignal;
-    if (!isWeak) {
+    const bool isWifi = evidence.link && evidence.link->kind == LinkEvidence::Kind::wifi;
+    const std::optional<int> signal = isWifi ? evidence.link->signalDbm : std::nullopt;
+    if (!signal || *signal > weakSignal) {
         return std::nullopt;
     }
     return Verdict{
         .blame = Blame::wifi,
         .likelihood = std::min(likelihood, Likelihood::likely),
-        .evidence = "The Wi-Fi signal is weak (" + std::to_string(*evidence.link->signalDbm) + " dBm), and "
-                    + doing + "."};
+        .evidence = "The Wi-Fi signal is weak (" + std::to_string(*signal) + " dBm), and " + doing + "."};
 }
 
 /// No router lies between: nothing tells the host from the network that it shares with this machine.
