@@ -399,7 +399,7 @@ void Diagnostician::addName(const Situation& situation, Evidence& evidence) cons
     }
     evidence.lastAddress = evidence.address;
     evidence.lastAddressAnswers = lastAddress_.answers(situation.now);
-    // Nothing is pinged meanwhile.
+    // They stand in for pings: none is sent while the name is missing.
     std::ranges::copy(
         lastAddress_.samples(troubleSince(situation), situation.now), std::back_inserter(evidence.pings));
 }

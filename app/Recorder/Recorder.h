@@ -70,7 +70,7 @@ private:
     static constexpr double lateWord = 5;
     /// The wall clock is slowed down and hurried by less.
     static constexpr std::chrono::seconds smallestStepBack{2};
-    /// A degradation ends when the connection was good for so long.
+    /// Seconds of a good connection that end a degradation.
     static constexpr std::chrono::seconds steadilyGood{30};
     /// How many minutes wait to be written at most.
     static constexpr std::size_t mostMinutes = 1440;

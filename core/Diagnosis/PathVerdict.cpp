@@ -89,7 +89,7 @@ Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvi
     return found;
 }
 
-/// "14 s", "3 min", "2 h": whoever shows it draws it again only as often.
+/// "14 s", "3 min", "2 h": after a minute the sentence changes once a minute, then once an hour.
 std::string lengthOf(double seconds) {
     constexpr double minute = 60;
     constexpr double hour = 3600;

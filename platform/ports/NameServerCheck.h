@@ -1,4 +1,4 @@
-// What the name servers of this machine say about a name, each asked by itself.
+// Asks each name server of this machine about a name.
 #pragma once
 
 #include "core/Diagnosis/Evidence.h"
