@@ -23,6 +23,8 @@ constexpr double likelyChance = 0.85;
 constexpr double wellChance = 0.02;
 /// Share of lost pings from which on silence may be luck.
 constexpr double muchLoss = 0.2;
+/// So many answers are no luck on a way that loses nearly all.
+constexpr std::size_t beyondLuck = 2;
 /// dBm: below it a link loses packets and slows down.
 constexpr int weakSignal = -75;
 
@@ -63,6 +65,7 @@ struct Suspicion {
     double chance = 0;     ///< of all places with this blame
     double before = 0;     ///< of all places nearer than these
     std::size_t place = 0; ///< the likeliest of them
+    std::size_t nearest = 0;
 };
 
 Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvidence>& hops) {
@@ -70,11 +73,12 @@ Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvi
     Suspicion found;
     double before = 0;
     for (const Blame blame : blames) { // from the nearest place to the farthest
-        Suspicion one{.blame = blame, .before = before};
+        Suspicion one{.blame = blame, .before = before, .nearest = hops.size()};
         double best = -1;
         for (std::size_t place = 0; place < hops.size(); ++place) {
             if (blameOf(place, hops) == blame) {
                 one.chance += chances[place];
+                one.nearest = std::min(one.nearest, place);
                 if (chances[place] > best) {
                     best = chances[place];
                     one.place = place;
@@ -87,6 +91,37 @@ Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvi
         }
     }
     return found;
+}
+
+/// Of a hop: the answers to probes, and its words that the host can't be reached.
+std::size_t countSigns(const HopEvidence& hop, const std::vector<UnreachableEvidence>& words) {
+    const auto answers =
+        std::ranges::count_if(hop.samples, [](const HopSample& one) { return one.ms.has_value(); });
+    const auto word = std::ranges::find(words, hop.address, &UnreachableEvidence::sender);
+    return static_cast<std::size_t>(answers + (word == words.end() ? 0 : word->count));
+}
+
+/// Whether more than luck acquits what is nearer. A way that loses most may be silent for a while, and let
+/// the one answer through that acquits a hop behind the fault.
+bool isNearerHeardOf(const Suspicion& suspicion, const Evidence& evidence) {
+    std::size_t signs = 0;
+    for (std::size_t hop = suspicion.nearest - 1; hop < suspicion.place; ++hop) {
+        signs += countSigns(evidence.hops[hop], evidence.unreachable);
+    }
+    return signs >= beyondLuck;
+}
+
+/// Whether what is nearer is well for sure.
+bool isNearerAcquitted(const Suspicion& suspicion, const Evidence& evidence) {
+    switch (symptomOf(evidence)) {
+    case Symptom::silent:
+        return suspicion.nearest == 0 || isNearerHeardOf(suspicion, evidence);
+    case Symptom::loses:
+        return suspicion.before <= wellChance;
+    case Symptom::late:
+        break;
+    }
+    return true;
 }
 
 /// "14 s", "3 min", "2 h": after a minute the sentence changes once a minute, then once an hour.
@@ -226,8 +261,7 @@ std::optional<Verdict> pathVerdict(const Evidence& evidence) {
     const bool isTurning =
         (isSilentLately(evidence.pings) && latestMs(evidence.pings)) || evidence.lossBefore >= muchLoss;
     const bool isPlaceKnown = suspicion.blame != Blame::provider || isProviderKnown(evidence.hops);
-    // Where only some answers are lost, luck alone can acquit what is nearer for a while.
-    const bool isNearerWell = symptomOf(evidence) != Symptom::loses || suspicion.before <= wellChance;
+    const bool isNearerWell = isNearerAcquitted(suspicion, evidence);
     const bool isLikely = suspicion.chance >= likelyChance && !isTurning && isPlaceKnown && isNearerWell;
     const Likelihood likelihood = isLikely ? Likelihood::likely : Likelihood::possible;
     Verdict verdict{.blame = suspicion.blame, .likelihood = likelihood};

@@ -278,6 +278,19 @@ INSTANTIATE_TEST_SUITE_P(
             "host possible: Everything up to the host's network answers; only the host loses 50% of the "
             "answers."},
         Case{
+            "ByOneAnswerOfTheHopBefore", downFrom(hostsRouterHop, 1),
+            "beyondProvider possible: The provider's network answers up to 198.51.100.7; loss begins after "
+            "it."},
+        Case{
+            "NotByTwo", downFrom(hostsRouterHop, 2),
+            "beyondProvider likely: The provider's network answers up to 198.51.100.7; loss begins after "
+            "it."},
+        Case{
+            "NotByOneOfEachOfTheProvidersHopsBefore", downFrom(lastProviderHop, 1),
+            "provider likely: The provider's network answers up to 198.51.100.1; nothing beyond it has "
+            "answered for 14 "
+            "s."},
+        Case{
             "SilentAfterMuchLoss",
             with(downFrom(firstProviderHop), [](Evidence& it) { it.lossBefore = 0.2; }),
             "provider possible: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
