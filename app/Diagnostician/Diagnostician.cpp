@@ -2,14 +2,11 @@
 
 #include "core/Diagnosis/Diagnosis.h"
 #include "core/Diagnosis/HopSamples.h"
-#include "core/Diagnosis/Median.h"
-#include "core/Diagnosis/NameVerdict.h"
+#include "core/Diagnosis/PingWindow.h"
+#include "core/Diagnosis/VerdictPatience.h"
 
 #include <algorithm>
-#include <iterator>
 #include <random>
-#include <ranges>
-#include <sys/socket.h>
 #include <utility>
 #include <variant>
 
@@ -21,30 +18,9 @@ namespace {
 constexpr double lookBack = 30;
 /// Seconds by which trouble is older than the tick that tells of it.
 constexpr double noticing = 4;
-/// Seconds without an answer that make the host suspicious, before anything is called down.
-constexpr double suspiciousSilence = 2.5;
-/// Seconds of trouble before the user reads what is only possible. Where some is lost, chance needs longer to
-/// even out; until then it is not clear.
-constexpr double patienceWhenDown = 4;
-constexpr double patienceWhenDegraded = 15;
-constexpr double patienceForUnclear = 5;
-/// Seconds of trouble, not of being down, in which nothing is said that load could explain as well.
-constexpr double timeToMeasureLoad = 4;
-/// Answers are late when the median of those to the latest seconds' pings is twice the usual one, and at
-/// least so many milliseconds above it: less is no trouble.
-constexpr double latenessSpan = 6;
-constexpr std::size_t fewestAnswers = 3;
-constexpr double leastLateness = 100;
 /// Seconds after which a longer way is the usual one.
 constexpr double newUsual = 300;
-constexpr double msPerSecond = 1000;
-/// Mbit/s from which on seconds of load are counted.
-constexpr double loadWorthTheName = 1;
-/// At a word for each probe, more than anyone looks back on.
-constexpr std::size_t mostWords = 64;
-
 /// Seconds from one question to the next.
-constexpr double betweenNameQueries = 5;
 constexpr double betweenConnectivityQuestions = 10;
 /// Enough for every way.
 constexpr int mostHopsOfAPing = 64;
@@ -60,22 +36,23 @@ Diagnostician::Diagnostician(RunLoop& loop, const DiagnosisSources& sources)
     : loop_(loop),
       sources_(sources),
       trace_(randomId()),
-      lastAddress_(randomId()),
-      nameServers_(betweenNameQueries),
+      name_(sources.nameServers, randomId()),
       connectivity_(betweenConnectivityQuestions) {
 }
 
 void Diagnostician::tick(const Situation& told) {
     Situation situation = told;
     follow(situation);
-    lookIntoName(situation);
-    const bool isWellSoFar = situation.trouble == Trouble::none && !isLate(situation);
-    isOnlyNameBad_ = isWellSoFar && hasBadNameServer();
+    probeName(situation);
+    const bool isWellSoFar =
+        situation.trouble == Trouble::none && !areAnswersLate(situation.pings, usualMs_, situation.now);
+    isOnlyNameBad_ = isWellSoFar && name_.hasBadServer();
     if (situation.trouble == Trouble::none && (isOnlyNameBad_ || !isWellSoFar)) {
         situation.trouble = Trouble::degraded;
     }
     noteTrouble(situation, told.trouble == Trouble::none);
-    if (situation.trouble != Trouble::none || isSuspicious(situation)) {
+    if (situation.trouble != Trouble::none
+        || isSilenceSuspicious(situation.pings, lastReply_, situation.now)) {
         watch(situation);
     } else {
         rest(situation);
@@ -84,42 +61,15 @@ void Diagnostician::tick(const Situation& told) {
     path_ = isShown ? trace_.hops(troubleSince(situation), situation.now) : std::vector<HopEvidence>{};
 }
 
-void Diagnostician::lookIntoName(const Situation& situation) {
-    const bool isMissing = isNameMissing(situation);
-    if (isMissing || wasFoundLate(situation)) {
-        nameServers_.askWhenDue(situation.now, [&](auto answer) {
-            const std::int32_t family = address_ ? address_->family : AF_INET;
-            sources_.nameServers.ask(situation.host, family, std::move(answer));
-        });
-    } else {
-        nameServers_.forget();
-    }
-    if (!isMissing) {
-        lastAddress_.forget();
-    } else if (socket_ && address_) {
-        if (const auto id = lastAddress_.probe(situation.now)) {
-            socket_->send(*id, *address_, mostHopsOfAPing);
-        }
+void Diagnostician::probeName(const Situation& situation) {
+    const auto id = name_.tick(situation, addressToProbe());
+    if (id && socket_ && address_) {
+        socket_->send(*id, *address_, mostHopsOfAPing);
     }
 }
 
-bool Diagnostician::isNameMissing(const Situation& situation) {
-    if (situation.startError) {
-        return situation.startError->kind == PingError::Kind::resolution;
-    }
-    const auto& lookup = situation.lookup;
-    return lookup && !lookup->ended && (situation.now - lookup->begun) * msPerSecond >= lateLookupMs;
-}
-
-bool Diagnostician::wasFoundLate(const Situation& situation) {
-    const auto& lookup = situation.lookup;
-    return lookup && lookup->ended && (*lookup->ended - lookup->begun) * msPerSecond >= lateLookupMs
-           && situation.now - *lookup->ended <= lookBack;
-}
-
-bool Diagnostician::hasBadNameServer() const {
-    return std::ranges::any_of(
-        nameServers_.latest(), [](const NameServerEvidence& server) { return isBad(server); });
+std::optional<ResolvedAddress> Diagnostician::addressToProbe() const {
+    return socket_ ? address_ : std::nullopt;
 }
 
 void Diagnostician::noteTrouble(const Situation& situation, bool isOnlyLate) {
@@ -133,46 +83,17 @@ void Diagnostician::noteTrouble(const Situation& situation, bool isOnlyLate) {
     }
 }
 
-/// While little is known, only what is likely; before the load is known, only what is certain. Who has been
-/// named stays named when that turns out to be only possible.
 std::optional<Verdict> Diagnostician::presentVerdict(const Situation& situation) const {
-    auto verdict = diagnose(evidenceOf(situation));
-    if (!verdict || !badSince_) {
-        return verdict;
-    }
-    const bool isDown = situation.trouble == Trouble::down;
-    const double seconds = situation.now - *badSince_;
-    if (!isDown && seconds < timeToMeasureLoad) {
-        return verdict->likelihood == Likelihood::certain ? verdict : std::nullopt;
-    }
-    const std::optional<Verdict>& shown = steady_.shown();
-    const bool isNamed = shown && shown->blame != Blame::unclear;
-    if (isNamed || verdict->likelihood != Likelihood::possible
-        || seconds >= (isDown ? patienceWhenDown : patienceWhenDegraded)) {
-        return verdict;
-    }
-    return isDown || seconds < patienceForUnclear ? std::nullopt
-                                                  : std::optional(Verdict{.evidence = notClearYet});
-}
-
-bool Diagnostician::isLate(const Situation& situation) const {
-    std::vector<double> answers;
-    for (const PendingPing& ping : situation.pings) {
-        if (ping.reply && situation.now - ping.sent <= latenessSpan) {
-            answers.push_back((*ping.reply - ping.sent) * msPerSecond);
-        }
-    }
-    if (answers.size() < fewestAnswers || !usualMs_) {
-        return false;
-    }
-    const double now = medianOf(std::move(answers)).value_or(0);
-    return now >= 2 * *usualMs_ && now >= *usualMs_ + leastLateness;
+    const auto verdict = diagnose(evidenceOf(situation));
+    return verdict && badSince_
+               ? sayable(*verdict, situation.trouble, situation.now - *badSince_, steady_.shown())
+               : verdict;
 }
 
 void Diagnostician::pathChanged() {
     hasLearnt_ = false;
-    words_.clear();
-    nameServers_.forget();
+    words_.forget();
+    name_.forgetServers();
     connectivity_.forget();
 }
 
@@ -204,7 +125,7 @@ void Diagnostician::forgetAddress() {
     address_.reset();
     socket_.reset();
     trace_ = PathTrace(randomId());
-    lastAddress_.forget();
+    name_.forgetAddress();
 }
 
 void Diagnostician::turnTo(const ResolvedAddress& address) {
@@ -222,8 +143,7 @@ void Diagnostician::turnTo(const ResolvedAddress& address) {
 /// All is well.
 void Diagnostician::rest(const Situation& situation) {
     linkState_.reset();
-    traffic_.reset();
-    load_ = {};
+    load_.forget();
     connectivity_.forget();
     if (trace_.isWatching()) {
         trace_.rest();
@@ -235,13 +155,6 @@ void Diagnostician::rest(const Situation& situation) {
         trace_.learn(situation.now);
         scheduleProbe();
     }
-}
-
-bool Diagnostician::isSuspicious(const Situation& situation) const {
-    const bool isWaiting = std::ranges::any_of(situation.pings, [&](const PendingPing& ping) {
-        return !ping.reply && situation.now - ping.sent >= 1;
-    });
-    return isWaiting && lastReply_ && situation.now - *lastReply_ >= suspiciousSilence;
 }
 
 void Diagnostician::watch(const Situation& situation) {
@@ -262,31 +175,9 @@ void Diagnostician::inspectLink() {
 /// One that comes when all is well again is forgotten at the next tick.
 void Diagnostician::linkInspected(const std::optional<LinkState>& state) {
     linkState_ = state;
-    if (state) {
-        noteTraffic(*state, loop_.now());
+    if (state && state->sentBytes && state->receivedBytes) {
+        load_.note(*state->sentBytes, *state->receivedBytes, loop_.now());
     }
-}
-
-void Diagnostician::noteTraffic(const LinkState& state, double now) {
-    if (!state.sentBytes || !state.receivedBytes) {
-        return;
-    }
-    const Traffic present{.sentBytes = *state.sentBytes, .receivedBytes = *state.receivedBytes, .at = now};
-    const std::optional<Traffic> before = std::exchange(traffic_, present);
-    const bool hasGrown =
-        before && present.sentBytes >= before->sentBytes && present.receivedBytes >= before->receivedBytes;
-    if (!hasGrown || now <= before->at) {
-        load_ = {};
-        return;
-    }
-    const auto rate = [&](std::uint64_t bytes) {
-        constexpr double mbitPerByte = 8e-6;
-        return static_cast<double>(bytes) * mbitPerByte / (now - before->at);
-    };
-    load_.sentMbit = rate(present.sentBytes - before->sentBytes);
-    load_.receivedMbit = rate(present.receivedBytes - before->receivedBytes);
-    const bool isLoaded = std::max(load_.sentMbit, load_.receivedMbit) >= loadWorthTheName;
-    load_.seconds = isLoaded ? load_.seconds + now - before->at : 0;
 }
 
 /// While a timer is set, it decides.
@@ -307,16 +198,13 @@ void Diagnostician::sendProbe() {
 void Diagnostician::receive() {
     while (const auto answer = socket_->receive()) {
         if (answer->kind == ProbeAnswer::Kind::unreachable) {
-            words_.push_back({.sender = answer->sender, .at = answer->at});
-            if (words_.size() > mostWords) {
-                words_.pop_front();
-            }
+            words_.note(answer->sender, answer->at);
         } else {
             const bool isHost = answer->kind == ProbeAnswer::Kind::reply;
             // Each ignores the other's.
             trace_.answered(answer->id, answer->sender, isHost, answer->at);
             if (isHost) {
-                lastAddress_.answered(answer->id, answer->at);
+                name_.answered(answer->id, answer->at);
             }
         }
     }
@@ -325,32 +213,7 @@ void Diagnostician::receive() {
 double Diagnostician::troubleSince(const Situation& situation) const {
     const double begin = badSince_.value_or(situation.now) - noticing;
     const double start = std::max(situation.now - lookBack, begin);
-    return situation.trouble == Trouble::degraded ? start : std::max(start, silentSince(situation));
-}
-
-/// When the first ping of those without an answer was sent: before that, whatever is wrong had not begun for
-/// sure. Long ago when none is without.
-double Diagnostician::silentSince(const Situation& situation) {
-    const auto lastFirst = std::views::reverse(situation.pings);
-    const auto answered =
-        std::ranges::find_if(lastFirst, [](const PendingPing& ping) { return ping.reply.has_value(); });
-    return answered == lastFirst.begin() ? 0 : std::prev(answered)->sent;
-}
-
-std::vector<UnreachableEvidence> Diagnostician::recentWords(double now) const {
-    std::vector<UnreachableEvidence> senders;
-    for (const Word& word : words_) {
-        if (now - word.at > lookBack) {
-            continue;
-        }
-        const auto known = std::ranges::find(senders, word.sender, &UnreachableEvidence::sender);
-        if (known == senders.end()) {
-            senders.push_back({.sender = word.sender, .count = 1});
-        } else {
-            ++known->count;
-        }
-    }
-    return senders;
+    return situation.trouble == Trouble::degraded ? start : std::max(start, silentSince(situation.pings));
 }
 
 Evidence Diagnostician::evidenceOf(const Situation& situation) const {
@@ -367,41 +230,20 @@ Evidence Diagnostician::evidenceOf(const Situation& situation) const {
     if (situation.startError && situation.startError->kind == PingError::Kind::socket) {
         evidence.socketError = situation.startError->text;
     }
-    std::vector<HopSample> before;
-    for (const PendingPing& ping : situation.pings) {
-        if (ping.reply || ping.lost || situation.now - ping.sent > PathTrace::patience) {
-            (ping.sent >= since ? evidence.pings : before)
-                .push_back(
-                    {.ms =
-                         ping.reply ? std::optional((*ping.reply - ping.sent) * msPerSecond) : std::nullopt});
-        }
-    }
-    evidence.lossBefore = situation.trouble == Trouble::down ? lostShare(before).value_or(0) : 0;
-    addName(situation, evidence);
+    SettledPings pings = settledPings(situation.pings, since, situation.now);
+    evidence.pings = std::move(pings.since);
+    evidence.lossBefore = situation.trouble == Trouble::down ? lostShare(pings.before).value_or(0) : 0;
+    name_.addTo(evidence, situation, addressToProbe(), since, isOnlyNameBad_);
     evidence.connectivity = connectivity_.latest();
     if (linkState_) {
         evidence.link = linkState_->link;
         evidence.router = linkState_->router;
         evidence.neighbor = linkState_->neighbor;
-        evidence.load = load_;
+        evidence.load = load_.load();
     }
     evidence.hops = trace_.hops(since, situation.now);
-    evidence.unreachable = recentWords(situation.now);
+    evidence.unreachable = words_.since(situation.now - lookBack);
     return evidence;
-}
-
-void Diagnostician::addName(const Situation& situation, Evidence& evidence) const {
-    evidence.nameServers = nameServers_.latest();
-    evidence.isNameMissing = isNameMissing(situation);
-    evidence.isNameLate = isOnlyNameBad_ && wasFoundLate(situation);
-    if (!evidence.isNameMissing || !socket_) {
-        return;
-    }
-    evidence.lastAddress = evidence.address;
-    evidence.lastAddressAnswers = lastAddress_.answers(situation.now);
-    // They stand in for pings: none is sent while the name is missing.
-    std::ranges::copy(
-        lastAddress_.samples(troubleSince(situation), situation.now), std::back_inserter(evidence.pings));
 }
 
 } // namespace tarnwick
