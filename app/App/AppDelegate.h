@@ -27,6 +27,7 @@
 #include "platform/linux/KernelLinkInspector.h"
 #include "platform/linux/ProgramReplacement.h"
 #include "platform/linux/RoutePathMonitor.h"
+#include "platform/linux/SystemAddressNames.h"
 #include "platform/panel/NotifierStatusItem.h"
 #include "platform/panel/PanelStatusItem.h"
 #include "platform/qt/DisplayLoss.h"
@@ -96,6 +97,7 @@ private:
     RoutePathMonitor path_;
     BusConnection systemBus_;
     NetworkManagerConnectivity connectivity_;
+    SystemAddressNames addressNames_;
     LogindSleepMonitor sleep_;
     DesktopNotificationCenter notifications_;
     std::unique_ptr<LoginItem> loginItem_;

@@ -37,6 +37,7 @@ Diagnostician::Diagnostician(RunLoop& loop, const DiagnosisSources& sources)
       sources_(sources),
       trace_(randomId()),
       name_(sources.nameServers, randomId()),
+      hopNames_(sources.addressNames),
       connectivity_(betweenConnectivityQuestions) {
 }
 
@@ -59,6 +60,7 @@ void Diagnostician::tick(const Situation& told) {
     }
     const bool isShown = steady_.update(situation.now, presentVerdict(situation)).has_value();
     path_ = isShown ? trace_.hops(troubleSince(situation), situation.now) : std::vector<HopEvidence>{};
+    hopNames_.fill(path_);
 }
 
 void Diagnostician::probeName(const Situation& situation) {
@@ -94,6 +96,7 @@ void Diagnostician::pathChanged() {
     hasLearnt_ = false;
     words_.forget();
     name_.forgetServers();
+    hopNames_.forget();
     connectivity_.forget();
 }
 
@@ -145,6 +148,7 @@ void Diagnostician::rest(const Situation& situation) {
     linkState_.reset();
     load_.forget();
     connectivity_.forget();
+    hopNames_.retryUnknown();
     if (trace_.isWatching()) {
         trace_.rest();
         hasLearnt_ = trace_.reachesHost(); // trouble may have come in the middle of it

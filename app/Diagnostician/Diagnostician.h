@@ -1,6 +1,7 @@
 // Gathers evidence while the connection is bad, and says whose fault it is.
 #pragma once
 
+#include "app/Diagnostician/HopNames.h"
 #include "app/Diagnostician/NameInquiry.h"
 #include "app/Diagnostician/RepeatedQuestion.h"
 #include "app/Diagnostician/Situation.h"
@@ -12,6 +13,7 @@
 #include "core/Prober/ProbeNetwork.h"
 #include "core/ResolvedAddress.h"
 #include "core/RunLoop.h"
+#include "platform/ports/AddressNames.h"
 #include "platform/ports/ConnectivityCheck.h"
 #include "platform/ports/LinkInspector.h"
 #include "platform/ports/NameServerCheck.h"
@@ -29,12 +31,13 @@ struct DiagnosisSources {
     LinkInspector& link;
     NameServerCheck& nameServers;
     ConnectivityCheck& connectivity;
+    AddressNames& addressNames;
 };
 
 /// While all is well it learns the path once, and again after `pathChanged`; otherwise it sends nothing.
 /// While the host is silent or its answers are bad, it probes a hop a second; while its name can't be found,
-/// its last address once a second in place of the pings, and each name server every five seconds. Main
-/// thread.
+/// its last address once a second in place of the pings, and each name server every five seconds. While a
+/// verdict stands, it looks up the names of the hops, each once. Main thread.
 class Diagnostician {
 public:
     /// All outlive it.
@@ -76,6 +79,7 @@ private:
     DiagnosisSources sources_;
     PathTrace trace_;
     NameInquiry name_;
+    HopNames hopNames_;
     RepeatedQuestion<Connectivity> connectivity_;
     bool isOnlyNameBad_ = false; ///< so far, nothing but the lookup of the name is wrong
     SteadyVerdict steady_;

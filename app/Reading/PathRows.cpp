@@ -24,6 +24,9 @@ std::string latencyOf(double ms) {
 
 std::string PathRow::summary() const {
     std::string text = "Hop " + hop + ", " + address;
+    if (!name.empty()) {
+        text += ", " + name;
+    }
     if (loss != unknown) {
         text += ", " + loss + " lost";
     }
@@ -45,6 +48,7 @@ std::vector<PathRow> pathRows(const std::vector<HopEvidence>& path) {
         rows.push_back(
             {.hop = std::to_string(rows.size() + 1),
              .address = hop.address.empty() ? "No answer" : hop.address,
+             .name = hop.name,
              .loss = lost ? Text::whole(100 * *lost) + "%" : unknown,
              .latency = ms ? latencyOf(*ms) : unknown,
              .barShare = ms.value_or(0) / longest,

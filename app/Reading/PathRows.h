@@ -11,6 +11,7 @@ namespace tarnwick {
 struct PathRow {
     std::string hop;     ///< its number, from 1
     std::string address; ///< or "No answer"
+    std::string name{};  ///< of that address; empty: none is known
     std::string loss;    ///< "20%", or "—" while nothing is known
     std::string latency; ///< "14 ms", "<1 ms", or "—"
     /// The latency as a part of the path's longest, or of 20 ms if that is longer: 0 to 1.

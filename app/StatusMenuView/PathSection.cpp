@@ -15,6 +15,7 @@ namespace tarnwick {
 namespace {
 
 constexpr double hopPoints = 11;
+constexpr double hopNamePoints = 10;
 constexpr double hopRowGap = 3;
 constexpr double hopNumberWidth = 18;
 constexpr double hopLossWidth = 36;
@@ -26,7 +27,8 @@ constexpr float hopGroundOpacity = 0.1F;
 
 } // namespace
 
-/// Number, address, loss, the latency as a bar and as a figure.
+/// Number, address, loss, the latency as a bar and as a figure; below the address its name, where it is
+/// known.
 class PathSection::HopView final : public ReadAloudWidget {
 public:
     explicit HopView(QWidget* parent) : ReadAloudWidget(Role::text, parent) {}
@@ -35,12 +37,14 @@ public:
         if (row != row_) {
             row_ = row;
             setSpokenText(QString::fromStdString(row.summary()));
+            updateGeometry();
             update();
         }
     }
 
     [[nodiscard]] QSize sizeHint() const override {
-        return {0, static_cast<int>(std::ceil(QFontMetricsF(ViewStyle(*this).font(hopPoints)).height()))};
+        const int nameHeight = row_.name.empty() ? 0 : lineHeight(hopNamePoints);
+        return {0, lineHeight(hopPoints) + nameHeight};
     }
 
 protected:
@@ -64,9 +68,26 @@ protected:
             QFontMetricsF(style.font(hopPoints))
                 .elidedText(QString::fromStdString(row_.address), Qt::ElideMiddle, right - left);
         drawText(painter, left, address.toStdString(), colors.primary());
+        drawName(painter, left);
     }
 
 private:
+    [[nodiscard]] int lineHeight(double points) const {
+        return static_cast<int>(std::ceil(QFontMetricsF(ViewStyle(*this).font(points)).height()));
+    }
+
+    /// The end of a name tells whose it is, its beginning which one.
+    void drawName(QPainter& painter, double left) const {
+        const ViewStyle style(*this);
+        const QFont font = style.font(hopNamePoints);
+        const QFontMetricsF metrics(font);
+        painter.setFont(font);
+        painter.setPen(style.colors().secondary());
+        painter.drawText(
+            QPointF(left, lineHeight(hopPoints) + std::round(metrics.ascent())),
+            metrics.elidedText(QString::fromStdString(row_.name), Qt::ElideMiddle, width() - left));
+    }
+
     void drawText(QPainter& painter, double left, const std::string& text, const QColor& color) const {
         const QFont font = ViewStyle(*this).font(hopPoints);
         painter.setPen(color);
@@ -84,7 +105,7 @@ private:
         const double length = style.length(hopBarWidth);
         const double thickness = style.length(hopBarHeight);
         const double left = right - length;
-        const QRectF ground(left, std::round((height() - thickness) / 2), length, thickness);
+        const QRectF ground(left, std::round((lineHeight(hopPoints) - thickness) / 2), length, thickness);
         QColor faint = style.colors().primary();
         faint.setAlphaF(hopGroundOpacity);
         painter.fillRect(ground, faint);

@@ -104,6 +104,7 @@ void addDiagnosis(JsonText& line, const Reading& reading) {
     for (const HopEvidence& hop : reading.path) {
         line.beginItem();
         line.add("address", hop.address.empty() ? std::nullopt : std::optional(hop.address));
+        line.add("name", hop.name.empty() ? std::nullopt : std::optional(hop.name));
         line.add("isHost", hop.isHost);
         line.add("loss", lostShare(hop.samples));
         line.add("latestMs", latestMs(hop.samples));

@@ -24,6 +24,7 @@
 #include "platform/linux/Sandbox.h"
 #include "platform/linux/SignalWatch.h"
 #include "platform/linux/SuspendedTime.h"
+#include "platform/linux/SystemAddressNames.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "platform/xdg/SettingsFile.h"
 
@@ -93,6 +94,7 @@ private:
     // Only for notifications: opened when they are wanted.
     BusConnection sessionBus_{loop_, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded};
     NetworkManagerConnectivity connectivity_{systemBus_};
+    SystemAddressNames addressNames_{loop_};
     LogindSleepMonitor sleep_{loop_, systemBus_, SuspendedTime::sinceBoot};
     DesktopNotificationCenter notifications_{
         loop_,
@@ -116,7 +118,8 @@ private:
                     .probes = probes_,
                     .link = link_,
                     .nameServers = nameServers_,
-                    .connectivity = connectivity_},
+                    .connectivity = connectivity_,
+                    .addressNames = addressNames_},
             .journal = &journal_,
         }};
     ProgramReplacement replacement_{loop_, [this] { onReplaced(); }};

@@ -35,6 +35,7 @@ struct HopSample {
 
 struct HopEvidence {
     std::string address{}; ///< that answered; empty: none has
+    std::string name{};    ///< of that address; empty: it has none, or it is not known yet
     bool isHost = false;
     double quietShare = 0; ///< of the requests while all was well, how many were answered
     std::optional<double> quietMs = std::nullopt; ///< median while all was well

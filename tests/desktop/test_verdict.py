@@ -2,13 +2,15 @@
 
 from __future__ import annotations
 
+import tempfile
 import unittest
 
 from endtoend.judging import wait_until_learnt
 from endtoend.waiting import eventually
+from lab import Names
 from lab.chain import Chain
 from lab.faults import Cut
-from lab.topology import ACCESS, ADDRESSES, HOPS, HOST
+from lab.topology import ACCESS, ADDRESSES, HOPS, HOST, NAMES
 
 from .panels import XfcePanel
 from .program import APPLICATION, PATIENCE, Program
@@ -31,7 +33,9 @@ class AProvidersFault(unittest.TestCase):
         return self.desktop.accessible(APPLICATION).texts()
 
     def test_the_path_opens_below_its_sentence(self) -> None:
-        program = Program(self.desktop, Hostname=ADDRESSES[HOST][4])
+        names = Names(self.enterContext(tempfile.TemporaryDirectory()))
+        names.write(hosts=NAMES)
+        program = Program(self.desktop, prefix=names.prefix(), Hostname=ADDRESSES[HOST][4])
         item = program.item_up()
         icon = self.desktop.item_rectangle(self.empty)
         wait_until_learnt(self.chain)
@@ -46,6 +50,7 @@ class AProvidersFault(unittest.TestCase):
             return [text for text in self.texts() if text.startswith("Hop ")]
 
         eventually(lambda: len(rows()) == len(HOPS), PATIENCE, "a row for each hop")
+        eventually(lambda: all(name in row for name, row in zip(NAMES, rows(), strict=True)), PATIENCE, "their names")
         for number, (hop, row) in enumerate(zip(HOPS, rows(), strict=True), 1):
             self.assertTrue(row.startswith(f"Hop {number}, {ADDRESSES[hop][4]}"), row)
         eventually(lambda: ", 100% lost" in rows()[-1], PATIENCE, "the host's answers are lost")

@@ -4,15 +4,17 @@ from __future__ import annotations
 
 import collections
 import contextlib
+import tempfile
 import unittest
 from collections.abc import Sequence
 from typing import ClassVar
 
+from lab import Names
 from lab.chain import Chain
 from lab.faults import FAMILIES, Cut
 from lab.forgeries import FORGERIES
 from lab.scenarios import UNCLEAR
-from lab.topology import ACCESS, ADDRESSES, HOPS, HOST
+from lab.topology import ACCESS, ADDRESSES, HOPS, HOST, NAMES
 
 from .judging import wait_until_learnt
 from .watch import Watch, new_home
@@ -59,9 +61,11 @@ class OnTheWire(unittest.TestCase):
     def setUpClass(cls) -> None:
         with contextlib.ExitStack() as stack:
             chain = stack.enter_context(Chain())
+            names = Names(stack.enter_context(tempfile.TemporaryDirectory()))
+            names.write(hosts=NAMES)
             homes = [stack.enter_context(new_home()) for _ in FAMILIES]
             watches = [
-                stack.enter_context(Watch(home, ADDRESSES[HOST][version]))
+                stack.enter_context(Watch(home, ADDRESSES[HOST][version], prefix=names.prefix()))
                 for home, version in zip(homes, FAMILIES, strict=True)
             ]
             wait_until_learnt(chain, len(watches))
@@ -108,6 +112,10 @@ class OnTheWire(unittest.TestCase):
             self.assertEqual({blame for blame, _ in told}, {"provider"})
             self.assertEqual(lines[-1]["likelihood"], "likely")
             self.assertEqual([hop["address"] for hop in lines[-1]["path"]], [ADDRESSES[hop][version] for hop in HOPS])
+
+    def test_hops_have_the_names_that_the_resolver_knows(self) -> None:
+        for lines in self.told_down:
+            self.assertEqual([hop["name"] for hop in lines[-1]["path"]], list(NAMES))
 
 
 if __name__ == "__main__":

@@ -55,6 +55,8 @@ NETWORKS = {
     HOSTING: {4: "203.0.113.0/24", 6: "3fff:2::/64"},
 }
 DEFAULT = {4: "default", 6: "default"}
+# What the resolver's `hosts` knows of those on the way to the host, where it is told.
+NAMES = {f"{hop}.test": tuple(ADDRESSES[hop].values()) for hop in HOPS}
 # What each forwards where, besides what its links say. A packet for anywhere else ends at the second router, which answers
 # that there is no such network.
 ROUTES = {

@@ -20,6 +20,7 @@ TEST_F(DiagnosticianTest, WhileAllIsWellThePathIsLearntOnce) {
     EXPECT_EQ(network.sent.size(), probesToLearn);
     EXPECT_TRUE(names.asked.empty());
     EXPECT_TRUE(service.asked.empty());
+    EXPECT_TRUE(addressNames.asked.empty());
     EXPECT_EQ(told(), "nothing");
     EXPECT_TRUE(diagnostician.path().empty());
 }
@@ -180,6 +181,46 @@ TEST_F(DiagnosticianTest, ARoutersWordCounts) {
     run(5);
 
     EXPECT_EQ(told(), "host");
+}
+
+TEST_F(DiagnosticianTest, HopsHaveTheirNamesWhileAVerdictStands) {
+    addressNames.names = {{"192.0.2.1", "router.example"}, {"203.0.113.9", "host.example"}};
+    run(60);
+    goDown(2);
+    run(10);
+
+    ASSERT_EQ(diagnostician.path().size(), 5U);
+    EXPECT_EQ(diagnostician.path()[0].name, "router.example");
+    EXPECT_EQ(diagnostician.path()[1].name, "");
+    EXPECT_EQ(diagnostician.path()[4].name, "host.example");
+}
+
+TEST_F(DiagnosticianTest, NamesAreAskedForOnceInEachTrouble) {
+    addressNames.names = {{"192.0.2.1", "router.example"}};
+    run(60);
+    goDown(2);
+    run(30);
+    EXPECT_EQ(addressNames.asked.size(), 5U);
+
+    network.silentFrom = 0;
+    hostMs = 10;
+    situation.trouble = Trouble::none;
+    run(60);
+    goDown(2);
+    run(30);
+    EXPECT_EQ(addressNames.asked.size(), 5U + 4U); // all but the one that has a name
+}
+
+TEST_F(DiagnosticianTest, AnotherNetworkHasOtherNames) {
+    addressNames.names = {{"192.0.2.1", "router.example"}};
+    run(60);
+    goDown(2);
+    run(30);
+    addressNames.names = {{"192.0.2.1", "gateway.example"}};
+    diagnostician.pathChanged();
+    run(5);
+
+    EXPECT_EQ(diagnostician.path()[0].name, "gateway.example");
 }
 
 TEST_F(DiagnosticianTest, AnotherHostBeginsFromNothing) {

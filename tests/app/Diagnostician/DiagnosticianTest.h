@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/Diagnostician/Diagnostician.h"
+#include "tests/app/Diagnostician/FakeAddressNames.h"
 #include "tests/app/Diagnostician/FakeConnectivityCheck.h"
 #include "tests/app/Diagnostician/FakeLinkInspector.h"
 #include "tests/app/Diagnostician/FakeNameServerCheck.h"
@@ -66,8 +67,14 @@ protected:
     simulation::FakeLinkInspector link{loop};
     simulation::FakeNameServerCheck names{loop};
     simulation::FakeConnectivityCheck service{loop};
+    simulation::FakeAddressNames addressNames{loop};
     Diagnostician diagnostician{
-        loop, {.probes = network, .link = link, .nameServers = names, .connectivity = service}};
+        loop,
+        {.probes = network,
+         .link = link,
+         .nameServers = names,
+         .connectivity = service,
+         .addressNames = addressNames}};
     bool isPinging = true;
     std::optional<double> hostMs = 10;
     std::uint64_t nextId = 1;

@@ -1,5 +1,6 @@
 // Whose fault it is, as the monitor publishes and posts it.
 #include "app/Monitor/Monitor.h"
+#include "tests/app/Diagnostician/FakeAddressNames.h"
 #include "tests/app/Diagnostician/FakeConnectivityCheck.h"
 #include "tests/app/Diagnostician/FakeLinkInspector.h"
 #include "tests/app/Diagnostician/FakeNameServerCheck.h"
@@ -87,6 +88,7 @@ protected:
     simulation::FakeLinkInspector link{loop};
     simulation::FakeNameServerCheck nameServers{loop};
     simulation::FakeConnectivityCheck connectivity{loop};
+    simulation::FakeAddressNames addressNames{loop};
     simulation::MemoryDefaults defaults;
     Preferences prefs{defaults};
     MonitorEnvironment environment{
@@ -97,7 +99,11 @@ protected:
         .notifications = notifications,
         .store = {folder.path() / "stats.json"},
         .diagnosis = DiagnosisSources{
-            .probes = probes, .link = link, .nameServers = nameServers, .connectivity = connectivity}};
+            .probes = probes,
+            .link = link,
+            .nameServers = nameServers,
+            .connectivity = connectivity,
+            .addressNames = addressNames}};
     Monitor monitor{prefs, environment};
 };
 

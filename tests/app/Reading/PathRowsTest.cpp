@@ -8,13 +8,18 @@ namespace {
 
 TEST(PathRows, EachHopHasItsNumberAddressLossAndLatestAnswer) {
     const auto rows = pathRows(
-        {{.address = "192.0.2.1", .samples = {{.ms = 8.4}}},
+        {{.address = "192.0.2.1", .name = "router.example", .samples = {{.ms = 8.4}}},
          {.address = "198.51.100.1", .samples = {{.ms = 30}, {.ms = 84}, {}, {}}},
          {},
          {.address = "203.0.113.9", .isHost = true, .samples = {{}, {}}}});
 
     const std::vector<PathRow> expected{
-        {.hop = "1", .address = "192.0.2.1", .loss = "0%", .latency = "8 ms", .barShare = 0.1},
+        {.hop = "1",
+         .address = "192.0.2.1",
+         .name = "router.example",
+         .loss = "0%",
+         .latency = "8 ms",
+         .barShare = 0.1},
         {.hop = "2",
          .address = "198.51.100.1",
          .loss = "50%",
@@ -28,11 +33,11 @@ TEST(PathRows, EachHopHasItsNumberAddressLossAndLatestAnswer) {
 
 TEST(PathRows, AreReadAsSentences) {
     const auto rows = pathRows(
-        {{.address = "192.0.2.1", .samples = {{.ms = 1.6}}},
+        {{.address = "192.0.2.1", .name = "router.example", .samples = {{.ms = 1.6}}},
          {},
          {.address = "203.0.113.9", .isHost = true, .samples = {{}, {}}}});
 
-    EXPECT_EQ(rows[0].summary(), "Hop 1, 192.0.2.1, 0% lost, 2 ms");
+    EXPECT_EQ(rows[0].summary(), "Hop 1, 192.0.2.1, router.example, 0% lost, 2 ms");
     EXPECT_EQ(rows[1].summary(), "Hop 2, No answer");
     EXPECT_EQ(rows[2].summary(), "Hop 3, 203.0.113.9, 100% lost");
 }

@@ -137,11 +137,19 @@ TEST_F(StatusMenuViewTest, ThePathOpensBelowTheVerdict) {
     loop.runPending();
     EXPECT_EQ(childNames(section)[1], "Hop 1, 192.0.2.1, 50% lost, 2 ms");
 
+    const int withoutName = view.sizeHint().height();
+    bad.path.front().name = "router.example";
+    reading.set(bad);
+    loop.runPending();
+    EXPECT_EQ(childNames(section)[1], "Hop 1, 192.0.2.1, router.example, 50% lost, 2 ms");
+    EXPECT_GT(view.sizeHint().height(), withoutName);
+    EXPECT_EQ(changes, 3);
+
     button->click();
 
     EXPECT_THAT(childNames(section), ElementsAre("Show Path"));
     EXPECT_EQ(view.sizeHint().height(), closed);
-    EXPECT_EQ(changes, 3);
+    EXPECT_EQ(changes, 4);
 }
 
 TEST_F(StatusMenuViewTest, PartsStandBelowEachOtherTwelvePointsApart) {

@@ -92,7 +92,10 @@ TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
     reading_.verdict = {
         .blame = Blame::provider, .likelihood = Likelihood::likely, .evidence = "the evidence"};
     reading_.path = {
-        {.address = "192.0.2.1", .quietMs = 1.5, .samples = {{.ms = 3}, {.ms = 2.5}, {}, {}}},
+        {.address = "192.0.2.1",
+         .name = "router.example",
+         .quietMs = 1.5,
+         .samples = {{.ms = 3}, {.ms = 2.5}, {}, {}}},
         {.isHost = true}};
     reading_.accessibilitySummary = "the summary";
     reading_.session = {1, 2, 3, 4.5, 5.5, 6.5};
@@ -110,8 +113,9 @@ TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
         R"("lastError":"Could not open ICMP socket: Permission denied",)"
         R"("startError":"Could not open ICMP socket: Permission denied",)"
         R"("verdict":"provider","likelihood":"likely","evidence":"the evidence",)"
-        R"("path":[{"address":"192.0.2.1","isHost":false,"loss":0.5,"latestMs":2.5,"quietMs":1.5},)"
-        R"({"address":null,"isHost":true,"loss":null,"latestMs":null,"quietMs":null}],)"
+        R"("path":[{"address":"192.0.2.1","name":"router.example","isHost":false,"loss":0.5,)"
+        R"("latestMs":2.5,"quietMs":1.5},)"
+        R"({"address":null,"name":null,"isHost":true,"loss":null,"latestMs":null,"quietMs":null}],)"
         R"("accessibilitySummary":"the summary",)"
         R"("session":{"sent":1,"replied":2,"lost":3,"averageMs":4.5,"fastestMs":5.5,"slowestMs":6.5},)"
         R"("site":{"sent":7,"replied":8,"lost":9,"averageMs":10.5,"fastestMs":11.5,"slowestMs":12.5},)"
