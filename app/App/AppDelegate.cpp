@@ -12,7 +12,6 @@
 #include "platform/linux/Routers.h"
 #include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
-#include "platform/linux/SuspendedTime.h"
 #include "platform/qt/Appearance.h"
 #include "platform/qt/TrayStatusItem.h"
 #include "platform/qt/WindowSystem.h"
@@ -69,36 +68,10 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
     : loop_(loop),
       bus_(bus),
       settings_(loop, SettingsFile::defaultPath(), setup.settings),
-      network_(loop),
-      probes_(loop),
-      link_(loop),
-      nameServers_(loop, [] { return NameServers::asked(); }),
-      path_(loop),
-      systemBus_(loop, BusConnection::systemAddress()),
-      connectivity_(systemBus_),
-      addressNames_(loop),
-      sleep_(loop, systemBus_, SuspendedTime::sinceBoot),
+      surroundings_(loop),
       notifications_(loop, bus, DesktopNotificationCenter::surroundings(isSandboxed()), setup.iconFolder),
       loginItem_(presentLoginItem(bus, isSandboxed())),
-      monitor_(
-          settings_.preferences(),
-          {
-              .loop = loop,
-              .network = network_,
-              .path = path_,
-              .sleep = sleep_,
-              .notifications = notifications_,
-              .store = StatsStore::defaultStore(),
-              .missingPingPermission = [] { return PingPermission::grantingCommand(); },
-              .diagnosis =
-                  DiagnosisSources{
-                      .probes = probes_,
-                      .link = link_,
-                      .nameServers = nameServers_,
-                      .connectivity = connectivity_,
-                      .addressNames = addressNames_},
-              .journal = &journal_,
-          }),
+      monitor_(settings_.preferences(), surroundings_.environment(notifications_)),
       tokenWithoutPanel_(setup.tokenWithoutPanel),
       bundle_(setup.bundle),
       updater_(updaterNeeds(setup)),
@@ -138,7 +111,8 @@ AppDelegate::~AppDelegate() {
 
 Updater::Needs AppDelegate::updaterNeeds(const Setup& setup) {
     if (setup.bundle != nullptr) {
-        bundleUpdates_.emplace(loop_, systemBus_, settings_.preferences(), setup.bundle->update());
+        bundleUpdates_.emplace(
+            loop_, surroundings_.systemBus(), settings_.preferences(), setup.bundle->update());
     }
     return {
         .loop = loop_,

@@ -11,23 +11,15 @@
 #include "app/StatusItemController/Painting/QtFacePainter.h"
 #include "app/StatusItemController/PanelMenuText.h"
 #include "app/StatusItemController/StatusItemController.h"
+#include "app/Surroundings/SystemSurroundings.h"
 #include "app/Updater/Updater.h"
 #include "app/UserSettings/UserSettings.h"
 #include "core/Lifeline.h"
-#include "core/Pinger/SystemPingNetwork.h"
-#include "core/Prober/SystemProbeNetwork.h"
 #include "platform/bus/BusConnection.h"
 #include "platform/bus/ColorScheme.h"
 #include "platform/bus/DesktopNotificationCenter.h"
 #include "platform/bus/ItemFinder.h"
-#include "platform/bus/LogindSleepMonitor.h"
-#include "platform/bus/NetworkManagerConnectivity.h"
-#include "platform/dns/DirectNameServerCheck.h"
-#include "platform/journal/SqliteJournal.h"
-#include "platform/linux/KernelLinkInspector.h"
 #include "platform/linux/ProgramReplacement.h"
-#include "platform/linux/RoutePathMonitor.h"
-#include "platform/linux/SystemAddressNames.h"
 #include "platform/panel/NotifierStatusItem.h"
 #include "platform/panel/PanelStatusItem.h"
 #include "platform/qt/DisplayLoss.h"
@@ -89,16 +81,7 @@ private:
     RunLoop& loop_;
     BusConnection& bus_;
     UserSettings settings_;
-    SystemPingNetwork network_;
-    SystemProbeNetwork probes_;
-    KernelLinkInspector link_;
-    DirectNameServerCheck nameServers_;
-    SqliteJournal journal_{SqliteJournal::defaultPath()};
-    RoutePathMonitor path_;
-    BusConnection systemBus_;
-    NetworkManagerConnectivity connectivity_;
-    SystemAddressNames addressNames_;
-    LogindSleepMonitor sleep_;
+    SystemSurroundings surroundings_;
     DesktopNotificationCenter notifications_;
     std::unique_ptr<LoginItem> loginItem_;
     Monitor monitor_;

@@ -3,28 +3,18 @@
 #include "app/CommandLine/ReportOptions.h"
 #include "app/CommandLine/StartUp.h"
 #include "app/CommandLine/WatchOptions.h"
+#include "app/Surroundings/SystemSurroundings.h"
 #include "app/UserSettings/UserSettings.h"
 #include "app/Watch/ReportRun.h"
 #include "app/Watch/Watch.h"
-#include "core/Pinger/SystemPingNetwork.h"
-#include "core/Prober/SystemProbeNetwork.h"
 #include "platform/bus/DesktopNotificationCenter.h"
-#include "platform/bus/LogindSleepMonitor.h"
-#include "platform/bus/NetworkManagerConnectivity.h"
-#include "platform/dns/DirectNameServerCheck.h"
 #include "platform/journal/SqliteJournal.h"
-#include "platform/linux/KernelLinkInspector.h"
-#include "platform/linux/NameServers.h"
 #include "platform/linux/OwnBundle.h"
 #include "platform/linux/OwnIcons.h"
-#include "platform/linux/PingPermission.h"
 #include "platform/linux/ProgramReplacement.h"
-#include "platform/linux/RoutePathMonitor.h"
 #include "platform/linux/RunningProgram.h"
 #include "platform/linux/Sandbox.h"
 #include "platform/linux/SignalWatch.h"
-#include "platform/linux/SuspendedTime.h"
-#include "platform/linux/SystemAddressNames.h"
 #include "platform/loop/EpollRunLoop.h"
 #include "platform/xdg/SettingsFile.h"
 
@@ -84,18 +74,9 @@ public:
 private:
     EpollRunLoop loop_;
     UserSettings settings_;
-    SystemPingNetwork network_{loop_};
-    SystemProbeNetwork probes_{loop_};
-    KernelLinkInspector link_{loop_};
-    DirectNameServerCheck nameServers_{loop_, [] { return NameServers::asked(); }};
-    SqliteJournal journal_{SqliteJournal::defaultPath()};
-    RoutePathMonitor path_{loop_};
-    BusConnection systemBus_{loop_, BusConnection::systemAddress()};
+    SystemSurroundings surroundings_{loop_};
     // Only for notifications: opened when they are wanted.
     BusConnection sessionBus_{loop_, BusConnection::sessionAddress(), BusConnection::Opening::whenNeeded};
-    NetworkManagerConnectivity connectivity_{systemBus_};
-    SystemAddressNames addressNames_{loop_};
-    LogindSleepMonitor sleep_{loop_, systemBus_, SuspendedTime::sinceBoot};
     DesktopNotificationCenter notifications_{
         loop_,
         sessionBus_,
@@ -103,25 +84,7 @@ private:
         ownIcons(isSandboxed()),
         DesktopNotificationCenter::usualPatience,
         NameClaim::Rank::ordinary};
-    Monitor monitor_{
-        settings_.preferences(),
-        {
-            .loop = loop_,
-            .network = network_,
-            .path = path_,
-            .sleep = sleep_,
-            .notifications = notifications_,
-            .store = StatsStore::defaultStore(),
-            .missingPingPermission = [] { return PingPermission::grantingCommand(); },
-            .diagnosis =
-                DiagnosisSources{
-                    .probes = probes_,
-                    .link = link_,
-                    .nameServers = nameServers_,
-                    .connectivity = connectivity_,
-                    .addressNames = addressNames_},
-            .journal = &journal_,
-        }};
+    Monitor monitor_{settings_.preferences(), surroundings_.environment(notifications_)};
     ProgramReplacement replacement_{loop_, [this] { onReplaced(); }};
 };
 
