@@ -1,6 +1,5 @@
 #include "app/StatusMenuView/LatencyChartView.h"
 
-#include "app/StatusItemController/Painting/TabularLine.h"
 #include "app/ViewStyle/ViewStyle.h"
 
 #include <QFontMetricsF>
@@ -11,87 +10,28 @@
 
 namespace tarnwick {
 
-namespace {
-
-constexpr double barGap = 1;
-constexpr double barCornerRadius = 1.5;
-constexpr double smallestBar = 3;
-constexpr double notchWidth = 5;
-constexpr double notchDepth = 3;
-constexpr double capGap = 2; ///< between a bar and the cap that tells of a loss
-constexpr double capHeight = 3;
-constexpr double viewHeight = 64;
-constexpr double lowestHeight = 24;
-constexpr double captionGap = 10;
-constexpr double sampleWidth = 12; ///< of the line in the caption
-constexpr double sampleGap = 5;
-
-/// Dashed so that the sample in the caption begins and ends with a dash.
-QPen thresholdPen(const ViewStyle& style) {
-    const double dash = style.length(sampleWidth) / 3.0;
-    QPen pen(style.colors().tertiary(), 1);
-    pen.setDashPattern({dash, dash});
-    pen.setCapStyle(Qt::FlatCap);
-    return pen;
-}
-
-} // namespace
-
 namespace LatencyChart {
-
-namespace {
-
-/// The bar with a cap over it, or cut off from its top where the chart ends.
-QPainterPath capped(const QPainterPath& bar, const QRectF& rect) {
-    const double capTop = std::max(rect.top() - capGap - capHeight, 0.0);
-    QPainterPath gap;
-    gap.addRect(QRectF(rect.left(), capTop + capHeight, rect.width(), capGap));
-    QPainterPath cap;
-    cap.addRect(QRectF(rect.left(), capTop, rect.width(), capHeight));
-    return bar.subtracted(gap).united(cap);
-}
-
-} // namespace
-
-QPainterPath ChartBar::path() const {
-    QPainterPath path;
-    const double radius = std::min({barCornerRadius, rect.width() / 2, rect.height() / 2});
-    path.addRoundedRect(rect, radius, radius);
-    if (isClipped) {
-        const double half = std::min(notchWidth, rect.width()) / 2;
-        QPainterPath notch;
-        notch.moveTo(rect.center().x() - half, rect.top());
-        notch.lineTo(rect.center().x(), rect.top() + notchDepth);
-        notch.lineTo(rect.center().x() + half, rect.top());
-        notch.closeSubpath();
-        path = path.subtracted(notch);
-    }
-    return hasLoss ? capped(path, rect) : path;
-}
 
 ChartLayout layout(const Chart& chart, QSizeF size, double pixelRatio) {
     ChartLayout layout;
-    const double top = chart.scaleMax();
-    // A stored threshold of zero or less can make a scale without extent.
-    const auto heightOf = [&](double ms) { return top > 0 ? size.height() * std::min(ms, top) / top : 0; };
-    const auto snapped = [pixelRatio](double x) { return std::round(x * pixelRatio) / pixelRatio; };
-    const double slot = (size.width() + barGap) / static_cast<double>(chart.buckets.size());
+    const ChartParts::Scale scale(chart.scaleMax(), size.height());
+    const ChartParts::BarPlaces places(size.width(), chart.buckets.size(), pixelRatio);
     for (std::size_t index = 0; index < chart.buckets.size(); ++index) {
         const Bucket& bucket = chart.buckets[index];
         ChartBar bar{.tone = chart.tone(bucket)};
         if (bar.tone != BarTone::none) {
-            const double height =
-                bucket.worstRtt ? std::max(heightOf(*bucket.worstRtt), smallestBar) : size.height();
-            const double left = snapped(static_cast<double>(index) * slot);
-            const double right = snapped(static_cast<double>(index + 1) * slot) - barGap;
-            bar.rect = {left, size.height() - height, right - left, height};
-            bar.isClipped = bucket.worstRtt.value_or(0) > top;
+            const double height = bucket.worstRtt
+                                      ? std::max(scale.heightOf(*bucket.worstRtt), ChartParts::smallestBar)
+                                      : size.height();
+            const double left = places.left(index);
+            bar.rect = {left, size.height() - height, places.right(index) - left, height};
+            bar.isClipped = scale.clips(bucket.worstRtt.value_or(0));
             bar.hasLoss = bucket.worstRtt && bucket.lost;
         }
         layout.bars.push_back(bar);
     }
-    if (top > 0 && chart.lowThresholdMs <= top) {
-        layout.threshold = size.height() - heightOf(chart.lowThresholdMs);
+    if (scale.has(chart.lowThresholdMs)) {
+        layout.threshold = size.height() - scale.heightOf(chart.lowThresholdMs);
     }
     return layout;
 }
@@ -112,7 +52,7 @@ void LatencyChartView::setChart(const LatencyChart::Chart& chart) {
 
 int LatencyChartView::chartHeight() const {
     const ViewStyle style(*this);
-    return std::max(style.length(lowestHeight), style.length(viewHeight) - lowered_);
+    return std::max(style.length(ChartParts::lowestHeight), style.length(ChartParts::viewHeight) - lowered_);
 }
 
 void LatencyChartView::lower(int pixels) {
@@ -122,8 +62,8 @@ void LatencyChartView::lower(int pixels) {
 
 QSize LatencyChartView::sizeHint() const {
     const ViewStyle style(*this);
-    const double caption = std::ceil(QFontMetricsF(style.font(11)).height());
-    return {0, chartHeight() + style.length(captionGap) + static_cast<int>(caption)};
+    const double caption = std::ceil(QFontMetricsF(style.font(ChartParts::captionSize)).height());
+    return {0, chartHeight() + style.length(ChartParts::captionGap) + static_cast<int>(caption)};
 }
 
 void LatencyChartView::paintEvent(QPaintEvent* /*event*/) {
@@ -144,29 +84,18 @@ void LatencyChartView::drawChart(QPainter& painter) const {
         }
     }
     if (layout.threshold) {
-        // Through the middle of a row of pixels, or it would be spread over two.
-        const double y = std::clamp(std::floor(*layout.threshold) + 0.5, 0.5, chartHeight() - 0.5);
-        painter.setPen(thresholdPen(style));
-        painter.drawLine(QPointF(0, y), QPointF(width(), y));
+        ChartParts::drawThreshold(painter, style, *layout.threshold, QSizeF(width(), chartHeight()));
     }
 }
 
 void LatencyChartView::drawCaption(QPainter& painter) const {
     const ViewStyle style(*this);
-    const QFont font = style.font(11);
-    const QFontMetricsF metrics(font);
-    const double baseline = chartHeight() + style.length(captionGap) + std::round(metrics.ascent());
-    const TabularLine period(font, QString::fromLatin1(LatencyChart::periodText));
-    const TabularLine threshold(font, QString::fromStdString(chart_.thresholdText()));
-    const double left = std::floor(width() - threshold.width());
-    painter.setPen(style.colors().secondary());
-    period.draw(painter, {0, baseline});
-    threshold.draw(painter, {left, baseline});
-
-    const double right = left - style.length(sampleGap);
-    const double y = std::floor(baseline - metrics.xHeight() / 2) + 0.5;
-    painter.setPen(thresholdPen(style));
-    painter.drawLine(QPointF(right - style.length(sampleWidth), y), QPointF(right, y));
+    const QFontMetricsF metrics(style.font(ChartParts::captionSize));
+    const double baseline =
+        chartHeight() + style.length(ChartParts::captionGap) + std::round(metrics.ascent());
+    ChartParts::drawCaption(
+        painter, style, width(), baseline, QString::fromLatin1(LatencyChart::periodText),
+        QString::fromStdString(chart_.thresholdText()));
 }
 
 } // namespace tarnwick

@@ -1,10 +1,9 @@
 // The latency chart of the menu view, with its caption.
 #pragma once
 
+#include "app/HistoryChartView/ChartParts.h"
 #include "app/Reading/LatencyChart.h"
 #include "app/ViewStyle/ReadAloud.h"
-
-#include <QPainterPath>
 
 #include <optional>
 #include <vector>
@@ -12,18 +11,6 @@
 namespace tarnwick {
 
 namespace LatencyChart {
-
-/// What is drawn of one bucket.
-struct ChartBar {
-    QRectF rect{};
-    BarTone tone = BarTone::none;
-    bool isClipped = false; ///< higher than the chart: its top has a notch
-    bool hasLoss = false;   ///< beside a reply: a cap lies over it, so that more than the color tells
-
-    [[nodiscard]] QPainterPath path() const;
-
-    friend bool operator==(const ChartBar&, const ChartBar&) = default;
-};
 
 struct ChartLayout {
     std::vector<ChartBar> bars{}; ///< one for each bucket, an empty rectangle where there is none
