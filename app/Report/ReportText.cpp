@@ -2,8 +2,6 @@
 
 #include "app/Report/LocalText.h"
 
-#include <cmath>
-
 namespace tarnwick {
 
 namespace {
@@ -13,22 +11,14 @@ std::string row(const std::string& name, const std::string& value) {
     return "  " + name + std::string(name.size() < width ? width - name.size() : 1, ' ') + value + "\n";
 }
 
-std::string milliseconds(std::optional<double> ms) {
-    return ms ? LocalText::number(*ms, 1) + " ms" : "unknown";
-}
-
-std::string wholeSeconds(double seconds) {
-    return LocalText::length(std::chrono::seconds(std::llround(seconds)));
-}
-
 std::string availabilityPart(const Availability& availability) {
     std::string text = "Availability\n";
     text += row("up", LocalText::availability(availability.percent()) + " of the time watched");
-    text += row("down", wholeSeconds(availability.down));
-    text += row("watched", wholeSeconds(availability.watched));
-    text += row("asleep", wholeSeconds(availability.asleep));
-    text += row("paused", wholeSeconds(availability.paused));
-    text += row("not watched", wholeSeconds(availability.notWatched));
+    text += row("down", LocalText::length(availability.down));
+    text += row("watched", LocalText::length(availability.watched));
+    text += row("asleep", LocalText::length(availability.asleep));
+    text += row("paused", LocalText::length(availability.paused));
+    text += row("not watched", LocalText::length(availability.notWatched));
     return text;
 }
 
@@ -38,11 +28,13 @@ std::string figuresPart(const PeriodFigures& figures) {
     text += row("pings", std::to_string(figures.sent) + ", " + std::to_string(figures.lost) + " lost");
     const auto loss = figures.lossPercent();
     text += row("loss", loss ? LocalText::number(*loss, 2) + " %" : "unknown");
-    text += row("fastest", milliseconds(isAnswered ? std::optional(figures.fastestMs) : std::nullopt));
-    text += row("median", milliseconds(figures.medianMs()));
-    text += row("95th percentile", milliseconds(figures.percentile95Ms()));
-    text += row("slowest", milliseconds(isAnswered ? std::optional(figures.slowestMs) : std::nullopt));
-    text += row("jitter", milliseconds(figures.jitterMs()));
+    text +=
+        row("fastest", LocalText::milliseconds(isAnswered ? std::optional(figures.fastestMs) : std::nullopt));
+    text += row("median", LocalText::milliseconds(figures.medianMs()));
+    text += row("95th percentile", LocalText::milliseconds(figures.percentile95Ms()));
+    text +=
+        row("slowest", LocalText::milliseconds(isAnswered ? std::optional(figures.slowestMs) : std::nullopt));
+    text += row("jitter", LocalText::milliseconds(figures.jitterMs()));
     return text;
 }
 
@@ -61,10 +53,10 @@ std::string outagesPart(const std::vector<OutageEntry>& outages, const UtcOffset
 std::string worstPart(const std::vector<HourSummary>& hours, const UtcOffset& offset) {
     std::string text = "Worst hours\n";
     for (const HourSummary& hour : hours) {
-        text += "  " + LocalText::time(hour.span.from, offset).substr(0, 16) + "  down "
-                + wholeSeconds(hour.availability.down) + ", loss "
+        text += "  " + LocalText::minute(hour.span.from, offset) + "  down "
+                + LocalText::length(hour.availability.down) + ", loss "
                 + LocalText::number(hour.figures.lossPercent().value_or(0), 1) + " %, 95th percentile "
-                + milliseconds(hour.figures.percentile95Ms()) + "\n";
+                + LocalText::milliseconds(hour.figures.percentile95Ms()) + "\n";
     }
     return hours.empty() ? "" : text + "\n";
 }
@@ -83,7 +75,8 @@ std::string reportText(const Report& report, const UtcOffset& offset) {
         return "Nothing is known of " + report.host + " in this time.\n";
     }
     return "Connection to " + report.host + "\n" + LocalText::time(report.span.from, offset) + " to "
-           + LocalText::time(report.span.to, offset) + "\n\n" + availabilityPart(report.availability) + "\n"
+           + LocalText::time(report.span.to, offset) + "\nTimes are in "
+           + LocalText::zones(report.span, offset) + ".\n\n" + availabilityPart(report.availability) + "\n"
            + figuresPart(report.figures) + "\n" + outagesPart(report.outages, offset) + "\n"
            + worstPart(report.worstHours, offset) + method;
 }

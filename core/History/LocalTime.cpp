@@ -45,6 +45,15 @@ Span spanOfDay(year_month_day day, const UtcOffset& offset) {
     return {.from = startOf(first, offset), .to = startOf(first + std::chrono::days(1), offset)};
 }
 
+bool isShownTwice(HistoryTime time, const UtcOffset& offset) {
+    constexpr std::chrono::hours farthestChange{3}; // no clock is set back by as much
+    const std::chrono::seconds present = offset(time);
+    const std::chrono::seconds before = offset(time - farthestChange);
+    const std::chrono::seconds after = offset(time + farthestChange);
+    return (before > present && offset(time - (before - present)) == before)
+           || (after < present && offset(time + (present - after)) == after);
+}
+
 HistoryTime startOfHour(HistoryTime time, const UtcOffset& offset) {
     const HistoryTime local = localTime(time, offset);
     return time - (local - floorTo(local, std::chrono::hours(1)));

@@ -19,6 +19,8 @@ using UtcOffset = std::function<std::chrono::seconds(HistoryTime)>;
 [[nodiscard]] std::chrono::year_month_day localDay(HistoryTime time, const UtcOffset& offset);
 /// From its first to its last moment: 23 or 25 hours long where the clock is changed.
 [[nodiscard]] Span spanOfDay(std::chrono::year_month_day day, const UtcOffset& offset);
+/// Whether the local clock shows the same at another moment, since it is set back.
+[[nodiscard]] bool isShownTwice(HistoryTime time, const UtcOffset& offset);
 /// When the local clock last showed a full hour.
 [[nodiscard]] HistoryTime startOfHour(HistoryTime time, const UtcOffset& offset);
 

@@ -41,5 +41,19 @@ TEST(ReportCsv, HasALineForEachOutage) {
               "2026-01-05T12:00:00+01:00,,5,,,,,,0\r\n");
 }
 
+TEST(ReportCsv, TellsTheRepeatedHourApart) {
+    Report report;
+    report.outages = {
+        {.episode = test::outage("2026-10-25 00:30", "2026-10-25 00:31"), .length = std::chrono::seconds(60)},
+        {.episode = test::outage("2026-10-25 01:30", "2026-10-25 01:31"),
+         .length = std::chrono::seconds(60)}};
+
+    EXPECT_EQ(
+        reportCsv(report, test::centralEurope),
+        header
+            + "2026-10-25T02:30:00+02:00,2026-10-25T02:31:00+02:00,60,,,,,,0\r\n"
+              "2026-10-25T02:30:00+01:00,2026-10-25T02:31:00+01:00,60,,,,,,0\r\n");
+}
+
 } // namespace
 } // namespace tarnwick

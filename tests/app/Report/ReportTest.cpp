@@ -85,5 +85,20 @@ TEST(Report, NamesTheFiveWorstHours) {
     EXPECT_EQ(report.worstHours[4].span.from, at("2026-01-05 03:00"));
 }
 
+TEST(Report, DaysOfTheClocksChangeHave23And25Hours) {
+    const Span spring = between("2026-03-28 23:00", "2026-03-29 22:00");
+    const Span autumn = between("2026-10-24 22:00", "2026-10-25 23:00");
+    for (const Span& day : {spring, autumn}) {
+        History history{.until = day.to};
+        history.periods = test::goodPeriods(day, PeriodLength::quarterHour);
+
+        const Report report = makeReport(history, "one.example", day, centralEurope);
+
+        ASSERT_EQ(report.days.size(), 1U);
+        EXPECT_EQ(report.days[0].span, day);
+        EXPECT_EQ(report.days[0].availability.watched, std::chrono::duration<double>(day.length()).count());
+    }
+}
+
 } // namespace
 } // namespace tarnwick

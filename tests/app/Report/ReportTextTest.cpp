@@ -27,7 +27,8 @@ History goodDay() {
 TEST(ReportText, BeginsWithTheHostAndTheTime) {
     EXPECT_THAT(
         textOf(goodDay()), testing::StartsWith("Connection to one.example\n"
-                                               "2026-01-05 01:00:00 to 2026-01-06 01:00:00\n\n"));
+                                               "2026-01-05 01:00:00 to 2026-01-06 01:00:00\n"
+                                               "Times are in UTC+01:00.\n\n"));
 }
 
 TEST(ReportText, OfAGoodDayTellsFiguresAndNoOutages) {
@@ -62,6 +63,24 @@ TEST(ReportText, TellsOutagesWithTheirVerdicts) {
         text, HasSubstr("Worst hours\n"
                         "  2026-01-05 11:00  down 7 min, loss 0.0 %, 95th percentile 20.0 ms\n"));
     EXPECT_THAT(text, HasSubstr("  down              8 min\n"));
+}
+
+TEST(ReportText, TellsTheRepeatedHourApart) {
+    const Span night = test::between("2026-10-24 22:00", "2026-10-25 23:00"); // 25 hours
+    History history{.until = night.to};
+    history.periods = test::goodPeriods(night, PeriodLength::quarterHour);
+    history.episodes = {
+        test::outage("2026-10-25 00:30", "2026-10-25 00:31"),
+        test::outage("2026-10-25 01:30", "2026-10-25 01:32")};
+
+    const std::string text =
+        reportText(makeReport(history, "one.example", night, test::centralEurope), test::centralEurope);
+
+    EXPECT_THAT(text, HasSubstr("\nTimes are in UTC+02:00, from 2026-10-25 on UTC+01:00.\n"));
+    EXPECT_THAT(text, HasSubstr("  watched           1 d 1 h\n"));
+    EXPECT_THAT(
+        text, HasSubstr("  2026-10-25 02:30:00 UTC+02:00  1 min\n  2026-10-25 02:30:00 UTC+01:00  2 min\n"));
+    EXPECT_THAT(text, HasSubstr("  2026-10-25 02:00 UTC+01:00  down 2 min,"));
 }
 
 TEST(ReportText, SaysThatNothingIsKnown) {

@@ -118,5 +118,39 @@ TEST_F(ReportRunTest, OfNothingIsAnObjectWithoutTimesAsJson) {
     EXPECT_TRUE(json["outages"].empty());
 }
 
+/// An hour of pings and an outage in each of both hours that the clock shows as the third one of a night.
+TEST(ReportRun, TellsTheRepeatedHourApartAsJson) {
+    const HistoryTime midnight{std::chrono::sys_days(std::chrono::year(2026) / 10 / 25)};
+    const auto offset = [&](HistoryTime time) -> std::chrono::seconds {
+        return std::chrono::hours(time < midnight + std::chrono::hours(1) ? 2 : 1);
+    };
+    simulation::RecordingJournal journal;
+    Journal::Batch batch{.host = "one.example", .until = midnight + std::chrono::hours(23)};
+    for (HistoryTime start = midnight - std::chrono::hours(2); start < batch.until;
+         start += std::chrono::minutes(1)) {
+        Period period{.start = start};
+        period.figures.watchedSeconds = 60;
+        batch.minutes.push_back(period);
+    }
+    for (const int minute : {30, 90}) {
+        const HistoryTime start = midnight + std::chrono::minutes(minute);
+        batch.episodes.push_back({.start = start, .end = start + std::chrono::minutes(1)});
+    }
+    journal.write(batch);
+    ReportOptions options;
+    options.since = "2026-10-25";
+    options.format = ReportOptions::Format::json;
+
+    const auto told = reportFor(journal, options, "one.example", batch.until, offset);
+    const auto json = nlohmann::json::parse(std::get<std::string>(told));
+
+    EXPECT_EQ(json["since"], "2026-10-25T00:00:00+02:00");
+    EXPECT_EQ(json["until"], "2026-10-26T00:00:00+01:00");
+    EXPECT_EQ(json["outages"][0]["start"], "2026-10-25T02:30:00+02:00");
+    EXPECT_EQ(json["outages"][1]["start"], "2026-10-25T02:30:00+01:00");
+    EXPECT_EQ(json["days"][0]["watchedSeconds"], 90'000);
+    EXPECT_EQ(json["days"].size(), 1U);
+}
+
 } // namespace
 } // namespace tarnwick

@@ -55,6 +55,17 @@ TEST(LocalTime, AMomentBelongsToItsLocalDay) {
     EXPECT_EQ(localDay(at("2026-03-28 23:00:00"), centralEurope), springChange);
 }
 
+TEST(LocalTime, TheHourBeforeTheClockIsSetBackAndTheOneAfterAreShownTwice) {
+    EXPECT_FALSE(isShownTwice(at("2026-10-24 23:59:59"), centralEurope));
+    EXPECT_TRUE(isShownTwice(at("2026-10-25 00:00"), centralEurope));
+    EXPECT_TRUE(isShownTwice(at("2026-10-25 00:59:59"), centralEurope));
+    EXPECT_TRUE(isShownTwice(at("2026-10-25 01:00"), centralEurope));
+    EXPECT_TRUE(isShownTwice(at("2026-10-25 01:59:59"), centralEurope));
+    EXPECT_FALSE(isShownTwice(at("2026-10-25 02:00"), centralEurope));
+    EXPECT_FALSE(isShownTwice(at("2026-03-29 00:59:59"), centralEurope));
+    EXPECT_FALSE(isShownTwice(at("2026-03-29 01:00"), centralEurope));
+}
+
 TEST(LocalTime, AnHourBeginsWhenTheClockIsFull) {
     EXPECT_EQ(startOfHour(at("2026-03-29 01:20"), centralEurope), at("2026-03-29 01:00"));
     EXPECT_EQ(
