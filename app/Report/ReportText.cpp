@@ -32,6 +32,7 @@ std::string figuresPart(const PeriodFigures& figures) {
         row("fastest", LocalText::milliseconds(isAnswered ? std::optional(figures.fastestMs) : std::nullopt));
     text += row("median", LocalText::milliseconds(figures.medianMs()));
     text += row("95th percentile", LocalText::milliseconds(figures.percentile95Ms()));
+    text += row("99th percentile", LocalText::milliseconds(figures.percentile99Ms()));
     text +=
         row("slowest", LocalText::milliseconds(isAnswered ? std::optional(figures.slowestMs) : std::nullopt));
     text += row("jitter", LocalText::milliseconds(figures.jitterMs()));

@@ -25,6 +25,7 @@ void addFigures(JsonText& json, const PeriodFigures& figures) {
     json.add("fastestMs", isAnswered ? std::optional(figures.fastestMs) : std::nullopt);
     json.add("medianMs", figures.medianMs());
     json.add("percentile95Ms", figures.percentile95Ms());
+    json.add("percentile99Ms", figures.percentile99Ms());
     json.add("slowestMs", isAnswered ? std::optional(figures.slowestMs) : std::nullopt);
     json.add("jitterMs", figures.jitterMs());
 }

@@ -50,6 +50,10 @@ std::optional<double> PeriodFigures::percentile95Ms() const {
     return percentileMs(0.95);
 }
 
+std::optional<double> PeriodFigures::percentile99Ms() const {
+    return percentileMs(0.99);
+}
+
 std::optional<double> PeriodFigures::percentileMs(double share) const {
     const auto ms = latencies.percentile(share);
     return ms ? std::optional(std::clamp(*ms, fastestMs, std::max(fastestMs, slowestMs))) : std::nullopt;

@@ -33,6 +33,7 @@ struct PeriodFigures {
     /// Within 2.2 % of the exact one, and exact for a single answer. Nothing without answers.
     [[nodiscard]] std::optional<double> medianMs() const;
     [[nodiscard]] std::optional<double> percentile95Ms() const;
+    [[nodiscard]] std::optional<double> percentile99Ms() const;
     /// The mean difference of consecutive answers.
     [[nodiscard]] std::optional<double> jitterMs() const;
 

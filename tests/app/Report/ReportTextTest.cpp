@@ -39,6 +39,8 @@ TEST(ReportText, OfAGoodDayTellsFiguresAndNoOutages) {
     EXPECT_THAT(text, HasSubstr("  pings             17280, 0 lost\n"));
     EXPECT_THAT(text, HasSubstr("  loss              0.00 %\n"));
     EXPECT_THAT(text, HasSubstr("  median            20.0 ms\n"));
+    EXPECT_THAT(text, HasSubstr("  95th percentile   20.0 ms\n"));
+    EXPECT_THAT(text, HasSubstr("  99th percentile   20.0 ms\n"));
     EXPECT_THAT(text, HasSubstr("  jitter            unknown\n"));
     EXPECT_THAT(text, HasSubstr("Outages: 0\n"));
     EXPECT_THAT(text, Not(HasSubstr("Worst hours")));

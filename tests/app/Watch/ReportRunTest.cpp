@@ -96,6 +96,7 @@ TEST_F(ReportRunTest, IsOneObjectAsJson) {
     EXPECT_NEAR(json["availability"]["percent"].get<double>(), 83.333, 0.001);
     EXPECT_EQ(json["figures"]["sent"], 60);
     EXPECT_EQ(json["figures"]["medianMs"], 20);
+    EXPECT_EQ(json["figures"]["percentile99Ms"], 20);
     EXPECT_TRUE(json["figures"]["jitterMs"].is_null());
     EXPECT_EQ(json["outages"], nlohmann::json::parse(R"([{"start": "2026-11-22T23:30:00+00:00",
             "end": "2026-11-22T23:40:00+00:00", "seconds": 600, "verdict": "wifi", "likelihood": "likely",
