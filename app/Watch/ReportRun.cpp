@@ -6,9 +6,48 @@
 #include "app/Report/TimeArgument.h"
 #include "app/Watch/ReportJson.h"
 
+#include <algorithm>
+#include <optional>
+
 namespace tarnwick {
 
-std::variant<std::string, UsageError> reportFor(
+namespace {
+
+/// "one.example, two.example and 3 more".
+std::string listedHosts(const std::vector<std::string>& hosts) {
+    constexpr std::size_t mostListedHosts = 5;
+    const std::size_t count = std::min(hosts.size(), mostListedHosts);
+    std::string text = hosts.front();
+    for (std::size_t index = 1; index < count; ++index) {
+        text += (index + 1 < hosts.size() ? ", " : " and ") + hosts[index];
+    }
+    return hosts.size() > count ? text + " and " + std::to_string(hosts.size() - count) + " more" : text;
+}
+
+/// Nothing where the journal knows the host, or no other one.
+std::string hintAtOthers(const std::string& host, const std::vector<std::string>& known) {
+    const bool isKnown = std::ranges::find(known, host) != known.end();
+    return isKnown || known.empty() ? ""
+                                    : "The history has nothing of " + host + ", but of " + listedHosts(known)
+                                          + ": name one with --host.";
+}
+
+std::string writtenReport(
+    const Report& report, ReportOptions::Format format, const UtcOffset& offset) {
+    switch (format) {
+    case ReportOptions::Format::csv:
+        return reportCsv(report, offset);
+    case ReportOptions::Format::json:
+        return reportJson(report, offset);
+    case ReportOptions::Format::text:
+        break;
+    }
+    return reportText(report, offset);
+}
+
+} // namespace
+
+std::variant<ToldReport, UsageError> reportFor(
     Journal& journal, const ReportOptions& options, const std::string& host, HistoryTime now,
     const UtcOffset& offset) {
     const auto since = timeIn(options.since, now, offset);
@@ -25,15 +64,9 @@ std::variant<std::string, UsageError> reportFor(
     const Span wanted{.from = *since, .to = *until};
     const std::string name = options.host.value_or(host);
     const Report report = makeReport(journal.read(name, wanted), name, wanted, offset);
-    switch (options.format) {
-    case ReportOptions::Format::csv:
-        return reportCsv(report, offset);
-    case ReportOptions::Format::json:
-        return reportJson(report, offset);
-    case ReportOptions::Format::text:
-        break;
-    }
-    return reportText(report, offset);
+    return ToldReport{
+        .text = writtenReport(report, options.format, offset),
+        .hint = report.span.isEmpty() ? hintAtOthers(name, journal.hosts()) : ""};
 }
 
 } // namespace tarnwick

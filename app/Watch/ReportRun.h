@@ -10,8 +10,13 @@
 
 namespace tarnwick {
 
-/// The report as text. `host` is the one of the settings.
-[[nodiscard]] std::variant<std::string, UsageError> reportFor(
+struct ToldReport {
+    std::string text{};
+    std::string hint{}; ///< for the user beside it: which hosts there are, where the journal has others
+};
+
+/// `host` is the one of the settings.
+[[nodiscard]] std::variant<ToldReport, UsageError> reportFor(
     Journal& journal, const ReportOptions& options, const std::string& host, HistoryTime now,
     const UtcOffset& offset);
 

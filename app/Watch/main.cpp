@@ -156,8 +156,11 @@ int report(const std::vector<std::string>& arguments) {
     if (const auto* const error = std::get_if<UsageError>(&told)) {
         return refuse(ReportOptions::table(), *error);
     }
-    const auto& text = std::get<std::string>(told);
+    const auto& [text, hint] = std::get<ToldReport>(told);
     const bool isWritten = std::fputs(text.c_str(), stdout) != EOF && std::fflush(stdout) == 0;
+    if (!hint.empty()) {
+        std::fprintf(stderr, "tarnwick-watch report: %s\n", hint.c_str());
+    }
     return isWritten ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

@@ -151,6 +151,17 @@ std::vector<HostId> allHosts(Database& database) {
     return hosts;
 }
 
+std::vector<std::string> knownHosts(Database& database) {
+    std::vector<std::string> names;
+    Statement statement = database.prepare(
+        "SELECT name FROM hosts WHERE id IN (SELECT host FROM periods UNION SELECT host FROM episodes)"
+        " ORDER BY name");
+    while (statement.step()) {
+        names.push_back(statement.text(0));
+    }
+    return names;
+}
+
 bool addPeriod(Database& database, HostId host, const Period& period) {
     Period sum = period;
     if (const auto present = readPeriod(database, host, {.start = period.start, .length = period.length})) {

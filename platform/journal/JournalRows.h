@@ -20,6 +20,9 @@ using HostId = std::int64_t;
 [[nodiscard]] std::optional<HostId> findOrAddHost(Database& database, const std::string& name);
 [[nodiscard]] std::vector<HostId> allHosts(Database& database);
 
+/// The names of those with a period or an episode, in their order.
+[[nodiscard]] std::vector<std::string> knownHosts(Database& database);
+
 /// Adds the figures to those of the same period.
 bool addPeriod(Database& database, HostId host, const Period& period);
 [[nodiscard]] std::optional<Period> readPeriod(Database& database, HostId host, const RollUp::Key& key);

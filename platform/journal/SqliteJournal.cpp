@@ -135,6 +135,16 @@ History SqliteJournal::read(const std::string& host, const Span& span) {
     return JournalRows::readHistory(reader, host, span);
 }
 
+std::vector<std::string> SqliteJournal::hosts() {
+    if (database_) {
+        std::vector<std::string> names = JournalRows::knownHosts(*database_);
+        database_->forgetStatements();
+        return names;
+    }
+    Database reader = JournalFile::openToRead(file_);
+    return JournalRows::knownHosts(reader);
+}
+
 bool SqliteJournal::clear() {
     std::error_code ignored;
     const bool areBrokenGone = JournalFile::removeBrokenOnes(file_);

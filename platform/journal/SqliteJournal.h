@@ -29,6 +29,7 @@ public:
     [[nodiscard]] std::optional<HistoryTime> until() override;
     bool write(const Batch& batch) override;
     [[nodiscard]] History read(const std::string& host, const Span& span) override;
+    [[nodiscard]] std::vector<std::string> hosts() override;
     bool clear() override;
 
 private:

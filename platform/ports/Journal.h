@@ -52,6 +52,9 @@ public:
     /// What is known of a host in `span`; nothing of what can't be read.
     [[nodiscard]] virtual History read(const std::string& host, const Span& span) = 0;
 
+    /// Those that something is known of, in the order of their names.
+    [[nodiscard]] virtual std::vector<std::string> hosts() = 0;
+
     /// Forgets everything, for good. False when something may be left.
     virtual bool clear() = 0;
 };

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import contextlib
+import datetime
 import json
 import signal
 import sqlite3
@@ -26,6 +27,10 @@ def setUpModule() -> None:
     global lab
     lab = Lab()
     unittest.addModuleCleanup(lab.close)
+
+
+def utc(*moment: int) -> int:
+    return int(datetime.datetime(*moment, tzinfo=datetime.timezone.utc).timestamp())
 
 
 def rows(home: Home, query: str) -> list[tuple[object, ...]]:
@@ -118,10 +123,12 @@ class TheJournal(ConcurrentTestCase):
 
 
 class Reports(ConcurrentTestCase):
-    def report(self, home: Home, *arguments: str) -> subprocess.CompletedProcess[str]:
+    def report(
+        self, home: Home, *arguments: str, environment: dict[str, str] | None = None
+    ) -> subprocess.CompletedProcess[str]:
         return subprocess.run(
             [PROGRAM, "report", *arguments],
-            env=home.environment(),
+            env=home.environment() | (environment or {}),
             capture_output=True,
             text=True,
             timeout=PATIENCE_SECONDS,
@@ -150,6 +157,54 @@ class Reports(ConcurrentTestCase):
             self.assertEqual((text.returncode, text.stderr), (0, ""))
             self.assertRegex(text.stdout, rf"\AConnection to {address}\n")
             self.assertIn("100 % of the time watched", text.stdout)
+
+    def test_of_an_unknown_host_they_name_those_that_are_known(self) -> None:
+        lab.behave("10.77.0.23", Behavior())
+        with new_home() as home:
+            with Watch(home, "10.77.0.23") as watch:
+                wait_for_replies(watch, 1)
+                self.assertEqual(watch.finish(), 0)
+            done = self.report(home)
+
+            self.assertEqual(done.returncode, 0)
+            self.assertEqual(done.stdout, "Nothing is known of 1.1.1.1 in this time.\n")
+            self.assertEqual(
+                done.stderr,
+                "tarnwick-watch report: The history has nothing of 1.1.1.1, but of 10.77.0.23: name one with --host.\n",
+            )
+
+    def test_in_the_night_of_a_clock_change_they_tell_the_repeated_hour_apart(self) -> None:
+        address = "10.77.0.24"
+        lab.behave(address, Behavior())
+        with new_home() as home:
+            with Watch(home, address) as watch:  # it makes the tables
+                wait_for_replies(watch, 1)
+                self.assertEqual(watch.finish(), 0)
+            self.remember_outages(home, address, [utc(2026, 10, 25, 0, 30), utc(2026, 10, 25, 1, 30)])
+            zone = {"TZ": "CET-1CEST,M3.5.0,M10.5.0/3"}
+            night = ("--host", address, "--since", "2026-10-25", "--until", "2026-10-26")
+
+            text = self.report(home, *night, environment=zone).stdout
+            self.assertIn("2026-10-25 02:30:00 UTC+02:00  1 min\n  2026-10-25 02:30:00 UTC+01:00  1 min\n", text)
+            for form in ("csv", "json"):
+                told = self.report(home, *night, "--format", form, environment=zone).stdout
+                self.assertLess(told.index("2026-10-25T02:30:00+02:00"), told.index("2026-10-25T02:30:00+01:00"))
+
+            india = self.report(home, *night, environment={"TZ": "IST-5:30"}).stdout
+            self.assertIn("Times are in UTC+05:30.", india)
+            self.assertIn("  2026-10-25 06:00:00  1 min\n  2026-10-25 07:00:00  1 min\n", india)
+
+    @staticmethod
+    def remember_outages(home: Home, host: str, starts: list[int]) -> None:
+        """Each of a minute."""
+        with contextlib.closing(sqlite3.connect(home.journal_file)) as journal:
+            for start in starts:
+                journal.execute(
+                    "INSERT INTO episodes SELECT id, 'outage', ?, ?, NULL, NULL, NULL, '192.0.2.1', 'eth0', 3"
+                    " FROM hosts WHERE name = ?",
+                    [start, start + 60, host],
+                )
+            journal.commit()
 
     def test_without_a_history_they_say_so_and_write_nothing(self) -> None:
         with new_home() as home:

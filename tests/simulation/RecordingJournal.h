@@ -5,6 +5,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -60,6 +61,21 @@ public:
             history.gaps.push_back(gap);
         }
         return history;
+    }
+
+    [[nodiscard]] std::vector<std::string> hosts() override {
+        std::set<std::string> names;
+        for (const auto& [host, minutes] : minutes_) {
+            if (!minutes.empty()) {
+                names.insert(host);
+            }
+        }
+        for (const auto& [host, episodes] : episodes_) {
+            if (!episodes.empty()) {
+                names.insert(host);
+            }
+        }
+        return {names.begin(), names.end()};
     }
 
     bool clear() override {

@@ -38,9 +38,21 @@ protected:
     }
 
     [[nodiscard]] std::string told(const ReportOptions& options) {
-        const auto report = reportFor(journal, options, "one.example", reportTime, utc);
+        const auto report = asked(options);
         const auto* const error = std::get_if<UsageError>(&report);
-        return error != nullptr ? "refused: " + error->text : std::get<std::string>(report);
+        return error != nullptr ? "refused: " + error->text : std::get<ToldReport>(report).text;
+    }
+
+    [[nodiscard]] std::string hint(const ReportOptions& options) {
+        return std::get<ToldReport>(asked(options)).hint;
+    }
+
+    [[nodiscard]] std::variant<ToldReport, UsageError> asked(const ReportOptions& options) {
+        return reportFor(journal, options, "one.example", reportTime, utc);
+    }
+
+    void rememberAlso(const std::string& host) {
+        journal.write({.host = host, .episodes = {{.start = reportTime}}, .until = reportTime});
     }
 
     static std::chrono::seconds utc(HistoryTime /*time*/) { return std::chrono::seconds(0); }
@@ -119,6 +131,39 @@ TEST_F(ReportRunTest, OfNothingIsAnObjectWithoutTimesAsJson) {
     EXPECT_TRUE(json["outages"].empty());
 }
 
+TEST_F(ReportRunTest, NamesOtherHostsWhereNothingIsKnownOfTheOneAskedFor) {
+    ReportOptions options;
+    options.host = "two.example";
+
+    EXPECT_EQ(hint({}), "");
+    EXPECT_EQ(
+        hint(options), "The history has nothing of two.example, but of one.example: name one with --host.");
+
+    rememberAlso("four.example");
+    EXPECT_THAT(hint(options), HasSubstr("but of four.example and one.example: name"));
+
+    for (const char* host : {"a.example", "b.example", "c.example"}) {
+        rememberAlso(host);
+    }
+    EXPECT_THAT(
+        hint(options), HasSubstr("of a.example, b.example, c.example, four.example and one.example: name"));
+
+    rememberAlso("d.example");
+    EXPECT_THAT(
+        hint(options),
+        HasSubstr("of a.example, b.example, c.example, d.example, four.example and 1 more: name"));
+}
+
+TEST_F(ReportRunTest, NamesNoOtherHostWhereTheOneAskedForIsKnownOrNone) {
+    ReportOptions before;
+    before.since = "2w";
+    before.until = "1w";
+    EXPECT_EQ(hint(before), "");
+
+    journal.clear();
+    EXPECT_EQ(hint({}), "");
+}
+
 /// An hour of pings and an outage in each of both hours that the clock shows as the third one of a night.
 TEST(ReportRun, TellsTheRepeatedHourApartAsJson) {
     const HistoryTime midnight{std::chrono::sys_days(std::chrono::year(2026) / 10 / 25)};
@@ -143,7 +188,7 @@ TEST(ReportRun, TellsTheRepeatedHourApartAsJson) {
     options.format = ReportOptions::Format::json;
 
     const auto told = reportFor(journal, options, "one.example", batch.until, offset);
-    const auto json = nlohmann::json::parse(std::get<std::string>(told));
+    const auto json = nlohmann::json::parse(std::get<ToldReport>(told).text);
 
     EXPECT_EQ(json["since"], "2026-10-25T00:00:00+02:00");
     EXPECT_EQ(json["until"], "2026-10-26T00:00:00+01:00");

@@ -113,6 +113,23 @@ TEST_F(SqliteJournalTest, KeepsHostsApart) {
     EXPECT_TRUE(allOf(journal, "three.example").periods.empty());
 }
 
+TEST_F(SqliteJournalTest, NamesTheHostsThatSomethingIsKnownOf) {
+    EXPECT_EQ(journal.hosts(), std::vector<std::string>{});
+
+    Journal::Batch batch = batchOf(1);
+    ASSERT_TRUE(journal.write(batch));
+    batch.host = "another.example";
+    ASSERT_TRUE(journal.write(batch));
+    ASSERT_TRUE(journal.write(
+        {.host = "down.example", .episodes = {{.start = minuteNumber(1)}}, .until = minuteNumber(2)}));
+    ASSERT_TRUE(journal.write({.host = "new.example", .until = minuteNumber(2)}));
+
+    const std::vector<std::string> known{"another.example", "down.example", journalHost};
+    EXPECT_EQ(journal.hosts(), known);
+    SqliteJournal reader(file);
+    EXPECT_EQ(reader.hosts(), known);
+}
+
 TEST_F(SqliteJournalTest, ReadsOnlyWhatOverlapsTheSpan) {
     for (int minute = 0; minute < 10; ++minute) {
         ASSERT_TRUE(journal.write(batchOf(minute)));
