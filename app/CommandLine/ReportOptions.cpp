@@ -15,7 +15,7 @@ constexpr std::array<ProgramOption, 6> reportOptions{{
     {"since", "TIME", "where the report begins; without it, 7d", sinceLetter},
     {"until", "TIME", "where it ends; without it, now", untilLetter},
     {"host", "HOST", "host that was pinged; without it, the one in the settings", hostLetter},
-    {"format", "FORMAT", "text, json, or csv for the outages alone", formatLetter},
+    {"format", "FORMAT", "text, html to print or send, json, or csv for the outages alone", formatLetter},
     CommonOptions::helpOption,
     CommonOptions::versionOption,
 }};
@@ -51,13 +51,14 @@ std::optional<UsageError> takeHost(const std::string& text, ReportOptions& optio
 std::optional<UsageError> takeFormat(const std::string& text, ReportOptions& options) {
     using Format = ReportOptions::Format;
     for (const auto& [name, format] :
-         {std::pair("text", Format::text), std::pair("csv", Format::csv), std::pair("json", Format::json)}) {
+         {std::pair("text", Format::text), std::pair("csv", Format::csv), std::pair("json", Format::json),
+          std::pair("html", Format::html)}) {
         if (text == name) {
             options.format = format;
             return std::nullopt;
         }
     }
-    return UsageError{"--format takes text, csv or json, not " + quoted(text)};
+    return UsageError{"--format takes text, csv, json or html, not " + quoted(text)};
 }
 
 std::optional<UsageError> applyReport(int letter, const ArgumentParser& parser, ReportOptions& options) {

@@ -11,7 +11,7 @@
 namespace tarnwick {
 
 struct ReportOptions : CommonOptions {
-    enum class Format { text, csv, json };
+    enum class Format { text, csv, json, html };
 
     /// The first argument that asks for a report.
     static constexpr const char* command = "report";

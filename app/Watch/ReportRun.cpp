@@ -33,12 +33,14 @@ std::string hintAtOthers(const std::string& host, const std::vector<std::string>
 }
 
 std::string writtenReport(
-    const Report& report, ReportOptions::Format format, const UtcOffset& offset) {
+    const Report& report, ReportOptions::Format format, const ReportOrigin& origin, const UtcOffset& offset) {
     switch (format) {
     case ReportOptions::Format::csv:
         return reportCsv(report, offset);
     case ReportOptions::Format::json:
         return reportJson(report, offset);
+    case ReportOptions::Format::html:
+        return reportHtml(report, origin, offset);
     case ReportOptions::Format::text:
         break;
     }
@@ -48,13 +50,13 @@ std::string writtenReport(
 } // namespace
 
 std::variant<ToldReport, UsageError> reportFor(
-    Journal& journal, const ReportOptions& options, const std::string& host, HistoryTime now,
+    Journal& journal, const ReportOptions& options, const std::string& host, const ReportOrigin& origin,
     const UtcOffset& offset) {
-    const auto since = timeIn(options.since, now, offset);
+    const auto since = timeIn(options.since, origin.made, offset);
     if (!since) {
         return wrongTime("--since", options.since);
     }
-    const auto until = timeIn(options.until, now, offset);
+    const auto until = timeIn(options.until, origin.made, offset);
     if (!until) {
         return wrongTime("--until", options.until);
     }
@@ -65,7 +67,7 @@ std::variant<ToldReport, UsageError> reportFor(
     const std::string name = options.host.value_or(host);
     const Report report = makeReport(journal.read(name, wanted), name, wanted, offset);
     return ToldReport{
-        .text = writtenReport(report, options.format, offset),
+        .text = writtenReport(report, options.format, origin, offset),
         .hint = report.span.isEmpty() ? hintAtOthers(name, journal.hosts()) : ""};
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/CommandLine/ReportOptions.h"
+#include "app/Report/ReportHtml.h"
 #include "core/History/LocalTime.h"
 #include "platform/ports/Journal.h"
 
@@ -17,7 +18,7 @@ struct ToldReport {
 
 /// `host` is the one of the settings.
 [[nodiscard]] std::variant<ToldReport, UsageError> reportFor(
-    Journal& journal, const ReportOptions& options, const std::string& host, HistoryTime now,
+    Journal& journal, const ReportOptions& options, const std::string& host, const ReportOrigin& origin,
     const UtcOffset& offset);
 
 } // namespace tarnwick

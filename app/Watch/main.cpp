@@ -151,8 +151,8 @@ int report(const std::vector<std::string>& arguments) {
     SqliteJournal journal(SqliteJournal::defaultPath());
     const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
     const auto told = reportFor(
-        journal, std::get<ReportOptions>(commandLine), settings.preferences().hostname(), now,
-        systemUtcOffset);
+        journal, std::get<ReportOptions>(commandLine), settings.preferences().hostname(),
+        {.version = TARNWICK_VERSION, .made = now}, systemUtcOffset);
     if (const auto* const error = std::get_if<UsageError>(&told)) {
         return refuse(ReportOptions::table(), *error);
     }

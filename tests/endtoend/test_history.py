@@ -11,6 +11,7 @@ import stat
 import subprocess
 import time
 import unittest
+import xml.etree.ElementTree as ElementTree
 
 from lab import Behavior, Lab
 
@@ -158,6 +159,24 @@ class Reports(ConcurrentTestCase):
             self.assertRegex(text.stdout, rf"\AConnection to {address}\n")
             self.assertIn("100 % of the time watched", text.stdout)
 
+    def test_as_html_they_are_one_page_also_beside_a_running_program(self) -> None:
+        address = "10.77.0.22"
+        lab.behave(address, Behavior(delay_ms=25))
+        with new_home() as home:
+            with Watch(home, *settings(PingTimeout=0.2), address) as watch:
+                wait_for_replies(watch, 2)
+                lab.behave(address, Behavior(silent=True))
+                eventually(lambda: rows(home, "SELECT 1 FROM episodes"), MINUTE, "the outage")
+                done = self.report(home, "--host", address, "--format", "html", "--since", "1h")
+
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            page = ElementTree.fromstring(done.stdout)
+            shown = " ".join(page.itertext())
+            self.assertIn(f"Connection to {address}", shown)
+            self.assertIn("Outages: 1", shown)
+            self.assertIn(", and it lasts", shown)
+            self.assertRegex(shown, rf"{address} over \w+, \d+ pings lost")
+
     def test_of_an_unknown_host_they_name_those_that_are_known(self) -> None:
         lab.behave("10.77.0.23", Behavior())
         with new_home() as home:
@@ -186,9 +205,11 @@ class Reports(ConcurrentTestCase):
 
             text = self.report(home, *night, environment=zone).stdout
             self.assertIn("2026-10-25 02:30:00 UTC+02:00  1 min\n  2026-10-25 02:30:00 UTC+01:00  1 min\n", text)
-            for form in ("csv", "json"):
+            for form in ("csv", "json", "html"):
                 told = self.report(home, *night, "--format", form, environment=zone).stdout
                 self.assertLess(told.index("2026-10-25T02:30:00+02:00"), told.index("2026-10-25T02:30:00+01:00"))
+            page = " ".join(ElementTree.fromstring(told).itertext())
+            self.assertIn("times in UTC+02:00, from 2026-10-25 on UTC+01:00", page)
 
             india = self.report(home, *night, environment={"TZ": "IST-5:30"}).stdout
             self.assertIn("Times are in UTC+05:30.", india)

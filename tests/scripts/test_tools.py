@@ -14,7 +14,7 @@ from endtoend.concurrently import ConcurrentTestCase
 from .command import output
 from .test_documents import BUILD, code
 
-TOOL = re.compile(r"\b(bench/\w+\.py|scripts/(?:mutate|pictures)|tarnwick-bench|tarnwick-pictures|empty-tray|Fuzz\w+)(?= |$)")
+TOOL = re.compile(r"\b(bench/\w+\.py|scripts/(?:mutate|pictures)|tarnwick-bench|tarnwick-pictures|tarnwick-report-samples|empty-tray|Fuzz\w+)(?= |$)")
 BENCH = ROOT / "build/bench/bench"
 README_PICTURES = ROOT / "docs/pictures"
 
@@ -44,6 +44,7 @@ class Tools(ConcurrentTestCase):
         "build/debug/tests/app/views/tarnwick-pictures --readme docs/pictures": "test_the_pictures_of_the_windows",
         "build/debug/tests/app/views/tarnwick-pictures FOLDER": "test_the_pictures_of_the_windows",
         "tests/lab/run scripts/pictures": "test_the_picture_of_the_terminal_view",
+        "build/debug/tests/app/tarnwick-report-samples FOLDER": "test_the_pages_of_sample_reports",
     }
 
     # Each that needs the laboratory has a network of its own: they run at the same time.
@@ -94,6 +95,11 @@ class Tools(ConcurrentTestCase):
         with tempfile.TemporaryDirectory() as folder:
             self.output(f"{program} {folder}", **without_leaks)
             self.assertTrue((pathlib.Path(folder) / "settings-light-10pt-1x.png").exists())
+
+    def test_the_pages_of_sample_reports(self) -> None:
+        with tempfile.TemporaryDirectory() as folder:
+            self.output(f"{BUILD}/tests/app/tarnwick-report-samples {folder}")
+            self.assertTrue((pathlib.Path(folder) / "bad-week.html").exists())
 
     def test_the_picture_of_the_terminal_view(self) -> None:
         with tempfile.TemporaryDirectory() as folder:

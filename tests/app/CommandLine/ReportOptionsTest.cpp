@@ -44,13 +44,14 @@ TEST(ReportOptions, TakeTimesHostAndFormat) {
     EXPECT_EQ(options.host, "one.example");
     EXPECT_EQ(options.format, ReportOptions::Format::csv);
     EXPECT_EQ(acceptedReport({"--format", "json"}).format, ReportOptions::Format::json);
+    EXPECT_EQ(acceptedReport({"--format", "html"}).format, ReportOptions::Format::html);
     EXPECT_EQ(acceptedReport({"--format", "text"}).format, ReportOptions::Format::text);
     EXPECT_TRUE(acceptedReport({"-h"}).help);
     EXPECT_TRUE(acceptedReport({"--version"}).version);
 }
 
 TEST(ReportOptions, RefuseWhatCannotBeMeant) {
-    EXPECT_THAT(refusedReport({"--format", "pdf"}), HasSubstr("text, csv or json"));
+    EXPECT_THAT(refusedReport({"--format", "pdf"}), HasSubstr("text, csv, json or html"));
     EXPECT_THAT(refusedReport({"--host", "one example"}), HasSubstr("--host takes"));
     EXPECT_THAT(refusedReport({"--since"}), HasSubstr("needs a value"));
     EXPECT_THAT(refusedReport({"--json"}), HasSubstr("unknown option"));

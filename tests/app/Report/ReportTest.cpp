@@ -85,6 +85,58 @@ TEST(Report, NamesTheFiveWorstHours) {
     EXPECT_EQ(report.worstHours[4].span.from, at("2026-01-05 03:00"));
 }
 
+TEST(Report, KnowsItsLongestOutage) {
+    History history = aDay();
+    EXPECT_EQ(longestOutage(makeReport(history, "one.example", oneDay, centralEurope)), 0s);
+
+    history.episodes = {
+        outage("2026-01-05 01:00", "2026-01-05 01:02"), outage("2026-01-05 05:00", "2026-01-05 05:10"),
+        outage("2026-01-05 06:00", "2026-01-05 06:01")};
+
+    EXPECT_EQ(longestOutage(makeReport(history, "one.example", oneDay, centralEurope)), 10min);
+}
+
+TEST(Report, HasAChartWithBucketsOfARoundLength) {
+    History history = aDay();
+    const auto bucketsOf = [&](const std::string& from, const std::string& to) {
+        const Span wanted = between(from, to);
+        history.periods = {test::goodPeriod(wanted.from, PeriodLength::hour)};
+        history.until = wanted.to;
+        return makeReport(history, "one.example", wanted, centralEurope).chart.buckets.size();
+    };
+
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-05 00:01"), 1U);
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-05 03:00"), 180U);
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-05 03:00:01"), 91U);
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-06 00:00"), 144U);
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-12 00:00"), 168U);
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-04-05 00:00"), 180U);
+    EXPECT_EQ(bucketsOf("2024-01-05 00:00", "2026-01-05 00:00"), 147U);
+}
+
+TEST(Report, HasAChartThatTellsWhatWasNotWatchedFromOutages) {
+    History history = aDay();
+    std::erase_if(history.periods, [](const Period& period) {
+        return between("2026-01-05 12:00", "2026-01-05 18:00").overlaps(period.span());
+    });
+    history.gaps = {{.kind = Gap::Kind::asleep, .span = between("2026-01-05 02:05", "2026-01-05 02:08")}};
+    history.episodes = {
+        outage("2026-01-05 02:00", "2026-01-05 02:10"), outage("2026-01-05 15:00", "2026-01-05 15:10")};
+
+    const ReportChart chart = makeReport(history, "one.example", oneDay, centralEurope).chart;
+
+    EXPECT_EQ(
+        chart.unwatched,
+        (std::vector{
+            between("2026-01-05 02:05", "2026-01-05 02:08"), between("2026-01-05 12:00", "2026-01-05 15:00"),
+            between("2026-01-05 15:10", "2026-01-05 18:00")}));
+    EXPECT_EQ(
+        chart.outages,
+        (std::vector{
+            between("2026-01-05 02:00", "2026-01-05 02:05"), between("2026-01-05 02:08", "2026-01-05 02:10"),
+            between("2026-01-05 15:00", "2026-01-05 15:10")}));
+}
+
 TEST(Report, DaysOfTheClocksChangeHave23And25Hours) {
     const Span spring = between("2026-03-28 23:00", "2026-03-29 22:00");
     const Span autumn = between("2026-10-24 22:00", "2026-10-25 23:00");

@@ -48,7 +48,7 @@ protected:
     }
 
     [[nodiscard]] std::variant<ToldReport, UsageError> asked(const ReportOptions& options) {
-        return reportFor(journal, options, "one.example", reportTime, utc);
+        return reportFor(journal, options, "one.example", {.version = "1.2.3", .made = reportTime}, utc);
     }
 
     void rememberAlso(const std::string& host) {
@@ -131,6 +131,14 @@ TEST_F(ReportRunTest, OfNothingIsAnObjectWithoutTimesAsJson) {
     EXPECT_TRUE(json["outages"].empty());
 }
 
+TEST_F(ReportRunTest, IsAPageAsHtml) {
+    ReportOptions options;
+    options.format = ReportOptions::Format::html;
+
+    EXPECT_THAT(told(options), StartsWith("<!DOCTYPE html>\n"));
+    EXPECT_THAT(told(options), HasSubstr("By Tarnwick 1.2.3 on 2026-11-23 00:00 UTC+00:00"));
+}
+
 TEST_F(ReportRunTest, NamesOtherHostsWhereNothingIsKnownOfTheOneAskedFor) {
     ReportOptions options;
     options.host = "two.example";
@@ -187,7 +195,7 @@ TEST(ReportRun, TellsTheRepeatedHourApartAsJson) {
     options.since = "2026-10-25";
     options.format = ReportOptions::Format::json;
 
-    const auto told = reportFor(journal, options, "one.example", batch.until, offset);
+    const auto told = reportFor(journal, options, "one.example", {.made = batch.until}, offset);
     const auto json = nlohmann::json::parse(std::get<ToldReport>(told).text);
 
     EXPECT_EQ(json["since"], "2026-10-25T00:00:00+02:00");

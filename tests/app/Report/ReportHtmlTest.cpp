@@ -1,0 +1,347 @@
+// A report as a page. Whether it prints on two pages is tried in a browser, by tests/report.
+#include "app/Report/ReportHtml.h"
+
+#include "tests/core/History/SomeHistory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tarnwick {
+namespace {
+
+using test::at;
+using test::between;
+using test::centralEurope;
+using test::outage;
+using testing::HasSubstr;
+using testing::Not;
+using namespace std::chrono_literals;
+
+const Span pageDay = between("2026-01-05 00:00", "2026-01-06 00:00");
+
+History aGoodDay() {
+    History history{.until = pageDay.to};
+    history.periods = test::goodPeriods(pageDay, PeriodLength::quarterHour);
+    return history;
+}
+
+std::string pageOf(
+    const History& history, const Span& wanted = pageDay, const std::string& host = "one.example") {
+    return reportHtml(
+        makeReport(history, host, wanted, centralEurope),
+        {.version = "1.2.3", .made = at("2026-01-06 12:00")}, centralEurope);
+}
+
+std::size_t countOf(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (std::size_t found = text.find(part); found != std::string::npos;
+         found = text.find(part, found + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+/// Without what is not watched.
+void letSleep(History& history, const Span& span) {
+    history.gaps.push_back({.kind = Gap::Kind::asleep, .span = span});
+    std::erase_if(history.periods, [&](const Period& period) { return period.span().overlaps(span); });
+}
+
+TEST(ReportHtml, IsOnePageThatLoadsAndRunsNothing) {
+    const std::string page = pageOf(aGoodDay());
+
+    EXPECT_THAT(
+        page,
+        testing::StartsWith("<!DOCTYPE html>\n<html xmlns=\"http://www.w3.org/1999/xhtml\" lang=\"en\">"));
+    EXPECT_THAT(page, testing::EndsWith("</html>\n"));
+    EXPECT_THAT(page, HasSubstr("<meta charset=\"utf-8\"/>"));
+    EXPECT_THAT(
+        page, HasSubstr("http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src"));
+    EXPECT_EQ(countOf(page, "://"), 1U); // the name of the markup
+    EXPECT_THAT(page, Not(HasSubstr("<script")));
+    EXPECT_THAT(page, Not(HasSubstr("@import")));
+}
+
+TEST(ReportHtml, TellsHostTimeAndZone) {
+    const std::string page = pageOf(aGoodDay());
+
+    EXPECT_THAT(page, HasSubstr("<title>Connection to one.example</title>"));
+    EXPECT_THAT(page, HasSubstr("<h1 class=\"short\">Connection to one.example</h1>"));
+    EXPECT_THAT(page, HasSubstr("<time datetime=\"2026-01-05T01:00:00+01:00\">2026-01-05 01:00</time> to "));
+    EXPECT_THAT(page, HasSubstr("2026-01-06 01:00</time> (1 d), times in UTC+01:00</p>"));
+}
+
+TEST(ReportHtml, EscapesWhatComesFromOutside) {
+    History history = aGoodDay();
+    history.episodes = {outage("2026-01-05 10:00", "2026-01-05 10:07")};
+    history.episodes[0].address = "<a>&";
+    history.episodes[0].interface = "<i>\xff";
+    history.episodes[0].verdict = Verdict{.blame = Blame::provider, .evidence = "<e>\"&amp;"};
+
+    const std::string page = pageOf(history, pageDay, "<h>&");
+
+    for (const char* tag : {"<a>", "<i>", "<e>", "<h>"}) {
+        EXPECT_THAT(page, Not(HasSubstr(tag)));
+    }
+    EXPECT_THAT(page, HasSubstr("&lt;a&gt;&amp; over &lt;i&gt;\uFFFD, 0 pings lost"));
+    EXPECT_THAT(page, HasSubstr("Provider, possible</strong>: &lt;e&gt;&quot;&amp;amp;</td>"));
+    EXPECT_THAT(page, HasSubstr("<title>Connection to &lt;h&gt;&amp;</title>"));
+    EXPECT_THAT(page, HasSubstr("<h1 class=\"short\">Connection to &lt;h&gt;&amp;</h1>"));
+}
+
+TEST(ReportHtml, OfAGoodDayHasNoOutageAndNoWorstHour) {
+    const std::string page = pageOf(aGoodDay());
+
+    EXPECT_THAT(page, HasSubstr("<strong>100 %</strong> available"));
+    EXPECT_THAT(page, HasSubstr("<dt>Outages</dt><dd>0</dd>"));
+    EXPECT_THAT(page, HasSubstr("<dt>Longest outage</dt><dd>none</dd>"));
+    EXPECT_THAT(
+        page, HasSubstr("<h2>Outages: 0</h2><p>The connection was never down while it was watched.</p>"));
+    EXPECT_THAT(page, Not(HasSubstr("Worst hours")));
+    EXPECT_THAT(page, Not(HasSubstr("class=\"outage\" x=\"4")));
+}
+
+TEST(ReportHtml, ShowsTimeAsleepAndCountsItNeitherWay) {
+    History history = aGoodDay();
+    letSleep(history, between("2026-01-05 06:00", "2026-01-05 12:00"));
+
+    const std::string page = pageOf(history);
+
+    EXPECT_THAT(page, HasSubstr("<strong>100 %</strong> available"));
+    EXPECT_THAT(page, HasSubstr("The share of the time watched (18 h)"));
+    EXPECT_THAT(page, HasSubstr("</svg>Up</th><td>18 h</td><td>75.00 %</td>"));
+    EXPECT_THAT(page, HasSubstr("</svg>Down</th><td>0 s</td><td>0.00 %</td>"));
+    EXPECT_THAT(page, HasSubstr("</svg>Asleep</th><td>6 h</td><td>25.00 %</td>"));
+    // In the strip, and over both lanes of the chart.
+    EXPECT_THAT(page, HasSubstr("<rect class=\"unwatched\" x=\"540.0\" width=\"180.0\" height=\"18.0\"/>"));
+    EXPECT_THAT(
+        page,
+        HasSubstr("<rect class=\"unwatched\" x=\"216.0\" y=\"10.0\" width=\"168.0\" height=\"236.0\"/>"));
+}
+
+TEST(ReportHtml, ShowsTimeWithoutPingsAsNotWatched) {
+    History history = aGoodDay();
+    std::erase_if(
+        history.periods, [](const Period& period) { return period.start >= at("2026-01-05 12:00"); });
+
+    const std::string page = pageOf(history);
+
+    EXPECT_THAT(page, HasSubstr("</svg>Not watched</th><td>12 h</td><td>50.00 %</td>"));
+    EXPECT_THAT(
+        page,
+        HasSubstr("<rect class=\"unwatched\" x=\"384.0\" y=\"10.0\" width=\"336.0\" height=\"236.0\"/>"));
+}
+
+TEST(ReportHtml, DrawsOutagesAsWallsThatCanBeSeen) {
+    History history = aGoodDay();
+    history.episodes = {
+        outage("2026-01-05 06:00", "2026-01-05 12:00"), outage("2026-01-05 18:00", "2026-01-05 18:00:05")};
+
+    const std::string page = pageOf(history);
+
+    EXPECT_THAT(
+        page, HasSubstr("<rect class=\"outage\" x=\"216.0\" y=\"10.0\" width=\"168.0\" height=\"236.0\"/>"));
+    EXPECT_THAT(
+        page, HasSubstr("<rect class=\"outage\" x=\"552.0\" y=\"10.0\" width=\"1.4\" height=\"236.0\"/>"));
+}
+
+TEST(ReportHtml, DrawsManyShortOutagesSoThatTheyDoNotFillTheChart) {
+    History history = aGoodDay();
+    for (int number = 0; number < 224; ++number) {
+        const HistoryTime start = pageDay.from + 2h + std::chrono::minutes(5 * number);
+        history.episodes.push_back({.start = start, .end = start + 1s});
+    }
+
+    // 112 of 672 for all of them.
+    EXPECT_EQ(countOf(pageOf(history), "y=\"10.0\" width=\"0.5\" height=\"236.0\"/>"), 224U);
+}
+
+TEST(ReportHtml, DrawsAnswersOnARoundScaleAndMarksThoseBeyondIt) {
+    History history = aGoodDay();
+    history.periods[40].figures.addAnswer(900);
+
+    const std::string page = pageOf(history);
+
+    EXPECT_THAT(page, HasSubstr(">40 ms</text>"));
+    EXPECT_THAT(page, HasSubstr(">0 ms</text>"));
+    // 20 of 40 ms, and one that fills the lane.
+    EXPECT_THAT(
+        page, HasSubstr("<rect class=\"answer\" x=\"48.0\" y=\"96.0\" width=\"4.0\" height=\"86.0\"/>"));
+    EXPECT_THAT(page, HasSubstr("y=\"10.0\" width=\"4.0\" height=\"172.0\"/><rect class=\"beyond\""));
+    EXPECT_THAT(page, HasSubstr("slowest answer 900.0 ms, outages 0"));
+    EXPECT_THAT(page, HasSubstr("slowest answer of each 10 min"));
+}
+
+TEST(ReportHtml, DrawsTheLossOnItsOwnScale) {
+    History history = aGoodDay();
+    history.periods[0].figures.lost = history.periods[0].figures.replied / 9; // a tenth
+
+    const std::string page = pageOf(history);
+
+    EXPECT_THAT(page, HasSubstr(">10 %</text>"));
+    EXPECT_THAT(
+        page, HasSubstr("<rect class=\"loss\" x=\"48.0\" y=\"202.0\" width=\"4.0\" height=\"44.0\"/>"));
+}
+
+TEST(ReportHtml, ListsOutagesWithVerdictsAndTheWay) {
+    History history = aGoodDay();
+    history.episodes = {outage("2026-01-05 10:00", "2026-01-05 10:07"), {.start = at("2026-01-05 23:59")}};
+    history.episodes[0].verdict = Verdict{
+        .blame = Blame::beyondProvider, .likelihood = Likelihood::likely, .evidence = "It ends there."};
+    history.episodes[0].address = "192.0.2.1";
+    history.episodes[0].interface = "eth0";
+    history.episodes[0].pingsLost = 400;
+
+    const std::string page = pageOf(history);
+
+    EXPECT_THAT(page, HasSubstr("<h2>Outages: 2</h2>"));
+    EXPECT_THAT(
+        page, HasSubstr("<li><strong>Beyond the provider</strong> 1 outage, 7 min</li>"
+                        "<li><strong>Not clear</strong> 1 outage, 1 min</li>"));
+    EXPECT_THAT(
+        page, HasSubstr("2026-01-05 11:00:00</time></th><td>7 min</td>"
+                        "<td class=\"why\"><strong>Beyond the provider, likely</strong>: It ends there.</td>"
+                        "<td>192.0.2.1 over eth0, 400 pings lost</td></tr>"));
+    EXPECT_THAT(
+        page, HasSubstr("2026-01-06 00:59:00</time></th><td>1 min, and it lasts</td>"
+                        "<td class=\"why\"><strong>Not clear</strong>: no verdict was reached.</td>"
+                        "<td>no address, no interface, 0 pings lost</td></tr>"));
+    EXPECT_THAT(page, HasSubstr("<caption>Each outage, in the order of their starts</caption>"));
+}
+
+/// From one in each hour, the longest the second one.
+History withOutages(int count, const std::optional<Verdict>& verdict = std::nullopt) {
+    History history = aGoodDay();
+    for (int hour = 0; hour < count; ++hour) {
+        const HistoryTime start = pageDay.from + std::chrono::hours(hour);
+        const std::chrono::minutes length(hour == 0 ? 1 : 30 - hour);
+        history.episodes.push_back({.start = start, .end = start + length, .verdict = verdict});
+    }
+    return history;
+}
+
+TEST(ReportHtml, ListsAllOutagesThatHaveRoom) {
+    const std::string page = pageOf(withOutages(11));
+
+    EXPECT_THAT(page, HasSubstr("<caption>Each outage, in the order of their starts</caption>"));
+    EXPECT_EQ(countOf(page, "<td class=\"why\">"), 11U);
+}
+
+TEST(ReportHtml, OfMoreOutagesListsTheLongestAndCountsTheOthers) {
+    const std::string page = pageOf(withOutages(13));
+
+    EXPECT_THAT(
+        page, HasSubstr("<caption>The 11 longest of 13 outages, in the order of their starts. "
+                        "The report with --format csv has the other 2, too.</caption>"));
+    EXPECT_EQ(countOf(page, "<td class=\"why\">"), 11U);
+    EXPECT_THAT(page, Not(HasSubstr("<td>1 min</td><td class")));
+    EXPECT_THAT(page, Not(HasSubstr("<td>18 min</td><td class")));
+    EXPECT_LT(page.find("<td>29 min</td><td class"), page.find("<td>19 min</td><td class"));
+}
+
+TEST(ReportHtml, ListsFewerOutagesWithLongTexts) {
+    const Verdict verdict{.blame = Blame::host, .evidence = std::string(120, 'x')}; // three lines
+    EXPECT_EQ(countOf(pageOf(withOutages(13, verdict)), "<td class=\"why\">"), 7U);
+
+    History history = withOutages(13);
+    for (Episode& episode : history.episodes) {
+        episode.interface = std::string(60, 'i'); // four lines
+    }
+    EXPECT_EQ(countOf(pageOf(history), "<td class=\"why\">"), 5U);
+}
+
+TEST(ReportHtml, ShortensEvidenceThatIsNoSentence) {
+    const Verdict verdict{.blame = Blame::host, .evidence = std::string(161, 'x')};
+
+    EXPECT_THAT(
+        pageOf(withOutages(1, verdict)),
+        HasSubstr("<strong>The host, possible</strong>: " + std::string(160, 'x') + "…</td>"));
+}
+
+TEST(ReportHtml, GivesTheNameOfAVeryLongHostLittleRoom) {
+    const std::string page = pageOf(aGoodDay(), pageDay, std::string(41, 'h'));
+    EXPECT_THAT(page, HasSubstr("<h1 class=\"long\">Connection to " + std::string(41, 'h') + "</h1>"));
+    EXPECT_THAT(pageOf(aGoodDay(), pageDay, std::string(40, 'h')), HasSubstr("<h1 class=\"short\">"));
+    EXPECT_THAT(
+        pageOf(aGoodDay(), pageDay, std::string(254, 'h')), HasSubstr(std::string(253, 'h') + "…</h1>"));
+}
+
+TEST(ReportHtml, NamesWorstHoursAndFigures) {
+    History history = aGoodDay();
+    history.episodes = {outage("2026-01-05 10:00", "2026-01-05 10:07")};
+
+    const std::string page = pageOf(history);
+
+    EXPECT_THAT(
+        page, HasSubstr("2026-01-05 11:00</time></th><td>7 min</td><td>0.0 %</td><td>20.0 ms</td></tr>"));
+    EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">Fastest</th><td>20.0 ms</td></tr>"));
+    EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">99th percentile</th><td>20.0 ms</td></tr>"));
+    EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">Jitter</th><td>unknown</td></tr>"));
+    EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">Pings sent</th><td>17280</td></tr>"));
+    EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">Loss</th><td>0.00 %</td></tr>"));
+}
+
+TEST(ReportHtml, ListsTheDaysOfAFortnightAndDrawsMore) {
+    History history = aGoodDay();
+    history.episodes = {outage("2026-01-05 10:00", "2026-01-05 10:07")};
+    const std::string few = pageOf(history);
+
+    EXPECT_THAT(
+        few, HasSubstr("<li class=\"shaken\"><time datetime=\"2026-01-05\">Mon 5 Jan</time>"
+                       "<strong>99.492 %</strong><span>1 outage</span><span>down 7 min</span></li>"));
+    EXPECT_THAT(
+        few, HasSubstr("<li class=\"good\"><time datetime=\"2026-01-06\">Tue 6 Jan</time>"
+                       "<strong>100 %</strong><span>no outage</span></li>"));
+
+    history.periods.insert(
+        history.periods.begin(), test::goodPeriod(at("2025-12-22 12:00"), PeriodLength::hour));
+    const std::string many = pageOf(history, between("2025-12-01 00:00", "2026-02-01 00:00"));
+
+    EXPECT_THAT(many, Not(HasSubstr("<ol")));
+    EXPECT_THAT(many, HasSubstr(">Dec 2025</text>"));
+    EXPECT_THAT(many, HasSubstr(">Jan 2026</text>"));
+    EXPECT_THAT(many, HasSubstr("<title>2025-12-23: not watched</title>"));
+    EXPECT_THAT(
+        many, HasSubstr("<rect class=\"shaken\" x=\"148.0\" y=\"34.0\" width=\"19.0\" height=\"16.0\">"
+                        "<title>2026-01-05: 99.492 %, 1 outage</title></rect>"
+                        "<text class=\"count\" x=\"157.5\" y=\"46.0\">1</text>"));
+}
+
+TEST(ReportHtml, TellsHowItWasMeasured) {
+    const std::string page = pageOf(aGoodDay());
+
+    EXPECT_THAT(page, HasSubstr("one every 5.0 s on average"));
+    EXPECT_THAT(page, HasSubstr("By Tarnwick 1.2.3 on 2026-01-06 13:00 UTC+01:00"));
+}
+
+TEST(ReportHtml, OfNothingSaysSoAndHowItWouldBeMeasured) {
+    const std::string page = pageOf({});
+
+    EXPECT_THAT(page, HasSubstr("<p>Nothing is known of one.example in this time.</p>"));
+    EXPECT_THAT(page, HasSubstr("2026-01-05 01:00</time> to "));
+    EXPECT_THAT(page, HasSubstr("at a steady interval"));
+    EXPECT_THAT(page, Not(HasSubstr("Outages")));
+}
+
+TEST(ReportHtml, TellsTheRepeatedHourApart) {
+    const Span night = between("2026-10-24 22:00", "2026-10-25 23:00"); // 25 hours
+    History history{.until = night.to};
+    history.periods = test::goodPeriods(night, PeriodLength::quarterHour);
+    history.episodes = {
+        outage("2026-10-25 00:30", "2026-10-25 00:31"), outage("2026-10-25 01:30", "2026-10-25 01:32")};
+
+    const std::string page = pageOf(history, night);
+
+    EXPECT_THAT(page, HasSubstr("(1 d 1 h), times in UTC+02:00, from 2026-10-25 on UTC+01:00"));
+    EXPECT_THAT(
+        page, HasSubstr("<time datetime=\"2026-10-25T02:30:00+02:00\">2026-10-25 02:30:00 UTC+02:00</time>"));
+    EXPECT_THAT(
+        page, HasSubstr("<time datetime=\"2026-10-25T02:30:00+01:00\">2026-10-25 02:30:00 UTC+01:00</time>"));
+    // The worst hours: both that begin at two.
+    EXPECT_THAT(page, HasSubstr(">2026-10-25 02:00 UTC+01:00</time></th><td>2 min</td>"));
+    EXPECT_THAT(page, HasSubstr(">2026-10-25 02:00 UTC+02:00</time></th><td>1 min</td>"));
+    EXPECT_EQ(countOf(page, "<li class=\"shaken\"><time"), 1U);
+}
+
+} // namespace
+} // namespace tarnwick
