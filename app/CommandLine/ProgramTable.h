@@ -7,6 +7,7 @@
 #include <getopt.h>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace tarnwick {
 
@@ -16,12 +17,24 @@ struct ProgramOption {
     const char* meaning = nullptr;  ///< for users, in one line
     int letter = 0;                 ///< what the parser returns for it
     char shortName = 0;             ///< also known as a dash with this letter
+    const char* values = nullptr; ///< all that it takes, with spaces between; null where they can't be listed
+
+    /// What the value is called where it is a host.
+    static constexpr std::string_view hostArgument = "HOST";
 };
 
 /// What stands on a command line without dashes. No name where the program takes nothing there.
 struct ProgramOperand {
     const char* name = nullptr;
     const char* meaning = nullptr;
+};
+
+struct ProgramTable;
+
+/// A first word after which the command line is another program's. No word where there is none.
+struct ProgramCommand {
+    const char* word = nullptr;
+    const ProgramTable& (*table)() = nullptr;
 };
 
 /// All of it is constant and lives as long as the program.
@@ -33,6 +46,7 @@ struct ProgramTable {
     ProgramOperand operand;
     std::span<const ProgramOption> options;
     const char* ending; ///< how the program ends, and its exit status
+    ProgramCommand command{};
 };
 
 /// The same rows for the parser, with the row of zeros that ends them.

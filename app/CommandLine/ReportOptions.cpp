@@ -15,7 +15,8 @@ constexpr std::array<ProgramOption, 6> reportOptions{{
     {"since", "TIME", "where the report begins; without it, 7d", sinceLetter},
     {"until", "TIME", "where it ends; without it, now", untilLetter},
     {"host", "HOST", "host that was pinged; without it, the one in the settings", hostLetter},
-    {"format", "FORMAT", "text, html to print or send, json, or csv for the outages alone", formatLetter},
+    {"format", "FORMAT", "text, html to print or send, json, or csv for the outages alone", formatLetter, 0,
+     "text csv json html"},
     CommonOptions::helpOption,
     CommonOptions::versionOption,
 }};

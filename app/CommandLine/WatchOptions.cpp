@@ -1,5 +1,6 @@
 #include "app/CommandLine/WatchOptions.h"
 
+#include "app/CommandLine/ReportOptions.h"
 #include "app/Preferences/SettingTable.h"
 #include "core/HostText.h"
 
@@ -34,6 +35,7 @@ constexpr ProgramTable watchTable{
     .ending = "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n"
               "The exit status is 0 after that, 1 if it could not run or write its output, 2 for a wrong "
               "command line.",
+    .command = {.word = ReportOptions::command, .table = ReportOptions::table},
 };
 
 std::optional<UsageError> apply(int letter, const ArgumentParser& parser, WatchOptions& options) {

@@ -9,10 +9,13 @@ namespace tarnwick {
 
 namespace {
 
+constexpr auto bashHostnames = "COMPREPLY=($(compgen -A hostname -- \"$word\")); return ;;\n";
+
 /// What bash takes as the name of a function.
 std::string bashFunction(const ProgramTable& program) {
     std::string name = std::string("_") + program.name;
     std::ranges::replace(name, '-', '_');
+    std::ranges::replace(name, ' ', '_');
     return name;
 }
 
@@ -53,11 +56,33 @@ std::string bashOptions(const ProgramTable& program) {
     return words;
 }
 
+/// What completes its value; empty where nothing does.
+std::string bashValue(const ProgramOption& option) {
+    if (option.letter == CommonOptions::setLetter) {
+        return "words=\"" + bashKeys() + "\"; compopt -o nospace ;;\n";
+    }
+    if (option.values != nullptr) {
+        return std::string("words=\"") + option.values + "\" ;;\n";
+    }
+    return takesHost(option) ? bashHostnames : "";
+}
+
+std::string bashOptionValues(const ProgramTable& program) {
+    std::string cases;
+    for (const ProgramOption& option : program.options) {
+        if (const std::string value = bashValue(option); !value.empty()) {
+            const std::string name = std::string("--") + option.name;
+            cases.append("        ").append(name).append(",* | ,").append(name).append(") ").append(value);
+        }
+    }
+    return cases;
+}
+
 /// Values that can't be listed.
 std::string bashOtherValues(const ProgramTable& program) {
     std::string patterns = "?*,*";
     for (const ProgramOption& option : program.options) {
-        if (option.argument != nullptr && option.letter != CommonOptions::setLetter) {
+        if (option.argument != nullptr && bashValue(option).empty()) {
             patterns += std::string(" | ,--") + option.name;
         }
     }
@@ -75,21 +100,43 @@ constexpr auto bashStart =
     case $key,$before in
 )";
 
-constexpr auto bashHosts =
-    R"([[ $word == -* ]] || { COMPREPLY=($(compgen -A hostname -- "$word")); return; }; )";
+/// What stands for itself: a host, or the word for the other command line.
+std::string bashOperand(const ProgramTable& program) {
+    if (program.operand.name == nullptr) {
+        return "";
+    }
+    const std::string word = program.command.word != nullptr ? program.command.word : "";
+    return R"([[ $word == -* ]] || { [ "$COMP_CWORD" -eq 1 ] && words=")" + word
+           + R"("; COMPREPLY=($(compgen -A hostname -W "$words" -- "$word")); return; }; )";
+}
+
+std::string bashCommand(const ProgramTable& program) {
+    if (program.command.word == nullptr) {
+        return "";
+    }
+    return std::string(R"(    if [ "$COMP_CWORD" -gt 1 ] && [ "${COMP_WORDS[1]}" = )") + program.command.word
+           + " ]; then\n        " + bashFunction(program.command.table()) + "\n        return\n    fi\n";
+}
+
+std::string bashBody(const ProgramTable& program) {
+    const bool hasSettings = std::ranges::any_of(program.options, [](const ProgramOption& option) {
+        return option.letter == CommonOptions::setLetter;
+    });
+    const std::string settings =
+        hasSettings ? bashChoices() + "        Hostname,*) " + bashHostnames : std::string();
+    return bashFunction(program) + "() {\n" + bashCommand(program) + bashStart + settings
+           + bashOptionValues(program) + bashOtherValues(program) + "        *) " + bashOperand(program)
+           + "words=\"" + bashOptions(program) + "\" ;;\n    esac\n"
+           + "    COMPREPLY=($(compgen -W \"$words\" -- \"$word\"))\n}\n";
+}
 
 } // namespace
 
 std::string bashCompletion(const ProgramTable& program) {
-    const std::string function = bashFunction(program);
-    return std::string("# Completes ") + program.name + " in bash.\n" + function + "() {\n" + bashStart
-           + bashChoices()
-           + "        Hostname,*) COMPREPLY=($(compgen -A hostname -- \"$word\")); return ;;\n"
-           + "        --set,* | ,--set) words=\"" + bashKeys() + "\"; compopt -o nospace ;;\n"
-           + bashOtherValues(program) + "        *) " + (program.operand.name != nullptr ? bashHosts : "")
-           + "words=\"" + bashOptions(program) + "\" ;;\n    esac\n"
-           + "    COMPREPLY=($(compgen -W \"$words\" -- \"$word\"))\n}\ncomplete -F " + function + ' '
-           + program.name + "\n";
+    const std::string command =
+        program.command.word != nullptr ? bashBody(program.command.table()) : std::string();
+    return std::string("# Completes ") + program.name + " in bash.\n" + command + bashBody(program)
+           + "complete -F " + bashFunction(program) + ' ' + program.name + "\n";
 }
 
 } // namespace tarnwick

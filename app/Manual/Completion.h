@@ -7,6 +7,11 @@
 
 namespace tarnwick {
 
+/// Whether a shell may offer the hosts that it knows.
+[[nodiscard]] inline bool takesHost(const ProgramOption& option) {
+    return option.argument != nullptr && ProgramOption::hostArgument == option.argument;
+}
+
 /// A file for bash's completions folder. Needs no library of functions.
 [[nodiscard]] std::string bashCompletion(const ProgramTable& program);
 

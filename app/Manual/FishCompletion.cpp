@@ -29,14 +29,36 @@ std::string fishSetting(const SettingRow& row) {
     return words.empty() ? std::string(" ") + row.key + "=" + meaning : words;
 }
 
-std::string fishOption(const ProgramTable& program, const ProgramOption& option) {
-    std::string line = std::string("complete -c ") + program.name + " -l " + option.name;
+constexpr auto fishHosts = "'(__fish_print_hostnames)'";
+
+/// `start` is the command, with the condition under which it has the option.
+std::string fishOption(const std::string& start, const ProgramOption& option) {
+    std::string line = start + " -l " + option.name;
     if (option.shortName != 0) {
         line += std::string(" -s ") + option.shortName;
     }
     line += " -d " + fishQuoted(option.meaning);
     line += option.argument != nullptr ? " -x" : "";
-    return option.letter == CommonOptions::setLetter ? line + " -a '(__tarnwick_settings)'" : line;
+    if (option.letter == CommonOptions::setLetter) {
+        return line + " -a '(__tarnwick_settings)'\n";
+    }
+    if (option.values != nullptr) {
+        return line + " -a " + fishQuoted(option.values) + "\n";
+    }
+    return line + (takesHost(option) ? std::string(" -a ") + fishHosts : "") + "\n";
+}
+
+std::string fishOptions(const std::string& start, const ProgramTable& program) {
+    std::string lines;
+    for (const ProgramOption& option : program.options) {
+        lines += fishOption(start, option);
+    }
+    return lines;
+}
+
+/// What holds while the command line is the other one's.
+std::string fishCondition(const ProgramCommand& command) {
+    return std::string("__fish_seen_subcommand_from ") + command.word;
 }
 
 } // namespace
@@ -49,10 +71,17 @@ std::string fishCompletion(const ProgramTable& program) {
             script += " \\\n       " + fishSetting(row);
         }
     }
-    script += std::string("\nend\n\ncomplete -c ") + program.name + " -f";
-    script += program.operand.name != nullptr ? " -a '(__fish_print_hostnames)'\n" : "\n";
-    for (const ProgramOption& option : program.options) {
-        script += fishOption(program, option) + "\n";
+    const std::string start = std::string("complete -c ") + program.name;
+    const ProgramCommand& command = program.command;
+    const std::string own =
+        command.word == nullptr ? start : start + " -n 'not " + fishCondition(command) + "'";
+    script += "\nend\n\n" + start + " -f\n";
+    script += program.operand.name != nullptr ? own + " -a " + fishHosts + "\n" : "";
+    script += fishOptions(own, program);
+    if (command.word != nullptr) {
+        script += start + " -n __fish_use_subcommand -a " + command.word + " -d "
+                  + fishQuoted(command.table().purpose) + "\n";
+        script += fishOptions(start + " -n '" + fishCondition(command) + "'", command.table());
     }
     return script;
 }

@@ -102,6 +102,9 @@ std::string manualPage(const ProgramTable& program, std::string_view page) {
     fillIn(filled, "@SYNOPSIS@", synopsisOf(program));
     fillIn(filled, "@OPTIONS@", withoutLineEnd(optionsOf(program)));
     fillIn(filled, "@SETTINGS@", withoutLineEnd(settingsOf()));
+    if (program.command.word != nullptr) {
+        fillIn(filled, "@COMMAND@", withoutLineEnd(optionsOf(program.command.table())));
+    }
     return filled;
 }
 

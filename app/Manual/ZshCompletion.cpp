@@ -29,7 +29,9 @@ std::string zshArgument(const ProgramOption& option) {
         return std::string("'*--") + option.name + meaning + ":" + option.argument + ":->setting'";
     }
     if (option.argument != nullptr) {
-        return std::string("'--") + option.name + meaning + ":" + option.argument + ": '";
+        const std::string others = takesHost(option) ? "_hosts" : " ";
+        const std::string values = option.values != nullptr ? "(" + std::string(option.values) + ")" : others;
+        return std::string("'--") + option.name + meaning + ":" + option.argument + ":" + values + "'";
     }
     if (option.shortName != 0) {
         const std::string forms = std::string("-") + option.shortName;
@@ -55,16 +57,34 @@ std::string zshSetting(const SettingRow& row) {
     return std::string("'") + row.key + "[" + zshQuoted(row.meaning) + "]:value:" + zshValues(row) + "'";
 }
 
+std::string zshArguments(const ProgramTable& program) {
+    std::string text = "_arguments";
+    for (const ProgramOption& option : program.options) {
+        text += " \\\n    " + zshArgument(option);
+    }
+    if (program.operand.name != nullptr) {
+        const bool hasCommand = program.command.word != nullptr;
+        text += std::string(" \\\n    '1:") + program.operand.name + ":"
+                + (hasCommand ? std::string("{ compadd ") + program.command.word + "; _hosts }'" : "_hosts'");
+    }
+    return text;
+}
+
+/// Its words begin behind the first one, as if it were a program of its own.
+std::string zshCommand(const ProgramTable& program) {
+    if (program.command.word == nullptr) {
+        return "";
+    }
+    return std::string("if [ $CURRENT -gt 2 ] && [ \"$words[2]\" = ") + program.command.word
+           + " ]; then\n    shift words\n    (( CURRENT-- ))\n    " + zshArguments(program.command.table())
+           + "\n    return\nfi\n";
+}
+
 } // namespace
 
 std::string zshCompletion(const ProgramTable& program) {
-    std::string script = std::string("#compdef ") + program.name + "\n\nlocal state\n_arguments";
-    for (const ProgramOption& option : program.options) {
-        script += " \\\n    " + zshArgument(option);
-    }
-    if (program.operand.name != nullptr) {
-        script += std::string(" \\\n    '1:") + program.operand.name + ":_hosts'";
-    }
+    std::string script = std::string("#compdef ") + program.name + "\n\nlocal state\n";
+    script += zshCommand(program) + zshArguments(program);
     script += " && return\n[ \"$state\" = setting ] && _values setting";
     for (const SettingRow& row : settingTable) {
         if (isForUsers(row)) {

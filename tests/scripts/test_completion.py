@@ -91,11 +91,27 @@ class Completion:
     def test_the_host_of_the_terminal_program(self) -> None:
         self.assert_completed("tarnwick-watch --json localh", "tarnwick-watch --json localhost")
 
+    def test_the_options_of_a_report(self) -> None:
+        self.assert_completed("tarnwick-watch rep", "tarnwick-watch report ")
+        self.assert_completed("tarnwick-watch report --sin", "tarnwick-watch report --since ")
+        self.assert_completed("tarnwick-watch report --since 7d --fo", "tarnwick-watch report --since 7d --format ")
+        self.assert_completed("tarnwick-watch report --format ht", "tarnwick-watch report --format html ")
+        self.assert_completed("tarnwick-watch report --host localh", "tarnwick-watch report --host localhost")
+
+    def test_a_report_has_no_options_of_the_program_and_no_operand(self) -> None:
+        # What can't be completed stays, and a second word behind it is typed.
+        self.assert_completed("tarnwick-watch report --js\t x", "tarnwick-watch report --js x")
+        self.assert_completed("tarnwick-watch report localh\t x", "tarnwick-watch report localh x")
+
 
 class Bash(Completion, unittest.TestCase):
     def start(self, home: str) -> Shell:
         files = " ".join(str(SHARE / "bash-completion/completions" / name) for name in ("tarnwick", "tarnwick-watch"))
         return Shell(home, ["bash", "--norc", "--noprofile"], f"for f in {files}; do source $f; done")
+
+    def test_a_value_behind_an_equals_sign(self) -> None:
+        self.assert_completed("tarnwick-watch report --format=ht", "tarnwick-watch report --format=html ")
+        self.assert_completed("tarnwick-watch report --host=localh", "tarnwick-watch report --host=localhost")
 
 
 class Zsh(Completion, unittest.TestCase):
@@ -129,6 +145,16 @@ class Fish(unittest.TestCase):
     def test_the_host_of_the_terminal_program(self) -> None:
         self.assertEqual(self.completed("tarnwick-watch --json one.ex"), ["one.example"])
         self.assertEqual(self.completed("tarnwick one.ex"), [])
+
+    def test_the_options_of_a_report(self) -> None:
+        self.assertEqual(self.completed("tarnwick-watch rep"), ["report"])
+        self.assertEqual(self.completed("tarnwick-watch report --sin"), ["--since"])
+        self.assertEqual(self.completed("tarnwick-watch report --format ht"), ["html"])
+        self.assertEqual(self.completed("tarnwick-watch report --format=ht"), ["--format=html"])
+        self.assertEqual(self.completed("tarnwick-watch report --host one.ex"), ["one.example"])
+        self.assertEqual(self.completed("tarnwick-watch report --js"), [])
+        self.assertEqual(self.completed("tarnwick-watch report one.ex"), [])
+        self.assertEqual(self.completed("tarnwick-watch --si"), [])
 
 
 if __name__ == "__main__":

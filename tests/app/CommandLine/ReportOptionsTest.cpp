@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace tarnwick {
 namespace {
 
@@ -56,6 +58,21 @@ TEST(ReportOptions, RefuseWhatCannotBeMeant) {
     EXPECT_THAT(refusedReport({"--since"}), HasSubstr("needs a value"));
     EXPECT_THAT(refusedReport({"--json"}), HasSubstr("unknown option"));
     EXPECT_THAT(refusedReport({"one.example"}), HasSubstr("one.example"));
+}
+
+TEST(ReportOptions, TheFormatsThatShellsOfferAreAccepted) {
+    for (const ProgramOption& option : ReportOptions::table().options) {
+        if (option.values == nullptr) {
+            continue;
+        }
+        std::istringstream values(option.values);
+        int count = 0;
+        for (std::string value; values >> value; ++count) {
+            acceptedReport({std::string("--") + option.name, value});
+        }
+        EXPECT_EQ(count, 4);
+        EXPECT_STREQ(option.name, "format");
+    }
 }
 
 TEST(ReportOptions, AreAllInTheHelp) {

@@ -52,6 +52,15 @@ TEST(ManualPage, DescribesTheOperandAndEachOption) {
                                               "*-q*, *--quiet*\n\ttakes nothing\n");
 }
 
+TEST(ManualPage, DescribesTheOptionsOfItsOtherCommandLine) {
+    ProgramTable program = pageTable;
+    program.operand = {};
+    program.command = {.word = "other", .table = []() -> const ProgramTable& { return pageTable; }};
+
+    EXPECT_EQ(manualPage(program, "@COMMAND@\n"), manualPage(pageTable, "@OPTIONS@\n"));
+    EXPECT_EQ(manualPage(pageTable, "@COMMAND@\n"), "@COMMAND@\n");
+}
+
 TEST(ManualPage, ListsTheSettingsWithTheirDefaults) {
     const std::string page = manualPage(pageTable, "@SETTINGS@\n");
 
