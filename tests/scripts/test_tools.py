@@ -14,9 +14,10 @@ from endtoend.concurrently import ConcurrentTestCase
 from .command import output
 from .test_documents import BUILD, code
 
-TOOL = re.compile(r"\b(bench/\w+\.py|scripts/(?:mutate|pictures)|tarnwick-bench|tarnwick-pictures|tarnwick-report-samples|empty-tray|Fuzz\w+)(?= |$)")
+TOOL = re.compile(r"\b(bench/\w+\.py|scripts/(?:mutate|pictures|report-picture)|tarnwick-bench|tarnwick-pictures|tarnwick-report-samples|empty-tray|Fuzz\w+)(?= |$)")
 BENCH = ROOT / "build/bench/bench"
 README_PICTURES = ROOT / "docs/pictures"
+REPORT_PICTURES = {"report-1.png", "report-2.png"}
 
 
 def documented() -> set[str]:
@@ -44,7 +45,8 @@ class Tools(ConcurrentTestCase):
         "build/debug/tests/app/views/tarnwick-pictures --readme docs/pictures": "test_the_pictures_of_the_windows",
         "build/debug/tests/app/views/tarnwick-pictures FOLDER": "test_the_pictures_of_the_windows",
         "tests/lab/run scripts/pictures": "test_the_picture_of_the_terminal_view",
-        "build/debug/tests/app/tarnwick-report-samples FOLDER": "test_the_pages_of_sample_reports",
+        "scripts/report-picture": "test_the_pictures_of_the_report",
+        "build/debug/tests/app/tarnwick-report-samples FOLDER": "test_the_pictures_of_the_report",
     }
 
     # Each that needs the laboratory has a network of its own: they run at the same time.
@@ -91,15 +93,15 @@ class Tools(ConcurrentTestCase):
         with tempfile.TemporaryDirectory() as folder:
             self.output(f"{program} --readme {folder}", **without_leaks)
             drawn = {path.name for path in pathlib.Path(folder).iterdir()}
-            self.assertEqual(drawn, {path.name for path in README_PICTURES.glob("*.png")})
+            self.assertEqual(drawn | REPORT_PICTURES, {path.name for path in README_PICTURES.glob("*.png")})
         with tempfile.TemporaryDirectory() as folder:
             self.output(f"{program} {folder}", **without_leaks)
             self.assertTrue((pathlib.Path(folder) / "settings-light-10pt-1x.png").exists())
 
-    def test_the_pages_of_sample_reports(self) -> None:
+    def test_the_pictures_of_the_report(self) -> None:
         with tempfile.TemporaryDirectory() as folder:
-            self.output(f"{BUILD}/tests/app/tarnwick-report-samples {folder}")
-            self.assertTrue((pathlib.Path(folder) / "bad-week.html").exists())
+            self.output(f"tests/lab/run scripts/report-picture {folder}", TARNWICK_BUILD=str(BUILD))
+            self.assertEqual({path.name for path in pathlib.Path(folder).iterdir()}, REPORT_PICTURES)
 
     def test_the_picture_of_the_terminal_view(self) -> None:
         with tempfile.TemporaryDirectory() as folder:
