@@ -54,19 +54,20 @@ std::optional<Verdict> nameWithoutServer(const Evidence& evidence, bool lastAnsw
                     + ", its last address, answers."};
 }
 
-Likelihood likelihoodOf(const NameServerEvidence& server, bool lastAnswers) {
+/// `lastAnswers`: the host's last address; nothing where none is known.
+Likelihood likelihoodOf(const NameServerEvidence& server, std::optional<bool> lastAnswers) {
     switch (server.answer) {
     case ServerAnswer::none:
     case ServerAnswer::failed:
-        return lastAnswers ? Likelihood::certain : Likelihood::possible;
     case ServerAnswer::refused:
-        return lastAnswers ? Likelihood::certain : Likelihood::likely;
+        return lastAnswers == true ? Likelihood::certain : Likelihood::possible;
     case ServerAnswer::noSuchName:
-        break;
+        // A router at home may say so for want of its own way out.
+        return lastAnswers == false ? Likelihood::possible : Likelihood::likely;
     case ServerAnswer::found:
-        return isLate(server) ? Likelihood::likely : Likelihood::possible;
+        break;
     }
-    return Likelihood::likely;
+    return isLate(server) ? Likelihood::likely : Likelihood::possible;
 }
 
 } // namespace
@@ -86,14 +87,14 @@ std::optional<Verdict> missingNameVerdict(const Evidence& evidence) {
         return nameWithoutServer(evidence, lastAnswers);
     }
     const bool isWayBad = evidence.lastAddressAnswers == false;
-    if (server->answer <= ServerAnswer::failed && isWayBad) {
+    if (server->answer <= ServerAnswer::refused && isWayBad) {
         return std::nullopt;
     }
     const bool isHostGone = server->answer == ServerAnswer::noSuchName && !lastAnswers;
     const bool isContrast = server->answer == ServerAnswer::none && lastAnswers;
     return Verdict{
         .blame = isHostGone ? Blame::host : Blame::nameServer,
-        .likelihood = likelihoodOf(*server, lastAnswers),
+        .likelihood = likelihoodOf(*server, evidence.lastAddressAnswers),
         .evidence = isContrast ? "Name server " + server->address + " does not answer; "
                                      + evidence.lastAddress.value_or("") + ", the host's last address, does."
                                : complaint(*server, evidence.host)};

@@ -32,7 +32,7 @@ class NamesThatAreMissing(InTheChain):
     EXPECTED_WHEN_NEVER_KNOWN = {
         "the name server is down": "nameServer possible: Name server {server} does not answer.",
         "the name server is silent": "nameServer possible: Name server {server} does not answer.",
-        "the name server refuses": "nameServer likely: Name server {server} refuses to answer.",
+        "the name server refuses": "nameServer possible: Name server {server} refuses to answer.",
         "the name server fails": "nameServer possible: Name server {server} fails to look up host.test.",
         "the name server knows no such name": "host likely: Name server {server} knows no host.test.",
     }
@@ -66,7 +66,7 @@ class NamesThatAreMissing(InTheChain):
         with watching([PROVIDERS_SERVER]) as watch:
             with self.chain.under(fault):
                 self.assertEqual(
-                    words(blame(watch)), f"nameServer likely: Name server {PROVIDERS_SERVER} refuses to answer."
+                    words(blame(watch)), f"nameServer possible: Name server {PROVIDERS_SERVER} refuses to answer."
                 )
             watch.wait_for(lambda now: now["verdict"] is None, 2 * VERDICT_SECONDS, "no verdict any more")
 

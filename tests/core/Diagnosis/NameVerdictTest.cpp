@@ -104,10 +104,16 @@ INSTANTIATE_TEST_SUITE_P(
             "nameServer likely: Name server 192.0.2.53 does not answer."},
         DiagnosisCase{
             "Refuses", withoutName(Answer::refused),
-            "nameServer likely: Name server 192.0.2.53 refuses to answer."},
+            "nameServer possible: Name server 192.0.2.53 refuses to answer."},
         DiagnosisCase{
             "RefusesWhileTheLastAddressAnswers", withoutName(Answer::refused, true),
             "nameServer certain: Name server 192.0.2.53 refuses to answer."},
+        DiagnosisCase{
+            "RefusesAndTheLastAddressIsSilent", withoutName(Answer::refused, false),
+            "unclear possible: What is wrong is not clear yet."},
+        DiagnosisCase{
+            "NoSuchNameAndTheLastAddressIsSilent", withoutName(Answer::noSuchName, false),
+            "host possible: Name server 192.0.2.53 knows no one.example."},
         DiagnosisCase{
             "NoSuchName", withoutName(Answer::noSuchName),
             "host likely: Name server 192.0.2.53 knows no one.example."},
