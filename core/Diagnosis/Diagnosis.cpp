@@ -21,6 +21,9 @@ constexpr double shortestLoad = 2;
 constexpr double leastLoad = 1;
 /// Milliseconds that a full queue adds at least, to be told from what networks do anyway.
 constexpr double leastQueue = 40;
+/// From which chance on that the delay begins at the own line its load is named, and is likely.
+constexpr double possibleLoad = 0.5;
+constexpr double likelyLoad = 0.85;
 
 Verdict certain(Blame blame, std::string evidence) {
     return {.blame = blame, .likelihood = Likelihood::certain, .evidence = std::move(evidence)};
@@ -68,6 +71,16 @@ std::optional<Verdict> refusedBySystem(const Evidence& evidence) {
     return certain(Blame::thisComputer, "This computer can't send: " + *evidence.socketError + ".");
 }
 
+/// The chance that the delay begins where this computer's own traffic queues: on the way to the router, or on
+/// the line behind it. Without a path it is open.
+double chanceOfOwnLine(const Evidence& evidence) {
+    const std::vector<double> chances = faultPlaces(evidence);
+    if (chances.empty()) {
+        return possibleLoad;
+    }
+    return chances[0] + (chances.size() > 1 ? chances[1] : 0);
+}
+
 /// A hint: the load explains the delay, whoever made the queue so long.
 std::optional<Verdict> ownLoad(const Evidence& evidence) {
     const LoadEvidence& load = evidence.load;
@@ -78,9 +91,13 @@ std::optional<Verdict> ownLoad(const Evidence& evidence) {
         || rate < leastLoad || extra < leastQueue || extra < *evidence.quietMs) {
         return std::nullopt;
     }
+    const double chance = chanceOfOwnLine(evidence);
+    if (chance < possibleLoad) {
+        return std::nullopt;
+    }
     return Verdict{
         .blame = Blame::ownLoad,
-        .likelihood = Likelihood::likely,
+        .likelihood = chance >= likelyLoad ? Likelihood::likely : Likelihood::possible,
         .evidence = "Latency rises from " + Text::whole(*evidence.quietMs) + " to "
                     + Text::whole(*evidence.quietMs + extra) + " ms while this computer "
                     + (isUpload ? "uploads " : "downloads ") + Text::whole(rate) + " Mbit/s."};

@@ -112,6 +112,19 @@ INSTANTIATE_TEST_SUITE_P(
             "Download", loaded(0.4, 45, 5, 140),
             "ownLoad likely: Latency rises from 18 to 158 ms while this computer downloads 45 Mbit/s."},
         DiagnosisCase{
+            "LoadWhereTheRouterIsLateAsWell",
+            with(lateFrom(routerHop, 140), [](Evidence& it) { it.load = {.sentMbit = 9, .seconds = 9}; }),
+            "ownLoad likely: Latency rises from 18 to 158 ms while this computer uploads 9 Mbit/s."},
+        DiagnosisCase{
+            "LoadBesideADelayFartherOut",
+            with(
+                lateFrom(hostsRouterHop, 140), [](Evidence& it) { it.load = {.sentMbit = 9, .seconds = 9}; }),
+            "beyondProvider likely: The provider's network answers up to 198.51.100.7; delay begins after "
+            "it."},
+        DiagnosisCase{
+            "LoadWithoutAPath", with(loaded(9, 0, 5, 140), [](Evidence& it) { it.hops.clear(); }),
+            "ownLoad possible: Latency rises from 18 to 158 ms while this computer uploads 9 Mbit/s."},
+        DiagnosisCase{
             "LoadThatHasJustBegun", loaded(9, 0, 1.9, 140),
             "provider likely: Your router answers in 2 ms; beyond it answers come 140 ms late."},
         DiagnosisCase{
