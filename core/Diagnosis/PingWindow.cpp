@@ -42,9 +42,10 @@ bool areAnswersLate(const std::vector<PendingPing>& pings, std::optional<double>
 }
 
 bool isSilenceSuspicious(const std::vector<PendingPing>& pings, std::optional<double> lastReply, double now) {
-    const bool isWaiting = std::ranges::any_of(
-        pings, [&](const PendingPing& ping) { return !ping.reply && now - ping.sent >= 1; });
-    return isWaiting && lastReply && now - *lastReply >= suspiciousSilence;
+    const bool isWaiting = std::ranges::any_of(pings, [&](const PendingPing& ping) {
+        return !ping.reply && lastReply && ping.sent > *lastReply && now - ping.sent >= 1;
+    });
+    return isWaiting && now - *lastReply >= suspiciousSilence;
 }
 
 double silentSince(const std::vector<PendingPing>& pings) {

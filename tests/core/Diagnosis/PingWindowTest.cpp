@@ -63,6 +63,12 @@ TEST(PingWindowTest, SilenceIsNotSuspiciousWithoutAPingThatWaits) {
     EXPECT_FALSE(isSilenceSuspicious(pingsUpTo(100, {none}), 90, 100.9)); // it waits for less than a second
 }
 
+TEST(PingWindowTest, OnePingThatWasLostBeforeTheLastAnswerIsNotSuspicious) {
+    // A minute apart.
+    const std::vector<PendingPing> pings{{.sent = 40, .lost = true}, {.id = 1, .sent = 100, .reply = 100.02}};
+    EXPECT_FALSE(isSilenceSuspicious(pings, 100.02, 110));
+}
+
 TEST(PingWindowTest, AHostThatNeverAnsweredIsNotSuspicious) {
     EXPECT_FALSE(isSilenceSuspicious(pingsUpTo(100, {none, none, none}), none, 105));
 }
