@@ -24,6 +24,8 @@ constexpr double newUsual = 300;
 constexpr double betweenConnectivityQuestions = 10;
 /// Enough for every way.
 constexpr int mostHopsOfAPing = 64;
+/// More are read at the loop's next turn, so that a flood holds nothing else up.
+constexpr int mostAnswersAtOnce = 64;
 
 std::uint64_t randomId() {
     std::random_device source;
@@ -93,7 +95,13 @@ std::optional<Verdict> Diagnostician::presentVerdict(const Situation& situation)
 }
 
 void Diagnostician::pathChanged() {
+    changedAt_ = loop_.now();
     hasLearnt_ = false;
+    trace_ = PathTrace(randomId());
+    linkState_.reset();
+    load_.forget();
+    usualMs_.reset();
+    steady_ = {};
     words_.forget();
     name_.forgetServers();
     hopNames_.forget();
@@ -104,7 +112,6 @@ void Diagnostician::follow(const Situation& situation) {
     if (situation.host != host_) {
         host_ = situation.host;
         lastReply_.reset();
-        usualMs_.reset();
         forgetAddress();
         pathChanged();
     }
@@ -127,7 +134,6 @@ void Diagnostician::follow(const Situation& situation) {
 void Diagnostician::forgetAddress() {
     address_.reset();
     socket_.reset();
-    trace_ = PathTrace(randomId());
     name_.forgetAddress();
 }
 
@@ -135,7 +141,6 @@ void Diagnostician::turnTo(const ResolvedAddress& address) {
     const bool needsSocket = !address_ || address_->family != address.family;
     address_ = address;
     pathChanged();
-    trace_.rest();
     if (needsSocket) {
         auto opened = sources_.probes.open(address.family, [this] { receive(); });
         auto* const socket = std::get_if<std::unique_ptr<ProbeSocket>>(&opened);
@@ -151,9 +156,10 @@ void Diagnostician::rest(const Situation& situation) {
     hopNames_.retryUnknown();
     if (trace_.isWatching()) {
         trace_.rest();
-        hasLearnt_ = trace_.reachesHost(); // trouble may have come in the middle of it
+        // Trouble may have come in the middle of it.
+        hasLearnt_ = hasLearnt_ && trace_.reachesHost() && !trace_.hasChanged();
     }
-    if (!hasLearnt_ && socket_ && lastReply_) {
+    if (!hasLearnt_ && socket_ && lastReply_ && *lastReply_ > changedAt_) {
         hasLearnt_ = true;
         inspectLink(); // so that the interface is known when it has gone
         trace_.learn(situation.now);
@@ -200,7 +206,11 @@ void Diagnostician::sendProbe() {
 }
 
 void Diagnostician::receive() {
-    while (const auto answer = socket_->receive()) {
+    for (int count = 0; count < mostAnswersAtOnce; ++count) {
+        const auto answer = socket_->receive();
+        if (!answer) {
+            return;
+        }
         if (answer->kind == ProbeAnswer::Kind::unreachable) {
             words_.note(answer->sender, answer->at);
         } else {
@@ -246,6 +256,7 @@ Evidence Diagnostician::evidenceOf(const Situation& situation) const {
         evidence.load = load_.load();
     }
     evidence.hops = trace_.hops(since, situation.now);
+    evidence.hasPathChanged = trace_.hasChanged();
     evidence.unreachable = words_.since(situation.now - lookBack);
     return evidence;
 }

@@ -90,6 +90,7 @@ private:
     double pingedSince_ = 0;
     std::unique_ptr<ProbeSocket> socket_;
     bool hasLearnt_ = false;         ///< or is learning
+    double changedAt_ = 0;           ///< when the path did
     std::optional<double> badSince_; ///< when a tick first told of trouble
     std::optional<double> usualMs_;  ///< as of the last tick before the trouble
     std::optional<double> lastReply_;

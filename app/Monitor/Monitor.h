@@ -200,6 +200,7 @@ private:
     std::optional<Diagnostician> diagnostician_;
     std::optional<ResolvedAddress> pinged_; ///< the address
     std::optional<Lookup> lookup_;          ///< the latest, unless it was given up
+    RunLoop::WallTime networkSince_{};      ///< when the network changed last
     std::unique_ptr<Pinger> pinger_;
     std::optional<Pinger::Place> place_; ///< where the last pinger stood; nothing for a new host
     RunLoop::Handle pingTimer_;          ///< only while a pinger has reported that it started

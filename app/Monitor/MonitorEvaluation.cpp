@@ -82,7 +82,7 @@ void Monitor::diagnose(double now) {
     }
     std::vector<double> answers;
     for (const Sample& sample : measured_.samples) {
-        if (sample.rttMs) {
+        if (sample.rttMs && sample.date >= networkSince_) {
             answers.push_back(*sample.rttMs);
         }
     }

@@ -62,6 +62,7 @@ void Monitor::pathChanged(const std::string& key) {
         pathWork_ = loop_.after(pathDebounce, [this] {
             const PublishAtEnd publishAtEnd(*this);
             if (diagnostician_) {
+                networkSince_ = loop_.wallNow();
                 diagnostician_->pathChanged();
             }
             carryOut(watchdog_.networkChanged(loop_.now()));

@@ -90,6 +90,7 @@ struct Evidence {
     std::optional<std::string> router{};
     NeighborState neighbor = NeighborState::unknown; ///< of the router
     std::vector<HopEvidence> hops{}; ///< by hop limit, from 1; the last one is the host if it is known
+    bool hasPathChanged = false;     ///< some of these hops may no longer be on the way
     std::vector<NameServerEvidence> nameServers{};
     std::optional<std::string> lastAddress{}; ///< of the host, from an earlier lookup
     std::optional<bool> lastAddressAnswers{};

@@ -68,7 +68,9 @@ Outcome outcomeAt(const HopEvidence& hop, double extraMs) {
     const std::vector<HopSample> latest(
         hop.samples.begin() + static_cast<std::ptrdiff_t>(skipped), hop.samples.end());
     const std::size_t bad = countBad(latest, hop.quietMs, extraMs);
-    return {.bad = bad, .good = latest.size() - bad};
+    // Without the usual latency nobody knows whether an answer is late.
+    const bool isLatenessOpen = !hop.quietMs && extraMs > usualSpread;
+    return {.bad = bad, .good = isLatenessOpen ? 0 : latest.size() - bad};
 }
 
 /// The hop that an address belongs to, from 1; 0: none of the path.

@@ -78,6 +78,7 @@ void PathTrace::answered(std::uint64_t id, const std::string& sender, bool isHos
     if (sample->isQuiet && !isKnown) {
         hop.quietSenders.push_back(sender);
     } else if (!isHost && !isKnown && !hop.quietSenders.empty()) {
+        sample->stranger = sender;
         return;
     }
     constexpr double msPerSecond = 1000;
@@ -86,6 +87,16 @@ void PathTrace::answered(std::uint64_t id, const std::string& sender, bool isHos
     if (isHost && (!hostAt_ || sample->hopLimit < *hostAt_)) {
         hostAt_ = sample->hopLimit;
     }
+}
+
+bool PathTrace::isFromNewWay(const Sample& sample) const {
+    return !sample.ms && !sample.stranger.empty() && std::ranges::none_of(samples_, [&](const Sample& other) {
+        return other.stranger == sample.stranger && other.hopLimit != sample.hopLimit;
+    });
+}
+
+bool PathTrace::hasChanged() const {
+    return std::ranges::any_of(samples_, [&](const Sample& sample) { return isFromNewWay(sample); });
 }
 
 int PathTrace::lastHop() const {
@@ -149,7 +160,9 @@ HopEvidence PathTrace::evidenceOf(int hopLimit, double since, double now) const 
             if (sample.ms) {
                 quiet.push_back(*sample.ms);
             }
-        } else if (sample.sentAt >= since && (sample.ms || now - sample.sentAt > patience)) {
+        } else if (
+            sample.sentAt >= since && (sample.ms || now - sample.sentAt > patience)
+            && !isFromNewWay(sample)) {
             evidence.samples.push_back({.ms = sample.ms});
         }
     }

@@ -50,9 +50,13 @@ public:
     [[nodiscard]] std::optional<Probe> probe(double now);
 
     /// `sender`: a router that the hop limit ended at, or the host. Ignored are unknown ids, second answers
-    /// and, while the path is watched, senders that were not at that hop while all was well: a forged error
-    /// is likelier then than a new way.
+    /// and, while the path is watched, senders that were not at that hop while all was well: a forger's
+    /// answer must not speak for it.
     void answered(std::uint64_t id, const std::string& sender, bool isHost, double at);
+
+    /// Whether a stranger has answered in the place of a hop: the way may be another one by now. Who answers
+    /// at several hops is no router of a new way.
+    [[nodiscard]] bool hasChanged() const;
 
     /// The path, with the samples of the probes that were sent from `since` on and have been answered or can
     /// no longer be. It ends at the host if the way there was learnt, or if the host lies behind `mostHops`:
@@ -68,7 +72,8 @@ private:
         int hopLimit = 0;
         double sentAt = 0;
         std::optional<double> ms = std::nullopt;
-        bool isQuiet = false; ///< sent while all was well
+        bool isQuiet = false;   ///< sent while all was well
+        std::string stranger{}; ///< who answered, and was ignored
     };
 
     struct Hop {
@@ -80,6 +85,7 @@ private:
     [[nodiscard]] std::optional<int> nextToLearn() const;
     [[nodiscard]] std::optional<int> nextToWatch() const;
     [[nodiscard]] bool hasAnswered(int hopLimit) const;
+    [[nodiscard]] bool isFromNewWay(const Sample& sample) const;
     [[nodiscard]] HopEvidence evidenceOf(int hopLimit, double since, double now) const;
     [[nodiscard]] int lastHop() const;
 

@@ -124,6 +124,12 @@ bool isNearerAcquitted(const Suspicion& suspicion, const Evidence& evidence) {
     return true;
 }
 
+/// Whether a link that seems to be the provider's is so for sure enough.
+bool isProviders(std::size_t place, const std::vector<HopEvidence>& hops) {
+    const bool leadsToSecondRouter = place == 1 && isHomeAddress(hops[place].address);
+    return isProviderKnown(hops) && !leadsToSecondRouter;
+}
+
 /// "14 s", "3 min", "2 h": after a minute the sentence changes once a minute, then once an hour.
 std::string lengthOf(double seconds) {
     constexpr double minute = 60;
@@ -260,9 +266,11 @@ std::optional<Verdict> pathVerdict(const Evidence& evidence) {
     // so much that silence is luck, and so is an answer that acquits a hop.
     const bool isTurning =
         (isSilentLately(evidence.pings) && latestMs(evidence.pings)) || evidence.lossBefore >= muchLoss;
-    const bool isPlaceKnown = suspicion.blame != Blame::provider || isProviderKnown(evidence.hops);
+    const bool isPlaceKnown =
+        suspicion.blame != Blame::provider || isProviders(suspicion.place, evidence.hops);
     const bool isNearerWell = isNearerAcquitted(suspicion, evidence);
-    const bool isLikely = suspicion.chance >= likelyChance && !isTurning && isPlaceKnown && isNearerWell;
+    const bool isLikely = suspicion.chance >= likelyChance && !isTurning && !evidence.hasPathChanged
+                          && isPlaceKnown && isNearerWell;
     const Likelihood likelihood = isLikely ? Likelihood::likely : Likelihood::possible;
     Verdict verdict{.blame = suspicion.blame, .likelihood = likelihood};
     if (suspicion.chance < possibleChance) {

@@ -42,12 +42,13 @@ bool isIn(const AddressBytes& address, const Network& network) {
     return (value ^ start) >> (16 - network.bits) == 0;
 }
 
+constexpr Network homes{.start = {192, 168}, .bits = 16};
 constexpr std::array<Network, 5> internalIpv4{{
     {.start = {10, 0}, .bits = 8},
     {.start = {100, 64}, .bits = 10}, // a provider's, behind its own translation of addresses
     {.start = {169, 254}, .bits = 16},
     {.start = {172, 16}, .bits = 12},
-    {.start = {192, 168}, .bits = 16},
+    homes,
 }};
 constexpr std::array<Network, 2> internalIpv6{{
     {.start = {0xFC, 0}, .bits = 7},
@@ -74,6 +75,11 @@ bool isInternalAddress(const std::string& address) {
     const std::span<const Network> networks =
         parsed->isIpv4 ? std::span<const Network>(internalIpv4) : std::span<const Network>(internalIpv6);
     return std::ranges::any_of(networks, [&](const Network& one) { return isIn(*parsed, one); });
+}
+
+bool isHomeAddress(const std::string& address) {
+    const auto parsed = bytesOf(address);
+    return parsed && parsed->isIpv4 && isIn(*parsed, homes);
 }
 
 std::size_t endOfProvider(const std::vector<HopEvidence>& hops) {

@@ -16,6 +16,9 @@ namespace tarnwick {
 /// Addresses that do not lead through the internet: private, shared by a provider's users, or link-local.
 [[nodiscard]] bool isInternalAddress(const std::string& address);
 
+/// Addresses that homes use and providers hardly ever: a second router of the user's own may have one.
+[[nodiscard]] bool isHomeAddress(const std::string& address);
+
 /// The index behind the provider's last hop. Its hops begin after the router, and go on while addresses are
 /// internal, unknown, or of the first public one's network. The host is never one of them. At least 1.
 [[nodiscard]] std::size_t endOfProvider(const std::vector<HopEvidence>& hops);

@@ -34,6 +34,105 @@ TEST_F(DiagnosticianTest, ThePathIsLearntAnewAfterItHasChanged) {
     EXPECT_EQ(network.sent.size(), 2 * probesToLearn);
 }
 
+const std::vector<std::string> elsewhere{"10.1.1.1", "198.51.100.1", "203.0.113.1", "203.0.113.9"};
+
+TEST_F(DiagnosticianTest, APathThatChangesInTheMiddleOfTroubleIsLearntAnew) {
+    run(60);
+    goDown(2);
+    run(5);
+    network.hops = elsewhere;
+    diagnostician.pathChanged();
+    run(5);
+    EXPECT_EQ(told(), "unclear"); // no way that is known, so far
+
+    network.silentFrom = 0;
+    run(20); // finds the host, but tells nothing of what is usual
+    hostMs = 10;
+    situation.trouble = Trouble::none;
+    network.sent.clear();
+    run(60);
+    EXPECT_GE(network.sent.size(), 3 * elsewhere.size());
+    goDown(3);
+    run(5);
+
+    EXPECT_EQ(told(), "beyondProvider");
+    EXPECT_EQ(diagnostician.path().size(), 4U);
+}
+
+TEST_F(DiagnosticianTest, AWayThatHasChangedUnnoticedMakesNothingLikelyAndIsLearntAnewAfterwards) {
+    run(60);
+    network.hops = {"192.0.2.1", "198.51.100.1", "198.51.100.12", "203.0.113.65", "203.0.113.9"};
+    goDown(5);
+    for (int second = 0; second < 30; ++second) {
+        run(1);
+        const auto& verdict = diagnostician.verdict();
+        EXPECT_TRUE(!verdict || verdict->likelihood == Likelihood::possible);
+    }
+    network.silentFrom = 0;
+    network.sent.clear();
+    hostMs = 10;
+    situation.trouble = Trouble::none;
+    run(60);
+    EXPECT_GE(network.sent.size(), probesToLearn);
+
+    goDown(5);
+    run(15);
+    EXPECT_EQ(told(), "host");
+    EXPECT_EQ(diagnostician.verdict()->likelihood, Likelihood::likely);
+}
+
+TEST_F(DiagnosticianTest, TheUsualLatencyOfAnotherNetworkIsForgotten) {
+    run(60);
+    diagnostician.pathChanged();
+    situation.usualMs.reset(); // nothing is known of this one
+    hostMs = 150;
+    network.lateFrom = 1;
+    network.extraMs = 140;
+    run(30);
+
+    EXPECT_EQ(told(), "nothing");
+}
+
+TEST_F(DiagnosticianTest, InTroubleTooTheUsualLatencyOfAnotherNetworkIsForgotten) {
+    run(60);
+    goDown(2);
+    run(5);
+    diagnostician.pathChanged();
+    network.silentFrom = 0;
+    hostMs = 150;
+    situation.trouble = Trouble::degraded;
+    for (std::uint64_t second = 0; second < 30; ++second) {
+        link.state->sentBytes = second * 1'125'000; // 9 Mbit/s
+        link.state->receivedBytes = 0;
+        run(1);
+    }
+
+    EXPECT_EQ(told(), "unclear"); // and not that it has risen with the load
+}
+
+TEST_F(DiagnosticianTest, AnotherNetworkIsProbedOnceTheHostHasAnsweredThere) {
+    run(60);
+    hostMs.reset();
+    diagnostician.pathChanged();
+    network.sent.clear();
+    run(2);
+    EXPECT_TRUE(network.sent.empty());
+
+    hostMs = 10;
+    run(2);
+    EXPECT_FALSE(network.sent.empty());
+}
+
+TEST_F(DiagnosticianTest, AFloodOfAnswersIsReadInParts) {
+    run(60);
+    network.copies = 1000;
+    diagnostician.pathChanged();
+    run(4);
+
+    EXPECT_LE(network.mostReadAtOnce, 100);
+    EXPECT_GE(network.read, 2000); // all the same
+}
+
 TEST_F(DiagnosticianTest, ThePathToAnotherAddressIsAnotherOne) {
     run(60);
 

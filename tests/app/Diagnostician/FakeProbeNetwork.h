@@ -14,8 +14,7 @@ namespace tarnwick::simulation {
 
 class FakeProbeNetwork final : public ProbeNetwork {
 public:
-    /// `hops` ends with the host.
-    FakeProbeNetwork(RunLoop& loop, std::vector<std::string> hops) : loop_(loop), hops_(std::move(hops)) {}
+    FakeProbeNetwork(RunLoop& loop, std::vector<std::string> way) : hops(std::move(way)), loop_(loop) {}
 
     [[nodiscard]] OpenResult open(std::int32_t /*family*/, std::function<void()> onReadable) override {
         ++opened;
@@ -25,6 +24,7 @@ public:
         return std::make_unique<Socket>(*this, std::move(onReadable));
     }
 
+    std::vector<std::string> hops; ///< ends with the host
     bool hasSockets = true;
     /// From this hop on (counted from 1) nothing answers; 0: all do.
     int silentFrom = 0;
@@ -37,6 +37,9 @@ public:
     /// The hop limits of all probes.
     std::vector<int> sent;
     int opened = 0;
+    std::size_t copies = 1;         ///< of each answer
+    std::size_t read = 0;           ///< answers
+    std::size_t mostReadAtOnce = 0; ///< likewise
 
 private:
     class Socket final : public ProbeSocket {
@@ -46,7 +49,7 @@ private:
 
         bool send(std::uint64_t id, const ResolvedAddress& /*to*/, int hopLimit) override {
             network_.sent.push_back(hopLimit);
-            const int last = static_cast<int>(network_.hops_.size());
+            const int last = static_cast<int>(network_.hops.size());
             const int hop = std::min(hopLimit, last);
             if (network_.silentFrom > 0 && hop >= network_.silentFrom) {
                 return true;
@@ -58,12 +61,13 @@ private:
                                             : ProbeAnswer::Kind::timeExceeded;
             const double ms =
                 2.0 * hop + (network_.lateFrom > 0 && hop >= network_.lateFrom ? network_.extraMs : 0);
-            waiting_.push_back(
+            waiting_.resize(
+                waiting_.size() + network_.copies,
                 {.kind = kind,
                  .id = id,
-                 .sender = network_.hops_[static_cast<std::size_t>(sender) - 1],
+                 .sender = network_.hops[static_cast<std::size_t>(sender) - 1],
                  .at = network_.loop_.now() + ms / 1000});
-            network_.loop_.post([this] { onReadable_(); });
+            network_.loop_.post([this] { tell(); });
             return true;
         }
 
@@ -73,17 +77,27 @@ private:
             }
             const ProbeAnswer answer = waiting_.front();
             waiting_.pop_front();
+            ++network_.read;
             return answer;
         }
 
     private:
+        /// As long as something waits, as a loop does.
+        void tell() {
+            const std::size_t before = network_.read;
+            onReadable_();
+            network_.mostReadAtOnce = std::max(network_.mostReadAtOnce, network_.read - before);
+            if (!waiting_.empty()) {
+                network_.loop_.post([this] { tell(); });
+            }
+        }
+
         FakeProbeNetwork& network_;
         std::function<void()> onReadable_;
         std::deque<ProbeAnswer> waiting_;
     };
 
     RunLoop& loop_;
-    std::vector<std::string> hops_;
 };
 
 } // namespace tarnwick::simulation

@@ -35,6 +35,27 @@ TEST(FaultPlace, IsTheLinkBeforeTheFirstHopThatIsBadToTheEnd) {
     }
 }
 
+TEST(FaultPlace, AnAnswerOfUnknownLatenessAcquitsNobody) {
+    Evidence evidence = lateFrom(firstProviderHop, 140);
+    for (HopEvidence& hop : evidence.hops) {
+        hop.quietMs.reset();
+    }
+    const auto chances = faultPlaces(evidence);
+
+    for (const double chance : chances) {
+        EXPECT_NEAR(chance, 0.2, 0.01);
+    }
+}
+
+TEST(FaultPlace, AnAnswerOfUnknownLatenessAcquitsOfLoss) {
+    Evidence evidence = lossyFrom(hostsRouterHop, 5);
+    for (HopEvidence& hop : evidence.hops) {
+        hop.quietMs.reset();
+    }
+
+    EXPECT_EQ(likeliest(evidence), hostsRouterHop);
+}
+
 TEST(FaultPlace, MoreProbesMakeItSurer) {
     EXPECT_LT(
         faultPlaces(downFrom(hostsRouterHop, 1))[hostsRouterHop],

@@ -193,12 +193,48 @@ TEST_F(PathTraceTest, InTroubleOnlyWhoHasAnsweredAtAHopBeforeSpeaksForIt) {
     trace.watch(300, 299);
     const auto forged = trace.probe(300);
     trace.answered(forged->id, "198.51.100.77", false, 300.001);
-    EXPECT_EQ(trace.hops(300, 303).front().samples, (std::vector<HopSample>{{}}));
+    EXPECT_TRUE(trace.hops(300, 303).front().samples.empty());
 
     trace.answered(forged->id, fourHops.front(), false, 300.002);
 
     EXPECT_TRUE(trace.hops(300, 303).front().samples.front().ms);
     EXPECT_EQ(trace.hops(300, 303).front().address, fourHops.front());
+}
+
+TEST_F(PathTraceTest, AStrangerInThePlaceOfAHopMayBeOfANewWay) {
+    trace.learn(100);
+    path.run(trace, 200);
+    trace.watch(300, 299);
+    EXPECT_FALSE(trace.hasChanged());
+
+    const auto probe = trace.probe(300);
+    trace.answered(probe->id, "198.51.100.77", false, 300.001);
+
+    EXPECT_TRUE(trace.hasChanged());
+    EXPECT_TRUE(trace.hops(300, 303).front().samples.empty()); // neither lost nor answered
+}
+
+TEST_F(PathTraceTest, AStrangerAtSeveralHopsIsAForger) {
+    trace.learn(100);
+    path.run(trace, 200);
+    trace.watch(300, 299);
+    for (const double now : {300.0, 301.0}) {
+        trace.answered(trace.probe(now)->id, "198.51.100.77", false, now + 0.001);
+    }
+
+    EXPECT_FALSE(trace.hasChanged());
+    EXPECT_EQ(trace.hops(300, 304).front().samples, (std::vector<HopSample>{{}}));
+}
+
+TEST_F(PathTraceTest, AStrangerBesideTheRouterItselfIsAForger) {
+    trace.learn(100);
+    path.run(trace, 200);
+    trace.watch(300, 299);
+    const auto probe = trace.probe(300);
+    trace.answered(probe->id, "198.51.100.77", false, 300.001);
+    trace.answered(probe->id, fourHops.front(), false, 300.002);
+
+    EXPECT_FALSE(trace.hasChanged());
 }
 
 TEST_F(PathTraceTest, RoutersThatTakeTurnsAtAHopAllSpeakForIt) {

@@ -225,6 +225,24 @@ INSTANTIATE_TEST_SUITE_P(
                 }),
             "provider possible: Your router answers in 2 ms; beyond it 50% of the answers are lost."},
         DiagnosisCase{
+            "ASecondRouterThatMayBeTheUsersOwn",
+            with(
+                downFrom(firstProviderHop),
+                [](Evidence& it) { it.hops[firstProviderHop].address = "192.168.178.1"; }),
+            "provider possible: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
+        DiagnosisCase{
+            "BeyondASecondRouterThatMayBeTheUsersOwn",
+            with(
+                downFrom(lastProviderHop),
+                [](Evidence& it) { it.hops[firstProviderHop].address = "192.168.178.1"; }),
+            "provider likely: The provider's network answers up to 192.168.178.1; nothing beyond it has "
+            "answered for 14 s."},
+        DiagnosisCase{
+            "AWayThatMayBeAnotherOneByNow",
+            with(downFrom(hostsRouterHop), [](Evidence& it) { it.hasPathChanged = true; }),
+            "beyondProvider possible: The provider's network answers up to 198.51.100.7; loss begins after "
+            "it."},
+        DiagnosisCase{
             "NoPath", with(downFrom(0), [](Evidence& it) { it.hops.clear(); }),
             "unclear possible: What is wrong is not clear yet."},
         DiagnosisCase{

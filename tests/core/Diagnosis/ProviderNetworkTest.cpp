@@ -41,6 +41,14 @@ TEST(ProviderNetwork, IsNotKnownBehindTwoHopsThatNeverAnswer) {
     EXPECT_FALSE(isProviderKnown(pathOver({"192.168.1.1", "", "", host})));
 }
 
+TEST(ProviderNetwork, IsHardlyEverWhereHomesHaveTheirAddresses) {
+    EXPECT_TRUE(isHomeAddress("192.168.178.1"));
+    EXPECT_FALSE(isHomeAddress("192.169.0.1"));
+    EXPECT_FALSE(isHomeAddress("10.0.0.1"));
+    EXPECT_FALSE(isHomeAddress("c0a8::1")); // the same bytes
+    EXPECT_FALSE(isHomeAddress(""));
+}
+
 TEST(ProviderNetwork, EndsBeforeTheHost) {
     EXPECT_EQ(endOf({"192.168.1.1", "198.51.100.1", "198.51.100.9"}), 2);
     EXPECT_EQ(endOf({"192.168.1.1", "192.168.1.9"}), 1);
