@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
@@ -121,9 +121,10 @@ std::string availability(std::optional<double> percent) {
 
 std::string number(double value, int decimals) {
     std::array<char, 64> text{};
-    // Of the C locale: the programs set no other one for numbers.
-    static_cast<void>(std::snprintf(text.data(), text.size(), "%.*f", decimals, value));
-    return text.data();
+    // Not as the user's language has it: a report is read elsewhere, and by programs.
+    const auto end =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, decimals);
+    return {text.data(), end.ptr};
 }
 
 } // namespace tarnwick::LocalText
