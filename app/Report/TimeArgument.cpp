@@ -1,5 +1,6 @@
 #include "app/Report/TimeArgument.h"
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <chrono>
@@ -80,6 +81,17 @@ std::optional<std::chrono::minutes> clockIn(std::string_view text) {
     return std::chrono::hours(*hour) + std::chrono::minutes(*minute);
 }
 
+/// When the local clock shows this: of two such moments the first one, of none the one before the clock is
+/// changed.
+HistoryTime momentOf(HistoryTime shown, const UtcOffset& offset) {
+    const HistoryTime before = shown - offset(shown - std::chrono::days(1));
+    const HistoryTime after = shown - offset(shown + std::chrono::days(1));
+    const HistoryTime later = std::max(before, after);
+    const bool isOnlyLater =
+        localTime(later, offset) == shown && localTime(std::min(before, after), offset) != shown;
+    return isOnlyLater ? later : std::min(before, after);
+}
+
 } // namespace
 
 std::optional<HistoryTime> timeIn(const std::string& text, HistoryTime now, const UtcOffset& offset) {
@@ -92,10 +104,10 @@ std::optional<HistoryTime> timeIn(const std::string& text, HistoryTime now, cons
     if (!day || !clock) {
         return std::nullopt;
     }
-    const HistoryTime midnight = spanOfDay(*day, offset).from;
-    // The clock may have been changed since midnight.
-    const HistoryTime guess = midnight + *clock;
-    return guess - (offset(guess) - offset(midnight));
+    if (*clock == std::chrono::minutes(0)) {
+        return spanOfDay(*day, offset).from;
+    }
+    return momentOf(std::chrono::sys_days(*day) + *clock, offset);
 }
 
 } // namespace tarnwick

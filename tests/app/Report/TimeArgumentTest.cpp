@@ -36,6 +36,28 @@ TEST(TimeArgument, IsAMomentByTheLocalClock) {
     EXPECT_EQ(timeOf("2026-10-25T01:59"), at("2026-10-24 23:59"));
 }
 
+TEST(TimeArgument, OfARepeatedHourIsTheFirstOne) {
+    EXPECT_EQ(timeOf("2026-10-25T02:30"), at("2026-10-25 00:30"));
+    EXPECT_EQ(timeOf("2026-10-25T03:00"), at("2026-10-25 02:00"));
+}
+
+TEST(TimeArgument, OfAnHourThatIsLeftOutIsTheOneBefore) {
+    EXPECT_EQ(timeOf("2026-03-29T02:30"), at("2026-03-29 00:30"));
+    EXPECT_EQ(timeOf("2026-03-29T03:00"), at("2026-03-29 01:00"));
+}
+
+/// From UTC-4 to UTC-3 at midnight.
+std::chrono::seconds aheadAtMidnight(HistoryTime time) {
+    return time < at("2026-09-06 04:00") ? std::chrono::hours(-4) : std::chrono::hours(-3);
+}
+
+TEST(TimeArgument, ADayMayBeginAtOne) {
+    EXPECT_EQ(timeIn("2026-09-06", presentTime, aheadAtMidnight), at("2026-09-06 04:00"));
+    EXPECT_EQ(timeIn("2026-09-06T10:00", presentTime, aheadAtMidnight), at("2026-09-06 13:00"));
+    EXPECT_EQ(timeIn("2026-09-07T10:00", presentTime, aheadAtMidnight), at("2026-09-07 13:00"));
+    EXPECT_EQ(timeIn("2026-09-05T10:00", presentTime, aheadAtMidnight), at("2026-09-05 14:00"));
+}
+
 TEST(TimeArgument, IsNothingElse) {
     for (const char* text :
          {"", "7", "d", "-7d", "7 d", "7y", "1234567d", "2026-13-01", "2026-02-30", "2026-1-1", "20261123",
