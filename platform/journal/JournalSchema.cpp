@@ -66,7 +66,9 @@ std::optional<std::int64_t> versionOf(Database& database) {
 }
 
 bool hasTablesOf(Database& database, std::int64_t found) {
-    const auto all = database.number("SELECT count(*) FROM sqlite_master WHERE type = 'table'");
+    // Those of the library are not counted: tools make some, as "sqlite_stat1".
+    const auto all = database.number(
+        "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND substr(name, 1, 7) <> 'sqlite_'");
     return found == 0 ? all == 0 : all == tableCount;
 }
 

@@ -115,6 +115,19 @@ TEST_F(JournalDamage, AJournalWithoutATableIsPutAside) {
     expectToBePutAside(contentOf(file));
 }
 
+TEST_F(JournalDamage, TablesOfTheLibraryItselfAreNoDamage) {
+    makeJournal();
+    {
+        Database database(file, Database::Access::write, 0);
+        ASSERT_TRUE(database.execute("ANALYZE"));
+    }
+    SqliteJournal journal(file);
+
+    EXPECT_EQ(journal.open(), Journal::State::writes);
+    EXPECT_TRUE(brokenOnes().empty());
+    EXPECT_FALSE(allOf(journal).periods.empty());
+}
+
 TEST_F(JournalDamage, BrokenOnesOfOneDayHaveNamesOfTheirOwn) {
     for (const char* garbage : {"one", "two", "three"}) {
         writeFile(file, garbage);
