@@ -64,10 +64,12 @@ std::string worstPart(const std::vector<HourSummary>& hours, const UtcOffset& of
 
 constexpr const char* method =
     "How it was measured\n"
-    "  One ICMP echo request at a time went to the host at a steady interval. The connection counts as down\n"
-    "  from the first lost ping of a silence until the next answer. Availability is the share of the time\n"
-    "  watched in which it was not down; time asleep, paused or not watched counts neither way. Pings sent\n"
-    "  while it was down are no part of the loss. Percentiles are within 2.2 %.\n";
+    "  One ICMP echo request at a time went to the host at a steady interval. When several in a row stay\n"
+    "  unanswered the connection counts as down, from the first of them until the next answer; a shorter\n"
+    "  silence is loss. Availability is the share of the time watched in which it was not down; time "
+    "asleep,\n"
+    "  paused or not watched counts neither way. Pings sent while it was down are no part of the loss.\n"
+    "  Percentiles are within 2.2 %.\n";
 
 } // namespace
 

@@ -47,6 +47,18 @@ std::string writtenReport(
     return reportText(report, offset);
 }
 
+/// What a report of the time needs: the days that it touches as a whole, and outages from their beginning.
+History readFor(Journal& journal, const std::string& host, const Span& wanted, const UtcOffset& offset) {
+    const HistoryTime last = wanted.to - std::chrono::seconds(1);
+    const Span days{
+        .from = spanOfDay(localDay(wanted.from, offset), offset).from,
+        .to = spanOfDay(localDay(last, offset), offset).to};
+    History history = journal.read(host, days);
+    const bool beginsEarlier = !history.episodes.empty() && history.episodes.front().start < days.from;
+    return beginsEarlier ? journal.read(host, {.from = history.episodes.front().start, .to = days.to})
+                         : history;
+}
+
 } // namespace
 
 std::variant<ToldReport, UsageError> reportFor(
@@ -65,7 +77,7 @@ std::variant<ToldReport, UsageError> reportFor(
     }
     const Span wanted{.from = *since, .to = *until};
     const std::string name = options.host.value_or(host);
-    const Report report = makeReport(journal.read(name, wanted), name, wanted, offset);
+    const Report report = makeReport(readFor(journal, name, wanted, offset), name, wanted, offset);
     return ToldReport{
         .text = writtenReport(report, options.format, origin, offset),
         .hint = report.span.isEmpty() ? hintAtOthers(name, journal.hosts()) : ""};

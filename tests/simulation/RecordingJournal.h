@@ -49,7 +49,9 @@ public:
     }
 
     /// All, whatever the span.
-    [[nodiscard]] History read(const std::string& host, const Span& /*span*/) override {
+    /// Everything, whatever the span.
+    [[nodiscard]] History read(const std::string& host, const Span& span) override {
+        wanted.push_back(span);
         History history{.until = until_.value_or(HistoryTime{})};
         for (const auto& [start, figures] : minutes_[host]) {
             history.periods.push_back({.start = start, .figures = figures});
@@ -92,6 +94,7 @@ public:
 
     int opened = 0;
     std::vector<Batch> batches;
+    std::vector<Span> wanted; ///< by each reading
 
 private:
     State state_ = State::writes;

@@ -20,7 +20,8 @@ bool writeSamples(const std::filesystem::path& folder) {
     for (const test::Sample& sample : test::samples()) {
         const Report report = makeReport(sample.history, sample.host, sample.wanted, offset);
         std::ofstream file(folder / (sample.name + ".html"), std::ios::binary);
-        file << reportHtml(report, {.version = TARNWICK_VERSION, .made = sample.wanted.to}, offset) << std::flush;
+        file << reportHtml(report, {.version = TARNWICK_VERSION, .made = sample.wanted.to}, offset)
+             << std::flush;
         isWritten = isWritten && file.good();
     }
     return isWritten;

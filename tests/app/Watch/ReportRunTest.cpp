@@ -76,6 +76,24 @@ TEST_F(ReportRunTest, IsOfTheTimeThatIsWanted) {
     EXPECT_THAT(told(options), HasSubstr("\n2026-11-22 23:30:00 to 2026-11-22 23:50:00\n"));
 }
 
+TEST_F(ReportRunTest, ReadsWholeDays) {
+    ReportOptions options;
+    options.since = "30m";
+    (void)told(options);
+
+    EXPECT_THAT(journal.wanted, testing::ElementsAre(Span{reportTime - std::chrono::days(1), reportTime}));
+}
+
+TEST_F(ReportRunTest, ReadsOutagesFromTheirBeginning) {
+    const HistoryTime start = reportTime - std::chrono::hours(62);
+    journal.write({.host = "one.example", .episodes = {{.start = start}}, .until = reportTime});
+    ReportOptions options;
+    options.since = "30m";
+    (void)told(options);
+
+    EXPECT_EQ(journal.wanted.back(), (Span{start, reportTime}));
+}
+
 TEST_F(ReportRunTest, RefusesTimesThatCannotBeMeant) {
     ReportOptions options;
     options.since = "yesterday";
