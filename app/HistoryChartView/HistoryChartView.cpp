@@ -15,11 +15,12 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double timesGap = 3;      ///< between the bars and their times
+constexpr double timesGap = 4;      ///< between the bars and their times
 constexpr double timesDistance = 6; ///< between two of them
 constexpr double hatchDistance = 5;
 constexpr double shortestLoss = 3;
 constexpr float pointedOpacity = 0.14F;
+constexpr double pointedMark = 2; ///< below the column
 
 void drawHatched(QPainter& painter, const QRectF& rect, const QColor& color) {
     painter.save();
@@ -208,9 +209,13 @@ void HistoryChartView::drawPointed(QPainter& painter) const {
     }
     const ChartParts::BarPlaces places(width(), chart_.columns.size(), devicePixelRatioF());
     const double left = places.left(*pointed_);
-    QColor ground = ViewStyle(*this).colors().primary();
+    const double width = places.right(*pointed_) - left;
+    const QColor ink = ViewStyle(*this).colors().primary();
+    QColor ground = ink;
     ground.setAlphaF(pointedOpacity);
-    painter.fillRect(QRectF(left, 0, places.right(*pointed_) - left, barsHeight()), ground);
+    painter.fillRect(QRectF(left, 0, width, barsHeight()), ground);
+    // A wall covers the ground.
+    painter.fillRect(QRectF(left, barsHeight() + 1, width, pointedMark), ink);
 }
 
 void HistoryChartView::drawBars(QPainter& painter) const {

@@ -240,6 +240,8 @@ TEST_F(HistoryChartViewTest, TheColumnAtThePointerIsTold) {
     EXPECT_EQ(view.accessibleDescription(), "Tue 13:01: slowest 2 ms");
     const QImage pointed = test::drawn(view);
     EXPECT_NE(pointed.pixelColor(110, 2), before.pixelColor(110, 2)); // its ground
+    EXPECT_EQ(pointed.pixelColor(110, view.barsHeight() + 2), QColor(Qt::black));
+    EXPECT_EQ(pointed.pixelColor(110, view.barsHeight()), QColor(Qt::white));
     const QRect caption(0, view.chartHeight() + 5, 292, view.height() - view.chartHeight() - 5);
     EXPECT_NE(pointed.copy(caption), before.copy(caption));
 
