@@ -113,6 +113,18 @@ void Monitor::saveStatsOf(const std::string& host, FileStore::Durability durabil
     measured_.surplusHosts = recorder_.surplus();
 }
 
+History Monitor::history(const Span& span) const {
+    return history_.history(prefs_.hostname(), span);
+}
+
+std::string Monitor::whyNoHistory() const {
+    if (!prefs_.keepsHistory()) {
+        return "No history is kept: KeepHistory is off.";
+    }
+    const std::string problem = history_.problem();
+    return problem.empty() ? "Nothing has been recorded yet." : problem;
+}
+
 void Monitor::refreshWatchdogConfig() {
     watchdog_.setConfig(watchdogConfig(prefs_));
 }

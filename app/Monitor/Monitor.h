@@ -91,6 +91,11 @@ public:
     /// What readings are made of. For tests; not observable.
     [[nodiscard]] const Measurements& measured() const { return measured_; }
 
+    /// What is known of the host's past in `span`, up to this moment. Reads the disk, and writes nothing.
+    [[nodiscard]] History history(const Span& span) const;
+    /// Why it may be empty, as a sentence.
+    [[nodiscard]] std::string whyNoHistory() const;
+
     /// Called at the end of every tick, with the reading published. `now` is the monotonic time of the
     /// judgment.
     std::function<void(double now)> onTick;

@@ -60,6 +60,10 @@ public:
     /// Writes what there is.
     void save();
 
+    /// What is known of a host in `span`, up to this moment: what is written, and what waits to be. Reads the
+    /// disk, and writes nothing. Of what another process records, the last minute is missing.
+    [[nodiscard]] History history(const std::string& host, const Span& span) const;
+
     /// Why no history is stored, or what became of it, as a sentence; empty while all is well.
     [[nodiscard]] std::string problem() const;
 
@@ -101,6 +105,8 @@ private:
 
     [[nodiscard]] HistoryTime startOfSilence() const;
 
+    /// Without what waits of other hosts, but with every gap.
+    [[nodiscard]] std::vector<Journal::Batch> unwritten(const std::string& host) const;
     [[nodiscard]] Journal::Batch& waiting();
     void collect();
     void discard();

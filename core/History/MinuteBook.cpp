@@ -25,12 +25,17 @@ void MinuteBook::lost(HistoryTime at) {
     ++minuteOf(at).lost;
 }
 
-std::vector<Period> MinuteBook::take() {
+std::vector<Period> MinuteBook::booked() const {
     std::vector<Period> periods;
     periods.reserve(minutes_.size());
-    for (auto& [start, figures] : minutes_) {
-        periods.push_back({.start = start, .length = PeriodLength::minute, .figures = std::move(figures)});
+    for (const auto& [start, figures] : minutes_) {
+        periods.push_back({.start = start, .length = PeriodLength::minute, .figures = figures});
     }
+    return periods;
+}
+
+std::vector<Period> MinuteBook::take() {
+    std::vector<Period> periods = booked();
     minutes_.clear();
     return periods;
 }

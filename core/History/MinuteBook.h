@@ -26,6 +26,8 @@ public:
 
     /// All that was booked since it was last taken, by minutes in order. Parts of a minute that are taken at
     /// different times are to be merged.
+    [[nodiscard]] std::vector<Period> booked() const;
+    /// The same, which is forgotten then.
     [[nodiscard]] std::vector<Period> take();
 
 private:

@@ -207,4 +207,38 @@ TEST_F(MonitorHistoryTest, SaysThatItIsNotStored) {
     EXPECT_THAT(monitor.reading().notices, IsEmpty());
 }
 
+TEST_F(MonitorHistoryTest, TellsThePastUpToThisMomentAndWritesNothing) {
+    watchFor(90.5);
+    const std::size_t batches = journal.batches.size();
+
+    const History history = monitor.history({.from = begin, .to = begin + std::chrono::hours(1)});
+
+    std::int64_t sent = 0;
+    for (const Period& minute : history.periods) {
+        sent += minute.figures.sent;
+    }
+    EXPECT_THAT(history.periods, SizeIs(2));
+    EXPECT_EQ(sent, monitor.measured().ledger.session().sent);
+    EXPECT_EQ(history.until, begin + std::chrono::seconds(90));
+    EXPECT_EQ(journal.batches.size(), batches);
+}
+
+TEST_F(MonitorHistoryTest, TellsThePastOfTheHostThatIsWatched) {
+    watchFor(90.5);
+    prefs.setHostname("192.0.2.2");
+
+    EXPECT_THAT(monitor.history({.from = begin, .to = begin + std::chrono::hours(1)}).periods, IsEmpty());
+}
+
+TEST_F(MonitorHistoryTest, TellsWhyThereMayBeNone) {
+    watchFor(1);
+    EXPECT_EQ(monitor.whyNoHistory(), "Nothing has been recorded yet.");
+
+    journal.setState(Journal::State::cannotWrite);
+    EXPECT_EQ(monitor.whyNoHistory(), "The history is not stored: no space.");
+
+    prefs.setKeepsHistory(false);
+    EXPECT_EQ(monitor.whyNoHistory(), "No history is kept: KeepHistory is off.");
+}
+
 } // namespace tarnwick
