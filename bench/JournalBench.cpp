@@ -1,4 +1,5 @@
-// The journal after a year: what opening it, writing a minute and asking for a report cost.
+// The journal after a year: what opening it, writing a minute, a chart and a report cost.
+#include "app/Reading/PastCharts.h"
 #include "core/History/WorstHours.h"
 #include "platform/journal/SqliteJournal.h"
 #include "tests/support/TemporaryFolder.h"
@@ -90,8 +91,34 @@ void ReportOfAYear(benchmark::State& state) {
     }
 }
 
+/// With the read, as the drop-down does it once a minute while it shows that span.
+void ChartOf(benchmark::State& state, HistoryChart::Reach reach) {
+    const test::TemporaryFolder folder;
+    SqliteJournal journal(folder.path() / "journal.sqlite");
+    writeYear(journal);
+    PastCharts past(
+        {.read = [&](const Span& span) { return journal.read(benchHost, span); },
+         .whyEmpty = [] { return ""; }});
+    past.choose(reach);
+    HistoryTime now = lastYear.to - std::chrono::hours(1);
+    for ([[maybe_unused]] auto iteration : state) {
+        now += std::chrono::minutes(1); // else the last one is shown again
+        benchmark::DoNotOptimize(past.chart(73, {}, now).columns.data());
+    }
+}
+
+void ChartOfADay(benchmark::State& state) {
+    ChartOf(state, HistoryChart::Reach::day);
+}
+
+void ChartOfAWeek(benchmark::State& state) {
+    ChartOf(state, HistoryChart::Reach::week);
+}
+
 BENCHMARK(OpenJournal)->Unit(benchmark::kMillisecond);
 BENCHMARK(WriteMinute)->Unit(benchmark::kMicrosecond);
+BENCHMARK(ChartOfADay)->Unit(benchmark::kMillisecond);
+BENCHMARK(ChartOfAWeek)->Unit(benchmark::kMillisecond);
 BENCHMARK(ReportOfAYear)->Unit(benchmark::kMillisecond);
 
 } // namespace

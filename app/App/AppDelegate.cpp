@@ -203,7 +203,10 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
             .allowPinging = settingsModel_.allowPinging,
             .answerOffer = settingsModel_.answerOffer,
             .answerApplications = settingsModel_.answerApplications,
-            .restart = setup.restart});
+            .restart = setup.restart},
+        PastSource{
+            .read = [this](const Span& span) { return monitor_.history(span); },
+            .whyEmpty = [this] { return monitor_.whyNoHistory(); }});
     panelMenu_ = std::make_unique<PanelMenuText>(
         loop_, monitor_.observedReading(), menu_,
         PanelMenuText::Actions{

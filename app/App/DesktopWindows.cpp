@@ -32,11 +32,11 @@ void dropActivationToken() {
 
 DesktopWindows::DesktopWindows(
     RunLoop& loop, const Observed<Reading>& reading, Menu& menu, SettingsModel& settings, std::string version,
-    const NoticeActions& actions)
+    const NoticeActions& actions, const PastSource& past)
     : loop_(loop),
       menu_(menu),
       settings_(settings),
-      dropDown_(reading, menu, loop, actions),
+      dropDown_(reading, menu, loop, actions, past),
       about_(std::move(version), menu),
       confirm_(menu) {
 }

@@ -20,7 +20,7 @@ public:
     /// All references outlive this object.
     DesktopWindows(
         RunLoop& loop, const Observed<Reading>& reading, Menu& menu, SettingsModel& settings,
-        std::string version, const NoticeActions& actions);
+        std::string version, const NoticeActions& actions, const PastSource& past);
 
     void toggleDropDown(std::optional<ScreenPoint> at) override;
     /// For requests other than a click on the item: opens, never closes.

@@ -42,12 +42,17 @@ void DropDown::LaterDeletion::operator()(DropDownWindow* window) const {
     window->deleteLater(); // one of its own events may be what closes it
 }
 
-DropDown::DropDown(const Observed<Reading>& reading, Menu& menu, RunLoop& loop, NoticeActions actions)
+DropDown::DropDown(
+    const Observed<Reading>& reading, Menu& menu, RunLoop& loop, NoticeActions actions,
+    const PastSource& past)
     : reading_(reading),
       menu_(menu),
       loop_(loop),
       actions_(std::move(actions)),
       shell_(ScreenOverlay::findShell()) {
+    if (past.read) {
+        past_.emplace(past);
+    }
 }
 
 DropDown::~DropDown() {
@@ -104,8 +109,9 @@ void DropDown::open(std::optional<ScreenPoint> at) {
     }
     if (!isOpen()) {
         menu_.willOpen();
-        window_.reset(
-            std::make_unique<DropDownWindow>(reading_, menu_, loop_, actions_, shell_.get()).release());
+        window_.reset(std::make_unique<DropDownWindow>(
+                          reading_, menu_, loop_, actions_, shell_.get(), past_ ? &*past_ : nullptr)
+                          .release());
         window_->onDismiss = [this] { close(); };
         window_->onLoseFocus = [this] { lostFocus(); };
         window_->onChoose = [this](MenuItem::Id id) {

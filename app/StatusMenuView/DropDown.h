@@ -3,6 +3,7 @@
 
 #include "app/NoticesView/NoticesView.h"
 #include "app/Observation/Observation.h"
+#include "app/Reading/PastCharts.h"
 #include "app/Reading/Reading.h"
 #include "app/StatusItemController/Menu.h"
 #include "core/Lifeline.h"
@@ -23,7 +24,11 @@ class DropDownWindow;
 /// Main thread.
 class DropDown {
 public:
-    DropDown(const Observed<Reading>& reading, Menu& menu, RunLoop& loop, NoticeActions actions = {});
+    /// Where the past can be read, charts of longer spans can be chosen. The choice is kept while it is
+    /// closed; the past is read only while it is open.
+    DropDown(
+        const Observed<Reading>& reading, Menu& menu, RunLoop& loop, NoticeActions actions = {},
+        const PastSource& past = {});
     DropDown(const DropDown&) = delete;
     DropDown& operator=(const DropDown&) = delete;
     ~DropDown();
@@ -66,6 +71,7 @@ private:
     Menu& menu_;
     RunLoop& loop_;
     NoticeActions actions_;
+    std::optional<PastCharts> past_;
 
     struct LaterDeletion {
         void operator()(DropDownWindow* window) const;

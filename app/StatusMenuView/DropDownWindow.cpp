@@ -63,9 +63,9 @@ void drawShadow(QPainter& painter, const QRect& panel, bool isDark) {
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
 DropDownWindow::DropDownWindow(
     const Observed<Reading>& reading, const Menu& menu, RunLoop& loop, const NoticeActions& actions,
-    Wayland::LayerShell* shell)
+    Wayland::LayerShell* shell, PastCharts* past)
     : QWidget(nullptr, flagsWith(shell)),
-      statusView_(new StatusMenuView(reading, loop, this, actions)),
+      statusView_(new StatusMenuView(reading, loop, this, actions, past)),
       items_(new MenuItemsView(menu, loop, this)),
       column_(*statusView_, *items_),
       shadow_(Compositing::isAvailable() ? shadowWidth : 0),
@@ -275,12 +275,14 @@ void DropDownWindow::revealHighlight() {
 }
 
 bool DropDownWindow::focusNextPrevChild(bool next) {
+    bool isMoved = true;
     if (statusView_->hasButtons()) {
-        return QWidget::focusNextPrevChild(next);
+        isMoved = QWidget::focusNextPrevChild(next);
+    } else {
+        items_->highlightNext(next ? 1 : -1);
     }
-    items_->highlightNext(next ? 1 : -1);
     revealHighlight();
-    return true;
+    return isMoved;
 }
 
 bool DropDownWindow::chooseByKey(const QKeyEvent& event) {
@@ -322,7 +324,7 @@ void DropDownWindow::keyPressEvent(QKeyEvent* event) {
         items_->highlightEnd(1);
         break;
     default:
-        if (!chooseByKey(*event)) {
+        if (!chooseByKey(*event) && !statusView_->chooseReachByKey(event->key())) {
             QWidget::keyPressEvent(event);
         }
         return; // it may have ended this window

@@ -3,6 +3,7 @@
 
 #include "app/NoticesView/NoticesView.h"
 #include "app/Observation/Observation.h"
+#include "app/Reading/PastCharts.h"
 #include "app/Reading/Reading.h"
 #include "app/StatusItemController/Menu.h"
 #include "app/StatusMenuView/DropDownColumn.h"
@@ -23,10 +24,11 @@ class StatusMenuView;
 class DropDownWindow final : public QWidget {
 public:
     /// Where windows can't choose their place it covers a screen, transparent but for its visible part.
-    /// `shell` is the layer shell, if there is one.
+    /// `shell` is the layer shell, if there is one. Without charts of the past there is only that of five
+    /// minutes.
     DropDownWindow(
         const Observed<Reading>& reading, const Menu& menu, RunLoop& loop, const NoticeActions& actions,
-        Wayland::LayerShell* shell = nullptr);
+        Wayland::LayerShell* shell = nullptr, PastCharts* past = nullptr);
     ~DropDownWindow() override;
 
     /// Shows it at this pixel of the desktop, if it may choose its place, and asks for the focus.

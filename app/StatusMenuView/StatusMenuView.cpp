@@ -1,13 +1,15 @@
 #include "app/StatusMenuView/StatusMenuView.h"
 
+#include "app/HistoryChartView/HistoryChartView.h"
 #include "app/StatusMenuView/HeaderView.h"
 #include "app/StatusMenuView/LatencyChartView.h"
 #include "app/StatusMenuView/PathSection.h"
+#include "app/StatusMenuView/ReachSwitch.h"
 #include "app/StatusMenuView/StatsGridView.h"
 #include "app/StatusMenuView/VerdictView.h"
 #include "app/ViewStyle/ViewStyle.h"
 
-#include <QPushButton>
+#include <QAbstractButton>
 
 #include <utility>
 
@@ -20,7 +22,8 @@ constexpr double sidePadding = 14;
 constexpr double topPadding = 8;
 constexpr double bottomPadding = 6;
 constexpr double spacing = 12;
-constexpr double tightness = 0.5; ///< what a low screen leaves of the air
+constexpr double tightness = 0.5;   ///< what a low screen leaves of the air
+constexpr int mostPastColumns = 73; ///< each four points wide
 
 int partHeight(const QWidget* part) {
     return part == nullptr ? 0 : part->sizeHint().height();
@@ -30,16 +33,24 @@ int partHeight(const QWidget* part) {
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this widget
 StatusMenuView::StatusMenuView(
-    const Observed<Reading>& reading, RunLoop& loop, QWidget* parent, NoticeActions actions)
+    const Observed<Reading>& reading, RunLoop& loop, QWidget* parent, NoticeActions actions, PastCharts* past)
     : ReadAloudWidget(Role::group, parent),
       reading_(reading),
+      loop_(loop),
       actions_(std::move(actions)),
+      past_(past),
       grouping_(Format::Grouping::ofUser()),
       header_(new HeaderView(this)),
       chart_(new LatencyChartView(this)),
-      grid_(new StatsGridView(this)),
-      rendering_(std::make_unique<RenderLoop>(loop, [this] { render(); })) {
+      pastChart_(past != nullptr ? new HistoryChartView(this) : nullptr),
+      switch_(past != nullptr ? new ReachSwitch(this) : nullptr),
+      grid_(new StatsGridView(this)) {
     setSpokenText(QStringLiteral("Connection"));
+    if (past_ != nullptr) {
+        switch_->setReach(past_->reach());
+        switch_->onChoose = [this](HistoryChart::Reach reach) { choose(reach); };
+    }
+    rendering_ = std::make_unique<RenderLoop>(loop, [this] { render(); });
 }
 
 // NOLINTEND(cppcoreguidelines-owning-memory)
@@ -50,11 +61,41 @@ void StatusMenuView::render() {
     const Reading& reading = reading_.get();
     header_->setContent(HeaderContent::of(reading));
     chart_->setChart(reading.chart);
+    showPast(reading);
     grid_->setRows(StatsGrid::rows(reading.session, reading.site, grouping_));
     showVerdict(reading);
     if (reading.notices != shownNotices_) {
         showNotices(reading.notices);
     }
+}
+
+void StatusMenuView::choose(HistoryChart::Reach reach) {
+    past_->choose(reach);
+    showPast(reading_.get());
+    place();
+}
+
+bool StatusMenuView::chooseReachByKey(int key) {
+    const auto index = static_cast<std::size_t>(key - Qt::Key_1);
+    if (past_ == nullptr || key < Qt::Key_1 || index >= HistoryChart::allReaches.size()) {
+        return false;
+    }
+    switch_->setReach(HistoryChart::allReaches.at(index));
+    choose(HistoryChart::allReaches.at(index));
+    return true;
+}
+
+void StatusMenuView::showPast(const Reading& reading) {
+    if (past_ == nullptr) {
+        return;
+    }
+    const bool isPast = past_->reach() != HistoryChart::Reach::fiveMinutes;
+    if (isPast) {
+        const auto now = std::chrono::floor<std::chrono::seconds>(loop_.wallNow());
+        pastChart_->setChart(past_->chart(mostPastColumns, reading, now));
+    }
+    chart_->setHidden(isPast);
+    pastChart_->setHidden(!isPast);
 }
 
 void StatusMenuView::showVerdict(const Reading& reading) {
@@ -116,7 +157,7 @@ void StatusMenuView::showNotices(const Notices& notices) {
 }
 
 bool StatusMenuView::hasButtons() const {
-    return findChild<QPushButton*>() != nullptr;
+    return findChild<QAbstractButton*>() != nullptr;
 }
 
 std::vector<QWidget*> StatusMenuView::parts() const {
@@ -130,7 +171,12 @@ std::vector<QWidget*> StatusMenuView::parts() const {
     if (notices_ != nullptr) {
         parts.push_back(notices_);
     }
-    parts.insert(parts.end(), {chart_, grid_});
+    parts.push_back(chart_);
+    if (past_ != nullptr) {
+        parts.back() = chart_->isHidden() ? static_cast<QWidget*>(pastChart_) : chart_;
+        parts.push_back(switch_);
+    }
+    parts.push_back(grid_);
     return parts;
 }
 
@@ -145,6 +191,9 @@ void StatusMenuView::setTight(bool isTight) {
 
 void StatusMenuView::lowerChart(int pixels) {
     chart_->lower(pixels);
+    if (past_ != nullptr) {
+        pastChart_->lower(pixels);
+    }
     place();
 }
 

@@ -4,6 +4,7 @@
 #include "app/NoticesView/NoticesView.h"
 #include "app/Observation/Observation.h"
 #include "app/Reading/Format.h"
+#include "app/Reading/PastCharts.h"
 #include "app/Reading/Reading.h"
 #include "app/ViewStyle/ReadAloud.h"
 
@@ -14,16 +15,20 @@
 namespace tarnwick {
 
 class HeaderView;
+class HistoryChartView;
 class LatencyChartView;
 class PathSection;
+class ReachSwitch;
 class StatsGridView;
 class VerdictView;
 
-/// Follows the reading, which outlives it together with the loop.
+/// Follows the reading, which outlives it together with the loop and the charts of the past.
 class StatusMenuView final : public ReadAloudWidget {
 public:
+    /// Without charts of the past there is no switch below the chart.
     StatusMenuView(
-        const Observed<Reading>& reading, RunLoop& loop, QWidget* parent, NoticeActions actions = {});
+        const Observed<Reading>& reading, RunLoop& loop, QWidget* parent, NoticeActions actions = {},
+        PastCharts* past = nullptr);
     ~StatusMenuView() override;
 
     /// From now on nothing changes.
@@ -40,6 +45,9 @@ public:
     /// Whether there is something in it that Tab can reach.
     [[nodiscard]] bool hasButtons() const;
 
+    /// The chart's span, by the keys from 1 on. False for other keys.
+    bool chooseReachByKey(int key);
+
     /// Set by the owner. Called when a part comes, goes or grows.
     std::function<void()> onSizeChange;
 
@@ -48,6 +56,8 @@ protected:
 
 private:
     void render();
+    void choose(HistoryChart::Reach reach);
+    void showPast(const Reading& reading);
     void showVerdict(const Reading& reading);
     void showPath(const std::vector<HopEvidence>& path);
     /// What stands below whose fault it is.
@@ -61,15 +71,20 @@ private:
     void place();
 
     const Observed<Reading>& reading_;
+    const RunLoop& loop_;
     NoticeActions actions_;
+    PastCharts* past_; ///< null: none
     Format::Grouping grouping_;
     bool isTight_ = false;
+    int chartLowered_ = 0;           ///< pixels
     HeaderView* header_;             ///< children
     NoticesView* notices_ = nullptr; ///< a child while there are notices
     Notices shownNotices_;
     std::unique_ptr<VerdictView> verdict_; ///< a child while something is wrong
     std::unique_ptr<PathSection> path_;    ///< a child while the path to blame is known
     LatencyChartView* chart_;
+    HistoryChartView* pastChart_; ///< instead of it, while a longer span is chosen; null without the past
+    ReachSwitch* switch_;         ///< likewise
     StatsGridView* grid_;
     std::unique_ptr<RenderLoop> rendering_;
 };

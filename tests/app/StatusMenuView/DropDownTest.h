@@ -20,7 +20,10 @@ namespace tarnwick {
 
 class DropDownTest : public testing::Test, protected WatchedMonitor {
 public:
-    DropDownTest() = default;
+    /// `past` for the charts of longer spans.
+    explicit DropDownTest(const PastSource& past = {})
+        : dropDown(monitor.observedReading(), menu.menu, loop, {}, past) {}
+
     DropDownTest(const DropDownTest&) = delete;
     DropDownTest& operator=(const DropDownTest&) = delete;
 
@@ -69,7 +72,7 @@ protected:
     }
 
     test::StandardMenu menu;
-    DropDown dropDown{monitor.observedReading(), menu.menu, loop};
+    DropDown dropDown;
 };
 
 } // namespace tarnwick

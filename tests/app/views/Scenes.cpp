@@ -2,6 +2,7 @@
 
 #include "app/App/ProgramIcon.h"
 #include "app/App/SettingsWindow.h"
+#include "app/HistoryChartView/HistoryChartView.h"
 #include "app/SettingsView/SettingsView.h"
 #include "app/StatusItemController/Painting/QtFacePainter.h"
 #include "app/StatusItemController/StatusItemController.h"
@@ -14,7 +15,9 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QMouseEvent>
 #include <QPainter>
+#include <QRadioButton>
 
 #include <chrono>
 #include <cmath>
@@ -61,11 +64,42 @@ void watchBusily(WatchedMonitor& world) {
     world.loop.advance(297);
 }
 
-QImage grabDropDown(WatchedMonitor& world, bool offersChangeHost, int steps, const QString& name) {
+PastSource somePast() {
+    const auto read = [](const Span& span) {
+        std::mt19937 chance(7); // NOLINT(cert-msc51-cpp): the same every time
+        History history{.until = span.to - std::chrono::seconds(20)};
+        const auto part = [&](double share) {
+            return span.from
+                   + std::chrono::seconds(std::llround(share * static_cast<double>(span.length().count())));
+        };
+        history.gaps = {{.kind = Gap::Kind::asleep, .span = {.from = part(0.35), .to = part(0.6)}}};
+        history.episodes = {{.start = part(0.82), .end = part(0.845)}};
+        for (HistoryTime start = span.from; start < history.until; start += std::chrono::minutes(1)) {
+            const double share = std::chrono::duration<double>(start - span.from) / span.length();
+            const bool isBusy = share > 0.15 && share < 0.28;
+            const double noise = std::uniform_real_distribution(0.0, 1.0)(chance);
+            Period minute{.start = start, .figures = {.sent = 60}};
+            minute.figures.addAnswer(18 + 30 * noise * noise + (isBusy ? 110 * noise : 0));
+            minute.figures.lost = share > 0.65 && share < 0.72 ? 3 : 0;
+            minute.figures.replied = 60 - minute.figures.lost;
+            if (gapsIn(history, minute.span()).empty()) {
+                history.periods.push_back(minute);
+            }
+        }
+        return history;
+    };
+    return {
+        .read = read,
+        .whyEmpty = [] { return "Nothing has been recorded yet."; },
+        .offset = [](HistoryTime) { return std::chrono::hours(1); }};
+}
+
+QImage grabDropDown(
+    WatchedMonitor& world, bool offersChangeHost, int steps, const QString& name, const PastView& past) {
     Menu shown(StatusItemController::menuItems(false));
     shown.setHidden(MenuItem::Id::changeHost, !offersChangeHost);
     DropDown dropDown(
-        world.monitor.observedReading(), shown, world.loop, NoticeActions{.allowPinging = [] {}});
+        world.monitor.observedReading(), shown, world.loop, NoticeActions{.allowPinging = [] {}}, somePast());
     const auto begin = std::chrono::steady_clock::now();
     dropDown.open(ScreenPoint{400, 4});
     QApplication::processEvents();
@@ -73,6 +107,15 @@ QImage grabDropDown(WatchedMonitor& world, bool offersChangeHost, int steps, con
     std::printf("%s: opened in %.1f ms\n", qPrintable(name), taken.count());
     for (int step = 0; step < steps; ++step) {
         dropDown.window()->items().highlightNext(1);
+    }
+    const auto spans = dropDown.window()->findChildren<QRadioButton*>();
+    spans.at(static_cast<qsizetype>(past.reach))->click();
+    for (QWidget* const child : dropDown.window()->findChildren<QWidget*>()) {
+        if (past.pointsAt && dynamic_cast<HistoryChartView*>(child) != nullptr) {
+            const QPointF place(*past.pointsAt * child->width(), 20);
+            QMouseEvent move(QEvent::MouseMove, place, place, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+            QApplication::sendEvent(child, &move);
+        }
     }
     return dropDown.window()->grab().toImage();
 }

@@ -1,6 +1,7 @@
 // What the pictures show: faces, the drop-down and the settings window, in the application's colors and font.
 #pragma once
 
+#include "app/Reading/PastCharts.h"
 #include "app/Update/SoftwareUpdates.h"
 #include "app/Update/UpdateState.h"
 #include "platform/ports/FacePainter.h"
@@ -11,6 +12,7 @@
 #include <QImage>
 #include <QString>
 
+#include <optional>
 #include <string>
 
 namespace tarnwick::scenes {
@@ -25,9 +27,18 @@ namespace tarnwick::scenes {
 /// A long quiet day, and at its end five minutes with slow pings and a short outage in them.
 void watchBusily(WatchedMonitor& world);
 
+/// Slow for a while, asleep, then a loss each minute and an outage; the same for each span.
+[[nodiscard]] PastSource somePast();
+
+/// Which chart the drop-down shows, and where in it the pointer is: from 0 at the left to 1.
+struct PastView {
+    HistoryChart::Reach reach = HistoryChart::Reach::fiveMinutes;
+    std::optional<double> pointsAt{};
+};
+
 /// The drop-down with its shadow on transparent ground, after some steps of the highlight.
 [[nodiscard]] QImage grabDropDown(
-    WatchedMonitor& world, bool offersChangeHost, int steps, const QString& name);
+    WatchedMonitor& world, bool offersChangeHost, int steps, const QString& name, const PastView& past = {});
 
 /// The update window in one of its states.
 [[nodiscard]] QImage grabUpdate(const UpdateState& state);

@@ -118,6 +118,14 @@ void drawDropDowns(const QDir& folder, const QString& style) {
         WatchedMonitor world;
         watchBusily(world);
         save(world, 1, "busy");
+        for (const auto& [state, past] :
+             {std::pair{"hour", PastView{HistoryChart::Reach::hour}},
+              std::pair{"day", PastView{HistoryChart::Reach::day}},
+              std::pair{"day-pointed", PastView{HistoryChart::Reach::day, 0.83}},
+              std::pair{"week", PastView{HistoryChart::Reach::week, 0.45}}}) {
+            const QString name = "drop-down-" + QLatin1String(state) + "-" + style;
+            onGround(grabDropDown(world, false, 0, name, past)).save(folder.filePath(name + ".png"));
+        }
     }
     {
         WatchedMonitor world;
