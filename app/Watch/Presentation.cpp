@@ -57,8 +57,11 @@ std::string PlainPresentation::line(double /*judgedAt*/) {
 }
 
 ScreenPresentation::ScreenPresentation(
-    RunLoop& loop, const Observed<Reading>& reading, std::unique_ptr<Terminal> terminal, Quit quit)
-    : reading_(reading),
+    RunLoop& loop, const Observed<Reading>& reading, PastSource past, std::unique_ptr<Terminal> terminal,
+    Quit quit)
+    : loop_(loop),
+      reading_(reading),
+      past_(std::move(past)),
       terminal_(std::move(terminal)),
       quit_(std::move(quit)),
       readsKeys_(::isatty(STDIN_FILENO) != 0),
@@ -86,8 +89,17 @@ void ScreenPresentation::draw() {
     drawnLatency_ = reading.latestPingMs;
     drawnNotices_ = reading.notices;
     terminal_->draw(drawScreen(
-        reading, {.grouping = grouping_, .ascii = terminal_->isAscii(), .readsKeys = readsKeys_},
+        reading,
+        {.grouping = grouping_, .ascii = terminal_->isAscii(), .readsKeys = readsKeys_, .past = pastChart()},
         terminal_->size()));
+}
+
+const HistoryChart::Chart* ScreenPresentation::pastChart() {
+    if (past_.reach() == HistoryChart::Reach::fiveMinutes) {
+        return nullptr;
+    }
+    const auto now = std::chrono::floor<std::chrono::seconds>(loop_.wallNow());
+    return &past_.chart(pastColumnsOn(terminal_->size()), reading_.get(), now);
 }
 
 void ScreenPresentation::windowResized() {
@@ -114,7 +126,16 @@ void ScreenPresentation::readKeys() {
         draw();
         break;
     default:
+        takeKey(key);
         break;
+    }
+}
+
+void ScreenPresentation::takeKey(int key) {
+    const int index = key - '1';
+    if (index >= 0 && index < static_cast<int>(HistoryChart::allReaches.size())) {
+        past_.choose(HistoryChart::allReaches.at(static_cast<std::size_t>(index)));
+        draw();
     }
 }
 

@@ -4,6 +4,7 @@
 #include "app/Observation/Observation.h"
 #include "app/Reading/Format.h"
 #include "app/Reading/LossGates.h"
+#include "app/Reading/PastCharts.h"
 #include "app/Reading/Reading.h"
 #include "app/Watch/LineWriter.h"
 #include "app/Watch/Terminal.h"
@@ -88,11 +89,12 @@ private:
     [[nodiscard]] std::string line(double judgedAt) override;
 };
 
-/// The whole terminal, redrawn in place.
+/// The whole terminal, redrawn in place. Keys choose how far the chart reaches back.
 class ScreenPresentation final : public Presentation {
 public:
     ScreenPresentation(
-        RunLoop& loop, const Observed<Reading>& reading, std::unique_ptr<Terminal> terminal, Quit quit);
+        RunLoop& loop, const Observed<Reading>& reading, PastSource past, std::unique_ptr<Terminal> terminal,
+        Quit quit);
 
     void show(double judgedAt) override;
     void windowResized() override;
@@ -102,8 +104,13 @@ private:
     /// Draws a new verdict, answer or notice between ticks. Everything else has time until the next tick.
     void drawNews();
     void readKeys();
+    void takeKey(int key);
+    /// Null while that of five minutes is chosen.
+    [[nodiscard]] const HistoryChart::Chart* pastChart();
 
+    RunLoop& loop_;
     const Observed<Reading>& reading_;
+    PastCharts past_;
     std::unique_ptr<Terminal> terminal_;
     Quit quit_;
     Format::Grouping grouping_ = Format::Grouping::ofUser();

@@ -12,7 +12,6 @@ namespace tarnwick {
 namespace {
 
 using LatencyChart::BarTone;
-using LatencyChart::Bucket;
 
 constexpr int margin = 1;
 constexpr int headerIndent = barLevels + 2;
@@ -22,6 +21,9 @@ constexpr int fewestChartRows = 2;
 constexpr int mostChartRows = 20;
 constexpr int gridLabelWidth = 14;
 constexpr int gridValueWidth = 12;
+constexpr int keysWidth = gridLabelWidth + 4; ///< up to the first title of the grid
+constexpr int scaleWidth = 5;                 ///< of the figures beside the chart, and a blank
+constexpr int fewestRowsWithTimes = 4;        ///< of the chart
 
 /// Which part of the screen gets how many rows. Rows that stay empty set the parts apart.
 struct Plan {
@@ -149,10 +151,45 @@ void drawThresholdLine(Canvas& canvas, const ChartFrame& frame, double threshold
     }
 }
 
-void drawColumn(Canvas& canvas, const ChartFrame& frame, int column, const Bucket& bucket, BarTone tone) {
-    const bool isOutage = tone == BarTone::outage;
-    const bool isClipped = !isOutage && *bucket.worstRtt > frame.scaleMax;
-    int eighths = isOutage ? frame.rows * 8 : frame.eighths(*bucket.worstRtt);
+/// What is drawn of one part of a chart.
+struct ScreenBar {
+    BarTone tone = BarTone::none;
+    double ms = 0; ///< the height
+    double lossShare = 0;
+    bool isGap = false;
+};
+
+/// A chart of either kind.
+struct ScreenChart {
+    std::vector<ScreenBar> bars{};
+    double scaleMax = 0;
+    double lowThresholdMs = 0;
+};
+
+ScreenChart screenChartOf(const LatencyChart::Chart& chart) {
+    ScreenChart shown{.scaleMax = chart.scaleMax(), .lowThresholdMs = chart.lowThresholdMs};
+    for (const LatencyChart::Bucket& bucket : chart.buckets) {
+        shown.bars.push_back({.tone = chart.tone(bucket), .ms = bucket.worstRtt.value_or(0)});
+    }
+    return shown;
+}
+
+ScreenChart screenChartOf(const HistoryChart::Chart& chart) {
+    ScreenChart shown{.scaleMax = chart.scaleMax(), .lowThresholdMs = chart.thresholds.lowMs};
+    for (const HistoryChart::Column& column : chart.columns) {
+        shown.bars.push_back(
+            {.tone = column.tone,
+             .ms = column.slowestMs.value_or(0),
+             .lossShare = column.isWall() ? 0 : column.lossShare,
+             .isGap = column.isGap()});
+    }
+    return shown;
+}
+
+void drawBar(Canvas& canvas, const ChartFrame& frame, int column, const ScreenBar& bar) {
+    const bool isOutage = bar.tone == BarTone::outage;
+    const bool isClipped = !isOutage && bar.ms > frame.scaleMax;
+    int eighths = isOutage ? frame.rows * 8 : frame.eighths(bar.ms);
     for (int row = frame.top + frame.rows - 1; eighths > 0; --row, eighths -= 8) {
         char32_t glyph = block(std::min(eighths, 8), canvas.isAscii());
         if (isOutage) {
@@ -160,8 +197,32 @@ void drawColumn(Canvas& canvas, const ChartFrame& frame, int column, const Bucke
         } else if (isClipped && row == frame.top) {
             glyph = canvas.isAscii() ? U'^' : U'▲';
         }
-        canvas.put(row, column, glyph, styleOf(tone));
+        canvas.put(row, column, glyph, styleOf(bar.tone));
     }
+}
+
+/// Hangs from the top, as long as the share that was lost.
+void drawLoss(Canvas& canvas, const ChartFrame& frame, int column, double share) {
+    auto eighths = static_cast<int>(std::ceil(share * frame.rows * 8));
+    for (int row = frame.top; eighths > 0; ++row, eighths -= 8) {
+        char32_t glyph = canvas.isAscii() ? U'"' : U'▔';
+        if (eighths > 4) {
+            glyph = canvas.isAscii() ? U'x' : U'█';
+        } else if (eighths > 1 && !canvas.isAscii()) {
+            glyph = U'▀';
+        }
+        canvas.put(row, column, glyph, TextStyle::bad);
+    }
+}
+
+void drawColumn(Canvas& canvas, const ChartFrame& frame, int column, const ScreenBar& bar) {
+    for (int row = frame.top; bar.isGap && row < frame.top + frame.rows; ++row) {
+        canvas.put(row, column, canvas.isAscii() ? U'/' : U'╱', TextStyle::secondary);
+    }
+    if (bar.tone != BarTone::none) {
+        drawBar(canvas, frame, column, bar);
+    }
+    drawLoss(canvas, frame, column, bar.lossShare);
 }
 
 void drawScale(Canvas& canvas, const ChartFrame& frame, int chartColumns) {
@@ -175,17 +236,18 @@ void drawScale(Canvas& canvas, const ChartFrame& frame, int chartColumns) {
     }
 }
 
-void drawChart(Canvas& canvas, int top, int rows, const LatencyChart::Chart& chart) {
-    const int count = static_cast<int>(chart.buckets.size());
+/// Returns how many columns of the screen it takes; 0 for none.
+int drawChart(Canvas& canvas, int top, int rows, const ScreenChart& chart) {
+    const int count = static_cast<int>(chart.bars.size());
     const int width = canvas.size().columns - 2 * margin;
     if (rows < 1 || count < 1 || width < 1) {
-        return;
+        return 0;
     }
     const ChartFrame frame{
         .top = top,
         .rows = rows,
         .columnsPerBucket = std::max(width / count, 1),
-        .scaleMax = chart.scaleMax(),
+        .scaleMax = chart.scaleMax,
     };
     const int chartColumns = std::min(frame.columnsPerBucket * count, width);
     drawThresholdLine(canvas, frame, chart.lowThresholdMs, chartColumns);
@@ -195,25 +257,34 @@ void drawChart(Canvas& canvas, int top, int rows, const LatencyChart::Chart& cha
     // From three columns on, one of them is air between the bars.
     const int barColumns = frame.columnsPerBucket >= 3 ? frame.columnsPerBucket - 1 : frame.columnsPerBucket;
     for (int index = skipped; index < count; ++index) {
-        const Bucket& bucket = chart.buckets[static_cast<std::size_t>(index)];
-        const BarTone tone = chart.tone(bucket);
-        if (tone == BarTone::none) {
-            continue;
-        }
         const int left = margin + (index - skipped) * frame.columnsPerBucket;
         for (int column = left; column < left + barColumns; ++column) {
-            drawColumn(canvas, frame, column, bucket, tone);
+            drawColumn(canvas, frame, column, chart.bars[static_cast<std::size_t>(index)]);
+        }
+    }
+    return chartColumns;
+}
+
+void drawTimes(
+    Canvas& canvas, int row, int chartColumns, const std::vector<HistoryChart::TimeLabel>& labels) {
+    int freeFrom = 0;
+    for (const HistoryChart::TimeLabel& label : labels) {
+        const int width = canvas.widthOf(label.text);
+        const int center = static_cast<int>(std::floor(label.position * chartColumns));
+        const int left = std::clamp(center - width / 2, 0, std::max(chartColumns - width, 0));
+        if (left >= freeFrom) {
+            canvas.text(row, margin + left, width, label.text, TextStyle::secondary);
+            freeFrom = left + width + 1;
         }
     }
 }
 
-void drawCaption(Canvas& canvas, int row, const LatencyChart::Chart& chart) {
+void drawCaption(Canvas& canvas, int row, const std::string& title, const std::string& threshold) {
     const int width = canvas.size().columns - 2 * margin;
-    canvas.text(row, margin, width, LatencyChart::periodText, TextStyle::secondary);
-    const std::string threshold = chart.thresholdText();
+    canvas.text(row, margin, width, title, TextStyle::secondary);
     const int textWidth = canvas.widthOf(threshold);
     constexpr int dashes = 2; // and a space
-    if (canvas.widthOf(LatencyChart::periodText) + 1 + dashes + 1 + textWidth <= width) {
+    if (canvas.widthOf(title) + 1 + dashes + 1 + textWidth <= width) {
         for (int dash = 0; dash < dashes; ++dash) {
             canvas.put(
                 row, margin + width - textWidth - dashes - 1 + dash, canvas.isAscii() ? U'-' : U'╌',
@@ -228,7 +299,7 @@ void drawGrid(
     const int session = margin + gridLabelWidth;
     const int allTime = session + gridValueWidth;
     if (tellsKeys) {
-        canvas.text(row, margin, gridLabelWidth, "q quits", TextStyle::secondary);
+        canvas.text(row, margin, keysWidth, "1-4 span, q quits", TextStyle::secondary);
     }
     canvas.textRight(row, session, gridValueWidth, StatsGrid::sessionTitle, TextStyle::strong);
     canvas.textRight(row, allTime, gridValueWidth, StatsGrid::allTimeTitle, TextStyle::strong);
@@ -275,7 +346,29 @@ std::vector<std::string> wrapped(const Canvas& canvas, const std::vector<std::st
     return lines;
 }
 
+/// With its times below it where there is room.
+void drawPast(Canvas& canvas, int top, int rows, const HistoryChart::Chart& chart) {
+    if (chart.isEmpty()) {
+        const int width = canvas.size().columns - 2 * margin;
+        for (const std::string& line : wrapped(canvas, {chart.whyEmpty}, width)) {
+            if (--rows >= 0) {
+                canvas.text(top++, margin, width, line, TextStyle::secondary);
+            }
+        }
+        return;
+    }
+    const int barRows = rows >= fewestRowsWithTimes ? rows - 1 : rows;
+    const int columns = drawChart(canvas, top, barRows, screenChartOf(chart));
+    if (barRows < rows) {
+        drawTimes(canvas, top + barRows, columns, chart.timeLabels);
+    }
+}
+
 } // namespace
+
+int pastColumnsOn(ScreenSize size) {
+    return size.columns - 2 * margin - scaleWidth;
+}
 
 Canvas drawScreen(const Reading& reading, const ScreenOptions& options, ScreenSize size) {
     Canvas canvas(size, options.ascii);
@@ -292,10 +385,15 @@ Canvas drawScreen(const Reading& reading, const ScreenOptions& options, ScreenSi
         canvas.text(row, margin, width, notices[static_cast<std::size_t>(line)], TextStyle::warn);
     }
     row += plan.gaps ? 1 : 0;
-    drawChart(canvas, row, plan.chartRows, reading.chart);
+    if (options.past != nullptr) {
+        drawPast(canvas, row, plan.chartRows, *options.past);
+    } else {
+        drawChart(canvas, row, plan.chartRows, screenChartOf(reading.chart));
+    }
     row += plan.chartRows;
     if (plan.caption) {
-        drawCaption(canvas, row, reading.chart);
+        const std::string title = options.past != nullptr ? options.past->title : LatencyChart::periodText;
+        drawCaption(canvas, row, title, reading.chart.thresholdText());
         ++row;
     }
     if (plan.grid) {

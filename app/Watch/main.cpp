@@ -45,12 +45,17 @@ void takeCharacterSet() {
 }
 
 std::unique_ptr<Presentation> makePresentation(
-    const WatchOptions& options, RunLoop& loop, const Observed<Reading>& reading, Presentation::Quit quit) {
+    const WatchOptions& options, RunLoop& loop, const Monitor& monitor, Presentation::Quit quit) {
+    const Observed<Reading>& reading = monitor.observedReading();
     if (options.json) {
         return std::make_unique<JsonPresentation>(loop, reading, std::move(quit));
     }
     if (auto terminal = Terminal::open()) {
-        return std::make_unique<ScreenPresentation>(loop, reading, std::move(terminal), std::move(quit));
+        const PastSource past{
+            .read = [&monitor](const Span& span) { return monitor.history(span); },
+            .whyEmpty = [&monitor] { return monitor.whyNoHistory(); }};
+        return std::make_unique<ScreenPresentation>(
+            loop, reading, past, std::move(terminal), std::move(quit));
     }
     return std::make_unique<PlainPresentation>(loop, reading, std::move(quit));
 }
@@ -122,8 +127,7 @@ Ending run(const WatchOptions& options) {
         problem = why;
         loop.stop();
     };
-    Watch watch(
-        loop, service.monitor(), makePresentation(options, loop, service.monitor().observedReading(), quit));
+    Watch watch(loop, service.monitor(), makePresentation(options, loop, service.monitor(), quit));
     const SignalWatch signals(loop, watchedSignals, [&](int signal) {
         if (signal == SIGWINCH) {
             watch.windowResized();

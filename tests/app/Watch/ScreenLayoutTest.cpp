@@ -16,6 +16,7 @@ namespace tarnwick {
 
 namespace {
 
+using LatencyChart::BarTone;
 using LatencyChart::Bucket;
 using testing::HasSubstr;
 
@@ -27,6 +28,7 @@ constexpr ScreenSize large{40, 120};
 struct Scene {
     Reading reading{};
     ScreenOptions options{};
+    std::optional<HistoryChart::Chart> past{};
 };
 
 /// Three bars, some loss, and nothing in the chart yet.
@@ -161,6 +163,39 @@ Scene inAscii(Scene scene) {
     return scene;
 }
 
+/// A column of every kind: good, slow, with much loss and little, beyond the scale, down, a gap, half a gap,
+/// nothing.
+Scene pastDay(std::size_t count) {
+    Scene scene = fair();
+    HistoryChart::Chart& chart = scene.past.emplace();
+    chart.title = "Last 24 hours";
+    chart.thresholds = {.lowMs = 100, .highMs = 1000};
+    chart.columns = std::vector<HistoryChart::Column>(count, {.slowestMs = 90, .tone = BarTone::good});
+    const std::vector<HistoryChart::Column> first{
+        {.slowestMs = 110, .tone = BarTone::warn},
+        {.slowestMs = 40, .lossShare = 0.5, .tone = BarTone::good},
+        {.slowestMs = 40, .lossShare = 0.01, .tone = BarTone::good},
+        {.slowestMs = 4000, .tone = BarTone::bad},
+        {.slowestMs = 40, .lossShare = 0.9, .tone = BarTone::outage},
+        {.gapShare = 1},
+        {.slowestMs = 60, .gapShare = 0.6, .tone = BarTone::good},
+        {}};
+    std::ranges::copy(first, chart.columns.begin());
+    chart.timeLabels = {
+        {.position = 0.01, .text = "16:00"},
+        {.position = 0.05, .text = "17:00"},
+        {.position = 0.5, .text = "00:00"},
+        {.position = 0.99, .text = "12:00"}};
+    return scene;
+}
+
+Scene pastUnknown() {
+    Scene scene = pastDay(24);
+    scene.past->columns.assign(24, {});
+    scene.past->whyEmpty = "The history is not stored: no space is left on the device.";
+    return scene;
+}
+
 char letterOf(const Cell& cell) {
     if (cell == Cell{}) {
         return ' ';
@@ -228,7 +263,9 @@ class GoldenScreen : public ScreenLayoutTest, public testing::WithParamInterface
 
 TEST_P(GoldenScreen, IsDrawnAsItsFileHasIt) {
     const auto& [name, scene, size] = GetParam();
-    const std::string drawn = written(drawScreen(scene.reading, scene.options, size));
+    ScreenOptions options = scene.options;
+    options.past = scene.past ? &*scene.past : nullptr;
+    const std::string drawn = written(drawScreen(scene.reading, options, size));
     const std::string file = name + ".screen";
 
     if (drawn != test::contentOf(std::filesystem::path(TARNWICK_SCREEN_FILES) / file)) {
@@ -250,6 +287,9 @@ INSTANTIATE_TEST_SUITE_P(
         Golden{"five-buckets", fiveMinuteBuckets(), small},
         Golden{"notices-smallest", withNotices(), smallest}, Golden{"notices-usual", withNotices(), usual},
         Golden{"verdict-smallest", withVerdict(), smallest}, Golden{"verdict-usual", withVerdict(), usual},
+        Golden{"past-usual", pastDay(72), usual}, Golden{"past-small", pastDay(24), small},
+        Golden{"past-smallest", pastDay(24), smallest}, Golden{"past-large", pastDay(36), large},
+        Golden{"past-ascii", inAscii(pastDay(36)), usual}, Golden{"past-unknown", pastUnknown(), small},
         Golden{"notices-ascii", inAscii(withNotices()), {24, 40}}, Golden{"long-texts", longTexts(), small},
         Golden{"long-host", longHostWithoutLoss(), smallest}),
     [](const auto& instance) {
@@ -296,6 +336,23 @@ TEST_P(AnyScreenSize, AnAsciiTerminalGetsNothingElse) {
         const std::string text = rowText(canvas, row);
         EXPECT_TRUE(std::ranges::all_of(text, [](char letter) { return letter >= ' ' && letter < 0x7F; }))
             << text;
+    }
+}
+
+TEST_P(AnyScreenSize, AChartOfThePastStaysInside) {
+    for (const bool isAscii : {false, true}) {
+        for (const std::size_t count : {8U, 72U, 168U}) {
+            for (Scene scene : {pastDay(count), pastUnknown()}) {
+                scene.options.ascii = isAscii;
+                scene.options.past = &*scene.past;
+
+                const Canvas canvas = drawScreen(scene.reading, scene.options, GetParam());
+
+                for (int row = 0; row < canvas.size().rows; ++row) {
+                    EXPECT_LE(canvas.widthOf(rowText(canvas, row)), canvas.size().columns);
+                }
+            }
+        }
     }
 }
 
