@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <numeric>
 
 namespace tarnwick {
 
@@ -18,6 +18,8 @@ using Html::emptyElement;
 
 /// Names of the name system are not longer; what is may not fill the page.
 constexpr std::size_t longestHostShown = 253;
+
+constexpr double stripWidth = 720;
 
 /// A part of the report's time, in seconds.
 struct TimePart {
@@ -38,21 +40,31 @@ std::array<TimePart, 5> partsOf(const Availability& availability) {
     }};
 }
 
+/// How wide each part is: what is there can be seen, at the largest one's cost.
+std::array<double, 5> stripWidths(const std::array<TimePart, 5>& parts, double whole) {
+    constexpr double least = 2;
+    std::array<double, 5> widths{};
+    std::ranges::transform(parts, widths.begin(), [&](const TimePart& part) {
+        return part.seconds > 0 ? std::max(part.seconds / whole * stripWidth, least) : 0;
+    });
+    *std::ranges::max_element(widths) += stripWidth - std::accumulate(widths.begin(), widths.end(), 0.0);
+    return widths;
+}
+
 /// A strip of all parts, side by side.
 std::string timeStrip(const std::array<TimePart, 5>& parts, double whole) {
-    constexpr double width = 720;
     constexpr double height = 18;
     std::string drawing = element("title", "Where the time went");
+    const std::array<double, 5> widths = stripWidths(parts, whole);
     double left = 0;
-    for (const TimePart& part : parts) {
-        const double share = part.seconds > 0 ? std::max(part.seconds / whole * width, 2.0) : 0;
-        if (share > 0) {
+    for (std::size_t index = 0; index < parts.size(); ++index) {
+        const double width = widths.at(index);
+        if (width > 0) {
             drawing += emptyElement(
-                "rect", attribute("class", part.kind) + attribute("x", left)
-                            + attribute("width", std::max(std::min(share, width - left), 0.0))
-                            + attribute("height", height));
+                "rect", attribute("class", parts.at(index).kind) + attribute("x", left)
+                            + attribute("width", width) + attribute("height", height));
         }
-        left += share;
+        left += width;
     }
     return element(
         "svg",

@@ -65,6 +65,7 @@ rect.shaken { fill: var(--shaken); }
 rect.down { fill: var(--down); }
 rect.unwatched { fill: url(#hatching); }
 svg .count { fill: var(--ink); font-weight: 600; }
+svg rect.down + .count { fill: var(--paper); }
 .legend, .days, .sums { list-style: none; display: flex; flex-wrap: wrap; gap: 2px 16px; margin: 4px 0; padding: 0; }
 .months { margin-bottom: 8px; }
 .legend { color: var(--soft); font-size: 13px; }

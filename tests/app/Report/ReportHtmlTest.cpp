@@ -307,6 +307,18 @@ TEST(ReportHtml, ListsTheDaysOfAFortnightAndDrawsMore) {
                         "<text class=\"count\" x=\"157.5\" y=\"46.0\">1</text>"));
 }
 
+TEST(ReportHtml, ShowsNoShareOfTheTimeAsNothingThatIsSomething) {
+    History history = aGoodDay();
+    history.episodes = {outage("2026-01-05 10:00:00", "2026-01-05 10:00:08")};
+    EXPECT_THAT(pageOf(history), HasSubstr("</svg>Down</th><td>8 s</td><td>below 0.01 %</td>"));
+
+    history.episodes = {outage("2026-01-05 10:00:00", "2026-01-05 10:00:09")};
+    EXPECT_THAT(pageOf(history), HasSubstr("</svg>Down</th><td>9 s</td><td>0.01 %</td>"));
+    // In the strip it is as wide as can be seen.
+    EXPECT_THAT(
+        pageOf(history), HasSubstr("<rect class=\"down\" x=\"718.0\" width=\"2.0\" height=\"18.0\"/>"));
+}
+
 TEST(ReportHtml, TellsHowItWasMeasured) {
     const std::string page = pageOf(aGoodDay());
 
