@@ -31,6 +31,18 @@ TEST(ChartAxes, OfAnHourOrTwoHaveMinutesOfTheLocalClock) {
     EXPECT_EQ(marksOf("2026-01-05 10:02", "2026-01-05 11:03"), (Texts{"11:15", "11:30", "11:45", "12:00"}));
 }
 
+TEST(ChartAxes, OfSomeHoursHaveHoursOrHalves) {
+    EXPECT_EQ(
+        marksOf("2026-01-05 10:02", "2026-01-05 13:31"),
+        (Texts{"11:30", "12:00", "12:30", "13:00", "13:30", "14:00", "14:30"}));
+    EXPECT_EQ(
+        marksOf("2026-01-05 10:02", "2026-01-05 16:31"),
+        (Texts{"12:00", "13:00", "14:00", "15:00", "16:00", "17:00"}));
+    EXPECT_EQ(
+        marksOf("2026-01-05 23:00", "2026-01-07 05:00"),
+        (Texts{"03:00", "06:00", "09:00", "12:00", "15:00", "18:00", "21:00", "00:00", "03:00"}));
+}
+
 TEST(ChartAxes, OfADayHaveEveryOtherHour) {
     EXPECT_EQ(
         marksOf("2026-01-05 23:00", "2026-01-06 23:00"),
@@ -40,6 +52,12 @@ TEST(ChartAxes, OfADayHaveEveryOtherHour) {
     EXPECT_EQ(
         marksOf("2026-01-05 12:00", "2026-01-07 01:00"),
         (Texts{"18:00", "00:00", "06:00", "12:00", "18:00", "00:00"}));
+}
+
+TEST(ChartAxes, HaveTheHourTwiceThatTheClockShowsTwice) {
+    EXPECT_EQ(
+        marksOf("2026-10-24 22:30", "2026-10-25 03:30"),
+        (Texts{"01:00", "01:30", "02:00", "02:30", "02:00", "02:30", "03:00", "03:30", "04:00"}));
 }
 
 TEST(ChartAxes, OfAWeekHaveItsMidnightsAlsoWhereTheClockIsChanged) {

@@ -55,11 +55,14 @@ TEST(ReportHtml, IsOnePageThatLoadsAndRunsNothing) {
         testing::StartsWith("<!DOCTYPE html>\n<html xmlns=\"http://www.w3.org/1999/xhtml\" lang=\"en\">"));
     EXPECT_THAT(page, testing::EndsWith("</html>\n"));
     EXPECT_THAT(page, HasSubstr("<meta charset=\"utf-8\"/>"));
+    EXPECT_THAT(page, HasSubstr("<meta name=\"viewport\" content=\"width=device-width"));
+    EXPECT_THAT(page, HasSubstr("<meta name=\"referrer\" content=\"no-referrer\"/>"));
     EXPECT_THAT(
         page, HasSubstr("http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src"));
     EXPECT_EQ(countOf(page, "://"), 1U); // the name of the markup
     EXPECT_THAT(page, Not(HasSubstr("<script")));
     EXPECT_THAT(page, Not(HasSubstr("@import")));
+    EXPECT_THAT(page, HasSubstr("<style>\n:root {"));
 }
 
 TEST(ReportHtml, TellsHostTimeAndZone) {
@@ -69,6 +72,14 @@ TEST(ReportHtml, TellsHostTimeAndZone) {
     EXPECT_THAT(page, HasSubstr("<h1 class=\"short\">Connection to one.example</h1>"));
     EXPECT_THAT(page, HasSubstr("<time datetime=\"2026-01-05T01:00:00+01:00\">2026-01-05 01:00</time> to "));
     EXPECT_THAT(page, HasSubstr("2026-01-06 01:00</time> (1 d), times in UTC+01:00</p>"));
+}
+
+TEST(ReportHtml, TellsWhatOfTheTimeIsKnown) {
+    const std::string page = pageOf(aGoodDay(), between("2026-01-01 00:00", "2026-02-01 00:00"));
+
+    EXPECT_THAT(page, HasSubstr(">2026-01-05 01:00</time> to <time"));
+    EXPECT_THAT(page, Not(HasSubstr("2026-01-01")));
+    EXPECT_THAT(page, Not(HasSubstr("2026-02-01")));
 }
 
 TEST(ReportHtml, EscapesWhatComesFromOutside) {
@@ -94,11 +105,16 @@ TEST(ReportHtml, OfAGoodDayHasNoOutageAndNoWorstHour) {
 
     EXPECT_THAT(page, HasSubstr("<strong>100 %</strong> available"));
     EXPECT_THAT(page, HasSubstr("<dt>Outages</dt><dd>0</dd>"));
+    EXPECT_THAT(page, HasSubstr("<dt>Time down</dt><dd>0 s</dd>"));
+    EXPECT_THAT(page, HasSubstr("<dt>Loss while up</dt><dd>0.00 %</dd>"));
+    EXPECT_THAT(page, HasSubstr("<dt>Median latency</dt><dd>20.0 ms</dd>"));
     EXPECT_THAT(page, HasSubstr("<dt>Longest outage</dt><dd>none</dd>"));
     EXPECT_THAT(
         page, HasSubstr("<h2>Outages: 0</h2><p>The connection was never down while it was watched.</p>"));
     EXPECT_THAT(page, Not(HasSubstr("Worst hours")));
-    EXPECT_THAT(page, Not(HasSubstr("class=\"outage\" x=\"4")));
+    for (const char* kind : {"outage", "loss", "beyond"}) {
+        EXPECT_THAT(page, Not(HasSubstr("<rect class=\"" + std::string(kind) + "\" x=")));
+    }
 }
 
 TEST(ReportHtml, ShowsTimeAsleepAndCountsItNeitherWay) {
@@ -162,7 +178,8 @@ TEST(ReportHtml, DrawsAnswersOnARoundScaleAndMarksThoseBeyondIt) {
 
     const std::string page = pageOf(history);
 
-    EXPECT_THAT(page, HasSubstr(">40 ms</text>"));
+    EXPECT_THAT(page, HasSubstr("<svg class=\"chart\" role=\"img\" viewBox=\"0 0 720 274\">"));
+    EXPECT_THAT(page, HasSubstr("<text class=\"value\" x=\"42.0\" y=\"13.5\">40 ms</text>"));
     EXPECT_THAT(page, HasSubstr(">0 ms</text>"));
     // 20 of 40 ms, and one that fills the lane.
     EXPECT_THAT(
@@ -172,6 +189,78 @@ TEST(ReportHtml, DrawsAnswersOnARoundScaleAndMarksThoseBeyondIt) {
     EXPECT_THAT(page, HasSubstr("slowest answer of each 10 min"));
 }
 
+/// A day whose periods are all as slow, but for some.
+History aDayOf(double ms, const std::vector<double>& others = {}) {
+    History history{.until = pageDay.to};
+    for (HistoryTime start = pageDay.from; start < pageDay.to; start += 15min) {
+        history.periods.push_back(test::goodPeriod(start, PeriodLength::quarterHour, ms));
+    }
+    for (std::size_t index = 0; index < others.size(); ++index) {
+        history.periods[index * 2].figures.addAnswer(others[index]);
+    }
+    return history;
+}
+
+TEST(ReportHtml, ScalesAnswersSoThatFewSlowOnesDoNotFlattenTheOthers) {
+    EXPECT_THAT(pageOf(aDayOf(1)), HasSubstr(">4 ms</text>")); // never less
+    EXPECT_THAT(pageOf(aDayOf(1)), HasSubstr(">3 ms</text>"));
+    EXPECT_THAT(pageOf(aDayOf(50)), HasSubstr(">60 ms</text>"));
+    EXPECT_THAT(pageOf(aDayOf(50)), HasSubstr(">15 ms</text>"));
+    EXPECT_THAT(pageOf(aDayOf(50, {90})), HasSubstr(">100 ms</text>")); // less than twice the usual
+    EXPECT_THAT(pageOf(aDayOf(50, {90})), Not(HasSubstr("class=\"beyond\" x")));
+    EXPECT_THAT(pageOf(aDayOf(50, {110})), HasSubstr(">80 ms</text>")); // more: a quarter above the usual
+    EXPECT_EQ(countOf(pageOf(aDayOf(50, {110})), "class=\"beyond\" x"), 2U); // both buckets of its quarter
+}
+
+TEST(ReportHtml, ShowsSlowAnswersInSeconds) {
+    EXPECT_THAT(pageOf(aDayOf(900)), HasSubstr(">1000 ms</text>"));
+    EXPECT_THAT(pageOf(aDayOf(900)), HasSubstr(">750 ms</text>"));
+    EXPECT_THAT(pageOf(aDayOf(1000)), HasSubstr(">2 s</text>"));
+    EXPECT_THAT(pageOf(aDayOf(1000)), HasSubstr(">1.5 s</text>"));
+}
+
+TEST(ReportHtml, DrawsATimeWithoutAnswersOnAScaleToo) {
+    History history{.until = pageDay.to};
+    history.periods = {{.start = pageDay.from, .length = PeriodLength::hour}};
+    history.periods[0].figures.lost = 5;
+
+    const std::string page = pageOf(history);
+
+    EXPECT_THAT(page, HasSubstr(">4 ms</text>"));
+    EXPECT_THAT(page, HasSubstr(">100 %</text>"));
+    EXPECT_THAT(page, HasSubstr("slowest answer unknown, outages 0, the longest of 0 s."));
+    EXPECT_THAT(page, HasSubstr("<dt>Median latency</dt><dd>unknown</dd>"));
+    EXPECT_THAT(page, HasSubstr("<th scope=\"row\">Slowest</th><td>unknown</td>"));
+}
+
+TEST(ReportHtml, HatchesNoTimeThatIsTooShortToBeSeen) {
+    History history = aGoodDay();
+    history.gaps = {
+        {.kind = Gap::Kind::paused, .span = between("2026-01-05 02:00", "2026-01-05 02:05")},
+        {.kind = Gap::Kind::paused, .span = between("2026-01-05 06:00", "2026-01-05 06:06")}};
+
+    const std::string page = pageOf(history);
+
+    EXPECT_EQ(countOf(page, "<rect class=\"unwatched\" x=\"216.0\" y=\"10.0\" width=\"2.8\""), 1U);
+    EXPECT_EQ(countOf(page, "<rect class=\"unwatched\" x=\"104.0\" y"), 0U);
+    EXPECT_THAT(page, HasSubstr("</svg>Paused</th><td>11 min</td><td>0.76 %</td>"));
+}
+
+TEST(ReportHtml, NamesTimesThatHaveRoomBelowTheChart) {
+    const std::string page = pageOf(aGoodDay(), between("2026-01-05 00:20", "2026-01-05 23:50"));
+
+    // 02:00 to 00:00 by the local clock; the last one would reach beyond the drawing.
+    EXPECT_THAT(page, HasSubstr("<text class=\"time\" x=\"67.1\" y=\"264.0\">02:00</text>"));
+    EXPECT_THAT(page, HasSubstr(">22:00</text>"));
+    EXPECT_THAT(page, HasSubstr("<line class=\"mark\" x1=\"696.2\" y1=\"10.0\" x2=\"696.2\" y2=\"250.0\"/>"));
+    EXPECT_THAT(page, HasSubstr(">00:00</text>"));
+    const std::string later = pageOf(aGoodDay(), between("2026-01-05 00:50", "2026-01-05 23:10"));
+    EXPECT_THAT(later, HasSubstr("<line class=\"mark\" x1=\"53.0\""));
+    EXPECT_THAT(later, Not(HasSubstr(">02:00</text>")));
+    EXPECT_THAT(later, HasSubstr("<line class=\"mark\" x1=\"715.0\""));
+    EXPECT_THAT(later, Not(HasSubstr(">00:00</text>")));
+}
+
 TEST(ReportHtml, DrawsTheLossOnItsOwnScale) {
     History history = aGoodDay();
     history.periods[0].figures.lost = history.periods[0].figures.replied / 9; // a tenth
@@ -179,6 +268,9 @@ TEST(ReportHtml, DrawsTheLossOnItsOwnScale) {
     const std::string page = pageOf(history);
 
     EXPECT_THAT(page, HasSubstr(">10 %</text>"));
+    EXPECT_THAT(pageOf(aGoodDay()), HasSubstr(">4 %</text>"));                   // never less
+    history.periods[40].figures.lost = history.periods[40].figures.replied / 19; // a twentieth
+    EXPECT_EQ(countOf(pageOf(history), "y=\"225.0\" width=\"4.0\" height=\"21.0\"/>"), 1U);
     EXPECT_THAT(
         page, HasSubstr("<rect class=\"loss\" x=\"48.0\" y=\"202.0\" width=\"4.0\" height=\"44.0\"/>"));
 }
@@ -194,6 +286,7 @@ TEST(ReportHtml, ListsOutagesWithVerdictsAndTheWay) {
 
     const std::string page = pageOf(history);
 
+    EXPECT_THAT(page, HasSubstr("</svg>Up</th><td>23 h 52 min</td><td>99.44 %</td>"));
     EXPECT_THAT(page, HasSubstr("<h2>Outages: 2</h2>"));
     EXPECT_THAT(
         page, HasSubstr("<li><strong>Beyond the provider</strong> 1 outage, 7 min</li>"
@@ -274,6 +367,7 @@ TEST(ReportHtml, NamesWorstHoursAndFigures) {
 
     EXPECT_THAT(
         page, HasSubstr("2026-01-05 11:00</time></th><td>7 min</td><td>0.0 %</td><td>20.0 ms</td></tr>"));
+    EXPECT_THAT(page, HasSubstr("<th scope=\"col\">Hour from</th><th scope=\"col\">Down</th>"));
     EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">Fastest</th><td>20.0 ms</td></tr>"));
     EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">99th percentile</th><td>20.0 ms</td></tr>"));
     EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">Jitter</th><td>unknown</td></tr>"));
@@ -307,6 +401,72 @@ TEST(ReportHtml, ListsTheDaysOfAFortnightAndDrawsMore) {
                         "<text class=\"count\" x=\"157.5\" y=\"46.0\">1</text>"));
 }
 
+TEST(ReportHtml, TellsAllThatIsKnownOfADay) {
+    History history = aGoodDay();
+    letSleep(history, between("2026-01-05 23:00", "2026-01-06 00:00")); // all that would be of the sixth
+    history.episodes = {
+        outage("2026-01-05 10:00:00", "2026-01-05 10:00:01"), outage("2026-01-05 12:00", "2026-01-05 15:00")};
+
+    EXPECT_THAT(
+        pageOf(history),
+        HasSubstr("<li class=\"down\"><time datetime=\"2026-01-05\">Mon 5 Jan</time><strong>86.955 %</strong>"
+                  "<span>2 outages</span><span>down 3 h</span></li>"
+                  "<li class=\"unwatched\"><time datetime=\"2026-01-06\">Tue 6 Jan</time>"
+                  "<strong>not watched</strong></li>"));
+    history.episodes.pop_back();
+    EXPECT_THAT(pageOf(history), HasSubstr("<span>1 outage</span><span>down 1 s</span>"));
+    history.episodes[0].kind = Episode::Kind::degradation;
+    EXPECT_THAT(pageOf(history), HasSubstr("<li class=\"degraded\"><time datetime=\"2026-01-05\">"));
+}
+
+std::string pageOfDays(int count) {
+    const Span span{.from = at("2025-12-31 23:00"), .to = at("2025-12-31 23:00") + std::chrono::days(count)};
+    History history{.until = span.to};
+    history.periods = {test::goodPeriod(span.from, PeriodLength::hour)};
+    history.episodes = {{.start = span.from, .end = span.from + 1s}};
+    return pageOf(history, span);
+}
+
+TEST(ReportHtml, ListsFourteenDaysAndDrawsFifteen) {
+    EXPECT_EQ(countOf(pageOfDays(14), "<time datetime=\"2026-01-14\">"), 1U);
+    EXPECT_THAT(pageOfDays(15), Not(HasSubstr("<ol")));
+    EXPECT_THAT(pageOfDays(15), HasSubstr("viewBox=\"0 0 720 34\""));
+}
+
+TEST(ReportHtml, DrawsManyMonthsLow) {
+    const std::string few = pageOfDays(8 * 28 - 1);
+    EXPECT_THAT(
+        few, HasSubstr("<rect class=\"shaken\" x=\"64.0\" y=\"16.0\" width=\"19.0\" height=\"16.0\">"));
+    EXPECT_THAT(few, HasSubstr("<text class=\"count\" x=\"73.5\" y=\"28.0\">1</text>"));
+    EXPECT_THAT(few, HasSubstr("<text class=\"number\" x=\"73.5\" y=\"11.0\">1</text>"));
+    EXPECT_THAT(few, HasSubstr("<text class=\"month\" x=\"0.0\" y=\"46.0\">Feb 2026</text>"));
+
+    const std::string many = pageOfDays(728); // 26 rows at most
+    EXPECT_THAT(
+        many, HasSubstr("<rect class=\"shaken\" x=\"64.0\" y=\"16.0\" width=\"19.0\" height=\"4.0\">"));
+    EXPECT_THAT(many, Not(HasSubstr("class=\"count\"")));
+    EXPECT_THAT(many, HasSubstr("<text class=\"month\" x=\"0.0\" y=\"22.0\">Jan 2026</text>"));
+    EXPECT_THAT(many, Not(HasSubstr(">Feb 2026</text>")));
+    EXPECT_THAT(many, HasSubstr(">Mar 2026</text>"));
+}
+
+TEST(ReportHtml, CountsHundredsOfOutagesOfADayAsMany) {
+    const auto pageOfOutages = [](int count) {
+        History history{.until = pageDay.to};
+        history.periods = test::goodPeriods(pageDay, PeriodLength::hour);
+        history.periods.insert(
+            history.periods.begin(), test::goodPeriod(at("2025-12-01 12:00"), PeriodLength::hour));
+        for (int number = 0; number < count; ++number) {
+            const HistoryTime start = pageDay.from + std::chrono::minutes(5 * number);
+            history.episodes.push_back({.start = start, .end = start + 1s});
+        }
+        return pageOf(history, between("2025-12-01 00:00", "2026-01-06 00:00"));
+    };
+
+    EXPECT_THAT(pageOfOutages(99), HasSubstr(">99</text>"));
+    EXPECT_THAT(pageOfOutages(100), HasSubstr(">99+</text>"));
+}
+
 TEST(ReportHtml, ShowsNoShareOfTheTimeAsNothingThatIsSomething) {
     History history = aGoodDay();
     history.episodes = {outage("2026-01-05 10:00:00", "2026-01-05 10:00:08")};
@@ -315,6 +475,7 @@ TEST(ReportHtml, ShowsNoShareOfTheTimeAsNothingThatIsSomething) {
     history.episodes = {outage("2026-01-05 10:00:00", "2026-01-05 10:00:09")};
     EXPECT_THAT(pageOf(history), HasSubstr("</svg>Down</th><td>9 s</td><td>0.01 %</td>"));
     // In the strip it is as wide as can be seen.
+    history.episodes = {outage("2026-01-05 10:00:00", "2026-01-05 10:00:01")};
     EXPECT_THAT(
         pageOf(history), HasSubstr("<rect class=\"down\" x=\"718.0\" width=\"2.0\" height=\"18.0\"/>"));
 }
@@ -323,6 +484,9 @@ TEST(ReportHtml, TellsHowItWasMeasured) {
     const std::string page = pageOf(aGoodDay());
 
     EXPECT_THAT(page, HasSubstr("one every 5.0 s on average"));
+    for (const char* subject : {"Pings", "Outage", "Whose fault", "Availability", "Made"}) {
+        EXPECT_THAT(page, HasSubstr("<dt>" + std::string(subject) + "</dt><dd>"));
+    }
     EXPECT_THAT(page, HasSubstr("By Tarnwick 1.2.3 on 2026-01-06 13:00 UTC+01:00"));
 }
 

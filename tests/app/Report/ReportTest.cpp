@@ -41,6 +41,14 @@ TEST(Report, CoversNoMoreThanIsWanted) {
     EXPECT_EQ(makeReport(aDay(), "one.example", wanted, centralEurope).span, wanted);
 }
 
+TEST(Report, BeginsWithAnOutageBeforeTheFirstMinute) {
+    History history = aDay();
+    history.episodes = {outage("2026-01-04 23:59", "2026-01-05 00:01")};
+
+    const Span wanted = between("2026-01-01 00:00", "2026-02-01 00:00");
+    EXPECT_EQ(makeReport(history, "one.example", wanted, centralEurope).span.from, at("2026-01-04 23:59"));
+}
+
 TEST(Report, OfATimeThatNothingIsKnownOfIsEmpty) {
     const Report before =
         makeReport(aDay(), "one.example", between("2025-01-05 06:00", "2025-01-05 07:00"), centralEurope);
@@ -110,7 +118,15 @@ TEST(Report, HasAChartWithBucketsOfARoundLength) {
     EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-05 03:00:01"), 91U);
     EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-06 00:00"), 144U);
     EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-12 00:00"), 168U);
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-05 06:01"), 73U);  // of 5 minutes
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-06 07:00"), 124U); // of 15 minutes
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-07 00:00"), 96U);  // of 30 minutes
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-13 00:00"), 96U);  // of 2 hours
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-21 00:00"), 128U); // of 3 hours
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-01-29 00:00"), 96U);  // of 6 hours
     EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-04-05 00:00"), 180U);
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-04-06 00:00"), 91U);  // of a day
+    EXPECT_EQ(bucketsOf("2026-01-05 00:00", "2026-10-02 00:00"), 135U); // of 2 days
     EXPECT_EQ(bucketsOf("2024-01-05 00:00", "2026-01-05 00:00"), 147U);
 }
 

@@ -36,15 +36,33 @@ TEST(ReportText, OfAGoodDayTellsFiguresAndNoOutages) {
 
     EXPECT_THAT(text, HasSubstr("  up                100 % of the time watched\n"));
     EXPECT_THAT(text, HasSubstr("  watched           1 d\n"));
+    for (const char* state :
+         {"  down              ", "  asleep            ", "  paused            ", "  not watched       "}) {
+        EXPECT_THAT(text, HasSubstr(std::string(state) + "0 s\n"));
+    }
     EXPECT_THAT(text, HasSubstr("  pings             17280, 0 lost\n"));
     EXPECT_THAT(text, HasSubstr("  loss              0.00 %\n"));
+    EXPECT_THAT(text, HasSubstr("  fastest           20.0 ms\n"));
     EXPECT_THAT(text, HasSubstr("  median            20.0 ms\n"));
+    EXPECT_THAT(text, HasSubstr("  slowest           20.0 ms\n"));
     EXPECT_THAT(text, HasSubstr("  95th percentile   20.0 ms\n"));
     EXPECT_THAT(text, HasSubstr("  99th percentile   20.0 ms\n"));
     EXPECT_THAT(text, HasSubstr("  jitter            unknown\n"));
     EXPECT_THAT(text, HasSubstr("Outages: 0\n"));
     EXPECT_THAT(text, Not(HasSubstr("Worst hours")));
     EXPECT_THAT(text, HasSubstr("How it was measured\n"));
+}
+
+TEST(ReportText, OfNoAnswersHasNoLatency) {
+    History history{.until = textDay.to};
+    history.periods = {{.start = textDay.from}};
+    history.periods[0].figures.lost = 1;
+
+    const std::string text = textOf(history);
+
+    EXPECT_THAT(text, HasSubstr("  loss              100.00 %\n"));
+    EXPECT_THAT(text, HasSubstr("  fastest           unknown\n"));
+    EXPECT_THAT(text, HasSubstr("  slowest           unknown\n"));
 }
 
 TEST(ReportText, TellsOutagesWithTheirVerdicts) {

@@ -34,6 +34,8 @@ TEST(TimeArgument, IsAMomentByTheLocalClock) {
     EXPECT_EQ(timeOf("2026-03-29T12:00"), at("2026-03-29 10:00"));
     EXPECT_EQ(timeOf("2026-10-25T12:00"), at("2026-10-25 11:00"));
     EXPECT_EQ(timeOf("2026-10-25T01:59"), at("2026-10-24 23:59"));
+    EXPECT_EQ(timeOf("2026-11-20T23:59"), at("2026-11-20 22:59"));
+    EXPECT_EQ(timeOf("2026-11-20T00:00"), at("2026-11-19 23:00"));
 }
 
 TEST(TimeArgument, OfARepeatedHourIsTheFirstOne) {
