@@ -27,6 +27,10 @@ class Word:
     right: float
     bottom: float
 
+    @property
+    def height(self) -> float:
+        return self.bottom - self.top
+
 
 @dataclasses.dataclass(frozen=True)
 class Sheet:

@@ -53,6 +53,7 @@ class Pages(unittest.TestCase):
                     self.assertFalse([attribute for attribute in element.attrib if attribute.startswith("on")])
 
     def test_they_print_on_two_pages_and_within_the_margins(self) -> None:
+        letters = self.size_of_letters()
         for name, page in self.pages.items():
             for paper, (width, height) in browser.PAPERS.items():
                 with self.subTest(name, paper=paper):
@@ -65,9 +66,17 @@ class Pages(unittest.TestCase):
                         self.assertAlmostEqual(sheet.height, height * browser.POINTS_PER_MILLIMETER, delta=1)
                         self.assert_within_margins(sheet)
                     self.assertTrue(sheets[0].text.startswith("Report on an internet connection"))
+                    # The browser shrinks a page that is too wide.
+                    self.assertAlmostEqual(sheets[0].words[0].height, letters, delta=0.05)
                     self.assertIn("How it was measured", sheets[-1].text)
                     if len(sheets) == 2:
                         self.assertRegex(sheets[1].text, r"\AOutages: \d+ ")
+
+    def size_of_letters(self) -> float:
+        """Of the first word, on the page that has nothing wide."""
+        printed = self.pages["empty"].with_suffix(".pdf")
+        browser.print_page(self.pages["empty"], "A4", printed)
+        return browser.sheets(printed)[0].words[0].height
 
     def assert_within_margins(self, sheet: browser.Sheet) -> None:
         margin = MARGIN_MILLIMETERS * browser.POINTS_PER_MILLIMETER

@@ -68,6 +68,7 @@ TEST(ChartAxes, OfAWeekHaveItsMidnightsAlsoWhereTheClockIsChanged) {
     EXPECT_EQ(marks[2].time, at("2026-03-28 23:00"));
     EXPECT_EQ(marks[3].time, at("2026-03-29 22:00"));
     EXPECT_EQ(marks[4].text, "31 Mar");
+    EXPECT_EQ(marksOf("2026-01-05 23:00", "2026-01-10 23:00").front(), "6 Jan"); // where it begins
 }
 
 TEST(ChartAxes, OfMonthsHaveDaysOfEqualDistance) {
@@ -81,6 +82,7 @@ TEST(ChartAxes, OfMonthsHaveDaysOfEqualDistance) {
 
 TEST(ChartAxes, OfAYearHaveItsMonthsAndOfMoreItsQuarters) {
     EXPECT_EQ(marksOf("2026-10-05 12:00", "2027-01-05 12:00"), (Texts{"Nov 2026", "Dec 2026", "Jan 2027"}));
+    EXPECT_EQ(marksOf("2026-09-30 22:00", "2027-01-05 12:00").front(), "Oct 2026"); // where it begins
     EXPECT_EQ(
         marksOf("2025-11-05 12:00", "2027-01-05 12:00"),
         (Texts{"Jan 2026", "Apr 2026", "Jul 2026", "Oct 2026", "Jan 2027"}));
