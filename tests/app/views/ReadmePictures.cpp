@@ -167,12 +167,15 @@ void drawReadmePictures(const QDir& folder) {
     watchBusily(busy);
     WatchedMonitor changed;
     changeSomeSettings(changed);
+    WatchedMonitor down;
+    loseProvider(down);
     simulation::FakeLoginItem loginItem;
     loginItem.now = LoginItem::Status::enabled;
     for (const bool isDark : {false, true}) {
         Appearance::prefer(isDark);
         const QString end = isDark ? "-dark.png" : "-light.png";
         grabDropDown(busy, false, 0, "README").save(folder.filePath("drop-down" + end));
+        grabVerdict(down).save(folder.filePath("verdict" + end));
         framed(grabSettings(changed, loginItem), "Tarnwick Settings").save(folder.filePath("settings" + end));
         framed(grabUpdate(Updating::Found{someUpdate(), true}), "Software Update")
             .save(folder.filePath("update" + end));

@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPushButton>
 #include <QRadioButton>
 
 #include <chrono>
@@ -117,6 +118,41 @@ QImage grabDropDown(
             QApplication::sendEvent(child, &move);
         }
     }
+    return dropDown.window()->grab().toImage();
+}
+
+void loseProvider(WatchedMonitor& world) {
+    watchBusily(world);
+    world.fallSilent();
+    static_cast<void>(world.waitUntilDown());
+    world.loop.advance(6);
+}
+
+QImage grabVerdict(WatchedMonitor& world) {
+    Reading down = world.monitor.reading();
+    down.verdict = Verdict{
+        .blame = Blame::provider,
+        .likelihood = Likelihood::likely,
+        .evidence = "Your router answers in 2 ms; nothing beyond it has answered for 14 s."};
+    down.path = {
+        {.address = "192.168.1.1", .name = "router.home.arpa", .samples = {{.ms = 2}, {.ms = 2}}},
+        {.address = "198.51.100.1", .name = "access.provider.example", .samples = {{}, {}}},
+        {.address = "198.51.100.7", .name = "core.provider.example", .samples = {{}, {}}},
+        {.address = "203.0.113.1", .samples = {{}}},
+        {.address = "192.0.2.1", .name = "one.example", .isHost = true, .samples = {{}}}};
+    Observed<Reading> reading;
+    reading.set(down);
+    Menu shown(StatusItemController::menuItems(false));
+    shown.setHidden(MenuItem::Id::changeHost, true);
+    DropDown dropDown(reading, shown, world.loop, {}, somePast());
+    dropDown.open(ScreenPoint{400, 4});
+    for (QPushButton* const button : dropDown.window()->findChildren<QPushButton*>()) {
+        if (button->text() == "Show Path") {
+            button->click();
+        }
+    }
+    world.loop.runPending();
+    QApplication::processEvents();
     return dropDown.window()->grab().toImage();
 }
 

@@ -40,6 +40,12 @@ struct PastView {
 [[nodiscard]] QImage grabDropDown(
     WatchedMonitor& world, bool offersChangeHost, int steps, const QString& name, const PastView& past = {});
 
+/// Like `watchBusily`; then nothing answers until the connection is down.
+void loseProvider(WatchedMonitor& world);
+
+/// The drop-down of a connection that is down, which blames the provider, with the path open.
+[[nodiscard]] QImage grabVerdict(WatchedMonitor& world);
+
 /// The update window in one of its states.
 [[nodiscard]] QImage grabUpdate(const UpdateState& state);
 
