@@ -91,15 +91,16 @@ Verdict someVerdict(Dice& dice) {
         Verdict{
             .blame = Blame::provider,
             .likelihood = Likelihood::likely,
-            .evidence = "The provider's first hop, 198.51.100.1, does not answer; your router does."},
+            .evidence = "The provider's network answers up to 198.51.100.1; nothing beyond it has answered "
+                        "for 26 s."},
         Verdict{
             .blame = Blame::beyondProvider,
             .likelihood = Likelihood::possible,
             .evidence = "The provider's network answers up to 198.51.100.7; loss begins after it."},
         Verdict{
             .blame = Blame::wifi,
-            .likelihood = Likelihood::certain,
-            .evidence = "The Wi-Fi signal is weak (-82 dBm), and your router (192.0.2.1) does not answer."}};
+            .likelihood = Likelihood::likely,
+            .evidence = "The Wi-Fi signal is weak (-82 dBm), and the router does not answer."}};
     return verdicts.at(static_cast<std::size_t>(dice.upTo(4)));
 }
 
@@ -124,7 +125,7 @@ std::vector<Episode> someOutages(const Span& span, int count, const std::vector<
              .end = outage.to,
              .verdict = someVerdict(dice),
              .address = "203.0.113.9",
-             .interface = "enp3s0",
+             .interface = "wlp2s0",
              .pingsLost = length.count()});
     }
     std::ranges::sort(outages, {}, &Episode::start);
