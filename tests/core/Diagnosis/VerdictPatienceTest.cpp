@@ -12,13 +12,13 @@ namespace {
 constexpr auto down = Trouble::down;
 constexpr auto degraded = Trouble::degraded;
 
-Verdict provider(Likelihood likelihood) {
+Verdict atProvider(Likelihood likelihood) {
     return {.blame = Blame::provider, .likelihood = likelihood, .evidence = "Nothing beyond it answers."};
 }
 
 std::string said(
     Likelihood likelihood, Trouble trouble, double seconds, const std::optional<Verdict>& shown = {}) {
-    const auto verdict = sayable(provider(likelihood), trouble, seconds, shown);
+    const auto verdict = sayable(atProvider(likelihood), trouble, seconds, shown);
     return verdict ? std::string(nameOf(verdict->blame)) : "nothing";
 }
 
@@ -43,9 +43,9 @@ TEST(VerdictPatienceTest, WhatIsPossibleWaits) {
 }
 
 TEST(VerdictPatienceTest, WhoIsNamedStaysNamedWhenThatIsOnlyPossible) {
-    const Verdict host{.blame = Blame::host, .likelihood = Likelihood::likely};
-    EXPECT_EQ(said(Likelihood::possible, degraded, 5, host), "provider");
-    EXPECT_EQ(said(Likelihood::possible, down, 1, host), "provider");
+    const Verdict named{.blame = Blame::host, .likelihood = Likelihood::likely};
+    EXPECT_EQ(said(Likelihood::possible, degraded, 5, named), "provider");
+    EXPECT_EQ(said(Likelihood::possible, down, 1, named), "provider");
     EXPECT_EQ(said(Likelihood::possible, degraded, 5, Verdict{}), "unclear"); // nobody was named
 }
 
