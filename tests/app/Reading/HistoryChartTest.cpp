@@ -7,14 +7,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace tarnwick {
+namespace tarnwick::HistoryChart {
 namespace {
 
-using HistoryChart::Chart;
-using HistoryChart::Column;
-using HistoryChart::Division;
-using HistoryChart::Reach;
-using HistoryChart::TimeLabel;
 using LatencyChart::BarTone;
 using test::at;
 using test::between;
@@ -24,7 +19,7 @@ using test::goodPeriods;
 using test::outage;
 using namespace std::chrono_literals;
 
-constexpr HistoryChart::Thresholds thresholds{.lowMs = 100, .highMs = 400};
+constexpr Thresholds thresholds{.lowMs = 100, .highMs = 400};
 
 std::chrono::seconds utc(HistoryTime /*time*/) {
     return 0s;
@@ -113,7 +108,7 @@ struct ColumnCase {
 class HistoryChartColumn : public testing::TestWithParam<ColumnCase> {};
 
 TEST_P(HistoryChartColumn, TellsWhatHasBeen) {
-    const Chart chart = HistoryChart::chartOf(
+    const Chart chart = chartOf(
         GetParam().history, {.span = between("2026-11-24 13:00", "2026-11-24 13:20"), .parts = 1}, thresholds,
         centralEurope);
 
@@ -217,8 +212,7 @@ struct SpanText {
 class HistoryChartTime : public testing::TestWithParam<SpanText> {};
 
 TEST_P(HistoryChartTime, IsOfTheLocalClock) {
-    const Chart chart =
-        HistoryChart::chartOf({}, {.span = GetParam().span, .parts = 1}, thresholds, centralEurope);
+    const Chart chart = chartOf({}, {.span = GetParam().span, .parts = 1}, thresholds, centralEurope);
 
     EXPECT_EQ(chart.columns.at(0).time, GetParam().time);
 }
@@ -244,8 +238,7 @@ struct LabelCase {
 class HistoryChartLabels : public testing::TestWithParam<LabelCase> {};
 
 TEST_P(HistoryChartLabels, AreFewAndRound) {
-    const Chart chart =
-        HistoryChart::chartOf({}, {.span = GetParam().span, .parts = 12}, thresholds, centralEurope);
+    const Chart chart = chartOf({}, {.span = GetParam().span, .parts = 12}, thresholds, centralEurope);
 
     ASSERT_EQ(chart.timeLabels.size(), GetParam().labels.size());
     for (std::size_t index = 0; index < chart.timeLabels.size(); ++index) {
@@ -302,7 +295,7 @@ TEST(HistoryChart, HasAColumnForEachPartWithTheFiguresOfItsTime) {
     History history = answered(84, 24);
     history.gaps = {gap(Gap::Kind::asleep, "2026-11-24 13:10", "2026-11-24 13:15")};
 
-    const Chart chart = HistoryChart::chartOf(
+    const Chart chart = chartOf(
         history, {.span = between("2026-11-24 13:00", "2026-11-24 13:20"), .parts = 2}, thresholds, utc);
 
     ASSERT_EQ(chart.columns.size(), 2U);
@@ -318,8 +311,8 @@ TEST(HistoryChart, HasAColumnForEachPartWithTheFiguresOfItsTime) {
 TEST(HistoryChart, HasTheScaleOfTheFiveMinutes) {
     const Division division{.span = between("2026-11-24 13:00", "2026-11-24 13:20"), .parts = 20};
 
-    const Chart slow = HistoryChart::chartOf(answered(300), division, thresholds, utc);
-    const Chart empty = HistoryChart::chartOf({}, division, thresholds, utc);
+    const Chart slow = chartOf(answered(300), division, thresholds, utc);
+    const Chart empty = chartOf({}, division, thresholds, utc);
 
     EXPECT_EQ(slow.scaleMax(), LatencyChart::scaleMax(std::vector<double>(20, 300), 100));
     EXPECT_EQ(empty.scaleMax(), LatencyChart::scaleMax({}, 100));
@@ -331,16 +324,16 @@ TEST(HistoryChart, IsEmptyOnlyWhereNothingIsKnown) {
     const History slept =
         with(silent(), {}, {gap(Gap::Kind::asleep, "2026-11-24 13:03", "2026-11-24 13:04")});
 
-    EXPECT_TRUE(HistoryChart::chartOf(silent(), division, thresholds, utc).isEmpty());
-    EXPECT_FALSE(HistoryChart::chartOf(slept, division, thresholds, utc).isEmpty());
-    EXPECT_FALSE(HistoryChart::chartOf(answered(20), division, thresholds, utc).isEmpty());
+    EXPECT_TRUE(chartOf(silent(), division, thresholds, utc).isEmpty());
+    EXPECT_FALSE(chartOf(slept, division, thresholds, utc).isEmpty());
+    EXPECT_FALSE(chartOf(answered(20), division, thresholds, utc).isEmpty());
 }
 
 TEST(HistoryChart, IsReadAloudWithTheFiguresOfItsSpan) {
     History history = answered(84, 5);
     history.episodes = {outage("2026-11-24 13:02", "2026-11-24 13:05")};
 
-    Chart chart = HistoryChart::chartOf(
+    Chart chart = chartOf(
         history, {.span = between("2026-11-24 13:00", "2026-11-24 13:20"), .parts = 4}, thresholds, utc);
     chart.title = "Last hour";
     chart.whyEmpty = "not shown";
@@ -351,8 +344,8 @@ TEST(HistoryChart, IsReadAloudWithTheFiguresOfItsSpan) {
 }
 
 TEST(HistoryChart, IsReadAloudWithTheReasonWhenItIsEmpty) {
-    Chart chart = HistoryChart::chartOf(
-        {}, {.span = between("2026-11-24 13:00", "2026-11-24 13:20"), .parts = 4}, thresholds, utc);
+    Chart chart =
+        chartOf({}, {.span = between("2026-11-24 13:00", "2026-11-24 13:20"), .parts = 4}, thresholds, utc);
     chart.title = "Last hour";
     chart.whyEmpty = "no history is kept";
 
@@ -372,4 +365,4 @@ TEST(HistoryChart, HasNamesAndTitlesForTheSwitch) {
 }
 
 } // namespace
-} // namespace tarnwick
+} // namespace tarnwick::HistoryChart
