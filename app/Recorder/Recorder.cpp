@@ -16,6 +16,13 @@ void putInPlace(std::vector<Episode>& episodes, const Episode& episode) {
     episodes.push_back(episode);
 }
 
+void putInPlace(std::vector<Gap>& gaps, const Gap& gap) {
+    std::erase_if(gaps, [&](const Gap& present) {
+        return present.kind == gap.kind && present.span.from == gap.span.from;
+    });
+    gaps.push_back(gap);
+}
+
 void addMinute(std::vector<Period>& minutes, const Period& minute) {
     const auto newestFirst = std::views::reverse(minutes);
     const auto present = std::ranges::find(newestFirst, minute.start, &Period::start);
@@ -132,30 +139,54 @@ void Recorder::forgetPings() {
 }
 
 void Recorder::tick() {
-    if (!isRecording_ || interruption_) {
+    if (!isRecording_) {
         return;
     }
     const HistoryTime wall = wallNow();
+    if (interruption_) {
+        if (isNextMinute(wall)) {
+            write();
+        }
+        return;
+    }
     const HistoryTime lastWall = std::exchange(lastWall_, wall);
     const double elapsed = loop_.now() - std::exchange(lastTick_, loop_.now());
-    if (wall - lastWall > std::chrono::duration<double>(longestPause)) {
+    if (wall - lastWall > std::chrono::duration<double>(longestHoldUp)) {
         noteGap({.kind = Gap::Kind::notRunning, .span = {.from = lastWall, .to = wall}});
         mayWriteFrom_ = loop_.now() + lateWord;
     } else {
         if (lastWall - wall >= smallestStepBack) {
             clockSetBack(lastWall, wall);
         }
-        book_.watched(std::min(lastWall, wall), std::min(elapsed, longestPause));
+        book_.watched(std::min(lastWall, wall), std::min(elapsed, longestHoldUp));
     }
-    const bool isNextMinute = floorTo(wall, secondsIn(PeriodLength::minute)) != lastMinute_;
-    if (isNextMinute && loop_.now() >= mayWriteFrom_) {
+    if (isNextMinute(wall) && loop_.now() >= mayWriteFrom_) {
         write();
     }
 }
 
+bool Recorder::isNextMinute(HistoryTime wall) const {
+    return floorTo(wall, secondsIn(PeriodLength::minute)) != lastMinute_;
+}
+
 void Recorder::noteGap(const Gap& gap) {
-    waiting().gaps.push_back(gap);
+    putInPlace(waiting().gaps, gap);
     forgetPings();
+}
+
+HistoryTime Recorder::noteInterruption(HistoryTime now) {
+    if (!interruption_) {
+        return now;
+    }
+    Gap soFar = *interruption_;
+    if (soFar.kind == Gap::Kind::asleep) {
+        return soFar.span.from; // the machine may run out of power
+    }
+    soFar.span.to = std::max(now, soFar.span.from);
+    if (!soFar.span.isEmpty()) {
+        putInPlace(waiting().gaps, soFar);
+    }
+    return soFar.span.to;
 }
 
 void Recorder::clockSetBack(HistoryTime before, HistoryTime now) {
@@ -172,7 +203,7 @@ void Recorder::interrupt(Gap::Kind kind) {
     }
     const HistoryTime now = wallNow();
     // A sleep may be told of afterwards: before the tick that finds it, or after.
-    const bool isOver = now - lastWall_ > std::chrono::duration<double>(longestPause);
+    const bool isOver = now - lastWall_ > std::chrono::duration<double>(longestHoldUp);
     HistoryTime from = isOver ? lastWall_ : now;
     if (loop_.now() < std::exchange(mayWriteFrom_, 0)) {
         from = waiting().gaps.back().span.from;
@@ -351,11 +382,15 @@ void Recorder::noteTimeBefore() {
         if (open_) {
             open_->start = std::max(open_->start, *until);
         }
+        if (interruption_) {
+            interruption_->span.from = std::max(interruption_->span.from, *until);
+        }
     }
     knowsTimeBefore_ = true;
-    if (until && *until < completeFrom_) {
-        waiting().gaps.push_back(
-            {.kind = Gap::Kind::notRunning, .span = {.from = *until, .to = completeFrom_}});
+    const HistoryTime knownFrom =
+        interruption_ ? std::min(completeFrom_, interruption_->span.from) : completeFrom_;
+    if (until && *until < knownFrom) {
+        waiting().gaps.push_back({.kind = Gap::Kind::notRunning, .span = {.from = *until, .to = knownFrom}});
     }
 }
 
@@ -370,8 +405,9 @@ void Recorder::write() {
     }
     noteTimeBefore();
     collect();
+    const HistoryTime until = noteInterruption(now);
     while (!waiting_.empty()) {
-        waiting_.front().until = interruption_ ? interruption_->span.from : now;
+        waiting_.front().until = until;
         if (!journal_->write(waiting_.front())) {
             dropSurplus();
             return;

@@ -49,9 +49,10 @@ public:
     void pingReplied(std::uint64_t id, double ms, bool isWithinTimeout);
     void pingLost(std::uint64_t id);
 
-    /// Once a second while pinging. A pause of more than a few seconds is a gap.
+    /// Once a second, except while asleep. When none comes for more than a few seconds, that is a gap.
     void tick();
-    /// Pinging stops until `resume`: a gap of this kind.
+    /// Pinging stops until `resume`: a gap of this kind. One that the program outlives is written while it
+    /// lasts.
     void interrupt(Gap::Kind kind);
     void resume();
 
@@ -69,7 +70,7 @@ public:
 
 private:
     /// Seconds between two ticks; after more of them the program was held up.
-    static constexpr double longestPause = 3;
+    static constexpr double longestHoldUp = 3;
     /// A sleep may be told of this long after the tick that has found it.
     static constexpr double lateWord = 5;
     /// The wall clock is slowed down and hurried by less.
@@ -91,6 +92,9 @@ private:
     void forgetPings();
 
     void noteGap(const Gap& gap);
+    /// A pause, as far as it has come. Returns how far the recording has.
+    HistoryTime noteInterruption(HistoryTime now);
+    [[nodiscard]] bool isNextMinute(HistoryTime wall) const;
     void clockSetBack(HistoryTime before, HistoryTime now);
 
     void followOutage(const ConnectionState& state);

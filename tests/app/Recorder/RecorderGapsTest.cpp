@@ -89,6 +89,85 @@ TEST_F(RecorderGaps, APauseCountsTimeThatGoesBy) {
     EXPECT_NEAR(watched, 15, 1);
 }
 
+TEST_F(RecorderGaps, APauseIsWrittenWhileItLasts) {
+    start();
+    pass(10);
+    recorder.interrupt(Gap::Kind::paused);
+    for (int second = 0; second < 600; ++second) {
+        passSecond();
+    }
+
+    EXPECT_EQ(journal.read(test::recordedHost, {}).gaps, std::vector{gapOf(Gap::Kind::paused, 10, 600)});
+    EXPECT_EQ(journal.until(), after(600));
+    EXPECT_EQ(journal.batches.size(), 11U); // at its beginning, then once a minute
+}
+
+TEST_F(RecorderGaps, APauseInWhichTheProgramEndsGoesUpToThat) {
+    start();
+    pass(10);
+    recorder.interrupt(Gap::Kind::paused);
+    loop.advance(30);
+    recorder.save();
+    loop.advance(100);
+    Recorder next(loop, &journal);
+    next.start(test::recordedHost);
+    next.save();
+
+    EXPECT_EQ(
+        journal.read(test::recordedHost, {}).gaps,
+        (std::vector{gapOf(Gap::Kind::paused, 10, 40), gapOf(Gap::Kind::notRunning, 40, 140)}));
+}
+
+TEST_F(RecorderGaps, APauseWaitsForAFullDiskLikeTheRest) {
+    start();
+    pass(10);
+    journal.setState(Journal::State::cannotWrite);
+    recorder.interrupt(Gap::Kind::paused);
+    for (int second = 0; second < 600; ++second) {
+        passSecond();
+    }
+    journal.setState(Journal::State::writes);
+    recorder.resume();
+    pass(60);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::paused, 10, 610)});
+    ASSERT_EQ(journal.batches.size(), 2U);
+    EXPECT_EQ(journal.batches[0].gaps.size(), 1U) << "it waited once for every minute";
+}
+
+TEST_F(RecorderGaps, APauseBeginsWhereAnotherProgramEnded) {
+    journal.setState(Journal::State::otherWrites);
+    start();
+    pass(10);
+    recorder.interrupt(Gap::Kind::paused);
+    for (int second = 0; second < 100; ++second) {
+        passSecond();
+    }
+    journal.setUntil(after(100)); // the other one watched until then
+    journal.setState(Journal::State::writes);
+    for (int second = 0; second < 100; ++second) {
+        passSecond();
+    }
+    recorder.resume();
+    pass(10);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::paused, 100, 210)});
+}
+
+TEST_F(RecorderGaps, AClockThatIsSetBackInAPauseMakesNone) {
+    start();
+    pass(600);
+    recorder.interrupt(Gap::Kind::paused);
+    loop.setWallClock(loop.wallNow() - std::chrono::seconds(300));
+    for (int second = 0; second < 100; ++second) {
+        passSecond();
+    }
+    recorder.resume();
+    pass(10);
+
+    EXPECT_TRUE(gaps().empty());
+}
+
 TEST_F(RecorderGaps, ASleepToldOfAfterwardsBeginsAtTheLastTick) {
     start();
     pass(10);
