@@ -21,6 +21,9 @@ inline constexpr std::array allLossModes{LossMode::off, LossMode::whenLossy, Los
 
 inline constexpr std::string_view waiting = "…";     ///< no latency is known yet
 inline constexpr std::string_view failed = "Failed"; ///< the connection is down
+inline constexpr std::string_view paused = "Paused"; ///< nothing is pinged
+/// The same in the place of a figure: two letters that look like the sign and are as high as digits.
+inline constexpr std::string_view pauseSign = "II";
 
 /// "42ms" up to 99 ms, then tenths of a second up to "9.9s": four characters at most.
 [[nodiscard]] std::string ping(double ms);

@@ -40,12 +40,11 @@ Monitor::Monitor(Preferences& prefs, const MonitorEnvironment& environment)
       missingPingPermission_(environment.missingPingPermission),
       recorder_(environment.store),
       history_(environment.loop, environment.journal),
+      sources_(environment.diagnosis),
       watchdog_(watchdogConfig(prefs), environment.loop.now()),
       identifier_(static_cast<std::uint16_t>(randomBelow(std::uint64_t{1} << 16))),
       nextPingId_(randomBelow(std::uint64_t{1} << 32)) {
-    if (environment.diagnosis) {
-        diagnostician_.emplace(loop_, *environment.diagnosis);
-    }
+    makeDiagnostician();
     publish();
 }
 

@@ -18,6 +18,7 @@
 #include "platform/ports/SleepMonitor.h"
 
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -68,6 +69,15 @@ public:
     /// Of the current host. Stored at once, or while another process records, when this one takes over.
     void resetAllTimeStats();
 
+    /// For so many seconds, or until `resume`: no pings, nothing sent for a verdict, no alerts. Time that the
+    /// machine sleeps counts. A second pause takes the place of the first; a new host does not end it. A
+    /// length that `PauseLength` does not admit is ignored.
+    void pause(int seconds);
+    /// Pings at once, unless there is no pause.
+    void resume();
+    /// Pauses for the usual time, or resumes.
+    void togglePause();
+
     /// What kept pinging from starting may have gone: starts again within two seconds.
     void tryAgain();
     /// Asked for the permission to ping, an administrator or the desktop has not given it.
@@ -107,6 +117,7 @@ private:
     /// Seconds between a start of pinging and one for a new host: a host that changes all the time must not
     /// flood the network with lookups and pings.
     static constexpr double shortestRun = 1.0;
+    static constexpr double never = std::numeric_limits<double>::infinity();
 
     // The ping loop.
     void restartPinger();
@@ -138,6 +149,7 @@ private:
     [[nodiscard]] Trouble trouble() const;
     /// Drops the bookings of pings that have left the window: their outcome is never counted.
     void forgetUnsettledBookings();
+    void makeDiagnostician();
 
     /// Publishes the reading when the outermost one is destroyed. They nest: a send that switches to another
     /// address belongs to the event that sent.
@@ -173,6 +185,10 @@ private:
     /// How the connection is, as the history keeps it.
     [[nodiscard]] ConnectionState connectionState() const;
     void hostChanged();
+    /// How good the connection is; the chart stays.
+    void forgetQuality();
+    /// Seconds until pinging may start anew, for another reason than the network's.
+    [[nodiscard]] double restartDelay() const;
     /// Keeps the gap since the last ping.
     void pingIntervalChanged();
     void refreshWatchdogConfig();
@@ -183,6 +199,15 @@ private:
     void didWake();
     void pathUpdated(const NetworkPath& path);
     void pathChanged(const std::string& key);
+
+    // The pause.
+    [[nodiscard]] bool isPaused() const { return measured_.pausedUntil.has_value(); }
+
+    [[nodiscard]] bool isPauseOver() const;
+    void beginPause();
+    /// Pinging does not start by that.
+    void endPause();
+    void tickInPause();
 
     Preferences& prefs_;
     // The settings that the monitor last acted on.
@@ -202,10 +227,11 @@ private:
     Recorder history_;
     std::string interface_;            ///< of the way out; empty when there is none
     std::vector<PendingPing> pending_; ///< in the scoring window, oldest first
-    std::optional<Diagnostician> diagnostician_;
-    std::optional<ResolvedAddress> pinged_; ///< the address
-    std::optional<Lookup> lookup_;          ///< the latest, unless it was given up
-    RunLoop::WallTime networkSince_{};      ///< when the network changed last
+    std::optional<DiagnosisSources> sources_;
+    std::optional<Diagnostician> diagnostician_; ///< while there are sources and no pause
+    std::optional<ResolvedAddress> pinged_;      ///< the address
+    std::optional<Lookup> lookup_;               ///< the latest, unless it was given up
+    RunLoop::WallTime networkSince_{};           ///< when the network changed last
     std::unique_ptr<Pinger> pinger_;
     std::optional<Pinger::Place> place_; ///< where the last pinger stood; nothing for a new host
     RunLoop::Handle pingTimer_;          ///< only while a pinger has reported that it started
@@ -219,6 +245,7 @@ private:
     double lastTick_ = 0;             ///< monotonic, also while asleep
     double lastStart_ = -shortestRun; ///< monotonic, of pinging
     bool asleep_ = false;
+    double pauseEnd_ = 0; ///< monotonic, in case the wall clock is set back
     std::optional<std::string> lastPathKey_;
     RunLoop::Handle pathWork_; ///< the pending reaction to a path change
     Lifeline lifeline_;

@@ -46,6 +46,9 @@ void Monitor::followHistory() {
         measured_.historyProblem.clear();
     } else if (!history_.isRecording()) {
         history_.start(prefs_.hostname());
+        if (isPaused()) {
+            history_.interrupt(Gap::Kind::paused);
+        }
     } else {
         history_.setHost(prefs_.hostname());
     }
@@ -55,22 +58,33 @@ void Monitor::hostChanged() {
     measured_.ledger.resetSite(recorder_.counterOf(prefs_.hostname()));
     measured_.ledger.resetSession();
     measured_.samples.clear();
+    measured_.resolvedAddress = std::nullopt;
+    pinged_ = std::nullopt;
+    stopPinging();
+    place_.reset();
+    forgetQuality();
+    refreshWatchdogConfig();
+    carryOut(watchdog_.reset(loop_.now(), restartDelay(), true));
+}
+
+void Monitor::forgetQuality() {
+    pending_.clear();
     measured_.score = std::nullopt;
     measured_.latestPingMs = std::nullopt;
     measured_.lossPercent = 0;
     measured_.lossIsKnown = false;
-    measured_.resolvedAddress = std::nullopt;
-    pinged_ = std::nullopt;
     measured_.startError = std::nullopt;
-    stopPinging();
-    place_.reset();
-    pending_.clear();
-    refreshWatchdogConfig();
-    // Asleep, nothing is pinged; the wake restarts pinging.
-    const double now = loop_.now();
+}
+
+double Monitor::restartDelay() const {
+    if (isPaused()) {
+        return never; // its end starts pinging
+    }
+    if (asleep_) {
+        return restartAfterWake; // the wake starts pinging
+    }
     const double latest = std::max(lastStart_, lastPingSent_.value_or(lastStart_));
-    const double restartAfter = asleep_ ? restartAfterWake : std::max(latest + shortestRun - now, 0.0);
-    carryOut(watchdog_.reset(now, restartAfter, true));
+    return std::max(latest + shortestRun - loop_.now(), 0.0);
 }
 
 void Monitor::pingIntervalChanged() {
@@ -103,7 +117,9 @@ void Monitor::resetAllTimeStats() {
 void Monitor::tryAgain() {
     const PublishAtEnd publishAtEnd(*this);
     measured_.allowingFailed = false;
-    carryOut(watchdog_.networkChanged(loop_.now()));
+    if (!isPaused()) {
+        carryOut(watchdog_.networkChanged(loop_.now()));
+    }
 }
 
 void Monitor::allowingFailed() {

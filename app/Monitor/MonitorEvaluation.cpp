@@ -10,9 +10,9 @@ namespace tarnwick {
 namespace {
 
 constexpr int ticksBetweenSaves = 20;
-/// Seconds between two ticks. After a longer pause the program was stopped, or starved by a machine that
+/// Seconds between two ticks. After more of them the program was stopped, or starved by a machine that
 /// swaps. It is shorter than the shortest silence that counts as an outage.
-constexpr double longestPause = 3;
+constexpr double longestHoldUp = 3;
 
 } // namespace
 
@@ -22,10 +22,14 @@ void Monitor::tick() {
     if (asleep_) {
         return;
     }
-    if (now - lastTick > longestPause) {
-        startSilenceAnew(lastTick, now);
+    if (isPaused()) {
+        tickInPause();
+    } else {
+        if (now - lastTick > longestHoldUp) {
+            startSilenceAnew(lastTick, now);
+        }
+        judge(now);
     }
-    judge(now);
     if (onTick) {
         onTick(now);
     }
@@ -33,10 +37,10 @@ void Monitor::tick() {
 
 void Monitor::startSilenceAnew(double lastTick, double now) {
     watchdog_.heldUp(now);
-    // What was sent after the tick that should have come was sent after the pause.
-    const double pauseBeganBy = lastTick + tickInterval;
+    // What was sent after the tick that should have come was sent after the hold-up.
+    const double holdUpBeganBy = lastTick + tickInterval;
     std::erase_if(pending_, [&](const PendingPing& ping) {
-        return !ping.reply && !ping.lost && ping.sent <= pauseBeganBy;
+        return !ping.reply && !ping.lost && ping.sent <= holdUpBeganBy;
     });
 }
 
@@ -74,6 +78,12 @@ Trouble Monitor::trouble() const {
     const bool isBad = measured_.status == Status::up && measured_.score
                        && QualityScorer::bars(*measured_.score, barLevels) <= mostBadBars;
     return isBad ? Trouble::degraded : Trouble::none;
+}
+
+void Monitor::makeDiagnostician() {
+    if (sources_) {
+        diagnostician_.emplace(loop_, *sources_);
+    }
 }
 
 void Monitor::diagnose(double now) {

@@ -35,6 +35,7 @@ void Monitor::willSleep() {
     pathWork_.reset();
     stopPinging();
     pending_.clear();
+    history_.resume(); // a pause is told apart from the sleep in it
     history_.interrupt(Gap::Kind::asleep);
     // The machine may run out of power before it wakes.
     saveStats();
@@ -45,6 +46,13 @@ void Monitor::didWake() {
     const PublishAtEnd publishAtEnd(*this);
     asleep_ = false;
     history_.resume();
+    if (isPauseOver()) {
+        endPause();
+    }
+    if (isPaused()) {
+        history_.interrupt(Gap::Kind::paused);
+        return;
+    }
     refreshWatchdogConfig();
     carryOut(watchdog_.reset(loop_.now(), restartAfterWake, false));
 }
@@ -58,7 +66,7 @@ void Monitor::pathUpdated(const NetworkPath& path) {
 
 void Monitor::pathChanged(const std::string& key) {
     // The first update is no change: there is nothing to compare it with.
-    if (lastPathKey_ && *lastPathKey_ != key && !asleep_) {
+    if (lastPathKey_ && *lastPathKey_ != key && !asleep_ && !isPaused()) {
         pathWork_ = loop_.after(pathDebounce, [this] {
             const PublishAtEnd publishAtEnd(*this);
             if (diagnostician_) {

@@ -6,11 +6,21 @@
 #include <array>
 #include <cinttypes>
 #include <cstdio>
+#include <ctime>
 
 namespace tarnwick::Format {
 
 std::string wholeMs(double ms) {
     return Text::whole(ms) + " ms";
+}
+
+std::string timeOfDay(std::chrono::system_clock::time_point time) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+    std::tm parts{};
+    ::localtime_r(&seconds, &parts);
+    std::array<char, 8> text{};
+    static_cast<void>(std::strftime(text.data(), text.size(), "%H:%M", &parts));
+    return text.data();
 }
 
 Grouping::Grouping(const char* localeName) {

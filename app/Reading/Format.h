@@ -1,6 +1,7 @@
 // How figures are written for people.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <locale.h>
@@ -13,6 +14,9 @@ namespace tarnwick::Format {
 
 /// Whole milliseconds, halves away from zero: "23 ms".
 [[nodiscard]] std::string wholeMs(double ms);
+
+/// By the system's time zone: "15:30".
+[[nodiscard]] std::string timeOfDay(std::chrono::system_clock::time_point time);
 
 /// How a locale groups the digits of large numbers. A copy shares its locale.
 class Grouping {

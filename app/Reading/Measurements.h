@@ -48,9 +48,10 @@ struct Measurements {
     std::optional<std::string> pingPermissionCommand = std::nullopt;
     bool allowingFailed = false; ///< the user has asked for this permission, in vain
     bool pathSatisfied = true;
-    std::optional<Verdict> verdict = std::nullopt; ///< nothing while all is well
-    std::vector<HopEvidence> path{};               ///< by which it was found
-    Samples samples{};                             ///< of the last 300 s, in the order of sending
+    std::optional<RunLoop::WallTime> pausedUntil = std::nullopt; ///< nothing while pinging
+    std::optional<Verdict> verdict = std::nullopt;               ///< nothing while all is well
+    std::vector<HopEvidence> path{};                             ///< by which it was found
+    Samples samples{}; ///< of the last 300 s, in the order of sending
     PingLedger ledger{};
     Recording recording = Recording::records;
     std::string recordingProblem{}; ///< why the statistics could not be written last; empty when they were

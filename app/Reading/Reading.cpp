@@ -13,6 +13,9 @@ namespace {
 constexpr std::string_view noValue = "–";
 
 std::string qualityTitle(const Reading& reading, bool isConnecting) {
+    if (reading.pausedUntil) {
+        return "Paused until " + Format::timeOfDay(*reading.pausedUntil);
+    }
     if (isConnecting) {
         return "Connecting…";
     }
@@ -92,6 +95,9 @@ std::string accessibilitySummary(const Reading& reading, bool isConnecting) {
     if (reading.isDown()) {
         return "Connection down, " + reading.downReasonText;
     }
+    if (reading.isPaused()) {
+        return reading.qualityTitle;
+    }
     if (!reading.latestPingMs || isConnecting) {
         return "Connecting";
     }
@@ -106,6 +112,7 @@ std::string accessibilitySummary(const Reading& reading, bool isConnecting) {
 Reading copied(const Measurements& measured, const ReadingSettings& settings) {
     Reading reading;
     reading.status = measured.status;
+    reading.pausedUntil = measured.pausedUntil;
     reading.score = measured.score;
     reading.verdict = measured.verdict;
     reading.path = measured.path;
@@ -131,6 +138,9 @@ std::string Reading::menuTitle(bool withLoss) const {
     if (isDown()) {
         return std::string(MenuBarTitle::failed);
     }
+    if (isPaused()) {
+        return std::string(MenuBarTitle::paused);
+    }
     if (!latestPingMs) {
         return std::string(MenuBarTitle::waiting);
     }
@@ -140,6 +150,9 @@ std::string Reading::menuTitle(bool withLoss) const {
 std::string Reading::figure() const {
     if (isDown()) {
         return {};
+    }
+    if (isPaused()) {
+        return std::string(MenuBarTitle::pauseSign);
     }
     return latestPingMs ? MenuBarTitle::figure(*latestPingMs) : std::string(MenuBarTitle::waiting);
 }
@@ -179,6 +192,8 @@ std::string Reading::itemToolTip() const {
     if (isDown()) {
         const std::optional<std::string> error = lastError();
         text = error ? downReasonText + "\n" + *error : downReasonText;
+    } else if (isPaused()) {
+        text = qualityTitle;
     }
     return verdict ? text + "\n" + verdict->evidence : text;
 }

@@ -18,6 +18,8 @@ enum class QualityTone { neutral, good, middle, bad };
 struct Reading {
     // The verdict.
     ConnectionWatchdog::Status status = ConnectionWatchdog::Status::starting;
+    /// Until when nothing is pinged because the user wants it so; then nothing is known of the connection.
+    std::optional<RunLoop::WallTime> pausedUntil = std::nullopt;
     std::optional<double> score = std::nullopt;
     int bars = 0; ///< lit, of `barLevels`; none without a score and while down
     QualityTone qualityTone = QualityTone::neutral;
@@ -63,6 +65,8 @@ struct Reading {
 
     [[nodiscard]] bool isDown() const { return status == ConnectionWatchdog::Status::down; }
 
+    [[nodiscard]] bool isPaused() const { return pausedUntil.has_value(); }
+
     [[nodiscard]] bool isLossy() const { return lossPercent > 0; }
 
     /// The loss, unless it is unknown.
@@ -75,17 +79,18 @@ struct Reading {
         return startError ? std::optional(startError->message()) : std::nullopt;
     }
 
-    /// For the item in the panel: while down the reason with the error behind it, else `tooltip`; then whose
-    /// fault it is.
+    /// For the item in the panel: while down the reason with the error behind it, in a pause when that ends,
+    /// else `tooltip`; then whose fault it is.
     [[nodiscard]] std::string itemToolTip() const;
 
-    /// The text of the status item: "42ms", "42ms (3%)", "…", "Failed".
+    /// The text of the status item: "42ms", "42ms (3%)", "…", "Failed", "Paused".
     [[nodiscard]] std::string menuTitle(bool withLoss) const;
-    /// The latency alone, for places too narrow for the title: "42", "1.2s", "…"; empty while down.
+    /// The latency alone, for places too narrow for the title: "42", "1.2s", "…"; in a pause the sign of one;
+    /// empty while down.
     [[nodiscard]] std::string figure() const;
 };
 
-/// `wallTime` is the end of the chart.
+/// `wallTime` is the end of the chart. Times of day are those of the system's time zone.
 [[nodiscard]] Reading makeReading(
     const Measurements& measured, const ReadingSettings& settings, RunLoop::WallTime wallTime);
 

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <rapidcheck.h>
+#include <utility>
 
 namespace tarnwick::simulation {
 
@@ -35,7 +36,8 @@ enum class Event {
     restoreDefaults,
     resetSession,
     resetAllTime,
-    last = resetAllTime,
+    pause,
+    last = pause,
 };
 
 /// Something happens, in the way that `choice` says, and then time goes by.
@@ -45,10 +47,10 @@ struct Step {
     unsigned sixteenths; ///< of a second until the next step
 
     friend std::ostream& operator<<(std::ostream& out, const Step& step) {
-        constexpr std::array names{"nothing",         "silence",       "answers",   "loss",   "sends fail",
-                                   "sockets refused", "host",          "sleep",     "path",   "stop",
-                                   "interval",        "timeout",       "threshold", "alerts", "restore",
-                                   "reset session",   "reset all time"};
+        constexpr std::array names{"nothing",         "silence",        "answers",   "loss",   "sends fail",
+                                   "sockets refused", "host",           "sleep",     "path",   "stop",
+                                   "interval",        "timeout",        "threshold", "alerts", "restore",
+                                   "reset session",   "reset all time", "pause"};
         return out << names.at(static_cast<std::size_t>(step.event)) << ' ' << step.choice << ", then "
                    << step.sixteenths / 16.0 << " s";
     }
@@ -74,6 +76,7 @@ public:
         checkFigures(monitor_.reading().site);
         checkWindow();
         checkChart();
+        checkPause();
         checkTexts();
         checkObservers();
         reviewAnnouncements();
@@ -95,6 +98,9 @@ public:
 
     /// An outage that ends now is never announced to have ended.
     void alertsOff() { mayBeForgotten_ = true; }
+
+    /// Since the last inspection, if only for a moment.
+    void resumed() { wasResumed_ = true; }
 
 private:
     static void checkFigures(const StatCounter& counter) {
@@ -124,6 +130,16 @@ private:
             std::ranges::adjacent_find(samples, std::ranges::greater_equal(), &Sample::id) == samples.end());
     }
 
+    /// Nothing is sent, and nothing is open.
+    void checkPause() {
+        const std::size_t sent = world_.network.sent().size();
+        const bool wasPaused = std::exchange(isPaused_, monitor_.reading().isPaused());
+        const std::size_t sentBefore = std::exchange(sent_, sent);
+        RC_ASSERT(!isPaused_ || world_.network.openSockets() == 0);
+        RC_ASSERT(!isPaused_ || !wasPaused || wasResumed_ || sent == sentBefore);
+        wasResumed_ = false;
+    }
+
     void checkTexts() const {
         const Reading& reading = monitor_.reading();
         const bool isDown = reading.isDown();
@@ -131,7 +147,9 @@ private:
         RC_ASSERT(reading.menuTitle(true) == expectedTitle(reading));
         RC_ASSERT(reading.downReason.has_value() == isDown);
         RC_ASSERT((reading.qualityTitle == "Connection down") == isDown);
-        RC_ASSERT((reading.qualityTitle == "Connecting…") == isConnecting);
+        RC_ASSERT(reading.qualityTitle.starts_with("Paused until ") == reading.isPaused());
+        RC_ASSERT((reading.qualityTitle == "Connecting…") == (isConnecting && !reading.isPaused()));
+        RC_ASSERT(!reading.isPaused() || isConnecting);
         RC_ASSERT((reading.qualityTone == QualityTone::neutral) == isConnecting);
         RC_ASSERT(!isDown || reading.qualityTone == QualityTone::bad);
         RC_ASSERT((reading.bars == 0) == (isDown || !reading.score));
@@ -144,6 +162,9 @@ private:
     [[nodiscard]] static std::string expectedTitle(const Reading& reading) {
         if (reading.isDown()) {
             return "Failed";
+        }
+        if (reading.isPaused()) {
+            return "Paused";
         }
         if (!reading.latestPingMs) {
             return "…";
@@ -159,6 +180,9 @@ private:
     std::size_t reviewed_ = 0;
     bool isOwed_ = false;
     bool mayBeForgotten_ = false;
+    bool isPaused_ = false;
+    bool wasResumed_ = false;
+    std::size_t sent_ = 0;
     ChangeCounter<Reading> readings_{[this] { return monitor_.reading(); }};
 };
 
@@ -189,6 +213,8 @@ public:
         world_.answerAfter(MonitorWorld::usualDelay);
         world_.network.setSendFails(false);
         world_.network.setSocketError(AF_INET, std::nullopt);
+        world_.monitor->resume();
+        inspector_->resumed();
         changeHost("192.0.2.200");
         world_.pass(5);
         RC_ASSERT(world_.monitor->reading().status == Status::up);
@@ -294,8 +320,20 @@ private:
         case Event::resetAllTime:
             world_.monitor->resetAllTimeStats();
             break;
+        case Event::pause:
+            pause(step.choice);
+            break;
         default:
             break;
+        }
+    }
+
+    void pause(unsigned choice) {
+        if (choice % 4 == 0) {
+            world_.monitor->resume();
+            inspector_->resumed();
+        } else {
+            world_.monitor->pause(static_cast<int>(choice * choice));
         }
     }
 

@@ -35,6 +35,9 @@ std::string SettingsModel::presentAddressLine() const {
     if (reading.isDown() && reading.startError) {
         return reading.downReasonText;
     }
+    if (reading.isPaused()) {
+        return reading.qualityTitle;
+    }
     return "Resolving…";
 }
 

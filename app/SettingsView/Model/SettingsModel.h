@@ -23,7 +23,7 @@ public:
 
     [[nodiscard]] const Preferences& values() const { return monitor_.prefs(); }
 
-    /// The host's address, that it is being resolved, or why it can't be.
+    /// The host's address, that it is being resolved, or why it can't be or is not.
     [[nodiscard]] const std::string& addressLine() const { return addressLine_.get(); }
 
     /// What the user should know or do.

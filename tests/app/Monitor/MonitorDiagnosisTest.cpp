@@ -193,6 +193,71 @@ TEST_F(MonitorDiagnosisTest, AnotherHostTakesTheVerdictAlong) {
     EXPECT_FALSE(monitor.reading().verdict);
 }
 
+TEST_F(MonitorDiagnosisTest, APauseTakesTheVerdictAlongAndAsksNobody) {
+    watchFor(60);
+    cutAt(2);
+    secondsUntil([this] { return hasBlame(); });
+
+    monitor.pause(3600);
+    EXPECT_FALSE(monitor.reading().verdict);
+    EXPECT_THAT(monitor.reading().path, IsEmpty());
+    const std::size_t sent = probes.sent.size();
+    const std::size_t questions = connectivity.asked.size();
+    const int links = link.asked;
+    loop.advance(3599);
+
+    EXPECT_THAT(probes.sent, SizeIs(sent));
+    EXPECT_THAT(connectivity.asked, SizeIs(questions));
+    EXPECT_EQ(link.asked, links);
+}
+
+TEST_F(MonitorDiagnosisTest, APauseInTheMiddleOfLearningThePathStopsThat) {
+    watchFor(4);
+    const std::size_t sent = probes.sent.size();
+    ASSERT_THAT(sent, AllOf(testing::Gt(0U), testing::Lt(probesToLearn)));
+
+    monitor.pause(3600);
+    loop.advance(3599);
+
+    EXPECT_THAT(probes.sent, SizeIs(sent));
+}
+
+TEST_F(MonitorDiagnosisTest, InAPauseNoNameServerIsAsked) {
+    watchName(0.1);
+    network.setHost(name, PingError::resolution("Temporary failure in name resolution"));
+    path.report(true, {"eth0", "wlan0"});
+    secondsUntil([this] { return hasBlame(); });
+
+    monitor.pause(3600);
+    const std::size_t asked = nameServers.asked.size();
+    const int lookups = network.lookups(name);
+    loop.advance(3599);
+
+    EXPECT_THAT(nameServers.asked, SizeIs(asked));
+    EXPECT_EQ(network.lookups(name), lookups);
+}
+
+TEST_F(MonitorDiagnosisTest, AfterAPauseThePathIsLearntAnew) {
+    watchFor(60);
+    monitor.pause(60);
+    loop.advance(120);
+
+    EXPECT_THAT(probes.sent, SizeIs(2 * probesToLearn));
+    EXPECT_FALSE(monitor.reading().verdict);
+}
+
+TEST_F(MonitorDiagnosisTest, AnOutageAfterAPauseIsJudgedByWhatIsFoundThen) {
+    watchFor(60);
+    monitor.pause(60);
+    loop.advance(90);
+
+    cutAt(2);
+    secondsUntil([this] { return isDown(); });
+
+    EXPECT_LE(secondsUntil([this] { return hasBlame(); }), 5);
+    EXPECT_EQ(monitor.reading().verdict->blame, Blame::provider);
+}
+
 TEST_F(MonitorDiagnosisTest, WhileTheNameIsFoundInTimeNoNameServerIsAsked) {
     watchName(1.4);
     path.report(true, {"eth0", "wlan0"});

@@ -55,6 +55,13 @@ protected:
 
     [[nodiscard]] bool isDown() const { return monitor.reading().status == Monitor::Status::down; }
 
+    /// In seconds since the beginning.
+    [[nodiscard]] static Gap gapOf(Gap::Kind kind, int from, int to) {
+        return {
+            .kind = kind,
+            .span = {.from = begin + std::chrono::seconds(from), .to = begin + std::chrono::seconds(to)}};
+    }
+
     static constexpr std::chrono::sys_days begin{std::chrono::year(2026) / 11 / 23};
 
     test::TemporaryFolder folder;
@@ -150,6 +157,83 @@ TEST_F(MonitorHistoryTest, HoldsASleepAsAGap) {
             .kind = Gap::Kind::asleep,
             .span = {.from = begin + std::chrono::seconds(60), .to = begin + std::chrono::seconds(3660)}}}));
     EXPECT_NEAR(availability().watched, 120, 2);
+}
+
+TEST_F(MonitorHistoryTest, HoldsAPauseAsAGap) {
+    watchFor(60);
+    monitor.pause(600);
+    loop.advance(660);
+
+    EXPECT_EQ(kept().gaps, std::vector{gapOf(Gap::Kind::paused, 60, 660)});
+    EXPECT_NEAR(availability().watched, 120, 2);
+}
+
+TEST_F(MonitorHistoryTest, AnOutageThatLastsIsCutByAPause) {
+    watchFor(60);
+    fallSilent();
+    loop.advance(30);
+    ASSERT_TRUE(isDown());
+    monitor.pause(600);
+    loop.advance(660);
+    ASSERT_TRUE(isDown());
+    answer();
+    loop.advance(30);
+
+    const History history = kept();
+    ASSERT_THAT(history.episodes, SizeIs(testing::Ge(2U)));
+    EXPECT_EQ(history.episodes[0].end, begin + std::chrono::seconds(90));
+    EXPECT_EQ(history.episodes[1].start, begin + std::chrono::seconds(690));
+}
+
+TEST_F(MonitorHistoryTest, TellsASleepApartFromThePauseAroundIt) {
+    watchFor(60);
+    monitor.pause(3600);
+    loop.advance(600);
+    sleep.goToSleep();
+    loop.sleep(1200);
+    sleep.wake();
+    loop.advance(1860);
+
+    EXPECT_EQ(
+        kept().gaps, (std::vector{
+                         gapOf(Gap::Kind::paused, 60, 660), gapOf(Gap::Kind::asleep, 660, 1860),
+                         gapOf(Gap::Kind::paused, 1860, 3660)}));
+}
+
+TEST_F(MonitorHistoryTest, APauseThatIsOverInASleepEndsWhereThatBegan) {
+    watchFor(60);
+    monitor.pause(3600);
+    loop.advance(600);
+    sleep.goToSleep();
+    loop.sleep(36'000);
+    sleep.wake();
+    loop.advance(60);
+
+    EXPECT_EQ(
+        kept().gaps, (std::vector{gapOf(Gap::Kind::paused, 60, 660), gapOf(Gap::Kind::asleep, 660, 36'660)}));
+}
+
+TEST_F(MonitorHistoryTest, APauseThatBeganInASleepIsAGapFromTheWake) {
+    watchFor(60);
+    sleep.goToSleep();
+    monitor.pause(3600);
+    loop.sleep(1800);
+    sleep.wake();
+    loop.advance(1860);
+
+    EXPECT_EQ(
+        kept().gaps, (std::vector{gapOf(Gap::Kind::asleep, 60, 1860), gapOf(Gap::Kind::paused, 1860, 3660)}));
+}
+
+TEST_F(MonitorHistoryTest, SwitchedOnInAPauseItHoldsThePause) {
+    prefs.setKeepsHistory(false);
+    watchFor(60);
+    monitor.pause(600);
+    loop.advance(60);
+    prefs.setKeepsHistory(true);
+    loop.advance(600);
+
+    EXPECT_EQ(kept().gaps, std::vector{gapOf(Gap::Kind::paused, 120, 660)});
 }
 
 TEST_F(MonitorHistoryTest, HoldsAStoppedProgramAsAGap) {

@@ -119,6 +119,10 @@ void MonitorScript::addSurroundings() {
     commands_["lookup"] = [this](const Step& step) { setLookup(step); };
     commands_["socketError"] = [this](const Step&) { network.setSocketError(AF_INET, "Permission denied"); };
     commands_["sendError"] = [this](const Step&) { network.setSendFails(true); };
+    commands_["clock"] = [this](const Step& step) {
+        loop.setWallClock(loop.wallNow() + std::chrono::seconds(static_cast<int>(step.number(1))));
+    };
+    commands_["asleep"] = [this](const Step& step) { loop.sleep(step.number(1)); };
     commands_["sleep"] = [this](const Step&) { sleep.goToSleep(); };
     commands_["wake"] = [this](const Step&) { sleep.wake(); };
     commands_["path"] = [this](const Step& step) {
@@ -138,6 +142,10 @@ void MonitorScript::addCommands() {
     commands_["enter"] = [this](const Step& step) { monitor->setHostname(step.word(1)); };
     commands_["restoreDefaults"] = [this](const Step&) { monitor->restoreDefaults(); };
     commands_["save"] = [this](const Step&) { monitor->saveStats(); };
+    commands_["pause"] = [this](const Step& step) { monitor->pause(static_cast<int>(step.number(1))); };
+    commands_["resume"] = [this](const Step&) { monitor->resume(); };
+    commands_["toggle"] = [this](const Step&) { monitor->togglePause(); };
+    commands_["tryAgain"] = [this](const Step&) { monitor->tryAgain(); };
     commands_["resetSession"] = [this](const Step&) { monitor->resetSessionStats(); };
     commands_["resetAllTime"] = [this](const Step&) { monitor->resetAllTimeStats(); };
 }
@@ -146,6 +154,10 @@ void MonitorScript::addVerdicts() {
     questions_["status"] = [this](const Step&) {
         constexpr std::array names{"starting", "up", "down"};
         return std::string(names.at(static_cast<std::size_t>(monitor->reading().status)));
+    };
+    questions_["paused"] = [this](const Step&) {
+        const auto& until = monitor->reading().pausedUntil;
+        return until ? shown(std::chrono::duration<double>(*until - loop.wallNow()).count()) : "no";
     };
     questions_["score"] = [this](const Step&) { return shown(monitor->reading().score); };
     questions_["bars"] = [this](const Step&) { return shown(monitor->reading().bars); };

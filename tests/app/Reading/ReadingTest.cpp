@@ -1,6 +1,8 @@
 // What there is to show, made of what has been measured: every text in every state.
 #include "app/Reading/Reading.h"
 
+#include <cstdlib>
+#include <ctime>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -365,6 +367,64 @@ TEST(Reading, HasABucketForEachPingAtLongIntervals) {
 TEST(Reading, DiffersFromAnotherOneOnlyByWhatItShows) {
     EXPECT_EQ(readingOf({.score = 1}), readingOf({.score = 1}));
     EXPECT_NE(readingOf({.score = 1}), readingOf({.score = 0.9}));
+}
+
+namespace {
+
+/// Half past three in the afternoon, in a zone of its own.
+class ReadingInAPause : public testing::Test {
+protected:
+    ReadingInAPause() { inZone("XXX-2"); }
+
+    ~ReadingInAPause() override {
+        ::unsetenv("TZ");
+        ::tzset();
+    }
+
+    static void inZone(const char* name) {
+        ::setenv("TZ", name, 1);
+        ::tzset();
+    }
+
+    static constexpr auto end =
+        RunLoop::WallTime(std::chrono::hours(24 * 20'000 + 13) + std::chrono::minutes(30));
+    Measurements measured{.resolvedAddress = "192.0.2.7", .pausedUntil = end};
+};
+
+} // namespace
+
+TEST_F(ReadingInAPause, SaysUntilWhen) {
+    const Reading reading = readingOf(measured);
+
+    EXPECT_EQ(reading.pausedUntil, end);
+    EXPECT_EQ(reading.qualityTitle, "Paused until 15:30");
+    EXPECT_EQ(reading.accessibilitySummary, "Paused until 15:30");
+    EXPECT_EQ(reading.itemToolTip(), "Paused until 15:30");
+    EXPECT_EQ(reading.hostLine, "example.org · 192.0.2.7");
+}
+
+TEST_F(ReadingInAPause, HasNoFigures) {
+    const Reading reading = readingOf(measured);
+
+    EXPECT_EQ(reading.bars, 0);
+    EXPECT_EQ(reading.qualityTone, Tone::neutral);
+    EXPECT_EQ(reading.latencyText, "–");
+    EXPECT_EQ(reading.lossText, std::nullopt);
+    EXPECT_EQ(reading.menuTitle(true), "Paused");
+    EXPECT_EQ(reading.figure(), "II");
+}
+
+TEST_F(ReadingInAPause, FollowsTheTimeZone) {
+    inZone("XXX8");
+
+    EXPECT_EQ(readingOf(measured).qualityTitle, "Paused until 05:30");
+}
+
+TEST_F(ReadingInAPause, IsNoneWhilePinging) {
+    measured.pausedUntil.reset();
+
+    EXPECT_FALSE(readingOf(measured).isPaused());
+    EXPECT_EQ(readingOf(measured).qualityTitle, "Connecting…");
 }
 
 TEST(ReadingItemToolTip, EndsWithWhoseFaultItIs) {

@@ -63,6 +63,15 @@ TEST_F(SettingsModelTest, OnceDownForAnErrorTheAddressLineTellsTheReason) {
     EXPECT_THAT(model.addressLine(), Eq("Can’t find host “nowhere.example”"));
 }
 
+TEST_F(SettingsModelTest, AHostThatIsSetInAPauseIsNotResolved) {
+    watchFor(1);
+    monitor.pause(60);
+    EXPECT_THAT(model.addressLine(), Eq("1.1.1.1"));
+    model.commitHost("one.example");
+
+    EXPECT_THAT(model.addressLine(), testing::StartsWith("Paused until "));
+}
+
 TEST_F(SettingsModelTest, PingsLeaveTheReadersOfTheAddressLineAlone) {
     resolve("one.example", "192.0.2.1");
     model.commitHost("one.example");
