@@ -32,7 +32,8 @@ constexpr ProgramTable watchTable{
     .summary = "Watches the quality of the internet connection by pinging one host.",
     .operand = {.name = "HOST", .meaning = "host name or address to ping, for this run only"},
     .options = watchOptions,
-    .ending = "In a terminal it draws a screen: q or Ctrl-C ends it. Elsewhere it prints one line a second.\n"
+    .ending = "In a terminal it draws a screen: q or Ctrl-C ends it, p pauses. Elsewhere it prints one line "
+              "a second.\n"
               "The exit status is 0 after that, 1 if it could not run or write its output, 2 for a wrong "
               "command line.",
     .command = {.word = ReportOptions::command, .table = ReportOptions::table},

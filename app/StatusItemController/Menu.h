@@ -15,6 +15,8 @@ struct MenuItem {
         changeHost,
         resetSession,
         resetAllTime,
+        pause,
+        resume,
         checkForUpdates,
         settings,
         about,

@@ -72,7 +72,7 @@ PanelMenuRow itemRow(int id, const MenuItem& item) {
 } // namespace
 
 std::string PanelMenuHeader::qualityLine(const Reading& reading) {
-    if (reading.isDown()) {
+    if (reading.isDown() || reading.isPaused()) {
         return reading.qualityTitle;
     }
     std::string text = reading.qualityTitle + " · " + reading.latencyText;

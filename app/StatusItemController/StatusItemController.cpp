@@ -2,6 +2,7 @@
 
 #include "app/Reading/Format.h"
 #include "core/MenuBarTitle.h"
+#include "core/PauseLength.h"
 
 #include <algorithm>
 #include <utility>
@@ -44,12 +45,16 @@ Menu::Items StatusItemController::menuItems(bool offersUpdates) {
     changeHost.hidden = true;
     MenuItem resetAllTime = item(Id::resetAllTime, "Reset All Time Stats…", 'R', "view-refresh-symbolic");
     resetAllTime.isAlternate = true;
+    MenuItem resume = item(Id::resume, "Resume", 'e', "media-playback-start-symbolic");
+    resume.hidden = true;
     Menu::Items items{
         {.id = Id::header},
         changeHost,
         separator,
         item(Id::resetSession, "Reset Session Stats", 'R', "view-refresh-symbolic"),
         resetAllTime,
+        item(Id::pause, "Pause for an Hour", 'P', "media-playback-pause-symbolic"),
+        resume,
         separator,
         item(Id::checkForUpdates, "Check for Updates…", 'U', "software-update-available-symbolic"),
         item(Id::settings, "Settings…", 'S', "preferences-system-symbolic", ','),
@@ -150,7 +155,10 @@ void StatusItemController::refreshMenu() {
     if (needs_.updates != nullptr) {
         needs_.menu.setEnabled(Id::checkForUpdates, needs_.updates->canCheckForUpdates());
     }
-    needs_.menu.setHidden(Id::changeHost, !needs_.monitor.reading().isDown());
+    const Reading& reading = needs_.monitor.reading();
+    needs_.menu.setHidden(Id::changeHost, !reading.isDown());
+    needs_.menu.setHidden(Id::pause, reading.isPaused());
+    needs_.menu.setHidden(Id::resume, !reading.isPaused());
 }
 
 void StatusItemController::chosen(MenuItem::Id id) {
@@ -167,6 +175,12 @@ void StatusItemController::chosen(MenuItem::Id id) {
         break;
     case Id::resetAllTime:
         resetAllTimeSelected();
+        break;
+    case Id::pause:
+        needs_.monitor.pause(PauseLength::usual);
+        break;
+    case Id::resume:
+        needs_.monitor.resume();
         break;
     case Id::checkForUpdates:
         if (needs_.updates != nullptr) {

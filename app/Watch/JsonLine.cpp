@@ -63,6 +63,8 @@ void addCounter(JsonText& line, const char* key, const StatCounter& counter) {
 
 void addVerdict(JsonText& line, const Reading& reading) {
     line.add("status", caseName(reading.status));
+    line.add(
+        "pausedUntil", reading.pausedUntil ? std::optional(timestamp(*reading.pausedUntil)) : std::nullopt);
     line.add("score", reading.score);
     line.add("bars", reading.bars);
     line.add("latestPingMs", reading.latestPingMs);

@@ -10,7 +10,7 @@ namespace tarnwick {
 
 namespace {
 
-constexpr std::size_t qualityWidth = 15;
+constexpr std::size_t qualityWidth = 18; // "Paused until 15:30"
 constexpr std::size_t latencyColumn = 9;
 constexpr std::size_t lossColumn = 10;
 

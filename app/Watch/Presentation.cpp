@@ -58,12 +58,12 @@ std::string PlainPresentation::line(double /*judgedAt*/) {
 
 ScreenPresentation::ScreenPresentation(
     RunLoop& loop, const Observed<Reading>& reading, PastSource past, std::unique_ptr<Terminal> terminal,
-    Quit quit)
+    Commands commands)
     : loop_(loop),
       reading_(reading),
       past_(std::move(past)),
       terminal_(std::move(terminal)),
-      quit_(std::move(quit)),
+      commands_(std::move(commands)),
       readsKeys_(::isatty(STDIN_FILENO) != 0),
       renderLoop_(loop, [this] { drawNews(); }) {
     if (readsKeys_) {
@@ -78,7 +78,7 @@ void ScreenPresentation::show(double /*judgedAt*/) {
 void ScreenPresentation::drawNews() {
     const Reading& reading = reading_.get();
     if (reading.status != drawnStatus_ || reading.latestPingMs != drawnLatency_
-        || reading.notices != drawnNotices_) {
+        || reading.pausedUntil != drawnPause_ || reading.notices != drawnNotices_) {
         draw();
     }
 }
@@ -87,6 +87,7 @@ void ScreenPresentation::draw() {
     const Reading& reading = reading_.get();
     drawnStatus_ = reading.status;
     drawnLatency_ = reading.latestPingMs;
+    drawnPause_ = reading.pausedUntil;
     drawnNotices_ = reading.notices;
     terminal_->draw(drawScreen(
         reading,
@@ -114,12 +115,16 @@ void ScreenPresentation::readKeys() {
     case 0:
         if (terminal_->hasHungUp()) {
             keyboard_.reset();
-            quit_({});
+            commands_.quit({});
         }
         break;
     case 'q':
     case 'Q':
-        quit_({});
+        commands_.quit({});
+        break;
+    case 'p':
+    case 'P':
+        commands_.togglePause();
         break;
     case controlL:
         terminal_->repaint();

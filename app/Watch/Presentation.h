@@ -92,16 +92,23 @@ private:
 /// The whole terminal, redrawn in place. Keys choose how far the chart reaches back.
 class ScreenPresentation final : public Presentation {
 public:
+    /// What keys do.
+    struct Commands {
+        Quit quit;
+        std::function<void()> togglePause;
+    };
+
     ScreenPresentation(
         RunLoop& loop, const Observed<Reading>& reading, PastSource past, std::unique_ptr<Terminal> terminal,
-        Quit quit);
+        Commands commands);
 
     void show(double judgedAt) override;
     void windowResized() override;
 
 private:
     void draw();
-    /// Draws a new verdict, answer or notice between ticks. Everything else has time until the next tick.
+    /// Draws a new verdict, answer or notice, and the ends of a pause, between ticks. Everything else has
+    /// time until the next tick.
     void drawNews();
     void readKeys();
     void takeKey(int key);
@@ -112,10 +119,11 @@ private:
     const Observed<Reading>& reading_;
     PastCharts past_;
     std::unique_ptr<Terminal> terminal_;
-    Quit quit_;
+    Commands commands_;
     Format::Grouping grouping_ = Format::Grouping::ofUser();
     ConnectionWatchdog::Status drawnStatus_ = ConnectionWatchdog::Status::starting;
     std::optional<double> drawnLatency_;
+    std::optional<RunLoop::WallTime> drawnPause_;
     Notices drawnNotices_;
     const bool readsKeys_;
     RunLoop::Handle keyboard_;

@@ -24,6 +24,7 @@ constexpr int gridValueWidth = 12;
 constexpr int keysWidth = gridLabelWidth + 4; ///< up to the first title of the grid
 constexpr int scaleWidth = 5;                 ///< of the figures beside the chart, and a blank
 constexpr int fewestRowsWithTimes = 4;        ///< of the chart
+constexpr int keysGap = 3;                    ///< from the last title of the grid
 
 /// Which part of the screen gets how many rows. Rows that stay empty set the parts apart.
 struct Plan {
@@ -294,12 +295,27 @@ void drawCaption(Canvas& canvas, int row, const std::string& title, const std::s
     }
 }
 
+/// What keys do: before the grid's titles, and behind them where the screen is wide enough.
+struct GridKeys {
+    std::string left{};
+    std::string right{};
+};
+
+GridKeys gridKeys(const Reading& reading) {
+    return reading.isPaused() ? GridKeys{.left = "p resumes, q quits"}
+                              : GridKeys{.left = "1-4 span, q quits", .right = "p pauses"};
+}
+
 void drawGrid(
-    Canvas& canvas, int row, const std::array<StatsGrid::Row, StatsGrid::rowCount>& lines, bool tellsKeys) {
+    Canvas& canvas, int row, const std::array<StatsGrid::Row, StatsGrid::rowCount>& lines,
+    const GridKeys& keys) {
     const int session = margin + gridLabelWidth;
     const int allTime = session + gridValueWidth;
-    if (tellsKeys) {
-        canvas.text(row, margin, keysWidth, "1-4 span, q quits", TextStyle::secondary);
+    canvas.text(row, margin, keysWidth, keys.left, TextStyle::secondary);
+    const int right = allTime + gridValueWidth + keysGap;
+    const int room = canvas.size().columns - margin - right;
+    if (canvas.widthOf(keys.right) <= room) {
+        canvas.text(row, right, room, keys.right, TextStyle::secondary);
     }
     canvas.textRight(row, session, gridValueWidth, StatsGrid::sessionTitle, TextStyle::strong);
     canvas.textRight(row, allTime, gridValueWidth, StatsGrid::allTimeTitle, TextStyle::strong);
@@ -398,7 +414,8 @@ Canvas drawScreen(const Reading& reading, const ScreenOptions& options, ScreenSi
     }
     if (plan.grid) {
         const auto rows = StatsGrid::rows(reading.session, reading.site, options.grouping);
-        drawGrid(canvas, row + (plan.gaps ? 1 : 0), rows, options.readsKeys);
+        const GridKeys keys = options.readsKeys ? gridKeys(reading) : GridKeys{};
+        drawGrid(canvas, row + (plan.gaps ? 1 : 0), rows, keys);
     }
     return canvas;
 }

@@ -45,7 +45,7 @@ void takeCharacterSet() {
 }
 
 std::unique_ptr<Presentation> makePresentation(
-    const WatchOptions& options, RunLoop& loop, const Monitor& monitor, Presentation::Quit quit) {
+    const WatchOptions& options, RunLoop& loop, Monitor& monitor, Presentation::Quit quit) {
     const Observed<Reading>& reading = monitor.observedReading();
     if (options.json) {
         return std::make_unique<JsonPresentation>(loop, reading, std::move(quit));
@@ -55,7 +55,9 @@ std::unique_ptr<Presentation> makePresentation(
             .read = [&monitor](const Span& span) { return monitor.history(span); },
             .whyEmpty = [&monitor] { return monitor.whyNoHistory(); }};
         return std::make_unique<ScreenPresentation>(
-            loop, reading, past, std::move(terminal), std::move(quit));
+            loop, reading, past, std::move(terminal),
+            ScreenPresentation::Commands{
+                .quit = std::move(quit), .togglePause = [&monitor] { monitor.togglePause(); }});
     }
     return std::make_unique<PlainPresentation>(loop, reading, std::move(quit));
 }

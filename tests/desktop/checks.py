@@ -280,7 +280,7 @@ class PanelChecks:
         self.assertTrue(any(CHART_SUMMARY.match(text) for text in seen), seen)
         for title in GRID_ROWS:
             self.assertTrue(any(text.startswith(f"{title}: session ") for text in seen), (title, seen))
-        for title in ("Reset Session Stats", "Settings…", "About Tarnwick", "Quit Tarnwick"):
+        for title in ("Reset Session Stats", "Pause for an Hour", "Settings…", "About Tarnwick", "Quit Tarnwick"):
             self.assertIn(title, seen)
         self.assertNotIn("Change Host…", seen)
 

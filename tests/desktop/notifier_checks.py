@@ -20,7 +20,14 @@ CLICK_SECONDS = 5
 # From an item to a place inside its menu.
 ASIDE = 40
 MENU_HEIGHT = 150  # at the least, with header and items
-MENU_TITLES = ("Reset Session Stats", "Reset All Time Stats…", "Settings…", "About Tarnwick", "Quit Tarnwick")
+MENU_TITLES = (
+    "Reset Session Stats",
+    "Reset All Time Stats…",
+    "Pause for an Hour",
+    "Settings…",
+    "About Tarnwick",
+    "Quit Tarnwick",
+)
 
 
 class NotifierChecks(PanelChecks):

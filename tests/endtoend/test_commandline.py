@@ -29,6 +29,7 @@ KEYS: dict[str, tuple[type, ...]] = {
     "host": (str,),
     "resolvedAddress": (str, NOTHING),
     "status": (str,),
+    "pausedUntil": (str, NOTHING),
     "score": (*NUMBER, NOTHING),
     "bars": (int,),
     "latestPingMs": (*NUMBER, NOTHING),

@@ -53,6 +53,20 @@ TEST_F(PanelMenuTextTest, ADownIsSaidInWordsWithItsReasonBelow) {
     EXPECT_EQ(lines[1].label, "No replies for 8 s");
 }
 
+TEST_F(PanelMenuTextTest, APauseIsSaidWithItsEndAndCanBeEnded) {
+    showMenu();
+    watchFor(5.5);
+    EXPECT_FALSE(row("Resume").visible);
+
+    panelMenu->choose(row("Pause for an Hour").id);
+
+    EXPECT_THAT(panelMenu->rows()[0].label, testing::MatchesRegex("Paused until [0-9][0-9]:[0-9][0-9]"));
+    EXPECT_FALSE(row("Pause for an Hour").visible);
+    panelMenu->choose(row("Resume").id);
+    EXPECT_FALSE(monitor.reading().isPaused());
+    EXPECT_TRUE(row("Pause for an Hour").visible);
+}
+
 TEST_F(PanelMenuTextTest, ALongHostNameLosesItsMiddle) {
     const std::string name = std::string(60, 'a') + "." + std::string(60, 'b') + ".example.org";
     resolve(name, "192.0.2.7");
@@ -166,8 +180,8 @@ TEST_F(PanelMenuTextTest, TheRowsAreTheHeaderAndThenTheItems) {
     EXPECT_THAT(
         labels, testing::ElementsAre(
                     StartsWith("Excellent"), "1.1.1.1", testing::_, StartsWith("Session: "), "Change Host…",
-                    "-", "Reset Session Stats", "Reset All Time Stats…", "-", "Settings…", "About Tarnwick",
-                    "-", "Quit Tarnwick"));
+                    "-", "Reset Session Stats", "Reset All Time Stats…", "Pause for an Hour", "Resume", "-",
+                    "Settings…", "About Tarnwick", "-", "Quit Tarnwick"));
 }
 
 TEST_F(PanelMenuTextTest, BothResetsAreListed) {

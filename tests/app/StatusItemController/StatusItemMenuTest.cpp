@@ -31,9 +31,10 @@ TEST_F(StatusItemMenuTest, TheMenuHasItsItemsInOrder) {
     }
 
     EXPECT_THAT(
-        titles, ElementsAre(
-                    "", "Change Host…", "-", "Reset Session Stats", "Reset All Time Stats…", "-",
-                    "Check for Updates…", "Settings…", "About Tarnwick", "-", "Quit Tarnwick"));
+        titles,
+        ElementsAre(
+            "", "Change Host…", "-", "Reset Session Stats", "Reset All Time Stats…", "Pause for an Hour",
+            "Resume", "-", "Check for Updates…", "Settings…", "About Tarnwick", "-", "Quit Tarnwick"));
 }
 
 TEST_F(StatusItemMenuTest, ItsIconsAreInOldAndNewThemesOfGnome) {
@@ -42,6 +43,8 @@ TEST_F(StatusItemMenuTest, ItsIconsAreInOldAndNewThemesOfGnome) {
         "",
         "application-exit-symbolic",
         "help-about-symbolic",
+        "media-playback-pause-symbolic",
+        "media-playback-start-symbolic",
         "network-wired-symbolic",
         "preferences-system-symbolic",
         "software-update-available-symbolic",
@@ -160,6 +163,40 @@ TEST_F(StatusItemMenuTest, ChangeHostComesAndGoesWhileTheMenuStaysOpen) {
     ASSERT_EQ(monitor.reading().status, Monitor::Status::up);
 
     EXPECT_TRUE(menuItem(Id::changeHost)->hidden);
+}
+
+// The pause.
+
+TEST_F(StatusItemMenuTest, PauseIsResumeDuringAPause) {
+    showFor(5.5);
+    menu->willOpen();
+    EXPECT_FALSE(menuItem(Id::pause)->hidden);
+    EXPECT_TRUE(menuItem(Id::resume)->hidden);
+
+    menu->choose(Id::pause);
+    loop.runPending();
+
+    EXPECT_EQ(monitor.reading().pausedUntil, loop.wallNow() + std::chrono::hours(1));
+    EXPECT_TRUE(menuItem(Id::pause)->hidden);
+    EXPECT_FALSE(menuItem(Id::resume)->hidden);
+
+    menu->choose(Id::resume);
+    loop.runPending();
+
+    EXPECT_FALSE(monitor.reading().isPaused());
+    EXPECT_FALSE(menuItem(Id::pause)->hidden);
+    EXPECT_TRUE(menuItem(Id::resume)->hidden);
+}
+
+TEST_F(StatusItemMenuTest, AMenuOpenedDuringAPauseOffersToResume) {
+    showFor(5.5);
+    monitor.pause(60);
+
+    menu->willOpen();
+    EXPECT_FALSE(menuItem(Id::resume)->hidden);
+
+    loop.advance(61);
+    EXPECT_TRUE(menuItem(Id::resume)->hidden) << "the pause is over";
 }
 
 // Resets.

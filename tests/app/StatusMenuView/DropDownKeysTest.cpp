@@ -61,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(
         Highlighting{"UpBeginsAtTheBottom", {Qt::Key_Up}, "Quit Tarnwick"},
         Highlighting{"UpGoesAroundTheTop", {Qt::Key_Down, Qt::Key_Up}, "Quit Tarnwick"},
         Highlighting{"DownGoesAroundTheBottom", {Qt::Key_Up, Qt::Key_Down}, "Reset Session Stats"},
-        Highlighting{"TabGoesForward", {Qt::Key_Tab, Qt::Key_Tab}, "Check for Updates…"},
+        Highlighting{"TabGoesForward", {Qt::Key_Tab, Qt::Key_Tab}, "Pause for an Hour"},
         Highlighting{
             "ShiftTabGoesBackward",
             {Qt::Key_Tab, Qt::Key_Tab, Qt::ShiftModifier | Qt::Key_Backtab},
@@ -91,9 +91,9 @@ TEST_P(DropDownChoice, IsMadeByKeys) {
 INSTANTIATE_TEST_SUITE_P(
     DropDownTest, DropDownChoice,
     testing::Values(
-        Choice{"Return", {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return}, {Id::checkForUpdates}},
-        Choice{"Enter", {Qt::Key_Down, Qt::Key_Down, Qt::Key_Enter}, {Id::checkForUpdates}},
-        Choice{"Space", {Qt::Key_Down, Qt::Key_Down, Qt::Key_Space}, {Id::checkForUpdates}},
+        Choice{"Return", {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return}, {Id::pause}},
+        Choice{"Enter", {Qt::Key_Down, Qt::Key_Down, Qt::Key_Enter}, {Id::pause}},
+        Choice{"Space", {Qt::Key_Down, Qt::Key_Down, Qt::Key_Space}, {Id::pause}},
         Choice{"ReturnWithoutAHighlight", {Qt::Key_Return}, {}, false},
         Choice{"Escape", {Qt::Key_Escape}, {}}, Choice{"Letter", {Qt::Key_A}, {Id::about}},
         Choice{"LetterWithAlt", {Qt::AltModifier | Qt::Key_A}, {Id::about}},
@@ -115,6 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(DropDownTest, DisabledItemsAreSteppedOver) {
     menu.menu.setEnabled(Id::checkForUpdates, false);
     open();
+    press(Qt::Key_Down);
     press(Qt::Key_Down);
     press(Qt::Key_Down);
 
@@ -141,7 +142,7 @@ TEST_F(DropDownTest, AClickOnAnItemChoosesIt) {
 TEST_F(DropDownTest, ADisabledItemCannotBeChosen) {
     menu.menu.setEnabled(Id::checkForUpdates, false);
     open();
-    rows()[1]->click();
+    rows()[2]->click();
     press(Qt::Key_U);
 
     EXPECT_THAT(menu.chosen, IsEmpty());
@@ -163,7 +164,7 @@ TEST_F(DropDownTest, WhileAltOrShiftIsHeldTheAlternateStands) {
     for (const QKeyCombination keys : {Qt::AltModifier | Qt::Key_Alt, Qt::ShiftModifier | Qt::Key_Shift}) {
         press(keys);
         EXPECT_EQ(titles().front(), "Reset All Time Stats…");
-        EXPECT_EQ(rows().size(), 5U);
+        EXPECT_EQ(rows().size(), 6U);
 
         release(keys.key());
         EXPECT_EQ(titles().front(), "Reset Session Stats");
@@ -204,17 +205,17 @@ TEST_F(DropDownTest, ThePointerTellsOfShiftWithoutAKey) {
 TEST_F(DropDownTest, ThePointerHighlightsWhatItIsOn) {
     open();
     QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
-    QApplication::sendEvent(rows()[2], &enter);
+    QApplication::sendEvent(rows()[3], &enter);
     EXPECT_EQ(highlighted(), "Settings…");
 
     QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(rows()[2], &leave);
+    QApplication::sendEvent(rows()[3], &leave);
     EXPECT_EQ(highlighted(), "");
 }
 
 TEST_F(DropDownTest, AssistiveTechnologyCanPressAnItem) {
     open();
-    QAccessibleInterface* const row = QAccessible::queryAccessibleInterface(rows()[3]);
+    QAccessibleInterface* const row = QAccessible::queryAccessibleInterface(rows()[4]);
     row->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     const QDeadlineTimer deadline(10'000);
     while (menu.chosen.empty() && !deadline.hasExpired()) {

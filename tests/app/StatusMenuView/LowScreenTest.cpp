@@ -1,5 +1,6 @@
 // The drop-down where the screen is low for the font.
 #include "app/StatusMenuView/LatencyChartView.h"
+#include "app/ViewStyle/ViewStyle.h"
 #include "tests/app/StatusMenuView/DropDownTest.h"
 
 #include <QScreen>
@@ -67,10 +68,17 @@ private:
 
 } // namespace
 
-TEST_F(LowScreenTest, InTheUsualFontNothingGivesWay) {
+TEST_F(LowScreenTest, InASmallFontNothingGivesWay) {
+    openWithFont(0.9);
+
+    EXPECT_EQ(chart().chartHeight(), ViewStyle(chart()).length(64));
+    EXPECT_TRUE(isSeen(*rows().back()));
+}
+
+TEST_F(LowScreenTest, InTheUsualFontTheChartGivesWayByLessThanARow) {
     openWithFont(1);
 
-    EXPECT_EQ(chart().chartHeight(), 64);
+    EXPECT_GT(chart().chartHeight(), 64 - rows().back()->height());
     EXPECT_TRUE(isSeen(*rows().back()));
 }
 

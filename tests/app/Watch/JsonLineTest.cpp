@@ -46,10 +46,10 @@ TEST_F(JsonLineTest, HasExactlyItsKeysInOrder) {
     EXPECT_THAT(
         keys(line()),
         testing::ElementsAre(
-            "time", "monotonic", "host", "resolvedAddress", "status", "score", "bars", "latestPingMs",
-            "lossPercent", "lossIsKnown", "menuTitle", "tooltip", "qualityTitle", "qualityTone", "downReason",
-            "downReasonText", "lastError", "startError", "verdict", "likelihood", "evidence", "path",
-            "accessibilitySummary", "session", "site", "samples", "notices"));
+            "time", "monotonic", "host", "resolvedAddress", "status", "pausedUntil", "score", "bars",
+            "latestPingMs", "lossPercent", "lossIsKnown", "menuTitle", "tooltip", "qualityTitle",
+            "qualityTone", "downReason", "downReasonText", "lastError", "startError", "verdict", "likelihood",
+            "evidence", "path", "accessibilitySummary", "session", "site", "samples", "notices"));
     const auto counter =
         testing::ElementsAre("sent", "replied", "lost", "averageMs", "fastestMs", "slowestMs");
     EXPECT_THAT(keys(line()["session"]), counter);
@@ -69,8 +69,8 @@ TEST_F(JsonLineTest, WhatIsNotKnownYetIsNull) {
     reading_.downReasonText = "No replies for 8 s";
 
     for (const char* key :
-         {"verdict", "likelihood", "evidence", "resolvedAddress", "score", "latestPingMs", "downReason",
-          "downReasonText", "lastError", "startError"}) {
+         {"pausedUntil", "verdict", "likelihood", "evidence", "resolvedAddress", "score", "latestPingMs",
+          "downReason", "downReasonText", "lastError", "startError"}) {
         EXPECT_TRUE(line()[key].is_null()) << key;
     }
 }
@@ -107,8 +107,8 @@ TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
 
     constexpr auto expected =
         R"({"time":"1970-01-01T00:00:00.001Z","monotonic":12.5,"host":"example.org",)"
-        R"("resolvedAddress":"192.0.2.7","status":"up","score":0.75,"bars":4,"latestPingMs":40.5,)"
-        R"("lossPercent":2.5,"lossIsKnown":true,"menuTitle":"the title","tooltip":"the tool tip",)"
+        R"("resolvedAddress":"192.0.2.7","status":"up","pausedUntil":null,"score":0.75,"bars":4,)"
+        R"("latestPingMs":40.5,"lossPercent":2.5,"lossIsKnown":true,"menuTitle":"the title","tooltip":"the tool tip",)"
         R"("qualityTitle":"Good","qualityTone":"good","downReason":null,"downReasonText":null,)"
         R"("lastError":"Could not open ICMP socket: Permission denied",)"
         R"("startError":"Could not open ICMP socket: Permission denied",)"
@@ -122,6 +122,12 @@ TEST_F(JsonLineTest, EachValueStandsUnderItsName) {
         R"("samples":300,"notices":["Allow it with: the command","No panel"]})"
         "\n";
     EXPECT_EQ(text(), expected);
+}
+
+TEST_F(JsonLineTest, TheEndOfAPauseIsWrittenInUtc) {
+    reading_.pausedUntil = at(std::chrono::milliseconds(3'600'001));
+
+    EXPECT_EQ(line()["pausedUntil"], "1970-01-01T01:00:00.001Z");
 }
 
 TEST_F(JsonLineTest, CasesAreWrittenByTheirNames) {

@@ -60,10 +60,21 @@ std::ptrdiff_t columnOf(const std::string& line, const std::string& part) {
 
 TEST_F(PlainLineTest, HasTimeQualityLatencyLossAndHostInColumns) {
     work();
-    EXPECT_EQ(line(), "2024-02-29 23:59:59  Excellent          40 ms   0% loss  1.1.1.1\n");
+    EXPECT_EQ(line(), "2024-02-29 23:59:59  Excellent             40 ms   0% loss  1.1.1.1\n");
 
     goDown();
-    EXPECT_EQ(line(), "2024-02-29 23:59:59  Connection down     Down            No replies for 8 s\n");
+    EXPECT_EQ(line(), "2024-02-29 23:59:59  Connection down        Down            No replies for 8 s\n");
+}
+
+TEST_F(PlainLineTest, APauseStandsInTheColumns) {
+    work();
+    const std::ptrdiff_t host = columnOf(line(), "1.1.1.1");
+
+    reading_.qualityTitle = "Paused until 15:30";
+    reading_.latencyText = "–";
+    reading_.lossText.reset();
+    EXPECT_EQ(columnOf(line(), "1.1.1.1"), host);
+    EXPECT_EQ(line(), "2024-02-29 23:59:59  Paused until 15:30        –            1.1.1.1\n");
 }
 
 TEST_F(PlainLineTest, AVerdictStandsAtTheEnd) {

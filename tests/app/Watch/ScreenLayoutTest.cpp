@@ -108,6 +108,20 @@ Scene connecting() {
     return scene;
 }
 
+Scene paused() {
+    Scene scene = fair();
+    Reading& reading = scene.reading;
+    reading.status = ConnectionWatchdog::Status::starting;
+    reading.pausedUntil = RunLoop::WallTime();
+    reading.bars = 0;
+    reading.qualityTone = QualityTone::neutral;
+    reading.qualityTitle = "Paused until 15:30";
+    reading.latencyText = "–";
+    reading.lossText.reset();
+    reading.lossPercent = 0;
+    return scene;
+}
+
 Scene veryPoor() {
     Scene scene = everyBar();
     scene.reading.bars = 1;
@@ -279,12 +293,13 @@ INSTANTIATE_TEST_SUITE_P(
     ScreenLayout, GoldenScreen,
     testing::Values(
         Golden{"fair-smallest", fair(), smallest}, Golden{"fair-usual", fair(), usual},
-        Golden{"keys-usual", withKeyboard(fair()), usual}, Golden{"bars-small", everyBar(), small},
-        Golden{"bars-usual", everyBar(), usual}, Golden{"bars-large", everyBar(), large},
-        Golden{"bars-ascii", inAscii(everyBar()), usual}, Golden{"bars-narrow", everyBar(), {10, 20}},
-        Golden{"very-poor", veryPoor(), small}, Golden{"excellent", excellent(), {24, 40}},
-        Golden{"connecting", connecting(), usual}, Golden{"down", down(), usual},
-        Golden{"five-buckets", fiveMinuteBuckets(), small},
+        Golden{"keys-usual", withKeyboard(fair()), usual},
+        Golden{"paused-usual", withKeyboard(paused()), usual}, Golden{"paused-smallest", paused(), smallest},
+        Golden{"bars-small", everyBar(), small}, Golden{"bars-usual", everyBar(), usual},
+        Golden{"bars-large", everyBar(), large}, Golden{"bars-ascii", inAscii(everyBar()), usual},
+        Golden{"bars-narrow", everyBar(), {10, 20}}, Golden{"very-poor", veryPoor(), small},
+        Golden{"excellent", excellent(), {24, 40}}, Golden{"connecting", connecting(), usual},
+        Golden{"down", down(), usual}, Golden{"five-buckets", fiveMinuteBuckets(), small},
         Golden{"notices-smallest", withNotices(), smallest}, Golden{"notices-usual", withNotices(), usual},
         Golden{"verdict-smallest", withVerdict(), smallest}, Golden{"verdict-usual", withVerdict(), usual},
         Golden{"past-usual", pastDay(72), usual}, Golden{"past-small", pastDay(24), small},
