@@ -109,6 +109,14 @@ AppDelegate::~AppDelegate() {
     }
 }
 
+void AppDelegate::pause(int seconds) {
+    if (seconds == 0) {
+        monitor_.resume();
+    } else {
+        monitor_.pause(seconds);
+    }
+}
+
 Updater::Needs AppDelegate::updaterNeeds(const Setup& setup) {
     if (setup.bundle != nullptr) {
         bundleUpdates_.emplace(

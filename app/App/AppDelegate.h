@@ -62,6 +62,9 @@ public:
 
     void openSettings(const std::string& activationToken) { windows_->openSettings(activationToken); }
 
+    /// For so many seconds; 0 resumes. What is no length of a pause is ignored.
+    void pause(int seconds);
+
 private:
     /// Asks an administrator to let this user ping; null where the desktop can't ask.
     [[nodiscard]] std::function<void()> allowingPing();

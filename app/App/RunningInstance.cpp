@@ -18,10 +18,36 @@ void say(const char* text) {
     std::fprintf(stderr, "tarnwick: %s\n", text);
 }
 
+void sayWhyItWasNotAsked(InstanceGuard::Result result) {
+    if (result == InstanceGuard::Result::anotherIsSilent) {
+        saySilentInstance();
+    } else {
+        say("it is not running");
+    }
+}
+
 } // namespace
 
 void saySilentInstance() {
     say("another instance is running, but it does not answer");
+}
+
+int pauseRunningInstance(int seconds) {
+    EpollRunLoop loop;
+    BusConnection bus(loop, BusConnection::sessionAddress());
+    int status = EXIT_FAILURE;
+    const auto decided = [&](InstanceGuard::Result result) {
+        if (result == InstanceGuard::Result::anotherRuns) {
+            status = EXIT_SUCCESS;
+        } else {
+            sayWhyItWasNotAsked(result);
+        }
+        loop.stop();
+    };
+    const InstanceGuard guard(
+        loop, bus, {.request = InstanceGuard::Request::pause, .pauseSeconds = seconds}, decided);
+    loop.run();
+    return status;
 }
 
 int quitRunningInstance() {
@@ -44,11 +70,7 @@ int quitRunningInstance() {
             });
             return;
         }
-        if (result == InstanceGuard::Result::anotherIsSilent) {
-            saySilentInstance();
-        } else {
-            say("it is not running");
-        }
+        sayWhyItWasNotAsked(result);
         loop.stop();
     };
     const InstanceGuard guard(loop, bus, {.request = InstanceGuard::Request::quit}, decided);

@@ -63,15 +63,18 @@ int statusBesideAnother(Instance::Result result, const AppOptions& options) {
     return EXIT_SUCCESS;
 }
 
-void serve(AppDelegate& delegate, Instance::Request request, const std::string& activationToken) {
-    switch (request) {
+void serve(AppDelegate& delegate, const Instance::Start& asked) {
+    switch (asked.request) {
     case Instance::Request::nothing:
         break;
     case Instance::Request::show:
-        delegate.openDropDown(activationToken);
+        delegate.openDropDown(asked.activationToken);
         break;
     case Instance::Request::settings:
-        delegate.openSettings(activationToken);
+        delegate.openSettings(asked.activationToken);
+        break;
+    case Instance::Request::pause:
+        delegate.pause(asked.pauseSeconds);
         break;
     case Instance::Request::quit:
         QCoreApplication::exit();
@@ -132,15 +135,15 @@ Ending runApplication(
                     },
                 .bundle = bundle});
         if (options.request != AppOptions::Request::none) {
-            serve(*delegate, requestFor(options), tokens.activation);
+            serve(*delegate, {.request = requestFor(options), .activationToken = tokens.activation});
         }
     };
     // Its settings can't be changed from here, and it is left alone then.
     const auto request = options.settings.empty() ? requestFor(options) : Instance::Request::nothing;
     InstanceGuard instance(loop, bus, {.request = request, .activationToken = tokens.activation}, begin);
-    instance.onRequest = [&](Instance::Request asked, const std::string& activationToken) {
+    instance.onRequest = [&](const Instance::Start& asked) {
         if (delegate) {
-            serve(*delegate, asked, activationToken);
+            serve(*delegate, asked);
         }
     };
     const int status = QApplication::exec();
@@ -158,6 +161,9 @@ int start(const std::vector<std::string>& arguments, const std::string& name) {
     const auto& options = std::get<AppOptions>(commandLine);
     if (options.request == AppOptions::Request::quit) {
         return quitRunningInstance();
+    }
+    if (options.request == AppOptions::Request::pause) {
+        return pauseRunningInstance(options.pauseSeconds);
     }
     if (const auto problem = DisplayCheck::problem()) {
         std::fprintf(stderr, "tarnwick: %s; tarnwick-watch shows the same in a terminal\n", problem->c_str());

@@ -1,18 +1,30 @@
 #include "app/CommandLine/AppOptions.h"
 
+#include "app/Preferences/SettingTable.h"
+#include "core/PauseLength.h"
+
 #include <array>
+#include <cmath>
 #include <optional>
+#include <utility>
 
 namespace tarnwick {
 
 namespace {
 
-enum AppLetter : int { showLetter = CommonOptions::firstOwn, settingsLetter, quitLetter, sessionLetter };
+enum AppLetter : int {
+    showLetter = CommonOptions::firstOwn,
+    settingsLetter,
+    pauseLetter,
+    quitLetter,
+    sessionLetter
+};
 
-constexpr std::array<ProgramOption, 7> appOptions{{
+constexpr std::array<ProgramOption, 8> appOptions{{
     {"show", nullptr, "open the drop-down, of the running instance if there is one", showLetter},
     {"settings", nullptr, "open the settings window, of the running instance if there is one",
      settingsLetter},
+    {"pause", "SECONDS", "have the running instance ping nothing for so long; 0 resumes", pauseLetter},
     {"quit", nullptr, "end the running instance", quitLetter},
     {"from-session", nullptr, "for starts with the session: no window opens", sessionLetter},
     CommonOptions::setOption,
@@ -21,8 +33,8 @@ constexpr std::array<ProgramOption, 7> appOptions{{
 }};
 constexpr auto appParserOptions = parserOptions(appOptions);
 
-constexpr std::array<const char*, 2> appSynopsis{
-    "[--show | --settings | --from-session] [--set KEY=VALUE]...", "--quit"};
+constexpr std::array<const char*, 3> appSynopsis{
+    "[--show | --settings | --from-session] [--set KEY=VALUE]...", "--pause SECONDS", "--quit"};
 
 constexpr ProgramTable appTable{
     .name = "tarnwick",
@@ -42,6 +54,8 @@ std::optional<AppOptions::Request> requestOf(int letter) {
         return AppOptions::Request::show;
     case settingsLetter:
         return AppOptions::Request::settings;
+    case pauseLetter:
+        return AppOptions::Request::pause;
     case quitLetter:
         return AppOptions::Request::quit;
     case sessionLetter:
@@ -51,16 +65,30 @@ std::optional<AppOptions::Request> requestOf(int letter) {
     }
 }
 
+std::optional<UsageError> takePause(const std::string& text, AppOptions& options) {
+    const std::optional<double> number = numberIn(text);
+    // Compared before it is converted: it may be larger than an integer.
+    const bool isWhole =
+        number && *number >= 0 && *number <= PauseLength::longest && std::trunc(*number) == *number;
+    if (!isWhole) {
+        return UsageError{
+            "--pause takes a whole number of seconds, " + std::to_string(PauseLength::shortest) + " to "
+            + std::to_string(PauseLength::longest) + ", or 0 to resume, not " + quoted(text)};
+    }
+    options.pauseSeconds = static_cast<int>(*number);
+    return std::nullopt;
+}
+
 std::optional<UsageError> apply(int letter, const ArgumentParser& parser, AppOptions& options) {
     const auto request = requestOf(letter);
     if (!request) {
         return options.apply(letter, parser);
     }
     if (options.request != AppOptions::Request::none && options.request != *request) {
-        return UsageError{"only one of --show, --settings, --from-session and --quit is possible"};
+        return UsageError{"only one of --show, --settings, --from-session, --pause and --quit is possible"};
     }
     options.request = *request;
-    return std::nullopt;
+    return letter == pauseLetter ? takePause(ArgumentParser::value(), options) : std::nullopt;
 }
 
 } // namespace
@@ -85,8 +113,11 @@ std::variant<AppOptions, UsageError> parseAppOptions(const std::vector<std::stri
             return std::move(*error);
         }
     }
-    if (options.request == AppOptions::Request::quit && !options.settings.empty()) {
-        return UsageError{"--quit takes no --set"};
+    for (const auto& [request, name] :
+         {std::pair(AppOptions::Request::quit, "--quit"), std::pair(AppOptions::Request::pause, "--pause")}) {
+        if (options.request == request && !options.settings.empty()) {
+            return UsageError{std::string(name) + " takes no --set"};
+        }
     }
     if (const std::vector<std::string> rest = parser.rest(); !rest.empty()) {
         return UsageError{"unknown argument " + quoted(rest.front())};

@@ -14,11 +14,13 @@ struct AppOptions : CommonOptions {
         none,     ///< a person has started it; a running instance opens its drop-down
         show,     ///< to open the drop-down
         settings, ///< to open the settings window
+        pause,    ///< to have the running instance pause or resume
         quit,     ///< to end the running instance
         stay,     ///< the session has started it: to be there and open nothing
     };
 
     Request request = Request::none;
+    int pauseSeconds = 0; ///< of a request to pause; 0 resumes
 
     [[nodiscard]] static const ProgramTable& table();
 

@@ -20,16 +20,17 @@ constexpr const char* applicationInterface = "org.freedesktop.Application";
 constexpr const char* tokenKey = "activation-token";
 
 /// The names of actions on the bus. `Request::show` has a method of its own.
-constexpr std::array<std::pair<const char*, InstanceGuard::Request>, 2> actions{{
+constexpr std::array<std::pair<const char*, InstanceGuard::Request>, 3> actions{{
     {"settings", InstanceGuard::Request::settings},
+    {"pause", InstanceGuard::Request::pause},
     {"quit", InstanceGuard::Request::quit},
 }};
 
 /// Only texts are read.
 using PlatformData = std::map<std::string, std::variant<std::monostate, std::string>>;
 
-/// The parameter of an action, of any type.
-using Parameter = std::variant<std::monostate>;
+/// The parameter of an action: seconds of a pause, or something of another type, which is not read.
+using Parameter = std::variant<std::monostate, std::int32_t>;
 
 PlatformData platformData(const std::string& activationToken) {
     PlatformData data;
@@ -53,6 +54,11 @@ std::string activationToken(const PlatformData& data) {
     return token == nullptr ? std::string() : *token;
 }
 
+std::optional<std::int32_t> pauseLengthIn(const std::vector<Parameter>& parameter) {
+    const auto* const seconds = parameter.empty() ? nullptr : std::get_if<std::int32_t>(&parameter.front());
+    return seconds == nullptr ? std::nullopt : std::optional(*seconds);
+}
+
 } // namespace
 
 /// The object on one connection.
@@ -60,7 +66,7 @@ class InstanceGuard::Exported {
 public:
     explicit Exported(InstanceGuard& guard) : object_(*guard.bus_.link(), objectPath, applicationInterface) {
         object_.method("Activate", {"platform_data"}, {}, [&guard](const PlatformData& data) {
-            passOn(guard, Request::show, data);
+            passOn(guard, {.request = Request::show, .activationToken = activationToken(data)});
         });
         // There are no files to open.
         object_.method(
@@ -69,11 +75,14 @@ public:
         object_.method(
             "ActivateAction", {"action_name", "parameter", "platform_data"}, {},
             [&guard](
-                const std::string& name, const std::vector<Parameter>& /*parameter*/,
-                const PlatformData& data) {
+                const std::string& name, const std::vector<Parameter>& parameter, const PlatformData& data) {
+                const auto seconds = pauseLengthIn(parameter);
                 for (const auto& [action, request] : actions) {
-                    if (name == action) {
-                        passOn(guard, request, data);
+                    if (name == action && (request != Request::pause || seconds)) {
+                        passOn(
+                            guard, {.request = request,
+                                    .activationToken = activationToken(data),
+                                    .pauseSeconds = seconds.value_or(0)});
                     }
                 }
             });
@@ -82,11 +91,11 @@ public:
     [[nodiscard]] bool publish() { return object_.publish(); }
 
 private:
-    static void passOn(InstanceGuard& guard, Request request, const PlatformData& data) {
+    static void passOn(InstanceGuard& guard, const Start& asked) {
         // The other program gets its answer first.
-        guard.loop_.post(guard.lifeline_.guarded([&guard, request, token = activationToken(data)] {
+        guard.loop_.post(guard.lifeline_.guarded([&guard, asked] {
             if (guard.onRequest) {
-                guard.onRequest(request, token);
+                guard.onRequest(asked);
             }
         }));
     }
@@ -176,7 +185,11 @@ void InstanceGuard::askOther() {
     const PlatformData data = platformData(start_.activationToken);
     for (const auto& [action, request] : actions) {
         if (request == start_.request) {
-            call("ActivateAction", std::tuple(std::string(action), std::vector<Parameter>(), data));
+            std::vector<Parameter> parameter;
+            if (request == Request::pause) {
+                parameter.emplace_back(start_.pauseSeconds);
+            }
+            call("ActivateAction", std::tuple(std::string(action), parameter, data));
             return;
         }
     }

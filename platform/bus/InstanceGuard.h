@@ -6,6 +6,7 @@
 #include "platform/bus/BusConnection.h"
 #include "platform/ports/ApplicationId.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,7 +18,7 @@ namespace tarnwick {
 class InstanceGuard {
 public:
     /// What a start asks of the program that is running already.
-    enum class Request { nothing, show, settings, quit };
+    enum class Request { nothing, show, settings, pause, quit };
 
     enum class Result {
         first,
@@ -41,7 +42,8 @@ public:
 
     struct Start {
         Request request = Request::show;
-        std::string activationToken{}; ///< passed on with the request
+        std::string activationToken{}; ///< passed on with the request; lets a window open in front of others
+        std::int32_t pauseSeconds = 0; ///< of a request to pause; 0 resumes
     };
 
     /// `decided` is called once, soon. `bus` is the session's and outlives it.
@@ -50,9 +52,8 @@ public:
     InstanceGuard& operator=(const InstanceGuard&) = delete;
     ~InstanceGuard();
 
-    /// Another start has asked this one for something. The token, which may be empty, lets it open a window
-    /// in front of others.
-    std::function<void(Request request, const std::string& activationToken)> onRequest;
+    /// Another start has asked this one for something. A length is as it came: any number.
+    std::function<void(const Start& asked)> onRequest;
 
 private:
     class Exported;

@@ -80,8 +80,30 @@ TEST(AppOptions, ARequestIsTaken) {
 TEST(AppOptions, ThereIsOnlyOneRequest) {
     EXPECT_EQ(
         appRefusal({"--show", "--quit"}),
-        "only one of --show, --settings, --from-session and --quit is possible");
+        "only one of --show, --settings, --from-session, --pause and --quit is possible");
+    EXPECT_EQ(
+        appRefusal({"--pause", "60", "--quit"}),
+        "only one of --show, --settings, --from-session, --pause and --quit is possible");
     EXPECT_EQ(appRefusal({"--quit", "--set", "PingInterval=5"}), "--quit takes no --set");
+    EXPECT_EQ(appRefusal({"--set", "PingInterval=5", "--pause=60"}), "--pause takes no --set");
+}
+
+TEST(AppOptions, APauseHasALengthInSeconds) {
+    for (const int seconds : {0, 1, 3600, 86'400}) {
+        const AppOptions options = appOptions({"--pause", std::to_string(seconds)});
+        EXPECT_EQ(options.request, AppOptions::Request::pause);
+        EXPECT_EQ(options.pauseSeconds, seconds);
+    }
+    EXPECT_EQ(appOptions({"--pause=60", "--pause=90"}).pauseSeconds, 90);
+}
+
+TEST(AppOptions, APauseOfAnotherLengthIsRefused) {
+    for (const std::string text : {"-1", "86401", "1e300", "0.5", "3600.5", "nan", "inf", "an hour", ""}) {
+        EXPECT_EQ(
+            appRefusal({"--pause=" + text}),
+            "--pause takes a whole number of seconds, 1 to 86400, or 0 to resume, not \"" + text + "\"");
+    }
+    EXPECT_EQ(appRefusal({"--pause"}), "--pause needs a value");
 }
 
 TEST(AppOptions, HelpHasAShortForm) {
@@ -97,8 +119,8 @@ TEST(AppOptions, HelpAndVersionAreTaken) {
 TEST(AppOptions, TheUsageNamesEveryOptionAndListsTheSettings) {
     for (const std::string& part :
          {std::string("--set KEY=VALUE"), std::string("--help"), std::string("--version"),
-          std::string("--show"), std::string("--settings"), std::string("--quit"),
-          std::string("--from-session"), settingsUsage()}) {
+          std::string("--show"), std::string("--settings"), std::string("--pause SECONDS"),
+          std::string("--quit"), std::string("--from-session"), settingsUsage()}) {
         EXPECT_THAT(usageOf(AppOptions::table()), testing::HasSubstr(part));
     }
 }

@@ -27,14 +27,16 @@ struct Start {
     Start(RunLoop& loop, const std::string& address, InstanceGuard::Start start = {})
         : bus(loop, address),
           guard(loop, bus, std::move(start), [this](Result result) { results.push_back(result); }) {
-        guard.onRequest = [this](Request request, const std::string& token) {
-            requests.emplace_back(request, token);
+        guard.onRequest = [this](const InstanceGuard::Start& asked) {
+            requests.emplace_back(asked.request, asked.activationToken);
+            pauses.push_back(asked.pauseSeconds);
         };
     }
 
     BusConnection bus;
     std::vector<Result> results;
     std::vector<std::pair<Request, std::string>> requests;
+    std::vector<std::int32_t> pauses; ///< the length in each request
     InstanceGuard guard;
 };
 
@@ -111,6 +113,38 @@ TEST_F(InstanceGuardTest, ASecondStartAsksTheFirstForWhatItIsFor) {
         ASSERT_TRUE(runUntil([&first] { return !first.requests.empty(); }));
         EXPECT_THAT(first.requests, ElementsAre(Pair(request, "token-1")));
     }
+}
+
+TEST_F(InstanceGuardTest, ASecondStartAsksTheFirstToPauseForItsTime) {
+    const Start first(loop_, daemon_.address());
+    ASSERT_TRUE(runUntilDecided(first));
+
+    for (const std::int32_t seconds : {3600, 0}) {
+        const Start second(loop_, daemon_.address(), {.request = Request::pause, .pauseSeconds = seconds});
+        ASSERT_TRUE(runUntilDecided(second));
+        EXPECT_THAT(second.results, ElementsAre(Result::anotherRuns));
+    }
+
+    ASSERT_TRUE(runUntil([&first] { return first.requests.size() == 2; }));
+    EXPECT_THAT(first.requests, testing::Each(Pair(Request::pause, "")));
+    EXPECT_THAT(first.pauses, ElementsAre(3600, 0));
+}
+
+TEST_F(InstanceGuardTest, APauseWithoutALengthIsNone) {
+    const Start start(loop_, daemon_.address());
+    ASSERT_TRUE(runUntilDecided(start));
+    BusPeer& peer = addPeer();
+    using Value = std::variant<std::string, double>;
+    const std::map<std::string, std::variant<std::string>> noData;
+
+    for (const std::vector<Value>& parameter :
+         {std::vector<Value>{}, std::vector<Value>{std::string("3600")}, std::vector<Value>{3600.0}}) {
+        const auto answer = peer.call(target(), "ActivateAction", std::string("pause"), parameter, noData);
+        ASSERT_TRUE(runUntilAnswered(answer));
+        EXPECT_EQ(answer->error(), "");
+    }
+
+    EXPECT_TRUE(start.requests.empty());
 }
 
 TEST_F(InstanceGuardTest, AStartThatAsksForNothingLeavesTheFirstAlone) {
