@@ -45,7 +45,7 @@ Attempt takeSystemName(int lockFile, FileDescriptor& socket) {
 
 } // namespace
 
-WriterLock::WriterLock(std::filesystem::path file) : path_(std::move(file)) {
+WriterLock::WriterLock(std::filesystem::path file, Access access) : path_(std::move(file)), access_(access) {
     path_ += ".lock";
 }
 
@@ -72,10 +72,14 @@ WriterLock::Attempt WriterLock::acquire() {
 
 FileDescriptor WriterLock::openFile() const {
     static_cast<void>(FileStore::makeFolders(path_.parent_path())); // opening tells whether it is there
-    FileDescriptor file(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    const bool isPrivate = access_ == Access::userAlone;
+    FileDescriptor file(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, isPrivate ? 0600 : 0666));
     if (!file.isOpen() && errno == EACCES) {
         // The file of another user, perhaps root: a lock needs no write permission.
         file = FileDescriptor(::open(path_.c_str(), O_RDONLY | O_CLOEXEC));
+    }
+    if (isPrivate && file.isOpen()) {
+        static_cast<void>(::fchmod(file.get(), 0600)); // one of before; not every file system has them
     }
     return file;
 }

@@ -19,7 +19,10 @@ public:
         impossible,  ///< the folder is not writable
     };
 
-    explicit WriterLock(std::filesystem::path file);
+    /// Whom the lock file is for. One for everybody may be locked by its user also where root has made it.
+    enum class Access { everybody, userAlone };
+
+    explicit WriterLock(std::filesystem::path file, Access access = Access::everybody);
 
     /// Takes the lock if it is free. Never waits.
     Attempt acquire();
@@ -28,6 +31,7 @@ private:
     [[nodiscard]] FileDescriptor openFile() const;
 
     std::filesystem::path path_;
+    Access access_;
     FileDescriptor file_;
     FileDescriptor systemName_; ///< open only where the file system has no locks
 };

@@ -15,7 +15,7 @@ namespace tarnwick {
 
 namespace fs = std::filesystem;
 
-SqliteJournal::SqliteJournal(fs::path file) : file_(std::move(file)), lock_(file_) {
+SqliteJournal::SqliteJournal(fs::path file) : file_(std::move(file)), lock_(file_, WriterLock::Access::userAlone) {
 }
 
 fs::path SqliteJournal::defaultPath() {

@@ -175,15 +175,19 @@ TEST_F(SqliteJournalTest, IsForItsUserAlone) {
     EXPECT_EQ(modeOf(file), 0600U);
     EXPECT_EQ(modeOf(file.string() + "-wal"), 0600U);
     EXPECT_EQ(modeOf(file.string() + "-shm"), 0600U);
+    EXPECT_EQ(modeOf(file.string() + ".lock"), 0600U);
     EXPECT_EQ(modeOf(file.parent_path()), 0700U);
 }
 
 TEST_F(SqliteJournalTest, TakesAwayWhatOthersMayDo) {
     writeFile(file, "");
     ::chmod(file.c_str(), 0664);
+    writeFile(file.string() + ".lock", "");
+    ::chmod((file.string() + ".lock").c_str(), 0644);
     ASSERT_TRUE(journal.write(batchOf(0)));
 
     EXPECT_EQ(modeOf(file), 0600U);
+    EXPECT_EQ(modeOf(file.string() + ".lock"), 0600U);
 }
 
 TEST_F(SqliteJournalTest, EndsAnEpisodeThatWasLeftOpenWhereTheRecordingEnded) {
