@@ -83,6 +83,11 @@ AppDelegate::AppDelegate(RunLoop& loop, BusConnection& bus, const Setup& setup)
       programColors_(loop, ThemeFolders::ofSession()),
       itemFinder_(bus),
       extensionOffer_(bus, monitor_, StatsStore::supportDirectory() / "Tarnwick" / "extension-answered"),
+      historyClearing_(
+          monitor_, settingsModel_,
+          [this](const Question& question, std::function<void(bool)> answered) {
+              windows_->ask(question, std::move(answered));
+          }),
       replacement_(loop, [this] { monitor_.setNotice(newVersionNotice()); }) {
     settings_.tellMistakes([this](const std::vector<std::string>& mistakes) {
         for (const std::string& mistake : mistakes) {
@@ -201,6 +206,7 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
     settingsModel_.allowPinging = allowingPing();
     settingsModel_.answerOffer = [this](bool switchOn) { extensionOffer_.answer(switchOn); };
     settingsModel_.restart = setup.restart;
+    settingsModel_.historyFile = UserFolders::shown(SqliteJournal::defaultPath());
     settingsModel_.networkServers = [] {
         return NetworkServers{.routers = Routers::present(), .nameServers = NameServers::present()};
     };

@@ -6,6 +6,7 @@
 #include "app/App/BundleUpdates.h"
 #include "app/App/DesktopWindows.h"
 #include "app/App/ExtensionOffer.h"
+#include "app/App/HistoryClearing.h"
 #include "app/App/UpdateNotices.h"
 #include "app/Monitor/Monitor.h"
 #include "app/StatusItemController/Painting/QtFacePainter.h"
@@ -103,6 +104,7 @@ private:
     ItemFinder itemFinder_;
     ExtensionOffer extensionOffer_;
     std::optional<ApplicationsOffer> applicationsOffer_; ///< in a bundle
+    HistoryClearing historyClearing_;
     ProgramReplacement replacement_;
     Subscription colorChange_;
     std::unique_ptr<DesktopWindows> windows_;

@@ -69,6 +69,9 @@ public:
     /// Of the current host. Stored at once, or while another process records, when this one takes over.
     void resetAllTimeStats();
 
+    /// Forgets all of the history, of every host. False when something of it may be left.
+    bool clearHistory();
+
     /// For so many seconds, or until `resume`: no pings, nothing sent for a verdict, no alerts. Time that the
     /// machine sleeps counts. A second pause takes the place of the first; a new host does not end it. A
     /// length that `PauseLength` does not admit is ignored.

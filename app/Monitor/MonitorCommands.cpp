@@ -114,6 +114,11 @@ void Monitor::resetAllTimeStats() {
     saveStats();
 }
 
+bool Monitor::clearHistory() {
+    const PublishAtEnd publishAtEnd(*this);
+    return history_.clear();
+}
+
 void Monitor::tryAgain() {
     const PublishAtEnd publishAtEnd(*this);
     measured_.allowingFailed = false;

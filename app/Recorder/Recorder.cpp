@@ -336,6 +336,28 @@ void Recorder::save() {
     }
 }
 
+bool Recorder::clear() {
+    if (journal_ == nullptr) {
+        return true;
+    }
+    const bool isGone = journal_->clear();
+    forgetPast();
+    return isGone;
+}
+
+void Recorder::forgetPast() {
+    discard();
+    forgetPings();
+    mayWriteFrom_ = 0; // the gap that waited is gone
+    if (open_) {
+        open_->start = completeFrom_;
+        open_->pingsLost = 0;
+    }
+    if (interruption_) {
+        interruption_->span = {.from = completeFrom_, .to = completeFrom_};
+    }
+}
+
 std::string Recorder::problem() const {
     const std::string reason = isRecording_ ? journal_->problem() : std::string();
     if (reason.empty() || journal_->state() == Journal::State::otherWrites) {
@@ -402,6 +424,9 @@ void Recorder::write() {
     if (state == Journal::State::otherWrites || state == Journal::State::newerFile) {
         discard();
         return;
+    }
+    if (journal_->wasCleared()) {
+        forgetPast();
     }
     noteTimeBefore();
     collect();

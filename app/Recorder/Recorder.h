@@ -65,6 +65,10 @@ public:
     /// disk, and writes nothing. Of what another process records, the last minute is missing.
     [[nodiscard]] History history(const std::string& host, const Span& span) const;
 
+    /// Forgets all of the past, for every host, also while nothing is recorded. What lasts begins now. False
+    /// when something may be left in the journal.
+    bool clear();
+
     /// Why no history is stored, or what became of it, as a sentence; empty while all is well.
     [[nodiscard]] std::string problem() const;
 
@@ -114,6 +118,7 @@ private:
     [[nodiscard]] Journal::Batch& waiting();
     void collect();
     void discard();
+    void forgetPast();
     void noteTimeBefore();
     void write();
     void dropSurplus();

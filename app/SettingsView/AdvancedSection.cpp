@@ -6,6 +6,7 @@
 #include "app/SettingsView/FormStyle.h"
 #include "app/SettingsView/Picker.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QLocale>
@@ -40,6 +41,8 @@ AdvancedSection::AdvancedSection(SettingsModel& model, QWidget* parent)
       draft_(*timeout_, *timeout_, [this] { commit(); }),
       form_(new QComboBox(this)),
       ink_(new QComboBox(this)),
+      history_(new QCheckBox(this)),
+      clearHistory_(new QPushButton(QStringLiteral("Clear History…"), this)),
       applications_(new QPushButton(this)) {
     qobject_cast<QVBoxLayout*>(layout())->insertWidget(0, heading_);
     connect(heading_, &QPushButton::clicked, this, [this] { open(!heading_->isOpen()); });
@@ -62,12 +65,28 @@ void AdvancedSection::makeRows() {
     for (QComboBox* picker : {form_, ink_}) {
         picker->setFocusPolicy(Qt::StrongFocus); // the wheel scrolls the form
     }
+    makeHistoryRow();
     applicationsRow_ = addRow(QStringLiteral("Your Applications"), {applications_});
     applications_->setAutoDefault(false);
     connect(applications_, &QPushButton::clicked, this, [this] { changeApplications(); });
-    setFooter(QStringLiteral(
-        "A ping without an answer counts as lost after the time-out. Choose form and color if the "
-        "item does not fit your panel."));
+    setFooter(
+        QStringLiteral("A ping without an answer counts as lost after the time-out. Choose form and color if "
+                       "the item does not fit your panel. The history never leaves this computer: it is one "
+                       "file that only you can read, %1.")
+            .arg(QString::fromStdString(model_.historyFile)));
+}
+
+void AdvancedSection::makeHistoryRow() {
+    historyRow_ = addRow(QStringLiteral("Keep a History"), {history_}, 'K');
+    clearHistory_->setAutoDefault(false);
+    clearHistory_->setAccessibleDescription(QStringLiteral("Asks first"));
+    historyRow_->addButton(*clearHistory_);
+    connect(history_, &QCheckBox::toggled, this, [this](bool on) { model_.setKeepsHistory(on); });
+    connect(clearHistory_, &QPushButton::clicked, this, [this] {
+        if (model_.clearHistory) {
+            model_.clearHistory();
+        }
+    });
 }
 
 // NOLINTEND(cppcoreguidelines-owning-memory)
@@ -90,9 +109,11 @@ void AdvancedSection::setStyle(const ViewStyle& style) {
     timeout_->setFixedWidth(style.length(timeoutWidth));
     timeout_->setFont(withEvenDigits(font()));
     const int pickerWidth = std::max(form_->sizeHint().width(), ink_->sizeHint().width());
-    for (QWidget* control : std::initializer_list<QWidget*>{timeout_, form_, ink_, applications_}) {
+    for (QWidget* control :
+         std::initializer_list<QWidget*>{timeout_, form_, ink_, history_, clearHistory_, applications_}) {
         ControlLooks::setHeight(*control, style);
     }
+    ControlLooks::setWidth(*clearHistory_, style);
     ControlLooks::setWidth(*applications_, style);
     for (QComboBox* picker : {form_, ink_}) {
         picker->setMinimumWidth(pickerWidth);
@@ -111,7 +132,19 @@ void AdvancedSection::render() {
     }
     Picker::show(*form_, model_.values().panelForm());
     Picker::show(*ink_, model_.values().panelInk());
+    showHistory();
     showApplications();
+}
+
+void AdvancedSection::showHistory() {
+    showOn(*history_, model_.values().keepsHistory());
+    const QString problem = QString::fromStdString(model_.historyProblem());
+    if (problem.isEmpty()) {
+        historyRow_->setHint(QStringLiteral("Latency, loss and outages of two years"));
+    } else {
+        historyRow_->setNote(problem);
+        history_->setAccessibleDescription(problem);
+    }
 }
 
 void AdvancedSection::showApplications() {

@@ -9,6 +9,7 @@
 
 #include <optional>
 
+class QCheckBox;
 class QComboBox;
 class QLineEdit;
 class QPushButton;
@@ -36,6 +37,7 @@ public:
 
 private:
     void makeRows();
+    void makeHistoryRow();
     void open(bool isOpen);
     /// While it is open.
     void scrollIntoView();
@@ -44,6 +46,7 @@ private:
     void showTimeout(double seconds);
     void showMistake();
     void commit();
+    void showHistory();
     void showApplications();
     void changeApplications();
 
@@ -55,8 +58,11 @@ private:
     Draft draft_;
     QComboBox* form_;
     QComboBox* ink_;
+    QCheckBox* history_;
+    QPushButton* clearHistory_;
     QPushButton* applications_;
     FormRow* timeoutRow_ = nullptr;
+    FormRow* historyRow_ = nullptr;
     FormRow* applicationsRow_ = nullptr;
 };
 

@@ -133,19 +133,24 @@ void FormRow::addButton(QPushButton& button) {
 }
 
 void FormRow::setNote(const QString& text, bool offersRemedy) {
-    note_->setText(text);
-    note_->setVisible(!text.isEmpty());
     if (remedy_ != nullptr) {
         remedy_->setVisible(offersRemedy);
     }
-    activateLayouts(this);
+    showNote(text, false);
 }
 
 void FormRow::setHint(const QString& text) {
-    isHint_ = true;
-    setTextColor(*note_, ViewStyle(*this).colors().secondary());
-    setNote(text);
+    showNote(text, true);
     controls_.front()->setAccessibleDescription(text);
+}
+
+void FormRow::showNote(const QString& text, bool isHint) {
+    isHint_ = isHint;
+    const ViewStyle style(*this);
+    setTextColor(*note_, isHint ? style.colors().secondary() : style.colors().bad());
+    note_->setText(text);
+    note_->setVisible(!text.isEmpty());
+    activateLayouts(this);
 }
 
 void FormRow::addRemedy(const QString& title, std::function<void()> act) {

@@ -56,6 +56,8 @@ public:
     void setShowsMnemonic(bool shows);
 
 private:
+    void showNote(const QString& text, bool isHint);
+
     std::vector<QWidget*> controls_; ///< children
     QHBoxLayout* line_;              ///< owned by the layout around it
     RowLabel* label_;

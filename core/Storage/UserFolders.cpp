@@ -66,4 +66,10 @@ std::vector<fs::path> systemData() {
     return absolutePaths("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
 }
 
+std::string shown(const fs::path& path) {
+    const std::string text = path.string();
+    const std::string folder = (home() / "").string(); // with a slash at its end
+    return folder != "/" && text.starts_with(folder) ? "~/" + text.substr(folder.size()) : text;
+}
+
 } // namespace tarnwick::UserFolders

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 #include <vector>
 
 namespace tarnwick::UserFolders {
@@ -16,5 +17,8 @@ namespace tarnwick::UserFolders {
 [[nodiscard]] std::vector<std::filesystem::path> systemConfig();
 /// $XDG_DATA_DIRS, else /usr/local/share and /usr/share: data for all users, in the same order.
 [[nodiscard]] std::vector<std::filesystem::path> systemData();
+
+/// For people, with "~" for the user's home folder.
+[[nodiscard]] std::string shown(const std::filesystem::path& path);
 
 } // namespace tarnwick::UserFolders

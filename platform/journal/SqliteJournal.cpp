@@ -15,7 +15,8 @@ namespace tarnwick {
 
 namespace fs = std::filesystem;
 
-SqliteJournal::SqliteJournal(fs::path file) : file_(std::move(file)), lock_(file_, WriterLock::Access::userAlone) {
+SqliteJournal::SqliteJournal(fs::path file)
+    : file_(std::move(file)), lock_(file_, WriterLock::Access::userAlone) {
 }
 
 fs::path SqliteJournal::defaultPath() {
@@ -46,6 +47,7 @@ Journal::State SqliteJournal::openFile() {
     database_ = std::move(opened.database);
     opened_ = idOf(file_);
     const auto until = database_ ? JournalRows::readUntil(*database_) : std::nullopt;
+    hasRecorded_ = until.has_value();
     if (until && !JournalRows::endOpenEpisodes(*database_, *until)) {
         problem_ = database_->problem();
         return State::cannotWrite;
@@ -94,10 +96,16 @@ bool SqliteJournal::store(const Batch& batch) {
     Transaction transaction(*database_);
     if (transaction.isOpen() && put(batch) && tidyWhenDue(batch.until) && transaction.commit()) {
         tidied_ = floorTo(batch.until, std::chrono::hours(1));
+        hasRecorded_ = true;
         return true;
     }
     noteFailure(); // before the transaction is taken back
     return false;
+}
+
+bool SqliteJournal::wasCleared() {
+    // How far a recording has come stands there from its first writing on.
+    return hasRecorded_ && database_ && database_->number("SELECT count(*) FROM recording") == 0;
 }
 
 bool SqliteJournal::put(const Batch& batch) {
@@ -150,6 +158,7 @@ bool SqliteJournal::clear() {
     const bool areBrokenGone = JournalFile::removeBrokenOnes(file_);
     brokenOne_.clear();
     if (database_) {
+        hasRecorded_ = false;
         return empty(*database_) && areBrokenGone;
     }
     if (!fs::exists(file_, ignored)) {

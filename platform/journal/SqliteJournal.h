@@ -27,6 +27,7 @@ public:
 
     [[nodiscard]] std::string problem() const override;
     [[nodiscard]] std::optional<HistoryTime> until() override;
+    [[nodiscard]] bool wasCleared() override;
     bool write(const Batch& batch) override;
     [[nodiscard]] History read(const std::string& host, const Span& span) override;
     [[nodiscard]] std::vector<std::string> hosts() override;
@@ -59,6 +60,7 @@ private:
     FileId opened_;
     std::optional<HistoryTime> tidied_; ///< the hour for which the journal was tidied last
     bool isBroken_ = false;             ///< as the last failure has shown
+    bool hasRecorded_ = false; ///< the file that is open has held a recording since it was cleared here
 };
 
 } // namespace tarnwick

@@ -46,6 +46,10 @@ public:
     /// How far any recording has come; nothing for an empty journal.
     [[nodiscard]] virtual std::optional<HistoryTime> until() = 0;
 
+    /// Whether another process has cleared it since this one, as the writer, last opened or wrote it: what is
+    /// still to be written may be of before that.
+    [[nodiscard]] virtual bool wasCleared() = 0;
+
     /// All or nothing. False when nothing was kept.
     virtual bool write(const Batch& batch) = 0;
 

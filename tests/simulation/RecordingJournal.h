@@ -30,10 +30,13 @@ public:
 
     [[nodiscard]] std::optional<HistoryTime> until() override { return until_; }
 
+    [[nodiscard]] bool wasCleared() override { return wasCleared_; }
+
     bool write(const Batch& batch) override {
         if (state_ != State::writes) {
             return false;
         }
+        wasCleared_ = false;
         batches.push_back(batch);
         until_ = batch.until;
         for (const Period& minute : batch.minutes) {
@@ -85,7 +88,12 @@ public:
         episodes_.clear();
         gaps_.clear();
         until_.reset();
-        return true;
+        return !clearingFails;
+    }
+
+    void clearByAnother() {
+        static_cast<void>(clear());
+        wasCleared_ = true;
     }
 
     void setState(State state) { state_ = state; }
@@ -93,11 +101,13 @@ public:
     void setUntil(std::optional<HistoryTime> until) { until_ = until; }
 
     int opened = 0;
+    bool clearingFails = false;
     std::vector<Batch> batches;
     std::vector<Span> wanted; ///< by each reading
 
 private:
     State state_ = State::writes;
+    bool wasCleared_ = false;
     std::optional<HistoryTime> until_;
     std::map<std::string, std::map<HistoryTime, PeriodFigures>> minutes_;
     std::map<std::string, std::map<std::pair<HistoryTime, Episode::Kind>, Episode>> episodes_;

@@ -40,6 +40,11 @@ public:
     /// Starts a newer version; null where nothing can. Set by the owner.
     std::function<void()> restart;
 
+    /// Asks whether to clear the history; null where nothing can. Set by the owner.
+    std::function<void()> clearHistory;
+    /// Where the history lies, for people. Set by the owner before a window is made.
+    std::string historyFile;
+
     /// Reads what machines the network has; null where nothing can. Set by the owner.
     std::function<NetworkServers()> networkServers;
 
@@ -68,6 +73,13 @@ public:
     void setDisplay(Preferences::Display display) { monitor_.prefs().setDisplay(display); }
 
     void setPanelInk(StatusItem::InkChoice ink) { monitor_.prefs().setPanelInk(ink); }
+
+    void setKeepsHistory(bool keeps) { monitor_.prefs().setKeepsHistory(keeps); }
+
+    /// What became of the latest clearing, for the user; empty when it went well.
+    [[nodiscard]] const std::string& historyProblem() const { return historyProblem_.get(); }
+
+    void setHistoryProblem(const std::string& problem) { historyProblem_.set(problem); }
 
     void setLossTextMode(MenuBarTitle::LossMode mode) { monitor_.prefs().setLossTextMode(mode); }
 
@@ -131,6 +143,7 @@ private:
     Observed<NotificationCenter::Ability> canNotify_;
     Observed<bool> hasRoomForText_{true};
     Observed<std::optional<Applications>> applications_;
+    Observed<std::string> historyProblem_;
     Lifeline lifeline_;
 };
 

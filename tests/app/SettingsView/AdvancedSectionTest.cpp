@@ -29,6 +29,10 @@ protected:
 
     [[nodiscard]] QComboBox& form() { return control<QComboBox>("Form in the Panel"); }
 
+    [[nodiscard]] QCheckBox& history() { return control<QCheckBox>("Keep a History"); }
+
+    [[nodiscard]] QPushButton& clearHistory() { return control<QPushButton>("Clear History…"); }
+
     [[nodiscard]] static std::vector<std::string> titles(const QComboBox& picker) {
         std::vector<std::string> texts;
         texts.reserve(static_cast<std::size_t>(picker.count()));
@@ -281,6 +285,64 @@ TEST_F(AdvancedSectionTest, RestoringTheDefaultsAndUndoCoverIt) {
     EXPECT_EQ(form().currentText(), "Wide Image");
     EXPECT_EQ(panelInk().currentText(), "Light");
     EXPECT_EQ(prefs.pingTimeout(), 9);
+}
+
+// The history.
+
+TEST_F(AdvancedSectionTest, TheHistoryIsSwitchedAtOnceAndSaysWhatIsKeptAndWhere) {
+    model.historyFile = "~/history";
+    SettingsWindow other(model, loop, menu.menu); // the place is known before a window is made
+    presentOpened();
+    EXPECT_TRUE(history().isChecked());
+    EXPECT_THAT(labels(), HasSubstr("Latency, loss and outages of two years"));
+    EXPECT_THAT(labels(), HasSubstr("The history never leaves this computer"));
+
+    QTest::mouseClick(&history(), Qt::LeftButton);
+    EXPECT_FALSE(prefs.keepsHistory());
+    press(Qt::Key_K, Qt::AltModifier);
+    EXPECT_TRUE(prefs.keepsHistory());
+
+    bool isTold = false;
+    for (const QLabel* each : other.findChildren<QLabel*>()) {
+        isTold = isTold || each->text().contains("only you can read, ~/history.");
+    }
+    EXPECT_TRUE(isTold);
+}
+
+TEST_F(AdvancedSectionTest, TheHistorysSwitchFollowsTheSetting) {
+    presentOpened();
+    prefs.setKeepsHistory(false);
+    settle();
+
+    EXPECT_FALSE(history().isChecked());
+}
+
+TEST_F(AdvancedSectionTest, TheHistoryIsClearedByAButton) {
+    int questions = 0;
+    presentOpened();
+    clearHistory().click(); // nothing takes it
+    model.clearHistory = [&questions] { ++questions; };
+    clearHistory().click();
+
+    EXPECT_EQ(questions, 1);
+    EXPECT_TRUE(prefs.keepsHistory());
+    EXPECT_EQ(accessible(clearHistory()).text(QAccessible::Name), "Clear History…");
+}
+
+TEST_F(AdvancedSectionTest, WhatIsLeftOfTheHistoryIsToldInThePlaceOfTheHint) {
+    presentOpened();
+    model.setHistoryProblem("Something may be left");
+    settle();
+    EXPECT_THAT(labels(), HasSubstr("Something may be left"));
+    EXPECT_THAT(labels(), Not(HasSubstr("of two years")));
+    EXPECT_EQ(history().accessibleDescription(), "Something may be left");
+    EXPECT_EQ(label("Something").palette().color(QPalette::WindowText), ViewStyle(window).colors().bad());
+
+    model.setHistoryProblem("");
+    settle();
+    EXPECT_THAT(labels(), Not(HasSubstr("may be left")));
+    EXPECT_EQ(history().accessibleDescription(), "Latency, loss and outages of two years");
+    EXPECT_EQ(label("Latency").palette().color(QPalette::WindowText), ViewStyle(window).colors().secondary());
 }
 
 // The place among the applications of a program that was unpacked.

@@ -102,6 +102,16 @@ TEST_F(UserFoldersTest, OfAllUsersHoldNoRelativeOrEmptyNames) {
     EXPECT_THAT(UserFolders::systemConfig(), testing::ElementsAre("/srv/second"));
 }
 
+TEST_F(UserFoldersTest, AreShownFromTheHomeFolderOn) {
+    EXPECT_EQ(UserFolders::shown(UserFolders::state()), "~/.local/state");
+    EXPECT_EQ(UserFolders::shown("/home/username/x"), "/home/username/x");
+    EXPECT_EQ(UserFolders::shown("/srv/state"), "/srv/state");
+    ::setenv("HOME", "/home/user/", 1);
+    EXPECT_EQ(UserFolders::shown("/home/user/.local/state"), "~/.local/state");
+    ::setenv("HOME", "/", 1);
+    EXPECT_EQ(UserFolders::shown("/.local/state"), "/.local/state");
+}
+
 TEST_F(UserFoldersTest, HoldTheStatisticsInTheProductsOwnFolder) {
     ::setenv("XDG_DATA_HOME", "/srv/data", 1);
     EXPECT_EQ(StatsStore::supportDirectory(), "/srv/data");

@@ -65,6 +65,44 @@ TEST_F(JournalSharing, TheSecondMayClear) {
     EXPECT_EQ(allOf(second).periods, std::vector{minuteOf(1)});
 }
 
+TEST_F(JournalSharing, TheWriterLearnsThatTheOtherHasCleared) {
+    EXPECT_FALSE(first->wasCleared()) << "there was nothing";
+    ASSERT_TRUE(first->write(batchOf(0)));
+    EXPECT_FALSE(first->wasCleared());
+
+    ASSERT_TRUE(second.clear());
+
+    EXPECT_TRUE(first->wasCleared());
+    EXPECT_FALSE(second.wasCleared()) << "it does not write";
+    ASSERT_TRUE(first->write(batchOf(1)));
+    EXPECT_FALSE(first->wasCleared());
+}
+
+TEST_F(JournalSharing, TheWriterLearnsThatWhatItHasFoundWasCleared) {
+    ASSERT_TRUE(first->write(batchOf(0)));
+    first.emplace(file);
+    ASSERT_EQ(first->open(), Journal::State::writes);
+
+    ASSERT_TRUE(second.clear());
+
+    EXPECT_TRUE(first->wasCleared());
+}
+
+TEST_F(JournalSharing, TheWriterKnowsOfItsOwnClearing) {
+    ASSERT_TRUE(first->write(batchOf(0)));
+    ASSERT_TRUE(first->clear());
+
+    EXPECT_FALSE(first->wasCleared());
+}
+
+TEST_F(JournalSharing, AFileThatWasRemovedWasNotCleared) {
+    ASSERT_TRUE(first->write(batchOf(0)));
+    fs::remove(file);
+    ASSERT_EQ(first->open(), Journal::State::writes);
+
+    EXPECT_FALSE(first->wasCleared());
+}
+
 TEST_F(JournalSharing, AWriterWhoseLockWasRemovedStopsWhenAnotherHasIt) {
     ASSERT_TRUE(first->write(batchOf(0)));
     fs::remove(file.string() + ".lock");
