@@ -23,8 +23,19 @@ constexpr double panelMargin = 28;
 constexpr double nameSize = 20.8;
 constexpr double versionSize = 13;
 constexpr double smallSize = 11;
+constexpr double privacyWidth = 330;
 
 const char* const credits = "Keeps an eye on your internet connection from the menu bar.";
+const char* const whatIsSent =
+    "To watch the connection, Tarnwick sends pings to the host that you choose, and looks its name up. Once "
+    "after the start, and while something is wrong, it also asks the routers on the way to that host and "
+    "your "
+    "name servers. It tells nobody what it finds.";
+const char* const whatIsKept = "Statistics and a history of latency, loss and outages stay on this computer. "
+                               "The history is one file that "
+                               "only you can read, %1, and forgets what is older than two years. The "
+                               "settings, under “Advanced”, clear it "
+                               "and switch it off.";
 const char* const license = "© 2026 The Tarnwick authors. MIT License.";
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the window owns its widgets
@@ -38,6 +49,14 @@ QLabel* paragraph(const QString& text, const QFont& font) {
     return label;
 }
 
+/// Several lines, broken where the width ends.
+QLabel* wrappedParagraph(const QString& text, const ViewStyle& style) {
+    QLabel* const label = paragraph(text, style.font(smallSize));
+    label->setWordWrap(true);
+    label->setFixedWidth(style.length(privacyWidth));
+    return label;
+}
+
 QLabel* icon(const QWidget& window, int side) {
     auto* const label = new QLabel;
     label->setPixmap(programIcon().pixmap(QSize(side, side), window.devicePixelRatioF()));
@@ -45,7 +64,7 @@ QLabel* icon(const QWidget& window, int side) {
     return label;
 }
 
-QDialog* makeWindow(const QString& version) {
+QDialog* makeWindow(const QString& version, const QString& historyFile) {
     auto* const window = new QDialog;
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->setWindowTitle(QStringLiteral("About Tarnwick"));
@@ -61,6 +80,12 @@ QDialog* makeWindow(const QString& version) {
     layout->addWidget(paragraph("Version " + version, style.font(versionSize)));
     layout->addSpacing(style.length(12));
     layout->addWidget(paragraph(QLatin1String(credits), style.font(smallSize)));
+    layout->addSpacing(style.length(8));
+    layout->addWidget(wrappedParagraph(QLatin1String(whatIsSent), style), 0, Qt::AlignHCenter);
+    layout->addSpacing(style.length(4));
+    layout->addWidget(
+        wrappedParagraph(QString::fromUtf8(whatIsKept).arg(historyFile), style), 0, Qt::AlignHCenter);
+    layout->addSpacing(style.length(8));
     layout->addWidget(paragraph(QString::fromUtf8(license), style.font(smallSize)));
     layout->addSpacing(style.length(12));
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
@@ -75,7 +100,8 @@ QDialog* makeWindow(const QString& version) {
 
 } // namespace
 
-AboutPanel::AboutPanel(std::string version, Menu& menu) : version_(std::move(version)), menu_(menu) {
+AboutPanel::AboutPanel(std::string version, std::string historyFile, Menu& menu)
+    : version_(std::move(version)), historyFile_(std::move(historyFile)), menu_(menu) {
 }
 
 AboutPanel::~AboutPanel() {
@@ -84,7 +110,7 @@ AboutPanel::~AboutPanel() {
 
 void AboutPanel::show() {
     if (window_ == nullptr) {
-        window_ = makeWindow(QString::fromStdString(version_));
+        window_ = makeWindow(QString::fromStdString(version_), QString::fromStdString(historyFile_));
         MainMenu::install(*window_, menu_);
     }
     Foreground::show(*window_);

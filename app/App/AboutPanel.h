@@ -1,4 +1,4 @@
-// The About panel: name, version, credits, license.
+// The About panel: name, version, credits, what is sent and kept, license.
 #pragma once
 
 #include <QDialog>
@@ -14,7 +14,8 @@ class Menu;
 class AboutPanel {
 public:
     /// The panel takes the shortcuts of the menu, which outlives it.
-    AboutPanel(std::string version, Menu& menu);
+    /// `historyFile`: where the history lies, for people.
+    AboutPanel(std::string version, std::string historyFile, Menu& menu);
     AboutPanel(const AboutPanel&) = delete;
     AboutPanel& operator=(const AboutPanel&) = delete;
     ~AboutPanel();
@@ -26,6 +27,7 @@ public:
 
 private:
     std::string version_;
+    std::string historyFile_;
     Menu& menu_;
     QPointer<QDialog> window_;
 };

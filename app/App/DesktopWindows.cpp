@@ -37,7 +37,7 @@ DesktopWindows::DesktopWindows(
       menu_(menu),
       settings_(settings),
       dropDown_(reading, menu, loop, actions, past),
-      about_(std::move(version), menu),
+      about_(std::move(version), settings.historyFile, menu),
       confirm_(menu) {
 }
 

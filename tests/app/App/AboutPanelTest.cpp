@@ -39,7 +39,7 @@ protected:
     }
 
     test::StandardMenu menu;
-    AboutPanel panel{"1.2.3", menu.menu};
+    AboutPanel panel{"1.2.3", "~/history", menu.menu};
 };
 
 } // namespace
@@ -50,6 +50,27 @@ TEST_F(AboutPanelTest, ItTellsNameVersionCreditsAndLicense) {
     EXPECT_TRUE(allText().contains("Tarnwick\nVersion 1.2.3\n"));
     EXPECT_TRUE(allText().contains("Keeps an eye on your internet connection from the menu bar."));
     EXPECT_TRUE(allText().contains("MIT License"));
+}
+
+TEST_F(AboutPanelTest, ItTellsWhatIsSentAndWhatIsKeptWhere) {
+    panel.show();
+
+    EXPECT_TRUE(allText().contains("sends pings to the host that you choose"));
+    EXPECT_TRUE(allText().contains("routers on the way to that host and your name servers"));
+    EXPECT_TRUE(allText().contains("one file that only you can read, ~/history,"));
+    EXPECT_TRUE(allText().contains("clear it and switch it off"));
+}
+
+TEST_F(AboutPanelTest, ItsParagraphsAreShownWhole) {
+    panel.show();
+    QApplication::processEvents();
+
+    for (const QLabel* label : panel.window()->findChildren<QLabel*>()) {
+        EXPECT_LE(label->x() + label->width(), panel.window()->width()) << label->text().toStdString();
+        if (label->wordWrap()) {
+            EXPECT_GE(label->height(), label->heightForWidth(label->width())) << label->text().toStdString();
+        }
+    }
 }
 
 TEST_F(AboutPanelTest, NoLinkLeadsToWhereNothingIs) {
@@ -81,7 +102,7 @@ TEST_F(AboutPanelTest, ItsTextsFollowAFontThatIsSetInPixels) {
             heights.push_back(QFontInfo(label->font()).pixelSize());
         }
     }
-    EXPECT_THAT(heights, ElementsAre(42, 26, 22, 22));
+    EXPECT_THAT(heights, ElementsAre(42, 26, 22, 22, 22, 22));
     QApplication::setFont(usual);
 }
 
