@@ -1,10 +1,10 @@
 #include "app/SettingsView/AdvancedSection.h"
 
-#include "app/SettingsView/ControlLooks.h"
 #include "app/SettingsView/DisclosureButton.h"
 #include "app/SettingsView/EvenDigits.h"
-#include "app/SettingsView/FormStyle.h"
 #include "app/SettingsView/Picker.h"
+#include "app/ViewStyle/ControlLooks.h"
+#include "app/ViewStyle/FormStyle.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,7 +1,7 @@
 #include "app/SettingsView/DisclosureButton.h"
 
-#include "app/SettingsView/ControlLooks.h"
-#include "app/SettingsView/FormStyle.h"
+#include "app/ViewStyle/ControlLooks.h"
+#include "app/ViewStyle/FormStyle.h"
 #include "app/ViewStyle/ViewStyle.h"
 
 #include <QStyleOptionButton>

@@ -1,14 +1,14 @@
 #include "app/SettingsView/FormSection.h"
 
-#include "app/SettingsView/FormStyle.h"
 #include "app/SettingsView/RowLabel.h"
+#include "app/ViewStyle/FormStyle.h"
+#include "app/ViewStyle/LabelLooks.h"
 
 #include <QCheckBox>
 #include <QPainter>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSignalBlocker>
-#include <QStyle>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -26,15 +26,6 @@ constexpr double remedyInset = 12;
 constexpr double remedyHeight = 28;
 constexpr double footerGap = 7;
 constexpr double footerPoints = 11;
-constexpr double cornerRadius = 10;
-
-constexpr float edgeOpacity = 0.11F;
-
-QColor edgeColor(const QPalette& palette) {
-    QColor color = palette.color(QPalette::WindowText);
-    color.setAlphaF(edgeOpacity);
-    return color;
-}
 
 /// Computes the sizes of a widget and of all that contain it up to the window, at once. The window asks for
 /// the form's size before the layouts would do so.
@@ -54,17 +45,6 @@ QString withUnitsKept(QString text) {
 }
 
 } // namespace
-
-void alignText(QLabel& label, Qt::Alignment side) {
-    label.setAlignment(
-        QStyle::visualAlignment(label.layoutDirection(), side) | Qt::AlignAbsolute | Qt::AlignVCenter);
-}
-
-void setTextColor(QLabel& label, const QColor& color) {
-    QPalette palette = label.palette();
-    palette.setColor(QPalette::WindowText, color);
-    label.setPalette(palette);
-}
 
 void showOn(QCheckBox& box, bool isOn) {
     const QSignalBlocker quiet(box);
@@ -203,10 +183,8 @@ protected:
         const ViewStyle style(*this);
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(edgeColor(palette()));
-        painter.setBrush(FormStyle::card(palette()));
-        const double radius = style.length(cornerRadius);
-        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+        FormStyle::drawCard(painter, *this);
+        painter.setPen(FormStyle::cardEdge(palette()));
         const double inset = style.length(rowInset);
         bool isFirst = true;
         for (const FormRow* row : rows_) {

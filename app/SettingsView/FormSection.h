@@ -18,11 +18,6 @@ namespace tarnwick {
 
 class RowLabel;
 
-/// Leading or trailing in the layout's direction. Left alone, a label follows the direction of its text.
-void alignText(QLabel& label, Qt::Alignment side);
-
-void setTextColor(QLabel& label, const QColor& color);
-
 /// Checks or unchecks the box without a signal.
 void showOn(QCheckBox& box, bool isOn);
 

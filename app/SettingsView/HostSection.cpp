@@ -1,9 +1,10 @@
 #include "app/SettingsView/HostSection.h"
 
-#include "app/SettingsView/ControlLooks.h"
 #include "app/SettingsView/CopyableText.h"
-#include "app/SettingsView/FormStyle.h"
 #include "app/SettingsView/PresetButton.h"
+#include "app/ViewStyle/ControlLooks.h"
+#include "app/ViewStyle/FormStyle.h"
+#include "app/ViewStyle/LabelLooks.h"
 #include "core/HostText.h"
 
 #include <QLineEdit>

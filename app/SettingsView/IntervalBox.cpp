@@ -1,7 +1,7 @@
 #include "app/SettingsView/IntervalBox.h"
 
 #include "app/SettingsView/EvenDigits.h"
-#include "app/SettingsView/FormStyle.h"
+#include "app/ViewStyle/FormStyle.h"
 #include "core/PingIntervalSetting.h"
 
 #include <QEvent>

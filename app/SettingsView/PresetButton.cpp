@@ -1,6 +1,6 @@
 #include "app/SettingsView/PresetButton.h"
 
-#include "app/SettingsView/FormStyle.h"
+#include "app/ViewStyle/FormStyle.h"
 #include "app/ViewStyle/ViewStyle.h"
 
 #include <QKeyEvent>

@@ -3,14 +3,15 @@
 #include "app/NoticesView/NoticesView.h"
 #include "app/Reading/Format.h"
 #include "app/SettingsView/AdvancedSection.h"
-#include "app/SettingsView/ControlLooks.h"
 #include "app/SettingsView/FormSection.h"
-#include "app/SettingsView/FormStyle.h"
 #include "app/SettingsView/HostSection.h"
 #include "app/SettingsView/IntervalBox.h"
 #include "app/SettingsView/Picker.h"
 #include "app/SettingsView/ThresholdSlider.h"
 #include "app/SettingsView/UpdateSection.h"
+#include "app/ViewStyle/ControlLooks.h"
+#include "app/ViewStyle/FormStyle.h"
+#include "app/ViewStyle/LabelLooks.h"
 #include "app/ViewStyle/ViewStyle.h"
 
 #include <QCheckBox>

@@ -1,7 +1,8 @@
 #include "app/SettingsView/UpdateSection.h"
 
-#include "app/SettingsView/ControlLooks.h"
 #include "app/SettingsView/DateText.h"
+#include "app/ViewStyle/ControlLooks.h"
+#include "app/ViewStyle/LabelLooks.h"
 
 #include <QCheckBox>
 #include <QEvent>

@@ -1,4 +1,4 @@
-#include "app/SettingsView/FormStyle.h"
+#include "app/ViewStyle/FormStyle.h"
 
 #include "app/ViewStyle/ViewStyle.h"
 
@@ -26,6 +26,7 @@ constexpr double switchHeight = 20;
 constexpr double knobInset = 3;
 constexpr double sliderKnob = 18;
 constexpr double grooveHeight = 4;
+constexpr double cornerRadius = 10; ///< of a card
 
 // Shares of the text's color in that of the window.
 constexpr double edgeShare = 0.48;
@@ -34,6 +35,8 @@ constexpr double fieldShare = 0.03;
 constexpr double buttonShare = 0.07;
 constexpr double hoverShare = 0.05;
 constexpr double pressShare = 0.1;
+
+constexpr float edgeOpacity = 0.11F; ///< of a card
 
 constexpr auto showsMnemonicProperty = "showsMnemonic";
 
@@ -189,6 +192,22 @@ QColor FormStyle::ground(const QPalette& palette) {
 QColor FormStyle::card(const QPalette& palette) {
     const double lift = LatencyPalette::isDark(palette) ? 0.035 : 0.75;
     return mixed(palette.color(QPalette::Window), Qt::white, lift);
+}
+
+QColor FormStyle::cardEdge(const QPalette& palette) {
+    QColor color = palette.color(QPalette::WindowText);
+    color.setAlphaF(edgeOpacity);
+    return color;
+}
+
+void FormStyle::drawCard(QPainter& painter, const QWidget& widget) {
+    const double radius = length(&widget, cornerRadius);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(cardEdge(widget.palette()));
+    painter.setBrush(card(widget.palette()));
+    painter.drawRoundedRect(QRectF(widget.rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    painter.restore();
 }
 
 int FormStyle::arrowRoom(const QWidget& field) {

@@ -1,4 +1,4 @@
-#include "app/SettingsView/ControlLooks.h"
+#include "app/ViewStyle/ControlLooks.h"
 
 #include <QPushButton>
 #include <QWidget>

@@ -4,6 +4,7 @@
 #include <QColor>
 #include <QProxyStyle>
 
+class QPainter;
 class QPushButton;
 
 namespace tarnwick {
@@ -23,6 +24,9 @@ public:
     /// The form's ground, which its cards stand out from.
     [[nodiscard]] static QColor ground(const QPalette& palette);
     [[nodiscard]] static QColor card(const QPalette& palette);
+    [[nodiscard]] static QColor cardEdge(const QPalette& palette);
+    /// All of a widget as a card.
+    static void drawCard(QPainter& painter, const QWidget& widget);
 
     /// The width of the part of a field that holds its arrow.
     [[nodiscard]] static int arrowRoom(const QWidget& field);
