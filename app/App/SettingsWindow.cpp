@@ -2,12 +2,11 @@
 
 #include "app/App/MainMenu.h"
 #include "app/App/ProgramIcon.h"
+#include "app/App/ScreenOfUser.h"
 #include "app/SettingsView/SettingsView.h"
 #include "platform/qt/Foreground.h"
 
-#include <QCursor>
 #include <QEvent>
-#include <QGuiApplication>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -17,19 +16,6 @@
 #include <algorithm>
 
 namespace tarnwick {
-
-namespace {
-
-/// Pixels of the screen that are left for the window's title and frame.
-constexpr int titleHeight = 48;
-constexpr int frameWidth = 16;
-
-QScreen& screenOfUser() {
-    QScreen* const pointed = QGuiApplication::screenAt(QCursor::pos());
-    return pointed != nullptr ? *pointed : *QGuiApplication::primaryScreen();
-}
-
-} // namespace
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the children are owned by this window
 SettingsWindow::SettingsWindow(SettingsModel& model, RunLoop& loop, Menu& menu)
@@ -89,7 +75,7 @@ void SettingsWindow::followScreen() {
 }
 
 void SettingsWindow::fit() {
-    const QSize most = screen()->availableSize() - QSize(frameWidth, titleHeight);
+    const QSize most = spareSize(*screen());
     const QSize form = view_->sizeHint();
     QSize wanted = form;
     if (form.height() > most.height()) {
