@@ -1,0 +1,99 @@
+#include "app/OutagesView/Model/OutagesModel.h"
+
+#include "app/Report/LocalText.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tarnwick {
+
+void OutagesModel::open() {
+    if (isOpen()) {
+        return;
+    }
+    withoutTracking([this] {
+        state_ = presentState();
+        reread();
+    });
+    minutely_ = needs_.loop.everyRoughly(
+        needs_.loop.now() + rereadInterval, rereadInterval, rereadTolerance, [this] { reread(); });
+    following_ = std::make_unique<RenderLoop>(needs_.loop, [this] { follow(); });
+}
+
+void OutagesModel::close() {
+    following_.reset();
+    minutely_.reset();
+    history_ = {};
+    page_ = {};
+    status_.clear();
+    chosenDay_ = 0;
+}
+
+OutagesModel::State OutagesModel::presentState() const {
+    const Reading& reading = needs_.reading.get();
+    const auto problem = std::ranges::find(reading.notices, Notice::Kind::noHistory, &Notice::kind);
+    return {
+        .host = reading.host,
+        .keepsHistory = needs_.keepsHistory(),
+        .isDown = reading.isDown(),
+        .blame = reading.verdict ? std::optional(reading.verdict->blame) : std::nullopt,
+        .problem = problem != reading.notices.end() ? problem->text : std::string()};
+}
+
+HistoryTime OutagesModel::wallNow() const {
+    return std::chrono::floor<std::chrono::seconds>(needs_.loop.wallNow());
+}
+
+void OutagesModel::follow() {
+    State present = presentState();
+    if (present != state_) {
+        state_ = std::move(present);
+        reread();
+    }
+}
+
+void OutagesModel::reread() {
+    const HistoryTime now = wallNow();
+    const bool showsToday = page_.days.empty() || chosenDay_ + 1 == page_.days.size();
+    const auto shown = showsToday ? std::chrono::year_month_day() : page_.days.at(chosenDay_).summary.day;
+    const Span span = outagesSpan(now, needs_.offset);
+    history_ = needs_.read(span);
+    page_ = makeOutagesPage(history_, now, needs_.offset);
+    status_ = historyStatus(
+        history_, span, {.host = state_.host, .isOn = state_.keepsHistory, .problem = state_.problem},
+        needs_.offset);
+    const auto same =
+        std::ranges::find(page_.days, shown, [](const OutagesDay& day) { return day.summary.day; });
+    chosenDay_ = static_cast<std::size_t>(same - page_.days.begin());
+    if (same == page_.days.end()) {
+        chosenDay_ = page_.days.size() - 1; // today, or a day that has left the calendar
+    }
+    if (onChange) {
+        onChange();
+    }
+}
+
+void OutagesModel::chooseDay(std::size_t day) {
+    if (day < page_.days.size()) {
+        chosenDay_ = day;
+    }
+}
+
+std::vector<OutagesFigure> OutagesModel::figures() const {
+    if (chosenDay_ >= page_.days.size()) {
+        return {};
+    }
+    return dayFigures(history_, page_.days[chosenDay_].summary, needs_.offset);
+}
+
+std::string OutagesModel::exported(ExportFormat format) const {
+    const HistoryTime now = wallNow();
+    const Report report = makeReport(history_, state_.host, outagesSpan(now, needs_.offset), needs_.offset);
+    return tarnwick::exported(report, format, {.version = needs_.version, .made = now}, needs_.offset);
+}
+
+std::string OutagesModel::exportName() const {
+    return "tarnwick-" + LocalText::day(localDay(wallNow(), needs_.offset));
+}
+
+} // namespace tarnwick
