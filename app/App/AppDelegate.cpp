@@ -220,7 +220,13 @@ void AppDelegate::makeStatusItem(const Setup& setup) {
             .restart = setup.restart},
         PastSource{
             .read = [this](const Span& span) { return monitor_.history(span); },
-            .whyEmpty = [this] { return monitor_.whyNoHistory(); }});
+            .whyEmpty = [this] { return monitor_.whyNoHistory(); }},
+        OutagesModel::Needs{
+            .loop = loop_,
+            .reading = monitor_.observedReading(),
+            .keepsHistory = [this] { return settings_.preferences().keepsHistory(); },
+            .read = [this](const Span& span) { return monitor_.history(span); },
+            .version = setup.version});
     panelMenu_ = std::make_unique<PanelMenuText>(
         loop_, monitor_.observedReading(), menu_,
         PanelMenuText::Actions{

@@ -66,6 +66,8 @@ public:
     /// For so many seconds; 0 resumes. What is no length of a pause is ignored.
     void pause(int seconds);
 
+    void openOutages(const std::string& activationToken) { windows_->openOutages(activationToken); }
+
 private:
     /// Asks an administrator to let this user ping; null where the desktop can't ask.
     [[nodiscard]] std::function<void()> allowingPing();

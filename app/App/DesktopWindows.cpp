@@ -32,11 +32,12 @@ void dropActivationToken() {
 
 DesktopWindows::DesktopWindows(
     RunLoop& loop, const Observed<Reading>& reading, Menu& menu, SettingsModel& settings, std::string version,
-    const NoticeActions& actions, const PastSource& past)
+    const NoticeActions& actions, const PastSource& past, OutagesModel::Needs outages)
     : loop_(loop),
       menu_(menu),
       settings_(settings),
       dropDown_(reading, menu, loop, actions, past),
+      outages_(std::move(outages)),
       about_(std::move(version), settings.historyFile, menu),
       confirm_(menu) {
 }
@@ -75,6 +76,23 @@ void DesktopWindows::openDropDown(const std::string& activationToken) {
 void DesktopWindows::openSettings(const std::string& activationToken) {
     useActivationToken(activationToken);
     presentSettings();
+}
+
+void DesktopWindows::openOutages(const std::string& activationToken) {
+    useActivationToken(activationToken);
+    presentOutages();
+}
+
+void DesktopWindows::showOutages() {
+    useActivationTokenOfClick();
+    presentOutages();
+}
+
+void DesktopWindows::presentOutages() {
+    if (!outagesWindow_) {
+        outagesWindow_ = std::make_unique<OutagesWindow>(outages_, menu_);
+    }
+    outagesWindow_->present();
 }
 
 void DesktopWindows::showSettings() {

@@ -43,6 +43,8 @@ Instance::Request requestFor(const AppOptions& options) {
     switch (options.request) {
     case AppOptions::Request::settings:
         return Instance::Request::settings;
+    case AppOptions::Request::outages:
+        return Instance::Request::outages;
     case AppOptions::Request::stay:
         return Instance::Request::nothing;
     default:
@@ -75,6 +77,9 @@ void serve(AppDelegate& delegate, const Instance::Start& asked) {
         break;
     case Instance::Request::pause:
         delegate.pause(asked.pauseSeconds);
+        break;
+    case Instance::Request::outages:
+        delegate.openOutages(asked.activationToken);
         break;
     case Instance::Request::quit:
         QCoreApplication::exit();

@@ -15,15 +15,17 @@ namespace {
 enum AppLetter : int {
     showLetter = CommonOptions::firstOwn,
     settingsLetter,
+    outagesLetter,
     pauseLetter,
     quitLetter,
     sessionLetter
 };
 
-constexpr std::array<ProgramOption, 8> appOptions{{
+constexpr std::array<ProgramOption, 9> appOptions{{
     {"show", nullptr, "open the drop-down, of the running instance if there is one", showLetter},
     {"settings", nullptr, "open the settings window, of the running instance if there is one",
      settingsLetter},
+    {"outages", nullptr, "open the outages window, of the running instance if there is one", outagesLetter},
     {"pause", "SECONDS", "have the running instance ping nothing for so long; 0 resumes", pauseLetter},
     {"quit", nullptr, "end the running instance", quitLetter},
     {"from-session", nullptr, "for starts with the session: no window opens", sessionLetter},
@@ -34,7 +36,7 @@ constexpr std::array<ProgramOption, 8> appOptions{{
 constexpr auto appParserOptions = parserOptions(appOptions);
 
 constexpr std::array<const char*, 3> appSynopsis{
-    "[--show | --settings | --from-session] [--set KEY=VALUE]...", "--pause SECONDS", "--quit"};
+    "[--show | --settings | --outages | --from-session] [--set KEY=VALUE]...", "--pause SECONDS", "--quit"};
 
 constexpr ProgramTable appTable{
     .name = "tarnwick",
@@ -54,6 +56,8 @@ std::optional<AppOptions::Request> requestOf(int letter) {
         return AppOptions::Request::show;
     case settingsLetter:
         return AppOptions::Request::settings;
+    case outagesLetter:
+        return AppOptions::Request::outages;
     case pauseLetter:
         return AppOptions::Request::pause;
     case quitLetter:
@@ -85,7 +89,8 @@ std::optional<UsageError> apply(int letter, const ArgumentParser& parser, AppOpt
         return options.apply(letter, parser);
     }
     if (options.request != AppOptions::Request::none && options.request != *request) {
-        return UsageError{"only one of --show, --settings, --from-session, --pause and --quit is possible"};
+        return UsageError{
+            "only one of --show, --settings, --outages, --from-session, --pause and --quit is possible"};
     }
     options.request = *request;
     return letter == pauseLetter ? takePause(ArgumentParser::value(), options) : std::nullopt;

@@ -14,6 +14,7 @@ struct AppOptions : CommonOptions {
         none,     ///< a person has started it; a running instance opens its drop-down
         show,     ///< to open the drop-down
         settings, ///< to open the settings window
+        outages,  ///< to open the outages window
         pause,    ///< to have the running instance pause or resume
         quit,     ///< to end the running instance
         stay,     ///< the session has started it: to be there and open nothing

@@ -17,6 +17,7 @@ struct MenuItem {
         resetAllTime,
         pause,
         resume,
+        outages,
         checkForUpdates,
         settings,
         about,

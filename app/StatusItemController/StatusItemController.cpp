@@ -56,6 +56,7 @@ Menu::Items StatusItemController::menuItems(bool offersUpdates) {
         item(Id::pause, "Pause for an Hour", 'P', "media-playback-pause-symbolic"),
         resume,
         separator,
+        item(Id::outages, "Outages…", 'O', "document-open-recent-symbolic"),
         item(Id::checkForUpdates, "Check for Updates…", 'U', "software-update-available-symbolic"),
         item(Id::settings, "Settings…", 'S', "preferences-system-symbolic", ','),
         item(Id::about, "About Tarnwick", 'A', "help-about-symbolic"),
@@ -165,6 +166,9 @@ void StatusItemController::chosen(MenuItem::Id id) {
     switch (id) {
     case Id::header:
     case Id::separator:
+        break;
+    case Id::outages:
+        needs_.windows.showOutages();
         break;
     case Id::changeHost: // the host's field is in the settings
     case Id::settings:

@@ -35,6 +35,7 @@ public:
     /// Opens the status view with the menu, at the click if the panel tells where it was. Closes them when
     /// they are open.
     virtual void toggleDropDown(std::optional<ScreenPoint> at) = 0;
+    virtual void showOutages() = 0;
     virtual void showSettings() = 0;
     virtual void showAbout() = 0;
     /// To be called before a click opens a window: it may then open in front of other programs' windows.

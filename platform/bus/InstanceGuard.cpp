@@ -20,8 +20,9 @@ constexpr const char* applicationInterface = "org.freedesktop.Application";
 constexpr const char* tokenKey = "activation-token";
 
 /// The names of actions on the bus. `Request::show` has a method of its own.
-constexpr std::array<std::pair<const char*, InstanceGuard::Request>, 3> actions{{
+constexpr std::array<std::pair<const char*, InstanceGuard::Request>, 4> actions{{
     {"settings", InstanceGuard::Request::settings},
+    {"outages", InstanceGuard::Request::outages},
     {"pause", InstanceGuard::Request::pause},
     {"quit", InstanceGuard::Request::quit},
 }};

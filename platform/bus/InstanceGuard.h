@@ -18,7 +18,7 @@ namespace tarnwick {
 class InstanceGuard {
 public:
     /// What a start asks of the program that is running already.
-    enum class Request { nothing, show, settings, pause, quit };
+    enum class Request { nothing, show, settings, outages, pause, quit };
 
     enum class Result {
         first,

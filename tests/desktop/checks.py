@@ -280,7 +280,10 @@ class PanelChecks:
         self.assertTrue(any(CHART_SUMMARY.match(text) for text in seen), seen)
         for title in GRID_ROWS:
             self.assertTrue(any(text.startswith(f"{title}: session ") for text in seen), (title, seen))
-        for title in ("Reset Session Stats", "Pause for an Hour", "Settings…", "About Tarnwick", "Quit Tarnwick"):
+        titles = (
+            "Reset Session Stats", "Pause for an Hour", "Outages…", "Settings…", "About Tarnwick", "Quit Tarnwick"
+        )  # fmt: skip
+        for title in titles:
             self.assertIn(title, seen)
         self.assertNotIn("Change Host…", seen)
 

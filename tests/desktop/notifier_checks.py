@@ -24,6 +24,7 @@ MENU_TITLES = (
     "Reset Session Stats",
     "Reset All Time Stats…",
     "Pause for an Hour",
+    "Outages…",
     "Settings…",
     "About Tarnwick",
     "Quit Tarnwick",

@@ -192,7 +192,7 @@ class DesktopEntry(unittest.TestCase):
     def test_launchers_hand_a_token_over_to_it(self) -> None:
         self.assertIn("\nStartupNotify=true\n", ENTRY.read_text(encoding="utf-8"))
 
-    def test_it_offers_the_settings_and_the_end(self) -> None:
+    def test_it_offers_the_outages_the_settings_and_the_end(self) -> None:
         entry = configparser.ConfigParser(interpolation=None)
         entry.optionxform = str
         entry.read(ENTRY, encoding="utf-8")
@@ -200,7 +200,7 @@ class DesktopEntry(unittest.TestCase):
         actions = entry["Desktop Entry"]["Actions"].rstrip(";").split(";")
 
         commands = [shlex.split(entry[f"Desktop Action {action}"]["Exec"]) for action in actions]
-        self.assertEqual(commands, [["tarnwick", "--settings"], ["tarnwick", "--quit"]])
+        self.assertEqual(commands, [["tarnwick", "--outages"], ["tarnwick", "--settings"], ["tarnwick", "--quit"]])
 
 
 if __name__ == "__main__":

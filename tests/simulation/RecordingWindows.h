@@ -14,6 +14,8 @@ class RecordingWindows final : public StatusItemWindows {
 public:
     void toggleDropDown(std::optional<ScreenPoint> at) override { dropDowns.push_back(at); }
 
+    void showOutages() override { ++outagesShown; }
+
     void showSettings() override { ++settingsShown; }
 
     void showAbout() override { ++aboutShown; }
@@ -28,6 +30,7 @@ public:
     void quit() override { ++quits; }
 
     std::vector<std::optional<ScreenPoint>> dropDowns;
+    int outagesShown = 0;
     int settingsShown = 0;
     int aboutShown = 0;
     int windowsExpected = 0;

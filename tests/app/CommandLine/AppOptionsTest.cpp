@@ -73,6 +73,7 @@ TEST(AppOptions, ARequestIsTaken) {
     EXPECT_EQ(appOptions({}).request, Request::none);
     EXPECT_EQ(appOptions({"--show"}).request, Request::show);
     EXPECT_EQ(appOptions({"--settings", "--settings"}).request, Request::settings);
+    EXPECT_EQ(appOptions({"--outages"}).request, Request::outages);
     EXPECT_EQ(appOptions({"--quit"}).request, Request::quit);
     EXPECT_EQ(appOptions({"--from-session"}).request, Request::stay);
 }
@@ -80,10 +81,10 @@ TEST(AppOptions, ARequestIsTaken) {
 TEST(AppOptions, ThereIsOnlyOneRequest) {
     EXPECT_EQ(
         appRefusal({"--show", "--quit"}),
-        "only one of --show, --settings, --from-session, --pause and --quit is possible");
+        "only one of --show, --settings, --outages, --from-session, --pause and --quit is possible");
     EXPECT_EQ(
         appRefusal({"--pause", "60", "--quit"}),
-        "only one of --show, --settings, --from-session, --pause and --quit is possible");
+        "only one of --show, --settings, --outages, --from-session, --pause and --quit is possible");
     EXPECT_EQ(appRefusal({"--quit", "--set", "PingInterval=5"}), "--quit takes no --set");
     EXPECT_EQ(appRefusal({"--set", "PingInterval=5", "--pause=60"}), "--pause takes no --set");
 }
@@ -119,8 +120,9 @@ TEST(AppOptions, HelpAndVersionAreTaken) {
 TEST(AppOptions, TheUsageNamesEveryOptionAndListsTheSettings) {
     for (const std::string& part :
          {std::string("--set KEY=VALUE"), std::string("--help"), std::string("--version"),
-          std::string("--show"), std::string("--settings"), std::string("--pause SECONDS"),
-          std::string("--quit"), std::string("--from-session"), settingsUsage()}) {
+          std::string("--show"), std::string("--settings"), std::string("--outages"),
+          std::string("--pause SECONDS"), std::string("--quit"), std::string("--from-session"),
+          settingsUsage()}) {
         EXPECT_THAT(usageOf(AppOptions::table()), testing::HasSubstr(part));
     }
 }

@@ -181,7 +181,7 @@ TEST_F(PanelMenuTextTest, TheRowsAreTheHeaderAndThenTheItems) {
         labels, testing::ElementsAre(
                     StartsWith("Excellent"), "1.1.1.1", testing::_, StartsWith("Session: "), "Change Host…",
                     "-", "Reset Session Stats", "Reset All Time Stats…", "Pause for an Hour", "Resume", "-",
-                    "Settings…", "About Tarnwick", "-", "Quit Tarnwick"));
+                    "Outages…", "Settings…", "About Tarnwick", "-", "Quit Tarnwick"));
 }
 
 TEST_F(PanelMenuTextTest, BothResetsAreListed) {

@@ -31,10 +31,10 @@ TEST_F(StatusItemMenuTest, TheMenuHasItsItemsInOrder) {
     }
 
     EXPECT_THAT(
-        titles,
-        ElementsAre(
-            "", "Change Host…", "-", "Reset Session Stats", "Reset All Time Stats…", "Pause for an Hour",
-            "Resume", "-", "Check for Updates…", "Settings…", "About Tarnwick", "-", "Quit Tarnwick"));
+        titles, ElementsAre(
+                    "", "Change Host…", "-", "Reset Session Stats", "Reset All Time Stats…",
+                    "Pause for an Hour", "Resume", "-", "Outages…", "Check for Updates…", "Settings…",
+                    "About Tarnwick", "-", "Quit Tarnwick"));
 }
 
 TEST_F(StatusItemMenuTest, ItsIconsAreInOldAndNewThemesOfGnome) {
@@ -42,6 +42,7 @@ TEST_F(StatusItemMenuTest, ItsIconsAreInOldAndNewThemesOfGnome) {
     const std::vector<std::string> common{
         "",
         "application-exit-symbolic",
+        "document-open-recent-symbolic",
         "help-about-symbolic",
         "media-playback-pause-symbolic",
         "media-playback-start-symbolic",
@@ -125,6 +126,9 @@ TEST_F(StatusItemMenuTest, ItsItemsOpenTheWindowsOfTheirTitles) {
     EXPECT_EQ(windows.settingsShown, 2);
     menu->choose(Id::about);
     EXPECT_EQ(windows.aboutShown, 1);
+    EXPECT_EQ(windows.outagesShown, 0);
+    menu->choose(Id::outages);
+    EXPECT_EQ(windows.outagesShown, 1);
     EXPECT_EQ(windows.quits, 0);
     menu->choose(Id::quit);
     EXPECT_EQ(windows.quits, 1);

@@ -196,8 +196,8 @@ TEST_F(DropDownTest, VisibleItemsStandBelowTheStatusInTheMenusOrder) {
 
     EXPECT_THAT(
         titles(), ElementsAre(
-                      "Reset Session Stats", "Pause for an Hour", "Check for Updates…", "Settings…",
-                      "About Tarnwick", "Quit Tarnwick"));
+                      "Reset Session Stats", "Pause for an Hour", "Outages…", "Check for Updates…",
+                      "Settings…", "About Tarnwick", "Quit Tarnwick"));
     const auto& children = dropDown.window()->children();
     const auto status = std::ranges::find_if(
         children, [](QObject* child) { return dynamic_cast<StatusMenuView*>(child) != nullptr; });

@@ -1,5 +1,6 @@
 #include "tests/app/views/Scenes.h"
 
+#include "app/App/OutagesWindow.h"
 #include "app/App/ProgramIcon.h"
 #include "app/App/SettingsWindow.h"
 #include "app/HistoryChartView/HistoryChartView.h"
@@ -19,6 +20,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTest>
 
 #include <chrono>
 #include <cmath>
@@ -213,6 +215,105 @@ void changeSomeSettings(WatchedMonitor& world) {
     world.prefs.setPingInterval(5);
     world.prefs.setShowNotifications(true);
     world.watchFor(20);
+}
+
+namespace {
+
+using std::chrono::days;
+using std::chrono::hours;
+using std::chrono::minutes;
+using std::chrono::seconds;
+
+/// Minutes of 100 days with good ones, bad ones, nights asleep and a holiday.
+History someHundredDays(HistoryTime until) {
+    History history{.until = until};
+    std::mt19937 random(11); // NOLINT(cert-msc51-cpp): the same every time
+    std::lognormal_distribution<double> latency(3, 0.25);
+    for (HistoryTime start = until - days(74); start < until; start += minutes(15)) {
+        const auto hour = (start - floorTo(start, days(1))) / hours(1);
+        const auto day = (until - start) / days(1);
+        if (hour < 6 || (day > 30 && day < 35)) {
+            continue;
+        }
+        Period period{.start = start, .length = PeriodLength::quarterHour};
+        period.figures.watchedSeconds = 900;
+        for (period.figures.sent = 0; period.figures.sent < 180; ++period.figures.sent) {
+            period.figures.addAnswer(latency(random) * (hour == 20 ? 2.2 : 1));
+        }
+        history.periods.push_back(period);
+    }
+    for (int night = 74; night >= 0; --night) {
+        const HistoryTime midnight = floorTo(until, days(1)) - days(night);
+        history.gaps.push_back(
+            {.kind = Gap::Kind::asleep, .span = {.from = midnight, .to = midnight + hours(6)}});
+    }
+    return history;
+}
+
+void addBad(
+    History& history, Episode::Kind kind, int daysAgo, seconds clock, seconds length,
+    const Verdict& verdict) {
+    const HistoryTime start = floorTo(history.until, days(1)) - days(daysAgo) + clock;
+    history.episodes.push_back({.kind = kind, .start = start, .end = start + length, .verdict = verdict});
+}
+
+History historyOfPicture(HistoryTime until) {
+    using enum Episode::Kind;
+    History history = someHundredDays(until);
+    const Verdict provider{
+        .blame = Blame::provider,
+        .likelihood = Likelihood::likely,
+        .evidence = "Your router answers in 2 ms; nothing beyond it has answered for 3 minutes."};
+    const Verdict wifi{
+        .blame = Blame::wifi,
+        .likelihood = Likelihood::certain,
+        .evidence = "The Wi-Fi signal is weak (-82 dBm), and the router answers late."};
+    const Verdict load{
+        .blame = Blame::ownLoad,
+        .likelihood = Likelihood::likely,
+        .evidence = "Latency rises from 20 to 160 ms while this computer uploads 9 Mbit/s."};
+    const Verdict beyond{
+        .blame = Blame::beyondProvider,
+        .likelihood = Likelihood::possible,
+        .evidence = "The provider's network answers up to 198.51.100.7; loss begins after it."};
+    addBad(history, outage, 61, hours(9), minutes(40), provider);
+    addBad(history, degradation, 52, hours(19), minutes(12), load);
+    addBad(history, outage, 47, hours(23), minutes(8), provider);
+    addBad(history, outage, 38, hours(7), seconds(95), beyond);
+    addBad(history, degradation, 22, hours(20), minutes(9), load);
+    addBad(history, degradation, 21, hours(20), minutes(14), load);
+    addBad(history, outage, 12, hours(13) + minutes(4), seconds(42), wifi);
+    addBad(history, degradation, 5, hours(20) + minutes(15), seconds(640), load);
+    addBad(history, outage, 3, hours(10) + seconds(732), seconds(187), provider);
+    addBad(history, outage, 3, hours(18) + seconds(2405), minutes(21), provider);
+    addBad(history, degradation, 1, hours(20) + seconds(75), seconds(95), wifi);
+    return history;
+}
+
+} // namespace
+
+QImage grabOutages() {
+    simulation::VirtualRunLoop loop;
+    constexpr std::chrono::sys_days today = std::chrono::year(2026) / 11 / 23;
+    loop.setWallClock(today + hours(15) + minutes(7));
+    Observed<Reading> reading;
+    reading.set({.host = "one.example"});
+    test::StandardMenu menu;
+    OutagesWindow window(
+        {.loop = loop,
+         .reading = reading,
+         .keepsHistory = [] { return true; },
+         .read = [](const Span& span) { return historyOfPicture(span.to); },
+         .version = "1.2",
+         .offset = [](HistoryTime) { return seconds(0); }},
+        menu.menu);
+    window.present();
+    QApplication::processEvents();
+    for (int day = 0; day < 3; ++day) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
+    }
+    QApplication::processEvents();
+    return window.grab().toImage();
 }
 
 } // namespace tarnwick::scenes

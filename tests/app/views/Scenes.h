@@ -60,4 +60,7 @@ void loseProvider(WatchedMonitor& world);
 
 void changeSomeSettings(WatchedMonitor& world);
 
+/// The outages window on a day with two outages.
+[[nodiscard]] QImage grabOutages();
+
 } // namespace tarnwick::scenes

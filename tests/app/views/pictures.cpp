@@ -212,6 +212,7 @@ void drawInBothColors(const QDir& folder, const QString& scale, double points) {
         Appearance::prefer(isDark);
         drawDropDowns(folder, style);
         drawSettings(folder, style);
+        grabOutages().save(folder.filePath("outages-" + style + ".png"));
         drawUpdates(folder, style);
     }
 }

@@ -102,7 +102,7 @@ TEST_F(InstanceGuardTest, ASecondStartPassesItsActivationTokenOn) {
 }
 
 TEST_F(InstanceGuardTest, ASecondStartAsksTheFirstForWhatItIsFor) {
-    for (const Request request : {Request::settings, Request::quit}) {
+    for (const Request request : {Request::settings, Request::outages, Request::quit}) {
         const Start first(loop_, daemon_.address());
         ASSERT_TRUE(runUntilDecided(first));
 
