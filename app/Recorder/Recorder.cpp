@@ -44,6 +44,8 @@ void Recorder::start(const std::string& host) {
     lastTick_ = loop_.now();
     lastWall_ = wallNow();
     lastMinute_ = floorTo(lastWall_, secondsIn(PeriodLength::minute));
+    lastSign_ = lastWall_;
+    lastGap_.reset();
     discard();
     journal_->open();
     noteTimeBefore();
@@ -102,8 +104,10 @@ std::optional<Recorder::Ping> Recorder::settle(std::uint64_t id) {
 void Recorder::pingReplied(std::uint64_t id, double ms, bool isWithinTimeout) {
     const auto ping = settle(id);
     lastAnswered_ = std::max(lastAnswered_, id);
-    silentSince_.reset();
-    lostInSilence_ = 0;
+    lastSign_ = wallNow();
+    if (silence_ && id >= silence_->firstLost) {
+        silence_.reset();
+    }
     if (ping && ping->isCounted) {
         if (isWithinTimeout) {
             book_.replied(ping->date, ms);
@@ -122,8 +126,14 @@ void Recorder::pingLost(std::uint64_t id) {
         book_.lost(ping->date);
     }
     if (id > lastAnswered_) {
-        silentSince_ = std::min(silentSince_.value_or(ping->date), ping->date);
-        ++lostInSilence_;
+        Silence& silence =
+            silence_ ? *silence_ : silence_.emplace(Silence{.firstLost = id, .since = ping->date});
+        silence.firstLost = std::min(silence.firstLost, id);
+        silence.since = std::min(silence.since, ping->date);
+        ++silence.lost;
+    }
+    if (outageEnd_ && ping->date >= *outageEnd_) {
+        outageEnd_.reset();
     }
     if (open_) {
         ++open_->pingsLost;
@@ -133,8 +143,9 @@ void Recorder::pingLost(std::uint64_t id) {
 
 void Recorder::forgetPings() {
     unsettled_.clear();
-    silentSince_.reset();
-    lostInSilence_ = 0;
+    silence_.reset();
+    lastSign_ = wallNow();
+    outageEnd_.reset();
     book_.interrupted();
 }
 
@@ -170,6 +181,7 @@ bool Recorder::isNextMinute(HistoryTime wall) const {
 }
 
 void Recorder::noteGap(const Gap& gap) {
+    lastGap_ = gap;
     putInPlace(waiting().gaps, gap);
     forgetPings();
 }
@@ -195,6 +207,12 @@ void Recorder::clockSetBack(HistoryTime before, HistoryTime now) {
         end(before);
         begin({.kind = kind, .start = now});
     }
+    if (lastGap_ && lastGap_->span.to > now) {
+        lastGap_->span.to = std::max(lastGap_->span.from, now);
+        putInPlace(waiting().gaps, *lastGap_);
+    }
+    lastSign_ = std::min(lastSign_, now);
+    outageEnd_.reset();
 }
 
 void Recorder::interrupt(Gap::Kind kind) {
@@ -246,12 +264,18 @@ void Recorder::followOutage(const ConnectionState& state) {
     if (isDown) {
         const HistoryTime start = startOfSilence();
         endDegradation(start);
-        begin({.kind = Episode::Kind::outage, .start = start, .pingsLost = lostInSilence_});
+        begin({.kind = Episode::Kind::outage, .start = start, .pingsLost = silence_ ? silence_->lost : 0});
         takeDetails(state);
     } else {
         end(wallNow());
+        outageEnd_ = wallNow();
     }
     write();
+}
+
+/// The bars tell of pings that were lost in it.
+bool Recorder::isAfterOutage(HistoryTime now) const {
+    return outageEnd_ && now - *outageEnd_ < barsLookBack;
 }
 
 void Recorder::followDegradation(const ConnectionState& state) {
@@ -261,10 +285,13 @@ void Recorder::followDegradation(const ConnectionState& state) {
     const HistoryTime now = wallNow();
     if (state.trouble == Trouble::degraded) {
         goodSince_.reset();
-        if (!open_) {
+        if (!open_ && !isAfterOutage(now)) {
             begin({.kind = Episode::Kind::degradation, .start = now});
         }
-    } else if (open_) {
+        return;
+    }
+    outageEnd_.reset();
+    if (open_) {
         goodSince_ = goodSince_.value_or(now);
         if (now - *goodSince_ >= steadilyGood) {
             end(*goodSince_);
@@ -293,9 +320,11 @@ void Recorder::takeDetails(const ConnectionState& state) {
 }
 
 HistoryTime Recorder::startOfSilence() const {
-    const HistoryTime start = silentSince_.value_or(wallNow());
     const auto sentSince = unsettled_.upper_bound(lastAnswered_);
-    return sentSince != unsettled_.end() ? std::min(start, sentSince->second.date) : start;
+    if (sentSince == unsettled_.end()) {
+        return silence_ ? silence_->since : lastSign_;
+    }
+    return silence_ ? std::min(silence_->since, sentSince->second.date) : sentSince->second.date;
 }
 
 void Recorder::endDegradation(HistoryTime outage) {
@@ -323,7 +352,7 @@ void Recorder::end(HistoryTime time) {
     if (!open_) {
         return;
     }
-    open_->end = std::max(time, open_->start);
+    open_->end = std::max(std::min(time, goodSince_.value_or(time)), open_->start);
     putInPlace(waiting().episodes, *open_);
     open_.reset();
     hasNews_ = false;
@@ -412,7 +441,8 @@ void Recorder::noteTimeBefore() {
     const HistoryTime knownFrom =
         interruption_ ? std::min(completeFrom_, interruption_->span.from) : completeFrom_;
     if (until && *until < knownFrom) {
-        waiting().gaps.push_back({.kind = Gap::Kind::notRunning, .span = {.from = *until, .to = knownFrom}});
+        lastGap_ = Gap{.kind = Gap::Kind::notRunning, .span = {.from = *until, .to = knownFrom}};
+        waiting().gaps.push_back(*lastGap_);
     }
 }
 
@@ -441,6 +471,13 @@ void Recorder::write() {
     }
 }
 
+template<class Entry>
+void Recorder::keepNewest(std::vector<Entry>& entries) {
+    if (entries.size() > mostEntries) {
+        entries.erase(entries.begin(), entries.end() - static_cast<std::ptrdiff_t>(mostEntries));
+    }
+}
+
 void Recorder::dropSurplus() {
     std::size_t kept = 0;
     for (Journal::Batch& batch : std::views::reverse(waiting_)) {
@@ -450,6 +487,8 @@ void Recorder::dropSurplus() {
                 batch.minutes.begin(), batch.minutes.end() - static_cast<std::ptrdiff_t>(room));
         }
         kept += batch.minutes.size();
+        keepNewest(batch.episodes);
+        keepNewest(batch.gaps);
     }
 }
 

@@ -81,14 +81,25 @@ private:
     static constexpr std::chrono::seconds smallestStepBack{2};
     /// Seconds of a good connection that end a degradation.
     static constexpr std::chrono::seconds steadilyGood{30};
+    /// For so long the bars tell of lost pings.
+    static constexpr std::chrono::seconds barsLookBack{30};
     /// How many minutes wait to be written at most.
     static constexpr std::size_t mostMinutes = 1440;
+    /// And how many episodes, and gaps, of a host.
+    static constexpr std::size_t mostEntries = 1440;
     /// How many pings wait for their outcome at most: with the longest time-out, one a second.
     static constexpr std::size_t mostUnsettled = 4096;
 
     struct Ping {
         HistoryTime date{};
         bool isCounted = false;
+    };
+
+    /// Pings that were lost since the last answer.
+    struct Silence {
+        std::uint64_t firstLost = 0;
+        HistoryTime since{}; ///< when that one was sent
+        std::int64_t lost = 0;
     };
 
     [[nodiscard]] HistoryTime wallNow() const;
@@ -103,6 +114,7 @@ private:
 
     void followOutage(const ConnectionState& state);
     void followDegradation(const ConnectionState& state);
+    [[nodiscard]] bool isAfterOutage(HistoryTime now) const;
     void takeDetails(const ConnectionState& state);
     void begin(const Episode& episode);
     void end(HistoryTime time);
@@ -122,6 +134,8 @@ private:
     void noteTimeBefore();
     void write();
     void dropSurplus();
+    template<class Entry>
+    static void keepNewest(std::vector<Entry>& entries);
 
     RunLoop& loop_;
     Journal* journal_; ///< null: none
@@ -130,19 +144,20 @@ private:
     MinuteBook book_;
     std::map<std::uint64_t, Ping> unsettled_;
     std::uint64_t lastAnswered_ = 0;
-    // Of the pings sent after that one:
-    std::optional<HistoryTime> silentSince_; ///< when the first ping was sent that was lost
-    std::int64_t lostInSilence_ = 0;
+    std::optional<Silence> silence_;
+    HistoryTime lastSign_{}; ///< when the last answer came, or what is watched began
 
     std::optional<Episode> open_;
     bool hasNews_ = false;                 ///< of the open episode, that are not waiting yet
     bool isTold_ = false;                  ///< the open episode is written or waits
     std::optional<HistoryTime> goodSince_; ///< of an open degradation
+    std::optional<HistoryTime> outageEnd_; ///< while the bars may still tell of it
 
     double lastTick_ = 0;     ///< monotonic
     double mayWriteFrom_ = 0; ///< monotonic: until then the last gap may turn out to be a sleep
     HistoryTime lastWall_{};
     std::optional<Gap> interruption_; ///< its end is not known yet
+    std::optional<Gap> lastGap_;
 
     std::vector<Journal::Batch> waiting_; ///< to be written, one a host; the last one is of the present host
     HistoryTime completeFrom_{};          ///< what has been since then is written or waits

@@ -62,12 +62,49 @@ TEST_F(RecorderEpisodes, AnOutageIsWrittenAtOnceAtBothEnds) {
     EXPECT_EQ(journal.batches[1].episodes.at(0).end, after(22));
 }
 
-TEST_F(RecorderEpisodes, AnOutageWithoutASingleLostPingBeginsWhenItIsFound) {
-    loop.advance(1);
-    recorder.tick();
-    recorder.follow(stateOf(Trouble::down)); // there is no network to send anything to
+TEST_F(RecorderEpisodes, AnOutageWithoutASingleLostPingBeginsWithTheLastAnswer) {
+    pass(10);
+    for (int second = 0; second < 12; ++second) {
+        passSecond(); // there is no address to send anything to
+    }
+    recorder.follow(stateOf(Trouble::down));
 
-    EXPECT_EQ(kept().episodes.at(0).start, after(1));
+    EXPECT_EQ(kept().episodes.at(0).start, after(9));
+}
+
+TEST_F(RecorderEpisodes, AnOutageFromTheStartOnBeginsThere) {
+    for (int second = 0; second < 12; ++second) {
+        passSecond();
+    }
+    recorder.follow(stateOf(Trouble::down));
+
+    EXPECT_EQ(kept().episodes.at(0).start, after(0));
+}
+
+TEST_F(RecorderEpisodes, AnOutageAfterAPauseBeginsAtItsEnd) {
+    pass(10);
+    recorder.interrupt(Gap::Kind::paused);
+    loop.advance(60);
+    recorder.resume();
+    for (int second = 0; second < 12; ++second) {
+        passSecond();
+    }
+    recorder.follow(stateOf(Trouble::down));
+
+    EXPECT_EQ(kept().episodes.at(0).start, after(70));
+}
+
+TEST_F(RecorderEpisodes, AnAnswerToAnEarlierPingDoesNotBreakTheSilence) {
+    pass(10);
+    recorder.pingSent(++lastId, true);
+    const std::uint64_t slow = lastId;
+    passSecond();
+    passSilent(8);
+    recorder.pingReplied(slow, 8000, false);
+    recorder.follow(stateOf(Trouble::down));
+
+    EXPECT_EQ(kept().episodes.at(0).start, after(11));
+    EXPECT_EQ(kept().episodes.at(0).pingsLost, 4);
 }
 
 TEST_F(RecorderEpisodes, AnAnsweredPingIsNoPartOfTheSilence) {
@@ -146,7 +183,7 @@ TEST_F(RecorderEpisodes, AnOutageOfWhichNothingIsKnownIsOne) {
     loop.advance(1);
     recorder.follow({.trouble = Trouble::down});
 
-    EXPECT_EQ(journal.batches.at(0).episodes.at(0), Episode{.start = after(1)});
+    EXPECT_EQ(journal.batches.at(0).episodes.at(0), Episode{.start = after(0)});
 }
 
 TEST_F(RecorderEpisodes, SilenceBeforeASleepIsNoPartOfTheOutageAfterIt) {
@@ -157,7 +194,7 @@ TEST_F(RecorderEpisodes, SilenceBeforeASleepIsNoPartOfTheOutageAfterIt) {
     passSecond();
     recorder.follow(stateOf(Trouble::down));
 
-    EXPECT_EQ(kept().episodes.at(0).start, after(111));
+    EXPECT_EQ(kept().episodes.at(0).start, after(110));
     EXPECT_EQ(kept().episodes.at(0).pingsLost, 0);
 }
 
@@ -227,16 +264,59 @@ TEST_F(RecorderEpisodes, TheOnsetThatIsWrittenAlreadyEndsAtOnce) {
     EXPECT_EQ(episodes[1].end, episodes[1].start);
 }
 
-TEST_F(RecorderEpisodes, AfterAnOutageADegradationMayFollowAtOnce) {
+TEST_F(RecorderEpisodes, TheLossOfAnOutageThatTheBarsStillTellOfIsNoDegradation) {
     passSilent(10);
     recorder.follow(stateOf(Trouble::down));
     answered();
+    degradedFor(12);
+    goodFor(40);
+
+    EXPECT_EQ(kept().episodes.size(), 1U);
+}
+
+TEST_F(RecorderEpisodes, ALossAfterAnOutageMayBeADegradationAtOnce) {
+    passSilent(10);
+    recorder.follow(stateOf(Trouble::down));
+    answered();
+    recorder.follow(stateOf(Trouble::degraded));
+    passSilent(5);
     recorder.follow(stateOf(Trouble::degraded));
 
     const auto episodes = kept().episodes;
     ASSERT_EQ(episodes.size(), 2U);
     EXPECT_EQ(episodes[1].kind, Episode::Kind::degradation);
-    EXPECT_EQ(episodes[1].start, after(10));
+    EXPECT_EQ(episodes[1].start, after(15));
+}
+
+TEST_F(RecorderEpisodes, ADegradationMayFollowWhenTheBarsTellNoLongerOfTheOutage) {
+    passSilent(10);
+    recorder.follow(stateOf(Trouble::down));
+    answered();
+    degradedFor(40); // slow, without a loss
+
+    const auto episodes = kept().episodes;
+    ASSERT_EQ(episodes.size(), 2U);
+    EXPECT_EQ(episodes[1].start, after(40));
+}
+
+TEST_F(RecorderEpisodes, OnceAllWasWellADegradationIsOne) {
+    passSilent(10);
+    recorder.follow(stateOf(Trouble::down));
+    answered();
+    recorder.follow(stateOf(Trouble::none));
+    pass(5);
+    recorder.follow(stateOf(Trouble::degraded));
+
+    ASSERT_EQ(kept().episodes.size(), 2U);
+    EXPECT_EQ(kept().episodes[1].start, after(15));
+}
+
+TEST_F(RecorderEpisodes, GoodSecondsBeforeAnotherHostAreNoPartOfADegradation) {
+    degradedFor(10);
+    goodFor(20);
+    recorder.setHost("two.example");
+
+    EXPECT_EQ(kept(test::recordedHost).episodes.at(0).end, after(10));
 }
 
 TEST_F(RecorderEpisodes, AnotherHostEndsThem) {
@@ -289,6 +369,17 @@ TEST_F(RecorderEpisodes, AClockThatIsSetBackBeginsASecondOne) {
     }
     EXPECT_EQ(history.episodes.size(), 2U);
     EXPECT_NEAR(static_cast<double>(down.count()), 30, 1);
+}
+
+TEST_F(RecorderEpisodes, AnOutageAfterTheClockWasSetBackBeginsThere) {
+    pass(700);
+    loop.setWallClock(begin + std::chrono::seconds(100));
+    for (int second = 0; second < 12; ++second) {
+        passSecond();
+    }
+    recorder.follow(stateOf(Trouble::down));
+
+    EXPECT_EQ(kept().episodes.at(0).start, after(100));
 }
 
 TEST_F(RecorderEpisodes, AClockThatIsCorrectedByASecondSplitsNothing) {

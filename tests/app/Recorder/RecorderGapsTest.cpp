@@ -288,6 +288,18 @@ TEST_F(RecorderGaps, AClockThatIsSetBackMakesNone) {
     EXPECT_EQ(kept().periods.at(1).figures.sent, 70); // the minute came twice
 }
 
+TEST_F(RecorderGaps, AreCutWhereTheClockIsSetBackIntoThem) {
+    journal.setUntil(after(0));
+    loop.setWallClock(begin + std::chrono::hours(2)); // as another system has left the clock of the machine
+    start();
+    pass(10);
+    recorder.save();
+    loop.setWallClock(begin + std::chrono::seconds(40));
+    pass(10);
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::notRunning, 0, 40)});
+}
+
 TEST_F(RecorderGaps, TheLocalClocksChangeIsNone) {
     ::setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
     loop.setWallClock(std::chrono::sys_days(std::chrono::year(2026) / 3 / 29) + std::chrono::minutes(58));

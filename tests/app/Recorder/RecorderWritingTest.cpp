@@ -79,6 +79,22 @@ TEST_F(RecorderWriting, ThatFailsForDaysKeepsTheLastDay) {
     EXPECT_EQ(history.periods.back().span().to, after(3 * 86'400));
 }
 
+TEST_F(RecorderWriting, ThatFailsKeepsABoundedNumberOfOutages) {
+    start();
+    journal.setState(Journal::State::cannotWrite);
+    for (int outage = 0; outage < 1500; ++outage) {
+        pass(1);
+        recorder.follow({.trouble = Trouble::down});
+        pass(1);
+        recorder.follow({.trouble = Trouble::none});
+    }
+    journal.setState(Journal::State::writes);
+
+    const History history = kept();
+    EXPECT_EQ(history.episodes.size(), 1440U);
+    EXPECT_EQ(history.episodes.back().end, after(3000));
+}
+
 TEST_F(RecorderWriting, ThatFailsForDaysKeepsTheLastDayOfAllHosts) {
     start();
     journal.setState(Journal::State::cannotWrite);
