@@ -1,5 +1,6 @@
 #include "app/OutagesView/OutagesView.h"
 
+#include "app/HistoryChartView/HistoryChartView.h"
 #include "app/OutagesView/DayFigures.h"
 #include "app/OutagesView/DayStrip.h"
 #include "app/OutagesView/OutageList.h"
@@ -32,6 +33,7 @@ constexpr double pageGap = 14;
 constexpr double pageCardInset = 14;
 constexpr double listCardInset = 5;
 constexpr double headingPoints = 15;
+constexpr double dayChartHeight = 48;
 
 } // namespace
 
@@ -66,6 +68,7 @@ OutagesView::OutagesView(OutagesModel& model, QWidget* parent)
       date_(new QLabel(this)),
       title_(new QLabel(QStringLiteral("All Outages"), this)),
       figures_(new DayFigures(this)),
+      chart_(new HistoryChartView(this)),
       list_(new OutageList(this)),
       status_(new StatusLine(this)),
       copy_(new QPushButton(QStringLiteral("&Copy"), this)),
@@ -77,6 +80,7 @@ OutagesView::OutagesView(OutagesModel& model, QWidget* parent)
     };
     list_->onSelect = [this] { copy_->setEnabled(!list_->selectedText().empty()); };
     model_.onChange = [this] { render(); };
+    chart_->setDesignHeight(dayChartHeight);
     makeButtons();
     makeColumn();
     applyStyle();
@@ -111,16 +115,17 @@ void OutagesView::makeColumn() {
     auto* const column = new QVBoxLayout(this);
     cards_ = {
         new Card(*strip_, pageCardInset, this), new Card(*figures_, pageCardInset, this),
-        new Card(*list_, listCardInset, this)};
+        new Card(*chart_, pageCardInset, this), new Card(*list_, listCardInset, this)};
     column->addWidget(cards_[0]);
     column->addWidget(date_);
     column->addWidget(cards_[1]);
+    column->addWidget(cards_[2]);
     column->addWidget(title_);
-    column->addWidget(cards_[2], 1);
+    column->addWidget(cards_[3], 1);
     column->addLayout(last);
     // Assistive technology reads them in the order in which they lie upon each other.
     for (QWidget* const part : std::initializer_list<QWidget*>{
-             cards_[0], date_, cards_[1], title_, cards_[2], status_, copy_, export_}) {
+             cards_[0], date_, cards_[1], cards_[2], title_, cards_[3], status_, copy_, export_}) {
         part->raise();
     }
 }
@@ -191,6 +196,7 @@ void OutagesView::showDay() {
     strip_->showDays(model_.page().days, model_.chosenDay());
     date_->setText(QString::fromStdString(model_.page().days.at(model_.chosenDay()).date));
     figures_->showFigures(model_.figures());
+    chart_->setChart(model_.chart());
 }
 
 void OutagesView::showStatus() {

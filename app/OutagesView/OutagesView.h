@@ -17,6 +17,7 @@ namespace tarnwick {
 
 class DayFigures;
 class DayStrip;
+class HistoryChartView;
 class OutageList;
 class StatusLine;
 
@@ -56,11 +57,12 @@ private:
     QLabel* date_;
     QLabel* title_; ///< of the list
     DayFigures* figures_;
+    HistoryChartView* chart_;
     OutageList* list_;
     StatusLine* status_;
     QPushButton* copy_;
     QPushButton* export_;
-    std::array<Card*, 3> cards_{}; ///< from top to bottom
+    std::array<Card*, 4> cards_{}; ///< from top to bottom
 
     QString failure_; ///< of the latest export; empty: none
     QString success_; ///< likewise

@@ -7,6 +7,12 @@
 
 namespace tarnwick {
 
+namespace {
+
+constexpr std::chrono::minutes chartPart{30};
+
+} // namespace
+
 void OutagesModel::open() {
     if (isOpen()) {
         return;
@@ -84,6 +90,20 @@ std::vector<OutagesFigure> OutagesModel::figures() const {
         return {};
     }
     return dayFigures(history_, page_.days[chosenDay_].summary, needs_.offset);
+}
+
+HistoryChart::Chart OutagesModel::chart() const {
+    if (chosenDay_ >= page_.days.size()) {
+        return {};
+    }
+    const LatencyChart::Chart& present = needs_.reading.get().chart;
+    const Span day = spanOfDay(page_.days[chosenDay_].summary.day, needs_.offset);
+    HistoryChart::Chart chart = HistoryChart::chartOf(
+        history_, {.span = day, .parts = static_cast<int>(day.length() / chartPart)},
+        {.lowMs = present.lowThresholdMs, .highMs = present.highThresholdMs}, needs_.offset);
+    chart.title = "By half hours";
+    chart.whyEmpty = "Nothing is known of this day.";
+    return chart;
 }
 
 std::string OutagesModel::exported(ExportFormat format) const {

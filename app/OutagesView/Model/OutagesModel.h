@@ -4,6 +4,7 @@
 #include "app/Observation/Observation.h"
 #include "app/OutagesView/Model/OutagesExport.h"
 #include "app/OutagesView/Model/OutagesPage.h"
+#include "app/Reading/HistoryChart.h"
 #include "app/Reading/Reading.h"
 #include "core/RunLoop.h"
 
@@ -54,8 +55,10 @@ public:
     /// Ignored if there is no such day.
     void chooseDay(std::size_t day);
 
-    /// Of the chosen day.
+    // Of the chosen day:
     [[nodiscard]] std::vector<OutagesFigure> figures() const;
+    /// By half hours, from midnight to midnight.
+    [[nodiscard]] HistoryChart::Chart chart() const;
 
     [[nodiscard]] const History& history() const { return history_; }
 

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -195,6 +196,36 @@ TEST_F(OutagesModelTest, ExportsTheReportOfAllDays) {
     EXPECT_THAT(model.exported(ExportFormat::csv), HasSubstr("\r\n2025-12-24T11:00:00+01:00,"));
     EXPECT_THAT(model.exported(ExportFormat::html), HasSubstr("1.2"));
     EXPECT_EQ(model.exportName(), "tarnwick-2026-01-07");
+}
+
+TEST_F(OutagesModelTest, TheChartOfADayGoesFromMidnightToMidnight) {
+    kept = {.episodes = {outage("2026-01-06 09:10", "2026-01-06 09:20")}, .until = at("2026-01-07 11:00")};
+    model.open();
+    model.chooseDay(lastDay - 1);
+
+    const HistoryChart::Chart chart = model.chart();
+    ASSERT_THAT(chart.columns, SizeIs(48));
+    EXPECT_EQ(chart.columns.front().span.from, at("2026-01-05 23:00"));
+    EXPECT_TRUE(chart.columns[20].isWall()); // from 10 by the local clock
+    EXPECT_FALSE(chart.columns[19].isWall());
+    EXPECT_FALSE(chart.columns[21].isWall());
+}
+
+TEST_F(OutagesModelTest, TheChartOfADayOnWhichTheClockIsSetBackIsAnHourLonger) {
+    loop.setWallClock(at("2026-11-07 11:00"));
+    model.open();
+    const auto& days = model.page().days;
+    const auto found = std::ranges::find(
+        days, std::chrono::year(2026) / 10 / 25, [](const OutagesDay& day) { return day.summary.day; });
+    ASSERT_NE(found, days.end());
+    model.chooseDay(static_cast<std::size_t>(found - days.begin()));
+
+    EXPECT_THAT(model.chart().columns, SizeIs(50));
+    EXPECT_EQ(model.chart().whyEmpty, "Nothing is known of this day.");
+}
+
+TEST_F(OutagesModelTest, WhileItIsClosedThereIsNoChart) {
+    EXPECT_THAT(model.chart().columns, IsEmpty());
 }
 
 } // namespace
