@@ -175,7 +175,7 @@ void drawReadmePictures(const QDir& folder) {
         Appearance::prefer(isDark);
         const QString end = isDark ? "-dark.png" : "-light.png";
         grabDropDown(busy, false, 0, "README").save(folder.filePath("drop-down" + end));
-        framed(grabOutages(), "Outages").save(folder.filePath("outages" + end));
+        framed(grabOutages(), "Tarnwick Outages").save(folder.filePath("outages" + end));
         grabVerdict(down).save(folder.filePath("verdict" + end));
         framed(grabSettings(changed, loginItem), "Tarnwick Settings").save(folder.filePath("settings" + end));
         framed(grabUpdate(Updating::Found{someUpdate(), true}), "Software Update")

@@ -297,7 +297,7 @@ QImage grabOutages() {
     constexpr std::chrono::sys_days today = std::chrono::year(2026) / 11 / 23;
     loop.setWallClock(today + hours(15) + minutes(7));
     Observed<Reading> reading;
-    reading.set({.host = "one.example"});
+    reading.set({.host = "one.example", .chart = {.lowThresholdMs = 100, .highThresholdMs = 1000}});
     test::StandardMenu menu;
     OutagesWindow window(
         {.loop = loop,
