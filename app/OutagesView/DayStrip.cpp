@@ -159,15 +159,15 @@ protected:
             hovered.setAlphaF(hoverOpacity);
             painter.fillRect(rect(), hovered);
         }
-        const double gap = std::min<double>(style.length(dayGap), std::max(1.0, width() / 4.0));
+        const double between = std::min<double>(style.length(dayGap), std::max(1.0, width() / 4.0));
         const double margin = style.length(markerMargin);
         const double whole = height() - 2 * margin;
         // A day of which nothing is known is a dot.
-        const double high = std::max(std::round(whole * heightShare(worst_)), width() - gap);
+        const double high = std::max(std::round(whole * heightShare(worst_)), width() - between);
         const double radius = worst_ == DaySummary::Worst::notWatched ? high / 2 : dayRadius;
         painter.setBrush(dayColor(style.colors(), worst_));
         painter.drawRoundedRect(
-            QRectF(gap / 2, height() - margin - high, width() - gap, high), radius, radius);
+            QRectF(between / 2, height() - margin - high, width() - between, high), radius, radius);
     }
 
 private:

@@ -66,7 +66,7 @@ public:
             return row.kind == Episode::Kind::outage;
         case OutageRowPainter::when:
             return QString::fromStdString(row.when);
-        case OutageRowPainter::length:
+        case OutageRowPainter::howLong:
             return QString::fromStdString(row.length);
         case OutageRowPainter::blame:
             return QString::fromStdString(row.blame);
@@ -157,15 +157,15 @@ QSize OutageList::minimumSizeHint() const {
     return sizeOfRows(fewestRows);
 }
 
-void OutageList::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
-    QListView::currentChanged(current, previous);
+void OutageList::currentChanged(const QModelIndex& present, const QModelIndex& previous) {
+    QListView::currentChanged(present, previous);
     tellOfCurrent();
 }
 
 void OutageList::tellOfCurrent() {
-    const QModelIndex current = currentIndex();
-    if (!isQuiet_ && onChoose && current.isValid() && selectionModel()->isSelected(current)) {
-        onChoose(static_cast<std::size_t>(current.row()));
+    const QModelIndex present = currentIndex();
+    if (!isQuiet_ && onChoose && present.isValid() && selectionModel()->isSelected(present)) {
+        onChoose(static_cast<std::size_t>(present.row()));
     }
 }
 

@@ -35,7 +35,7 @@ public:
     std::function<void()> onSelect;
 
 protected:
-    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+    void currentChanged(const QModelIndex& present, const QModelIndex& previous) override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
     void paintEvent(QPaintEvent* event) override;
 

@@ -105,15 +105,15 @@ void OutageRowPainter::paint(
     left += style.length(outageMark) + style.length(outageMarkGap);
 
     const double baseline = top + std::round(QFontMetricsF(font).ascent());
-    const double gap = style.length(outageColumnGap);
+    const double betweenParts = style.length(outageColumnGap);
     const auto draw = [&](double x, const QString& text) {
         TabularLine(font, text).draw(*painter, {x, baseline});
     };
     painter->setPen(colors.text);
     draw(left, textOf(index, when));
-    const double lengthLeft = left + TabularLine(font, widestTime).width() + gap;
-    draw(lengthLeft, (wasDown ? "down for " : "poor for ") + textOf(index, length));
-    const double blameLeft = lengthLeft + TabularLine(font, widestLength).width() + gap;
+    const double lengthLeft = left + TabularLine(font, widestTime).width() + betweenParts;
+    draw(lengthLeft, (wasDown ? "down for " : "poor for ") + textOf(index, howLong));
+    const double blameLeft = lengthLeft + TabularLine(font, widestLength).width() + betweenParts;
     painter->setFont(font);
     draw(blameLeft, textOf(index, blame));
 

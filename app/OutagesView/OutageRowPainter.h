@@ -9,7 +9,7 @@ namespace tarnwick {
 class OutageRowPainter final : public QStyledItemDelegate {
 public:
     /// Under these roles of the model it finds the parts of a row. The texts are strings.
-    enum Part { isOutage = Qt::UserRole, when, length, blame, evidence };
+    enum Part { isOutage = Qt::UserRole, when, howLong, blame, evidence };
 
     using QStyledItemDelegate::QStyledItemDelegate;
 

@@ -42,10 +42,12 @@ bool areAnswersLate(const std::vector<PendingPing>& pings, std::optional<double>
 }
 
 bool isSilenceSuspicious(const std::vector<PendingPing>& pings, std::optional<double> lastReply, double now) {
-    const bool isWaiting = std::ranges::any_of(pings, [&](const PendingPing& ping) {
-        return !ping.reply && lastReply && ping.sent > *lastReply && now - ping.sent >= 1;
+    if (!lastReply || now - *lastReply < suspiciousSilence) {
+        return false;
+    }
+    return std::ranges::any_of(pings, [now, last = *lastReply](const PendingPing& ping) {
+        return !ping.reply && ping.sent > last && now - ping.sent >= 1;
     });
-    return isWaiting && now - *lastReply >= suspiciousSilence;
 }
 
 double silentSince(const std::vector<PendingPing>& pings) {

@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* keepsNothing = "No history is kept: that is switched off in the settings.";
 
-const char* weekdayName(std::chrono::year_month_day day) {
+const char* longWeekdayName(std::chrono::year_month_day day) {
     constexpr std::array names{"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
     return names.at(std::chrono::weekday(day).c_encoding());
 }
@@ -25,7 +25,7 @@ std::string shareOrUnknown(std::optional<double> percent) {
 }
 
 std::string dateOf(std::chrono::year_month_day day) {
-    return std::string(weekdayName(day)) + ", " + LocalText::day(day);
+    return std::string(longWeekdayName(day)) + ", " + LocalText::day(day);
 }
 
 /// How the connection was on a day.
@@ -33,7 +33,7 @@ std::string stateOf(const DaySummary& day) {
     if (day.worst == DaySummary::Worst::notWatched) {
         return "not watched";
     }
-    std::string text = LocalText::availability(day.availability.percent()) + " available";
+    const std::string text = LocalText::availability(day.availability.percent()) + " available";
     if (day.worst == DaySummary::Worst::down) {
         const std::string count = day.outages == 1 ? "1 outage" : std::to_string(day.outages) + " outages";
         return text + ", " + count + ", down for " + LocalText::length(day.availability.down);
