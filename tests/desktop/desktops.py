@@ -30,6 +30,8 @@ SKIPPED = 77
 PARKED = (400, 400)
 # The panel is at rest when this many pictures in a row are equal.
 STILL_LOOKS = 4
+# Seconds that it is given for that, beside other panels.
+REST_PATIENCE = 30
 
 
 class Installed(abc.ABC):
@@ -169,7 +171,7 @@ class Desktop(Installed):
         self.screenshot(f"failed/{test}.png")
         (PICTURES / f"failed/{test}.txt").write_text(self.session.threads(), encoding="utf-8")
 
-    def still_picture(self, timeout: float = 10) -> Image.Image:
+    def still_picture(self, timeout: float = REST_PATIENCE) -> Image.Image:
         """A picture of the panel at rest."""
         latest = [self.picture()] * STILL_LOOKS
 
@@ -185,7 +187,7 @@ class Desktop(Installed):
         """Away from the panel: what is pointed at may look different."""
         self.move(*PARKED)
 
-    def item_rectangle(self, before: Image.Image, timeout: float = 10) -> Rectangle:
+    def item_rectangle(self, before: Image.Image, timeout: float = REST_PATIENCE) -> Rectangle:
         """Where something is drawn in the panel that was not there before."""
         self.park_pointer()
 

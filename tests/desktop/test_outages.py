@@ -62,6 +62,8 @@ class Outages(OutagesWindow, unittest.TestCase):
 
         eventually(lambda: is_selected(WIFI), PATIENCE, "the day's outage is selected")
         self.desktop.key("Tab")
+        eventually(lambda: self.focused_name().startswith("By half hours"), PATIENCE, "the chart has the keyboard")
+        self.desktop.key("Tab")
         eventually(lambda: self.focused_name() == "Outages", PATIENCE, "the list has the keyboard")
         self.desktop.key("Home")
         eventually(lambda: is_selected("18:40:00, down for 42 s. Not clear."), PATIENCE, "the newest outage")
