@@ -27,15 +27,13 @@ constexpr double privacyWidth = 330;
 
 const char* const credits = "Keeps an eye on your internet connection from the menu bar.";
 const char* const whatIsSent =
-    "To watch the connection, Tarnwick sends pings to the host that you choose, and looks its name up. Once "
-    "after the start, and while something is wrong, it also asks the routers on the way to that host and "
-    "your "
-    "name servers. It tells nobody what it finds.";
-const char* const whatIsKept = "Statistics and a history of latency, loss and outages stay on this computer. "
-                               "The history is one file that "
-                               "only you can read, %1, and forgets what is older than two years. The "
-                               "settings, under “Advanced”, clear it "
-                               "and switch it off.";
+    "To watch the connection, Tarnwick sends pings to the host that you choose, and looks its name up. After "
+    "the start or a change of the network, and while something is wrong, it also asks the routers on the way "
+    "to that host. While something is wrong it asks your name servers, too. The results are sent to nobody.";
+const char* const whatIsKept =
+    "Statistics and a history of latency, loss and outages stay on this computer. The history is one file "
+    "that only you can read, %1, and forgets what is older than two years. The settings, under “Advanced”, "
+    "clear it and switch it off.";
 const char* const license = "© 2026 The Tarnwick authors. MIT License.";
 
 // NOLINTBEGIN(cppcoreguidelines-owning-memory): the window owns its widgets

@@ -63,7 +63,7 @@ public:
 
     void openSettings(const std::string& activationToken) { windows_->openSettings(activationToken); }
 
-    /// For so many seconds; 0 resumes. What is no length of a pause is ignored.
+    /// 0 resumes. A length that `PauseLength` does not admit is ignored.
     void pause(int seconds);
 
     void openOutages(const std::string& activationToken) { windows_->openOutages(activationToken); }

@@ -7,7 +7,7 @@ namespace tarnwick {
 /// not 0, standard error has the reason.
 [[nodiscard]] int quitRunningInstance();
 
-/// Has the running instance pause for so many seconds, or with 0 resume; needs no display. Returns the exit
+/// Asks the running instance to pause, or with 0 seconds to resume; needs no display. Returns the exit
 /// status, as above.
 [[nodiscard]] int pauseRunningInstance(int seconds);
 

@@ -26,7 +26,7 @@ constexpr std::array<ProgramOption, 9> appOptions{{
     {"settings", nullptr, "open the settings window, of the running instance if there is one",
      settingsLetter},
     {"outages", nullptr, "open the outages window, of the running instance if there is one", outagesLetter},
-    {"pause", "SECONDS", "have the running instance ping nothing for so long; 0 resumes", pauseLetter},
+    {"pause", "SECONDS", "pause the pings of the running instance; 0 resumes", pauseLetter},
     {"quit", nullptr, "end the running instance", quitLetter},
     {"from-session", nullptr, "for starts with the session: no window opens", sessionLetter},
     CommonOptions::setOption,

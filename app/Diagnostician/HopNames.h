@@ -22,7 +22,7 @@ public:
 
     /// Puts in the names that are known, and asks for the next one that is not.
     void fill(std::vector<HopEvidence>& path);
-    /// Who had no name is asked for again: perhaps nobody could be asked.
+    /// Asks again for names that were not found: perhaps the resolver could not be reached.
     void retryUnknown();
     /// Another network may have other names for the same addresses.
     void forget();

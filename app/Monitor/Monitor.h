@@ -72,8 +72,8 @@ public:
     /// Forgets all of the history, of every host. False when something of it may be left.
     bool clearHistory();
 
-    /// For so many seconds, or until `resume`: no pings, nothing sent for a verdict, no alerts. Time that the
-    /// machine sleeps counts. A second pause takes the place of the first; a new host does not end it. A
+    /// Sends no pings, nothing for a verdict and no alerts, for these seconds or until `resume`. Time that
+    /// the machine sleeps counts. A second pause takes the place of the first; a new host does not end it. A
     /// length that `PauseLength` does not admit is ignored.
     void pause(int seconds);
     /// Pings at once, unless there is no pause.

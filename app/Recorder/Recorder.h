@@ -81,7 +81,7 @@ private:
     static constexpr std::chrono::seconds smallestStepBack{2};
     /// Seconds of a good connection that end a degradation.
     static constexpr std::chrono::seconds steadilyGood{30};
-    /// For so long the bars tell of lost pings.
+    /// How long lost pings keep the bars low.
     static constexpr std::chrono::seconds barsLookBack{30};
     /// How many minutes wait to be written at most.
     static constexpr std::size_t mostMinutes = 1440;

@@ -35,7 +35,7 @@ std::string htmlMethod(const Report& report, const ReportOrigin& origin, const U
     entries += methodEntry(
         "Outage", "No answer for 8 s (longer at a longer interval), no such host, or no network. It counts "
                   "from the first "
-                  "lost ping until the next answer. Pings sent meanwhile are no part of the loss.");
+                  "lost ping until the next answer. Pings sent during an outage do not count as loss.");
     entries += methodEntry(
         "Whose fault", "Concluded from pings with a limited number of hops, which the routers on the way "
                        "answer, and from what "

@@ -68,7 +68,7 @@ constexpr const char* method =
     "  unanswered the connection counts as down, from the first of them until the next answer; a shorter\n"
     "  silence is loss. Availability is the share of the time watched in which it was not down; time "
     "asleep,\n"
-    "  paused or not watched counts neither way. Pings sent while it was down are no part of the loss.\n"
+    "  paused or not watched counts neither way. Pings sent while it was down are not counted.\n"
     "  Percentiles are within 2.2 %.\n";
 
 } // namespace

@@ -68,7 +68,7 @@ Outcome outcomeAt(const HopEvidence& hop, double extraMs) {
     const std::vector<HopSample> latest(
         hop.samples.begin() + static_cast<std::ptrdiff_t>(skipped), hop.samples.end());
     const std::size_t bad = countBad(latest, hop.quietMs, extraMs);
-    // Without the usual latency nobody knows whether an answer is late.
+    // Whether an answer is late can only be told by the hop's usual latency.
     const bool isLatenessOpen = !hop.quietMs && extraMs > usualSpread;
     return {.bad = bad, .good = isLatenessOpen ? 0 : latest.size() - bad};
 }
