@@ -69,6 +69,7 @@ void Monitor::hostChanged() {
 
 void Monitor::forgetQuality() {
     pending_.clear();
+    forgetUnsettledBookings();
     measured_.score = std::nullopt;
     measured_.latestPingMs = std::nullopt;
     measured_.lossPercent = 0;
