@@ -3,6 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <vector>
+
 namespace tarnwick::simulation {
 
 namespace {
@@ -16,17 +21,18 @@ TEST_P(Monitored, Holds) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Announcements, Monitored, testing::ValuesIn(test::readCases("announcements.txt")), test::caseName);
-INSTANTIATE_TEST_SUITE_P(Down, Monitored, testing::ValuesIn(test::readCases("down.txt")), test::caseName);
-INSTANTIATE_TEST_SUITE_P(Host, Monitored, testing::ValuesIn(test::readCases("host.txt")), test::caseName);
-INSTANTIATE_TEST_SUITE_P(Path, Monitored, testing::ValuesIn(test::readCases("path.txt")), test::caseName);
-INSTANTIATE_TEST_SUITE_P(Pings, Monitored, testing::ValuesIn(test::readCases("pings.txt")), test::caseName);
-INSTANTIATE_TEST_SUITE_P(
-    Settings, Monitored, testing::ValuesIn(test::readCases("settings.txt")), test::caseName);
-INSTANTIATE_TEST_SUITE_P(Sleep, Monitored, testing::ValuesIn(test::readCases("sleep.txt")), test::caseName);
-INSTANTIATE_TEST_SUITE_P(
-    Statistics, Monitored, testing::ValuesIn(test::readCases("statistics.txt")), test::caseName);
+/// Of every file in the folder, so that none is left out.
+std::vector<test::Case> allCases() {
+    std::vector<test::Case> all;
+    for (const auto& entry : std::filesystem::directory_iterator(TARNWICK_CASES)) {
+        if (entry.path().extension() == ".txt") {
+            std::ranges::copy(test::readCases(entry.path().filename()), std::back_inserter(all));
+        }
+    }
+    return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Monitored, testing::ValuesIn(allCases()), test::caseName);
 
 } // namespace
 
