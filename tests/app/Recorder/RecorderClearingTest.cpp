@@ -101,6 +101,18 @@ TEST_F(RecorderClearing, ASleepAfterAHoldUpThatWasForgottenIsAGapOfItsOwn) {
     EXPECT_EQ(history.gaps[0].span, (Span{.from = after(110), .to = after(160)}));
 }
 
+TEST_F(RecorderClearing, AForgottenGapStaysSoWhenTheClockIsSetBackIntoIt) {
+    journal.setUntil(after(0));
+    loop.setWallClock(begin + std::chrono::hours(2)); // as another system has left the clock of the machine
+    start();
+    pass(10);
+    recorder.clear();
+    loop.setWallClock(begin + std::chrono::minutes(30));
+    pass(10);
+
+    EXPECT_TRUE(kept().gaps.empty());
+}
+
 TEST_F(RecorderClearing, TellsThatSomethingMayBeLeft) {
     start();
     pass(10);

@@ -135,6 +135,26 @@ TEST_F(RecorderGaps, APauseWaitsForAFullDiskLikeTheRest) {
     EXPECT_EQ(journal.batches[0].gaps.size(), 1U) << "it waited once for every minute";
 }
 
+TEST_F(RecorderGaps, APauseOverAChangeOfTheHostIsOneAlsoWhenTheDiskIsFull) {
+    start();
+    pass(10);
+    journal.setState(Journal::State::cannotWrite);
+    recorder.interrupt(Gap::Kind::paused);
+    for (int second = 0; second < 100; ++second) {
+        passSecond();
+    }
+    recorder.setHost("two.example");
+    for (int second = 0; second < 100; ++second) {
+        passSecond();
+    }
+    EXPECT_EQ(recorder.history("two.example", {}).gaps, std::vector{gapOf(Gap::Kind::paused, 10, 210)});
+    journal.setState(Journal::State::writes);
+    recorder.resume();
+
+    EXPECT_EQ(gaps(), std::vector{gapOf(Gap::Kind::paused, 10, 210)});
+    EXPECT_EQ(kept("two.example").gaps, std::vector{gapOf(Gap::Kind::paused, 10, 210)});
+}
+
 TEST_F(RecorderGaps, APauseBeginsWhereAnotherProgramEnded) {
     journal.setState(Journal::State::otherWrites);
     start();
