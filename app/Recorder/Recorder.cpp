@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace tarnwick {
 
@@ -25,8 +26,7 @@ void Recorder::start(const std::string& host) {
     writtenIn_ = minuteOf(wallNow());
     forgetPings();
     discard();
-    journal_->open();
-    noteTimeBefore();
+    isOpen_ = false;
 }
 
 void Recorder::stop() {
@@ -79,6 +79,10 @@ void Recorder::forgetPings() {
 void Recorder::tick() {
     if (!isRecording_) {
         return;
+    }
+    if (!std::exchange(isOpen_, true)) {
+        journal_->open();
+        noteTimeBefore();
     }
     if (!time_.isInterrupted()) {
         passed(time_.tick(now()));

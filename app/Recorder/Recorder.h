@@ -25,7 +25,8 @@ public:
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
 
-    /// Until then, nothing of what follows has an effect. The time since the last recording is a gap.
+    /// Until then, nothing of what follows has an effect. The time since the last recording is a gap. The
+    /// first tick opens the journal, so that no ping waits for the disk.
     void start(const std::string& host);
     /// Writes, and records nothing from then on.
     void stop();
@@ -81,6 +82,7 @@ private:
     RunLoop& loop_;
     Journal* journal_; ///< null: none
     bool isRecording_ = false;
+    bool isOpen_ = false; ///< the journal, by a tick
     JournalQueue queue_;
     PingBook pings_;
     OpenEpisode episode_{queue_};

@@ -17,6 +17,18 @@ protected:
     }
 };
 
+TEST_F(RecorderWriting, WaitsWithTheJournalForTheFirstTick) {
+    start();
+    recorder.pingSent(1, true);
+    recorder.pingReplied(1, 20, true);
+    EXPECT_EQ(journal.opened, 0);
+
+    recorder.tick();
+    EXPECT_EQ(journal.opened, 1);
+    pass(30);
+    EXPECT_EQ(journal.opened, 1);
+}
+
 TEST_F(RecorderWriting, HappensOnceAMinute) {
     start();
     pass(3601);
