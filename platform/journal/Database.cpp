@@ -19,6 +19,8 @@ Database::Database(const std::filesystem::path& file, Access access, int busyMs)
         openResult_ = SQLITE_CANTOPEN; // a pipe would be waited for
         return;
     }
+    // Else twenty pages are set aside for each journal, which needs seven.
+    [[maybe_unused]] static const int once = ::sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0);
     const int mode = access == Access::read ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
     sqlite3* handle = nullptr;
     openResult_ = ::sqlite3_open_v2(file.c_str(), &handle, mode | SQLITE_OPEN_NOMUTEX, nullptr);
