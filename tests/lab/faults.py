@@ -8,7 +8,8 @@ import typing
 
 from . import packets
 from .topology import (
-    ACCESS, ADDRESSES, CLIENT, HOME_ROUTER, HOST, LAN, LINKS, NAME_SERVER, OTHER_COMPUTER, device, is_address_of, links_of,
+    ACCESS, ADDRESSES, CLIENT, HOME_ROUTER, HOST, LAN, LINKS, NAME_SERVER, OTHER_ADDRESSES, OTHER_COMPUTER, device,
+    is_address_of, links_of,
 )  # fmt: skip
 from .wires import ARRIVING, BACK, LEAVING, OUT, Frame, Lost, Place, Rule
 
@@ -169,6 +170,22 @@ class ProbeAnswers(Fault):
 def _is_own_probe_answer(frame: Frame, node: str) -> bool:
     packet = frame.packet
     return packet is not None and packets.is_hop_limit_exceeded(packet) and is_address_of(node, packet.source)
+
+
+@dataclasses.dataclass(frozen=True)
+class Renumbered(Fault):
+    """The router's own answers to packets whose hop limit ran out there come from another address: the way is another one."""
+
+    node: str
+
+    def rules(self, chance: random.Random) -> Rules:
+        def rename(frame: Frame, now: float) -> float:
+            packet = frame.packet
+            if packet is not None and _is_own_probe_answer(frame, self.node):
+                frame.replace_packet(packets.icmp_from(packet, OTHER_ADDRESSES[self.node][packet.version]))
+            return 0.0
+
+        return [((self.node, LEAVING), rename)]
 
 
 @dataclasses.dataclass(frozen=True)

@@ -136,6 +136,12 @@ def lower_hop_limit(packet: Packet, hops: int) -> bytes:
     return bytes(raw)
 
 
+def icmp_from(packet: Packet, source: str) -> bytes:
+    """The ICMP message of a packet as if someone else had sent it."""
+    kind, code = packet.payload[:2]
+    return build_icmp(kind, code, packet.payload[4:], source, packet.destination)
+
+
 def build_echo(echo: Echo, source: str, destination: str, good_checksum: bool = True) -> bytes:
     """A whole IP packet with one echo message in it."""
     rest = struct.pack("!HH", echo.identifier, echo.sequence) + echo.data

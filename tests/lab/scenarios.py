@@ -8,7 +8,7 @@ from collections.abc import Callable
 
 from .faults import (
     FAMILIES, OTHERS_LOAD, Cut, Delay, Detour, Down, EchoSilent, Fault, LinkOff, Load, Loss, MtuHole, NameAnswers,
-    NoAddress, NoCarrier, NoDefaultRoute, Portal, ProbeAnswers, Refuse, Shape,
+    NoAddress, NoCarrier, NoDefaultRoute, Portal, ProbeAnswers, Refuse, Renumbered, Shape,
 )  # fmt: skip
 from .topology import (
     ACCESS, CORE, HOME_ROUTER, HOST, HOST_ROUTER, HOSTING, LAN, NAME_SERVER, PROVIDER_1, PROVIDER_2, ROUTERS, TRANSIT,
@@ -68,6 +68,10 @@ class Scenario:
         return blame in self.blames or (self.unclear and blame == UNCLEAR)
 
 
+# Traffic of this computer that fills no line here.
+UPLOAD = Load(bits_per_second=1.5e6)
+
+
 def _silent(*routers: str) -> tuple[Fault, ...]:
     return tuple(ProbeAnswers(router, silent=True) for router in routers)
 
@@ -84,6 +88,7 @@ SCENARIOS = (
     Scenario("the home router answers slowly and seldom",
              (ProbeAnswers(HOME_ROUTER, delay_ms=300, lose_pattern=".x"),), ()),
     Scenario("answers come back another way", (Detour(CORE, hops=3, delay_ms=15),), ()),
+    Scenario("the way has become another one", (Renumbered(PROVIDER_2), Renumbered(HOST_ROUTER)), ()),
     Scenario("the way is long but not slow", (Delay(TRANSIT, 20), Delay(ACCESS, 8)), ()),
     Scenario("large packets vanish", (MtuHole(ACCESS, 1400),), ()),
     Scenario("large packets are refused", (MtuHole(CORE, 1400, told=True),), ()),
@@ -119,6 +124,8 @@ SCENARIOS = (
     Scenario("the way beyond the provider is cut", (Cut(TRANSIT),), (BEYOND_PROVIDER,), DOWN),
     Scenario("the way beyond the provider loses much", (Loss(TRANSIT, 0.3),), (BEYOND_PROVIDER,), DEGRADED),
     Scenario("the way beyond the provider is slow", (Delay(TRANSIT, 160),), (BEYOND_PROVIDER,), DEGRADED),
+    Scenario("the way beyond the provider is slow while this computer uploads", (UPLOAD, Delay(TRANSIT, 160)),
+             (BEYOND_PROVIDER,), DEGRADED),
     Scenario("the way back to the provider is slow and another", (Detour(TRANSIT, hops=2, delay_ms=300),),
              (BEYOND_PROVIDER,), DEGRADED),
     Scenario("the provider knows no way there", (Refuse(PROVIDER_2, "network-unreachable"),), (BEYOND_PROVIDER, PROVIDER),
@@ -133,9 +140,13 @@ SCENARIOS = (
     # The host.
     Scenario("the host is down", (Down(HOST),), (THE_HOST,), DOWN),
     Scenario("the host is down, and its router says so", (Down(HOST, known=False),), (THE_HOST,), DOWN),
+    Scenario("the host is down, and the way there has become another one",
+             (Renumbered(PROVIDER_2), Renumbered(HOST_ROUTER), Down(HOST)), (THE_HOST,), DOWN, unclear=True),
     Scenario("the host answers no ping", (EchoSilent(HOST),), (THE_HOST,), DOWN),
     Scenario("the host answers some pings", (Loss(HOSTING, 0.4, direction=OUT),), (THE_HOST,), DEGRADED),
     Scenario("the host is slow", (Delay(HOSTING, 400, direction=BACK),), (THE_HOST,), DEGRADED),
+    Scenario("the host is slow while this computer uploads", (UPLOAD, Delay(HOSTING, 400, direction=BACK)), (THE_HOST,),
+             DEGRADED),
     Scenario("the host is down behind a router that answers slowly", (ProbeAnswers(PROVIDER_1, delay_ms=500), Down(HOST)),
              (THE_HOST,), DOWN),
     Scenario("the host's router forbids it", (Refuse(HOST_ROUTER, "prohibited"),), (THE_HOST, BEYOND_PROVIDER), DOWN,
@@ -231,13 +242,30 @@ _KINDS: tuple[tuple[Callable[[random.Random], Scenario], int], ...] = (
 )  # fmt: skip
 
 
+# Beside which nothing else happens: this computer reaches no further than its own network, or no pings are sent.
+_ALONE = (_own_fault, _name_fault, _odd_router)
+
+
+def _beside(chance: random.Random) -> tuple[Fault, ...]:
+    """What else may happen meanwhile, and is no fault: nothing, mostly."""
+    return chance.choice(((), (), (), (UPLOAD,), (Renumbered(chance.choice(ROUTERS[1:])),)))
+
+
 def random_scenarios(count: int, seed: int) -> list[Scenario]:
-    """So many scenarios with one fault each, over one version of IP each. The same for the same seed."""
-    chance = random.Random(seed)
+    """So many scenarios with one fault each, some with a circumstance, over one version of IP each. The same for a seed."""
+    chance, aside = random.Random(seed), random.Random(f"beside {seed}")
     makers, weights = zip(*_KINDS)
     drawn = []
     for index in range(count):
-        scenario = chance.choices(makers, weights)[0](chance)
-        name = f"{seed}.{index}: {scenario.name}"
-        drawn.append(dataclasses.replace(scenario, name=name, versions=(chance.choice(FAMILIES),)))
+        maker = chance.choices(makers, weights)[0]
+        scenario = maker(chance)
+        beside = () if maker in _ALONE else _beside(aside)
+        drawn.append(
+            dataclasses.replace(
+                scenario,
+                name=f"{seed}.{index}: {scenario.name}" + "".join(f", {type(one).__name__}" for one in beside),
+                faults=(*beside, *scenario.faults),
+                versions=(chance.choice(FAMILIES),),
+            )
+        )
     return drawn

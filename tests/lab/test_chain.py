@@ -16,8 +16,8 @@ from .chain import HOST_NAME, UPLINK, Chain
 from .chain_case import DELIVERY_SECONDS, REPLY, InTheChain, ask, code_of, open_chain, wait_until
 from .prober import PATIENCE_SECONDS, Answer
 from .topology import (
-    ACCESS, ADDRESSES, CORE, HOME_ROUTER, HOPS, HOST, HOST_ROUTER, HOSTING, LAN, NAME_SERVER, NAME_SERVERS, OTHER_COMPUTER,
-    PATH_LINKS, PROVIDER_1, PROVIDER_2, PROVIDER_NAME_SERVER, ROUTERS, TRANSIT,
+    ACCESS, ADDRESSES, CORE, HOME_ROUTER, HOPS, HOST, HOST_ROUTER, HOSTING, LAN, NAME_SERVER, NAME_SERVERS,
+    OTHER_ADDRESSES, OTHER_COMPUTER, PATH_LINKS, PROVIDER_1, PROVIDER_2, PROVIDER_NAME_SERVER, ROUTERS, TRANSIT,
 )  # fmt: skip
 from .wires import BACK, OUT
 
@@ -208,6 +208,14 @@ class Links(InTheChain):
         self.assertEqual(far.hop_limit, 64 - len(ROUTERS) - 3)
         self.assertGreaterEqual(self.took(far.sequence), 0.030)
         self.assertEqual(self.path(), [self.address(node) for node in HOPS])
+
+    def test_a_renumbered_router_answers_from_another_address_and_passes_on_as_ever(self) -> None:
+        for hop, router in enumerate(ROUTERS, start=1):
+            with self.subTest(router), chain.under(faults.Renumbered(router)):
+                answer = self.prober.probe(hop)
+                self.assertEqual(answer.source, OTHER_ADDRESSES[router][self.version])
+                self.assertEqual(answer.kind, packets.ERRORS["hop-limit-exceeded"][self.version][0])
+                self.assertEqual(self.prober.probe().kind, REPLY[self.version])
 
     def test_a_full_line_holds_packets_as_long_as_its_queue_is(self) -> None:
         load = faults.Load(bits_per_second=4e6)

@@ -49,6 +49,13 @@ ADDRESSES = {
     HOST_ROUTER: {4: "203.0.113.1", 6: "3fff:2::1"},
     HOST: {4: "203.0.113.9", 6: "3fff:2::9"},
 }
+# What routers are called that another way leads over.
+OTHER_ADDRESSES = {
+    HOME_ROUTER: {4: "192.0.2.2", 6: "2001:db8:0:1::2"},
+    PROVIDER_1: {4: "198.51.100.21", 6: "3fff:1::21"},
+    PROVIDER_2: {4: "198.51.100.27", 6: "3fff:1::27"},
+    HOST_ROUTER: {4: "203.0.113.21", 6: "3fff:2::21"},
+}
 # Links with a network prefix. On the others each end has its one address alone, and a route to the other end.
 NETWORKS = {
     LAN: {4: "192.0.2.0/24", 6: "2001:db8:0:1::/64"},
