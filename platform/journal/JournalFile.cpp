@@ -157,6 +157,25 @@ Database openToRead(const fs::path& file) {
     return {file, Database::Access::read, readerPatienceMs};
 }
 
+bool isThere(const fs::path& file) {
+    std::error_code ignored;
+    return fs::exists(fs::symlink_status(file, ignored)) || fs::exists(withEnding(file, "-wal"), ignored);
+}
+
+bool remove(const fs::path& file) {
+    std::error_code error;
+    const fs::file_status status = fs::symlink_status(file, error);
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        return false;
+    }
+    bool isGone = true;
+    for (const char* ending : {"-wal", "-shm", ""}) { // the log first: the next file must not find it
+        fs::remove(withEnding(file, ending), error);
+        isGone = isGone && !error;
+    }
+    return isGone;
+}
+
 bool removeBrokenOnes(const fs::path& file) {
     const std::string beginning = file.filename().string() + ".broken-";
     std::error_code error;

@@ -25,6 +25,10 @@ struct Opened {
 /// Beside whoever writes; not open where there is none.
 [[nodiscard]] Database openToRead(const std::filesystem::path& file);
 
+/// Whether anything of it is there, if only the log beside it.
+[[nodiscard]] bool isThere(const std::filesystem::path& file);
+/// With its log. False when something is left; what is no regular file stays. The caller holds the lock.
+bool remove(const std::filesystem::path& file);
 /// Removes the broken ones that were put aside. False when one is left.
 bool removeBrokenOnes(const std::filesystem::path& file);
 

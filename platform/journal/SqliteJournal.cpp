@@ -154,19 +154,35 @@ std::vector<std::string> SqliteJournal::hosts() {
 }
 
 bool SqliteJournal::clear() {
-    std::error_code ignored;
     const bool areBrokenGone = JournalFile::removeBrokenOnes(file_);
     brokenOne_.clear();
-    if (database_) {
-        hasRecorded_ = false;
-        return empty(*database_) && areBrokenGone;
-    }
-    if (!fs::exists(file_, ignored)) {
+    hasRecorded_ = false;
+    if (!database_ && !JournalFile::isThere(file_)) {
         return areBrokenGone;
     }
-    // Another process writes; it goes on with an empty journal.
+    const bool isGone = emptyPresent() || removePresent();
+    return isGone && areBrokenGone;
+}
+
+bool SqliteJournal::emptyPresent() {
+    if (database_) {
+        return empty(*database_);
+    }
     Database database(file_, Database::Access::write, 1000);
-    return JournalSchema::versionOf(database) == JournalSchema::version && empty(database) && areBrokenGone;
+    return JournalSchema::versionOf(database) == JournalSchema::version && empty(database);
+}
+
+bool SqliteJournal::removePresent() {
+    const WriterLock::Attempt attempt = lock_.acquire();
+    if (attempt == WriterLock::Attempt::heldByOther || attempt == WriterLock::Attempt::impossible) {
+        return false;
+    }
+    database_.reset();
+    const bool isGone = JournalFile::remove(file_);
+    if (attempt == WriterLock::Attempt::taken) {
+        lock_ = WriterLock(file_, WriterLock::Access::userAlone); // it is left to who records
+    }
+    return isGone;
 }
 
 bool SqliteJournal::empty(Database& database) {

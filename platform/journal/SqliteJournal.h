@@ -49,6 +49,11 @@ private:
     bool put(const Batch& batch);
     bool tidyWhenDue(HistoryTime now);
     void noteFailure();
+    /// Another process that writes or reads goes on with it.
+    bool emptyPresent();
+    /// What can't be emptied: it is broken, of a newer version, or the disk is full. False while another
+    /// process writes.
+    bool removePresent();
     [[nodiscard]] static bool empty(Database& database);
 
     std::filesystem::path file_;

@@ -59,7 +59,8 @@ public:
     /// Those that something is known of, in the order of their names.
     [[nodiscard]] virtual std::vector<std::string> hosts() = 0;
 
-    /// Forgets everything, for good. False when something may be left.
+    /// Forgets everything, for good: also what is broken, was put aside, or is of a newer version. False when
+    /// something may be left.
     virtual bool clear() = 0;
 };
 

@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sys/stat.h>
 #include <vector>
@@ -19,6 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace test;
+using testing::ElementsAre;
 using testing::HasSubstr;
 
 class JournalDamage : public testing::Test {
@@ -40,6 +42,16 @@ protected:
                 found.push_back(entry.path());
             }
         }
+        return found;
+    }
+
+    /// Of the files in the folder, in their order.
+    [[nodiscard]] std::vector<std::string> names() const {
+        std::vector<std::string> found;
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder.path())) {
+            found.push_back(entry.path().filename().string());
+        }
+        std::ranges::sort(found);
         return found;
     }
 
@@ -149,6 +161,79 @@ TEST_F(JournalDamage, ClearingRemovesBrokenOnesToo) {
     EXPECT_EQ(journal.problem(), "");
 }
 
+TEST_F(JournalDamage, ClearingRemovesABrokenOneThatNobodyWrites) {
+    makeJournal();
+    fs::resize_file(file, fs::file_size(file) / 2);
+    writeFile(file.string() + "-wal", "a log");
+    writeFile(file.string() + "-shm", "its index");
+    writeFile(file.string() + ".broken-2026-01-01", "of before");
+    writeFile(file.string() + ".broken-2026-01-01-wal", "its log");
+    SqliteJournal switchedOff(file);
+
+    EXPECT_TRUE(switchedOff.clear());
+
+    EXPECT_THAT(names(), ElementsAre("journal.sqlite.lock"));
+    SqliteJournal journal(file);
+    EXPECT_EQ(journal.open(), Journal::State::writes) << "the lock was kept";
+    EXPECT_EQ(journal.problem(), "");
+}
+
+TEST_F(JournalDamage, ClearingRemovesALogWithoutItsFile) {
+    writeFile(file.string() + "-wal", "a log");
+    writeFile(file.string() + "-shm", "its index");
+
+    EXPECT_TRUE(SqliteJournal(file).clear());
+
+    EXPECT_THAT(names(), ElementsAre("journal.sqlite.lock"));
+}
+
+TEST_F(JournalDamage, ClearingTellsWhatCannotBeRemoved) {
+    fs::create_directories(file.string() + "-wal/inside");
+    EXPECT_FALSE(SqliteJournal(file).clear());
+
+    fs::remove_all(file.string() + "-wal");
+    makeJournal();
+    fs::create_directories(file.string() + ".broken-2026-01-01/inside");
+    EXPECT_FALSE(SqliteJournal(file).clear());
+}
+
+TEST_F(JournalDamage, ClearingLeavesABrokenOneToWhoWritesIt) {
+    SqliteJournal writer(file);
+    ASSERT_EQ(writer.open(), Journal::State::writes);
+    fs::remove(file.string() + "-wal");
+    writeFile(file, "garbage");
+
+    EXPECT_FALSE(SqliteJournal(file).clear());
+
+    EXPECT_EQ(contentOf(file), "garbage");
+}
+
+TEST_F(JournalDamage, ClearingDoesNotTakeALinkForWhatItLeadsTo) {
+    const fs::path elsewhere = folder.path() / "elsewhere";
+    writeFile(elsewhere, "garbage");
+    fs::create_symlink(elsewhere, file);
+
+    EXPECT_FALSE(SqliteJournal(file).clear());
+
+    EXPECT_THAT(names(), ElementsAre("elsewhere", "journal.sqlite", "journal.sqlite.lock"));
+}
+
+TEST_F(JournalDamage, ClearingRemovesOneOfANewerVersionAndBeginsAnother) {
+    makeJournal();
+    {
+        Database newer(file, Database::Access::write, 0);
+        ASSERT_TRUE(newer.execute("PRAGMA user_version = 2"));
+    }
+    SqliteJournal journal(file);
+    ASSERT_EQ(journal.open(), Journal::State::newerFile);
+
+    EXPECT_TRUE(journal.clear());
+
+    EXPECT_FALSE(fs::exists(file));
+    EXPECT_TRUE(journal.write(batchOf(7)));
+    EXPECT_EQ(allOf(journal).periods, std::vector{minuteOf(7)});
+}
+
 TEST_F(JournalDamage, AFileThatBreaksWhileItIsWrittenIsPutAside) {
     SqliteJournal journal(file);
     Journal::Batch batch = batchOf(0);
@@ -191,7 +276,6 @@ TEST_F(JournalDamage, AFileOfANewerVersionStaysAsItIs) {
         EXPECT_THAT(journal.problem(), HasSubstr("newer"));
         EXPECT_FALSE(journal.write(batchOf(9000)));
         EXPECT_EQ(journal.state(), Journal::State::newerFile);
-        EXPECT_FALSE(journal.clear());
     }
     EXPECT_EQ(contentOf(file), content);
     EXPECT_TRUE(brokenOnes().empty());

@@ -336,16 +336,32 @@ TEST_F(SqliteJournalTest, ClearedIsEmptyForGood) {
     EXPECT_EQ(allOf(journal).periods, std::vector{minuteOf(1)});
 }
 
-TEST_F(SqliteJournalTest, ClearingTellsThatSomethingMayBeLeft) {
+TEST_F(SqliteJournalTest, ClearedNothingIsLeftOfWhatAReaderStillSees) {
     ASSERT_TRUE(journal.write(batchOf(0)));
     {
         Database reader(file, Database::Access::read, 0);
         ASSERT_TRUE(reader.execute("BEGIN"));
         ASSERT_EQ(reader.number("SELECT count(*) FROM periods"), 1); // and goes on with what it sees
-        EXPECT_FALSE(journal.clear());
+        EXPECT_TRUE(journal.clear());
         ASSERT_EQ(reader.number("SELECT count(*) FROM periods"), 1);
     }
-    EXPECT_TRUE(journal.clear());
+    EXPECT_FALSE(anyFileHas(file.parent_path(), journalHost));
+    ASSERT_TRUE(journal.write(batchOf(1)));
+    EXPECT_EQ(allOf(journal).periods, std::vector{minuteOf(1)});
+}
+
+TEST_F(SqliteJournalTest, ClearingBesideTheWriterTellsThatSomethingMayBeLeft) {
+    ASSERT_TRUE(journal.write(batchOf(0)));
+    SqliteJournal other(file);
+    {
+        Database reader(file, Database::Access::read, 0);
+        ASSERT_TRUE(reader.execute("BEGIN"));
+        ASSERT_EQ(reader.number("SELECT count(*) FROM periods"), 1);
+        EXPECT_FALSE(other.clear());
+        EXPECT_TRUE(anyFileHas(file.parent_path(), journalHost));
+    }
+    EXPECT_TRUE(other.clear());
+    EXPECT_FALSE(anyFileHas(file.parent_path(), journalHost));
 }
 
 TEST_F(SqliteJournalTest, StoresTheNamesThatProgramsKnow) {
