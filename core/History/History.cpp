@@ -6,7 +6,7 @@ namespace tarnwick {
 
 namespace {
 
-/// A gap of another kind, or of every kind.
+/// The wanted ones within `span`; each moment once.
 template<class Wanted>
 std::vector<Span> chosenGaps(const History& history, const Span& span, Wanted isWanted) {
     std::vector<Span> chosen;

@@ -30,7 +30,7 @@ double fromThousandths(std::int64_t stored) {
     return static_cast<double>(stored) / 1000;
 }
 
-std::optional<PeriodLength> lengthOf(std::int64_t seconds) {
+std::optional<PeriodLength> periodLengthOf(std::int64_t seconds) {
     const auto* const found =
         std::ranges::find(allPeriodLengths, std::chrono::seconds(seconds), [](PeriodLength length) {
             return secondsIn(length);
@@ -40,7 +40,7 @@ std::optional<PeriodLength> lengthOf(std::int64_t seconds) {
 
 /// From a row of `periodColumns`. Nothing for one that this program can't have written.
 std::optional<Period> periodIn(const Statement& row) {
-    const auto length = lengthOf(row.number(1));
+    const auto length = periodLengthOf(row.number(1));
     const auto latencies = LatencyHistogram::decoded(row.text(10));
     if (!length || !latencies) {
         return std::nullopt;
