@@ -95,8 +95,8 @@ void Monitor::start() {
     carryOut(watchdog_.reset(loop_.now(), 0, true));
 }
 
-void Monitor::saveStats(FileStore::Durability durability) {
-    saveStatsOf(prefs_.hostname(), durability);
+void Monitor::saveStats() {
+    saveStatsOf(prefs_.hostname(), FileStore::Durability::powerCut);
     history_.save();
 }
 

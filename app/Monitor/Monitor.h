@@ -55,10 +55,9 @@ public:
 
     /// Called once.
     void start();
-    /// Stores the all-time figures, if this process is the one that writes them, and the history. Failures
-    /// are ignored.
-    /// `Durability::crash` never blocks on the disk.
-    void saveStats(FileStore::Durability durability = FileStore::Durability::powerCut);
+    /// Stores the all-time figures, if this process is the one that writes them, and the history. Waits for
+    /// the disk. Failures are ignored.
+    void saveStats();
 
     // Once started, the monitor follows its preferences, whatever sets them.
 

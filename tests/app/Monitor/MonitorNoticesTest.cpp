@@ -70,7 +70,7 @@ TEST_F(MonitorNoticesTest, StatisticsThatWereKeptAsideAreTold) {
     test::writeFile(statistics, "no JSON");
     watchFor(5);
 
-    monitor.saveStats(FileStore::Durability::crash);
+    monitor.saveStats();
 
     EXPECT_THAT(
         lines(), ElementsAre(
