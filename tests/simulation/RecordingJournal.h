@@ -51,7 +51,6 @@ public:
         return true;
     }
 
-    /// All, whatever the span.
     /// Everything, whatever the span.
     [[nodiscard]] History read(const std::string& host, const Span& span) override {
         wanted.push_back(span);

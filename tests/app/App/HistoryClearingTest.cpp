@@ -1,14 +1,9 @@
 // The question before the history is cleared, and what follows from its answer.
 #include "app/App/HistoryClearing.h"
 
+#include "tests/app/MonitorSurroundings.h"
 #include "tests/simulation/FakeLoginItem.h"
-#include "tests/simulation/FakePathMonitor.h"
-#include "tests/simulation/FakeSleepMonitor.h"
-#include "tests/simulation/MemoryDefaults.h"
 #include "tests/simulation/RecordingJournal.h"
-#include "tests/simulation/RecordingNotificationCenter.h"
-#include "tests/simulation/VirtualNetwork.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,7 +21,7 @@ using testing::IsEmpty;
 using testing::Not;
 
 /// A monitor that has kept a history of some minutes.
-class HistoryClearingTest : public testing::Test {
+class HistoryClearingTest : public testing::Test, protected MonitorSurroundings {
 protected:
     HistoryClearingTest() {
         monitor.start();
@@ -35,25 +30,9 @@ protected:
 
     [[nodiscard]] std::vector<Period> periods() { return journal.read(prefs.hostname(), {}).periods; }
 
-    test::TemporaryFolder folder;
-    simulation::VirtualRunLoop loop;
-    simulation::VirtualNetwork network{loop};
-    simulation::FakePathMonitor path{loop};
-    simulation::FakeSleepMonitor sleep;
-    simulation::RecordingNotificationCenter notifications;
     simulation::FakeLoginItem loginItem;
     simulation::RecordingJournal journal;
-    simulation::MemoryDefaults defaults;
-    Preferences prefs{defaults};
-    Monitor monitor{
-        prefs,
-        {.loop = loop,
-         .network = network,
-         .path = path,
-         .sleep = sleep,
-         .notifications = notifications,
-         .store = {folder.path() / "stats.json"},
-         .journal = &journal}};
+    Monitor monitor{prefs, environment(&journal)};
     SettingsModel settings{monitor, notifications, loginItem};
     std::vector<Question> questions;
     std::function<void(bool)> answer;

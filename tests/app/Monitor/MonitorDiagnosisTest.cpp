@@ -1,16 +1,10 @@
 // Whose fault it is, as the monitor publishes and posts it.
-#include "app/Monitor/Monitor.h"
 #include "tests/app/Diagnostician/FakeAddressNames.h"
 #include "tests/app/Diagnostician/FakeConnectivityCheck.h"
 #include "tests/app/Diagnostician/FakeLinkInspector.h"
 #include "tests/app/Diagnostician/FakeNameServerCheck.h"
 #include "tests/app/Diagnostician/FakeProbeNetwork.h"
-#include "tests/simulation/FakePathMonitor.h"
-#include "tests/simulation/FakeSleepMonitor.h"
-#include "tests/simulation/MemoryDefaults.h"
-#include "tests/simulation/RecordingNotificationCenter.h"
-#include "tests/simulation/VirtualNetwork.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/app/MonitorSurroundings.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -32,7 +26,7 @@ const std::string routerOnly = "Your router answers in 2 ms; nothing beyond it h
 const std::string name = "one.example";
 
 /// Pings a host behind four routers, every second; it answers after 20 ms.
-class MonitorDiagnosisTest : public testing::Test {
+class MonitorDiagnosisTest : public testing::Test, protected MonitorSurroundings {
 protected:
     void SetUp() override { prefs.setShowNotifications(true); }
 
@@ -52,7 +46,7 @@ protected:
     /// Nothing behind this hop answers; 1: not even the router does.
     void cutAt(int hop) {
         probes.silentFrom = hop;
-        network.setBehavior([](const auto&) { return simulation::Answer{.copies = 0}; });
+        fallSilent();
     }
 
     void restore() {
@@ -77,34 +71,20 @@ protected:
         return verdict && verdict->blame != Blame::unclear;
     }
 
-    test::TemporaryFolder folder;
-    simulation::VirtualRunLoop loop;
-    simulation::VirtualNetwork network{loop};
-    simulation::FakePathMonitor path{loop};
-    simulation::FakeSleepMonitor sleep;
-    simulation::RecordingNotificationCenter notifications;
     simulation::FakeProbeNetwork probes{
         loop, {"192.0.2.1", "198.51.100.1", "198.51.100.7", "203.0.113.1", "203.0.113.9"}};
     simulation::FakeLinkInspector link{loop};
     simulation::FakeNameServerCheck nameServers{loop};
     simulation::FakeConnectivityCheck connectivity{loop};
     simulation::FakeAddressNames addressNames{loop};
-    simulation::MemoryDefaults defaults;
-    Preferences prefs{defaults};
-    MonitorEnvironment environment{
-        .loop = loop,
-        .network = network,
-        .path = path,
-        .sleep = sleep,
-        .notifications = notifications,
-        .store = {folder.path() / "stats.json"},
-        .diagnosis = DiagnosisSources{
-            .probes = probes,
-            .link = link,
-            .nameServers = nameServers,
-            .connectivity = connectivity,
-            .addressNames = addressNames}};
-    Monitor monitor{prefs, environment};
+    Monitor monitor{
+        prefs, environment(
+                   nullptr, DiagnosisSources{
+                                .probes = probes,
+                                .link = link,
+                                .nameServers = nameServers,
+                                .connectivity = connectivity,
+                                .addressNames = addressNames})};
 };
 
 } // namespace
@@ -150,7 +130,7 @@ TEST_F(MonitorDiagnosisTest, StandsWithinTenSecondsOfSlowAnswers) {
 
     probes.lateFrom = 3;
     probes.extraMs = 400;
-    network.setBehavior([](const auto&) { return simulation::Answer{.delay = 0.42}; });
+    answerAfter(0.42);
 
     EXPECT_LE(secondsUntil([this] { return hasBlame(); }), 10);
     EXPECT_EQ(monitor.reading().status, Monitor::Status::up);
@@ -311,8 +291,7 @@ TEST_F(MonitorDiagnosisTest, ALookupThatWasGivenUpForAnotherHostIsNotLate) {
 }
 
 TEST_F(MonitorDiagnosisTest, WithoutTheMeansThereIsNone) {
-    environment.diagnosis.reset();
-    Monitor blind{prefs, environment};
+    Monitor blind{prefs, environment()};
 
     blind.start();
     loop.advance(10);

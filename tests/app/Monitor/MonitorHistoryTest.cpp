@@ -1,13 +1,7 @@
 // What the monitor tells the journal.
-#include "app/Monitor/Monitor.h"
 #include "core/History/Availability.h"
-#include "tests/simulation/FakePathMonitor.h"
-#include "tests/simulation/FakeSleepMonitor.h"
-#include "tests/simulation/MemoryDefaults.h"
+#include "tests/app/MonitorSurroundings.h"
 #include "tests/simulation/RecordingJournal.h"
-#include "tests/simulation/RecordingNotificationCenter.h"
-#include "tests/simulation/VirtualNetwork.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,12 +16,11 @@ using testing::SizeIs;
 constexpr const char* watchedHost = "192.0.2.1";
 
 /// Pings every second; answers after 20 ms. Begins at a full minute.
-class MonitorHistoryTest : public testing::Test {
+class MonitorHistoryTest : public testing::Test, protected MonitorSurroundings {
 protected:
     MonitorHistoryTest() {
         prefs.setHostname(watchedHost);
         loop.setWallClock(begin);
-        answer();
     }
 
     void watchFor(double seconds) {
@@ -36,13 +29,7 @@ protected:
         loop.advance(seconds);
     }
 
-    void answer() {
-        network.setBehavior([](const auto&) { return simulation::Answer{.delay = 0.02}; });
-    }
-
-    void fallSilent() {
-        network.setBehavior([](const auto&) { return simulation::Answer{.copies = 0}; });
-    }
+    void answer() { answerAfter(0.02); }
 
     [[nodiscard]] History kept(const std::string& host = watchedHost) {
         monitor.saveStats();
@@ -64,24 +51,8 @@ protected:
 
     static constexpr std::chrono::sys_days begin{std::chrono::year(2026) / 11 / 23};
 
-    test::TemporaryFolder folder;
-    simulation::VirtualRunLoop loop;
-    simulation::VirtualNetwork network{loop};
-    simulation::FakePathMonitor path{loop};
-    simulation::FakeSleepMonitor sleep;
-    simulation::RecordingNotificationCenter notifications;
     simulation::RecordingJournal journal;
-    simulation::MemoryDefaults defaults;
-    Preferences prefs{defaults};
-    MonitorEnvironment environment{
-        .loop = loop,
-        .network = network,
-        .path = path,
-        .sleep = sleep,
-        .notifications = notifications,
-        .store = {folder.path() / "stats.json"},
-        .journal = &journal};
-    Monitor monitor{prefs, environment};
+    Monitor monitor{prefs, environment(&journal)};
 };
 
 } // namespace
@@ -133,7 +104,7 @@ TEST_F(MonitorHistoryTest, HoldsAnOutageFromTheFirstLostPingToTheAnswer) {
 
 TEST_F(MonitorHistoryTest, HoldsADegradationWhileTheBarsAreFew) {
     watchFor(60);
-    network.setBehavior([](const auto&) { return simulation::Answer{.delay = 1.5}; });
+    answerAfter(1.5);
     loop.advance(60);
     answer();
     loop.advance(120);
