@@ -91,7 +91,7 @@ TEST_F(MonitorHistoryTest, HoldsAnOutageFromTheFirstLostPingToTheAnswer) {
     loop.advance(30);
 
     const History history = kept();
-    ASSERT_THAT(history.episodes, SizeIs(testing::Ge(1U)));
+    ASSERT_THAT(history.episodes, SizeIs(1));
     const Episode& outage = history.episodes[0];
     EXPECT_EQ(outage.kind, Episode::Kind::outage);
     EXPECT_EQ(outage.start, begin + std::chrono::seconds(61));
@@ -151,7 +151,7 @@ TEST_F(MonitorHistoryTest, AnOutageThatLastsIsCutByAPause) {
     loop.advance(30);
 
     const History history = kept();
-    ASSERT_THAT(history.episodes, SizeIs(testing::Ge(2U)));
+    ASSERT_THAT(history.episodes, SizeIs(2));
     EXPECT_EQ(history.episodes[0].end, begin + std::chrono::seconds(90));
     EXPECT_EQ(history.episodes[1].start, begin + std::chrono::seconds(690));
 }
@@ -194,6 +194,57 @@ TEST_F(MonitorHistoryTest, APauseThatBeganInASleepIsAGapFromTheWake) {
 
     EXPECT_EQ(
         kept().gaps, (std::vector{gapOf(Gap::Kind::asleep, 60, 1860), gapOf(Gap::Kind::paused, 1860, 3660)}));
+}
+
+TEST_F(MonitorHistoryTest, APauseThatIsEndedAfterASleepInItEndsThen) {
+    watchFor(60);
+    monitor.pause(3600);
+    loop.advance(600);
+    sleep.goToSleep();
+    loop.sleep(1200);
+    sleep.wake();
+    loop.advance(100);
+    monitor.resume();
+    loop.advance(60);
+
+    EXPECT_EQ(
+        kept().gaps, (std::vector{
+                         gapOf(Gap::Kind::paused, 60, 660), gapOf(Gap::Kind::asleep, 660, 1860),
+                         gapOf(Gap::Kind::paused, 1860, 1960)}));
+    EXPECT_NEAR(availability().watched, 120, 2);
+}
+
+TEST_F(MonitorHistoryTest, APauseOverAChangeOfTheHostIsOneGap) {
+    watchFor(60);
+    monitor.pause(600);
+    loop.advance(300);
+    monitor.setHostname("192.0.2.2");
+    loop.advance(360);
+
+    EXPECT_EQ(kept().gaps, std::vector{gapOf(Gap::Kind::paused, 60, 660)});
+    EXPECT_GE(kept("192.0.2.2").periods.at(0).figures.sent, 59);
+    EXPECT_THAT(kept().periods, SizeIs(testing::Le(2U))) << "nothing was pinged in the pause";
+}
+
+TEST_F(MonitorHistoryTest, AProgramThatIsStartedAnewInAPauseGoesOnAndTheGapEndsWithTheFirst) {
+    path.report(true, {"eth0"});
+    std::optional<Monitor> program(std::in_place, prefs, environment(&journal));
+    program->start();
+    loop.advance(60);
+    program->pause(3600);
+    loop.advance(100);
+    program->saveStats();
+    program.reset();
+    loop.advance(40);
+    program.emplace(prefs, environment(&journal));
+    program->start();
+    loop.advance(60);
+    program->saveStats();
+
+    EXPECT_EQ(
+        journal.read(watchedHost, {}).gaps,
+        (std::vector{gapOf(Gap::Kind::paused, 60, 160), gapOf(Gap::Kind::notRunning, 160, 200)}));
+    EXPECT_NEAR(availability().watched, 120, 2);
 }
 
 TEST_F(MonitorHistoryTest, SwitchedOnInAPauseItHoldsThePause) {
