@@ -137,7 +137,7 @@ std::string chartBars(const HistoryBucket& bucket, const Span& whole, double top
 /// With as few decimals as it needs.
 std::string axisValue(double value, const char* unit) {
     const bool isWhole = std::abs(value - std::round(value)) < 0.01;
-    return LocalText::number(value, isWhole ? 0 : 1) + " " + unit;
+    return LocalText::number(value, isWhole ? 0 : 1) + unit;
 }
 
 /// With `parts` lines above the one at the bottom.
@@ -154,7 +154,7 @@ std::string valueAxis(double top, double bottom, double highest, int parts, cons
 
 std::string answersAxis(double topMs) {
     const bool isSlow = topMs > 1000;
-    return valueAxis(answersTop, answersBottom, isSlow ? topMs / 1000 : topMs, 4, isSlow ? "s" : "ms");
+    return valueAxis(answersTop, answersBottom, isSlow ? topMs / 1000 : topMs, 4, isSlow ? " s" : " ms");
 }
 
 std::string timeAxis(const Span& span, const UtcOffset& offset) {

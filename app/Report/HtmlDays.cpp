@@ -138,7 +138,7 @@ std::string htmlDays(const std::vector<DaySummary>& days) {
                + element(
                    "ul", attribute("class", "legend"),
                    daySign("good", "good") + daySign("degraded", "degraded")
-                       + daySign("shaken", "outages, 99 % up or more") + daySign("down", "less than 99 % up")
+                       + daySign("shaken", "outages, 99% up or more") + daySign("down", "less than 99% up")
                        + daySign("unwatched", "not watched"));
     }
     std::string items;

@@ -24,7 +24,7 @@ std::string headCells(std::initializer_list<const char*> names) {
 
 std::string lossText(const PeriodFigures& figures, int decimals) {
     const auto loss = figures.lossPercent();
-    return loss ? LocalText::number(*loss, decimals) + " %" : "unknown";
+    return loss ? LocalText::number(*loss, decimals) + "%" : "unknown";
 }
 
 std::string hourRow(const HourSummary& hour, const UtcOffset& offset) {

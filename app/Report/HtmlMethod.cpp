@@ -30,7 +30,7 @@ std::string htmlMethod(const Report& report, const ReportOrigin& origin, const U
     std::string entries = methodEntry(
         "Pings",
         "ICMP echo requests of 24 bytes to the host, " + intervalText(report)
-            + ". A ping without an answer in time is lost. Percentiles are within 2.2 %; jitter is the mean "
+            + ". A ping without an answer in time is lost. Percentiles are within 2.2%; jitter is the mean "
               "difference between consecutive answers.");
     entries += methodEntry(
         "Outage", "No answer for 8 s (longer at a longer interval), no such host, or no network. It counts "
@@ -41,7 +41,7 @@ std::string htmlMethod(const Report& report, const ReportOrigin& origin, const U
                        "answer, and from what "
                        "this computer knows of its own link. Certain: the system or a device on the way has "
                        "said so. Likely: the "
-                       "answers leave a chance of 15 % at most for anything else. Possible: of 40 % at most. "
+                       "answers leave a chance of 15% at most for anything else. Possible: of 40% at most. "
                        "Else it is not clear.");
     entries += methodEntry(
         "Availability",

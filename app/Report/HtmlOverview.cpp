@@ -76,7 +76,7 @@ std::string timeStrip(const std::array<TimePart, 5>& parts, double whole) {
 std::string shareText(double seconds, double whole) {
     const double percent = seconds / whole * 100;
     // What is there must not look like nothing.
-    return seconds > 0 && percent < 0.01 ? "below 0.01 %" : LocalText::number(percent, 2) + " %";
+    return seconds > 0 && percent < 0.01 ? "below 0.01%" : LocalText::number(percent, 2) + "%";
 }
 
 std::string partRow(const TimePart& part, double whole) {
@@ -111,7 +111,7 @@ std::string tiles(const Report& report) {
     text += tile("Time down", LocalText::length(report.availability.down));
     text +=
         tile("Longest outage", report.outages.empty() ? "none" : LocalText::length(longestOutage(report)));
-    text += tile("Loss while up", loss ? LocalText::number(*loss, 2) + " %" : "unknown");
+    text += tile("Loss while up", loss ? LocalText::number(*loss, 2) + "%" : "unknown");
     text += tile("Median latency", LocalText::milliseconds(report.figures.medianMs()));
     return element("dl", attribute("class", "tiles"), text);
 }

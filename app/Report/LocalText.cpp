@@ -114,9 +114,9 @@ std::string availability(std::optional<double> percent) {
         return "unknown";
     }
     if (*percent >= 100) {
-        return "100 %";
+        return "100%";
     }
-    return number(std::floor(*percent * 1000) / 1000, 3) + " %";
+    return number(std::floor(*percent * 1000) / 1000, 3) + "%";
 }
 
 std::string number(double value, int decimals) {

@@ -28,7 +28,7 @@ namespace tarnwick::LocalText {
 [[nodiscard]] std::string length(double seconds);
 /// "20.0 ms"; "unknown" for none.
 [[nodiscard]] std::string milliseconds(std::optional<double> ms);
-/// "99.982 %", rounded down so that only a whole time is "100 %"; "unknown" for none.
+/// "99.982%", rounded down so that only a whole time is "100%"; "unknown" for none.
 [[nodiscard]] std::string availability(std::optional<double> percent);
 /// With as many decimals: "2.50".
 [[nodiscard]] std::string number(double value, int decimals);

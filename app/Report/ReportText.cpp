@@ -27,7 +27,7 @@ std::string figuresPart(const PeriodFigures& figures) {
     const bool isAnswered = figures.replied > 0;
     text += row("pings", std::to_string(figures.sent) + ", " + std::to_string(figures.lost) + " lost");
     const auto loss = figures.lossPercent();
-    text += row("loss", loss ? LocalText::number(*loss, 2) + " %" : "unknown");
+    text += row("loss", loss ? LocalText::number(*loss, 2) + "%" : "unknown");
     text +=
         row("fastest", LocalText::milliseconds(isAnswered ? std::optional(figures.fastestMs) : std::nullopt));
     text += row("median", LocalText::milliseconds(figures.medianMs()));
@@ -56,7 +56,7 @@ std::string worstPart(const std::vector<HourSummary>& hours, const UtcOffset& of
     for (const HourSummary& hour : hours) {
         text += "  " + LocalText::minute(hour.span.from, offset) + "  down "
                 + LocalText::length(hour.availability.down) + ", loss "
-                + LocalText::number(hour.figures.lossPercent().value_or(0), 1) + " %, 95th percentile "
+                + LocalText::number(hour.figures.lossPercent().value_or(0), 1) + "%, 95th percentile "
                 + LocalText::milliseconds(hour.figures.percentile95Ms()) + "\n";
     }
     return hours.empty() ? "" : text + "\n";
@@ -69,7 +69,7 @@ constexpr const char* method =
     "  silence is loss. Availability is the share of the time watched in which it was not down; time "
     "asleep,\n"
     "  paused or not watched counts neither way. Pings sent while it was down are not counted.\n"
-    "  Percentiles are within 2.2 %.\n";
+    "  Percentiles are within 2.2%.\n";
 
 } // namespace
 

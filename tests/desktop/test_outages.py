@@ -42,8 +42,8 @@ class Outages(OutagesWindow, unittest.TestCase):
             return found if len(found) == DAYS else []
 
         names = eventually(days, PATIENCE, "all days")
-        self.assertEqual(names[-2], f"{date_text(1)}: 99.734 % available, 2 outages, down for 3 min 49 s")
-        self.assertEqual(names[-3], f"{date_text(2)}: 100 % available, at times poor")
+        self.assertEqual(names[-2], f"{date_text(1)}: 99.734% available, 2 outages, down for 3 min 49 s")
+        self.assertEqual(names[-3], f"{date_text(2)}: 100% available, at times poor")
         self.assertEqual(names[-13], f"{date_text(12)}: not watched")
         texts = self.texts()
         self.assertTrue(any(text.startswith("Availability: ") for text in texts), texts)

@@ -157,7 +157,7 @@ class Reports(ConcurrentTestCase):
             text = self.report(home, "--host", address)
             self.assertEqual((text.returncode, text.stderr), (0, ""))
             self.assertRegex(text.stdout, rf"\AConnection to {address}\n")
-            self.assertIn("100 % of the time watched", text.stdout)
+            self.assertIn("100% of the time watched", text.stdout)
 
     def test_as_html_they_are_one_page_also_beside_a_running_program(self) -> None:
         address = "10.77.0.22"

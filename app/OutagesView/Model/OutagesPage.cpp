@@ -21,7 +21,7 @@ const char* longWeekdayName(std::chrono::year_month_day day) {
 }
 
 std::string shareOrUnknown(std::optional<double> percent) {
-    return percent ? LocalText::number(*percent, 2) + " %" : "unknown";
+    return percent ? LocalText::number(*percent, 2) + "%" : "unknown";
 }
 
 std::string dateOf(std::chrono::year_month_day day) {

@@ -95,7 +95,7 @@ TEST_F(DayStripTest, AClickAnywhereInItsColumnChoosesADay) {
 TEST_F(DayStripTest, EachDayTellsWhenAndHowItWas) {
     present();
     QAbstractButton& monday = *days().at(today - 2);
-    const QString text = "Monday, 2026-01-05: 99.305 % available, 1 outage, down for 10 min";
+    const QString text = "Monday, 2026-01-05: 99.305% available, 1 outage, down for 10 min";
 
     EXPECT_EQ(monday.toolTip(), text);
     QAccessibleInterface* const seen = QAccessible::queryAccessibleInterface(&monday);

@@ -47,10 +47,10 @@ TEST_F(OutagesViewTest, ItBeginsWithToday) {
     addOutages();
     present();
 
-    EXPECT_EQ(focused(), "Wednesday, 2026-01-07: 100 % available");
+    EXPECT_EQ(focused(), "Wednesday, 2026-01-07: 100% available");
     EXPECT_THAT(
         texts(), AllOf(
-                     HasSubstr("\nWednesday, 2026-01-07\n"), HasSubstr("\nAvailability: 100 %\n"),
+                     HasSubstr("\nWednesday, 2026-01-07\n"), HasSubstr("\nAvailability: 100%\n"),
                      HasSubstr("\nWatched: 12 h\n"), HasSubstr("\nMedian latency: 20.0 ms\n"),
                      HasSubstr("Connection to one.example, known since 2026-01-05 00:00.")));
     EXPECT_THAT(selected(), IsEmpty());
@@ -61,7 +61,7 @@ TEST_F(OutagesViewTest, ADayLeadsToItsOutage) {
     present();
     press(Qt::Key_Left);
 
-    EXPECT_EQ(focused(), "Tuesday, 2026-01-06: 99.652 % available, 1 outage, down for 5 min");
+    EXPECT_EQ(focused(), "Tuesday, 2026-01-06: 99.652% available, 1 outage, down for 5 min");
     EXPECT_THAT(texts(), AllOf(HasSubstr("\nTuesday, 2026-01-06\n"), HasSubstr("\nDown: 5 min\n")));
     EXPECT_THAT(selected(), ElementsAre(0));
 

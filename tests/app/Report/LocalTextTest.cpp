@@ -77,9 +77,9 @@ TEST(LocalText, LatenciesHaveATenthOfAMillisecond) {
 }
 
 TEST(LocalText, OnlyAWholeTimeIsAvailableThroughout) {
-    EXPECT_EQ(LocalText::availability(100), "100 %");
-    EXPECT_EQ(LocalText::availability(99.99999), "99.999 %");
-    EXPECT_EQ(LocalText::availability(0), "0.000 %");
+    EXPECT_EQ(LocalText::availability(100), "100%");
+    EXPECT_EQ(LocalText::availability(99.99999), "99.999%");
+    EXPECT_EQ(LocalText::availability(0), "0.000%");
     EXPECT_EQ(LocalText::availability(std::nullopt), "unknown");
 }
 

@@ -75,10 +75,10 @@ TEST(ReportHtml, EscapesWhatComesFromOutside) {
 TEST(ReportHtml, OfAGoodDayHasNoOutageAndNoWorstHour) {
     const std::string page = pageOf(aGoodDay());
 
-    EXPECT_THAT(page, HasSubstr("<strong>100 %</strong> available"));
+    EXPECT_THAT(page, HasSubstr("<strong>100%</strong> available"));
     EXPECT_THAT(page, HasSubstr("<dt>Outages</dt><dd>0</dd>"));
     EXPECT_THAT(page, HasSubstr("<dt>Time down</dt><dd>0 s</dd>"));
-    EXPECT_THAT(page, HasSubstr("<dt>Loss while up</dt><dd>0.00 %</dd>"));
+    EXPECT_THAT(page, HasSubstr("<dt>Loss while up</dt><dd>0.00%</dd>"));
     EXPECT_THAT(page, HasSubstr("<dt>Median latency</dt><dd>20.0 ms</dd>"));
     EXPECT_THAT(page, HasSubstr("<dt>Longest outage</dt><dd>none</dd>"));
     EXPECT_THAT(
@@ -95,11 +95,11 @@ TEST(ReportHtml, ShowsTimeAsleepAndCountsItNeitherWay) {
 
     const std::string page = pageOf(history);
 
-    EXPECT_THAT(page, HasSubstr("<strong>100 %</strong> available"));
+    EXPECT_THAT(page, HasSubstr("<strong>100%</strong> available"));
     EXPECT_THAT(page, HasSubstr("The share of the time watched (18 h)"));
-    EXPECT_THAT(page, HasSubstr("</svg>Up</th><td>18 h</td><td>75.00 %</td>"));
-    EXPECT_THAT(page, HasSubstr("</svg>Down</th><td>0 s</td><td>0.00 %</td>"));
-    EXPECT_THAT(page, HasSubstr("</svg>Asleep</th><td>6 h</td><td>25.00 %</td>"));
+    EXPECT_THAT(page, HasSubstr("</svg>Up</th><td>18 h</td><td>75.00%</td>"));
+    EXPECT_THAT(page, HasSubstr("</svg>Down</th><td>0 s</td><td>0.00%</td>"));
+    EXPECT_THAT(page, HasSubstr("</svg>Asleep</th><td>6 h</td><td>25.00%</td>"));
     // In the strip, and over both lanes of the chart.
     EXPECT_THAT(page, HasSubstr("<rect class=\"unwatched\" x=\"540.0\" width=\"180.0\" height=\"18.0\"/>"));
     EXPECT_THAT(
@@ -118,7 +118,7 @@ TEST(ReportHtml, ListsOutagesWithVerdictsAndTheWay) {
 
     const std::string page = pageOf(history);
 
-    EXPECT_THAT(page, HasSubstr("</svg>Up</th><td>23 h 52 min</td><td>99.44 %</td>"));
+    EXPECT_THAT(page, HasSubstr("</svg>Up</th><td>23 h 52 min</td><td>99.44%</td>"));
     EXPECT_THAT(page, HasSubstr("<h2>Outages: 2</h2>"));
     EXPECT_THAT(
         page, HasSubstr("<li><strong>Beyond the provider</strong> 1 outage, 7 min</li>"
@@ -198,13 +198,13 @@ TEST(ReportHtml, NamesWorstHoursAndFigures) {
     const std::string page = pageOf(history);
 
     EXPECT_THAT(
-        page, HasSubstr("2026-01-05 11:00</time></th><td>7 min</td><td>0.0 %</td><td>20.0 ms</td></tr>"));
+        page, HasSubstr("2026-01-05 11:00</time></th><td>7 min</td><td>0.0%</td><td>20.0 ms</td></tr>"));
     EXPECT_THAT(page, HasSubstr("<th scope=\"col\">Hour from</th><th scope=\"col\">Down</th>"));
     EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">Fastest</th><td>20.0 ms</td></tr>"));
     EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">99th percentile</th><td>20.0 ms</td></tr>"));
     EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">Jitter</th><td>unknown</td></tr>"));
     EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">Pings sent</th><td>17280</td></tr>"));
-    EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">Loss</th><td>0.00 %</td></tr>"));
+    EXPECT_THAT(page, HasSubstr("<tr><th scope=\"row\">Loss</th><td>0.00%</td></tr>"));
 }
 
 TEST(ReportHtml, ListsTheDaysOfAFortnightAndDrawsMore) {
@@ -214,10 +214,10 @@ TEST(ReportHtml, ListsTheDaysOfAFortnightAndDrawsMore) {
 
     EXPECT_THAT(
         few, HasSubstr("<li class=\"shaken\"><time datetime=\"2026-01-05\">Mon 5 Jan</time>"
-                       "<strong>99.492 %</strong><span>1 outage</span><span>down 7 min</span></li>"));
+                       "<strong>99.492%</strong><span>1 outage</span><span>down 7 min</span></li>"));
     EXPECT_THAT(
         few, HasSubstr("<li class=\"good\"><time datetime=\"2026-01-06\">Tue 6 Jan</time>"
-                       "<strong>100 %</strong><span>no outage</span></li>"));
+                       "<strong>100%</strong><span>no outage</span></li>"));
 
     history.periods.insert(
         history.periods.begin(), test::goodPeriod(at("2025-12-22 12:00"), PeriodLength::hour));
@@ -229,7 +229,7 @@ TEST(ReportHtml, ListsTheDaysOfAFortnightAndDrawsMore) {
     EXPECT_THAT(many, HasSubstr("<title>2025-12-23: not watched</title>"));
     EXPECT_THAT(
         many, HasSubstr("<rect class=\"shaken\" x=\"148.0\" y=\"34.0\" width=\"19.0\" height=\"16.0\">"
-                        "<title>2026-01-05: 99.492 %, 1 outage</title></rect>"
+                        "<title>2026-01-05: 99.492%, 1 outage</title></rect>"
                         "<text class=\"count\" x=\"157.5\" y=\"46.0\">1</text>"));
 }
 
@@ -241,7 +241,7 @@ TEST(ReportHtml, TellsAllThatIsKnownOfADay) {
 
     EXPECT_THAT(
         pageOf(history),
-        HasSubstr("<li class=\"down\"><time datetime=\"2026-01-05\">Mon 5 Jan</time><strong>86.955 %</strong>"
+        HasSubstr("<li class=\"down\"><time datetime=\"2026-01-05\">Mon 5 Jan</time><strong>86.955%</strong>"
                   "<span>2 outages</span><span>down 3 h</span></li>"
                   "<li class=\"unwatched\"><time datetime=\"2026-01-06\">Tue 6 Jan</time>"
                   "<strong>not watched</strong></li>"));
@@ -302,10 +302,10 @@ TEST(ReportHtml, CountsHundredsOfOutagesOfADayAsMany) {
 TEST(ReportHtml, ShowsNoShareOfTheTimeAsNothingThatIsSomething) {
     History history = aGoodDay();
     history.episodes = {outage("2026-01-05 10:00:00", "2026-01-05 10:00:08")};
-    EXPECT_THAT(pageOf(history), HasSubstr("</svg>Down</th><td>8 s</td><td>below 0.01 %</td>"));
+    EXPECT_THAT(pageOf(history), HasSubstr("</svg>Down</th><td>8 s</td><td>below 0.01%</td>"));
 
     history.episodes = {outage("2026-01-05 10:00:00", "2026-01-05 10:00:09")};
-    EXPECT_THAT(pageOf(history), HasSubstr("</svg>Down</th><td>9 s</td><td>0.01 %</td>"));
+    EXPECT_THAT(pageOf(history), HasSubstr("</svg>Down</th><td>9 s</td><td>0.01%</td>"));
     // In the strip it is as wide as can be seen.
     history.episodes = {outage("2026-01-05 10:00:00", "2026-01-05 10:00:01")};
     EXPECT_THAT(

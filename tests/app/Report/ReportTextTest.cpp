@@ -34,14 +34,14 @@ TEST(ReportText, BeginsWithTheHostAndTheTime) {
 TEST(ReportText, OfAGoodDayTellsFiguresAndNoOutages) {
     const std::string text = textOf(goodDay());
 
-    EXPECT_THAT(text, HasSubstr("  up                100 % of the time watched\n"));
+    EXPECT_THAT(text, HasSubstr("  up                100% of the time watched\n"));
     EXPECT_THAT(text, HasSubstr("  watched           1 d\n"));
     for (const char* state :
          {"  down              ", "  asleep            ", "  paused            ", "  not watched       "}) {
         EXPECT_THAT(text, HasSubstr(std::string(state) + "0 s\n"));
     }
     EXPECT_THAT(text, HasSubstr("  pings             17280, 0 lost\n"));
-    EXPECT_THAT(text, HasSubstr("  loss              0.00 %\n"));
+    EXPECT_THAT(text, HasSubstr("  loss              0.00%\n"));
     EXPECT_THAT(text, HasSubstr("  fastest           20.0 ms\n"));
     EXPECT_THAT(text, HasSubstr("  median            20.0 ms\n"));
     EXPECT_THAT(text, HasSubstr("  slowest           20.0 ms\n"));
@@ -60,7 +60,7 @@ TEST(ReportText, OfNoAnswersHasNoLatency) {
 
     const std::string text = textOf(history);
 
-    EXPECT_THAT(text, HasSubstr("  loss              100.00 %\n"));
+    EXPECT_THAT(text, HasSubstr("  loss              100.00%\n"));
     EXPECT_THAT(text, HasSubstr("  fastest           unknown\n"));
     EXPECT_THAT(text, HasSubstr("  slowest           unknown\n"));
 }
@@ -81,7 +81,7 @@ TEST(ReportText, TellsOutagesWithTheirVerdicts) {
                         "  2026-01-06 00:59:00  1 min, and it lasts\n"));
     EXPECT_THAT(
         text, HasSubstr("Worst hours\n"
-                        "  2026-01-05 11:00  down 7 min, loss 0.0 %, 95th percentile 20.0 ms\n"));
+                        "  2026-01-05 11:00  down 7 min, loss 0.0%, 95th percentile 20.0 ms\n"));
     EXPECT_THAT(text, HasSubstr("  down              8 min\n"));
 }
 

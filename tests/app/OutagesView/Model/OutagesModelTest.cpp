@@ -179,7 +179,7 @@ TEST_F(OutagesModelTest, FiguresAreThoseOfTheChosenDay) {
     EXPECT_EQ(model.figures().front().value, "unknown");
 
     model.chooseDay(lastDay - 2);
-    EXPECT_EQ(model.figures().front().value, "100 %");
+    EXPECT_EQ(model.figures().front().value, "100%");
     model.chooseDay(lastDay + 1);
     EXPECT_EQ(model.chosenDay(), lastDay - 2);
 }

@@ -84,12 +84,12 @@ TEST(OutagesPage, TellsHowEachDayWas) {
 
     EXPECT_EQ(textOfDay(history, today - 3), "Sunday, 2026-01-04: not watched");
     EXPECT_EQ(
-        textOfDay(history, today - 2), "Monday, 2026-01-05: 98.958 % available, 2 outages, down for 15 min");
-    EXPECT_EQ(textOfDay(history, today - 1), "Tuesday, 2026-01-06: 100 % available, at times poor");
+        textOfDay(history, today - 2), "Monday, 2026-01-05: 98.958% available, 2 outages, down for 15 min");
+    EXPECT_EQ(textOfDay(history, today - 1), "Tuesday, 2026-01-06: 100% available, at times poor");
     EXPECT_EQ(
-        textOfDay(history, today), "Wednesday, 2026-01-07: 99.305 % available, 1 outage, down for 5 min");
+        textOfDay(history, today), "Wednesday, 2026-01-07: 99.305% available, 1 outage, down for 5 min");
     history.episodes.clear();
-    EXPECT_EQ(textOfDay(history, today), "Wednesday, 2026-01-07: 100 % available");
+    EXPECT_EQ(textOfDay(history, today), "Wednesday, 2026-01-07: 100% available");
 }
 
 TEST(OutagesPage, ADayOfAClockChangeIsAsLongAsItWas) {
@@ -221,7 +221,7 @@ TEST(DayFigures, AreThoseOfTheDay) {
 
     EXPECT_EQ(
         figuresOf(history, today - 1), (std::map<std::string, std::string>{
-                                           {"Availability", "98.809 %"},
+                                           {"Availability", "98.809%"},
                                            {"Down", "15 min"},
                                            {"Watched", "21 h"},
                                            {"Asleep", "2 h"},
@@ -231,7 +231,7 @@ TEST(DayFigures, AreThoseOfTheDay) {
                                            {"95th percentile", "20.0 ms"},
                                            {"Slowest answer", "20.0 ms"},
                                            {"Jitter", "unknown"},
-                                           {"Packet loss", "0.00 %"},
+                                           {"Packet loss", "0.00%"},
                                            {"Worst hour", "11:00, down for 15 min"}}));
 }
 
@@ -252,7 +252,7 @@ TEST(DayFigures, AnHourOfLossIsWorstWhereNothingWasDown) {
     history.periods.at(4).figures.lost = 20; // of 00:00 to 01:00 UTC on the first day
     history.periods.at(4).figures.sent += 20;
 
-    EXPECT_EQ(figuresOf(history, today - 2).at("Worst hour"), "01:00, 2.70 % lost");
+    EXPECT_EQ(figuresOf(history, today - 2).at("Worst hour"), "01:00, 2.70% lost");
 }
 
 TEST(HistoryStatus, TellsSinceWhenOrWhyNothingIsKnown) {
