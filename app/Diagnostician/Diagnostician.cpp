@@ -76,11 +76,11 @@ std::optional<ResolvedAddress> Diagnostician::addressToProbe() const {
     return socket_ ? address_ : std::nullopt;
 }
 
-void Diagnostician::noteTrouble(const Situation& situation, bool isOnlyLate) {
+void Diagnostician::noteTrouble(const Situation& situation, bool areBarsWell) {
     if (situation.trouble != Trouble::none && !badSince_) {
         badSince_ = situation.now;
     }
-    const bool isUsualByNow = isOnlyLate && badSince_ && situation.now - *badSince_ >= newUsual;
+    const bool isUsualByNow = areBarsWell && badSince_ && situation.now - *badSince_ >= newUsual;
     if (situation.trouble == Trouble::none || isUsualByNow) {
         badSince_.reset();
         usualMs_ = situation.usualMs;

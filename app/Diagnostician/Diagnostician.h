@@ -62,7 +62,7 @@ private:
     void forgetAddress();
     void turnTo(const ResolvedAddress& address);
     void rest(const Situation& situation);
-    void noteTrouble(const Situation& situation, bool isOnlyLate);
+    void noteTrouble(const Situation& situation, bool areBarsWell);
     [[nodiscard]] std::optional<Verdict> presentVerdict(const Situation& situation) const;
     void probeName(const Situation& situation);
     void watch(const Situation& situation);

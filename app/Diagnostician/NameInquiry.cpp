@@ -55,7 +55,7 @@ std::optional<std::uint64_t> NameInquiry::tick(
 
 bool NameInquiry::hasBadServer() const {
     return std::ranges::any_of(
-        servers_.latest(), [](const NameServerEvidence& server) { return isBad(server); });
+        servers_.latest(), [](const NameServerEvidence& server) { return isReason(server); });
 }
 
 void NameInquiry::addTo(

@@ -27,8 +27,8 @@ double share(std::size_t part, std::size_t whole) {
 }
 
 std::size_t countBad(const std::vector<HopSample>& samples, std::optional<double> usualMs, double extraMs) {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(samples, [&](const HopSample& one) { return isBad(one, usualMs, extraMs); }));
+    return static_cast<std::size_t>(std::ranges::count_if(
+        samples, [&](const HopSample& one) { return isBadSample(one, usualMs, extraMs); }));
 }
 
 struct Outcome {
@@ -81,7 +81,7 @@ std::size_t numberOf(const std::vector<HopEvidence>& hops, const std::string& ad
 
 } // namespace
 
-bool isBad(const HopSample& sample, std::optional<double> usualMs, double extraMs) {
+bool isBadSample(const HopSample& sample, std::optional<double> usualMs, double extraMs) {
     if (!sample.ms) {
         return true;
     }

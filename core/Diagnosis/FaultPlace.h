@@ -9,7 +9,7 @@ namespace tarnwick {
 
 /// A ping or probe counts as bad when it was lost, or when it took longer than usual by about half of what
 /// the host's pings take longer now. `usualMs`: of that hop; nothing: only a loss is bad.
-[[nodiscard]] bool isBad(const HopSample& sample, std::optional<double> usualMs, double extraMs);
+[[nodiscard]] bool isBadSample(const HopSample& sample, std::optional<double> usualMs, double extraMs);
 
 /// By how many milliseconds the host's answers are later than usual: their median. 0 where that is unknown.
 [[nodiscard]] double extraDelay(const Evidence& evidence);

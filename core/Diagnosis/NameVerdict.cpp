@@ -72,7 +72,7 @@ Likelihood likelihoodOf(const NameServerEvidence& server, std::optional<bool> la
 
 } // namespace
 
-bool isBad(const NameServerEvidence& server) {
+bool isReason(const NameServerEvidence& server) {
     return server.answer <= ServerAnswer::refused || isLate(server);
 }
 
@@ -102,7 +102,7 @@ std::optional<Verdict> missingNameVerdict(const Evidence& evidence) {
 
 std::optional<Verdict> lateNameVerdict(const Evidence& evidence) {
     const NameServerEvidence* const server = worstServer(evidence);
-    if (!evidence.isNameLate || server == nullptr || !isBad(*server)) {
+    if (!evidence.isNameLate || server == nullptr || !isReason(*server)) {
         return std::nullopt;
     }
     return Verdict{

@@ -13,7 +13,7 @@ namespace tarnwick {
 inline constexpr double lateLookupMs = 1500;
 
 /// Whether the server is a reason for a lookup that fails or takes long.
-[[nodiscard]] bool isBad(const NameServerEvidence& server);
+[[nodiscard]] bool isReason(const NameServerEvidence& server);
 
 /// The name can't be found. Nothing where the way to the servers may be the reason.
 [[nodiscard]] std::optional<Verdict> missingNameVerdict(const Evidence& evidence);

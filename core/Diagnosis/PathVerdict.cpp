@@ -131,7 +131,7 @@ bool isProviders(std::size_t place, const std::vector<HopEvidence>& hops) {
 }
 
 /// "14 s", "3 min", "2 h": after a minute the sentence changes once a minute, then once an hour.
-std::string lengthOf(double seconds) {
+std::string durationText(double seconds) {
     constexpr double minute = 60;
     constexpr double hour = 3600;
     if (seconds < minute) {
@@ -141,7 +141,8 @@ std::string lengthOf(double seconds) {
                           : Text::whole(std::floor(seconds / hour)) + " h";
 }
 
-/// "has answered for 14 s", "loses 20 % of the answers", "answers 140 ms late".
+/// "nothing beyond it has answered for 14 s.", "beyond it 20% of the answers are lost." or "beyond it answers
+/// come 140 ms late."
 std::string happens(const Evidence& evidence) {
     switch (symptomOf(evidence)) {
     case Symptom::silent:
@@ -152,7 +153,7 @@ std::string happens(const Evidence& evidence) {
     case Symptom::late:
         return "beyond it answers come " + Text::whole(extraDelay(evidence)) + " ms late.";
     }
-    return "nothing beyond it has answered for " + lengthOf(evidence.silentSeconds) + ".";
+    return "nothing beyond it has answered for " + durationText(evidence.silentSeconds) + ".";
 }
 
 std::string_view nameOfSymptom(const Evidence& evidence) {

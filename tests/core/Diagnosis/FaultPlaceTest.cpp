@@ -83,12 +83,12 @@ TEST(FaultPlace, WithoutAPathToTheHostThereIsNone) {
 }
 
 TEST(FaultPlace, ALossIsBadAndALateAnswerIsByHalfOfWhatTheHostIsLate) {
-    EXPECT_TRUE(isBad({}, 20, 0));
-    EXPECT_FALSE(isBad({.ms = 69}, 20, 100));
-    EXPECT_TRUE(isBad({.ms = 71}, 20, 100));
-    EXPECT_FALSE(isBad({.ms = 71}, std::nullopt, 100));
+    EXPECT_TRUE(isBadSample({}, 20, 0));
+    EXPECT_FALSE(isBadSample({.ms = 69}, 20, 100));
+    EXPECT_TRUE(isBadSample({.ms = 71}, 20, 100));
+    EXPECT_FALSE(isBadSample({.ms = 71}, std::nullopt, 100));
     // Less than what networks do when they are well.
-    EXPECT_FALSE(isBad({.ms = 34}, 20, 15));
+    EXPECT_FALSE(isBadSample({.ms = 34}, 20, 15));
 }
 
 TEST(FaultPlace, TheDelayIsTheMedianOfTheAnswersAboveTheUsualOne) {
