@@ -260,7 +260,8 @@ std::optional<Verdict> pathVerdict(const Evidence& evidence) {
         return std::nullopt;
     }
     if (evidence.hops.size() == 1) {
-        return ownNetworkVerdict(evidence);
+        const bool isRouter = evidence.router == evidence.hops.front().address;
+        return isRouter ? localVerdict(evidence, Likelihood::likely) : ownNetworkVerdict(evidence);
     }
     const Suspicion suspicion = strongest(chances, evidence.hops);
     // The way is about to fail altogether, and answers from before that would count against it. Or it loses

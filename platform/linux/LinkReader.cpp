@@ -6,6 +6,8 @@
 #include "platform/linux/WirelessSignal.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstring>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -23,14 +25,25 @@ namespace {
 
 using LinkKind = LinkEvidence::Kind;
 
-/// Where a packet to the address goes. A link-local one is known by its interface alone.
-std::optional<InternetRoute> routeTo(RouteLookup& routes, const ResolvedAddress& address) {
+/// Whom packets are for. A link-local address is known by its interface alone.
+struct Destination {
+    std::vector<std::byte> address; ///< IPv4 or IPv6
+    unsigned interface = 0;         ///< 0: any
+};
+
+template<class Address>
+std::vector<std::byte> copyOf(const Address& address) {
+    const auto bytes = std::as_bytes(std::span(&address, 1));
+    return {bytes.begin(), bytes.end()};
+}
+
+std::optional<Destination> destinationOf(const ResolvedAddress& address) {
     const auto bytes = std::as_bytes(std::span(address.sockaddr));
     if (const auto to6 = Netlink::structureAt<sockaddr_in6>(bytes); to6 && address.family == AF_INET6) {
-        return routes.to(std::as_bytes(std::span(&to6->sin6_addr, 1)), to6->sin6_scope_id);
+        return Destination{.address = copyOf(to6->sin6_addr), .interface = to6->sin6_scope_id};
     }
     if (const auto to4 = Netlink::structureAt<sockaddr_in>(bytes); to4 && address.family == AF_INET) {
-        return routes.to(std::as_bytes(std::span(&to4->sin_addr, 1)));
+        return Destination{.address = copyOf(to4->sin_addr)};
     }
     return std::nullopt;
 }
@@ -42,6 +55,31 @@ std::optional<InternetRoute::NextHop> hopOf(const std::optional<InternetRoute>& 
     }
     const auto usable = std::ranges::find(route->nextHops, true, &InternetRoute::NextHop::hasCarrier);
     return usable == route->nextHops.end() ? route->nextHops.front() : *usable;
+}
+
+/// Whether the way to the internet leads over that address on that interface.
+bool isRouterToInternet(RouteLookup& routes, const InternetRoute::NextHop& router) {
+    return std::ranges::any_of(std::array{AF_INET, AF_INET6}, [&](int family) {
+        const auto route = routes.toInternet(family);
+        return route && std::ranges::any_of(route->nextHops, [&](const InternetRoute::NextHop& hop) {
+                   return hop.interface == router.interface && hop.gateway == router.gateway;
+               });
+    });
+}
+
+/// The first step on the way. Towards the router to the internet that is this router itself.
+std::optional<InternetRoute::NextHop> firstHopTo(RouteLookup& routes, const ResolvedAddress& address) {
+    const auto destination = destinationOf(address);
+    if (!destination) {
+        return std::nullopt;
+    }
+    auto hop = hopOf(routes.to(destination->address, destination->interface));
+    if (!hop || !hop->gateway.empty()) {
+        return hop;
+    }
+    InternetRoute::NextHop host = *hop;
+    host.gateway = destination->address;
+    return isRouterToInternet(routes, host) ? host : hop;
 }
 
 LinkState stateOf(const KnownLink& link, bool hasRoute) {
@@ -74,7 +112,7 @@ std::optional<LinkState> LinkReader::present(const std::optional<ResolvedAddress
 }
 
 std::optional<LinkReader::Way> LinkReader::wayTo(Kernel& kernel, const std::optional<ResolvedAddress>& to) {
-    if (const auto hop = to ? hopOf(routeTo(kernel.routes, *to)) : std::nullopt) {
+    if (const auto hop = to ? firstHopTo(kernel.routes, *to) : std::nullopt) {
         return Way{.hop = *hop, .isAskedFor = true};
     }
     for (const int family : {AF_INET, AF_INET6}) {

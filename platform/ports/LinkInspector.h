@@ -13,7 +13,9 @@ namespace tarnwick {
 
 struct LinkState {
     LinkEvidence link{};
-    std::optional<std::string> router{}; ///< numeric; the next one on the way to the address asked for
+    /// Numeric; the next one on the way to the address asked for, or that address if it is the router to the
+    /// internet.
+    std::optional<std::string> router{};
     NeighborState neighbor = NeighborState::unknown; ///< of that router
     std::optional<std::uint64_t> sentBytes{};        ///< by the interface since it came up
     std::optional<std::uint64_t> receivedBytes{};

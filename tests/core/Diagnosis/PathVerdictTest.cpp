@@ -42,6 +42,31 @@ INSTANTIATE_TEST_SUITE_P(
             "wifi possible: The Wi-Fi signal is weak (-82 dBm), and 203.0.113.9 does not answer."}),
     caseName);
 
+/// The host is the router to the internet.
+Evidence theRouter(const Evidence& evidence) {
+    return with(nextDoor(evidence), [](Evidence& it) { it.router = hostAddress; });
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    TheOwnRouter, DiagnosesThePath,
+    testing::Values(
+        DiagnosisCase{
+            "IsSilent", theRouter(downFrom(hostHop)),
+            "localNetwork likely: Your router (203.0.113.9) does not answer."},
+        DiagnosisCase{
+            "LosesAnswers", theRouter(lossyFrom(hostHop, 4)),
+            "localNetwork likely: Your router (203.0.113.9) loses answers."},
+        DiagnosisCase{
+            "IsLate", theRouter(lateFrom(hostHop, 200)),
+            "localNetwork likely: Your router (203.0.113.9) answers late."},
+        DiagnosisCase{
+            "BehindWeakWifi", overWifi(theRouter(downFrom(hostHop)), -82),
+            "wifi likely: The Wi-Fi signal is weak (-82 dBm), and the router does not answer."},
+        DiagnosisCase{
+            "IsAnotherOne", with(theRouter(downFrom(hostHop)), [](Evidence& it) { it.router = router; }),
+            "host possible: 203.0.113.9, in your own network, does not answer."}),
+    caseName);
+
 INSTANTIATE_TEST_SUITE_P(
     OnThePath, DiagnosesThePath,
     testing::Values(

@@ -38,6 +38,14 @@ ResolvedAddress addressOf(const std::string& text) {
     return {AF_INET6, {bytes, bytes + sizeof to6}, text};
 }
 
+/// A link-local address.
+ResolvedAddress addressOn(const std::string& interface, const std::string& text) {
+    ResolvedAddress address = addressOf(text);
+    const std::uint32_t scope = ::if_nametoindex(interface.c_str());
+    std::memcpy(&address.sockaddr[offsetof(sockaddr_in6, sin6_scope_id)], &scope, sizeof scope);
+    return address;
+}
+
 const ResolvedAddress host4 = addressOf("198.51.100.9");
 const ResolvedAddress host6 = addressOf("2001:db8:9::9");
 
@@ -195,6 +203,30 @@ TEST_F(LinkReaderTest, AHostOnTheOwnNetworkHasNoRouterBeforeIt) {
     EXPECT_EQ(state.link.interface, "lan0");
     EXPECT_TRUE(state.link.hasRoute);
     EXPECT_EQ(state.router, std::nullopt);
+}
+
+TEST_F(LinkReaderTest, ARouterThatIsAskedForIsItsOwnRouter) {
+    addWay("wan0", 1);
+    changeFar("address add 10.1.0.2/24 dev wan0far");
+    const ResolvedAddress itself = addressOf("10.1.0.2");
+
+    send(itself);
+
+    EXPECT_EQ(present(itself).router, "10.1.0.2");
+    EXPECT_TRUE(
+        waitUntil([&](const LinkState&) { return present(itself).neighbor == NeighborState::reachable; }));
+    EXPECT_EQ(present(addressOf("10.1.0.9")).router, std::nullopt);
+}
+
+TEST_F(LinkReaderTest, AnIPv6RouterIsKnownByItsInterface) {
+    addLink("wan0");
+    addLink("lan0");
+    change6("address add fe80::2/64 dev wan0 nodad\naddress add fe80::2/64 dev lan0 nodad\n"
+            "address add 2001:db8:7::2/64 dev wan0 nodad\nroute add default via fe80::1 dev wan0");
+
+    EXPECT_EQ(present(addressOn("wan0", "fe80::1")).router, "fe80::1%wan0");
+    EXPECT_EQ(present(addressOn("lan0", "fe80::1")).router, std::nullopt);
+    EXPECT_EQ(present(addressOn("wan0", "fe80::9")).router, std::nullopt);
 }
 
 TEST_F(LinkReaderTest, OfSeveralNextHopsOneWithACarrierCounts) {
