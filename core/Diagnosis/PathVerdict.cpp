@@ -126,7 +126,7 @@ bool isNearerAcquitted(const Suspicion& suspicion, const Evidence& evidence) {
 
 /// Whether a link that seems to be the provider's is so for sure enough.
 bool isProviders(std::size_t place, const std::vector<HopEvidence>& hops) {
-    const bool leadsToSecondRouter = place == 1 && isHomeAddress(hops[place].address);
+    const bool leadsToSecondRouter = place == 1 && mayBeAtHome(hops[1], hops[0]);
     return isProviderKnown(hops) && !leadsToSecondRouter;
 }
 

@@ -43,9 +43,10 @@ bool isIn(const AddressBytes& address, const Network& network) {
 }
 
 constexpr Network homes{.start = {192, 168}, .bits = 16};
+constexpr Network providersUsers{.start = {100, 64}, .bits = 10}; // behind its translation of addresses
 constexpr std::array<Network, 5> internalIpv4{{
     {.start = {10, 0}, .bits = 8},
-    {.start = {100, 64}, .bits = 10}, // a provider's, behind its own translation of addresses
+    providersUsers,
     {.start = {169, 254}, .bits = 16},
     {.start = {172, 16}, .bits = 12},
     homes,
@@ -77,9 +78,14 @@ bool isInternalAddress(const std::string& address) {
     return std::ranges::any_of(networks, [&](const Network& one) { return isIn(*parsed, one); });
 }
 
-bool isHomeAddress(const std::string& address) {
-    const auto parsed = bytesOf(address);
-    return parsed && parsed->isIpv4 && isIn(*parsed, homes);
+bool mayBeAtHome(const HopEvidence& second, const HopEvidence& first) {
+    constexpr double mostMsAtHome = 1; // over a cable
+    const auto parsed = bytesOf(second.address);
+    if (!parsed || !isInternalAddress(second.address) || isIn(*parsed, providersUsers)) {
+        return false;
+    }
+    return isIn(*parsed, homes) || !first.quietMs || !second.quietMs
+           || *second.quietMs - *first.quietMs <= mostMsAtHome;
 }
 
 std::size_t endOfProvider(const std::vector<HopEvidence>& hops) {

@@ -16,8 +16,10 @@ namespace tarnwick {
 /// Addresses that do not lead through the internet: private, shared by a provider's users, or link-local.
 [[nodiscard]] bool isInternalAddress(const std::string& address);
 
-/// Addresses that homes use and providers hardly ever: a second router of the user's own may have one.
-[[nodiscard]] bool isHomeAddress(const std::string& address);
+/// Whether the hop behind the home's router may be a second router at home. Its address is one that homes use
+/// and providers hardly ever; or another internal one, not of those for a provider's users, and it usually
+/// answers as soon as the first router.
+[[nodiscard]] bool mayBeAtHome(const HopEvidence& second, const HopEvidence& first);
 
 /// The index behind the provider's last hop. Its hops begin after the router, and go on while addresses are
 /// internal, unknown, or of the first public one's network. The host is never one of them. At least 1.

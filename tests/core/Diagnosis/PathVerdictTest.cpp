@@ -192,6 +192,14 @@ INSTANTIATE_TEST_SUITE_P(
             "answers."}),
     caseName);
 
+/// Nothing beyond the first router answers; the second one usually does after so long.
+Evidence secondRouter(const std::string& address, double quietMs) {
+    return with(downFrom(firstProviderHop), [&](Evidence& it) {
+        it.hops[firstProviderHop].address = address;
+        it.hops[firstProviderHop].quietMs = quietMs;
+    });
+}
+
 INSTANTIATE_TEST_SUITE_P(
     NoProof, DiagnosesThePath,
     testing::Values(
@@ -255,6 +263,15 @@ INSTANTIATE_TEST_SUITE_P(
                 downFrom(firstProviderHop),
                 [](Evidence& it) { it.hops[firstProviderHop].address = "192.168.178.1"; }),
             "provider possible: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
+        DiagnosisCase{
+            "ASecondRouterWithAnInternalAddressThatAnswersAtOnce", secondRouter("10.0.0.1", 2.5),
+            "provider possible: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
+        DiagnosisCase{
+            "ASecondRouterWithAnInternalAddressThatIsNotNear", secondRouter("10.0.0.1", 6),
+            "provider likely: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
+        DiagnosisCase{
+            "ASecondRouterWithAnAddressOfProvidersUsers", secondRouter("100.64.0.1", 2.5),
+            "provider likely: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
         DiagnosisCase{
             "BeyondASecondRouterThatMayBeTheUsersOwn",
             with(

@@ -41,12 +41,33 @@ TEST(ProviderNetwork, IsNotKnownBehindTwoHopsThatNeverAnswer) {
     EXPECT_FALSE(isProviderKnown(pathOver({"192.168.1.1", "", "", host})));
 }
 
+/// Of a second hop behind a router that answers in 2 ms.
+bool mayBeAtHomeAfter(std::optional<double> ms, const std::string& address) {
+    return mayBeAtHome({.address = address, .quietMs = ms}, {.address = "192.168.1.1", .quietMs = 2});
+}
+
 TEST(ProviderNetwork, IsHardlyEverWhereHomesHaveTheirAddresses) {
-    EXPECT_TRUE(isHomeAddress("192.168.178.1"));
-    EXPECT_FALSE(isHomeAddress("192.169.0.1"));
-    EXPECT_FALSE(isHomeAddress("10.0.0.1"));
-    EXPECT_FALSE(isHomeAddress("c0a8::1")); // the same bytes
-    EXPECT_FALSE(isHomeAddress(""));
+    EXPECT_TRUE(mayBeAtHomeAfter(20, "192.168.178.1"));
+    EXPECT_FALSE(mayBeAtHomeAfter(2, "192.169.0.1"));
+    EXPECT_FALSE(mayBeAtHomeAfter(2, "c0a8::1")); // the same bytes
+    EXPECT_FALSE(mayBeAtHomeAfter(2, ""));
+}
+
+TEST(ProviderNetwork, MayBeginBehindASecondRouterWithAnInternalAddressThatAnswersAsSoonAsTheFirst) {
+    for (const char* const address : {"10.0.0.1", "172.16.0.1", "172.31.255.1", "fd00::1"}) {
+        EXPECT_TRUE(mayBeAtHomeAfter(3, address)) << address;
+        EXPECT_FALSE(mayBeAtHomeAfter(3.1, address)) << address;
+        EXPECT_TRUE(mayBeAtHomeAfter(std::nullopt, address)) << address;
+    }
+    EXPECT_TRUE(mayBeAtHome({.address = "10.0.0.1", .quietMs = 9}, {.address = "192.168.1.1"}));
+    EXPECT_TRUE(mayBeAtHomeAfter(0.4, "10.0.0.1")); // sooner than the first one
+}
+
+TEST(ProviderNetwork, IsWhereItsUsersHaveTheirAddresses) {
+    EXPECT_FALSE(mayBeAtHomeAfter(2, "100.64.0.1"));
+    EXPECT_FALSE(mayBeAtHomeAfter(std::nullopt, "100.127.255.1"));
+    EXPECT_FALSE(mayBeAtHomeAfter(2, "198.51.100.1"));
+    EXPECT_FALSE(mayBeAtHomeAfter(2, "6440::1"));
 }
 
 TEST(ProviderNetwork, EndsBeforeTheHost) {
