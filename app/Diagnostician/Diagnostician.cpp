@@ -212,7 +212,9 @@ void Diagnostician::receive() {
             return;
         }
         if (answer->kind == ProbeAnswer::Kind::unreachable) {
-            words_.note(answer->sender, answer->at);
+            words_.note(answer->sender, RouterWord::unreachable, answer->at);
+        } else if (answer->kind == ProbeAnswer::Kind::forbidden) {
+            words_.note(answer->sender, RouterWord::forbidden, answer->at);
         } else {
             const bool isHost = answer->kind == ProbeAnswer::Kind::reply;
             // Each ignores the other's.

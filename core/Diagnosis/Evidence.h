@@ -69,10 +69,16 @@ struct LoadEvidence {
     double seconds = 0;      ///< for how long it has been like this
 };
 
-/// A router's word that the host, its network or the way there is not available, for a ping of ours.
+/// What a router says of a ping of ours that it does not pass on.
+enum class RouterWord {
+    unreachable, ///< the host, its network or the way there is not available
+    forbidden,   ///< a rule of its own
+};
+
 struct UnreachableEvidence {
     std::string sender{};
     int count = 0;
+    RouterWord word = RouterWord::unreachable; ///< the latest
 };
 
 struct Evidence {

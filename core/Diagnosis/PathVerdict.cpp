@@ -2,13 +2,13 @@
 
 #include "core/Diagnosis/FaultPlace.h"
 #include "core/Diagnosis/HopSamples.h"
+#include "core/Diagnosis/PathSentences.h"
 #include "core/Diagnosis/ProviderNetwork.h"
-#include "core/Text.h"
+#include "core/Diagnosis/RouterWords.h"
+#include "core/Diagnosis/Symptom.h"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <ranges>
 #include <string>
 #include <vector>
 
@@ -28,27 +28,6 @@ constexpr std::size_t beyondLuck = 2;
 /// dBm: below it a link loses packets and slows down.
 constexpr int weakSignal = -75;
 
-enum class Symptom { silent, loses, late };
-
-/// In their order.
-constexpr std::array<const char*, 3> doings{"does not answer", "loses answers", "answers late"};
-
-/// Before the connection is called down.
-bool isSilentLately(const std::vector<HopSample>& pings) {
-    constexpr std::size_t inARow = 3;
-    const auto latestFirst = pings | std::views::reverse | std::views::take(inARow);
-    return pings.size() >= inARow
-           && std::ranges::none_of(latestFirst, [](const HopSample& one) { return one.ms.has_value(); });
-}
-
-Symptom symptomOf(const Evidence& evidence) {
-    if (evidence.trouble == Trouble::down || isSilentLately(evidence.pings)) {
-        return Symptom::silent;
-    }
-    constexpr double smallLoss = 0.05;
-    return lostShare(evidence.pings).value_or(0) >= smallLoss ? Symptom::loses : Symptom::late;
-}
-
 /// The blame for a fault on the link that leads to a hop.
 Blame blameOf(std::size_t place, const std::vector<HopEvidence>& hops) {
     if (place + 1 == hops.size()) {
@@ -60,12 +39,26 @@ Blame blameOf(std::size_t place, const std::vector<HopEvidence>& hops) {
     return place < endOfProvider(hops) ? Blame::provider : Blame::beyondProvider;
 }
 
+bool isForbidden(std::size_t place, const Evidence& evidence) {
+    const UnreachableEvidence* const word = wordBefore(place, evidence);
+    return word != nullptr && word->word == RouterWord::forbidden;
+}
+
+/// The blame for a router that forbids the way over the link behind it: its owner's.
+Blame blameOfForbidding(std::size_t place, const std::vector<HopEvidence>& hops) {
+    if (place == 1) {
+        return Blame::localNetwork;
+    }
+    return place - 1 < endOfProvider(hops) ? Blame::provider : blameOf(place, hops);
+}
+
 struct Suspicion {
     Blame blame = Blame::unclear;
     double chance = 0;     ///< of all places with this blame
     double before = 0;     ///< of all places nearer than these
     std::size_t place = 0; ///< the likeliest of them
     std::size_t nearest = 0;
+    bool isForbidden = false; ///< by the router before that place
 };
 
 Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvidence>& hops) {
@@ -89,6 +82,18 @@ Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvi
         if (one.chance > found.chance) {
             found = one;
         }
+    }
+    return found;
+}
+
+/// Where a router says that it forbids the way, the blame is its owner's.
+Suspicion suspicionOf(const std::vector<double>& chances, const Evidence& evidence) {
+    Suspicion found = strongest(chances, evidence.hops);
+    if (isForbidden(found.place, evidence)) {
+        found.blame = blameOfForbidding(found.place, evidence.hops);
+        found.chance = chances[found.place];
+        found.nearest = found.place;
+        found.isForbidden = true;
     }
     return found;
 }
@@ -124,101 +129,34 @@ bool isNearerAcquitted(const Suspicion& suspicion, const Evidence& evidence) {
     return true;
 }
 
-/// Whether a link that seems to be the provider's is so for sure enough.
-bool isProviders(std::size_t place, const std::vector<HopEvidence>& hops) {
-    const bool leadsToSecondRouter = place == 1 && mayBeAtHome(hops[1], hops[0]);
-    return isProviderKnown(hops) && !leadsToSecondRouter;
+/// Whether what seems to be the provider's is so for sure enough: the link that leads to a hop, or the hop.
+bool isProviders(std::size_t hop, const std::vector<HopEvidence>& hops) {
+    const bool isSecondRouter = hop == 1 && mayBeAtHome(hops[1], hops[0]);
+    return isProviderKnown(hops) && !isSecondRouter;
 }
 
-/// "14 s", "3 min", "2 h": after a minute the sentence changes once a minute, then once an hour.
-std::string durationText(double seconds) {
-    constexpr double minute = 60;
-    constexpr double hour = 3600;
-    if (seconds < minute) {
-        return Text::whole(seconds) + " s";
+/// Of all but a local network that merely fails.
+std::string sentenceOf(const Suspicion& suspicion, const Evidence& evidence) {
+    switch (suspicion.blame) {
+    case Blame::localNetwork:
+        return forbiddenAtHomeSentence(evidence);
+    case Blame::provider:
+        return providerSentence(evidence, suspicion.place);
+    case Blame::beyondProvider:
+        return beyondSentence(evidence, suspicion.place);
+    default:
+        return hostSentence(evidence);
     }
-    return seconds < hour ? Text::whole(std::floor(seconds / minute)) + " min"
-                          : Text::whole(std::floor(seconds / hour)) + " h";
 }
 
-/// "nothing beyond it has answered for 14 s.", "beyond it 20% of the answers are lost." or "beyond it answers
-/// come 140 ms late."
-std::string happens(const Evidence& evidence) {
-    switch (symptomOf(evidence)) {
-    case Symptom::silent:
-        break;
-    case Symptom::loses:
-        return "beyond it " + Text::whole(100 * lostShare(evidence.pings).value_or(0))
-               + "% of the answers are lost.";
-    case Symptom::late:
-        return "beyond it answers come " + Text::whole(extraDelay(evidence)) + " ms late.";
-    }
-    return "nothing beyond it has answered for " + durationText(evidence.silentSeconds) + ".";
-}
-
-std::string_view nameOfSymptom(const Evidence& evidence) {
-    return symptomOf(evidence) == Symptom::late ? "delay" : "loss";
-}
-
-std::string routerSentence(const Evidence& evidence) {
-    const std::optional<double> answer = latestMs(evidence.hops.front().samples);
-    return (answer ? "Your router answers in " + (*answer < 1 ? "under 1" : Text::whole(*answer)) + " ms; "
-                   : "Your router passes on what is sent; ")
-           + happens(evidence);
-}
-
-/// The last address before a place that is known; empty: none.
-std::string addressBefore(std::size_t place, const std::vector<HopEvidence>& hops) {
-    while (place-- > 0) {
-        if (!hops[place].address.empty()) {
-            return hops[place].address;
-        }
-    }
-    return "";
-}
-
-std::string providerSentence(const Evidence& evidence, std::size_t place) {
-    const std::string last = addressBefore(place, evidence.hops);
-    if (place == 1 || last == evidence.hops.front().address) {
-        return routerSentence(evidence);
-    }
-    return "The provider's network answers up to " + last + "; " + happens(evidence);
-}
-
-std::string beyondSentence(const Evidence& evidence, std::size_t place) {
-    const std::string last = addressBefore(place, evidence.hops);
-    const bool isProvidersEnd = place == endOfProvider(evidence.hops);
-    return (isProvidersEnd ? "The provider's network answers up to " : "Answers come from up to ") + last
-           + "; " + std::string(nameOfSymptom(evidence)) + " begins after it.";
-}
-
-std::string hostSentence(const Evidence& evidence) {
-    switch (symptomOf(evidence)) {
-    case Symptom::silent:
-        break;
-    case Symptom::loses:
-        return "Everything up to the host's network answers; only the host loses "
-               + Text::whole(100 * lostShare(evidence.pings).value_or(0)) + "% of the answers.";
-    case Symptom::late:
-        return "Everything up to the host's network answers in time; only the host is "
-               + Text::whole(extraDelay(evidence)) + " ms late.";
-    }
-    return "Everything up to the host's network answers; only the host does not.";
-}
-
-std::string unclearSentence(const std::vector<double>& chances, const std::vector<HopEvidence>& hops) {
-    // How far it is surely well.
+/// How many hops are well for sure.
+std::size_t countWell(const std::vector<double>& chances) {
     std::size_t well = 0;
     double chance = 0;
-    while (well < hops.size() && chance + chances[well] < wellChance) {
+    while (well < chances.size() && chance + chances[well] < wellChance) {
         chance += chances[well++];
     }
-    const std::string last = addressBefore(well, hops);
-    if (well == 0 || last.empty()) {
-        return notClearYet;
-    }
-    return (well == 1 ? "Your router is well" : "All is well up to " + last)
-           + "; what is wrong beyond it is not clear.";
+    return well;
 }
 
 /// Where Wi-Fi may explain what someone at its other end does: "the router answers late".
@@ -237,7 +175,7 @@ std::optional<Verdict> weakWifi(const Evidence& evidence, Likelihood likelihood,
 /// No router lies between: nothing tells the host from the network that it shares with this machine.
 Verdict ownNetworkVerdict(const Evidence& evidence) {
     const std::string host = evidence.hops.front().address;
-    const std::string does = doings[static_cast<std::size_t>(symptomOf(evidence))];
+    const std::string does = doingOf(evidence);
     return weakWifi(evidence, Likelihood::possible, host + " " + does)
         .value_or(Verdict{.blame = Blame::host, .evidence = host + ", in your own network, " + does + "."});
 }
@@ -245,7 +183,7 @@ Verdict ownNetworkVerdict(const Evidence& evidence) {
 } // namespace
 
 Verdict localVerdict(const Evidence& evidence, Likelihood likelihood) {
-    const std::string does = doings[static_cast<std::size_t>(symptomOf(evidence))];
+    const std::string does = doingOf(evidence);
     const std::string router = evidence.router ? " (" + *evidence.router + ")" : "";
     return weakWifi(evidence, likelihood, "the router " + does)
         .value_or(Verdict{
@@ -263,30 +201,25 @@ std::optional<Verdict> pathVerdict(const Evidence& evidence) {
         const bool isRouter = evidence.router == evidence.hops.front().address;
         return isRouter ? localVerdict(evidence, Likelihood::likely) : ownNetworkVerdict(evidence);
     }
-    const Suspicion suspicion = strongest(chances, evidence.hops);
+    const Suspicion suspicion = suspicionOf(chances, evidence);
     // The way is about to fail altogether, and answers from before that would count against it. Or it loses
     // so much that silence is luck, and so is an answer that acquits a hop.
     const bool isTurning =
         (isSilentLately(evidence.pings) && latestMs(evidence.pings)) || evidence.lossBefore >= muchLoss;
-    const bool isPlaceKnown =
-        suspicion.blame != Blame::provider || isProviders(suspicion.place, evidence.hops);
+    const std::size_t whose = suspicion.isForbidden ? suspicion.place - 1 : suspicion.place;
+    const bool isOwnerKnown = suspicion.blame != Blame::provider || isProviders(whose, evidence.hops);
     const bool isNearerWell = isNearerAcquitted(suspicion, evidence);
     const bool isLikely = suspicion.chance >= likelyChance && !isTurning && !evidence.hasPathChanged
-                          && isPlaceKnown && isNearerWell;
+                          && isOwnerKnown && isNearerWell;
     const Likelihood likelihood = isLikely ? Likelihood::likely : Likelihood::possible;
-    Verdict verdict{.blame = suspicion.blame, .likelihood = likelihood};
     if (suspicion.chance < possibleChance) {
-        verdict = {.blame = Blame::unclear, .evidence = unclearSentence(chances, evidence.hops)};
-    } else if (suspicion.blame == Blame::localNetwork) {
-        verdict = localVerdict(evidence, likelihood);
-    } else if (suspicion.blame == Blame::provider) {
-        verdict.evidence = providerSentence(evidence, suspicion.place);
-    } else if (suspicion.blame == Blame::beyondProvider) {
-        verdict.evidence = beyondSentence(evidence, suspicion.place);
-    } else {
-        verdict.evidence = hostSentence(evidence);
+        return Verdict{.evidence = unclearSentence(countWell(chances), evidence.hops)};
     }
-    return verdict;
+    if (suspicion.blame == Blame::localNetwork && !suspicion.isForbidden) {
+        return localVerdict(evidence, likelihood);
+    }
+    return Verdict{
+        .blame = suspicion.blame, .likelihood = likelihood, .evidence = sentenceOf(suspicion, evidence)};
 }
 
 } // namespace tarnwick

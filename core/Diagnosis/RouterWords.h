@@ -3,6 +3,7 @@
 
 #include "core/Diagnosis/Evidence.h"
 
+#include <cstddef>
 #include <deque>
 #include <string>
 #include <vector>
@@ -12,7 +13,7 @@ namespace tarnwick {
 class RouterWords {
 public:
     /// `at`: monotonic seconds, which never fall.
-    void note(const std::string& sender, double at);
+    void note(const std::string& sender, RouterWord word, double at);
 
     void forget() { words_.clear(); }
 
@@ -22,10 +23,15 @@ public:
 private:
     struct Word {
         std::string sender;
+        RouterWord word;
         double at;
     };
 
     std::deque<Word> words_;
 };
+
+/// What the router before a link has said, where nothing comes through. `place`: of the link that leads to
+/// that hop of the path. Null: nothing.
+[[nodiscard]] const UnreachableEvidence* wordBefore(std::size_t place, const Evidence& evidence);
 
 } // namespace tarnwick

@@ -18,6 +18,7 @@ struct ProbeAnswer {
         reply,        ///< of the host
         timeExceeded, ///< of the router where the hops ended
         unreachable,  ///< a router's word that the host, its network or the way there is not available
+        forbidden,    ///< a router's word that a rule of its own keeps the request from going on
     };
 
     Kind kind{};

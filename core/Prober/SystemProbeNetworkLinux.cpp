@@ -6,6 +6,7 @@
 #include "core/Pinger/IcmpSocket.h"
 #include "core/Pinger/KernelStamp.h"
 #include "core/Pinger/ReceiveTime.h"
+#include "core/Prober/RouterError.h"
 
 #include <algorithm>
 #include <array>
@@ -13,9 +14,7 @@
 #include <deque>
 #include <linux/errqueue.h>
 #include <netdb.h>
-#include <netinet/icmp6.h>
 #include <netinet/in.h>
-#include <netinet/ip_icmp.h>
 #include <random>
 #include <span>
 #include <sys/socket.h>
@@ -68,24 +67,14 @@ void readError(msghdr& message, Message& received) {
 }
 
 std::optional<AnswerKind> kindOf(const sock_extended_err& error) {
-    if (error.ee_origin == SO_EE_ORIGIN_ICMP) {
-        if (error.ee_type == ICMP_TIME_EXCEEDED && error.ee_code == ICMP_EXC_TTL) {
-            return AnswerKind::timeExceeded;
-        }
-        if (error.ee_type == ICMP_DEST_UNREACH && error.ee_code <= NR_ICMP_UNREACH
-            && error.ee_code != ICMP_FRAG_NEEDED) {
-            return AnswerKind::unreachable;
-        }
-    } else if (error.ee_origin == SO_EE_ORIGIN_ICMP6) {
-        if (error.ee_type == ICMP6_TIME_EXCEEDED && error.ee_code == ICMP6_TIME_EXCEED_TRANSIT) {
-            return AnswerKind::timeExceeded;
-        }
-        constexpr std::uint8_t lastUnreachableCode = 8; // of all that are assigned
-        if (error.ee_type == ICMP6_DST_UNREACH && error.ee_code <= lastUnreachableCode) {
-            return AnswerKind::unreachable;
-        }
+    switch (error.ee_origin) {
+    case SO_EE_ORIGIN_ICMP:
+        return RouterError::kindOf4(error.ee_type, error.ee_code);
+    case SO_EE_ORIGIN_ICMP6:
+        return RouterError::kindOf6(error.ee_type, error.ee_code);
+    default:
+        return std::nullopt;
     }
-    return std::nullopt;
 }
 
 class LinuxProbeSocket final : public ProbeSocket {

@@ -106,6 +106,7 @@ SCENARIOS = (
     Scenario("the Wi-Fi is weak", (Loss(LAN, 0.15), Delay(LAN, 40, jitter_ms=120)), (WIFI, LOCAL_NETWORK), DEGRADED,
              signal_dbm=-84),
     Scenario("the Wi-Fi is weak, and nothing passes", (Cut(LAN),), (WIFI, LOCAL_NETWORK), DOWN, signal_dbm=-88),
+    Scenario("the home router forbids it", (Refuse(HOME_ROUTER, "prohibited"),), (LOCAL_NETWORK,), DOWN, unclear=True),
     # The provider.
     Scenario("the access line is cut", (Cut(ACCESS),), (PROVIDER,), DOWN),
     Scenario("the access line is cut, and the router says so", (Refuse(HOME_ROUTER, "network-unreachable"),), (PROVIDER,),

@@ -283,6 +283,20 @@ TEST_F(DiagnosticianTest, ARoutersWordCounts) {
     EXPECT_EQ(told(), "host");
 }
 
+TEST_F(DiagnosticianTest, ARouterThatForbidsTheWayIsToldFromOneThatHasNone) {
+    run(60);
+    network.refusingHop = 1;
+    network.refusal = ProbeAnswer::Kind::forbidden;
+    hostMs.reset();
+    run(4);
+    situation.trouble = Trouble::down;
+    run(10);
+
+    ASSERT_TRUE(diagnostician.verdict());
+    EXPECT_EQ(told(), "localNetwork");
+    EXPECT_EQ(diagnostician.verdict()->evidence, "Your router (192.0.2.1) forbids the way to 203.0.113.9.");
+}
+
 TEST_F(DiagnosticianTest, HopsHaveTheirNamesWhileAVerdictStands) {
     addressNames.names = {{"192.0.2.1", "router.example"}, {"203.0.113.9", "host.example"}};
     run(60);

@@ -30,6 +30,7 @@ public:
     int silentFrom = 0;
     /// This hop says that there is no way on; 0: none does.
     int refusingHop = 0;
+    ProbeAnswer::Kind refusal = ProbeAnswer::Kind::unreachable;
     /// Milliseconds that each answer from `lateFrom` on takes longer.
     int lateFrom = 0;
     double extraMs = 0;
@@ -56,7 +57,7 @@ private:
             }
             const bool isRefused = network_.refusingHop > 0 && hop > network_.refusingHop;
             const int sender = isRefused ? network_.refusingHop : hop;
-            const auto kind = isRefused     ? ProbeAnswer::Kind::unreachable
+            const auto kind = isRefused     ? network_.refusal
                               : hop == last ? ProbeAnswer::Kind::reply
                                             : ProbeAnswer::Kind::timeExceeded;
             const double ms =

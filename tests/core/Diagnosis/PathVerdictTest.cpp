@@ -301,19 +301,80 @@ INSTANTIATE_TEST_SUITE_P(
             with(
                 downFrom(hostHop, 1),
                 [](Evidence& it) { it.unreachable = {{.sender = hostsRouter, .count = 2}}; }),
-            "host likely: Everything up to the host's network answers; only the host does not."},
+            "host likely: Everything up to the host's network answers; 203.0.113.1 says that 203.0.113.9 "
+            "can't be "
+            "reached."},
         DiagnosisCase{
             "TheHomeRouterSaysThatThereIsNoWay",
             with(
                 downFrom(firstProviderHop, 1),
                 [](Evidence& it) { it.unreachable = {{.sender = router, .count = 2}}; }),
-            "provider likely: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
+            "provider likely: Your router answers in 2 ms, and says that 203.0.113.9 can't be reached."},
+        DiagnosisCase{
+            "TheProvidersLastRouterSaysThatThereIsNoWay",
+            with(
+                downFrom(hostsRouterHop, 1),
+                [](Evidence& it) { it.unreachable = {{.sender = lastOfProvider, .count = 2}}; }),
+            "beyondProvider likely: The provider's network answers up to 198.51.100.7, which says that "
+            "203.0.113.9 can't be reached."},
+        DiagnosisCase{
+            "WhileAnswersComeThroughNoWordIsTold",
+            with(
+                lossyFrom(firstProviderHop, 4),
+                [](Evidence& it) { it.unreachable = {{.sender = router, .count = 2}}; }),
+            "provider likely: Your router answers in 2 ms; beyond it 40% of the answers are lost."},
         DiagnosisCase{
             "AStrangerSaysSo",
             with(
                 downFrom(firstProviderHop),
                 [](Evidence& it) { it.unreachable = {{.sender = "192.0.2.77", .count = 9}}; }),
             "provider likely: Your router answers in 2 ms; nothing beyond it has answered for 14 s."}),
+    caseName);
+
+/// Nothing answers behind the router, which says that it forbids the way.
+Evidence forbiddenBy(std::size_t hop) {
+    return with(downFrom(hop + 1, 1), [&](Evidence& it) {
+        it.unreachable = {{.sender = it.hops[hop].address, .count = 2, .word = RouterWord::forbidden}};
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Forbidden, DiagnosesThePath,
+    testing::Values(
+        DiagnosisCase{
+            "ByTheHomeRouter", forbiddenBy(routerHop),
+            "localNetwork likely: Your router (192.0.2.1) forbids the way to 203.0.113.9."},
+        DiagnosisCase{
+            "ByTheProvider", forbiddenBy(firstProviderHop),
+            "provider likely: The provider's network answers up to 198.51.100.1, which forbids the way to "
+            "203.0.113.9."},
+        DiagnosisCase{
+            "ByTheProvidersLastRouter", forbiddenBy(lastProviderHop),
+            "provider likely: The provider's network answers up to 198.51.100.7, which forbids the way to "
+            "203.0.113.9."},
+        DiagnosisCase{
+            "ByTheHostsRouter", forbiddenBy(hostsRouterHop),
+            "host likely: Everything up to the host's network answers; 203.0.113.1 forbids the way to "
+            "203.0.113.9."},
+        DiagnosisCase{
+            "ByASecondRouterThatMayBeTheUsersOwn",
+            with(
+                forbiddenBy(firstProviderHop),
+                [](Evidence& it) {
+                    it.hops[firstProviderHop].address = "192.168.178.1";
+                    it.unreachable[0].sender = "192.168.178.1";
+                }),
+            "provider possible: The provider's network answers up to 192.168.178.1, which forbids the way to "
+            "203.0.113.9."},
+        DiagnosisCase{
+            "ByAHomeRouterOfWhichLittleIsHeard",
+            with(
+                forbiddenBy(routerHop),
+                [](Evidence& it) {
+                    it.hops[routerHop].samples.clear();
+                    it.unreachable[0].count = 1;
+                }),
+            "localNetwork possible: Your router (192.0.2.1) forbids the way to 203.0.113.9."}),
     caseName);
 
 } // namespace

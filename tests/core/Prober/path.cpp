@@ -38,6 +38,9 @@ public:
         for (const std::string& sender : unreachable_) {
             std::cout << R"({"unreachable":")" << sender << "\"}\n";
         }
+        for (const std::string& sender : forbidden_) {
+            std::cout << R"({"forbidden":")" << sender << "\"}\n";
+        }
     }
 
 private:
@@ -53,6 +56,8 @@ private:
         while (const auto answer = socket_->receive()) {
             if (answer->kind == ProbeAnswer::Kind::unreachable) {
                 unreachable_.push_back(answer->sender);
+            } else if (answer->kind == ProbeAnswer::Kind::forbidden) {
+                forbidden_.push_back(answer->sender);
             } else {
                 trace_.answered(
                     answer->id, answer->sender, answer->kind == ProbeAnswer::Kind::reply, answer->at);
@@ -65,7 +70,8 @@ private:
     ResolvedAddress to_;
     PathTrace trace_{1};
     std::unique_ptr<ProbeSocket> socket_;
-    std::vector<std::string> unreachable_;
+    std::vector<std::string> unreachable_; ///< who says so
+    std::vector<std::string> forbidden_;
     RunLoop::Handle timer_;
 };
 
