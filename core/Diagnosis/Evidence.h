@@ -21,6 +21,7 @@ struct LinkEvidence {
     bool hasRoute = true; ///< a way to the internet
     // Of Wi-Fi:
     std::optional<int> signalDbm = std::nullopt;
+    std::optional<double> rateMbit = std::nullopt; ///< a second, at which it sends
 };
 
 /// What the kernel knows of the router's hardware address.

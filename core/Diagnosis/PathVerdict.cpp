@@ -6,6 +6,7 @@
 #include "core/Diagnosis/ProviderNetwork.h"
 #include "core/Diagnosis/RouterWords.h"
 #include "core/Diagnosis/Symptom.h"
+#include "core/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -27,6 +28,8 @@ constexpr double muchLoss = 0.2;
 constexpr std::size_t beyondLuck = 2;
 /// dBm: below it a link loses packets and slows down.
 constexpr int weakSignal = -75;
+/// Mbit/s: radios send slower than that only to be heard at all.
+constexpr double fewMbit = 10;
 
 /// The blame for a fault on the link that leads to a hop.
 Blame blameOf(std::size_t place, const std::vector<HopEvidence>& hops) {
@@ -159,6 +162,14 @@ std::size_t countWell(const std::vector<double>& chances) {
     return well;
 }
 
+/// "6 Mbit/s", of Wi-Fi that sends so slowly; else empty. Where nothing comes through it is a rate of before.
+std::string slowRate(const Evidence& evidence) {
+    const bool isWifi = evidence.link && evidence.link->kind == LinkEvidence::Kind::wifi;
+    const std::optional<double> rate = isWifi ? evidence.link->rateMbit : std::nullopt;
+    const bool isSlow = rate && *rate < fewMbit && symptomOf(evidence) != Symptom::silent;
+    return isSlow ? Text::whole(*rate) + " Mbit/s" : "";
+}
+
 /// Where Wi-Fi may explain what someone at its other end does: "the router answers late".
 std::optional<Verdict> weakWifi(const Evidence& evidence, Likelihood likelihood, const std::string& doing) {
     const bool isWifi = evidence.link && evidence.link->kind == LinkEvidence::Kind::wifi;
@@ -166,10 +177,12 @@ std::optional<Verdict> weakWifi(const Evidence& evidence, Likelihood likelihood,
     if (!signal || *signal > weakSignal) {
         return std::nullopt;
     }
+    const std::string rate = slowRate(evidence);
     return Verdict{
         .blame = Blame::wifi,
         .likelihood = std::min(likelihood, Likelihood::likely),
-        .evidence = "The Wi-Fi signal is weak (" + std::to_string(*signal) + " dBm), and " + doing + "."};
+        .evidence = "The Wi-Fi signal is weak (" + std::to_string(*signal) + " dBm"
+                    + (rate.empty() ? "" : ", " + rate) + "), and " + doing + "."};
 }
 
 /// No router lies between: nothing tells the host from the network that it shares with this machine.
@@ -185,11 +198,13 @@ Verdict ownNetworkVerdict(const Evidence& evidence) {
 Verdict localVerdict(const Evidence& evidence, Likelihood likelihood) {
     const std::string does = doingOf(evidence);
     const std::string router = evidence.router ? " (" + *evidence.router + ")" : "";
+    const std::string rate = slowRate(evidence);
     return weakWifi(evidence, likelihood, "the router " + does)
         .value_or(Verdict{
             .blame = Blame::localNetwork,
             .likelihood = likelihood,
-            .evidence = "Your router" + router + " " + does + "."});
+            .evidence =
+                "Your router" + router + " " + does + (rate.empty() ? "" : ", over Wi-Fi at " + rate) + "."});
 }
 
 std::optional<Verdict> pathVerdict(const Evidence& evidence) {

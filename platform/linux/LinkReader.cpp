@@ -3,7 +3,7 @@
 #include "platform/linux/LinkAddresses.h"
 #include "platform/linux/NeighborLookup.h"
 #include "platform/linux/Routers.h"
-#include "platform/linux/WirelessSignal.h"
+#include "platform/linux/WirelessLink.h"
 
 #include <algorithm>
 #include <array>
@@ -95,7 +95,9 @@ LinkState stateOf(const KnownLink& link, bool hasRoute) {
         .sentBytes = information.sentBytes,
         .receivedBytes = information.receivedBytes};
     if (link.kind == LinkKind::wifi && information.hasCarrier) {
-        state.link.signalDbm = WirelessSignal::present(information.index, information.name);
+        const auto figures = WirelessLink::present(information.index, information.name);
+        state.link.signalDbm = figures.signalDbm;
+        state.link.rateMbit = figures.rateMbit;
     }
     return state;
 }

@@ -15,6 +15,10 @@ Evidence loaded(double sentMbit, double receivedMbit, double seconds, double ext
     });
 }
 
+Evidence atRate(Evidence evidence, double mbit) {
+    return with(std::move(evidence), [&](Evidence& it) { it.link->rateMbit = mbit; });
+}
+
 class Diagnoses : public DiagnosisTable {};
 
 TEST_P(Diagnoses, AsExpected) {
@@ -90,6 +94,27 @@ INSTANTIATE_TEST_SUITE_P(
         DiagnosisCase{
             "WeakSignalAndLoss", overWifi(lossyFrom(routerHop, 4), -75),
             "wifi likely: The Wi-Fi signal is weak (-75 dBm), and the router loses answers."},
+        DiagnosisCase{
+            "WeakSignalAndALowRate", atRate(overWifi(lateFrom(routerHop, 100), -82), 6),
+            "wifi likely: The Wi-Fi signal is weak (-82 dBm, 6 Mbit/s), and the router answers late."},
+        DiagnosisCase{
+            "WeakSignalAndARateThatIsNotLow", atRate(overWifi(lateFrom(routerHop, 100), -82), 10),
+            "wifi likely: The Wi-Fi signal is weak (-82 dBm), and the router answers late."},
+        DiagnosisCase{
+            "ALowRateFromBeforeTheSilence", atRate(overWifi(downFrom(routerHop), -82), 6),
+            "wifi likely: The Wi-Fi signal is weak (-82 dBm), and the router does not answer."},
+        DiagnosisCase{
+            "ALowRateAloneBlamesNoWifi", atRate(overWifi(lossyFrom(routerHop, 4), -60), 5.5),
+            "localNetwork likely: Your router (192.0.2.1) loses answers, over Wi-Fi at 6 Mbit/s."},
+        DiagnosisCase{
+            "ALowRateOfAnUnknownSignal",
+            with(
+                atRate(overWifi(lateFrom(routerHop, 100), 0), 1),
+                [](Evidence& it) { it.link->signalDbm.reset(); }),
+            "localNetwork likely: Your router (192.0.2.1) answers late, over Wi-Fi at 1 Mbit/s."},
+        DiagnosisCase{
+            "ALowRateOfAnotherKindOfLink", atRate(lateFrom(routerHop, 100), 1),
+            "localNetwork likely: Your router (192.0.2.1) answers late."},
         DiagnosisCase{
             "GoodSignalAndNoRouter", overWifi(downFrom(routerHop), -60),
             "localNetwork likely: Your router (192.0.2.1) does not answer."},

@@ -1,14 +1,15 @@
-#include "platform/linux/WirelessSignal.h"
+#include "platform/linux/WirelessLink.h"
 
 #include "platform/linux/NetlinkConversation.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <linux/genetlink.h>
 #include <linux/nl80211.h>
 #include <sstream>
 
-namespace tarnwick::WirelessSignal {
+namespace tarnwick::WirelessLink {
 
 namespace {
 
@@ -29,30 +30,51 @@ std::optional<std::uint16_t> familyOf(NetlinkConversation& generic) {
     return family;
 }
 
-/// The strongest, if it is connected to several.
-std::optional<int> ofStations(unsigned interface) {
+/// Those of the strongest, if it is connected to several.
+Figures ofStations(unsigned interface) {
     NetlinkConversation generic(NETLINK_GENERIC);
     const auto family = familyOf(generic);
     if (!family) {
-        return std::nullopt;
+        return {};
     }
     NetlinkQuestion question(*family, NLM_F_DUMP);
     question.put(command(NL80211_CMD_GET_STATION));
     question.add(NL80211_ATTR_IFINDEX, interface);
-    std::optional<int> signal;
+    Figures strongest;
     generic.ask(question, [&](const nlmsghdr& header, Bytes content) {
         if (header.nlmsg_type == *family) {
-            signal = std::max(signal, parseStation(content)); // nothing is the least
+            // No signal is the least.
+            strongest =
+                std::max(strongest, parseStation(content), [](const Figures& one, const Figures& other) {
+                    return one.signalDbm < other.signalDbm;
+                });
         }
     });
-    return signal;
+    return strongest;
+}
+
+/// In units of 100 kbit/s. Those that do not fit into the older figure have another one.
+std::optional<double> rateIn(Bytes rate) {
+    std::optional<std::uint32_t> units;
+    Netlink::forEachAttributeIn(rate, [&](int figure, Bytes value) {
+        if (figure == NL80211_RATE_INFO_BITRATE32) {
+            units = Netlink::structureAt<std::uint32_t>(value);
+        } else if (figure == NL80211_RATE_INFO_BITRATE && !units) {
+            units = Netlink::structureAt<std::uint16_t>(value);
+        }
+    });
+    constexpr double unitsOfMbit = 10;
+    return units && *units > 0 ? std::optional(*units / unitsOfMbit) : std::nullopt;
 }
 
 } // namespace
 
-std::optional<int> present(unsigned interface, const std::string& name) {
-    const auto signal = ofStations(interface);
-    return signal ? signal : fromTable("/proc/thread-self/net/wireless", name);
+Figures present(unsigned interface, const std::string& name) {
+    Figures figures = ofStations(interface);
+    if (!figures.signalDbm) {
+        figures.signalDbm = fromTable("/proc/thread-self/net/wireless", name);
+    }
+    return figures;
 }
 
 std::optional<std::uint16_t> parseFamily(Bytes content) {
@@ -65,9 +87,10 @@ std::optional<std::uint16_t> parseFamily(Bytes content) {
     return family;
 }
 
-std::optional<int> parseStation(Bytes content) {
+Figures parseStation(Bytes content) {
     std::optional<std::int8_t> latest;
     std::optional<std::int8_t> average;
+    Figures figures;
     Netlink::forEachAttribute<genlmsghdr>(content, [&](int type, Bytes station) {
         if (type != NL80211_ATTR_STA_INFO) {
             return;
@@ -77,12 +100,17 @@ std::optional<int> parseStation(Bytes content) {
                 latest = Netlink::structureAt<std::int8_t>(value);
             } else if (figure == NL80211_STA_INFO_SIGNAL_AVG) {
                 average = Netlink::structureAt<std::int8_t>(value);
+            } else if (figure == NL80211_STA_INFO_TX_BITRATE) {
+                figures.rateMbit = rateIn(value);
             }
         });
     });
     const auto signal = average ? average : latest;
     // A driver that does not know says 0.
-    return signal && *signal < 0 ? std::optional<int>(*signal) : std::nullopt;
+    if (signal && *signal < 0) {
+        figures.signalDbm = *signal;
+    }
+    return figures;
 }
 
 std::optional<int> fromTable(const std::filesystem::path& table, const std::string& name) {
@@ -103,4 +131,4 @@ std::optional<int> fromTable(const std::filesystem::path& table, const std::stri
     return std::nullopt;
 }
 
-} // namespace tarnwick::WirelessSignal
+} // namespace tarnwick::WirelessLink
