@@ -1,8 +1,10 @@
 #include "core/Diagnosis/Diagnosis.h"
 
 #include "core/Diagnosis/FaultPlace.h"
+#include "core/Diagnosis/HopSamples.h"
 #include "core/Diagnosis/NameVerdict.h"
 #include "core/Diagnosis/PathVerdict.h"
+#include "core/Diagnosis/ProviderNetwork.h"
 #include "core/Text.h"
 
 #include <algorithm>
@@ -62,6 +64,24 @@ std::optional<Verdict> noNetwork(const Evidence& evidence) {
         return certain(Blame::thisComputer, "No way to the internet: no router is set.");
     }
     return std::nullopt;
+}
+
+/// The link has an address, but what is sent to the host has one that the machine gave itself. No router
+/// takes that farther. Between two machines alone such addresses are used on purpose.
+std::optional<Verdict> noAddressOfFamily(const Evidence& evidence) {
+    using Kind = LinkEvidence::Kind;
+    if (!evidence.link || evidence.link->kind == Kind::tunnel || evidence.link->kind == Kind::other) {
+        return std::nullopt;
+    }
+    const std::string& source = evidence.link->source;
+    const bool isHostNear = isSelfAssigned(evidence.address.value_or(""));
+    if (!isSelfAssigned(source) || isHostNear || latestMs(evidence.pings)) {
+        return std::nullopt;
+    }
+    const bool isIpv6 = source.find(':') != std::string::npos;
+    return certain(
+        Blame::thisComputer,
+        isIpv6 ? "No IPv6 address from the network." : "No IPv4 address from the network.");
 }
 
 std::optional<Verdict> refusedBySystem(const Evidence& evidence) {
@@ -126,9 +146,9 @@ Verdict unclear(const Evidence& evidence) {
 
 std::optional<Verdict> diagnose(const Evidence& evidence) {
     // What the machine itself knows for sure stands before what is concluded.
-    constexpr std::array<Rule, 9> rules{noNetwork,    refusedBySystem,    signIn,
-                                        failedRouter, missingNameVerdict, lateNameVerdict,
-                                        ownLoad,      pathVerdict,        slowServerVerdict};
+    constexpr std::array<Rule, 10> rules{noNetwork,    noAddressOfFamily,  refusedBySystem, signIn,
+                                         failedRouter, missingNameVerdict, lateNameVerdict, ownLoad,
+                                         pathVerdict,  slowServerVerdict};
     if (evidence.trouble == Trouble::none) {
         return std::nullopt;
     }

@@ -19,6 +19,7 @@ struct LinkEvidence {
     bool hasCarrier = true; ///< a cable or a radio network is there
     bool hasAddress = true;
     bool hasRoute = true; ///< a way to the internet
+    std::string source{}; ///< the own address that what is sent to the host has; empty: not known
     // Of Wi-Fi:
     std::optional<int> signalDbm = std::nullopt;
     std::optional<double> rateMbit = std::nullopt; ///< a second, at which it sends

@@ -43,17 +43,19 @@ bool isIn(const AddressBytes& address, const Network& network) {
 }
 
 constexpr Network homes{.start = {192, 168}, .bits = 16};
+constexpr Network selfAssignedIpv4{.start = {169, 254}, .bits = 16};
+constexpr Network selfAssignedIpv6{.start = {0xFE, 0x80}, .bits = 10};
 constexpr Network providersUsers{.start = {100, 64}, .bits = 10}; // behind its translation of addresses
 constexpr std::array<Network, 5> internalIpv4{{
     {.start = {10, 0}, .bits = 8},
     providersUsers,
-    {.start = {169, 254}, .bits = 16},
+    selfAssignedIpv4,
     {.start = {172, 16}, .bits = 12},
     homes,
 }};
 constexpr std::array<Network, 2> internalIpv6{{
     {.start = {0xFC, 0}, .bits = 7},
-    {.start = {0xFE, 0x80}, .bits = 10},
+    selfAssignedIpv6,
 }};
 
 } // namespace
@@ -76,6 +78,11 @@ bool isInternalAddress(const std::string& address) {
     const std::span<const Network> networks =
         parsed->isIpv4 ? std::span<const Network>(internalIpv4) : std::span<const Network>(internalIpv6);
     return std::ranges::any_of(networks, [&](const Network& one) { return isIn(*parsed, one); });
+}
+
+bool isSelfAssigned(const std::string& address) {
+    const auto parsed = bytesOf(address);
+    return parsed && isIn(*parsed, parsed->isIpv4 ? selfAssignedIpv4 : selfAssignedIpv6);
 }
 
 bool mayBeAtHome(const HopEvidence& second, const HopEvidence& first) {

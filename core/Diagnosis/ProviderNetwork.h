@@ -16,6 +16,9 @@ namespace tarnwick {
 /// Addresses that do not lead through the internet: private, shared by a provider's users, or link-local.
 [[nodiscard]] bool isInternalAddress(const std::string& address);
 
+/// Addresses that a machine gives itself where its network gives it none. They lead nowhere else.
+[[nodiscard]] bool isSelfAssigned(const std::string& address);
+
 /// Whether the hop behind the home's router may be a second router at home. Its address is one that homes use
 /// and providers hardly ever; or another internal one, not of those for a provider's users, and it usually
 /// answers as soon as the first router.

@@ -2,6 +2,7 @@
 
 #include "platform/linux/LinkAddresses.h"
 #include "platform/linux/NeighborLookup.h"
+#include "platform/linux/NumericAddress.h"
 #include "platform/linux/Routers.h"
 #include "platform/linux/WirelessLink.h"
 
@@ -82,6 +83,13 @@ std::optional<InternetRoute::NextHop> firstHopTo(RouteLookup& routes, const Reso
     return isRouterToInternet(routes, host) ? host : hop;
 }
 
+std::string sourceTo(RouteLookup& routes, const ResolvedAddress& address, unsigned interface) {
+    const auto destination = destinationOf(address);
+    return destination
+               ? numericAddressOf(routes.sourceTo(destination->address, destination->interface), interface)
+               : "";
+}
+
 LinkState stateOf(const KnownLink& link, bool hasRoute) {
     const LinkInformation& information = link.information;
     LinkState state{
@@ -115,7 +123,7 @@ std::optional<LinkState> LinkReader::present(const std::optional<ResolvedAddress
 
 std::optional<LinkReader::Way> LinkReader::wayTo(Kernel& kernel, const std::optional<ResolvedAddress>& to) {
     if (const auto hop = to ? firstHopTo(kernel.routes, *to) : std::nullopt) {
-        return Way{.hop = *hop, .isAskedFor = true};
+        return Way{.hop = *hop, .isAskedFor = true, .source = sourceTo(kernel.routes, *to, hop->interface)};
     }
     for (const int family : {AF_INET, AF_INET6}) {
         if (const auto hop = hopOf(kernel.routes.toInternet(family))) {
@@ -167,6 +175,7 @@ std::optional<LinkState> LinkReader::along(Kernel& kernel, const Way& way) {
     link.hasAddress = link.kind == LinkKind::tunnel || link.kind == LinkKind::other
                       || LinkAddresses::interfaces(kernel.routing).contains(way.hop.interface);
     LinkState state = stateOf(link, true);
+    state.link.source = way.source;
     if (way.isAskedFor && !way.hop.gateway.empty()) {
         addRouter(kernel, way.hop, state);
     }

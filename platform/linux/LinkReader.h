@@ -8,6 +8,7 @@
 #include "platform/ports/LinkInspector.h"
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace tarnwick {
@@ -26,6 +27,7 @@ private:
     struct Way {
         InternetRoute::NextHop hop;
         bool isAskedFor = false; ///< leads where the question asks for
+        std::string source{};    ///< likewise
     };
 
     struct Neighbor {

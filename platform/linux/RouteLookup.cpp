@@ -5,6 +5,7 @@
 #include <netinet/in.h>
 #include <tuple>
 #include <unistd.h>
+#include <utility>
 
 namespace tarnwick {
 
@@ -98,6 +99,11 @@ std::optional<InternetRoute> RouteLookup::to(Bytes address, unsigned interface) 
     return route;
 }
 
+std::vector<std::byte> RouteLookup::sourceTo(Bytes address, unsigned interface) {
+    auto route = ask(address, interface, 0);
+    return route ? std::move(route->source) : std::vector<std::byte>();
+}
+
 std::optional<InternetRoute> RouteLookup::ask(Bytes address, unsigned interface, unsigned flags) {
     rtmsg fixedPart{};
     fixedPart.rtm_family = address.size() == sizeof(in6_addr) ? AF_INET6 : AF_INET;
@@ -136,6 +142,9 @@ InternetRoute RouteLookup::parseRoute(Bytes content) {
             break;
         case RTA_PRIORITY:
             route.metric = Netlink::structureAt<std::uint32_t>(value).value_or(0);
+            break;
+        case RTA_PREFSRC:
+            route.source.assign(value.begin(), value.end());
             break;
         case RTA_NH_ID:
             route.hasNumberedHops = true;

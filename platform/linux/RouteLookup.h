@@ -27,6 +27,7 @@ struct InternetRoute {
     std::uint32_t metric = 0;
     bool hasNumberedHops = false;    ///< then the kernel may not name their interfaces
     std::optional<double> expiresIn; ///< seconds until the router's advertisement ends
+    std::vector<std::byte> source{}; ///< the own address that packets have; empty where the route names none
 };
 
 /// One conversation with the kernel. It answers at once, without the lock that drivers hold while they bring
@@ -39,6 +40,9 @@ public:
 
     /// The route to one host's IPv4 or IPv6 address.
     [[nodiscard]] std::optional<InternetRoute> to(Netlink::Bytes address, unsigned interface = 0);
+
+    /// The own address that packets to it have; empty where there is none.
+    [[nodiscard]] std::vector<std::byte> sourceTo(Netlink::Bytes address, unsigned interface = 0);
 
     /// Reads the content of an answer that describes a route. `content` is aligned for `rtmsg`.
     [[nodiscard]] static InternetRoute parseRoute(Netlink::Bytes content);

@@ -5,8 +5,7 @@
 #include "platform/linux/RoutedPath.h"
 
 #include <algorithm>
-#include <cstring>
-#include <netinet/in.h>
+#include <sys/socket.h>
 
 namespace tarnwick::Routers {
 
@@ -30,21 +29,7 @@ std::vector<std::string> routersOver(RouteLookup& lookup, unsigned interface) {
 } // namespace
 
 std::string addressOf(const InternetRoute::NextHop& hop) {
-    if (hop.gateway.size() == sizeof(in_addr)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        std::memcpy(&address.sin_addr, hop.gateway.data(), sizeof address.sin_addr);
-        return numericAddress(reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    }
-    if (hop.gateway.size() == sizeof(in6_addr)) {
-        sockaddr_in6 address{};
-        address.sin6_family = AF_INET6;
-        std::memcpy(&address.sin6_addr, hop.gateway.data(), sizeof address.sin6_addr);
-        // Any other address is the same from everywhere.
-        address.sin6_scope_id = IN6_IS_ADDR_LINKLOCAL(&address.sin6_addr) ? hop.interface : 0;
-        return numericAddress(reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    }
-    return {};
+    return numericAddressOf(hop.gateway, hop.interface);
 }
 
 std::vector<std::string> present() {

@@ -19,6 +19,11 @@ Evidence atRate(Evidence evidence, double mbit) {
     return with(std::move(evidence), [&](Evidence& it) { it.link->rateMbit = mbit; });
 }
 
+/// Nothing comes back to that address of this computer's.
+Evidence sentFrom(const std::string& source) {
+    return with(downFrom(routerHop), [&](Evidence& it) { it.link->source = source; });
+}
+
 class Diagnoses : public DiagnosisTable {};
 
 TEST_P(Diagnoses, AsExpected) {
@@ -57,6 +62,32 @@ INSTANTIATE_TEST_SUITE_P(
         DiagnosisCase{
             "NoAddress", with(downFrom(0), [](Evidence& it) { it.link->hasAddress = false; }),
             "thisComputer certain: No address from the network."},
+        DiagnosisCase{
+            "OnlyASelfAssignedAddressOfTheHostsFamily", sentFrom("169.254.7.7"),
+            "thisComputer certain: No IPv4 address from the network."},
+        DiagnosisCase{
+            "OnlyASelfAssignedIPv6Address",
+            with(sentFrom("fe80::7%eth0"), [](Evidence& it) { it.address = "2001:db8::9"; }),
+            "thisComputer certain: No IPv6 address from the network."},
+        DiagnosisCase{
+            "AnAddressFromTheNetwork", sentFrom("192.0.2.10"),
+            "localNetwork likely: Your router (192.0.2.1) does not answer."},
+        DiagnosisCase{
+            "ASelfAssignedAddressTowardsAnother",
+            with(sentFrom("169.254.7.7"), [](Evidence& it) { it.address = "169.254.7.9"; }),
+            "localNetwork likely: Your router (192.0.2.1) does not answer."},
+        DiagnosisCase{
+            "ASelfAssignedAddressInATunnel",
+            with(sentFrom("169.254.7.7"), [](Evidence& it) { it.link->kind = Kind::tunnel; }),
+            "localNetwork likely: Your router (192.0.2.1) does not answer."},
+        DiagnosisCase{
+            "ASelfAssignedAddressOnALinkOfAnotherKind",
+            with(sentFrom("169.254.7.7"), [](Evidence& it) { it.link->kind = Kind::other; }),
+            "localNetwork likely: Your router (192.0.2.1) does not answer."},
+        DiagnosisCase{
+            "ASelfAssignedAddressThatIsAnswered",
+            with(lossyFrom(routerHop, 4), [](Evidence& it) { it.link->source = "169.254.7.7"; }),
+            "localNetwork likely: Your router (192.0.2.1) loses answers."},
         DiagnosisCase{
             "NoRoute", with(downFrom(0), [](Evidence& it) { it.link->hasRoute = false; }),
             "thisComputer certain: No way to the internet: no router is set."},

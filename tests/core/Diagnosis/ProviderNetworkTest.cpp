@@ -89,6 +89,15 @@ TEST(ProviderNetwork, InternalAddressesDoNotLeadThroughTheInternet) {
     }
 }
 
+TEST(ProviderNetwork, SomeAddressesAMachineGivesItself) {
+    EXPECT_TRUE(isSelfAssigned("169.254.1.1"));
+    EXPECT_TRUE(isSelfAssigned("fe80::1%wlan0"));
+    for (const char* const address :
+         {"169.253.1.1", "192.168.0.1", "a9fe::1", "254.128.0.1", "fd00::1", ""}) {
+        EXPECT_FALSE(isSelfAssigned(address)) << address;
+    }
+}
+
 TEST(ProviderNetwork, NetworksAreComparedByTheirFirstBits) {
     EXPECT_TRUE(isSameNetwork("198.51.0.1", "198.51.255.1"));
     EXPECT_FALSE(isSameNetwork("198.51.0.1", "198.52.0.1"));

@@ -170,6 +170,42 @@ TEST_F(LinkReaderTest, AWayHasAllThatALinkNeeds) {
     EXPECT_EQ(state.neighbor, NeighborState::unknown);
 }
 
+TEST_F(LinkReaderTest, TheSourceIsTheAddressThatPacketsHave) {
+    addWay("wan0", 1);
+    EXPECT_EQ(present().link.source, "10.1.0.1");
+    EXPECT_EQ(present(addressOf("10.1.0.9")).link.source, "10.1.0.1");
+    EXPECT_EQ(present(std::nullopt).link.source, "");
+
+    change("address add 10.1.0.7/24 dev wan0\nroute replace default via 10.1.0.2 src 10.1.0.7");
+    EXPECT_EQ(present().link.source, "10.1.0.7");
+}
+
+TEST_F(LinkReaderTest, ARouteGoesWithItsSource) {
+    addWay("wan0", 1);
+    change("address add 10.1.0.7/24 dev wan0\nroute replace default via 10.1.0.2 src 10.1.0.7\n"
+           "address del 10.1.0.7/24 dev wan0");
+
+    EXPECT_FALSE(present().link.hasRoute);
+}
+
+TEST_F(LinkReaderTest, WhereTheNetworkGivesNoIPv4AddressTheMachinesOwnIsTheSource) {
+    addLink("wan0");
+    change("address add 169.254.7.7/16 dev wan0\nroute add default dev wan0");
+    change6("address add 2001:db8:7::2/64 dev wan0 nodad");
+
+    EXPECT_TRUE(present().link.hasAddress);
+    EXPECT_EQ(present().link.source, "169.254.7.7");
+}
+
+TEST_F(LinkReaderTest, WhereTheNetworkGivesNoIPv6AddressTheMachinesOwnIsTheSource) {
+    addWay("wan0", 1);
+    change6("address add fe80::2/64 dev wan0 nodad\nroute add default via fe80::1 dev wan0");
+    EXPECT_EQ(present(host6).link.source, "fe80::2%wan0");
+
+    change6("address add 2001:db8:7::2/64 dev wan0 nodad");
+    EXPECT_EQ(present(host6).link.source, "2001:db8:7::2");
+}
+
 TEST_F(LinkReaderTest, TheBytesAreThoseThatTheInterfaceSent) {
     addWay("wan0", 1);
     change("neighbor replace 10.1.0.2 lladdr 02:00:00:00:00:02 dev wan0");
