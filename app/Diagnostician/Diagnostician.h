@@ -36,8 +36,8 @@ struct DiagnosisSources {
 
 /// While all is well it learns the path once, and again after `pathChanged`; otherwise it sends nothing.
 /// While the host is silent or its answers are bad, it probes a hop a second; while its name can't be found,
-/// its last address once a second in place of the pings, and each name server every five seconds. While a
-/// verdict stands, it looks up the names of the hops, each once. Main thread.
+/// its last address once a second in place of the pings, and each name server once for each lookup that
+/// fails. While a verdict stands, it looks up the names of the hops, each once. Main thread.
 class Diagnostician {
 public:
     /// All outlive it.

@@ -11,18 +11,21 @@ namespace tarnwick {
 
 namespace {
 
-/// Seconds from one question to the next.
+/// Seconds from one question to the next: until then a silent server is waited for.
 constexpr double betweenQueries = 5;
 /// Seconds for which a late lookup counts.
 constexpr double lookBackOnLookups = 30;
 constexpr double msPerSecond = 1000;
 
-bool isMissing(const Situation& situation) {
-    if (situation.startError) {
-        return situation.startError->kind == PingError::Kind::resolution;
-    }
+/// Whether the latest lookup has gone on for so long that it counts as failed.
+bool isLookupLong(const Situation& situation) {
     const auto& lookup = situation.lookup;
     return lookup && !lookup->ended && (situation.now - lookup->begun) * msPerSecond >= lateLookupMs;
+}
+
+bool isMissing(const Situation& situation) {
+    return situation.startError ? situation.startError->kind == PingError::Kind::resolution
+                                : isLookupLong(situation);
 }
 
 bool wasFoundLate(const Situation& situation) {
@@ -40,17 +43,51 @@ NameInquiry::NameInquiry(NameServerCheck& servers, std::uint64_t firstProbe)
 std::optional<std::uint64_t> NameInquiry::tick(
     const Situation& situation, const std::optional<ResolvedAddress>& last) {
     const bool isGone = isMissing(situation);
+    if (isWayBack(situation.now)) {
+        forgetServers(); // they may have been silent for want of a way
+    }
     if (isGone || wasFoundLate(situation)) {
-        servers_.askWhenDue(situation.now, [&](auto answer) {
-            check_.ask(situation.host, last ? last->family : AF_INET, std::move(answer));
-        });
+        askServers(situation, last ? last->family : AF_INET);
     } else {
-        servers_.forget();
+        forgetServers();
     }
     if (!isGone) {
-        lastAddress_.forget();
+        forgetAddress();
     }
     return isGone && last ? lastAddress_.probe(situation.now) : std::nullopt;
+}
+
+/// What they have said stands until the resolver is asked anew, and fails again.
+void NameInquiry::askServers(const Situation& situation, std::int32_t family) {
+    const auto& lookup = situation.lookup;
+    const bool isOver = !lookup || lookup->ended || isLookupLong(situation);
+    // One that was given up is no longer told of.
+    const double begun = lookup ? lookup->begun : askedFor_.value_or(0);
+    if (!isOver || askedFor_ == begun) {
+        return;
+    }
+    const bool hasAsked = servers_.askWhenDue(
+        situation.now, [&](auto answer) { check_.ask(situation.host, family, std::move(answer)); });
+    if (hasAsked) {
+        askedFor_ = begun;
+    }
+}
+
+/// Whether the host's last address answers after it did not.
+bool NameInquiry::isWayBack(double now) {
+    const std::optional<bool> answers = lastAddress_.answers(now);
+    const std::optional<bool> before = std::exchange(lastAddressAnswered_, answers);
+    return answers == true && before == false;
+}
+
+void NameInquiry::forgetAddress() {
+    lastAddress_.forget();
+    lastAddressAnswered_.reset();
+}
+
+void NameInquiry::forgetServers() {
+    servers_.forget();
+    askedFor_.reset();
 }
 
 bool NameInquiry::hasBadServer() const {

@@ -14,9 +14,10 @@
 
 namespace tarnwick {
 
-/// While the name can't be found: each name server is asked every five seconds, and the host's last address
-/// is to be probed once a second in place of the pings. After a lookup that was late, the servers are asked
-/// for half a minute. Main thread.
+/// Each name server is asked once for each lookup of the host's name that fails or is late, at most every
+/// five seconds, and once when the host's last address answers again. While the name can't be found, that
+/// address is to be probed once a second in place of the pings. A late lookup counts for half a minute. Main
+/// thread.
 class NameInquiry {
 public:
     /// `servers` outlives it. Ids of probes count up from the one given.
@@ -31,9 +32,9 @@ public:
     void answered(std::uint64_t id, double at) { lastAddress_.answered(id, at); }
 
     /// Other name servers are used, or another name.
-    void forgetServers() { servers_.forget(); }
+    void forgetServers();
 
-    void forgetAddress() { lastAddress_.forget(); }
+    void forgetAddress();
 
     [[nodiscard]] bool hasBadServer() const;
     /// Adds what is known, of probes those sent from `since` on. `isOnlyNameBad`: nothing but the lookup of
@@ -43,9 +44,14 @@ public:
         double since, bool isOnlyNameBad) const;
 
 private:
+    void askServers(const Situation& situation, std::int32_t family);
+    [[nodiscard]] bool isWayBack(double now);
+
     NameServerCheck& check_;
     RepeatedQuestion<std::vector<NameServerEvidence>> servers_;
+    std::optional<double> askedFor_; ///< when the lookup began for which they were asked last
     AddressProbes lastAddress_;
+    std::optional<bool> lastAddressAnswered_; ///< as of the last tick
 };
 
 } // namespace tarnwick

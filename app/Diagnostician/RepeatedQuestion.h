@@ -19,11 +19,11 @@ public:
     /// `interval`: least seconds from one question to the next.
     explicit RepeatedQuestion(double interval) : interval_(interval) {}
 
-    /// `ask` is handed the function to answer to, if it is time for a question.
+    /// `ask` is handed the function to answer to, if it is time for a question. Returns whether it was.
     template<class Ask>
-    void askWhenDue(double now, Ask ask) {
+    bool askWhenDue(double now, Ask ask) {
         if (askedAt_ && now - *askedAt_ < interval_) {
-            return;
+            return false;
         }
         askedAt_ = now;
         ask(Answer(lifeline_.guarded([this, number = ++number_](const Result& result) {
@@ -31,6 +31,7 @@ public:
                 result_ = result;
             }
         })));
+        return true;
     }
 
     /// The next question may be asked at once.

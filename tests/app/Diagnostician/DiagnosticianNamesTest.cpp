@@ -2,6 +2,7 @@
 // the network service is asked.
 #include "tests/app/Diagnostician/DiagnosticianTest.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -95,17 +96,95 @@ TEST_F(DiagnosticianNamesTest, WhereProbesCantBeSentNoOneWaitsForTheLastAddress)
     EXPECT_EQ(evidence(), "Name server 192.0.2.53 does not answer.");
 }
 
-TEST_F(DiagnosticianNamesTest, EachServerIsAskedEveryFiveSecondsForTheFamilyThatIsPinged) {
+TEST_F(DiagnosticianNamesTest, EachServerIsAskedOnceForTheFamilyThatIsPinged) {
     situation.address->family = AF_INET6;
     loseName();
-    run(20);
+    run(60);
 
-    ASSERT_EQ(names.asked.size(), 4U);
+    ASSERT_EQ(names.asked.size(), 1U);
     EXPECT_EQ(names.asked[0].host, "one.example");
     EXPECT_EQ(names.asked[0].family, AF_INET6);
+    EXPECT_EQ(told(), "nameServer");
+}
+
+TEST_F(DiagnosticianNamesTest, EachServerIsAskedOnceMoreForEachLookupThatFails) {
+    run(60);
+    lookUp(0.2);
+    loseNameNow();
+    run(8);
+    EXPECT_EQ(names.asked.size(), 1U);
+
+    situation.lookup = Lookup{.begun = loop.now()}; // the error of the last one stands meanwhile
+    run(1);
+    EXPECT_EQ(names.asked.size(), 1U);
+    situation.lookup->ended = loop.now();
+    run(8);
+    EXPECT_EQ(names.asked.size(), 2U);
+}
+
+TEST_F(DiagnosticianNamesTest, ALookupThatGoesOnIsAskedForOnceUntilAnotherOneFails) {
+    run(60);
+    isPinging = false;
+    situation.lookup = Lookup{.begun = loop.now()};
+    run(10);
+    EXPECT_EQ(names.asked.size(), 1U);
+
+    situation.lookup.reset(); // given up
+    situation.startError = PingError::resolution("lookup timed out");
+    run(10);
+    EXPECT_EQ(names.asked.size(), 1U);
+    EXPECT_EQ(told(), "nameServer");
+
+    situation.lookup = Lookup{.begun = loop.now()};
+    run(10);
+    EXPECT_EQ(names.asked.size(), 2U);
+}
+
+TEST_F(DiagnosticianNamesTest, AServerThatWasSilentWhileTheWayWasCutIsAskedAnewBeforeItIsBlamed) {
+    run(60);
+    network.silentFrom = 1;
+    lookUp(0.2);
+    loseNameNow();
+    run(20);
+    EXPECT_NE(told(), "nameServer");
+    EXPECT_EQ(names.asked.size(), 1U);
+
+    network.silentFrom = 0;
+    names.servers[0] = {.address = "192.0.2.53", .answer = ServerSays::found, .ms = 20};
+    names.delay = 2;
+    for (int second = 0; second < 20; ++second) {
+        run(1);
+        EXPECT_THAT(evidence(), testing::Not(testing::HasSubstr("does not answer; ")));
+    }
+    EXPECT_EQ(names.asked.size(), 2U);
+}
+
+TEST_F(DiagnosticianNamesTest, WhereLookupsFailInARowServersAreAskedEveryFiveSecondsAtMost) {
+    run(60);
+    loseNameNow();
+    for (int count = 0; count < 10; ++count) {
+        lookUp(0.1);
+        run(2);
+    }
+
+    EXPECT_GE(names.asked.size(), 3U);
     for (std::size_t round = 1; round < names.asked.size(); ++round) {
         EXPECT_GE(names.asked[round].at - names.asked[round - 1].at, 5);
     }
+}
+
+TEST_F(DiagnosticianNamesTest, AServerThatAnswersAgainIsNoLongerNamedAfterTheNextLookupThatFails) {
+    names.servers = {{.address = "192.0.2.53"}, {.address = "192.0.2.54", .answer = ServerSays::refused}};
+    run(60);
+    lookUp(0.2);
+    loseNameNow();
+    run(10);
+    EXPECT_THAT(evidence(), testing::StartsWith("Name server 192.0.2.53 does not answer"));
+
+    names.servers[0] = {.address = "192.0.2.53", .answer = ServerSays::found, .ms = 20};
+    lookUp(0.2);
+    run(3);
+    EXPECT_EQ(evidence(), "Name server 192.0.2.54 refuses to answer.");
 }
 
 TEST_F(DiagnosticianNamesTest, WithoutAnAddressTheServersAreAskedForIPv4) {
@@ -175,10 +254,11 @@ TEST_F(DiagnosticianNamesTest, ALookupThatGoesOnWhileTheServersAreWellIsNoTroubl
     EXPECT_EQ(told(), "nothing");
 }
 
-TEST_F(DiagnosticianNamesTest, AServerThatMadeTheLookupLateIsNamedForHalfAMinute) {
+TEST_F(DiagnosticianNamesTest, AServerThatMadeTheLookupLateIsAskedOnceAndNamedForHalfAMinute) {
     names.servers[0] = {.address = "192.0.2.53", .answer = ServerSays::found, .ms = 1600};
     lookUp(1.6);
     run(10);
+    EXPECT_EQ(names.asked.size(), 1U);
     EXPECT_EQ(told(), "nameServer");
     EXPECT_EQ(likelihood(), Likelihood::likely);
     EXPECT_EQ(evidence(), "Name server 192.0.2.53 took 1600 ms to answer.");
