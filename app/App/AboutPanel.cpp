@@ -28,8 +28,9 @@ constexpr double privacyWidth = 330;
 const char* const credits = "Keeps an eye on your internet connection from the menu bar.";
 const char* const whatIsSent =
     "To watch the connection, Tarnwick sends pings to the host that you choose, and looks its name up. After "
-    "the start or a change of the network, and while something is wrong, it also asks the routers on the way "
-    "to that host. While something is wrong it asks your name servers, too. The results are sent to nobody.";
+    "the start or a change of the network, while something is wrong and shortly after, it also asks the "
+    "routers on the way to that host. While something is wrong it asks your name servers, too. The results "
+    "are sent to nobody.";
 const char* const whatIsKept =
     "Statistics and a history of latency, loss and outages stay on this computer. The history is one file "
     "that only you can read, %1, and forgets what is older than two years. The settings, under “Advanced”, "

@@ -16,6 +16,8 @@ namespace {
 
 /// Seconds of what is looked back on: several rounds of probes.
 constexpr double lookBack = 30;
+/// Seconds for which evidence is gathered after trouble, in case that it comes back.
+constexpr double lingering = 30;
 /// Seconds by which trouble is older than the tick that tells of it.
 constexpr double noticing = 4;
 /// Seconds after which a longer way is the usual one.
@@ -58,7 +60,7 @@ void Diagnostician::tick(const Situation& told) {
         || isSilenceSuspicious(situation.pings, lastReply_, situation.now)) {
         watch(situation);
     } else {
-        rest(situation);
+        relax(situation);
     }
     const bool isShown = steady_.update(situation.now, presentVerdict(situation)).has_value();
     path_ = isShown ? trace_.hops(troubleSince(situation), situation.now) : std::vector<HopEvidence>{};
@@ -77,8 +79,9 @@ std::optional<ResolvedAddress> Diagnostician::addressToProbe() const {
 }
 
 void Diagnostician::noteTrouble(const Situation& situation, bool areBarsWell) {
-    if (situation.trouble != Trouble::none && !badSince_) {
-        badSince_ = situation.now;
+    if (situation.trouble != Trouble::none) {
+        badSince_ = badSince_.value_or(situation.now);
+        lastBad_ = situation.now;
     }
     const bool isUsualByNow = areBarsWell && badSince_ && situation.now - *badSince_ >= newUsual;
     if (situation.trouble == Trouble::none || isUsualByNow) {
@@ -97,6 +100,7 @@ std::optional<Verdict> Diagnostician::presentVerdict(const Situation& situation)
 void Diagnostician::pathChanged() {
     changedAt_ = loop_.now();
     hasLearnt_ = false;
+    lastBad_.reset();
     trace_ = PathTrace(randomId());
     linkState_.reset();
     load_.forget();
@@ -148,16 +152,23 @@ void Diagnostician::turnTo(const ResolvedAddress& address) {
     }
 }
 
-/// All is well.
-void Diagnostician::rest(const Situation& situation) {
-    linkState_.reset();
-    load_.forget();
+/// All is well. For a while after trouble, evidence is gathered all the same.
+void Diagnostician::relax(const Situation& situation) {
+    const bool lingers = lastBad_ && situation.now - *lastBad_ < lingering;
     connectivity_.forget();
     hopNames_.retryUnknown();
+    if (lingers) {
+        inspectLink();
+    } else {
+        linkState_.reset();
+        load_.forget();
+    }
     if (trace_.isWatching()) {
-        trace_.rest();
         // Trouble may have come in the middle of it.
         hasLearnt_ = hasLearnt_ && trace_.reachesHost() && !trace_.hasChanged();
+        if (!lingers || !hasLearnt_) {
+            trace_.rest();
+        }
     }
     if (!hasLearnt_ && socket_ && lastReply_ && *lastReply_ > changedAt_) {
         hasLearnt_ = true;

@@ -35,9 +35,10 @@ struct DiagnosisSources {
 };
 
 /// While all is well it learns the path once, and again after `pathChanged`; otherwise it sends nothing.
-/// While the host is silent or its answers are bad, it probes a hop a second; while its name can't be found,
-/// its last address once a second in place of the pings, and each name server once for each lookup that
-/// fails. While a verdict stands, it looks up the names of the hops, each once. Main thread.
+/// While the host is silent or its answers are bad, and for half a minute after trouble, it probes a hop a
+/// second; while its name can't be found, its last address once a second in place of the pings, and each name
+/// server once for each lookup that fails. While a verdict stands, it looks up the names of the hops, each
+/// once. Main thread.
 class Diagnostician {
 public:
     /// All outlive it.
@@ -61,7 +62,7 @@ private:
     void follow(const Situation& situation);
     void forgetAddress();
     void turnTo(const ResolvedAddress& address);
-    void rest(const Situation& situation);
+    void relax(const Situation& situation);
     void noteTrouble(const Situation& situation, bool areBarsWell);
     [[nodiscard]] std::optional<Verdict> presentVerdict(const Situation& situation) const;
     void probeName(const Situation& situation);
@@ -92,6 +93,7 @@ private:
     bool hasLearnt_ = false;         ///< or is learning
     double changedAt_ = 0;           ///< when the path did
     std::optional<double> badSince_; ///< when a tick first told of trouble
+    std::optional<double> lastBad_;  ///< when one last did, on this path
     std::optional<double> usualMs_;  ///< as of the last tick before the trouble
     std::optional<double> lastReply_;
     RouterWords words_;

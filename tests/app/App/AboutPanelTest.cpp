@@ -57,7 +57,7 @@ TEST_F(AboutPanelTest, ItTellsWhatIsSentAndWhatIsKeptWhere) {
 
     EXPECT_TRUE(allText().contains("sends pings to the host that you choose"));
     EXPECT_TRUE(allText().contains(
-        "a change of the network, and while something is wrong, it also asks the routers"));
+        "a change of the network, while something is wrong and shortly after, it also asks the routers"));
     EXPECT_TRUE(allText().contains("asks your name servers"));
     EXPECT_TRUE(allText().contains("one file that only you can read, ~/history,"));
     EXPECT_TRUE(allText().contains("clear it and switch it off"));

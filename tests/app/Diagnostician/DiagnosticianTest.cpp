@@ -216,21 +216,81 @@ TEST_F(DiagnosticianTest, AtMostOneProbeASecondIsSentWhileDown) {
     EXPECT_EQ(told(), "beyondProvider");
 }
 
-TEST_F(DiagnosticianTest, ProbesEndAsSoonAsAllIsWell) {
+TEST_F(DiagnosticianTest, AfterTroubleEvidenceIsGatheredForHalfAMinute) {
     run(60);
     goDown(2);
     run(20);
-    network.silentFrom = 0;
-    hostMs = 10;
-    situation.trouble = Trouble::none;
-    run(1);
+    recover();
     network.sent.clear();
+    const int asked = link.asked;
+    for (int second = 0; second < 30; ++second) {
+        run(1);
+        EXPECT_EQ(told(), "nothing");
+        EXPECT_TRUE(diagnostician.path().empty());
+    }
+    EXPECT_GE(network.sent.size(), 29U);
+    EXPECT_LE(network.sent.size(), 31U);
+    EXPECT_GE(link.asked - asked, 29);
+    EXPECT_LE(link.asked - asked, 31);
+    EXPECT_TRUE(names.asked.empty());
+    EXPECT_EQ(addressNames.asked.size(), 5U); // while it lasted
 
+    network.sent.clear();
+    const int askedInAll = link.asked;
     run(600);
 
-    EXPECT_EQ(told(), "nothing");
-    EXPECT_TRUE(diagnostician.path().empty());
     EXPECT_LE(network.sent.size(), 1U); // that was due already
+    EXPECT_EQ(link.asked, askedInAll);
+}
+
+TEST_F(DiagnosticianTest, TroubleThatComesBackIsJudgedByWhatWasSeenMeanwhile) {
+    run(60);
+    goDown(2);
+    run(20);
+    recover();
+    network.lateFrom = 1; // not so late that it is trouble
+    network.extraMs = 5;
+    run(10);
+    link.state->router = "192.0.2.1";
+    link.state->neighbor = NeighborState::failed;
+    run(2);
+    situation.trouble = Trouble::down;
+    run(1);
+
+    EXPECT_EQ(told(), "localNetwork");
+    ASSERT_EQ(diagnostician.path().size(), 5U);
+    for (std::size_t hop = 0; hop < 5; ++hop) { // as it was learnt before all trouble
+        EXPECT_NEAR(diagnostician.path()[hop].quietMs.value_or(0), 2 * static_cast<double>(hop + 1), 0.001);
+    }
+}
+
+TEST_F(DiagnosticianTest, AFewLostPingsAreNoTroubleThatLastsLonger) {
+    run(60);
+    hostMs.reset();
+    run(5);
+    EXPECT_GT(network.sent.size(), probesToLearn); // it looked suspicious
+    hostMs = 10;
+    run(1);
+    network.sent.clear();
+    run(60);
+
+    EXPECT_LE(network.sent.size(), 1U); // that was due already
+}
+
+TEST_F(DiagnosticianTest, InAnotherNetworkNothingIsGatheredForTheTroubleBefore) {
+    run(60);
+    goDown(2);
+    run(20);
+    recover();
+    run(5);
+    hostMs.reset();
+    diagnostician.pathChanged();
+    network.sent.clear();
+    const int asked = link.asked;
+    run(2);
+
+    EXPECT_LE(network.sent.size(), 1U); // that was due already
+    EXPECT_EQ(link.asked, asked);
 }
 
 TEST_F(DiagnosticianTest, TroubleInTheMiddleOfLearningBeginsItAnewLater) {

@@ -56,6 +56,12 @@ protected:
         situation.trouble = Trouble::down;
     }
 
+    void recover() {
+        network.silentFrom = 0;
+        hostMs = 10;
+        situation.trouble = Trouble::none;
+    }
+
     [[nodiscard]] std::string told() const {
         const auto& verdict = diagnostician.verdict();
         return verdict ? std::string(nameOf(verdict->blame)) : "nothing";
