@@ -22,6 +22,11 @@ from .watch import Watch, new_home
 PING_HOP_LIMIT = 64
 SECONDS_WELL = 25
 SECONDS_DOWN = 25
+# For which probes go on when all is well again, in case that it breaks once more.
+SECONDS_AFTER = 30
+SECONDS_WELL_AGAIN = 5
+# More than all of these, and what comes between.
+LIFETIME_SECONDS = 200
 # Between the first packet that is counted and the last one, there may be one more or one less than there are seconds.
 EDGE = 1
 # Some routers quote as little as that.
@@ -50,10 +55,12 @@ def wait_for_more(watches: Sequence[Watch], lines: int) -> None:
 
 
 class OnTheWire(unittest.TestCase):
-    """Two programs at the client of a chain, one over IPv4, one over IPv6: all is well, then the access line is cut."""
+    """Two programs at the client of a chain, over IPv4 and IPv6: all is well, the access line is cut, then it is mended."""
 
     well: ClassVar[Tally]
     down: ClassVar[Tally]
+    after: ClassVar[Tally]
+    well_again: ClassVar[Tally]
     told_well: ClassVar[list[list[dict[str, object]]]]
     told_down: ClassVar[list[list[dict[str, object]]]]
 
@@ -65,7 +72,9 @@ class OnTheWire(unittest.TestCase):
             names.write(hosts=NAMES)
             homes = [stack.enter_context(new_home()) for _ in FAMILIES]
             watches = [
-                stack.enter_context(Watch(home, ADDRESSES[HOST][version], prefix=names.prefix()))
+                stack.enter_context(
+                    Watch(home, ADDRESSES[HOST][version], prefix=names.prefix(), lifetime=LIFETIME_SECONDS)
+                )
                 for home, version in zip(homes, FAMILIES, strict=True)
             ]
             wait_until_learnt(chain, len(watches))
@@ -87,6 +96,16 @@ class OnTheWire(unittest.TestCase):
             cls.down = chain.tally(since=begun)
             cls.told_down = [watch.values()[len(well) + 1 :] for watch, well in zip(watches, cls.told_well, strict=True)]
 
+            chain.clear()
+            for watch in watches:
+                watch.wait_for(lambda now: now["verdict"] is None, 30, "no verdict any more")
+            begun = watches[0].latest["monotonic"]
+            wait_for_more(watches[:1], SECONDS_AFTER + EDGE)
+            cls.after = chain.tally(since=begun)
+            begun = watches[0].latest["monotonic"]
+            wait_for_more(watches[:1], SECONDS_WELL_AGAIN)
+            cls.well_again = chain.tally(since=begun)
+
     def test_while_all_is_well_it_is_a_ping_a_second_and_nothing_else(self) -> None:
         hosts = ADDRESSES[HOST].values()
         self.assertEqual(set(self.well), {("echo", host, PING_HOP_LIMIT) for host in hosts})
@@ -101,6 +120,13 @@ class OnTheWire(unittest.TestCase):
             # A few more where pinging is begun anew.
             self.assertLessEqual(pings, SECONDS_DOWN + SECONDS_DOWN // 5 + EDGE)
         self.assertEqual({to for _, to, _ in self.down}, set(ADDRESSES[HOST].values()))
+
+    def test_after_that_probes_go_on_for_half_a_minute(self) -> None:
+        for host in ADDRESSES[HOST].values():
+            probes = sum(count for (_, to, limit), count in self.after.items() if to == host and limit <= len(HOPS))
+            self.assertLessEqual(probes, SECONDS_AFTER + EDGE)
+            self.assertGreaterEqual(probes, SECONDS_AFTER - 2 * EDGE)
+        self.assertEqual(set(self.well_again), {("echo", host, PING_HOP_LIMIT) for host in ADDRESSES[HOST].values()})
 
     def test_forged_errors_bring_no_verdict(self) -> None:
         for lines in self.told_well:

@@ -95,8 +95,9 @@ class Watch:
         as_json: bool = True,
         prefix: Sequence[str] = (),
         environment: dict[str, str] | None = None,
+        lifetime: float = LIFETIME_SECONDS,
     ) -> None:
-        options = (["--json"] if as_json else []) + ["--for", str(LIFETIME_SECONDS)]
+        options = (["--json"] if as_json else []) + ["--for", str(lifetime)]
         self.lines: list[Line] = []
         self._news = threading.Condition()
         self._ended = False
