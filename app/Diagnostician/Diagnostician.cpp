@@ -166,7 +166,7 @@ void Diagnostician::relax(const Situation& situation) {
     if (trace_.isWatching()) {
         // Trouble may have come in the middle of it.
         hasLearnt_ = hasLearnt_ && trace_.reachesHost() && !trace_.hasChanged();
-        if (!lingers || !hasLearnt_) {
+        if (!lingers) {
             trace_.rest();
         }
     }

@@ -173,6 +173,19 @@ TEST_F(DiagnosticianNamesTest, WhereLookupsFailInARowServersAreAskedEveryFiveSec
     }
 }
 
+TEST_F(DiagnosticianNamesTest, ALookupThatFailsSoonAfterAnotherIsAskedForALittleLater) {
+    run(60);
+    lookUp(0.1);
+    loseNameNow();
+    run(3);
+    lookUp(0.1);
+    run(1);
+    EXPECT_EQ(names.asked.size(), 1U);
+    run(9);
+
+    EXPECT_EQ(names.asked.size(), 2U);
+}
+
 TEST_F(DiagnosticianNamesTest, AServerThatAnswersAgainIsNoLongerNamedAfterTheNextLookupThatFails) {
     names.servers = {{.address = "192.0.2.53"}, {.address = "192.0.2.54", .answer = ServerSays::refused}};
     run(60);

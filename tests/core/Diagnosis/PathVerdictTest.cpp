@@ -367,6 +367,27 @@ INSTANTIATE_TEST_SUITE_P(
             "provider possible: The provider's network answers up to 192.168.178.1, which forbids the way to "
             "203.0.113.9."},
         DiagnosisCase{
+            "ByTheHomeRouterWhileAnotherOneSaysThatThereIsNoWay",
+            with(
+                downFrom(firstProviderHop, 0),
+                [](Evidence& it) {
+                    it.hops[routerHop].samples = samples(3, 0, 2);
+                    it.unreachable = {
+                        {.sender = router, .count = 2, .word = RouterWord::forbidden},
+                        {.sender = firstOfProvider, .count = 2}};
+                }),
+            "unclear possible: Your router is well; what is wrong beyond it is not clear."},
+        DiagnosisCase{
+            "ByAProvidersRouterOfWhichLittleIsHeard",
+            with(
+                forbiddenBy(firstProviderHop),
+                [](Evidence& it) {
+                    it.hops[firstProviderHop].samples.clear();
+                    it.unreachable[0].count = 1;
+                }),
+            "provider possible: The provider's network answers up to 198.51.100.1, which forbids the way to "
+            "203.0.113.9."},
+        DiagnosisCase{
             "ByAHomeRouterOfWhichLittleIsHeard",
             with(
                 forbiddenBy(routerHop),
