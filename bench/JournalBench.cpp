@@ -1,6 +1,7 @@
 // The journal after a year: what opening it, writing a minute, a chart and a report cost.
 #include "app/Reading/PastCharts.h"
-#include "core/History/WorstHours.h"
+#include "app/Report/Report.h"
+#include "app/Report/ReportText.h"
 #include "platform/journal/SqliteJournal.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -32,7 +33,8 @@ void addPeriods(std::vector<Period>& periods, std::mt19937& random, const Span& 
     }
 }
 
-/// A week of minutes, 83 days of quarter hours, the rest of the year by hours; ten outages a day.
+/// A week of minutes, 83 days of quarter hours, the rest of the year by hours; a day has ten outages and four
+/// gaps.
 void writeYear(SqliteJournal& journal) {
     std::mt19937 random(15); // NOLINT(cert-msc51-cpp): the same every time
     const HistoryTime minutesFrom = lastYear.to - std::chrono::days(7);
@@ -43,6 +45,12 @@ void writeYear(SqliteJournal& journal) {
     addPeriods(batch.minutes, random, {minutesFrom, lastYear.to}, PeriodLength::minute);
     for (HistoryTime start = lastYear.from; start < lastYear.to; start += std::chrono::minutes(144)) {
         batch.episodes.push_back({.start = start, .end = start + std::chrono::seconds(40)});
+    }
+    for (HistoryTime start = lastYear.from; start < lastYear.to; start += std::chrono::hours(6)) {
+        const bool isSleep = batch.gaps.size() % 2 == 0;
+        batch.gaps.push_back(
+            {.kind = isSleep ? Gap::Kind::asleep : Gap::Kind::notRunning,
+             .span = {.from = start, .to = start + std::chrono::minutes(20)}});
     }
     journal.write(batch);
 }
@@ -85,9 +93,7 @@ void ReportOfAYear(benchmark::State& state) {
     const UtcOffset utc = [](HistoryTime) { return std::chrono::seconds(0); };
     for ([[maybe_unused]] auto iteration : state) {
         const History history = journal.read(benchHost, lastYear);
-        benchmark::DoNotOptimize(availabilityIn(history, lastYear));
-        benchmark::DoNotOptimize(figuresIn(history, lastYear).percentile95Ms());
-        benchmark::DoNotOptimize(worstHours(history, lastYear, 10, utc));
+        benchmark::DoNotOptimize(reportText(makeReport(history, benchHost, lastYear, utc), utc));
     }
 }
 

@@ -4,6 +4,7 @@
 #include "core/History/History.h"
 
 #include <optional>
+#include <vector>
 
 namespace tarnwick {
 
@@ -23,5 +24,21 @@ struct Availability {
 
 /// Of the time in `span`, which must not reach beyond what the history covers.
 [[nodiscard]] Availability availabilityIn(const History& history, const Span& span);
+
+/// The same for many spans: looks through the history once.
+class AvailabilityFinder {
+public:
+    /// It outlives this object, and does not change.
+    explicit AvailabilityFinder(const History& history);
+
+    [[nodiscard]] Availability in(const Span& span) const;
+
+private:
+    const History& history_;
+    // Each in order, without overlaps.
+    std::vector<Span> down_; ///< gaps excluded
+    std::vector<Span> paused_;
+    std::vector<Span> asleep_; ///< pauses excluded
+};
 
 } // namespace tarnwick

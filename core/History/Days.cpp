@@ -20,10 +20,12 @@ DaySummary::Worst worstIn(const History& history, const Span& span, double watch
     return watchedSeconds > 0 ? DaySummary::Worst::good : DaySummary::Worst::notWatched;
 }
 
-DaySummary summaryOf(const History& history, std::chrono::year_month_day day, const UtcOffset& offset) {
+DaySummary summaryOf(
+    const History& history, const AvailabilityFinder& finder, std::chrono::year_month_day day,
+    const UtcOffset& offset) {
     const Span whole = spanOfDay(day, offset);
     const Span span{.from = whole.from, .to = std::clamp(history.until, whole.from, whole.to)};
-    const Availability availability = availabilityIn(history, span);
+    const Availability availability = finder.in(span);
     const auto outages = std::ranges::count_if(history.episodes, [&](const Episode& episode) {
         return episode.kind == Episode::Kind::outage && spanOf(episode, history.until).overlaps(span);
     });
@@ -42,9 +44,10 @@ DaySummary summaryOf(const History& history, std::chrono::year_month_day day, co
 std::vector<DaySummary> daySummaries(
     const History& history, std::chrono::year_month_day first, std::chrono::year_month_day last,
     const UtcOffset& offset) {
+    const AvailabilityFinder finder(history);
     std::vector<DaySummary> summaries;
     for (std::chrono::sys_days day = first; day <= std::chrono::sys_days(last); day += std::chrono::days(1)) {
-        summaries.push_back(summaryOf(history, day, offset));
+        summaries.push_back(summaryOf(history, finder, day, offset));
     }
     return summaries;
 }

@@ -19,15 +19,14 @@ std::vector<Span> united(std::vector<Span> spans) {
 std::vector<Span> without(std::vector<Span> spans, std::vector<Span> others) {
     const std::vector<Span> holes = united(std::move(others));
     std::vector<Span> left;
+    auto first = holes.begin(); // that may reach into the span
     for (Span span : united(std::move(spans))) {
-        for (const Span& hole : holes) {
-            if (!span.overlaps(hole)) {
-                continue;
+        first = std::ranges::upper_bound(first, holes.end(), span.from, {}, &Span::to);
+        for (auto hole = first; hole != holes.end() && hole->from < span.to; ++hole) {
+            if (span.from < hole->from) {
+                left.push_back({.from = span.from, .to = hole->from});
             }
-            if (span.from < hole.from) {
-                left.push_back({.from = span.from, .to = hole.from});
-            }
-            span.from = hole.to;
+            span.from = hole->to;
         }
         if (!span.isEmpty()) {
             left.push_back(span);

@@ -20,11 +20,12 @@ std::tuple<double, double, double, HistoryTime> badness(const HourSummary& hour)
 std::vector<HourSummary> worstHours(
     const History& history, const Span& span, std::size_t most, const UtcOffset& offset) {
     constexpr std::chrono::hours hour{1};
+    const AvailabilityFinder availability(history);
     std::vector<HourSummary> bad;
     for (HistoryTime from = startOfHour(span.from, offset); from < span.to; from += hour) {
         const Span part = common({.from = from, .to = from + hour}, span);
         HourSummary summary{
-            .span = part, .availability = availabilityIn(history, part), .figures = figuresIn(history, part)};
+            .span = part, .availability = availability.in(part), .figures = figuresIn(history, part)};
         if (summary.availability.down > 0 || summary.figures.lost > 0) {
             bad.push_back(std::move(summary));
         }

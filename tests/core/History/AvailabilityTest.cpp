@@ -105,6 +105,47 @@ TEST(Availability, SeesOnlyItsSpan) {
     EXPECT_EQ(found, (Availability{.watched = 2 * anHour, .down = anHour / 2}));
 }
 
+TEST(Availability, OfItsPartsAddsUpToThatOfTheWhole) {
+    History history{.until = at("2026-01-02 00:00")};
+    const Span day = between("2026-01-01 00:00", "2026-01-02 00:00");
+    history.periods = goodPeriods(day);
+    std::erase_if(history.periods, [](const Period& period) {
+        return period.span().overlaps(between("2026-01-01 06:00", "2026-01-01 09:00"));
+    });
+    history.episodes = {
+        outage("2026-01-01 01:00", "2026-01-01 01:10"), outage("2026-01-01 01:05", "2026-01-01 02:00"),
+        outage("2026-01-01 05:55", "2026-01-01 09:05"), outage("2026-01-01 20:00", "2026-01-01 20:01")};
+    history.gaps = {
+        {.kind = Gap::Kind::asleep, .span = between("2026-01-01 06:00", "2026-01-01 08:00")},
+        {.kind = Gap::Kind::paused, .span = between("2026-01-01 07:00", "2026-01-01 07:30")},
+        {.kind = Gap::Kind::notRunning, .span = between("2026-01-01 08:00", "2026-01-01 09:00")}};
+    const AvailabilityFinder finder(history);
+    const Availability whole = finder.in(day);
+
+    Availability sum;
+    for (HistoryTime from = day.from; from < day.to; from += std::chrono::minutes(7)) {
+        const Availability part = finder.in(common({from, from + std::chrono::minutes(7)}, day));
+        sum.watched += part.watched;
+        sum.down += part.down;
+        sum.asleep += part.asleep;
+        sum.paused += part.paused;
+        sum.notWatched += part.notWatched;
+    }
+
+    EXPECT_EQ(
+        whole, (Availability{
+                   .watched = 21 * 3600.0,
+                   .down = (60 + 5 + 5 + 1) * 60.0,
+                   .asleep = 90 * 60.0,
+                   .paused = 30 * 60.0,
+                   .notWatched = 3600.0}));
+    EXPECT_NEAR(sum.watched, whole.watched, 0.001);
+    EXPECT_NEAR(sum.notWatched, whole.notWatched, 0.001);
+    EXPECT_EQ(sum.down, whole.down);
+    EXPECT_EQ(sum.asleep, whole.asleep);
+    EXPECT_EQ(sum.paused, whole.paused);
+}
+
 TEST(Availability, StaysInItsBoundsAfterTheClockWasSetBack) {
     History history = watchedThroughout();
     for (Period& period : history.periods) {

@@ -35,6 +35,12 @@ TEST(Spans, WithoutOthersHaveHoles) {
     EXPECT_EQ(without({seconds(10, 20)}, {}), std::vector{seconds(10, 20)});
 }
 
+TEST(Spans, WithoutAHoleThatReachesOverSeveralHaveWhatIsLeftOfEach) {
+    EXPECT_EQ(
+        without({seconds(0, 10), seconds(20, 30), seconds(40, 50)}, {seconds(2, 3), seconds(5, 45)}),
+        (std::vector{seconds(0, 2), seconds(3, 5), seconds(45, 50)}));
+}
+
 TEST(Spans, WithinLimitsAreCut) {
     EXPECT_EQ(
         within({seconds(0, 10), seconds(15, 40), seconds(50, 60)}, seconds(5, 20)),
