@@ -103,6 +103,22 @@ TEST(ReportText, TellsTheRepeatedHourApart) {
     EXPECT_THAT(text, HasSubstr("  2026-10-25 02:00 UTC+01:00  down 2 min,"));
 }
 
+TEST(ReportText, DoesNotCountTheHourThatTheClockLeavesOut) {
+    const Span night = test::between("2026-03-28 23:00", "2026-03-29 22:00"); // 23 hours
+    History history{.until = night.to};
+    history.periods = test::goodPeriods(night, PeriodLength::quarterHour);
+    history.episodes = {test::outage("2026-03-29 00:59:30", "2026-03-29 01:01:00")};
+
+    const std::string text =
+        reportText(makeReport(history, "one.example", night, test::centralEurope), test::centralEurope);
+
+    EXPECT_THAT(text, HasSubstr("\nTimes are in UTC+01:00, from 2026-03-29 on UTC+02:00.\n"));
+    EXPECT_THAT(text, HasSubstr("  watched           23 h\n"));
+    EXPECT_THAT(text, HasSubstr("  2026-03-29 01:59:30  1 min 30 s\n"));
+    EXPECT_THAT(text, HasSubstr("  2026-03-29 03:00  down 1 min,"));
+    EXPECT_THAT(text, HasSubstr("  2026-03-29 01:00  down 30 s,"));
+}
+
 TEST(ReportText, SaysThatNothingIsKnown) {
     EXPECT_EQ(textOf({}), "Nothing is known of one.example in this time.\n");
 }
