@@ -95,7 +95,6 @@ void WatchedTime::beginAnew(HistoryTime now) {
     begin_ = now;
     knowsBefore_ = false;
     lastGap_.reset();
-    endDoubt();
 }
 
 void WatchedTime::cutBefore(HistoryTime time) {

@@ -166,11 +166,11 @@ TEST_F(JournalQueueTest, OfAHostItTellsWhatWaitsOfItAndEveryGap) {
     queue.put(outage(1));
     queue.put(gapOf(3, 4));
     const Period hour{.start = minuteAt(0), .length = PeriodLength::hour, .figures = {.sent = 3600}};
-    History known{.periods = {hour, minute(0, 40)}, .gaps = {gapOf(1, 3)}};
+    History known{.periods = {minute(0, 40), hour}, .gaps = {gapOf(1, 3)}};
 
     queue.addTo(known, oneHost);
 
-    EXPECT_THAT(known.periods, ElementsAre(hour, minute(0, 60)));
+    EXPECT_THAT(known.periods, ElementsAre(minute(0, 60), hour));
     EXPECT_THAT(known.episodes, ElementsAre(outage(0)));
     EXPECT_THAT(known.gaps, ElementsAre(gapOf(1, 2), gapOf(3, 4)));
     EXPECT_THAT(written(), SizeIs(2)) << "telling took something away";

@@ -68,6 +68,33 @@ TEST_F(RecorderClearing, AnOutageThatLastsBeginsThen) {
     EXPECT_LE(history.episodes[0].pingsLost, 70);
 }
 
+TEST_F(RecorderClearing, AnOutageThatLastsWithoutNewsIsWrittenAgain) {
+    start();
+    loop.advance(10);
+    recorder.follow(stateOf(Trouble::down));
+    recorder.clear();
+    for (int second = 0; second < 70; ++second) {
+        passSecond(); // there is no address to send anything to
+    }
+
+    const History history = kept();
+    ASSERT_EQ(history.episodes.size(), 1U);
+    EXPECT_EQ(history.episodes[0].start, after(10));
+}
+
+TEST_F(RecorderClearing, AnOnsetThatWasWrittenBeforeIsNoDegradation) {
+    start();
+    passSilent(5);
+    recorder.follow(stateOf(Trouble::degraded));
+    recorder.save();
+    recorder.clear();
+    passSilent(5);
+    recorder.follow(stateOf(Trouble::down));
+
+    ASSERT_EQ(kept().episodes.size(), 1U);
+    EXPECT_EQ(kept().episodes[0].kind, Episode::Kind::outage);
+}
+
 TEST_F(RecorderClearing, APauseThatLastsBeginsThen) {
     start();
     pass(10);

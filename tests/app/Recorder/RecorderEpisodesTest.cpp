@@ -264,6 +264,20 @@ TEST_F(RecorderEpisodes, TheOnsetThatIsWrittenAlreadyEndsAtOnce) {
     EXPECT_EQ(episodes[1].end, episodes[1].start);
 }
 
+TEST_F(RecorderEpisodes, TheOnsetThatAFullDiskDidNotTakeIsForgotten) {
+    journal.setState(Journal::State::cannotWrite);
+    pass(10);
+    passSilent(5);
+    recorder.follow(stateOf(Trouble::degraded));
+    recorder.save();
+    passSilent(5);
+    recorder.follow(stateOf(Trouble::down));
+    journal.setState(Journal::State::writes);
+
+    ASSERT_EQ(kept().episodes.size(), 1U);
+    EXPECT_EQ(kept().episodes[0].kind, Episode::Kind::outage);
+}
+
 TEST_F(RecorderEpisodes, TheLossOfAnOutageThatTheBarsStillTellOfIsNoDegradation) {
     passSilent(10);
     recorder.follow(stateOf(Trouble::down));
