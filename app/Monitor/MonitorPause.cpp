@@ -28,9 +28,7 @@ void Monitor::beginPause() {
     measured_.verdict.reset();
     measured_.path.clear();
     carryOut(watchdog_.reset(loop_.now(), never, false));
-    if (!asleep_) {
-        history_.interrupt(Gap::Kind::paused);
-    }
+    history_.interrupt(Gap::Kind::paused);                        // a sleep goes on as what it is
     saveStatsOf(prefs_.hostname(), FileStore::Durability::crash); // nothing counts for long
 }
 

@@ -227,6 +227,15 @@ TEST_F(MonitorDiagnosisTest, AfterAPauseThePathIsLearntAnew) {
     EXPECT_FALSE(monitor.reading().verdict);
 }
 
+TEST_F(MonitorDiagnosisTest, ALongerWayAfterAPauseIsTheUsualOne) {
+    watchFor(60);
+    monitor.pause(60);
+    loop.advance(59.5);
+    answerAfter(0.15);
+
+    EXPECT_EQ(secondsUntil([this] { return monitor.reading().verdict.has_value(); }), 600);
+}
+
 TEST_F(MonitorDiagnosisTest, AnOutageAfterAPauseIsJudgedByWhatIsFoundThen) {
     watchFor(60);
     monitor.pause(60);

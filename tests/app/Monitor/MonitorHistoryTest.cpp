@@ -214,6 +214,28 @@ TEST_F(MonitorHistoryTest, APauseThatIsEndedAfterASleepInItEndsThen) {
     EXPECT_NEAR(availability().watched, 120, 2);
 }
 
+TEST_F(MonitorHistoryTest, APauseThatIsEndedInASleepLeavesTheSleepAsItIs) {
+    watchFor(60);
+    monitor.pause(3600);
+    loop.advance(600);
+    sleep.goToSleep();
+    monitor.resume();
+    loop.sleep(1200);
+    sleep.wake();
+    loop.advance(60);
+
+    EXPECT_EQ(
+        kept().gaps, (std::vector{gapOf(Gap::Kind::paused, 60, 660), gapOf(Gap::Kind::asleep, 660, 1860)}));
+}
+
+TEST_F(MonitorHistoryTest, APauseIsWrittenWhileItLasts) {
+    watchFor(60);
+    monitor.pause(3600);
+    loop.advance(600);
+
+    EXPECT_EQ(journal.read(watchedHost, {}).gaps, std::vector{gapOf(Gap::Kind::paused, 60, 660)});
+}
+
 TEST_F(MonitorHistoryTest, APauseOverAChangeOfTheHostIsOneGap) {
     watchFor(60);
     monitor.pause(600);
