@@ -21,8 +21,6 @@ namespace {
 constexpr double aboutIconSide = 96;
 constexpr double panelMargin = 28;
 constexpr double nameSize = 20.8;
-constexpr double versionSize = 13;
-constexpr double smallSize = 11;
 constexpr double privacyWidth = 330;
 
 const char* const credits = "Keeps an eye on your internet connection from the menu bar.";
@@ -50,7 +48,7 @@ QLabel* paragraph(const QString& text, const QFont& font) {
 
 /// Several lines, broken where the width ends.
 QLabel* wrappedParagraph(const QString& text, const ViewStyle& style) {
-    QLabel* const label = paragraph(text, style.font(smallSize));
+    QLabel* const label = paragraph(text, style.font(ViewStyle::smallText));
     label->setWordWrap(true);
     label->setFixedWidth(style.length(privacyWidth));
     return label;
@@ -76,16 +74,16 @@ QDialog* makeWindow(const QString& version, const QString& historyFile) {
     layout->addWidget(icon(*window, style.length(aboutIconSide)));
     layout->addSpacing(style.length(8));
     layout->addWidget(paragraph(QStringLiteral("Tarnwick"), style.font(nameSize, QFont::DemiBold)));
-    layout->addWidget(paragraph("Version " + version, style.font(versionSize)));
+    layout->addWidget(paragraph("Version " + version, style.font(ViewStyle::usualText)));
     layout->addSpacing(style.length(12));
-    layout->addWidget(paragraph(QLatin1String(credits), style.font(smallSize)));
+    layout->addWidget(paragraph(QLatin1String(credits), style.font(ViewStyle::smallText)));
     layout->addSpacing(style.length(8));
     layout->addWidget(wrappedParagraph(QLatin1String(whatIsSent), style), 0, Qt::AlignHCenter);
     layout->addSpacing(style.length(4));
     layout->addWidget(
         wrappedParagraph(QString::fromUtf8(whatIsKept).arg(historyFile), style), 0, Qt::AlignHCenter);
     layout->addSpacing(style.length(8));
-    layout->addWidget(paragraph(QString::fromUtf8(license), style.font(smallSize)));
+    layout->addWidget(paragraph(QString::fromUtf8(license), style.font(ViewStyle::smallText)));
     layout->addSpacing(style.length(12));
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     buttons->button(QDialogButtonBox::Close)->setIcon({});

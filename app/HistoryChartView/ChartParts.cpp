@@ -89,7 +89,7 @@ void drawThreshold(QPainter& painter, const ViewStyle& style, double y, QSizeF b
 void drawCaption(
     QPainter& painter, const ViewStyle& style, double width, double baseline, const QString& text,
     const QString& threshold) {
-    const QFont font = style.font(captionSize);
+    const QFont font = style.font(ViewStyle::smallText);
     const TabularLine line(font, threshold);
     const double left = std::floor(width - line.width());
     painter.setPen(style.colors().secondary());

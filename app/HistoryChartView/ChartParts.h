@@ -38,7 +38,6 @@ namespace ChartParts {
 inline constexpr double viewHeight = 64;   ///< of the bars
 inline constexpr double lowestHeight = 24; ///< on low screens
 inline constexpr double captionGap = 10;   ///< below the bars
-inline constexpr double captionSize = 11;  ///< of its font
 inline constexpr double smallestBar = 3;
 inline constexpr double lossGap = 2; ///< between a bar and what tells of a loss
 

@@ -120,7 +120,7 @@ int HistoryChartView::chartHeight() const {
 
 int HistoryChartView::timesHeight() const {
     const ViewStyle style(*this);
-    const double line = QFontMetricsF(style.font(ChartParts::captionSize)).height();
+    const double line = QFontMetricsF(style.font(ViewStyle::smallText)).height();
     const int height = style.length(timesGap) + static_cast<int>(std::ceil(line));
     return chartHeight() - height >= style.length(ChartParts::lowestHeight) ? height : 0;
 }
@@ -131,7 +131,7 @@ int HistoryChartView::barsHeight() const {
 
 QSize HistoryChartView::sizeHint() const {
     const ViewStyle style(*this);
-    const double caption = std::ceil(QFontMetricsF(style.font(ChartParts::captionSize)).height());
+    const double caption = std::ceil(QFontMetricsF(style.font(ViewStyle::smallText)).height());
     return {0, chartHeight() + style.length(ChartParts::captionGap) + static_cast<int>(caption)};
 }
 
@@ -242,7 +242,7 @@ void HistoryChartView::drawBars(QPainter& painter) const {
 void HistoryChartView::drawWhyEmpty(QPainter& painter) const {
     const ViewStyle style(*this);
     painter.setPen(style.colors().secondary());
-    painter.setFont(style.font(ChartParts::captionSize));
+    painter.setFont(style.font(ViewStyle::smallText));
     painter.drawText(
         QRectF(0, 0, width(), barsHeight()), Qt::AlignCenter | Qt::TextWordWrap,
         QString::fromStdString(chart_.whyEmpty));
@@ -253,7 +253,7 @@ void HistoryChartView::drawTimes(QPainter& painter) const {
         return;
     }
     const ViewStyle style(*this);
-    const QFont font = style.font(ChartParts::captionSize);
+    const QFont font = style.font(ViewStyle::smallText);
     const double baseline = chartHeight() - std::ceil(QFontMetricsF(font).descent());
     double freeFrom = 0;
     const auto draw = [&](const std::string& text, double center) {
@@ -279,13 +279,13 @@ void HistoryChartView::drawTimes(QPainter& painter) const {
 
 void HistoryChartView::drawCaption(QPainter& painter) const {
     const ViewStyle style(*this);
-    const QFontMetricsF metrics(style.font(ChartParts::captionSize));
+    const QFontMetricsF metrics(style.font(ViewStyle::smallText));
     const double baseline =
         chartHeight() + style.length(ChartParts::captionGap) + std::round(metrics.ascent());
     if (const auto* const told = pointedColumn()) {
         const QString text = QString::fromStdString(timesHeight() > 0 ? told->figures : told->text());
         painter.setPen(style.colors().primary());
-        TabularLine(style.font(ChartParts::captionSize), metrics.elidedText(text, Qt::ElideRight, width()))
+        TabularLine(style.font(ViewStyle::smallText), metrics.elidedText(text, Qt::ElideRight, width()))
             .draw(painter, {0, baseline});
         return;
     }

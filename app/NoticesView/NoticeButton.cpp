@@ -11,7 +11,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double labelSize = 11;
 constexpr double sideInset = 10;
 constexpr double topInset = 3;
 constexpr double buttonRadius = 5;
@@ -29,7 +28,7 @@ NoticeButton::NoticeButton(const QString& text, QWidget* parent) : KeyButton(tex
 
 QSize NoticeButton::sizeHint() const {
     const ViewStyle style(*this);
-    const QFontMetricsF metrics(style.font(labelSize, QFont::Medium));
+    const QFontMetricsF metrics(style.font(ViewStyle::smallText, QFont::Medium));
     return {
         static_cast<int>(std::ceil(metrics.horizontalAdvance(text()))) + 2 * style.length(sideInset),
         static_cast<int>(std::ceil(metrics.height())) + 2 * style.length(topInset)};
@@ -51,7 +50,7 @@ void NoticeButton::paintEvent(QPaintEvent* /*event*/) {
     const double radius = style.length(buttonRadius);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
     painter.setPen(hasFocus() ? palette().color(QPalette::Active, QPalette::HighlightedText) : text);
-    painter.setFont(style.font(labelSize, QFont::Medium));
+    painter.setFont(style.font(ViewStyle::smallText, QFont::Medium));
     painter.drawText(rect(), Qt::AlignCenter, this->text());
 }
 

@@ -12,7 +12,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double noticePoints = 11;
 constexpr double cardPadding = 10;
 constexpr double cardRadius = 6;
 constexpr double cardGap = 8;
@@ -21,7 +20,7 @@ constexpr double partGap = 5; ///< between text, command and buttons
 constexpr float cardOpacity = 0.13F;
 
 QFont commandFont(const ViewStyle& style) {
-    QFont font = style.font(noticePoints);
+    QFont font = style.font(ViewStyle::smallText);
     font.setFamily(QFontDatabase::systemFont(QFontDatabase::FixedFont).family());
     return font;
 }
@@ -34,7 +33,7 @@ public:
     NoticeText(const Notice& notice, int width, QWidget* parent)
         : ReadAloudWidget(Role::text, parent),
           gap_(ViewStyle(*this).length(partGap)),
-          text_(ViewStyle(*this).font(noticePoints), QString::fromStdString(notice.text), width),
+          text_(ViewStyle(*this).font(ViewStyle::smallText), QString::fromStdString(notice.text), width),
           command_(commandFont(ViewStyle(*this)), QString::fromStdString(notice.command.value_or("")), width),
           hasCommand_(notice.command.has_value()) {
         setSpokenText(QString::fromStdString(notice.line()));

@@ -14,7 +14,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double figurePoints = 13;
 constexpr double figureWidth = 160;
 constexpr double figureGap = 4;
 constexpr double figureColumnGap = 32;
@@ -40,7 +39,7 @@ public:
 
     [[nodiscard]] QSize sizeHint() const override {
         const ViewStyle style(*this);
-        const QFont font = style.font(figurePoints);
+        const QFont font = style.font(ViewStyle::usualText);
         const double texts = TabularLine(font, QString::fromStdString(figure_.name)).width()
                              + TabularLine(font, QString::fromStdString(figure_.value)).width();
         const int width = static_cast<int>(std::ceil(texts)) + style.length(figureNameGap);
@@ -54,7 +53,7 @@ public:
 protected:
     void paintEvent(QPaintEvent* /*event*/) override {
         const ViewStyle style(*this);
-        const QFont font = style.font(figurePoints);
+        const QFont font = style.font(ViewStyle::usualText);
         const double baseline = std::round(QFontMetricsF(font).ascent());
         const TabularLine value(font, QString::fromStdString(figure_.value));
         QPainter painter(this);

@@ -2,6 +2,7 @@
 
 #include "app/ViewStyle/FormStyle.h"
 #include "app/ViewStyle/ViewStyle.h"
+#include "core/History/CalendarNames.h"
 
 #include <QFontMetricsF>
 #include <QKeyEvent>
@@ -10,9 +11,9 @@
 #include <QSignalBlocker>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <optional>
+#include <string>
 
 namespace tarnwick {
 
@@ -26,19 +27,12 @@ constexpr double dayGap = 2;
 constexpr double markerMargin = 4; ///< around the column of the chosen day
 constexpr double markerRadius = 4;
 constexpr double monthGap = 4;
-constexpr double monthPoints = 11;
 constexpr double dayRadius = 1.5;
 
 constexpr float markerOpacity = 0.28F;
 constexpr float hoverOpacity = 0.12F;
 
 constexpr std::ptrdiff_t daysOfAWeek = 7;
-
-const char* monthName(std::chrono::year_month_day day) {
-    constexpr std::array names{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                               "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    return names.at(static_cast<unsigned>(day.month()) - 1);
-}
 
 /// Of the whole height, so that more than the color tells.
 double heightShare(DaySummary::Worst worst) {
@@ -235,7 +229,7 @@ int DayStrip::columnHeight() const {
 
 QSize DayStrip::sizeHint() const {
     const ViewStyle style(*this);
-    const double months = std::ceil(QFontMetricsF(style.font(monthPoints)).height());
+    const double months = std::ceil(QFontMetricsF(style.font(ViewStyle::smallText)).height());
     return {
         OutagesPage::dayCount * style.length(dayWidth),
         columnHeight() + style.length(monthGap) + static_cast<int>(months)};
@@ -288,14 +282,14 @@ void DayStrip::drawMarker(QPainter& painter) const {
 
 void DayStrip::drawMonths(QPainter& painter) const {
     const ViewStyle style(*this);
-    const QFont font = style.font(monthPoints);
+    const QFont font = style.font(ViewStyle::smallText);
     const QFontMetricsF metrics(font);
     const double baseline = columnHeight() + style.length(monthGap) + std::round(metrics.ascent());
     painter.setFont(font);
     painter.setPen(style.colors().secondary());
     for (std::size_t day = 0; day < days_.size(); ++day) {
         const std::chrono::year_month_day date = days_[day].summary.day;
-        const QString name = QLatin1String(monthName(date));
+        const QString name = QString::fromStdString(std::string(CalendarNames::shortOf(date.month())));
         const double left = buttons_[day]->x();
         const bool isFirst = date.day() == std::chrono::day(1);
         if (isFirst && left + metrics.horizontalAdvance(name) <= width()) {

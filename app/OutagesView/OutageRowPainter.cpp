@@ -14,8 +14,6 @@ namespace tarnwick {
 namespace {
 
 // Sizes of the design, in points.
-constexpr double outagePoints = 13;
-constexpr double evidencePoints = 11;
 constexpr double outageInset = 10;
 constexpr double outagePadding = 6;
 constexpr double outageLineGap = 2;
@@ -78,8 +76,8 @@ void drawRowGround(QPainter& painter, const QStyleOptionViewItem& option, double
 
 QSize OutageRowPainter::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& /*index*/) const {
     const ViewStyle style(*option.widget);
-    const double lines = lineHeightOf(style.font(outagePoints)) + style.length(outageLineGap)
-                         + lineHeightOf(style.font(evidencePoints));
+    const double lines = lineHeightOf(style.font(ViewStyle::usualText)) + style.length(outageLineGap)
+                         + lineHeightOf(style.font(ViewStyle::smallText));
     return {0, static_cast<int>(lines) + 2 * style.length(outagePadding)};
 }
 
@@ -92,8 +90,8 @@ void OutageRowPainter::paint(
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     drawRowGround(*painter, option, style.length(outageRadius));
-    const QFont font = style.font(outagePoints);
-    const QFont small = style.font(evidencePoints);
+    const QFont font = style.font(ViewStyle::usualText);
+    const QFont small = style.font(ViewStyle::smallText);
     const double top = row.top() + style.length(outagePadding);
     const double height = row.height() - 2 * style.length(outagePadding);
     double left = row.left() + style.length(outageInset);

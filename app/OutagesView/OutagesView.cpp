@@ -8,6 +8,7 @@
 #include "app/OutagesView/StatusLine.h"
 #include "app/ViewStyle/ControlLooks.h"
 #include "app/ViewStyle/FormStyle.h"
+#include "app/ViewStyle/KeyButton.h"
 #include "app/ViewStyle/ViewStyle.h"
 #include "platform/qt/Clipboard.h"
 
@@ -28,11 +29,9 @@ namespace tarnwick {
 namespace {
 
 // Sizes of the design, in points.
-constexpr double pageMargin = 20;
 constexpr double pageGap = 14;
 constexpr double pageCardInset = 14;
 constexpr double listCardInset = 5;
-constexpr double headingPoints = 15;
 constexpr double dayChartHeight = 48;
 
 } // namespace
@@ -71,8 +70,8 @@ OutagesView::OutagesView(OutagesModel& model, QWidget* parent)
       chart_(new HistoryChartView(this)),
       list_(new OutageList(this)),
       status_(new StatusLine(this)),
-      copy_(new QPushButton(QStringLiteral("&Copy"), this)),
-      export_(new QPushButton(QStringLiteral("&Export…"), this)) {
+      copy_(new KeyButton(QStringLiteral("&Copy"), this)),
+      export_(new KeyButton(QStringLiteral("&Export…"), this)) {
     strip_->onChoose = [this](std::size_t day) { chooseDay(day); };
     list_->onChoose = [this](std::size_t row) {
         model_.chooseDay(model_.page().rows.at(row).day);
@@ -134,14 +133,14 @@ void OutagesView::makeColumn() {
 
 void OutagesView::applyStyle() {
     const ViewStyle style(*this);
-    const int side = style.length(pageMargin);
+    const int side = style.length(ViewStyle::windowMargin);
     layout()->setContentsMargins(side, side, side, side);
     layout()->setSpacing(style.length(pageGap));
     for (Card* const card : cards_) {
         card->setStyle(style);
     }
     for (QLabel* const heading : {date_, title_}) {
-        heading->setFont(style.font(headingPoints, QFont::DemiBold));
+        heading->setFont(style.font(ViewStyle::headingText, QFont::DemiBold));
     }
     for (QPushButton* const button : {copy_, export_}) {
         FormStyle::dress(*button);

@@ -11,12 +11,6 @@
 
 namespace tarnwick {
 
-namespace {
-
-constexpr double statusPoints = 11;
-
-} // namespace
-
 StatusLine::StatusLine(QWidget* parent) : ReadAloudWidget(Role::text, parent) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
@@ -30,13 +24,13 @@ void StatusLine::showText(const QString& text, bool isFailure) {
 }
 
 QSize StatusLine::sizeHint() const {
-    const double line = QFontMetricsF(ViewStyle(*this).font(statusPoints)).lineSpacing();
+    const double line = QFontMetricsF(ViewStyle(*this).font(ViewStyle::smallText)).lineSpacing();
     return {0, static_cast<int>(std::ceil(2 * line))};
 }
 
 void StatusLine::paintEvent(QPaintEvent* /*event*/) {
     const ViewStyle style(*this);
-    const WrappedText lines(style.font(statusPoints), text_, width());
+    const WrappedText lines(style.font(ViewStyle::smallText), text_, width());
     QPainter painter(this);
     painter.setPen(isFailure_ ? style.colors().bad() : style.colors().secondary());
     lines.draw(painter, {0, std::max(0.0, std::floor((height() - lines.height()) / 2.0))});

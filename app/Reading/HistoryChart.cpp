@@ -1,6 +1,7 @@
 #include "app/Reading/HistoryChart.h"
 
 #include "app/Reading/Format.h"
+#include "core/History/CalendarNames.h"
 #include "core/History/Spans.h"
 #include "core/Text.h"
 
@@ -58,8 +59,7 @@ std::string hourAndMinute(HistoryTime local) {
 
 /// "Tue" of a local time.
 std::string weekdayOf(HistoryTime local) {
-    constexpr std::array names{"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-    return names.at(std::chrono::weekday(std::chrono::floor<days>(local)).c_encoding());
+    return std::string(CalendarNames::shortOf(std::chrono::weekday(std::chrono::floor<days>(local))));
 }
 
 /// "Tue 14:05 to 14:20", "Tue 21:00 to 24:00", "Tue 21:00 to Wed 03:00".

@@ -1,8 +1,8 @@
 #include "app/Report/ChartAxes.h"
 
 #include "app/Report/LocalText.h"
+#include "core/History/CalendarNames.h"
 
-#include <array>
 #include <cmath>
 
 namespace tarnwick::ChartAxes {
@@ -18,12 +18,6 @@ using std::chrono::year_month;
 using std::chrono::year_month_day;
 
 constexpr int mostMarks = 12;
-
-const char* monthName(std::chrono::month month) {
-    constexpr std::array names{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                               "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    return names.at(static_cast<unsigned>(month) - 1);
-}
 
 /// Of the hours and minutes at which the local clock shows a multiple of `step`, which divides a day.
 std::vector<TimeMark> clockMarks(const Span& span, minutes step, const UtcOffset& offset) {
@@ -95,11 +89,13 @@ double roundUp(double value) {
 }
 
 std::string dayText(year_month_day day) {
-    return std::to_string(static_cast<unsigned>(day.day())) + " " + monthName(day.month());
+    return std::to_string(static_cast<unsigned>(day.day())) + " "
+           + std::string(CalendarNames::shortOf(day.month()));
 }
 
 std::string monthText(year_month month) {
-    return std::string(monthName(month.month())) + " " + std::to_string(static_cast<int>(month.year()));
+    return std::string(CalendarNames::shortOf(month.month())) + " "
+           + std::to_string(static_cast<int>(month.year()));
 }
 
 } // namespace tarnwick::ChartAxes

@@ -4,9 +4,9 @@
 #include "app/Report/Html.h"
 #include "app/Report/HtmlDrawing.h"
 #include "app/Report/LocalText.h"
+#include "core/History/CalendarNames.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <utility>
 
@@ -25,11 +25,6 @@ constexpr double monthsLeft = 64;
 constexpr double daySide = 21;
 constexpr double tallestMonth = 18;
 constexpr double headHeight = 16;
-
-const char* weekdayName(std::chrono::year_month_day day) {
-    constexpr std::array names{"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-    return names.at(std::chrono::weekday(std::chrono::sys_days(day)).c_encoding());
-}
 
 /// How the day is colored. A minute of outage is no lost day.
 const char* dayClass(const DaySummary& day) {
@@ -56,7 +51,8 @@ std::string availabilityOf(const DaySummary& day) {
 }
 
 std::string listedDay(const DaySummary& day) {
-    const std::string name = std::string(weekdayName(day.day)) + " " + ChartAxes::dayText(day.day);
+    const std::string name = std::string(CalendarNames::shortOf(std::chrono::weekday(day.day))) + " "
+                             + ChartAxes::dayText(day.day);
     std::string text = element("time", attribute("datetime", LocalText::day(day.day)), name);
     text += element("strong", availabilityOf(day));
     if (day.availability.watched > 0) {

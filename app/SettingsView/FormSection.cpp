@@ -25,7 +25,6 @@ constexpr double controlGap = 8;
 constexpr double remedyInset = 12;
 constexpr double remedyHeight = 28;
 constexpr double footerGap = 7;
-constexpr double footerPoints = 11;
 
 /// Computes the sizes of a widget and of all that contain it up to the window, at once. The window asks for
 /// the form's size before the layouts would do so.
@@ -147,7 +146,7 @@ void FormRow::setStyle(const ViewStyle& style) {
     layout()->setContentsMargins(side, above, side, above);
     line_->setSpacing(style.length(controlGap));
     setMinimumHeight(style.length(rowHeight));
-    note_->setFont(style.font(footerPoints));
+    note_->setFont(style.font(ViewStyle::smallText));
     setTextColor(*note_, isHint_ ? style.colors().secondary() : style.colors().bad());
     if (remedy_ != nullptr) {
         const int text = remedy_->fontMetrics().horizontalAdvance(remedy_->text());
@@ -252,7 +251,7 @@ void FormSection::setStyle(const ViewStyle& style) {
     }
     const int side = style.length(rowInset);
     footer_->setContentsMargins(side, 0, side, 0);
-    footer_->setFont(style.font(footerPoints));
+    footer_->setFont(style.font(ViewStyle::smallText));
     setTextColor(*footer_, style.colors().secondary());
     alignText(*footer_, Qt::AlignLeading);
     layout()->setSpacing(style.length(footerGap));

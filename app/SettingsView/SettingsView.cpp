@@ -33,7 +33,6 @@ namespace tarnwick {
 namespace {
 
 constexpr double formWidth = 440;
-constexpr double formMargin = 20;
 constexpr double sectionGap = 18;
 constexpr double intervalWidth = 44;
 constexpr double sliderWidth = 160;
@@ -245,7 +244,7 @@ void SettingsView::applyStyle() {
     for (FormSection* section : sections_) {
         section->setStyle(style);
     }
-    const int side = style.length(formMargin);
+    const int side = style.length(ViewStyle::windowMargin);
     layout()->setContentsMargins(side, side, side, side);
     layout()->setSpacing(style.length(sectionGap));
     interval_->setFieldWidth(style.length(intervalWidth));
@@ -331,7 +330,7 @@ void SettingsView::showNotices(const Notices& notices) {
     }
     shownNotices_ = notices;
     const ViewStyle style(*this);
-    const int width = style.length(formWidth) - 2 * style.length(formMargin);
+    const int width = style.length(formWidth) - 2 * style.length(ViewStyle::windowMargin);
     const NoticeActions actions{
         .allowPinging = model_.allowPinging,
         .answerOffer = model_.answerOffer,

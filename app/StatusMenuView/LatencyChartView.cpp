@@ -62,7 +62,7 @@ void LatencyChartView::lower(int pixels) {
 
 QSize LatencyChartView::sizeHint() const {
     const ViewStyle style(*this);
-    const double caption = std::ceil(QFontMetricsF(style.font(ChartParts::captionSize)).height());
+    const double caption = std::ceil(QFontMetricsF(style.font(ViewStyle::smallText)).height());
     return {0, chartHeight() + style.length(ChartParts::captionGap) + static_cast<int>(caption)};
 }
 
@@ -90,7 +90,7 @@ void LatencyChartView::drawChart(QPainter& painter) const {
 
 void LatencyChartView::drawCaption(QPainter& painter) const {
     const ViewStyle style(*this);
-    const QFontMetricsF metrics(style.font(ChartParts::captionSize));
+    const QFontMetricsF metrics(style.font(ViewStyle::smallText));
     const double baseline =
         chartHeight() + style.length(ChartParts::captionGap) + std::round(metrics.ascent());
     ChartParts::drawCaption(

@@ -12,7 +12,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double textPoints = 13;
 constexpr double outerMargin = 6; ///< of the highlight, from the sides of the window
 constexpr double innerMargin = 8; ///< of the content, from the sides of the highlight
 constexpr double iconSide = 16;
@@ -66,7 +65,7 @@ void MenuRow::setShowsMnemonic(bool shows) {
 
 QSize MenuRow::sizeHint() const {
     const ViewStyle style(*this);
-    const QFontMetricsF metrics(style.font(textPoints));
+    const QFontMetricsF metrics(style.font(ViewStyle::usualText));
     const double text = std::ceil(metrics.height());
     const double side = 2 * style.length(outerMargin + innerMargin) + style.length(iconSide + iconGap);
     const double width = side + metrics.horizontalAdvance(QString::fromStdString(item_.title))
@@ -123,7 +122,7 @@ void MenuRow::paintEvent(QPaintEvent* /*event*/) {
         menuIcon(QString::fromStdString(item_.iconName), side, color, devicePixelRatioF()));
     left += side + style.length(iconGap);
 
-    painter.setFont(style.font(textPoints));
+    painter.setFont(style.font(ViewStyle::usualText));
     const QFontMetricsF metrics(painter.font());
     const double baseline = std::round((height() - metrics.height()) / 2 + metrics.ascent());
     painter.setPen(color);

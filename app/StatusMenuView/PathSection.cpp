@@ -14,7 +14,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double hopPoints = 11;
 constexpr double hopNamePoints = 10;
 constexpr double hopRowGap = 3;
 constexpr double hopNumberWidth = 18;
@@ -44,7 +43,7 @@ public:
 
     [[nodiscard]] QSize sizeHint() const override {
         const int nameHeight = row_.name.empty() ? 0 : lineHeight(hopNamePoints);
-        return {0, lineHeight(hopPoints) + nameHeight};
+        return {0, lineHeight(ViewStyle::smallText) + nameHeight};
     }
 
 protected:
@@ -65,7 +64,7 @@ protected:
         right -= style.length(hopLossWidth) + space;
         const double left = style.length(hopNumberWidth);
         const QString address =
-            QFontMetricsF(style.font(hopPoints))
+            QFontMetricsF(style.font(ViewStyle::smallText))
                 .elidedText(QString::fromStdString(row_.address), Qt::ElideMiddle, right - left);
         drawText(painter, left, address.toStdString(), colors.primary());
         drawName(painter, left);
@@ -84,19 +83,19 @@ private:
         painter.setFont(font);
         painter.setPen(style.colors().secondary());
         painter.drawText(
-            QPointF(left, lineHeight(hopPoints) + std::round(metrics.ascent())),
+            QPointF(left, lineHeight(ViewStyle::smallText) + std::round(metrics.ascent())),
             metrics.elidedText(QString::fromStdString(row_.name), Qt::ElideMiddle, width() - left));
     }
 
     void drawText(QPainter& painter, double left, const std::string& text, const QColor& color) const {
-        const QFont font = ViewStyle(*this).font(hopPoints);
+        const QFont font = ViewStyle(*this).font(ViewStyle::smallText);
         painter.setPen(color);
         TabularLine(font, QString::fromStdString(text))
             .draw(painter, {left, std::round(QFontMetricsF(font).ascent())});
     }
 
     void drawRight(QPainter& painter, double right, const std::string& text, const QColor& color) const {
-        const TabularLine line(ViewStyle(*this).font(hopPoints), QString::fromStdString(text));
+        const TabularLine line(ViewStyle(*this).font(ViewStyle::smallText), QString::fromStdString(text));
         drawText(painter, right - line.width(), text, color);
     }
 
@@ -105,7 +104,8 @@ private:
         const double length = style.length(hopBarWidth);
         const double thickness = style.length(hopBarHeight);
         const double left = right - length;
-        const QRectF ground(left, std::round((lineHeight(hopPoints) - thickness) / 2), length, thickness);
+        const QRectF ground(
+            left, std::round((lineHeight(ViewStyle::smallText) - thickness) / 2), length, thickness);
         QColor faint = style.colors().primary();
         faint.setAlphaF(hopGroundOpacity);
         painter.fillRect(ground, faint);

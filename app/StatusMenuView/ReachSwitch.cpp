@@ -13,7 +13,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double segmentPoints = 11;
 constexpr double segmentTopInset = 3;
 constexpr double switchRadius = 5;
 
@@ -33,7 +32,7 @@ public:
 
     [[nodiscard]] QSize sizeHint() const override {
         const ViewStyle style(*this);
-        const QFontMetricsF metrics(style.font(segmentPoints, QFont::Medium));
+        const QFontMetricsF metrics(style.font(ViewStyle::smallText, QFont::Medium));
         return {
             static_cast<int>(std::ceil(metrics.horizontalAdvance(text()))),
             static_cast<int>(std::ceil(metrics.height())) + 2 * style.length(segmentTopInset)};
@@ -59,7 +58,7 @@ protected:
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), radius, radius);
         const QColor quiet = isChecked() ? ink : style.colors().secondary();
         painter.setPen(hasFocus() ? palette().color(QPalette::Active, QPalette::HighlightedText) : quiet);
-        painter.setFont(style.font(segmentPoints, isChecked() ? QFont::Medium : QFont::Normal));
+        painter.setFont(style.font(ViewStyle::smallText, isChecked() ? QFont::Medium : QFont::Normal));
         painter.drawText(rect(), Qt::AlignCenter, text());
     }
 };

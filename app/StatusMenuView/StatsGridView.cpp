@@ -16,8 +16,6 @@ namespace {
 constexpr double valueWidth = 72;
 constexpr double columnGap = 12;
 constexpr double rowGap = 4;
-constexpr double labelPoints = 13;
-constexpr double titlePoints = 11;
 
 int lineHeight(const QFont& font) {
     return static_cast<int>(std::ceil(QFontMetricsF(font).height()));
@@ -49,7 +47,7 @@ public:
 protected:
     void paintEvent(QPaintEvent* /*event*/) override {
         const ViewStyle style(*this);
-        const QFont font = style.font(labelPoints);
+        const QFont font = style.font(ViewStyle::usualText);
         const double baseline = std::round(QFontMetricsF(font).ascent());
         QPainter painter(this);
         painter.setPen(style.colors().secondary());
@@ -85,7 +83,7 @@ void StatsGridView::setRows(const std::array<StatsGrid::Row, StatsGrid::rowCount
 
 double StatsGridView::allTimeWidth() const {
     const ViewStyle style(*this);
-    const QFont font = style.font(labelPoints);
+    const QFont font = style.font(ViewStyle::usualText);
     double widest = style.length(valueWidth);
     // A figure of a billion pings may need more than its column.
     for (const RowView* row : rows_) {
@@ -97,8 +95,8 @@ double StatsGridView::allTimeWidth() const {
 
 QSize StatsGridView::sizeHint() const {
     const ViewStyle style(*this);
-    const int row = style.length(rowGap) + lineHeight(style.font(labelPoints));
-    return {0, lineHeight(style.font(titlePoints)) + row * static_cast<int>(rows_.size())};
+    const int row = style.length(rowGap) + lineHeight(style.font(ViewStyle::usualText));
+    return {0, lineHeight(style.font(ViewStyle::smallText)) + row * static_cast<int>(rows_.size())};
 }
 
 void StatsGridView::resizeEvent(QResizeEvent* /*event*/) {
@@ -107,8 +105,8 @@ void StatsGridView::resizeEvent(QResizeEvent* /*event*/) {
 
 void StatsGridView::placeRows() {
     const ViewStyle style(*this);
-    const int height = lineHeight(style.font(labelPoints));
-    int y = lineHeight(style.font(titlePoints));
+    const int height = lineHeight(style.font(ViewStyle::usualText));
+    int y = lineHeight(style.font(ViewStyle::smallText));
     for (RowView* row : rows_) {
         y += style.length(rowGap);
         row->setGeometry(0, y, width(), height);
@@ -118,7 +116,7 @@ void StatsGridView::placeRows() {
 
 void StatsGridView::paintEvent(QPaintEvent* /*event*/) {
     const ViewStyle style(*this);
-    const QFont font = style.font(titlePoints);
+    const QFont font = style.font(ViewStyle::smallText);
     const double baseline = std::round(QFontMetricsF(font).ascent());
     const double sessionRight = width() - allTimeWidth() - style.length(columnGap);
     QPainter painter(this);

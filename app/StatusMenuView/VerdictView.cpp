@@ -7,12 +7,6 @@
 
 namespace tarnwick {
 
-namespace {
-
-constexpr double textSize = 11;
-
-} // namespace
-
 VerdictView::VerdictView(QWidget* parent) : ReadAloudWidget(Role::text, parent) {
 }
 
@@ -25,14 +19,16 @@ void VerdictView::setText(const QString& text, int width) {
 
 QSize VerdictView::sizeHint() const {
     return {
-        width_, text_.isEmpty() ? 0 : WrappedText(ViewStyle(*this).font(textSize), text_, width_).height()};
+        width_, text_.isEmpty()
+                    ? 0
+                    : WrappedText(ViewStyle(*this).font(ViewStyle::smallText), text_, width_).height()};
 }
 
 void VerdictView::paintEvent(QPaintEvent* /*event*/) {
     const ViewStyle style(*this);
     QPainter painter(this);
     painter.setPen(style.colors().warnText());
-    WrappedText(style.font(textSize), text_, width()).draw(painter, {0, 0});
+    WrappedText(style.font(ViewStyle::smallText), text_, width()).draw(painter, {0, 0});
 }
 
 } // namespace tarnwick

@@ -20,7 +20,6 @@ constexpr double updateIconSide = 56;
 constexpr double updateMargin = 20;
 constexpr double updateWidth = 460;
 constexpr double notesHeight = 180;
-constexpr double titleSize = 15;
 
 /// Of a progress bar: a thousandth can be seen.
 constexpr int progressSteps = 1000;
@@ -52,7 +51,7 @@ UpdateWindow::UpdateWindow(const QIcon& icon)
     setWindowTitle(QStringLiteral("Software Update"));
     setWindowIcon(icon);
     const ViewStyle style(*this);
-    title_->setFont(style.font(titleSize, QFont::DemiBold));
+    title_->setFont(style.font(ViewStyle::headingText, QFont::DemiBold));
     progress_->setTextVisible(false);
     notes_->setMinimumHeight(style.length(notesHeight));
     auto* const picture = new QLabel(this);

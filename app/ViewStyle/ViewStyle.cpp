@@ -10,7 +10,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double designPoints = 13;
 /// Height in pixels of the usual desktop font, ten points at 96 dots an inch.
 constexpr double usualPixels = 10 * 96 / 72.0;
 
@@ -28,7 +27,7 @@ int ViewStyle::length(double points) const {
 
 QFont ViewStyle::font(double points, QFont::Weight weight) const {
     QFont font = base_;
-    const double share = points / designPoints;
+    const double share = points / usualText;
     if (base_.pixelSize() > 0) {
         font.setPixelSize(std::max(1, static_cast<int>(std::lround(base_.pixelSize() * share))));
     } else {

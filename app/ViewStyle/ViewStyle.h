@@ -13,12 +13,18 @@ namespace tarnwick {
 /// usual size fits at any.
 class ViewStyle {
 public:
+    // Sizes of the design, in points.
+    static constexpr double usualText = 13;
+    static constexpr double smallText = 11; ///< captions and remarks
+    static constexpr double headingText = 15;
+    static constexpr double windowMargin = 20;
+
     explicit ViewStyle(const QWidget& widget);
 
     /// A length of the design, for the font at hand.
     [[nodiscard]] int length(double points) const;
 
-    /// The font for a text that has this many points in the design, whose usual text has 13.
+    /// The font for a text that has this many points in the design.
     [[nodiscard]] QFont font(double points, QFont::Weight weight = QFont::Normal) const;
 
     [[nodiscard]] const LatencyPalette& colors() const { return colors_; }

@@ -3,10 +3,10 @@
 #include "app/Reading/Format.h"
 #include "app/Report/BlameText.h"
 #include "app/Report/LocalText.h"
+#include "core/History/CalendarNames.h"
 #include "core/History/WorstHours.h"
 
 #include <algorithm>
-#include <array>
 #include <ranges>
 
 namespace tarnwick {
@@ -15,17 +15,12 @@ namespace {
 
 constexpr const char* keepsNothing = "No history is kept: that is switched off in the settings.";
 
-const char* longWeekdayName(std::chrono::year_month_day day) {
-    constexpr std::array names{"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
-    return names.at(std::chrono::weekday(day).c_encoding());
-}
-
 std::string shareOrUnknown(std::optional<double> percent) {
     return percent ? LocalText::number(*percent, 2) + "%" : "unknown";
 }
 
 std::string dateOf(std::chrono::year_month_day day) {
-    return std::string(longWeekdayName(day)) + ", " + LocalText::day(day);
+    return std::string(CalendarNames::of(std::chrono::weekday(day))) + ", " + LocalText::day(day);
 }
 
 /// How the connection was on a day.

@@ -32,10 +32,13 @@ struct OutagesRow {
 
     /// All of it in one line, to be copied and to be read aloud.
     [[nodiscard]] std::string text() const;
+
+    friend bool operator==(const OutagesRow&, const OutagesRow&) = default;
 };
 
 struct OutagesPage {
     static constexpr int dayCount = 90;
+    static constexpr std::size_t today = dayCount - 1; ///< the last one
 
     std::vector<OutagesDay> days{}; ///< as many, up to today
     std::vector<OutagesRow> rows{}; ///< of these days, the newest first

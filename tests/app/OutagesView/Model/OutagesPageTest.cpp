@@ -21,7 +21,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using namespace std::chrono_literals;
 
-constexpr std::size_t today = OutagesPage::dayCount - 1;
+constexpr std::size_t today = OutagesPage::today;
 
 /// Three days without a break, until noon of the third one by the local clock.
 const HistoryTime noon = at("2026-01-07 11:00");
