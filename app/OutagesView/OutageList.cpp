@@ -7,10 +7,13 @@
 #include <QItemSelectionModel>
 #include <QPainter>
 #include <QScopedValueRollback>
+#include <QScrollBar>
 
 #include <algorithm>
+#include <iterator>
 #include <ranges>
 #include <set>
+#include <utility>
 
 namespace tarnwick {
 
@@ -22,12 +25,16 @@ constexpr int fewestRows = 3;
 const char* const noOutages = "No outage is known in these 90 days.";
 
 /// What makes two rows the same one.
-std::pair<HistoryTime, Episode::Kind> identityOf(const OutagesRow& row) {
+using RowIdentity = std::pair<HistoryTime, Episode::Kind>;
+
+RowIdentity identityOf(const OutagesRow& row) {
     return {row.span.from, row.kind};
 }
 
-bool areSame(const std::vector<OutagesRow>& some, const std::vector<OutagesRow>& others) {
-    return std::ranges::equal(some, others, {}, identityOf, identityOf);
+std::set<RowIdentity> identitiesOf(const std::vector<OutagesRow>& rows) {
+    std::set<RowIdentity> identities;
+    std::ranges::transform(rows, std::inserter(identities, identities.end()), identityOf);
+    return identities;
 }
 
 } // namespace
@@ -38,18 +45,17 @@ public:
 
     [[nodiscard]] const std::vector<OutagesRow>& all() const { return rows_; }
 
-    /// Of the same rows, of which the last ones may have grown.
-    void refresh(const std::vector<OutagesRow>& rows) {
-        rows_ = rows;
-        if (!rows_.empty()) {
-            Q_EMIT dataChanged(index(0), index(static_cast<int>(rows_.size()) - 1));
+    /// To the view, rows that are still there stay the same ones.
+    void update(const std::vector<OutagesRow>& rows) {
+        removeAllBut(rows);
+        insertMissing(rows);
+        const std::vector<OutagesRow> before = std::exchange(rows_, rows);
+        for (std::size_t row = 0; row < rows.size(); ++row) {
+            if (rows[row] != before[row]) {
+                const QModelIndex changed = index(static_cast<int>(row));
+                Q_EMIT dataChanged(changed, changed);
+            }
         }
-    }
-
-    void replace(const std::vector<OutagesRow>& rows) {
-        beginResetModel();
-        rows_ = rows;
-        endResetModel();
     }
 
     [[nodiscard]] int rowCount(const QModelIndex& parent) const override {
@@ -78,6 +84,55 @@ public:
     }
 
 private:
+    void removeAllBut(const std::vector<OutagesRow>& wanted) {
+        const auto all = identitiesOf(wanted);
+        const auto stays = [&all](const OutagesRow& row) { return all.contains(identityOf(row)); };
+        for (auto end = rows_.end(); end != rows_.begin();) {
+            if (stays(*std::prev(end))) {
+                --end;
+                continue;
+            }
+            auto first = std::prev(end);
+            while (first != rows_.begin() && !stays(*std::prev(first))) {
+                --first;
+            }
+            end = remove(first, end);
+        }
+    }
+
+    /// Makes the rows those of `wanted`, of which all that are here are a part.
+    void insertMissing(const std::vector<OutagesRow>& wanted) {
+        for (std::size_t row = 0; row < wanted.size(); ++row) {
+            const auto here = rows_.begin() + static_cast<std::ptrdiff_t>(row);
+            const auto missing = wanted.begin() + static_cast<std::ptrdiff_t>(row);
+            // All up to the next one that is here.
+            const auto next = here != rows_.end()
+                                  ? std::ranges::find(missing, wanted.end(), identityOf(*here), identityOf)
+                                  : wanted.end();
+            if (next != missing) {
+                const auto count = static_cast<int>(next - missing);
+                beginInsertRows({}, static_cast<int>(row), static_cast<int>(row) + count - 1);
+                rows_.insert(here, missing, next);
+                endInsertRows();
+            }
+        }
+        // Two that began at the same time may have changed places: one of them is there twice.
+        remove(rows_.begin() + static_cast<std::ptrdiff_t>(wanted.size()), rows_.end());
+    }
+
+    /// Returns what follows.
+    std::vector<OutagesRow>::iterator remove(
+        std::vector<OutagesRow>::iterator first, std::vector<OutagesRow>::iterator end) {
+        if (first == end) {
+            return end;
+        }
+        const auto row = static_cast<int>(first - rows_.begin());
+        beginRemoveRows({}, row, row + static_cast<int>(end - first) - 1);
+        const auto following = rows_.erase(first, end);
+        endRemoveRows();
+        return following;
+    }
+
     std::vector<OutagesRow> rows_;
 };
 
@@ -99,20 +154,15 @@ OutageList::OutageList(QWidget* parent) : QListView(parent), rows_(new Rows(this
 void OutageList::showRows(const std::vector<OutagesRow>& rows) {
     const QScopedValueRollback quiet(isQuiet_, true);
     setAccessibleDescription(rows.empty() ? QLatin1String(noOutages) : QLatin1String());
-    if (areSame(rows, rows_->all())) {
-        rows_->refresh(rows);
-        return;
-    }
-    std::set<std::pair<HistoryTime, Episode::Kind>> selected;
-    for (const QModelIndex& index : selectionModel()->selectedIndexes()) {
-        selected.insert(identityOf(rows_->all().at(static_cast<std::size_t>(index.row()))));
-    }
-    rows_->replace(rows);
-    for (std::size_t row = 0; row < rows.size(); ++row) {
-        if (selected.contains(identityOf(rows[row]))) {
-            const QModelIndex index = rows_->index(static_cast<int>(row));
-            selectionModel()->setCurrentIndex(index, QItemSelectionModel::Select);
-        }
+    QScrollBar& bar = *verticalScrollBar();
+    // At the top, a new row is seen; further down, what is seen stays where it is.
+    const bool isAtTop = bar.value() == bar.minimum();
+    const QPersistentModelIndex first = indexAt(QPoint());
+    const int place = visualRect(first).top();
+    rows_->update(rows);
+    executeDelayedItemsLayout();
+    if (!isAtTop && first.isValid()) {
+        bar.setValue(bar.value() + visualRect(first).top() - place);
     }
 }
 

@@ -18,7 +18,7 @@ class OutageList final : public QListView {
 public:
     explicit OutageList(QWidget* parent);
 
-    /// Rows that are still there stay selected.
+    /// Rows that are still there stay selected, and those that are seen where they are.
     void showRows(const std::vector<OutagesRow>& rows);
     /// Makes it the only selected row and scrolls to it, without a call of `onChoose`; or selects none.
     void select(std::optional<std::size_t> row);

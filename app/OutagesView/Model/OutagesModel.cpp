@@ -21,14 +21,12 @@ void OutagesModel::open() {
         state_ = presentState();
         reread();
     });
-    minutely_ = needs_.loop.everyRoughly(
-        needs_.loop.now() + rereadInterval, rereadInterval, rereadTolerance, [this] { reread(); });
     following_ = std::make_unique<RenderLoop>(needs_.loop, [this] { follow(); });
 }
 
 void OutagesModel::close() {
     following_.reset();
-    minutely_.reset();
+    rereading_.reset();
     history_ = {};
     page_ = {};
     status_.clear();
@@ -58,6 +56,19 @@ void OutagesModel::follow() {
     }
 }
 
+bool OutagesModel::lasts() const {
+    return std::ranges::any_of(history_.episodes, [](const Episode& episode) { return !episode.end; });
+}
+
+void OutagesModel::rereadLater() {
+    const double interval = lasts() ? lastingInterval : rereadInterval;
+    if (!rereading_ || interval != interval_) {
+        interval_ = interval;
+        rereading_ = needs_.loop.everyRoughly(
+            needs_.loop.now() + interval, interval, interval * rereadTolerance, [this] { reread(); });
+    }
+}
+
 void OutagesModel::reread() {
     const HistoryTime now = wallNow();
     const bool showsToday = page_.days.empty() || chosenDay_ + 1 == page_.days.size();
@@ -74,6 +85,7 @@ void OutagesModel::reread() {
     if (same == page_.days.end()) {
         chosenDay_ = page_.days.size() - 1; // today, or a day that has left the calendar
     }
+    rereadLater();
     if (onChange) {
         onChange();
     }

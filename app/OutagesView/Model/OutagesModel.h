@@ -17,8 +17,8 @@
 
 namespace tarnwick {
 
-/// Reads the history when it is opened, each minute, and when the connection goes bad or becomes good. While
-/// it is closed it holds nothing and does nothing. Main thread.
+/// Reads the history when it is opened, each minute, more often while an outage lasts, and when the connection
+/// goes bad or becomes good. While it is closed it holds nothing and does nothing. Main thread.
 class OutagesModel {
 public:
     /// All of it outlives the model.
@@ -71,9 +71,11 @@ public:
     std::function<void()> onChange;
 
 private:
-    /// Seconds between two looks at the history in which nothing happens.
+    /// Seconds between two looks at the history: in which nothing happens, and while an outage or a poor time
+    /// lasts, whose length is shown.
     static constexpr double rereadInterval = 60;
-    static constexpr double rereadTolerance = 5;
+    static constexpr double lastingInterval = 5;
+    static constexpr double rereadTolerance = 0.08; ///< of the interval
 
     /// What tells that the history has other entries, or is another one.
     struct State {
@@ -91,6 +93,10 @@ private:
     /// Runs at each change of the reading, and reads the history only at those that matter.
     void follow();
     void reread();
+    /// Again and again.
+    void rereadLater();
+    /// Whether an episode does.
+    [[nodiscard]] bool lasts() const;
 
     Needs needs_;
     State state_;
@@ -98,7 +104,8 @@ private:
     OutagesPage page_;
     std::string status_;
     std::size_t chosenDay_ = 0;
-    RunLoop::Handle minutely_;              ///< while it is open
+    double interval_ = 0;                   ///< of `rereading_`
+    RunLoop::Handle rereading_;             ///< while it is open
     std::unique_ptr<RenderLoop> following_; ///< while it is open
 };
 

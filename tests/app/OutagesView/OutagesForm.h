@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/App/OutagesWindow.h"
+#include "app/HistoryChartView/HistoryChartView.h"
 #include "app/OutagesView/DayStrip.h"
 #include "app/OutagesView/OutageList.h"
 #include "app/OutagesView/OutagesView.h"
@@ -24,7 +25,7 @@ namespace tarnwick::test {
 
 /// Noon of Wednesday, 2026-01-07, in Central Europe. Watched for three days.
 struct OutagesForm {
-    static constexpr std::size_t today = OutagesPage::dayCount - 1;
+    static constexpr std::size_t today = OutagesPage::today;
 
     OutagesForm() {
         loop.setWallClock(at("2026-01-07 11:00"));
@@ -85,6 +86,8 @@ struct OutagesForm {
     }
 
     [[nodiscard]] OutageList& list() const { return part<OutageList>(); }
+
+    [[nodiscard]] HistoryChartView& chart() const { return part<HistoryChartView>(); }
 
     [[nodiscard]] QPushButton& button(const QString& text) const {
         for (auto* const each : window.findChildren<QPushButton*>()) {

@@ -135,6 +135,20 @@ TEST_F(OutagesViewTest, OutagesAreCopiedAsLines) {
             + monday);
 }
 
+TEST_F(OutagesViewTest, ReturnPressesItsButtons) {
+    addOutages();
+    present();
+    tabToList();
+    press(Qt::Key_Down);
+    press(Qt::Key_Tab);
+    ASSERT_EQ(focused(), "Copy");
+    press(Qt::Key_Return);
+
+    EXPECT_EQ(
+        QGuiApplication::clipboard()->text().toStdString(),
+        "2026-01-06 11:00:00, poor for 1 min. Not clear.");
+}
+
 TEST_F(OutagesViewTest, ANewOutageAppearsAndTheSelectedOneStaysSelected) {
     addOutages();
     present();

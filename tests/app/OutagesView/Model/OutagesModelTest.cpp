@@ -25,8 +25,6 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using namespace std::chrono_literals;
 
-constexpr std::size_t lastDay = OutagesPage::dayCount - 1;
-
 class OutagesModelTest : public testing::Test {
 protected:
     OutagesModelTest() {
@@ -102,6 +100,24 @@ TEST_F(OutagesModelTest, ItReadsAgainEachMinute) {
     EXPECT_EQ(changes, 2);
 }
 
+TEST_F(OutagesModelTest, WhileAnOutageLastsItReadsAgainSoon) {
+    kept = {.episodes = {{.start = at("2026-01-07 10:59:30")}}, .until = at("2026-01-07 11:00")};
+    model.open();
+    EXPECT_EQ(model.page().rows.at(0).length, "30 s so far");
+    kept.until += 6s;
+    loop.advance(6);
+    EXPECT_EQ(model.page().rows.at(0).length, "36 s so far");
+
+    kept.episodes[0].end = kept.until;
+    loop.advance(6);
+    EXPECT_EQ(model.page().rows.at(0).length, "36 s");
+    const std::size_t before = reads.size();
+    loop.advance(50);
+    EXPECT_THAT(reads, SizeIs(before)) << "each minute again";
+    loop.advance(15);
+    EXPECT_THAT(reads, SizeIs(before + 1));
+}
+
 TEST_F(OutagesModelTest, ItReadsAgainAtOnceWhenTheConnectionChanges) {
     using Status = ConnectionWatchdog::Status;
     const Verdict blamed{.blame = Blame::provider, .evidence = "Nothing has answered for 3 s."};
@@ -145,11 +161,11 @@ TEST_F(OutagesModelTest, ItTellsWhyNothingIsKept) {
 TEST_F(OutagesModelTest, TheChosenDayStaysWhenAnotherBegins) {
     loop.setWallClock(at("2026-01-07 22:59:30"));
     model.open();
-    model.chooseDay(lastDay - 2);
+    model.chooseDay(OutagesPage::today - 2);
     loop.advance(61);
 
-    EXPECT_EQ(dateOf(lastDay), "Thursday, 2026-01-08");
-    EXPECT_EQ(model.chosenDay(), lastDay - 3);
+    EXPECT_EQ(dateOf(OutagesPage::today), "Thursday, 2026-01-08");
+    EXPECT_EQ(model.chosenDay(), OutagesPage::today - 3);
     EXPECT_EQ(chosenDate(), "Monday, 2026-01-05");
 }
 
@@ -178,10 +194,10 @@ TEST_F(OutagesModelTest, FiguresAreThoseOfTheChosenDay) {
     ASSERT_THAT(model.figures(), SizeIs(dayFigureCount));
     EXPECT_EQ(model.figures().front().value, "unknown");
 
-    model.chooseDay(lastDay - 2);
+    model.chooseDay(OutagesPage::today - 2);
     EXPECT_EQ(model.figures().front().value, "100%");
-    model.chooseDay(lastDay + 1);
-    EXPECT_EQ(model.chosenDay(), lastDay - 2);
+    model.chooseDay(OutagesPage::today + 1);
+    EXPECT_EQ(model.chosenDay(), OutagesPage::today - 2);
 }
 
 TEST_F(OutagesModelTest, ExportsTheReportOfAllDays) {
@@ -201,7 +217,7 @@ TEST_F(OutagesModelTest, ExportsTheReportOfAllDays) {
 TEST_F(OutagesModelTest, TheChartOfADayGoesFromMidnightToMidnight) {
     kept = {.episodes = {outage("2026-01-06 09:10", "2026-01-06 09:20")}, .until = at("2026-01-07 11:00")};
     model.open();
-    model.chooseDay(lastDay - 1);
+    model.chooseDay(OutagesPage::today - 1);
 
     const HistoryChart::Chart chart = model.chart();
     ASSERT_THAT(chart.columns, SizeIs(48));
