@@ -43,10 +43,10 @@ class Node:
             yield from child.all()
 
     def has_keyboard(self) -> Node | None:
-        """The control that has it. The entries of a picker may say so of themselves, too, even while it is closed."""
+        """The control that has it. The entries of pickers and lists may say so of themselves, too, also while it is elsewhere."""
         if {"showing", "focused"} <= set(self.states):
             return self
-        if self.role == "combo box":
+        if self.role in ("combo box", "list"):
             return None
         return next(filter(None, (child.has_keyboard() for child in self.children)), None)
 

@@ -134,6 +134,10 @@ class Desktop(Installed):
     def focused_title(self) -> str:
         """Of the window that has the keyboard."""
 
+    def clipboard(self) -> str:
+        """What another program would paste."""
+        raise NotImplementedError
+
     def dismiss_menu(self) -> None:
         """A menu that the panel has drawn."""
         self.key("Escape")
@@ -264,3 +268,6 @@ class X11Desktop(Desktop):
 
     def focused_title(self) -> str:
         return self.screen.focused_title()
+
+    def clipboard(self) -> str:
+        return self.screen.clipboard()

@@ -48,10 +48,11 @@ def date_text(days_ago: int) -> str:
 class PastDays:
     """Written into the journal of a program that runs. Use it as a context manager."""
 
-    def __init__(self, journal: pathlib.Path) -> None:
+    def __init__(self, journal: pathlib.Path, host: str = HOST) -> None:
+        self._address = host
         self._database = sqlite3.connect(journal, timeout=PATIENCE)
-        self._database.execute("INSERT OR IGNORE INTO hosts (name) VALUES (?)", (HOST,))
-        [(self._host,)] = self._database.execute("SELECT id FROM hosts WHERE name = ?", (HOST,)).fetchall()
+        self._database.execute("INSERT OR IGNORE INTO hosts (name) VALUES (?)", (host,))
+        [(self._host,)] = self._database.execute("SELECT id FROM hosts WHERE name = ?", (host,)).fetchall()
 
     def __enter__(self) -> PastDays:
         return self
@@ -76,7 +77,7 @@ class PastDays:
         blame, likelihood, evidence = verdict or (None, None, None)
         self._database.execute(
             "INSERT OR REPLACE INTO episodes VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-            (self._host, kind, start, start + seconds, blame, likelihood, evidence, HOST, "eth0", seconds),
+            (self._host, kind, start, start + seconds, blame, likelihood, evidence, self._address, "eth0", seconds),
         )
 
     def asleep(self, days_ago: int, first: str, last: str) -> None:
@@ -109,9 +110,9 @@ class OutagesWindow:
     def journal(self) -> pathlib.Path:
         return self.desktop.session.home / ".local/state/Tarnwick/journal.sqlite"
 
-    def write_past(self) -> None:
+    def write_past(self, host: str = HOST) -> None:
         """Thirty days: good ones, and bad ones of each kind."""
-        with PastDays(self.journal) as past:
+        with PastDays(self.journal, host) as past:
             for days_ago in range(1, 31):
                 if days_ago not in (12, 13):
                     past.watched(days_ago, ms=18 + days_ago % 5)
@@ -143,9 +144,18 @@ class OutagesWindow:
         node = self.focused()
         return "" if node is None else node.name
 
+    def rows(self) -> list[str]:
+        """Of the list, those that can be seen."""
+        return [node.name for node in self.nodes() if node.role == "list item"]
+
     def selected(self) -> list[str]:
         """The rows of the list that are."""
         return [node.name for node in self.nodes() if node.role == "list item" and "selected" in node.states]
+
+    def tab_to(self, name: str) -> None:
+        """The next control, whose name begins so."""
+        self.desktop.key("Tab")
+        eventually(lambda: self.focused_name().startswith(name), PATIENCE, f"{name} has the keyboard")
 
     def go_to_day(self, days_ago: int) -> None:
         """From a later one."""

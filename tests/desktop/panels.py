@@ -279,6 +279,9 @@ class WaybarPanel(OverlayDesktop):
     def key(self, name: str, *modifiers: str) -> None:
         self.devices.key(name, *modifiers)
 
+    def clipboard(self) -> str:
+        return self.session.run(["wl-paste", "--no-newline"]).decode()
+
     def dismiss_menu(self) -> None:
         """The panel never has the keyboard."""
         self.click(*PARKED)

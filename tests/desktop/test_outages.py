@@ -5,13 +5,17 @@ from __future__ import annotations
 import unittest
 
 from endtoend.waiting import eventually
+from lab import Behavior, Lab
 
 from .outages import PROVIDER, WIFI, OutagesWindow, date_text
 from .panels import XfcePanel
 from .preference import ColorPreference
-from .program import PATIENCE
+from .program import PATIENCE, Program
 
 DAYS = 90
+ADDRESS = "10.77.0.51"
+# With a time-out of a second, silence is an outage within this time.
+OUTAGE_SECONDS = 10
 
 
 class Outages(OutagesWindow, unittest.TestCase):
@@ -47,8 +51,8 @@ class Outages(OutagesWindow, unittest.TestCase):
         self.assertEqual(names[-13], f"{date_text(12)}: not watched")
         texts = self.texts()
         self.assertTrue(any(text.startswith("Availability: ") for text in texts), texts)
-        rows = [text for text in texts if " down for " in text and ", down" in text[:27]]
-        self.assertGreater(len(rows), 1, texts)  # those that can be seen
+        rows = self.rows()
+        self.assertGreater(len(rows), 1, texts)
         self.assertTrue(rows[1].endswith(f"10:12:07, down for 3 min 7 s. Provider (likely): {PROVIDER}"), rows)
 
     def test_the_keyboard_leads_to_days_and_outages(self) -> None:
@@ -61,16 +65,49 @@ class Outages(OutagesWindow, unittest.TestCase):
             return len(rows) == 1 and text in rows[0]
 
         eventually(lambda: is_selected(WIFI), PATIENCE, "the day's outage is selected")
-        self.desktop.key("Tab")
-        eventually(lambda: self.focused_name().startswith("By half hours"), PATIENCE, "the chart has the keyboard")
-        self.desktop.key("Tab")
-        eventually(lambda: self.focused_name() == "Outages", PATIENCE, "the list has the keyboard")
+        self.tab_to("By half hours")
+        self.tab_to("Outages")
         self.desktop.key("Home")
         eventually(lambda: is_selected("18:40:00, down for 42 s. Not clear."), PATIENCE, "the newest outage")
         self.assertIn(date_text(1), self.texts())
         self.desktop.screenshot("outages-keyboard.png")
         self.desktop.key("Escape")
         eventually(lambda: not self.windows(), PATIENCE, "it has closed")
+
+    def test_an_outage_begins_and_ends_while_it_is_open(self) -> None:
+        self.program.end()
+        lab = self.enterContext(Lab())
+        lab.behave(ADDRESS, Behavior())
+        self.program = Program(self.desktop, Hostname=ADDRESS, PingTimeout=1)
+        self.addCleanup(self.program.end)
+        self.item = self.program.item_up()
+        self.write_past(ADDRESS)
+        self.open_outages()
+        self.assertIn("Down: 0 s", self.texts())
+        self.tab_to("By half hours")
+        self.tab_to("Outages")
+        self.desktop.key("Home")
+        self.desktop.key("Down")
+        selected = [row for row in self.rows() if PROVIDER in row]
+        eventually(lambda: self.selected() == selected, PATIENCE, "the outage before the newest one is selected")
+        count = len(self.rows())
+
+        def newest(lasts: bool) -> bool:
+            """Whether it is one of today that lasts, or one that is over."""
+            rows = self.rows()
+            return bool(rows) and rows[0].startswith(date_text(0)[-10:]) and (" so far. " in rows[0]) == lasts
+
+        lab.change(ADDRESS, silent=True)
+        eventually(lambda: newest(lasts=True), OUTAGE_SECONDS + PATIENCE, "an outage that lasts")
+        eventually(lambda: "Down: 0 s" not in self.texts(), PATIENCE, "the day's figures")
+        self.assertTrue(any(text.startswith(date_text(0)) and "1 outage" in text for text in self.texts()), self.texts())
+        self.assertEqual(self.selected(), selected)
+        self.desktop.screenshot("outages-running.png")
+
+        lab.change(ADDRESS, silent=False)
+        eventually(lambda: newest(lasts=False), OUTAGE_SECONDS + PATIENCE, "it is over")
+        self.assertGreaterEqual(len(self.rows()), count)
+        self.assertEqual(self.selected(), selected)
 
     def test_it_can_be_read_on_a_light_and_a_dark_desktop(self) -> None:
         preference = ColorPreference(self.desktop.session, dark=False)

@@ -12,10 +12,10 @@ import time
 BUTTONS = {1: 0x110, 2: 0x112, 3: 0x111}
 LETTERS = {"qwertyuiop": 16, "asdfghjkl": 30, "zxcvbnm": 44}
 KEYS = {
-    "Escape": 1, "Tab": 15, "Return": 28, "Control_L": 29, "Alt_L": 56, "space": 57, "Up": 103, "Down": 108,
-    "comma": 51,
+    "Escape": 1, "Tab": 15, "Return": 28, "Control_L": 29, "Shift_L": 42, "comma": 51, "Alt_L": 56, "space": 57,
+    "Home": 102, "Up": 103, "Left": 105, "Right": 106, "End": 107, "Down": 108,
 } | {letter: first + index for row, first in LETTERS.items() for index, letter in enumerate(row)}  # fmt: skip
-MODIFIER_BITS = {"Control_L": 4, "Alt_L": 8}
+MODIFIER_BITS = {"Shift_L": 1, "Control_L": 4, "Alt_L": 8}
 KEYMAP = """xkb_keymap {
     xkb_keycodes { include "evdev+aliases(qwerty)" };
     xkb_types { include "complete" };

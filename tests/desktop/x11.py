@@ -22,6 +22,7 @@ from .session import Session
 LEFT, MIDDLE, RIGHT = 1, 2, 3
 SCROLL_UP, SCROLL_DOWN = 4, 5
 START_SECONDS = 20
+ANSWER_SECONDS = 20
 # Of displays that are tried.
 FIRST_NUMBER, NUMBERS, ATTEMPTS = 100, 800, 50
 
@@ -230,6 +231,25 @@ class X11Screen:
         except error.XError:
             pass  # It went while it was looked at.
         return ""
+
+    def clipboard(self) -> str:
+        """What another program would paste."""
+        root = self._display.screen().root
+        window = root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+        try:
+            names = (self._display.intern_atom(name) for name in ("CLIPBOARD", "UTF8_STRING", "PASTED"))
+            clipboard, kind, place = names
+            window.convert_selection(clipboard, kind, place, X.CurrentTime)
+            eventually(self._is_answered, ANSWER_SECONDS, "the clipboard's owner answers")
+            value = window.get_full_property(place, X.AnyPropertyType)
+            return "" if value is None else value.value.decode()
+        finally:
+            window.destroy()
+
+    def _is_answered(self) -> bool:
+        """Reads the events that are here; true when one of them tells that a selection is there."""
+        types = [self._display.next_event().type for _ in range(self._display.pending_events())]
+        return X.SelectionNotify in types
 
     def give_keyboard(self, title: str) -> bool:
         """Gives the keyboard to the top window whose title begins so, where no window manager does; false without one."""
