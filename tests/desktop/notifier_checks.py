@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import signal
+from collections.abc import Callable
 
 from PIL import Image
 
@@ -31,6 +32,22 @@ MENU_TITLES = (
 )
 
 
+def item_calls(bus: str) -> Listener:
+    """What panels ask of items on this bus."""
+    return Listener(bus, f"type='method_call',interface='{INTERFACE}'")
+
+
+def click_until_called(click: Callable[[], None], calls: Listener) -> None:
+    """A panel that lays itself out just then takes the click for nothing: it is repeated if no call follows."""
+    before = len(calls.messages())
+
+    def is_taken() -> bool:
+        click()
+        return not never(lambda: len(calls.messages()) > before, CLICK_SECONDS)
+
+    eventually(is_taken, PATIENCE, "the panel hands the click on to the item")
+
+
 class NotifierChecks(PanelChecks):
     """In panels that host items over the bus."""
 
@@ -40,21 +57,10 @@ class NotifierChecks(PanelChecks):
     @classmethod
     def setUpClass(cls) -> None:
         super().setUpClass()
-        rule = f"type='method_call',interface='{INTERFACE}'"
-        cls.item_calls = cls.enterClassContext(Listener(cls.desktop.session.bus.address, rule))
+        cls.item_calls = cls.enterClassContext(item_calls(cls.desktop.session.bus.address))
 
     def open_drop_down(self, place: Rectangle) -> None:
-        """A panel that lays itself out just then takes the click for nothing: it is repeated if no call follows."""
-        before = len(self.item_calls.messages())
-
-        def is_called() -> bool:
-            return len(self.item_calls.messages()) > before
-
-        def is_taken() -> bool:
-            self.click_item(place)
-            return not never(is_called, CLICK_SECONDS)
-
-        eventually(is_taken, PATIENCE, "the panel hands the click on to the item")
+        click_until_called(lambda: self.click_item(place), self.item_calls)
 
     def wait_for_verdict(self, program: Program) -> None:
         program.item_up()

@@ -18,6 +18,7 @@ from .bus import BUS, BUS_PATH, Listener
 from .item import Item
 from .notifications import NOTIFICATIONS, BareDesktop, Daemon, Dunst, Requests, Xfce4Notifyd
 from .desktops import X11Desktop
+from .notifier_checks import click_until_called, item_calls
 from .panels import XfcePanel
 from .pictures import Rectangle, changed
 from .program import APPLICATION, PATIENCE, PROGRAM, Program
@@ -32,8 +33,10 @@ RESTORED = ("Tarnwick — Connection restored", "Your internet connection has be
 BLAME = "in your own network, does not answer."
 # With a time-out of a second, silence is an outage within this time; a connection that is down is tried again as often.
 OUTAGE_SECONDS = 10
-# A notification that no daemon could show is dropped after five seconds, and so after this many pings.
-STALE_PINGS = 7
+# A notification that no daemon could show is dropped after five seconds.
+STALE_SECONDS = 7
+# Of a path without routers.
+PROBES_TO_LEARN = 3
 # A program that waits for the answer of a daemon that hangs waits longer: 25 seconds, the bus's usual limit.
 UNHELD_SECONDS = 15
 # What passes on the bus when a daemon is asked.
@@ -124,6 +127,18 @@ class Notifications(ConcurrentTestCase):
         sent = len(self.lab.requests(address))
         eventually(lambda: len(self.lab.requests(address)) >= sent + count, count + PATIENCE, "pings")
 
+    def wait_until_stale(self, address: str) -> None:
+        """By the stamps of pings: the program works, and drops what no daemon could show so far."""
+        posted = time.monotonic()
+        eventually(
+            lambda: any(request.at > posted + STALE_SECONDS for request in self.lab.requests(address)),
+            STALE_SECONDS + PATIENCE, "a ping so much later"
+        )  # fmt: skip
+
+    def wait_until_learnt(self, address: str) -> None:
+        """Of a path that was not known before, nothing can be said once it is silent."""
+        eventually(lambda: self.lab.probes(address) >= PROBES_TO_LEARN, PATIENCE, "the path is learnt")
+
     def begin_outage(self, address: str) -> None:
         self.lab.change(address, silent=True)
 
@@ -150,7 +165,8 @@ class Notifications(ConcurrentTestCase):
 
     def check_drop_down(self, desktop: X11Desktop, program: Program, icon: Rectangle) -> None:
         """It opens, and says that the connection is down, and whose fault that is."""
-        desktop.click(*icon.center)
+        with item_calls(desktop.session.bus.address) as calls:
+            click_until_called(lambda: desktop.click(*icon.center), calls)
         eventually(program.drop_down, UNHELD_SECONDS, "the drop-down")
 
         def says_so() -> bool:
@@ -234,6 +250,7 @@ class Notifications(ConcurrentTestCase):
             program = self.start(desktop, address)
             icon = desktop.item_rectangle(empty)
             item = program.item()
+            self.wait_until_learnt(address)
 
             self.begin_outage(address)
             self.wait_until_down(item)
@@ -241,7 +258,7 @@ class Notifications(ConcurrentTestCase):
             self.assertIsNone(desktop.session.bus.owner(NOTIFICATIONS))
             self.end_outage(address)
             self.wait_until_up(item)
-            self.wait_for_pings(address, STALE_PINGS)
+            self.wait_until_stale(address)
             daemon = Dunst(desktop)
             self.begin_outage(address)
 
@@ -258,6 +275,7 @@ class Notifications(ConcurrentTestCase):
             program = self.start(desktop, address)
             icon = desktop.item_rectangle(empty)
             item = program.item()
+            self.wait_until_learnt(address)
             with Listener(desktop.session.bus.address, QUESTION) as listener:
                 self.begin_outage(address)
                 eventually(listener.messages, OUTAGE_SECONDS + PATIENCE, "the daemon is asked")
@@ -298,7 +316,7 @@ class Notifications(ConcurrentTestCase):
             Dunst(desktop).hang()
             with Listener(desktop.session.bus.address, QUESTION) as listener:
                 self.check_terminal("10.77.0.44", bus_of(desktop.session))
-                self.assertTrue(listener.messages(), "the daemon was asked")
+                eventually(listener.messages, PATIENCE, "the daemon was asked")
 
     def test_in_a_sandbox_an_outage_is_shown_through_the_portal(self) -> None:
         address = "10.77.0.40"

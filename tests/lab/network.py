@@ -116,6 +116,7 @@ class Lab:
         # When each request was sent, by the packet, until the responder reads it.
         self._sent_at: dict[bytes, float] = {}
         self._queries: collections.Counter[str] = collections.Counter()
+        self._probes: collections.Counter[str] = collections.Counter()
         self._due: list[tuple[float, int, bytes]] = []
         self._order = itertools.count()
         self._stopping = False
@@ -179,6 +180,11 @@ class Lab:
         """Whether this many requests came for an address, and no answer of the laboratory is still to be sent."""
         with self._lock:
             return len(self._requests[_canonical(address)]) >= count and not self._due
+
+    def probes(self, address: str) -> int:
+        """How many probes of the path came for an address so far."""
+        with self._lock:
+            return self._probes[_canonical(address)]
 
     def queries(self, address: str) -> int:
         """How many name-server queries (UDP) came for an address so far. None is ever answered."""
@@ -251,6 +257,7 @@ class Lab:
         is_probe = packet.hop_limit <= _MOST_HOPS
         index = self._indexes[address]
         self._indexes[address] += not is_probe
+        self._probes[address] += is_probe
         lost = behavior.loses(index, self._chance)
         if not is_probe:
             self._requests[address].append(
