@@ -6,6 +6,8 @@
 
 #include <vector>
 
+class QGridLayout;
+
 namespace tarnwick {
 
 class DayFigures final : public ReadAloudWidget {
@@ -14,10 +16,17 @@ public:
 
     void showFigures(const std::vector<OutagesFigure>& figures);
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     class FigureView;
 
-    std::vector<FigureView*> views_; ///< children, `dayFigureCount` of them
+    void applyStyle();
+
+    // Children.
+    QGridLayout* grid_;
+    std::vector<FigureView*> views_; ///< `dayFigureCount` of them
 };
 
 } // namespace tarnwick

@@ -1,6 +1,7 @@
 #include "app/OutagesView/OutageList.h"
 
 #include "app/OutagesView/OutageRowPainter.h"
+#include "app/ViewStyle/FormStyle.h"
 #include "app/ViewStyle/ViewStyle.h"
 
 #include <QAbstractListModel>
@@ -146,6 +147,7 @@ OutageList::OutageList(QWidget* parent) : QListView(parent), rows_(new Rows(this
     setVerticalScrollMode(ScrollPerPixel);
     setAccessibleName(QStringLiteral("Outages"));
     viewport()->setAutoFillBackground(false);
+    FormStyle::dress(*verticalScrollBar());
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 }
 

@@ -89,6 +89,7 @@ void OutageRowPainter::paint(
     const QRectF row(option.rect);
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
+    painter->setLayoutDirection(Qt::LeftToRight);
     drawRowGround(*painter, option, style.length(outageRadius));
     const QFont font = style.font(ViewStyle::usualText);
     const QFont small = style.font(ViewStyle::smallText);

@@ -27,6 +27,9 @@ constexpr double knobInset = 3;
 constexpr double sliderKnob = 18;
 constexpr double grooveHeight = 4;
 constexpr double cornerRadius = 10; ///< of a card
+constexpr double scrollBarWidth = 12;
+constexpr double scrollBarInset = 3; ///< of the handle, at both sides
+constexpr double shortestHandle = 28;
 
 // Shares of the text's color in that of the window.
 constexpr double edgeShare = 0.48;
@@ -35,6 +38,8 @@ constexpr double fieldShare = 0.03;
 constexpr double buttonShare = 0.07;
 constexpr double hoverShare = 0.05;
 constexpr double pressShare = 0.1;
+
+constexpr double handleShare = 0.3; ///< more under the pointer
 
 constexpr float edgeOpacity = 0.11F; ///< of a card
 
@@ -156,6 +161,54 @@ void drawSlider(
     painter.restore();
 }
 
+/// The handle alone, without arrows and groove.
+void drawScrollBar(QPainter& painter, const QStyleOptionSlider& option, const QRectF& handle, double inset) {
+    if (option.maximum <= option.minimum) {
+        return;
+    }
+    const bool isActive = is(option, QStyle::State_MouseOver) || is(option, QStyle::State_Sunken);
+    const bool isUpright = option.orientation == Qt::Vertical;
+    const QRectF pill =
+        isUpright ? handle.adjusted(inset, 1, -inset, -1) : handle.adjusted(1, inset, -1, -inset);
+    const double round = std::min(pill.width(), pill.height()) / 2;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(between(option.palette, isActive ? edgeShare : handleShare));
+    painter.drawRoundedRect(pill, round, round);
+    painter.restore();
+}
+
+/// A part of a scroll bar; empty for the arrows, which it has not.
+QRect scrollBarPart(const QStyleOptionSlider& option, QStyle::SubControl part, int shortest) {
+    const QRect whole = option.rect;
+    const bool isUpright = option.orientation == Qt::Vertical;
+    const int room = isUpright ? whole.height() : whole.width();
+    const int range = option.maximum - option.minimum;
+    const int handle =
+        range > 0
+            ? std::clamp(room * option.pageStep / (range + option.pageStep), std::min(shortest, room), room)
+            : room;
+    const int from = QStyle::sliderPositionFromValue(
+        option.minimum, option.maximum, option.sliderPosition, room - handle, option.upsideDown);
+    const auto placed = [&](int begin, int end) {
+        return isUpright ? QRect(whole.left(), whole.top() + begin, whole.width(), end - begin)
+                         : QRect(whole.left() + begin, whole.top(), end - begin, whole.height());
+    };
+    switch (part) {
+    case QStyle::SC_ScrollBarSlider:
+        return placed(from, from + handle);
+    case QStyle::SC_ScrollBarSubPage:
+        return placed(0, from);
+    case QStyle::SC_ScrollBarAddPage:
+        return placed(from + handle, room);
+    case QStyle::SC_ScrollBarGroove:
+        return whole;
+    default:
+        return {};
+    }
+}
+
 } // namespace
 
 FormStyle::FormStyle() : QProxyStyle(QStringLiteral("fusion")) {
@@ -263,6 +316,10 @@ void FormStyle::drawComplexControl(
         drawSlider(
             *painter, *slider, subControlRect(control, option, SC_SliderGroove, widget),
             subControlRect(control, option, SC_SliderHandle, widget));
+    } else if (control == CC_ScrollBar && slider != nullptr) {
+        drawScrollBar(
+            *painter, *slider, subControlRect(control, option, SC_ScrollBarSlider, widget),
+            length(widget, scrollBarInset));
     } else if (control == CC_ComboBox) {
         drawBox(*painter, *option, buttonFill(*option), length(widget, fieldRadius));
         const QRectF arrow = subControlRect(control, option, SC_ComboBoxArrow, widget);
@@ -308,6 +365,9 @@ QRect FormStyle::subControlRect(
                                  : arrows.adjusted(0, middle, 0, 0));
     }
     const auto* const slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    if (control == CC_ScrollBar && slider != nullptr) {
+        return scrollBarPart(*slider, part, static_cast<int>(length(widget, shortestHandle)));
+    }
     if (control == CC_Slider && slider != nullptr && part == SC_SliderGroove) {
         const int height = static_cast<int>(length(widget, grooveHeight));
         return {whole.left(), whole.center().y() + 1 - height / 2, whole.width(), height};
@@ -360,6 +420,10 @@ int FormStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const
     case PM_SliderThickness:
     case PM_SliderControlThickness:
         return static_cast<int>(length(widget, sliderKnob));
+    case PM_ScrollBarExtent:
+        return static_cast<int>(length(widget, scrollBarWidth));
+    case PM_ScrollBarSliderMin:
+        return static_cast<int>(length(widget, shortestHandle));
     default:
         return QProxyStyle::pixelMetric(metric, option, widget);
     }

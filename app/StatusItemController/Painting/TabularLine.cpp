@@ -76,6 +76,7 @@ TabularLine::TabularLine(const QFont& font, const QString& text) : font_(font) {
 
 void TabularLine::draw(QPainter& painter, QPointF origin, double scale) const {
     painter.setFont(scale == 1 ? font_ : scaledFont(font_, scale, *painter.device()));
+    painter.setLayoutDirection(Qt::LeftToRight); // on every desktop: the texts are English
     for (const Piece& piece : pieces_) {
         painter.drawText(origin + QPointF(piece.x * scale, 0), piece.text);
     }

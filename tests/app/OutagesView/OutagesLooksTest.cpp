@@ -3,11 +3,10 @@
 #include "app/OutagesView/StatusLine.h"
 #include "tests/app/OutagesView/OutagesForm.h"
 #include "tests/app/StatusMenuView/DrawnView.h"
-#include "tests/support/TemporaryFolder.h"
 
-#include <QFileDialog>
 #include <QFontMetrics>
 #include <QImage>
+#include <QScrollBar>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,7 +18,6 @@ namespace tarnwick {
 
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
 
@@ -166,6 +164,46 @@ TEST_F(OutagesLooksTest, WithoutOutagesTheListIsNotBare) {
     const QImage image = drawnList();
 
     EXPECT_TRUE(isInked(image, QRect(image.width() / 2 - 40, image.height() / 2 - 8, 80, 16)));
+}
+
+TEST_F(OutagesLooksTest, TheScrollBarIsAHandleThatFollowsThePointer) {
+    for (int count = 0; count < 30; ++count) {
+        const HistoryTime start = test::at("2026-01-02 00:30") + std::chrono::hours(count);
+        history.episodes.insert(
+            history.episodes.begin() + count, {.start = start, .end = start + std::chrono::minutes(2)});
+    }
+    present();
+    QScrollBar& bar = *list().verticalScrollBar();
+    ASSERT_GT(bar.maximum(), 0);
+    const auto isInkedAt = [&bar](int y) {
+        return isInked(test::drawn(bar), QRect(bar.width() / 2 - 1, y, 2, 2));
+    };
+    EXPECT_TRUE(isInkedAt(6));
+    EXPECT_FALSE(isInkedAt(bar.height() - 6));
+
+    const QPoint middle = bar.rect().center();
+    const int grabbed = 10;
+    QTest::mousePress(&bar, Qt::LeftButton, Qt::NoModifier, QPoint(middle.x(), grabbed));
+    QTest::mouseMove(&bar, QPoint(middle.x(), bar.height() + 100));
+    QTest::mouseRelease(&bar, Qt::LeftButton, Qt::NoModifier, QPoint(middle.x(), bar.height() + 100));
+    EXPECT_EQ(bar.value(), bar.maximum());
+    EXPECT_FALSE(isInkedAt(6));
+    EXPECT_TRUE(isInkedAt(bar.height() - 6));
+
+    QTest::mouseClick(&bar, Qt::LeftButton, Qt::NoModifier, QPoint(middle.x(), 2));
+    EXPECT_EQ(bar.value(), bar.maximum() - bar.pageStep());
+}
+
+TEST_F(OutagesLooksTest, TheColumnsOfFiguresStayWhereTheyAreFromDayToDay) {
+    present();
+    const auto lefts = [this] {
+        return std::vector{placeOf("Asleep").left(), placeOf("Worst hour").right(), placeOf("Jitter").left()};
+    };
+    const std::vector<int> before = lefts();
+    press(Qt::Key_Left); // to one with an outage
+    ASSERT_THAT(texts(), HasSubstr("\nWorst hour: 13:00, down for 5 min\n"));
+
+    EXPECT_EQ(lefts(), before);
 }
 
 TEST_F(OutagesLooksTest, TheChosenDayIsMarked) {

@@ -229,7 +229,7 @@ History someHundredDays(HistoryTime until) {
     History history{.until = until};
     std::mt19937 random(11); // NOLINT(cert-msc51-cpp): the same every time
     std::lognormal_distribution<double> latency(3, 0.25);
-    for (HistoryTime start = until - days(74); start < until; start += minutes(15)) {
+    for (HistoryTime start = floorTo(until, minutes(15)) - days(74); start < until; start += minutes(15)) {
         const auto hour = (start - floorTo(start, days(1))) / hours(1);
         const auto day = (until - start) / days(1);
         if (hour < 6 || (day > 30 && day < 35)) {
@@ -238,7 +238,9 @@ History someHundredDays(HistoryTime until) {
         Period period{.start = start, .length = PeriodLength::quarterHour};
         period.figures.watchedSeconds = 900;
         for (period.figures.sent = 0; period.figures.sent < 180; ++period.figures.sent) {
-            period.figures.addAnswer(latency(random) * (hour == 20 ? 2.2 : 1));
+            const double ms = latency(random) * (hour == 20 ? 2.2 : 1);
+            period.figures.addAnswer(ms);
+            period.figures.addDifference(ms / 10);
         }
         history.periods.push_back(period);
     }
@@ -290,26 +292,54 @@ History historyOfPicture(HistoryTime until) {
     return history;
 }
 
+History historyOf(const OutagesScene& scene, HistoryTime until) {
+    using Past = OutagesScene::Past;
+    if (scene.past == Past::unknown) {
+        return {.until = until};
+    }
+    History history = scene.past == Past::usual ? historyOfPicture(until) : someHundredDays(until);
+    const Verdict verdict{
+        .blame = Blame::beyondProvider,
+        .likelihood = Likelihood::possible,
+        .evidence =
+            "The provider's network answers up to 2001:db8:ffff:ffff:ffff:ffff:ffff:ffff; loss begins "
+            "after it, at 2001:db8:eeee:eeee:eeee:eeee:eeee:eeee and beyond."};
+    const int count = scene.past == Past::hundreds ? 700 : scene.past == Past::oneOutage ? 1 : 0;
+    for (int number = 0; number < count; ++number) {
+        const auto kind = number % 3 == 2 ? Episode::Kind::degradation : Episode::Kind::outage;
+        addBad(history, kind, 73 - number / 10, hours(7 + number % 10), seconds(40 + 5 * number), verdict);
+    }
+    if (scene.isRunning) {
+        history.episodes.push_back({.start = until - seconds(187), .verdict = verdict});
+    }
+    return history;
+}
+
+seconds offsetOf(const OutagesScene& scene, HistoryTime time) {
+    constexpr std::chrono::sys_days change = std::chrono::year(2026) / 10 / 25;
+    return hours(scene.seesChange ? (time < change + hours(1) ? 2 : 1) : 0);
+}
+
 } // namespace
 
-QImage grabOutages() {
+QImage grabOutages(const OutagesScene& scene) {
     simulation::VirtualRunLoop loop;
     constexpr std::chrono::sys_days today = std::chrono::year(2026) / 11 / 23;
     loop.setWallClock(today + hours(15) + minutes(7));
     Observed<Reading> reading;
-    reading.set({.host = "one.example", .chart = {.lowThresholdMs = 100, .highThresholdMs = 1000}});
+    reading.set({.host = scene.host, .chart = {.lowThresholdMs = 100, .highThresholdMs = 1000}});
     test::StandardMenu menu;
     OutagesWindow window(
         {.loop = loop,
          .reading = reading,
          .keepsHistory = [] { return true; },
-         .read = [](const Span& span) { return historyOfPicture(span.to); },
+         .read = [&scene](const Span& span) { return historyOf(scene, span.to); },
          .version = "1.2",
-         .offset = [](HistoryTime) { return seconds(0); }},
+         .offset = [&scene](HistoryTime time) { return offsetOf(scene, time); }},
         menu.menu);
     window.present();
     QApplication::processEvents();
-    for (int day = 0; day < 3; ++day) {
+    for (int day = 0; day < scene.daysAgo; ++day) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left);
     }
     QApplication::processEvents();

@@ -60,7 +60,18 @@ void loseProvider(WatchedMonitor& world);
 
 void changeSomeSettings(WatchedMonitor& world);
 
-/// The outages window on a day with two outages.
-[[nodiscard]] QImage grabOutages();
+/// What the outages window is about.
+struct OutagesScene {
+    enum class Past { usual, unknown, good, oneOutage, hundreds };
+
+    Past past = Past::usual;
+    std::string host = "one.example";
+    int daysAgo = 3;         ///< of the chosen day; the usual past had two outages then
+    bool isRunning = false;  ///< an outage lasts
+    bool seesChange = false; ///< the clock is set back 29 days ago, as in Central Europe
+};
+
+/// The outages window at its usual size.
+[[nodiscard]] QImage grabOutages(const OutagesScene& scene = {});
 
 } // namespace tarnwick::scenes

@@ -186,6 +186,23 @@ void drawSettings(const QDir& folder, const QString& style) {
     QApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
+void drawOutages(const QDir& folder, const QString& style) {
+    using Past = OutagesScene::Past;
+    const std::string longHost = std::string(60, 'w') + "." + std::string(60, 'i') + ".example";
+    for (const auto& [name, scene] :
+         {std::pair{"usual", OutagesScene{}}, std::pair{"unknown", OutagesScene{Past::unknown}},
+          std::pair{"good", OutagesScene{Past::good}},
+          std::pair{"one", OutagesScene{Past::oneOutage, "::1", 73}},
+          std::pair{"hundreds", OutagesScene{Past::hundreds, longHost, 20}},
+          std::pair{"running", OutagesScene{.daysAgo = 0, .isRunning = true}},
+          std::pair{"clock", OutagesScene{.daysAgo = 29, .seesChange = true}}}) {
+        grabOutages(scene).save(folder.filePath("outages-" + QLatin1String(name) + "-" + style + ".png"));
+    }
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+    grabOutages().save(folder.filePath("outages-right-to-left-" + style + ".png"));
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
 void drawUpdates(const QDir& folder, const QString& style) {
     const FoundUpdate update = someUpdate();
     const std::vector<std::pair<QString, UpdateState>> states{
@@ -212,7 +229,7 @@ void drawInBothColors(const QDir& folder, const QString& scale, double points) {
         Appearance::prefer(isDark);
         drawDropDowns(folder, style);
         drawSettings(folder, style);
-        grabOutages().save(folder.filePath("outages-" + style + ".png"));
+        drawOutages(folder, style);
         drawUpdates(folder, style);
     }
 }
