@@ -55,17 +55,23 @@ void LatencyHistogram::add(double ms) {
 }
 
 void LatencyHistogram::add(const Bucket& bucket) {
-    const auto place = std::ranges::lower_bound(buckets_, bucket.index, {}, &Bucket::index);
-    if (place != buckets_.end() && place->index == bucket.index) {
-        place->count = std::min(place->count + bucket.count, mostAnswers);
-    } else {
-        buckets_.insert(place, bucket);
+    addAt(std::ranges::lower_bound(buckets_, bucket.index, {}, &Bucket::index), bucket);
+}
+
+LatencyHistogram::Place LatencyHistogram::addAt(Place place, const Bucket& bucket) {
+    if (place == buckets_.end() || place->index != bucket.index) {
+        return buckets_.insert(place, bucket);
     }
+    place->count = std::min(place->count + bucket.count, mostAnswers);
+    return place;
 }
 
 void LatencyHistogram::merge(const LatencyHistogram& other) {
+    auto place = buckets_.begin();
     for (const Bucket& bucket : other.buckets_) {
-        add(bucket);
+        place = std::find_if(
+            place, buckets_.end(), [&](const Bucket& present) { return present.index >= bucket.index; });
+        place = addAt(place, bucket);
     }
 }
 
@@ -105,6 +111,7 @@ std::string LatencyHistogram::encoded() const {
 
 std::optional<LatencyHistogram> LatencyHistogram::decoded(std::string_view bytes) {
     LatencyHistogram histogram;
+    histogram.buckets_.reserve(bytes.size() / 2); // as many at the most
     std::int64_t index = -1;
     while (!bytes.empty()) {
         const std::int64_t step = takeNumber(bytes).value_or(0);

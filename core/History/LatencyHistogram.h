@@ -44,7 +44,11 @@ private:
         friend bool operator==(const Bucket&, const Bucket&) = default;
     };
 
+    using Place = std::vector<Bucket>::iterator;
+
     void add(const Bucket& bucket);
+    /// At the first place whose index is not below the bucket's. Returns where it is then.
+    Place addAt(Place place, const Bucket& bucket);
 
     std::vector<Bucket> buckets_; ///< those in use, by index
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string_view>
+#include <utility>
 
 namespace tarnwick::JournalRows {
 
@@ -41,7 +42,7 @@ std::optional<PeriodLength> periodLengthOf(std::int64_t seconds) {
 /// From a row of `periodColumns`. Nothing for one that this program can't have written.
 std::optional<Period> periodIn(const Statement& row) {
     const auto length = periodLengthOf(row.number(1));
-    const auto latencies = LatencyHistogram::decoded(row.text(10));
+    auto latencies = LatencyHistogram::decoded(row.text(10));
     if (!length || !latencies) {
         return std::nullopt;
     }
@@ -57,7 +58,7 @@ std::optional<Period> periodIn(const Statement& row) {
             .slowestMs = fromThousandths(row.number(7)),
             .jitterSumMs = fromThousandths(row.number(8)),
             .jitterCount = row.number(9),
-            .latencies = *latencies,
+            .latencies = *std::move(latencies),
         }};
 }
 
