@@ -43,7 +43,7 @@ class Node:
             yield from child.all()
 
     def has_keyboard(self) -> Node | None:
-        """The control that has it. The entries of pickers and lists may say so of themselves, too, also while it is elsewhere."""
+        """The control that has it. The entries of pickers and lists may say so of themselves, too, also without it."""
         if {"showing", "focused"} <= set(self.states):
             return self
         if self.role in ("combo box", "list"):
