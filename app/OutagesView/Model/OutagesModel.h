@@ -17,8 +17,8 @@
 
 namespace tarnwick {
 
-/// Reads the history when it is opened, each minute, more often while an outage lasts, and when the connection
-/// goes bad or becomes good. While it is closed it holds nothing and does nothing. Main thread.
+/// Reads the history when it is opened, each minute, more often while an outage lasts, and when the
+/// connection goes bad or becomes good. While it is closed it holds nothing and does nothing. Main thread.
 class OutagesModel {
 public:
     /// All of it outlives the model.
