@@ -45,11 +45,20 @@ def date_text(days_ago: int) -> str:
     return (datetime.date.today() - datetime.timedelta(days=days_ago)).strftime("%A, %Y-%m-%d")
 
 
+def is_made(journal: pathlib.Path) -> bool:
+    """A program opens it a moment after its first ping."""
+    with contextlib.suppress(sqlite3.OperationalError):
+        with contextlib.closing(sqlite3.connect(f"file:{journal}?mode=ro", uri=True)) as database:
+            return database.execute("PRAGMA user_version").fetchone()[0] > 0
+    return False
+
+
 class PastDays:
     """Written into the journal of a program that runs. Use it as a context manager."""
 
     def __init__(self, journal: pathlib.Path, host: str = HOST) -> None:
         self._address = host
+        eventually(lambda: is_made(journal), PATIENCE, "the journal")
         self._database = sqlite3.connect(journal, timeout=PATIENCE)
         self._database.execute("INSERT OR IGNORE INTO hosts (name) VALUES (?)", (host,))
         [(self._host,)] = self._database.execute("SELECT id FROM hosts WHERE name = ?", (host,)).fetchall()
