@@ -23,9 +23,8 @@ constexpr double shortestLoad = 2;
 constexpr double leastLoad = 1;
 /// Milliseconds that a full queue adds at least, to be told from what networks do anyway.
 constexpr double leastQueue = 40;
-/// From which chance on that the delay begins at the own line its load is named, and is likely.
+/// From which chance on that the delay begins at the own line its load is named.
 constexpr double possibleLoad = 0.5;
-constexpr double likelyLoad = 0.85;
 
 Verdict certain(Blame blame, std::string evidence) {
     return {.blame = blame, .likelihood = Likelihood::certain, .evidence = std::move(evidence)};
@@ -101,7 +100,7 @@ double chanceOfOwnLine(const Evidence& evidence) {
     return chances[0] + (chances.size() > 1 ? chances[1] : 0);
 }
 
-/// A hint: the load explains the delay, whoever made the queue so long.
+/// A hint, never likely: a line that is slow for another reason looks the same while there is traffic on it.
 std::optional<Verdict> ownLoad(const Evidence& evidence) {
     const LoadEvidence& load = evidence.load;
     const bool isUpload = load.sentMbit >= load.receivedMbit;
@@ -111,13 +110,12 @@ std::optional<Verdict> ownLoad(const Evidence& evidence) {
         || rate < leastLoad || extra < leastQueue || extra < *evidence.quietMs) {
         return std::nullopt;
     }
-    const double chance = chanceOfOwnLine(evidence);
-    if (chance < possibleLoad) {
+    if (chanceOfOwnLine(evidence) < possibleLoad) {
         return std::nullopt;
     }
     return Verdict{
         .blame = Blame::ownLoad,
-        .likelihood = chance >= likelyLoad ? Likelihood::likely : Likelihood::possible,
+        .likelihood = Likelihood::possible,
         .evidence = "Latency rises from " + Text::whole(*evidence.quietMs) + " to "
                     + Text::whole(*evidence.quietMs + extra) + " ms while this computer "
                     + (isUpload ? "uploads " : "downloads ") + Text::whole(rate) + " Mbit/s."};

@@ -21,8 +21,9 @@ std::optional<Verdict> sayable(
         return verdict.likelihood == Likelihood::certain ? std::optional(verdict) : std::nullopt;
     }
     const bool isNamed = shown && shown->blame != Blame::unclear;
-    if (isNamed || verdict.likelihood != Likelihood::possible
-        || seconds >= (isDown ? patienceWhenDown : patienceWhenDegraded)) {
+    // The load is measured: more time would tell no more of it.
+    const bool isReady = verdict.likelihood != Likelihood::possible || verdict.blame == Blame::ownLoad;
+    if (isNamed || isReady || seconds >= (isDown ? patienceWhenDown : patienceWhenDegraded)) {
         return verdict;
     }
     return isDown || seconds < patienceForUnclear ? std::nullopt

@@ -9,8 +9,8 @@
 namespace tarnwick {
 
 /// Of a verdict, what is said `seconds` after the trouble has begun. While little is known, only what is
-/// likely; of a slow connection whose load is not measured yet, only what is certain. Who is `shown` to be at
-/// fault stays named when that turns out to be only possible.
+/// likely, or the load of the own line; while that is not measured, only what is certain. Who is `shown` to
+/// be at fault stays named when that turns out to be only possible.
 [[nodiscard]] std::optional<Verdict> sayable(
     const Verdict& verdict, Trouble trouble, double seconds, const std::optional<Verdict>& shown);
 

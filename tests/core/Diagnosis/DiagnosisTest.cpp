@@ -163,14 +163,14 @@ INSTANTIATE_TEST_SUITE_P(
             "signIn certain: The network wants you to sign in."},
         DiagnosisCase{
             "Upload", loaded(9.2, 0.4, 5, 140),
-            "ownLoad likely: Latency rises from 18 to 158 ms while this computer uploads 9 Mbit/s."},
+            "ownLoad possible: Latency rises from 18 to 158 ms while this computer uploads 9 Mbit/s."},
         DiagnosisCase{
             "Download", loaded(0.4, 45, 5, 140),
-            "ownLoad likely: Latency rises from 18 to 158 ms while this computer downloads 45 Mbit/s."},
+            "ownLoad possible: Latency rises from 18 to 158 ms while this computer downloads 45 Mbit/s."},
         DiagnosisCase{
             "LoadWhereTheRouterIsLateAsWell",
             with(lateFrom(routerHop, 140), [](Evidence& it) { it.load = {.sentMbit = 9, .seconds = 9}; }),
-            "ownLoad likely: Latency rises from 18 to 158 ms while this computer uploads 9 Mbit/s."},
+            "ownLoad possible: Latency rises from 18 to 158 ms while this computer uploads 9 Mbit/s."},
         DiagnosisCase{
             "LoadBesideADelayFartherOut",
             with(

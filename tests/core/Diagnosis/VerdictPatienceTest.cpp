@@ -42,6 +42,12 @@ TEST(VerdictPatienceTest, WhatIsPossibleWaits) {
     EXPECT_EQ(said(Likelihood::possible, degraded, 15), "provider");
 }
 
+TEST(VerdictPatienceTest, TheOwnLoadIsNamedAsSoonAsItIsMeasured) {
+    const Verdict load{.blame = Blame::ownLoad, .likelihood = Likelihood::possible};
+    EXPECT_EQ(sayable(load, degraded, 3.9, {}), std::nullopt);
+    EXPECT_EQ(sayable(load, degraded, 4, {}), load);
+}
+
 TEST(VerdictPatienceTest, WhoIsNamedStaysNamedWhenThatIsOnlyPossible) {
     const Verdict named{.blame = Blame::host, .likelihood = Likelihood::likely};
     EXPECT_EQ(said(Likelihood::possible, degraded, 5, named), "provider");
