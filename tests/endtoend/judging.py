@@ -101,10 +101,11 @@ class Outcome:
 
 
 def scenario_named(name: str) -> Scenario:
-    """One of the list or, as "SEED.INDEX: …", one drawn at random."""
-    seed, dot, index = name.partition(":")[0].partition(".")
-    if dot and seed.isdigit() and index.isdigit():
-        return random_scenarios(int(index) + 1, int(seed))[int(index)]
+    """One of the list or, as "SEED.INDEX: …", one drawn at random, with a circumstance as "SEED+INDEX: …"."""
+    number = name.partition(":")[0]
+    seed, mark, index = number.partition("+" if "+" in number else ".")
+    if mark and seed.isdigit() and index.isdigit():
+        return random_scenarios(int(index) + 1, int(seed), beside=mark == "+")[int(index)]
     return next(scenario for scenario in SCENARIOS if scenario.name == name)
 
 
@@ -179,12 +180,13 @@ def report(outcomes: list[Outcome]) -> str:
 
 def parse_arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(
-        usage="tests/endtoend/judging.py [--at-a-time N] [--random N [--seed N]] [SCENARIO]...",
+        usage="tests/endtoend/judging.py [--at-a-time N] [--random N [--seed N] [--beside]] [SCENARIO]...",
         description="Plays the scenarios named, all by default, and prints whose fault the program says that each is.",
     )
     parser.add_argument("--at-a-time", type=int, default=8, metavar="N", help="so many laboratories (8)")
     parser.add_argument("--random", type=int, default=0, metavar="N", help="so many scenarios drawn at random instead")
     parser.add_argument("--seed", type=int, default=RANDOM_SEED, metavar="N", help=f"for drawing ({RANDOM_SEED})")
+    parser.add_argument("--beside", action="store_true", help="with something beside each that makes it harder to tell")
     parser.add_argument("--play", action="store_true", help=argparse.SUPPRESS)
     parser.add_argument("scenario", nargs="*", metavar="SCENARIO")
     return parser.parse_args()
@@ -201,7 +203,7 @@ def main() -> int:
             return 1
         return 0
     if options.random:
-        scenarios = random_scenarios(options.random, options.seed)
+        scenarios = random_scenarios(options.random, options.seed, beside=options.beside)
     else:
         scenarios = [scenario_named(name) for name in options.scenario] or list(SCENARIOS)
     outcomes = judge_all([(one, version) for one in scenarios for version in one.versions], options.at_a_time)

@@ -243,29 +243,33 @@ _KINDS: tuple[tuple[Callable[[random.Random], Scenario], int], ...] = (
 )  # fmt: skip
 
 
-# Beside which nothing else happens: this computer reaches no further than its own network, or no pings are sent.
-_ALONE = (_own_fault, _name_fault, _odd_router)
+# Beside which nothing else can happen: this computer reaches no further than its own network, or no pings are sent.
+_ALONE = (_own_fault, _name_fault)
 
 
-def _beside(chance: random.Random) -> tuple[Fault, ...]:
-    """What else may happen meanwhile, and is no fault: nothing, mostly."""
-    return chance.choice(((), (), (), (UPLOAD,), (Renumbered(chance.choice(ROUTERS[1:])),)))
+def _beside(chance: random.Random) -> Fault:
+    """What else may happen meanwhile, and is no fault."""
+    return chance.choice((UPLOAD, Renumbered(chance.choice(ROUTERS[1:]))))
 
 
-def random_scenarios(count: int, seed: int) -> list[Scenario]:
-    """So many scenarios with one fault each, some with a circumstance, over one version of IP each. The same for a seed."""
+def random_scenarios(count: int, seed: int, *, beside: bool = False) -> list[Scenario]:
+    """So many scenarios with one fault each, over one version of IP each. The same for the same seed.
+
+    With `beside`, most of the same faults have a circumstance that makes them harder to tell.
+    """
     chance, aside = random.Random(seed), random.Random(f"beside {seed}")
     makers, weights = zip(*_KINDS)
     drawn = []
     for index in range(count):
         maker = chance.choices(makers, weights)[0]
         scenario = maker(chance)
-        beside = () if maker in _ALONE else _beside(aside)
+        circumstances = (_beside(aside),) if beside and maker not in _ALONE else ()
+        name = ", ".join((scenario.name, *(type(one).__name__.lower() for one in circumstances)))
         drawn.append(
             dataclasses.replace(
                 scenario,
-                name=f"{seed}.{index}: {scenario.name}" + "".join(f", {type(one).__name__}" for one in beside),
-                faults=(*beside, *scenario.faults),
+                name=f"{seed}{'+' if beside else '.'}{index}: {name}",
+                faults=(*circumstances, *scenario.faults),
                 versions=(chance.choice(FAMILIES),),
             )
         )

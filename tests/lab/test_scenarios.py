@@ -141,12 +141,20 @@ class TheScenarios(unittest.TestCase):
 
         self.assertEqual(drawn, scenarios.random_scenarios(200, seed=7))
         self.assertNotEqual(drawn, scenarios.random_scenarios(200, seed=8))
-        circumstances = (faults.Load, faults.Renumbered)
-        alone = [[one for one in scenario.faults if not isinstance(one, circumstances)] for scenario in drawn]
-        self.assertEqual({len(found) for found in alone}, {1})
-        self.assertEqual({len(scenario.faults) for scenario in drawn}, {1, 2})
+        self.assertEqual({len(scenario.faults) for scenario in drawn}, {1})
         self.assertGreaterEqual(len({scenario.blames for scenario in drawn}), 6)
         self.assertGreater(len({scenario.faults for scenario in drawn}), 60)
+
+    def test_beside_the_same_faults_there_is_something_else(self) -> None:
+        alone = scenarios.random_scenarios(200, seed=7)
+        beside = scenarios.random_scenarios(200, seed=7, beside=True)
+
+        circumstances = collections.Counter(type(one.faults[0]) for one in beside if len(one.faults) == 2)
+        self.assertEqual(set(circumstances), {faults.Load, faults.Renumbered})
+        self.assertGreater(min(circumstances.values()), 60)
+        self.assertEqual([one.faults[-1:] for one in beside], [one.faults for one in alone])
+        self.assertEqual([one.blames for one in beside], [one.blames for one in alone])
+        self.assertFalse({one.name for one in beside} & {one.name for one in alone})
 
 
 class Play(unittest.TestCase):
