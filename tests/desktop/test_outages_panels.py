@@ -39,7 +39,7 @@ class KeyboardWalk(OutagesWindow):
             return found if len(found) == DAYS else []
 
         names = eventually(days, PATIENCE, "all days")
-        self.assertTrue(names[-2].startswith(f"{date_text(1)}: 99.734 % available, 2 outages"), names[-2])
+        self.assertTrue(names[-2].startswith(f"{date_text(1)}: 99.734% available, 2 outages"), names[-2])
         self.assertTrue(self.focused_name().startswith(date_text(0)), self.focused_name())
         roles = {(node.role, node.name.split(",")[0]) for node in self.nodes()}
         for part in (("chart", "By half hours"), ("list", "Outages"), ("push button", "Export…")):
