@@ -14,7 +14,10 @@ from endtoend.concurrently import ConcurrentTestCase
 from .command import output
 from .test_documents import BUILD, code
 
-TOOL = re.compile(r"\b(bench/\w+\.py|scripts/(?:mutate|pictures|report-picture)|tarnwick-bench|tarnwick-pictures|tarnwick-report-samples|empty-tray|Fuzz\w+)(?= |$)")
+TOOL = re.compile(
+    r"\b(bench/\w+\.py|scripts/(?:mutate|pictures|report-picture)|tarnwick-bench|outages-bench|tarnwick-pictures|"
+    r"tarnwick-report-samples|empty-tray|Fuzz\w+)(?= |$)"
+)
 BENCH = ROOT / "build/bench/bench"
 README_PICTURES = ROOT / "docs/pictures"
 REPORT_PICTURES = {"report-1.png", "report-2.png"}
@@ -22,7 +25,7 @@ REPORT_PICTURES = {"report-1.png", "report-2.png"}
 
 def documented() -> set[str]:
     """The commands that begin with a tool, or with what builds it."""
-    starts = ("bench/", "build/", "scripts/", "tests/lab/run scripts/", "cmake ")
+    starts = ("bench/", "build/", "scripts/", "tests/lab/run scripts/", "cmake ", "TARNWICK=build/")
     commands = (re.sub(r"\s+#.*", "", span) for span in code() if span.startswith(starts))
     return {command for command in commands if TOOL.search(command)} - {"scripts/mutate"}  # the name of the tool
 
@@ -33,6 +36,11 @@ class Tools(ConcurrentTestCase):
         "bench/compare_desktop.py --panel lxqt --seconds 30": "test_the_comparison_with_other_programs_in_the_panel",
         "bench/compare_desktop.py --panel lxqt --seconds 30 --changing": "test_the_comparison_with_a_changing_latency",
         "bench/open_drop_down.py": "test_the_timing_of_the_drop_down",
+        "TARNWICK=build/bench/app/tarnwick bench/open_outages.py": "test_the_timing_of_the_outages_window",
+        "build/bench/bench/outages-bench": "test_the_outages_window_without_a_display",
+        "cmake --preset bench && cmake --build --preset bench --target outages-bench --target year-journal --target tarnwick": (
+            "test_the_timing_of_the_outages_window"
+        ),
         "cmake --preset bench && cmake --build --preset bench --target empty-tray": "test_the_comparison_with_other_programs_in_the_panel",
         "cmake --preset bench && cmake --build --preset bench && build/bench/bench/tarnwick-bench": "test_the_hot_paths",
         "build/fuzz/tests/fuzz/FuzzParseReply -max_total_time=600 build/fuzz/found/ParseReply/corpus tests/fuzz/corpus/ParseReply": "test_a_fuzz_target",
@@ -73,6 +81,13 @@ class Tools(ConcurrentTestCase):
 
     def test_the_timing_of_the_drop_down(self) -> None:
         self.assertRegex(self.output("bench/open_drop_down.py --times 2"), r"median \d+ ms")
+
+    def test_the_timing_of_the_outages_window(self) -> None:
+        program = ROOT / "build/bench/app/tarnwick"
+        self.assertRegex(self.output("bench/open_outages.py --times 2", TARNWICK=str(program)), r"median \d+ ms")
+
+    def test_the_outages_window_without_a_display(self) -> None:
+        self.assertIn("ms", self.output(f"{BENCH}/outages-bench --benchmark_min_time=0.001"))
 
     def test_the_hot_paths(self) -> None:
         self.assertIn("ns", self.output(f"{BENCH}/tarnwick-bench --benchmark_min_time=0.001"))
