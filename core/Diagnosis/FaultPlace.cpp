@@ -36,6 +36,19 @@ struct Outcome {
     std::size_t good;
 };
 
+/// The lower bound of Wilson's score interval: in one of ten cases the true share is smaller.
+double leastShareOf(std::size_t part, std::size_t whole) {
+    constexpr double z = 1.28;
+    if (whole == 0) {
+        return 0;
+    }
+    const auto count = static_cast<double>(whole);
+    const double seen = share(part, whole);
+    const double center = seen + z * z / (2 * count);
+    const double margin = z * std::sqrt((seen * (1 - seen) + z * z / (4 * count)) / count);
+    return (center - margin) / (1 + z * z / count);
+}
+
 /// The chance of an outcome whose samples are bad with the chance given, each for itself.
 double chanceOf(const Outcome& outcome, double chanceOfBad) {
     const double chance = std::clamp(chanceOfBad, leastShare, 1 - leastShare);
@@ -99,14 +112,15 @@ double extraDelay(const Evidence& evidence) {
     return now && evidence.quietMs ? std::max(0.0, *now - *evidence.quietMs) : 0;
 }
 
-std::vector<double> faultPlaces(const Evidence& evidence) {
+std::vector<double> faultPlaces(const Evidence& evidence, BadShare wanted) {
     const std::vector<HopEvidence>& hops = evidence.hops;
     if (hops.empty() || !hops.back().isHost) {
         return {};
     }
     const double extra = extraDelay(evidence);
     const std::size_t badPings = countBad(evidence.pings, evidence.quietMs, extra);
-    const double badShare = share(badPings, evidence.pings.size());
+    const double badShare = wanted == BadShare::asSeen ? share(badPings, evidence.pings.size())
+                                                       : leastShareOf(badPings, evidence.pings.size());
     std::vector<double> chances(hops.size(), 0); // as logarithms first
     for (std::size_t place = 0; place < hops.size(); ++place) {
         for (std::size_t number = 0; number < hops.size(); ++number) {

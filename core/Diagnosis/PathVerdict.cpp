@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -58,7 +60,6 @@ Blame blameOfForbidding(std::size_t place, const std::vector<HopEvidence>& hops)
 struct Suspicion {
     Blame blame = Blame::unclear;
     double chance = 0;     ///< of all places with this blame
-    double before = 0;     ///< of all places nearer than these
     std::size_t place = 0; ///< the likeliest of them
     std::size_t nearest = 0;
     bool isForbidden = false; ///< by the router before that place
@@ -67,9 +68,8 @@ struct Suspicion {
 Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvidence>& hops) {
     constexpr std::array blames{Blame::localNetwork, Blame::provider, Blame::beyondProvider, Blame::host};
     Suspicion found;
-    double before = 0;
     for (const Blame blame : blames) { // from the nearest place to the farthest
-        Suspicion one{.blame = blame, .before = before, .nearest = hops.size()};
+        Suspicion one{.blame = blame, .nearest = hops.size()};
         double best = -1;
         for (std::size_t place = 0; place < hops.size(); ++place) {
             if (blameOf(place, hops) == blame) {
@@ -81,7 +81,6 @@ Suspicion strongest(const std::vector<double>& chances, const std::vector<HopEvi
                 }
             }
         }
-        before += one.chance;
         if (one.chance > found.chance) {
             found = one;
         }
@@ -119,13 +118,20 @@ bool isNearerHeardOf(const Suspicion& suspicion, const Evidence& evidence) {
     return signs >= beyondLuck;
 }
 
+/// The chance that the fault is nearer than `place`, though what is nearer answers: the pings may have been
+/// unlucky, and those answers then are no wonder.
+double chanceBefore(std::size_t place, const Evidence& evidence) {
+    const std::vector<double> chances = faultPlaces(evidence, BadShare::atLeast);
+    return std::accumulate(chances.begin(), chances.begin() + static_cast<std::ptrdiff_t>(place), 0.0);
+}
+
 /// Whether what is nearer is well for sure.
 bool isNearerAcquitted(const Suspicion& suspicion, const Evidence& evidence) {
     switch (symptomOf(evidence)) {
     case Symptom::silent:
         return suspicion.nearest == 0 || isNearerHeardOf(suspicion, evidence);
     case Symptom::loses:
-        return suspicion.before <= wellChance;
+        return chanceBefore(suspicion.nearest, evidence) <= wellChance;
     case Symptom::late:
         break;
     }

@@ -62,6 +62,16 @@ TEST(FaultPlace, MoreProbesMakeItSurer) {
         faultPlaces(downFrom(hostsRouterHop, 3))[hostsRouterHop]);
 }
 
+TEST(FaultPlace, AnswersAcquitLessWhereThePingsMayHaveBeenUnlucky) {
+    const Evidence evidence = lossyFrom(hostHop, 4);
+    const auto asSeen = faultPlaces(evidence);
+    const auto atLeast = faultPlaces(evidence, BadShare::atLeast);
+
+    EXPECT_NEAR(std::accumulate(atLeast.begin(), atLeast.end(), 0.0), 1, 1e-9);
+    EXPECT_GT(atLeast[hostsRouterHop], 2 * asSeen[hostsRouterHop]);
+    EXPECT_EQ(std::ranges::max_element(atLeast) - atLeast.begin(), hostHop);
+}
+
 TEST(FaultPlace, LossAtARouterThatDoesNotGoOnProvesNothing) {
     Evidence evidence = lossyFrom(hostHop, 3);
     evidence.hops[firstProviderHop].samples = samples(1, 9, 6);

@@ -101,15 +101,15 @@ INSTANTIATE_TEST_SUITE_P(
             "LossFromTheRouterOn", lossyFrom(routerHop, 4),
             "localNetwork likely: Your router (192.0.2.1) loses answers."},
         DiagnosisCase{
-            "LossBeyondTheRouter", lossyFrom(firstProviderHop, 4),
-            "provider likely: Your router answers in 2 ms; beyond it 40% of the answers are lost."},
+            "LossBeyondTheRouter", lossyFrom(firstProviderHop, 5),
+            "provider likely: Your router answers in 2 ms; beyond it 50% of the answers are lost."},
         DiagnosisCase{
             "LossBeyondTheProvider", lossyFrom(hostsRouterHop, 5),
             "beyondProvider likely: The provider's network answers up to 198.51.100.7; loss begins after "
             "it."},
         DiagnosisCase{
-            "LossAtTheHost", lossyFrom(hostHop, 4),
-            "host likely: Everything up to the host's network answers; only the host loses 40% of the "
+            "LossAtTheHost", lossyFrom(hostHop, 5),
+            "host likely: Everything up to the host's network answers; only the host loses 50% of the "
             "answers."},
         DiagnosisCase{
             "SilentBeforeItIsCalledDown",
@@ -170,6 +170,11 @@ INSTANTIATE_TEST_SUITE_P(
             "host possible: Everything up to the host's network answers; only the host loses 50% of the "
             "answers."},
         DiagnosisCase{
+            "AfterTenWhenThePingsWereFew",
+            with(luckyRouters(10), [](Evidence& it) { it.pings = samples(5, 5, *it.quietMs); }),
+            "host possible: Everything up to the host's network answers; only the host loses 50% of the "
+            "answers."},
+        DiagnosisCase{
             "ByOneAnswerOfTheHopBefore", downFrom(hostsRouterHop, 1),
             "beyondProvider possible: The provider's network answers up to 198.51.100.7; loss begins after "
             "it."},
@@ -187,7 +192,7 @@ INSTANTIATE_TEST_SUITE_P(
             with(downFrom(firstProviderHop), [](Evidence& it) { it.lossBefore = 0.2; }),
             "provider possible: Your router answers in 2 ms; nothing beyond it has answered for 14 s."},
         DiagnosisCase{
-            "NotAfterSeven", luckyRouters(7),
+            "NotAfterTen", luckyRouters(10),
             "host likely: Everything up to the host's network answers; only the host loses 50% of the "
             "answers."}),
     caseName);

@@ -53,7 +53,7 @@ Evidence downFrom(std::size_t hop, std::size_t probes) {
 Evidence lossyFrom(std::size_t hop, std::size_t lostOfTen) {
     Evidence evidence = quiet();
     evidence.trouble = Trouble::degraded;
-    evidence.pings = samples(10 - lostOfTen, lostOfTen, usualMs(hostHop));
+    evidence.pings = samples(3 * (10 - lostOfTen), 3 * lostOfTen, usualMs(hostHop));
     for (std::size_t number = 0; number < evidence.hops.size(); ++number) {
         const std::size_t lost = number >= hop ? lostOfTen : 0;
         evidence.hops[number].samples = samples(10 - lost, lost, usualMs(number));
