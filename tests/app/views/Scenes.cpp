@@ -265,14 +265,16 @@ History historyOfPicture(HistoryTime until) {
     const Verdict provider{
         .blame = Blame::provider,
         .likelihood = Likelihood::likely,
-        .evidence = "Your router answers in 2 ms; nothing beyond it has answered for 3 minutes."};
+        .evidence = "Your router answers in 2 ms; nothing beyond it has answered for 3 min."};
     const Verdict wifi{
         .blame = Blame::wifi,
-        .likelihood = Likelihood::certain,
+        .likelihood = Likelihood::likely,
         .evidence = "The Wi-Fi signal is weak (-82 dBm), and the router answers late."};
+    Verdict noWifi = wifi;
+    noWifi.evidence = "The Wi-Fi signal is weak (-84 dBm), and the router does not answer.";
     const Verdict load{
         .blame = Blame::ownLoad,
-        .likelihood = Likelihood::likely,
+        .likelihood = Likelihood::possible,
         .evidence = "Latency rises from 20 to 160 ms while this computer uploads 9 Mbit/s."};
     const Verdict beyond{
         .blame = Blame::beyondProvider,
@@ -284,7 +286,7 @@ History historyOfPicture(HistoryTime until) {
     addBad(history, outage, 38, hours(7), seconds(95), beyond);
     addBad(history, degradation, 22, hours(20), minutes(9), load);
     addBad(history, degradation, 21, hours(20), minutes(14), load);
-    addBad(history, outage, 12, hours(13) + minutes(4), seconds(42), wifi);
+    addBad(history, outage, 12, hours(13) + minutes(4), seconds(42), noWifi);
     addBad(history, degradation, 5, hours(20) + minutes(15), seconds(640), load);
     addBad(history, outage, 3, hours(10) + seconds(732), seconds(187), provider);
     addBad(history, outage, 3, hours(18) + seconds(2405), minutes(21), provider);
