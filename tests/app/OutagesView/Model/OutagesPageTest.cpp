@@ -247,6 +247,15 @@ TEST(DayFigures, OfADayThatWasNotWatchedAreUnknown) {
     EXPECT_EQ(figures.at("Worst hour"), "none");
 }
 
+TEST(DayFigures, OfASingleAnswerAreKnown) {
+    History history{.until = noon};
+    history.periods.push_back({.start = at("2026-01-06 10:00"), .length = PeriodLength::quarterHour});
+    history.periods.front().figures.sent = 1;
+    history.periods.front().figures.addAnswer(34);
+
+    EXPECT_EQ(figuresOf(history, today - 1).at("Slowest answer"), "34.0 ms");
+}
+
 TEST(DayFigures, AnHourOfLossIsWorstWhereNothingWasDown) {
     History history = threeDays();
     history.periods.at(4).figures.lost = 20; // of 00:00 to 01:00 UTC on the first day
