@@ -111,7 +111,7 @@ double topOfLoss(const std::vector<HistoryBucket>& buckets) {
     for (const HistoryBucket& bucket : buckets) {
         highest = std::max(highest, bucket.lossShare * 100);
     }
-    return std::min(ChartAxes::roundUp(highest), 100.0);
+    return ChartAxes::roundUp(highest);
 }
 
 std::string chartBars(const HistoryBucket& bucket, const Span& whole, double topMs, double topPercent) {
@@ -127,7 +127,7 @@ std::string chartBars(const HistoryBucket& bucket, const Span& whole, double top
         }
     }
     if (bucket.lossShare > 0) {
-        const double share = std::min(bucket.lossShare * 100 / topPercent, 1.0);
+        const double share = bucket.lossShare * 100 / topPercent;
         const double height = std::max(share * (lossBottom - lossTop), 1.0);
         drawn += chartBox("loss", left, lossBottom - height, width, height);
     }
