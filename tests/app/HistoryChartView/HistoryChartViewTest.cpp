@@ -287,6 +287,27 @@ TEST_F(HistoryChartViewTest, KeysLeadFromColumnToColumn) {
     EXPECT_EQ(view.pointedAt(), std::nullopt);
 }
 
+TEST_F(HistoryChartViewTest, KeysBeginAtTheLatestWhereNothingIsPointedAt) {
+    view.setChart(chartWith({answered(20), answered(30), answered(40)}));
+    for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Right}) {
+        pointAt(10);
+        pointAt(10, view.chartHeight() + 3); // the pointer leaves, the keyboard stays
+
+        press(key);
+
+        EXPECT_EQ(view.pointedAt(), 2U);
+    }
+}
+
+TEST_F(HistoryChartViewTest, TheGroundOfAColumnIsSeenButHidesNothing) {
+    view.setChart(chartWith({answered(20), answered(30), answered(40), answered(50)}));
+    pointAt(110);
+    const QColor ground = test::drawn(view).pixelColor(110, 2);
+
+    EXPECT_LT(ground.lightness(), 235);
+    EXPECT_GT(ground.lightness(), 200);
+}
+
 TEST_F(HistoryChartViewTest, AnotherChartTellsItsOwnColumns) {
     view.setChart(chartWith({answered(20), answered(30), answered(40)}));
     pointAt(290);
