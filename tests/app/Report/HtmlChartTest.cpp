@@ -92,6 +92,8 @@ TEST(HtmlChart, ScalesAnswersSoThatFewSlowOnesDoNotFlattenTheOthers) {
     EXPECT_THAT(pageOf(aDayOf(50, {90})), HasSubstr(">100 ms</text>")); // less than twice the usual
     EXPECT_THAT(pageOf(aDayOf(50, {90})), Not(HasSubstr("class=\"beyond\" x")));
     EXPECT_THAT(pageOf(aDayOf(50, {110})), HasSubstr(">80 ms</text>")); // more: a quarter above the usual
+    EXPECT_THAT(pageOf(aDayOf(82, {200})), HasSubstr(">200 ms</text>"));
+    EXPECT_THAT(pageOf(aDayOf(82, {200})), Not(HasSubstr("class=\"beyond\" x"))); // just reaches the top
     EXPECT_EQ(countOf(pageOf(aDayOf(50, {110})), "class=\"beyond\" x"), 2U); // both buckets of its quarter
 }
 
@@ -114,6 +116,15 @@ TEST(HtmlChart, DrawsATimeWithoutAnswersOnAScaleToo) {
     EXPECT_THAT(page, HasSubstr("slowest answer unknown, outages 0, the longest of 0 s."));
     EXPECT_THAT(page, HasSubstr("<dt>Median latency</dt><dd>unknown</dd>"));
     EXPECT_THAT(page, HasSubstr("<th scope=\"row\">Slowest</th><td>unknown</td>"));
+}
+
+TEST(HtmlFigures, OfASingleAnswerAreKnown) {
+    History history{.until = pageDay.to};
+    history.periods = {{.start = pageDay.from, .length = PeriodLength::hour}};
+    history.periods[0].figures.addAnswer(34);
+
+    EXPECT_THAT(pageOf(history), HasSubstr("<th scope=\"row\">Fastest</th><td>34.0 ms</td>"));
+    EXPECT_THAT(pageOf(history), HasSubstr("<th scope=\"row\">Slowest</th><td>34.0 ms</td>"));
 }
 
 TEST(HtmlChart, HatchesNoTimeThatIsTooShortToBeSeen) {
@@ -142,6 +153,21 @@ TEST(HtmlChart, NamesTimesThatHaveRoomBelowTheChart) {
     EXPECT_THAT(later, Not(HasSubstr(">02:00</text>")));
     EXPECT_THAT(later, HasSubstr("<line class=\"mark\" x1=\"715.0\""));
     EXPECT_THAT(later, Not(HasSubstr(">00:00</text>")));
+}
+
+TEST(HtmlChart, DrawsTheLeastAnswerAndTheLeastLossSoThatTheyCanBeSeen) {
+    History history = aDayOf(0.001);
+    for (Period& period : history.periods) {
+        period.figures.lost = 1;
+        period.figures.replied = 100'000;
+    }
+
+    const std::string page = pageOf(history);
+
+    EXPECT_THAT(
+        page, HasSubstr("<rect class=\"answer\" x=\"48.0\" y=\"181.0\" width=\"4.0\" height=\"1.0\"/>"));
+    EXPECT_THAT(
+        page, HasSubstr("<rect class=\"loss\" x=\"48.0\" y=\"245.0\" width=\"4.0\" height=\"1.0\"/>"));
 }
 
 TEST(HtmlChart, DrawsTheLossOnItsOwnScale) {
