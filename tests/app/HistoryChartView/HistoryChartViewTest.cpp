@@ -66,6 +66,15 @@ TEST(HistoryChartLayout, BarsAreAsHighAsTheSlowestAnswerOnTheScale) {
     EXPECT_NEAR(layout.threshold.value_or(0), layout.bars[0].rect.top(), 1e-9);
 }
 
+TEST(HistoryChartLayout, AnAnswerBeyondTheScaleIsMarkedAsClipped) {
+    std::vector<Column> columns(40, answered(50));
+    columns[7] = answered(5000);
+    const auto layout = layoutOf(columns);
+
+    EXPECT_TRUE(layout.bars[7].isClipped);
+    EXPECT_FALSE(layout.bars[8].isClipped);
+}
+
 TEST(HistoryChartLayout, ColumnsFillTheWidthOnWholePixels) {
     for (const std::size_t count : {60U, 72U, 56U, 96U, 168U, 12U}) {
         const auto layout = layoutOf(std::vector(count, answered(50)));
@@ -155,6 +164,32 @@ protected:
         return count;
     }
 
+    /// The rows below the bars, in which times stand.
+    [[nodiscard]] QRect timesRow() const {
+        return {0, view.barsHeight() + 4, 292, view.chartHeight() - view.barsHeight() - 4};
+    }
+
+    [[nodiscard]] QImage drawnWith(std::vector<HistoryChart::TimeLabel> labels) {
+        auto chart = chartWith({answered(20), answered(20)});
+        chart.timeLabels = std::move(labels);
+        view.setChart(chart);
+        return test::drawn(view);
+    }
+
+    /// How many texts there are that are at least five pixels apart.
+    [[nodiscard]] static int textsIn(const QImage& image, const QRect& row) {
+        constexpr int distance = 5;
+        int count = 0;
+        int end = -distance - 1;
+        for (int x = row.left(); x <= row.right(); ++x) {
+            if (inked(image, QRect(x, row.top(), 1, row.height())) > 0) {
+                count += x - end > distance ? 1 : 0;
+                end = x;
+            }
+        }
+        return count;
+    }
+
     HistoryChartView view{nullptr};
     LatencyPalette colors{test::paperPalette()};
 };
@@ -215,6 +250,36 @@ TEST_F(HistoryChartViewTest, TimesStandBelowTheBars) {
     EXPECT_EQ(inked(image, QRect(110, row.top(), 70, row.height())), 0);
 }
 
+TEST_F(HistoryChartViewTest, TimesNeverTouchEachOther) {
+    const HistoryChart::TimeLabel first{.position = 0.25, .text = "13:00"};
+    const QImage alone = drawnWith({first});
+    ASSERT_EQ(textsIn(alone, timesRow()), 1);
+    int pairs = 0;
+    for (int center = 75; center < 175; ++center) {
+        const QImage both = drawnWith({first, {.position = center / 292.0, .text = "14:00"}});
+        if (both != alone) {
+            ++pairs;
+            EXPECT_EQ(textsIn(both, timesRow()), 2) << center;
+        }
+    }
+    EXPECT_GT(pairs, 50);
+}
+
+TEST_F(HistoryChartViewTest, TimesAtTheEdgesAreWhole) {
+    const int whole = inked(drawnWith({{.position = 0.5, .text = "13:00"}}), timesRow());
+
+    EXPECT_GT(inked(drawnWith({{.position = 0, .text = "13:00"}}), timesRow()), whole * 9 / 10);
+    EXPECT_GT(inked(drawnWith({{.position = 1, .text = "13:00"}}), timesRow()), whole * 9 / 10);
+}
+
+TEST_F(HistoryChartViewTest, ALongReasonIsWrapped) {
+    HistoryChart::Chart chart = chartWith({{}, {}});
+    chart.whyEmpty = "No history is kept, since that is switched off in the settings of this program.";
+    view.setChart(chart);
+
+    EXPECT_GT(inked(test::drawn(view), QRect(0, view.barsHeight() / 2 - 13, 292, 5)), 20);
+}
+
 TEST_F(HistoryChartViewTest, WithoutAnythingKnownItSaysWhy) {
     const QImage image = draw({{}, {}, {}, {}});
 
@@ -248,6 +313,74 @@ TEST_F(HistoryChartViewTest, TheColumnAtThePointerIsTold) {
     pointAt(291.9);
     EXPECT_EQ(view.pointedAt(), 3U);
     pointAt(0);
+    EXPECT_EQ(view.pointedAt(), 0U);
+}
+
+TEST_F(HistoryChartViewTest, ThePointedColumnsTimeStandsBelowItAndItsFiguresInTheCaption) {
+    HistoryChart::Chart chart = chartWith({answered(20), answered(20), answered(20), answered(20)});
+    for (HistoryChart::Column& column : chart.columns) {
+        column.figures = "slowest 20 ms";
+    }
+    view.setChart(chart);
+    const QRect caption(0, view.chartHeight() + 5, 292, view.height() - view.chartHeight() - 5);
+    pointAt(74);
+    const QImage second = test::drawn(view);
+    pointAt(74 + 73);
+    const QImage third = test::drawn(view);
+
+    const QRect row = timesRow();
+    const int left = inked(second, QRect(50, row.top(), 59, row.height()));
+    const int right = inked(second, QRect(110, row.top(), 59, row.height()));
+    EXPECT_GT(left, 20);
+    EXPECT_NEAR(left, right, left / 2.0);
+    EXPECT_EQ(second.copy(caption), third.copy(caption));
+
+    view.lower(40); // no room for times: the caption has them
+    const QRect lowCaption(0, view.chartHeight() + 5, 292, view.height() - view.chartHeight() - 5);
+    pointAt(74, 5);
+    const QImage low = test::drawn(view).copy(lowCaption);
+    pointAt(74 + 73, 5);
+    EXPECT_NE(test::drawn(view).copy(lowCaption), low);
+}
+
+TEST_F(HistoryChartViewTest, FiguresThatAreTooLongEndInDots) {
+    HistoryChart::Chart chart = chartWith({answered(20)});
+    chart.columns[0].figures = std::string(200, 'l');
+    view.setChart(chart);
+    pointAt(10);
+    const QImage image = test::drawn(view);
+    const int top = view.chartHeight() + 5;
+
+    EXPECT_GT(inked(image, QRect(240, top, 20, 9)), 0);
+    EXPECT_EQ(inked(image, QRect(284, top, 8, 9)), 0);
+}
+
+TEST_F(HistoryChartViewTest, WhatItDoesNotUseIsLeftToTheWindow) {
+    view.setChart(chartWith({answered(20), answered(30)}));
+    QMouseEvent move(
+        QEvent::MouseMove, QPointF(5, 5), QPointF(5, 5), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(&view, &move);
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    QApplication::sendEvent(&view, &escape);
+
+    EXPECT_FALSE(move.isAccepted());
+    EXPECT_FALSE(escape.isAccepted());
+}
+
+TEST_F(HistoryChartViewTest, APointerDraggedBeyondTheLeftEdgePointsAtNothing) {
+    view.setChart(chartWith({answered(20), answered(30)}));
+    pointAt(5);
+    ASSERT_EQ(view.pointedAt(), 0U);
+    pointAt(-3);
+
+    EXPECT_EQ(view.pointedAt(), std::nullopt);
+}
+
+TEST_F(HistoryChartViewTest, TheKeyboardTakesOverWhatThePointerPointsAt) {
+    view.setChart(chartWith({answered(20), answered(30)}));
+    pointAt(5);
+    focus(QEvent::FocusIn);
+
     EXPECT_EQ(view.pointedAt(), 0U);
 }
 
