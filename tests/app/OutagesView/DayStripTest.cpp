@@ -150,6 +150,43 @@ TEST_F(DayStripTest, EachColumnHasTheColorOfItsDay) {
     EXPECT_FALSE(isDrawn(today - 3, colors.good()));
 }
 
+TEST_F(DayStripTest, ColumnsStandApartAndClearOfTheMarkersEdge) {
+    present();
+    const QImage image = drawnDay(today - 2); // as high as a column can be
+    const QPoint middle = image.rect().center();
+
+    EXPECT_NE(image.pixelColor(middle), QColor(Qt::white));
+    EXPECT_EQ(image.pixelColor(0, middle.y()), QColor(Qt::white));
+    EXPECT_EQ(image.pixelColor(image.width() - 1, middle.y()), QColor(Qt::white));
+    EXPECT_EQ(image.pixelColor(middle.x(), 2), QColor(Qt::white));
+    EXPECT_EQ(image.pixelColor(middle.x(), image.height() - 3), QColor(Qt::white));
+}
+
+TEST_F(DayStripTest, TheDayBelowThePointerHasAGround) {
+    present();
+    QAbstractButton& sunday = *days().at(today - 3);
+    const auto ground = [&] { return drawnDay(today - 3).pixelColor(0, 2); };
+    ASSERT_EQ(ground(), QColor(Qt::white));
+    QEnterEvent enter(QPointF(1, 1), QPointF(1, 1), QPointF(1, 1));
+    QApplication::sendEvent(&sunday, &enter);
+    EXPECT_NE(ground(), QColor(Qt::white));
+
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(&sunday, &leave);
+    EXPECT_EQ(ground(), QColor(Qt::white));
+}
+
+TEST_F(DayStripTest, TheKeyboardStaysAtItsDayOverMidnight) {
+    present();
+    press(Qt::Key_Left);
+    ASSERT_THAT(focused(), HasSubstr("Tuesday, 2026-01-06"));
+    loop.advance(12 * 3600 + 61);
+    settle();
+
+    EXPECT_EQ(window.model().chosenDay(), today - 2);
+    EXPECT_THAT(focused(), HasSubstr("Tuesday, 2026-01-06"));
+}
+
 TEST_F(DayStripTest, ColumnsShareTheWholeWidth) {
     present();
     strip().resize(1001, strip().height());

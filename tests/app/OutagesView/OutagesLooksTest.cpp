@@ -4,6 +4,7 @@
 #include "tests/app/OutagesView/OutagesForm.h"
 #include "tests/app/StatusMenuView/DrawnView.h"
 
+#include <QFontInfo>
 #include <QFontMetrics>
 #include <QImage>
 #include <QScrollBar>
@@ -11,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <vector>
 
@@ -290,6 +292,59 @@ TEST_F(OutagesLooksTest, AFiguresNameStandsAtTheLeftAndItsValueAtTheRight) {
     }
 }
 
+TEST_F(OutagesLooksTest, AFiguresValueIsDarkerThanItsName) {
+    present();
+    const QImage image = test::drawn(*part<DayFigures>().findChildren<QWidget*>().front());
+    const auto darkest = [&image](int left, int right) {
+        int lightness = 255;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = left; x < right; ++x) {
+                lightness = std::min(lightness, image.pixelColor(x, y).lightness());
+            }
+        }
+        return lightness;
+    };
+
+    EXPECT_LT(darkest(image.width() / 2, image.width()) + 20, darkest(0, image.width() / 2));
+}
+
+TEST_F(OutagesLooksTest, APoorTimeIsNotCalledDown) {
+    history.episodes.erase(history.episodes.begin());
+    history.episodes[0].end = history.episodes[0].start + std::chrono::minutes(5);
+    present();
+    const QImage image = drawnList();
+    const auto words = [&](int row) {
+        const QRect upper = rowAt(row).adjusted(mark + 6, 0, 0, -rowAt(row).height() / 2);
+        const std::vector<int> parts = textsIn(image, upper, 14);
+        return image.copy(QRect(parts.at(1), upper.top(), 60, upper.height()));
+    };
+
+    // Both lasted for five minutes.
+    EXPECT_NE(words(0), words(1));
+}
+
+TEST_F(OutagesLooksTest, ALargerFontMakesHeadingsAndRowsOfFiguresLarger) {
+    present();
+    const auto heading = [this] {
+        for (const QLabel* const label : window.findChildren<QLabel*>()) {
+            if (label->text() == "All Outages") {
+                return label->fontInfo().pixelSize();
+            }
+        }
+        return 0;
+    };
+    const auto betweenRows = [this] { return placeOf("Down").top() - placeOf("Availability").bottom(); };
+    const int before = heading();
+    const int between = betweenRows();
+    QFont font = window.font();
+    font.setPixelSize(QFontInfo(font).pixelSize() * 2);
+    window.setFont(font);
+    settle();
+
+    EXPECT_EQ(heading(), 2 * before);
+    EXPECT_GT(betweenRows(), between);
+}
+
 TEST_F(OutagesLooksTest, ARemarkHasRoomForTwoLines) {
     present();
     auto& status = part<StatusLine>();
@@ -302,6 +357,18 @@ TEST_F(OutagesLooksTest, ARemarkHasRoomForTwoLines) {
     EXPECT_TRUE(isInked(image, QRect(0, 0, image.width(), image.height() / 2)));
     EXPECT_TRUE(isInked(image, QRect(0, image.height() / 2 + 2, image.width(), image.height() / 2 - 2)));
     EXPECT_EQ(status.toolTip(), "A sentence that is a little longer than one such line.");
+}
+
+TEST_F(OutagesLooksTest, AShortRemarkStandsInTheMiddle) {
+    present();
+    auto& status = part<StatusLine>();
+    status.showText(QStringLiteral("MMMM"), false);
+    const QImage image = test::drawn(status);
+    const int quarter = image.height() / 4;
+
+    EXPECT_TRUE(isInked(image, QRect(0, quarter, image.width(), 2 * quarter)));
+    EXPECT_FALSE(isInked(image, QRect(0, 0, image.width(), quarter)));
+    EXPECT_FALSE(isInked(image, QRect(0, 3 * quarter, image.width(), image.height() - 3 * quarter)));
 }
 
 TEST_F(OutagesLooksTest, AFailureHasTheColorOfWhatIsBad) {

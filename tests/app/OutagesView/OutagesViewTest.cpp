@@ -3,6 +3,7 @@
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <QAction>
 #include <QClipboard>
 #include <QFileDialog>
 
@@ -133,6 +134,64 @@ TEST_F(OutagesViewTest, OutagesAreCopiedAsLines) {
         "2026-01-06 13:00:00, down for 5 min. Wi-Fi: The Wi-Fi signal is weak.\n"
         "2026-01-06 11:00:00, poor for 1 min. Not clear.\n"
             + monday);
+}
+
+TEST_F(OutagesViewTest, CopiedLinesStandInTheOrderOfTheList) {
+    addOutages();
+    present();
+    tabToList();
+    list().setCurrentIndex(list().model()->index(2, 0));
+    list().selectionModel()->select(list().model()->index(0, 0), QItemSelectionModel::Select);
+    press(Qt::Key_C, Qt::ControlModifier);
+
+    EXPECT_EQ(
+        QGuiApplication::clipboard()->text().toStdString(),
+        "2026-01-06 13:00:00, down for 5 min. Wi-Fi: The Wi-Fi signal is weak.\n"
+        "2026-01-05 11:00:00, down for 10 min. Provider (likely): Your router answers.");
+}
+
+TEST_F(OutagesViewTest, TheListHasAContextMenuToCopy) {
+    present();
+
+    EXPECT_EQ(list().contextMenuPolicy(), Qt::ActionsContextMenu);
+    ASSERT_EQ(list().actions().size(), 1);
+    EXPECT_EQ(list().actions().front()->text(), "Copy");
+}
+
+TEST_F(OutagesViewTest, ARowThatIsOnlyPassedLeadsToNoDay) {
+    addOutages();
+    present();
+    tabToList();
+    press(Qt::Key_Down);
+    ASSERT_THAT(selected(), ElementsAre(1));
+    press(Qt::Key_Down, Qt::ControlModifier);
+
+    EXPECT_EQ(list().currentIndex().row(), 2);
+    EXPECT_THAT(selected(), ElementsAre(1));
+    EXPECT_THAT(texts(), HasSubstr("\nTuesday, 2026-01-06\n"));
+}
+
+TEST_F(OutagesViewTest, ARowTellsAllOfItsTextInAToolTip) {
+    addOutages();
+    present();
+
+    EXPECT_EQ(
+        list().model()->index(1, 0).data(Qt::ToolTipRole).toString(),
+        "2026-01-06 11:00:00, poor for 1 min. Not clear.");
+}
+
+TEST_F(OutagesViewTest, OpenedAgainItHasForgottenWhatWasSelectedAndWritten) {
+    addOutages();
+    present();
+    list().setCurrentIndex(list().model()->index(2, 0));
+    exportTo(QString::fromStdString((folder.path() / "a.txt").string()));
+    ASSERT_THAT(texts(), HasSubstr("The report is in"));
+    window.close();
+    settle();
+    present();
+
+    EXPECT_THAT(selected(), IsEmpty());
+    EXPECT_THAT(texts(), Not(HasSubstr("The report is in")));
 }
 
 TEST_F(OutagesViewTest, ReturnPressesItsButtons) {

@@ -75,6 +75,33 @@ TEST_F(RunningOutageTest, ItComesToTheTopOfTheListAndLastsUntilItEnds) {
     EXPECT_EQ(textOf(0), "2026-01-07 11:59:30, down for 1 min 31 s. Not clear.");
 }
 
+TEST_F(RunningOutageTest, OnlyItsRowIsDrawnAnewWhileItLasts) {
+    addManyOutages();
+    present();
+    beginOutage();
+    std::vector<int> drawn;
+    QObject::connect(
+        list().model(), &QAbstractItemModel::dataChanged, &list(),
+        [&drawn](const QModelIndex& first, const QModelIndex& last) {
+            for (int number = first.row(); number <= last.row(); ++number) {
+                drawn.push_back(number);
+            }
+        });
+    watchOn(61);
+
+    EXPECT_THAT(drawn, testing::AllOf(testing::Not(IsEmpty()), testing::Each(0)));
+}
+
+TEST_F(RunningOutageTest, ADayLeadsToItsOutageFarDownInTheListToo) {
+    addManyOutages();
+    present();
+    press(Qt::Key_Left);
+    press(Qt::Key_Left);
+
+    ASSERT_THAT(selected(), testing::SizeIs(1));
+    EXPECT_TRUE(list().viewport()->rect().contains(list().visualRect(row(selected().front()))));
+}
+
 TEST_F(RunningOutageTest, TheFiguresOfTheDayChangeWithIt) {
     present();
     EXPECT_THAT(texts(), HasSubstr("\nDown: 0 s\n"));
