@@ -32,7 +32,7 @@ TEST_F(PingBookTest, ALossBeforeTheLastAnswerIsNoSilence) {
 
 TEST_F(PingBookTest, TheSilenceBeginsWithTheFirstOfTheLostOnes) {
     pings.replied(4, 20, true, second(4));
-    for (const std::uint64_t id : {8, 6, 5, 7}) {
+    for (const std::uint64_t id : {8U, 6U, 5U, 7U}) {
         EXPECT_TRUE(pings.lost(id));
     }
 
