@@ -61,8 +61,9 @@ struct NameServerEvidence {
     std::optional<double> ms = std::nullopt;
 };
 
-/// What the system's network service found out.
-enum class Connectivity { unknown, none, portal, limited, full };
+/// What the system's network service found out. Of what it tells besides a portal, the path tells more, and
+/// now.
+enum class Connectivity { unknown, portal };
 
 /// The interface's own traffic over the last seconds.
 struct LoadEvidence {

@@ -8,21 +8,7 @@ namespace tarnwick {
 
 namespace {
 
-/// 0 means that it does not check.
-Connectivity connectivityOf(std::uint32_t value) {
-    switch (value) {
-    case 1:
-        return Connectivity::none;
-    case 2:
-        return Connectivity::portal;
-    case 3:
-        return Connectivity::limited;
-    case 4:
-        return Connectivity::full;
-    default:
-        return Connectivity::unknown;
-    }
-}
+constexpr std::uint32_t behindPortal = 2; ///< as NetworkManager has it
 
 } // namespace
 
@@ -32,7 +18,7 @@ NetworkManagerConnectivity::NetworkManagerConnectivity(BusConnection& systemBus,
 
 void NetworkManagerConnectivity::ask(std::function<void(Connectivity)> answer) {
     property_.ask("Connectivity", [answer = std::move(answer)](std::optional<std::uint32_t> value) {
-        answer(value ? connectivityOf(*value) : Connectivity::unknown);
+        answer(value == behindPortal ? Connectivity::portal : Connectivity::unknown);
     });
     // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the analyzer loses the function in the move
 }

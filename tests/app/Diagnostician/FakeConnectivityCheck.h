@@ -19,7 +19,7 @@ public:
             loop_.after(delay, [answer = std::move(answer), told = connectivity] { answer(told); }));
     }
 
-    Connectivity connectivity = Connectivity::full;
+    Connectivity connectivity = Connectivity::unknown;
     double delay = 0;
     std::vector<double> asked; ///< when
 
