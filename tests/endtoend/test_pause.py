@@ -7,9 +7,11 @@ import json
 import re
 import sqlite3
 import subprocess
+import time
 import unittest
 
 from lab import Behavior, Lab
+from lab.behavior import Request
 
 from .concurrently import ConcurrentTestCase
 from .terminal import Terminal
@@ -34,26 +36,35 @@ def gaps(home: Home) -> list[tuple[str, int, int]]:
 
 
 class TheKey(ConcurrentTestCase):
-    def pause(self, terminal: Terminal, address: str) -> int:
-        """How many requests had come by then."""
+    def pause(self, terminal: Terminal) -> float:
+        """When it had begun."""
         terminal.wait_for(lambda text: "p pauses" in text and re.search(r"Pings sent +[3-9]\b", text), 4, "some pings")
         terminal.type(b"p")
         terminal.wait_for(lambda text: re.search(r"Paused until \d\d:\d\d\b", text), PATIENCE_SECONDS, "the pause")
-        return len(lab.requests(address))
+        return time.monotonic()
+
+    def assert_no_ping(self, address: str, since: float) -> None:
+        self.assertTrue(never(lambda: self.pings(address, since), PAUSED_SECONDS), "a ping in the pause")
+
+    @staticmethod
+    def pings(address: str, since: float) -> list[Request]:
+        return [request for request in lab.requests(address) if request.at > since]
 
     def test_it_stops_the_pings_and_starts_them_again(self) -> None:
         address = "10.77.0.60"
         lab.behave(address, Behavior())
         with new_home() as home, Terminal(home, address) as terminal:
-            before = self.pause(terminal, address)
+            begun = self.pause(terminal)
 
-            self.assertTrue(never(lambda: len(lab.requests(address)) > before, PAUSED_SECONDS), "a ping in the pause")
+            self.assert_no_ping(address, begun)
             self.assertIn("p resumes", terminal.text())
             self.assertEqual((terminal.screen.overflows, terminal.screen.scrolls), (0, 0), terminal.text())
 
+            resumed = time.monotonic()
             terminal.type(b"p")
             terminal.wait_for(lambda text: "Excellent" in text and "p pauses" in text, 4, "the connection again")
-            eventually(lambda: len(lab.requests(address)) > before, PATIENCE_SECONDS, "pings")
+            pings = eventually(lambda: self.pings(address, begun), PATIENCE_SECONDS, "pings")
+            self.assertGreater(pings[0].at, resumed)
             self.assertEqual(terminal.finish(), 0)
 
             [(kind, start, end)] = gaps(home)
@@ -64,9 +75,9 @@ class TheKey(ConcurrentTestCase):
         address = "10.77.0.61"
         lab.behave(address, Behavior())
         with new_home() as home, Terminal(home, address) as terminal:
-            before = self.pause(terminal, address)
+            begun = self.pause(terminal)
             lab.behave(address, Behavior(silent=True))  # nobody notices
-            self.assertTrue(never(lambda: len(lab.requests(address)) > before, PAUSED_SECONDS), "a ping in the pause")
+            self.assert_no_ping(address, begun)
             self.assertEqual(terminal.finish(), 0)
 
             done = subprocess.run(
