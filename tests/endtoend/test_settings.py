@@ -67,8 +67,11 @@ class AHandEdit(ConcurrentTestCase):
 
                     now = self.wait_for_host(watch, second)
                     # The laboratory may be behind.
-                    sent = now["session"]["sent"]
-                    eventually(lambda sent=sent, second=second: len(lab.requests(second)) >= sent, PATIENCE_SECONDS, way.__name__)
+                    eventually(
+                        lambda now=now, second=second: len(lab.requests(second)) >= now["session"]["sent"],
+                        PATIENCE_SECONDS,
+                        way.__name__,
+                    )
                     self.assertEqual(home.stats()[first]["sent"], len(lab.requests(first)), way.__name__)
                     self.assertEqual(watch.finish(), 0)
                     self.assertEqual(watch.errors(), "", way.__name__)
