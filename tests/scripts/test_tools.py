@@ -68,7 +68,7 @@ class Tools(ConcurrentTestCase):
             self.assertTrue(hasattr(self, test), test)
 
     def test_the_comparison_with_other_pingers(self) -> None:
-        table = self.output("bench/compare_ping.py --seconds 7 --rounds 1 --starts 1")
+        table = self.output("bench/compare_ping.py --seconds 17 --rounds 1 --starts 1")
         for name in ("tarnwick-watch", "ping", "fping"):
             self.assertRegex(table, rf"\b{name}\b")
 
