@@ -14,6 +14,7 @@ from __future__ import annotations
 import dataclasses
 import json
 import sys
+import time
 from collections.abc import Iterator
 
 DEEPEST = 30
@@ -85,9 +86,28 @@ def described(node: Atspi.Accessible, depth: int = 0) -> dict[str, object]:
     }
 
 
+def has_left(application: str) -> bool:
+    deadline = time.monotonic() + TIMEOUT_MS / 1000
+    while time.monotonic() < deadline:
+        try:
+            if not list(applications(application)):
+                return True
+        except GLib.Error:
+            pass  # It goes while it is looked at.
+        time.sleep(0.05)
+    return False
+
+
 def act(node: Atspi.Accessible, name: str) -> bool:
     if node.get_name() == name and node.get_n_actions() > 0:
-        return node.do_action(0)
+        application = node.get_application().get_name()
+        try:
+            return node.do_action(0)
+        except GLib.Error:
+            # A program that ends by it may be gone before its answer is sent.
+            if not has_left(application):
+                raise
+            return True
     children = (node.get_child_at_index(index) for index in range(node.get_child_count()))
     return any(act(child, name) for child in children if child is not None)
 
