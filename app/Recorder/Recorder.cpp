@@ -26,7 +26,7 @@ void Recorder::start(const std::string& host) {
     writtenIn_ = minuteOf(wallNow());
     forgetPings();
     discard();
-    isOpen_ = false;
+    hasTicked_ = false;
 }
 
 void Recorder::stop() {
@@ -80,7 +80,7 @@ void Recorder::tick() {
     if (!isRecording_) {
         return;
     }
-    if (!std::exchange(isOpen_, true)) {
+    if (!std::exchange(hasTicked_, true)) {
         journal_->open();
         noteTimeBefore();
     }

@@ -82,7 +82,7 @@ private:
     RunLoop& loop_;
     Journal* journal_; ///< null: none
     bool isRecording_ = false;
-    bool isOpen_ = false; ///< the journal, by a tick
+    bool hasTicked_ = false; ///< since the start
     JournalQueue queue_;
     PingBook pings_;
     OpenEpisode episode_{queue_};

@@ -17,7 +17,7 @@ namespace tarnwick {
 [[nodiscard]] std::string hostSentence(const Evidence& evidence);
 /// The home's router does not let through what is sent to the host.
 [[nodiscard]] std::string forbiddenAtHomeSentence(const Evidence& evidence);
-/// `well`: so many hops are well for sure.
+/// `well`: how many hops are surely well.
 [[nodiscard]] std::string unclearSentence(std::size_t well, const std::vector<HopEvidence>& hops);
 
 } // namespace tarnwick

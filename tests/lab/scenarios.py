@@ -248,7 +248,7 @@ _ALONE = (_own_fault, _name_fault)
 
 
 def _beside(chance: random.Random) -> Fault:
-    """What else may happen meanwhile, and is no fault."""
+    """A circumstance that makes a fault harder to tell, and is none itself."""
     return chance.choice((UPLOAD, Renumbered(chance.choice(ROUTERS[1:]))))
 
 

@@ -197,7 +197,7 @@ INSTANTIATE_TEST_SUITE_P(
             "answers."}),
     caseName);
 
-/// Nothing beyond the first router answers; the second one usually does after so long.
+/// Nothing beyond the first router answers. `quietMs`: the usual latency of the second one.
 Evidence secondRouter(const std::string& address, double quietMs) {
     return with(downFrom(firstProviderHop), [&](Evidence& it) {
         it.hops[firstProviderHop].address = address;

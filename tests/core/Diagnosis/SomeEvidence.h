@@ -28,7 +28,7 @@ Evidence quiet();
 /// Everything from a hop on is lost, `probes` of each hop; the host's pings, too.
 Evidence downFrom(std::size_t hop, std::size_t probes = 3);
 
-/// Of ten of each hop's samples from there on, so many are lost, and as large a part of thirty pings.
+/// From that hop on, `lostOfTen` of each hop's ten samples are lost. So is the same share of thirty pings.
 Evidence lossyFrom(std::size_t hop, std::size_t lostOfTen);
 
 /// From a hop on all answers are so late.
